@@ -1,0 +1,19 @@
+# Install rules: bin/kestrova, lib/libKVSHAREu.so, the language libraries beside it, include/kvshare, a CMake package
+# and kvshare.pc.
+include(CMakePackageConfigHelpers)
+
+install(TARGETS KVSHAREu EXPORT KVShareTargets LIBRARY DESTINATION lib)
+install(TARGETS kestrova RUNTIME DESTINATION bin)
+install(DIRECTORY ${PROJECT_BINARY_DIR}/lib/lang DESTINATION lib)
+install(CODE "set(KV_SOURCE \"${PROJECT_SOURCE_DIR}\")" COMPONENT headers)
+install(SCRIPT ${PROJECT_SOURCE_DIR}/cmake/install_headers.cmake COMPONENT headers)
+
+install(EXPORT KVShareTargets NAMESPACE KVShare:: DESTINATION lib/cmake/KVShare)
+configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/KVShareConfig.cmake.in
+  ${PROJECT_BINARY_DIR}/KVShareConfig.cmake INSTALL_DESTINATION lib/cmake/KVShare)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/KVShareConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/KVShareConfig.cmake ${PROJECT_BINARY_DIR}/KVShareConfigVersion.cmake
+  DESTINATION lib/cmake/KVShare)
+
+configure_file(${PROJECT_SOURCE_DIR}/cmake/kvshare.pc.in ${PROJECT_BINARY_DIR}/kvshare.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/kvshare.pc DESTINATION lib/pkgconfig)

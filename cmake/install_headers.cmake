@@ -1,0 +1,15 @@
+# Copies the public headers to include/kvshare. In the tree an include names the file from the repository's root;
+# installed, the same include is written <kvshare/...>, so that a module needs one include folder only.
+set(target $ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/include/kvshare)
+file(GLOB_RECURSE headers RELATIVE ${KV_SOURCE}
+  ${KV_SOURCE}/platform/*.h ${KV_SOURCE}/framework/*.h ${KV_SOURCE}/companions/*.h ${KV_SOURCE}/share/*.h)
+list(FILTER headers EXCLUDE REGEX "^platform/(linux|windows)/")
+foreach(header ${headers})
+  file(READ ${KV_SOURCE}/${header} text)
+  string(REGEX REPLACE "#include \"((platform|framework|companions|share)/[^\"]+)\"" "#include <kvshare/\\1>" text "${text}")
+  if(header STREQUAL "share/kvshare.h")
+    set(header kvshare.h)
+  endif()
+  file(WRITE ${target}/${header} "${text}")
+endforeach()
+message(STATUS "Installing: ${target}")

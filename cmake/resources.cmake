@@ -1,0 +1,22 @@
+# Builds each language folder's KVRESu.DLL, a resource-only library, from examples/install/lang/*/strings.rc.
+# The library is the same file for every platform; it lies in lang/ beside the shared library.
+find_program(KV_WINDRES NAMES x86_64-w64-mingw32-windres REQUIRED)
+find_program(KV_PE_LD NAMES x86_64-w64-mingw32-ld REQUIRED)
+
+file(GLOB scripts CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/examples/install/lang/*/strings.rc)
+set(KV_LANGUAGE_FILES)
+foreach(script ${scripts})
+  cmake_path(GET script PARENT_PATH folder)
+  cmake_path(GET folder FILENAME language)
+  set(out ${PROJECT_BINARY_DIR}/lib/lang/${language})
+  file(MAKE_DIRECTORY ${out})
+  add_custom_command(
+    OUTPUT ${out}/KVRESu.DLL
+    COMMAND ${KV_WINDRES} --codepage=65001 -O coff -i ${script} -o ${out}/strings.o
+    COMMAND ${KV_PE_LD} --dll --entry=0 --no-insert-timestamp -s -o ${out}/KVRESu.DLL ${out}/strings.o
+    COMMAND ${CMAKE_COMMAND} -E rm ${out}/strings.o
+    DEPENDS ${script}
+    COMMENT "Building ${language}/KVRESu.DLL")
+  list(APPEND KV_LANGUAGE_FILES ${out}/KVRESu.DLL)
+endforeach()
+add_custom_target(kv_languages ALL DEPENDS ${KV_LANGUAGE_FILES})

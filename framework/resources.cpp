@@ -1,0 +1,52 @@
+// The chain of resource modules.
+#include "framework/resources.h"
+
+#include <algorithm>
+#include <mutex>
+#include <vector>
+
+#include "platform/resources.h"
+
+namespace {
+
+struct Chain {
+  std::mutex lock;
+  std::vector<CDynLinkLibrary*> entries;
+};
+
+// Never destroyed: entries may be asked for while other statics go.
+Chain& TheChain() {
+  static auto* chain = new Chain;
+  return *chain;
+}
+
+}  // namespace
+
+CDynLinkLibrary::CDynLinkLibrary(HINSTANCE module, HINSTANCE resource) : m_hModule(module), m_hResource(resource) {
+  const std::lock_guard guard(TheChain().lock);
+  TheChain().entries.push_back(this);
+}
+
+CDynLinkLibrary::~CDynLinkLibrary() {
+  const std::lock_guard guard(TheChain().lock);
+  std::erase(TheChain().entries, this);
+}
+
+int GetDynLinkLibraryCount() {
+  const std::lock_guard guard(TheChain().lock);
+  return int(TheChain().entries.size());
+}
+
+bool LoadStringFromModule(HINSTANCE module, UINT id, CString& text) {
+  LPCWSTR found = nullptr;
+  const int length = module ? LoadStringW(module, id, reinterpret_cast<LPWSTR>(&found), 0) : 0;
+  text.SetString(found, length);
+  return length > 0;
+}
+
+bool LoadStringFromChain(UINT id, CString& text) {
+  const std::lock_guard guard(TheChain().lock);
+  const auto& entries = TheChain().entries;
+  return std::any_of(entries.rbegin(), entries.rend(),
+                     [&](const CDynLinkLibrary* entry) { return LoadStringFromModule(entry->m_hResource, id, text); });
+}

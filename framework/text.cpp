@@ -1,0 +1,428 @@
+// CString. The units of a text lie behind a small header in one block; all empty texts share one static block.
+#include "framework/text.h"
+
+#include <algorithm>
+#include <limits>
+#include <new>
+#include <stdexcept>
+
+#include "platform/text.h"
+
+namespace {
+
+constexpr int kMaximumLength = 0x3FFFFFFF;
+
+bool IsSpace(TCHAR unit) {
+  return unit == ' ' || (unit >= 9 && unit <= 13) || unit == 0x85 || unit == 0xA0 || unit == 0x1680 ||
+         (unit >= 0x2000 && unit <= 0x200A) || unit == 0x2028 || unit == 0x2029 || unit == 0x202F || unit == 0x205F ||
+         unit == 0x3000;
+}
+
+int CheckedLength(std::size_t length) {
+  if (length > std::size_t(kMaximumLength)) throw std::length_error("CString: text too long");
+  return int(length);
+}
+
+auto InSet(LPCTSTR set) {
+  const std::u16string_view view = set ? std::u16string_view(set) : std::u16string_view();
+  return [view](TCHAR unit) { return view.find(unit) != view.npos; };
+}
+
+// The number of leading (trailing) units that the test holds for.
+template <class Test>
+int CountFront(std::u16string_view text, Test test) {
+  return int(std::find_if_not(text.begin(), text.end(), test) - text.begin());
+}
+template <class Test>
+int CountBack(std::u16string_view text, Test test) {
+  return int(std::find_if_not(text.rbegin(), text.rend(), test) - text.rbegin());
+}
+
+}  // namespace
+
+// ---- storage
+
+TCHAR* CString::Nil() noexcept {
+  struct Block {
+    Header head;
+    TCHAR end[2];
+  };
+  static Block nil = {{-1, 0, 0}, {0, 0}};
+  return nil.end;
+}
+
+TCHAR* CString::Allocate(int capacity) {
+  void* block = ::operator new(sizeof(Header) + (std::size_t(capacity) + 1) * sizeof(TCHAR));
+  auto* head = new (block) Header{1, 0, capacity};
+  auto* units = reinterpret_cast<TCHAR*>(head + 1);
+  units[0] = 0;
+  return units;
+}
+
+void CString::Release() noexcept {
+  Header* head = Head();
+  if (head->users.load(std::memory_order_relaxed) < 0) return;
+  // The last user needs no read-modify-write: nobody else can reach the text any more.
+  if (head->users.load(std::memory_order_acquire) == 1 || head->users.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+    head->~Header();
+    ::operator delete(head);
+  }
+}
+
+void CString::SetLength(int length) noexcept {
+  if (data_ == Nil()) return;
+  Head()->length = length;
+  data_[length] = 0;
+}
+
+// Makes the text this object's own, with room for capacity units; what stands is kept.
+TCHAR* CString::Own(int capacity) {
+  if (capacity < 0 || capacity > kMaximumLength) throw std::length_error("CString: text too long");
+  Header* head = Head();
+  const bool own = head->users.load(std::memory_order_acquire) == 1;
+  if (own && head->capacity >= capacity) return data_;
+  const int length = head->length;
+  const int grown =
+      own ? std::max<LONGLONG>(capacity, std::min<LONGLONG>(LONGLONG(head->capacity) * 3 / 2, kMaximumLength))
+          : std::max(capacity, length);
+  TCHAR* fresh = Allocate(grown);
+  std::memcpy(fresh, data_, std::size_t(length) * sizeof(TCHAR));
+  Release();
+  data_ = fresh;
+  SetLength(length);
+  return data_;
+}
+
+void CString::Assign(std::u16string_view text) {
+  if (text.empty()) return Empty();
+  const int length = CheckedLength(text.size());
+  const Header* head = Head();
+  if (head->users.load(std::memory_order_acquire) == 1 && head->capacity >= length) {
+    std::memmove(data_, text.data(), text.size() * sizeof(TCHAR));  // the text may be a part of this one
+  } else {
+    TCHAR* fresh = Allocate(length);
+    std::memcpy(fresh, text.data(), text.size() * sizeof(TCHAR));
+    Release();
+    data_ = fresh;
+  }
+  SetLength(length);
+}
+
+void CString::AssignUtf8(std::string_view text) {
+  Empty();
+  if (text.empty()) return;
+  const int bytes = CheckedLength(text.size());
+  TCHAR* units = Own(bytes);  // no UTF-8 text has more units than bytes
+  int ascii = 0;
+  while (ascii < bytes && static_cast<signed char>(text[std::size_t(ascii)]) >= 0) {
+    units[ascii] = static_cast<TCHAR>(text[std::size_t(ascii)]);
+    ++ascii;
+  }
+  int length = ascii;
+  if (ascii < bytes)
+    length += MultiByteToWideChar(CP_UTF8, 0, text.data() + ascii, bytes - ascii, units + ascii, bytes - ascii);
+  SetLength(length);
+}
+
+// ---- construction
+
+CString::CString(LPCTSTR text) : data_(Nil()) { Assign(ViewOf(text)); }
+CString::CString(LPCTSTR text, int length) : data_(Nil()) { SetString(text, length); }
+CString::CString(LPCSTR text) : data_(Nil()) {
+  if (text) AssignUtf8(text);
+}
+CString::CString(std::u16string_view text) : data_(Nil()) { Assign(text); }
+CString::CString(TCHAR character, int repeat) : data_(Nil()) {
+  if (repeat <= 0) return;
+  std::fill_n(Own(repeat), repeat, character);
+  SetLength(repeat);
+}
+
+CString& CString::operator=(const CString& other) noexcept {
+  if (data_ != other.data_) {
+    Release();
+    data_ = other.data_;
+    Share();
+  }
+  return *this;
+}
+CString& CString::operator=(CString&& other) noexcept {
+  std::swap(data_, other.data_);
+  return *this;
+}
+CString& CString::operator=(LPCTSTR text) {
+  Assign(ViewOf(text));
+  return *this;
+}
+CString& CString::operator=(LPCSTR text) {
+  AssignUtf8(text ? text : "");
+  return *this;
+}
+CString& CString::operator=(TCHAR character) {
+  Assign({&character, 1});
+  return *this;
+}
+
+CString CString::Concatenate(std::u16string_view a, std::u16string_view b) {
+  CString sum;
+  const int length = CheckedLength(a.size() + b.size());
+  if (length == 0) return sum;
+  TCHAR* units = sum.Own(length);
+  std::copy(b.begin(), b.end(), std::copy(a.begin(), a.end(), units));
+  sum.SetLength(length);
+  return sum;
+}
+
+// ---- comparison
+
+int CString::Compare(LPCTSTR other) const noexcept {
+  const int order = std::u16string_view(data_).compare(ViewOf(other));
+  return order < 0 ? -1 : order > 0;
+}
+int CString::CompareNoCase(LPCTSTR other) const noexcept { return _wcsicmp(data_, other ? other : _T("")); }
+
+// ---- cutting
+
+CString CString::Mid(int first) const { return Mid(first, GetLength()); }
+CString CString::Mid(int first, int count) const {
+  const int length = GetLength();
+  first = std::clamp(first, 0, length);
+  count = std::clamp(count, 0, length - first);
+  return count == length ? *this : CString(View().substr(std::size_t(first), std::size_t(count)));
+}
+CString CString::Left(int count) const { return Mid(0, count); }
+CString CString::Right(int count) const {
+  count = std::clamp(count, 0, GetLength());
+  return Mid(GetLength() - count, count);
+}
+CString CString::SpanIncluding(LPCTSTR set) const { return Left(CountFront(View(), InSet(set))); }
+CString CString::SpanExcluding(LPCTSTR set) const { return Left(CountFront(View(), std::not_fn(InSet(set)))); }
+
+CString CString::Tokenize(LPCTSTR separators, int& start) const {
+  if (start >= 0 && start < GetLength()) {
+    const int first = start + CountFront(View().substr(std::size_t(start)), InSet(separators));
+    if (first < GetLength()) {
+      const int count = CountFront(View().substr(std::size_t(first)), std::not_fn(InSet(separators)));
+      start = first + count + 1;
+      return Mid(first, count);
+    }
+  }
+  start = -1;
+  return CString();
+}
+
+// ---- searching
+
+int CString::Find(TCHAR character, int start) const noexcept {
+  if (start < 0 || start >= GetLength()) return -1;
+  const std::size_t at = View().find(character, std::size_t(start));
+  return at == std::u16string_view::npos ? -1 : int(at);
+}
+int CString::Find(LPCTSTR text, int start) const noexcept {
+  if (!text || start < 0 || start > GetLength()) return -1;
+  const std::size_t at = View().find(text, std::size_t(start));
+  return at == std::u16string_view::npos ? -1 : int(at);
+}
+int CString::ReverseFind(TCHAR character) const noexcept {
+  const std::size_t at = View().rfind(character);
+  return at == std::u16string_view::npos ? -1 : int(at);
+}
+int CString::FindOneOf(LPCTSTR set) const noexcept {
+  const std::size_t at = View().find_first_of(ViewOf(set));
+  return at == std::u16string_view::npos ? -1 : int(at);
+}
+
+// ---- changing
+
+void CString::Empty() noexcept {
+  Release();
+  data_ = Nil();
+}
+void CString::SetAt(int position, TCHAR character) {
+  if (position >= 0 && position < GetLength()) Own(GetLength())[position] = character;
+}
+void CString::SetString(LPCTSTR text, int length) {
+  Assign(text && length > 0 ? std::u16string_view(text, std::size_t(length)) : std::u16string_view());
+}
+void CString::Append(LPCTSTR text, int count) {
+  if (!text || count <= 0) return;
+  const int length = GetLength();
+  const int sum = CheckedLength(std::size_t(length) + std::size_t(count));
+  const CString source = text >= data_ && text <= data_ + length ? *this : CString();  // keeps a part of itself alive
+  std::memcpy(Own(sum) + length, text, std::size_t(count) * sizeof(TCHAR));
+  SetLength(sum);
+}
+CString& CString::operator+=(const CString& text) {
+  Append(text, text.GetLength());
+  return *this;
+}
+CString& CString::operator+=(LPCTSTR text) {
+  Append(text, CheckedLength(ViewOf(text).size()));
+  return *this;
+}
+CString& CString::operator+=(LPCSTR text) { return *this += CString(text); }
+CString& CString::operator+=(TCHAR character) {
+  Append(&character, 1);
+  return *this;
+}
+
+CString& CString::MakeUpper() {
+  CharUpperBuffW(Own(GetLength()), DWORD(GetLength()));
+  return *this;
+}
+CString& CString::MakeLower() {
+  CharLowerBuffW(Own(GetLength()), DWORD(GetLength()));
+  return *this;
+}
+CString& CString::MakeReverse() {
+  TCHAR* units = Own(GetLength());
+  std::reverse(units, units + GetLength());
+  return *this;
+}
+
+void CString::Cut(int first, int count) {
+  if (count <= 0) return;
+  if (count == GetLength()) return Empty();
+  const int rest = GetLength() - first - count;
+  TCHAR* units = Own(GetLength());
+  std::memmove(units + first, units + first + count, std::size_t(rest) * sizeof(TCHAR));
+  SetLength(first + rest);
+}
+
+CString& CString::TrimLeft() {
+  Cut(0, CountFront(View(), IsSpace));
+  return *this;
+}
+CString& CString::TrimLeft(TCHAR character) {
+  Cut(0, CountFront(View(), [=](TCHAR unit) { return unit == character; }));
+  return *this;
+}
+CString& CString::TrimLeft(LPCTSTR set) {
+  Cut(0, CountFront(View(), InSet(set)));
+  return *this;
+}
+CString& CString::TrimRight() {
+  const int count = CountBack(View(), IsSpace);
+  Cut(GetLength() - count, count);
+  return *this;
+}
+CString& CString::TrimRight(TCHAR character) {
+  const int count = CountBack(View(), [=](TCHAR unit) { return unit == character; });
+  Cut(GetLength() - count, count);
+  return *this;
+}
+CString& CString::TrimRight(LPCTSTR set) {
+  const int count = CountBack(View(), InSet(set));
+  Cut(GetLength() - count, count);
+  return *this;
+}
+CString& CString::Trim() { return TrimRight().TrimLeft(); }
+CString& CString::Trim(TCHAR character) { return TrimRight(character).TrimLeft(character); }
+CString& CString::Trim(LPCTSTR set) { return TrimRight(set).TrimLeft(set); }
+
+int CString::Replace(TCHAR from, TCHAR to) {
+  const std::u16string_view text = View();
+  const int count = int(std::count(text.begin(), text.end(), from));
+  if (count == 0 || from == to) return count;
+  TCHAR* units = Own(GetLength());
+  std::replace(units, units + GetLength(), from, to);
+  return count;
+}
+int CString::Replace(LPCTSTR from, LPCTSTR to) {
+  const std::u16string_view what = ViewOf(from);
+  if (what.empty()) return 0;
+  const CString source = *this;
+  const std::u16string with(ViewOf(to));  // a copy: it may be a part of this text
+  int count = 0;
+  std::u16string result;
+  std::size_t start = 0;
+  for (std::size_t at; (at = source.View().find(what, start)) != std::u16string_view::npos; start = at + what.size()) {
+    result.append(source.View(), start, at - start).append(with);
+    ++count;
+  }
+  if (count == 0) return 0;
+  result.append(source.View(), start);
+  Assign(result);
+  return count;
+}
+int CString::Remove(TCHAR character) {
+  const std::u16string_view text = View();
+  const int count = int(std::count(text.begin(), text.end(), character));
+  if (count == 0) return 0;
+  TCHAR* units = Own(GetLength());
+  std::remove(units, units + GetLength(), character);
+  SetLength(GetLength() - count);
+  return count;
+}
+int CString::Insert(int position, TCHAR character) {
+  const TCHAR text[] = {character, 0};
+  return Insert(position, text);
+}
+int CString::Insert(int position, LPCTSTR text) {
+  position = std::clamp(position, 0, GetLength());
+  *this = Concatenate((Left(position) + text).View(), View().substr(std::size_t(position)));
+  return GetLength();
+}
+int CString::Delete(int position, int count) {
+  position = std::clamp(position, 0, GetLength());
+  Cut(position, std::clamp(count, 0, GetLength() - position));
+  return GetLength();
+}
+
+// ---- buffers
+
+LPTSTR CString::GetBuffer(int length) { return Own(std::max(length, GetLength())); }
+LPTSTR CString::GetBufferSetLength(int length) {
+  TCHAR* units = Own(std::max(length, 1));
+  SetLength(std::max(length, 0));
+  return units;
+}
+void CString::ReleaseBuffer(int length) {
+  const Header* head = Head();
+  if (length < 0) length = int(std::u16string_view(data_, std::size_t(head->capacity) + 1).find(TCHAR(0)));
+  SetLength(std::clamp(length, 0, head->capacity));
+}
+void CString::Preallocate(int length) { Own(std::max(length, GetLength())); }
+void CString::FreeExtra() {
+  if (Head()->capacity > GetLength()) *this = CString(View());
+}
+
+// ---- the border to UTF-8
+
+CString FromUtf8(std::string_view text) {
+  CString result;
+  if (text.empty()) return result;
+  const int bytes = CheckedLength(text.size());
+  const bool ascii =
+      std::all_of(text.begin(), text.end(), [](char byte) { return static_cast<signed char>(byte) >= 0; });
+  const int length = ascii ? bytes : MultiByteToWideChar(CP_UTF8, 0, text.data(), bytes, nullptr, 0);
+  TCHAR* units = result.GetBufferSetLength(length);
+  if (ascii) {
+    std::copy(text.begin(), text.end(), units);
+  } else {
+    MultiByteToWideChar(CP_UTF8, 0, text.data(), bytes, units, length);
+  }
+  return result;
+}
+
+void AppendUtf8(std::string& out, std::u16string_view text) {
+  std::size_t ascii = 0;
+  const std::size_t start = out.size();
+  out.resize(start + text.size());
+  while (ascii < text.size() && text[ascii] < 0x80) {
+    out[start + ascii] = static_cast<char>(text[ascii]);
+    ++ascii;
+  }
+  if (ascii == text.size()) return;
+  const std::u16string_view rest = text.substr(ascii);
+  const int units = CheckedLength(rest.size());
+  const int bytes = WideCharToMultiByte(CP_UTF8, 0, rest.data(), units, nullptr, 0, nullptr, nullptr);
+  out.resize(start + ascii + std::size_t(bytes));
+  WideCharToMultiByte(CP_UTF8, 0, rest.data(), units, out.data() + start + ascii, bytes, nullptr, nullptr);
+}
+
+std::string ToUtf8(std::u16string_view text) {
+  std::string out;
+  AppendUtf8(out, text);
+  return out;
+}

@@ -1,0 +1,29 @@
+// The commands of the command line, one registration call a group. Each adds its subcommands to the application and
+// runs them from CLI11's callback; a command that fails throws Failure.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <stdexcept>
+#include <string>
+
+namespace kestrova {
+
+// The command was refused or failed: main prints the message as one line on stderr and ends with exit code 1.
+class Failure : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// The command line was wrong in a way that only the command itself could see: one line on stderr, exit code 2.
+class WrongUsage : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// A command whose finding is its answer (exit code 1) without a line on stderr, such as a check that found errors.
+class FoundErrors {};
+
+void AddRegistryCommands(CLI::App& app);
+void AddMachineCommands(CLI::App& app);
+
+}  // namespace kestrova

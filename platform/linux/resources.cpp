@@ -1,0 +1,3 @@
+#include "platform/resources.h"
+
+int LoadStringW(HINSTANCE, UINT, LPWSTR, int) { return 0; }

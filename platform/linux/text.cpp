@@ -1,0 +1,159 @@
+// Text conversion and case on ICU. UTF-8 runs of ASCII, which most texts are, are copied without a decoder.
+#include "platform/text.h"
+
+#include <unicode/uchar.h>
+#include <unicode/utf16.h>
+#include <unicode/utf8.h>
+
+#include <limits>
+#include <string_view>
+
+namespace {
+
+constexpr UINT kCodePage1252 = 1252;
+
+// 0x80 to 0x9F of code page 1252; the five bytes without a character map to themselves.
+constexpr char16_t kUpper1252[32] = {
+    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
+    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
+    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178,
+};
+
+// Collects what is written, or only counts it when there is no room asked for.
+template <class Unit>
+class Sink {
+ public:
+  Sink(Unit* target, int room) : target_(target), room_(room) {}
+  void Put(Unit unit) {
+    if (room_ != 0 && count_ < room_) target_[count_] = unit;
+    ++count_;
+  }
+  // The number of units, or 0 if they did not fit.
+  int Result() const {
+    return (room_ != 0 && count_ > room_) || count_ > std::numeric_limits<int>::max() ? 0 : int(count_);
+  }
+
+ private:
+  Unit* target_;
+  LONGLONG room_;
+  LONGLONG count_ = 0;
+};
+
+int Utf8ToWide(const char* bytes, int length, Sink<char16_t> out) {
+  for (int i = 0; i < length;) {
+    if (static_cast<signed char>(bytes[i]) >= 0) {
+      out.Put(static_cast<char16_t>(bytes[i++]));
+      continue;
+    }
+    UChar32 character = 0;
+    U8_NEXT_OR_FFFD(reinterpret_cast<const std::uint8_t*>(bytes), i, length, character);
+    if (character > 0xFFFF) {
+      out.Put(U16_LEAD(character));
+      out.Put(U16_TRAIL(character));
+    } else {
+      out.Put(static_cast<char16_t>(character));
+    }
+  }
+  return out.Result();
+}
+
+int WideToUtf8(const char16_t* units, int length, Sink<char> out) {
+  for (int i = 0; i < length;) {
+    UChar32 character = units[i];
+    if (character < 0x80) {
+      out.Put(static_cast<char>(character));
+      ++i;
+      continue;
+    }
+    U16_NEXT_OR_FFFD(units, i, length, character);
+    std::uint8_t encoded[U8_MAX_LENGTH];
+    int size = 0;
+    U8_APPEND_UNSAFE(encoded, size, character);
+    for (int k = 0; k < size; ++k) out.Put(static_cast<char>(encoded[k]));
+  }
+  return out.Result();
+}
+
+char16_t Widen1252(unsigned char byte) { return byte >= 0x80 && byte < 0xA0 ? kUpper1252[byte - 0x80] : byte; }
+
+bool Narrow1252(char16_t unit, char& byte) {
+  if (unit < 0x80 || (unit >= 0xA0 && unit <= 0xFF)) {
+    byte = static_cast<char>(unit);
+    return true;
+  }
+  for (int i = 0; i < 32; ++i) {
+    if (kUpper1252[i] == unit) {
+      byte = static_cast<char>(0x80 + i);
+      return true;
+    }
+  }
+  return false;
+}
+
+template <class Unit>
+int LengthOf(const Unit* text, int given) {
+  return given >= 0 ? given : int(std::basic_string_view<Unit>(text).size()) + 1;
+}
+
+// Maps every character whose mapping is as long as itself, which all simple mappings within a plane are.
+template <UChar32 (*Map)(UChar32)>
+DWORD MapUnits(char16_t* text, DWORD units) {
+  for (DWORD i = 0; i < units;) {
+    const DWORD start = i;
+    UChar32 character = 0;
+    U16_NEXT(text, i, units, character);
+    const UChar32 mapped = Map(character);
+    if (mapped == character || U16_LENGTH(mapped) != int(i - start)) continue;
+    DWORD at = start;
+    U16_APPEND_UNSAFE(text, at, mapped);
+  }
+  return units;
+}
+
+UChar32 NextFolded(const char16_t*& text) {
+  UChar32 character = *text++;
+  if (character < 0x80) return character >= 'A' && character <= 'Z' ? character + 32 : character;
+  if (U16_IS_LEAD(character) && U16_IS_TRAIL(*text)) character = U16_GET_SUPPLEMENTARY(character, *text++);
+  return u_foldCase(character, U_FOLD_CASE_DEFAULT);
+}
+
+}  // namespace
+
+int MultiByteToWideChar(UINT codePage, DWORD, LPCSTR source, int sourceBytes, LPWSTR target, int targetUnits) {
+  if (!source || sourceBytes == 0 || targetUnits < 0) return 0;
+  const int length = LengthOf(source, sourceBytes);
+  Sink<char16_t> out(target, targetUnits);
+  if (codePage == CP_UTF8 || codePage == CP_ACP) return Utf8ToWide(source, length, out);
+  if (codePage != kCodePage1252) return 0;
+  for (int i = 0; i < length; ++i) out.Put(Widen1252(static_cast<unsigned char>(source[i])));
+  return out.Result();
+}
+
+int WideCharToMultiByte(UINT codePage, DWORD, LPCWSTR source, int sourceUnits, LPSTR target, int targetBytes,
+                        LPCSTR defaultCharacter, BOOL* usedDefault) {
+  if (usedDefault) *usedDefault = FALSE;
+  if (!source || sourceUnits == 0 || targetBytes < 0) return 0;
+  const int length = LengthOf(source, sourceUnits);
+  Sink<char> out(target, targetBytes);
+  if (codePage == CP_UTF8 || codePage == CP_ACP) return WideToUtf8(source, length, out);
+  if (codePage != kCodePage1252) return 0;
+  for (int i = 0; i < length; ++i) {
+    char byte = defaultCharacter ? *defaultCharacter : '?';
+    if (!Narrow1252(source[i], byte) && usedDefault) *usedDefault = TRUE;
+    out.Put(byte);
+  }
+  return out.Result();
+}
+
+DWORD CharUpperBuffW(LPWSTR text, DWORD units) { return MapUnits<u_toupper>(text, units); }
+
+DWORD CharLowerBuffW(LPWSTR text, DWORD units) { return MapUnits<u_tolower>(text, units); }
+
+int _wcsicmp(LPCWSTR a, LPCWSTR b) {
+  for (;;) {
+    const UChar32 x = NextFolded(a);
+    const UChar32 y = NextFolded(b);
+    if (x != y) return x < y ? -1 : 1;
+    if (x == 0) return 0;
+  }
+}

@@ -1,0 +1,27 @@
+// Conversion and case of text: what the product asks of the platform for UTF-16.
+//
+// MultiByteToWideChar and WideCharToMultiByte know the code pages CP_UTF8, CP_ACP (UTF-8 here) and 1252; a size of 0
+// asks for the size needed; a source length of -1 means up to and with the terminator; 0 means failure. The folding
+// calls work on one UTF-16 unit sequence, by Unicode's simple mappings, the same in every locale. Any thread may call.
+#pragma once
+
+#include "platform/types.h"
+
+#ifndef _WIN32
+
+inline constexpr UINT CP_ACP = 0;
+inline constexpr UINT CP_UTF8 = 65001;
+
+KVSHARE_API int MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR source, int sourceBytes, LPWSTR target,
+                                    int targetUnits);
+KVSHARE_API int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR source, int sourceUnits, LPSTR target,
+                                    int targetBytes, LPCSTR defaultCharacter, BOOL* usedDefault);
+
+// Change the units in place; the result is the number of units, which never changes.
+KVSHARE_API DWORD CharUpperBuffW(LPWSTR text, DWORD units);
+KVSHARE_API DWORD CharLowerBuffW(LPWSTR text, DWORD units);
+
+// Compare without case: negative, 0 or positive.
+KVSHARE_API int _wcsicmp(LPCWSTR a, LPCWSTR b);
+
+#endif

@@ -1,0 +1,5 @@
+#include "framework/text.h"
+
+#include <gtest/gtest.h>
+
+TEST(Text, IsEmptyWithoutAnAllocation) { EXPECT_TRUE(CString().IsEmpty()); }

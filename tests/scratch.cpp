@@ -1,0 +1,44 @@
+#include "tests/scratch.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <random>
+#include <sstream>
+
+#include "platform/process.h"
+
+namespace kvtest {
+
+ScratchFolder::ScratchFolder() {
+  std::random_device seed;
+  do {
+    path_ = std::filesystem::temp_directory_path() / ("kvtest-" + std::to_string(seed()));
+  } while (!std::filesystem::create_directory(path_));
+}
+
+ScratchFolder::~ScratchFolder() {
+  std::error_code ignored;  // a test that took its own rights away leaves the folder behind, no more
+  std::filesystem::remove_all(path_, ignored);
+}
+
+std::filesystem::path ScratchFolder::Write(const std::string& relative, const std::string& bytes) const {
+  const std::filesystem::path file = path_ / relative;
+  std::filesystem::create_directories(file.parent_path());
+  std::ofstream(file, std::ios::binary) << bytes;
+  return file;
+}
+
+std::string ReadFile(const std::filesystem::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  if (!in) ADD_FAILURE() << "cannot read " << path;
+  std::ostringstream bytes;
+  bytes << in.rdbuf();
+  return bytes.str();
+}
+
+void UseRegistry(const std::filesystem::path& folder) {
+  SetEnvironmentVariableW(_T("KV_REGISTRY"), folder.u16string().c_str());
+}
+
+}  // namespace kvtest

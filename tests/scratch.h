@@ -1,0 +1,31 @@
+// What tests share: a folder of their own that is gone afterwards, and a registry of their own.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace kvtest {
+
+// An empty folder in the system's temporary folder; removed with its content by the destructor.
+class ScratchFolder {
+ public:
+  ScratchFolder();
+  ~ScratchFolder();
+  ScratchFolder(const ScratchFolder&) = delete;
+  ScratchFolder& operator=(const ScratchFolder&) = delete;
+
+  const std::filesystem::path& Path() const { return path_; }
+  // Writes bytes into a file below the folder, making folders on the way; gives the file's path.
+  std::filesystem::path Write(const std::string& relative, const std::string& bytes) const;
+
+ private:
+  std::filesystem::path path_;
+};
+
+// The whole content of a file; fails the running test if it cannot be read.
+std::string ReadFile(const std::filesystem::path& path);
+
+// Points KV_REGISTRY at the folder for this process and the processes that it starts.
+void UseRegistry(const std::filesystem::path& folder);
+
+}  // namespace kvtest
