@@ -1,0 +1,15 @@
+// A module in ten lines: starts the environment, keeps a value in the registry and says which module is running.
+#include <cstdio>
+#include <kvshare/kvshare.h>
+
+int main() {
+  InitShareDll();
+  CKVEnvApp* environment = InitAppEnv();
+  QFSettingsKey settings(_T("Consumer"), _T("Software\\Zemlor\\Kestrova\\Consumer"));
+  settings.AddValue(_T("Greeting"), CString(_T("hello")));
+  if (!settings.SaveValuesToRegistry()) return 1;
+  CString greeting;
+  settings.GetValue(_T("Greeting"), greeting);
+  std::printf("%s from %s\n", ToUtf8(greeting).c_str(), ToUtf8(environment->GetKVModuleName()).c_str());
+  CloseAppEnv();
+}

@@ -1,0 +1,45 @@
+# Sourced by the other scripts: needs GROUP... installs what is missing of the groups' Debian packages. Where it may not
+# install, it names the missing packages in one line and stops.
+
+packages_build="g++ cmake ninja-build pkg-config ccache libsqlite3-dev libpugixml-dev libfmt-dev libcli11-dev
+  libeigen3-dev libicu-dev nlohmann-json3-dev binutils-mingw-w64-x86-64"
+packages_test="libgtest-dev libgmock-dev"
+packages_bench="qt6-base-dev libboost-serialization-dev libcereal-dev"
+packages_fuzz="clang libclang-rt-14-dev"
+packages_check="git clang-format clang-tidy"
+
+needs() {
+  local group package list missing=()
+  for group in "$@"; do
+    list="packages_$group"
+    for package in ${!list}; do
+      dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing+=("$package")
+    done
+  done
+  [ ${#missing[@]} -eq 0 ] && return 0
+  if [ "$(id -u)" -ne 0 ]; then
+    echo "missing packages: ${missing[*]} (install them, or run this script as root)" >&2
+    exit 1
+  fi
+  echo "installing ${missing[*]}"
+  local log; log=$(mktemp)
+  export DEBIAN_FRONTEND=noninteractive
+  { apt-get update && apt-get install -y --no-install-recommends "${missing[@]}"; } >"$log" 2>&1 || {
+    tail -n 5 "$log" >&2
+    echo "could not install: ${missing[*]}" >&2
+    exit 1
+  }
+  rm -f "$log"
+}
+
+# configure_and_build PRESET [TARGET...]: quiet unless something is wrong.
+configure_and_build() {
+  local preset=$1 log; shift
+  mkdir -p build
+  log=build/$preset.log
+  { cmake --preset "$preset" && cmake --build "build/$preset" ${@:+--target "$@"}; } >"$log" 2>&1 || {
+    grep -E -A 12 'error|FAILED|Error' "$log" | head -n 60 >&2
+    echo "the build of preset $preset failed; the whole log is $log" >&2
+    exit 1
+  }
+}

@@ -1,0 +1,24 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds, and runs the main job on a shipped example: a machine definition is explained,
+# checked and exported for the simulator.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+scripts/build.sh
+
+type=${1:-MillTurn} machine=${2:-$(ls "examples/machines/${1:-MillTurn}" | head -n 1)}
+export KV_REGISTRY=${KV_REGISTRY:-$PWD/build/run/registry}
+kestrova=build/release/bin/kestrova
+work=build/run/machines
+mkdir -p "$work"
+cp -r examples/machines/. "$work/"
+
+for command in show check export; do
+  echo
+  echo "\$ kestrova machine $command --machines $work --type $type $machine"
+  "$kestrova" machine "$command" --machines "$work" --type "$type" "$machine"
+done
+export_file=$work/$type/$machine/KestrovaAPT.txt
+echo
+cat "$export_file"
+echo
+echo "The export lies in $export_file"

@@ -1,0 +1,21 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds, and runs all tests: the consumer project against an install, then every test binary.
+#   scripts/test.sh [PRESET [FOLDER...]]   another preset (asan, tsan, debug), only the named folders' tests
+set -euo pipefail
+cd "$(dirname "$0")/.."
+. scripts/dependencies.sh
+
+preset=${1:-test}; [ $# -eq 0 ] || shift
+folders=("$@")
+needs build test
+if [ ${#folders[@]} -eq 0 ]; then configure_and_build "$preset"; else configure_and_build "$preset" "${folders[@]/#/test_}"; fi
+[ "$preset" != test ] || scripts/consumer.sh
+
+filter=()
+[ ${#folders[@]} -eq 0 ] || filter=(-R "^($(IFS='|'; echo "${folders[*]}"))\\.")
+log=build/$preset/ctest.log
+ctest --test-dir "build/$preset" "${filter[@]}" --output-on-failure -j "$(nproc)" >"$log" 2>&1 || {
+  grep -vE '^ *[0-9]+/[0-9]+ Test .* Passed|^ *Start ' "$log" | tail -n 80
+  exit 1
+}
+grep -E 'tests passed' "$log"
