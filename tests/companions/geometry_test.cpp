@@ -1,0 +1,175 @@
+// The geometry companion: the row-vector convention, the transforms that are made, tolerances and boxes.
+#include <gtest/gtest.h>
+
+#include <random>
+#include <type_traits>
+
+#include "companions/geometry/boxes.h"
+#include "companions/geometry/point_list.h"
+#include "companions/geometry/transforms.h"
+
+void PrintTo(const FRVector& v, std::ostream* out) { *out << '(' << v.x() << ", " << v.y() << ", " << v.z() << ')'; }
+void PrintTo(const FRPosition& p, std::ostream* out) { PrintTo(p - FRPosition(), out); }
+
+namespace {
+
+void ExpectNear(const FRPosition& got, const FRPosition& wanted, double tolerance) {
+  EXPECT_LE(got.distance(wanted), tolerance)
+      << testing::PrintToString(got) << " is not " << testing::PrintToString(wanted);
+}
+
+static_assert(std::is_trivially_copyable_v<FRVector> && sizeof(FRVector) == 3 * sizeof(double));
+static_assert(std::is_trivially_copyable_v<FRUnitVector> && sizeof(FRUnitVector) == 3 * sizeof(double));
+
+TEST(Geometry, ConstantsHaveTheirValues) {
+  EXPECT_EQ(std::cos(PI), -1.0);
+  EXPECT_EQ(PI_2 * 2, PI);
+  EXPECT_DOUBLE_EQ(RADIAN_TO_DEGREE * PI, 180.0);
+  EXPECT_EQ(RESABS, 1e-6);
+  EXPECT_EQ(RESNOR, 1e-10);
+}
+
+TEST(Geometry, DefaultValuesAreZeroAndIdentity) {
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(FRVector()[i], 0.0);
+  EXPECT_EQ(FRUnitVector().len(), 0.0);
+  const FRMatrix identity;
+  for (int row = 0; row < 3; ++row)
+    for (int column = 0; column < 3; ++column) EXPECT_EQ(identity.element(row, column), row == column ? 1.0 : 0.0);
+  EXPECT_EQ(FRTransf(), GetScaleTransf(1.0));
+}
+
+TEST(Geometry, EqualityIsWithinTheToleranceThatIsInForce) {
+  const FRPosition origin;
+  EXPECT_EQ(origin, FRPosition(0.9e-6, 0, 0));
+  EXPECT_FALSE(origin == FRPosition(0.9e-6, 0.9e-6, 0));
+  RESABS = 1e-3;
+  EXPECT_EQ(origin, FRPosition(0.9e-6, 0.9e-6, 0));
+  RESABS = 1e-6;
+  EXPECT_FALSE(FRXAxis == FRUnitVector(1, 1e-9, 0));
+  EXPECT_TRUE(FRVector(1, 0, 0) == FRVector(1, 1e-9, 0));
+}
+
+TEST(Geometry, NormaliseGivesLengthOneOrNoDirection) {
+  EXPECT_EQ(normalise(FRVector(0, 3, 4)).y(), 0.6);
+  EXPECT_NEAR(normalise(FRVector(1e-7, 2e-7, -3e-7)).len(), 1, 1e-15);
+  EXPECT_EQ(normalise(FRVector(1e-11, 0, 0)).x(), 0.0);
+  FRVector vector(0, 0, -8);
+  EXPECT_EQ(vector.normalize().z(), -1.0);
+}
+
+TEST(Geometry, ParallelGivesTheSense) {
+  const struct {
+    FRVector a, b;
+    int wanted;
+  } rows[] = {
+      {{1, 2, 3}, {2, 4, 6}, 1},    {{1, 2, 3}, {-2, -4, -6}, -1},  {{1, 0, 0}, {0, 1, 0}, 0},
+      {{1, 0, 0}, {1, 1e-9, 0}, 0}, {{1, 0, 0}, {1, 1e-11, 0}, 1},  {{0, 0, 0}, {1, 0, 0}, 0},
+      {{0, 0, 0}, {0, 0, 0}, 0},    {{1e-5, 0, 0}, {1e5, 0, 0}, 1},
+  };
+  for (const auto& row : rows)
+    EXPECT_EQ(parallel(row.a, row.b), row.wanted)
+        << testing::PrintToString(row.a) << " and " << testing::PrintToString(row.b);
+}
+
+TEST(Geometry, ProductsAreCrossAndDot) {
+  EXPECT_EQ(FRXAxis * FRYAxis, FRVector(0, 0, 1));
+  EXPECT_EQ(FRYAxis * FRXAxis, FRVector(0, 0, -1));
+  EXPECT_EQ(FRXAxis % FRUnitVector(3, 4, 0), 0.6);
+  EXPECT_EQ((-FRZAxis).z(), -1.0);
+}
+
+TEST(Geometry, MatrixRowsAreTheImagesOfTheAxes) {
+  FRMatrix matrix({1, 2, 3}, {4, 5, 6}, {7, 8, 9});
+  EXPECT_EQ(matrix.element(0, 2), 3.0);
+  EXPECT_EQ(matrix.transpose().element(0, 2), 7.0);
+  EXPECT_EQ(FRVector(1, 0, 0) * matrix, FRVector(1, 2, 3));
+  EXPECT_EQ(FRVector(1, 10, 100) * matrix, FRVector(741, 852, 963));
+  matrix.set_element(0, 2, -3);
+  EXPECT_EQ((matrix * GetScalingMatrix(2)).element(0, 2), -6.0);
+}
+
+TEST(Geometry, LeftFactorActsFirst) {
+  const FRTransf turn = GetRotateTransf(PI_2, FRZAxis);
+  const FRTransf move = GetTranslateTransf({10, 0, 0});
+  ExpectNear(FRPosition(1, 0, 0) * (turn * move), {10, 1, 0}, 1e-15);
+  ExpectNear(FRPosition(1, 0, 0) * (move * turn), {0, 11, 0}, 1e-14);
+  ExpectNear(FRPosition(1, 0, 0) * (move * GetScaleTransf(2)), {22, 0, 0}, 0);
+  EXPECT_EQ(FRXAxis * (turn * move * GetScaleTransf(7)), FRYAxis);
+}
+
+TEST(Geometry, ProductsOfRandomTransformsAssociateAndInvert) {
+  const auto seed = std::random_device()();
+  SCOPED_TRACE(seed);
+  std::mt19937 random(seed);
+  std::uniform_real_distribution<double> number(-10, 10);
+  const auto transform = [&] {
+    FRMatrix shear;
+    shear.set_element(0, 1, number(random) / 20);
+    return GetRotateTransf(number(random), {number(random), number(random), 11}) *
+           FRTransf(shear, FRVector(), 1, 0, 0, 1) * GetScaleTransf(0.1 + std::abs(number(random))) *
+           GetTranslateTransf({number(random), number(random), number(random)});
+  };
+  for (int round = 0; round < 200; ++round) {
+    const FRTransf a = transform();
+    const FRTransf b = transform();
+    const FRPosition p(number(random), number(random), number(random));
+    ExpectNear(p * (a * b), (p * a) * b, 1e-9);
+    ExpectNear(p * a * a.inverse(), p, 1e-9);
+  }
+}
+
+TEST(Geometry, FlatTransformHasTheIdentityForInverse) {
+  const FRTransf moved = GetTranslateTransf({1, 2, 3});
+  EXPECT_EQ((GetScaleTransf(0) * moved).inverse(), FRTransf());
+  EXPECT_EQ(FRTransf(FRMatrix({1, 0, 0}, {1, 0, 0}, {0, 0, 1}), {1, 1, 1}, 1, 0, 0, 1).inverse(), FRTransf());
+}
+
+TEST(Geometry, FlagsCombineInProducts) {
+  const FRTransf mirror(FRMatrix({-1, 0, 0}, {0, 1, 0}, {0, 0, 1}), FRVector(), 1, 0, 1, 0);
+  EXPECT_EQ(mirror.get_reflect_flag(), 1);
+  EXPECT_EQ((mirror * mirror).get_reflect_flag(), 0);
+  EXPECT_EQ((mirror * GetRotateTransf(1, FRXAxis)).get_rotate_flag(), 1);
+}
+
+TEST(Geometry, PlaneTransformTakesNormalToZAndPositionToOrigin) {
+  const FRPosition position(3, -4, 5);
+  const FRVector normals[] = {{0, 0, 1},     {0, 0, -1},        {1, 0, 0},   {1, 2, -3},
+                              {1e-5, 0, -1}, {1e-8, -1e-8, -1}, {0, 1e-9, 1}};
+  for (const FRVector& vector : normals) {
+    SCOPED_TRACE(testing::PrintToString(vector));
+    const FRUnitVector normal = normalise(vector);
+    const FRTransf transform = get_transform_to_xy_plane(normal, position);
+    ExpectNear(position * transform, FRPosition(), 1e-14);
+    ExpectNear((position + normal) * transform, {0, 0, 1}, 1e-14);
+    const FRMatrix square = transform.affine() * transform.affine().transpose();
+    for (int i = 0; i < 9; ++i) EXPECT_NEAR(square.element(i / 3, i % 3), i / 3 == i % 3, 1e-14);
+  }
+  EXPECT_EQ(get_transform_to_xy_plane(FRZAxis, FRPosition()), FRTransf());
+  EXPECT_EQ(get_transform_to_xy_plane(-FRZAxis, FRPosition()), GetRotateTransf(PI, FRYAxis));
+}
+
+TEST(Geometry, ProjectsOnPlane) {
+  EXPECT_EQ(FRPosition(1, 2, 9).project_on_plane({0, 0, 5}, FRZAxis), FRPosition(1, 2, 5));
+  EXPECT_EQ(FRPosition(1, 2, 9).project_on_plane({0, 0, 5}, FRUnitVector()), FRPosition(1, 2, 9));
+}
+
+TEST(Geometry, BoxTakesItsCornersInAnyOrder) {
+  const FRBox box({5, -1, 3}, {1, 2, 3});
+  EXPECT_EQ(box.low(), FRPosition(1, -1, 3));
+  EXPECT_EQ(box.high(), FRPosition(5, 2, 3));
+  EXPECT_EQ(box.y_range().end_pt(), 2.0);
+  const FRPosition points[] = {{1, 1, 1}, {-1, 5, 0}, {0, 0, 7}};
+  EXPECT_EQ(CreateBoxFromPoints(points, 3).low(), FRPosition(-1, 0, 0));
+  EXPECT_EQ(CreateBoxFromPoints(points, 3).high(), FRPosition(1, 5, 7));
+  EXPECT_EQ(CreateBoxFromPoints(points, 0).high(), FRPosition());
+}
+
+TEST(Geometry, PointListKeepsItsOrder) {
+  AFR_Lin_List list;
+  for (int i = 0; i < 3; ++i) list.append({double(i), 0, 0});
+  double wanted = 0;
+  for (AFR_Lin_List::iterator at = list.begin(); at != list.end(); ++at) EXPECT_EQ((*at).x(), wanted++);
+  EXPECT_EQ(wanted, 3.0);
+}
+
+}  // namespace
