@@ -4,6 +4,12 @@ include(CMakePackageConfigHelpers)
 
 install(TARGETS KVSHAREu EXPORT KVShareTargets LIBRARY DESTINATION lib)
 install(TARGETS kestrova RUNTIME DESTINATION bin)
+add_custom_command(OUTPUT ${PROJECT_BINARY_DIR}/completion/kestrova
+  COMMAND ${CMAKE_COMMAND} -E make_directory ${PROJECT_BINARY_DIR}/completion
+  COMMAND $<TARGET_FILE:kestrova> completion bash > ${PROJECT_BINARY_DIR}/completion/kestrova
+  DEPENDS kestrova)
+add_custom_target(kv_completion ALL DEPENDS ${PROJECT_BINARY_DIR}/completion/kestrova)
+install(FILES ${PROJECT_BINARY_DIR}/completion/kestrova DESTINATION share/bash-completion/completions)
 install(DIRECTORY ${PROJECT_BINARY_DIR}/lib/lang DESTINATION lib)
 install(CODE "set(KV_SOURCE \"${PROJECT_SOURCE_DIR}\")" COMPONENT headers)
 install(SCRIPT ${PROJECT_SOURCE_DIR}/cmake/install_headers.cmake COMPONENT headers)

@@ -2,11 +2,13 @@
 #include <cstdio>
 
 #include "host/commands.h"
+#include "host/completion.h"
 
 int main(int argc, char** argv) {
   CLI::App app{"kestrova: the command line of the KVSHAREu shared library"};
   app.set_version_flag("--version", "kestrova " KV_VERSION);
   app.require_subcommand(1);
+  kestrova::AddCompletionCommands(app);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -1,0 +1,87 @@
+#include "host/completion.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+
+namespace kestrova {
+
+namespace {
+
+constexpr char kBashScript[] =
+    R"(# Completion of kestrova for bash; source it, or put it into share/bash-completion/completions.
+_kestrova() {
+  mapfile -t COMPREPLY < <("${COMP_WORDS[0]}" complete-words "${COMP_WORDS[@]:1:COMP_CWORD}" 2>/dev/null)
+}
+complete -o default -F _kestrova kestrova
+)";
+
+constexpr char kHiddenCommand[] = "complete-words";
+
+// The choices that stand in an option's type as {a,b,c}.
+std::vector<std::string> Choices(const CLI::Option& option) {
+  const std::string type = option.get_type_name();
+  const std::size_t open = type.find('{');
+  const std::size_t close = type.find('}', open);
+  if (open == std::string::npos || close == std::string::npos) return {};
+  return CLI::detail::split(type.substr(open + 1, close - open - 1), ',');
+}
+
+const CLI::Option* FindOption(const CLI::App& app, const std::string& word) {
+  return word.size() > 1 && word[0] == '-' ? app.get_option_no_throw(word) : nullptr;
+}
+
+// Follows the subcommands among the words; what is an option's value is no subcommand.
+const CLI::App* Descend(const CLI::App& app, const std::vector<std::string>& words) {
+  const CLI::App* at = &app;
+  for (std::size_t i = 0; i + 1 < words.size(); ++i) {
+    const CLI::Option* option = FindOption(*at, words[i]);
+    if (option && option->get_items_expected_max() > 0) {
+      ++i;
+      continue;
+    }
+    const auto commands = at->get_subcommands([&](const CLI::App* command) { return command->get_name() == words[i]; });
+    if (!commands.empty()) at = commands.front();
+  }
+  return at;
+}
+
+}  // namespace
+
+std::vector<std::string> Complete(const CLI::App& app, const std::vector<std::string>& words) {
+  const std::string last = words.empty() ? "" : words.back();
+  const CLI::App* at = Descend(app, words);
+  const CLI::Option* before = words.size() > 1 ? FindOption(*at, words[words.size() - 2]) : nullptr;
+
+  std::vector<std::string> candidates;
+  if (before && before->get_items_expected_max() > 0) {
+    candidates = Choices(*before);
+  } else if (last.starts_with('-')) {
+    for (const CLI::Option* option : at->get_options()) {
+      for (const std::string& name : option->get_lnames()) candidates.push_back("--" + name);
+    }
+  } else {
+    for (const CLI::App* command : at->get_subcommands([](const CLI::App*) { return true; })) {
+      if (!command->get_group().empty()) candidates.push_back(command->get_name());
+    }
+  }
+  std::erase_if(candidates, [&](const std::string& candidate) { return !candidate.starts_with(last); });
+  std::sort(candidates.begin(), candidates.end());
+  return candidates;
+}
+
+void AddCompletionCommands(CLI::App& app) {
+  CLI::App* completion = app.add_subcommand("completion", "Print the completion script for a shell");
+  completion->footer("Example:\n  kestrova completion bash > /etc/bash_completion.d/kestrova");
+  auto shell = std::make_shared<std::string>();
+  completion->add_option("shell", *shell, "The shell")->required()->check(CLI::IsMember({"bash"}));
+  completion->callback([shell] { std::fputs(kBashScript, stdout); });
+
+  CLI::App* hidden = app.add_subcommand(kHiddenCommand, "")->group("");
+  hidden->prefix_command();
+  hidden->callback([&app, hidden] {
+    for (const std::string& candidate : Complete(app, hidden->remaining())) std::printf("%s\n", candidate.c_str());
+  });
+}
+
+}  // namespace kestrova
