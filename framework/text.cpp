@@ -60,8 +60,8 @@ TCHAR* CString::Allocate(int capacity) {
 }
 
 void CString::Release() noexcept {
+  if (data_ == Nil()) return;
   Header* head = Head();
-  if (head->users.load(std::memory_order_relaxed) < 0) return;
   // The last user needs no read-modify-write: nobody else can reach the text any more.
   if (head->users.load(std::memory_order_acquire) == 1 || head->users.fetch_sub(1, std::memory_order_acq_rel) == 1) {
     head->~Header();
