@@ -1,0 +1,114 @@
+// The last status of a thread, and errno turned into a status.
+#include "platform/errors.h"
+
+#include <cerrno>
+#include <cstdio>
+
+#include "platform/linux/errno_status.h"
+
+namespace {
+
+thread_local DWORD t_last_status = 0;
+
+struct Row {
+  int code;
+  LONG status;
+};
+
+constexpr Row kFromErrno[] = {
+    {ENOENT, ERROR_FILE_NOT_FOUND},
+    {ENOTDIR, ERROR_PATH_NOT_FOUND},
+    {EMFILE, ERROR_TOO_MANY_OPEN_FILES},
+    {ENFILE, ERROR_TOO_MANY_OPEN_FILES},
+    {EACCES, ERROR_ACCESS_DENIED},
+    {EPERM, ERROR_ACCESS_DENIED},
+    {EROFS, ERROR_ACCESS_DENIED},
+    {EISDIR, ERROR_ACCESS_DENIED},
+    {EBADF, ERROR_INVALID_HANDLE},
+    {ENOMEM, ERROR_NOT_ENOUGH_MEMORY},
+    {EXDEV, ERROR_NOT_SAME_DEVICE},
+    {EBUSY, ERROR_SHARING_VIOLATION},
+    {ETXTBSY, ERROR_SHARING_VIOLATION},
+    {ENOSYS, ERROR_NOT_SUPPORTED},
+    {EOPNOTSUPP, ERROR_NOT_SUPPORTED},
+    {EEXIST, ERROR_ALREADY_EXISTS},
+    {EINVAL, ERROR_INVALID_PARAMETER},
+    {ESRCH, ERROR_INVALID_PARAMETER},
+    {EPIPE, ERROR_BROKEN_PIPE},
+    {ENOSPC, ERROR_DISK_FULL},
+    {EDQUOT, ERROR_DISK_FULL},
+    {ENOTEMPTY, ERROR_DIRECTORY_NOT_EMPTY},
+    {ENAMETOOLONG, ERROR_FILENAME_EXCED_RANGE},
+    {EFBIG, ERROR_FILE_TOO_LARGE},
+    {ENOEXEC, ERROR_BAD_EXE_FORMAT},
+    {ELOOP, ERROR_CANT_RESOLVE_FILENAME},
+};
+
+struct Words {
+  LONG status;
+  const char* text;
+};
+
+constexpr Words kWords[] = {
+    {ERROR_SUCCESS, "no error"},
+    {ERROR_FILE_NOT_FOUND, "no such file"},
+    {ERROR_PATH_NOT_FOUND, "the folder does not exist"},
+    {ERROR_TOO_MANY_OPEN_FILES, "too many open files"},
+    {ERROR_ACCESS_DENIED, "access denied"},
+    {ERROR_INVALID_HANDLE, "the handle is not valid"},
+    {ERROR_NOT_ENOUGH_MEMORY, "not enough memory"},
+    {ERROR_INVALID_DATA, "the data is damaged"},
+    {ERROR_NOT_SAME_DEVICE, "the two paths lie on different devices"},
+    {ERROR_NOT_READY, "the device is not ready"},
+    {ERROR_WRITE_FAULT, "writing to the device failed"},
+    {ERROR_READ_FAULT, "reading from the device failed"},
+    {ERROR_GEN_FAILURE, "the device failed"},
+    {ERROR_SHARING_VIOLATION, "the file is in use"},
+    {ERROR_HANDLE_EOF, "the end of the file was reached"},
+    {ERROR_NOT_SUPPORTED, "not supported here"},
+    {ERROR_FILE_EXISTS, "the file exists already"},
+    {ERROR_INVALID_PARAMETER, "an argument is not valid"},
+    {ERROR_BROKEN_PIPE, "the other end was closed"},
+    {ERROR_BUFFER_OVERFLOW, "the path is too long"},
+    {ERROR_DISK_FULL, "the disk is full"},
+    {ERROR_INSUFFICIENT_BUFFER, "the buffer is too small"},
+    {ERROR_INVALID_NAME, "the name is not valid"},
+    {ERROR_MOD_NOT_FOUND, "no such library"},
+    {ERROR_NEGATIVE_SEEK, "a position ahead of the file's start"},
+    {ERROR_DIRECTORY_NOT_EMPTY, "the folder is not empty"},
+    {ERROR_ALREADY_EXISTS, "it exists already"},
+    {ERROR_BAD_EXE_FORMAT, "not a valid library or program"},
+    {ERROR_FILENAME_EXCED_RANGE, "the name is too long"},
+    {ERROR_FILE_TOO_LARGE, "the file is too large"},
+    {ERROR_DIRECTORY, "the folder's name is not valid"},
+    {ERROR_RESOURCE_DATA_NOT_FOUND, "the library has no resources"},
+    {ERROR_RESOURCE_NAME_NOT_FOUND, "the library has no such resource"},
+    {ERROR_CANT_RESOLVE_FILENAME, "the links of the path lead in a circle"},
+};
+
+}  // namespace
+
+DWORD GetLastError() { return t_last_status; }
+
+void SetLastError(DWORD status) { t_last_status = status; }
+
+const char* ErrorText(DWORD status) {
+  for (const Words& row : kWords)
+    if (DWORD(row.status) == status) return row.text;
+  thread_local char number[24];
+  std::snprintf(number, sizeof number, "error %u", status);
+  return number;
+}
+
+LONG StatusFromErrno(int code) {
+  for (const Row& row : kFromErrno)
+    if (row.code == code) return row.status;
+  return ERROR_GEN_FAILURE;
+}
+
+bool FailWithStatus(LONG status) {
+  SetLastError(DWORD(status));
+  return false;
+}
+
+bool FailWithErrno(int code) { return FailWithStatus(StatusFromErrno(code)); }

@@ -1,0 +1,16 @@
+// What the sources that deal with files share. All paths are the system's; results are errno codes, 0 for success.
+#pragma once
+
+#include <string>
+
+#include "platform/types.h"
+
+// Makes the folder of the drive that the product path begins with, if it is missing.
+void EnsureDriveFolder(LPCWSTR product_path);
+// The folder that the path's last component lies in; "." for a bare name.
+std::string FolderOf(const std::string& path);
+int FlushFolder(const std::string& folder);
+// Why an existing file may not be opened for writing or replaced: EISDIR or, if it is read-only, EACCES.
+int RefusalToWrite(const std::string& path);
+// Sets the last status for a call on the path and gives false.
+bool FailForPath(int code, const std::string& path);

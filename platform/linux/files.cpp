@@ -1,0 +1,264 @@
+// Whole files and folders on POSIX calls. What works on an open handle is in file_handles.cpp.
+#include "platform/files.h"
+
+#include <fcntl.h>
+#include <stdio.h>  // renameat2
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <random>
+
+#include "platform/linux/drives.h"
+#include "platform/linux/errno_status.h"
+#include "platform/linux/file_system.h"
+#include "platform/linux/utf8.h"
+#include "platform/text.h"
+
+namespace {
+
+constexpr mode_t kWriteBits = 0222;
+
+bool IsReadOnly(const struct stat& facts) { return S_ISREG(facts.st_mode) && (facts.st_mode & kWriteBits) == 0; }
+
+// 0 if the file may be removed or replaced, else the errno; folders are for other calls.
+int RefusalToRemove(const std::string& path) {
+  struct stat facts;
+  if (lstat(path.c_str(), &facts) != 0) return errno;
+  if (S_ISDIR(facts.st_mode)) return EISDIR;
+  return IsReadOnly(facts) ? EACCES : 0;
+}
+
+int RemoveFile(const std::string& path) {
+  if (const int refusal = RefusalToRemove(path)) return refusal;
+  return unlink(path.c_str()) == 0 ? 0 : errno;
+}
+
+int MakeFolder(LPCWSTR path) {
+  EnsureDriveFolder(path);
+  return mkdir(SystemPathFromProduct(path).c_str(), 0777) == 0 ? 0 : errno;
+}
+
+// The result of a call of the C library's family.
+int CResult(int code) {
+  if (code == 0) return 0;
+  errno = code;
+  return -1;
+}
+
+}  // namespace
+
+// ---- what other sources of this folder share
+
+void EnsureDriveFolder(LPCWSTR path) {
+  const std::string folder = DriveFolderOf(path);
+  if (folder.empty() || access(folder.c_str(), F_OK) == 0) return;
+  for (std::size_t slash = 0; slash != std::string::npos;) {
+    slash = folder.find('/', slash + 1);
+    mkdir(folder.substr(0, slash).c_str(), 0777);  // one that can't be made shows in the caller's own call
+  }
+}
+
+bool FailForPath(int code, const std::string& path) {
+  // A missing folder is told apart from a missing file.
+  if (code == ENOENT && access(FolderOf(path).c_str(), F_OK) != 0) {
+    SetLastError(ERROR_PATH_NOT_FOUND);
+    return false;
+  }
+  return FailWithErrno(code);
+}
+
+std::string FolderOf(const std::string& path) {
+  const std::size_t end = path.find_last_not_of('/');
+  const std::size_t slash = end == std::string::npos ? 0 : path.rfind('/', end);
+  if (slash == std::string::npos) return ".";
+  return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+int FlushFolder(const std::string& folder) {
+  const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (descriptor < 0) return errno;
+  // Some file systems can't flush a folder and say so with EINVAL; there is nothing better to do on those.
+  const int code = fsync(descriptor) == 0 || errno == EINVAL ? 0 : errno;
+  close(descriptor);
+  return code;
+}
+
+int RefusalToWrite(const std::string& path) {
+  struct stat facts;
+  if (stat(path.c_str(), &facts) != 0) return 0;
+  if (S_ISDIR(facts.st_mode)) return EISDIR;
+  return IsReadOnly(facts) ? EACCES : 0;
+}
+
+// ---- attributes and access
+
+DWORD GetFileAttributesW(LPCWSTR path) {
+  const std::string system = SystemPathFromProduct(path);
+  struct stat facts;
+  if (stat(system.c_str(), &facts) != 0) {
+    FailForPath(errno, system);
+    return INVALID_FILE_ATTRIBUTES;
+  }
+  if (S_ISDIR(facts.st_mode)) return FILE_ATTRIBUTE_DIRECTORY;
+  return IsReadOnly(facts) ? FILE_ATTRIBUTE_READONLY : FILE_ATTRIBUTE_NORMAL;
+}
+
+int _waccess(LPCWSTR path, int mode) {
+  if ((mode & ~6) != 0) return CResult(EINVAL);
+  const std::string system = SystemPathFromProduct(path);
+  const int asked = (mode & 2 ? W_OK : 0) | (mode & 4 ? R_OK : 0);
+  if (faccessat(AT_FDCWD, system.c_str(), asked, AT_EACCESS) != 0) return -1;
+  const int refusal = mode & 2 ? RefusalToWrite(system) : 0;
+  return CResult(refusal == EISDIR ? 0 : refusal);
+}
+
+int _wchmod(LPCWSTR path, int mode) {
+  const std::string system = SystemPathFromProduct(path);
+  struct stat facts;
+  if (stat(system.c_str(), &facts) != 0) return -1;
+  if (S_ISDIR(facts.st_mode)) return 0;  // the mark means nothing for a folder, whose files may still be written
+  const mode_t bits = facts.st_mode & 07777;
+  return chmod(system.c_str(), mode & _S_IWRITE ? bits | S_IWUSR : bits & ~kWriteBits);
+}
+
+// ---- folders
+
+BOOL CreateDirectoryW(LPCWSTR path, LPSECURITY_ATTRIBUTES) {
+  const int code = MakeFolder(path);
+  return code == 0 || FailForPath(code, SystemPathFromProduct(path));
+}
+
+int _wmkdir(LPCWSTR path) { return CResult(MakeFolder(path)); }
+
+BOOL RemoveDirectoryW(LPCWSTR path) {
+  const std::string system = SystemPathFromProduct(path);
+  return rmdir(system.c_str()) == 0 || FailForPath(errno == ENOTDIR ? EINVAL : errno, system);
+}
+
+// ---- whole files
+
+BOOL DeleteFileW(LPCWSTR path) {
+  const std::string system = SystemPathFromProduct(path);
+  const int code = RemoveFile(system);
+  return code == 0 || FailForPath(code, system);
+}
+
+int _wremove(LPCWSTR path) { return CResult(RemoveFile(SystemPathFromProduct(path))); }
+
+namespace {
+
+// The target of a rename. A target that is the source itself, found without case, takes the name as it was asked for.
+std::string RenameTarget(const std::string& from, LPCWSTR to) {
+  std::string target = SystemPathFromProduct(to);
+  if (target != from) return target;
+  const std::string asked = Utf8FromWide(to);
+  return target.substr(0, target.rfind('/') + 1) + asked.substr(asked.find_last_of("\\/:") + 1);
+}
+
+// Renames without replacing; file systems that can't do it in one step get a look ahead first.
+int RenameToNew(const std::string& from, const std::string& to) {
+  if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return 0;
+  if (errno != EINVAL && errno != ENOSYS) return errno;
+  if (faccessat(AT_FDCWD, to.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0) return EEXIST;
+  return rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
+}
+
+int RenameOver(const std::string& from, const std::string& to) {
+  const int refusal = RefusalToRemove(to);
+  if (refusal != 0 && refusal != ENOENT) return refusal;
+  return rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
+}
+
+}  // namespace
+
+BOOL MoveFileExW(LPCWSTR from, LPCWSTR to, DWORD flags) {
+  EnsureDriveFolder(to);
+  const std::string source = SystemPathFromProduct(from);
+  if (faccessat(AT_FDCWD, source.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) != 0) return FailForPath(errno, source);
+  const std::string target = RenameTarget(source, to);
+  const bool replace = (flags & MOVEFILE_REPLACE_EXISTING) != 0;
+  const int code = replace ? RenameOver(source, target) : RenameToNew(source, target);
+  if (code != 0) return FailForPath(code, target);
+  if ((flags & MOVEFILE_WRITE_THROUGH) == 0) return TRUE;
+  const int flushed = FlushFolder(FolderOf(target));
+  return flushed == 0 || FailWithErrno(flushed);
+}
+
+UINT GetTempFileNameW(LPCWSTR folder, LPCWSTR prefix, UINT unique, LPWSTR buffer) {
+  std::u16string path = folder ? folder : u"";
+  if (path.size() > MAX_PATH - 14) return UINT(FailWithStatus(ERROR_BUFFER_OVERFLOW));
+  const DWORD attributes = GetFileAttributesW(folder);
+  if (attributes == INVALID_FILE_ATTRIBUTES || !(attributes & FILE_ATTRIBUTE_DIRECTORY))
+    return UINT(FailWithStatus(ERROR_DIRECTORY));
+  if (path.back() != u'\\' && path.back() != u'/') path += u'\\';
+  path += std::u16string_view(prefix ? prefix : u"").substr(0, 3);
+  static std::atomic<UINT> next = std::random_device()();
+  for (int tries = 0; tries < 0x10000; ++tries) {
+    const UINT number = unique != 0 ? unique & 0xFFFF : next++ & 0xFFFF;
+    if (number == 0 && unique == 0) continue;
+    char digits[8];
+    std::snprintf(digits, sizeof digits, "%x", number);
+    const std::u16string name = path + WideFromUtf8(digits) + u".tmp";
+    CopyToBuffer(name, buffer, MAX_PATH);
+    if (unique != 0) return unique;
+    const int descriptor =
+        open(SystemPathFromProduct(name.c_str()).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (descriptor >= 0) {
+      close(descriptor);
+      return number;
+    }
+    if (errno != EEXIST) return UINT(FailWithErrno(errno));
+  }
+  return UINT(FailWithStatus(ERROR_FILE_EXISTS));
+}
+
+// ---- the C library's streams
+
+namespace {
+
+// The C library's own mode for a mode of the platform; empty if it is none.
+std::string StreamMode(LPCWSTR mode) {
+  const std::u16string_view text = mode ? mode : u"";
+  const std::u16string_view letters = text.substr(0, text.find(u','));
+  const std::size_t kind = letters.find_first_not_of(u' ');
+  if (kind == letters.npos || std::u16string_view(u"rwa").find(letters[kind]) == letters.npos) return {};
+  std::string result(1, char(letters[kind]));
+  bool update = false;
+  bool exclusive = false;
+  for (const char16_t letter : letters.substr(kind + 1)) {
+    if (std::u16string_view(u"+btxNSRcn ").find(letter) == letters.npos) return {};
+    update |= letter == u'+';
+    exclusive |= letter == u'x';
+  }
+  if (exclusive && result != "w") return {};
+  return result + (update ? "+" : "") + (exclusive ? "x" : "") + "e";
+}
+
+}  // namespace
+
+FILE* _wfopen(LPCWSTR path, LPCWSTR mode) {
+  const std::string letters = StreamMode(mode);
+  if (letters.empty()) {
+    errno = EINVAL;
+    return nullptr;
+  }
+  const bool writes = letters.front() != 'r' || letters.find('+') != std::string::npos;
+  if (letters.front() != 'r') EnsureDriveFolder(path);
+  const std::string system = SystemPathFromProduct(path);
+  const int refusal = writes ? RefusalToWrite(system) : 0;
+  if (refusal != 0 && letters.find('x') == std::string::npos) {
+    errno = refusal;
+    return nullptr;
+  }
+  FILE* file = std::fopen(system.c_str(), letters.c_str());
+  if (!file || writes) return file;
+  struct stat facts;  // the C library opens a folder for reading and fails only later
+  if (fstat(fileno(file), &facts) == 0 && S_ISDIR(facts.st_mode)) {
+    std::fclose(file);
+    errno = EACCES;
+    return nullptr;
+  }
+  return file;
+}

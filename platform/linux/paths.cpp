@@ -1,0 +1,211 @@
+// Paths: mapping onto the system's, the search without case, taking apart.
+#include "platform/paths.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <pwd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <memory>
+#include <vector>
+
+#include "platform/errors.h"
+#include "platform/linux/drives.h"
+#include "platform/linux/utf8.h"
+#include "platform/text.h"
+
+namespace {
+
+bool IsLetter(char character) { return (character | 0x20) >= 'a' && (character | 0x20) <= 'z'; }
+
+std::string WithoutTrailingSlashes(std::string path) {
+  while (!path.empty() && path.back() == '/') path.pop_back();
+  return path;
+}
+
+std::string UserDataFolder() {
+  const char* data = std::getenv("XDG_DATA_HOME");
+  if (data && *data == '/') return data;
+  const char* home = std::getenv("HOME");
+  if (home && *home) return std::string(home) + "/.local/share";
+  passwd entry = {};
+  passwd* found = nullptr;
+  std::vector<char> texts(4096);
+  while (getpwuid_r(getuid(), &entry, texts.data(), texts.size(), &found) == ERANGE) texts.resize(texts.size() * 2);
+  return std::string(found ? found->pw_dir : "") + "/.local/share";
+}
+
+bool Exists(const std::string& path) { return faccessat(AT_FDCWD, path.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0; }
+
+// The name of the folder's entry that equals the wanted one without case; empty if there is none.
+std::string FindWithoutCase(const std::string& folder, std::string_view wanted) {
+  const std::unique_ptr<DIR, int (*)(DIR*)> listing(opendir(folder.empty() ? "." : folder.c_str()), closedir);
+  if (!listing) return {};
+  const std::u16string wide = WideFromUtf8(wanted);
+  std::string found;
+  while (const dirent* entry = readdir(listing.get())) {
+    const std::string_view name = entry->d_name;
+    if (_wcsicmp(WideFromUtf8(name).c_str(), wide.c_str()) == 0 && (found.empty() || name < found)) found = name;
+  }
+  return found;
+}
+
+// Goes down from base (which ends in a slash or is empty) along the rest, taking each component as written or, if that
+// does not exist, without case. From the first component that can't be found on, all stays as written.
+std::string LookUp(std::string base, std::string_view rest) {
+  while (!rest.empty()) {
+    const std::size_t end = std::min(rest.find('/'), rest.size());
+    const std::string_view name = rest.substr(0, end);
+    if (!name.empty() && !Exists(base + std::string(name))) {
+      const std::string found = FindWithoutCase(base, name);
+      if (found.empty()) return base.append(rest);
+      base += found;
+    } else {
+      base += name;
+    }
+    if (end < rest.size()) base += '/';
+    rest.remove_prefix(std::min(end + 1, rest.size()));
+  }
+  return base;
+}
+
+// The product's path with slashes and without the mark of a verbatim path.
+std::string Slashed(LPCWSTR path) {
+  std::string text = Utf8FromWide(path);
+  std::replace(text.begin(), text.end(), '\\', '/');
+  if (text.starts_with("//?/UNC/")) return "//" + text.substr(8);
+  if (text.starts_with("//?/")) return text.substr(4);
+  return text;
+}
+
+bool HasDrive(std::string_view slashed) { return slashed.size() >= 2 && IsLetter(slashed[0]) && slashed[1] == ':'; }
+
+}  // namespace
+
+// ---- drives
+
+std::string DriveFolder(char letter) {
+  const std::string variable = std::string("KV_DRIVE_") + char(letter & ~0x20);
+  const char* folder = std::getenv(variable.c_str());
+  if (folder && *folder) return WithoutTrailingSlashes(folder);
+  return WithoutTrailingSlashes(UserDataFolder()) + "/kestrova/drive_" + char(letter | 0x20);
+}
+
+std::string DriveFolderOf(LPCWSTR path) {
+  const std::string slashed = Slashed(path);
+  return HasDrive(slashed) ? DriveFolder(slashed[0]) : std::string();
+}
+
+// ---- mapping
+
+std::string SystemPathFromProduct(LPCWSTR path) {
+  std::string slashed = Slashed(path);
+  std::string base;
+  if (HasDrive(slashed)) {
+    base = DriveFolder(slashed[0]) + '/';
+    slashed.erase(0, slashed.size() > 2 && slashed[2] == '/' ? 3 : 2);
+  }
+  const std::string whole = base + slashed;
+  return whole.empty() || Exists(whole) ? whole : LookUp(base, slashed);
+}
+
+std::u16string ProductPathFromSystem(std::string_view path) {
+  std::string text(path);
+  for (char letter = 'A'; letter <= 'Z' && path.starts_with('/'); ++letter) {
+    const std::string folder = DriveFolder(letter);
+    if (!path.starts_with(folder) || (path.size() > folder.size() && path[folder.size()] != '/')) continue;
+    text = std::string{letter, ':'} + std::string(path.substr(folder.size()));
+    if (text.size() == 2) text += '/';
+    break;
+  }
+  std::replace(text.begin(), text.end(), '/', '\\');
+  return WideFromUtf8(text);
+}
+
+// ---- taking apart
+
+void _wsplitpath(LPCWSTR path, LPWSTR drive, LPWSTR folder, LPWSTR name, LPWSTR extension) {
+  std::u16string_view rest = path ? path : u"";
+  const auto give = [](std::u16string_view part, LPWSTR target, int size) {
+    if (!target) return;
+    part = part.substr(0, std::size_t(size) - 1);
+    part.copy(target, part.size());
+    target[part.size()] = 0;
+  };
+  const std::size_t drive_end = rest.size() >= 2 && rest[1] == u':' ? 2 : 0;
+  give(rest.substr(0, drive_end), drive, _MAX_DRIVE);
+  rest.remove_prefix(drive_end);
+  const std::size_t folder_end = rest.find_last_of(u"\\/") + 1;  // npos + 1 is 0
+  give(rest.substr(0, folder_end), folder, _MAX_DIR);
+  rest.remove_prefix(folder_end);
+  const std::size_t point = std::min(rest.rfind(u'.'), rest.size());
+  give(rest.substr(0, point), name, _MAX_FNAME);
+  give(rest.substr(point), extension, _MAX_EXT);
+}
+
+namespace {
+
+std::u16string CurrentFolder() {
+  const std::unique_ptr<char, void (*)(void*)> folder(getcwd(nullptr, 0), std::free);
+  return folder ? ProductPathFromSystem(folder.get()) : std::u16string();
+}
+
+// The root of an absolute path, "\", "C:\" or "\\" with server and share; empty for a relative one.
+std::u16string_view RootOf(std::u16string_view path) {
+  if (path.starts_with(u"\\\\")) {
+    const std::size_t server = std::min(path.find(u'\\', 2), path.size());
+    const std::size_t share = std::min(path.find(u'\\', server + 1), path.size());
+    return path.substr(0, std::min(share + 1, path.size()));
+  }
+  if (path.starts_with(u'\\')) return path.substr(0, 1);
+  return path.size() >= 2 && path[1] == u':' ? path.substr(0, path.size() > 2 && path[2] == u'\\' ? 3 : 2)
+                                             : std::u16string_view();
+}
+
+// Appends the components of rest to the path, resolving "." and "..", which stops at the root.
+void AppendResolved(std::u16string& path, std::size_t root, std::u16string_view rest) {
+  while (!rest.empty()) {
+    const std::size_t end = std::min(rest.find(u'\\'), rest.size());
+    const std::u16string_view name = rest.substr(0, end);
+    const bool separated = end < rest.size();
+    rest.remove_prefix(std::min(end + 1, rest.size()));
+    if (name == u"..") {
+      if (path.size() > root) path.pop_back();
+      while (path.size() > root && path.back() != u'\\') path.pop_back();
+    } else if (!name.empty() && name != u".") {
+      path.append(name);
+      if (separated) path += u'\\';
+    }
+  }
+}
+
+}  // namespace
+
+DWORD GetFullPathNameW(LPCWSTR path, DWORD units, LPWSTR buffer, LPWSTR* filePart) {
+  if (filePart) *filePart = nullptr;
+  if (!path || !*path) {
+    SetLastError(ERROR_INVALID_NAME);
+    return 0;
+  }
+  std::u16string given = path;
+  std::replace(given.begin(), given.end(), u'/', u'\\');
+  if (RootOf(given).empty()) given = CurrentFolder() + u'\\' + given;
+  const std::u16string_view root = RootOf(given);
+  std::u16string full(root);
+  if (full.size() == 2 && full[1] == u':') full += u'\\';
+  AppendResolved(full, full.size(), std::u16string_view(given).substr(root.size()));
+  const DWORD result = CopyToBuffer(full, buffer, units);
+  const std::size_t name = full.rfind(u'\\') + 1;
+  if (filePart && result == full.size() && name < full.size()) *filePart = buffer + name;
+  return result;
+}
+
+DWORD GetTempPathW(DWORD units, LPWSTR buffer) {
+  const char* folder = std::getenv("TMPDIR");
+  std::u16string path = ProductPathFromSystem(folder && *folder ? folder : "/tmp");
+  if (path.back() != u'\\') path += u'\\';
+  return CopyToBuffer(path, buffer, units);
+}

@@ -1,0 +1,150 @@
+// SafeFile on file descriptors.
+#include "platform/safe_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <random>
+
+#include "platform/errors.h"
+#include "platform/linux/drives.h"
+#include "platform/linux/errno_status.h"
+#include "platform/linux/file_system.h"
+#include "platform/linux/utf8.h"
+#include "platform/paths.h"
+
+namespace {
+
+constexpr std::size_t kCollected = 64 * 1024;
+constexpr int kTries = 100;
+
+// The file behind a link, so that the link stays one. A link to nothing yet is followed as far as it can be told.
+std::string BehindLinks(const std::string& path) {
+  char resolved[PATH_MAX];
+  if (realpath(path.c_str(), resolved)) return resolved;
+  const ssize_t length = readlink(path.c_str(), resolved, sizeof resolved);
+  if (length <= 0 || std::size_t(length) == sizeof resolved) return path;
+  const std::string target(resolved, std::size_t(length));
+  return target.front() == '/' ? target : FolderOf(path) + '/' + target;
+}
+
+}  // namespace
+
+struct SafeFile::State {
+  std::string product_path;  // as given, for the reason
+  std::string target;
+  std::string temporary;  // empty when there is none to remove
+  std::string collected;
+  int descriptor = -1;
+  LONG status = ERROR_SUCCESS;
+
+  bool Fail(int code) {
+    FailForPath(code, target);
+    status = LONG(GetLastError());
+    Drop();
+    return false;
+  }
+
+  // Closes and removes the temporary file.
+  void Drop() {
+    if (descriptor >= 0) close(descriptor);
+    descriptor = -1;
+    if (!temporary.empty()) unlink(temporary.c_str());
+    temporary.clear();
+    collected.clear();
+  }
+
+  // Makes the temporary file, with the rights of the file that it will replace.
+  bool Open() {
+    if (const int refusal = RefusalToWrite(target)) return Fail(refusal);
+    std::random_device random;
+    for (int i = 0; i < kTries && descriptor < 0; ++i) {
+      temporary = target + '~' + std::to_string(random()) + ".tmp";
+      descriptor = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+      if (descriptor < 0 && errno != EEXIST) break;
+    }
+    if (descriptor < 0) {
+      const int code = errno;
+      temporary.clear();  // not ours
+      return Fail(code);
+    }
+    struct stat old;
+    if (stat(target.c_str(), &old) != 0) return true;
+    // Only a privileged user can give a file away, or to a group that is not his; everybody else's new file is his own.
+    if (fchown(descriptor, old.st_uid, old.st_gid) != 0 && errno != EPERM) return Fail(errno);
+    return fchmod(descriptor, old.st_mode & 07777) == 0 || Fail(errno);
+  }
+
+  bool Put(const char* bytes, std::size_t count) {
+    while (count > 0) {
+      const ssize_t put = write(descriptor, bytes, count);
+      if (put < 0 && errno == EINTR) continue;
+      if (put < 0) return Fail(errno);
+      bytes += put;
+      count -= std::size_t(put);
+    }
+    return true;
+  }
+
+  bool PutCollected() {
+    const bool done = Put(collected.data(), collected.size());
+    collected.clear();
+    return done;
+  }
+};
+
+SafeFile::SafeFile(LPCWSTR path) : state_(std::make_unique<State>()) {
+  state_->product_path = Utf8FromWide(path);
+  if (state_->product_path.empty()) {
+    state_->status = ERROR_PATH_NOT_FOUND;
+    return;
+  }
+  EnsureDriveFolder(path);
+  state_->target = BehindLinks(SystemPathFromProduct(path));
+  state_->Open();
+}
+
+SafeFile::~SafeFile() { state_->Drop(); }
+
+bool SafeFile::Write(const void* bytes, std::size_t count) {
+  State& state = *state_;
+  if (state.descriptor < 0) return false;
+  const char* source = static_cast<const char*>(bytes);
+  if (state.collected.size() + count > kCollected && !state.PutCollected()) return false;
+  if (count > kCollected) return state.Put(source, count);
+  state.collected.append(source, count);
+  return true;
+}
+
+bool SafeFile::Commit() {
+  State& state = *state_;
+  if (state.descriptor < 0 || !state.PutCollected()) return false;
+  if (fsync(state.descriptor) != 0) return state.Fail(errno);
+  // Some file systems report a failed write only here.
+  const int closed = close(state.descriptor);
+  state.descriptor = -1;
+  if (closed != 0) return state.Fail(errno);
+  if (rename(state.temporary.c_str(), state.target.c_str()) != 0) return state.Fail(errno);
+  state.temporary.clear();
+  // The file has its name by now. What fails here is only the promise that the name outlasts a power cut.
+  const int flushed = FlushFolder(FolderOf(state.target));
+  return flushed == 0 || state.Fail(flushed);
+}
+
+LONG SafeFile::Status() const { return state_->status; }
+
+std::string SafeFile::Reason() const {
+  if (state_->status == ERROR_SUCCESS) return {};
+  return "cannot write " + state_->product_path + ": " + ErrorText(DWORD(state_->status));
+}
+
+LONG WriteFileSafely(LPCWSTR path, std::string_view bytes) {
+  SafeFile file(path);
+  file.Write(bytes);
+  file.Commit();
+  return file.Status();
+}

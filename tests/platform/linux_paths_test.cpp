@@ -1,0 +1,160 @@
+// The mapping of product paths onto the system's, and files written beside and renamed.
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <csignal>
+#include <cstdlib>
+
+#include "platform/files.h"
+#include "platform/process.h"
+#include "platform/safe_file.h"
+#include "tests/scratch.h"
+
+namespace {
+
+class Mapping : public testing::Test {
+ protected:
+  Mapping() { setenv("KV_DRIVE_C", (folder.Path() / "drive").c_str(), 1); }
+  ~Mapping() override { unsetenv("KV_DRIVE_C"); }
+  std::string Drive(const std::string& name) const { return (folder.Path() / "drive").string() + name; }
+
+  kvtest::ScratchFolder folder;
+};
+
+TEST_F(Mapping, GoesToTheDriveFolderAndLooksUpWithoutCase) {
+  folder.Write("drive/Program Files/Größe/Data.TXT", "x");
+  folder.Write("drive/twins/A", "x");
+  folder.Write("drive/twins/a", "x");
+  const struct {
+    const TCHAR* path;
+    std::string wanted;
+  } rows[] = {
+      {_T("C:\\Program Files\\Größe\\Data.TXT"), Drive("/Program Files/Größe/Data.TXT")},
+      {_T("c:/PROGRAM files/GRÖSSE/x"), Drive("/Program Files/GRÖSSE/x")},
+      {_T("C:\\program files\\GRöße\\DATA.txt"), Drive("/Program Files/Größe/Data.TXT")},
+      {_T("C:program files"), Drive("/Program Files")},
+      {_T("C:\\program files\\new folder\\"), Drive("/Program Files/new folder/")},
+      {_T("\\\\?\\C:\\Twins\\a"), Drive("/twins/a")},
+      {_T("C:\\TWINS\\A"), Drive("/twins/A")},
+      {_T("C:\\"), Drive("/")},
+      {_T("\\dev\\NULL"), "/dev/null"},
+      {_T("a\\b"), "a/b"},
+      {_T(""), ""},
+      {nullptr, ""},
+  };
+  for (const auto& row : rows) EXPECT_EQ(SystemPathFromProduct(row.path), row.wanted);
+}
+
+TEST_F(Mapping, DriveFolderDefaultsToTheUsersData) {
+  setenv("XDG_DATA_HOME", "/data/home", 1);
+  EXPECT_EQ(SystemPathFromProduct(_T("D:\\x")), "/data/home/kestrova/drive_d/x");
+  unsetenv("XDG_DATA_HOME");
+  const std::string home = std::getenv("HOME");
+  EXPECT_EQ(SystemPathFromProduct(_T("d:\\x")), home + "/.local/share/kestrova/drive_d/x");
+}
+
+TEST_F(Mapping, PathsFromOutsideTakeTheProductsForm) {
+  EXPECT_EQ(ProductPathFromSystem("/usr/lib/x.so"), u"\\usr\\lib\\x.so");
+  EXPECT_EQ(ProductPathFromSystem(Drive("/KV/x")), u"C:\\KV\\x");
+  EXPECT_EQ(ProductPathFromSystem(Drive("")), u"C:\\");
+  EXPECT_EQ(ProductPathFromSystem("sub/größe"), u"sub\\größe");
+  EXPECT_EQ(ProductPathFromSystem("C:\\already"), u"C:\\already");
+  EXPECT_TRUE(ProductPathFromSystem(Drive("s/x")).starts_with(u"\\")) << "only the name's beginning is the drive's";
+}
+
+TEST_F(Mapping, WritingOnADriveMakesItsFolderButNoOther) {
+  EXPECT_FALSE(CreateDirectoryW(_T("C:\\a\\b"), nullptr));
+  EXPECT_TRUE(CreateDirectoryW(_T("C:\\a"), nullptr));
+  EXPECT_TRUE(std::filesystem::is_directory(Drive("/a")));
+}
+
+// ---- files written beside and renamed
+
+class Safe : public Mapping {
+ protected:
+  Safe() { std::filesystem::create_directories(Drive("")); }
+  // The names in the drive's folder.
+  std::vector<std::string> Names() const {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(Drive(""))) names.push_back(entry.path().filename());
+    return names;
+  }
+};
+
+TEST_F(Safe, ReplacesAtOnceAndKeepsRightsAndLinks) {
+  folder.Write("drive/real", "old");
+  chmod(Drive("/real").c_str(), 0640);
+  std::filesystem::create_symlink("real", Drive("/link"));
+  const std::string big(200'000, 'x');
+  {
+    SafeFile file(_T("C:\\LINK"));
+    EXPECT_TRUE(file.Write("head"));
+    EXPECT_TRUE(file.Write(big));
+    EXPECT_EQ(kvtest::ReadFile(Drive("/real")), "old");
+    EXPECT_TRUE(file.Commit()) << file.Reason();
+    EXPECT_FALSE(file.Write("late"));
+    EXPECT_FALSE(file.Commit());
+    EXPECT_EQ(file.Reason(), "");
+  }
+  EXPECT_EQ(kvtest::ReadFile(Drive("/real")), "head" + big);
+  EXPECT_TRUE(std::filesystem::is_symlink(Drive("/link")));
+  struct stat facts;
+  ASSERT_EQ(stat(Drive("/real").c_str(), &facts), 0);
+  EXPECT_EQ(facts.st_mode & 07777, 0640U);
+  EXPECT_EQ(Names().size(), 2U);
+}
+
+TEST_F(Safe, WithoutCommitNothingChanged) {
+  folder.Write("drive/f", "old");
+  {
+    SafeFile file(_T("C:\\f"));
+    EXPECT_TRUE(file.Write(std::string(100'000, 'x')));
+    EXPECT_EQ(Names().size(), 2U);
+  }
+  EXPECT_EQ(Names(), std::vector<std::string>{"f"});
+  EXPECT_EQ(kvtest::ReadFile(Drive("/f")), "old");
+}
+
+TEST_F(Safe, FailuresComeWithAReasonAndLeaveNothing) {
+  folder.Write("drive/locked", "old");
+  chmod(Drive("/locked").c_str(), 0444);
+  std::filesystem::create_directory(Drive("/folder"));
+  const struct {
+    const TCHAR* path;
+    LONG status;
+    std::string reason;
+  } rows[] = {
+      {_T("C:\\locked"), ERROR_ACCESS_DENIED, "cannot write C:\\locked: access denied"},
+      {_T("C:\\folder"), ERROR_ACCESS_DENIED, "cannot write C:\\folder: access denied"},
+      {_T("C:\\none\\f"), ERROR_PATH_NOT_FOUND, "cannot write C:\\none\\f: the folder does not exist"},
+      {_T(""), ERROR_PATH_NOT_FOUND, "cannot write : the folder does not exist"},
+  };
+  for (const auto& row : rows) {
+    SafeFile file(row.path);
+    EXPECT_FALSE(file.Write("new"));
+    EXPECT_FALSE(file.Commit());
+    EXPECT_EQ(file.Status(), row.status);
+    EXPECT_EQ(file.Reason(), row.reason);
+  }
+  EXPECT_EQ(kvtest::ReadFile(Drive("/locked")), "old");
+  EXPECT_EQ(Names().size(), 2U);
+}
+
+// The limit on a file's size stands for a full disk: writing fails in the middle.
+TEST_F(Safe, DiskThatFillsUpLeavesTheOldFile) {
+  folder.Write("drive/f", "old");
+  const auto before = std::signal(SIGXFSZ, SIG_IGN);
+  rlimit old = {};
+  getrlimit(RLIMIT_FSIZE, &old);
+  const rlimit small = {100'000, old.rlim_max};
+  setrlimit(RLIMIT_FSIZE, &small);
+  const LONG status = WriteFileSafely(_T("C:\\f"), std::string(300'000, 'x'));
+  setrlimit(RLIMIT_FSIZE, &old);
+  std::signal(SIGXFSZ, before);
+  EXPECT_EQ(status, ERROR_FILE_TOO_LARGE);
+  EXPECT_EQ(kvtest::ReadFile(Drive("/f")), "old");
+  EXPECT_EQ(Names(), std::vector<std::string>{"f"});
+}
+
+}  // namespace
