@@ -67,6 +67,14 @@ inline constexpr BOOL TRUE = 1;
 inline constexpr DWORD MAX_PATH = 260;
 #define INVALID_HANDLE_VALUE (reinterpret_cast<HANDLE>(static_cast<std::intptr_t>(-1)))
 
+// A time: 100 ns units since the beginning of 1601, UTC.
+struct FILETIME {
+  DWORD dwLowDateTime;
+  DWORD dwHighDateTime;
+};
+// Rights of a new object. Calls take one and ignore it: a null one is what they expect.
+struct SECURITY_ATTRIBUTES;
+
 // Status codes, with the numbers that the platform's documentation gives them.
 inline constexpr LONG ERROR_SUCCESS = 0;
 inline constexpr LONG ERROR_FILE_NOT_FOUND = 2;

@@ -1,0 +1,30 @@
+// What the calls on keys share with their transacted forms. Internal to platform/linux.
+#pragma once
+
+#include "platform/linux/registry_handles.h"
+
+namespace kvregistry {
+
+// Where an opening call looks: in the hive as it is, or within a transaction.
+class Scope {
+ public:
+  virtual ~Scope() = default;
+  // The store to use for a key that the caller named by a handle of `store`; null if the transaction has ended.
+  virtual std::shared_ptr<Store> StoreFor(const Store& store) = 0;
+};
+
+// The scope of calls outside any transaction.
+Scope& Outside();
+
+struct OpenArguments {
+  DWORD options;
+  REGSAM rights;
+  PHKEY opened;
+};
+
+LSTATUS OpenKey(Scope& scope, HKEY key, LPCWSTR path, const OpenArguments& arguments);
+LSTATUS CreateKey(Scope& scope, HKEY key, LPCWSTR path, LPCWSTR class_name, const OpenArguments& arguments,
+                  DWORD* disposition);
+LSTATUS DeleteKey(Scope& scope, HKEY key, LPCWSTR path, REGSAM rights);
+
+}  // namespace kvregistry

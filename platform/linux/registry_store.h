@@ -1,0 +1,163 @@
+// One hive file: its connection, its prepared statements, and the rules for making, opening and giving it up. Internal
+// to platform/linux.
+#pragma once
+
+#include <sqlite3.h>
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "platform/registry.h"
+
+namespace kvregistry {
+
+enum class Hive { kUser, kMachine };
+
+// The id of a hive's own key, whose path is empty. Every other path begins with a backslash.
+inline constexpr std::int64_t kRootId = 1;
+
+// A statement of the table in registry.cpp: prepared once per connection, in its own slot.
+struct Sql {
+  int slot;
+  const char* text;
+};
+inline constexpr int kFirstFreeSlot = 7;  // the ones before bound batches
+inline constexpr int kSqlSlots = 32;
+
+// The status code for a result code of SQLite.
+LSTATUS StatusOf(sqlite3* connection, int result);
+
+class Store : public std::enable_shared_from_this<Store> {
+ public:
+  // A store of its own connection; that of a transaction begins one before it writes.
+  Store(Hive hive, std::string folder, bool transacted);
+  ~Store();
+  Store(const Store&) = delete;
+  Store& operator=(const Store&) = delete;
+
+  // Held by the caller around everything below.
+  std::mutex& Mutex() { return mutex_; }
+
+  Hive WhichHive() const { return hive_; }
+  const std::string& Folder() const { return folder_; }
+
+  // Make the connection ready: ERROR_FILE_NOT_FOUND if there is no file to read; writing makes folder and file.
+  LSTATUS ReadyToRead();
+  LSTATUS ReadyToWrite();
+  // Once it is ready: may the file be written? 0 or ERROR_ACCESS_DENIED.
+  LSTATUS CheckWritable();
+
+  sqlite3* Connection() const { return connection_; }
+  // The statement, reset; null if it cannot be prepared.
+  sqlite3_stmt* Prepared(const Sql& sql);
+  bool IsTransacted() const { return transacted_; }
+
+  // The key of a folded path from memory, valid at this moment: its id, 0 for "no such key", -1 for "ask the file".
+  // Remember takes the answer found since then.
+  std::int64_t Recall(std::string_view path);
+  void Remember(std::string_view path, std::int64_t id);
+
+  // Gives the connection up; the next use opens it anew. Ends an open transaction without its changes.
+  void Close();
+  // End the transaction of a transacted store; every later use gives ERROR_TRANSACTION_NOT_ACTIVE.
+  LSTATUS Commit();
+  void RollBack();
+  // In a child process: forgets a connection that belongs to the parent.
+  void Abandon();
+
+ private:
+  // What identifies the last committed change: the head of the shared index of the write-ahead log.
+  using Change = std::array<std::uint64_t, 6>;
+  struct TextHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
+  };
+
+  std::string File() const;
+  LSTATUS Open();
+  LSTATUS Connect(int flags, const std::string& name);
+  LSTATUS Create();
+  bool WasReplaced();
+  void FindLogHead();
+  Change LastChange() const;
+
+  const Hive hive_;
+  const std::string folder_;
+  const bool transacted_;
+  std::mutex mutex_;
+  sqlite3* connection_ = nullptr;
+  std::array<sqlite3_stmt*, kSqlSlots> prepared_{};
+  bool read_only_ = false;
+  bool immutable_ = false;
+  bool begun_ = false;
+  bool ended_ = false;
+  const std::uint64_t* log_head_ = nullptr;
+  Change known_change_{};
+  std::unordered_map<std::string, std::int64_t, TextHash, std::equal_to<>> known_keys_;
+};
+
+// The store of a hive in the folder that the environment names at this moment.
+std::shared_ptr<Store> CurrentStore(Hive hive);
+
+// A store of its own on the same file, for one transaction; and the one of the process for a transaction's file.
+std::shared_ptr<Store> TransactedStore(const Store& plain);
+std::shared_ptr<Store> PlainStore(const Store& store);
+
+// One use of a prepared statement; its destructor resets it, which ends the reading.
+class Query {
+ public:
+  Query(Store& store, const Sql& sql) : store_(store), statement_(store.Prepared(sql)) {}
+  ~Query() {
+    if (statement_) sqlite3_reset(statement_);
+  }
+  Query(const Query&) = delete;
+  Query& operator=(const Query&) = delete;
+
+  // Arguments in order. Text and bytes have to outlive the query.
+  Query& Add(std::int64_t number);
+  Query& Add(std::string_view text);
+  Query& AddBytes(const void* bytes, std::size_t size);
+
+  // True at each row. False at the end, or on failure, which Status tells.
+  bool Next();
+  // For a statement without rows.
+  LSTATUS Run();
+  LSTATUS Status() const { return status_; }
+
+  std::int64_t Number(int column) const { return sqlite3_column_int64(statement_, column); }
+  std::string_view Text(int column) const;
+  // Bytes of a value; valid until the query ends.
+  std::string_view Bytes(int column) const;
+
+ private:
+  Store& store_;
+  sqlite3_stmt* statement_;
+  int next_argument_ = 1;
+  LSTATUS status_ = ERROR_SUCCESS;
+};
+
+// Several statements that belong together: rolled back unless committed. Within a transacted store they are a step of
+// its transaction. Begins for writing unless `reading` is set.
+class Batch {
+ public:
+  explicit Batch(Store& store, bool reading = false);
+  ~Batch();
+  Batch(const Batch&) = delete;
+  Batch& operator=(const Batch&) = delete;
+
+  LSTATUS Status() const { return status_; }
+  LSTATUS Commit();
+
+ private:
+  Store& store_;
+  bool open_ = false;
+  LSTATUS status_;
+};
+
+}  // namespace kvregistry
