@@ -1,15 +1,94 @@
 // The running process and others: environment variables, modules, identity, starting, waiting and ending.
 //
-// Environment: GetEnvironmentVariableW gives the length without the terminator if the value fits, the size needed with
-// the terminator if not, and 0 if there is no such variable. Names are case-sensitive where the system's are.
+// Any thread may call. What fails gives FALSE, 0 or null and the reason in GetLastError. Paths are those of
+// platform/paths.h; handles those of platform/handles.h, to be closed by the caller.
 #pragma once
 
+#include "platform/errors.h"
+#include "platform/handles.h"
 #include "platform/types.h"
 
 #ifndef _WIN32
 
+// ---- environment
+
+// Gives the length without the terminator if the value fits, the size needed with the terminator if not, and 0 if there
+// is no such variable. Names are case-sensitive where the system's are.
 KVSHARE_API DWORD GetEnvironmentVariableW(LPCWSTR name, LPWSTR buffer, DWORD units);
 // A null value removes the variable.
 KVSHARE_API BOOL SetEnvironmentVariableW(LPCWSTR name, LPCWSTR value);
+
+// ---- modules
+
+// A loaded library by its name, with or without folder and extension and in any case: KVSHAREu and KVSHAREu.dll find
+// libKVSHAREu.so. Null is the program itself. The handle is the address that the module lies at; nothing is to be
+// closed. Null with ERROR_MOD_NOT_FOUND if no such library is loaded.
+KVSHARE_API HMODULE GetModuleHandleW(LPCWSTR name);
+
+// The product path of a module's file, of the program for null; also of a resource-only library. Gives the length; if
+// the buffer is too small the text is cut, terminated, and units comes back with ERROR_INSUFFICIENT_BUFFER.
+KVSHARE_API DWORD GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD units);
+
+// ---- identity
+
+// The log-on name of the user. units goes in as the buffer's size and comes back as the length with the terminator, or
+// as the size needed, with FALSE and ERROR_INSUFFICIENT_BUFFER.
+KVSHARE_API BOOL GetUserNameW(LPWSTR buffer, LPDWORD units);
+
+KVSHARE_API DWORD GetCurrentProcessId();
+
+// ---- other processes
+
+struct STARTUPINFOW {
+  DWORD cb;
+  LPWSTR lpDesktop;
+  LPWSTR lpTitle;
+  DWORD dwFlags;
+  WORD wShowWindow;
+};
+using LPSTARTUPINFOW = STARTUPINFOW*;
+
+struct PROCESS_INFORMATION {
+  HANDLE hProcess;
+  HANDLE hThread;
+  DWORD dwProcessId;
+  DWORD dwThreadId;
+};
+using LPPROCESS_INFORMATION = PROCESS_INFORMATION*;
+
+// Starts a program and fills information with two handles, both to be closed. The command line is split at blanks;
+// quotes and backslashes work as the platform's own start-up code takes them. Without an application the first word is
+// the program, looked for in PATH if it has no folder; with one, the first word is only what the program sees as its
+// name. A folder, which may be null, is the new current one. environment must be null: the child inherits this one's.
+// No file is inherited but the standard three. startup counts only by being there, and may be null.
+KVSHARE_API BOOL CreateProcessW(LPCWSTR application, LPWSTR commandLine, void* processAttributes,
+                                void* threadAttributes, BOOL inherit, DWORD flags, void* environment, LPCWSTR folder,
+                                LPSTARTUPINFOW startup, LPPROCESS_INFORMATION information);
+
+inline constexpr DWORD PROCESS_TERMINATE = 0x1;
+inline constexpr DWORD PROCESS_QUERY_INFORMATION = 0x400;
+inline constexpr DWORD SYNCHRONIZE = 0x100000;
+
+// A handle of a running process; ERROR_INVALID_PARAMETER if there is none of that number.
+KVSHARE_API HANDLE OpenProcess(DWORD access, BOOL inherit, DWORD id);
+
+// Ends a process at once, whatever it is doing. ERROR_ACCESS_DENIED if it has ended already or may not be ended. The
+// end itself may still take a moment.
+KVSHARE_API BOOL TerminateProcess(HANDLE process, UINT exitCode);
+
+inline constexpr DWORD WAIT_OBJECT_0 = 0;
+inline constexpr DWORD WAIT_TIMEOUT = 258;
+inline constexpr DWORD WAIT_FAILED = 0xFFFFFFFF;
+
+// Waits until the process has ended, at most that long: WAIT_OBJECT_0, WAIT_TIMEOUT or WAIT_FAILED. A time of 0 only
+// looks; INFINITE (platform/threads.h) waits as long as it takes.
+KVSHARE_API DWORD WaitForSingleObject(HANDLE process, DWORD milliseconds);
+
+inline constexpr DWORD STILL_ACTIVE = 259;
+
+// The exit code, or STILL_ACTIVE. A process that was ended by TerminateProcess of this one has the code given there,
+// one ended by a signal 128 and the signal's number. Of a process that this one did not start the code is only known
+// while it runs; afterwards the call fails with ERROR_ACCESS_DENIED.
+KVSHARE_API BOOL GetExitCodeProcess(HANDLE process, LPDWORD exitCode);
 
 #endif

@@ -1,34 +1,225 @@
-// Processes and the environment on POSIX calls.
+// Processes and the environment on POSIX calls; other processes by descriptors, so that a number that the system uses
+// again is never taken for the process that had it.
 #include "platform/process.h"
 
-#include <cstdlib>
-#include <string>
+#include <poll.h>
+#include <pwd.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+extern "C" {  // the header of older C libraries does not say so itself
+#include <sys/pidfd.h>
+}
 
-#include "platform/text.h"
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/linux/command_line.h"
+#include "platform/linux/errno_status.h"
+#include "platform/linux/handle_table.h"
+#include "platform/linux/utf8.h"
+#include "platform/paths.h"
+#include "platform/threads.h"
+
+// ---- environment
+
+DWORD GetEnvironmentVariableW(LPCWSTR name, LPWSTR buffer, DWORD units) {
+  const char* value = name && *name ? std::getenv(Utf8FromWide(name).c_str()) : nullptr;
+  if (!value) return DWORD(FailWithStatus(ERROR_ENVVAR_NOT_FOUND));
+  return CopyToBuffer(WideFromUtf8(value), buffer, units);
+}
+
+BOOL SetEnvironmentVariableW(LPCWSTR name, LPCWSTR value) {
+  if (!name || !*name) return FailWithStatus(ERROR_INVALID_PARAMETER);
+  const std::string key = Utf8FromWide(name);
+  const int result = value ? setenv(key.c_str(), Utf8FromWide(value).c_str(), /*overwrite=*/1) : unsetenv(key.c_str());
+  return result == 0 || FailWithErrno(errno);
+}
+
+// ---- identity
+
+BOOL GetUserNameW(LPWSTR buffer, LPDWORD units) {
+  passwd entry = {};
+  passwd* found = nullptr;
+  std::vector<char> texts(1024);
+  while (getpwuid_r(geteuid(), &entry, texts.data(), texts.size(), &found) == ERANGE) texts.resize(texts.size() * 2);
+  // A user without an entry, as in a container, goes by the number.
+  const std::u16string name = WideFromUtf8(found ? std::string(found->pw_name) : std::to_string(geteuid()));
+  const bool fits = CopyToBuffer(name, buffer, *units) == name.size();
+  *units = DWORD(name.size() + 1);
+  return fits || FailWithStatus(ERROR_INSUFFICIENT_BUFFER);
+}
+
+DWORD GetCurrentProcessId() { return DWORD(getpid()); }
+
+// ---- other processes
 
 namespace {
 
-std::string Narrow(LPCWSTR text) {
-  std::string bytes(std::size_t(WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr)), '\0');
-  WideCharToMultiByte(CP_UTF8, 0, text, -1, bytes.data(), int(bytes.size()), nullptr, nullptr);
-  bytes.pop_back();
-  return bytes;
+class Process;
+
+// The children that somebody holds a handle of, and those that ended unseen and are still to be collected.
+struct Children {
+  std::mutex lock;
+  std::map<pid_t, std::weak_ptr<Process>> held;
+  std::vector<pid_t> abandoned;
+
+  // Lets the system forget abandoned children that have ended. Locked by the caller.
+  void Collect() {
+    std::erase_if(abandoned, [](pid_t id) { return waitpid(id, nullptr, WNOHANG) != 0; });
+  }
+};
+
+// Never destroyed: handles may be closed while statics go.
+Children& TheChildren() {
+  static auto* children = new Children;
+  return *children;
+}
+
+class Process : public HandleObject {
+ public:
+  Process(pid_t id, int descriptor, bool ours) : id_(id), descriptor_(descriptor), ours_(ours) {}
+  ~Process() override {
+    close(descriptor_);
+    if (!ours_) return;
+    Children& children = TheChildren();
+    const std::lock_guard guard(children.lock);
+    if (!exit_code_) children.abandoned.push_back(id_);
+    const auto held = children.held.find(id_);
+    if (held != children.held.end() && held->second.expired()) children.held.erase(held);
+    children.Collect();
+  }
+
+  bool HasEnded() const { return Wait(0) > 0; }
+
+  // As poll: above 0 if it has ended, 0 at the end of the time, below 0 on failure.
+  int Wait(int milliseconds) const {
+    pollfd wanted = {descriptor_, POLLIN, 0};
+    return poll(&wanted, 1, milliseconds);
+  }
+
+  bool Terminate(UINT code) {
+    const std::lock_guard guard(lock_);
+    if (HasEnded()) return FailWithStatus(ERROR_ACCESS_DENIED);
+    if (pidfd_send_signal(descriptor_, SIGKILL, nullptr, 0) != 0) return FailWithStatus(ERROR_ACCESS_DENIED);
+    given_code_ = code;
+    return true;
+  }
+
+  // The exit code, of a child that has ended.
+  std::optional<DWORD> ExitCode() {
+    const std::lock_guard guard(lock_);
+    if (exit_code_ || !ours_) return exit_code_;
+    siginfo_t info = {};
+    if (waitid(P_PIDFD, id_t(descriptor_), &info, WEXITED | WNOHANG) != 0 || info.si_pid == 0) return exit_code_;
+    if (info.si_code == CLD_EXITED) {
+      exit_code_ = DWORD(info.si_status);
+    } else {
+      exit_code_ = info.si_status == SIGKILL && given_code_ ? *given_code_ : DWORD(128 + info.si_status);
+    }
+    return exit_code_;
+  }
+
+ private:
+  const pid_t id_;
+  const int descriptor_;
+  const bool ours_;
+  std::mutex lock_;
+  std::optional<UINT> given_code_;
+  std::optional<DWORD> exit_code_;
+};
+
+// Starts the program; 0 or the errno.
+int Spawn(const std::string& program, std::vector<std::string>& words, LPCWSTR folder, pid_t& id) {
+  std::vector<char*> arguments;
+  for (std::string& word : words) arguments.push_back(word.data());
+  arguments.push_back(nullptr);
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  int code = 0;
+  if (folder && *folder) code = posix_spawn_file_actions_addchdir_np(&actions, SystemPathFromProduct(folder).c_str());
+  if (code == 0) code = posix_spawnp(&id, program.c_str(), &actions, nullptr, arguments.data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  return code;
 }
 
 }  // namespace
 
-DWORD GetEnvironmentVariableW(LPCWSTR name, LPWSTR buffer, DWORD units) {
-  if (!name || !*name) return 0;
-  const char* value = std::getenv(Narrow(name).c_str());
-  if (!value) return 0;
-  const int needed = MultiByteToWideChar(CP_UTF8, 0, value, -1, nullptr, 0);
-  if (DWORD(needed) > units) return DWORD(needed);
-  return DWORD(MultiByteToWideChar(CP_UTF8, 0, value, -1, buffer, int(units)) - 1);
+BOOL CreateProcessW(LPCWSTR application, LPWSTR commandLine, void*, void*, BOOL, DWORD, void* environment,
+                    LPCWSTR folder, LPSTARTUPINFOW, LPPROCESS_INFORMATION information) {
+  std::vector<std::string> words = SplitCommandLine(commandLine ? commandLine : application);
+  if (words.empty() || environment || !information) return FailWithStatus(ERROR_INVALID_PARAMETER);
+  if (application && !commandLine) words = {Utf8FromWide(application)};
+  const std::u16string named = application ? application : WideFromUtf8(words.front());
+  // A name without a folder is looked for in PATH and not in the current folder.
+  const std::string program = SystemPathFromProduct(named.c_str());
+  pid_t id = 0;
+  Children& children = TheChildren();
+  std::unique_lock guard(children.lock);
+  children.Collect();
+  if (const int code = Spawn(program, words, folder, id)) return FailWithErrno(code);
+  // The child can't be collected by anybody else yet, so its number still names it.
+  const int descriptor = pidfd_open(id, 0);
+  if (descriptor < 0) {
+    children.abandoned.push_back(id);
+    return FailWithErrno(errno);
+  }
+  auto process = std::make_shared<Process>(id, descriptor, /*ours=*/true);
+  children.held[id] = process;
+  guard.unlock();
+  *information = {AddHandle(process), AddHandle(process), DWORD(id), DWORD(id)};
+  return TRUE;
 }
 
-BOOL SetEnvironmentVariableW(LPCWSTR name, LPCWSTR value) {
-  if (!name || !*name) return FALSE;
-  const std::string key = Narrow(name);
-  if (!value) return unsetenv(key.c_str()) == 0;
-  return setenv(key.c_str(), Narrow(value).c_str(), /*overwrite=*/1) == 0;
+HANDLE OpenProcess(DWORD, BOOL, DWORD id) {
+  Children& children = TheChildren();
+  const std::lock_guard guard(children.lock);
+  const auto held = children.held.find(pid_t(id));
+  if (held != children.held.end())
+    if (auto process = held->second.lock()) return AddHandle(std::move(process));
+  const int descriptor = id != 0 && id <= INT32_MAX ? pidfd_open(pid_t(id), 0) : -1;
+  if (descriptor >= 0) return AddHandle(std::make_shared<Process>(pid_t(id), descriptor, /*ours=*/false));
+  SetLastError(errno == EMFILE ? ERROR_TOO_MANY_OPEN_FILES : ERROR_INVALID_PARAMETER);
+  return nullptr;
+}
+
+BOOL TerminateProcess(HANDLE handle, UINT exitCode) {
+  const auto process = FindHandle<Process>(handle);
+  return process && process->Terminate(exitCode);
+}
+
+DWORD WaitForSingleObject(HANDLE handle, DWORD milliseconds) {
+  const auto process = FindHandle<Process>(handle);
+  if (!process) return WAIT_FAILED;
+  using Clock = std::chrono::steady_clock;
+  const auto end = Clock::now() + std::chrono::milliseconds(milliseconds);
+  for (;;) {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
+    const int result = process->Wait(milliseconds == INFINITE ? -1 : int(std::clamp<long long>(left, 0, INT32_MAX)));
+    if (result > 0) return WAIT_OBJECT_0;
+    if (result == 0 && Clock::now() >= end) return WAIT_TIMEOUT;
+    if (result < 0 && errno != EINTR) {
+      FailWithErrno(errno);
+      return WAIT_FAILED;
+    }
+  }
+}
+
+BOOL GetExitCodeProcess(HANDLE handle, LPDWORD exitCode) {
+  const auto process = FindHandle<Process>(handle);
+  if (!process) return FALSE;
+  // Asked first: a process that ends between the two questions has its code already.
+  const bool ended = process->HasEnded();
+  const std::optional<DWORD> code = ended ? process->ExitCode() : STILL_ACTIVE;
+  if (!code) return FailWithStatus(ERROR_ACCESS_DENIED);
+  *exitCode = *code;
+  return TRUE;
 }

@@ -1,0 +1,100 @@
+// Loaded modules, as the dynamic linker lists them. A module's handle is the address of its first page.
+#include <link.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <climits>
+#include <cstdlib>
+#include <string>
+
+#include "platform/linux/data_modules.h"
+#include "platform/linux/errno_status.h"
+#include "platform/linux/utf8.h"
+#include "platform/paths.h"
+#include "platform/process.h"
+#include "platform/text.h"
+
+namespace {
+
+HMODULE HandleOf(const dl_phdr_info& info) {
+  ElfW(Addr) low = ~ElfW(Addr)(0);
+  for (int i = 0; i < info.dlpi_phnum; ++i)
+    if (info.dlpi_phdr[i].p_type == PT_LOAD) low = std::min(low, info.dlpi_phdr[i].p_vaddr);
+  return reinterpret_cast<HMODULE>(info.dlpi_addr + low);
+}
+
+// Calls visit for each module, the program first, until it gives true.
+template <class Visit>
+void ForEachModule(Visit visit) {
+  dl_iterate_phdr([](dl_phdr_info* info, std::size_t, void* data) { return int((*static_cast<Visit*>(data))(*info)); },
+                  &visit);
+}
+
+std::string ProgramFile() {
+  char path[PATH_MAX];
+  const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
+  return std::string(path, std::size_t(std::max<ssize_t>(length, 0)));
+}
+
+std::string FileOf(const dl_phdr_info& info) {
+  const std::string name = info.dlpi_name;
+  if (name.empty()) return ProgramFile();
+  if (name.front() == '/') return name;
+  char path[PATH_MAX];  // loaded by a relative path
+  return realpath(name.c_str(), path) ? path : name;
+}
+
+bool SameWithoutCase(const std::string& a, const std::string& b) {
+  return _wcsicmp(WideFromUtf8(a).c_str(), WideFromUtf8(b).c_str()) == 0;
+}
+
+// The stem of a library's file: without "lib", and up to the first of ".so", ".dll" and ".exe", whatever stands behind.
+std::string Stem(std::string name) {
+  if (name.size() > 3 && SameWithoutCase(name.substr(0, 3), "lib")) name.erase(0, 3);
+  for (const char* extension : {".so", ".dll", ".exe"}) {
+    const std::size_t point = name.rfind('.');
+    if (point != std::string::npos && SameWithoutCase(name.substr(point), extension)) return name.substr(0, point);
+  }
+  const std::size_t version = name.find(".so.");
+  return version == std::string::npos ? name : name.substr(0, version);
+}
+
+std::string NameOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
+
+}  // namespace
+
+HMODULE GetModuleHandleW(LPCWSTR name) {
+  const std::string wanted = SystemPathFromProduct(name);
+  const bool hasFolder = wanted.find('/') != std::string::npos;
+  HMODULE found = nullptr;
+  ForEachModule([&](const dl_phdr_info& info) {
+    if (name) {
+      const std::string file = FileOf(info);
+      const bool folderFits =
+          !hasFolder || SameWithoutCase(file.substr(0, file.rfind('/')), wanted.substr(0, wanted.rfind('/')));
+      if (!folderFits || !SameWithoutCase(Stem(NameOf(file)), Stem(NameOf(wanted)))) return false;
+    }
+    found = HandleOf(info);
+    return true;
+  });
+  if (!found) SetLastError(ERROR_MOD_NOT_FOUND);
+  return found;
+}
+
+DWORD GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD units) {
+  std::u16string path;
+  if (IsDataModule(module)) {
+    path = DataModulePath(module);
+  } else {
+    ForEachModule([&](const dl_phdr_info& info) {
+      if (module && HandleOf(info) != module) return false;
+      path = ProductPathFromSystem(FileOf(info));
+      return true;
+    });
+  }
+  if (path.empty()) return DWORD(FailWithStatus(ERROR_MOD_NOT_FOUND));
+  if (path.size() < units) return CopyToBuffer(path, buffer, units);
+  SetLastError(ERROR_INSUFFICIENT_BUFFER);
+  if (units > 0) CopyToBuffer(std::u16string_view(path).substr(0, units - 1), buffer, units);
+  return units;
+}

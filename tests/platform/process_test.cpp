@@ -1,0 +1,75 @@
+// The process itself: environment, modules, identity. Other processes are in linux_processes_test.cpp.
+#include "platform/process.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/paths.h"
+#include "platform/threads.h"
+
+namespace {
+
+TEST(ProcessItself, EnvironmentVariableGivesLengthOrSizeNeeded) {
+  ASSERT_TRUE(SetEnvironmentVariableW(_T("KV_TEST_VARIABLE"), _T("Größe")));
+  TCHAR buffer[6] = {};
+  EXPECT_EQ(GetEnvironmentVariableW(_T("KV_TEST_VARIABLE"), buffer, 6), 5U);
+  EXPECT_EQ(std::u16string(buffer), u"Größe");
+  EXPECT_EQ(GetEnvironmentVariableW(_T("KV_TEST_VARIABLE"), buffer, 5), 6U);
+  EXPECT_EQ(GetEnvironmentVariableW(_T("KV_TEST_VARIABLE"), nullptr, 0), 6U);
+  ASSERT_TRUE(SetEnvironmentVariableW(_T("KV_TEST_VARIABLE"), nullptr));
+  EXPECT_EQ(GetEnvironmentVariableW(_T("KV_TEST_VARIABLE"), buffer, 6), 0U);
+  EXPECT_EQ(GetLastError(), DWORD(ERROR_ENVVAR_NOT_FOUND));
+}
+
+TEST(ProcessItself, ModuleIsFoundByAnyFormOfItsName) {
+  const HMODULE library = GetModuleHandleW(_T("KVSHAREu"));
+  ASSERT_NE(library, nullptr);
+  TCHAR path[MAX_PATH];
+  ASSERT_GT(GetModuleFileNameW(library, path, MAX_PATH), 0U);
+  for (const TCHAR* name : {_T("kvshareu"), _T("KVSHAREu.dll"), _T("KVSHAREU.DLL"), const_cast<const TCHAR*>(path)})
+    EXPECT_EQ(GetModuleHandleW(name), library) << testing::PrintToString(std::u16string(name));
+  EXPECT_NE(GetModuleHandleW(nullptr), nullptr);
+  EXPECT_NE(GetModuleHandleW(nullptr), library);
+  for (const TCHAR* name : {_T("KVSHARE"), _T("KVSHAREu.txt"), _T(""), _T("\\elsewhere\\KVSHAREu")}) {
+    SetLastError(0);
+    EXPECT_EQ(GetModuleHandleW(name), nullptr) << testing::PrintToString(std::u16string(name));
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_MOD_NOT_FOUND));
+  }
+}
+
+TEST(ProcessItself, ModuleFileNameIsCutToTheBuffer) {
+  TCHAR whole[MAX_PATH];
+  const DWORD length = GetModuleFileNameW(GetModuleHandleW(_T("KVSHAREu")), whole, MAX_PATH);
+  ASSERT_GT(length, 4U);
+  TCHAR folder[_MAX_DIR];
+  _wsplitpath(whole, nullptr, folder, nullptr, nullptr);
+  EXPECT_EQ(folder[0], '\\');
+  TCHAR cut[MAX_PATH];
+  std::fill(std::begin(cut), std::end(cut), TCHAR('#'));
+  EXPECT_EQ(GetModuleFileNameW(GetModuleHandleW(_T("KVSHAREu")), cut, length), length);
+  EXPECT_EQ(GetLastError(), DWORD(ERROR_INSUFFICIENT_BUFFER));
+  EXPECT_EQ(std::u16string(cut), std::u16string(whole).substr(0, length - 1));
+  EXPECT_EQ(cut[length], '#');
+  EXPECT_EQ(GetModuleFileNameW(reinterpret_cast<HMODULE>(0x1000), cut, MAX_PATH), 0U);
+}
+
+TEST(ProcessItself, ProgramIsTheTestBinary) {
+  TCHAR path[MAX_PATH];
+  ASSERT_GT(GetModuleFileNameW(nullptr, path, MAX_PATH), 0U);
+  TCHAR name[_MAX_FNAME];
+  _wsplitpath(path, nullptr, nullptr, name, nullptr);
+  EXPECT_EQ(std::u16string(name), u"test_platform");
+}
+
+TEST(ProcessItself, UserNameTellsTheSizeNeeded) {
+  TCHAR name[257];
+  DWORD units = 257;
+  ASSERT_TRUE(GetUserNameW(name, &units));
+  EXPECT_EQ(std::u16string(name).size() + 1, units);
+  EXPECT_GT(units, 1U);
+  DWORD small = units - 1;
+  EXPECT_FALSE(GetUserNameW(name, &small));
+  EXPECT_EQ(small, units);
+  EXPECT_EQ(GetLastError(), DWORD(ERROR_INSUFFICIENT_BUFFER));
+}
+
+}  // namespace
