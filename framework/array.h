@@ -1,0 +1,109 @@
+// CArray, a growing row of elements in one block.
+//
+// Indices run from 0 to GetCount() - 1. One array is used by one thread at a time. An index outside raises
+// std::out_of_range: a wrong index never reaches memory. ARG is how elements are handed in, usually T or const T&.
+#pragma once
+
+#include <span>
+#include <stdexcept>
+#include <type_traits>
+#include <vector>
+
+#include "framework/archive.h"
+
+template <class T, class ARG = const T&>
+class CArray : public CObject {
+ public:
+  CArray() = default;
+
+  LONGLONG GetSize() const { return LONGLONG(elements_.size()); }
+  LONGLONG GetCount() const { return LONGLONG(elements_.size()); }
+  bool IsEmpty() const { return elements_.empty(); }
+  // The highest index; -1 for an empty array.
+  LONGLONG GetUpperBound() const { return GetSize() - 1; }
+
+  // Cuts or extends; new elements are value-initialised. Negative sizes raise std::out_of_range. Growth is geometric by
+  // itself: growBy is accepted for older callers and not used.
+  void SetSize(LONGLONG size, LONGLONG growBy = -1) {
+    static_cast<void>(growBy);
+    if (size < 0) throw std::out_of_range("CArray: negative size");
+    elements_.resize(std::size_t(size));
+  }
+  void RemoveAll() { elements_ = {}; }
+  void FreeExtra() { elements_.shrink_to_fit(); }
+
+  const T& GetAt(LONGLONG index) const { return elements_.at(std::size_t(index)); }
+  T& GetAt(LONGLONG index) { return elements_.at(std::size_t(index)); }
+  const T& operator[](LONGLONG index) const { return elements_.at(std::size_t(index)); }
+  T& operator[](LONGLONG index) { return elements_.at(std::size_t(index)); }
+  T& ElementAt(LONGLONG index) { return elements_.at(std::size_t(index)); }
+  void SetAt(LONGLONG index, ARG element) { elements_.at(std::size_t(index)) = element; }
+  // As SetAt, extending the array first where it is too short.
+  void SetAtGrow(LONGLONG index, ARG element) {
+    const T copy = element;  // the argument may be an element of this array
+    if (index >= GetSize()) SetSize(index + 1);
+    SetAt(index, copy);
+  }
+
+  // The elements in a row; null for an empty array. Valid until the size changes.
+  T* GetData() { return elements_.empty() ? nullptr : elements_.data(); }
+  const T* GetData() const { return elements_.empty() ? nullptr : elements_.data(); }
+  auto begin() const { return elements_.begin(); }
+  auto end() const { return elements_.end(); }
+
+  // The index of the first element added.
+  LONGLONG Add(ARG element) {
+    elements_.push_back(element);
+    return GetUpperBound();
+  }
+  LONGLONG Append(const CArray& other) {
+    const LONGLONG first = GetSize();
+    const std::size_t count = other.elements_.size();  // the other may be this array
+    elements_.reserve(elements_.size() + count);
+    for (std::size_t i = 0; i < count; ++i) elements_.push_back(other.elements_[i]);
+    return first;
+  }
+  void Copy(const CArray& other) { elements_ = other.elements_; }
+
+  // Inserts count copies ahead of the index; an index beyond the end extends the array up to it first.
+  void InsertAt(LONGLONG index, ARG element, LONGLONG count = 1) {
+    if (index < 0 || count < 0) throw std::out_of_range("CArray: negative index or count");
+    const T copy = element;
+    if (index > GetSize()) SetSize(index);
+    elements_.insert(elements_.begin() + index, std::size_t(count), copy);
+  }
+  void RemoveAt(LONGLONG index, LONGLONG count = 1) {
+    if (index < 0 || count < 0 || index > GetSize() || count > GetSize() - index)
+      throw std::out_of_range("CArray: nothing there to remove");
+    elements_.erase(elements_.begin() + index, elements_.begin() + index + count);
+  }
+
+  // The count, then the elements: raw bytes where T is a plain value, else one after the other by ar << and ar >>,
+  // an element having at least one byte.
+  // Loading replaces the content. A count that the archive can't hold raises endOfFile and leaves the array alone.
+  void Serialize(CArchive& ar) override {
+    if (ar.IsStoring()) {
+      ar.WriteCount(elements_.size());
+      if constexpr (kRaw) {
+        ar.Write(elements_.data(), elements_.size() * sizeof(T));
+      } else {
+        for (const T& element : elements_) ar << element;
+      }
+    } else {
+      const ULONGLONG count = ar.ReadCount(kRaw ? sizeof(T) : 1);
+      if constexpr (kRaw) {
+        elements_.resize(std::size_t(count));
+        ar.EnsureRead(elements_.data(), elements_.size() * sizeof(T));
+      } else {
+        elements_.clear();  // and not resized: an element may be far larger here than in the archive
+        for (ULONGLONG i = 0; i < count; ++i) ar >> elements_.emplace_back();
+      }
+    }
+  }
+
+ private:
+  static_assert(!std::is_same_v<T, bool>, "take BOOL or BYTE: bool has no addressable elements here");
+  static constexpr bool kRaw = std::is_trivially_copyable_v<T> && !std::is_pointer_v<T>;
+
+  std::vector<T> elements_;
+};

@@ -1,0 +1,95 @@
+// The framework's exceptions: their texts, and what the platform's statuses mean for a file.
+#include "framework/exception.h"
+
+#include <array>
+#include <string_view>
+
+#include "framework/archive.h"
+#include "framework/file.h"
+
+namespace {
+
+// In the order of the causes.
+constexpr std::array<std::string_view, 8> kArchiveTexts = {
+    "no failure told",
+    "archive failure",
+    "write to an archive that is being read",
+    "the data ends too early",
+    "read from an archive that is being written",
+    "reference to an object that the archive does not hold",
+    "object of an unknown or unexpected class",
+    "object written by a version that this one does not read",
+};
+constexpr std::array<std::string_view, 15> kFileTexts = {
+    "no failure told",
+    "file failure",
+    "file not found",
+    "folder not found or path malformed",
+    "too many open files",
+    "access denied",
+    "file is not open",
+    "the current folder can't be removed",
+    "no room for another file in the folder",
+    "position ahead of the file's start",
+    "the device fails",
+    "file is in use by another program",
+    "range is locked",
+    "no room left",
+    "end of file",
+};
+
+struct StatusCause {
+  LONG status;
+  int cause;
+};
+constexpr StatusCause kCauses[] = {
+    {ERROR_SUCCESS, CFileException::none},
+    {ERROR_FILE_NOT_FOUND, CFileException::fileNotFound},
+    {ERROR_PATH_NOT_FOUND, CFileException::badPath},
+    {ERROR_INVALID_NAME, CFileException::badPath},
+    {ERROR_TOO_MANY_OPEN_FILES, CFileException::tooManyOpenFiles},
+    {ERROR_ACCESS_DENIED, CFileException::accessDenied},
+    {ERROR_FILE_EXISTS, CFileException::accessDenied},
+    {ERROR_ALREADY_EXISTS, CFileException::accessDenied},
+    {ERROR_INVALID_HANDLE, CFileException::invalidFile},
+    {ERROR_SHARING_VIOLATION, CFileException::sharingViolation},
+    {ERROR_DISK_FULL, CFileException::diskFull},
+    {ERROR_HANDLE_EOF, CFileException::endOfFile},
+    {ERROR_NOT_READY, CFileException::hardIO},
+    {ERROR_READ_FAULT, CFileException::hardIO},
+    {ERROR_WRITE_FAULT, CFileException::hardIO},
+    {ERROR_GEN_FAILURE, CFileException::hardIO},
+};
+
+// "FILE: TEXT", or the text alone.
+template <std::size_t N>
+std::string Message(const std::array<std::string_view, N>& texts, int cause, LPCTSTR fileName) {
+  std::string message = fileName ? ToUtf8(std::u16string_view(fileName)) : std::string();
+  if (!message.empty()) message += ": ";
+  const bool known = cause >= 0 && std::size_t(cause) < N;
+  return message.append(known ? texts[std::size_t(cause)] : texts[1]);
+}
+
+std::string FileMessage(int cause, LONG osError, LPCTSTR fileName) {
+  std::string message = Message(kFileTexts, cause, fileName);
+  if (osError > 0) message += " (status " + std::to_string(osError) + ")";
+  return message;
+}
+
+}  // namespace
+
+CException::~CException() = default;
+
+CArchiveException::CArchiveException(int cause, LPCTSTR fileName)
+    : CException(Message(kArchiveTexts, cause, fileName)), m_cause(cause), m_strFileName(fileName) {}
+
+void AfxThrowArchiveException(int cause, LPCTSTR fileName) { throw CArchiveException(cause, fileName); }
+
+CFileException::CFileException(int cause, LONG osError, LPCTSTR fileName)
+    : CException(FileMessage(cause, osError, fileName)), m_cause(cause), m_lOsError(osError), m_strFileName(fileName) {}
+
+int CFileException::OsErrorToException(LONG osError) noexcept {
+  for (const StatusCause& row : kCauses)
+    if (row.status == osError) return row.cause;
+  return genericException;
+}

@@ -1,0 +1,148 @@
+// The table of a loading archive, and the two hooks by which CObject takes part in taking a failed load back.
+#include "framework/loaded_objects.h"
+
+#include <algorithm>
+#include <unordered_set>
+
+namespace {
+
+// Stands where an object was destroyed while a load is taken back: it answers GetRuntimeClass with CObject's record,
+// and may be destroyed again.
+class Tombstone final : public CObject {};
+
+// The blocks held while a load is taken back.
+struct Graveyard {
+  struct Block {
+    void* block;
+    std::size_t bytes;
+    std::align_val_t alignment;
+  };
+
+  ~Graveyard() {
+    for (const Block& held : blocks) {
+      if (held.alignment == std::align_val_t{1}) {
+        ::operator delete(held.block, held.bytes);
+      } else {
+        ::operator delete(held.block, held.bytes, held.alignment);
+      }
+    }
+  }
+
+  void Bury(const CObject* object) {
+    new (const_cast<CObject*>(object)) Tombstone;
+    tombstones.insert(object);
+  }
+
+  std::vector<const CObject*> dead;  // destroyed, the block not yet given back
+  std::vector<Block> blocks;
+  std::unordered_set<const void*> tombstones;
+};
+
+thread_local constinit LoadedObjects* t_first = nullptr;
+thread_local constinit Graveyard* t_graveyard = nullptr;
+
+}  // namespace
+
+std::atomic<int> LoadedObjects::open_ = 0;
+
+LoadedObjects* LoadedObjects::Open() {
+  auto* objects = new LoadedObjects;
+  objects->home_ = &t_first;
+  objects->next_ = t_first;
+  t_first = objects;
+  open_.fetch_add(1, std::memory_order_relaxed);
+  return objects;
+}
+
+void LoadedObjects::Unlink() noexcept {
+  LoadedObjects** at = &t_first;
+  while (*at != this) at = &(*at)->next_;
+  *at = next_;
+}
+
+void LoadedObjects::Close() noexcept {
+  open_.fetch_sub(1, std::memory_order_relaxed);
+  if (home_ == &t_first) {
+    Unlink();
+    delete this;
+  } else {
+    abandoned_.store(true, std::memory_order_release);
+  }
+}
+
+void LoadedObjects::AddClass(CRuntimeClass* record, UINT schema) {
+  entries_.push_back(classes_.size() << 2 | kClass);
+  classes_.push_back({record, schema});
+}
+
+void LoadedObjects::AddObject(const CObject* object, bool made) {
+  const auto address = reinterpret_cast<std::uintptr_t>(object);
+  entries_.push_back(address | (made ? kMade : kForeign));
+  lowest_ = std::min(lowest_, address);
+  highest_ = std::max(highest_, address);
+}
+
+const LoadedObjects::Class* LoadedObjects::ClassAt(DWORD number) const {
+  if (number == 0 || number > entries_.size()) return nullptr;
+  const std::uintptr_t entry = entries_[number - 1];
+  return (entry & kMask) == kClass ? &classes_[entry >> 2] : nullptr;
+}
+
+CObject* LoadedObjects::ObjectAt(DWORD number) const {
+  if (number == 0 || number > entries_.size()) return nullptr;
+  const std::uintptr_t entry = entries_[number - 1];
+  if ((entry & kMask) == kClass) return nullptr;
+  auto* object = reinterpret_cast<CObject*>(entry & ~kMask);
+  return IsDestroyed(object, number) ? nullptr : object;
+}
+
+// An address may be used again by a later object: what died when there were fewer numbers was an earlier one.
+bool LoadedObjects::IsDestroyed(const CObject* object, DWORD number) const {
+  if (destroyed_.empty()) return false;
+  const auto found = destroyed_.find(object);
+  return found != destroyed_.end() && found->second >= number;
+}
+
+void LoadedObjects::NoteDestroyed(const CObject* object) noexcept {
+  const auto address = reinterpret_cast<std::uintptr_t>(object);
+  for (LoadedObjects* at = t_first; at;) {
+    LoadedObjects* next = at->next_;
+    if (at->abandoned_.load(std::memory_order_acquire)) {
+      at->Unlink();
+      delete at;
+    } else if (address >= at->lowest_ && address <= at->highest_) {
+      at->destroyed_[object] = at->GetCount();
+    }
+    at = next;
+  }
+  if (t_graveyard) t_graveyard->dead.push_back(object);
+}
+
+bool LoadedObjects::KeepBlock(void* block, std::size_t bytes, std::align_val_t alignment) noexcept {
+  Graveyard* graveyard = t_graveyard;
+  if (!graveyard || !block) return false;
+  if (graveyard->tombstones.contains(block)) {  // deleted once more
+    std::erase(graveyard->dead, block);
+    graveyard->Bury(static_cast<CObject*>(block));
+    return true;
+  }
+  const auto first = reinterpret_cast<std::uintptr_t>(block);
+  std::erase_if(graveyard->dead, [&](const CObject* object) {
+    const auto address = reinterpret_cast<std::uintptr_t>(object);
+    const bool inside = address >= first && address - first < bytes;
+    if (inside) graveyard->Bury(object);
+    return inside;
+  });
+  graveyard->blocks.push_back({block, bytes, alignment});
+  return true;
+}
+
+void LoadedObjects::TakeBack(DWORD count) noexcept {
+  Graveyard graveyard;
+  Graveyard* const outer = t_graveyard;
+  if (!outer) t_graveyard = &graveyard;
+  for (DWORD number = count + 1; number <= GetCount(); ++number) {
+    if ((entries_[number - 1] & kMask) == kMade) delete ObjectAt(number);
+  }
+  t_graveyard = outer;
+}

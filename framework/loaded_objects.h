@@ -1,0 +1,65 @@
+// What a loading archive remembers of the numbers it has met: which class or object each one stands for, which of the
+// objects have been destroyed since, and how to take back what a failed load had made. Not public.
+//
+// While one stands open on a thread, CObject's destructor reports to it. So a reference to an object that is gone
+// raises instead of being followed, and taking back never deletes an object twice.
+#pragma once
+
+#include <atomic>
+#include <new>
+#include <unordered_map>
+#include <vector>
+
+#include "framework/object.h"
+
+class LoadedObjects {
+ public:
+  struct Class {
+    CRuntimeClass* record;
+    UINT schema;  // as it stood in the archive
+  };
+
+  // Opened for this thread; Close it there. Closing it on another thread is allowed too: it then ends its reports and
+  // is freed when its own thread next looks.
+  static LoadedObjects* Open();
+  void Close() noexcept;
+
+  // The numbers handed out so far: 1 to GetCount().
+  DWORD GetCount() const { return DWORD(entries_.size()); }
+  void AddClass(CRuntimeClass* record, UINT schema);
+  // made: the archive made the object, and takes it back if the load fails.
+  void AddObject(const CObject* object, bool made);
+
+  // Null for a number that is none, is of the other sort, or whose object is gone.
+  const Class* ClassAt(DWORD number) const;
+  CObject* ObjectAt(DWORD number) const;
+
+  // Deletes the objects with numbers above count that the archive made and that still live, in ascending order. Memory
+  // of what dies meanwhile is held until the end and answers as a bare CObject, so that a destructor may ask or delete
+  // an object that has gone ahead of it.
+  void TakeBack(DWORD count) noexcept;
+
+  // For CObject.
+  static bool AnyOpen() noexcept { return open_.load(std::memory_order_relaxed) != 0; }
+  static void NoteDestroyed(const CObject* object) noexcept;
+  static bool KeepBlock(void* block, std::size_t bytes, std::align_val_t alignment) noexcept;
+
+ private:
+  enum Tag : std::uintptr_t { kMade = 0, kClass = 1, kForeign = 2, kMask = 3 };
+
+  LoadedObjects() = default;
+  ~LoadedObjects() = default;
+  void Unlink() noexcept;
+  bool IsDestroyed(const CObject* object, DWORD number) const;
+
+  static std::atomic<int> open_;
+
+  std::vector<std::uintptr_t> entries_;  // pointer to an object, or place in classes_ times 4; the tag in the low bits
+  std::vector<Class> classes_;
+  std::unordered_map<const CObject*, DWORD> destroyed_;  // count of numbers at the last destruction at that address
+  std::uintptr_t lowest_ = UINTPTR_MAX;                  // of the addresses of objects: others need no note
+  std::uintptr_t highest_ = 0;
+  LoadedObjects** home_ = nullptr;  // the list of the thread
+  LoadedObjects* next_ = nullptr;
+  std::atomic<bool> abandoned_ = false;
+};

@@ -1,0 +1,117 @@
+// CObList. Nodes come in blocks and go through a free list; an empty list holds no block.
+#include "framework/ob_list.h"
+
+#include <algorithm>
+#include <cassert>
+
+#include "framework/archive.h"
+
+namespace {
+
+constexpr LONGLONG kLargestBlock = 4096;  // nodes: long lists take larger blocks, so that a block is seldom asked for
+constexpr ULONGLONG kShortestReference = 2;  // bytes
+
+}  // namespace
+
+IMPLEMENT_SERIAL(CObList, CObject, 0)
+
+CObList::CObList(LONGLONG blockSize) : m_nBlockSize(std::max<LONGLONG>(blockSize, 1)) {}
+
+CObList::~CObList() { RemoveAll(); }
+
+void CObList::Allocate() {
+  const LONGLONG nodes = std::max(m_nBlockSize, std::min(m_nCount, kLargestBlock));
+  auto* block = static_cast<Block*>(::operator new(sizeof(Block) + std::size_t(nodes) * sizeof(Node)));
+  block->next = m_pBlocks;
+  m_pBlocks = block;
+  auto* first = reinterpret_cast<Node*>(block + 1);
+  for (LONGLONG i = nodes - 1; i >= 0; --i) m_pFree = new (first + i) Node{m_pFree, nullptr, nullptr};
+}
+
+CObList::Node* CObList::Insert(CObject* object, Node* previous, Node* next) {
+  if (!m_pFree) Allocate();
+  Node* node = m_pFree;
+  m_pFree = node->next;
+  *node = {next, previous, object};
+  (previous ? previous->next : m_pHead) = node;
+  (next ? next->previous : m_pTail) = node;
+  ++m_nCount;
+  return node;
+}
+
+CObject* CObList::Remove(Node* node) noexcept {
+  CObject* object = node->object;
+  (node->previous ? node->previous->next : m_pHead) = node->next;
+  (node->next ? node->next->previous : m_pTail) = node->previous;
+  node->next = m_pFree;
+  m_pFree = node;
+  if (--m_nCount == 0) RemoveAll();
+  return object;
+}
+
+void CObList::RemoveAll() noexcept {
+  while (m_pBlocks) ::operator delete(std::exchange(m_pBlocks, m_pBlocks->next));
+  m_pHead = m_pTail = m_pFree = nullptr;
+  m_nCount = 0;
+}
+
+CObject* CObList::RemoveHead() { return m_pHead ? Remove(m_pHead) : nullptr; }
+
+CObject* CObList::RemoveTail() { return m_pTail ? Remove(m_pTail) : nullptr; }
+
+void CObList::RemoveAt(POSITION position) { Remove(NodeAt(position)); }
+
+void CObList::AddHead(const CObList* list) {
+  const Node* at = list->m_pTail;
+  for (LONGLONG left = list->m_nCount; left > 0; --left, at = at->previous) AddHead(at->object);
+}
+
+void CObList::AddTail(const CObList* list) {
+  const Node* at = list->m_pHead;
+  for (LONGLONG left = list->m_nCount; left > 0; --left, at = at->next) AddTail(at->object);
+}
+
+POSITION CObList::InsertBefore(POSITION position, CObject* object) {
+  Node* next = NodeAt(position);
+  return next ? PositionOf(Insert(object, next->previous, next)) : AddHead(object);
+}
+
+POSITION CObList::InsertAfter(POSITION position, CObject* object) {
+  Node* previous = NodeAt(position);
+  return previous ? PositionOf(Insert(object, previous, previous->next)) : AddTail(object);
+}
+
+POSITION CObList::Find(const CObject* object, POSITION startAfter) const noexcept {
+  Node* node = startAfter ? NodeAt(startAfter)->next : m_pHead;
+  while (node && node->object != object) node = node->next;
+  return PositionOf(node);
+}
+
+POSITION CObList::FindIndex(LONGLONG index) const noexcept {
+  if (index < 0 || index >= m_nCount) return nullptr;
+  Node* node = m_pHead;
+  while (index-- > 0) node = node->next;
+  return PositionOf(node);
+}
+
+void CObList::Serialize(CArchive& ar) {
+  CObject::Serialize(ar);
+  if (ar.IsLoading()) return Load(ar, nullptr, /*owned=*/false);
+  ar.WriteCount(ULONGLONG(m_nCount));
+  for (const Node* node = m_pHead; node; node = node->next) ar.WriteObject(node->object);
+}
+
+void CObList::SerializeOwned(CArchive& ar, const CRuntimeClass* wanted) {
+  if (ar.IsLoading()) return Load(ar, wanted, /*owned=*/true);
+  CObList::Serialize(ar);
+}
+
+void CObList::Load(CArchive& ar, const CRuntimeClass* wanted, bool owned) {
+  for (ULONGLONG left = ar.ReadCount(kShortestReference); left > 0; --left)
+    AddTail(owned ? ar.ReadOwnedObject(wanted) : ar.ReadObject(wanted));
+}
+
+void CObList::AssertValid() const {
+  CObject::AssertValid();
+  assert((m_nCount == 0) == (m_pHead == nullptr) && (m_pHead == nullptr) == (m_pTail == nullptr));
+}

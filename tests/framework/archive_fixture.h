@@ -1,0 +1,84 @@
+// What the archive's tests share: three serial classes, bytes in hexadecimal, and storing to and loading from memory.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+
+#include "framework/archive.h"
+#include "framework/ob_list.h"
+
+namespace kvtest {
+
+// How many objects of the fixture's classes are alive.
+inline int live_nodes = 0;
+
+// An owned child, a plain pointer and a text; schema 1, not versionable.
+class TNode : public CObject {
+  DECLARE_SERIAL(TNode)
+
+ public:
+  explicit TNode(DWORD number) : TNode() { m_Number = number; }
+  ~TNode() override;
+  void Serialize(CArchive& ar) override;
+
+  DWORD m_Number = 0;
+  CString m_Text;
+  CObList m_Children;         // owned
+  TNode* m_pOther = nullptr;  // not owned
+
+ protected:
+  TNode() { ++live_nodes; }
+};
+
+// Nothing but a link, owned; for chains.
+class TLink : public CObject {
+  DECLARE_SERIAL(TLink)
+
+ public:
+  TLink() { ++live_nodes; }
+  ~TLink() override;
+  void Serialize(CArchive& ar) override;
+
+  TLink* m_pNext = nullptr;
+};
+
+// Two levels with a class record each; versionable, schemas 3 and 2. m_Seen is what GetObjectSchema answered at each
+// level.
+class TBase : public CObject {
+  DECLARE_SERIAL(TBase)
+
+ public:
+  TBase() { ++live_nodes; }
+  ~TBase() override { --live_nodes; }
+  void Serialize(CArchive& ar) override;
+
+  WORD m_Old = 0;
+  WORD m_New = 0;  // since schema 3
+  UINT m_SeenBase = 0;
+};
+class TDerived : public TBase {
+  DECLARE_SERIAL(TDerived)
+
+ public:
+  void Serialize(CArchive& ar) override;
+
+  WORD m_Own = 0;
+  UINT m_SeenDerived = 0;
+};
+
+// Bytes from "FF FE 00", blanks ignored, and back with blanks.
+std::string Bytes(std::string_view hex);
+std::string Hex(std::string_view bytes);
+
+// What the callable writes.
+std::string Store(const std::function<void(CArchive&)>& write, int bufferBytes = CArchive::kBufferBytes);
+// Lets the callable read the bytes. CauseOf gives the cause of the archive exception that it raises, or none.
+void Load(std::string_view bytes, const std::function<void(CArchive&)>& read, int bufferBytes = CArchive::kBufferBytes);
+int CauseOf(std::string_view bytes, const std::function<void(CArchive&)>& read);
+
+// Each shorter beginning of the bytes raises endOfFile, and leaves no object of the fixture behind.
+void ExpectEveryPrefixRaises(std::string_view bytes, const std::function<void(CArchive&)>& read);
+
+}  // namespace kvtest
