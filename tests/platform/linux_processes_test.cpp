@@ -35,9 +35,7 @@ class OtherProcess : public testing::Test {
 
 TEST_F(OtherProcess, GetsItsWordsFolderAndExitCode) {
   const std::u16string in = folder.Path().u16string();
-  ASSERT_TRUE(
-      Start(u"sh -c \"for a; do echo \\\"<$a>\\\"; done > out; exit 7\" sh \"a b\" c\\\\d \"\" \"e\"\"f\" 1\\\"2",
-            in.c_str()));
+  ASSERT_TRUE(Start(uR"(sh -c "printf '<%s>\n' \"$@\" > out; exit 7" sh "a b" c\\d "" "e""f" 1\"2)", in.c_str()));
   EXPECT_EQ(WaitForSingleObject(info.hProcess, INFINITE), WAIT_OBJECT_0);
   EXPECT_EQ(ExitCode(), 7U);
   EXPECT_EQ(ExitCode(), 7U) << "asked twice";
