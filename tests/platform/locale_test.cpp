@@ -1,0 +1,192 @@
+// The user's language, pictures of dates and times, numbers from text.
+#include "platform/locale.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+
+#include "platform/numbers.h"
+#include "platform/process.h"
+
+namespace {
+
+// Sets the language of the environment and takes it back.
+class Locale : public testing::Test {
+ protected:
+  ~Locale() override { Use(nullptr, nullptr, nullptr); }
+  static void Use(LPCWSTR all, LPCWSTR messages, LPCWSTR lang) {
+    SetEnvironmentVariableW(_T("LC_ALL"), all);
+    SetEnvironmentVariableW(_T("LC_MESSAGES"), messages);
+    SetEnvironmentVariableW(_T("LANG"), lang);
+  }
+};
+
+TEST_F(Locale, LanguageComesFromTheFirstVariableThatIsSet) {
+  const struct {
+    const TCHAR* all;
+    const TCHAR* messages;
+    const TCHAR* lang;
+    int primary, sub;
+  } rows[] = {
+      {nullptr, nullptr, nullptr, 9, 1},
+      {nullptr, nullptr, _T("C.UTF-8"), 9, 1},
+      {nullptr, nullptr, _T("POSIX"), 9, 1},
+      {nullptr, nullptr, _T("de_DE.UTF-8"), 7, 1},
+      {nullptr, _T("fr_FR.UTF-8"), _T("de_DE.UTF-8"), 12, 1},
+      {_T("ja_JP.UTF-8"), _T("fr_FR.UTF-8"), _T("de_DE.UTF-8"), 17, 1},
+      {_T(""), nullptr, _T("de_AT@euro"), 7, 3},
+      {nullptr, nullptr, _T("de"), 7, 1},
+      {nullptr, nullptr, _T("pt_BR.UTF-8"), 22, 1},
+      {nullptr, nullptr, _T("pt_PT.UTF-8"), 22, 2},
+      {nullptr, nullptr, _T("zh_TW.UTF-8"), 4, 1},
+      {nullptr, nullptr, _T("zh_CN.UTF-8"), 4, 2},
+      {nullptr, nullptr, _T("zh_HK"), 4, 3},
+      {nullptr, nullptr, _T("cs_CZ"), 5, 1},
+      {nullptr, nullptr, _T("tr_TR"), 31, 1},
+      {nullptr, nullptr, _T("xx_nonsense"), 9, 1},
+  };
+  for (const auto& row : rows) {
+    Use(row.all, row.messages, row.lang);
+    const LANGID language = GetUserDefaultLangID();
+    const testing::Message where = testing::Message()
+                                   << testing::PrintToString(std::u16string(row.lang ? row.lang : u""));
+    EXPECT_EQ(PRIMARYLANGID(language), row.primary) << where;
+    EXPECT_EQ(SUBLANGID(language), row.sub) << where;
+  }
+}
+
+constexpr LCID kEnglish = 0x0409;
+constexpr LCID kGerman = 0x0407;
+constexpr LCID kPolish = 0x0415;
+
+TEST_F(Locale, DatePicturesArePainted) {
+  const SYSTEMTIME date = {2024, 3, /*wDayOfWeek=*/6, 5, 0, 0, 0, 0};  // a Tuesday, whatever the field says
+  const struct {
+    LCID locale;
+    const TCHAR* picture;
+    std::u16string wanted;
+  } rows[] = {
+      {kEnglish, _T("MM'/'dd'/'yyyy"), u"03/05/2024"},
+      {kEnglish, _T("d dd ddd dddd ddddd"), u"5 05 Tue Tuesday Tuesday"},
+      {kEnglish, _T("M MM MMM MMMM"), u"3 03 Mar March"},
+      {kEnglish, _T("y yy yyy yyyy yyyyy"), u"24 24 2024 2024 2024"},
+      {kEnglish, _T("'day' d 'o''clock' hh:mm"), u"day 5 o'clock hh:mm"},
+      {kEnglish, _T("yyyy'open"), u"2024open"},
+      {kEnglish, _T(""), u""},
+      {kGerman, _T("dddd, d. MMMM yyyy"), u"Dienstag, 5. März 2024"},
+      {kPolish, _T("d MMMM"), u"5 marca"},
+      {kPolish, _T("MMMM yyyy"), u"marzec 2024"},
+  };
+  for (const auto& row : rows) {
+    TCHAR text[64];
+    const int needed = GetDateFormatW(row.locale, 0, &date, row.picture, nullptr, 0);
+    EXPECT_EQ(needed, int(row.wanted.size()) + 1);
+    EXPECT_EQ(GetDateFormatW(row.locale, 0, &date, row.picture, text, 64), needed);
+    EXPECT_EQ(text, row.wanted);
+    EXPECT_EQ(GetDateFormatW(row.locale, 0, &date, row.picture, text, needed - 1), needed == 1 ? 1 : 0);
+  }
+}
+
+TEST_F(Locale, TimePicturesArePainted) {
+  const struct {
+    WORD hour;
+    const TCHAR* picture;
+    std::u16string wanted;
+  } rows[] = {
+      {7, _T("HH':'mm"), u"07:04"},       {19, _T("H HH h hh t tt"), u"19 19 7 07 P PM"},
+      {0, _T("h:mm tt"), u"12:04 AM"},    {12, _T("hh t"), u"12 P"},
+      {9, _T("m mm s ss"), u"4 04 9 09"}, {9, _T("HHH dd"), u"09 dd"},
+  };
+  for (const auto& row : rows) {
+    const SYSTEMTIME time = {2024, 3, 0, 5, row.hour, 4, 9, 0};
+    TCHAR text[64];
+    EXPECT_EQ(GetTimeFormatW(kEnglish, 0, &time, row.picture, text, 64), int(row.wanted.size()) + 1);
+    EXPECT_EQ(text, row.wanted);
+  }
+}
+
+TEST_F(Locale, WrongDatesFlagsAndPicturesFail) {
+  const SYSTEMTIME none = {2023, 2, 0, 29, 0, 0, 0, 0};
+  const SYSTEMTIME late = {2023, 2, 0, 28, 24, 0, 0, 0};
+  TCHAR text[16];
+  EXPECT_EQ(GetDateFormatW(kEnglish, 0, &none, _T("d"), text, 16), 0);
+  EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PARAMETER));
+  EXPECT_EQ(GetTimeFormatW(kEnglish, 0, &late, _T("H"), text, 16), 0);
+  EXPECT_EQ(GetDateFormatW(kEnglish, 0, nullptr, nullptr, text, 16), 0);
+  EXPECT_EQ(GetDateFormatW(kEnglish, 1, nullptr, _T("d"), text, 16), 0);
+  EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_FLAGS));
+  EXPECT_EQ(GetDateFormatW(LOCALE_USER_DEFAULT, 0, nullptr, _T("yyyyMMdd"), text, 16), 9);
+}
+
+TEST_F(Locale, DecimalSignIsTheLocales) {
+  TCHAR text[4];
+  EXPECT_EQ(GetLocaleInfoW(kGerman, LOCALE_SDECIMAL, text, 4), 2);
+  EXPECT_EQ(std::u16string(text), u",");
+  Use(_T("en_GB.UTF-8"), nullptr, nullptr);
+  EXPECT_EQ(GetLocaleInfoW(LOCALE_USER_DEFAULT, LOCALE_SDECIMAL, text, 4), 2);
+  EXPECT_EQ(std::u16string(text), u".");
+  EXPECT_EQ(GetLocaleInfoW(kGerman, 0x1F, text, 4), 0);
+}
+
+TEST(Numbers, RealsAreReadAsFarAsTheyGo) {
+  constexpr double kInfinite = std::numeric_limits<double>::infinity();
+  const struct {
+    const TCHAR* text;
+    double wanted;
+  } rows[] = {
+      {_T("1.5"), 1.5},
+      {_T(" \t\r\n-2.25e2mm"), -225},
+      {_T("+.5"), 0.5},
+      {_T("5."), 5},
+      {_T("1,5"), 1},
+      {_T("abc"), 0},
+      {_T(""), 0},
+      {_T("-"), 0},
+      {_T("+-1"), 0},
+      {_T("--1"), 0},
+      {_T("1e"), 1},
+      {_T("1e+"), 1},
+      {_T("0x1F"), 31},
+      {_T("0x-1"), 0},
+      {_T("1e999"), kInfinite},
+      {_T("-1e999"), -kInfinite},
+      {_T("1e-999"), 0},
+      {_T("5e-324"), 5e-324},
+      {_T("0.1"), 0.1},
+      {_T("1٣"), 1},
+      {nullptr, 0},
+      {_T("0.0000001e400"), kInfinite},
+      {_T("1000000e-400"), 0},
+      {_T("9007199254740993"), 9007199254740992.0},
+  };
+  for (const auto& row : rows)
+    EXPECT_EQ(_wtof(row.text), row.wanted) << testing::PrintToString(std::u16string(row.text ? row.text : u"(null)"));
+  EXPECT_EQ(NumberFromUtf8("1.5\xC3\xA4"), 1.5);
+  EXPECT_EQ(NumberFromUtf8(std::string(400, '9')), kInfinite);
+  EXPECT_TRUE(std::signbit(NumberFromUtf8("-0")));
+}
+
+TEST(Numbers, IntegersSaturate) {
+  const struct {
+    const TCHAR* text;
+    int wanted;
+  } rows[] = {
+      {_T("42"), 42},
+      {_T(" \v\f+7.9"), 7},
+      {_T("-0012x"), -12},
+      {_T("2147483647"), 2147483647},
+      {_T("2147483648"), 2147483647},
+      {_T("-2147483648"), -2147483647 - 1},
+      {_T("-99999999999999999999999"), -2147483647 - 1},
+      {_T("0x10"), 0},
+      {_T("- 1"), 0},
+      {_T(""), 0},
+      {nullptr, 0},
+  };
+  for (const auto& row : rows)
+    EXPECT_EQ(_wtoi(row.text), row.wanted) << testing::PrintToString(std::u16string(row.text ? row.text : u"(null)"));
+}
+
+}  // namespace
