@@ -1,0 +1,79 @@
+// KVXMLDocument reads one XML file and owns its nodes: the XML library that the product's readers are written against.
+//
+// A file may be UTF-8, UTF-16 (marked, or without mark), or declare "iso-8859-1" or "windows-1252"; anything else is
+// taken as UTF-8. Nothing outside the file is ever fetched, entities of a document type are not expanded, and neither
+// depth nor number of elements can exhaust the stack. One thread at a time may load.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "companions/xml/xml_node.h"
+
+// A place in the document's text, as UTF-8. Lines and columns count from 1, columns in bytes; 0 means unknown.
+struct KVXMLPlace {
+  int line = 0;
+  int column = 0;
+};
+
+// Why the last load gave no root.
+struct KVXMLFailure {
+  enum class Kind {
+    kNone,        // it did give one, or nothing was loaded yet
+    kMissing,     // there is no such file
+    kUnreadable,  // it is there and cannot be read: rights, a folder, a fault of the disk
+    kTooLarge,    // more than kXMLMostBytes
+    kMalformed,   // it is no well-formed XML; place and byte say where
+  };
+
+  Kind kind = Kind::kNone;
+  KVXMLPlace place;
+  std::size_t byte = 0;  // offset from the start of the text as UTF-8, the mark counted
+  std::string reason;    // for a human reader, a half sentence such as "start and end tags do not match"
+};
+
+// Larger files are refused before anything is allocated for them.
+inline constexpr std::size_t kXMLMostBytes = std::size_t{256} << 20;
+
+class KVSHARE_API KVXMLDocument {
+ public:
+  KVXMLDocument();
+  ~KVXMLDocument();
+  KVXMLDocument(const KVXMLDocument&) = delete;
+  KVXMLDocument& operator=(const KVXMLDocument&) = delete;
+
+  // Reads a file, named by a path in the product's form. Gives the root element, which the document owns, or null when
+  // the file cannot be read or parsed; LastFailure then says why. Nodes of an earlier load are gone in either case.
+  KVXMLNode* LoadFromFile(CString fileName);
+  // The same for text in memory, which is copied.
+  KVXMLNode* LoadFromMemory(std::string_view bytes);
+
+  const KVXMLFailure& LastFailure() const noexcept { return failure_; }
+
+  // Where an element's name, an attribute's name or an attribute's value begins. Of none: unknown.
+  KVXMLPlace PlaceOf(KVXMLElement element) const noexcept;
+  KVXMLPlace PlaceOf(KVXMLAttribute attribute) const noexcept;
+  KVXMLPlace PlaceOfValue(KVXMLAttribute attribute) const noexcept;
+
+ private:
+  friend class KVXMLNode;
+  struct Tree;
+
+  KVXMLNode* Parse();
+  KVXMLNode* Fail(KVXMLFailure::Kind kind, std::size_t byte, std::string reason);
+  KVXMLNode* NewNodes(std::size_t count);
+  KVXMLPlace PlaceOfByte(std::size_t byte) const noexcept;
+  KVXMLPlace PlaceInText(const char* at) const noexcept;
+  void Clear();
+
+  std::unique_ptr<Tree> tree_;
+  std::string text_;                                 // the file, parsed in place
+  std::vector<std::size_t> lines_;                   // offset of each line's first byte, taken before parsing
+  std::vector<std::unique_ptr<KVXMLNode[]>> nodes_;  // blocks; the last one is filled up to used_
+  std::size_t used_ = 0;
+  std::size_t room_ = 0;
+  KVXMLFailure failure_;
+};

@@ -1,0 +1,121 @@
+#include "share/machine/check_findings.h"
+
+#include <fmt/format.h>
+
+#include "share/machine/machine_numbers.h"
+
+namespace kvmachine {
+namespace {
+
+constexpr std::size_t kMostQuoted = 60;
+
+// Judges one value; each kind of attribute has its call.
+struct ValueCheck {
+  std::string_view name;
+  std::string_view value;
+  KVXMLPlace place;
+  Findings& findings;
+
+  std::string Head() const { return fmt::format("{}={}", name, Quoted(value)); }
+
+  template <class Number>
+  void Judge(Number read, const NumberNotes& notes) const {
+    if (notes.none) {
+      findings.Error(place, fmt::format("{} is no number and is read as 0", Head()));
+      return;
+    }
+    if (notes.clamped) {
+      findings.Error(place, fmt::format("{} is out of range and is read as {}", Head(), read));
+    } else if (notes.trailing) {
+      findings.Warn(place, fmt::format("{} is read as {}: what follows the number is ignored", Head(), read));
+    } else if (notes.commaRepaired) {
+      findings.Warn(place, fmt::format("{} is read as {}: the comma is taken for a decimal point", Head(), read));
+    }
+  }
+
+  void JudgeThree(int count, const NumberNotes& notes) const {
+    if (count < 3) {
+      findings.Error(place, fmt::format("{} has {} of three numbers; the others are read as 0", Head(), count));
+    } else if (notes.trailing) {
+      findings.Warn(place, fmt::format("{}: what follows the third number is ignored", Head()));
+    }
+  }
+
+  template <class Enumeration>
+  void JudgeText(const char* what) const {
+    Enumeration read;
+    if (ReadText(value, read)) return;
+    const std::string_view text = TextOf(read);
+    findings.Error(place, fmt::format("{} is no {} and is read as {}", Head(), what, text.empty() ? "none" : text));
+  }
+
+  void operator()(Set<TextVersion>) const {}
+  void operator()(Set<std::string_view>) const {}
+  void operator()(Set<IdList>) const {}  // the check of shape lists looks at it
+  void operator()(Set<int>) const {
+    NumberNotes notes;
+    const int read = ReadInteger(value, &notes);
+    Judge(read, notes);
+  }
+  void operator()(Set<double>) const {
+    NumberNotes notes;
+    const double read = ReadReal(value, &notes);
+    Judge(read, notes);
+  }
+  void operator()(Set<const FRVector&>) const {
+    NumberNotes notes;
+    float read[3];
+    const int count = ScanReals(value, read, &notes);
+    JudgeThree(count, notes);
+  }
+  void operator()(Set<Colour>) const {
+    NumberNotes notes;
+    int read[3];
+    const int count = ScanIntegers(value, read, &notes);
+    JudgeThree(count, notes);
+    for (const int component : read) {
+      if (component >= 0 && component <= 255) continue;
+      findings.Warn(place, fmt::format("{}: {} is no colour from 0 to 255", Head(), component));
+    }
+  }
+  void operator()(Set<Flag>) const {
+    if (value == kTrue || value == "FALSE") return;
+    findings.Warn(place, fmt::format("{} is neither TRUE nor FALSE and is read as FALSE", Head()));
+  }
+  void operator()(Set<TargetType>) const {
+    if (value != kFixtureType) JudgeText<MDTurretType>("kind of target");
+  }
+  void operator()(Set<CMDirType>) const { JudgeText<CMDirType>("direction"); }
+  void operator()(Set<CMParentType>) const { JudgeText<CMParentType>("kind of parent"); }
+  void operator()(Set<CM_AXIS_TYPE>) const { JudgeText<CM_AXIS_TYPE>("axis"); }
+};
+
+}  // namespace
+
+void Findings::Add(MachineFindingGrade grade, KVXMLPlace place, std::string text) {
+  if (result_.findings.size() < kMachineMostFindings) {
+    result_.findings.push_back({grade, place, std::move(text)});
+  } else {
+    result_.more = true;
+  }
+}
+
+std::string Quoted(std::string_view value) {
+  const bool cut = value.size() > kMostQuoted;
+  if (cut) {
+    std::size_t end = kMostQuoted;
+    while (end > 0 && (BYTE(value[end]) & 0xC0) == 0x80) --end;
+    value = value.substr(0, end);
+  }
+  std::string text = ToUtf8(FromUtf8(value));
+  for (char& c : text) {
+    if (BYTE(c) < 0x20 || c == 0x7F) c = ' ';
+  }
+  return '"' + text + (cut ? "..." : "") + '"';
+}
+
+void CheckValue(const Attribute& row, std::string_view value, KVXMLPlace place, Findings& findings) {
+  std::visit(ValueCheck{row.name, value, place, findings}, row.set);
+}
+
+}  // namespace kvmachine

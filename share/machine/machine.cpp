@@ -1,0 +1,110 @@
+#include "share/machine/machine.h"
+
+#include "platform/files.h"
+#include "share/machine/machine_reader.h"
+
+namespace {
+
+constexpr TCHAR kBackslash = _T('\\');
+
+void DeleteObjects(CObList& list) {
+  while (!list.IsEmpty()) delete list.RemoveHead();
+}
+
+CString WideText(std::string_view ascii) { return FromUtf8(ascii); }
+
+}  // namespace
+
+KVVMMachine::~KVVMMachine() { DeleteAll(); }
+
+void KVVMMachine::DeleteAll() {
+  DeleteObjects(m_channels);
+  DeleteObjects(m_shapes);
+  m_shapeCursor = nullptr;
+}
+
+// ---- loading
+
+void KVVMMachine::Begin(VM_MACHINE_TYPE type, const CString& name) {
+  DeleteAll();
+  m_nMachType = type;
+  m_strName = name;
+  m_loadFailure = {};
+}
+
+int KVVMMachine::LoadFromMemory(VM_MACHINE_TYPE type, const CString& name, const CString& simulationPath,
+                                std::string_view definition) {
+  Begin(type, name);
+  if (name.IsEmpty()) return Fail(MachineLoadFailure::Kind::kNoName);
+  SetSimulationPath(simulationPath);
+  KVVMMachineXMLReaderUtil reader;
+  if (reader.LoadFromMemory(definition, this)) return 1;
+  m_loadFailure.xml = reader.GetFailure();
+  return Fail(MachineLoadFailure::Kind::kDefinition);
+}
+
+void KVVMMachine::SetSimulationPath(const CString& path) {
+  m_strSimulationPath = path;
+  if (path.GetAt(path.GetLength() - 1) != kBackslash) m_strSimulationPath += kBackslash;
+  ComputePersistentPath();
+  m_loadFailure.file = m_strPersistentPath + kDefinitionFile;
+}
+
+void KVVMMachine::ComputePersistentPath() {
+  m_strPersistentPath = m_strSimulationPath + GetMachType(m_nMachType) + kBackslash + m_strName + kBackslash;
+}
+
+int KVVMMachine::Fail(MachineLoadFailure::Kind kind) {
+  m_loadFailure.kind = kind;
+  return 0;
+}
+
+int KVVMMachine::ValidMachine(VM_MACHINE_TYPE, CString& path, CString& name, int checkFile) {
+  if (checkFile == 0) return 1;
+  const CString file = path + name + kBackslash + name + _T(".mdinf");
+  const int access = _waccess(file, 0);
+  return access == -1 || access == 2 ? 0 : 1;
+}
+
+CString KVVMMachine::GetMachType(VM_MACHINE_TYPE type) { return WideText(TextOf(type)); }
+
+// ---- channels and shapes
+
+void KVVMMachine::AddChannel(CQVMChannel* channel) {
+  if (channel) m_channels.AddTail(channel);
+}
+
+void KVVMMachine::AddShape(CQVMShape* shape) {
+  if (shape) m_shapes.AddTail(shape);
+}
+
+CQVMChannel* KVVMMachine::GetChannel(int number) const {
+  if (m_nChannels == 1) return m_channels.IsEmpty() ? nullptr : static_cast<CQVMChannel*>(m_channels.GetHead());
+  if (number > m_nChannels) return nullptr;
+  for (POSITION at = m_channels.GetHeadPosition(); at;) {
+    auto* channel = static_cast<CQVMChannel*>(m_channels.GetNext(at));
+    if (channel->GetChannelNum() == number) return channel;
+  }
+  return nullptr;
+}
+
+CQVMShape* KVVMMachine::GetFirstShape() {
+  m_shapeCursor = m_shapes.GetHeadPosition();
+  return GetNextShape();
+}
+
+CQVMShape* KVVMMachine::GetNextShape() {
+  return m_shapeCursor ? static_cast<CQVMShape*>(m_shapes.GetNext(m_shapeCursor)) : nullptr;
+}
+
+CQVMShape* KVVMMachine::GetShapeByID(int id) {
+  CQVMShape* shape = GetFirstShape();
+  while (shape && shape->GetID() != id) shape = GetNextShape();
+  return shape;
+}
+
+int KVVMMachine::CreateChannelAxisArray() { return m_shapeMngr.CreateChannelAxisArray(int(m_channels.GetCount())); }
+
+int KVVMMachine::AddShapeRef(int channel, CM_AXIS_TYPE axis, CM_TARGET_TYPE target, int id, CObList& list) {
+  return m_shapeMngr.AddShapeRef(channel, axis, target, id, list);
+}

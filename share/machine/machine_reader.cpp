@@ -1,0 +1,106 @@
+#include "share/machine/machine_reader.h"
+
+#include "share/machine/machine.h"
+#include "share/machine/machine_grammar.h"
+#include "share/machine/machine_numbers.h"
+
+namespace {
+
+using namespace kvmachine;
+
+// Reads an attribute's text as its kind says and sets it.
+struct Apply {
+  Reading& r;
+  std::string_view text;
+
+  void operator()(Set<TextVersion> set) const { set(r, {}); }
+  void operator()(Set<std::string_view> set) const { set(r, text); }
+  void operator()(Set<int> set) const { set(r, ReadInteger(text)); }
+  void operator()(Set<double> set) const { set(r, ReadReal(text)); }
+  void operator()(Set<Flag> set) const { set(r, {text == kTrue}); }
+  void operator()(Set<IdList> set) const { set(r, {text}); }
+  // Single precision is what a definition's vectors carry.
+  void operator()(Set<const FRVector&> set) const {
+    float v[3];
+    ScanReals(text, v);
+    set(r, FRVector(v[0], v[1], v[2]));
+  }
+  void operator()(Set<Colour> set) const {
+    int v[3];
+    ScanIntegers(text, v);
+    set(r, {v[0], v[1], v[2]});
+  }
+  void operator()(Set<TargetType> set) const {
+    TargetType type = {text == kFixtureType, MD_TURRET_NONE};
+    ReadText(text, type.target);
+    set(r, type);
+  }
+  template <class Enumeration>
+  void operator()(Set<Enumeration> set) const {
+    Enumeration value;
+    ReadText(text, value);
+    set(r, value);
+  }
+};
+
+bool SameName(const char* name, std::string_view wanted) {
+  for (const char c : wanted) {
+    if (*name++ != c) return false;
+  }
+  return *name == '\0';
+}
+
+// Finds each attribute's row and then applies the rows in their order. Definitions mostly keep that order, so the row
+// behind the last one is tried first. Of a name that is written twice the first counts.
+void ReadAttributes(std::span<const Attribute> rows, KVXMLElement element, Reading& r) {
+  const char* values[kMostAttributesOfElement] = {};
+  std::size_t next = 0;
+  for (KVXMLAttribute at = element.FirstAttribute(); at; at = at.Next()) {
+    const char* name = at.Name();
+    for (std::size_t tried = 0; tried < rows.size(); ++tried, ++next) {
+      if (next == rows.size()) next = 0;
+      if (!SameName(name, rows[next].name)) continue;
+      if (!values[next]) values[next] = at.Value();
+      ++next;
+      break;
+    }
+    if (next >= rows.size()) next = 0;
+  }
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    if (values[i]) std::visit(Apply{r, values[i]}, rows[i].set);
+  }
+}
+
+// As deep as the grammar, not as the file.
+void ReadElement(const Element& rule, KVXMLElement element, Reading& r) {
+  if (rule.begin && !rule.begin(r)) return;
+  if (!rule.attributes.empty()) ReadAttributes(rule.attributes, element, r);
+  if (!rule.children.empty()) {
+    for (KVXMLElement child = element.FirstChild(); child; child = child.NextSibling()) {
+      if (const Element* known = FindChild(rule, child.Name())) ReadElement(*known, child, r);
+    }
+  }
+  if (rule.end) rule.end(r);
+}
+
+}  // namespace
+
+KVVMMachineXMLReaderUtil::~KVVMMachineXMLReaderUtil() = default;
+
+int KVVMMachineXMLReaderUtil::LoadFromFile(CString fileName, KVVMMachine* machine) {
+  m_pMachine = machine;
+  return machine ? Load(m_document.LoadFromFile(fileName)) : 0;
+}
+
+int KVVMMachineXMLReaderUtil::LoadFromMemory(std::string_view definition, KVVMMachine* machine) {
+  m_pMachine = machine;
+  return machine ? Load(m_document.LoadFromMemory(definition)) : 0;
+}
+
+int KVVMMachineXMLReaderUtil::Load(KVXMLNode* root) {
+  if (!root) return 0;
+  m_strFolder = m_pMachine->GetPersistentPath();
+  Reading reading(*m_pMachine, m_strFolder);
+  ReadElement(RootElement(), root->Element(), reading);
+  return 1;
+}
