@@ -9,7 +9,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "framework/archive.h"
+#include "framework/elements.h"
 
 template <class T, class ARG = const T&>
 class CArray : public CObject {
@@ -78,32 +78,30 @@ class CArray : public CObject {
     elements_.erase(elements_.begin() + index, elements_.begin() + index + count);
   }
 
-  // The count, then the elements: raw bytes where T is a plain value, else one after the other by ar << and ar >>,
-  // an element having at least one byte.
+  // The count, then the elements (framework/elements.h), of at least one byte each.
   // Loading replaces the content. A count that the archive can't hold raises endOfFile and leaves the array alone.
   void Serialize(CArchive& ar) override {
     if (ar.IsStoring()) {
       ar.WriteCount(elements_.size());
-      if constexpr (kRaw) {
+      if constexpr (kStoredRaw<T>) {
         ar.Write(elements_.data(), elements_.size() * sizeof(T));
       } else {
-        for (const T& element : elements_) ar << element;
+        for (const T& element : elements_) StoreElement(ar, element);
       }
+      return;
+    }
+    const ULONGLONG count = ar.ReadCount(kElementBytes<T>);
+    if constexpr (kStoredRaw<T>) {
+      elements_.resize(std::size_t(count));
+      ar.EnsureRead(elements_.data(), elements_.size() * sizeof(T));
     } else {
-      const ULONGLONG count = ar.ReadCount(kRaw ? sizeof(T) : 1);
-      if constexpr (kRaw) {
-        elements_.resize(std::size_t(count));
-        ar.EnsureRead(elements_.data(), elements_.size() * sizeof(T));
-      } else {
-        elements_.clear();  // and not resized: an element may be far larger here than in the archive
-        for (ULONGLONG i = 0; i < count; ++i) ar >> elements_.emplace_back();
-      }
+      elements_.clear();  // and not resized: an element may be far larger here than in the archive
+      for (ULONGLONG i = 0; i < count; ++i) LoadElement(ar, elements_.emplace_back());
     }
   }
 
  private:
   static_assert(!std::is_same_v<T, bool>, "take BOOL or BYTE: bool has no addressable elements here");
-  static constexpr bool kRaw = std::is_trivially_copyable_v<T> && !std::is_pointer_v<T>;
 
   std::vector<T> elements_;
 };

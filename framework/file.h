@@ -41,12 +41,35 @@ class KVSHARE_API CFile : public CObject {
   DECLARE_DYNAMIC(CFile)
 
  public:
-  enum SeekPosition { begin = 0, current = 1, end = 2 };
+  // One of modeRead, modeWrite and modeReadWrite, with what else is wanted. modeCreate makes the file or empties it;
+  // with modeNoTruncate an existing one keeps its content. The share modes are the platform's; where it locks nothing
+  // they change nothing. The type flags change nothing: bytes are bytes.
+  enum OpenFlags : UINT {
+    modeRead = 0x0,
+    modeWrite = 0x1,
+    modeReadWrite = 0x2,
+    shareCompat = 0x0,
+    shareExclusive = 0x10,
+    shareDenyWrite = 0x20,
+    shareDenyRead = 0x30,
+    shareDenyNone = 0x40,
+    modeNoInherit = 0x80,
+    modeCreate = 0x1000,
+    modeNoTruncate = 0x2000,
+    typeText = 0x4000,
+    typeBinary = 0x8000,
+    osWriteThrough = 0x20000,
+  };
+  enum SeekPosition : UINT { begin = 0, current = 1, end = 2 };
 
-  // A file that is not open.
+  // A file that is not open; one that is, or CFileException.
   CFile() = default;
+  CFile(LPCTSTR path, UINT flags);
   // Closes; what fails then is not told.
   ~CFile() override;
+
+  // FALSE on failure, with the reason in error if it is not null. A file that was open is closed first.
+  virtual BOOL Open(LPCTSTR path, UINT flags, CFileException* error = nullptr);
 
   // Gives the number of bytes read, less than asked for only at the end.
   virtual UINT Read(void* target, UINT bytes);
@@ -59,17 +82,25 @@ class KVSHARE_API CFile : public CObject {
   virtual ULONGLONG GetLength() const;
   // Cuts or extends with zeros. The position stays, unless it lay behind the new end.
   virtual void SetLength(ULONGLONG length);
+  // Returns when the content is on the disk.
   virtual void Flush();
+  // A second call does nothing.
   virtual void Close();
   // Closes without raising.
   virtual void Abort();
 
-  // The path as it was given to Open; empty if the file has none. GetFileName is its last component.
+  // The path as it was given to Open; empty if the file has none, and after Close. GetFileName is its last component.
   virtual CString GetFilePath() const { return m_strFileName; }
   virtual CString GetFileName() const;
   virtual void SetFilePath(LPCTSTR path) { m_strFileName = path; }
 
+  // The platform's handle; INVALID_HANDLE_VALUE while the file is not open.
+  HANDLE m_hFile = INVALID_HANDLE_VALUE;
+
  protected:
+  // Raises what the platform's last status stands for.
+  [[noreturn]] void ThrowLastError() const;
+
   CString m_strFileName;
 };
 

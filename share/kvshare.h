@@ -5,6 +5,8 @@
 #include "framework/array.h"
 #include "framework/exception.h"
 #include "framework/file.h"
+#include "framework/list.h"
+#include "framework/ob_array.h"
 #include "framework/ob_list.h"
 #include "framework/object.h"
 #include "framework/resources.h"
