@@ -62,6 +62,17 @@ using PHKEY = HKEY*;
 using HINSTANCE = HINSTANCE__*;
 using HMODULE = HINSTANCE;
 
+struct POINT {
+  LONG x;
+  LONG y;
+};
+struct RECT {
+  LONG left;
+  LONG top;
+  LONG right;
+  LONG bottom;
+};
+
 inline constexpr BOOL FALSE = 0;
 inline constexpr BOOL TRUE = 1;
 inline constexpr DWORD MAX_PATH = 260;
