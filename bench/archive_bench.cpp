@@ -19,8 +19,8 @@
 
 namespace {
 
-constexpr int kChildren = 8;      // of every inner node
-constexpr int kBackReference = 4;  // every fourth node refers to the node so many numbers ahead of it
+constexpr int kChildren = 8;   // of every inner node
+constexpr int kLinkEvery = 4;  // every fourth node refers back to the node above it
 
 // What every node holds beside its children, the same for all contenders.
 int NumberOf(std::size_t i) { return int(i * 7919 % 100003); }
@@ -117,7 +117,7 @@ template <class Make, class Adopt, class Link>
 void Build(std::size_t count, Make make, Adopt adopt, Link link) {
   for (std::size_t i = 0; i < count; ++i) make(i);
   for (std::size_t i = 1; i < count; ++i) adopt((i - 1) / kChildren, i);
-  for (std::size_t i = kBackReference; i < count; i += kBackReference) link(i, i - kBackReference);
+  for (std::size_t i = kLinkEvery; i < count; i += kLinkEvery) link(i, (i - 1) / kChildren);
 }
 
 std::u16string WideLabel(std::size_t i) {
@@ -254,14 +254,18 @@ int main() {
     const std::string cereal_bytes = SaveCereal(shared);
     const int pairs = size < 1'000'000 ? 7 : 5;
 
-    table.Pair({"save", size, "Boost.Serialization", 0.5, 1}, [&] { SaveOursOnly(*ours); },
-               [&] { kvbench::Keep(SaveBoost(plain.get()).size()); }, pairs);
-    table.Pair({"save", size, "cereal", 0.5, 1}, [&] { SaveOursOnly(*ours); },
-               [&] { kvbench::Keep(SaveCereal(shared).size()); }, pairs);
-    table.Pair({"load and delete", size, "Boost.Serialization", 0.5, 1}, [&] { delete LoadOurs(bytes); },
-               [&] { delete LoadBoost(boost_bytes); }, pairs);
-    table.Pair({"load and delete", size, "cereal", 0.5, 1}, [&] { delete LoadOurs(bytes); },
-               [&] { LoadCereal(cereal_bytes).reset(); }, pairs);
+    table.Pair(
+        {"save", size, "Boost.Serialization", 0.5, 1}, [&] { SaveOursOnly(*ours); },
+        [&] { kvbench::Keep(SaveBoost(plain.get()).size()); }, pairs);
+    table.Pair(
+        {"save", size, "cereal", 0.5, 1}, [&] { SaveOursOnly(*ours); },
+        [&] { kvbench::Keep(SaveCereal(shared).size()); }, pairs);
+    table.Pair(
+        {"load and delete", size, "Boost.Serialization", 0.5, 1}, [&] { delete LoadOurs(bytes); },
+        [&] { delete LoadBoost(boost_bytes); }, pairs);
+    table.Pair(
+        {"load and delete", size, "cereal", 0.5, 1}, [&] { delete LoadOurs(bytes); },
+        [&] { LoadCereal(cereal_bytes).reset(); }, pairs);
     if (size < 100'000) continue;
 
     const std::size_t save = kvbench::PeakBytes([&] { SaveOursOnly(*ours); });
@@ -272,7 +276,6 @@ int main() {
     const std::size_t load = kvbench::PeakBytes([&] { delete LoadOurs(bytes); });
     PeakRow("peak while loading", size, "Boost.Serialization", load,
             kvbench::PeakBytes([&] { delete LoadBoost(boost_bytes); }));
-    PeakRow("peak while loading", size, "cereal", load,
-            kvbench::PeakBytes([&] { LoadCereal(cereal_bytes).reset(); }));
+    PeakRow("peak while loading", size, "cereal", load, kvbench::PeakBytes([&] { LoadCereal(cereal_bytes).reset(); }));
   }
 }

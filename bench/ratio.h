@@ -5,8 +5,9 @@
 //   table.Pair({.name = "open, query, close", .size = 100, .peer = "SQLite C interface", .goal = 2.0},
 //              [&] { OpenQueryClose(); }, [&] { StepPreparedStatement(); });
 //
-// Both callables do one whole operation; set-up stands outside. A sample repeats the operation until it lasts at least
-// the minimum time, after one warm-up that also finds the number of repetitions. Single-threaded.
+// Both callables do one whole operation; set-up stands outside, and what they give is destroyed outside. A sample
+// repeats the operation until it lasts at least the minimum time, after one warm-up that also finds the number of
+// repetitions. Single-threaded.
 #pragma once
 
 #include <algorithm>
@@ -14,6 +15,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -49,11 +51,23 @@ inline double Now() {
   return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
+// Seconds for one run. What the runs give is kept until the clock has stopped, so that its destruction isn't measured.
 template <class F>
 double Sample(F& run, std::size_t repetitions) {
-  const double start = Now();
-  for (std::size_t i = 0; i < repetitions; ++i) run();
-  return (Now() - start) / double(repetitions);
+  using Given = decltype(run());
+  double seconds = 0;
+  if constexpr (std::is_void_v<Given>) {
+    const double start = Now();
+    for (std::size_t i = 0; i < repetitions; ++i) run();
+    seconds = Now() - start;
+  } else {
+    std::vector<Given> kept;
+    kept.reserve(repetitions);
+    const double start = Now();
+    for (std::size_t i = 0; i < repetitions; ++i) kept.push_back(run());
+    seconds = Now() - start;
+  }
+  return seconds / double(repetitions);
 }
 
 template <class F>

@@ -1,5 +1,5 @@
-// CTime, a point in time to the second, and CTimeSpan, a length of time. Both are plain values of 64-bit seconds; fields
-// and texts are in the machine's local time unless the name says otherwise. Any thread may use its own.
+// CTime, a point in time to the second, and CTimeSpan, a length of time. Both are plain values of 64-bit seconds;
+// fields and texts are in the machine's local time unless the name says otherwise. Any thread may use its own.
 //
 // In an archive a CTime is the DWORD 0x8000000A and the 64-bit seconds since 1970 UTC; any other first DWORD read is
 // itself an old 32-bit time.
