@@ -17,13 +17,15 @@ using Text = std::basic_string<TCHAR>;
 class Key {
  public:
   Key() = default;
-  ~Key() {
-    if (key_) RegCloseKey(key_);
-  }
+  ~Key() { Close(); }
   Key(const Key&) = delete;
   Key& operator=(const Key&) = delete;
   operator HKEY() const { return key_; }
   PHKEY operator&() { return &key_; }
+  void Close() {
+    if (key_) RegCloseKey(key_);
+    key_ = nullptr;
+  }
 
  private:
   HKEY key_ = nullptr;

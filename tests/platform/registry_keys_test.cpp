@@ -1,0 +1,236 @@
+// Conformance of the calls on keys.
+#include "tests/platform/registry_support.h"
+
+using kvtest::Key;
+using kvtest::RegistryTest;
+using kvtest::Text;
+
+namespace {
+
+class RegistryKeys : public RegistryTest {};
+
+TEST_F(RegistryKeys, OpensWhatExistsOnly) {
+  ASSERT_EQ(Create(_T("One\\Two\\Three")), ERROR_SUCCESS);
+  struct {
+    LPCTSTR path;
+    LSTATUS status;
+  } const rows[] = {
+      {_T("One"), ERROR_SUCCESS},
+      {_T("One\\Two\\Three"), ERROR_SUCCESS},
+      {_T("oNE\\tWO"), ERROR_SUCCESS},
+      {_T("One\\Two\\"), ERROR_SUCCESS},
+      {_T(""), ERROR_SUCCESS},
+      {nullptr, ERROR_SUCCESS},
+      {_T("Two"), ERROR_FILE_NOT_FOUND},
+      {_T("One\\Three"), ERROR_FILE_NOT_FOUND},
+      {_T("One\\Two\\Three\\Four"), ERROR_FILE_NOT_FOUND},
+      {_T("OneTwo"), ERROR_FILE_NOT_FOUND},
+      {_T("One/Two"), ERROR_FILE_NOT_FOUND},
+  };
+  for (const auto& row : rows)
+    EXPECT_EQ(Open(row.path), row.status) << testing::PrintToString(row.path ? Text(row.path) : Text());
+  Key opened;
+  EXPECT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, _T("\\Software"), 0, KEY_READ, &opened), ERROR_BAD_PATHNAME);
+  EXPECT_EQ(RegOpenKeyExW(key_, _T("One"), 0, KEY_READ, nullptr), ERROR_INVALID_PARAMETER);
+  EXPECT_EQ(RegOpenKeyExW(nullptr, _T("One"), 0, KEY_READ, &opened), ERROR_INVALID_HANDLE);
+}
+
+TEST_F(RegistryKeys, CreatingTellsNewFromExistingAndKeepsTheFirstForm) {
+  struct {
+    LPCTSTR path;
+    DWORD disposition;
+  } const rows[] = {
+      {_T("Made\\Below"), REG_CREATED_NEW_KEY}, {_T("made\\BELOW"), REG_OPENED_EXISTING_KEY},
+      {_T("MADE"), REG_OPENED_EXISTING_KEY},    {_T("Made\\Below\\"), REG_OPENED_EXISTING_KEY},
+      {_T(""), REG_OPENED_EXISTING_KEY},
+  };
+  for (const auto& row : rows) {
+    Key made;
+    DWORD disposition = 0;
+    EXPECT_EQ(RegCreateKeyExW(key_, row.path, 0, nullptr, 0, KEY_READ, nullptr, &made, &disposition), ERROR_SUCCESS);
+    EXPECT_EQ(disposition, row.disposition) << testing::PrintToString(Text(row.path));
+  }
+  EXPECT_EQ(SubKeys(), std::vector<Text>{_T("Made")});
+}
+
+TEST_F(RegistryKeys, CreatingRefusesWrongArguments) {
+  Key made;
+  EXPECT_EQ(RegCreateKeyExW(key_, nullptr, 0, nullptr, 0, KEY_READ, nullptr, &made, nullptr), ERROR_BADKEY);
+  EXPECT_EQ(RegCreateKeyExW(key_, _T("A"), 1, nullptr, 0, KEY_READ, nullptr, &made, nullptr), ERROR_INVALID_PARAMETER);
+  EXPECT_EQ(RegCreateKeyExW(key_, _T("A"), 0, nullptr, 0, KEY_READ, nullptr, nullptr, nullptr),
+            ERROR_INVALID_PARAMETER);
+  EXPECT_EQ(Create(_T("\\A")), ERROR_BAD_PATHNAME);
+  EXPECT_EQ(Create(Text(255, 'n').c_str()), ERROR_SUCCESS);
+  EXPECT_EQ(Create(Text(256, 'n').c_str()), ERROR_INVALID_PARAMETER);
+  Text deep = _T("d");
+  for (int level = 4; level < 512; ++level) deep += _T("\\d");
+  EXPECT_EQ(Create((deep + _T("\\d")).c_str()), ERROR_INVALID_PARAMETER);
+}
+
+TEST_F(RegistryKeys, HandlesCarryTheRightsAskedFor) {
+  ASSERT_EQ(Create(_T("Sub")), ERROR_SUCCESS);
+  ASSERT_EQ(SetNumber(_T("Value"), 1), ERROR_SUCCESS);
+  struct {
+    REGSAM rights;
+    bool query, enumerate, set;
+  } const rows[] = {
+      {KEY_READ, true, true, false},
+      {KEY_WRITE, false, false, true},
+      {KEY_ALL_ACCESS, true, true, true},
+      {KEY_QUERY_VALUE, true, false, false},
+      {KEY_SET_VALUE, false, false, true},
+      {KEY_ENUMERATE_SUB_KEYS, false, true, false},
+      {KEY_CREATE_SUB_KEY, false, false, false},
+      {MAXIMUM_ALLOWED, true, true, true},
+      {GENERIC_READ, true, true, false},
+      {GENERIC_WRITE, false, false, true},
+      {GENERIC_ALL, true, true, true},
+      {KEY_READ | KEY_WOW64_64KEY, true, true, false},
+  };
+  const auto expected = [](bool allowed) { return allowed ? ERROR_SUCCESS : ERROR_ACCESS_DENIED; };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(testing::Message() << std::hex << row.rights);
+    Key key;
+    ASSERT_EQ(RegOpenKeyExW(key_, nullptr, 0, row.rights, &key), ERROR_SUCCESS);
+    TCHAR name[16];
+    DWORD units = 16;
+    EXPECT_EQ(RegQueryValueExW(key, _T("Value"), nullptr, nullptr, nullptr, nullptr), expected(row.query));
+    EXPECT_EQ(RegEnumValueW(key, 0, name, &units, nullptr, nullptr, nullptr, nullptr), expected(row.query));
+    units = 16;
+    EXPECT_EQ(RegEnumKeyExW(key, 0, name, &units, nullptr, nullptr, nullptr, nullptr), expected(row.enumerate));
+    EXPECT_EQ(RegSetValueExW(key, _T("Other"), 0, REG_SZ, nullptr, 0), expected(row.set));
+    EXPECT_EQ(Create(_T("Sub"), key), ERROR_SUCCESS) << "the handle's rights don't matter for the keys below";
+    EXPECT_EQ(RegDeleteValueW(key, _T("Other")), expected(row.set));
+    RegDeleteValueW(key_, _T("Other"));
+  }
+}
+
+TEST_F(RegistryKeys, SubKeysComeInOrderOfTheirNamesWithoutCase) {
+  for (const LPCTSTR name : {_T("b"), _T("C"), _T("a_"), _T("A"), _T("ab"), _T("_"), _T("10"), _T("9"), _T("A\\x")}) {
+    ASSERT_EQ(Create(name), ERROR_SUCCESS);
+  }
+  EXPECT_EQ(SubKeys(), (std::vector<Text>{_T("10"), _T("9"), _T("A"), _T("ab"), _T("a_"), _T("b"), _T("C"), _T("_")}));
+}
+
+TEST_F(RegistryKeys, EnumerationSaysWhenTheNameDoesNotFit) {
+  ASSERT_EQ(Create(_T("Name")), ERROR_SUCCESS);
+  TCHAR name[8];
+  DWORD units = 4;
+  EXPECT_EQ(RegEnumKeyExW(key_, 0, name, &units, nullptr, nullptr, nullptr, nullptr), ERROR_MORE_DATA);
+  units = 5;
+  EXPECT_EQ(RegEnumKeyExW(key_, 0, name, &units, nullptr, nullptr, nullptr, nullptr), ERROR_SUCCESS);
+  EXPECT_EQ(units, 4u);
+  EXPECT_EQ(Text(name), _T("Name"));
+  EXPECT_EQ(RegEnumKeyExW(key_, 1, name, &units, nullptr, nullptr, nullptr, nullptr), ERROR_NO_MORE_ITEMS);
+  EXPECT_EQ(RegEnumKeyExW(key_, 0, name, nullptr, nullptr, nullptr, nullptr, nullptr), ERROR_INVALID_PARAMETER);
+}
+
+TEST_F(RegistryKeys, ThousandSubKeysInOneWalkAndByNumber) {
+  for (int i = 0; i < 1000; ++i) {
+    TCHAR name[] = {'k', TCHAR('0' + i / 100), TCHAR('0' + i / 10 % 10), TCHAR('0' + i % 10), 0};
+    ASSERT_EQ(Create(name), ERROR_SUCCESS);
+  }
+  const std::vector<Text> names = SubKeys();
+  ASSERT_EQ(names.size(), 1000u);
+  for (const DWORD index : {999u, 0u, 500u, 501u, 499u}) {
+    TCHAR name[8];
+    DWORD units = 8;
+    EXPECT_EQ(RegEnumKeyExW(key_, index, name, &units, nullptr, nullptr, nullptr, nullptr), ERROR_SUCCESS);
+    EXPECT_EQ(Text(name), names[index]);
+  }
+}
+
+TEST_F(RegistryKeys, NumbersMoveWhenASubKeyGoesDuringAWalk) {
+  for (const LPCTSTR name : {_T("a"), _T("b"), _T("c"), _T("d")}) ASSERT_EQ(Create(name), ERROR_SUCCESS);
+  TCHAR name[8];
+  DWORD units = 8;
+  for (DWORD i = 0; i < 2; ++i, units = 8) RegEnumKeyExW(key_, i, name, &units, nullptr, nullptr, nullptr, nullptr);
+  EXPECT_EQ(Text(name), _T("b"));
+  EXPECT_EQ(RegDeleteKeyExW(key_, _T("a"), 0, 0), ERROR_SUCCESS);
+  EXPECT_EQ(RegEnumKeyExW(key_, 2, name, &units, nullptr, nullptr, nullptr, nullptr), ERROR_SUCCESS);
+  EXPECT_EQ(Text(name), _T("d"));
+}
+
+TEST_F(RegistryKeys, DeletesAKeyWithoutSubKeysOnly) {
+  ASSERT_EQ(Create(_T("One\\Two")), ERROR_SUCCESS);
+  EXPECT_EQ(RegDeleteKeyExW(key_, _T("One"), 0, 0), ERROR_ACCESS_DENIED);
+  EXPECT_EQ(RegDeleteKeyExW(key_, _T("One\\TWO"), 0, 0), ERROR_SUCCESS);
+  EXPECT_EQ(RegDeleteKeyExW(key_, _T("One\\Two"), 0, 0), ERROR_FILE_NOT_FOUND);
+  EXPECT_EQ(RegDeleteKeyExW(key_, _T("One"), 0, 0), ERROR_SUCCESS);
+  EXPECT_EQ(Open(_T("One")), ERROR_FILE_NOT_FOUND);
+  EXPECT_EQ(RegDeleteKeyExW(key_, nullptr, 0, 0), ERROR_INVALID_PARAMETER);
+}
+
+TEST_F(RegistryKeys, DeletesATreeAndNothingBesideIt) {
+  for (const LPCTSTR path : {_T("Tree\\A\\B"), _T("Tree\\C"), _T("Tree]"), _T("Tree!"), _T("Tre"), _T("Trees\\A")}) {
+    ASSERT_EQ(Create(path), ERROR_SUCCESS);
+  }
+  EXPECT_EQ(RegDeleteTreeW(key_, _T("TREE")), ERROR_SUCCESS);
+  EXPECT_EQ(SubKeys(), (std::vector<Text>{_T("Tre"), _T("Tree!"), _T("Trees"), _T("Tree]")}));
+  EXPECT_EQ(Open(_T("Trees\\A")), ERROR_SUCCESS);
+  EXPECT_EQ(RegDeleteTreeW(key_, _T("Tree")), ERROR_FILE_NOT_FOUND);
+  SetNumber(_T("Value"), 1);
+  EXPECT_EQ(RegDeleteTreeW(key_, nullptr), ERROR_SUCCESS);
+  EXPECT_TRUE(SubKeys().empty());
+  EXPECT_EQ(Number(_T("Value")), -ERROR_FILE_NOT_FOUND);
+  EXPECT_EQ(SetNumber(_T("Value"), 2), ERROR_SUCCESS) << "the key itself stays";
+}
+
+TEST_F(RegistryKeys, HandleOfADeletedKeySaysSo) {
+  Key doomed;
+  ASSERT_EQ(RegCreateKeyExW(key_, _T("Doomed"), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &doomed, nullptr), 0);
+  ASSERT_EQ(RegDeleteKeyExW(key_, _T("Doomed"), 0, 0), ERROR_SUCCESS);
+  const auto expect_deleted = [&] {
+    TCHAR name[8];
+    DWORD units = 8;
+    Key opened;
+    EXPECT_EQ(RegQueryValueExW(doomed, _T("V"), nullptr, nullptr, nullptr, nullptr), ERROR_KEY_DELETED);
+    EXPECT_EQ(RegSetValueExW(doomed, _T("V"), 0, REG_SZ, nullptr, 0), ERROR_KEY_DELETED);
+    EXPECT_EQ(RegDeleteValueW(doomed, _T("V")), ERROR_KEY_DELETED);
+    EXPECT_EQ(RegEnumValueW(doomed, 0, name, &units, nullptr, nullptr, nullptr, nullptr), ERROR_KEY_DELETED);
+    EXPECT_EQ(RegEnumKeyExW(doomed, 0, name, &units, nullptr, nullptr, nullptr, nullptr), ERROR_KEY_DELETED);
+    EXPECT_EQ(RegOpenKeyExW(doomed, _T("Sub"), 0, KEY_READ, &opened), ERROR_KEY_DELETED);
+    EXPECT_EQ(RegCreateKeyExW(doomed, _T("Sub"), 0, nullptr, 0, KEY_READ, nullptr, &opened, nullptr),
+              ERROR_KEY_DELETED);
+    EXPECT_EQ(RegQueryInfoKeyW(doomed, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                               nullptr, nullptr),
+              ERROR_KEY_DELETED);
+  };
+  expect_deleted();
+  ASSERT_EQ(Create(_T("Doomed\\Sub")), ERROR_SUCCESS);  // another key of that name
+  expect_deleted();
+}
+
+TEST_F(RegistryKeys, ClosedHandleIsInvalid) {
+  HKEY opened = nullptr;
+  ASSERT_EQ(RegOpenKeyExW(key_, nullptr, 0, KEY_READ, &opened), ERROR_SUCCESS);
+  EXPECT_EQ(RegCloseKey(opened), ERROR_SUCCESS);
+  Key other;
+  ASSERT_EQ(RegOpenKeyExW(key_, nullptr, 0, KEY_READ, &other), ERROR_SUCCESS);
+  EXPECT_EQ(RegCloseKey(opened), ERROR_INVALID_HANDLE);
+  EXPECT_EQ(RegQueryValueExW(opened, _T("V"), nullptr, nullptr, nullptr, nullptr), ERROR_INVALID_HANDLE);
+  EXPECT_EQ(RegCloseKey(nullptr), ERROR_INVALID_HANDLE);
+  EXPECT_EQ(RegCloseKey(HKEY_CURRENT_USER), ERROR_SUCCESS);
+  EXPECT_EQ(Open(nullptr), ERROR_SUCCESS);
+}
+
+TEST_F(RegistryKeys, InfoCountsAndMeasures) {
+  ASSERT_EQ(Create(_T("a")), ERROR_SUCCESS);
+  ASSERT_EQ(Create(_T("longest")), ERROR_SUCCESS);
+  SetNumber(_T("name"), 1);
+  const BYTE data[9] = {};
+  ASSERT_EQ(RegSetValueExW(key_, nullptr, 0, REG_BINARY, data, 9), ERROR_SUCCESS);
+  DWORD keys = 0, key_units = 0, values = 0, name_units = 0, bytes = 0;
+  FILETIME before = {};
+  ASSERT_EQ(RegQueryInfoKeyW(key_, nullptr, nullptr, nullptr, &keys, &key_units, nullptr, &values, &name_units, &bytes,
+                             nullptr, &before),
+            ERROR_SUCCESS);
+  EXPECT_EQ(keys, 2u);
+  EXPECT_EQ(key_units, 7u);
+  EXPECT_EQ(values, 2u);
+  EXPECT_EQ(name_units, 4u);
+  EXPECT_EQ(bytes, 9u);
+  EXPECT_GT(before.dwHighDateTime, 0x01D00000u) << "later than 2014";
+}
+
+}  // namespace
