@@ -1,0 +1,253 @@
+// Registry text and the registry: carrying out steps, and writing a key.
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "framework/text.h"
+#include "platform/errors.h"
+#include "platform/handles.h"
+#include "share/settings/registry_text.h"
+
+namespace registry_text {
+
+namespace {
+
+using Text = std::basic_string<TCHAR>;
+using TextView = std::basic_string_view<TCHAR>;
+
+constexpr std::size_t kNameRoom = 16384;
+
+Error ErrorOf(LSTATUS status, int line, const KeyName& key) {
+  const std::string name = ToUtf8(FullName(key));
+  switch (status) {
+    case ERROR_FILE_NOT_FOUND: return {line, fmt::format("there is no key {}", name), "check the name"};
+    case ERROR_ACCESS_DENIED:
+      return {line, fmt::format("access to {} is denied", name), "run as a user who has the rights"};
+    default: return {line, fmt::format("{}: {}", name, ErrorText(DWORD(status))), ""};
+  }
+}
+
+// An open key, closed by its end.
+struct OpenKey {
+  HKEY handle = nullptr;
+
+  OpenKey() = default;
+  OpenKey(const OpenKey&) = delete;
+  OpenKey& operator=(const OpenKey&) = delete;
+  ~OpenKey() { Close(); }
+  void Close() {
+    if (handle) RegCloseKey(handle);
+    handle = nullptr;
+  }
+};
+
+// ---- Carrying out ----
+
+class Import {
+ public:
+  Import() : transaction_(CreateTransaction(nullptr, nullptr, 0, 0, 0, 0, nullptr)) {}
+  Import(const Import&) = delete;
+  Import& operator=(const Import&) = delete;
+  ~Import() {
+    key_.Close();
+    if (transaction_ != INVALID_HANDLE_VALUE) CloseHandle(transaction_);
+  }
+
+  LSTATUS Run(const Step& step) {
+    switch (step.kind) {
+      case Step::Kind::kCreateKey: return Create(step.key);
+      case Step::Kind::kDeleteKey: key_.Close(); return Missing(DeleteTree(step.key.hive, step.key.path));
+      case Step::Kind::kSetValue:
+        return RegSetValueExW(key_.handle, step.name.c_str(), 0, step.type, step.data.data(), DWORD(step.data.size()));
+      case Step::Kind::kDeleteValue: return Missing(RegDeleteValueW(key_.handle, step.name.c_str()));
+    }
+    return ERROR_INVALID_PARAMETER;
+  }
+
+  LSTATUS Commit() {
+    key_.Close();
+    return CommitTransaction(transaction_) ? ERROR_SUCCESS : LSTATUS(GetLastError());
+  }
+
+ private:
+  static LSTATUS Missing(LSTATUS status) { return status == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : status; }
+
+  LSTATUS Create(const KeyName& key) {
+    key_.Close();
+    return RegCreateKeyTransactedW(key.hive, key.path.c_str(), 0, nullptr, 0, KEY_SET_VALUE, nullptr, &key_.handle,
+                                   nullptr, transaction_, nullptr);
+  }
+
+  // Deletes from the leaves up: a path is at most 512 levels deep.
+  LSTATUS DeleteTree(HKEY hive, const Text& path) {
+    OpenKey key;
+    LSTATUS status =
+        RegOpenKeyTransactedW(hive, path.c_str(), 0, KEY_ENUMERATE_SUB_KEYS, &key.handle, transaction_, nullptr);
+    while (status == ERROR_SUCCESS) {
+      TCHAR name[256];
+      DWORD units = 256;
+      status = RegEnumKeyExW(key.handle, 0, name, &units, nullptr, nullptr, nullptr, nullptr);
+      if (status == ERROR_SUCCESS) status = DeleteTree(hive, path + TCHAR('\\') + name);
+    }
+    key.Close();
+    return status == ERROR_NO_MORE_ITEMS ? RegDeleteKeyTransactedW(hive, path.c_str(), 0, 0, transaction_, nullptr)
+                                         : status;
+  }
+
+  HANDLE transaction_;
+  OpenKey key_;  // of the last step that made one: its values follow
+};
+
+// ---- Writing ----
+
+class Writer {
+ public:
+  Writer(std::string& bytes, Error& error) : bytes_(bytes), error_(error), name_(kNameRoom, TCHAR(0)) {}
+
+  bool Run(const KeyName& key) {
+    bytes_ = "\xFF\xFE";
+    Put(_T("Windows Registry Editor Version 5.00\r\n"));
+    if (!WriteKey(key)) return false;
+    Put(_T("\r\n"));
+    return true;
+  }
+
+ private:
+  void Put(TextView text) {
+    for (const TCHAR unit : text) {
+      bytes_.push_back(char(unit));
+      bytes_.push_back(char(unit >> 8));
+    }
+    column_ += text.size();
+  }
+  void PutAscii(std::string_view text) { Put(Text(text.begin(), text.end())); }
+
+  void PutQuoted(TextView text) {
+    Put(_T("\""));
+    for (const TCHAR unit : text) {
+      if (unit == '"' || unit == '\\') Put(_T("\\"));
+      Put({&unit, 1});
+    }
+    Put(_T("\""));
+  }
+
+  bool Fail(const Error& error) {
+    error_ = error;
+    return false;
+  }
+  bool CheckName(const KeyName& key, TextView name) {
+    if (name.find_first_of(_T("\r\n")) == TextView::npos) return true;
+    return Fail({0, fmt::format("a name in {} has a line break", ToUtf8(FullName(key))), "rename or delete it first"});
+  }
+
+  bool WriteKey(const KeyName& key) {
+    OpenKey open;
+    if (const LSTATUS status = RegOpenKeyExW(key.hive, key.path.c_str(), 0, KEY_READ, &open.handle)) {
+      return Fail(ErrorOf(status, 0, key));
+    }
+    Put(_T("\r\n["));
+    Put(FullName(key));
+    Put(_T("]\r\n"));
+    LSTATUS status = ERROR_SUCCESS;
+    for (DWORD i = 0; status == ERROR_SUCCESS; ++i) {
+      if (!WriteValue(key, open.handle, i, status)) return false;
+    }
+    if (status != ERROR_NO_MORE_ITEMS) return Fail(ErrorOf(status, 0, key));
+    for (DWORD i = 0;; ++i) {
+      TCHAR name[256];
+      DWORD units = 256;
+      status = RegEnumKeyExW(open.handle, i, name, &units, nullptr, nullptr, nullptr, nullptr);
+      if (status == ERROR_NO_MORE_ITEMS) return true;
+      if (status != ERROR_SUCCESS) return Fail(ErrorOf(status, 0, key));
+      if (!CheckName(key, {name, units})) return false;
+      if (!WriteKey({key.hive, key.path.empty() ? Text(name) : key.path + TCHAR('\\') + name})) return false;
+    }
+  }
+
+  bool WriteValue(const KeyName& key, HKEY handle, DWORD index, LSTATUS& status) {
+    DWORD type = 0, size = DWORD(data_.size()), units = kNameRoom;
+    status = RegEnumValueW(handle, index, name_.data(), &units, nullptr, &type, data_.data(), &size);
+    if (status == ERROR_MORE_DATA) {
+      data_.resize(size);
+      units = kNameRoom;
+      status = RegEnumValueW(handle, index, name_.data(), &units, nullptr, &type, data_.data(), &size);
+    }
+    if (status != ERROR_SUCCESS) return true;
+    const TextView name(name_.data(), units);
+    if (!CheckName(key, name)) return false;
+    column_ = 0;
+    if (name.empty()) {
+      Put(_T("@"));
+    } else {
+      PutQuoted(name);
+    }
+    Put(_T("="));
+    WriteData(type, {data_.data(), size});
+    Put(_T("\r\n"));
+    return true;
+  }
+
+  void WriteData(DWORD type, std::basic_string_view<BYTE> data) {
+    Text text;
+    if (type == REG_SZ && IsPlainText(data, text)) {
+      PutQuoted(text);
+    } else if (type == REG_DWORD && data.size() == 4) {
+      PutAscii(fmt::format("dword:{:02x}{:02x}{:02x}{:02x}", data[3], data[2], data[1], data[0]));
+    } else {
+      PutAscii(type == REG_BINARY ? "hex:" : fmt::format("hex({:x}):", type));
+      WriteHex(data);
+    }
+  }
+
+  // Breaks lines where the well-known editor of such files does.
+  void WriteHex(std::basic_string_view<BYTE> data) {
+    constexpr std::size_t kLastColumn = 76;
+    for (std::size_t i = 0; i < data.size(); ++i) {
+      const bool last = i + 1 == data.size();
+      PutAscii(fmt::format("{:02x}{}", data[i], last ? "" : ","));
+      if (last || column_ <= kLastColumn) continue;
+      Put(_T("\\\r\n"));
+      column_ = 0;
+      Put(_T("  "));
+    }
+  }
+
+  // Text that reads back as the same bytes: one terminator at the end, no line break.
+  static bool IsPlainText(std::basic_string_view<BYTE> data, Text& text) {
+    if (data.size() < 2 || data.size() % 2 != 0) return false;
+    for (std::size_t i = 0; i < data.size(); i += 2) text.push_back(TCHAR(data[i] | data[i + 1] << 8));
+    if (text.find_first_of(Text{'\r', '\n', TCHAR(0)}) != text.size() - 1 || text.back() != 0) return false;
+    text.pop_back();
+    return true;
+  }
+
+  std::string& bytes_;
+  Error& error_;
+  std::size_t column_ = 0;
+  Text name_;
+  std::vector<BYTE> data_ = std::vector<BYTE>(256);
+};
+
+}  // namespace
+
+bool Apply(const std::vector<Step>& steps, Error& error) {
+  Import import;
+  for (const Step& step : steps) {
+    if (const LSTATUS status = import.Run(step)) {
+      error = ErrorOf(status, step.line, step.key);
+      return false;
+    }
+  }
+  if (const LSTATUS status = import.Commit()) {
+    error = {0, std::string("nothing was changed: ") + ErrorText(DWORD(status)), "try again"};
+    return false;
+  }
+  return true;
+}
+
+bool Write(const KeyName& key, std::string& bytes, Error& error) {
+  error = {};
+  return Writer(bytes, error).Run(key);
+}
+
+}  // namespace registry_text
