@@ -69,8 +69,6 @@ KVSHARE_API FILE* _wfopen(LPCWSTR path, LPCWSTR mode);
 
 // ---- handles
 
-inline constexpr DWORD GENERIC_READ = 0x80000000;
-inline constexpr DWORD GENERIC_WRITE = 0x40000000;
 inline constexpr DWORD FILE_SHARE_READ = 1;
 inline constexpr DWORD FILE_SHARE_WRITE = 2;
 inline constexpr DWORD FILE_SHARE_DELETE = 4;

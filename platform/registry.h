@@ -48,10 +48,6 @@ inline constexpr REGSAM KEY_READ = 0x20019;
 inline constexpr REGSAM KEY_EXECUTE = 0x20019;
 inline constexpr REGSAM KEY_ALL_ACCESS = 0xF003F;
 inline constexpr REGSAM MAXIMUM_ALLOWED = 0x02000000;
-inline constexpr REGSAM GENERIC_ALL = 0x10000000;
-inline constexpr REGSAM GENERIC_EXECUTE = 0x20000000;
-inline constexpr REGSAM GENERIC_WRITE = 0x40000000;
-inline constexpr REGSAM GENERIC_READ = 0x80000000;
 
 // Types of values. The store keeps any number and gives it back; it never looks into the data.
 inline constexpr DWORD REG_NONE = 0;

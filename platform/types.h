@@ -78,6 +78,12 @@ inline constexpr BOOL TRUE = 1;
 inline constexpr DWORD MAX_PATH = 260;
 #define INVALID_HANDLE_VALUE (reinterpret_cast<HANDLE>(static_cast<std::intptr_t>(-1)))
 
+// Rights that each kind of object spells out in its own.
+inline constexpr ACCESS_MASK GENERIC_ALL = 0x10000000;
+inline constexpr ACCESS_MASK GENERIC_EXECUTE = 0x20000000;
+inline constexpr ACCESS_MASK GENERIC_WRITE = 0x40000000;
+inline constexpr ACCESS_MASK GENERIC_READ = 0x80000000;
+
 // A time: 100 ns units since the beginning of 1601, UTC.
 struct FILETIME {
   DWORD dwLowDateTime;
