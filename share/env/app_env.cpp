@@ -1,0 +1,160 @@
+// The environment's life, the order of its initialisation, and the switches that it writes back.
+#include "share/env/app_env.h"
+
+#include "share/env/feature_switches.h"
+#include "share/env/registry_access.h"
+#include "share/env/registry_keys.h"
+#include "share/settings/settings_key.h"
+
+// ---- life
+
+int CKVEnvApp::m_IsEnvObjectCreated = 0;
+CKVEnvApp* CKVEnvApp::m_envAppInstance = nullptr;
+
+CKVEnvApp* CKVEnvApp::Instance() {
+  if (!m_IsEnvObjectCreated) {
+    // Flag and pointer stand ahead of Init, so that what Init calls finds this object and builds no second one.
+    m_IsEnvObjectCreated = 1;
+    m_envAppInstance = new CKVEnvApp;
+    m_envAppInstance->Init();
+  }
+  return m_envAppInstance;
+}
+
+void CKVEnvApp::DestroyInstance() {
+  delete m_envAppInstance;
+  m_envAppInstance = nullptr;
+  m_IsEnvObjectCreated = 0;
+}
+
+CKVEnvApp* InitAppEnv() { return CKVEnvApp::Instance(); }
+CKVEnvApp* AppEnv() { return CKVEnvApp::Instance(); }
+void CloseAppEnv() { CKVEnvApp::DestroyInstance(); }
+
+CKVEnvApp::CKVEnvApp() {
+  SetDefaultTechDBForms();
+  SetConfigDataUseStatus();
+}
+
+// ---- initialisation
+
+void CKVEnvApp::Init() {
+  SetKVModuleDllName();
+  SetKVResourceDllName();
+  SetKVDebugResourceDllName();
+
+  // The database's names come from its configuration file, below the install path, or from the registry alone: hence
+  // the two orders.
+  if (m_bConfigData) {
+    StoreLocation();
+    SetKVDefLangAndDataRelPath();
+    ReadDBConfigData();
+    SetTechDBNamesAndFlags();
+    SetErrorIfTechDBFileNotFound();
+  } else {
+    SetTechDBNamesAndFlags();
+    StoreLocation();
+    SetKVDefLangAndDataRelPath();
+  }
+
+  SetDefaultFolders();
+  SetFirstSwitches();
+  SetCIMCOEditorPath();
+  SetDefaultControllerPath();
+  SetSecondSwitches();
+  try {
+    SetKVTechDBPath(/*write=*/0);
+  } catch (...) {
+    m_InitResult = ENVAPP_INIT_TECHDB_FAILED;  // start-up goes on: the main module decides
+  }
+  SetUserName();
+  SetResourcePaths();
+  FindHelp();
+  SetVisiDllName();
+  m_VisiDllPath = InInstall(_T("MS\\"));
+  SetEDConnectorDllName();
+  m_EDConnectorDllPath = InInstall(m_EDConnectorDllName);
+  m_EDConnectorPngDllPath = InInstall(m_EDConnectorPngDllName);
+  SetKVEDConnectorDllName();
+  m_KVEDConnectorDllPath = InInstall(m_KVEDConnectorDllName);
+  SetDebugFlag();
+  SetPostPerformanceImprovements();
+
+  QFSettingsKey key(_T("MultiSurface"), kVersionKey);
+  key.AddValue(_T("MultiSurfaceByID"), 0);
+  if (key.RestoreValuesFromRegistry()) key.GetValue(_T("MultiSurfaceByID"), m_nMultiSurfaceByID);
+}
+
+void CKVEnvApp::SetTechDBNamesAndFlags() {
+  SetKVTechDBFormsName();
+  SetKVTechDBName();
+  Set64BitDatabaseInUseStatus();
+  SetSQLiteDatabaseInUseStatus();
+  Set64BitAccessDatabaseInstallStatus();
+}
+
+void CKVEnvApp::SetDefaultFolders() {
+  SetDefaultKVDataPath();
+  SetDefaultSetupSheetImagePath();
+  SetDefaultSetupSheetTemplatePath();
+  SetDefaultSubSpndleOperFolderPath();
+  SetDefaultMachineSimulationApplicationPath();
+  SetDefaultSimulationMachineFolderPath();
+  SetDefaultSimulationControllerFolderPath();
+  SetDefaultSimulationJobFolderPath();
+}
+
+void CKVEnvApp::SetFirstSwitches() {
+  SetShowCustomChuckOptionsDisplayRegistry();
+  SetDefaultCalMaxFitCirInThread();
+  SetDefaultTurnVariableBAxisSupport();
+  SetTurnBAxisConTlpKeepArcMove();
+  SetTurnBAxisConLLForArcFacet();
+  SetBAxisFaceFinishOperSupport();
+  SetSpindleDirForTurnMillTurnSupport();
+}
+
+void CKVEnvApp::SetSecondSwitches() {
+  SetToolpathShowHideSupportKeyValue();
+  SetTlpColorSupportKeyValue();
+  SetTlpHiddenMoveColorSupportKeyValue();
+  SetCRF1478StepThruSupportKeyValue();
+  SetCRF1478TurnSupportKeyValue();
+  SetCRF1478For2axSupportKeyValue();
+  SetWIPArcRegistrySupportKeyValue();
+}
+
+// ---- switches
+
+void CKVEnvApp::SetShowCustomChuckOptionsDisplayRegistry() { WriteBackStartSwitch(_T("ShowCustomChuckOptions")); }
+void CKVEnvApp::SetDefaultCalMaxFitCirInThread() { WriteBackStartSwitch(_T("CalMaxFitCirInThreads")); }
+void CKVEnvApp::SetDefaultTurnVariableBAxisSupport() { WriteBackStartSwitch(_T("BAxisContinuousSupport")); }
+void CKVEnvApp::SetTurnBAxisConTlpKeepArcMove() { WriteBackStartSwitch(_T("ContinuousBAxisTlpKeepArcMoves")); }
+
+// Four bytes are asked for, which no text of more than one character fits: so the value goes back to its default at
+// each start. And a missing key is not created. Both are required.
+void CKVEnvApp::SetTurnBAxisConLLForArcFacet() {
+  constexpr LPCTSTR kName = _T("LinearLengthForArcFacet");
+  int found = 0;
+  GetRegSettingDwordValue(HKEY_CURRENT_USER, kPostDataKey, kName, &found);
+  if (!found) SetRegistryValueForString(HKEY_CURRENT_USER, kPostDataKey, kName, _T("0.01"));
+}
+
+void CKVEnvApp::SetBAxisFaceFinishOperSupport() { WriteBackStartSwitch(_T("BAxisFaceFinishOperationSupport")); }
+void CKVEnvApp::SetSpindleDirForTurnMillTurnSupport() {
+  WriteBackStartSwitch(_T("NewSetSpindleDirForTurnMillTurnMachineSupport"));
+}
+void CKVEnvApp::SetToolpathShowHideSupportKeyValue() { WriteBackStartSwitch(_T("ShowHideToolpathSegmentsSupport")); }
+void CKVEnvApp::SetTlpColorSupportKeyValue() { WriteBackStartSwitch(_T("ColorToolpathSegmentsSupport")); }
+void CKVEnvApp::SetTlpHiddenMoveColorSupportKeyValue() { WriteBackStartSwitch(_T("ColorHiddenTlpMoveSupport")); }
+void CKVEnvApp::SetCRF1478StepThruSupportKeyValue() { WriteBackStartSwitch(_T("StepThruTlpCRFSupport")); }
+void CKVEnvApp::SetCRF1478TurnSupportKeyValue() { WriteBackStartSwitch(_T("CRF1478TurnSupport")); }
+void CKVEnvApp::SetCRF1478For2axSupportKeyValue() { WriteBackStartSwitch(_T("CRF1478For2axSupport")); }
+void CKVEnvApp::SetWIPArcRegistrySupportKeyValue() { WriteBackStartSwitch(_T("GetWIPArcSupport")); }
+
+void CKVEnvApp::SetPostPerformanceImprovements() {
+  constexpr FeatureSwitch kSwitch = kStartSwitches.back();
+  QFSettingsKey key(_T("Debug"), kVersionDebugKey);
+  key.AddValue(kSwitch.name, kSwitch.defaultValue);
+  if (!key.RestoreValuesFromRegistry()) key.SaveValuesToRegistry();
+}

@@ -1,0 +1,170 @@
+// The slots and the functions that read through them.
+#include "share/env/document_callbacks.h"
+
+#include "companions/geometry/constants.h"
+#include "share/settings/settings_key.h"
+
+namespace {
+
+struct Helpers {
+  QFAutoIdHelperFn autoId;
+  QFPPMHelperFn ppm;
+  QFPPMHelperFn basePpm;
+  QFPPMHelperFn corePpm;
+};
+
+struct DocumentSlots {
+  int (*isMetricUnit)();
+  unsigned long (*nextObjectId)();
+  QFObject* (*activeDocument)();
+  int (*message)(unsigned, char*&);
+  int (*progress)(LONGLONG);
+  int (*isUserJobCancelled)();
+  QFSettingsKey* (*docSettings)();
+  QFSettingsKey* (*appSettings)();
+  QFFeedColorsSettings* (*appFeedColorSettings)();
+  ProductInfo* (*productInfo)();
+  CString (*productSpecificString)(unsigned);
+  void (*displayAlerts)(short*);
+  int (*isCrashReportPermitted)();
+  CString (*stockGroupName)();
+  QFObject* (*correspondingDoc)(QFObject*);
+  CString (*solidWorksLangName)();
+  int (*appSilentModeFlag)();
+  int (*isDocFullyLoaded)();
+};
+
+// Written at start, ahead of any other thread, and only read afterwards.
+Helpers g_helpers = {};
+DocumentSlots g_slots = {};
+
+// Calls the slot; an empty one gives the fallback.
+template <class Result, class... Parameters>
+Result Ask(Result (*slot)(Parameters...), std::type_identity_t<Result> fallback,
+           std::type_identity_t<Parameters>... arguments) {
+  return slot ? slot(arguments...) : fallback;
+}
+
+CString& SolidWorksLangName() {
+  static CString name;
+  return name;
+}
+
+int DisplaySetting(LPCTSTR name) {
+  int value = 0;
+  const QFSettingsKey* settings = GetAppSettingsCB();
+  if (const QFSettingsKey* display = settings ? settings->GetKey(_T("Display")) : nullptr)
+    display->GetValue(name, value);
+  return value;
+}
+
+}  // namespace
+
+// ---- registration
+
+int qfshare_init(QFAutoIdHelperFn autoIdHelper, QFPPMHelperFn ppmHelper, QFPPMHelperFn basePpmHelper,
+                 QFPPMHelperFn corePpmHelper) {
+  g_helpers = {autoIdHelper, ppmHelper, basePpmHelper, corePpmHelper};
+  return 1;
+}
+
+void QFShareRegisterDocCBK(int (*isMetricUnit)(), unsigned long (*nextObjectId)(), QFObject* (*activeDocument)(),
+                           int (*message)(unsigned, char*&), int (*progress)(LONGLONG), int (*isUserJobCancelled)(),
+                           QFSettingsKey* (*docSettings)(), QFSettingsKey* (*appSettings)(),
+                           QFFeedColorsSettings* (*appFeedColorSettings)(), ProductInfo* (*productInfo)(),
+                           CString (*productSpecificString)(unsigned), void (*displayAlerts)(short*),
+                           int (*isCrashReportPermitted)(), CString (*stockGroupName)(),
+                           QFObject* (*correspondingDoc)(QFObject*), CString (*solidWorksLangName)(),
+                           int (*appSilentModeFlag)(), int (*isDocFullyLoaded)()) {
+  g_slots = {isMetricUnit,
+             nextObjectId,
+             activeDocument,
+             message,
+             progress,
+             isUserJobCancelled,
+             docSettings,
+             appSettings,
+             appFeedColorSettings,
+             productInfo,
+             productSpecificString,
+             displayAlerts,
+             isCrashReportPermitted,
+             stockGroupName,
+             correspondingDoc,
+             solidWorksLangName,
+             appSilentModeFlag,
+             isDocFullyLoaded};
+}
+
+// ---- helpers
+
+QFObjectIndexerHelper* qf_getActiveAutoIdHelper() { return Ask(g_helpers.autoId, nullptr); }
+QFObject* qf_getActivePPMHelper() { return Ask(g_helpers.ppm, nullptr); }
+QFObject* qf_getActiveBasePPMHelper() { return Ask(g_helpers.basePpm, nullptr); }
+QFObject* qf_getActiveCorePPMHelper() { return Ask(g_helpers.corePpm, nullptr); }
+
+// ---- document
+
+QFObject* GetActiveDocument() { return Ask(g_slots.activeDocument, nullptr); }
+QFObject* GetCorrespondingDoc(QFObject* document) { return Ask(g_slots.correspondingDoc, nullptr, document); }
+int GetIsDocFullyLoaded() { return Ask(g_slots.isDocFullyLoaded, 0); }
+int IsMetricUnit() { return Ask(g_slots.isMetricUnit, 1); }
+unsigned long GetNextObjectIdCB() { return Ask(g_slots.nextObjectId, 0); }
+CString GetStockGroupName() { return Ask(g_slots.stockGroupName, CString()); }
+
+float GetActiveDocReadStorageUnits() {
+  constexpr float kCurrentStorageVersion = 38.0f;
+  // The question to the document itself, core message 201, joins here with the node class that carries it. Until then
+  // every document gives what one that doesn't answer gives.
+  const float units = 0.0f;
+  return units > -RESABS && units < RESABS ? kCurrentStorageVersion : units;
+}
+
+int IsUnitsMetric(int units) { return (units >= 0 && units <= 2) || (units >= 6 && units <= 8); }
+
+// ---- settings
+
+QFSettingsKey* GetActiveDocSettingsCB() { return Ask(g_slots.docSettings, nullptr); }
+QFSettingsKey* GetAppSettingsCB() { return Ask(g_slots.appSettings, nullptr); }
+QFFeedColorsSettings* GetAppFeedColorSettingsCB() { return Ask(g_slots.appFeedColorSettings, nullptr); }
+
+int GetLastopernDlgtab() { return DisplaySetting(_T("OpenOperationDialogToLastPage")); }
+int GetCollapseOnPreview() { return DisplaySetting(_T("CollapseOperationOnPreview")); }
+
+double GetSimulationSettingsFacetDeviation() {
+  double deviation = -1.0;
+  const QFSettingsKey* settings = GetActiveDocSettingsCB();
+  if (const QFSettingsKey* simulation = settings ? settings->GetKey(_T("Simulation")) : nullptr)
+    simulation->GetValue(_T("MaxFacetDeviation"), deviation);
+  // Only small deviations come through: that is required.
+  if (deviation > -1.0 + RESABS && deviation * 1000 > 0.1 - RESABS) deviation = -1.0;
+  return deviation;
+}
+
+// ---- jobs and messages
+
+int QFProgressCallback(LONGLONG step) { return Ask(g_slots.progress, 0, step); }
+int IsUserJobCancelled() { return Ask(g_slots.isUserJobCancelled, 0); }
+int gGetAppSilentModeFlag() { return Ask(g_slots.appSilentModeFlag, 0); }
+
+void GetAppDisplayAlerts(short* flag) {
+  if (!flag) return;
+  *flag = -1;
+  if (g_slots.displayAlerts) g_slots.displayAlerts(flag);
+}
+
+int IsCrashReportPermittedCB() { return Ask(g_slots.isCrashReportPermitted, 0); }
+
+// ---- product
+
+ProductInfo* GetProductInfoCB() { return Ask(g_slots.productInfo, nullptr); }
+CString GetProductSpecificStringCB(unsigned id) { return Ask(g_slots.productSpecificString, CString(), id); }
+CString GetProductSpecificString(unsigned id) { return GetProductSpecificStringCB(id); }
+
+CString GetSolidWorksLangName() {
+  CString& name = SolidWorksLangName();
+  if (name.IsEmpty()) name = Ask(g_slots.solidWorksLangName, CString(_T("english")));
+  return name;
+}
+
+void SetSolidWorksLangName(const CString& name) { SolidWorksLangName() = name; }

@@ -1,0 +1,29 @@
+// The serial root and its gate for old documents.
+#include "share/objects/base_object.h"
+
+#include <cmath>
+
+#include "companions/geometry/constants.h"
+#include "framework/archive.h"
+#include "share/env/document_callbacks.h"
+
+IMPLEMENT_SERIAL(QFBaseObject, CObject, VERSIONABLE_SCHEMA | 2)
+
+bool HasBaseObjectRecord(float readStorageUnits) { return std::abs(double(readStorageUnits)) > 6.1 - RESABS; }
+
+void QFBaseObject::Serialize(CArchive& ar) {
+  const float units = GetActiveDocReadStorageUnits();
+  if (ar.IsStoring() || HasBaseObjectRecord(units)) {
+    ar.SerializeClass(RUNTIME_CLASS(QFBaseObject));
+    ar.GetObjectSchema();  // nothing depends on it yet; asking ends the record
+  }
+  CObject::Serialize(ar);
+}
+
+CString QFBaseObject::GetClassNameW() { return _T("QFBaseObject"); }
+
+void QFBaseObject::DumpData(FILE*) {}
+
+void QFBaseObject::OnPostLoadFromStorageNotify() {}
+
+CRuntimeClass* QFBaseObject::GetRuntimeClassForAutoIndexing() { return GetRuntimeClass(); }

@@ -1,0 +1,12 @@
+// Printing into object dumps.
+#include "share/objects/dump.h"
+
+void DumpText(FILE* file, const CString& text) {
+  if (!file) return;
+  const std::string bytes = ToUtf8(text);
+  std::fwrite(bytes.data(), 1, bytes.size(), file);
+}
+
+void DumpBanner(FILE* file, LPCTSTR className, LPCTSTR edge) {
+  DumpPrint(file, _T("\n============================ %s %s ================================\n"), className, edge);
+}

@@ -1,0 +1,39 @@
+// The index of names of a settings tree: the first value and the first key of each name. Not public.
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+// An open-addressed table from a name to the first item entered under it. The names stay the items'.
+template <class Item>
+class NameTable {
+ public:
+  // Makes room for that many names; to be called once, before Enter.
+  void Reserve(std::size_t count) {
+    std::size_t size = 8;
+    while (size < 2 * count) size *= 2;
+    slots_.assign(size, {});
+  }
+  void Enter(std::u16string_view name, Item* item) {
+    Slot& slot = SlotOf(name);
+    if (!slot.item) slot = {Hash(name), name, item};
+  }
+  Item* Find(std::u16string_view name) const { return const_cast<NameTable*>(this)->SlotOf(name).item; }
+
+ private:
+  struct Slot {
+    std::size_t hash = 0;
+    std::u16string_view name;
+    Item* item = nullptr;
+  };
+
+  static std::size_t Hash(std::u16string_view name) { return std::hash<std::u16string_view>()(name); }
+  Slot& SlotOf(std::u16string_view name) {
+    const std::size_t hash = Hash(name);
+    std::size_t at = hash & (slots_.size() - 1);
+    while (slots_[at].item && (slots_[at].hash != hash || slots_[at].name != name)) at = (at + 1) & (slots_.size() - 1);
+    return slots_[at];
+  }
+
+  std::vector<Slot> slots_;
+};

@@ -1,0 +1,361 @@
+// The settings tree: shape, searches, registry walks, records.
+#include "share/settings/settings_key.h"
+
+#include <unordered_set>
+#include <utility>
+
+#include "framework/archive.h"
+#include "share/objects/dump.h"
+#include "share/settings/name_index.h"
+
+IMPLEMENT_SERIAL(QFSettingsKey, QFBaseObject, VERSIONABLE_SCHEMA | 1)
+
+namespace {
+
+constexpr int kBlockSize = 10;
+constexpr LPCTSTR kMillFeatureCreationStyle = _T("MillFeatureCreationStyle");
+
+QFSettingsValue* AsValue(CObject* item) { return DYNAMIC_DOWNCAST(QFSettingsValue, item); }
+QFSettingsKey* AsKey(CObject* item) { return DYNAMIC_DOWNCAST(QFSettingsKey, item); }
+
+// Calls visit(item) for each item of the list that is not null, head first, until it gives something that is not null;
+// gives that.
+template <class Visit>
+auto FirstOf(const CObList& list, Visit visit) -> decltype(visit(nullptr)) {
+  for (POSITION at = list.GetHeadPosition(); at;) {
+    CObject* item = list.GetNext(at);
+    if (!item) continue;
+    if (auto found = visit(item)) return found;
+  }
+  return nullptr;
+}
+
+template <class Visit>
+void ForEach(const CObList& list, Visit visit) {
+  for (POSITION at = list.GetHeadPosition(); at;) {
+    if (CObject* item = list.GetNext(at)) visit(item);
+  }
+}
+
+}  // namespace
+
+// ---- construction and shape
+
+QFSettingsKey::QFSettingsKey() : QFSettingsKey(CString(), CString()) {}
+
+QFSettingsKey::QFSettingsKey(const CString& name, const CString& path)
+    : m_Name(name), m_Path(path), m_Key(HKEY_CURRENT_USER), m_List(kBlockSize), m_Former(kBlockSize) {}
+
+QFSettingsKey::~QFSettingsKey() {
+  DestroyList();
+  ResetContent(m_Former);
+  m_Key = nullptr;
+}
+
+void QFSettingsKey::AddItem(QFSettingsValue* value) {
+  m_List.AddHead(value);
+  value->m_pOwner = this;
+  ForgetNames();
+}
+
+void QFSettingsKey::AddValue(const CString& name, int value) { AddItem(new QFIntValue(name, value)); }
+void QFSettingsKey::AddValue(const CString& name, double value) { AddItem(new QFDoubleValue(name, value)); }
+void QFSettingsKey::AddValue(const CString& name, const CString& value) { AddItem(new QFStringValue(name, value)); }
+void QFSettingsKey::AddValue(const CString& name, unsigned long color) { AddItem(new QFColorValue(name, color)); }
+void QFSettingsKey::AddValue(const CString& name, const CPoint& value) { AddItem(new QFPointValue(name, value)); }
+void QFSettingsKey::AddValue(const CString& name, const CRect& value) { AddItem(new QFRectValue(name, value)); }
+void QFSettingsKey::AddValue(const CString& name, const CTime& value) { AddItem(new QFTimeValue(name, value)); }
+void QFSettingsKey::AddValue(const CString& name, long double value) { AddItem(new QFLongDoubleStrValue(name, value)); }
+void QFSettingsKey::AddValue(const CString& name, const CArray<int, int>& value) {
+  AddItem(new QFIntArrayValue(name, value));
+}
+
+void QFSettingsKey::AddKey(QFSettingsKey* key) {
+  if (!key || key->m_pOwner) return;
+  for (const QFSettingsKey* above = this; above; above = above->m_pOwner) {
+    if (above == key) return;
+  }
+  m_List.AddHead(key);
+  key->m_pOwner = this;
+  ForgetNames();
+}
+
+void QFSettingsKey::AdoptAll() {
+  ForEach(m_List, [this](CObject* item) {
+    if (QFSettingsValue* value = AsValue(item)) value->m_pOwner = this;
+    if (QFSettingsKey* key = AsKey(item)) key->m_pOwner = this;
+  });
+}
+
+void QFSettingsKey::DestroyList() {
+  ForgetNames();
+  ResetContent(m_List);
+}
+
+void QFSettingsKey::ResetContent(CObList& list) {
+  ForEach(list, [](CObject* item) { delete item; });
+  list.RemoveAll();
+}
+
+// ---- searches
+
+class QFSettingsKey::NameIndex {
+ public:
+  explicit NameIndex(const QFSettingsKey& root) {
+    std::vector<QFSettingsValue*> values;
+    std::vector<QFSettingsKey*> keys;
+    Collect(root, values, keys);
+    m_Values.Reserve(values.size());
+    for (QFSettingsValue* value : values) m_Values.Enter(value->m_Name.View(), value);
+    m_Keys.Reserve(keys.size());
+    for (QFSettingsKey* key : keys) m_Keys.Enter(key->m_Name.View(), key);
+  }
+
+  QFSettingsValue* Value(const CString& name) const { return m_Values.Find(name.View()); }
+  QFSettingsKey* Key(const CString& name) const { return m_Keys.Find(name.View()); }
+
+ private:
+  // In the order of the walk, so that the first of a name is entered first.
+  static void Collect(const QFSettingsKey& root, std::vector<QFSettingsValue*>& values,
+                      std::vector<QFSettingsKey*>& keys) {
+    ForEach(root.m_List, [&](CObject* item) {
+      if (QFSettingsValue* value = AsValue(item)) values.push_back(value);
+      if (QFSettingsKey* key = AsKey(item)) {
+        keys.push_back(key);
+        Collect(*key, values, keys);
+      }
+    });
+  }
+
+  NameTable<QFSettingsValue> m_Values;
+  NameTable<QFSettingsKey> m_Keys;
+};
+
+// Null at the first search after a change: a key that is built to read one value never pays for an index. Readers on
+// several threads may build one each; the first to finish is kept.
+const QFSettingsKey::NameIndex* QFSettingsKey::GetIndex() const {
+  if (const NameIndex* index = m_pIndex.load(std::memory_order_acquire)) return index;
+  if (m_nSearches.fetch_add(1, std::memory_order_relaxed) == 0) return nullptr;
+  const auto* made = new NameIndex(*this);
+  const NameIndex* present = nullptr;
+  if (m_pIndex.compare_exchange_strong(present, made, std::memory_order_acq_rel)) return made;
+  delete made;
+  return present;
+}
+
+// The indexes of this key and of all above it cover what has just changed.
+void QFSettingsKey::ForgetNames() {
+  for (QFSettingsKey* key = this; key; key = key->m_pOwner) {
+    delete key->m_pIndex.exchange(nullptr, std::memory_order_acq_rel);
+    key->m_nSearches.store(0, std::memory_order_relaxed);
+  }
+}
+
+QFSettingsValue* QFSettingsKey::FindSettingsValue(const CString& name) const {
+  if (const NameIndex* index = GetIndex()) return index->Value(name);
+  const auto search = [&](const auto& self, const QFSettingsKey& key) -> QFSettingsValue* {
+    return FirstOf(key.m_List, [&](CObject* item) -> QFSettingsValue* {
+      if (QFSettingsValue* value = AsValue(item)) return value->m_Name == name ? value : nullptr;
+      const QFSettingsKey* below = AsKey(item);
+      return below ? self(self, *below) : nullptr;
+    });
+  };
+  return search(search, *this);
+}
+
+QFSettingsKey* QFSettingsKey::FindSettingsKey(const CString& name) const {
+  if (const NameIndex* index = GetIndex()) return index->Key(name);
+  const auto search = [&](const auto& self, const QFSettingsKey& key) -> QFSettingsKey* {
+    return FirstOf(key.m_List, [&](CObject* item) -> QFSettingsKey* {
+      QFSettingsKey* below = AsKey(item);
+      return !below || below->m_Name == name ? below : self(self, *below);
+    });
+  };
+  return search(search, *this);
+}
+
+QFSettingsKey* QFSettingsKey::GetKey(const CString& name) const { return FindSettingsKey(name); }
+
+CString QFSettingsKey::GetName(QFBaseObject* item) const {
+  if (const QFSettingsValue* value = AsValue(item)) return value->m_Name;
+  if (const QFSettingsKey* key = AsKey(item)) return key->m_Name;
+  return CString();
+}
+
+// ---- access
+
+#define KV_VALUE_OF(class_name, name) DYNAMIC_DOWNCAST(class_name, FindSettingsValue(name))
+
+void QFSettingsKey::SetValue(const CString& name, int value) {
+  if (auto* found = KV_VALUE_OF(QFIntValue, name)) found->SetValue(value);
+}
+void QFSettingsKey::SetValue(const CString& name, double value) {
+  if (auto* found = KV_VALUE_OF(QFDoubleValue, name)) found->SetValue(value);
+}
+void QFSettingsKey::SetValue(const CString& name, const CString& value) {
+  if (auto* found = KV_VALUE_OF(QFStringValue, name)) found->SetValue(value);
+}
+void QFSettingsKey::SetValue(const CString& name, unsigned long color) {
+  if (auto* found = KV_VALUE_OF(QFColorValue, name)) found->SetValue(color);
+}
+void QFSettingsKey::SetValue(const CString& name, const CPoint& value) {
+  if (auto* found = KV_VALUE_OF(QFPointValue, name)) found->SetValue(value);
+}
+void QFSettingsKey::SetValue(const CString& name, const CRect& value) {
+  if (auto* found = KV_VALUE_OF(QFRectValue, name)) found->SetValue(value);
+}
+void QFSettingsKey::SetValue(const CString& name, const CTime& value) {
+  if (auto* found = KV_VALUE_OF(QFTimeValue, name)) found->SetValue(value);
+}
+void QFSettingsKey::SetValue(const CString& name, long double value) {
+  if (auto* found = KV_VALUE_OF(QFLongDoubleStrValue, name)) found->SetValue(value);
+}
+void QFSettingsKey::SetValue(const CString& name, const CArray<int, int>& value) {
+  if (auto* found = KV_VALUE_OF(QFIntArrayValue, name)) found->SetValue(value);
+}
+
+void QFSettingsKey::GetValue(const CString& name, int& value) const {
+  if (const auto* found = KV_VALUE_OF(QFIntValue, name)) value = found->GetValue();
+}
+void QFSettingsKey::GetValue(const CString& name, double& value) const {
+  if (const auto* found = KV_VALUE_OF(QFDoubleValue, name)) value = found->GetValue();
+}
+void QFSettingsKey::GetValue(const CString& name, CString& value) const {
+  if (const auto* found = KV_VALUE_OF(QFStringValue, name)) value = found->GetValue();
+}
+void QFSettingsKey::GetValue(const CString& name, unsigned long& color) const {
+  if (const auto* found = KV_VALUE_OF(QFColorValue, name)) color = found->GetValue();
+}
+void QFSettingsKey::GetValue(const CString& name, CPoint& value) const {
+  if (const auto* found = KV_VALUE_OF(QFPointValue, name)) value = found->GetValue();
+}
+void QFSettingsKey::GetValue(const CString& name, CRect& value) const {
+  if (const auto* found = KV_VALUE_OF(QFRectValue, name)) value = found->GetValue();
+}
+void QFSettingsKey::GetValue(const CString& name, CTime& value) const {
+  if (const auto* found = KV_VALUE_OF(QFTimeValue, name)) value = found->GetValue();
+}
+void QFSettingsKey::GetValue(const CString& name, long double& value) const {
+  if (const auto* found = KV_VALUE_OF(QFLongDoubleStrValue, name)) value = found->GetValue();
+}
+void QFSettingsKey::GetValue(const CString& name, CArray<int, int>& value) const {
+  if (const auto* found = KV_VALUE_OF(QFIntArrayValue, name)) value.Copy(found->GetValue());
+}
+
+// ---- registry
+
+HKEY QFSettingsKey::SetKey(HKEY hive) { return std::exchange(m_Key, hive); }
+
+HKEY QFSettingsKey::GetHandleToKey(int create, int readOnly) const {
+  const REGSAM access = readOnly ? KEY_READ : KEY_ALL_ACCESS;
+  HKEY handle = nullptr;
+  if (create) {
+    TCHAR noClass[] = _T("");
+    DWORD disposition = 0;
+    RegCreateKeyExW(m_Key, m_Path, 0, noClass, 0, access, nullptr, &handle, &disposition);
+  } else {
+    RegOpenKeyExW(m_Key, m_Path, 0, access, &handle);
+  }
+  return handle;
+}
+
+int QFSettingsKey::GetHasPermissionsToWriteToHKLM() {
+  TCHAR noClass[] = _T("");
+  HKEY handle = nullptr;
+  DWORD disposition = 0;
+  const LSTATUS status =
+      RegCreateKeyExW(HKEY_LOCAL_MACHINE, _T("Software"), 0, noClass, 0, KEY_WRITE, nullptr, &handle, &disposition);
+  if (handle) RegCloseKey(handle);
+  return status == ERROR_SUCCESS;
+}
+
+int QFSettingsKey::SaveValuesToRegistry() {
+  bool all = true;
+  ForEach(m_List, [&](CObject* item) {
+    if (QFSettingsValue* value = AsValue(item)) all = value->SaveValueToRegistry(this) && all;
+    if (QFSettingsKey* key = AsKey(item)) all = key->SaveValuesToRegistry() && all;
+  });
+  return all;
+}
+
+int QFSettingsKey::RestoreValuesFromRegistry() {
+  bool all = true;
+  ForEach(m_List, [&](CObject* item) {
+    if (QFSettingsValue* value = AsValue(item)) all = value->RestoreValueFromRegistry(this) && all;
+    if (QFSettingsKey* key = AsKey(item)) all = key->RestoreValuesFromRegistry() && all;
+  });
+  return all;
+}
+
+// ---- archive
+
+void QFSettingsKey::Serialize(CArchive& ar) {
+  QFBaseObject::Serialize(ar);
+  if (ar.IsStoring()) {
+    m_List.Serialize(ar);
+    return;
+  }
+  ForgetNames();
+  CObList defaults(kBlockSize);
+  defaults.AddTail(&m_List);
+  m_List.RemoveAll();
+  try {
+    m_List.SerializeOwned(ar);
+  } catch (...) {
+    m_Former.AddTail(&defaults);  // somebody may still hold one of them
+    AdoptAll();
+    throw;
+  }
+  MergeContents(m_List, defaults);
+  AdoptAll();
+  ResetContent(defaults);
+}
+
+void QFSettingsKey::MergeContents(CObList& loaded, CObList& defaults) {
+  ForgetNames();
+  const auto nameOf = [this](CObject* item) { return GetName(DYNAMIC_DOWNCAST(QFBaseObject, item)); };
+  const auto namesOf = [&](const CObList& list) {
+    std::unordered_set<std::u16string> names;
+    ForEach(list, [&](CObject* item) { names.emplace(nameOf(item).View()); });
+    return names;
+  };
+
+  const auto wanted = namesOf(defaults);
+  for (POSITION at = loaded.GetHeadPosition(); at;) {
+    const POSITION here = at;
+    CObject* item = loaded.GetNext(at);
+    if (wanted.contains(std::u16string(nameOf(item).View())) && item) continue;
+    loaded.RemoveAt(here);
+    delete item;
+  }
+
+  auto present = namesOf(loaded);
+  for (POSITION at = defaults.GetHeadPosition(); at;) {
+    const POSITION here = at;
+    CObject* item = defaults.GetNext(at);
+    if (!item || !present.emplace(nameOf(item).View()).second) continue;
+    defaults.RemoveAt(here);
+    loaded.AddHead(item);
+    QFIntValue* value = DYNAMIC_DOWNCAST(QFIntValue, item);
+    if (value && value->GetName() == kMillFeatureCreationStyle) value->SetValue(0);
+  }
+}
+
+// ---- dump
+
+void QFSettingsKey::DumpData(FILE* file) {
+  if (!file) return;
+  DumpBanner(file, _T("QFSettingsKey"), _T("Start"));
+  DumpPrint(file, _T("\n m_Name: %s"), m_Name);
+  DumpPrint(file, _T("\n m_Path: %s"), m_Path);
+  DumpText(file, _T("\nDumping for m_List Start\n"));
+  DumpPrint(file, _T("\n m_List Total Items : %d\n"), int(m_List.GetCount()));
+  int number = 0;
+  for (POSITION at = m_List.GetHeadPosition(); at; ++number) {
+    CObject* item = m_List.GetNext(at);
+    DumpPrint(file, _T("\n m_List count: %d\n"), number);
+    if (auto* object = DYNAMIC_DOWNCAST(QFBaseObject, item)) object->DumpData(file);
+  }
+  DumpText(file, _T("\nDumping for m_List End\n"));
+  DumpBanner(file, _T("QFSettingsKey"), _T("End"));
+}
