@@ -1,7 +1,142 @@
+// Data modules and their strings.
 #include "platform/resources.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <shared_mutex>
+#include <unordered_map>
+
 #include "platform/linux/data_modules.h"
+#include "platform/linux/errno_status.h"
+#include "platform/linux/file_system.h"
+#include "platform/linux/resource_library.h"
+#include "platform/linux/utf8.h"
+#include "platform/paths.h"
 
-int LoadStringW(HINSTANCE, UINT, LPWSTR, int) { return 0; }
+namespace {
 
-std::u16string DataModulePath(HINSTANCE) { return {}; }
+constexpr off_t kMaximumFile = off_t(1) << 30;
+
+struct DataModule {
+  std::u16string path;
+  ResourceLibrary library;
+};
+
+struct Modules {
+  std::shared_mutex lock;
+  std::unordered_map<HMODULE, std::unique_ptr<DataModule>> loaded;
+};
+
+// Never destroyed: a language library is used until the very end.
+Modules& TheModules() {
+  static auto* modules = new Modules;
+  return *modules;
+}
+
+// The module behind a handle, or null. The table is locked.
+const DataModule* Find(const Modules& modules, HMODULE module) {
+  const auto found = modules.loaded.find(module);
+  return found == modules.loaded.end() ? nullptr : found->second.get();
+}
+
+// Reads a whole regular file; 0 or the errno.
+int ReadWhole(const std::string& path, std::vector<std::byte>& bytes) {
+  // Not to be held up by a pipe of that name.
+  const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (descriptor < 0) return errno;
+  struct stat facts;
+  int code = fstat(descriptor, &facts) == 0 ? 0 : errno;
+  if (code == 0 && !S_ISREG(facts.st_mode)) code = EACCES;
+  if (code == 0 && facts.st_size > kMaximumFile) code = EFBIG;
+  if (code == 0) bytes.resize(std::size_t(facts.st_size));
+  std::size_t done = 0;
+  while (code == 0 && done < bytes.size()) {
+    const ssize_t got = read(descriptor, bytes.data() + done, bytes.size() - done);
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) code = errno;
+    if (got == 0) bytes.resize(done);  // the file became shorter meanwhile
+    if (got > 0) done += std::size_t(got);
+  }
+  close(descriptor);
+  return code;
+}
+
+std::u16string WithExtension(LPCWSTR path) {
+  std::u16string text = path;
+  const std::size_t name = text.find_last_of(u"\\/") + 1;
+  return text.find(u'.', name) == text.npos ? text + u".dll" : text;
+}
+
+std::u16string FullPath(const std::u16string& path) {
+  std::u16string full(GetFullPathNameW(path.c_str(), 0, nullptr, nullptr), u'\0');
+  full.resize(GetFullPathNameW(path.c_str(), DWORD(full.size()), full.data(), nullptr));
+  return full;
+}
+
+}  // namespace
+
+std::u16string DataModulePath(HINSTANCE module) {
+  Modules& modules = TheModules();
+  const std::shared_lock guard(modules.lock);
+  const DataModule* found = Find(modules, module);
+  return found ? found->path : std::u16string();
+}
+
+HMODULE LoadLibraryExW(LPCWSTR path, HANDLE file, DWORD flags) {
+  constexpr DWORD kAsData =
+      LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE | LOAD_LIBRARY_AS_DATAFILE_EXCLUSIVE;
+  const auto fail = [](LONG status) {
+    FailWithStatus(status);
+    return HMODULE(nullptr);
+  };
+  if (!path || !*path || file) return fail(ERROR_INVALID_PARAMETER);
+  if ((flags & kAsData) == 0) return fail(ERROR_NOT_SUPPORTED);
+  const std::u16string named = WithExtension(path);
+  const std::string system = SystemPathFromProduct(named.c_str());
+  std::vector<std::byte> bytes;
+  if (const int code = ReadWhole(system, bytes)) {
+    FailForPath(code, system);
+    return nullptr;
+  }
+  auto library = ResourceLibrary::Parse(std::move(bytes));
+  if (!library) return fail(ERROR_BAD_EXE_FORMAT);
+  auto module = std::make_unique<DataModule>(DataModule{FullPath(named), std::move(*library)});
+  const auto handle = reinterpret_cast<HMODULE>(reinterpret_cast<std::uintptr_t>(module.get()) | 1);
+  Modules& modules = TheModules();
+  const std::unique_lock guard(modules.lock);
+  modules.loaded.emplace(handle, std::move(module));
+  return handle;
+}
+
+BOOL FreeLibrary(HMODULE module) {
+  Modules& modules = TheModules();
+  const std::unique_lock guard(modules.lock);
+  return modules.loaded.erase(module) != 0 || FailWithStatus(ERROR_MOD_NOT_FOUND);
+}
+
+int LoadStringW(HINSTANCE module, UINT id, LPWSTR buffer, int units) {
+  if (!buffer || units < 0) return FailWithStatus(ERROR_INVALID_PARAMETER);
+  Modules& modules = TheModules();
+  const std::shared_lock guard(modules.lock);
+  const DataModule* found = Find(modules, module);
+  const std::u16string_view text = found ? found->library.FindString(WORD(id)) : std::u16string_view();
+  if (text.empty())
+    FailWithStatus(found && found->library.HasStrings() ? ERROR_RESOURCE_NAME_NOT_FOUND
+                                                        : ERROR_RESOURCE_DATA_NOT_FOUND);
+  if (units == 0) {
+    const char16_t* inside = text.empty() ? nullptr : text.data();
+    std::memcpy(buffer, &inside, sizeof inside);
+    return int(text.size());
+  }
+  const std::size_t length = std::min(text.size(), std::size_t(units) - 1);
+  text.copy(buffer, length);
+  buffer[length] = 0;
+  return int(length);
+}

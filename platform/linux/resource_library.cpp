@@ -1,0 +1,157 @@
+// Reading string tables. Of the file only this is used: the header that says where the section table and the resources
+// are; the sections, which map the addresses of a loaded module to places in the file; three levels of directories
+// below the resources (kind, block, language); and the blocks of sixteen strings, a 16-bit length and that many units
+// each.
+//
+// Every place is checked against the piece of the file that it must lie in. The levels are walked by loops, so a
+// directory that names itself leads nowhere. Directories may not overlap in a way that multiplies the work: in an
+// honest file there are no more entries than bytes divided by their size.
+#include "platform/linux/resource_library.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "platform/locale.h"
+
+namespace {
+
+constexpr DWORD kStringKind = 6;
+constexpr DWORD kSubdirectory = 0x80000000;
+constexpr std::size_t kDirectoryHead = 16;
+constexpr std::size_t kDirectoryEntry = 8;
+constexpr std::size_t kSectionEntry = 40;
+constexpr std::size_t kMaximumSections = 96;  // the format's own limit
+constexpr int kStringsInABlock = 16;
+
+// How well a language fits, 0 best.
+int RankOf(LANGID language, LANGID users) {
+  if (language == 0) return 0;
+  if (language == users) return 1;
+  return PRIMARYLANGID(language) == PRIMARYLANGID(users) ? 2 : 3;
+}
+
+}  // namespace
+
+template <class Number>
+std::optional<Number> ResourceLibrary::Read(std::size_t offset) const {
+  if (offset > file_.size() || file_.size() - offset < sizeof(Number)) return std::nullopt;
+  Number number;
+  std::memcpy(&number, file_.data() + offset, sizeof number);
+  return number;
+}
+
+std::optional<ResourceLibrary> ResourceLibrary::Parse(std::vector<std::byte> file) {
+  ResourceLibrary library;
+  library.file_ = std::move(file);
+  DWORD resources = 0;
+  if (!library.ReadHeaders(resources)) return std::nullopt;
+  if (resources != 0 && !library.ReadStringBlocks(resources)) return std::nullopt;
+  return library;
+}
+
+// Gives the address of the resources, 0 if there are none.
+bool ResourceLibrary::ReadHeaders(DWORD& resources) {
+  if (Read<WORD>(0) != 0x5A4D) return false;  // "MZ"
+  const std::size_t start = Read<DWORD>(0x3C).value_or(0);
+  if (Read<DWORD>(start) != 0x4550) return false;  // "PE"
+  const std::size_t optional_header = start + 24;
+  const auto count = Read<WORD>(start + 6);
+  const auto optional_size = Read<WORD>(start + 20);
+  const auto magic = Read<WORD>(optional_header);
+  if (!count || !optional_size || !magic || (*magic != 0x10B && *magic != 0x20B)) return false;
+  if (!ReadSections(optional_header + *optional_size, *count)) return false;
+  // The table of directories starts behind the fields that differ between 32 and 64 bits; the resources are its third.
+  const std::size_t table = optional_header + (*magic == 0x10B ? 96 : 112);
+  const bool has_entry = Read<DWORD>(table - 4).value_or(0) > 2 && table + 24 <= optional_header + *optional_size;
+  resources = has_entry ? Read<DWORD>(table + 16).value_or(0) : 0;
+  return true;
+}
+
+bool ResourceLibrary::ReadSections(std::size_t table, std::size_t count) {
+  if (count > kMaximumSections) return false;
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::size_t entry = table + i * kSectionEntry;
+    const auto address = Read<DWORD>(entry + 12);
+    const auto size = Read<DWORD>(entry + 16);
+    const auto offset = Read<DWORD>(entry + 20);
+    if (!address || !size || !offset) return false;
+    const std::size_t start = std::min<std::size_t>(*offset, file_.size());
+    sections_.push_back({*address, {start, std::min<std::size_t>(*size, file_.size() - start)}});
+  }
+  return true;
+}
+
+// From the address to the end of its section.
+std::optional<ResourceLibrary::Piece> ResourceLibrary::PieceAt(DWORD address) const {
+  for (const Section& section : sections_) {
+    if (address < section.address || address - section.address >= section.raw.size) continue;
+    const std::size_t inside = address - section.address;
+    return Piece{section.raw.offset + inside, section.raw.size - inside};
+  }
+  return std::nullopt;
+}
+
+// Calls visit(id, target) for each entry of a directory that has a number and no name. False if the directory does not
+// fit into the root's piece, the entries are too many, or visit gives false.
+template <class Visit>
+bool ResourceLibrary::ForEachEntry(const Piece& root, DWORD directory, Visit visit) {
+  if (directory > root.size || root.size - directory < kDirectoryHead) return false;
+  const std::size_t head = root.offset + directory;
+  const std::size_t named = Read<WORD>(head + 12).value_or(0);
+  const std::size_t numbered = Read<WORD>(head + 14).value_or(0);
+  const std::size_t count = named + numbered;
+  if (count > (root.size - directory - kDirectoryHead) / kDirectoryEntry || count > entries_left_) return false;
+  entries_left_ -= count;
+  for (std::size_t i = named; i < count; ++i) {
+    const std::size_t entry = head + kDirectoryHead + i * kDirectoryEntry;
+    const auto id = Read<DWORD>(entry);
+    const auto target = Read<DWORD>(entry + 4);
+    if (!id || !target || !visit(*id, *target)) return false;
+  }
+  return true;
+}
+
+bool ResourceLibrary::ReadStringBlocks(DWORD resources) {
+  const auto root = PieceAt(resources);
+  if (!root) return false;
+  entries_left_ = root->size / kDirectoryEntry;
+  std::optional<LANGID> users;  // asked for only if there is a choice
+  const auto add = [&](DWORD block, DWORD language, DWORD target) {
+    if ((target & kSubdirectory) != 0 || target > root->size || root->size - target < 16) return false;
+    const std::size_t leaf = root->offset + target;
+    const auto data = PieceAt(Read<DWORD>(leaf).value_or(0));
+    const std::size_t size = Read<DWORD>(leaf + 4).value_or(0);
+    // Units must be aligned, as every resource compiler does; then a text can be handed out in place.
+    if (!data || size > data->size || data->offset % sizeof(char16_t) != 0) return false;
+    const Block found = {{data->offset, size}, LANGID(language)};
+    const auto [at, isNew] = blocks_.try_emplace(block, found);
+    if (isNew) return true;
+    if (!users) users = GetUserDefaultLangID();
+    if (RankOf(found.language, *users) < RankOf(at->second.language, *users)) at->second = found;
+    return true;
+  };
+  return ForEachEntry(*root, 0, [&](DWORD kind, DWORD blocks) {
+    if (kind != kStringKind) return true;
+    if ((blocks & kSubdirectory) == 0) return false;
+    return ForEachEntry(*root, blocks & ~kSubdirectory, [&](DWORD block, DWORD languages) {
+      if ((languages & kSubdirectory) == 0) return false;
+      return ForEachEntry(*root, languages & ~kSubdirectory,
+                          [&](DWORD language, DWORD target) { return add(block, language, target); });
+    });
+  });
+}
+
+std::u16string_view ResourceLibrary::FindString(WORD id) const {
+  const auto found = blocks_.find(DWORD(id / kStringsInABlock) + 1);
+  if (found == blocks_.end()) return {};
+  std::size_t at = found->second.data.offset;
+  const std::size_t end = at + found->second.data.size;
+  for (int skip = id % kStringsInABlock;; --skip) {
+    if (end - at < sizeof(WORD)) return {};
+    const std::size_t length = Read<WORD>(at).value_or(0);
+    at += sizeof(WORD);
+    if ((end - at) / sizeof(char16_t) < length) return {};
+    if (skip == 0) return {reinterpret_cast<const char16_t*>(file_.data() + at), length};
+    at += length * sizeof(char16_t);
+  }
+}
