@@ -261,11 +261,11 @@ int main() {
         {"save", size, "cereal", 0.5, 1}, [&] { SaveOursOnly(*ours); },
         [&] { kvbench::Keep(SaveCereal(shared).size()); }, pairs);
     table.Pair(
-        {"load and delete", size, "Boost.Serialization", 0.5, 1}, [&] { delete LoadOurs(bytes); },
-        [&] { delete LoadBoost(boost_bytes); }, pairs);
+        {"load", size, "Boost.Serialization", 0.5, 1}, [&] { return std::unique_ptr<Node>(LoadOurs(bytes)); },
+        [&] { return std::unique_ptr<PlainNode>(LoadBoost(boost_bytes)); }, pairs);
     table.Pair(
-        {"load and delete", size, "cereal", 0.5, 1}, [&] { delete LoadOurs(bytes); },
-        [&] { LoadCereal(cereal_bytes).reset(); }, pairs);
+        {"load", size, "cereal", 0.5, 1}, [&] { return std::unique_ptr<Node>(LoadOurs(bytes)); },
+        [&] { return LoadCereal(cereal_bytes); }, pairs);
     if (size < 100'000) continue;
 
     const std::size_t save = kvbench::PeakBytes([&] { SaveOursOnly(*ours); });
