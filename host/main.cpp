@@ -8,6 +8,7 @@ int main(int argc, char** argv) {
   CLI::App app{"kestrova: the command line of the KVSHAREu shared library"};
   app.set_version_flag("--version", "kestrova " KV_VERSION);
   app.require_subcommand(1);
+  kestrova::AddRegistryCommands(app);
   kestrova::AddCompletionCommands(app);
   try {
     app.parse(argc, argv);

@@ -1,0 +1,461 @@
+// kestrova reg: looking at settings and changing them, with the words that support staff know.
+#include <fmt/format.h>
+
+#include <cstdio>
+#include <iostream>
+#include <nlohmann/json.hpp>
+
+#include "framework/text.h"
+#include "host/commands.h"
+#include "host/registry_values.h"
+#include "platform/console.h"
+#include "platform/errors.h"
+#include "platform/files.h"
+#include "platform/safe_file.h"
+#include "share/settings/registry_text.h"
+
+namespace kestrova {
+
+namespace {
+
+using registry_text::KeyName;
+using Text = std::basic_string<TCHAR>;
+
+constexpr char kDone[] = "The operation completed successfully.";
+
+constexpr char kOverview[] = R"(Looks at settings and changes them.
+
+  kestrova reg query  KEY [/v NAME | /ve] [/s] [--json]
+  kestrova reg add    KEY [/v NAME | /ve] [/t TYPE] [/d DATA] [/s SEPARATOR] [/f]
+  kestrova reg delete KEY [/v NAME | /ve | /va] [/f]
+  kestrova reg export KEY FILE [/y]
+  kestrova reg import FILE
+
+A KEY begins with HKCU or HKLM, or their long names. A switch may be written with / or -, in any case.
+"kestrova reg query /?" tells more about a command.
+)";
+
+// ---- The words behind a command ----
+
+// What a command takes: its name, how many words that are no switches, its switches with a value and without, help.
+struct CommandForm {
+  const char* name;
+  std::size_t words;
+  const char* with_value;
+  const char* without_value;
+  const char* help;
+};
+
+constexpr CommandForm kForms[] = {
+    {"query", 1, "v", "ve s -json", R"(Shows a key: its values and the keys below it.
+
+  kestrova reg query KEY [/v NAME | /ve] [/s] [--json]
+
+  /v NAME  that value only      /ve     the default value only
+  /s       all keys below, too  --json  as JSON
+Ends with 1 if the key or the value is missing.
+
+  kestrova reg query "HKCU\Software\Zemlor\Kestrova" /s
+  kestrova reg query "HKCU\Software\Zemlor\Kestrova\Debug" /v LOG_KV
+)"},
+    {"add", 1, "v t d s", "ve f", R"(Makes a key, or writes a value.
+
+  kestrova reg add KEY [/v NAME | /ve] [/t TYPE] [/d DATA] [/s SEPARATOR] [/f]
+
+  /v NAME  the value's name           /ve  the default value
+  /t TYPE  REG_SZ (unless told), REG_EXPAND_SZ, REG_MULTI_SZ, REG_DWORD, REG_QWORD, REG_BINARY, REG_NONE
+  /d DATA  a text; a number, decimal or 0x2a; binary as 0A1B; a list with \0, or the SEPARATOR, between its texts
+  /f       without asking, if the value exists
+
+  kestrova reg add "HKCU\Software\Zemlor\Kestrova\Debug" /v LOG_KV /t REG_DWORD /d 1 /f
+)"},
+    {"delete", 1, "v", "ve va f", R"(Deletes a key with all below it, or values.
+
+  kestrova reg delete KEY [/v NAME | /ve | /va] [/f]
+
+  /v NAME  that value    /ve  the default value
+  /va      all values    /f   without asking
+
+  kestrova reg delete "HKCU\Software\Zemlor\Kestrova\Debug" /v LOG_KV /f
+)"},
+    {"export", 2, "", "y", R"(Writes a key with all below it into a file.
+
+  kestrova reg export KEY FILE [/y]
+
+  /y  without asking, if the file exists
+
+  kestrova reg export "HKCU\Software\Zemlor\Kestrova" settings.reg /y
+)"},
+    {"import", 1, "", "", R"(Writes what a file tells into the registry: all of it or, if anything is wrong, nothing.
+
+  kestrova reg import FILE
+
+  kestrova reg import settings.reg
+)"},
+};
+
+std::string LowerAscii(std::string text) {
+  for (char& c : text) c = c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c;
+  return text;
+}
+
+bool Lists(std::string_view list, std::string_view word) {
+  return (' ' + std::string(list) + ' ').find(' ' + std::string(word) + ' ') != std::string::npos;
+}
+
+bool AsksForHelp(const std::string& word) {
+  const std::string lower = LowerAscii(word);
+  return lower == "/?" || lower == "-?" || lower == "-h" || lower == "--help";
+}
+
+struct Arguments {
+  std::vector<std::string> words;
+  std::map<std::string, std::string> switches;
+
+  bool Has(const char* name) const { return switches.count(name) != 0; }
+  std::string Get(const char* name) const { return Has(name) ? switches.at(name) : ""; }
+};
+
+// The word behind a switch with a value is its value, whatever it begins with.
+Arguments ReadArguments(const CommandForm& form, const std::vector<std::string>& given) {
+  Arguments read;
+  const auto wrong = [&](const std::string& what) {
+    return WrongUsage(fmt::format("{}; see kestrova reg {} --help", what, form.name));
+  };
+  for (std::size_t i = 1; i < given.size(); ++i) {
+    const std::string& word = given[i];
+    const std::string name = LowerAscii(word.substr(std::min<std::size_t>(1, word.size())));
+    const bool marked = word.size() > 1 && (word[0] == '/' || word[0] == '-');
+    if (marked && Lists(form.with_value, name)) {
+      if (i + 1 == given.size()) throw wrong(fmt::format("{} needs a value behind it", word));
+      if (!read.switches.emplace(name, given[++i]).second) throw wrong(fmt::format("{} is given twice", word));
+    } else if (marked && Lists(form.without_value, name)) {
+      read.switches.emplace(name, "");
+    } else if (read.words.size() < form.words) {
+      read.words.push_back(word);
+    } else {
+      throw wrong(fmt::format("{} is not expected", word));
+    }
+  }
+  if (read.words.size() < form.words)
+    throw wrong(form.words == 2 ? "a key and a file are needed" : "a name is missing");
+  if (int(read.Has("v")) + int(read.Has("ve")) + int(read.Has("va")) > 1) {
+    throw wrong("only one of /v, /ve and /va can be given");
+  }
+  return read;
+}
+
+KeyName KeyOf(const std::string& text) {
+  KeyName key;
+  const CString wide = FromUtf8(text);
+  if (!registry_text::ParseKeyName(wide.View(), key)) {
+    throw WrongUsage(fmt::format("{} is no key; a key begins with HKCU\\ or HKLM\\, in quotes for the shell", text));
+  }
+  return key;
+}
+
+// Whether a value is meant, and which.
+std::optional<Text> ValueNameOf(const Arguments& arguments) {
+  if (arguments.Has("v")) return Text(FromUtf8(arguments.Get("v")).View());
+  if (arguments.Has("ve")) return Text();
+  return std::nullopt;
+}
+
+std::string Shown(const Text& value_name) { return value_name.empty() ? "(Default)" : ToUtf8(value_name); }
+
+// ---- The registry ----
+
+[[noreturn]] void Fail(LSTATUS status, const KeyName& key) {
+  const std::string name = ToUtf8(registry_text::FullName(key));
+  if (status == ERROR_FILE_NOT_FOUND) throw Failure(fmt::format("there is no key {}; check the name", name));
+  throw Failure(fmt::format("{}: {}", name, ErrorText(DWORD(status))));
+}
+
+void Check(LSTATUS status, const KeyName& key) {
+  if (status != ERROR_SUCCESS) Fail(status, key);
+}
+
+class OpenKey {
+ public:
+  OpenKey(const KeyName& key, REGSAM rights) { Check(Open(key, rights), key); }
+  OpenKey() = default;
+  ~OpenKey() {
+    if (handle_) RegCloseKey(handle_);
+  }
+  OpenKey(const OpenKey&) = delete;
+  OpenKey& operator=(const OpenKey&) = delete;
+  LSTATUS Open(const KeyName& key, REGSAM rights) {
+    return RegOpenKeyExW(key.hive, key.path.c_str(), 0, rights, &handle_);
+  }
+  void Create(const KeyName& key) {
+    Check(RegCreateKeyExW(key.hive, key.path.c_str(), 0, nullptr, 0, KEY_READ | KEY_WRITE, nullptr, &handle_, nullptr),
+          key);
+  }
+  HKEY Handle() const { return handle_; }
+
+ private:
+  HKEY handle_ = nullptr;
+};
+
+// What a key holds, or the one value of the name.
+struct KeyContent {
+  KeyName key;
+  std::vector<RegistryValue> values;
+  std::vector<Text> sub_keys;
+};
+
+std::vector<RegistryValue> ReadValues(const KeyName& key, HKEY handle) {
+  std::vector<RegistryValue> values;
+  Text name(16384, TCHAR(0));
+  for (std::vector<BYTE> data(4096);;) {
+    DWORD units = DWORD(name.size()), size = DWORD(data.size()), type = 0;
+    const LSTATUS status =
+        RegEnumValueW(handle, DWORD(values.size()), name.data(), &units, nullptr, &type, data.data(), &size);
+    if (status == ERROR_NO_MORE_ITEMS) return values;
+    if (status == ERROR_MORE_DATA) {
+      data.resize(size);
+    } else {
+      Check(status, key);
+      values.push_back({name.substr(0, units), type, {data.begin(), data.begin() + size}});
+    }
+  }
+}
+
+std::vector<Text> ReadSubKeys(const KeyName& key, HKEY handle) {
+  std::vector<Text> names;
+  for (TCHAR name[256];;) {
+    DWORD units = 256;
+    const LSTATUS status = RegEnumKeyExW(handle, DWORD(names.size()), name, &units, nullptr, nullptr, nullptr, nullptr);
+    if (status == ERROR_NO_MORE_ITEMS) return names;
+    Check(status, key);
+    names.emplace_back(name, units);
+  }
+}
+
+bool ReadValue(HKEY handle, RegistryValue& value) {
+  DWORD size = 0;
+  LSTATUS status = ERROR_MORE_DATA;
+  while (status == ERROR_MORE_DATA) {
+    value.data.resize(size);
+    status = RegQueryValueExW(handle, value.name.c_str(), nullptr, &value.type, value.data.data(), &size);
+  }
+  value.data.resize(size);
+  return status == ERROR_SUCCESS;
+}
+
+KeyName Below(const KeyName& key, const Text& name) {
+  return {key.hive, key.path.empty() ? name : key.path + TCHAR('\\') + name};
+}
+
+// The key and, if asked for, all below it; with a name, only the keys that have that value.
+void Collect(const KeyName& key, const std::optional<Text>& name, bool below, std::vector<KeyContent>& contents) {
+  const OpenKey open(key, KEY_READ);
+  KeyContent content{key, {}, ReadSubKeys(key, open.Handle())};
+  const std::vector<Text> sub_keys = content.sub_keys;
+  RegistryValue value{name.value_or(Text()), REG_NONE, {}};
+  if (!name) {
+    content.values = ReadValues(key, open.Handle());
+  } else if (ReadValue(open.Handle(), value)) {
+    content.values.push_back(value);
+  }
+  if (!name || !content.values.empty()) contents.push_back(std::move(content));
+  for (std::size_t i = 0; below && i < sub_keys.size(); ++i) Collect(Below(key, sub_keys[i]), name, below, contents);
+}
+
+// ---- Asking ----
+
+// Asks on a terminal; without one, refuses and names the switch that answers the question.
+void Confirm(const std::string& question, const std::string& refusal) {
+  if (!_isatty(0)) throw Failure(refusal);
+  std::fprintf(stderr, "%s (Yes/No)? ", question.c_str());
+  std::string answer;
+  std::getline(std::cin, answer);
+  const std::string lower = LowerAscii(answer);
+  if (lower != "y" && lower != "yes") throw Failure("nothing was changed");
+}
+
+void Done() { std::printf("%s\n", kDone); }
+
+// ---- The commands ----
+
+void PrintContents(const std::vector<KeyContent>& contents, bool sub_keys) {
+  for (const KeyContent& content : contents) {
+    const std::string name = ToUtf8(registry_text::FullName(content.key));
+    if (!content.values.empty() || content.sub_keys.empty()) {
+      std::printf("\n%s\n", name.c_str());
+      for (const RegistryValue& value : content.values) {
+        std::printf("    %s    %s    %s\n", Shown(value.name).c_str(), TypeName(value.type).c_str(),
+                    DataText(value).c_str());
+      }
+    }
+    if (!sub_keys) continue;
+    std::printf("\n");
+    for (const Text& sub_key : content.sub_keys) std::printf("%s\\%s\n", name.c_str(), ToUtf8(sub_key).c_str());
+  }
+  if (!sub_keys) std::printf("\n");
+}
+
+void PrintJson(const std::vector<KeyContent>& contents) {
+  nlohmann::ordered_json keys = nlohmann::ordered_json::array();
+  for (const KeyContent& content : contents) {
+    nlohmann::ordered_json values = nlohmann::ordered_json::array();
+    for (const RegistryValue& value : content.values) {
+      values.push_back({{"name", ToUtf8(value.name)}, {"type", TypeName(value.type)}, {"data", DataJson(value)}});
+    }
+    nlohmann::ordered_json sub_keys = nlohmann::ordered_json::array();
+    for (const Text& sub_key : content.sub_keys) sub_keys.push_back(ToUtf8(sub_key));
+    keys.push_back({{"key", ToUtf8(registry_text::FullName(content.key))}, {"values", values}, {"subkeys", sub_keys}});
+  }
+  std::printf("%s\n", nlohmann::ordered_json{{"keys", keys}}.dump(2).c_str());
+}
+
+void QueryCommand(const Arguments& arguments) {
+  const KeyName key = KeyOf(arguments.words[0]);
+  const std::optional<Text> name = ValueNameOf(arguments);
+  const bool below = arguments.Has("s");
+  std::vector<KeyContent> contents;
+  Collect(key, name, below, contents);
+  if (contents.empty()) {
+    throw Failure(fmt::format("there is no value {} in {}", Shown(*name), ToUtf8(registry_text::FullName(key))));
+  }
+  if (arguments.Has("-json")) {
+    PrintJson(contents);
+  } else {
+    PrintContents(contents, /*sub_keys=*/!below && !name);
+  }
+}
+
+void AddCommand(const Arguments& arguments) {
+  const KeyName key = KeyOf(arguments.words[0]);
+  std::optional<Text> name = ValueNameOf(arguments);
+  if (!name && (arguments.Has("d") || arguments.Has("t"))) name = Text();
+  const std::optional<DWORD> type = TypeOf(arguments.Has("t") ? arguments.Get("t") : "REG_SZ");
+  if (!type) throw WrongUsage(fmt::format("/t {} is no type; see kestrova reg add --help", arguments.Get("t")));
+  const std::string separator = arguments.Has("s") ? arguments.Get("s") : "\\0";
+  if (separator.empty()) throw WrongUsage("/s needs a separator that is not empty");
+  const std::vector<BYTE> data = DataFromText(*type, arguments.Get("d"), separator);
+  OpenKey open;
+  open.Create(key);
+  if (name) {
+    RegistryValue old{*name, REG_NONE, {}};
+    if (!arguments.Has("f") && ReadValue(open.Handle(), old)) {
+      const std::string what = fmt::format("Value {} exists, overwrite", Shown(*name));
+      Confirm(what, fmt::format("value {} exists; add /f to overwrite it", Shown(*name)));
+    }
+    Check(RegSetValueExW(open.Handle(), name->c_str(), 0, *type, data.data(), DWORD(data.size())), key);
+  }
+  Done();
+}
+
+void DeleteValues(const KeyName& key, const std::optional<Text>& name) {
+  const OpenKey open(key, KEY_READ | KEY_SET_VALUE);
+  if (name) {
+    const LSTATUS status = RegDeleteValueW(open.Handle(), name->c_str());
+    if (status == ERROR_FILE_NOT_FOUND) {
+      throw Failure(fmt::format("there is no value {} in {}", Shown(*name), ToUtf8(registry_text::FullName(key))));
+    }
+    Check(status, key);
+    return;
+  }
+  for (const RegistryValue& value : ReadValues(key, open.Handle())) {
+    Check(RegDeleteValueW(open.Handle(), value.name.c_str()), key);
+  }
+}
+
+void DeleteCommand(const Arguments& arguments) {
+  const KeyName key = KeyOf(arguments.words[0]);
+  const std::optional<Text> name = ValueNameOf(arguments);
+  const std::string full = ToUtf8(registry_text::FullName(key));
+  if (!arguments.Has("f")) {
+    const std::string what = name                  ? fmt::format("the value {} of {}", Shown(*name), full)
+                             : arguments.Has("va") ? fmt::format("all values of {}", full)
+                                                   : fmt::format("the key {} with all below it", full);
+    Confirm("Delete " + what, "deleting " + what + " needs /f");
+  }
+  if (name || arguments.Has("va")) {
+    DeleteValues(key, name);
+  } else if (key.path.empty()) {
+    throw Failure("a whole hive cannot be deleted; name a key below it");
+  } else {
+    Check(RegDeleteTreeW(key.hive, key.path.c_str()), key);
+  }
+  Done();
+}
+
+void ExportCommand(const Arguments& arguments) {
+  const KeyName key = KeyOf(arguments.words[0]);
+  const std::string& file = arguments.words[1];
+  const Text path = ProductPathFromSystem(file);
+  std::string bytes;
+  registry_text::Error error;
+  if (!registry_text::Write(key, bytes, error)) throw Failure(fmt::format("{}; {}", error.reason, error.remedy));
+  if (!arguments.Has("y") && _waccess(path.c_str(), 0) == 0) {
+    Confirm(fmt::format("File {} exists, overwrite", file), fmt::format("{} exists; add /y to overwrite it", file));
+  }
+  if (const LONG status = WriteFileSafely(path.c_str(), bytes)) {
+    throw Failure(fmt::format("cannot write {}: {}", file, ErrorText(DWORD(status))));
+  }
+  Done();
+}
+
+std::string ReadForImport(const std::string& file) {
+  std::FILE* const stream = _wfopen(ProductPathFromSystem(file).c_str(), _T("rb"));
+  if (!stream) throw Failure(fmt::format("cannot read {}; check the name", file));
+  std::string bytes;
+  std::vector<char> piece(1 << 16);
+  std::size_t count = 0;
+  // One byte more than allowed is enough to be refused.
+  while (bytes.size() <= registry_text::kMostBytes && (count = std::fread(piece.data(), 1, piece.size(), stream)) > 0) {
+    bytes.append(piece.data(), count);
+  }
+  const bool failed = std::ferror(stream) != 0;
+  std::fclose(stream);
+  if (failed) throw Failure(fmt::format("cannot read {}; is it a file?", file));
+  return bytes;
+}
+
+void ImportCommand(const Arguments& arguments) {
+  const std::string& file = arguments.words[0];
+  std::vector<registry_text::Step> steps;
+  registry_text::Error error;
+  if (!registry_text::Parse(ReadForImport(file), steps, error) || !registry_text::Apply(steps, error)) {
+    const std::string place = error.line > 0 ? fmt::format("{}:{}", file, error.line) : file;
+    const std::string remedy = error.remedy.empty() ? "" : "; " + error.remedy;
+    throw Failure(fmt::format("{}: {}{}; nothing was imported", place, error.reason, remedy));
+  }
+  Done();
+}
+
+constexpr void (*kRun[])(const Arguments&) = {QueryCommand, AddCommand, DeleteCommand, ExportCommand, ImportCommand};
+static_assert(std::size(kRun) == std::size(kForms));
+
+void RunRegistryCommand(const std::vector<std::string>& given) {
+  if (given.empty()) throw WrongUsage("reg needs a command; see kestrova reg --help");
+  if (AsksForHelp(given[0])) {
+    std::fputs(kOverview, stdout);
+    return;
+  }
+  const std::string name = LowerAscii(given[0]);
+  for (std::size_t i = 0; i < std::size(kForms); ++i) {
+    if (name != kForms[i].name) continue;
+    if (given.size() == 2 && AsksForHelp(given[1])) {
+      std::fputs(kForms[i].help, stdout);
+    } else {
+      kRun[i](ReadArguments(kForms[i], given));
+    }
+    return;
+  }
+  throw WrongUsage(fmt::format("reg has no command {}; see kestrova reg --help", given[0]));
+}
+
+}  // namespace
+
+void AddRegistryCommands(CLI::App& app) {
+  CLI::App* const reg = app.add_subcommand("reg", "Look at settings in the registry and change them");
+  // The words behind "reg" have a grammar of their own, in which a value may begin with - or /.
+  reg->prefix_command();
+  reg->set_help_flag();
+  reg->callback([reg] { RunRegistryCommand(reg->remaining()); });
+}
+
+}  // namespace kestrova

@@ -1,0 +1,35 @@
+// Values of the registry as the command line shows and takes them: type names, and data as text.
+#pragma once
+
+#include <nlohmann/json_fwd.hpp>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/registry.h"
+
+namespace kestrova {
+
+struct RegistryValue {
+  std::basic_string<TCHAR> name;
+  DWORD type = REG_NONE;
+  std::vector<BYTE> data;
+};
+
+// "REG_SZ" and so on; a type without a name as "0x1234".
+std::string TypeName(DWORD type);
+// The type of a name, in any case.
+std::optional<DWORD> TypeOf(std::string_view name);
+
+// Data on one line: texts as they are (those of a list with \0 between), numbers as 0x2a, all else, and what doesn't
+// have its type's size, as hexadecimal digits in upper case.
+std::string DataText(const RegistryValue& value);
+// The same as JSON: text, number, array of texts, or text of hexadecimal digits.
+nlohmann::json DataJson(const RegistryValue& value);
+
+// The bytes for a text given on the command line; WrongUsage if it is none of the type. Numbers are decimal or 0x2a, a
+// negative one counts from the top; binary is pairs of hexadecimal digits; a list is divided by the separator.
+std::vector<BYTE> DataFromText(DWORD type, std::string_view text, std::string_view separator);
+
+}  // namespace kestrova

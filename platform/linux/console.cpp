@@ -1,0 +1,5 @@
+#include "platform/console.h"
+
+#include <unistd.h>
+
+int _isatty(int stream) { return isatty(stream); }
