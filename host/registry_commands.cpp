@@ -233,7 +233,7 @@ std::vector<Text> ReadSubKeys(const KeyName& key, HKEY handle) {
 }
 
 bool ReadValue(HKEY handle, RegistryValue& value) {
-  DWORD size = 0;
+  DWORD size = 256;
   LSTATUS status = ERROR_MORE_DATA;
   while (status == ERROR_MORE_DATA) {
     value.data.resize(size);
