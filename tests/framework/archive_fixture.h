@@ -14,7 +14,8 @@ namespace kvtest {
 // How many objects of the fixture's classes are alive.
 inline int live_nodes = 0;
 
-// An owned child, a plain pointer and a text; schema 1, not versionable.
+// Owned children, a plain pointer and a text; schema 1, not versionable. An object that damaged bytes make where the
+// plain pointer stands is owned too, since nobody else would.
 class TNode : public CObject {
   DECLARE_SERIAL(TNode)
 
@@ -25,8 +26,9 @@ class TNode : public CObject {
 
   DWORD m_Number = 0;
   CString m_Text;
-  CObList m_Children;         // owned
-  TNode* m_pOther = nullptr;  // not owned
+  CObList m_Children;  // owned
+  TNode* m_pOther = nullptr;
+  bool m_bOwnsOther = false;
 
  protected:
   TNode() { ++live_nodes; }

@@ -1,0 +1,169 @@
+// Damaged and hostile archives: each ends in the exception that its damage calls for, takes no memory that its size
+// does not warrant, and leaves no object behind.
+#include <cstdio>
+#include <memory>
+#include <random>
+#include <string>
+
+#include "framework/array.h"
+#include "tests/framework/archive_fixture.h"
+
+namespace {
+
+using namespace kvtest;
+
+void ReadAndDelete(CArchive& ar) { delete ar.ReadObject(nullptr); }
+
+const std::string kNewLink = Bytes("FF FF 01 00 05 00") + "TLink";
+const std::string kNewNode = Bytes("FF FF 01 00 05 00") + "TNode";
+const std::string kNode = Bytes("07 00 00 00 FF FE FF 00");  // number and text
+
+TEST(ArchiveHostile, EachDamageHasItsCause) {
+  struct Row {
+    const char* name;
+    std::string bytes;
+    int cause;
+  };
+  const Row rows[] = {
+      {"unknown class", Bytes("FF FF 01 00 04 00") + "None", CArchiveException::badClass},
+      {"class name with a terminator in it", Bytes("FF FF 01 00 06 00") + "TLink" + '\0', CArchiveException::badClass},
+      {"class name of 64 bytes", Bytes("FF FF 01 00 40 00") + std::string(64, 'x'), CArchiveException::badClass},
+      {"class name of 65,535 bytes that are not there", Bytes("FF FF 01 00 FF FF"), CArchiveException::badClass},
+      {"empty class name", Bytes("FF FF 01 00 00 00"), CArchiveException::badClass},
+      {"another schema of a class that is not versionable", Bytes("FF FF 02 00 05 00") + "TLink",
+       CArchiveException::badSchema},
+      {"object number never given", Bytes("05 00"), CArchiveException::badIndex},
+      {"class number never given", Bytes("05 80"), CArchiveException::badIndex},
+      {"class number 0", Bytes("00 80"), CArchiveException::badIndex},
+      {"long class number 0", Bytes("FF 7F 00 00 00 80"), CArchiveException::badIndex},
+      {"long object number 0", Bytes("FF 7F 00 00 00 00"), CArchiveException::badIndex},
+      {"long object number never given", Bytes("FF 7F FE FF FF 3F"), CArchiveException::badIndex},
+      {"class's number as an object", kNewLink + Bytes("01 00"), CArchiveException::badIndex},
+      {"object's number as a class", kNewLink + Bytes("02 80"), CArchiveException::badIndex},
+      {"object of another class than asked for",
+       kNewNode + kNode + Bytes("00 00 01 80") + kNode + Bytes("00 00") + Bytes("FF FF 01 00 05 00") + "TLink",
+       CArchiveException::badClass},
+      {"owned child met before", kNewNode + kNode + Bytes("01 00 02 00"), CArchiveException::badIndex},
+      {"more children than bytes", kNewNode + kNode + Bytes("FF FF FE FF FF FF 00 00"), CArchiveException::endOfFile},
+  };
+  const int before = live_nodes;
+  for (const Row& row : rows) {
+    EXPECT_EQ(CauseOf(row.bytes, ReadAndDelete), row.cause) << row.name;
+    EXPECT_EQ(live_nodes, before) << row.name;
+  }
+}
+
+// A class record where an abstract or unfit class is named: asked for TLink, given TNode.
+TEST(ArchiveHostile, WrongClassRaisesBeforeAnObjectIsMade) {
+  const int before = live_nodes;
+  EXPECT_EQ(CauseOf(kNewNode, [](CArchive& ar) { ar.ReadObject(RUNTIME_CLASS(TLink)); }), CArchiveException::badClass);
+  const std::string two = kNewLink + Bytes("00 00 02 00");
+  EXPECT_EQ(CauseOf(two,
+                    [](CArchive& ar) {
+                      const std::unique_ptr<CObject> link(ar.ReadObject(RUNTIME_CLASS(TLink)));
+                      ar.ReadObject(RUNTIME_CLASS(TNode));
+                    }),
+            CArchiveException::badClass);
+  EXPECT_EQ(live_nodes, before);
+}
+
+TEST(ArchiveHostile, CountBeyondTheDataAllocatesNothing) {
+  CArray<int, int> numbers;
+  const auto read = [&](CArchive& ar) { numbers.Serialize(ar); };
+  EXPECT_EQ(CauseOf(Bytes("FF FF FF FF FF 7F 01 00 00 00"), read), CArchiveException::endOfFile);
+  EXPECT_EQ(CauseOf(Bytes("FF FF FF FF FF FF FF FF FF FF FF FF FF 7F"), read), CArchiveException::endOfFile);
+  EXPECT_EQ(CauseOf(Bytes("02 00 01 00 00 00 02 00 00"), read), CArchiveException::endOfFile);
+  EXPECT_TRUE(numbers.IsEmpty());
+}
+
+// What the wrong direction raises, with the archive's file name.
+TEST(ArchiveHostile, WrongDirectionRaisesWithTheFileName) {
+  CMemFile file;
+  file.SetFilePath(_T("C:\\part.kv"));
+  CArchive out(&file, CArchive::store);
+  DWORD value = 0;
+  try {
+    out >> value;
+    FAIL() << "read from a storing archive";
+  } catch (const CArchiveException& failure) {
+    EXPECT_EQ(failure.m_cause, CArchiveException::writeOnly);
+    EXPECT_EQ(failure.m_strFileName, _T("C:\\part.kv"));
+    EXPECT_STREQ(failure.what(), "C:\\part.kv: read from an archive that is being written");
+  }
+  CArchive in(&file, CArchive::load);
+  try {
+    in << value;
+    FAIL() << "wrote to a loading archive";
+  } catch (const CArchiveException& failure) {
+    EXPECT_EQ(failure.m_cause, CArchiveException::readOnly);
+    EXPECT_EQ(failure.m_strFileName, _T("C:\\part.kv"));
+  }
+  in.Close();
+  EXPECT_THROW(in >> value, CArchiveException);
+}
+
+// A chain of nested references as deep as the bytes say: either the graph or an exception, by the stack there is.
+TEST(ArchiveHostile, ChainOfAMillionRaisesAndLeavesNothing) {
+  std::string bytes = kNewLink;
+  for (int i = 1; i < 1'000'000; ++i) bytes.append("\x01\x80", 2);
+  bytes.append(2, '\0');
+  const int before = live_nodes;
+  EXPECT_EQ(CauseOf(bytes, ReadAndDelete), CArchiveException::genericException);
+  EXPECT_EQ(live_nodes, before);
+}
+
+TEST(ArchiveHostile, ChainOfTenThousandLoads) {
+  std::string bytes = kNewLink;
+  for (int i = 1; i < 10'000; ++i) bytes.append("\x01\x80", 2);
+  bytes.append(2, '\0');
+  const int before = live_nodes;
+  Load(bytes, [&](CArchive& ar) {
+    const std::unique_ptr<CObject> first(ar.ReadObject(RUNTIME_CLASS(TLink)));
+    EXPECT_EQ(live_nodes, before + 10'000);
+  });
+  EXPECT_EQ(live_nodes, before);
+}
+
+TEST(ArchiveHostile, StoringAChainOfAMillionRaises) {
+  auto first = std::make_unique<TLink>();
+  for (int i = 1; i < 1'000'000; ++i) {
+    auto* link = new TLink;
+    link->m_pNext = std::exchange(first->m_pNext, link);
+  }
+  try {
+    Store([&](CArchive& ar) { ar << first.get(); });
+    FAIL() << "stored";
+  } catch (const CArchiveException& failure) {
+    EXPECT_EQ(failure.m_cause, CArchiveException::genericException);
+  }
+}
+
+// Every byte of a valid archive turned into others: an exception or a graph, and no object stays in either case.
+TEST(ArchiveHostile, RandomDamageNeverCrashesOrLeaks) {
+  TNode root(1);
+  root.m_Text = _T("root");
+  for (DWORD i = 2; i < 12; ++i) {
+    auto* child = new TNode(i);
+    child->m_Text = CString(TCHAR('a' + i), int(i));
+    child->m_Children.AddTail(new TNode(100 + i));
+    child->m_pOther = &root;
+    root.m_Children.AddTail(child);
+  }
+  const std::string bytes = Store([&](CArchive& ar) { ar << &root; });
+  const unsigned seed = std::random_device()();
+  std::printf("seed %u\n", seed);
+  std::mt19937 random(seed);
+  const int before = live_nodes;
+  int raised = 0;
+  for (int round = 0; round < 5000; ++round) {
+    std::string damaged = bytes;
+    for (unsigned flips = 1 + random() % 3; flips > 0; --flips)
+      damaged[random() % damaged.size()] = char(round % 2 ? random() : 1u << random() % 8);
+    raised += CauseOf(damaged, [](CArchive& ar) { delete ar.ReadObject(RUNTIME_CLASS(TNode)); }) != 0;
+    ASSERT_EQ(live_nodes, before) << "seed " << seed << ", round " << round;
+  }
+  EXPECT_GT(raised, 100) << "seed " << seed;
+  EXPECT_EQ(live_nodes, before);
+}
+
+}  // namespace

@@ -1,0 +1,157 @@
+// Taking back a failed load: what it had made goes, what others own stays, nothing goes twice.
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tests/framework/archive_fixture.h"
+
+namespace {
+
+using namespace kvtest;
+
+std::vector<std::string> events;
+
+// Reads a list of commands: 'o' an owned reference, 'p' a plain one, 'd' deletes the object owned last, 'c' an owned
+// one whose failure is caught, '.' the end, any other raises. Its destructor deletes what it owns and asks what it
+// points to for its class.
+class TScript : public CObject {
+  DECLARE_SERIAL(TScript)
+
+ public:
+  TScript() { ++live_nodes; }
+  // The two may have been destroyed ahead of this: that is what is tested, and what a sanitizer would call wrong.
+  __attribute__((no_sanitize("vptr"))) ~TScript() override {
+    --live_nodes;
+    events.push_back(m_Name);
+    if (m_pPlain && m_pPlain->IsKindOf(RUNTIME_CLASS(TScript))) events.push_back(m_Name + " sees one");
+    for (TScript* owned : m_Owned) delete owned;
+  }
+
+  void Serialize(CArchive& ar) override {
+    BYTE command = 0;
+    for (ar >> command; command != '.'; ar >> command) {
+      switch (command) {
+        case 'n':
+          ar >> command;
+          m_Name = char(command);
+          break;
+        case 'o': ar >> m_Owned.emplace_back(); break;
+        case 'p': ar >> m_pPlain; break;
+        case 'd':
+          delete m_Owned.back();
+          m_Owned.pop_back();
+          break;
+        case 'c': try { ar >> m_pPlain;
+          } catch (const CArchiveException&) {
+            m_pPlain = nullptr;
+          }
+          break;
+        default: AfxThrowArchiveException(CArchiveException::badSchema, ar.m_strFileName);
+      }
+    }
+  }
+
+  std::string m_Name;
+  std::vector<TScript*> m_Owned;
+  TScript* m_pPlain = nullptr;
+};
+IMPLEMENT_SERIAL(TScript, CObject, 1)
+
+class ArchiveRollback : public testing::Test {
+ protected:
+  void SetUp() override { events.clear(); }
+  void TearDown() override { EXPECT_EQ(live_nodes, before_); }
+
+  // Reads one object from a text in which [ opens the record of a new object, and a digit stands for a reference.
+  static std::string Script(std::string_view text) {
+    std::string bytes;
+    bool met = false;
+    for (const char c : text) {
+      if (c == '[') {
+        bytes += met ? Bytes("01 80") : Bytes("FF FF 01 00 07 00") + "TScript";
+        met = true;
+      } else if (c >= '0' && c <= '9') {
+        bytes += {char(c - '0'), '\0'};
+      } else {
+        bytes += c;
+      }
+    }
+    return bytes;
+  }
+
+  int before_ = live_nodes;
+};
+
+TEST_F(ArchiveRollback, DeletesOwnersAheadOfWhatTheyOwn) {
+  EXPECT_EQ(CauseOf(Script("[nAo[nBo[nC.o[nD!"), [](CArchive& ar) { ar.ReadObject(nullptr); }),
+            CArchiveException::badSchema);
+  EXPECT_EQ(events, (std::vector<std::string>{"A", "B", "C", "D"}));
+}
+
+TEST_F(ArchiveRollback, LeavesWhatADestructorDeletedMeanwhile) {
+  // B is read and deleted by A itself before the failure.
+  EXPECT_EQ(CauseOf(Script("[nAo[nB.do[nC.!"), [](CArchive& ar) { ar.ReadObject(nullptr); }),
+            CArchiveException::badSchema);
+  EXPECT_EQ(events, (std::vector<std::string>{"B", "A", "C"}));
+}
+
+// B comes through A's plain pointer and is owned by C, which is younger: it has gone when C asks and deletes it.
+TEST_F(ArchiveRollback, OwnerThatIsYoungerMayDeleteOnceMore) {
+  EXPECT_EQ(CauseOf(Script("[nAp[nB.p[nCo3p3.!"), [](CArchive& ar) { ar.ReadObject(nullptr); }),
+            CArchiveException::badSchema);
+  EXPECT_EQ(events, (std::vector<std::string>{"A", "A sees one", "B", "C"}));
+}
+
+TEST_F(ArchiveRollback, KeepsObjectsOfEarlierCalls) {
+  std::unique_ptr<CObject> first;
+  const auto read = [&](CArchive& ar) {
+    first.reset(ar.ReadObject(nullptr));
+    ar.ReadObject(nullptr);
+  };
+  EXPECT_EQ(CauseOf(Script("[nA.[nBp2!"), read), CArchiveException::badSchema);
+  EXPECT_EQ(events, (std::vector<std::string>{"B", "B sees one"}));
+  EXPECT_EQ(live_nodes, before_ + 1);
+  first.reset();
+}
+
+TEST_F(ArchiveRollback, ReferenceToAnObjectThatIsGoneRaises) {
+  // Within one call, and to an object of an earlier call that its owner has deleted.
+  EXPECT_EQ(CauseOf(Script("[nAo[nB.dp3."), [](CArchive& ar) { ar.ReadObject(nullptr); }), CArchiveException::badIndex);
+  const auto read = [](CArchive& ar) {
+    delete ar.ReadObject(nullptr);
+    ar.ReadObject(nullptr);
+  };
+  EXPECT_EQ(CauseOf(Script("[nA.2"), read), CArchiveException::badIndex);
+}
+
+TEST_F(ArchiveRollback, AddressUsedAgainIsAnotherObject) {
+  // Each B has a good chance of the address of the one before.
+  const auto read = [](CArchive& ar) {
+    std::unique_ptr<CObject> owner(ar.ReadObject(nullptr));
+    EXPECT_NE(static_cast<TScript&>(*owner).m_pPlain, nullptr);
+  };
+  EXPECT_EQ(CauseOf(Script("[nAo[nB.do[nC.do[nD.p5."), read), CArchiveException::none);
+}
+
+TEST_F(ArchiveRollback, CaughtFailureInsideLetsTheRestLoad) {
+  const auto read = [](CArchive& ar) {
+    const std::unique_ptr<CObject> owner(ar.ReadObject(nullptr));
+    auto& script = static_cast<TScript&>(*owner);
+    EXPECT_EQ(script.m_pPlain, nullptr);
+    ASSERT_EQ(script.m_Owned.size(), 1u);
+    EXPECT_EQ(script.m_Owned[0]->m_Name, "C");
+  };
+  EXPECT_EQ(CauseOf(Script("[nAc9o[nC.."), read), CArchiveException::none);
+}
+
+// The other archive of the thread goes on when one fails.
+TEST_F(ArchiveRollback, ArchivesNestOnAThread) {
+  const std::string good = Script("[nA."), bad = Script("[nB!");
+  Load(good + Bytes("02 00"), [&](CArchive& ar) {
+    const std::unique_ptr<CObject> first(ar.ReadObject(nullptr));
+    EXPECT_EQ(CauseOf(bad, [](CArchive& other) { other.ReadObject(nullptr); }), CArchiveException::badSchema);
+    EXPECT_EQ(ar.ReadObject(nullptr), first.get());
+  });
+}
+
+}  // namespace

@@ -1,0 +1,120 @@
+// Texts in an archive: each form of the length record, wide and narrow, and what a wrong length does.
+#include <string>
+
+#include "tests/framework/archive_fixture.h"
+
+namespace {
+
+using namespace kvtest;
+
+struct Form {
+  std::size_t length;
+  const char* wide;    // the length record of a wide text
+  const char* narrow;  // of a narrow one
+};
+
+const Form kForms[] = {
+    {0, "FF FE FF 00", "00"},
+    {1, "FF FE FF 01", "01"},
+    {254, "FF FE FF FE", "FE"},
+    {255, "FF FE FF FF FF 00", "FF FF 00"},
+    {65'533, "FF FE FF FF FD FF", "FF FD FF"},
+    {65'534, "FF FE FF FF FF FF FE FF 00 00", "FF FF FF FE FF 00 00"},
+    {65'535, "FF FE FF FF FF FF FF FF 00 00", "FF FF FF FF FF 00 00"},
+    {70'000, "FF FE FF FF FF FF 70 11 01 00", "FF FF FF 70 11 01 00"},
+};
+
+CString TextOf(std::size_t length) {
+  CString text;
+  LPTSTR units = text.GetBufferSetLength(int(length));
+  for (std::size_t i = 0; i < length; ++i) units[i] = TCHAR(0x3B1 + i % 500);
+  return text;
+}
+
+std::string LengthRecord(std::size_t length, bool wide) {
+  return Store([&](CArchive& ar) { AfxWriteStringLength(ar, length, wide); });
+}
+
+TEST(ArchiveStrings, StoresWideWithTheShortestLengthRecord) {
+  for (const Form& form : kForms) {
+    const CString text = TextOf(form.length);
+    const std::string bytes = Store([&](CArchive& ar) { ar << text; });
+    const std::string record = Bytes(form.wide);
+    EXPECT_EQ(Hex(bytes.substr(0, record.size())), form.wide);
+    const std::string units(reinterpret_cast<const char*>(text.GetString()), form.length * 2);
+    EXPECT_TRUE(bytes.substr(record.size()) == units) << form.length;
+    CString loaded = _T("before");
+    Load(bytes, [&](CArchive& ar) { ar >> loaded; });
+    EXPECT_TRUE(loaded == text) << form.length;
+  }
+}
+
+TEST(ArchiveStrings, ReadsNarrowTextsOfEachForm) {
+  for (const Form& form : kForms) {
+    EXPECT_EQ(Hex(LengthRecord(form.length, false)), form.narrow);
+    CString loaded = _T("before");
+    Load(Bytes(form.narrow) + std::string(form.length, 'n'), [&](CArchive& ar) { ar >> loaded; });
+    EXPECT_TRUE(loaded == CString(_T('n'), int(form.length))) << form.length;
+  }
+}
+
+TEST(ArchiveStrings, ReadsNarrowTextAsCodePage1252) {
+  CString loaded;
+  Load(Bytes("04 31 2E 31 30"), [&](CArchive& ar) { ar >> loaded; });
+  EXPECT_EQ(loaded, _T("1.10"));
+  Load(Bytes("03 E4 80 9F"), [&](CArchive& ar) { ar >> loaded; });
+  EXPECT_EQ(loaded, _T("\u00E4\u20AC\u0178"));
+}
+
+TEST(ArchiveStrings, KeepsTerminatorsAndLoneSurrogates) {
+  const TCHAR units[] = {u'a', 0, 0xD800, u'b'};
+  const std::string bytes = Store([&](CArchive& ar) { ar << CString(units, 4); });
+  EXPECT_EQ(Hex(bytes), "FF FE FF 04 61 00 00 00 00 D8 62 00");
+  CString loaded;
+  Load(bytes, [&](CArchive& ar) { ar >> loaded; });
+  EXPECT_EQ(loaded.View(), std::u16string_view(units, 4));
+}
+
+TEST(ArchiveStrings, EveryPrefixRaises) {
+  for (const Form& form : kForms) {
+    if (form.length > 255) continue;  // every prefix of them all takes long
+    const std::string bytes = Store([&](CArchive& ar) { ar << TextOf(form.length); });
+    ExpectEveryPrefixRaises(bytes, [](CArchive& ar) {
+      CString text;
+      ar >> text;
+    });
+  }
+}
+
+TEST(ArchiveStrings, LengthBeyondTheDataRaisesBeforeAnythingIsAllocated) {
+  const struct {
+    const char* name;
+    const char* hex;
+  } rows[] = {
+      {"byte", "05 61 62"},
+      {"word", "FF 00 01 61"},
+      {"dword", "FF FF FF FE FF FF FF 61"},
+      {"qword", "FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF 61"},
+      {"wide byte", "FF FE FF 02 61 00 62"},
+      {"wide dword", "FF FE FF FF FF FF FF FF FF 7F 61 00"},
+      {"wide qword whose bytes overflow", "FF FE FF FF FF FF FF FF FF FF 01 00 00 00 00 00 00 80 61 00"},
+      {"wide mark twice", "FF FE FF FF FE FF 01 61 00"},
+  };
+  for (const auto& row : rows) {
+    CString text = _T("kept");
+    EXPECT_EQ(CauseOf(Bytes(row.hex), [&](CArchive& ar) { ar >> text; }), CArchiveException::endOfFile) << row.name;
+    EXPECT_EQ(text, _T("kept")) << row.name;
+  }
+}
+
+TEST(ArchiveStrings, LengthRecordTellsTheWidthOfACharacter) {
+  for (const bool wide : {false, true}) {
+    int charBytes = 0;
+    Load(LengthRecord(300, wide) + std::string(600, 'x'),
+         [&](CArchive& ar) { EXPECT_EQ(AfxReadStringLength(ar, charBytes), 300u); });
+    EXPECT_EQ(charBytes, wide ? 2 : 1);
+  }
+  EXPECT_EQ(Hex(LengthRecord(0xFFFFFFFF, true)), "FF FE FF FF FF FF FF FF FF FF FF FF FF FF 00 00 00 00");
+}
+
+}  // namespace
