@@ -45,6 +45,7 @@ bool LoadStringFromModule(HINSTANCE module, UINT id, CString& text) {
 }
 
 bool LoadStringFromChain(UINT id, CString& text) {
+  text.Empty();
   const std::lock_guard guard(TheChain().lock);
   const auto& entries = TheChain().entries;
   return std::any_of(entries.rbegin(), entries.rend(),

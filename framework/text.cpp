@@ -267,14 +267,17 @@ CString& CString::operator+=(TCHAR character) {
 }
 
 CString& CString::MakeUpper() {
+  if (IsEmpty()) return *this;
   CharUpperBuffW(Own(GetLength()), DWORD(GetLength()));
   return *this;
 }
 CString& CString::MakeLower() {
+  if (IsEmpty()) return *this;
   CharLowerBuffW(Own(GetLength()), DWORD(GetLength()));
   return *this;
 }
 CString& CString::MakeReverse() {
+  if (IsEmpty()) return *this;
   TCHAR* units = Own(GetLength());
   std::reverse(units, units + GetLength());
   return *this;
@@ -378,9 +381,10 @@ LPTSTR CString::GetBufferSetLength(int length) {
   return units;
 }
 void CString::ReleaseBuffer(int length) {
-  const Header* head = Head();
-  if (length < 0) length = int(std::u16string_view(data_, std::size_t(head->capacity) + 1).find(TCHAR(0)));
-  SetLength(std::clamp(length, 0, head->capacity));
+  const int capacity = Head()->capacity;
+  // A writer that filled all the room without a NUL gets the room, not a look behind it.
+  if (length < 0) length = int(std::find(data_, data_ + capacity, TCHAR(0)) - data_);
+  SetLength(std::min(length, capacity));
 }
 void CString::Preallocate(int length) { Own(std::max(length, GetLength())); }
 void CString::FreeExtra() {
@@ -417,6 +421,7 @@ void AppendUtf8(std::string& out, std::u16string_view text) {
   const std::u16string_view rest = text.substr(ascii);
   const int units = CheckedLength(rest.size());
   const int bytes = WideCharToMultiByte(CP_UTF8, 0, rest.data(), units, nullptr, 0, nullptr, nullptr);
+  if (bytes == 0) throw std::length_error("ToUtf8: text too long");
   out.resize(start + ascii + std::size_t(bytes));
   WideCharToMultiByte(CP_UTF8, 0, rest.data(), units, out.data() + start + ascii, bytes, nullptr, nullptr);
 }

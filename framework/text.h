@@ -136,9 +136,10 @@ class KVSHARE_API CString {
   void FreeExtra();
 
   // Text from a format in the manner of printf: flags, width, precision, "*", and d i u o x X c s S f F e E g G a A p
-  // %. The arguments are typed: length modifiers are read and ignored, an integer prints with the width it was given
-  // as, %s takes wide and narrow text alike (widths and precisions count UTF-16 units). A conversion that does not fit
-  // its argument, or has none, is left standing as text; reals always have the decimal point.
+  // %. The arguments are typed: length modifiers are read and ignored, an integer has the width it was given with, at
+  // least that of an int, and its conversion decides whether it is signed. %s takes wide and narrow text alike (widths
+  // and precisions count UTF-16 units). A conversion that does not fit its argument, which is used up, or has none, is
+  // left standing as text; reals always have the decimal point.
   template <class... Arguments>
   void Format(LPCTSTR format, const Arguments&... arguments) {
     CString text;

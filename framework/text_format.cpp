@@ -3,6 +3,7 @@
 #include <fmt/printf.h>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 #include "framework/resources.h"
@@ -33,10 +34,11 @@ class Formatter {
       if (at_ == format_.size()) break;
       const auto* first = next_;
       Conversion conversion;
-      if (!Parse(conversion) || !Print(conversion)) {
-        next_ = first;  // left standing as text
-        out_.append(format_, percent, at_ - percent);
-      }
+      const bool parsed = Parse(conversion);
+      if (parsed && Print(conversion)) continue;
+      // Left standing as text. An argument of the wrong kind is used up, so that the others keep their places.
+      if (!parsed) next_ = first;
+      out_.append(format_, percent, at_ - percent);
     }
     return std::move(out_);
   }
@@ -68,6 +70,8 @@ class Formatter {
     for (;;) {
       if (format_.substr(at_, 3) == u"I64" || format_.substr(at_, 3) == u"I32") {
         at_ += 3;
+      } else if (Peek() == u'I') {
+        ++at_;
       } else if (Peek() != 0 && std::u16string_view(u"hlLjztqw").find(Peek()) != std::u16string_view::npos) {
         ++at_;
       } else {
@@ -79,17 +83,25 @@ class Formatter {
     return true;
   }
 
-  // The conversion's own format for {fmt}, ending in the given letter.
-  static std::string Specification(const Conversion& conversion, char letter) {
-    std::string text = "%";
-    for (const char16_t flag : conversion.flags) text += char(flag);
-    if (conversion.width < 0) text += '-';
-    if (conversion.width != 0) text += std::to_string(std::abs(conversion.width));
-    if (conversion.precision >= 0) text += '.' + std::to_string(conversion.precision);
-    return text + letter;
+  static bool Has(const Conversion& conversion, char16_t flag) {
+    return conversion.flags.find(flag) != std::u16string_view::npos;
   }
 
-  void Narrow(const std::string& text) { out_.append(text.begin(), text.end()); }
+  // Lays a number out in its width; zeros go between its sign or 0x and its digits.
+  void Pad(const Conversion& conversion, std::string number, bool zeros) {
+    const std::size_t width = std::size_t(std::abs(conversion.width));
+    const std::size_t missing = width > number.size() ? width - number.size() : 0;
+    if (conversion.width < 0 || Has(conversion, u'-')) {
+      number.append(missing, ' ');
+    } else if (zeros && Has(conversion, u'0')) {
+      std::size_t at = number.find_first_not_of("+- ");
+      if (number.size() > at + 1 && (number[at + 1] == 'x' || number[at + 1] == 'X')) at += 2;
+      number.insert(at, missing, '0');
+    } else {
+      number.insert(0, missing, ' ');
+    }
+    out_.append(number.begin(), number.end());
+  }
 
   void Lay(const Conversion& conversion, std::u16string_view text) {
     if (conversion.precision >= 0) text = text.substr(0, std::size_t(conversion.precision));
@@ -101,25 +113,50 @@ class Formatter {
     if (left) out_.append(blanks, u' ');
   }
 
-  bool PrintInteger(const Conversion& conversion) {
+  bool PrintInteger(const Conversion& conversion, const FormatArgument& argument) {
     using Kind = FormatArgument::Kind;
-    const FormatArgument& argument = *next_++;
     if (argument.kind == Kind::kReal || argument.kind == Kind::kText || argument.kind == Kind::kNarrow) return false;
-    const bool isSigned = conversion.letter == 'd' || conversion.letter == 'i';
-    const int unused = 64 - argument.bytes * 8;
-    const LONGLONG asSigned = LONGLONG(argument.integer << unused) >> unused;
-    const ULONGLONG asUnsigned = argument.integer << unused >> unused;
-    if (isSigned) {
-      Narrow(fmt::sprintf(Specification(conversion, 'd'),
-                          argument.kind == Kind::kSigned ? asSigned : LONGLONG(asUnsigned)));
-    } else {
-      Narrow(fmt::sprintf(Specification(conversion, conversion.letter), asUnsigned));
+    // What is smaller than an int counts as one; then the conversion alone decides on the sign.
+    const int unused = 64 - std::max(argument.bytes, 4) * 8;
+    ULONGLONG value = argument.integer << unused >> unused;
+    std::string sign;
+    if (conversion.letter == 'd' || conversion.letter == 'i') {
+      const LONGLONG asSigned = LONGLONG(argument.integer << unused) >> unused;
+      value = asSigned < 0 ? 0 - ULONGLONG(asSigned) : ULONGLONG(asSigned);
+      sign = asSigned < 0 ? "-" : Has(conversion, u'+') ? "+" : Has(conversion, u' ') ? " " : "";
     }
+    Pad(conversion, sign + Digits(conversion, value), /*zeros=*/conversion.precision < 0);
     return true;
   }
 
-  bool PrintText(const Conversion& conversion) {
-    const FormatArgument& argument = *next_++;
+  static std::string Digits(const Conversion& conversion, ULONGLONG value) {
+    const bool hex = conversion.letter == 'x' || conversion.letter == 'X';
+    const bool octal = conversion.letter == 'o';
+    std::string digits = fmt::format(fmt::runtime(hex ? "{:x}" : octal ? "{:o}" : "{}"), value);
+    if (conversion.precision == 0 && value == 0) digits.clear();
+    if (int(digits.size()) < conversion.precision)
+      digits.insert(0, std::size_t(conversion.precision) - digits.size(), '0');
+    if (Has(conversion, u'#') && octal && !digits.starts_with('0')) digits.insert(0, 1, '0');
+    if (Has(conversion, u'#') && hex && value != 0) digits.insert(0, "0x");
+    if (conversion.letter == 'X') std::transform(digits.begin(), digits.end(), digits.begin(), UpperHex);
+    return digits;
+  }
+
+  static char UpperHex(char character) {
+    return (character >= 'a' && character <= 'f') || character == 'x' ? char(character - 32) : character;
+  }
+
+  bool PrintReal(const Conversion& conversion, const FormatArgument& argument) {
+    if (argument.kind != FormatArgument::Kind::kReal) return false;
+    std::string specification = "%";
+    for (const char16_t flag : {u'+', u' ', u'#'})
+      if (Has(conversion, flag)) specification += char(flag);
+    if (conversion.precision >= 0) specification += '.' + std::to_string(conversion.precision);
+    Pad(conversion, fmt::sprintf(specification + conversion.letter, argument.real), std::isfinite(argument.real));
+    return true;
+  }
+
+  bool PrintText(const Conversion& conversion, const FormatArgument& argument) {
     if (argument.kind == FormatArgument::Kind::kText) {
       Lay(conversion, argument.text);
     } else if (argument.kind == FormatArgument::Kind::kNarrow) {
@@ -130,45 +167,42 @@ class Formatter {
     return true;
   }
 
+  bool PrintCharacter(const Conversion& conversion, const FormatArgument& argument) {
+    if (argument.kind > FormatArgument::Kind::kUnsigned && argument.kind != FormatArgument::Kind::kCharacter)
+      return false;
+    const char16_t unit = char16_t(argument.integer);
+    Lay({conversion.flags, conversion.width, -1, 'c'}, {&unit, 1});
+    return true;
+  }
+
+  bool PrintPointer(const FormatArgument& argument) {
+    if (argument.kind != FormatArgument::Kind::kPointer) return false;
+    const std::string digits = fmt::format("{:016X}", argument.integer);
+    out_.append(digits.begin(), digits.end());
+    return true;
+  }
+
   bool Print(const Conversion& conversion) {
+    constexpr std::string_view kLetters = "diuoxXsScCfFeEgGaAp";
     if (conversion.letter == '%') {
       out_ += u'%';
       return true;
     }
-    if (next_ == end_) return false;
+    if (next_ == end_ || kLetters.find(conversion.letter) == std::string_view::npos) return false;
+    const FormatArgument& argument = *next_++;
     switch (conversion.letter) {
       case 'd':
       case 'i':
       case 'u':
       case 'o':
       case 'x':
-      case 'X': return PrintInteger(conversion);
+      case 'X': return PrintInteger(conversion, argument);
       case 's':
-      case 'S': return PrintText(conversion);
+      case 'S': return PrintText(conversion, argument);
       case 'c':
-      case 'C': {
-        if (next_->kind > FormatArgument::Kind::kUnsigned && next_->kind != FormatArgument::Kind::kCharacter)
-          return false;
-        const char16_t unit = char16_t(next_++->integer);
-        Lay({conversion.flags, conversion.width, -1, 'c'}, {&unit, 1});
-        return true;
-      }
-      case 'f':
-      case 'F':
-      case 'e':
-      case 'E':
-      case 'g':
-      case 'G':
-      case 'a':
-      case 'A':
-        if (next_->kind != FormatArgument::Kind::kReal) return false;
-        Narrow(fmt::sprintf(Specification(conversion, conversion.letter), next_++->real));
-        return true;
-      case 'p':
-        if (next_->kind != FormatArgument::Kind::kPointer) return false;
-        Narrow(fmt::sprintf("%016X", next_++->integer));
-        return true;
-      default: return false;
+      case 'C': return PrintCharacter(conversion, argument);
+      case 'p': return PrintPointer(argument);
+      default: return PrintReal(conversion, argument);
     }
   }
 

@@ -1,5 +1,276 @@
+// CString: construction, sharing, cutting, searching, changing, buffers, strings by number, the border to UTF-8. Format
+// is in text_format_test.cpp.
 #include "framework/text.h"
 
 #include <gtest/gtest.h>
 
-TEST(Text, IsEmptyWithoutAnAllocation) { EXPECT_TRUE(CString().IsEmpty()); }
+#include <thread>
+#include <vector>
+
+#include "framework/resources.h"
+#include "platform/paths.h"
+#include "platform/resources.h"
+#include "tests/framework/allocations.h"
+
+void PrintTo(const CString& text, std::ostream* out) { *out << '"' << ToUtf8(text) << '"'; }
+
+namespace {
+
+TEST(Text, EmptyOnesAllocateNothing) {
+  const std::size_t before = kvtest::AllocationsOfThisThread();
+  CString a;
+  CString b(_T(""));
+  CString c(a);
+  c = b + a;
+  c += _T("");
+  c.MakeUpper().MakeLower().Trim();
+  c.MakeReverse();
+  const CString d = c.Mid(3, 4) + c.Left(2);
+  const CString e = FromUtf8("");
+  EXPECT_TRUE(d.IsEmpty() && e.IsEmpty() && CString(LPCTSTR(nullptr)).IsEmpty());
+  EXPECT_EQ(kvtest::AllocationsOfThisThread(), before);
+  EXPECT_EQ(*d.GetString(), 0);
+}
+
+TEST(Text, CopiesShareUntilOneChanges) {
+  const CString original(_T("shared"));
+  const std::size_t before = kvtest::AllocationsOfThisThread();
+  CString copy = original;
+  CString second;
+  second = copy;
+  EXPECT_EQ(second.GetString(), original.GetString());
+  EXPECT_EQ(original.Mid(0).GetString(), original.GetString());
+  EXPECT_EQ(kvtest::AllocationsOfThisThread(), before);
+  copy.SetAt(0, 'S');
+  EXPECT_EQ(copy, _T("Shared"));
+  EXPECT_EQ(original, _T("shared"));
+  EXPECT_EQ(second.GetString(), original.GetString());
+}
+
+TEST(Text, CopiesAreMadeAndDroppedOnAnyThread) {
+  const CString original(_T("used by all"));
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t)
+    threads.emplace_back([&original, t] {
+      for (int i = 0; i < 2000; ++i) {
+        CString copy = original;
+        CString second = copy;
+        second.AppendChar(TCHAR('0' + t));
+        if (second.GetLength() != 12 || copy != original) ADD_FAILURE() << ToUtf8(second);
+      }
+    });
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(original, _T("used by all"));
+}
+
+TEST(Text, IsBuiltFromAnything) {
+  EXPECT_EQ(CString(_T("abcdef"), 3), _T("abc"));
+  EXPECT_EQ(CString(_T("abc"), -1), _T(""));
+  EXPECT_EQ(CString(TCHAR('x'), 3), _T("xxx"));
+  EXPECT_EQ(CString(TCHAR('x'), -1), _T(""));
+  EXPECT_EQ(CString("Größe"), _T("Größe"));
+  const CString withNul(_T("a\0b"), 3);
+  EXPECT_EQ(withNul.GetLength(), 3);
+  EXPECT_EQ(withNul.GetAt(2), 'b');
+  EXPECT_EQ(withNul.GetAt(3), 0);
+  EXPECT_EQ(withNul.GetAt(4), 0);
+  EXPECT_EQ(withNul.GetAt(-1), 0);
+  EXPECT_THROW(CString(_T("x")).Preallocate(0x40000000), std::length_error);
+}
+
+TEST(Text, ComparesWithAndWithoutCase) {
+  const struct {
+    const TCHAR *a, *b;
+    int exact, folded;
+  } rows[] = {
+      {_T("abc"), _T("abc"), 0, 0},      {_T("abc"), _T("ABC"), 1, 0},
+      {_T("ab"), _T("abc"), -1, -1},     {_T("b"), _T("ABC"), 1, 1},
+      {_T("Größe"), _T("gRÖßE"), -1, 0}, {_T("ЖУК"), _T("жук"), -1, 0},
+      {_T("Σ"), _T("ς"), -1, 0},         {_T("straße"), _T("STRASSE"), 1, 1},
+      {_T("I"), _T("ı"), -1, -1},        {_T("𐐀"), _T("𐐨"), -1, 0},
+      {_T(""), nullptr, 0, 0},           {_T("z"), nullptr, 1, 1},
+      {_T("_"), _T("A"), 1, -1},
+  };
+  for (const auto& row : rows) {
+    const CString a(row.a);
+    EXPECT_EQ(a.Compare(row.b), row.exact) << ToUtf8(a);
+    EXPECT_EQ(a.CompareNoCase(row.b), row.folded) << ToUtf8(a);
+    EXPECT_EQ(a == row.b, row.exact == 0) << ToUtf8(a);
+  }
+}
+
+TEST(Text, CutsWithinItsBounds) {
+  const CString text(_T("Kestrova"));
+  EXPECT_EQ(text.Mid(3), _T("trova"));
+  EXPECT_EQ(text.Mid(3, 2), _T("tr"));
+  EXPECT_EQ(text.Mid(-2, 3), _T("Kes"));
+  EXPECT_EQ(text.Mid(6, 2147483647), _T("va"));
+  EXPECT_EQ(text.Mid(9), _T(""));
+  EXPECT_EQ(text.Left(-1), _T(""));
+  EXPECT_EQ(text.Left(99), text);
+  EXPECT_EQ(text.Right(3), _T("ova"));
+  EXPECT_EQ(text.Right(99), text);
+  EXPECT_EQ(text.SpanIncluding(_T("seK")), _T("Kes"));
+  EXPECT_EQ(text.SpanExcluding(_T("rt")), _T("Kes"));
+  EXPECT_EQ(text.SpanExcluding(nullptr), text);
+}
+
+TEST(Text, TokenizeSkipsEmptyPieces) {
+  const CString text(_T(",,a;b,,c,"));
+  int at = 0;
+  for (const TCHAR* wanted : {_T("a"), _T("b"), _T("c"), _T("")}) EXPECT_EQ(text.Tokenize(_T(",;"), at), wanted);
+  EXPECT_EQ(at, -1);
+  EXPECT_EQ(text.Tokenize(_T(","), at), _T(""));
+  EXPECT_EQ(at, -1);
+}
+
+TEST(Text, SearchGivesAPositionOrMinusOne) {
+  const CString text(_T("abcabc"));
+  EXPECT_EQ(text.Find(TCHAR('b')), 1);
+  EXPECT_EQ(text.Find(TCHAR('b'), 2), 4);
+  EXPECT_EQ(text.Find(TCHAR('b'), 6), -1);
+  EXPECT_EQ(text.Find(TCHAR('b'), -1), -1);
+  EXPECT_EQ(text.Find(_T("ca")), 2);
+  EXPECT_EQ(text.Find(_T("abc"), 1), 3);
+  EXPECT_EQ(text.Find(_T("abcd")), -1);
+  EXPECT_EQ(text.Find(_T(""), 6), 6);
+  EXPECT_EQ(text.Find(LPCTSTR(nullptr)), -1);
+  EXPECT_EQ(text.ReverseFind('b'), 4);
+  EXPECT_EQ(text.ReverseFind('x'), -1);
+  EXPECT_EQ(text.FindOneOf(_T("xcb")), 1);
+  EXPECT_EQ(text.FindOneOf(_T("")), -1);
+}
+
+TEST(Text, ReplaceRemoveInsertDeleteCountWhatTheyDid) {
+  CString text(_T("a.b.c"));
+  EXPECT_EQ(text.Replace(TCHAR('.'), TCHAR('-')), 2);
+  EXPECT_EQ(text.Replace(_T("-"), _T(" to ")), 2);
+  EXPECT_EQ(text, _T("a to b to c"));
+  EXPECT_EQ(text.Replace(_T("TO"), _T("x")), 0);
+  EXPECT_EQ(text.Replace(_T(""), _T("x")), 0);
+  EXPECT_EQ(text.Replace(_T(" to "), nullptr), 2);
+  EXPECT_EQ(text, _T("abc"));
+  EXPECT_EQ(text.Insert(1, _T("--")), 5);
+  EXPECT_EQ(text.Insert(99, TCHAR('!')), 6);
+  EXPECT_EQ(text.Insert(-5, text), 12);
+  EXPECT_EQ(text, _T("a--bc!a--bc!"));
+  EXPECT_EQ(text.Remove('-'), 4);
+  EXPECT_EQ(text.Delete(2, 2), 6);
+  EXPECT_EQ(text, _T("ababc!"));
+  EXPECT_EQ(text.Delete(4, 99), 4);
+  EXPECT_EQ(text.Delete(9), 4);
+  EXPECT_EQ(text.Replace(text, _T("")), 1);
+  EXPECT_TRUE(text.IsEmpty());
+  text = _T("aaa");
+  EXPECT_EQ(text.Replace(_T("aa"), text), 1);
+  EXPECT_EQ(text, _T("aaaa"));
+}
+
+TEST(Text, MayBeChangedByAPartOfItself) {
+  CString text(_T("0123456789"));
+  text += text;
+  EXPECT_EQ(text, _T("01234567890123456789"));
+  text = text.GetString() + 15;
+  EXPECT_EQ(text, _T("56789"));
+  text.Append(text.GetString() + 1, 2);
+  EXPECT_EQ(text, _T("5678967"));
+  for (int i = 0; i < 100; ++i) text.Append(text, 1);
+  EXPECT_EQ(text.Right(101), CString(TCHAR('7')) + CString(TCHAR('5'), 100));
+}
+
+TEST(Text, TrimsBlanksCharactersAndSets) {
+  EXPECT_EQ(CString(_T(" \t\r\n\u00A0\u3000x y\u2003\v ")).Trim(), _T("x y"));
+  EXPECT_EQ(CString(_T("  x ")).TrimLeft(), _T("x "));
+  EXPECT_EQ(CString(_T("  x ")).TrimRight(), _T("  x"));
+  EXPECT_EQ(CString(_T("&&File&")).TrimLeft(TCHAR('&')), _T("File&"));
+  EXPECT_EQ(CString(_T("\\a\\b\\\\")).TrimRight(TCHAR('\\')), _T("\\a\\b"));
+  EXPECT_EQ(CString(_T("[(x)]")).Trim(_T("[()]")), _T("x"));
+  EXPECT_EQ(CString(_T("   ")).Trim(), _T(""));
+}
+
+TEST(Text, CaseChangesKeepTheLength) {
+  EXPECT_EQ(CString(_T("größe straße жук 𐐨")).MakeUpper(), _T("GRÖßE STRAßE ЖУК 𐐀"));
+  EXPECT_EQ(CString(_T("GRÖSSE İ ЖУК 𐐀")).MakeLower(), _T("grösse i жук 𐐨"));
+  EXPECT_EQ(CString(_T("abc")).MakeReverse(), _T("cba"));
+}
+
+TEST(Text, BuffersAreTheTextsOwn) {
+  CString text(_T("abc"));
+  const CString copy = text;
+  LPTSTR buffer = text.GetBuffer(10);
+  EXPECT_EQ(std::u16string(buffer), u"abc");
+  std::copy_n(_T("defghijklm"), 10, buffer);
+  text.ReleaseBuffer(4);
+  EXPECT_EQ(text, _T("defg"));
+  EXPECT_EQ(copy, _T("abc"));
+  std::copy_n(_T("xy"), 3, text.GetBuffer());
+  text.ReleaseBuffer();
+  EXPECT_EQ(text, _T("xy"));
+  std::copy_n(_T("12345"), 5, text.GetBufferSetLength(5));
+  EXPECT_EQ(text, _T("12345"));
+  text.GetBuffer(5);
+  text.ReleaseBuffer(99999);
+  EXPECT_GE(text.GetLength(), 5);
+  text.GetBufferSetLength(0);
+  EXPECT_TRUE(text.IsEmpty());
+  EXPECT_EQ(CString().GetBuffer(0)[0], 0);
+}
+
+TEST(Text, StringsByNumberComeFromTheChainsLastLibraryFirst) {
+  const std::u16string path = ProductPathFromSystem(KV_BIN_DIR "/../lib/lang/English/KVRESu.DLL");
+  const HMODULE english = LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
+  ASSERT_NE(english, nullptr);
+  CString text(_T("before"));
+  EXPECT_FALSE(text.LoadString(2555));
+  EXPECT_TRUE(text.IsEmpty());
+  {
+    CDynLinkLibrary first(nullptr, english);
+    CDynLinkLibrary without(nullptr);
+    EXPECT_TRUE(text.LoadString(2555));
+    EXPECT_EQ(text, _T("Error"));
+    EXPECT_TRUE(text.LoadString(english, 60113));
+    EXPECT_EQ(text, _T("&Kestrova"));
+    EXPECT_FALSE(text.LoadString(2));
+    EXPECT_FALSE(text.LoadString(nullptr, 2555));
+  }
+  EXPECT_FALSE(text.LoadString(2555));
+  EXPECT_TRUE(FreeLibrary(english));
+}
+
+TEST(Text, Utf8BorderNeverFails) {
+  const struct {
+    std::string bytes;
+    std::u16string text;
+  } both[] = {
+      {"", u""},
+      {"plain", u"plain"},
+      {"Größe €", u"Größe €"},
+      {"\xF0\x9F\x94\xA7", u"🔧"},
+      {std::string("a\0b", 3), {u'a', 0, u'b'}},
+  };
+  for (const auto& row : both) {
+    EXPECT_EQ(FromUtf8(row.bytes).View(), row.text);
+    EXPECT_EQ(ToUtf8(std::u16string_view(row.text)), row.bytes);
+  }
+  const struct {
+    std::string bytes;
+    std::u16string text;
+  } bad[] = {
+      {"a\xFFz", u"a\uFFFDz"},       {"\xC3", u"\uFFFD"},
+      {"\xC0\x80", u"\uFFFD\uFFFD"}, {"\xED\xA0\x80!", u"\uFFFD\uFFFD\uFFFD!"},
+      {"\xF0\x9F\x94", u"\uFFFD"},   {"\xF8\x88\x80\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD"},
+  };
+  for (const auto& row : bad) {
+    EXPECT_EQ(FromUtf8(row.bytes).View(), row.text);
+    EXPECT_EQ(CString(row.bytes.c_str()).View(), row.text);
+  }
+  EXPECT_EQ(ToUtf8(std::u16string_view(std::u16string{u'a', 0xD83D, u'b'})),
+            "a\xEF\xBF\xBD"
+            "b");
+  EXPECT_EQ(ToUtf8(std::u16string_view(std::u16string{0xDD27})), "\xEF\xBF\xBD");
+  std::string out = "before ";
+  AppendUtf8(out, u"ä");
+  EXPECT_EQ(out, "before ä");
+}
+
+}  // namespace
