@@ -25,5 +25,6 @@ class FoundErrors {};
 
 void AddRegistryCommands(CLI::App& app);
 void AddMachineCommands(CLI::App& app);
+void AddEnvironmentCommands(CLI::App& app);
 
 }  // namespace kestrova

@@ -3,12 +3,15 @@
 
 #include "host/commands.h"
 #include "host/completion.h"
+#include "host/main_module.h"
 
 int main(int argc, char** argv) {
   CLI::App app{"kestrova: the command line of the KVSHAREu shared library"};
   app.set_version_flag("--version", "kestrova " KV_VERSION);
   app.require_subcommand(1);
+  const kestrova::MainModuleScope module;
   kestrova::AddRegistryCommands(app);
+  kestrova::AddEnvironmentCommands(app);
   kestrova::AddCompletionCommands(app);
   try {
     app.parse(argc, argv);

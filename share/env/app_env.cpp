@@ -69,6 +69,7 @@ void CKVEnvApp::Init() {
   }
   SetUserName();
   SetResourcePaths();
+  LoadResources();
   FindHelp();
   SetVisiDllName();
   m_VisiDllPath = InInstall(_T("MS\\"));

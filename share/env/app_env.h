@@ -197,6 +197,7 @@ class KVSHARE_API CKVEnvApp {
   void SetFirstSwitches();
   void SetSecondSwitches();
   void SetResourcePaths();
+  void LoadResources() const;
   void FindHelp();
   void SetDebugFlag();
   CString InInstall(const CString& rest) const { return m_Drive + m_InstallPath + rest; }

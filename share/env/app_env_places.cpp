@@ -1,14 +1,20 @@
 // Where the product lies and what lies beside it; the user, the time, the flags of the process's environment.
+#include <utility>
+
 #include "framework/resources.h"
 #include "platform/files.h"
 #include "platform/locale.h"
 #include "platform/process.h"
+#include "platform/resources.h"
 #include "share/env/app_env.h"
 
 namespace {
 
 constexpr LPCTSTR kEnglishFolder = _T("lang\\English\\");
 constexpr DWORD kFlagUnits = 50;
+
+// This library's link in the chain of resource modules, the chain's own; null before InitShareDll.
+CDynLinkLibrary* g_link = nullptr;
 
 bool IsYes(LPCTSTR variable) {
   TCHAR value[kFlagUnits] = {};
@@ -19,20 +25,23 @@ bool IsYes(LPCTSTR variable) {
 }  // namespace
 
 void InitShareDll() {
-  new CDynLinkLibrary(GetModuleHandleW(_T("KVSHAREu")));  // the chain's own from here on
+  g_link = new CDynLinkLibrary(GetModuleHandleW(_T("KVSHAREu")));  // the chain's own from here on
 }
 
 // ---- this library's own file
 
 // A path too long for the platform's buffers leaves all of it empty.
 void CKVEnvApp::StoreLocation() {
+  TCHAR loadedFrom[MAX_PATH] = {};
   TCHAR file[MAX_PATH] = {};
   TCHAR drive[_MAX_DRIVE] = {};
   TCHAR folder[_MAX_DIR] = {};
   TCHAR name[_MAX_FNAME] = {};
   TCHAR extension[_MAX_EXT] = {};
-  const DWORD length = GetModuleFileNameW(GetModuleHandleW(m_ShareDllName), file, MAX_PATH);
-  if (length < MAX_PATH) _wsplitpath(file, drive, folder, name, extension);
+  const DWORD length = GetModuleFileNameW(GetModuleHandleW(m_ShareDllName), loadedFrom, MAX_PATH);
+  // The loader may have come over "..", which no path that is built from this one should carry on.
+  if (length > 0 && length < MAX_PATH && GetFullPathNameW(loadedFrom, MAX_PATH, file, nullptr) < MAX_PATH)
+    _wsplitpath(file, drive, folder, name, extension);
   m_Drive = drive;
   m_InstallPath = folder;
   m_ModuleName = m_ModuleDllName;  // and not the name of the file: that is required
@@ -67,6 +76,15 @@ void CKVEnvApp::SetResourcePaths() {
   m_InterfaceDllPath = InInstall(m_InterfaceDllName);
   m_ImagesDllPath = InInstall(m_ImagesDllName);
   m_DebugResourceDllPath = InInstall(m_LanguageFolder + m_DebugResourceDllName);
+}
+
+// Makes the language's texts answer CString::LoadString, if this library is in the chain. The resource library stays
+// loaded to the end of the process: its texts may be asked for after the environment has gone.
+void CKVEnvApp::LoadResources() const {
+  if (!g_link) return;
+  const HMODULE resources = LoadLibraryExW(m_ResourceDllPath, nullptr, LOAD_LIBRARY_AS_DATAFILE);
+  if (!resources) return;
+  if (const HMODULE former = std::exchange(g_link->m_hResource, resources)) FreeLibrary(former);
 }
 
 void CKVEnvApp::FindHelp() {

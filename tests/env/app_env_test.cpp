@@ -1,0 +1,217 @@
+// The environment: its life, the order and the write-backs of its start, what it finds.
+#include "share/env/app_env.h"
+
+#include <gtest/gtest.h>
+
+#include <regex>
+
+#include "framework/resources.h"
+#include "platform/process.h"
+#include "share/env/feature_switches.h"
+#include "share/env/registry_access.h"
+#include "share/env/registry_keys.h"
+#include "tests/scratch.h"
+
+namespace {
+
+class Environment : public testing::Test {
+ protected:
+  void SetUp() override {
+    CloseAppEnv();
+    RegDeleteTreeW(HKEY_CURRENT_USER, _T("Software"));
+  }
+  void TearDown() override {
+    CloseAppEnv();
+    for (LPCTSTR variable : {_T("_KVDEBUG"), _T("KV_TESTING")}) SetEnvironmentVariableW(variable, nullptr);
+  }
+};
+
+// The values of a key in the order in which they were made.
+std::vector<std::string> ValueNames(LPCTSTR path) {
+  std::vector<std::string> names;
+  HKEY key = nullptr;
+  if (RegOpenKeyExW(HKEY_CURRENT_USER, path, 0, KEY_READ, &key) != 0) return names;
+  TCHAR name[256];
+  for (DWORD i = 0, units = 256;
+       RegEnumValueW(key, i, name, &units, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS; ++i, units = 256)
+    names.push_back(ToUtf8(CString(name)));
+  RegCloseKey(key);
+  return names;
+}
+
+bool EndsWith(const CString& text, const CString& end) { return text.Right(end.GetLength()) == end; }
+
+}  // namespace
+
+TEST_F(Environment, IsBuiltOnceAndAfreshAfterClosing) {
+  EXPECT_EQ(CKVEnvApp::m_IsEnvObjectCreated, 0);
+  CKVEnvApp* env = InitAppEnv();
+  ASSERT_NE(env, nullptr);
+  EXPECT_EQ(CKVEnvApp::m_IsEnvObjectCreated, 1);
+  EXPECT_EQ(CKVEnvApp::m_envAppInstance, env);
+  env->SetTechDBProcessID(5);
+  EXPECT_EQ(AppEnv(), env);
+  EXPECT_EQ(CKVEnvApp::Instance(), env);
+  EXPECT_EQ(AppEnv()->GetTechDBProcessID(), 5u);
+  CloseAppEnv();
+  EXPECT_EQ(CKVEnvApp::m_envAppInstance, nullptr);
+  EXPECT_EQ(CKVEnvApp::m_IsEnvObjectCreated, 0);
+  CloseAppEnv();
+  EXPECT_EQ(AppEnv()->GetTechDBProcessID(), 0xFFFFFFFFu);
+}
+
+TEST_F(Environment, SwitchesAreWrittenBackInOrder) {
+  AppEnv();
+  std::vector<std::string> expected;
+  for (const FeatureSwitch& row : kStartSwitches) expected.push_back(ToUtf8(CString(row.name)));
+  EXPECT_EQ(ValueNames(kVersionDebugKey), expected);
+  const struct {
+    LPCTSTR name;
+    int value;
+  } rows[] = {{_T("ShowCustomChuckOptions"), 1},
+              {_T("CalMaxFitCirInThreads"), 0},
+              {_T("BAxisContinuousSupport"), 4},
+              {_T("ContinuousBAxisTlpKeepArcMoves"), 0},
+              {_T("BAxisFaceFinishOperationSupport"), 0},
+              {_T("NewSetSpindleDirForTurnMillTurnMachineSupport"), 1},
+              {_T("ShowHideToolpathSegmentsSupport"), 1},
+              {_T("ColorToolpathSegmentsSupport"), 1},
+              {_T("ColorHiddenTlpMoveSupport"), 1},
+              {_T("StepThruTlpCRFSupport"), 1},
+              {_T("CRF1478TurnSupport"), 1},
+              {_T("CRF1478For2axSupport"), 1},
+              {_T("GetWIPArcSupport"), 1},
+              {_T("PostingPerformanceImprovements"), 1}};
+  for (const auto& row : rows) EXPECT_EQ(GetDebugRegistryVal(row.name, -1), row.value) << ToUtf8(CString(row.name));
+}
+
+TEST_F(Environment, SwitchesSetByAUserStay) {
+  for (const FeatureSwitch& row : kStartSwitches)
+    SetRegSettingDwordValue(HKEY_CURRENT_USER, kVersionDebugKey, row.name, 5);
+  AppEnv();
+  for (const FeatureSwitch& row : kStartSwitches)
+    EXPECT_EQ(GetDebugRegistryVal(row.name, -1), 5) << ToUtf8(CString(row.name));
+}
+
+TEST_F(Environment, ArcFacetLengthGoesBackToItsDefaultInAnExistingKey) {
+  constexpr LPCTSTR kName = _T("LinearLengthForArcFacet");
+  const auto started = [&] {
+    CloseAppEnv();
+    AppEnv();
+    return ToUtf8(GetRegSettingStringValue(HKEY_CURRENT_USER, kPostDataKey, kName));
+  };
+  EXPECT_EQ(started(), "");
+  SetRegSettingDwordValue(HKEY_CURRENT_USER, kPostDataKey, _T("other"), 1);
+  EXPECT_EQ(started(), "0.01");
+  SetRegistryValueForString(HKEY_CURRENT_USER, kPostDataKey, kName, _T("0.5"));
+  EXPECT_EQ(started(), "0.01");
+  SetRegistryValueForString(HKEY_CURRENT_USER, kPostDataKey, kName, _T("5"));
+  EXPECT_EQ(started(), "5") << "one character fits into four bytes";
+}
+
+TEST_F(Environment, LiesWhereTheLibraryWasLoadedFrom) {
+  const CKVEnvApp& env = *AppEnv();
+  const CString install = env.GetKVDrive() + env.GetKVPath();
+  EXPECT_EQ(env.GetKVModuleName(), _T("KESTROVAu"));
+  EXPECT_EQ(env.GetKVModuleDllName(), _T("KESTROVAu"));
+  EXPECT_EQ(env.GetKVPath()[0], '\\');
+  EXPECT_TRUE(EndsWith(env.GetKVPath(), _T("\\lib\\"))) << ToUtf8(env.GetKVPath());
+  EXPECT_EQ(env.GetKVPath().Find(_T("..")), -1) << ToUtf8(env.GetKVPath());
+  EXPECT_EQ(env.GetKVModuleExt()[0], '.');
+  EXPECT_EQ(env.GetKVDefDataRelPath(), _T("lang\\English\\"));
+  EXPECT_EQ(env.GetTechDBLang(), QF_DBLANG_ENGLISH);
+  const struct {
+    CString path;
+    LPCTSTR rest;
+  } rows[] = {{env.GetKVResourceDllPath(), _T("lang\\English\\KVRESu.DLL")},
+              {env.GetKVDebugResourceDllPath(), _T("lang\\English\\KVDEBUGRESu.DLL")},
+              {env.GetKVImagesResourceDllPath(), _T("KVImagesResu.dll")},
+              {env.GetKVAPIDllPath(), _T("KVAPIu.DLL")},
+              {env.GetKVHelpPath(), _T("lang\\English\\")},
+              {env.GetVisiDllPath(), _T("MS\\")},
+              {env.GetEDConnectorDllPath(), _T("eDConnector.DLL")},
+              {env.GetEDConnectorPngDllPath(), _T("libpng13.dll")},
+              {env.GetKVEDConnectorDllPath(), _T("KVEDConnectoru.DLL")}};
+  for (const auto& row : rows) EXPECT_EQ(ToUtf8(row.path), ToUtf8(install + row.rest));
+  EXPECT_EQ(env.GetKV5AxisDllName(), _T("KV5AxisResu.dll"));
+  EXPECT_EQ(env.GetVisiDllName(), _T("MS.DLL"));
+  EXPECT_FALSE(env.GetUserNameW().IsEmpty());
+}
+
+TEST_F(Environment, LinksTheLanguageIntoTheResourceChain) {
+  const int links = GetDynLinkLibraryCount();
+  InitShareDll();
+  EXPECT_EQ(GetDynLinkLibraryCount(), links + 1);
+  for (int start = 0; start < 2; ++start) {
+    AppEnv();
+    CString text;
+    EXPECT_TRUE(text.LoadString(1));
+    EXPECT_EQ(text, _T("Kestrova"));
+    CloseAppEnv();
+  }
+}
+
+TEST_F(Environment, FlagsOfTheProcessEnvironment) {
+  const struct {
+    LPCTSTR value;
+    int expected;
+  } rows[] = {{nullptr, 0},    {_T("YES"), 1}, {_T("yes"), 1},
+              {_T("YES "), 0}, {_T("1"), 0},   {_T("YESYESYESYESYESYESYESYESYESYESYESYESYESYESYESYESYESYES"), 0}};
+  for (const auto& row : rows) {
+    CloseAppEnv();
+    SetEnvironmentVariableW(_T("_KVDEBUG"), row.value);
+    CKVEnvApp* env = AppEnv();
+    EXPECT_EQ(env->IsKVDebugEnabled(), row.expected);
+    SetEnvironmentVariableW(_T("_KVDEBUG"), _T("YES"));
+    EXPECT_EQ(env->IsKVDebugEnabled(), row.expected) << "read at start only";
+    SetEnvironmentVariableW(_T("KV_TESTING"), row.value);
+    EXPECT_EQ(env->IsKVRunningInTestMode(), 0);
+    env->ConfigureForTesting(1);
+    EXPECT_EQ(env->IsKVRunningInTestMode(), row.expected) << "read at each call";
+    env->ConfigureForTesting(0);
+    EXPECT_EQ(env->IsKVRunningInTestMode(), 0);
+  }
+}
+
+TEST_F(Environment, ReadsItsRegistryValues) {
+  EXPECT_EQ(AppEnv()->GetMultiSurfaceByID(), 0);
+  EXPECT_EQ(AppEnv()->GetConfigDataUseStatus(), 0);
+  CloseAppEnv();
+  SetRegSettingDwordValue(HKEY_CURRENT_USER, kVersionKey, _T("MultiSurfaceByID"), 3);
+  SetRegistryValueForString(HKEY_CURRENT_USER, kVersionKey, _T("TechDBForms"), _T("TechDB App"));
+  EXPECT_EQ(AppEnv()->GetMultiSurfaceByID(), 3);
+  EXPECT_EQ(AppEnv()->GetConfigDataUseStatus(), 1);
+  EXPECT_EQ(AppEnv()->GetKVModuleName(), _T("KESTROVAu")) << "the other order of start fills the same";
+  EXPECT_FALSE(AppEnv()->GetKVResourceDllPath().IsEmpty());
+}
+
+TEST_F(Environment, StartsOnARegistryThatCantBeUsed) {
+  const kvtest::ScratchFolder folder;
+  TCHAR former[1024] = {};
+  ASSERT_GT(GetEnvironmentVariableW(_T("KV_REGISTRY"), former, 1024), 0u);
+  kvtest::UseRegistry(folder.Write("a file", "") / "below");
+  EXPECT_EQ(AppEnv()->GetEnvAPPInitResult(), ENVAPP_INIT_OK);
+  EXPECT_EQ(AppEnv()->GetMultiSurfaceByID(), 0);
+  EXPECT_FALSE(AppEnv()->GetKVPath().IsEmpty());
+  SetEnvironmentVariableW(_T("KV_REGISTRY"), former);
+}
+
+TEST_F(Environment, TellsDateTimeAndFixedIds) {
+  const CKVEnvApp& env = *AppEnv();
+  EXPECT_TRUE(std::regex_match(ToUtf8(env.GetCurrentDate()), std::regex(R"([01]\d/[0-3]\d/2\d\d\d)")));
+  EXPECT_TRUE(std::regex_match(ToUtf8(env.GetTickCount()), std::regex(R"([0-2]\d:[0-5]\d)")));
+  EXPECT_EQ(env.GetTreeTabProgID(), _T("QFSWTREETAB.QFSWTreeTabCtrlVS2019.21"));
+  EXPECT_EQ(env.GetTaskPaneTabStringID(), _T("KVTASKPANE.KVTaskPaneWebCtrlVS2019.6"));
+}
+
+TEST_F(Environment, KeepsWhatIsStored) {
+  CKVEnvApp& env = *AppEnv();
+  EXPECT_EQ(env.IsXMLReportwithRelativePathsNeeded(), 1);
+  env.SetIs3dSetUpSheet(1);
+  EXPECT_EQ(env.IsXMLReportwithRelativePathsNeeded(), 0);
+  env.SetXMLSetUpSheetPath(_T("a\\"));
+  const CKVEnvApp copy = env;
+  CloseAppEnv();
+  EXPECT_EQ(copy.GetXMLSetUpSheetPath(), _T("a\\"));
+  EXPECT_EQ(AppEnv()->GetXMLSetUpSheetPath(), _T(""));
+}
