@@ -349,7 +349,7 @@ LSTATUS RegDeleteTreeW(HKEY key, LPCWSTR path) {
   LSTATUS status = use.ReadyToRead();
   if (status == ERROR_SUCCESS) status = AppendPath(scratch.path, path);
   if (status == ERROR_SUCCESS) status = use.ReadyToWrite();
-  if (status == ERROR_FILE_NOT_FOUND && scratch.path.empty()) return ERROR_SUCCESS;
+  if (status == ERROR_FILE_NOT_FOUND && itself) return ERROR_SUCCESS;
   if (status != ERROR_SUCCESS) return status;
   Batch batch(use.InStore());
   std::int64_t id = 0;

@@ -1,0 +1,98 @@
+// The registry among many: forked children, eight processes and threads at once, and writers that are killed.
+#include <sys/mman.h>
+
+#include <atomic>
+#include <csignal>
+#include <random>
+#include <thread>
+
+#include "tests/platform/linux_registry_support.h"
+
+namespace kvtest {
+
+namespace {
+
+TEST_F(LinuxRegistry, HandlesGoOnInAForkedChild) {
+  Key key;
+  ASSERT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, kPath, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr), 0);
+  EXPECT_EQ(ExitCode(InChild([&] { return RegSetValueExW(key, _T("child"), 0, REG_SZ, nullptr, 0) == 0; })), 0);
+  EXPECT_EQ(RegQueryValueExW(key, _T("child"), nullptr, nullptr, nullptr, nullptr), ERROR_SUCCESS);
+}
+
+TEST_F(LinuxRegistry, EightProcessesLoseNothing) {
+  constexpr int kProcesses = 8, kValues = 150;
+  std::vector<pid_t> children;
+  for (int p = 0; p < kProcesses; ++p) {  // also the making of the hive is a race
+    children.push_back(InChild([p] {
+      bool good = true;
+      for (int i = 0; i < kValues && good; ++i) {
+        good = Set(HKEY_CURRENT_USER, NameOf(p * kValues + i), DWORD(p * kValues + i)) == ERROR_SUCCESS &&
+               Set(HKEY_CURRENT_USER, _T("shared"), DWORD(p)) == ERROR_SUCCESS;
+      }
+      return good;
+    }));
+  }
+  for (const pid_t child : children) EXPECT_EQ(ExitCode(child), 0);
+  for (int i = 0; i < kProcesses * kValues; ++i) EXPECT_EQ(Get(HKEY_CURRENT_USER, NameOf(i)), i);
+  EXPECT_EQ(IntegrityOf(folder_ / "user.hive"), "ok");
+}
+
+TEST_F(LinuxRegistry, EightThreadsLoseNothing) {
+  constexpr int kThreads = 8, kValues = 100;
+  std::vector<std::thread> threads;
+  std::atomic<int> failures = 0;
+  for (int t = 0; t < kThreads; ++t) {
+    threads.emplace_back([t, &failures] {
+      for (int i = t * kValues; i < (t + 1) * kValues; ++i) {
+        failures += Set(HKEY_CURRENT_USER, NameOf(i), DWORD(i)) != ERROR_SUCCESS;
+        failures += Get(HKEY_CURRENT_USER, NameOf(i)) != i;
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(failures, 0);
+  for (int i = 0; i < kThreads * kValues; ++i) EXPECT_EQ(Get(HKEY_CURRENT_USER, NameOf(i)), i);
+}
+
+TEST_F(LinuxRegistry, KilledWriterLosesNothingThatReturned) {
+  const auto seed = std::random_device()();
+  SCOPED_TRACE(testing::Message() << "seed " << seed);
+  std::printf("seed %u\n", seed);
+  std::mt19937 random(seed);
+  auto* const returned = static_cast<std::atomic<DWORD>*>(
+      mmap(nullptr, sizeof(std::atomic<DWORD>), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+  ASSERT_NE(returned, MAP_FAILED);
+  DWORD first = 1;
+  for (int round = 0; round < 200; ++round) {
+    *returned = first;
+    const pid_t child = InChild([&] {
+      for (DWORD n = first + 1;; ++n) {
+        if (Set(HKEY_CURRENT_USER, _T("last"), n) != 0 || Set(HKEY_CURRENT_USER, NameOf(int(n % 97)), n) != 0)
+          return false;
+        *returned = n;
+        if (n % 5 == 0 && RegDeleteTreeW(HKEY_CURRENT_USER, _T("Software\\Tree")) > ERROR_FILE_NOT_FOUND) return false;
+        if (n % 5 == 2 && Create(HKEY_CURRENT_USER, _T("Software\\Tree\\A\\B")) != 0) return false;
+      }
+    });
+    const DWORD wanted = first + random() % 20;
+    while (*returned < wanted && waitpid(child, nullptr, WNOHANG) == 0) continue;
+    for (std::atomic<unsigned> spin = random() % 20000; spin > 0; --spin) continue;
+    kill(child, SIGKILL);
+    EXPECT_EQ(ExitCode(child), 128 + SIGKILL);
+    const auto last = Get(HKEY_CURRENT_USER, _T("last"));
+    if (*returned > first) {
+      EXPECT_GE(last, LONGLONG(returned->load()));
+      EXPECT_LE(last, LONGLONG(returned->load()) + 1);
+      EXPECT_EQ(Get(HKEY_CURRENT_USER, NameOf(int(*returned % 97))), LONGLONG(returned->load()));
+    }
+    if (round % 10 == 9) {
+      EXPECT_EQ(IntegrityOf(folder_ / "user.hive"), "ok") << "round " << round;
+    }
+    first = *returned + 1;
+  }
+  munmap(returned, sizeof *returned);
+}
+
+}  // namespace
+
+}  // namespace kvtest

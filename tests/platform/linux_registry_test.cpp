@@ -1,0 +1,158 @@
+// The registry's files: when they are made, who may use them, and what damage does to them.
+#include <sys/stat.h>
+
+#include "tests/platform/linux_registry_support.h"
+
+namespace fs = std::filesystem;
+
+namespace kvtest {
+
+namespace {
+
+TEST_F(LinuxRegistry, ReadingMakesNothing) {
+  for (HKEY hive : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) {
+    TCHAR name[8];
+    DWORD units = 8;
+    DWORD count = 7;
+    EXPECT_EQ(Open(hive, KEY_READ), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(RegQueryValueExW(hive, _T("a"), nullptr, nullptr, nullptr, nullptr), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(RegDeleteValueW(hive, _T("a")), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(RegDeleteKeyExW(hive, kPath, 0, 0), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(RegDeleteTreeW(hive, kPath), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(RegEnumKeyExW(hive, 0, name, &units, nullptr, nullptr, nullptr, nullptr), ERROR_NO_MORE_ITEMS);
+    EXPECT_EQ(RegEnumValueW(hive, 0, name, &units, nullptr, nullptr, nullptr, nullptr), ERROR_NO_MORE_ITEMS);
+    EXPECT_EQ(RegQueryInfoKeyW(hive, nullptr, nullptr, nullptr, &count, nullptr, nullptr, nullptr, nullptr, nullptr,
+                               nullptr, nullptr),
+              ERROR_SUCCESS);
+    EXPECT_EQ(count, 0u);
+    Key root;
+    EXPECT_EQ(RegOpenKeyExW(hive, _T(""), 0, KEY_ALL_ACCESS, &root), ERROR_SUCCESS);
+  }
+  EXPECT_FALSE(fs::exists(scratch_.Path() / "deep"));
+}
+
+TEST_F(LinuxRegistry, FirstWriteMakesTheHivesOwnFile) {
+  EXPECT_EQ(Set(HKEY_CURRENT_USER, _T("a"), 1), ERROR_SUCCESS);
+  EXPECT_TRUE(fs::exists(folder_ / "user.hive"));
+  EXPECT_FALSE(fs::exists(folder_ / "machine.hive"));
+  EXPECT_EQ(Get(HKEY_LOCAL_MACHINE, _T("a")), -ERROR_FILE_NOT_FOUND);
+  EXPECT_EQ(Set(HKEY_LOCAL_MACHINE, _T("a"), 2), ERROR_SUCCESS);
+  EXPECT_TRUE(fs::exists(folder_ / "machine.hive"));
+  EXPECT_EQ(Get(HKEY_CURRENT_USER, _T("a")), 1);
+}
+
+TEST_F(LinuxRegistry, FollowsTheVariableWithinTheProcess) {
+  const fs::path other = scratch_.Path() / "other";
+  EXPECT_EQ(Set(HKEY_CURRENT_USER, _T("a"), 1), ERROR_SUCCESS);
+  Key kept;
+  ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, kPath, 0, KEY_READ, &kept), ERROR_SUCCESS);
+  UseRegistry(other);
+  EXPECT_EQ(Get(HKEY_CURRENT_USER, _T("a")), -ERROR_FILE_NOT_FOUND);
+  EXPECT_EQ(Set(HKEY_CURRENT_USER, _T("a"), 2), ERROR_SUCCESS);
+  EXPECT_EQ(RegQueryValueExW(kept, _T("a"), nullptr, nullptr, nullptr, nullptr), ERROR_SUCCESS);
+  UseRegistry(folder_);
+  EXPECT_EQ(Get(HKEY_CURRENT_USER, _T("a")), 1);
+}
+
+TEST_F(LinuxRegistry, WriteAfterTheHiveWasRemovedMakesANewOne) {
+  EXPECT_EQ(Set(HKEY_CURRENT_USER, _T("a"), 1), ERROR_SUCCESS);
+  fs::remove_all(folder_);
+  EXPECT_EQ(Create(HKEY_CURRENT_USER, _T("Software\\Other")), ERROR_SUCCESS);
+  EXPECT_EQ(Get(HKEY_CURRENT_USER, _T("a")), -ERROR_FILE_NOT_FOUND);
+  EXPECT_TRUE(fs::exists(folder_ / "user.hive"));
+}
+
+TEST_F(LinuxRegistry, DamagedHiveIsTold) {
+  EXPECT_EQ(Set(HKEY_CURRENT_USER, _T("a"), 1), ERROR_SUCCESS);
+  EXPECT_EQ(ExitCode(InChild([&] {  // brings the log into the hive
+              sqlite3* connection = nullptr;
+              sqlite3_open((folder_ / "user.hive").c_str(), &connection);
+              const int result = sqlite3_exec(connection, "PRAGMA wal_checkpoint(TRUNCATE)", nullptr, nullptr, nullptr);
+              return result == SQLITE_OK && sqlite3_close(connection) == SQLITE_OK;
+            })),
+            0);
+  const std::string good = kvtest::ReadFile(folder_ / "user.hive");
+  const struct {
+    const char* title;
+    std::string bytes;
+  } rows[] = {
+      {"empty", ""},
+      {"no hive at all", std::string(8192, 'x')},
+      {"cut in the first page", good.substr(0, 1000)},
+      {"pages overwritten", good.substr(0, 4096) + std::string(good.size() - 4096, '\xA5')},
+      {"schema overwritten", good.substr(0, 100) + std::string(3996, '\xA5') + good.substr(4096)},
+      {"another format", good.substr(0, 63) + '\x02' + good.substr(64)},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.title);
+    const ScratchFolder damaged;
+    damaged.Write("user.hive", row.bytes);
+    UseRegistry(damaged.Path());
+    EXPECT_EQ(Open(HKEY_CURRENT_USER, KEY_READ), ERROR_BADDB);
+    EXPECT_EQ(Create(HKEY_CURRENT_USER), ERROR_BADDB);
+    EXPECT_EQ(RegQueryValueExW(HKEY_CURRENT_USER, _T("a"), nullptr, nullptr, nullptr, nullptr), ERROR_BADDB);
+    EXPECT_EQ(RegDeleteTreeW(HKEY_CURRENT_USER, kPath), ERROR_BADDB);
+  }
+}
+
+// What another user may do with the machine's hive, of which the whole folder belongs to somebody else.
+TEST_F(LinuxRegistry, OtherUserReadsAndIsRefusedToWrite) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can become another user";
+  EXPECT_EQ(Set(HKEY_LOCAL_MACHINE, _T("a"), 1), ERROR_SUCCESS);
+  const ScratchFolder copied;  // the hive alone, as on read-only media
+  sqlite3* connection = nullptr;
+  sqlite3_open((folder_ / "machine.hive").c_str(), &connection);
+  sqlite3_exec(connection, "PRAGMA wal_checkpoint(TRUNCATE)", nullptr, nullptr, nullptr);
+  sqlite3_close(connection);
+  fs::copy_file(folder_ / "machine.hive", copied.Path() / "machine.hive");
+  const ScratchFolder empty;
+  for (const fs::path& folder : {scratch_.Path(), folder_.parent_path(), folder_, copied.Path(), empty.Path()}) {
+    chmod(folder.c_str(), 0755);
+  }
+  for (const fs::path& folder : {folder_, copied.Path()}) {
+    EXPECT_EQ(ExitCode(InChild([&] {
+                if (setgid(65534) != 0 || setuid(65534) != 0) return false;
+                UseRegistry(folder);
+                EXPECT_EQ(Get(HKEY_LOCAL_MACHINE, _T("a")), 1);
+                EXPECT_EQ(Open(HKEY_LOCAL_MACHINE, KEY_WRITE), ERROR_ACCESS_DENIED);
+                EXPECT_EQ(Open(HKEY_LOCAL_MACHINE, MAXIMUM_ALLOWED), ERROR_SUCCESS);
+                EXPECT_EQ(Create(HKEY_LOCAL_MACHINE, _T("Software\\New")), ERROR_ACCESS_DENIED);
+                EXPECT_EQ(RegSetValueExW(HKEY_LOCAL_MACHINE, _T("a"), 0, REG_SZ, nullptr, 0), ERROR_ACCESS_DENIED);
+                EXPECT_EQ(RegDeleteTreeW(HKEY_LOCAL_MACHINE, kPath), ERROR_ACCESS_DENIED);
+                return !HasFailure();
+              })),
+              0)
+        << folder;
+  }
+  EXPECT_EQ(ExitCode(InChild([&] {
+              if (setgid(65534) != 0 || setuid(65534) != 0) return false;
+              UseRegistry(empty.Path() / "below");
+              EXPECT_EQ(Get(HKEY_LOCAL_MACHINE, _T("a")), -ERROR_FILE_NOT_FOUND);
+              EXPECT_EQ(Create(HKEY_LOCAL_MACHINE), ERROR_ACCESS_DENIED);
+              return !HasFailure();
+            })),
+            0);
+}
+
+TEST_F(LinuxRegistry, ReaderWithoutRightsSeesLaterWrites) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can become another user";
+  EXPECT_EQ(Set(HKEY_LOCAL_MACHINE, _T("a"), 1), ERROR_SUCCESS);
+  for (const fs::path& folder : {scratch_.Path(), folder_.parent_path(), folder_}) chmod(folder.c_str(), 0755);
+  int to_child[2], to_parent[2];
+  ASSERT_EQ(pipe(to_child) | pipe(to_parent), 0);
+  char byte = 0;
+  const pid_t child = InChild([&] {
+    if (setgid(65534) != 0 || setuid(65534) != 0 || Get(HKEY_LOCAL_MACHINE, _T("a")) != 1) return false;
+    if (write(to_parent[1], &byte, 1) != 1 || read(to_child[0], &byte, 1) != 1) return false;
+    return Get(HKEY_LOCAL_MACHINE, _T("a")) == 2;
+  });
+  EXPECT_EQ(read(to_parent[0], &byte, 1), 1);
+  EXPECT_EQ(Set(HKEY_LOCAL_MACHINE, _T("a"), 2), ERROR_SUCCESS);
+  EXPECT_EQ(write(to_child[1], &byte, 1), 1);
+  EXPECT_EQ(ExitCode(child), 0);
+  for (const int fd : {to_child[0], to_child[1], to_parent[0], to_parent[1]}) close(fd);
+}
+
+}  // namespace
+
+}  // namespace kvtest
