@@ -1,0 +1,133 @@
+// The registry beside SQLite itself, on the same row of the same hive, and beside settings kept in an INI file.
+#include <sqlite3.h>
+
+#include <QSettings>
+#include <QString>
+#include <filesystem>
+#include <string>
+
+#include "bench/ratio.h"
+#include "platform/process.h"
+#include "platform/registry.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr LPCTSTR kPath = _T("Software\\Zemlor\\Kestrova\\Debug");
+constexpr int kValues = 500;
+
+std::basic_string<TCHAR> NameOf(int number) {
+  const std::string text = "Value" + std::to_string(number);
+  return {text.begin(), text.end()};
+}
+
+DWORD OpenQueryClose(LPCTSTR name) {
+  HKEY key = nullptr;
+  DWORD number = 0, size = sizeof number;
+  if (RegOpenKeyExW(HKEY_CURRENT_USER, kPath, 0, KEY_READ, &key) != ERROR_SUCCESS) return 0;
+  RegQueryValueExW(key, name, nullptr, nullptr, reinterpret_cast<BYTE*>(&number), &size);
+  RegCloseKey(key);
+  return number;
+}
+
+void OpenSetClose(LPCTSTR name, DWORD number) {
+  HKEY key = nullptr;
+  RegCreateKeyExW(HKEY_CURRENT_USER, kPath, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr);
+  RegSetValueExW(key, name, 0, REG_DWORD, reinterpret_cast<const BYTE*>(&number), sizeof number);
+  RegCloseKey(key);
+}
+
+}  // namespace
+
+int main() {
+  const fs::path folder = fs::temp_directory_path() / "kv-registry-bench";
+  fs::remove_all(folder);
+  SetEnvironmentVariableW(_T("KV_REGISTRY"), folder.u16string().c_str());
+  for (int i = 0; i < kValues; ++i) OpenSetClose(NameOf(i).c_str(), DWORD(i));
+
+  sqlite3* connection = nullptr;
+  sqlite3_stmt* read = nullptr;
+  sqlite3_stmt* write = nullptr;
+  sqlite3_open((folder / "user.hive").c_str(), &connection);
+  sqlite3_exec(connection, "PRAGMA synchronous = NORMAL", nullptr, nullptr, nullptr);
+  // The peer knows the key's number beforehand: one look-up by the primary key is all it does.
+  sqlite3_prepare_v2(connection, "SELECT max(id) FROM key", -1, &read, nullptr);
+  sqlite3_step(read);
+  const sqlite3_int64 id = sqlite3_column_int64(read, 0);
+  sqlite3_finalize(read);
+  sqlite3_prepare_v2(connection, "SELECT data FROM value WHERE key = ?2 AND folded = ?1", -1, &read, nullptr);
+  sqlite3_prepare_v2(connection, "UPDATE value SET data = ?2 WHERE key = ?3 AND folded = ?1", -1, &write, nullptr);
+  const QString ini = QString::fromStdString((folder / "settings.ini").string());
+  {
+    QSettings settings(ini, QSettings::IniFormat);
+    for (int i = 0; i < kValues; ++i) settings.setValue(QString("Debug/Value%1").arg(i), i);
+  }
+
+  kvbench::Table table("Registry");
+  const auto name = NameOf(250);
+  const auto read_row = [&] {
+    sqlite3_bind_text(read, 1, "VALUE250", 8, SQLITE_STATIC);
+    sqlite3_bind_int64(read, 2, id);
+    sqlite3_step(read);
+    kvbench::Keep(sqlite3_column_blob(read, 0));
+    sqlite3_reset(read);
+  };
+  table.Pair(
+      {.name = "open, query, close", .size = kValues, .peer = "SQLite C interface, same row", .goal = 2.0},
+      [&] { kvbench::Keep(OpenQueryClose(name.c_str())); }, read_row);
+  table.Pair(
+      {.name = "open, query, close", .size = kValues, .peer = "QSettings on an INI file, read anew"},
+      [&] { kvbench::Keep(OpenQueryClose(name.c_str())); },
+      [&] {
+        QSettings settings(ini, QSettings::IniFormat);
+        kvbench::Keep(settings.value("Debug/Value250").toInt());
+      });
+  HKEY key = nullptr;
+  RegOpenKeyExW(HKEY_CURRENT_USER, kPath, 0, KEY_READ, &key);
+  table.Pair(
+      {.name = "query", .size = kValues, .peer = "SQLite C interface, same row"},
+      [&] {
+        DWORD number = 0, size = sizeof number;
+        RegQueryValueExW(key, name.c_str(), nullptr, nullptr, reinterpret_cast<BYTE*>(&number), &size);
+        kvbench::Keep(number);
+      },
+      read_row);
+  RegCloseKey(key);
+
+  DWORD round = 0;
+  table.Pair(
+      {.name = "save values one by one", .size = kValues, .peer = "SQLite C interface", .operations = kValues},
+      [&] {
+        ++round;
+        for (int i = 0; i < kValues; ++i) OpenSetClose(NameOf(i).c_str(), DWORD(i) + round);
+      },
+      [&] {
+        ++round;
+        for (int i = 0; i < kValues; ++i) {
+          const std::string folded = "VALUE" + std::to_string(i);
+          const DWORD number = DWORD(i) + round;
+          sqlite3_bind_text(write, 1, folded.data(), int(folded.size()), SQLITE_STATIC);
+          sqlite3_bind_blob(write, 2, &number, sizeof number, SQLITE_STATIC);
+          sqlite3_step(write);
+          sqlite3_reset(write);
+        }
+      });
+  table.Pair(
+      {.name = "save values one by one", .size = kValues, .peer = "QSettings, an INI file", .operations = kValues},
+      [&] {
+        ++round;
+        for (int i = 0; i < kValues; ++i) OpenSetClose(NameOf(i).c_str(), DWORD(i) + round);
+      },
+      [&] {
+        ++round;
+        for (int i = 0; i < kValues; ++i) {
+          QSettings settings(ini, QSettings::IniFormat);
+          settings.setValue(QString("Debug/Value%1").arg(i), DWORD(i) + round);
+        }
+      });
+  sqlite3_finalize(read);
+  sqlite3_finalize(write);
+  sqlite3_close(connection);
+  fs::remove_all(folder);
+}
