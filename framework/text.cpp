@@ -2,6 +2,7 @@
 #include "framework/text.h"
 
 #include <algorithm>
+#include <functional>
 #include <limits>
 #include <new>
 #include <stdexcept>
