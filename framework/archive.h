@@ -132,7 +132,8 @@ class KVSHARE_API CArchive {
   //
   // If the outermost call raises, the archive takes back what that call had made: every object that no destructor has
   // deleted meanwhile is deleted, in order of creation, so that an owner goes ahead of what it owns. A destructor that
-  // reaches an object which has already gone that way finds a bare CObject in its place and may delete it once more.
+  // reaches an object which has already gone that way finds a bare CObject in its place and may delete it once more, if
+  // its class is not final or nameless (the compiler then goes past what stands there).
   // Objects of earlier outermost calls are the caller's.
   //
   // Raises badClass, before an object is made, if the class is not the wanted one or below it; null wants any.

@@ -1,0 +1,135 @@
+// CFile on disk and CMemFile: the same operations, the same results.
+#include "framework/file.h"
+
+#include <cstdlib>
+#include <functional>
+#include <string>
+
+#include "tests/framework/archive_fixture.h"
+#include "tests/scratch.h"
+
+namespace {
+
+CString PathOf(const kvtest::ScratchFolder& folder, const char* name) {
+  return FromUtf8((folder.Path() / name).string());
+}
+
+int CauseOf(const std::function<void()>& call) {
+  try {
+    call();
+  } catch (const CFileException& failure) {
+    return failure.m_cause;
+  }
+  return CFileException::none;
+}
+
+void ExpectReadsWritesAndSeeks(CFile& file) {
+  file.Write("hello world", 11);
+  EXPECT_EQ(file.GetLength(), 11u);
+  EXPECT_EQ(file.GetPosition(), 11u);
+  EXPECT_EQ(file.Seek(6, CFile::begin), 6u);
+  char text[16] = {};
+  EXPECT_EQ(file.Read(text, 16), 5u);
+  EXPECT_STREQ(text, "world");
+  EXPECT_EQ(file.Read(text, 16), 0u);
+  EXPECT_EQ(file.Seek(-5, CFile::end), 6u);
+  EXPECT_EQ(file.Seek(-1, CFile::current), 5u);
+  EXPECT_EQ(CauseOf([&] { file.Seek(-1, CFile::begin); }), CFileException::badSeek);
+  EXPECT_EQ(file.GetPosition(), 5u);
+  file.Seek(13, CFile::begin);
+  file.Write("!", 1);
+  file.Seek(10, CFile::begin);
+  EXPECT_EQ(file.Read(text, 16), 4u);
+  EXPECT_EQ(std::string(text, 4), std::string("d\0\0!", 4)) << "the gap is zeros";
+  file.SetLength(3);
+  EXPECT_EQ(file.GetLength(), 3u);
+  EXPECT_EQ(file.GetPosition(), 3u);
+  file.SeekToBegin();
+  EXPECT_EQ(file.Read(text, 16), 3u);
+}
+
+TEST(MemFile, ReadsWritesAndSeeks) {
+  CMemFile file;
+  ExpectReadsWritesAndSeeks(file);
+}
+
+TEST(DiskFile, ReadsWritesAndSeeks) {
+  const kvtest::ScratchFolder folder;
+  const CString path = PathOf(folder, "a.bin");
+  CFile file(path, CFile::modeReadWrite | CFile::modeCreate);
+  EXPECT_EQ(file.GetFilePath(), path);
+  EXPECT_EQ(file.GetFileName(), _T("a.bin"));
+  ExpectReadsWritesAndSeeks(file);
+  file.Close();
+  file.Close();
+  EXPECT_EQ(kvtest::ReadFile(folder.Path() / "a.bin"), "hel");
+}
+
+TEST(DiskFile, CreatesTruncatesOrKeepsAsTold) {
+  const kvtest::ScratchFolder folder;
+  const auto path = folder.Write("a.bin", "old");
+  const CString name = PathOf(folder, "a.bin");
+  CFile(name, CFile::modeWrite | CFile::modeCreate | CFile::modeNoTruncate).Write("x", 1);
+  EXPECT_EQ(kvtest::ReadFile(path), "xld");
+  CFile(name, CFile::modeWrite | CFile::modeCreate).Write("y", 1);
+  EXPECT_EQ(kvtest::ReadFile(path), "y");
+}
+
+TEST(DiskFile, TellsWhyItDoesNotOpen) {
+  const kvtest::ScratchFolder folder;
+  CFile file;
+  CFileException failure;
+  EXPECT_FALSE(file.Open(PathOf(folder, "none.bin"), CFile::modeRead, &failure));
+  EXPECT_EQ(failure.m_cause, CFileException::fileNotFound);
+  EXPECT_EQ(failure.m_lOsError, ERROR_FILE_NOT_FOUND);
+  EXPECT_FALSE(file.Open(PathOf(folder, "no/none.bin"), CFile::modeRead, &failure));
+  EXPECT_EQ(failure.m_cause, CFileException::badPath);
+  EXPECT_EQ(CauseOf([&] { CFile(PathOf(folder, "none.bin"), CFile::modeRead); }), CFileException::fileNotFound);
+  char byte = 0;
+  EXPECT_EQ(CauseOf([&] { file.Read(&byte, 1); }), CFileException::invalidFile);
+}
+
+TEST(MemFile, StandsOnACallersBlockWithoutGrowing) {
+  BYTE block[4] = {1, 2, 3, 4};
+  CMemFile file(block, sizeof block);
+  EXPECT_EQ(file.GetLength(), 4u);
+  file.SeekToEnd();
+  EXPECT_EQ(CauseOf([&] { file.Write("x", 1); }), CFileException::diskFull);
+  file.SeekToBegin();
+  file.Write("x", 1);
+  EXPECT_EQ(block[0], 'x');
+}
+
+TEST(MemFile, DetachGivesTheContentAway) {
+  CMemFile file(1);
+  file.Write("abc", 3);
+  BYTE* block = file.Detach();
+  EXPECT_EQ(std::string(reinterpret_cast<char*>(block), 3), "abc");
+  EXPECT_EQ(file.GetLength(), 0u);
+  std::free(block);
+}
+
+// An archive on disk leaves the file where it has got to, so that others go on behind it.
+TEST(DiskFile, ArchiveLeavesTheFileAtItsOwnPosition) {
+  const kvtest::ScratchFolder folder;
+  CFile file(PathOf(folder, "a.kv"), CFile::modeReadWrite | CFile::modeCreate);
+  {
+    CArchive ar(&file, CArchive::store);
+    ar << DWORD(7) << CString(_T("text"));
+  }
+  file.Write("tail", 4);
+  file.SeekToBegin();
+  CArchive ar(&file, CArchive::load);
+  EXPECT_EQ(ar.m_strFileName, file.GetFilePath());
+  DWORD number = 0;
+  CString text;
+  ar >> number >> text;
+  ar.Close();
+  EXPECT_EQ(number, 7u);
+  EXPECT_EQ(text, _T("text"));
+  char tail[4];
+  EXPECT_EQ(file.Read(tail, 4), 4u);
+  EXPECT_EQ(std::string(tail, 4), "tail");
+}
+
+}  // namespace
