@@ -259,6 +259,15 @@ CArchive& CArchive::operator<<(const CString& text) {
 }
 
 CArchive& CArchive::operator>>(CString& text) {
+  static constexpr BYTE kWideMark[] = {0xFF, 0xFE, 0xFF};
+  const std::size_t buffered = std::size_t(m_pInEnd - m_pIn);
+  if (buffered > 4 && m_pIn[3] != 0xFF && m_pIn[3] != 0 && std::memcmp(m_pIn, kWideMark, sizeof kWideMark) == 0 &&
+      buffered >= 4 + m_pIn[3] * sizeof(TCHAR)) {  // most texts
+    const BYTE units = m_pIn[3];
+    std::memcpy(text.GetBufferSetLength(units), m_pIn + 4, units * sizeof(TCHAR));
+    m_pIn += 4 + units * sizeof(TCHAR);
+    return *this;
+  }
   int charBytes = 0;
   const std::size_t length = AfxReadStringLength(*this, charBytes);
   if (length == 0) {

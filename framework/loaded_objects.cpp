@@ -70,27 +70,33 @@ void LoadedObjects::Close() noexcept {
   }
 }
 
+void LoadedObjects::AddEntry(std::uintptr_t entry) {
+  if (count_ % kChunkEntries == 0) chunks_.push_back(std::make_unique_for_overwrite<Chunk>());
+  (*chunks_.back())[count_ % kChunkEntries] = entry;
+  ++count_;
+}
+
 void LoadedObjects::AddClass(CRuntimeClass* record, UINT schema) {
-  entries_.push_back(classes_.size() << 2 | kClass);
+  AddEntry(classes_.size() << 2 | kClass);
   classes_.push_back({record, schema});
 }
 
 void LoadedObjects::AddObject(const CObject* object, bool made) {
   const auto address = reinterpret_cast<std::uintptr_t>(object);
-  entries_.push_back(address | (made ? kMade : kForeign));
+  AddEntry(address | (made ? kMade : kForeign));
   lowest_ = std::min(lowest_, address);
   highest_ = std::max(highest_, address);
 }
 
 const LoadedObjects::Class* LoadedObjects::ClassAt(DWORD number) const {
-  if (number == 0 || number > entries_.size()) return nullptr;
-  const std::uintptr_t entry = entries_[number - 1];
+  if (number == 0 || number > count_) return nullptr;
+  const std::uintptr_t entry = EntryAt(number);
   return (entry & kMask) == kClass ? &classes_[entry >> 2] : nullptr;
 }
 
 CObject* LoadedObjects::ObjectAt(DWORD number) const {
-  if (number == 0 || number > entries_.size()) return nullptr;
-  const std::uintptr_t entry = entries_[number - 1];
+  if (number == 0 || number > count_) return nullptr;
+  const std::uintptr_t entry = EntryAt(number);
   if ((entry & kMask) == kClass) return nullptr;
   auto* object = reinterpret_cast<CObject*>(entry & ~kMask);
   return IsDestroyed(object, number) ? nullptr : object;
@@ -142,7 +148,7 @@ void LoadedObjects::TakeBack(DWORD count) noexcept {
   Graveyard* const outer = t_graveyard;
   if (!outer) t_graveyard = &graveyard;
   for (DWORD number = count + 1; number <= GetCount(); ++number) {
-    if ((entries_[number - 1] & kMask) == kMade) delete ObjectAt(number);
+    if ((EntryAt(number) & kMask) == kMade) delete ObjectAt(number);
   }
   t_graveyard = outer;
 }

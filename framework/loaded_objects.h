@@ -5,7 +5,9 @@
 // raises instead of being followed, and taking back never deletes an object twice.
 #pragma once
 
+#include <array>
 #include <atomic>
+#include <memory>
 #include <new>
 #include <unordered_map>
 #include <vector>
@@ -25,7 +27,7 @@ class LoadedObjects {
   void Close() noexcept;
 
   // The numbers handed out so far: 1 to GetCount().
-  DWORD GetCount() const { return DWORD(entries_.size()); }
+  DWORD GetCount() const { return count_; }
   void AddClass(CRuntimeClass* record, UINT schema);
   // made: the archive made the object, and takes it back if the load fails.
   void AddObject(const CObject* object, bool made);
@@ -54,7 +56,18 @@ class LoadedObjects {
 
   static std::atomic<int> open_;
 
-  std::vector<std::uintptr_t> entries_;  // pointer to an object, or place in classes_ times 4; the tag in the low bits
+  // Pointers to objects, or places in classes_ times 4; the tag in the low bits. In chunks, so that growing copies
+  // nothing and never holds the old and the new at once.
+  static constexpr DWORD kChunkEntries = 4096;
+  using Chunk = std::array<std::uintptr_t, kChunkEntries>;
+
+  std::uintptr_t EntryAt(DWORD number) const {
+    return (*chunks_[(number - 1) / kChunkEntries])[(number - 1) % kChunkEntries];
+  }
+  void AddEntry(std::uintptr_t entry);
+
+  std::vector<std::unique_ptr<Chunk>> chunks_;
+  DWORD count_ = 0;
   std::vector<Class> classes_;
   std::unordered_map<const CObject*, DWORD> destroyed_;  // count of numbers at the last destruction at that address
   std::uintptr_t lowest_ = UINTPTR_MAX;                  // of the addresses of objects: others need no note

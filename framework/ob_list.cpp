@@ -15,12 +15,11 @@ constexpr ULONGLONG kShortestReference = 2;  // bytes
 
 IMPLEMENT_SERIAL(CObList, CObject, 0)
 
-CObList::CObList(LONGLONG blockSize) : m_nBlockSize(std::max<LONGLONG>(blockSize, 1)) {}
+CObList::CObList(LONGLONG blockSize) : m_nBlockSize(LONG(std::clamp<LONGLONG>(blockSize, 1, kLargestBlock))) {}
 
 CObList::~CObList() { RemoveAll(); }
 
-void CObList::Allocate() {
-  const LONGLONG nodes = std::max(m_nBlockSize, std::min(m_nCount, kLargestBlock));
+void CObList::Allocate(LONGLONG nodes) {
   auto* block = static_cast<Block*>(::operator new(sizeof(Block) + std::size_t(nodes) * sizeof(Node)));
   block->next = m_pBlocks;
   m_pBlocks = block;
@@ -29,7 +28,7 @@ void CObList::Allocate() {
 }
 
 CObList::Node* CObList::Insert(CObject* object, Node* previous, Node* next) {
-  if (!m_pFree) Allocate();
+  if (!m_pFree) Allocate(std::max<LONGLONG>(m_nBlockSize, std::min<LONGLONG>(m_nCount, kLargestBlock)));
   Node* node = m_pFree;
   m_pFree = node->next;
   *node = {next, previous, object};
@@ -107,8 +106,9 @@ void CObList::SerializeOwned(CArchive& ar, const CRuntimeClass* wanted) {
 }
 
 void CObList::Load(CArchive& ar, const CRuntimeClass* wanted, bool owned) {
-  for (ULONGLONG left = ar.ReadCount(kShortestReference); left > 0; --left)
-    AddTail(owned ? ar.ReadOwnedObject(wanted) : ar.ReadObject(wanted));
+  const ULONGLONG count = ar.ReadCount(kShortestReference);
+  if (count != 0 && !m_pFree) Allocate(LONGLONG(std::min(count, ULONGLONG(kLargestBlock))));  // a block that just fits
+  for (ULONGLONG left = count; left > 0; --left) AddTail(owned ? ar.ReadOwnedObject(wanted) : ar.ReadObject(wanted));
 }
 
 void CObList::AssertValid() const {

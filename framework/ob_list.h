@@ -89,7 +89,7 @@ class KVSHARE_API CObList : public CObject {
   }
   Node* Insert(CObject* object, Node* previous, Node* next);
   CObject* Remove(Node* node) noexcept;
-  void Allocate();
+  void Allocate(LONGLONG nodes);
   void Load(CArchive& ar, const CRuntimeClass* wanted, bool owned);
 
   Node* m_pHead = nullptr;
@@ -97,6 +97,6 @@ class KVSHARE_API CObList : public CObject {
   Node* m_pFree = nullptr;
   Block* m_pBlocks = nullptr;
   CObject* m_pNone = nullptr;  // what the ends of an empty list refer to
-  LONGLONG m_nCount = 0;
-  LONGLONG m_nBlockSize;
+  LONG m_nCount = 0;           // an archive's numbers, and memory, end sooner than this does
+  LONG m_nBlockSize;
 };
