@@ -109,6 +109,7 @@ int main() {
           const DWORD number = DWORD(i) + round;
           sqlite3_bind_text(write, 1, folded.data(), int(folded.size()), SQLITE_STATIC);
           sqlite3_bind_blob(write, 2, &number, sizeof number, SQLITE_STATIC);
+          sqlite3_bind_int64(write, 3, id);
           sqlite3_step(write);
           sqlite3_reset(write);
         }
