@@ -14,16 +14,15 @@ class Tombstone final : public CObject {};
 struct Graveyard {
   struct Block {
     void* block;
-    std::size_t bytes;
     std::align_val_t alignment;
   };
 
   ~Graveyard() {
     for (const Block& held : blocks) {
       if (held.alignment == std::align_val_t{1}) {
-        ::operator delete(held.block, held.bytes);
+        ::operator delete(held.block);
       } else {
-        ::operator delete(held.block, held.bytes, held.alignment);
+        ::operator delete(held.block, held.alignment);
       }
     }
   }
@@ -139,7 +138,7 @@ bool LoadedObjects::KeepBlock(void* block, std::size_t bytes, std::align_val_t a
     if (inside) graveyard->Bury(object);
     return inside;
   });
-  graveyard->blocks.push_back({block, bytes, alignment});
+  graveyard->blocks.push_back({block, alignment});
   return true;
 }
 

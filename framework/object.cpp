@@ -76,12 +76,12 @@ void* CObject::operator new(std::size_t bytes, std::align_val_t alignment) { ret
 
 void CObject::operator delete(void* block, std::size_t bytes) noexcept {
   if (LoadedObjects::AnyOpen() && LoadedObjects::KeepBlock(block, bytes, std::align_val_t{1})) return;
-  ::operator delete(block, bytes);
+  ::operator delete(block);
 }
 
 void CObject::operator delete(void* block, std::size_t bytes, std::align_val_t alignment) noexcept {
   if (LoadedObjects::AnyOpen() && LoadedObjects::KeepBlock(block, bytes, alignment)) return;
-  ::operator delete(block, bytes, alignment);
+  ::operator delete(block, alignment);
 }
 
 void CObject::Serialize(CArchive&) {}
