@@ -12,6 +12,7 @@ int main(int argc, char** argv) {
   const kestrova::MainModuleScope module;
   kestrova::AddRegistryCommands(app);
   kestrova::AddEnvironmentCommands(app);
+  kestrova::AddMachineCommands(app);
   kestrova::AddCompletionCommands(app);
   try {
     app.parse(argc, argv);

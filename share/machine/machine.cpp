@@ -1,7 +1,9 @@
 #include "share/machine/machine.h"
 
 #include "platform/files.h"
+#include "share/env/document_callbacks.h"
 #include "share/machine/machine_reader.h"
+#include "share/settings/settings_key.h"
 
 namespace {
 
@@ -30,6 +32,20 @@ void KVVMMachine::Begin(VM_MACHINE_TYPE type, const CString& name) {
   m_nMachType = type;
   m_strName = name;
   m_loadFailure = {};
+}
+
+int KVVMMachine::LoadMachine(VM_MACHINE_TYPE type, CString& name) {
+  Begin(type, name);
+  if (name.IsEmpty()) return Fail(MachineLoadFailure::Kind::kNoName);
+  const QFSettingsKey* settings = GetAppSettingsCB();
+  if (!settings) return Fail(MachineLoadFailure::Kind::kNoSettings);
+  CString path;
+  settings->GetValue(_T("SimulationMachinePath"), path);
+  SetSimulationPath(path);
+  KVVMMachineXMLReaderUtil reader;
+  if (reader.LoadFromFile(m_loadFailure.file, this)) return 1;
+  m_loadFailure.xml = reader.GetFailure();
+  return Fail(MachineLoadFailure::Kind::kDefinition);
 }
 
 int KVVMMachine::LoadFromMemory(VM_MACHINE_TYPE type, const CString& name, const CString& simulationPath,

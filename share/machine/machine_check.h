@@ -23,7 +23,7 @@ struct MachineFinding {
   std::string text;  // one line of UTF-8 for a human reader
 };
 
-struct MachineCheckResult {
+struct KVSHARE_API MachineCheckResult {
   KVXMLFailure failure;                  // not kNone: the file could not be read, and there are no findings
   std::vector<MachineFinding> findings;  // in the order of their places; at most kMachineMostFindings
   bool more = false;                     // there were more

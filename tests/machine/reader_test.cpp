@@ -1,0 +1,231 @@
+// The reader, attribute by attribute: what each text becomes in the model.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <random>
+
+#include "share/machine/machine_reader.h"
+#include "tests/machine/definition.h"
+
+namespace {
+
+using kvtest::Load;
+using kvtest::LoadChannel;
+using kvtest::LoadShape;
+
+struct RealCase {
+  const char* text;
+  double value;
+};
+
+TEST(MachineReader, ReadsReals) {
+  constexpr RealCase kCases[] = {
+      {"12,5", 12.5},      {",5", 0.0},          {"1,2,3", 1.2},    {"250000", 100000.0}, {"-250000", -100000.0},
+      {"100000", 100000},  {"1e400", 100000.0},  {"-1e400", -1e5},  {"1e-400", 0.0},      {"inf", 100000.0},
+      {"-inf", -100000.0}, {"0x1p4", 16.0},      {"0x", 0.0},       {" \t7.5mm", 7.5},    {"+3", 3.0},
+      {"--3", 0.0},        {"", 0.0},            {"abc", 0.0},      {".5", 0.5},          {"5.", 5.0},
+      {"1e", 1.0},         {"1e2", 100.0},       {"1.5.2", 1.5},    {"0.1", 0.1},         {"123456789012345678e-15", 123.45678901234568},
+      {"- 5", 0.0},        {"1e99999999999999999999", 1e5}, {"0.000000000000000000000000001e30", 1000.0},
+  };
+  for (const RealCase& row : kCases) {
+    KVVMMachine machine;
+    const CQVMChannel& channel = LoadChannel(machine, "<TARGET DIAM='" + std::string(row.text) + "'/>");
+    EXPECT_EQ(channel.GetTurretDiam(), row.value) << row.text;
+  }
+}
+
+TEST(MachineReader, ReadsRandomRealsAsTheCLibraryDoes) {
+  const unsigned seed = std::random_device{}();
+  SCOPED_TRACE("seed " + std::to_string(seed));
+  std::mt19937 random(seed);
+  const std::string alphabet = "0123456789012345678901234567890.-+eEx ";
+  for (int i = 0; i < 3000; ++i) {
+    std::string text;
+    for (unsigned n = random() % 24; n-- > 0;) text += alphabet[random() % alphabet.size()];
+    KVVMMachine machine;
+    const CQVMChannel& channel = LoadChannel(machine, "<TARGET GAUGEX='" + text + "'/>");
+    const double expected = std::min(std::max(std::strtod(text.c_str(), nullptr), -1e5), 1e5);
+    ASSERT_EQ(channel.GetToolGaugeX(), expected) << '"' << text << '"';
+  }
+}
+
+TEST(MachineReader, ReadsIntegers) {
+  constexpr std::pair<const char*, int> kCases[] = {
+      {"7", 7},   {" -7x", -7}, {"+7", 7}, {"", 0}, {"x", 0}, {"3.9", 3}, {"99999999999", 2147483647}, {"-99999999999", -2147483647 - 1},
+      {"+-1", 0}, {"0x10", 0},
+  };
+  for (const auto& [text, value] : kCases) {
+    KVVMMachine machine;
+    EXPECT_EQ(LoadChannel(machine, "<TARGET STATIONS='" + std::string(text) + "'/>").GetNumStations(), value) << text;
+  }
+}
+
+TEST(MachineReader, ScansThreeRealsInSinglePrecision) {
+  struct Case {
+    const char* text;
+    float x, y, z;
+  };
+  constexpr Case kCases[] = {
+      {"1 2 3", 1, 2, 3},   {"1,5 2 3", 1, 0, 0},         {"0.1 0.2 0.3", 0.1f, 0.2f, 0.3f}, {"1-2-3", 1, -2, -3},
+      {"250000 0 0", 250000, 0, 0}, {"1 x 3", 1, 0, 0}, {"", 0, 0, 0},                 {"16777217 0 0", 16777216, 0, 0},
+  };
+  for (const Case& row : kCases) {
+    KVVMMachine machine;
+    const CQVMChannel& channel = LoadChannel(machine, "<TARGET><TOOL LOC='" + std::string(row.text) + "'/></TARGET>");
+    const FRVector at = channel.GetAttachLocation(1);
+    EXPECT_EQ(at.x(), double(row.x)) << row.text;
+    EXPECT_EQ(at.y(), double(row.y)) << row.text;
+    EXPECT_EQ(at.z(), double(row.z)) << row.text;
+  }
+}
+
+TEST(MachineReader, ComparesElementNamesWithoutCaseAndValuesWithIt) {
+  KVVMMachine machine;
+  Load(machine, "<channels NUM='1'><Channel ID='1'><tArget TYPE='fixture' ID='1'/></Channel></channels>");
+  ASSERT_NE(machine.GetChannel(1), nullptr);
+  EXPECT_EQ(machine.GetChannel(1)->GetToolTarget(), MD_TURRET_NONE);
+  EXPECT_EQ(machine.GetChannel(1)->GetFixtureStatus(0), 0);
+  Load(machine, "<CHANNELS num='5'/>");
+  EXPECT_EQ(machine.GetNumChannels(), 1) << "an attribute name of another case is another attribute";
+}
+
+TEST(MachineReader, MapsTargetTypes) {
+  constexpr std::pair<const char*, int> kCases[] = {{"Turret", 0}, {"Horiz Head", 1}, {"Vert Head", 2}, {"Rail", 3},
+                                                    {"Other", 4},  {"TurretAHead", 5}, {"TurretBHead", 5}, {"Head", 8},
+                                                    {"turret", 5}, {"", 5}};
+  for (const auto& [text, value] : kCases) {
+    KVVMMachine machine;
+    const std::string targets = "<TARGET TYPE='Rail'/><TARGET TYPE='" + std::string(text) + "'/>";
+    EXPECT_EQ(LoadChannel(machine, targets).GetToolTarget(), value) << text;
+  }
+  KVVMMachine machine;
+  EXPECT_EQ(LoadChannel(machine, "<TARGET TYPE='Rail'/><TARGET TYPE='Fixture'/><TARGET/>").GetToolTarget(), 3)
+      << "a fixture and a target without TYPE leave the tool target as it is";
+}
+
+TEST(MachineReader, AppliesTargetAttributesInTheirOwnOrder) {
+  KVVMMachine machine;
+  const CQVMChannel& channel = LoadChannel(machine, "<TARGET V4X='0,25' ROT_4TH_ABOUT='+Z' ID='2' TYPE='Fixture'/>");
+  EXPECT_EQ(channel.GetFixtureStatus(0), 0);
+  EXPECT_EQ(channel.GetFixtureStatus(1), 1);
+  EXPECT_EQ(channel.Get4thAxisFixtureDirType(1), CM_DIR_PLUS_Z);
+  EXPECT_EQ(channel.GetFixture4thXVector(1), 0.25);
+  EXPECT_EQ(channel.GetFixture4thYVector(1), 0.0);
+  EXPECT_EQ(channel.GetFixture4thZVector(1), 1.0);
+}
+
+TEST(MachineReader, TargetThatIsNoFixtureSetsFixtureValuesOfIndexZero) {
+  KVVMMachine machine;
+  const CQVMChannel& channel = LoadChannel(machine, "<TARGET TYPE='Turret' ID='9' XOFF='5' ROT_5TH_ABOUT='-Y'/>");
+  EXPECT_EQ(channel.GetTurretNum(), 9);
+  EXPECT_EQ(channel.GetFixtureXOffset(0), 5.0);
+  EXPECT_EQ(channel.GetFixtureStatus(0), 0);
+  EXPECT_EQ(channel.Get5thAxisToolDirType(), CM_DIR_MINUS_Y);
+  EXPECT_EQ(channel.Get5thAxisFixtureDirType(0), CM_DIR_NONE);
+}
+
+TEST(MachineReader, FixtureIdsOutOfRangeChangeNothing) {
+  for (const char* id : {"0", "3", "-2147483648", "2147483647", "x"}) {
+    KVVMMachine machine;
+    const std::string target = "<TARGET TYPE='Fixture' ID='" + std::string(id) + "' XOFF='1' ROT_4TH_ABOUT='+X' V5Z='2'/>";
+    const CQVMChannel& channel = LoadChannel(machine, target);
+    for (int i = -1; i < 4; ++i) {
+      EXPECT_EQ(channel.GetFixtureStatus(i), 0) << id;
+      EXPECT_EQ(channel.GetFixtureXOffset(i), 0.0) << id;
+      EXPECT_EQ(channel.Get4thAxisFixtureDirType(i), CM_DIR_NONE) << id;
+    }
+  }
+}
+
+TEST(MachineReader, SecondTargetOverwritesOnlyWhatItNames) {
+  KVVMMachine machine;
+  const CQVMChannel& channel =
+      LoadChannel(machine, "<TARGET TYPE='Turret' STATIONS='8' DIAM='200'/><TARGET TYPE='Head' DIAM='90'/>");
+  EXPECT_EQ(channel.GetToolTarget(), MD_TURRET_HEAD);
+  EXPECT_EQ(channel.GetNumStations(), 8);
+  EXPECT_EQ(channel.GetTurretDiam(), 90.0);
+}
+
+TEST(MachineReader, FirstOfDuplicateAttributesCounts) {
+  KVVMMachine machine;
+  const CQVMShape& shape = LoadShape(machine, "NAME='A' ID='1'", "<HOME Y='1' X='2' Y='3'/>");
+  EXPECT_EQ(shape.m_homeXYZ.y(), 1.0);
+  EXPECT_EQ(shape.m_homeXYZ.x(), 2.0);
+}
+
+TEST(MachineReader, ReadsAShape) {
+  KVVMMachine machine;
+  const CQVMShape& shape = LoadShape(
+      machine, "NAME='Tür' ID='4' PATH='body.stl' PARENT='Bett' PTYPE='Front2'",
+      "<OFFSET X='1' Y='2' Z='3'/><ORIGIN_OFFSET Y='7'/><MIN A='-1' Z='-2'/><MAX C='3'/><other/>"
+      "<DISPLAY RGB='1 2 300' TRANSPARENT='TRUE' HOUSING='true' CCHECK='TRUE' VISIBLE='no' METALLIC='Steel'/>");
+  EXPECT_EQ(shape.GetName(), _T("T\u00FCr"));
+  EXPECT_EQ(shape.GetID(), 4);
+  EXPECT_EQ(shape.m_strPath, _T("C:\\M\\Mill\\VMC\\body.stl"));
+  EXPECT_EQ(shape.GetParentName(), _T("Bett"));
+  EXPECT_EQ(shape.m_nParentType, CM_PARENT_FRONT2);
+  EXPECT_EQ(shape.m_offset.x(), 1.0);
+  EXPECT_EQ(shape.m_offset.y(), 7.0) << "the later of OFFSET and ORIGIN_OFFSET wins, component by component";
+  EXPECT_EQ(shape.m_minABC.x(), -1.0);
+  EXPECT_EQ(shape.m_minXYZ.z(), -2.0);
+  EXPECT_EQ(shape.m_maxABC.z(), 3.0);
+  EXPECT_EQ(shape.m_nBlue, 300) << "colours stand as written";
+  EXPECT_EQ(shape.m_bTransparent, 1);
+  EXPECT_EQ(shape.m_bHousing, 0);
+  EXPECT_EQ(shape.m_bCollisionCheck, 1);
+  EXPECT_EQ(shape.m_bVisible, 0);
+  EXPECT_EQ(shape.m_bMetallic, 1);
+  EXPECT_EQ(shape.m_strMetallic, _T("Steel"));
+}
+
+TEST(MachineReader, DeclaredCountsStandAcrossLoadsAndNeedNotAgree) {
+  KVVMMachine machine;
+  Load(machine, "<CHANNELS NUM='7'><CHANNEL/></CHANNELS><SHAPES NUM='9'/>");
+  Load(machine, "<CHANNELS><CHANNEL/><CHANNEL/></CHANNELS>");
+  EXPECT_EQ(machine.GetNumChannels(), 7);
+  EXPECT_EQ(machine.GetNumShapes(), 9);
+  EXPECT_EQ(machine.GetChannels().GetCount(), 2);
+  EXPECT_EQ(machine.GetFirstShape(), nullptr);
+}
+
+struct ListCase {
+  const char* attributes;
+  std::vector<int> ids;
+};
+
+TEST(MachineReader, ReadsShapeLists) {
+  const ListCase kCases[] = {
+      {"NUM='3' LIST='4,7,9'", {4, 7, 9}},
+      {"NUM='2' LIST='4,7,9'", {4, 7}},
+      {"NUM='4' LIST='5,7'", {5, 7, 7, 7}},
+      {"NUM='4' LIST='5,7,'", {5, 7}},
+      {"NUM='3' LIST=',5'", {0, 0, 0}},
+      {"NUM='3' LIST='5,,7'", {5, 0, 0}},
+      {"NUM='2' LIST=' 5 , x7'", {5, 0}},
+      {"NUM='0' LIST='5,7'", {}},
+      {"NUM='-1' LIST='5,7'", {}},
+      {"LIST='5,7'", {}},
+      {"NUM='2' LIST=''", {}},
+      {"NUM='2'", {}},
+  };
+  for (const ListCase& row : kCases) {
+    KVVMMachine machine;
+    Load(machine, "<CHANNELS NUM='1'><CHANNEL/></CHANNELS><SHAPELISTS><TOOLSHAPELIST CHANNEL='1' AXIS='B' " +
+                      std::string(row.attributes) + "/></SHAPELISTS>");
+    std::vector<int> ids(std::size_t(machine.GetShapeMngr()->GetToolShapeArray(0, CM_AXIS_B, nullptr)));
+    machine.GetShapeMngr()->GetToolShapeArray(0, CM_AXIS_B, ids.data());
+    EXPECT_EQ(ids, row.ids) << row.attributes;
+  }
+}
+
+TEST(MachineReader, HostileCountsStayBounded) {
+  KVVMMachine machine;
+  Load(machine, "<CHANNELS NUM='1'><CHANNEL/></CHANNELS><SHAPELISTS>"
+                "<TOOLSHAPELIST NUM='2000000000' LIST='5,7'/><TOOLSHAPELIST AXIS='X' NUM='2000000000' LIST='5,7'/>"
+                "</SHAPELISTS>");
+  EXPECT_EQ(machine.GetShapeMngr()->GetToolShapeArray(0, CM_AXIS_Z, nullptr), kMachineMostRepeatedIds + 2);
+  EXPECT_EQ(machine.GetShapeMngr()->GetToolShapeArray(0, CM_AXIS_X, nullptr), 2);
+}
+
+}  // namespace
