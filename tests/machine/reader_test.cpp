@@ -21,12 +21,34 @@ struct RealCase {
 
 TEST(MachineReader, ReadsReals) {
   constexpr RealCase kCases[] = {
-      {"12,5", 12.5},      {",5", 0.0},          {"1,2,3", 1.2},    {"250000", 100000.0}, {"-250000", -100000.0},
-      {"100000", 100000},  {"1e400", 100000.0},  {"-1e400", -1e5},  {"1e-400", 0.0},      {"inf", 100000.0},
-      {"-inf", -100000.0}, {"0x1p4", 16.0},      {"0x", 0.0},       {" \t7.5mm", 7.5},    {"+3", 3.0},
-      {"--3", 0.0},        {"", 0.0},            {"abc", 0.0},      {".5", 0.5},          {"5.", 5.0},
-      {"1e", 1.0},         {"1e2", 100.0},       {"1.5.2", 1.5},    {"0.1", 0.1},         {"123456789012345678e-15", 123.45678901234568},
-      {"- 5", 0.0},        {"1e99999999999999999999", 1e5}, {"0.000000000000000000000000001e30", 1000.0},
+      {"12,5", 12.5},
+      {",5", 0.0},
+      {"1,2,3", 1.2},
+      {"250000", 100000.0},
+      {"-250000", -100000.0},
+      {"100000", 100000},
+      {"1e400", 100000.0},
+      {"-1e400", -1e5},
+      {"1e-400", 0.0},
+      {"inf", 100000.0},
+      {"-inf", -100000.0},
+      {"0x1p4", 16.0},
+      {"0x", 0.0},
+      {" \t7.5mm", 7.5},
+      {"+3", 3.0},
+      {"--3", 0.0},
+      {"", 0.0},
+      {"abc", 0.0},
+      {".5", 0.5},
+      {"5.", 5.0},
+      {"1e", 1.0},
+      {"1e2", 100.0},
+      {"1.5.2", 1.5},
+      {"0.1", 0.1},
+      {"123456789012345678e-15", 123.45678901234568},
+      {"- 5", 0.0},
+      {"1e99999999999999999999", 1e5},
+      {"0.000000000000000000000000001e30", 1000.0},
   };
   for (const RealCase& row : kCases) {
     KVVMMachine machine;
@@ -52,8 +74,16 @@ TEST(MachineReader, ReadsRandomRealsAsTheCLibraryDoes) {
 
 TEST(MachineReader, ReadsIntegers) {
   constexpr std::pair<const char*, int> kCases[] = {
-      {"7", 7},   {" -7x", -7}, {"+7", 7}, {"", 0}, {"x", 0}, {"3.9", 3}, {"99999999999", 2147483647}, {"-99999999999", -2147483647 - 1},
-      {"+-1", 0}, {"0x10", 0},
+      {"7", 7},
+      {" -7x", -7},
+      {"+7", 7},
+      {"", 0},
+      {"x", 0},
+      {"3.9", 3},
+      {"99999999999", 2147483647},
+      {"-99999999999", -2147483647 - 1},
+      {"+-1", 0},
+      {"0x10", 0},
   };
   for (const auto& [text, value] : kCases) {
     KVVMMachine machine;
@@ -67,8 +97,14 @@ TEST(MachineReader, ScansThreeRealsInSinglePrecision) {
     float x, y, z;
   };
   constexpr Case kCases[] = {
-      {"1 2 3", 1, 2, 3},   {"1,5 2 3", 1, 0, 0},         {"0.1 0.2 0.3", 0.1f, 0.2f, 0.3f}, {"1-2-3", 1, -2, -3},
-      {"250000 0 0", 250000, 0, 0}, {"1 x 3", 1, 0, 0}, {"", 0, 0, 0},                 {"16777217 0 0", 16777216, 0, 0},
+      {"1 2 3", 1, 2, 3},
+      {"1,5 2 3", 1, 0, 0},
+      {"0.1 0.2 0.3", 0.1f, 0.2f, 0.3f},
+      {"1-2-3", 1, -2, -3},
+      {"250000 0 0", 250000, 0, 0},
+      {"1 x 3", 1, 0, 0},
+      {"", 0, 0, 0},
+      {"16777217 0 0", 16777216, 0, 0},
   };
   for (const Case& row : kCases) {
     KVVMMachine machine;
@@ -91,9 +127,9 @@ TEST(MachineReader, ComparesElementNamesWithoutCaseAndValuesWithIt) {
 }
 
 TEST(MachineReader, MapsTargetTypes) {
-  constexpr std::pair<const char*, int> kCases[] = {{"Turret", 0}, {"Horiz Head", 1}, {"Vert Head", 2}, {"Rail", 3},
-                                                    {"Other", 4},  {"TurretAHead", 5}, {"TurretBHead", 5}, {"Head", 8},
-                                                    {"turret", 5}, {"", 5}};
+  constexpr std::pair<const char*, int> kCases[] = {
+      {"Turret", 0},      {"Horiz Head", 1},  {"Vert Head", 2}, {"Rail", 3},   {"Other", 4},
+      {"TurretAHead", 5}, {"TurretBHead", 5}, {"Head", 8},      {"turret", 5}, {"", 5}};
   for (const auto& [text, value] : kCases) {
     KVVMMachine machine;
     const std::string targets = "<TARGET TYPE='Rail'/><TARGET TYPE='" + std::string(text) + "'/>";
@@ -128,7 +164,8 @@ TEST(MachineReader, TargetThatIsNoFixtureSetsFixtureValuesOfIndexZero) {
 TEST(MachineReader, FixtureIdsOutOfRangeChangeNothing) {
   for (const char* id : {"0", "3", "-2147483648", "2147483647", "x"}) {
     KVVMMachine machine;
-    const std::string target = "<TARGET TYPE='Fixture' ID='" + std::string(id) + "' XOFF='1' ROT_4TH_ABOUT='+X' V5Z='2'/>";
+    const std::string target =
+        "<TARGET TYPE='Fixture' ID='" + std::string(id) + "' XOFF='1' ROT_4TH_ABOUT='+X' V5Z='2'/>";
     const CQVMChannel& channel = LoadChannel(machine, target);
     for (int i = -1; i < 4; ++i) {
       EXPECT_EQ(channel.GetFixtureStatus(i), 0) << id;
@@ -221,9 +258,10 @@ TEST(MachineReader, ReadsShapeLists) {
 
 TEST(MachineReader, HostileCountsStayBounded) {
   KVVMMachine machine;
-  Load(machine, "<CHANNELS NUM='1'><CHANNEL/></CHANNELS><SHAPELISTS>"
-                "<TOOLSHAPELIST NUM='2000000000' LIST='5,7'/><TOOLSHAPELIST AXIS='X' NUM='2000000000' LIST='5,7'/>"
-                "</SHAPELISTS>");
+  Load(machine,
+       "<CHANNELS NUM='1'><CHANNEL/></CHANNELS><SHAPELISTS>"
+       "<TOOLSHAPELIST NUM='2000000000' LIST='5,7'/><TOOLSHAPELIST AXIS='X' NUM='2000000000' LIST='5,7'/>"
+       "</SHAPELISTS>");
   EXPECT_EQ(machine.GetShapeMngr()->GetToolShapeArray(0, CM_AXIS_Z, nullptr), kMachineMostRepeatedIds + 2);
   EXPECT_EQ(machine.GetShapeMngr()->GetToolShapeArray(0, CM_AXIS_X, nullptr), 2);
 }
