@@ -1,6 +1,7 @@
 // Everything public of the shared library, for a module that wants one include: #include <kvshare/kvshare.h>.
 #pragma once
 
+#include "companions/xml/xml_document.h"
 #include "framework/archive.h"
 #include "framework/array.h"
 #include "framework/exception.h"
@@ -15,6 +16,13 @@
 #include "share/env/document_callbacks.h"
 #include "share/env/feature_switches.h"
 #include "share/env/registry_access.h"
+#include "share/machine/channel.h"
+#include "share/machine/machine.h"
+#include "share/machine/machine_check.h"
+#include "share/machine/machine_nodes.h"
+#include "share/machine/machine_reader.h"
+#include "share/machine/machine_types.h"
+#include "share/machine/shape_table.h"
 #include "share/objects/base_object.h"
 #include "share/settings/settings_key.h"
 #include "share/settings/settings_value.h"

@@ -29,28 +29,28 @@ const Case kCases[] = {
     {CHANNEL("<TARGET TYPE='Head'/>") SHAPES(""), ""},
     {"<EXTRA/>", "1:5 warning element \"EXTRA\" is not known here and is skipped\n"},
     {"<MACHINE ver='1'/>", "1:13 warning attribute \"ver\" is not known in MACHINE and is skipped: write VER\n"},
-    {CHANNEL("<TARGET TYPE='fixture'/>"), "1:54 error TYPE=\"fixture\" is no kind of target and is read as none\n"},
+    {CHANNEL("<TARGET TYPE='fixture'/>"), "1:52 error TYPE=\"fixture\" is no kind of target and is read as none\n"},
     {CHANNEL("<TARGET TYPE='Head' GAUGEX='1,5'/>"),
-     "1:68 warning GAUGEX=\"1,5\" is read as 1.5: the comma is taken for a decimal point\n"},
+     "1:66 warning GAUGEX=\"1,5\" is read as 1.5: the comma is taken for a decimal point\n"},
     {CHANNEL("<TARGET TYPE='Head' GAUGEX='250000' GAUGEY='1mm' GAUGEZ='x'/>"),
-     "1:68 error GAUGEX=\"250000\" is out of range and is read as 100000\n"
-     "1:84 warning GAUGEY=\"1mm\" is read as 1: what follows the number is ignored\n"
-     "1:97 error GAUGEZ=\"x\" is no number and is read as 0\n"},
+     "1:66 error GAUGEX=\"250000\" is out of range and is read as 100000\n"
+     "1:82 warning GAUGEY=\"1mm\" is read as 1: what follows the number is ignored\n"
+     "1:95 error GAUGEZ=\"x\" is no number and is read as 0\n"},
     {CHANNEL("<TARGET TYPE='Head' ROT_ABOUT='Z' ID='1' ID='2'/>"),
-     "1:71 error ROT_ABOUT=\"Z\" is no direction and is read as none\n"
-     "1:81 error attribute \"ID\" stands twice: the first one counts\n"},
-    {CHANNEL("<TARGET TYPE='Fixture' ID='2'/>"), "1:41 error fixture 2 without fixture 1 is never exported\n"},
-    {CHANNEL("<TARGET TYPE='Fixture' ID='3'/>"), "1:68 error fixture 3 is out of range: the IDs are 1 and 2\n"},
-    {CHANNEL("<TARGET TYPE='Fixture' ID='1' DIAM='3'/>"), "1:71 warning DIAM of a fixture is set on the tool target\n"},
-    {CHANNEL("<TARGET TYPE='Head' XOFF='3'/>"), "1:60 warning XOFF of a tool target is set on fixture 1\n"},
+     "1:69 error ROT_ABOUT=\"Z\" is no direction and is read as none\n"
+     "1:79 error attribute \"ID\" stands twice: the first one counts\n"},
+    {CHANNEL("<TARGET TYPE='Fixture' ID='2'/>"), "1:39 error fixture 2 without fixture 1 is never exported\n"},
+    {CHANNEL("<TARGET TYPE='Fixture' ID='3'/>"), "1:65 error fixture 3 is out of range: the IDs are 1 and 2\n"},
+    {CHANNEL("<TARGET TYPE='Fixture' ID='1' DIAM='3'/>"), "1:68 warning DIAM of a fixture is set on the tool target\n"},
+    {CHANNEL("<TARGET TYPE='Head' XOFF='3'/>"), "1:58 warning XOFF of a tool target is set on fixture 1\n"},
     {CHANNEL("<TARGET TYPE='Turret' STATIONS='2'><TOOL POS='1' LOC='1,5 0 0'/><TOOL POS='1'/></TARGET>"),
-     "1:37 error the turret has 2 stations, and TOOL elements for 1 from 1 to 1\n"
-     "1:95 error LOC=\"1,5 0 0\" has 1 of three numbers; the others are read as 0\n"
-     "1:115 error station 1 has a TOOL already, and the first one counts\n"},
+     "1:35 error the turret has 2 stations, and TOOL elements for 1 from 1 to 1\n"
+     "1:92 error LOC=\"1,5 0 0\" has 1 of three numbers; the others are read as 0\n"
+     "1:113 error station 1 has a TOOL already, and the first one counts\n"},
     {"<CHANNELS NUM='2'><CHANNEL ID='1'/><CHANNEL ID='1'/><CHANNEL ID='3'/></CHANNELS>",
      "1:19 error CHANNELS declare 2 and hold 3\n"
-     "1:54 error channel 1 is never found: line 1 has that number already\n"
-     "1:71 error channel 3 is never exported: its number is outside 0 to 2\n"},
+     "1:52 error channel 1 is never found: line 1 has that number already\n"
+     "1:69 error channel 3 is never exported: its number is outside 0 to 2\n"},
     {"<CHANNELS/>", "1:5 error without NUM the channel count of the machine loaded before stands, or 0\n"},
     {"<SHAPES NUM='3'><SHAPE ID='1' PATH='a'/>\n<SHAPE ID='1' PARENT='P' PTYPE='U' PATH='a'/></SHAPES>",
      "1:17 warning SHAPES declare 3 and hold 2\n"
@@ -58,8 +58,8 @@ const Case kCases[] = {
      "2:23 warning parent \"P\" is no shape\n"
      "2:33 error PTYPE=\"U\" is no kind of parent and is read as Fixed\n"},
     {SHAPES("<DISPLAY VISIBLE='no' RGB='1 2 256'/>"),
-     "1:69 warning VISIBLE=\"no\" is neither TRUE nor FALSE and is read as FALSE\n"
-     "1:78 warning RGB=\"1 2 256\": 256 is no colour from 0 to 255\n"},
+     "1:74 warning VISIBLE=\"no\" is neither TRUE nor FALSE and is read as FALSE\n"
+     "1:83 warning RGB=\"1 2 256\": 256 is no colour from 0 to 255\n"},
     {"<SHAPELISTS><TOOLSHAPELIST NUM='1' LIST='1'/></SHAPELISTS>" CHANNEL("") SHAPES(""),
      "1:5 error SHAPELISTS ahead of CHANNELS have no table: every list is dropped\n"},
     {LISTS("<TOOLSHAPELIST NUM='3' LIST='1,2'/>"),
