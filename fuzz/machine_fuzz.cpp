@@ -1,0 +1,18 @@
+// The bytes of a machine definition: loaded, checked and exported to memory.
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "share/machine/machine.h"
+#include "share/machine/machine_check.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string_view definition(reinterpret_cast<const char*>(data), size);
+  KVVMMachine machine;
+  machine.LoadFromMemory(VM_MACHINE_MILL, _T("VMC"), _T("C:\\M"), definition);
+  CheckMachineText(definition, CString());
+  std::string text;
+  machine.ExportText(text);
+  return 0;
+}

@@ -1,0 +1,129 @@
+// The XML documents that the product's readers are written against.
+#include <gtest/gtest.h>
+
+#include "companions/xml/xml_document.h"
+#include "platform/paths.h"
+#include "tests/scratch.h"
+
+namespace {
+
+using namespace std::string_view_literals;
+using Kind = KVXMLFailure::Kind;
+
+TEST(Xml, GivesElementsAttributesAndLists) {
+  KVXMLDocument document;
+  KVXMLNode* root = document.LoadFromMemory(
+      "<!-- c --><Root a='1' A=\"&lt;&#252;&amp;\" a='2'>text<!-- c --><b/>\n<c><d/></c></Root>");
+  ASSERT_NE(root, nullptr);
+  EXPECT_EQ(root->GetNodeName(), _T("Root"));
+  CString value(_T("before"));
+  EXPECT_FALSE(root->GetAttributeValue(_T("b"), value));
+  EXPECT_EQ(value, _T("before"));
+  EXPECT_TRUE(root->GetAttributeValue(_T("a"), value));
+  EXPECT_EQ(value, _T("1")) << "the first of two";
+  EXPECT_TRUE(root->GetAttributeValue(_T("A"), value));
+  EXPECT_EQ(value, _T("<\u00FC&"));
+  KVXMLNodeList& list = *root->GetChildNodes();
+  ASSERT_EQ(list.GetSize(), 2);
+  EXPECT_EQ(list[0]->GetNodeName(), _T("b"));
+  EXPECT_EQ(list[1]->GetNodeName(), _T("c"));
+  EXPECT_EQ(list[2], nullptr);
+  EXPECT_EQ(list[-1], nullptr);
+  ASSERT_NE(list[0]->GetChildNodes(), nullptr) << "no children is an empty list";
+  EXPECT_EQ(list[0]->GetChildNodes()->GetSize(), 0);
+  EXPECT_EQ(root->GetChildNodes(), &list) << "built once";
+  EXPECT_EQ(KVXMLNode().GetChildNodes(), nullptr);
+}
+
+struct Encoding {
+  const char* what;
+  std::string_view bytes;
+};
+
+TEST(Xml, ReadsTheEncodingsThatFilesHave) {
+  constexpr Encoding kCases[] = {
+      {"UTF-8", "<r n='\xC3\xBC'/>"sv},
+      {"UTF-8 with mark", "\xEF\xBB\xBF<r n='\xC3\xBC'/>"sv},
+      {"declared western", "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><r n='\xFC'/>"sv},
+      {"declared western, other quotes", "<?xml version='1.0' encoding='windows-1252'?><r n='\xFC'/>"sv},
+      {"UTF-16LE with mark", "\xFF\xFE<\0r\0 \0n\0=\0'\0\xFC\0'\0/\0>\0"sv},
+      {"UTF-16BE with mark", "\xFE\xFF\0<\0r\0 \0n\0=\0'\0\xFC\0'\0/\0>"sv},
+      {"UTF-16LE", "<\0r\0 \0n\0=\0'\0\xFC\0'\0/\0>\0"sv},
+      {"UTF-16BE", "\0<\0r\0 \0n\0=\0'\0\xFC\0'\0/\0>"sv},
+  };
+  for (const Encoding& row : kCases) {
+    KVXMLDocument document;
+    KVXMLNode* root = document.LoadFromMemory(row.bytes);
+    ASSERT_NE(root, nullptr) << row.what << ": " << document.LastFailure().reason;
+    CString value;
+    EXPECT_TRUE(root->GetAttributeValue(_T("n"), value)) << row.what;
+    EXPECT_EQ(value, _T("\u00FC")) << row.what;
+  }
+}
+
+struct Broken {
+  std::string_view text;
+  int line, column;
+  std::size_t byte;
+  const char* reason;
+};
+
+TEST(Xml, TellsWhereAndWhyAFileIsMalformed) {
+  constexpr Broken kCases[] = {
+      {"", 1, 1, 0, "there is no root element"},
+      {"<a>\n  <b>\n</a>", 3, 3, 12, "start-end tags mismatch"},
+      {"<a/>\n<b/>", 2, 2, 6, "a second root element follows the first"},
+      {"<a b=1/>", 1, 6, 5, "error parsing element attribute"},
+  };
+  for (const Broken& row : kCases) {
+    KVXMLDocument document;
+    EXPECT_EQ(document.LoadFromMemory(row.text), nullptr) << row.text;
+    const KVXMLFailure& failure = document.LastFailure();
+    EXPECT_EQ(failure.kind, Kind::kMalformed) << row.text;
+    EXPECT_EQ(failure.place.line, row.line) << row.text;
+    EXPECT_EQ(failure.place.column, row.column) << row.text;
+    EXPECT_EQ(failure.byte, row.byte) << row.text;
+    EXPECT_EQ(failure.reason, row.reason) << row.text;
+  }
+}
+
+TEST(Xml, TellsMissingFromUnreadable) {
+  const kvtest::ScratchFolder folder;
+  folder.Write("good.xml", "<a/>");
+  const auto path = [&](const char* name) {
+    return CString(ProductPathFromSystem((folder.Path() / name).string()).c_str());
+  };
+  KVXMLDocument document;
+  EXPECT_EQ(document.LoadFromFile(path("none.xml")), nullptr);
+  EXPECT_EQ(document.LastFailure().kind, Kind::kMissing);
+  EXPECT_EQ(document.LoadFromFile(path(".")), nullptr);
+  EXPECT_EQ(document.LastFailure().kind, Kind::kUnreadable);
+  EXPECT_NE(document.LoadFromFile(path("GOOD.XML")), nullptr);
+  EXPECT_EQ(document.LastFailure().kind, Kind::kNone);
+}
+
+TEST(Xml, GivesPlaces) {
+  KVXMLDocument document;
+  const KVXMLElement root = document.LoadFromMemory("<a>\n <b x='&amp;1'\n  y='2'/></a>")->Element();
+  const KVXMLElement b = root.FirstChild();
+  const auto place = [](KVXMLPlace at) { return std::pair(at.line, at.column); };
+  EXPECT_EQ(place(document.PlaceOf(root)), std::pair(1, 2));
+  EXPECT_EQ(place(document.PlaceOf(b)), std::pair(2, 3));
+  EXPECT_EQ(place(document.PlaceOfValue(b.FirstAttribute())), std::pair(2, 8));
+  EXPECT_EQ(place(document.PlaceOf(b.FirstAttribute().Next())), std::pair(3, 3));
+  EXPECT_EQ(place(document.PlaceOf(KVXMLElement())), std::pair(0, 0));
+}
+
+TEST(Xml, DepthIsNoMatter) {
+  std::string text;
+  constexpr int kDepth = 300000;
+  for (int i = 0; i < kDepth; ++i) text += "<a>";
+  for (int i = 0; i < kDepth; ++i) text += "</a>";
+  KVXMLDocument document;
+  KVXMLNode* node = document.LoadFromMemory(text);
+  int depth = 0;
+  for (; node; node = (*node->GetChildNodes())[0]) ++depth;
+  EXPECT_EQ(depth, kDepth);
+}
+
+}  // namespace
