@@ -52,7 +52,6 @@ constexpr std::size_t kMostKeyUnits = 255;
 constexpr std::size_t kMostValueUnits = 16383;
 constexpr int kMostLevels = 512;
 
-constexpr REGSAM kDelete = 0x10000;
 constexpr REGSAM kSpecificRights = KEY_ALL_ACCESS;
 constexpr REGSAM kChangingRights = KEY_ALL_ACCESS & ~KEY_READ;
 constexpr REGSAM kBothViews = KEY_WOW64_64KEY | KEY_WOW64_32KEY;
