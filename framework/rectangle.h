@@ -22,7 +22,7 @@ class CPoint : public POINT {
   CPoint operator-() const { return {-x, -y}; }
   CPoint& operator+=(const POINT& other) { return *this = *this + other; }
   CPoint& operator-=(const POINT& other) { return *this = *this - other; }
-  bool operator==(const POINT& other) const { return x == other.x && y == other.y; }
+  bool operator==(const CPoint& other) const { return x == other.x && y == other.y; }
 };
 
 class CRect : public RECT {
@@ -72,7 +72,7 @@ class CRect : public RECT {
     }
     return !IsRectEmpty();
   }
-  bool operator==(const RECT& other) const {
+  bool operator==(const CRect& other) const {
     return left == other.left && top == other.top && right == other.right && bottom == other.bottom;
   }
 };

@@ -90,10 +90,13 @@ class MachineExport {
       const int number = channel->GetChannelNum();
       if (number >= 0 && number <= machine_.m_nChannels) channels.push_back(channel);
     }
-    const auto number = [](const CQVMChannel* channel) { return channel->GetChannelNum(); };
-    std::ranges::stable_sort(channels, {}, number);
-    const auto repeated = std::ranges::unique(channels, {}, number);
-    channels.erase(repeated.begin(), repeated.end());
+    std::stable_sort(channels.begin(), channels.end(), [](const CQVMChannel* a, const CQVMChannel* b) {
+      return a->GetChannelNum() < b->GetChannelNum();
+    });
+    const auto same = [](const CQVMChannel* a, const CQVMChannel* b) {
+      return a->GetChannelNum() == b->GetChannelNum();
+    };
+    channels.erase(std::unique(channels.begin(), channels.end(), same), channels.end());
     return channels;
   }
 
