@@ -39,6 +39,19 @@ int CountBack(std::u16string_view text, Test test) {
   return int(std::find_if_not(text.rbegin(), text.rend(), test) - text.rbegin());
 }
 
+// Copies the ASCII bytes at the front, eight at a time as long as there are so many; gives how many.
+int WidenAscii(std::string_view text, TCHAR* units) {
+  constexpr ULONGLONG kHighBits = 0x8080808080808080;
+  std::size_t at = 0;
+  for (ULONGLONG eight; text.size() - at >= sizeof eight; at += sizeof eight) {
+    std::memcpy(&eight, text.data() + at, sizeof eight);
+    if (eight & kHighBits) break;
+    for (std::size_t i = 0; i < sizeof eight; ++i) units[at + i] = static_cast<BYTE>(text[at + i]);
+  }
+  for (; at < text.size() && static_cast<signed char>(text[at]) >= 0; ++at) units[at] = static_cast<TCHAR>(text[at]);
+  return int(at);
+}
+
 }  // namespace
 
 // ---- storage
@@ -110,18 +123,15 @@ void CString::Assign(std::u16string_view text) {
 }
 
 void CString::AssignUtf8(std::string_view text) {
-  Empty();
-  if (text.empty()) return;
+  if (text.empty()) return Empty();
   const int bytes = CheckedLength(text.size());
-  TCHAR* units = Own(bytes);  // no UTF-8 text has more units than bytes
-  int ascii = 0;
-  while (ascii < bytes && static_cast<signed char>(text[std::size_t(ascii)]) >= 0) {
-    units[ascii] = static_cast<TCHAR>(text[std::size_t(ascii)]);
-    ++ascii;
-  }
+  TCHAR* const units = Allocate(bytes);  // no UTF-8 text has more units than bytes
+  const int ascii = WidenAscii(text, units);
   int length = ascii;
   if (ascii < bytes)
     length += MultiByteToWideChar(CP_UTF8, 0, text.data() + ascii, bytes - ascii, units + ascii, bytes - ascii);
+  Release();  // only now: the bytes may lie in this text
+  data_ = units;
   SetLength(length);
 }
 

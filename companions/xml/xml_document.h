@@ -54,24 +54,29 @@ class KVSHARE_API KVXMLDocument {
   const KVXMLFailure& LastFailure() const noexcept { return failure_; }
 
   // Where an element's name, an attribute's name or an attribute's value begins. Of none: unknown.
-  KVXMLPlace PlaceOf(KVXMLElement element) const noexcept;
-  KVXMLPlace PlaceOf(KVXMLAttribute attribute) const noexcept;
-  KVXMLPlace PlaceOfValue(KVXMLAttribute attribute) const noexcept;
+  KVXMLPlace PlaceOf(KVXMLElement element) const;
+  KVXMLPlace PlaceOf(KVXMLAttribute attribute) const;
+  KVXMLPlace PlaceOfValue(KVXMLAttribute attribute) const;
 
  private:
   friend class KVXMLNode;
-  struct Tree;
+  struct Lines;
 
+  void MakeRoom(std::size_t size);
   KVXMLNode* Parse();
-  KVXMLNode* Fail(KVXMLFailure::Kind kind, std::size_t byte, std::string reason);
+  bool ParseFully();
+  void Fail(KVXMLFailure::Kind kind, std::size_t byte, std::string reason);
   KVXMLNode* NewNodes(std::size_t count);
-  KVXMLPlace PlaceOfByte(std::size_t byte) const noexcept;
-  KVXMLPlace PlaceInText(const char* at) const noexcept;
+  std::string_view Text() const noexcept { return {text_.get(), size_}; }
+  const std::vector<std::size_t>& LineStarts() const;
+  KVXMLPlace PlaceOfByte(std::size_t byte) const;
+  KVXMLPlace PlaceInText(std::string_view piece) const;
   void Clear();
 
-  std::unique_ptr<Tree> tree_;
-  std::string text_;                                 // the file, parsed in place
-  std::vector<std::size_t> lines_;                   // offset of each line's first byte, taken before parsing
+  std::unique_ptr<char[]> text_;  // the file, and a NUL
+  std::size_t size_ = 0;
+  KVXMLTree tree_;
+  std::unique_ptr<Lines> lines_;                     // where lines start, found when first asked for
   std::vector<std::unique_ptr<KVXMLNode[]>> nodes_;  // blocks; the last one is filled up to used_
   std::size_t used_ = 0;
   std::size_t room_ = 0;

@@ -23,7 +23,7 @@ std::string FromUtf16(std::string_view bytes, bool bigEndian) {
   return ToUtf8(std::u16string_view(units));
 }
 
-std::string FromWestern(const std::string& bytes) {
+std::string FromWestern(std::string_view bytes) {
   const int units = MultiByteToWideChar(kWesternCodePage, 0, bytes.data(), int(bytes.size()), nullptr, 0);
   std::u16string wide(std::size_t(units), u'\0');
   MultiByteToWideChar(kWesternCodePage, 0, bytes.data(), int(bytes.size()), wide.data(), units);
@@ -49,21 +49,18 @@ std::string DeclaredEncoding(std::string_view text) {
 
 }  // namespace
 
-void ConvertToUtf8(std::string& text) {
-  const std::string_view view = text;
-  if (view.starts_with(std::string_view("\xFF\xFE", 2)) || view.starts_with(std::string_view("<\0", 2))) {
-    text = FromUtf16(view, /*bigEndian=*/false);
-  } else if (view.starts_with(std::string_view("\xFE\xFF", 2)) || view.starts_with(std::string_view("\0<", 2))) {
-    text = FromUtf16(view, /*bigEndian=*/true);
-  } else {
-    const std::string encoding = DeclaredEncoding(view);
-    for (const std::string_view western : kWesternNames) {
-      if (encoding == western) {
-        text = FromWestern(text);
-        return;
-      }
-    }
+std::optional<std::string> ConvertToUtf8(std::string_view text) {
+  if (text.starts_with(std::string_view("\xFF\xFE", 2)) || text.starts_with(std::string_view("<\0", 2))) {
+    return FromUtf16(text, /*bigEndian=*/false);
   }
+  if (text.starts_with(std::string_view("\xFE\xFF", 2)) || text.starts_with(std::string_view("\0<", 2))) {
+    return FromUtf16(text, /*bigEndian=*/true);
+  }
+  const std::string encoding = DeclaredEncoding(text);
+  for (const std::string_view western : kWesternNames) {
+    if (encoding == western) return FromWestern(text);
+  }
+  return std::nullopt;
 }
 
 std::vector<std::size_t> LineStarts(std::string_view text) {

@@ -271,13 +271,14 @@ class Checker {
                       fmt::format("shape ID {} is taken by line {}, which is the one found", id, first->second.line));
     }
     if (const KVXMLAttribute name = Find(element, "NAME")) shapeNames_.insert(name.Value());
-    if (const KVXMLAttribute parent = Find(element, "PARENT"); parent && *parent.Value()) parents_.push_back(parent);
+    if (const KVXMLAttribute parent = Find(element, "PARENT"); parent && !parent.Value().empty())
+      parents_.push_back(parent);
     CheckGeometry(element);
   }
 
   void CheckGeometry(KVXMLElement element) {
     const KVXMLAttribute path = Find(element, "PATH");
-    if (!path || !*path.Value()) {
+    if (!path || path.Value().empty()) {
       findings_.Error(PlaceOf(element, "PATH"), "SHAPE without a geometry file: its PATH is the machine's folder");
       return;
     }
@@ -289,7 +290,7 @@ class Checker {
       findings_.Error(place, fmt::format("geometry file {} does not exist", Quoted(path.Value())));
       return;
     }
-    std::string written = path.Value();
+    std::string written(path.Value());
     std::replace(written.begin(), written.end(), '\\', '/');
     const std::string found = SystemPathFromProduct(file);
     if (found.ends_with(written)) return;
@@ -355,7 +356,7 @@ class Checker {
   bool CheckItems(KVXMLElement element) {
     const KVXMLAttribute list = Find(element, "LIST");
     const int num = IntegerOf(element, "NUM", 0);
-    if (!list || !*list.Value() || num < 1) {
+    if (!list || list.Value().empty() || num < 1) {
       findings_.Error(document_.PlaceOf(element), "the list stores nothing: it needs a LIST and a NUM of 1 or more");
       return false;
     }

@@ -25,15 +25,6 @@ CString PathBelow(const CString& folder, Text utf8) {
   return path;
 }
 
-// Neighbouring shapes mostly name the same parent: they share its text.
-const CString& ParentText(Reading& r, Text utf8) {
-  if (r.parentUtf8 != utf8 || r.parent.IsEmpty()) {
-    r.parentUtf8 = utf8;
-    r.parent = FromUtf8(utf8);
-  }
-  return r.parent;
-}
-
 // A fixture's axis direction also gives its axis vector; V4X and the like stand further down and overrule it.
 void Set4thAxis(Reading& r, CMDirType direction) {
   if (!r.fixtureMode) return r.channel->Set4thAxisToolDirType(direction);
@@ -153,7 +144,7 @@ constexpr Attribute kMaxAttributes[] = {
 };
 
 void SetMetallic(Reading& r, Text v) {
-  r.shape->m_strMetallic = FromUtf8(v);
+  r.shape->m_strMetallic = r.metallic.From(v);
   if (!v.empty()) r.shape->m_bMetallic = 1;
 }
 
@@ -175,7 +166,7 @@ constexpr Attribute kShapeAttributes[] = {
     {"NAME", [](Reading& r, Text v) { r.shape->SetName(FromUtf8(v)); }},
     {"ID", [](Reading& r, int v) { r.shape->SetID(v); }},
     {"PATH", [](Reading& r, Text v) { r.shape->m_strPath = PathBelow(r.folder, v); }},
-    {"PARENT", [](Reading& r, Text v) { r.shape->SetParentName(ParentText(r, v)); }},
+    {"PARENT", [](Reading& r, Text v) { r.shape->SetParentName(r.parent.From(v)); }},
     {"PTYPE", [](Reading& r, CMParentType v) { r.shape->m_nParentType = v; }},
 };
 

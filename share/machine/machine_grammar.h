@@ -30,6 +30,22 @@ struct ListInReading {
   std::string_view list;
 };
 
+// The text of an attribute whose value mostly is that of the shape before: neighbours share one text.
+class RepeatedText {
+ public:
+  const CString& From(std::string_view utf8) {
+    if (utf8_ != utf8) {
+      utf8_ = utf8;
+      text_ = FromUtf8(utf8);
+    }
+    return text_;
+  }
+
+ private:
+  std::string utf8_;
+  CString text_;
+};
+
 // Where the reader stands: what the table's functions work on.
 struct Reading {
   Reading(KVVMMachine& filled, const CString& machineFolder) : machine(filled), folder(machineFolder) {}
@@ -46,8 +62,8 @@ struct Reading {
   int toolsLeft = kMachineMostTools;
   int shapesLeft = kMachineMostShapes;
   int repeatsLeft = kMachineMostRepeatedIds;
-  std::string parentUtf8;  // the PARENT seen last and its text, which the next shape mostly shares
-  CString parent;
+  RepeatedText parent;
+  RepeatedText metallic;
 };
 
 struct TextVersion {};  // read and ignored

@@ -5,6 +5,8 @@
 // the reader and then only read; it has no lock. Nodes take no part in archives.
 #pragma once
 
+#include <utility>
+
 #include "companions/geometry/vectors.h"
 #include "framework/ob_list.h"
 #include "framework/object.h"
@@ -21,7 +23,7 @@ class KVSHARE_API CQVMBaseNode : public CObject {
   // Which class the node is of: 2 for a bare node, 13 for a shape, 11 for a tool node.
   int GetNodeTag() const { return m_nNodeTag; }
   const CString& GetName() const { return m_strName; }
-  void SetName(const CString& name) { m_strName = name; }
+  void SetName(CString name) { m_strName = std::move(name); }
   const CString& GetParentName() const { return m_strParentName; }
   void SetParentName(const CString& name) { m_strParentName = name; }
   // A shape's ID, or the position of a station.

@@ -1,5 +1,8 @@
 #include "share/machine/machine_reader.h"
 
+#include <bit>
+#include <cstdint>
+
 #include "share/machine/machine.h"
 #include "share/machine/machine_grammar.h"
 #include "share/machine/machine_numbers.h"
@@ -43,31 +46,41 @@ struct Apply {
   }
 };
 
-bool SameName(const char* name, std::string_view wanted) {
-  for (const char c : wanted) {
-    if (*name++ != c) return false;
+// Names are too short for a call of memcmp.
+bool SameName(std::string_view name, std::string_view wanted) {
+  if (name.size() != wanted.size()) return false;
+  for (std::size_t i = 0; i < name.size(); ++i) {
+    if (name[i] != wanted[i]) return false;
   }
-  return *name == '\0';
+  return true;
 }
+
+// A value as it was found: a text without a constructor, so that an element pays for its own attributes only.
+struct Written {
+  const char* text;
+  std::size_t size;
+};
 
 // Finds each attribute's row and then applies the rows in their order. Definitions mostly keep that order, so the row
 // behind the last one is tried first. Of a name that is written twice the first counts.
 void ReadAttributes(std::span<const Attribute> rows, KVXMLElement element, Reading& r) {
-  const char* values[kMostAttributesOfElement] = {};
+  Written written[kMostAttributesOfElement];  // of the rows that are found
+  std::uint32_t found = 0;                    // a bit a row
   std::size_t next = 0;
   for (KVXMLAttribute at = element.FirstAttribute(); at; at = at.Next()) {
-    const char* name = at.Name();
-    for (std::size_t tried = 0; tried < rows.size(); ++tried, ++next) {
+    const std::string_view name = at.Name();
+    for (std::size_t tried = 0; tried < rows.size(); ++tried) {
       if (next == rows.size()) next = 0;
-      if (!SameName(name, rows[next].name)) continue;
-      if (!values[next]) values[next] = at.Value();
-      ++next;
+      const std::size_t row = next++;
+      if (!SameName(name, rows[row].name)) continue;
+      if (!(found >> row & 1)) written[row] = {at.Value().data(), at.Value().size()};
+      found |= 1u << row;
       break;
     }
-    if (next >= rows.size()) next = 0;
   }
-  for (std::size_t i = 0; i < rows.size(); ++i) {
-    if (values[i]) std::visit(Apply{r, values[i]}, rows[i].set);
+  for (; found; found &= found - 1) {
+    const auto row = std::size_t(std::countr_zero(found));
+    std::visit(Apply{r, {written[row].text, written[row].size}}, rows[row].set);
   }
 }
 
