@@ -10,7 +10,7 @@ namespace {
 enum Class : unsigned char { kBlank = 1, kOpensName = 2, kName = 4, kValue = 8 };
 
 // The kinds of bytes. The NUL behind the text is of none, so that it ends every run. A line break or tab in a value
-// would have to become a blank and an entity its character: both are the full parser's.
+// would have to become a blank and an entity its character: both are the full parser's, as is a value with a quote.
 constexpr std::array<unsigned char, 256> kClasses = [] {
   std::array<unsigned char, 256> classes = {};
   for (std::size_t c = 1; c < classes.size(); ++c) {
@@ -20,7 +20,7 @@ constexpr std::array<unsigned char, 256> kClasses = [] {
     if (blank) classes[c] |= kBlank;
     if (letter) classes[c] |= kOpensName | kName;
     if (digit) classes[c] |= kName;
-    if (c >= ' ' && c != '&' && c != '<') classes[c] |= kValue;
+    if (c >= ' ' && c != '&' && c != '<' && c != '"' && c != '\'') classes[c] |= kValue;
   }
   return classes;
 }();
@@ -95,9 +95,8 @@ class PlainReader {
     const char quote = *at_++;
     if (quote != '"' && quote != '\'') return false;
     const char* const value = at_;
-    for (; *at_ != quote; ++at_) {
-      if (!Is(*at_, kValue)) return false;
-    }
+    while (Is(*at_, kValue)) ++at_;
+    if (*at_ != quote) return false;
     attribute.value = PieceFrom(value);
     ++at_;
     tree_.attributes.push_back(attribute);

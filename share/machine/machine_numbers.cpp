@@ -99,6 +99,9 @@ Real ToReal(std::string_view text, std::size_t& used) {
   return negative ? -value : value;
 }
 
+// Not-a-number stays.
+double Clamped(double value) { return value < kLeastReal ? kLeastReal : value > kMostReal ? kMostReal : value; }
+
 void Note(NumberNotes* notes, std::string_view text, std::size_t used) {
   if (!notes) return;
   notes->none = used == 0;
@@ -144,6 +147,12 @@ int ToInteger(std::string_view text, std::size_t& used) {
 }
 
 double ReadReal(std::string_view text, NumberNotes* notes) {
+  if (!notes) {  // nearly every text is a plain number from end to end: there is no comma to look for
+    const bool negative = text.starts_with('-');
+    double value = 0;
+    const char* const end = text.data() + text.size();
+    if (ReadPlain(text.data() + negative, end, value) == end) return Clamped(negative ? -value : value);
+  }
   std::string repaired;
   const std::size_t comma = text.find(',');
   const bool repair = comma != std::string_view::npos && comma > 0;
@@ -159,7 +168,7 @@ double ReadReal(std::string_view text, NumberNotes* notes) {
     notes->commaRepaired = repair;
     notes->clamped = value < kLeastReal || value > kMostReal;
   }
-  return value < kLeastReal ? kLeastReal : value > kMostReal ? kMostReal : value;
+  return Clamped(value);
 }
 
 int ReadInteger(std::string_view text, NumberNotes* notes) {
