@@ -5,7 +5,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/dependencies.sh
 needs build bench
-configure_and_build bench
+configure_and_build bench all
 export KV_REGISTRY; KV_REGISTRY=$(mktemp -d)
 trap 'rm -rf "$KV_REGISTRY"' EXIT
 

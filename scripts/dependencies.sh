@@ -32,12 +32,13 @@ needs() {
   rm -f "$log"
 }
 
-# configure_and_build PRESET [TARGET...]: quiet unless something is wrong.
+# configure_and_build PRESET TARGET...: quiet unless something is wrong. The release has its tests in the same build
+# folder, so that the library is compiled once; scripts/build.sh just doesn't build them.
 configure_and_build() {
   local preset=$1 log; shift
   mkdir -p build
   log=build/$preset.log
-  { cmake --preset "$preset" && cmake --build "build/$preset" ${@:+--target "$@"}; } >"$log" 2>&1 || {
+  { cmake --preset "$preset" ${KV_CONFIGURE:-} && cmake --build "build/$preset" --target "$@"; } >"$log" 2>&1 || {
     grep -E -A 12 'error|FAILED|Error' "$log" | head -n 60 >&2
     echo "the build of preset $preset failed; the whole log is $log" >&2
     exit 1

@@ -7,7 +7,7 @@ cd "$(dirname "$0")/.."
 . scripts/dependencies.sh
 seconds=${1:-60}; [ $# -eq 0 ] || shift
 needs build fuzz
-configure_and_build fuzz
+configure_and_build fuzz all
 mkdir -p build/fuzz/findings
 
 run_one() {

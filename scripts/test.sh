@@ -5,11 +5,12 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/dependencies.sh
 
-preset=${1:-test}; [ $# -eq 0 ] || shift
+preset=${1:-release}; [ $# -eq 0 ] || shift
 folders=("$@")
 needs build test
-if [ ${#folders[@]} -eq 0 ]; then configure_and_build "$preset"; else configure_and_build "$preset" "${folders[@]/#/test_}"; fi
-[ "$preset" != test ] || scripts/consumer.sh
+export KV_CONFIGURE=-DKV_TESTS=ON
+if [ ${#folders[@]} -eq 0 ]; then configure_and_build "$preset" all; else configure_and_build "$preset" "${folders[@]/#/test_}"; fi
+[ "$preset" != release ] || scripts/consumer.sh
 
 filter=()
 [ ${#folders[@]} -eq 0 ] || filter=(-R "^($(IFS='|'; echo "${folders[*]}"))\\.")
