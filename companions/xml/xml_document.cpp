@@ -6,7 +6,6 @@
 #include <optional>
 #include <pugixml.hpp>
 
-#include "companions/xml/plain_xml.h"
 #include "companions/xml/xml_text.h"
 #include "platform/files.h"
 
@@ -19,7 +18,7 @@ pugi::xml_node FirstElement(pugi::xml_node node) {
   return node;
 }
 
-// Copies what the full parser found into the flat tables. Its names and values are parts of the text, which it has
+// Copies what the parser found into the flat tables. Its names and values are parts of the text, which it has
 // changed in place.
 class TreeFiller {
  public:
@@ -176,14 +175,14 @@ KVXMLNode* KVXMLDocument::Parse() {
     std::copy(converted->begin(), converted->end(), text_.get());
   }
   text_[size_] = '\0';
-  if (!kvxml::ReadPlain(Text(), tree_) && !ParseFully()) return nullptr;
+  if (!ParseIntoTree()) return nullptr;
   KVXMLNode* node = NewNodes(1);
   node->document_ = this;
   node->element_ = KVXMLElement(tree_, 0);
   return node;
 }
 
-bool KVXMLDocument::ParseFully() {
+bool KVXMLDocument::ParseIntoTree() {
   LineStarts();  // ahead of the parser, which changes the text
   pugi::xml_document parsed;
   const pugi::xml_parse_result result =

@@ -64,7 +64,7 @@ class KVSHARE_API KVXMLDocument {
 
   void MakeRoom(std::size_t size);
   KVXMLNode* Parse();
-  bool ParseFully();
+  bool ParseIntoTree();
   void Fail(KVXMLFailure::Kind kind, std::size_t byte, std::string reason);
   KVXMLNode* NewNodes(std::size_t count);
   std::string_view Text() const noexcept { return {text_.get(), size_}; }

@@ -1,6 +1,6 @@
 // A module in ten lines: starts the environment, keeps a value in the registry and says which module is running.
-#include <cstdio>
 #include <kvshare/kvshare.h>
+#include <cstdio>
 
 int main() {
   InitShareDll();
