@@ -64,6 +64,10 @@ std::vector<std::string> Complete(const CLI::App& app, const std::vector<std::st
     for (const CLI::App* command : at->get_subcommands([](const CLI::App*) { return true; })) {
       if (!command->get_group().empty()) candidates.push_back(command->get_name());
     }
+    for (const CLI::Option* option : at->get_options()) {
+      if (!option->get_positional()) continue;
+      for (const std::string& choice : Choices(*option)) candidates.push_back(choice);
+    }
   }
   std::erase_if(candidates, [&](const std::string& candidate) { return !candidate.starts_with(last); });
   std::sort(candidates.begin(), candidates.end());

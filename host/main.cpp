@@ -9,6 +9,14 @@ int main(int argc, char** argv) {
   CLI::App app{"kestrova: the command line of the KVSHAREu shared library"};
   app.set_version_flag("--version", "kestrova " KV_VERSION);
   app.require_subcommand(1);
+  app.footer(
+      "Examples:\n"
+      "  kestrova machine show --machines examples/machines --type MillTurn TwinTurret12\n"
+      "  kestrova machine check --machines examples/machines --type Mill Vertical850\n"
+      "  kestrova machine export --machines examples/machines --type Mill Trunnion500\n"
+      "  kestrova reg query HKCU\\Software\\Zemlor /s\n"
+      "  kestrova completion bash > /etc/bash_completion.d/kestrova\n"
+      "Exit codes: 0 done, 1 refused or failed, 2 wrong usage. KV_REGISTRY names the registry's folder.");
   const kestrova::MainModuleScope module;
   kestrova::AddRegistryCommands(app);
   kestrova::AddEnvironmentCommands(app);

@@ -1,0 +1,31 @@
+// What the completion script asks for and gets.
+#include <gtest/gtest.h>
+
+#include "tests/host/run_command.h"
+
+TEST(Completion, OffersCommandsOptionsAndChoices) {
+  struct {
+    std::vector<std::string> words;
+    std::string candidates;
+  } const kCases[] = {
+      {{"complete-words", ""}, "completion\nenv\nmachine\nreg\n"},
+      {{"complete-words", "ma"}, "machine\n"},
+      {{"complete-words", "machine", ""}, "check\nexport\nshow\n"},
+      {{"complete-words", "machine", "export", "--ma"}, "--machines\n"},
+      {{"complete-words", "machine", "export", "--type", ""}, "Mill\nMillTurn\nTurn\n"},
+      {{"complete-words", "machine", "export", "--type", "T"}, "Turn\n"},
+      {{"complete-words", "machine", "export", "--machines", ""}, ""},  // the shell offers files
+      {{"complete-words", "completion", ""}, "bash\n"},
+  };
+  for (const auto& c : kCases) {
+    const auto result = kvtest::RunCommand(c.words);
+    EXPECT_EQ(result.exit_code, 0);
+    EXPECT_EQ(result.out, c.candidates) << c.words.back();
+  }
+}
+
+TEST(Completion, ScriptNamesTheCommand) {
+  EXPECT_NE(kvtest::RunCommand({"completion", "bash"}).out.find("complete -o default -F _kestrova kestrova"),
+            std::string::npos);
+  EXPECT_EQ(kvtest::RunCommand({"completion", "fish"}).exit_code, 2);
+}
