@@ -39,7 +39,7 @@ configure_and_build() {
   mkdir -p build
   log=build/$preset.log
   { cmake --preset "$preset" ${KV_CONFIGURE:-} && cmake --build "build/$preset" --target "$@"; } >"$log" 2>&1 || {
-    grep -E -A 12 'error|FAILED|Error' "$log" | head -n 60 >&2
+    grep -E -A 12 ' error: |^FAILED|CMake Error' "$log" | sed -n 1,60p >&2 || true
     echo "the build of preset $preset failed; the whole log is $log" >&2
     exit 1
   }
