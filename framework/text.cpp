@@ -364,8 +364,7 @@ int CString::Remove(TCHAR character) {
   const int count = int(std::count(text.begin(), text.end(), character));
   if (count == 0) return 0;
   TCHAR* units = Own(GetLength());
-  std::remove(units, units + GetLength(), character);
-  SetLength(GetLength() - count);
+  SetLength(int(std::remove(units, units + GetLength(), character) - units));
   return count;
 }
 int CString::Insert(int position, TCHAR character) {

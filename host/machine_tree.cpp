@@ -81,7 +81,7 @@ class Tree {
  private:
   template <class... Values>
   void Line(int depth, fmt::format_string<Values...> format, Values&&... values) {
-    out_.append(std::size_t(2 * std::min(depth, kDeepestIndent)), ' ');
+    out_.append(std::size_t(std::min(depth, kDeepestIndent)) * 2, ' ');
     fmt::format_to(std::back_inserter(out_), format, std::forward<Values>(values)...);
     out_ += '\n';
   }

@@ -5,7 +5,9 @@
 #include "host/completion.h"
 #include "host/main_module.h"
 
-int main(int argc, char** argv) {
+namespace {
+
+int Run(int argc, char** argv) {
   CLI::App app{"kestrova: the command line of the KVSHAREu shared library"};
   app.set_version_flag("--version", "kestrova " KV_VERSION);
   app.require_subcommand(1);
@@ -26,14 +28,27 @@ int main(int argc, char** argv) {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : 2;
+  }
+  return 0;
+}
+
+int Fail(const char* reason, int exitCode) {
+  std::fprintf(stderr, "kestrova: %s\n", reason);
+  return exitCode;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return Run(argc, argv);
   } catch (const kestrova::WrongUsage& error) {
-    std::fprintf(stderr, "kestrova: %s\n", error.what());
-    return 2;
+    return Fail(error.what(), 2);
   } catch (const kestrova::FoundErrors&) {
     return 1;
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "kestrova: %s\n", error.what());
-    return 1;
+    return Fail(error.what(), 1);
+  } catch (...) {
+    return Fail("an error without a reason", 1);
   }
-  return 0;
 }

@@ -37,7 +37,7 @@ std::string ProgramFile() {
 }
 
 std::string FileOf(const dl_phdr_info& info) {
-  const std::string name = info.dlpi_name;
+  std::string name = info.dlpi_name;
   if (name.empty()) return ProgramFile();
   if (name.front() == '/') return name;
   char path[PATH_MAX];  // loaded by a relative path

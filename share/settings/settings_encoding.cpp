@@ -83,7 +83,7 @@ class Scan {
   // Too small reads as 0, too large as infinity.
   static double OutOfRange(const std::string& number) {
     const bool small = number.find("e-") != std::string::npos || number.find("E-") != std::string::npos ||
-                       number.find_first_not_of("-") == number.find('0');
+                       number.find_first_not_of('-') == number.find('0');
     return std::copysign(small ? 0.0 : HUGE_VAL, number[0] == '-' ? -1.0 : 1.0);
   }
 
