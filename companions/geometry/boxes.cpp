@@ -1,7 +1,7 @@
 // Intervals and boxes.
 #include "companions/geometry/boxes.h"
 
-#include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -12,8 +12,9 @@ FRInterval Range(double low, double high) {
   return range;
 }
 
+// Unlike std::min, std::fmin gives the other one for a value that is no number, whichever comes first.
 FRInterval Around(const FRInterval& range, double value) {
-  return Range(std::min(range.start_pt(), value), std::max(range.end_pt(), value));
+  return Range(std::fmin(range.start_pt(), value), std::fmax(range.end_pt(), value));
 }
 
 }  // namespace

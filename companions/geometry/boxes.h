@@ -1,4 +1,5 @@
-// Intervals and axis-aligned boxes: FRInterval and FRBox. Plain values; nothing fails.
+// Intervals and axis-aligned boxes: FRInterval and FRBox. Plain values; nothing fails. A coordinate that is no number
+// widens no box; it stays in one only if no point has a number there.
 #pragma once
 
 #include "companions/geometry/vectors.h"

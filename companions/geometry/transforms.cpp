@@ -74,8 +74,9 @@ FRTransf FRTransf::inverse() const {
     matrix.computeInverseWithCheck(back, invertible, /*absDeterminantThreshold=*/0);
     if (!invertible) return FRTransf();
   }
-  if (scale_ == 0) return FRTransf();
   const FRVector move = Times(translation_ * FromEigen(back), -1 / scale_);
+  const bool finite = back.allFinite() && std::isfinite(1 / scale_) && ToEigen(move).allFinite();
+  if (!finite) return FRTransf();
   return {FromEigen(back), move, 1 / scale_, rotate_, reflect_, shear_};
 }
 
@@ -102,9 +103,9 @@ FRTransf get_transform_to_xy_plane(const FRUnitVector& normal, const FRPosition&
 }
 
 FRTransf GetRotateTransf(double angle_radians, const FRVector& axis) {
-  if (axis.len() < RESNOR) return FRTransf();
-  const Eigen::Vector3d unit = ToEigen(axis).transpose().normalized();
-  const Matrix turn = Eigen::AngleAxisd(angle_radians, unit).toRotationMatrix().transpose();
+  const FRUnitVector unit = normalise(axis);
+  if (unit.len() == 0) return FRTransf();
+  const Matrix turn = Eigen::AngleAxisd(angle_radians, ToEigen(unit).transpose()).toRotationMatrix().transpose();
   return {FromEigen(turn), FRVector(), 1, angle_radians != 0, 0, 0};
 }
 

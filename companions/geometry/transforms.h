@@ -58,7 +58,8 @@ class KVSHARE_API FRTransf {
   // The scaling factor; the name is the older one.
   constexpr double GetScalingMatrix() const { return scale_; }
 
-  // The map back. A transform that flattens space has none: the result is the identity.
+  // The map back. A transform that flattens space has none, nor has one whose numbers or whose inverse's numbers are
+  // not finite: the result is the identity.
   FRTransf inverse() const;
   FRTransf& operator*=(const FRTransf& next);
   KVSHARE_API friend FRTransf operator*(const FRTransf& first, const FRTransf& next);
@@ -77,8 +78,14 @@ class KVSHARE_API FRTransf {
 
 // Moves the position to the origin and turns the normal to the Z axis by the smallest angle; the opposite of the Z
 // axis is turned by a half turn about the Y axis. A normal of (0, 0, 0) gives the move alone.
+//
+// With n = (a, b, c) and the axis n x Z, Rodrigues' formula becomes, since cos = c and sin^2 = a^2 + b^2, the rows
+// (1 - a a f, -a b f, a), (-a b f, 1 - b b f, b), (-a, -b, c) with f = 1 / (1 + c).
 KVSHARE_API FRTransf get_transform_to_xy_plane(const FRUnitVector& normal, const FRPosition& position);
-// The rotation about an axis through the origin, of any length; the identity for one shorter than RESNOR.
+// The rotation about an axis through the origin, of any length; the identity for an axis without direction. An angle
+// that is not finite gives NaN throughout.
+//
+// Rodrigues' formula: v cos + (u x v) sin + u (u . v) (1 - cos) for the unit axis u.
 KVSHARE_API FRTransf GetRotateTransf(double angle_radians, const FRVector& axis);
 KVSHARE_API FRTransf GetTranslateTransf(const FRVector& vector);
 // The scaling about the origin; GetScaleTransf(1.0) is the identity.

@@ -1,6 +1,8 @@
 // The global numbers, and what of points, vectors and directions is too long for the header.
 #include "companions/geometry/vectors.h"
 
+#include <algorithm>
+
 constinit double PI = 3.14159265358979323846;
 constinit double PI_2 = 1.57079632679489661923;
 constinit double RADIAN_TO_DEGREE = 57.29577951308232087680;
@@ -12,9 +14,16 @@ constinit const FRUnitVector FRYAxis = FRUnitVector::AsGiven(0, 1, 0);
 constinit const FRUnitVector FRZAxis = FRUnitVector::AsGiven(0, 0, 1);
 
 FRVector& FRVector::normalize() {
-  const double length = len();
-  *this = length < RESNOR ? FRVector() : FRVector(c_[0] / length, c_[1] / length, c_[2] / length);
-  return *this;
+  double length = len();
+  // The squares of components above 1e154 have no room in a double, those of their ratios do.
+  if (std::isinf(length)) {
+    const double largest = std::max({std::abs(c_[0]), std::abs(c_[1]), std::abs(c_[2])});
+    *this = {c_[0] / largest, c_[1] / largest, c_[2] / largest};
+    length = len();
+  }
+  // Written so that a length which is no number, and any length under a tolerance of 0, go the safe way.
+  const bool has_direction = length > 0 && length >= RESNOR;
+  return *this = has_direction ? FRVector(c_[0] / length, c_[1] / length, c_[2] / length) : FRVector();
 }
 
 FRPosition FRPosition::project_on_plane(const FRPosition& point_on_plane, const FRUnitVector& normal) const {

@@ -3,6 +3,9 @@
 // They are plain values in one right-handed frame: copying costs three doubles, nothing is allocated, nothing fails,
 // and any thread may use its own. Default-built values are (0, 0, 0). Comparisons are within a tolerance of
 // constants.h, so equality is not transitive. Points and directions stand on the left of a transform: p * T.
+//
+// Infinities and NaN go through sums and products by the rules of doubles and are equal to nothing. A vector with one
+// of them has no direction.
 #pragma once
 
 #include <cmath>
@@ -31,7 +34,7 @@ class KVSHARE_API FRVector {
   constexpr void get_coords(double& x, double& y, double& z) const { x = c_[0], y = c_[1], z = c_[2]; }
 
   double len() const { return std::sqrt(c_[0] * c_[0] + c_[1] * c_[1] + c_[2] * c_[2]); }
-  // Brings the vector to length 1; one shorter than RESNOR has no direction and becomes (0, 0, 0).
+  // Brings the vector to length 1; one shorter than RESNOR, or not finite, has no direction and becomes (0, 0, 0).
   FRVector& normalize();
 
   constexpr FRVector operator-() const { return {-c_[0], -c_[1], -c_[2]}; }

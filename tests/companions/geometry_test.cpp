@@ -7,16 +7,12 @@
 #include "companions/geometry/boxes.h"
 #include "companions/geometry/point_list.h"
 #include "companions/geometry/transforms.h"
-
-void PrintTo(const FRVector& v, std::ostream* out) { *out << '(' << v.x() << ", " << v.y() << ", " << v.z() << ')'; }
-void PrintTo(const FRPosition& p, std::ostream* out) { PrintTo(p - FRPosition(), out); }
+#include "tests/geometry_print.h"
 
 namespace {
 
-void ExpectNear(const FRPosition& got, const FRPosition& wanted, double tolerance) {
-  EXPECT_LE(got.distance(wanted), tolerance)
-      << testing::PrintToString(got) << " is not " << testing::PrintToString(wanted);
-}
+using kvtest::ExpectNear;
+using kvtest::TurnByHand;
 
 static_assert(std::is_trivially_copyable_v<FRVector> && sizeof(FRVector) == 3 * sizeof(double));
 static_assert(std::is_trivially_copyable_v<FRUnitVector> && sizeof(FRUnitVector) == 3 * sizeof(double));
@@ -95,6 +91,17 @@ TEST(Geometry, LeftFactorActsFirst) {
   ExpectNear(FRPosition(1, 0, 0) * (move * turn), {0, 11, 0}, 1e-14);
   ExpectNear(FRPosition(1, 0, 0) * (move * GetScaleTransf(2)), {22, 0, 0}, 0);
   EXPECT_EQ(FRXAxis * (turn * move * GetScaleTransf(7)), FRYAxis);
+}
+
+TEST(Geometry, RotationIsRightHandedAboutItsAxis) {
+  const FRPosition p(1, 2, 3);
+  ExpectNear(p * GetRotateTransf(PI_2, FRXAxis), {1, -3, 2}, 1e-15);
+  ExpectNear(p * GetRotateTransf(PI_2, FRYAxis), {3, 2, -1}, 1e-15);
+  ExpectNear(p * GetRotateTransf(PI_2, FRZAxis), {-2, 1, 3}, 1e-15);
+  ExpectNear(p * GetRotateTransf(PI_2, FRVector(0, 0, -5)), {2, -1, 3}, 1e-15);
+  const FRVector axis(2.0 / 7, -3.0 / 7, 6.0 / 7);
+  for (const double angle : {1e-9, 0.3, 1.7, -2.9, 3.14159, 100.0})
+    ExpectNear(p * GetRotateTransf(angle, axis), TurnByHand(p, axis, angle), 1e-14);
 }
 
 TEST(Geometry, ProductsOfRandomTransformsAssociateAndInvert) {
