@@ -1,6 +1,9 @@
 // Everything public of the shared library, for a module that wants one include: #include <kvshare/kvshare.h>.
 #pragma once
 
+#include "companions/geometry/boxes.h"
+#include "companions/geometry/point_list.h"
+#include "companions/geometry/transforms.h"
 #include "companions/xml/xml_document.h"
 #include "framework/archive.h"
 #include "framework/array.h"
@@ -15,7 +18,9 @@
 #include "share/env/app_env.h"
 #include "share/env/document_callbacks.h"
 #include "share/env/feature_switches.h"
+#include "share/env/product_identity.h"
 #include "share/env/registry_access.h"
+#include "share/env/version_info.h"
 #include "share/machine/channel.h"
 #include "share/machine/machine.h"
 #include "share/machine/machine_check.h"
@@ -26,3 +31,4 @@
 #include "share/objects/base_object.h"
 #include "share/settings/settings_key.h"
 #include "share/settings/settings_value.h"
+#include "share/utilities/geometry_helpers.h"

@@ -71,6 +71,13 @@ class KVSHARE_API CKVEnvApp {
   const CString& GetKVHelpPath() const { return m_HelpPath; }
   void SetKVHelpPath(const CString& path) { m_HelpPath = path; }
 
+  // The folder of data: "KVDataPath" of the user's, then of the machine's key of this release; without either the
+  // install folder, which is then written into the machine's key. A registry read.
+  CString GetKVDataPath() const;
+  // In the install folder, whatever the language; in the folder of data.
+  CString GetManualPDFFilePath() const;
+  CString GetKVTaskPaneINIFilePath() const;
+
   // ---- libraries beside it, by name and full path
 
   const CString& GetKVResourceDllName() const { return m_ResourceDllName; }
