@@ -1,0 +1,78 @@
+// The error flag's record and dump. Schemas: 1 the flag; 2 the type behind it.
+#include "share/objects/flagged_error.h"
+
+#include "companions/geometry/constants.h"
+#include "framework/archive.h"
+#include "share/env/document_callbacks.h"
+#include "share/objects/dump.h"
+
+IMPLEMENT_SERIAL(CFlaggedError, CObject, VERSIONABLE_SCHEMA | 2)
+
+namespace {
+
+constexpr int kNoRecord = -1;
+
+LPCTSTR TextOf(FlaggedErrorEnum type) {
+  switch (type) {
+    case FLAGGED_ERROR_NORMAL: return _T("NORMAL");
+    case FLAGGED_ERROR_STOCK: return _T("STOCK");
+  }
+  return _T("Nothing");
+}
+
+void DumpFlag(FILE* file, LPCTSTR name, int flag) {
+  DumpPrint(file, _T("\n %s : %s"), name, flag ? _T("YES") : _T("NO"));
+}
+
+}  // namespace
+
+// The limit is the float 32.002, which lies more than RESABS below the number.
+bool HasFlaggedErrorRecord(float readStorageUnits) { return double(readStorageUnits) > double(32.002f) - RESABS; }
+
+CFlaggedError::CFlaggedError(const CFlaggedError& other)
+    : CObject(),
+      m_eFlaggedErrorType(other.m_eFlaggedErrorType),
+      m_bFlag(other.m_bFlag),
+      m_iErrorStringID(other.m_iErrorStringID),
+      m_bCanClearError(other.m_bCanClearError),
+      m_bAllowEditing(other.m_bAllowEditing) {}
+
+CFlaggedError& CFlaggedError::operator=(const CFlaggedError& other) {
+  m_eFlaggedErrorType = other.m_eFlaggedErrorType;
+  m_bFlag = other.m_bFlag;
+  m_iErrorStringID = other.m_iErrorStringID;
+  m_bCanClearError = other.m_bCanClearError;
+  m_bAllowEditing = other.m_bAllowEditing;
+  return *this;
+}
+
+void CFlaggedError::Serialize(CArchive& ar) {
+  const float units = GetActiveDocReadStorageUnits();
+  int version = kNoRecord;
+  if (ar.IsStoring() || HasFlaggedErrorRecord(units)) {
+    ar.SerializeClass(RUNTIME_CLASS(CFlaggedError));
+    version = int(ar.GetObjectSchema());
+  }
+  CObject::Serialize(ar);
+  if (ar.IsStoring()) {
+    ar << m_bFlag << int(m_eFlaggedErrorType);
+    return;
+  }
+  ar >> m_bFlag;
+  if (version > 1) {
+    int type = 0;
+    ar >> type;
+    m_eFlaggedErrorType = FlaggedErrorEnum(type);
+  }
+}
+
+void CFlaggedError::DumpData(FILE* file) {
+  if (!file) return;
+  DumpBanner(file, _T("CFlaggedError"), _T("Start"));
+  DumpPrint(file, _T("\n m_eFlaggedErrorType : %s"), TextOf(m_eFlaggedErrorType));
+  DumpFlag(file, _T("m_bFlag"), m_bFlag);
+  DumpPrint(file, _T("\n m_iErrorStringID: %d"), m_iErrorStringID);
+  DumpFlag(file, _T("m_bCanClearError"), m_bCanClearError);
+  DumpFlag(file, _T("m_bAllowEditing"), m_bAllowEditing);
+  DumpBanner(file, _T("CFlaggedError"), _T("End"));
+}

@@ -1,0 +1,139 @@
+// The node's life, identity, stamps and companion, and the defaults that mean "not applicable".
+#include "share/objects/object.h"
+
+#include <utility>
+
+#include "share/env/app_env.h"
+#include "share/env/document_callbacks.h"
+#include "share/objects/object_services.h"
+#include "share/objects/owner_chain.h"
+
+QFObject::QFObject() = default;
+
+// An object that this one points to may be gone already, if a failed load is being taken back: those that go through a
+// pointer ask it first what it is.
+QFObject::~QFObject() {
+  delete std::exchange(m_pUiObject, nullptr);
+  DestroyPattern();
+  DetachFromAllUserObjects();
+}
+
+CString QFObject::GetClassNameW() { return _T("QFObject"); }
+
+void QFObject::OnPostLoadFromStorageNotify() {}
+
+CRuntimeClass* QFObject::GetRuntimeClassForAutoIndexing() { return GetRuntimeClass(); }
+
+CString QFObject::GetRegisterNodeName() { return {}; }
+
+// ---- identity and stamps
+
+unsigned QFObject::GetObjectId() {
+  if (m_ObjectId == 0) m_ObjectId = DWORD(GetNextObjectIdCB());
+  return m_ObjectId;
+}
+
+CString QFObject::GetObjNamePlusObjID() {
+  CString text;
+  text.Format(_T("%s-%d"), GetClassNameW(), GetObjectId());
+  return text;
+}
+
+CString QFObject::Name() { return m_Label; }
+
+void QFObject::ChangeName(const CString& name) { m_Label = name; }
+
+void QFObject::SetNodeDesc(CString) {}
+
+CString QFObject::GetNodeDesc() const { return m_NodeDesc; }
+
+void QFObject::UpdateLastModified() {
+  const CKVEnvApp& environment = *AppEnv();
+  m_LastModified = environment.GetCurrentDate() + _T("::") + environment.GetTickCount();
+  m_LastModifiedBy = environment.GetUserNameW();
+}
+
+int QFObject::Invalidate() {
+  m_ObjectId = 0;
+  m_Label.Empty();
+  return 1;
+}
+
+int QFObject::Merge(QFObject* other) {
+  if (other) return other->Merge(nullptr);
+  m_bMergeInProgress = true;
+  m_bMerged = Invalidate() != 0;
+  m_bMergeInProgress = false;
+  return m_bMerged;
+}
+
+int QFObject::IsMerged() { return m_bMerged; }
+
+void QFObject::SetMergeInProgress(int flag) { m_bMergeInProgress = flag != 0; }
+
+int QFObject::IsMergeInProgress() { return m_bMergeInProgress; }
+
+// ---- companion
+
+QFCallbackHelper* QFObject::GetCallbackHelper() { return nullptr; }
+
+ui_QFObject* QFObject::GetUiObject() {
+  if (m_pUiObject) return m_pUiObject;
+  const QFCallbackHelper* helper = GetCallbackHelper();
+  if (helper && helper->GetCBUiObjCreate()) m_pUiObject = helper->GetCBUiObjCreate()(this);
+  UpdateLastModified();
+  if (m_CreatedBy.IsEmpty()) m_CreatedBy = AppEnv()->GetUserNameW();
+  if (m_DateCreated.IsEmpty()) m_DateCreated = m_LastModified;
+  return m_pUiObject;
+}
+
+void QFObject::ResetFlagForStockChange() {
+  if (CFlaggedError* flag = GetFlag()) {
+    flag->ResetFlag();
+    flag->SetFlagErrorType(FLAGGED_ERROR_NORMAL);
+  }
+  if (ui_QFObject* companion = GetUiObject()) companion->ResetFlagForStockChange();
+}
+
+// ---- comparison
+
+COMPARE_RESULT QFObject::Compare(QFObject*) { return NO_MATCH; }
+
+void QFObject::SetMatch(QFObject* match) {
+  m_pMatch = match;
+  m_MatchId = match ? match->GetObjectId() : 0;
+}
+
+void QFObject::AssociateParameters(QFObject* target) {
+  if (!target) return;
+  target->m_iState = m_iState;
+  target->m_Label = m_Label;
+}
+
+// ---- jobs
+
+QFeThreadStatus QFObject::HandleCommand(QFeCommandType, unsigned, void*&) { return eThreadNotHandled; }
+
+int QFObject::RunCommand(unsigned context, void* param, QFeThreadType type, QFeThreadEndType endType) {
+  const RunCommandService run = GetRunCommandService();
+  return run ? run(this, context, param, type, endType) : 0;
+}
+
+void QFObject::SetTimeTakenForGTP(CString text) { m_TimeTakenForGTP = std::move(text); }
+
+CString QFObject::GetTimeTakenForGTP() { return m_TimeTakenForGTP; }
+
+// ---- defaults
+
+void QFObject::onCreate() {
+  // The indexer's own class joins here: AddObj(this) on qf_getActiveAutoIdHelper().
+}
+
+CFlaggedError* QFObject::GetFlag() { return nullptr; }
+int QFObject::SendQFCoreMessage(QF_CORE_MESSAGE_ID, ULONGLONG, LONGLONG) { return 0; }
+const QFParamHelper* QFObject::GetParamHelper() const { return nullptr; }
+QFObject* QFObject::Clone() { return nullptr; }
+void QFObject::iCreate() {}
+int QFObject::IsRebuildReqOnStockChange() { return 0; }
+int QFObject::IsDirtyOnStockChange() { return 0; }
+void QFObject::FindDangling(int) {}

@@ -1,0 +1,102 @@
+// The node's pattern, through the table that the pattern manager's folder fills, and drag and paste, in which a pattern
+// manager stands for its base object.
+#include <utility>
+
+#include "share/objects/object.h"
+#include "share/objects/object_services.h"
+#include "share/objects/owner_chain.h"
+
+namespace {
+
+// The base object if the object is a pattern manager; else null.
+QFObject* BaseOfPattern(QFObject* object) {
+  const ObjectPatternService* patterns = GetObjectPatternService();
+  if (!patterns || !object || !object->IsKindOf(patterns->runtimeClass)) return nullptr;
+  return patterns->getBaseObjectToPattern(patterns->fromNode(object));
+}
+
+}  // namespace
+
+// ---- pattern
+
+int QFObject::CreatePattern() {
+  if (!GetIsPatternSupported()) return 0;
+  if (m_pPatternMngr) return 1;
+  const ObjectPatternService* patterns = GetObjectPatternService();
+  if (!patterns) return 0;
+  m_pPatternMngr = patterns->create(this);
+  if (!m_pPatternMngr) return 0;
+  patterns->toNode(m_pPatternMngr)->SetOwner(this);
+  return 1;
+}
+
+int QFObject::DestroyPattern() {
+  if (m_pPatternMngr) delete GetObjectPatternService()->toNode(std::exchange(m_pPatternMngr, nullptr));
+  return 1;
+}
+
+int QFObject::SetPatternMgr(QFObjectPatternMgr* source) {
+  if (!source) return DestroyPattern();
+  CreatePattern();
+  if (!m_pPatternMngr) return 0;
+  if (m_pPatternMngr != source) GetObjectPatternService()->copyParameters(m_pPatternMngr, source);
+  return 1;
+}
+
+int QFObject::CopyParameters(QFObject* source) {
+  if (!source) return 0;
+  m_iState = source->m_iState;
+  m_NodeStatus = source->m_NodeStatus;
+  m_DisplayColor = source->m_DisplayColor;
+  m_CompareRes = source->m_CompareRes;
+  m_RegName = source->m_RegName;
+  if (source->m_pPatternMngr && CreatePattern() && source != this)
+    GetObjectPatternService()->copyParameters(m_pPatternMngr, source->m_pPatternMngr);
+  return 1;
+}
+
+QFObjectPatternMgr* QFObject::GetPatternMgr() { return m_pPatternMngr; }
+
+int QFObject::RebuildPattern() { return m_pPatternMngr ? GetObjectPatternService()->rebuild(m_pPatternMngr) : 1; }
+
+int QFObject::GetNumPattInstances(int activeOnly) {
+  if (!m_pPatternMngr) return 1;
+  const ObjectPatternService& patterns = *GetObjectPatternService();
+  if (!activeOnly) return patterns.toNode(m_pPatternMngr)->GetNumPattInstances(1);
+  return patterns.getPatternActive(m_pPatternMngr) ? patterns.getNumActiveInstances(m_pPatternMngr) : 1;
+}
+
+int QFObject::GetIsPatternSupported() { return 0; }
+
+int QFObject::GetRefPointForPattern(FRPosition&) { return 0; }
+
+int QFObject::GetIsPatternObject() { return 0; }
+
+QFDirectionRestriction* QFObject::GetPatternDirectionRestriction() {
+  const OwnerStep step;
+  return m_pOwner && step ? m_pOwner->GetPatternDirectionRestriction() : nullptr;
+}
+
+QFDirectionRestriction* QFObject::GetLinearPatternDirectionRestriction() {
+  const OwnerStep step;
+  return m_pOwner && step ? m_pOwner->GetLinearPatternDirectionRestriction() : nullptr;
+}
+
+int QFObject::GetPatternRestriction(int, QFeObjectPatternType& type) {
+  type = eObjectPatternNone;
+  return 0;
+}
+
+// ---- drag and paste
+
+int QFObject::IsDragOverValid(QFObject* object, unsigned long flags) {
+  QFObject* base = BaseOfPattern(object);
+  const OwnerStep step;  // managers that are one another's base
+  return base && base != this && step ? IsDragOverValid(base, flags) : 0;
+}
+
+int QFObject::DoPaste(QFObject* object, QFObject* target, unsigned long flags) {
+  QFObject* base = BaseOfPattern(object);
+  const OwnerStep step;
+  return base && base != this && step ? DoPaste(base, target, flags) : 0;
+}

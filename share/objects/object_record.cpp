@@ -1,0 +1,108 @@
+// The node's record in an archive.
+//
+// The layout, in order, and the schema since which each field is there. Always stored whole; of an older record the
+// fields that are missing get the value named here.
+//
+//    1  class record of QFObject
+//    2  record of QFBaseObject
+//    3  m_UserObjects         count, references                          2  none
+//    4  m_Label               text                                       1
+//    5  m_CreatedBy           text                                       1
+//    6  m_DateCreated         text                                       1
+//    7  m_LastModified        text                                       1
+//    8  m_ObjectId            DWORD                                      1
+//    9  m_iState              LONG                                       1
+//   10  m_pOwner              reference to a QFObject                    1
+//   11  m_LastModifiedBy      text                                       3  m_CreatedBy
+//   12  m_NodeStatus          WORD                                       4  0
+//   13  m_pOriginalOwner      reference to a QFObject                    5  null
+//   14  m_DisplayColor        DWORD                                      6  none
+//   15  m_pPatternMngr        reference to a QFObjectPatternMgr          7  null
+//   16  m_RegName             text                                       8  name of GetRuntimeClassForAutoIndexing()
+#include "framework/archive.h"
+#include "share/objects/object.h"
+#include "share/objects/object_services.h"
+#include "share/objects/storage_status.h"
+
+IMPLEMENT_SERIAL(QFObject, QFBaseObject, VERSIONABLE_SCHEMA | 8)
+
+void QFObject::Serialize(CArchive& ar) {
+  ar.SerializeClass(RUNTIME_CLASS(QFObject));
+  const UINT version = ar.GetObjectSchema();
+  QFBaseObject::Serialize(ar);
+  if (ar.IsStoring()) {
+    StoreRecord(ar);
+  } else {
+    LoadRecord(ar, version);
+  }
+}
+
+// ---- storing
+
+void QFObject::StoreRecord(CArchive& ar) {
+  const ObjectPatternService* patterns = GetObjectPatternService();
+  m_UserObjects.Store(ar);
+  ar << m_Label << m_CreatedBy << m_DateCreated << m_LastModified << m_ObjectId << LONG(m_iState);
+  StoreReferenceOrNull(ar, m_pOwner);
+  ar << m_LastModifiedBy << m_NodeStatus;
+  StoreReferenceOrNull(ar, m_pOriginalOwner);
+  ar << m_DisplayColor;
+  StoreReferenceOrNull(ar, m_pPatternMngr ? patterns->toNode(m_pPatternMngr) : nullptr);
+  ar << m_RegName;
+}
+
+// ---- loading
+
+void QFObject::LoadRecord(CArchive& ar, unsigned version) {
+  if (version > 1) {
+    try {
+      m_UserObjects.Load(ar);
+    } catch (...) {
+      AfxThrowArchiveException(CArchiveException::genericException);
+    }
+  }
+  LONG state = 0;
+  ar >> m_Label >> m_CreatedBy >> m_DateCreated >> m_LastModified >> m_ObjectId >> state >> m_pOwner;
+  m_iState = QFObjState(state);
+  if (version > 2) {
+    ar >> m_LastModifiedBy;
+  } else {
+    m_LastModifiedBy = m_CreatedBy;
+  }
+  if (version > 3) ar >> m_NodeStatus;
+  if (version > 4) LoadOriginalOwner(ar);
+  if (version > 5) ar >> m_DisplayColor;
+  if (version > 6) LoadPattern(ar);
+  if (version > 7) {
+    ar >> m_RegName;
+  } else {
+    const CRuntimeClass* indexed = GetRuntimeClassForAutoIndexing();
+    m_RegName = indexed ? indexed->m_lpszClassName : "";
+  }
+}
+
+void QFObject::LoadOriginalOwner(CArchive& ar) {
+  try {
+    ar >> m_pOriginalOwner;
+    if (m_pOriginalOwner && !m_pOriginalOwner->m_UserObjects.Contains(this))
+      m_pOriginalOwner->AddToUserObjectsList(this, /*held=*/0);
+  } catch (const CException&) {
+    m_pOriginalOwner = nullptr;  // a broken original owner doesn't stop a load
+  }
+  // No object is recycled under its present owner.
+  if (m_pOwner && m_pOwner == m_pOriginalOwner) SetOriginalOwner(nullptr);
+}
+
+void QFObject::LoadPattern(CArchive& ar) {
+  // Without the pattern manager's folder there is no class that the reference could have: any but null raises.
+  static constinit CRuntimeClass nobody = {"", 0, CRuntimeClass::kNoSchema, nullptr, nullptr};
+  const ObjectPatternService* patterns = GetObjectPatternService();
+  auto* manager = static_cast<QFObject*>(ar.ReadObject(patterns ? patterns->runtimeClass : &nobody));
+  if (m_pPatternMngr && manager != patterns->toNode(m_pPatternMngr)) DestroyPattern();
+  if (!manager || m_pPatternMngr) return;
+  // One owner each, and no pattern of a pattern: damaged bytes must not make one be deleted twice.
+  if (manager->m_bIsPatternOfLoaded || GetIsPatternObject())
+    AfxThrowArchiveException(CArchiveException::badIndex, ar.m_strFileName);
+  manager->m_bIsPatternOfLoaded = true;
+  m_pPatternMngr = patterns->fromNode(manager);
+}

@@ -1,0 +1,51 @@
+// The list of objects to be told.
+#include "share/objects/serialize_notify.h"
+
+#include <utility>
+
+QFSerializeNotify* QFSerializeNotify::m_pInstance = nullptr;
+
+QFSerializeNotify* QFSerializeNotify::Instance() {
+  if (!m_pInstance) m_pInstance = new QFSerializeNotify;
+  return m_pInstance;
+}
+
+int QFSerializeNotify::RegisterForNotification(QFBaseObject* object) {
+  return Instance()->iRegisterForNotification(object);
+}
+
+int QFSerializeNotify::RemoveFromNotification(QFBaseObject* object) {
+  return Instance()->iRemoveFromNotification(object);
+}
+
+void QFSerializeNotify::PostLoadFromStorageNotify() {
+  if (m_pInstance) m_pInstance->iPostLoadFromStorageNotify();
+}
+
+void QFSerializeNotify::Clear() { delete std::exchange(m_pInstance, nullptr); }
+
+int QFSerializeNotify::iRegisterForNotification(QFBaseObject* object) {
+  if (!object) return 0;
+  m_Objects.AddTail(object);
+  return 1;
+}
+
+int QFSerializeNotify::iRemoveFromNotification(QFBaseObject* object) {
+  if (!object) return 0;
+  for (POSITION at = m_Objects.GetTailPosition(); at;) {
+    const POSITION found = at;
+    if (m_Objects.GetPrev(at) != object) continue;
+    if (found == m_pNext) m_Objects.GetNext(m_pNext);
+    m_Objects.RemoveAt(found);
+    break;
+  }
+  return 1;
+}
+
+void QFSerializeNotify::iPostLoadFromStorageNotify() {
+  m_pNext = m_Objects.GetHeadPosition();
+  while (m_pNext) {
+    static_cast<QFBaseObject*>(m_Objects.GetNext(m_pNext))->OnPostLoadFromStorageNotify();
+    if (m_pInstance != this) return;  // cleared by the object
+  }
+}

@@ -1,0 +1,35 @@
+// Scope objects that change a tolerance of the geometry library for one block of code.
+//
+//   const QFCorrectionForRESNOR correction(1e-6);   // until the end of the block
+//
+// The tolerance is the whole process's: other threads see the change, too. Guards are nested like blocks.
+#pragma once
+
+#include "companions/geometry/constants.h"
+
+// What all guards have: whether the old value comes back.
+class QFCorrectionForGlobalData {
+ public:
+  int m_bRestore;  // nonzero: the destructor restores
+
+ protected:
+  explicit QFCorrectionForGlobalData(int restore = 1) : m_bRestore(restore) {}
+  ~QFCorrectionForGlobalData() = default;
+};
+
+// Sets RESNOR to value. With restore 0 the new value stays in force. A copy restores the same old value as its source.
+class QFCorrectionForRESNOR : public QFCorrectionForGlobalData {
+ public:
+  explicit QFCorrectionForRESNOR(double value, int restore = 1)
+      : QFCorrectionForGlobalData(restore), m_dSavedRESNOR(RESNOR) {
+    RESNOR = value;
+  }
+  QFCorrectionForRESNOR(const QFCorrectionForRESNOR&) = default;
+  QFCorrectionForRESNOR& operator=(const QFCorrectionForRESNOR&) = default;
+  ~QFCorrectionForRESNOR() {
+    if (m_bRestore) RESNOR = m_dSavedRESNOR;
+  }
+
+ private:
+  double m_dSavedRESNOR;
+};
