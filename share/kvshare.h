@@ -42,4 +42,5 @@
 #include "share/objects/ui_object.h"
 #include "share/settings/settings_key.h"
 #include "share/settings/settings_value.h"
+#include "share/utilities/object_lists.h"
 #include "share/utilities/geometry_helpers.h"

@@ -1,0 +1,63 @@
+// A set of pointers for a walk over object lists: which objects have been met. Open-addressed; up to some forty
+// pointers it asks the heap for nothing. Not public.
+#pragma once
+
+#include <array>
+#include <bit>
+#include <cstdint>
+#include <vector>
+
+#include "platform/types.h"
+
+class PointerSet {
+ public:
+  // Makes room for that many pointers; more are taken as well.
+  explicit PointerSet(LONGLONG expected) {
+    if (std::size_t(expected) > kSmall * 2 / 3) Allocate(std::bit_ceil(std::size_t(expected) * 3 / 2));
+  }
+  PointerSet(const PointerSet&) = delete;
+  PointerSet& operator=(const PointerSet&) = delete;
+
+  bool Contains(const void* pointer) const { return slots_[PlaceOf(KeyOf(pointer))] != 0; }
+  // False if it was there already. Null is a pointer like any other.
+  bool Insert(const void* pointer) {
+    const std::uintptr_t key = KeyOf(pointer);
+    std::uintptr_t& slot = slots_[PlaceOf(key)];
+    if (slot != 0) return false;
+    slot = key;
+    if (++count_ > Slots() * 2 / 3) Grow();
+    return true;
+  }
+
+ private:
+  static constexpr std::size_t kSmall = 64;
+  static constexpr std::uintptr_t kNullKey = 1;  // no object lies at an odd address
+
+  static std::uintptr_t KeyOf(const void* pointer) {
+    return pointer ? reinterpret_cast<std::uintptr_t>(pointer) : kNullKey;
+  }
+  std::size_t Slots() const { return std::size_t(1) << (64 - shift_); }
+  // Where the key stands, or the free slot for it.
+  std::size_t PlaceOf(std::uintptr_t key) const {
+    std::size_t at = (key * 0x9E3779B97F4A7C15u) >> shift_;
+    while (slots_[at] != 0 && slots_[at] != key) at = (at + 1) & (Slots() - 1);
+    return at;
+  }
+  void Allocate(std::size_t slots) {
+    large_.assign(slots, 0);
+    slots_ = large_.data();
+    shift_ = 64 - std::countr_zero(slots);
+  }
+  void Grow() {
+    const std::vector<std::uintptr_t> old(slots_, slots_ + Slots());
+    Allocate(old.size() * 2);
+    for (const std::uintptr_t key : old)
+      if (key != 0) slots_[PlaceOf(key)] = key;
+  }
+
+  std::array<std::uintptr_t, kSmall> small_ = {};
+  std::vector<std::uintptr_t> large_;
+  std::uintptr_t* slots_ = small_.data();
+  int shift_ = 64 - 6;
+  std::size_t count_ = 0;
+};

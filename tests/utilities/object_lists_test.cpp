@@ -1,0 +1,305 @@
+// Operations on whole lists: what each leaves in the list, what it gives, and that long lists are no trouble.
+#include "share/utilities/object_lists.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <random>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "share/objects/object.h"
+
+namespace {
+
+int live_things = 0;
+
+class Node : public QFObject {
+ public:
+  explicit Node(const CString& name = CString()) {
+    ++live_things;
+    ChangeName(name);
+  }
+  ~Node() override { --live_things; }
+};
+
+class Thing : public CObject {
+ public:
+  Thing() { ++live_things; }
+  ~Thing() override { --live_things; }
+};
+
+// Objects by letters: 'a' to 'z' are nodes, 'A' to 'Z' objects of another kind, '.' is null.
+class ObjectLists : public testing::Test {
+ protected:
+  CObject* Of(char letter) {
+    if (letter == '.') return nullptr;
+    std::unique_ptr<CObject>& object = m_pool[std::size_t(letter)];
+    if (!object && letter >= 'a') object = std::make_unique<Node>(CString(TCHAR(letter)));
+    if (!object) object = std::make_unique<Thing>();
+    return object.get();
+  }
+  void Fill(CObList& list, const std::string& letters) {
+    for (const char letter : letters) list.AddTail(Of(letter));
+  }
+  std::string Letters(const CObList& list) {
+    std::string letters;
+    for (POSITION at = list.GetHeadPosition(); at;) {
+      const CObject* object = list.GetNext(at);
+      const auto found =
+          std::find_if(m_pool.begin(), m_pool.end(), [&](const auto& own) { return own.get() == object; });
+      letters += object ? char(found - m_pool.begin()) : '.';
+    }
+    return letters;
+  }
+
+  std::vector<std::unique_ptr<CObject>> m_pool{128};
+};
+
+using SetOperation = LONGLONG (*)(CObList& a, CObList& b, CObList* result);
+
+}  // namespace
+
+TEST_F(ObjectLists, UnionAndIntersectionKeepTheirOrders) {
+  const struct {
+    SetOperation operation;
+    const char* a;
+    const char* b;
+    const char* result;  // null: none is given
+    const char* expected;
+  } rows[] = {
+      {CObList_Union, "", "", nullptr, ""},
+      {CObList_Union, "abca", "cdb", nullptr, "abcad"},  // a duplicate within a stays
+      {CObList_Union, "a", "dcdcd", nullptr, "adc"},     // each of b once
+      {CObList_Union, "a.b", "..c", nullptr, "a.bc"},    // null is an element
+      {CObList_Union, "ab", ".B", nullptr, "ab.B"},
+      {CObList_Union, "ab", "cax", "xx", "xxabc"},
+      {CObList_Union, "ab", "", "a", "aab"},
+      {CObList_Xtion, "abc", "", nullptr, ""},
+      {CObList_Xtion, "", "abc", nullptr, ""},
+      {CObList_Xtion, "abcab", "bxa", nullptr, "abab"},
+      {CObList_Xtion, "a.b.", ".", nullptr, ".."},
+      {CObList_Xtion, "abc", "cay", "xyx", "yac"},  // also what the target held before
+      {CObList_Xtion, "A", "AB", "", "A"},
+  };
+  for (const auto& row : rows) {
+    CObList a, b, result;
+    Fill(a, row.a);
+    Fill(b, row.b);
+    Fill(result, row.result ? row.result : "");
+    const LONGLONG count = row.operation(a, b, row.result ? &result : nullptr);
+    EXPECT_EQ(Letters(row.result ? result : a), row.expected) << row.a << " with " << row.b;
+    EXPECT_EQ(count, LONGLONG(std::string(row.expected).size())) << row.a << " with " << row.b;
+    EXPECT_EQ(Letters(b), row.b);
+    EXPECT_TRUE(!row.result || Letters(a) == row.a) << Letters(a);
+  }
+}
+
+TEST_F(ObjectLists, OneListMayBeGivenTwice) {
+  const auto run = [&](SetOperation operation, const char* which) {
+    CObList a, b;
+    Fill(a, "aab");
+    Fill(b, "bcc");
+    const std::string lists = which;
+    operation(a, lists[0] == 'a' ? a : b, lists[1] == 'a' ? &a : lists[1] == 'b' ? &b : nullptr);
+    return Letters(a) + "|" + Letters(b);
+  };
+  EXPECT_EQ(run(CObList_Union, "a-"), "aab|bcc");
+  EXPECT_EQ(run(CObList_Union, "aa"), "aabaab|bcc");
+  EXPECT_EQ(run(CObList_Union, "ba"), "aabaabc|bcc");
+  EXPECT_EQ(run(CObList_Union, "bb"), "aab|bccaab");
+  EXPECT_EQ(run(CObList_Xtion, "a-"), "aab|bcc");
+  EXPECT_EQ(run(CObList_Xtion, "aa"), "aabaab|bcc");
+  EXPECT_EQ(run(CObList_Xtion, "ba"), "bb|bcc");
+  EXPECT_EQ(run(CObList_Xtion, "bb"), "aab|bccaab");
+  CObList a;
+  Fill(a, "ab");
+  FindAndAdd(a, a);
+  EXPECT_EQ(Letters(a), "ab");
+}
+
+TEST_F(ObjectLists, FindAndAddTakesEverythingOnlyIntoAnEmptyList) {
+  const struct {
+    const char* target;
+    const char* source;
+    const char* expected;
+  } rows[] = {
+      {"", "", ""},      {"ab", "", "ab"},  {"", "aA.a", "aA.a"}, {"a", "bAc.b", "abc"},
+      {"A", "Aa", "Aa"}, {"..", ".", ".."}, {"ba", "ab", "ba"},
+  };
+  for (const auto& row : rows) {
+    CObList target, source;
+    Fill(target, row.target);
+    Fill(source, row.source);
+    FindAndAdd(target, source);
+    EXPECT_EQ(Letters(target), row.expected) << row.target << " with " << row.source;
+    EXPECT_EQ(Letters(source), row.source);
+  }
+}
+
+TEST_F(ObjectLists, RandomListsAsByWalkingThem) {
+  const unsigned seed = std::random_device()();
+  SCOPED_TRACE(testing::Message() << "seed " << seed);
+  std::mt19937 random(seed);
+  const std::string letters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ.";
+  const auto text = [&] {
+    std::string some(random() % 90, ' ');  // short sets are kept elsewhere than long ones
+    for (char& letter : some) letter = letters[random() % (1 + random() % letters.size())];
+    return some;
+  };
+  for (int round = 0; round < 400; ++round) {
+    const std::string a = text(), b = text(), old = text();
+    const bool given = random() % 2 == 0;
+    std::string united = given ? old + a : a, common, found = a;
+    for (const char letter : united)
+      if (b.find(letter) != std::string::npos) common += letter;
+    for (const char letter : b) {
+      if (united.find(letter) == std::string::npos) united += letter;
+      if (a.empty() || (letter >= 'a' && found.find(letter) == std::string::npos)) found += letter;
+    }
+    CObList listA, listB, result;
+    for (const auto& [operation, expected] :
+         {std::pair<SetOperation, std::string>{CObList_Union, united}, {CObList_Xtion, common}}) {
+      for (CObList* list : {&listA, &listB, &result}) list->RemoveAll();
+      Fill(listA, a);
+      Fill(listB, b);
+      Fill(result, old);
+      operation(listA, listB, given ? &result : nullptr);
+      ASSERT_EQ(Letters(given ? result : listA), expected) << a << " with " << b << " into " << old;
+    }
+    listA.RemoveAll();
+    Fill(listA, a);
+    FindAndAdd(listA, listB);
+    ASSERT_EQ(Letters(listA), found) << a << " with " << b;
+  }
+}
+
+// A walk for each element would take 10^10 steps, some minutes.
+TEST_F(ObjectLists, HundredThousandElements) {
+  constexpr int kCount = 100'000;
+  std::vector<std::unique_ptr<Node>> nodes;
+  CObList a, b, c;
+  for (int i = 0; i < kCount + 1000; ++i) {
+    nodes.push_back(std::make_unique<Node>());
+    if (i < kCount) a.AddTail(nodes.back().get());
+    if (i >= 1000) b.AddTail(nodes.back().get());
+  }
+  c.AddTail(nodes[0].get());
+  FindAndAdd(c, b);
+  EXPECT_EQ(c.GetCount(), kCount + 1);
+  EXPECT_EQ(CObList_Xtion(a, b, nullptr), kCount - 1000);
+  EXPECT_EQ(a.GetHead(), nodes[1000].get());
+  EXPECT_EQ(CObList_Union(a, b, nullptr), kCount);
+  EXPECT_EQ(a.GetTail(), nodes.back().get());
+}
+
+TEST_F(ObjectLists, SearchesPurgesAndCopies) {
+  CObList list;
+  EXPECT_EQ(PurgeNullNodesFromList(list), 0);
+  EXPECT_EQ(GetIndexOfObject(list, nullptr), -1);
+  Fill(list, ".ab..a.");
+  EXPECT_EQ(GetIndexOfObject(list, nullptr), 0);
+  EXPECT_EQ(GetIndexOfObject(list, Of('a')), 1);
+  EXPECT_EQ(GetIndexOfObject(list, Of('c')), -1);
+  EXPECT_EQ(PurgeNullNodesFromList(list), 4);
+  EXPECT_EQ(Letters(list), "aba");
+  EXPECT_EQ(PurgeNullNodesFromList(list), 0);
+
+  CObArray array;
+  array.SetSize(7);
+  EXPECT_EQ(CObList_To_CObArray(list, array), 3);
+  EXPECT_EQ(array.GetCount(), 3);
+  EXPECT_EQ(array[1], Of('b'));
+  array.Add(nullptr);
+  EXPECT_EQ(CObArray_To_CObList(array, list), 4);
+  EXPECT_EQ(Letters(list), "aba.");
+  array.RemoveAll();
+  EXPECT_EQ(CObArray_To_CObList(array, list), 0);
+  EXPECT_TRUE(list.IsEmpty());
+}
+
+TEST_F(ObjectLists, SortsByTheCellsAndSurvivesAComparisonThatThrows) {
+  const CObListCompare byName = [](const void* left, const void* right) {
+    const auto name = [](const void* cell) { return static_cast<Node*>(*static_cast<CObject* const*>(cell))->Name(); };
+    return name(left).Compare(name(right));
+  };
+  CObList list;
+  EXPECT_EQ(CObList_Sort(nullptr, byName), 0);
+  EXPECT_EQ(CObList_Sort(&list, byName), 0);
+  Fill(list, "b");
+  EXPECT_EQ(CObList_Sort(&list, byName), 1);
+  EXPECT_EQ(Letters(list), "b");
+  Fill(list, "dacb");
+  EXPECT_EQ(CObList_Sort(&list, nullptr), 0);
+  EXPECT_THROW(CObList_Sort(&list, [](const void*, const void*) -> int { throw std::runtime_error("no"); }),
+               std::runtime_error);
+  EXPECT_EQ(Letters(list), "bdacb");
+  EXPECT_EQ(CObList_Sort(&list, byName), 1);
+  EXPECT_EQ(Letters(list), "abbcd");
+}
+
+TEST(ObjectListDeletion, DeletesWhatTheListHolds) {
+  // Deleting the first takes the last off the list and deletes it.
+  class Owner : public Thing {
+   public:
+    explicit Owner(CObList& list) : m_list(list) {}
+    ~Owner() override { delete m_list.RemoveTail(); }
+    CObList& m_list;
+  };
+  const int before = live_things;
+  CObList list;
+  list.AddTail(new Owner(list));
+  list.AddTail(static_cast<CObject*>(nullptr));
+  list.AddTail(new Thing);
+  list.AddTail(new Thing);
+  EXPECT_EQ(DeleteAllElements_CObList(list), 4);
+  EXPECT_TRUE(list.IsEmpty());
+  EXPECT_EQ(live_things, before);
+  EXPECT_EQ(DeleteAllElements_CObList(list), 0);
+
+  CObArray array;
+  array.Add(new Thing);
+  array.Add(nullptr);
+  EXPECT_EQ(DeleteAllElements_CObArray(array), 2);
+  EXPECT_EQ(array.GetCount(), 0);
+
+  auto* onHeap = new CObList;
+  onHeap->AddTail(new Thing);
+  EXPECT_EQ(DeleteCObListWithCObject(onHeap), 1);
+  EXPECT_EQ(DeleteCObListWithCObject(nullptr), 0);
+  EXPECT_EQ(live_things, before);
+}
+
+TEST(ObjectListNames, FirstFreeNameOfACopy) {
+  const struct {
+    std::vector<const char*> names;
+    const char* expected;
+  } rows[] = {
+      {{}, "Hole - Copy "},
+      {{"Hole", "Hole - Copy", "Hole - Copy  ", "hole - copy "}, "Hole - Copy "},
+      {{"Hole - Copy "}, "Hole - Copy 2 "},
+      {{"Hole - Copy 3 ", "Hole - Copy ", "Hole - Copy 2 "}, "Hole - Copy 4 "},
+      {{"Hole - Copy ", "Hole - Copy 3 "}, "Hole - Copy 2 "},
+      // None of these is a name that a copy gets.
+      {{"Hole - Copy ", "Hole - Copy 2", "Hole - Copy 02 ", "Hole - Copy +2 ", "Hole - Copy  2 ", "Hole - Copy 2  "},
+       "Hole - Copy 2 "},
+      {{"Hole - Copy ", "Hole - Copy 99999999999999999999999 ", "Hole - Copy 1 ", "Hole - Copy 0 "}, "Hole - Copy 2 "},
+      {{"Hole - Copy ", "Hole - Copy ", "Hole - Copy 2 "}, "Hole - Copy 3 "},
+  };
+  for (const auto& row : rows) {
+    std::vector<std::unique_ptr<CObject>> objects;
+    CObList list;
+    for (const char* name : row.names) list.AddTail(objects.emplace_back(std::make_unique<Node>(name)).get());
+    list.AddTail(static_cast<CObject*>(nullptr));
+    list.AddTail(objects.emplace_back(std::make_unique<Thing>()).get());
+    CString text = _T("Hole");
+    ChangeNameForCopiedFeatAndOper(list, _T("Copy"), text, text);
+    EXPECT_EQ(ToUtf8(text), row.expected) << row.names.size();
+  }
+  CObList list;
+  CString text;
+  ChangeNameForCopiedFeatAndOper(list, _T("50%d"), _T("%s"), text);
+  EXPECT_EQ(text, _T("%s - 50%d "));
+}
