@@ -1,0 +1,129 @@
+// Rounding to the tolerance's raster against whole-number arithmetic, and narrowing.
+#include "share/utilities/numbers.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <limits>
+#include <random>
+
+#include "companions/geometry/constants.h"
+
+namespace {
+
+// Sets the tolerance and puts it back.
+class Tolerance {
+ public:
+  explicit Tolerance(double value) : former_(RESABS) { RESABS = value; }
+  ~Tolerance() { RESABS = former_; }
+
+ private:
+  double former_;
+};
+
+// Rounds a number of millionths of RESABS = 1e-6 as a person does: to RESABS, then to its tens, halves down.
+long long HundredThousandths(long long billionths) {
+  const long long millionths = billionths / 1000 + (billionths % 1000 > 500);
+  return millionths / 10 + (millionths % 10 > 5);
+}
+
+// The double nearest to that many hundred-thousandths, by way of its decimal digits.
+double FromDigits(long long hundredThousandths) {
+  char digits[40];
+  std::snprintf(digits, sizeof digits, "%lld.%05lld", hundredThousandths / 100000, hundredThousandths % 100000);
+  return std::strtod(digits, nullptr);
+}
+
+TEST(RoundOff, RandomValuesAgreeWithWholeNumbers) {
+  const auto seed = std::random_device()();
+  SCOPED_TRACE(seed);
+  std::mt19937_64 random(seed);
+  for (int round = 0; round < 20000; ++round) {
+    const long long limit = round % 4 == 0 ? 100'000 : round % 4 == 1 ? 1'000'000'000 : 10'000'000'000'000;
+    const long long billionths = std::uniform_int_distribution<long long>(0, limit)(random);
+    if (billionths % 1000 == 500) continue;  // no double lies exactly there
+    const double value = double(billionths) / 1e9;
+    const double wanted = FromDigits(HundredThousandths(billionths));
+    ASSERT_EQ(RoundOffDouble(value, 0), wanted) << billionths;
+    ASSERT_EQ(RoundOffDouble(-value, 0), -wanted) << billionths;
+    ASSERT_EQ(RoundOffDouble(wanted, 0), wanted) << billionths << ": a point of the raster stays";
+  }
+}
+
+TEST(RoundOff, Cases) {
+  const struct {
+    double tolerance, value, wanted;
+  } rows[] = {
+      {1e-6, 0.1, 0.1},
+      {1e-6, 12.345678, 12.34568},
+      {1e-6, 0.000014, 0.00001},
+      {1e-6, 0.0000146, 0.00001},  // 14.6, 15, 1.5, 1
+      {1e-6, 0.0000156, 0.00002},
+      {1e-6, 0.99999600001, 1},
+      {1e-6, 2147483646.123456, 2147483646.12346},
+      // Halves that a double holds exactly: RESABS is the raster of the first rounding, its tenfold that of the second.
+      {0.5, 0.25, 0},
+      {0.5, 3.0, 5},    // 6, 0.6, 1
+      {0.5, 2.75, 0},   // 5.5, 5, 0.5, 0
+      {0.5, 2.875, 5},  // 5.75, 6, 0.6, 1
+      {1, 14, 10},
+      {1, 15, 10},
+      {1, 15.5, 10},
+      {1, 15.75, 20},
+      {1, 26, 30},
+      {0.125, 1, 1.25},  // steps of which no whole number makes 1
+      {0.125, 3, 2.5},
+      {0.125, 0.625, 0},
+      {0.125, 0.75, 1.25},
+      {0.125, 100, 100},
+  };
+  for (const auto& row : rows) {
+    const Tolerance tolerance(row.tolerance);
+    EXPECT_EQ(RoundOffDouble(row.value, 0), row.wanted) << row.value << " by " << row.tolerance;
+    EXPECT_EQ(RoundOffDouble(-row.value, 0), -row.wanted) << row.value << " by " << row.tolerance;
+  }
+}
+
+TEST(RoundOff, AboveTheIntegersTheMultiplicationsErrorStays) {
+  for (const long double value : {2147483647.5L, 2147483648.123456L, 9876543210.98765L, 1e15L, 1e300L}) {
+    const double rounded = RoundOffDouble(double(value), 0);
+    EXPECT_NEAR(rounded, double(std::round(value * 100000) / 100000), double(value) * 4e-16);
+    EXPECT_EQ(RoundOffDouble(-double(value), 0), -rounded);
+  }
+}
+
+TEST(RoundOff, FlagKeepsWhatWouldVanish) {
+  for (const double value : {4e-6, -4e-6, 1e-300, -1e-300, 5e-7}) {
+    EXPECT_EQ(RoundOffDouble(value, 0), 0.0) << value;
+    EXPECT_EQ(RoundOffDouble(value, 1), value);
+    EXPECT_EQ(RoundOffDouble(value, 2), 0.0) << "1 alone is the flag";
+  }
+  EXPECT_EQ(RoundOffDouble(6e-6, 1), 1e-5);
+  EXPECT_EQ(RoundOffDouble(0, 1), 0.0);
+}
+
+TEST(RoundOff, HostileValuesAndTolerancesLeaveTheValue) {
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  constexpr double kLargest = std::numeric_limits<double>::max();
+  constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+  for (const int flag : {0, 1}) {
+    EXPECT_EQ(RoundOffDouble(kInfinity, flag), kInfinity);
+    EXPECT_EQ(RoundOffDouble(-kInfinity, flag), -kInfinity);
+    EXPECT_EQ(RoundOffDouble(kLargest, flag), kLargest);
+    EXPECT_TRUE(std::isnan(RoundOffDouble(kNaN, flag)));
+    for (const double tolerance : {0.0, -1e-6, kInfinity, kNaN}) {
+      const Tolerance none(tolerance);
+      EXPECT_EQ(RoundOffDouble(1.23456789, flag), 1.23456789) << tolerance;
+    }
+  }
+}
+
+TEST(Narrowing, LargeSizesAreMinusOne) {
+  const std::pair<ULONGLONG, int> rows[] = {
+      {0, 0}, {0x7FFFFFFF, 2147483647}, {0x80000000, -1}, {0x100000000, -1}, {~0ull, -1}};
+  for (const auto& [value, wanted] : rows) EXPECT_EQ(size_t2int(value), wanted) << value;
+}
+
+}  // namespace
