@@ -1,6 +1,7 @@
 // The geometry companion under numbers that no model has: NaN, infinities, the ends of the range of doubles.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
 
 #include "companions/geometry/boxes.h"
@@ -57,7 +58,7 @@ TEST(GeometryHostile, AxisWithoutDirectionGivesTheIdentity) {
 }
 
 TEST(GeometryHostile, WhatHasNoInverseGivesTheIdentity) {
-  const FRVector x(1, 0, 0), y(0, 1, 0), z(0, 0, 1);
+  const FRVector x(1, 0, 0), y(0, 1, 0);
   const FRTransf rows[] = {
       FRTransf(FRMatrix(x, y, {0, 0, kNaN}), {}, 1, 0, 0, 0),
       FRTransf(FRMatrix(x, y, {0, 0, kInfinity}), {}, 1, 0, 0, 0),
