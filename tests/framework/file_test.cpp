@@ -1,10 +1,11 @@
-// CFile on disk and CMemFile: the same operations, the same results.
+// CFile on disk, in memory and on a stream of a compound file: the same operations, the same results.
 #include "framework/file.h"
 
 #include <cstdlib>
 #include <functional>
 #include <string>
 
+#include "framework/stream_file.h"
 #include "tests/framework/archive_fixture.h"
 #include "tests/scratch.h"
 
@@ -63,6 +64,25 @@ TEST(DiskFile, ReadsWritesAndSeeks) {
   file.Close();
   file.Close();
   EXPECT_EQ(kvtest::ReadFile(folder.Path() / "a.bin"), "hel");
+}
+
+TEST(StreamFile, ReadsWritesAndSeeks) {
+  const kvtest::ScratchFolder folder;
+  IStorage* root = nullptr;
+  IStream* stream = nullptr;
+  constexpr DWORD kMode = STGM_READWRITE | STGM_SHARE_EXCLUSIVE;
+  ASSERT_EQ(StgCreateDocfile(PathOf(folder, "a.bin"), kMode, 0, &root), S_OK);
+  ASSERT_EQ(root->CreateStream(_T("s"), kMode, 0, 0, &stream), S_OK);
+  COleStreamFile file(stream);
+  ExpectReadsWritesAndSeeks(file);
+  file.Flush();
+  EXPECT_EQ(file.Detach(), stream);
+  char byte = 0;
+  EXPECT_EQ(CauseOf([&] { file.Read(&byte, 1); }), CFileException::invalidFile);
+  file.Attach(stream);
+  EXPECT_EQ(CauseOf([&] { file.SetLength(ULONGLONG(1) << 32); }), CFileException::diskFull);
+  root->Release();
+  EXPECT_EQ(CauseOf([&] { file.Write(&byte, 1); }), CFileException::genericException) << "the root is gone";
 }
 
 TEST(DiskFile, CreatesTruncatesOrKeepsAsTold) {

@@ -1,0 +1,263 @@
+// Storages as objects on the nodes of a tree in memory.
+#include "platform/storage.h"
+
+#include <cstdlib>
+
+#include "platform/linux/compound_format.h"
+#include "platform/linux/compound_writer.h"
+#include "platform/linux/file_system.h"
+#include "platform/linux/storage_document.h"
+#include "platform/paths.h"
+
+namespace {
+
+constexpr DWORD kCommitFlags = STGC_OVERWRITE | STGC_ONLYIFCURRENT | STGC_DANGEROUSLYCOMMITMERELYTODISKCACHE;
+
+class Elements final : public Counted<IEnumSTATSTG> {
+ public:
+  explicit Elements(const StorageNode& storage) : nodes_(storage.elements.begin(), storage.elements.end()) {}
+
+  HRESULT Next(ULONG count, STATSTG* facts, ULONG* fetched) override {
+    if (!facts || (!fetched && count != 1)) return STG_E_INVALIDPOINTER;
+    ULONG given = 0;
+    const HRESULT result = Guarded([&] {
+      for (; given < count && next_ < nodes_.size(); ++next_) {
+        if (nodes_[next_]->is_gone) continue;
+        FillFacts(*nodes_[next_], CopyForCaller(nodes_[next_]->name), /*mode=*/0, facts + given);
+        ++given;
+      }
+      return given == count ? S_OK : S_FALSE;
+    });
+    if (fetched) *fetched = given;
+    return result;
+  }
+  HRESULT Reset() override {
+    next_ = 0;
+    return S_OK;
+  }
+
+ private:
+  const std::vector<std::shared_ptr<StorageNode>> nodes_;
+  std::size_t next_ = 0;
+};
+
+class Storage final : public NodeObject<IStorage> {
+ public:
+  Storage(std::shared_ptr<StorageDocument> document, std::shared_ptr<StorageNode> node, DWORD mode)
+      : NodeObject(std::move(document), std::move(node), mode), is_root_(node_ == document_->root) {}
+
+  HRESULT CreateStream(LPCWSTR name, DWORD mode, DWORD reserved1, DWORD reserved2, IStream** stream) override {
+    std::shared_ptr<StorageNode> made;
+    const HRESULT result = Create(name, mode, reserved1 | reserved2, /*is_storage=*/false, stream, made);
+    return SUCCEEDED(result) ? GiveStream(std::move(made), mode, stream) : result;
+  }
+  HRESULT OpenStream(LPCWSTR name, void* reserved1, DWORD mode, DWORD reserved2, IStream** stream) override {
+    std::shared_ptr<StorageNode> found;
+    const bool reserved = reserved1 || reserved2 != 0;
+    const HRESULT result = Find(name, mode, reserved, /*is_storage=*/false, stream, found);
+    return SUCCEEDED(result) ? GiveStream(std::move(found), mode, stream) : result;
+  }
+  HRESULT CreateStorage(LPCWSTR name, DWORD mode, DWORD reserved1, DWORD reserved2, IStorage** storage) override {
+    std::shared_ptr<StorageNode> made;
+    const HRESULT result = Create(name, mode, reserved1 | reserved2, /*is_storage=*/true, storage, made);
+    return SUCCEEDED(result) ? GiveStorage(std::move(made), mode, storage) : result;
+  }
+  HRESULT OpenStorage(LPCWSTR name, IStorage* priority, DWORD mode, SNB exclude, DWORD reserved,
+                      IStorage** storage) override {
+    std::shared_ptr<StorageNode> found;
+    const bool more = priority || exclude || reserved != 0;
+    const HRESULT result = Find(name, mode, more, /*is_storage=*/true, storage, found);
+    return SUCCEEDED(result) ? GiveStorage(std::move(found), mode, storage) : result;
+  }
+
+  HRESULT Commit(DWORD flags) override;
+  HRESULT Revert() override;
+  HRESULT EnumElements(DWORD reserved1, void* reserved2, DWORD reserved3, IEnumSTATSTG** elements) override;
+  HRESULT DestroyElement(LPCWSTR name) override;
+  HRESULT Stat(STATSTG* facts, DWORD flags) override {
+    return StatAs(facts, flags, is_root_ ? document_->path : node_->name);
+  }
+
+ private:
+  // The last reference of a direct root writes; whoever wants to know how that went commits first.
+  ~Storage() override {
+    if (!is_root_ || node_->is_gone) return;
+    const bool direct = (document_->mode & STGM_TRANSACTED) == 0;
+    if (direct && document_->changed) Guarded([&] { return document_->Save(); });
+    node_->MarkGone();
+  }
+
+  template <class Out>
+  HRESULT CheckCall(LPCWSTR name, DWORD mode, bool reserved, bool is_storage, Out** out) const {
+    if (!out) return STG_E_INVALIDPOINTER;
+    *out = nullptr;
+    if (node_->is_gone) return STG_E_REVERTED;
+    if (reserved) return STG_E_INVALIDPARAMETER;
+    const HRESULT result = CheckElementName(name);
+    return SUCCEEDED(result) ? CheckElementMode(mode, mode_, is_storage) : result;
+  }
+  template <class Out>
+  HRESULT Create(LPCWSTR name, DWORD mode, bool reserved, bool is_storage, Out** out,
+                 std::shared_ptr<StorageNode>& made);
+  template <class Out>
+  HRESULT Find(LPCWSTR name, DWORD mode, bool reserved, bool is_storage, Out** out,
+               std::shared_ptr<StorageNode>& found) const;
+  HRESULT GiveStream(std::shared_ptr<StorageNode> node, DWORD mode, IStream** stream) const;
+  HRESULT GiveStorage(std::shared_ptr<StorageNode> node, DWORD mode, IStorage** storage) const;
+  void Remove(const std::shared_ptr<StorageNode>& element);
+
+  const bool is_root_;
+};
+
+// ---- elements
+
+template <class Out>
+HRESULT Storage::Create(LPCWSTR name, DWORD mode, bool reserved, bool is_storage, Out** out,
+                        std::shared_ptr<StorageNode>& made) {
+  const HRESULT result = CheckCall(name, mode, reserved, is_storage, out);
+  if (FAILED(result)) return result;
+  if (!CanWrite(mode_)) return STG_E_ACCESSDENIED;
+  if (is_storage && node_->depth >= compound::kMaxDepth) return STG_E_MEDIUMFULL;
+  return Guarded([&] {
+    const auto there = node_->Find(name);
+    if (there && (mode & STGM_CREATE) == 0) return STG_E_FILEALREADYEXISTS;
+    made = std::make_shared<StorageNode>();
+    made->name = name;
+    made->is_storage = is_storage;
+    made->depth = node_->depth + 1;
+    if (is_storage) made->created = made->modified = StorageTimeNow();
+    if (there) Remove(there);
+    node_->elements.insert(made);
+    document_->changed = true;
+    return S_OK;
+  });
+}
+
+template <class Out>
+HRESULT Storage::Find(LPCWSTR name, DWORD mode, bool reserved, bool is_storage, Out** out,
+                      std::shared_ptr<StorageNode>& found) const {
+  const HRESULT result = CheckCall(name, mode, reserved || (mode & STGM_CREATE) != 0, is_storage, out);
+  if (FAILED(result)) return result;
+  found = node_->Find(name);
+  if (!found || found->is_storage != is_storage) return STG_E_FILENOTFOUND;
+  return found->is_open ? STG_E_ACCESSDENIED : S_OK;
+}
+
+HRESULT Storage::GiveStream(std::shared_ptr<StorageNode> node, DWORD mode, IStream** stream) const {
+  return Guarded([&] {
+    const HRESULT result = node->content.Open();
+    if (SUCCEEDED(result)) *stream = NewStreamObject(document_, std::move(node), mode & ~STGM_CREATE);
+    return result;
+  });
+}
+
+HRESULT Storage::GiveStorage(std::shared_ptr<StorageNode> node, DWORD mode, IStorage** storage) const {
+  return Guarded([&] {
+    *storage = new Storage(document_, std::move(node), mode & ~STGM_CREATE);
+    return S_OK;
+  });
+}
+
+void Storage::Remove(const std::shared_ptr<StorageNode>& element) {
+  element->MarkGone();
+  node_->elements.erase(element);
+  document_->changed = true;
+}
+
+HRESULT Storage::DestroyElement(LPCWSTR name) {
+  if (node_->is_gone) return STG_E_REVERTED;
+  if (const HRESULT result = CheckElementName(name); FAILED(result)) return result;
+  if (!CanWrite(mode_)) return STG_E_ACCESSDENIED;
+  const auto element = node_->Find(name);
+  if (!element) return STG_E_FILENOTFOUND;
+  Remove(element);
+  return S_OK;
+}
+
+HRESULT Storage::EnumElements(DWORD reserved1, void* reserved2, DWORD reserved3, IEnumSTATSTG** elements) {
+  if (!elements) return STG_E_INVALIDPOINTER;
+  *elements = nullptr;
+  if (node_->is_gone) return STG_E_REVERTED;
+  if (reserved1 != 0 || reserved2 || reserved3 != 0) return STG_E_INVALIDPARAMETER;
+  if (!CanRead(mode_)) return STG_E_ACCESSDENIED;
+  return Guarded([&] {
+    *elements = new Elements(*node_);
+    return S_OK;
+  });
+}
+
+// ---- commit and revert
+
+HRESULT Storage::Commit(DWORD flags) {
+  if (node_->is_gone) return STG_E_REVERTED;
+  if (flags & ~kCommitFlags) return STG_E_INVALIDFLAG;
+  if (!CanWrite(mode_)) return STG_E_ACCESSDENIED;
+  if (!is_root_ || (!document_->changed && document_->has_file)) return S_OK;
+  return Guarded([&] { return document_->Save(); });
+}
+
+HRESULT Storage::Revert() {
+  if (node_->is_gone) return STG_E_REVERTED;
+  if (!is_root_ || (mode_ & STGM_TRANSACTED) == 0 || !document_->changed) return S_OK;
+  return Guarded([&] {
+    if (document_->has_file) {
+      if (const HRESULT result = document_->Load(); FAILED(result)) return result;
+    } else {
+      document_->Clear();
+    }
+    node_ = document_->root;
+    node_->is_open = true;
+    return S_OK;
+  });
+}
+
+HRESULT GiveRoot(std::shared_ptr<StorageDocument> document, IStorage** storage) {
+  const DWORD mode = document->mode;
+  auto root = document->root;
+  *storage = new Storage(std::move(document), std::move(root), mode);
+  return S_OK;
+}
+
+}  // namespace
+
+// ---- files
+
+HRESULT StgCreateDocfile(LPCWSTR path, DWORD mode, DWORD reserved, IStorage** storage) {
+  if (!storage) return STG_E_INVALIDPOINTER;
+  *storage = nullptr;
+  if (!path || !*path) return STG_E_INVALIDNAME;
+  if (reserved != 0) return STG_E_INVALIDPARAMETER;
+  if (const HRESULT result = CheckRootMode(mode); FAILED(result)) return result;
+  if (!CanWrite(mode)) return STG_E_INVALIDFLAG;
+  return Guarded([&] {
+    const bool there = _waccess(path, 0) == 0;
+    if (there && (mode & STGM_CREATE) == 0) return STG_E_FILEALREADYEXISTS;
+    // Whether the file can be written at all shows by beginning to.
+    if (const SafeFile probe(path); probe.Status() != ERROR_SUCCESS) return StorageCodeOf(probe.Status());
+    auto document = std::make_shared<StorageDocument>();
+    document->path = path;
+    document->mode = mode & ~STGM_CREATE;
+    document->Clear();
+    document->changed = true;
+    return GiveRoot(std::move(document), storage);
+  });
+}
+
+HRESULT StgOpenStorage(LPCWSTR path, IStorage* priority, DWORD mode, SNB exclude, DWORD reserved, IStorage** storage) {
+  if (!storage) return STG_E_INVALIDPOINTER;
+  *storage = nullptr;
+  if (!path || !*path) return STG_E_INVALIDNAME;
+  if (priority || exclude || reserved != 0) return STG_E_INVALIDPARAMETER;
+  if (mode & STGM_CREATE) return STG_E_INVALIDFLAG;
+  if (const HRESULT result = CheckRootMode(mode); FAILED(result)) return result;
+  return Guarded([&] {
+    if (CanWrite(mode) && _waccess(path, 0) == 0 && _waccess(path, 2) != 0) return STG_E_ACCESSDENIED;
+    auto document = std::make_shared<StorageDocument>();
+    document->path = path;
+    document->mode = mode;
+    if (const HRESULT result = document->Load(); FAILED(result)) return result;
+    return GiveRoot(std::move(document), storage);
+  });
+}
+
+void CoTaskMemFree(void* block) { std::free(block); }

@@ -1,0 +1,115 @@
+#include "platform/linux/storage_document.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <ctime>
+
+#include "platform/linux/compound_format.h"
+#include "platform/linux/compound_reader.h"
+#include "platform/linux/compound_writer.h"
+#include "platform/paths.h"
+
+namespace {
+
+constexpr DWORD kAccessBits = 0x3;
+constexpr DWORD kShareBits = 0x70;
+constexpr DWORD kUnsupported = STGM_CONVERT | STGM_PRIORITY | STGM_DIRECT_SWMR | STGM_DELETEONRELEASE | STGM_SIMPLE;
+constexpr DWORD kElementBits = kAccessBits | kShareBits | STGM_CREATE;
+constexpr DWORD kRootBits = kElementBits | STGM_TRANSACTED | STGM_NOSCRATCH | STGM_NOSNAPSHOT;
+
+}  // namespace
+
+// ---- documents
+
+HRESULT StorageDocument::Load() {
+  std::shared_ptr<CompoundReader> reader;
+  auto tree = std::make_shared<StorageNode>();
+  HRESULT result = CompoundReader::Open(SystemPathFromProduct(path.c_str()), reader);
+  if (SUCCEEDED(result)) result = reader->ReadTree(reader, *tree);
+  if (FAILED(result)) return result;
+  Replace(std::move(tree));
+  has_file = true;
+  return S_OK;
+}
+
+void StorageDocument::Clear() {
+  auto tree = std::make_shared<StorageNode>();
+  tree->is_storage = true;
+  tree->created = tree->modified = StorageTimeNow();
+  Replace(std::move(tree));
+}
+
+void StorageDocument::Replace(std::shared_ptr<StorageNode> tree) {
+  if (root) root->MarkGone();
+  root = std::move(tree);
+  changed = false;
+}
+
+HRESULT StorageDocument::Save() {
+  const HRESULT result = WriteCompoundFile(path.c_str(), *root);
+  if (FAILED(result)) return result;
+  has_file = true;
+  changed = false;
+  return S_OK;
+}
+
+// ---- modes and names
+
+HRESULT CheckRootMode(DWORD mode) {
+  if (mode & kUnsupported) return STG_E_UNIMPLEMENTEDFUNCTION;
+  const DWORD access = mode & kAccessBits, share = mode & kShareBits;
+  if ((mode & ~kRootBits) != 0 || access == kAccessBits || share > STGM_SHARE_DENY_NONE) return STG_E_INVALIDFLAG;
+  if (mode & STGM_TRANSACTED) return S_OK;
+  if (mode & (STGM_NOSCRATCH | STGM_NOSNAPSHOT)) return STG_E_INVALIDFLAG;
+  const bool good = share == STGM_SHARE_EXCLUSIVE || (share == STGM_SHARE_DENY_WRITE && access == STGM_READ);
+  return good ? S_OK : STG_E_INVALIDFLAG;
+}
+
+HRESULT CheckElementMode(DWORD mode, DWORD storage_mode, bool is_storage) {
+  if (mode & (kUnsupported | STGM_TRANSACTED)) return is_storage ? STG_E_UNIMPLEMENTEDFUNCTION : STG_E_INVALIDFUNCTION;
+  if ((mode & ~kElementBits) != 0 || (mode & kAccessBits) == kAccessBits) return STG_E_INVALIDFLAG;
+  if ((mode & kShareBits) != STGM_SHARE_EXCLUSIVE) return STG_E_INVALIDFLAG;
+  const bool fits = (CanRead(storage_mode) || !CanRead(mode)) && (CanWrite(storage_mode) || !CanWrite(mode));
+  return fits ? S_OK : STG_E_ACCESSDENIED;
+}
+
+bool CanRead(DWORD mode) { return (mode & kAccessBits) != STGM_WRITE; }
+bool CanWrite(DWORD mode) { return (mode & kAccessBits) != STGM_READ; }
+
+HRESULT CheckElementName(LPCWSTR name) {
+  if (!name || !*name) return STG_E_INVALIDNAME;
+  std::size_t units = 0;
+  for (; name[units]; ++units)
+    if (units == compound::kMaxNameUnits) return STG_E_INVALIDNAME;
+  return std::u16string_view(name, units).find_first_of(u"\\/:!") == std::u16string_view::npos ? S_OK
+                                                                                               : STG_E_INVALIDNAME;
+}
+
+// ---- facts
+
+FILETIME StorageTimeNow() {
+  std::timespec now = {};
+  std::timespec_get(&now, TIME_UTC);
+  const ULONGLONG since_1601 = (ULONGLONG(now.tv_sec) + 11644473600) * 10000000 + ULONGLONG(now.tv_nsec / 100);
+  return {DWORD(since_1601), DWORD(since_1601 >> 32)};
+}
+
+LPOLESTR CopyForCaller(std::u16string_view text) {
+  auto* const copy = static_cast<WCHAR*>(std::malloc((text.size() + 1) * sizeof(WCHAR)));
+  if (!copy) throw std::bad_alloc();
+  std::copy(text.begin(), text.end(), copy);
+  copy[text.size()] = 0;
+  return copy;
+}
+
+void FillFacts(const StorageNode& node, LPOLESTR name, DWORD mode, STATSTG* facts) {
+  *facts = {};
+  facts->pwcsName = name;
+  facts->type = node.is_storage ? STGTY_STORAGE : STGTY_STREAM;
+  facts->cbSize.QuadPart = node.content.Size();
+  facts->mtime = node.modified;
+  facts->ctime = node.created;
+  facts->grfMode = mode;
+  facts->clsid = node.clsid;
+  facts->grfStateBits = node.state_bits;
+}

@@ -1,0 +1,112 @@
+// What the tests of compound files share: a scratch folder, short calls that give the result, and whole streams.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/storage.h"
+#include "tests/scratch.h"
+
+namespace kvtest {
+
+struct Releaser {
+  template <class T>
+  void operator()(T* object) const {
+    object->Release();
+  }
+};
+using Storage = std::unique_ptr<IStorage, Releaser>;
+using Stream = std::unique_ptr<IStream, Releaser>;
+
+inline constexpr DWORD kRead = STGM_READ | STGM_SHARE_EXCLUSIVE;
+inline constexpr DWORD kWrite = STGM_READWRITE | STGM_SHARE_EXCLUSIVE;
+inline constexpr DWORD kReplace = kWrite | STGM_CREATE;
+
+class CompoundFiles : public testing::Test {
+ protected:
+  std::u16string PathOf(const std::string& name) const { return (folder_.Path() / name).u16string(); }
+  Storage Create(const std::string& name = "a.bin", DWORD mode = kReplace) {
+    IStorage* root = nullptr;
+    result_ = StgCreateDocfile(PathOf(name).c_str(), mode, 0, &root);
+    return Storage(root);
+  }
+  Storage Open(const std::string& name = "a.bin", DWORD mode = kRead) {
+    IStorage* root = nullptr;
+    result_ = StgOpenStorage(PathOf(name).c_str(), nullptr, mode, nullptr, 0, &root);
+    return Storage(root);
+  }
+  Stream CreateStream(const Storage& in, const std::u16string& name, DWORD mode = kWrite) {
+    IStream* stream = nullptr;
+    result_ = in->CreateStream(name.c_str(), mode, 0, 0, &stream);
+    return Stream(stream);
+  }
+  Stream OpenStream(const Storage& in, const std::u16string& name, DWORD mode = kRead) {
+    IStream* stream = nullptr;
+    result_ = in->OpenStream(name.c_str(), nullptr, mode, 0, &stream);
+    return Stream(stream);
+  }
+  Storage CreateStorage(const Storage& in, const std::u16string& name, DWORD mode = kWrite) {
+    IStorage* storage = nullptr;
+    result_ = in->CreateStorage(name.c_str(), mode, 0, 0, &storage);
+    return Storage(storage);
+  }
+  Storage OpenStorage(const Storage& in, const std::u16string& name, DWORD mode = kRead) {
+    IStorage* storage = nullptr;
+    result_ = in->OpenStorage(name.c_str(), nullptr, mode, nullptr, 0, &storage);
+    return Storage(storage);
+  }
+  // Makes a stream of that content.
+  void Put(const Storage& in, const std::u16string& name, const std::string& bytes) {
+    const Stream stream = CreateStream(in, name);
+    ASSERT_EQ(result_, S_OK);
+    ULONG written = 0;
+    ASSERT_EQ(stream->Write(bytes.data(), ULONG(bytes.size()), &written), S_OK);
+    ASSERT_EQ(written, bytes.size());
+  }
+  // The content of a stream, or "HRESULT ..." in its place.
+  std::string Get(const Storage& in, const std::u16string& name) {
+    const Stream stream = OpenStream(in, name);
+    return stream ? ContentOf(stream) : "HRESULT " + std::to_string(DWORD(result_));
+  }
+  static std::string ContentOf(const Stream& stream) {
+    STATSTG facts;
+    EXPECT_EQ(stream->Stat(&facts, STATFLAG_NONAME), S_OK);
+    std::string bytes(std::size_t(facts.cbSize.QuadPart) + 1, '\0');
+    ULONG read = 0;
+    EXPECT_EQ(stream->Seek({}, STREAM_SEEK_SET, nullptr), S_OK);
+    EXPECT_EQ(stream->Read(bytes.data(), ULONG(bytes.size()), &read), S_OK);
+    bytes.resize(read);
+    return bytes;
+  }
+  static std::vector<std::u16string> NamesIn(const Storage& storage) {
+    IEnumSTATSTG* elements = nullptr;
+    EXPECT_EQ(storage->EnumElements(0, nullptr, 0, &elements), S_OK);
+    std::vector<std::u16string> names;
+    STATSTG facts;
+    while (elements && elements->Next(1, &facts, nullptr) == S_OK) {
+      names.emplace_back(facts.pwcsName);
+      CoTaskMemFree(facts.pwcsName);
+    }
+    if (elements) elements->Release();
+    return names;
+  }
+  static LARGE_INTEGER Distance(LONGLONG bytes) {
+    LARGE_INTEGER distance;
+    distance.QuadPart = bytes;
+    return distance;
+  }
+  static ULARGE_INTEGER Size(ULONGLONG bytes) {
+    ULARGE_INTEGER size;
+    size.QuadPart = bytes;
+    return size;
+  }
+
+  const ScratchFolder folder_;
+  HRESULT result_ = S_OK;  // of the last call above
+};
+
+}  // namespace kvtest

@@ -1,0 +1,255 @@
+// What compound files promise on every platform: modes, names, streams, commit and revert.
+#include "tests/platform/storage_support.h"
+
+namespace kvtest {
+namespace {
+
+TEST_F(CompoundFiles, GiveBackWhatWasStored) {
+  // Around the sizes where the format changes the way of storing.
+  const std::size_t kSizes[] = {0, 1, 63, 64, 65, 511, 512, 513, 4095, 4096, 4097, 70000, 131072, 300001};
+  std::string bytes(300001, '\0');
+  for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = char(i * 7 + i / 251);
+  {
+    const Storage root = Create();
+    const Storage inner = CreateStorage(root, u"Inner");
+    for (const std::size_t size : kSizes) {
+      Put(size % 2 ? root : inner, u"s" + std::u16string(size % 29, u'x'), bytes.substr(0, size));
+    }
+    ASSERT_EQ(root->Commit(STGC_DEFAULT), S_OK);
+  }
+  const Storage root = Open();
+  ASSERT_TRUE(root) << std::hex << result_;
+  const Storage inner = OpenStorage(root, u"inner");
+  ASSERT_TRUE(inner);
+  for (const std::size_t size : kSizes) {
+    EXPECT_EQ(Get(size % 2 ? root : inner, u"S" + std::u16string(size % 29, u'X')), bytes.substr(0, size)) << size;
+  }
+}
+
+TEST_F(CompoundFiles, RefuseModesThatDoNotExist) {
+  struct {
+    DWORD mode;
+    HRESULT create, open;
+  } const kRoots[] = {
+      {STGM_READWRITE | STGM_SHARE_EXCLUSIVE, S_OK, S_OK},
+      {STGM_READWRITE, STG_E_INVALIDFLAG, STG_E_INVALIDFLAG},
+      {STGM_READWRITE | STGM_SHARE_DENY_NONE, STG_E_INVALIDFLAG, STG_E_INVALIDFLAG},
+      {STGM_READ | STGM_SHARE_DENY_WRITE, STG_E_INVALIDFLAG, S_OK},
+      {STGM_READ | STGM_SHARE_DENY_NONE, STG_E_INVALIDFLAG, STG_E_INVALIDFLAG},
+      {STGM_READ | STGM_SHARE_DENY_NONE | STGM_TRANSACTED, STG_E_INVALIDFLAG, S_OK},
+      {STGM_READWRITE | STGM_SHARE_DENY_WRITE | STGM_TRANSACTED, S_OK, S_OK},
+      {STGM_READWRITE | STGM_SHARE_EXCLUSIVE | 0x3, STG_E_INVALIDFLAG, STG_E_INVALIDFLAG},
+      {kWrite | STGM_NOSCRATCH, STG_E_INVALIDFLAG, STG_E_INVALIDFLAG},
+      {kWrite | STGM_CONVERT, STG_E_UNIMPLEMENTEDFUNCTION, STG_E_UNIMPLEMENTEDFUNCTION},
+  };
+  ASSERT_EQ(Create("there.bin")->Commit(0), S_OK);
+  int number = 0;
+  for (const auto& c : kRoots) {
+    Create("new" + std::to_string(++number), c.mode);
+    EXPECT_EQ(result_, c.create) << std::hex << c.mode;
+    Open("there.bin", c.mode);
+    EXPECT_EQ(result_, c.open) << std::hex << c.mode;
+  }
+  const Storage root = Create();
+  CreateStream(root, u"s", STGM_READWRITE);
+  EXPECT_EQ(result_, STG_E_INVALIDFLAG) << "an element is shared with nobody";
+  CreateStream(root, u"s", kWrite | STGM_TRANSACTED);
+  EXPECT_EQ(result_, STG_E_INVALIDFUNCTION);
+  CreateStorage(root, u"s", kWrite | STGM_TRANSACTED);
+  EXPECT_EQ(result_, STG_E_UNIMPLEMENTEDFUNCTION);
+  EXPECT_TRUE(NamesIn(root).empty());
+}
+
+TEST_F(CompoundFiles, TellWhyAFileDoesNotOpen) {
+  folder_.Write("text.bin", std::string(2000, 'x'));
+  folder_.Write("short.bin", "x");
+  std::filesystem::create_directory(folder_.Path() / "folder");
+  const struct {
+    const char* name;
+    HRESULT result;
+  } kCases[] = {{"none.bin", STG_E_FILENOTFOUND},
+                {"none/none.bin", STG_E_PATHNOTFOUND},
+                {"text.bin", STG_E_FILEALREADYEXISTS},
+                {"short.bin", STG_E_FILEALREADYEXISTS},
+                {"folder", STG_E_ACCESSDENIED}};
+  for (const auto& c : kCases) {
+    EXPECT_FALSE(Open(c.name));
+    EXPECT_EQ(result_, c.result) << c.name;
+  }
+  Create("text.bin", kWrite);
+  EXPECT_EQ(result_, STG_E_FILEALREADYEXISTS);
+  Create("none/none.bin");
+  EXPECT_EQ(result_, STG_E_PATHNOTFOUND);
+  EXPECT_EQ(ReadFile(folder_.Path() / "text.bin"), std::string(2000, 'x'));
+}
+
+TEST_F(CompoundFiles, KeepTheRulesOfNames) {
+  const Storage root = Create();
+  const std::u16string longest(31, u'n');
+  for (const std::u16string& bad : {std::u16string(), longest + u'n', std::u16string(u"a/b"), std::u16string(u"a\\b"),
+                                    std::u16string(u"a:b"), std::u16string(u"a!b")}) {
+    CreateStream(root, bad);
+    EXPECT_EQ(result_, STG_E_INVALIDNAME);
+  }
+  Put(root, longest, "long");
+  Put(root, u"\u00C4pfel \u4E2D", "umlaut");
+  EXPECT_EQ(Get(root, std::u16string(31, u'N')), "long");
+  EXPECT_EQ(Get(root, u"\u00E4PFEL \u4E2D"), "umlaut") << "names are compared without case";
+  CreateStorage(root, u"\u00E4pfel \u4E2D");
+  EXPECT_EQ(result_, STG_E_FILEALREADYEXISTS) << "streams and storages share their names";
+  EXPECT_EQ(NamesIn(root), (std::vector<std::u16string>{u"\u00C4pfel \u4E2D", longest})) << "the first case stays";
+}
+
+TEST_F(CompoundFiles, OpenAnElementOnceAndWithTheStoragesRightsOnly) {
+  {
+    const Storage root = Create();
+    Put(root, u"s", "12");
+    const Stream open = OpenStream(root, u"s");
+    ASSERT_TRUE(open);
+    OpenStream(root, u"s");
+    EXPECT_EQ(result_, STG_E_ACCESSDENIED);
+    EXPECT_EQ(open->Write("3", 1, nullptr), STG_E_ACCESSDENIED);
+    EXPECT_EQ(open->SetSize(Size(0)), STG_E_ACCESSDENIED);
+    OpenStorage(root, u"s");
+    EXPECT_EQ(result_, STG_E_FILENOTFOUND);
+    OpenStream(root, u"t");
+    EXPECT_EQ(result_, STG_E_FILENOTFOUND);
+    const Stream sink = CreateStream(root, u"sink", STGM_WRITE | STGM_SHARE_EXCLUSIVE);
+    char byte;
+    EXPECT_EQ(sink->Read(&byte, 1, nullptr), STG_E_ACCESSDENIED);
+  }
+  const Storage root = Open();
+  OpenStream(root, u"s", kWrite);
+  EXPECT_EQ(result_, STG_E_ACCESSDENIED);
+  CreateStream(root, u"new", kRead);
+  EXPECT_EQ(result_, STG_E_ACCESSDENIED);
+  EXPECT_EQ(root->DestroyElement(u"s"), STG_E_ACCESSDENIED);
+  EXPECT_EQ(root->Commit(0), STG_E_ACCESSDENIED);
+  EXPECT_EQ(Get(root, u"s"), "12");
+}
+
+TEST_F(CompoundFiles, StreamsSeekReadWriteAndResize) {
+  const Storage root = Create();
+  const Stream stream = CreateStream(root, u"s");
+  ULARGE_INTEGER position = {};
+  ASSERT_EQ(stream->Write("hello world", 11, nullptr), S_OK);
+  EXPECT_EQ(stream->Seek(Distance(-5), STREAM_SEEK_END, &position), S_OK);
+  EXPECT_EQ(position.QuadPart, 6u);
+  char text[16] = {};
+  ULONG read = 0;
+  EXPECT_EQ(stream->Read(text, 16, &read), S_OK);
+  EXPECT_EQ(std::string(text, read), "world");
+  EXPECT_EQ(stream->Read(text, 16, &read), S_OK);
+  EXPECT_EQ(read, 0u);
+  EXPECT_EQ(stream->Seek(Distance(-12), STREAM_SEEK_CUR, &position), STG_E_INVALIDFUNCTION);
+  EXPECT_EQ(stream->Seek(Distance(0), 3, &position), STG_E_INVALIDFUNCTION);
+  EXPECT_EQ(stream->Seek(Distance(13), STREAM_SEEK_SET, nullptr), S_OK);
+  EXPECT_EQ(ContentOf(stream), "hello world") << "seeking behind the end extends nothing";
+  EXPECT_EQ(stream->Seek(Distance(13), STREAM_SEEK_SET, nullptr), S_OK);
+  EXPECT_EQ(stream->Write("!", 1, nullptr), S_OK);
+  EXPECT_EQ(ContentOf(stream), std::string("hello world\0\0!", 14));
+  EXPECT_EQ(stream->SetSize(Size(3)), S_OK);
+  EXPECT_EQ(stream->SetSize(Size(6)), S_OK);
+  EXPECT_EQ(ContentOf(stream), std::string("hel\0\0\0", 6));
+  EXPECT_EQ(stream->SetSize(Size(ULONGLONG(1) << 31)), STG_E_MEDIUMFULL);
+  EXPECT_EQ(stream->Read(nullptr, 1, nullptr), STG_E_INVALIDPOINTER);
+}
+
+TEST_F(CompoundFiles, ChangeAStreamOfTheFileInPlaces) {
+  std::string bytes(400000, 'a');
+  {
+    const Storage root = Create();
+    Put(root, u"s", bytes);
+  }
+  {
+    const Storage root = Open("a.bin", kWrite);
+    const Stream stream = OpenStream(root, u"s", kWrite);
+    for (const std::size_t at : {std::size_t(0), std::size_t(131070), std::size_t(300000), std::size_t(399999)}) {
+      ASSERT_EQ(stream->Seek(Distance(LONGLONG(at)), STREAM_SEEK_SET, nullptr), S_OK);
+      ASSERT_EQ(stream->Write("XYZ", 3, nullptr), S_OK);
+      bytes.replace(at, 3, "XYZ");
+    }
+    EXPECT_EQ(ContentOf(stream), bytes);
+    ASSERT_EQ(stream->SetSize(Size(200000)), S_OK);
+    ASSERT_EQ(stream->SetSize(Size(270000)), S_OK);
+    bytes.resize(200000);
+    bytes.resize(270000);
+    EXPECT_EQ(ContentOf(stream), bytes) << "what was cut off does not come back";
+  }
+  EXPECT_EQ(Get(Open(), u"s"), bytes);
+}
+
+TEST_F(CompoundFiles, ReplaceAndDestroyElements) {
+  const Storage root = Create();
+  {
+    const Storage inner = CreateStorage(root, u"x");
+    Put(inner, u"y", "1");
+  }
+  const Storage open = OpenStorage(root, u"x", kWrite);
+  EXPECT_EQ(root->DestroyElement(u"none"), STG_E_FILENOTFOUND);
+  EXPECT_EQ(root->DestroyElement(u"X"), S_OK);
+  CreateStream(open, u"z");
+  EXPECT_EQ(result_, STG_E_REVERTED) << "nothing is left below what is gone";
+  Put(root, u"s", "old");
+  EXPECT_TRUE(CreateStream(root, u"S", kReplace));
+  EXPECT_EQ(Get(root, u"s"), "");
+  EXPECT_EQ(NamesIn(root), std::vector<std::u16string>{u"S"});
+}
+
+TEST_F(CompoundFiles, TransactedRootsStandWhenCommitted) {
+  constexpr DWORD kTransacted = kWrite | STGM_TRANSACTED;
+  {
+    const Storage root = Create("a.bin", kTransacted | STGM_CREATE);
+    Put(root, u"s", "dropped");
+  }
+  EXPECT_FALSE(std::filesystem::exists(folder_.Path() / "a.bin"));
+  const Storage root = Create("a.bin", kTransacted | STGM_CREATE);
+  Put(root, u"s", "1");
+  ASSERT_EQ(root->Commit(STGC_DEFAULT), S_OK);
+  Put(root, u"t", "2");
+  const Stream stream = OpenStream(root, u"t");
+  ASSERT_EQ(root->Revert(), S_OK);
+  char byte;
+  EXPECT_EQ(stream->Read(&byte, 1, nullptr), STG_E_REVERTED);
+  EXPECT_EQ(NamesIn(root), std::vector<std::u16string>{u"s"});
+  EXPECT_EQ(Get(root, u"s"), "1");
+  Put(root, u"u", "3");
+  ASSERT_EQ(root->Commit(STGC_DEFAULT), S_OK);
+  EXPECT_EQ(NamesIn(Open()), (std::vector<std::u16string>{u"s", u"u"}));
+}
+
+TEST_F(CompoundFiles, TellTheFactsOfElements) {
+  const Storage root = Create();
+  Put(root, u"Stream", "12345");
+  const Storage inner = CreateStorage(root, u"Storage");
+  STATSTG facts;
+  ASSERT_EQ(root->Stat(&facts, STATFLAG_DEFAULT), S_OK);
+  EXPECT_EQ(std::u16string(facts.pwcsName), PathOf("a.bin"));
+  EXPECT_EQ(facts.type, STGTY_STORAGE);
+  EXPECT_EQ(facts.grfMode, kWrite);
+  CoTaskMemFree(facts.pwcsName);
+  ASSERT_EQ(inner->Stat(&facts, STATFLAG_NONAME), S_OK);
+  EXPECT_EQ(facts.pwcsName, nullptr);
+  EXPECT_NE(facts.ctime.dwHighDateTime, 0u);
+  ASSERT_EQ(OpenStream(root, u"stream")->Stat(&facts, STATFLAG_DEFAULT), S_OK);
+  EXPECT_EQ(std::u16string(facts.pwcsName), u"Stream");
+  EXPECT_EQ(facts.type, STGTY_STREAM);
+  EXPECT_EQ(facts.cbSize.QuadPart, 5u);
+  CoTaskMemFree(facts.pwcsName);
+  EXPECT_EQ(root->Stat(&facts, 2), STG_E_INVALIDFLAG);
+}
+
+TEST_F(CompoundFiles, ReleasingTheRootEndsWhatIsOpenBelow) {
+  Storage root = Create();
+  const Storage inner = CreateStorage(root, u"x");
+  const Stream stream = CreateStream(inner, u"s");
+  ASSERT_EQ(stream->Write("1", 1, nullptr), S_OK);
+  root.reset();
+  EXPECT_EQ(stream->Write("2", 1, nullptr), STG_E_REVERTED);
+  EXPECT_EQ(inner->DestroyElement(u"s"), STG_E_REVERTED);
+  const Storage again = Open();
+  EXPECT_EQ(Get(OpenStorage(again, u"x"), u"s"), "1");
+}
+
+}  // namespace
+}  // namespace kvtest
