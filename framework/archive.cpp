@@ -108,6 +108,7 @@ void CArchive::Flush() {
     m_pIn = m_pInEnd = m_pBuffer;
   } else {
     const std::size_t bytes = std::size_t(m_pOut - m_pBuffer);
+    m_nFlushed += bytes;
     m_pOut = m_pBuffer;  // ahead of the write: what failed once is not written again by the destructor
     WriteFully(*m_pFile, m_pBuffer, bytes);
   }
@@ -187,7 +188,10 @@ void CArchive::Write(const void* source, std::size_t bytes) {
   if (bytes == 0) return;
   if (std::size_t(m_pOutEnd - m_pOut) < bytes) {
     MakeRoom();
-    if (bytes >= m_nBufferBytes) return WriteFully(*m_pFile, source, bytes);
+    if (bytes >= m_nBufferBytes) {
+      m_nFlushed += bytes;
+      return WriteFully(*m_pFile, source, bytes);
+    }
   }
   std::memcpy(m_pOut, source, bytes);
   m_pOut += bytes;

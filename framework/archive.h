@@ -127,6 +127,11 @@ class KVSHARE_API CArchive {
   // Stores a reference: null, an object met before, or a new one with its class and its data. An object of a class that
   // is not serial, or one too deep for the stack, raises before a byte of it is written.
   void WriteObject(const CObject* object);
+  // As WriteObject, but whole or not at all: if something inside the object raises, what had been written of it is
+  // taken back, bytes and numbers, so that the caller can go on with something else in its place. An object that failed
+  // for a class in it that is not serial is not tried again. What the file itself raises (CFileException) goes on with
+  // nothing taken back: the archive is then of no more use.
+  void WriteObjectWhole(const CObject* object);
   // Reads a reference. A new object belongs to the caller once the call has returned, and so does every object read on
   // the way: an archive gives each object out once for each reference to it and deletes none.
   //
@@ -168,6 +173,7 @@ class KVSHARE_API CArchive {
   [[noreturn]] void Fail(int cause) const;
   bool ReadTag(DWORD& tag);
   void WriteTag(DWORD number, bool isClass);
+  void TakeBackStored(ULONGLONG position, DWORD count);
   void EnterNumber();
   CRuntimeClass* ReadNewClass(UINT& schema);
   CRuntimeClass* ReadClassBehind(DWORD tag, UINT& schema);
@@ -192,6 +198,7 @@ class KVSHARE_API CArchive {
   int m_nDepth = 0;  // of ReadObject or WriteObject calls within one another
   LoadedObjects* m_pLoaded = nullptr;
   std::unique_ptr<StoredNumbers> m_stored;
+  ULONGLONG m_nFlushed = 0;                     // bytes handed to the file so far
   const CRuntimeClass* m_pLastClass = nullptr;  // the class written last, and its number
   DWORD m_nLastClass = 0;
 };

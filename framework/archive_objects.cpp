@@ -79,6 +79,41 @@ void CArchive::WriteObject(const CObject* object) {
   const_cast<CObject*>(object)->Serialize(*this);  // a storing Serialize changes nothing
 }
 
+void CArchive::WriteObjectWhole(const CObject* object) {
+  if (!object) return WriteObject(object);
+  CheckStoring();
+  if (Stored().IsUnstorable(object)) Fail(CArchiveException::badClass);
+  const ULONGLONG position = m_nFlushed + ULONGLONG(m_pOut - m_pBuffer);
+  const DWORD count = Stored().GetCount();
+  try {
+    WriteObject(object);
+  } catch (const CFileException&) {
+    throw;
+  } catch (const CArchiveException& failure) {
+    TakeBackStored(position, count);
+    if (failure.m_cause == CArchiveException::badClass) Stored().NoteUnstorable(object);
+    throw;
+  } catch (...) {
+    TakeBackStored(position, count);
+    throw;
+  }
+}
+
+void CArchive::TakeBackStored(ULONGLONG position, DWORD count) {
+  CheckStoring();
+  if (position >= m_nFlushed) {
+    m_pOut = m_pBuffer + (position - m_nFlushed);
+  } else {
+    const ULONGLONG end = m_pFile->GetPosition();
+    const ULONGLONG start = m_pFile->Seek(-LONGLONG(m_nFlushed - position), CFile::current);
+    if (m_pFile->GetLength() == end) m_pFile->SetLength(start);
+    m_nFlushed = position;
+    m_pOut = m_pBuffer;
+  }
+  Stored().TakeBack(count);
+  m_pLastClass = nullptr;
+}
+
 void CArchive::WriteClass(const CRuntimeClass* record) {
   if (record == m_pLastClass) return WriteTag(m_nLastClass, /*isClass=*/true);
   CheckStoring();

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <unordered_set>
 #include <vector>
 
 #include "platform/types.h"
@@ -31,15 +32,31 @@ class StoredNumbers {
     return number;
   }
 
- private:
-  void Grow() {
-    std::vector<Slot> old(slots_.size() * 2);
-    old.swap(slots_);
-    --shift_;
-    for (const Slot& slot : old)
-      if (slot.number != 0) Find(slot.key) = slot;
+  // Forgets the numbers above count: they are handed out again.
+  void TakeBack(DWORD count) {
+    if (count == count_) return;
+    count_ = count;
+    Rehash(slots_.size());
   }
 
+  // Objects that can't be stored, however often it is tried.
+  bool IsUnstorable(const void* key) const { return !unstorable_.empty() && unstorable_.contains(key); }
+  void NoteUnstorable(const void* key) { unstorable_.insert(key); }
+
+ private:
+  void Grow() {
+    --shift_;
+    Rehash(slots_.size() * 2);
+  }
+
+  void Rehash(std::size_t size) {
+    std::vector<Slot> old(size);
+    old.swap(slots_);
+    for (const Slot& slot : old)
+      if (slot.number != 0 && slot.number <= count_) Find(slot.key) = slot;
+  }
+
+  std::unordered_set<const void*> unstorable_;
   std::vector<Slot> slots_ = std::vector<Slot>(1024);
   int shift_ = 64 - 10;
   DWORD count_ = 0;
