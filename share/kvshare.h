@@ -19,6 +19,7 @@
 #include "share/env/app_env.h"
 #include "share/env/core_messages.h"
 #include "share/env/document_callbacks.h"
+#include "share/env/document_messages.h"
 #include "share/env/feature_switches.h"
 #include "share/env/product_identity.h"
 #include "share/env/registry_access.h"

@@ -1,6 +1,6 @@
 // The numbers of the core messages: what the library says to a document, or asks of it, through
-// QFObject::SendQFCoreMessage. The functions that send them stand in share/env/document_messages.h and, for the units,
-// with the utilities.
+// QFObject::SendQFCoreMessage. The functions that send them stand in share/env/document_messages.h and, for the
+// conversion of units, with the utilities.
 //
 // The message's first argument is the address of the value named here, unless it says otherwise; its second is 0. A
 // document answers nonzero to a message that it knows. Numbers in between belong to the modules.

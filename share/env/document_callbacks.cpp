@@ -112,16 +112,6 @@ int IsMetricUnit() { return Ask(g_slots.isMetricUnit, 1); }
 unsigned long GetNextObjectIdCB() { return Ask(g_slots.nextObjectId, 0); }
 CString GetStockGroupName() { return Ask(g_slots.stockGroupName, CString()); }
 
-float GetActiveDocReadStorageUnits() {
-  constexpr float kCurrentStorageVersion = 38.0f;
-  // The question to the document itself, core message 201, joins here with the node class that carries it. Until then
-  // every document gives what one that doesn't answer gives.
-  const float units = 0.0f;
-  return units > -RESABS && units < RESABS ? kCurrentStorageVersion : units;
-}
-
-int IsUnitsMetric(int units) { return (units >= 0 && units <= 2) || (units >= 6 && units <= 8); }
-
 // ---- settings
 
 QFSettingsKey* GetActiveDocSettingsCB() { return Ask(g_slots.docSettings, nullptr); }

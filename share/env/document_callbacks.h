@@ -65,13 +65,6 @@ KVSHARE_API int IsMetricUnit();
 KVSHARE_API unsigned long GetNextObjectIdCB();
 KVSHARE_API CString GetStockGroupName();
 
-// The storage version of the document that is being read. A document that answers 0, within RESABS, counts as current:
-// 38.0; so does having none.
-KVSHARE_API float GetActiveDocReadStorageUnits();
-
-// 1 for the unit codes 0, 1, 2, 6, 7 and 8.
-KVSHARE_API int IsUnitsMetric(int units);
-
 // ---- settings; the trees stay the main module's, null if not registered
 
 KVSHARE_API QFSettingsKey* GetActiveDocSettingsCB();

@@ -5,7 +5,7 @@
 
 #include "companions/geometry/constants.h"
 #include "framework/archive.h"
-#include "share/env/document_callbacks.h"
+#include "share/env/document_messages.h"
 
 IMPLEMENT_SERIAL(QFBaseObject, CObject, VERSIONABLE_SCHEMA | 2)
 

@@ -3,7 +3,7 @@
 
 #include "companions/geometry/constants.h"
 #include "framework/archive.h"
-#include "share/env/document_callbacks.h"
+#include "share/env/document_messages.h"
 #include "share/objects/dump.h"
 
 IMPLEMENT_SERIAL(CFlaggedError, CObject, VERSIONABLE_SCHEMA | 2)

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "share/env/document_callbacks.h"
+#include "share/env/document_messages.h"
 #include "share/settings/settings_key.h"
 
 namespace {

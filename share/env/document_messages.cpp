@@ -1,0 +1,62 @@
+// Core messages to the active document.
+#include "share/env/document_messages.h"
+
+#include "companions/geometry/constants.h"
+#include "share/env/document_callbacks.h"
+#include "share/objects/object.h"
+
+namespace {
+
+constexpr float kCurrentStorageVersion = 38.0f;
+
+int Send(QFObject* document, QF_CORE_MESSAGE_ID message, void* value) {
+  return document ? document->SendQFCoreMessage(message, reinterpret_cast<std::uintptr_t>(value), 0) : 0;
+}
+
+// The value that the active document fills in; as built if it doesn't.
+template <class Value>
+Value AskActiveDocument(QF_CORE_MESSAGE_ID message) {
+  Value value = {};
+  SendToActiveDocument(message, &value);
+  return value;
+}
+
+}  // namespace
+
+int SendToActiveDocument(QF_CORE_MESSAGE_ID message, void* value) { return Send(GetActiveDocument(), message, value); }
+
+// ---- reading and saving
+
+float GetActiveDocReadStorageUnits() {
+  const float units = AskActiveDocument<float>(QF_CORE_GET_READ_STORAGE_UNITS);
+  return units > -RESABS && units < RESABS ? kCurrentStorageVersion : units;
+}
+
+void SetActiveDocReadStorageUnits(float units) { SendToActiveDocument(QF_CORE_SET_READ_STORAGE_UNITS, &units); }
+
+void SetDocumentModifiedFlag(int flag, QFObject* document) {
+  Send(document ? document : GetActiveDocument(), QF_CORE_SET_DOCUMENT_MODIFIED, &flag);
+}
+
+int IsDocumentModified() { return AskActiveDocument<int>(QF_CORE_IS_DOCUMENT_MODIFIED); }
+CString GetDocTitle() { return AskActiveDocument<CString>(QF_CORE_GET_DOC_TITLE); }
+CString GetDocServicePack() { return AskActiveDocument<CString>(QF_CORE_GET_DOC_SERVICE_PACK); }
+
+// ---- units
+
+int IsDocumentUnitsMm() { return AskActiveDocument<int>(QF_CORE_IS_DOCUMENT_UNITS_MM); }
+int GetDocumentUnits() { return AskActiveDocument<int>(QF_CORE_GET_DOCUMENT_UNITS); }
+int IsUnitsMetric(int units) { return (units >= 0 && units <= 2) || (units >= 6 && units <= 8); }
+int IsDocumentUnitsMetric() { return IsUnitsMetric(GetDocumentUnits()); }
+
+// ---- user interface
+
+int IsFEATTreeActive() { return AskActiveDocument<int>(QF_CORE_IS_FEATURE_TREE_ACTIVE); }
+int IsOPERTreeActive() { return AskActiveDocument<int>(QF_CORE_IS_OPERATION_TREE_ACTIVE); }
+int IsToolTreeActive() { return AskActiveDocument<int>(QF_CORE_IS_TOOL_TREE_ACTIVE); }
+int GetShowExceptionMsgFlag(int& flag) { return SendToActiveDocument(QF_CORE_GET_SHOW_EXCEPTION_MESSAGE, &flag); }
+int SetShowExceptionMsgFlag(int& flag) { return SendToActiveDocument(QF_CORE_SET_SHOW_EXCEPTION_MESSAGE, &flag); }
+
+int RemoveNodeFromSelection(ui_QFObject* node) {
+  return node ? SendToActiveDocument(QF_CORE_REMOVE_NODE_FROM_SELECTION, node) : 0;
+}

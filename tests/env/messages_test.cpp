@@ -1,0 +1,161 @@
+// Core messages: which number each function sends to which document, and what comes back.
+#include <gtest/gtest.h>
+
+#include <fmt/format.h>
+
+#include <functional>
+
+#include "share/env/document_callbacks.h"
+#include "share/env/document_messages.h"
+#include "share/objects/object.h"
+
+namespace {
+
+QFObject* g_document = nullptr;
+
+// Notes what it is sent. Answers 7, and fills in what it was given for the type of value.
+class Listener : public QFObject {
+ public:
+  int SendQFCoreMessage(QF_CORE_MESSAGE_ID message, ULONGLONG argument, LONGLONG extra) override {
+    EXPECT_EQ(extra, 0);
+    sent += fmt::format("{} ", int(message));
+    address = argument;
+    auto* value = reinterpret_cast<void*>(std::uintptr_t(argument));
+    switch (int(message)) {
+      case 201: *static_cast<float*>(value) = units; break;
+      case 202: units = *static_cast<float*>(value); break;
+      case 203:
+      case 276: number = *static_cast<int*>(value); break;
+      case 227:
+      case 290: *static_cast<CString*>(value) = text; break;
+      case 284: break;
+      default: *static_cast<int*>(value) = number; break;
+    }
+    return 7;
+  }
+
+  std::string sent;
+  float units = 0;
+  int number = 0;
+  CString text;
+  ULONGLONG address = 0;
+};
+
+class Messages : public testing::Test {
+ protected:
+  void SetUp() override {
+    Register([] { return g_document; });
+  }
+  void TearDown() override {
+    g_document = nullptr;
+    Register(nullptr);
+  }
+  static void Register(QFObject* (*document)()) {
+    QFShareRegisterDocCBK(nullptr, nullptr, document, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                          nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
+  }
+};
+
+}  // namespace
+
+TEST_F(Messages, NumbersAreAskedForByTheirMessage) {
+  Listener document;
+  const struct {
+    const char* sent;
+    std::function<int()> ask;
+  } rows[] = {
+      {"204 ", IsDocumentModified}, {"205 ", IsDocumentUnitsMm}, {"206 ", GetDocumentUnits},
+      {"269 ", IsFEATTreeActive},   {"270 ", IsOPERTreeActive},  {"271 ", IsToolTreeActive},
+  };
+  for (const auto& row : rows) {
+    g_document = nullptr;
+    EXPECT_EQ(row.ask(), 0) << row.sent << "without a document";
+    g_document = &document;
+    document.sent.clear();
+    document.number = 42;
+    EXPECT_EQ(row.ask(), 42);
+    EXPECT_EQ(document.sent, row.sent);
+  }
+}
+
+TEST_F(Messages, StorageVersionZeroCountsAsCurrent) {
+  EXPECT_EQ(GetActiveDocReadStorageUnits(), 38.0f) << "no document";
+  SetActiveDocReadStorageUnits(6.0f);
+  Listener document;
+  g_document = &document;
+  for (const auto& [told, answer] : {std::pair{0.0f, 38.0f},
+                                     {0.9e-6f, 38.0f},
+                                     {-0.9e-6f, 38.0f},
+                                     {1.1e-6f, 1.1e-6f},
+                                     {31.6f, 31.6f},
+                                     {-1.0f, -1.0f},
+                                     {6.1f, 6.1f}}) {
+    SetActiveDocReadStorageUnits(told);
+    EXPECT_EQ(GetActiveDocReadStorageUnits(), answer);
+  }
+  EXPECT_TRUE(document.sent.starts_with("202 201 202 201 ")) << document.sent;
+}
+
+TEST_F(Messages, TextsComeFromTheDocument) {
+  EXPECT_EQ(GetDocTitle(), _T(""));
+  EXPECT_EQ(GetDocServicePack(), _T(""));
+  Listener document;
+  document.text = _T("Housing");
+  g_document = &document;
+  EXPECT_EQ(GetDocTitle(), _T("Housing"));
+  EXPECT_EQ(GetDocServicePack(), _T("Housing"));
+  EXPECT_EQ(document.sent, "227 290 ");
+}
+
+TEST_F(Messages, ModifiedFlagGoesToTheDocumentGivenOrToTheActiveOne) {
+  SetDocumentModifiedFlag(1, nullptr);
+  Listener active, other;
+  SetDocumentModifiedFlag(5, &other);
+  EXPECT_EQ(other.number, 5) << "with no active document";
+  g_document = &active;
+  SetDocumentModifiedFlag(1, nullptr);
+  SetDocumentModifiedFlag(2, &other);
+  EXPECT_EQ(active.number, 1);
+  EXPECT_EQ(other.number, 2);
+  EXPECT_EQ(active.sent + other.sent, "203 203 203 ");
+}
+
+TEST_F(Messages, ExceptionFlagAndSelectionGiveTheDocumentsAnswer) {
+  ui_QFObject node(nullptr);
+  int flag = 3;
+  EXPECT_EQ(GetShowExceptionMsgFlag(flag), 0);
+  EXPECT_EQ(SetShowExceptionMsgFlag(flag), 0);
+  EXPECT_EQ(RemoveNodeFromSelection(&node), 0);
+  EXPECT_EQ(flag, 3);
+  Listener document;
+  g_document = &document;
+  EXPECT_EQ(SetShowExceptionMsgFlag(flag), 7);
+  EXPECT_EQ(document.number, 3);
+  document.number = 4;
+  EXPECT_EQ(GetShowExceptionMsgFlag(flag), 7);
+  EXPECT_EQ(flag, 4);
+  EXPECT_EQ(RemoveNodeFromSelection(&node), 7);
+  EXPECT_EQ(document.address, reinterpret_cast<std::uintptr_t>(&node)) << "the pointer itself";
+  EXPECT_EQ(RemoveNodeFromSelection(nullptr), 0);
+  EXPECT_EQ(document.sent, "276 275 284 ");
+}
+
+TEST_F(Messages, DocumentUnitsAreMetricByTheirCode) {
+  EXPECT_EQ(IsDocumentUnitsMetric(), 1) << "code 0";
+  Listener document;
+  g_document = &document;
+  for (const auto& [code, metric] : {std::pair{0, 1}, {2, 1}, {3, 0}, {5, 0}, {6, 1}, {8, 1}, {9, 0}, {-1, 0}}) {
+    document.number = code;
+    EXPECT_EQ(IsDocumentUnitsMetric(), metric) << code;
+  }
+}
+
+TEST_F(Messages, DocumentThatKnowsNoneGivesZero) {
+  QFObject silent;
+  g_document = &silent;
+  int value = 9;
+  EXPECT_EQ(SendToActiveDocument(QF_CORE_GET_DOCUMENT_UNITS, &value), 0);
+  EXPECT_EQ(value, 9);
+  EXPECT_EQ(GetActiveDocReadStorageUnits(), 38.0f);
+  EXPECT_EQ(IsDocumentModified(), 0);
+}
