@@ -35,7 +35,7 @@ int AnalyseOwner(QFObject* owner, unsigned code) {
 
 void StoreReferenceOrNull(CArchive& ar, const CObject* object) {
   try {
-    ar.WriteObject(object);
+    ar.WriteObjectWhole(object);
   } catch (const CFileException&) {
     throw;
   } catch (...) {

@@ -31,7 +31,7 @@ KVSHARE_API unsigned GetErrorLocation();
 // Logs code | 0x9000 for a null owner. Always 1.
 KVSHARE_API int AnalyseOwner(QFObject* owner, unsigned code);
 
-// Stores a reference as CArchive::WriteObject does; if that raises, logs 0x9000 and stores null in its place, so that
-// the rest of the document stays readable. What the file raises goes on to the caller: bytes that a full disk has not
-// taken can't be replaced.
+// Stores a reference as CArchive::WriteObject does; if that raises, takes back what was written of the object, logs
+// 0x9000 and stores null in its place, so that the rest of the document stays readable. What the file raises goes on to
+// the caller: bytes that a full disk has not taken can't be replaced.
 KVSHARE_API void StoreReferenceOrNull(CArchive& ar, const CObject* object);

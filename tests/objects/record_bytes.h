@@ -1,0 +1,93 @@
+// Records built by hand: the bytes of an archive, value after value, and what the tests of records share.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "framework/archive.h"
+
+namespace kvtest {
+
+// Appends values as the archive's layout lays them down; knows nothing of the archive itself.
+class RecordBytes {
+ public:
+  template <class Number>
+  RecordBytes& Raw(Number number) {
+    bytes_.append(reinterpret_cast<const char*>(&number), sizeof number);
+    return *this;
+  }
+  RecordBytes& Word(int value) { return Raw(std::uint16_t(value)); }
+  RecordBytes& Dword(unsigned value) { return Raw(std::uint32_t(value)); }
+  RecordBytes& Double(double value) { return Raw(value); }
+  RecordBytes& Text(std::u16string_view text) {  // of fewer than 255 units
+    bytes_ += std::string("\xFF\xFE\xFF", 3) + char(text.size());
+    bytes_.append(reinterpret_cast<const char*>(text.data()), text.size() * 2);
+    return *this;
+  }
+  RecordBytes& Null() { return Word(0); }
+  // An object or class met before, by its number.
+  RecordBytes& Object(int number) { return Word(number); }
+  RecordBytes& Class(int number) { return Word(0x8000 | number); }
+  RecordBytes& NewClass(std::string_view name, int schema) {
+    Word(0xFFFF).Word(schema).Word(int(name.size()));
+    bytes_ += name;
+    return *this;
+  }
+
+  const std::string& Get() const { return bytes_; }
+
+ private:
+  std::string bytes_;
+};
+
+// What the callable writes to an archive.
+template <class Write>
+std::string Stored(Write write) {
+  CMemFile file;
+  CArchive ar(&file, CArchive::store);
+  write(ar);
+  ar.Close();
+  return {reinterpret_cast<const char*>(file.GetData()), std::size_t(file.GetLength())};
+}
+
+// An archive that reads a copy of the bytes of its own, so that a sanitizer sees a step beyond the end.
+class Reader {
+ public:
+  explicit Reader(std::string_view bytes) : bytes_(bytes.begin(), bytes.end()) {}
+
+ private:
+  std::vector<BYTE> bytes_;
+  CMemFile file_{bytes_.data(), bytes_.size()};
+
+ public:
+  CArchive ar{&file_, CArchive::load};
+};
+
+// The cause of the archive exception that reading the bytes raises; none if it raises none.
+template <class Read>
+int CauseOf(std::string_view bytes, Read read) {
+  Reader reader(bytes);
+  try {
+    read(reader.ar);
+  } catch (const CArchiveException& failure) {
+    return failure.m_cause;
+  }
+  return CArchiveException::none;
+}
+
+inline std::string Hex(std::string_view bytes) {
+  static constexpr char kDigits[] = "0123456789ABCDEF";
+  std::string hex;
+  for (const char byte : bytes) {
+    if (!hex.empty()) hex += ' ';
+    hex += kDigits[BYTE(byte) >> 4];
+    hex += kDigits[byte & 0xF];
+  }
+  return hex;
+}
+
+}  // namespace kvtest

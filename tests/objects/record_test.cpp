@@ -1,0 +1,188 @@
+// The record of a node: its exact bytes, and what each older layout gives.
+#include <gtest/gtest.h>
+
+#include <fmt/format.h>
+
+#include <memory>
+
+#include "share/env/document_messages.h"
+#include "share/objects/object.h"
+#include "tests/objects/record_bytes.h"
+#include "tests/objects/test_document.h"
+#include "tests/scratch.h"
+
+using namespace kvtest;
+
+namespace {
+
+// A node as a module has one: indexed under another class's name.
+class RecordNode : public QFObject {
+  DECLARE_SERIAL(RecordNode)
+
+ public:
+  explicit RecordNode(const CString& label = {}) { m_Label = label; }
+  CRuntimeClass* GetRuntimeClassForAutoIndexing() override { return indexed ? RUNTIME_CLASS(QFObject) : nullptr; }
+
+  bool indexed = true;
+};
+IMPLEMENT_SERIAL(RecordNode, QFObject, VERSIONABLE_SCHEMA | 8)
+
+constexpr float kVersions[] = {6.0f, 6.1f, 30.0f, 32.002f, 38.0f};
+constexpr unsigned kSentinel = 0xCAFEBABE;
+
+// The record of a node of the given schema in a document of the given storage version, with a number behind it. The
+// node is its own user and original owner, so that nothing else has to live. Numbers: class 1, object 2.
+std::string RecordOf(int schema, float units) {
+  RecordBytes bytes;
+  bytes.NewClass("QFObject", schema).Class(1);
+  if (units > 6.05f) bytes.NewClass("QFBaseObject", 2);
+  if (schema > 1) bytes.Word(2).Object(2).Null();
+  bytes.Text(u"label").Text(u"maker").Text(u"01/02/2003::04:05").Text(u"06/07/2008::09:10");
+  bytes.Dword(77).Dword(3).Null();
+  if (schema > 2) bytes.Text(u"changer");
+  if (schema > 3) bytes.Word(0x8002);
+  if (schema > 4) bytes.Object(2);
+  if (schema > 5) bytes.Dword(0x00C08040);
+  if (schema > 6) bytes.Null();
+  if (schema > 7) bytes.Text(u"QFHole");
+  return bytes.Dword(kSentinel).Get();
+}
+
+void ExpectRecord(const std::string& bytes, int schema) {
+  Reader reader(bytes);
+  QFObject* object = nullptr;
+  reader.ar >> object;
+  ASSERT_NE(object, nullptr);
+  DWORD next = 0;
+  reader.ar >> next;
+  EXPECT_EQ(next, kSentinel) << "the record's end";
+  EXPECT_EQ(object->GetCountOfUserObjects(), schema > 1 ? 2 : 0);
+  EXPECT_EQ(object->Name(), _T("label"));
+  EXPECT_EQ(object->GetCreatedBy(), _T("maker"));
+  EXPECT_EQ(object->GetDateCreated(), _T("01/02/2003::04:05"));
+  EXPECT_EQ(object->GetLastModified(), _T("06/07/2008::09:10"));
+  EXPECT_EQ(object->GetObjectId(), 77u);
+  EXPECT_EQ(object->GetState(), LOCKED);
+  EXPECT_EQ(object->GetOwner(), nullptr);
+  EXPECT_EQ(object->GetLastModifiedBy(), schema > 2 ? _T("changer") : _T("maker"));
+  EXPECT_EQ(object->GetNodeStatus(0xFFFF), schema > 3 ? 0x8002 : 0);
+  EXPECT_EQ(object->GetOriginalOwner(), schema > 4 ? object : nullptr);
+  EXPECT_EQ(object->GetDisplayColor(), schema > 5 ? 0x00C08040u : 0xFFFFFFFFu);
+  EXPECT_EQ(object->GetIsPatterned(), 0);
+  EXPECT_EQ(object->GetRegNameForAutoIndexing(), schema > 7 ? _T("QFHole") : _T("QFObject"));
+  object->RemoveFromUserObjectsList(object);
+  delete object;
+}
+
+}  // namespace
+
+TEST(NodeRecord, HasItsExactBytes) {
+  TestDocument document(6.0f);  // the version that is read doesn't matter when storing
+  RecordNode owner(_T("O")), node(_T("N"));
+  node.SetOwner(&owner);
+  node.AddToUserObjectsList(&owner, 0);
+  node.AddToUserObjectsList(&document, 1);
+  node.SetState(SUPPRESSED);
+  node.SetNodeStatus(0x0102, 1);
+  node.SetDisplayColor(0x00030201);
+  node.SetRegNameForAutoIndexing(_T("R"));
+  EXPECT_EQ(node.GetObjectId(), 1u);
+  const char* const expected =
+      "FF FF 08 00 0A 00 52 65 63 6F 72 64 4E 6F 64 65 "        // new class 1, RecordNode; object 2
+      "FF FF 08 00 08 00 51 46 4F 62 6A 65 63 74 "              // level QFObject, class 3
+      "FF FF 02 00 0C 00 51 46 42 61 73 65 4F 62 6A 65 63 74 "  // level QFBaseObject, class 4
+      "01 00 "                                                  // one user:
+      "01 80 03 80 04 80 "                                      // . class 1, object 5, and its levels
+      "00 00 "                                                  // . no users
+      "FF FE FF 01 4F 00 FF FE FF 00 FF FE FF 00 FF FE FF 00 "  // . label, made by, made, changed
+      "00 00 00 00 00 00 00 00 00 00 FF FE FF 00 "              // . id, state, owner, changed by
+      "00 00 00 00 FF FF FF FF 00 00 FF FE FF 00 "              // . status, first owner, colour, pattern, name
+      "FF FE FF 01 4E 00 FF FE FF 00 FF FE FF 00 FF FE FF 00 "  // label, made by, made, changed
+      "01 00 00 00 01 00 00 00 05 00 FF FE FF 00 "              // id, state, owner: object 5, changed by
+      "02 01 00 00 01 02 03 00 00 00 FF FE FF 01 52 00";        // status, first owner, colour, pattern, name
+  EXPECT_EQ(Hex(Stored([&](CArchive& ar) { ar << &node; })), expected);
+}
+
+TEST(NodeRecord, EverySchemaLoadsInEveryStorageVersion) {
+  for (const float units : kVersions) {
+    for (int schema = 1; schema <= 8; ++schema) {
+      SCOPED_TRACE(fmt::format("schema {} in storage version {}", schema, units));
+      const TestDocument document(units);
+      ExpectRecord(RecordOf(schema, units), schema);
+    }
+  }
+}
+
+TEST(NodeRecord, DocumentsOfEarlierReleasesLoad) {
+  for (const auto& [file, units, schema] : {std::tuple{"node_schema1_storage6.0.bin", 6.0f, 1},
+                                            {"node_schema4_storage30.bin", 30.0f, 4},
+                                            {"node_schema7_storage32.002.bin", 32.002f, 7},
+                                            {"node_schema8_storage38.bin", 38.0f, 8}}) {
+    SCOPED_TRACE(file);
+    const TestDocument document(units);
+    ExpectRecord(ReadFile(std::filesystem::path(KV_TEST_FILES) / "fixtures" / file), schema);
+  }
+}
+
+TEST(NodeRecord, EveryTruncationRaisesEndOfFileAtEverySchema) {
+  const TestDocument document(38.0f);
+  for (int schema = 1; schema <= 8; ++schema) {
+    const std::string whole = RecordOf(schema, 38.0f);
+    const std::string record = whole.substr(0, whole.size() - 4);
+    for (std::size_t length = 0; length < record.size(); ++length) {
+      const int cause = CauseOf(record.substr(0, length), [](CArchive& ar) {
+        QFObject* object = nullptr;
+        ar >> object;
+        delete object;
+      });
+      int expected = CArchiveException::endOfFile;
+      // An end inside the list of users is told as a fault of the list, and a reference to the original owner that ends
+      // early is a broken one, which a load survives.
+      if (schema > 1 && length >= 34 && length < 40) expected = CArchiveException::genericException;
+      if (schema == 5 && length >= record.size() - 2) expected = CArchiveException::none;
+      EXPECT_EQ(cause, expected) << "schema " << schema << ", " << length << " bytes";
+    }
+  }
+}
+
+TEST(NodeRecord, RegisteredNameOfOlderRecordsComesFromTheIndexedClass) {
+  const TestDocument document(38.0f);
+  for (const bool indexed : {true, false}) {
+    RecordBytes bytes;
+    bytes.NewClass("QFObject", 7).NewClass("QFBaseObject", 2).Word(0);
+    bytes.Text(u"").Text(u"").Text(u"").Text(u"").Dword(0).Dword(0).Null().Text(u"").Word(0).Null().Dword(0).Null();
+    RecordNode node;
+    node.indexed = indexed;
+    Reader reader(bytes.Get());
+    node.Serialize(reader.ar);
+    EXPECT_EQ(node.GetRegNameForAutoIndexing(), indexed ? _T("QFObject") : _T(""));
+  }
+}
+
+TEST(NodeRecord, StateOutsideTheTableStaysAsStored) {
+  const TestDocument document(38.0f);
+  QFObject node;
+  std::string bytes = Stored([&](CArchive& ar) { node.Serialize(ar); });
+  bytes[14 + 18 + 2 + 16 + 4] = 9;
+  Reader reader(bytes);
+  QFObject loaded;
+  loaded.Serialize(reader.ar);
+  EXPECT_EQ(int(loaded.GetState()), 9);
+  EXPECT_EQ(Stored([&](CArchive& ar) { loaded.Serialize(ar); }), bytes);
+}
+
+TEST(BaseRecord, IsMissingFromOldDocumentsAlone) {
+  for (const float units : {6.0f, 6.0999f, 6.1f, 38.0f, 0.0f, -6.2f}) {
+    const bool present = units != 6.0f && units != 6.0999f;
+    const TestDocument document(units);
+    RecordBytes bytes;
+    if (present) bytes.NewClass("QFBaseObject", 2);
+    bytes.Dword(kSentinel);
+    Reader reader(bytes.Get());
+    QFObject object;
+    DWORD next = 0;
+    object.QFBaseObject::Serialize(reader.ar);
+    reader.ar >> next;
+    EXPECT_EQ(next, kSentinel) << units;
+  }
+}

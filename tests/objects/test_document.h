@@ -1,0 +1,39 @@
+// A document as a main module has one, active for as long as it lives: it answers the core messages that these tests
+// need and hands out ids.
+#pragma once
+
+#include "share/env/document_callbacks.h"
+#include "share/objects/object.h"
+
+namespace kvtest {
+
+class TestDocument : public QFObject {
+ public:
+  explicit TestDocument(float readStorageUnits = 0) : units(readStorageUnits) {
+    active_ = this;
+    Register([]() -> QFObject* { return active_; }, [] { return active_->nextId++; });
+  }
+  ~TestDocument() override {
+    active_ = nullptr;
+    Register(nullptr, nullptr);
+  }
+
+  int SendQFCoreMessage(QF_CORE_MESSAGE_ID message, ULONGLONG argument, LONGLONG) override {
+    auto& value = *reinterpret_cast<float*>(std::uintptr_t(argument));
+    if (message == QF_CORE_GET_READ_STORAGE_UNITS) value = units;
+    if (message == QF_CORE_SET_READ_STORAGE_UNITS) units = value;
+    return message == QF_CORE_GET_READ_STORAGE_UNITS || message == QF_CORE_SET_READ_STORAGE_UNITS;
+  }
+
+  float units;
+  unsigned long nextId = 1;
+
+ private:
+  static void Register(QFObject* (*document)(), unsigned long (*id)()) {
+    QFShareRegisterDocCBK(nullptr, id, document, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                          nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
+  }
+  inline static TestDocument* active_ = nullptr;
+};
+
+}  // namespace kvtest
