@@ -24,7 +24,7 @@ class KVSHARE_API QFDocParamHelper : public QFParamHelper {
  public:
   explicit QFDocParamHelper(int units) : m_nDocUnits(units) {}
 
-  // The unit code: 0 millimetres, for the others see IsUnitsMetric (share/env/document_callbacks.h); -1 unknown.
+  // The unit code: 0 millimetres, for the others see IsUnitsMetric (share/env/document_messages.h); -1 unknown.
   int GetDocParamUnits() const { return m_nDocUnits; }
   void SetDocParamUnits(int units) { m_nDocUnits = units; }
   // 1 for millimetres.

@@ -32,6 +32,8 @@ inline std::string BytesOf(const std::string& hex) {
   return bytes;
 }
 
+inline std::string HexOf(const std::string& bytes) { return HexOf(bytes.data(), bytes.size()); }
+
 inline std::string StoredHex(const std::function<void(CArchive&)>& write) {
   CMemFile file;
   CArchive ar(&file, CArchive::store);

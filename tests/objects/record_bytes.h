@@ -1,14 +1,11 @@
 // Records built by hand: the bytes of an archive, value after value, and what the tests of records share.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <cstring>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "framework/archive.h"
+#include "tests/objects/archive_bytes.h"
 
 namespace kvtest {
 
@@ -77,17 +74,6 @@ int CauseOf(std::string_view bytes, Read read) {
     return failure.m_cause;
   }
   return CArchiveException::none;
-}
-
-inline std::string Hex(std::string_view bytes) {
-  static constexpr char kDigits[] = "0123456789ABCDEF";
-  std::string hex;
-  for (const char byte : bytes) {
-    if (!hex.empty()) hex += ' ';
-    hex += kDigits[BYTE(byte) >> 4];
-    hex += kDigits[byte & 0xF];
-  }
-  return hex;
 }
 
 }  // namespace kvtest

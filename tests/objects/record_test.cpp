@@ -100,7 +100,7 @@ TEST(NodeRecord, HasItsExactBytes) {
       "FF FE FF 01 4E 00 FF FE FF 00 FF FE FF 00 FF FE FF 00 "  // label, made by, made, changed
       "01 00 00 00 01 00 00 00 05 00 FF FE FF 00 "              // id, state, owner: object 5, changed by
       "02 01 00 00 01 02 03 00 00 00 FF FE FF 01 52 00";        // status, first owner, colour, pattern, name
-  EXPECT_EQ(Hex(Stored([&](CArchive& ar) { ar << &node; })), expected);
+  EXPECT_EQ(StoredHex([&](CArchive& ar) { ar << &node; }), HexOf(BytesOf(expected)));
 }
 
 TEST(NodeRecord, EverySchemaLoadsInEveryStorageVersion) {
