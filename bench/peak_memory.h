@@ -1,9 +1,16 @@
 // Counts what a benchmark holds allocated: include in exactly one source of a benchmark, which thereby replaces malloc
-// and its kin for the whole process, libraries included. Counting is off except inside PeakBytes, where it costs each
-// contender the same. Works with the GNU C library only. Single-threaded.
+// and its kin, and mmap, for the whole process, libraries included. Counting is off except inside PeakBytes, where it
+// costs each contender the same. Works with the GNU C library only. Single-threaded.
 #pragma once
 
+#include <sys/mman.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
 #include <cstddef>
+#include <vector>
+
+#include "framework/block_pool.h"
 
 extern "C" {
 std::size_t malloc_usable_size(void*);
@@ -19,25 +26,60 @@ struct MemoryCount {
   bool on = false;
   std::ptrdiff_t live = 0;
   std::ptrdiff_t peak = 0;
+  std::ptrdiff_t mapped = 0;  // by mmap, counted always
 
   void* Enter(void* block) {
     if (on && block) {
       live += std::ptrdiff_t(malloc_usable_size(block));
-      if (live > peak) peak = live;
+      Note();
     }
     return block;
   }
   void Leave(void* block) {
     if (on && block) live -= std::ptrdiff_t(malloc_usable_size(block));
   }
+  // What is mapped only to be cut to size is no peak: mapping is noted when the cutting, or the next block, comes.
+  void Map(std::ptrdiff_t bytes) {
+    mapped += bytes;
+    if (on) live += bytes;
+    if (bytes < 0) Note();
+  }
+  void Note() {
+    if (live > peak) peak = live;
+  }
 };
 inline constinit MemoryCount memory_count;
+
+// Takes every page that the pool of blocks holds ready, so that what a measured run takes has to be mapped, and counts.
+class DrainedPool {
+ public:
+  DrainedPool() {
+    const std::ptrdiff_t before = memory_count.mapped;
+    do {
+      Take();
+    } while (memory_count.mapped == before);
+    for (auto left = std::size_t(memory_count.mapped - before) / BlockPool::kPageBytes; left > 1; --left) Take();
+  }
+  ~DrainedPool() {
+    for (void* page : pages_) BlockPool::Free(page, BlockPool::kPageBlock);
+  }
+  DrainedPool(const DrainedPool&) = delete;
+  DrainedPool& operator=(const DrainedPool&) = delete;
+
+ private:
+  void Take() { pages_.push_back(BlockPool::Allocate(BlockPool::kPageBlock)); }
+
+  std::vector<void*> pages_;
+};
 
 // The highest number of bytes that stood allocated at once while run() ran, beyond what stood before.
 template <class F>
 std::size_t PeakBytes(F run) {
-  memory_count = {true, 0, 0};
+  const DrainedPool drained;
+  memory_count.live = memory_count.peak = 0;
+  memory_count.on = true;
   run();
+  memory_count.Note();
   memory_count.on = false;
   return std::size_t(memory_count.peak);
 }
@@ -54,5 +96,15 @@ void* realloc(void* block, std::size_t size) {
 void free(void* block) {
   kvbench::memory_count.Leave(block);
   __libc_free(block);
+}
+[[gnu::visibility("default")]] void* mmap(void* address, std::size_t size, int protection, int flags, int file,
+                                          off_t offset) noexcept {
+  auto* const map = reinterpret_cast<void*>(syscall(SYS_mmap, address, size, protection, flags, file, offset));
+  if (map != MAP_FAILED) kvbench::memory_count.Map(std::ptrdiff_t(size));
+  return map;
+}
+[[gnu::visibility("default")]] int munmap(void* address, std::size_t size) noexcept {
+  kvbench::memory_count.Map(-std::ptrdiff_t(size));
+  return int(syscall(SYS_munmap, address, size));
 }
 }

@@ -26,6 +26,7 @@
 #include <bit>
 #include <limits>
 
+#include "framework/block_pool.h"
 #include "framework/loaded_objects.h"
 #include "framework/stored_numbers.h"
 #include "platform/text.h"
@@ -63,11 +64,11 @@ void WriteFully(CFile& file, const void* source, std::size_t bytes) {
 CArchive::CArchive(CFile* file, UINT mode, int bufferBytes, void* buffer)
     : m_strFileName(file->GetFilePath()),
       m_nBufferBytes(std::max(std::size_t(std::max(bufferBytes, 0)), kSmallestBuffer)),
+      m_bOwnBuffer(!buffer),
       m_pFile(file),
       m_bLoading((mode & load) != 0),
       m_bFlushOnDelete((mode & bNoFlushOnDelete) == 0) {
-  if (!buffer) m_ownBuffer = std::make_unique_for_overwrite<BYTE[]>(m_nBufferBytes);
-  m_pBuffer = buffer ? static_cast<BYTE*>(buffer) : m_ownBuffer.get();
+  m_pBuffer = static_cast<BYTE*>(buffer ? buffer : BlockPool::Allocate(m_nBufferBytes));
   if (m_bLoading) {
     m_pIn = m_pInEnd = m_pBuffer;
   } else {
@@ -85,6 +86,7 @@ CArchive::~CArchive() {
     }
   }
   Abort();
+  if (m_bOwnBuffer) BlockPool::Free(m_pBuffer, m_nBufferBytes);
 }
 
 void CArchive::Fail(int cause) const { throw CArchiveException(cause, m_strFileName); }

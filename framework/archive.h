@@ -51,7 +51,7 @@ class LoadedObjects;
 class KVSHARE_API CArchive {
  public:
   enum Mode : UINT { store = 0, load = 1, bNoFlushOnDelete = 2, bNoByteSwap = 4 };
-  static constexpr int kBufferBytes = 1 << 16;
+  static constexpr int kBufferBytes = (1 << 16) - 64;  // what a page of framework/block_pool.h holds
 
   // The file is open for the mode and is not null. bNoFlushOnDelete makes the destructor drop what Close would have
   // written; bNoByteSwap changes nothing. A buffer handed in stays the caller's and has at least 128 bytes; with null
@@ -190,7 +190,7 @@ class KVSHARE_API CArchive {
   BYTE* m_pOutEnd = nullptr;
   BYTE* m_pBuffer = nullptr;
   std::size_t m_nBufferBytes;
-  std::unique_ptr<BYTE[]> m_ownBuffer;
+  bool m_bOwnBuffer;
   CFile* m_pFile;
   bool m_bLoading;
   bool m_bFlushOnDelete;

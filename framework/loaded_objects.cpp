@@ -14,13 +14,14 @@ class Tombstone final : public CObject {};
 struct Graveyard {
   struct Block {
     void* block;
+    std::size_t bytes;
     std::align_val_t alignment;
   };
 
   ~Graveyard() {
     for (const Block& held : blocks) {
       if (held.alignment == std::align_val_t{1}) {
-        ::operator delete(held.block);
+        BlockPool::Free(held.block, held.bytes);
       } else {
         ::operator delete(held.block, held.alignment);
       }
@@ -69,10 +70,12 @@ void LoadedObjects::Close() noexcept {
   }
 }
 
-void LoadedObjects::AddEntry(std::uintptr_t entry) {
-  if (count_ % kChunkEntries == 0) chunks_.push_back(std::make_unique_for_overwrite<Chunk>());
-  (*chunks_.back())[count_ % kChunkEntries] = entry;
-  ++count_;
+void LoadedObjects::AddChunk() {
+  auto* entries = static_cast<std::uintptr_t*>(BlockPool::Allocate(BlockPool::kPageBlock));
+  std::unique_ptr<std::uintptr_t[], FreeChunk> chunk(entries);
+  chunks_.push_back(std::move(chunk));
+  next_entry_ = entries;
+  entries_end_ = entries + kChunkEntries;
 }
 
 void LoadedObjects::AddClass(CRuntimeClass* record, UINT schema) {
@@ -138,7 +141,7 @@ bool LoadedObjects::KeepBlock(void* block, std::size_t bytes, std::align_val_t a
     if (inside) graveyard->Bury(object);
     return inside;
   });
-  graveyard->blocks.push_back({block, alignment});
+  graveyard->blocks.push_back({block, bytes, alignment});
   return true;
 }
 

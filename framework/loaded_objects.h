@@ -5,13 +5,13 @@
 // raises instead of being followed, and taking back never deletes an object twice.
 #pragma once
 
-#include <array>
 #include <atomic>
 #include <memory>
 #include <new>
 #include <unordered_map>
 #include <vector>
 
+#include "framework/block_pool.h"
 #include "framework/object.h"
 
 class LoadedObjects {
@@ -56,17 +56,26 @@ class LoadedObjects {
 
   static std::atomic<int> open_;
 
-  // Pointers to objects, or places in classes_ times 4; the tag in the low bits. In chunks, so that growing copies
-  // nothing and never holds the old and the new at once.
-  static constexpr DWORD kChunkEntries = 4096;
-  using Chunk = std::array<std::uintptr_t, kChunkEntries>;
+  // Pointers to objects, or places in classes_ times 4; the tag in the low bits. In chunks of a page, so that growing
+  // copies nothing, never holds the old and the new at once, and leaves the heap alone.
+  static constexpr DWORD kChunkEntries = BlockPool::kPageBlock / sizeof(std::uintptr_t);
 
   std::uintptr_t EntryAt(DWORD number) const {
-    return (*chunks_[(number - 1) / kChunkEntries])[(number - 1) % kChunkEntries];
+    return chunks_[(number - 1) / kChunkEntries][(number - 1) % kChunkEntries];
   }
-  void AddEntry(std::uintptr_t entry);
+  void AddEntry(std::uintptr_t entry) {
+    if (next_entry_ == entries_end_) AddChunk();
+    *next_entry_++ = entry;
+    ++count_;
+  }
+  void AddChunk();
 
-  std::vector<std::unique_ptr<Chunk>> chunks_;
+  struct FreeChunk {
+    void operator()(std::uintptr_t* chunk) const noexcept { BlockPool::Free(chunk, BlockPool::kPageBlock); }
+  };
+  std::vector<std::unique_ptr<std::uintptr_t[], FreeChunk>> chunks_;
+  std::uintptr_t* next_entry_ = nullptr;  // in the last chunk
+  std::uintptr_t* entries_end_ = nullptr;
   DWORD count_ = 0;
   std::vector<Class> classes_;
   std::unordered_map<const CObject*, DWORD> destroyed_;  // count of numbers at the last destruction at that address

@@ -1,38 +1,24 @@
-// CObList. Nodes come in blocks and go through a free list; an empty list holds no block.
+// CObList.
 #include "framework/ob_list.h"
 
-#include <algorithm>
 #include <cassert>
 #include <utility>
 
 #include "framework/archive.h"
+#include "framework/block_pool.h"
 
 namespace {
 
-constexpr LONGLONG kLargestBlock = 4096;  // nodes: long lists take larger blocks, so that a block is seldom asked for
 constexpr ULONGLONG kShortestReference = 2;  // bytes
 
 }  // namespace
 
 IMPLEMENT_SERIAL(CObList, CObject, 0)
 
-CObList::CObList(LONGLONG blockSize) : m_nBlockSize(LONG(std::clamp<LONGLONG>(blockSize, 1, kLargestBlock))) {}
-
 CObList::~CObList() { RemoveAll(); }
 
-void CObList::Allocate(LONGLONG nodes) {
-  auto* block = static_cast<Block*>(::operator new(sizeof(Block) + std::size_t(nodes) * sizeof(Node)));
-  block->next = m_pBlocks;
-  m_pBlocks = block;
-  auto* first = reinterpret_cast<Node*>(block + 1);
-  for (LONGLONG i = nodes - 1; i >= 0; --i) m_pFree = new (first + i) Node{m_pFree, nullptr, nullptr};
-}
-
 CObList::Node* CObList::Insert(CObject* object, Node* previous, Node* next) {
-  if (!m_pFree) Allocate(std::max<LONGLONG>(m_nBlockSize, std::min<LONGLONG>(m_nCount, kLargestBlock)));
-  Node* node = m_pFree;
-  m_pFree = node->next;
-  *node = {next, previous, object};
+  Node* node = new (BlockPool::Allocate(sizeof(Node))) Node{next, previous, object};
   (previous ? previous->next : m_pHead) = node;
   (next ? next->previous : m_pTail) = node;
   ++m_nCount;
@@ -43,16 +29,21 @@ CObject* CObList::Remove(Node* node) noexcept {
   CObject* object = node->object;
   (node->previous ? node->previous->next : m_pHead) = node->next;
   (node->next ? node->next->previous : m_pTail) = node->previous;
-  node->next = m_pFree;
-  m_pFree = node;
-  if (--m_nCount == 0) RemoveAll();
+  BlockPool::Free(node, sizeof(Node));
+  --m_nCount;
   return object;
 }
 
 void CObList::RemoveAll() noexcept {
-  while (m_pBlocks) ::operator delete(std::exchange(m_pBlocks, m_pBlocks->next));
-  m_pHead = m_pTail = m_pFree = nullptr;
+  for (Node* node = m_pHead; node;) BlockPool::Free(std::exchange(node, node->next), sizeof(Node));
+  m_pHead = m_pTail = nullptr;
   m_nCount = 0;
+}
+
+// What the ends of an empty list refer to.
+CObject*& CObList::None() noexcept {
+  thread_local CObject* none;
+  return none = nullptr;
 }
 
 CObject* CObList::RemoveHead() { return m_pHead ? Remove(m_pHead) : nullptr; }
@@ -108,7 +99,6 @@ void CObList::SerializeOwned(CArchive& ar, const CRuntimeClass* wanted) {
 
 void CObList::Load(CArchive& ar, const CRuntimeClass* wanted, bool owned) {
   const ULONGLONG count = ar.ReadCount(kShortestReference);
-  if (count != 0 && !m_pFree) Allocate(LONGLONG(std::min(count, ULONGLONG(kLargestBlock))));  // a block that just fits
   for (ULONGLONG left = count; left > 0; --left) AddTail(owned ? ar.ReadOwnedObject(wanted) : ar.ReadObject(wanted));
 }
 

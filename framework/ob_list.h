@@ -14,17 +14,17 @@ class KVSHARE_API CObList : public CObject {
   DECLARE_SERIAL(CObList)
 
  public:
-  // Nodes are allocated at least blockSize at a time and come back to the heap when the list is empty.
-  explicit CObList(LONGLONG blockSize = 10);
+  // Each node is a block of its own (framework/block_pool.h): blockSize is accepted for older callers and not used.
+  explicit CObList(LONGLONG blockSize = 10) noexcept { static_cast<void>(blockSize); }
   ~CObList() override;
 
   LONGLONG GetCount() const noexcept { return m_nCount; }
   LONGLONG GetSize() const noexcept { return m_nCount; }
   bool IsEmpty() const noexcept { return m_nCount == 0; }
 
-  CObject*& GetHead() { return m_pHead ? m_pHead->object : (m_pNone = nullptr); }
+  CObject*& GetHead() { return m_pHead ? m_pHead->object : None(); }
   CObject* GetHead() const { return m_pHead ? m_pHead->object : nullptr; }
-  CObject*& GetTail() { return m_pTail ? m_pTail->object : (m_pNone = nullptr); }
+  CObject*& GetTail() { return m_pTail ? m_pTail->object : None(); }
   CObject* GetTail() const { return m_pTail ? m_pTail->object : nullptr; }
 
   // Remove an end and give its object.
@@ -75,10 +75,6 @@ class KVSHARE_API CObList : public CObject {
     Node* previous;
     CObject* object;
   };
-  // Ahead of a block's nodes.
-  struct Block {
-    Block* next;
-  };
 
   static Node* NodeAt(POSITION position) noexcept { return reinterpret_cast<Node*>(position); }
   static POSITION PositionOf(Node* node) noexcept { return reinterpret_cast<POSITION>(node); }
@@ -89,14 +85,10 @@ class KVSHARE_API CObList : public CObject {
   }
   Node* Insert(CObject* object, Node* previous, Node* next);
   CObject* Remove(Node* node) noexcept;
-  void Allocate(LONGLONG nodes);
+  static CObject*& None() noexcept;
   void Load(CArchive& ar, const CRuntimeClass* wanted, bool owned);
 
   Node* m_pHead = nullptr;
   Node* m_pTail = nullptr;
-  Node* m_pFree = nullptr;
-  Block* m_pBlocks = nullptr;
-  CObject* m_pNone = nullptr;  // what the ends of an empty list refer to
-  LONG m_nCount = 0;           // an archive's numbers, and memory, end sooner than this does
-  LONG m_nBlockSize;
+  LONGLONG m_nCount = 0;
 };

@@ -7,6 +7,7 @@
 #include <shared_mutex>
 #include <string_view>
 
+#include "framework/block_pool.h"
 #include "framework/loaded_objects.h"
 
 namespace {
@@ -70,13 +71,13 @@ CObject::~CObject() {
   if (LoadedObjects::AnyOpen()) LoadedObjects::NoteDestroyed(this);
 }
 
-void* CObject::operator new(std::size_t bytes) { return ::operator new(bytes); }
+void* CObject::operator new(std::size_t bytes) { return BlockPool::Allocate(bytes); }
 
 void* CObject::operator new(std::size_t bytes, std::align_val_t alignment) { return ::operator new(bytes, alignment); }
 
 void CObject::operator delete(void* block, std::size_t bytes) noexcept {
   if (LoadedObjects::AnyOpen() && LoadedObjects::KeepBlock(block, bytes, std::align_val_t{1})) return;
-  ::operator delete(block);
+  BlockPool::Free(block, bytes);
 }
 
 void CObject::operator delete(void* block, std::size_t bytes, std::align_val_t alignment) noexcept {

@@ -103,7 +103,8 @@ class KVSHARE_API CObject {
   bool IsSerializable() const { return GetRuntimeClass()->m_wSchema != CRuntimeClass::kNoSchema; }
   bool IsKindOf(const CRuntimeClass* base) const { return GetRuntimeClass()->IsDerivedFrom(base); }
 
-  // The heap's own, but for the short while in which a failed load takes back what it had made (framework/archive.h).
+  // Small objects come from pages of their thread (framework/block_pool.h), others from the heap. What is deleted while
+  // a failed load takes back what it had made (framework/archive.h) is held for that short while.
   static void* operator new(std::size_t bytes);
   static void* operator new(std::size_t bytes, std::align_val_t alignment);
   static void* operator new(std::size_t, void* place) noexcept { return place; }

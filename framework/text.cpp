@@ -7,6 +7,7 @@
 #include <new>
 #include <stdexcept>
 
+#include "framework/block_pool.h"
 #include "platform/text.h"
 
 namespace {
@@ -65,8 +66,12 @@ TCHAR* CString::Nil() noexcept {
   return nil.end;
 }
 
+std::size_t CString::BlockBytes(int capacity) noexcept {
+  return sizeof(Header) + (std::size_t(capacity) + 1) * sizeof(TCHAR);
+}
+
 TCHAR* CString::Allocate(int capacity) {
-  void* block = ::operator new(sizeof(Header) + (std::size_t(capacity) + 1) * sizeof(TCHAR));
+  void* block = BlockPool::Allocate(BlockBytes(capacity));
   auto* head = new (block) Header{1, 0, capacity};
   auto* units = reinterpret_cast<TCHAR*>(head + 1);
   units[0] = 0;
@@ -78,8 +83,7 @@ void CString::Release() noexcept {
   Header* head = Head();
   // The last user needs no read-modify-write: nobody else can reach the text any more.
   if (head->users.load(std::memory_order_acquire) == 1 || head->users.fetch_sub(1, std::memory_order_acq_rel) == 1) {
-    head->~Header();
-    ::operator delete(head);
+    BlockPool::Free(head, BlockBytes(head->capacity));
   }
 }
 

@@ -177,10 +177,11 @@ class KVSHARE_API CString {
   struct Header {
     std::atomic<int> users;
     int length;
-    int capacity;
+    int capacity;  // the block's size follows from it
   };
 
   static TCHAR* Nil() noexcept;
+  static std::size_t BlockBytes(int capacity) noexcept;
   static TCHAR* Allocate(int capacity);
   static std::u16string_view ViewOf(LPCTSTR text) noexcept { return text ? std::u16string_view(text) : u""; }
   static CString Concatenate(std::u16string_view a, std::u16string_view b);

@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <new>
 
+#include "framework/block_pool.h"
+
 namespace {
 
 thread_local std::size_t t_allocations = 0;
@@ -11,7 +13,7 @@ thread_local std::size_t t_allocations = 0;
 
 namespace kvtest {
 
-std::size_t AllocationsOfThisThread() { return t_allocations; }
+std::size_t AllocationsOfThisThread() { return t_allocations + BlockPool::TakenByThisThread(); }
 
 }  // namespace kvtest
 

@@ -1,0 +1,265 @@
+// BlockPool: regions of the system, cut into pages of one block size each; free blocks are chained through themselves.
+#include "framework/block_pool.h"
+
+#include <array>
+#include <atomic>
+#include <bit>
+#include <cstdint>
+#include <mutex>
+#include <new>
+
+#include "platform/memory.h"
+
+namespace {
+
+#ifdef KV_BLOCKS_FROM_HEAP
+constexpr bool kPooled = false;
+#else
+constexpr bool kPooled = true;
+#endif
+
+constexpr std::size_t kPageBytes = BlockPool::kPageBytes;  // and the alignment of a page: a block's address tells its
+constexpr std::size_t kFirstRegionPages = 16;              // a small program stays small
+constexpr std::size_t kRegionPages = 32;                   // a huge page of common systems
+constexpr std::size_t kStep = 8;  // a size that is a multiple of 16 is one of the steps, and its blocks are aligned so
+constexpr std::size_t kSteps = BlockPool::kLargestShared / kStep + 1;
+
+struct Heap;
+struct Region;
+
+// A block that is not in use.
+struct Free {
+  Free* next;
+};
+
+// Stands at the beginning of each page; the blocks follow.
+struct alignas(64) Page {
+  bool HasRoom() const { return free || fresh != end; }
+  BYTE* Base() { return reinterpret_cast<BYTE*>(this); }
+
+  Heap* heap;   // whose thread takes from it
+  Free* free;   // blocks that came back
+  BYTE* fresh;  // blocks that were never handed out, up to end
+  BYTE* end;
+  Page* next;  // in the heap's list, while it is listed
+  Page* previous;
+  Region* region;
+  std::uint32_t step;  // size of its blocks in steps
+  std::uint16_t used;  // blocks handed out
+  bool listed;
+};
+
+static_assert(sizeof(Page) == kPageBytes - BlockPool::kPageBlock);
+
+struct Region {
+  BYTE* pages;
+  std::uint32_t free;  // a bit a page
+  std::uint32_t all;
+  Region* next;  // with free pages
+  Region* previous;
+};
+
+template <class T>
+void PushFront(T*& first, T* item) {
+  item->previous = nullptr;
+  item->next = first;
+  if (first) first->previous = item;
+  first = item;
+}
+
+template <class T>
+void Unlink(T*& first, T* item) {
+  (item->previous ? item->previous->next : first) = item->next;
+  if (item->next) item->next->previous = item->previous;
+}
+
+// What one thread takes from.
+struct Heap {
+  std::array<Page*, kSteps> pages = {};   // by step: those with room, and perhaps a full one at the front
+  std::atomic<Free*> returned = nullptr;  // by other threads
+  std::size_t taken = 0;
+  Heap* next = nullptr;  // of the heaps without a thread
+};
+
+// The regions, and the heaps of threads that have ended. Trivial to destroy: statics that go late still give back.
+struct Store {
+  std::mutex lock;
+  Region* regions = nullptr;  // those with free pages
+  Region* spare = nullptr;    // one of them that is empty: kept, so that a load after an unload asks nobody
+  bool first = true;
+  Heap* idle = nullptr;
+
+  Page* TakePage();
+  void GivePage(Page* page) noexcept;
+  Region* NewRegion();
+};
+
+constinit Store store;
+
+// One offset from the thread's register.
+[[gnu::tls_model("initial-exec")]] thread_local constinit Heap* t_heap = nullptr;
+
+// ---- pages
+
+Region* Store::NewRegion() {
+  const std::size_t count = first ? kFirstRegionPages : kRegionPages;
+  auto* region = new Region{nullptr, 0, ~std::uint32_t{0} >> (32 - count), nullptr, nullptr};
+  region->pages =
+      static_cast<BYTE*>(VirtualAlloc(nullptr, count * kPageBytes, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
+  if (!region->pages) {
+    delete region;
+    throw std::bad_alloc();
+  }
+  first = false;
+  region->free = region->all;
+  PushFront(regions, region);
+  return region;
+}
+
+Page* Store::TakePage() {
+  const std::lock_guard guard(lock);
+  Region* region = regions ? regions : NewRegion();
+  if (region == spare) spare = nullptr;
+  const int index = std::countr_zero(region->free);
+  region->free &= region->free - 1;
+  if (region->free == 0) Unlink(regions, region);
+  auto* page = new (region->pages + std::size_t(index) * kPageBytes) Page{};
+  page->region = region;
+  return page;
+}
+
+void Store::GivePage(Page* page) noexcept {
+  const std::lock_guard guard(lock);
+  Region* region = page->region;
+  if (region->free == 0) PushFront(regions, region);
+  region->free |= std::uint32_t{1} << (std::size_t(page->Base() - region->pages) / kPageBytes);
+  if (region->free != region->all) return;
+  if (!spare) {
+    spare = region;
+    return;
+  }
+  Unlink(regions, region);
+  VirtualFree(region->pages, 0, MEM_RELEASE);
+  delete region;
+}
+
+// ---- heaps
+
+// Gives the thread's heap to the next thread when the thread ends.
+struct HeapLease {
+  ~HeapLease() {
+    const std::lock_guard guard(store.lock);
+    t_heap->next = store.idle;
+    store.idle = t_heap;
+    t_heap = nullptr;
+  }
+};
+
+[[gnu::noinline]] Heap* LeaseHeap() {
+  {
+    const std::lock_guard guard(store.lock);
+    if (Heap* idle = store.idle) {
+      store.idle = idle->next;
+      t_heap = idle;
+    }
+  }
+  if (!t_heap) t_heap = new Heap;
+  t_heap->taken = 0;
+  // A thread that allocates once more when its lease has ended keeps that heap for itself.
+  thread_local const HeapLease lease;
+  static_cast<void>(lease);
+  return t_heap;
+}
+
+Page* PageOf(void* block) {
+  return reinterpret_cast<Page*>(reinterpret_cast<std::uintptr_t>(block) & ~std::uintptr_t(kPageBytes - 1));
+}
+
+void* TakeFrom(Page* page) {
+  ++page->used;
+  if (Free* block = page->free) {
+    page->free = block->next;
+    return block;
+  }
+  BYTE* block = page->fresh;
+  page->fresh += page->step * kStep;
+  return block;
+}
+
+// Back into a page of this thread's heap.
+void GiveBack(Heap* heap, Page* page, void* block) noexcept {
+  page->free = new (block) Free{page->free};
+  --page->used;
+  Page*& first = heap->pages[page->step];
+  if (!page->listed) {  // it was full: others of its blocks are still in use
+    page->listed = true;
+    PushFront(first, page);
+  } else if (page->used == 0) {
+    Unlink(first, page);
+    store.GivePage(page);
+  }
+}
+
+// The page at the front of a step has no room, or there is none.
+[[gnu::noinline]] void* AllocateSlowly(Heap* heap, std::size_t step) {
+  for (Free* block = heap->returned.exchange(nullptr, std::memory_order_acquire); block;) {
+    Free* next = block->next;
+    GiveBack(heap, PageOf(block), block);
+    block = next;
+  }
+  Page*& first = heap->pages[step];
+  while (first && !first->HasRoom()) {
+    first->listed = false;
+    Unlink(first, first);
+  }
+  if (!first) {
+    Page* page = store.TakePage();
+    page->heap = heap;
+    page->step = std::uint32_t(step);
+    page->fresh = page->Base() + sizeof(Page);
+    page->end = page->fresh + BlockPool::kPageBlock / (step * kStep) * (step * kStep);
+    page->listed = true;
+    PushFront(first, page);
+  }
+  return TakeFrom(first);
+}
+
+bool HasOwnPage(std::size_t bytes) { return bytes > kPageBytes / 2 && bytes <= BlockPool::kPageBlock; }
+
+[[gnu::noinline]] void* AllocateLarge(std::size_t bytes) {
+  return kPooled && HasOwnPage(bytes) ? static_cast<void*>(store.TakePage() + 1) : ::operator new(bytes);
+}
+
+[[gnu::noinline]] void FreeLarge(void* block, std::size_t bytes) noexcept {
+  return kPooled && HasOwnPage(bytes) ? store.GivePage(PageOf(block)) : ::operator delete(block);
+}
+
+// Some other thread's.
+[[gnu::noinline]] void Return(Heap* heap, void* block) noexcept {
+  auto* returned = new (block) Free{heap->returned.load(std::memory_order_relaxed)};
+  while (!heap->returned.compare_exchange_weak(returned->next, returned, std::memory_order_release,
+                                               std::memory_order_relaxed)) {
+  }
+}
+
+}  // namespace
+
+void* BlockPool::Allocate(std::size_t bytes) {
+  Heap* heap = t_heap;
+  if (!heap) heap = LeaseHeap();
+  ++heap->taken;
+  if (!kPooled || bytes > kLargestShared) return AllocateLarge(bytes);
+  const std::size_t step = (bytes + kStep - 1 + (bytes == 0)) / kStep;
+  Page* page = heap->pages[step];
+  return page && page->HasRoom() ? TakeFrom(page) : AllocateSlowly(heap, step);
+}
+
+void BlockPool::Free(void* block, std::size_t bytes) noexcept {
+  if (!block) return;
+  if (!kPooled || bytes > kLargestShared) return FreeLarge(block, bytes);
+  Page* page = PageOf(block);
+  Heap* heap = page->heap;
+  return heap == t_heap ? GiveBack(heap, page, block) : Return(heap, block);
+}
+
+std::size_t BlockPool::TakenByThisThread() noexcept { return t_heap ? t_heap->taken : 0; }

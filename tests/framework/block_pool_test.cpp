@@ -1,0 +1,108 @@
+// The pool of blocks: what is handed out is aligned, apart from everything else, and comes back on any thread.
+#include "framework/block_pool.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <mutex>
+#include <random>
+#include <set>
+#include <thread>
+#include <vector>
+
+namespace {
+
+// A block that knows what its bytes have to be.
+struct Marked {
+  unsigned char* at;
+  std::size_t bytes;
+  unsigned char mark;
+
+  static Marked Take(std::size_t bytes, unsigned char mark) {
+    auto* at = static_cast<unsigned char*>(BlockPool::Allocate(bytes));
+    std::memset(at, mark, bytes);
+    return {at, bytes, mark};
+  }
+  // False if somebody else has written to it.
+  bool Give() const {
+    bool kept = true;
+    for (std::size_t i = 0; i < bytes; ++i) kept = kept && at[i] == mark;
+    BlockPool::Free(at, bytes);
+    return kept;
+  }
+};
+
+TEST(BlockPool, BlocksOfEverySizeAreAlignedAndApart) {
+  std::vector<std::size_t> sizes = {1000,   4096, 32768, 32769, BlockPool::kPageBlock, BlockPool::kPageBlock + 1,
+                                    1 << 20};
+  for (std::size_t bytes = 0; bytes <= BlockPool::kLargestShared + 1; ++bytes) sizes.push_back(bytes);
+  std::vector<Marked> blocks;
+  for (int round = 0; round < 3; ++round) {
+    for (const std::size_t bytes : sizes) {
+      blocks.push_back(Marked::Take(bytes, static_cast<unsigned char>(blocks.size())));
+      const std::size_t alignment = bytes % 16 == 0 && bytes != 0 ? 16 : 8;
+      EXPECT_EQ(reinterpret_cast<std::uintptr_t>(blocks.back().at) % alignment, 0u) << bytes;
+    }
+  }
+  for (const Marked& block : blocks) EXPECT_TRUE(block.Give()) << block.bytes;
+  BlockPool::Free(nullptr, 8);
+}
+
+// Each thread takes blocks and gives back whatever lies in the common store, its own and those of others.
+TEST(BlockPool, BlocksComeBackOnAnyThread) {
+  const unsigned seed = std::random_device()();
+  SCOPED_TRACE(seed);
+  std::mutex lock;
+  std::vector<Marked> common;
+  int spoilt = 0;
+  std::vector<std::thread> threads;
+  for (unsigned t = 0; t < 4; ++t) {
+    threads.emplace_back([&, t] {
+      std::mt19937 random(seed + t);
+      for (int i = 0; i < 20000; ++i) {
+        const Marked block = Marked::Take(random() % 700, static_cast<unsigned char>(random()));
+        const std::lock_guard guard(lock);
+        common.push_back(block);
+        if (random() % 1000 < 480) continue;
+        for (int given = 0; given < 2 && !common.empty(); ++given) {
+          std::swap(common[random() % common.size()], common.back());
+          spoilt += !common.back().Give();
+          common.pop_back();
+        }
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  for (const Marked& block : common) spoilt += !block.Give();
+  EXPECT_EQ(spoilt, 0);
+}
+
+TEST(BlockPool, PagesOfAThreadThatEndedServeTheNext) {
+#ifdef KV_BLOCKS_FROM_HEAP
+  GTEST_SKIP() << "there are no pages";
+#endif
+  constexpr int kBlocks = 10000;
+  constexpr std::size_t kBytes = 200;
+  const auto pages = [](const std::vector<void*>& blocks) {
+    std::set<std::uintptr_t> found;
+    for (void* block : blocks) found.insert(reinterpret_cast<std::uintptr_t>(block) / BlockPool::kPageBytes);
+    return found;
+  };
+  const auto take = [] {
+    std::vector<void*> blocks;
+    std::thread([&] {
+      for (int i = 0; i < kBlocks; ++i) blocks.push_back(BlockPool::Allocate(kBytes));
+    }).join();
+    return blocks;
+  };
+  const auto give = [](const std::vector<void*>& blocks) {
+    for (void* block : blocks) BlockPool::Free(block, kBytes);
+  };
+  const std::vector<void*> first = take();
+  give(first);
+  const std::vector<void*> second = take();
+  EXPECT_EQ(pages(second), pages(first));
+  give(second);
+}
+
+}  // namespace

@@ -1,0 +1,46 @@
+// Memory straight from the system.
+#include "platform/memory.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "platform/errors.h"
+
+namespace {
+
+constexpr DWORD kBoth = MEM_RESERVE | MEM_COMMIT;
+
+TEST(Memory, RegionsAreZeroedAlignedAndGoBackWhole) {
+  for (const SIZE_T bytes : {SIZE_T(1), SIZE_T(64 * 1024), SIZE_T(100'000), SIZE_T(5) << 20}) {
+    auto* region = static_cast<BYTE*>(VirtualAlloc(nullptr, bytes, kBoth, PAGE_READWRITE));
+    ASSERT_NE(region, nullptr) << bytes;
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(region) % (64 * 1024), 0u) << bytes;
+    EXPECT_TRUE(std::all_of(region, region + bytes, [](BYTE byte) { return byte == 0; })) << bytes;
+    std::fill_n(region, bytes, BYTE(0xAB));
+    EXPECT_FALSE(VirtualFree(region, bytes, MEM_RELEASE)) << "a part can't be released";
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PARAMETER));
+    EXPECT_TRUE(VirtualFree(region, 0, MEM_RELEASE)) << bytes;
+    EXPECT_FALSE(VirtualFree(region, 0, MEM_RELEASE)) << "it has gone";
+  }
+}
+
+TEST(Memory, RefusesWhatCantBe) {
+  struct {
+    SIZE_T bytes;
+    DWORD allocation, protection;
+    LONG status;
+  } const kCases[] = {
+      {0, kBoth, PAGE_READWRITE, ERROR_INVALID_PARAMETER},
+      {1, 0x80000000, PAGE_READWRITE, ERROR_INVALID_PARAMETER},
+      {1, kBoth, 0, ERROR_INVALID_PARAMETER},
+      {SIZE_T(1) << 60, kBoth, PAGE_READWRITE, ERROR_NOT_ENOUGH_MEMORY},
+      {~SIZE_T(0), kBoth, PAGE_READWRITE, ERROR_NOT_ENOUGH_MEMORY},
+  };
+  for (const auto& row : kCases) {
+    EXPECT_EQ(VirtualAlloc(nullptr, row.bytes, row.allocation, row.protection), nullptr) << row.bytes;
+    EXPECT_EQ(GetLastError(), DWORD(row.status)) << row.bytes;
+  }
+}
+
+}  // namespace
