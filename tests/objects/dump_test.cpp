@@ -1,0 +1,136 @@
+// The exact text of a node's and an error flag's dump.
+#include <gtest/gtest.h>
+
+#include <fmt/format.h>
+
+#include <cstdio>
+
+#include "framework/ob_list.h"
+#include "share/objects/object.h"
+#include "tests/objects/test_document.h"
+#include "tests/scratch.h"
+
+namespace {
+
+template <class Dump>
+std::string Dumped(Dump dump) {
+  const kvtest::ScratchFolder folder;
+  const auto path = folder.Path() / "dump.txt";
+  FILE* file = std::fopen(path.string().c_str(), "wb");
+  dump(file);
+  std::fclose(file);
+  return kvtest::ReadFile(path);
+}
+
+std::string Banner(const std::string& name) {
+  return "\n============================ " + name + " ================================\n";
+}
+
+std::string Address(const QFObject* object) { return fmt::format("{:x}", reinterpret_cast<std::uintptr_t>(object)); }
+
+class NamedNode : public QFObject {
+ public:
+  CString GetClassNameW() override { return _T("NamedNode"); }
+};
+
+class StampedNode : public NamedNode {
+ public:
+  StampedNode() {
+    m_Label = _T("Bohrung %s ü");
+    m_CreatedBy = _T("maker");
+    m_DateCreated = _T("01/02/2003::04:05");
+    m_LastModified = _T("06/07/2008::09:10");
+    m_LastModifiedBy = _T("changer");
+  }
+};
+
+}  // namespace
+
+TEST(NodeDump, NewNodeIsExact) {
+  QFObject node;
+  EXPECT_EQ(Dumped([&](FILE* file) { node.DumpData(file); }),
+            Banner("QFObject Start") + "\n m_Label: " + "\n m_CreatedBy: " + "\n m_DateCreated: " +
+                "\n m_LastModified: " + "\n m_LastModifiedBy: " + "\n m_ObjectId: 0" + "\n m_iState : ACTIVE" +
+                "\n Address of this: " + Address(&node) + "\n m_CompareRes : NO_MATCH" +
+                "\n <---- m_pPatternMngr Start ---->" + "\n <---- m_pPatternMngr End ---->" + "\n m_bIsMerged : NO" +
+                "\n m_bMergeInProgress : NO" + Banner("QFObject End"));
+  node.DumpData(nullptr);
+  node.DumpUserObjs(nullptr);
+  node.DumpKestrovaObjects(nullptr);
+}
+
+TEST(NodeDump, FilledNodeIsExact) {
+  kvtest::TestDocument document;
+  document.nextId = 4294967295u;
+  StampedNode node;
+  QFObject user, held;
+  NamedNode named;
+  node.AddToUserObjectsList(&named, 0);
+  node.AddToUserObjectsList(&user, 0);
+  node.AddToUserObjectsList(&held, 1);
+  node.GetObjectId();
+  node.SetState(LOCKED);
+  node.SetCompareResult(PROFILE_NODEPTH_MATCH);
+  node.SetMergeInProgress(1);
+  EXPECT_EQ(Dumped([&](FILE* file) { node.DumpData(file); }),
+            Banner("QFObject Start") + "\n m_Label: Bohrung %s ü" + "\n m_CreatedBy: maker" +
+                "\n m_DateCreated: 01/02/2003::04:05" + "\n m_LastModified: 06/07/2008::09:10" +
+                "\n m_LastModifiedBy: changer" + "\n m_ObjectId: -1" + "\n m_iState : LOCKED" +
+                "\n Address of this: " + Address(&node) + "\n Address of pObj: " + Address(&named) +
+                "\n strObjName: NamedNode" + "\n Address of pObj: " + Address(&user) + "\n strObjName: QFObject" +
+                "\n m_CompareRes : PROFILE_NODEPTH_MATCH" + "\n <---- m_pPatternMngr Start ---->" +
+                "\n <---- m_pPatternMngr End ---->" + "\n m_bIsMerged : NO" + "\n m_bMergeInProgress : YES" +
+                Banner("QFObject End"));
+}
+
+TEST(NodeDump, StatesAndResultsHaveTheirTexts) {
+  const auto contains = [](QFObject& node, const std::string& line) {
+    return Dumped([&](FILE* file) { node.DumpData(file); }).find("\n" + line + "\n") != std::string::npos;
+  };
+  QFObject node;
+  const char* const states[] = {"ACTIVE", "SUPPRESSED", "DELETED", "LOCKED"};
+  for (int state = 0; state < 4; ++state) {
+    node.SetState(QFObjState(state));
+    EXPECT_TRUE(contains(node, std::string(" m_iState : ") + states[state])) << state;
+  }
+  const char* const results[] = {
+      "NO_MATCH", "COMPLETE_MATCH", "PROFILE_NODEPTH_MATCH", "PARTIAL_PROFILE_MATCH", "PARTIAL_MATCH_SUBSET",
+      "Nothing"};
+  for (int result = 0; result < 6; ++result) {
+    node.SetCompareResult(COMPARE_RESULT(result));
+    EXPECT_TRUE(contains(node, std::string(" m_CompareRes : ") + results[result])) << result;
+  }
+}
+
+TEST(NodeDump, UsersAreExact) {
+  StampedNode user;
+  QFObject node, owner, plain;
+  user.SetOwner(&owner);
+  node.AddToUserObjectsList(&user, 0);
+  node.AddToUserObjectsList(&plain, 0);
+  EXPECT_EQ(Dumped([&](FILE* file) { node.DumpUserObjs(file); }),
+            "\nDumping for ======User Objects====== Start\n\n TotalUserObjects: 2\n ----\n UserObjNo: 0"
+            "\n ObjName: Bohrung %s ü\n ObjectClassName : NamedNode,  Address of pObj: " +
+                Address(&user) + "\n ObjectsOwnerClassName : QFObject,  Address of ObjectsOwner: " + Address(&owner) +
+                "\n ----\n UserObjNo: 1\n ObjName: \n ObjectClassName : QFObject,  Address of pObj: " +
+                Address(&plain) + "\nDumping for ======User Objects====== End\n");
+}
+
+TEST(FlaggedErrorDump, IsExact) {
+  const auto text = [](const std::string& type, const std::string& id, const std::string& flags) {
+    return Banner("CFlaggedError Start") + "\n m_eFlaggedErrorType : " + type + "\n m_bFlag : " + flags +
+           "\n m_iErrorStringID: " + id + "\n m_bCanClearError : " + flags + "\n m_bAllowEditing : " + flags +
+           Banner("CFlaggedError End");
+  };
+  CFlaggedError error(17, FLAGGED_ERROR_STOCK);
+  EXPECT_EQ(Dumped([&](FILE* file) { error.DumpData(file); }), text("STOCK", "17", "NO"));
+  error.SetFlag();
+  error.SetCanClearError(1);
+  error.SetAllowEditingFlag(1);
+  error.SetErrorString(-1);
+  error.SetFlagErrorType(FLAGGED_ERROR_NORMAL);
+  EXPECT_EQ(Dumped([&](FILE* file) { error.DumpData(file); }), text("NORMAL", "-1", "YES"));
+  error.SetFlagErrorType(FlaggedErrorEnum(2));
+  EXPECT_EQ(Dumped([&](FILE* file) { error.DumpData(file); }), text("Nothing", "-1", "YES"));
+  error.DumpData(nullptr);
+}

@@ -1,0 +1,202 @@
+// Identity, stamps, companion, merging and copying of a node.
+#include <gtest/gtest.h>
+
+#include <regex>
+
+#include "share/env/app_env.h"
+#include "share/objects/object.h"
+#include "tests/objects/test_document.h"
+#include "tests/scratch.h"
+
+using kvtest::TestDocument;
+
+namespace {
+
+class Companion : public ui_QFObject {
+ public:
+  explicit Companion(QFObject* object) : ui_QFObject(object) { ++live; }
+  ~Companion() override { --live; }
+  void ResetFlagForStockChange() override { ++resets; }
+
+  inline static int live = 0;
+  int resets = 0;
+};
+
+class CompanionNode : public QFObject {
+ public:
+  QFCallbackHelper* GetCallbackHelper() override { return &helper; }
+  CFlaggedError* GetFlag() override { return &flag; }
+  int Invalidate() override {
+    sawMergeInProgress = IsMergeInProgress();
+    return canInvalidate ? QFObject::Invalidate() : 0;
+  }
+
+  inline static QFCallbackHelper helper;
+  CFlaggedError flag{5, FLAGGED_ERROR_STOCK};
+  bool canInvalidate = true;
+  int sawMergeInProgress = 0;
+};
+
+class Node : public testing::Test {
+ protected:
+  void SetUp() override {
+    kvtest::UseRegistry(folder_.Path());
+    CompanionNode::helper.SetCBUiObjCreate(nullptr);
+  }
+  void TearDown() override { EXPECT_EQ(Companion::live, 0); }
+  kvtest::ScratchFolder folder_;
+};
+
+// "date::time of day" as the environment tells them now.
+CString Now() { return AppEnv()->GetCurrentDate() + _T("::") + AppEnv()->GetTickCount(); }
+
+}  // namespace
+
+TEST_F(Node, DrawsItsIdOnceAndAgainWhenInvalidated) {
+  QFObject unregistered;
+  EXPECT_EQ(unregistered.GetObjectId(), 0u);
+  EXPECT_EQ(unregistered.GetObjectId(), 0u);
+  EXPECT_EQ(unregistered.GetObjNamePlusObjID(), _T("QFObject-0"));
+  TestDocument document;
+  document.nextId = 41;
+  QFObject node;
+  EXPECT_EQ(unregistered.GetObjectId(), 41u) << "asked again";
+  EXPECT_EQ(node.GetObjectId(), 42u);
+  EXPECT_EQ(node.GetObjectId(), 42u);
+  EXPECT_EQ(node.GetObjNamePlusObjID(), _T("QFObject-42"));
+  node.ChangeName(_T("hole"));
+  EXPECT_EQ(node.Invalidate(), 1);
+  EXPECT_EQ(node.Name(), _T(""));
+  EXPECT_EQ(node.GetObjectId(), 43u);
+}
+
+TEST_F(Node, StampIsDateColonsTimeOfDay) {
+  QFObject node;
+  CString before;
+  do {  // until the minute stays the same
+    before = Now();
+    node.UpdateLastModified();
+  } while (Now() != before);
+  EXPECT_EQ(node.GetLastModified(), before);
+  EXPECT_TRUE(std::regex_match(ToUtf8(node.GetLastModified()), std::regex(R"(\d\d/\d\d/\d{4}::\d\d:\d\d)")))
+      << ToUtf8(node.GetLastModified());
+  EXPECT_EQ(node.GetLastModifiedBy(), AppEnv()->GetUserNameW());
+  EXPECT_EQ(node.GetCreatedBy(), _T(""));
+  EXPECT_EQ(node.GetDateCreated(), _T(""));
+}
+
+TEST_F(Node, FirstRequestForTheCompanionStampsTheCreation) {
+  QFObject without;
+  EXPECT_EQ(without.GetUiObject(), nullptr);
+  EXPECT_EQ(without.GetCreatedBy(), AppEnv()->GetUserNameW());
+  EXPECT_EQ(without.GetDateCreated(), without.GetLastModified());
+  EXPECT_FALSE(without.GetDateCreated().IsEmpty());
+
+  CompanionNode node;
+  EXPECT_EQ(node.GetUiObject(), nullptr) << "no function set";
+  CompanionNode::helper.SetCBUiObjCreate([](QFObject* object) -> ui_QFObject* { return new Companion(object); });
+  ui_QFObject* companion = node.GetUiObject();
+  ASSERT_NE(companion, nullptr);
+  EXPECT_EQ(companion->GetObject(), &node);
+  EXPECT_EQ(node.GetUiObject(), companion);
+  EXPECT_EQ(Companion::live, 1);
+}
+
+TEST_F(Node, StockChangeTakesTheFlagDownAndTellsTheCompanion) {
+  CompanionNode::helper.SetCBUiObjCreate([](QFObject* object) -> ui_QFObject* { return new Companion(object); });
+  CompanionNode node;
+  node.flag.SetFlag();
+  node.ResetFlagForStockChange();
+  EXPECT_EQ(node.flag.GetFlag(), 0);
+  EXPECT_EQ(node.flag.GetFlagErrorType(), FLAGGED_ERROR_NORMAL);
+  EXPECT_EQ(node.flag.ReportError(), 5);
+  EXPECT_EQ(static_cast<Companion*>(node.GetUiObject())->resets, 1) << "built on the way";
+}
+
+TEST_F(Node, MergingInvalidatesTheOther) {
+  TestDocument document;
+  CompanionNode node, other, stubborn;
+  node.ChangeName(_T("node"));
+  other.ChangeName(_T("other"));
+  const unsigned id = node.GetObjectId(), otherId = other.GetObjectId();
+  EXPECT_EQ(node.Merge(&other), 1);
+  EXPECT_EQ(node.Name(), _T("node"));
+  EXPECT_EQ(node.GetObjectId(), id);
+  EXPECT_EQ(node.IsMerged(), 0);
+  EXPECT_EQ(other.Name(), _T(""));
+  EXPECT_NE(other.GetObjectId(), otherId);
+  EXPECT_EQ(other.IsMerged(), 1);
+  EXPECT_EQ(other.sawMergeInProgress, 1);
+  EXPECT_EQ(other.IsMergeInProgress(), 0);
+  stubborn.canInvalidate = false;
+  EXPECT_EQ(node.Merge(&stubborn), 0);
+  EXPECT_EQ(stubborn.IsMerged(), 0);
+  node.SetMergeInProgress(1);
+  EXPECT_EQ(node.IsMergeInProgress(), 1);
+}
+
+TEST_F(Node, CopiesItsParametersAndNothingElse) {
+  TestDocument document;
+  QFObject source, owner, node;
+  source.ChangeName(_T("source"));
+  source.SetOwner(&owner);
+  source.SetState(LOCKED);
+  source.SetNodeStatus(6, 1);
+  source.SetDisplayColor(7);
+  source.SetCompareResult(PARTIAL_MATCH_SUBSET);
+  source.SetRegNameForAutoIndexing(_T("QFHole"));
+  source.AddToUserObjectsList(&owner, 0);
+  source.GetObjectId();
+  node.SetNodeStatus(1, 1);
+  EXPECT_EQ(node.CopyParameters(nullptr), 0);
+  EXPECT_EQ(node.CopyParameters(&source), 1);
+  EXPECT_EQ(node.GetState(), LOCKED);
+  EXPECT_EQ(node.GetNodeStatus(0xFFFF), 6);
+  EXPECT_EQ(node.GetDisplayColor(), 7u);
+  EXPECT_EQ(node.GetCompareResult(), PARTIAL_MATCH_SUBSET);
+  EXPECT_EQ(node.GetRegNameForAutoIndexing(), _T("QFHole"));
+  EXPECT_EQ(node.Name(), _T(""));
+  EXPECT_EQ(node.GetOwner(), nullptr);
+  EXPECT_EQ(node.GetCountOfUserObjects(), 0);
+  EXPECT_EQ(node.GetObjectId(), 2u) << "an id of its own";
+}
+
+TEST_F(Node, AssociatesStateAndLabel) {
+  QFObject node, target;
+  node.ChangeName(_T("node"));
+  node.SetState(SUPPRESSED);
+  node.SetDisplayColor(7);
+  node.AssociateParameters(nullptr);
+  node.AssociateParameters(&target);
+  EXPECT_EQ(target.Name(), _T("node"));
+  EXPECT_EQ(target.GetState(), SUPPRESSED);
+  EXPECT_EQ(target.GetDisplayColor(), 0xFFFFFFFFu);
+}
+
+TEST_F(Node, MatchKeepsTheIdOfItsMoment) {
+  TestDocument document;
+  QFObject node, match;
+  node.SetMatch(&match);
+  EXPECT_EQ(node.GetMatch(), &match);
+  EXPECT_EQ(node.GetMatchId(), 1u);
+  match.Invalidate();
+  EXPECT_EQ(node.GetMatchId(), 1u);
+  node.SetMatch(nullptr);
+  EXPECT_EQ(node.GetMatchId(), 0u);
+}
+
+TEST_F(Node, DropsItsDescriptionAndKeepsTheTimeTaken) {
+  QFObject node;
+  node.SetNodeDesc(_T("text"));
+  EXPECT_EQ(node.GetNodeDesc(), _T(""));
+  node.SetTimeTakenForGTP(_T("00:01:02"));
+  EXPECT_EQ(node.GetTimeTakenForGTP(), _T("00:01:02"));
+}
+
+TEST_F(Node, RefusesDropsAndPastesOfPlainNodes) {
+  QFObject node, other;
+  for (QFObject* object : {&other, &node, static_cast<QFObject*>(nullptr)}) {
+    EXPECT_EQ(node.IsDragOverValid(object, 1), 0);
+    EXPECT_EQ(node.DoPaste(object, &other, 1), 0);
+  }
+}

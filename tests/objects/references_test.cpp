@@ -1,0 +1,236 @@
+// References between nodes: those that can't be stored, those that come back broken, and loads that are taken back.
+#include <gtest/gtest.h>
+
+#include "framework/ob_list.h"
+#include "share/objects/object.h"
+#include "share/objects/storage_status.h"
+#include "tests/objects/record_bytes.h"
+#include "tests/objects/test_document.h"
+
+using namespace kvtest;
+
+namespace {
+
+int g_live = 0;
+
+class LinkNode : public QFObject {
+  DECLARE_SERIAL(LinkNode)
+
+ public:
+  explicit LinkNode(const CString& label = {}) {
+    m_Label = label;
+    ++g_live;
+  }
+  ~LinkNode() override { --g_live; }
+};
+IMPLEMENT_SERIAL(LinkNode, QFObject, VERSIONABLE_SCHEMA | 1)
+
+// A module's node that is not serial.
+class UnstorableNode : public QFObject {
+  DECLARE_DYNAMIC(UnstorableNode)
+};
+IMPLEMENT_DYNAMIC(UnstorableNode, QFObject)
+
+constexpr unsigned kLost = 0x9001;
+
+// The fields 4 to 9 of a record, empty.
+RecordBytes& Head(RecordBytes& bytes) { return bytes.Text(u"").Text(u"").Text(u"").Text(u"").Dword(1).Dword(0); }
+
+// A node of schema 8, object 2 of the archive, up to and with its status word; its owner is what the caller appends.
+RecordBytes NodeUpToOwner() {
+  RecordBytes bytes;
+  bytes.NewClass("QFObject", 8).Class(1).NewClass("QFBaseObject", 2).Word(0);
+  return Head(bytes);
+}
+
+class References : public testing::Test {
+ protected:
+  void SetUp() override { InitialiseSerializationStatus(0); }
+  void TearDown() override { EXPECT_EQ(g_live, 0); }
+  TestDocument document_{38.0f};
+};
+
+}  // namespace
+
+TEST_F(References, OwnerThatCantBeStoredBecomesNull) {
+  UnstorableNode foreign;
+  LinkNode middle(_T("middle")), plain(_T("node")), node(_T("node"));
+  middle.AddToUserObjectsList(&plain, 0);
+  middle.AddToUserObjectsList(&foreign, 0);
+  const std::string expected = StoredHex([&](CArchive& ar) { ar << &plain; });
+  EXPECT_EQ(GetSerializationStatus(), 0u);
+  for (QFObject* owner : {static_cast<QFObject*>(&foreign), static_cast<QFObject*>(&middle)}) {
+    InitialiseSerializationStatus(0);
+    node.SetOwner(owner);
+    EXPECT_EQ(StoredHex([&](CArchive& ar) { ar << &node; }), expected) << "fails inside: " << (owner == &middle);
+    EXPECT_EQ(GetSerializationStatus(), kLost);
+  }
+}
+
+TEST_F(References, OriginalOwnerThatCantBeStoredBecomesNull) {
+  UnstorableNode foreign;
+  LinkNode node, next(_T("next"));
+  node.SetOriginalOwner(&foreign);
+  const std::string bytes = Stored([&](CArchive& ar) { ar << &node << &next; });
+  EXPECT_EQ(GetSerializationStatus(), kLost);
+  EXPECT_EQ(GetErrorLocation(), 0x1000u);
+  Reader reader(bytes);
+  LinkNode *first = nullptr, *second = nullptr;
+  reader.ar >> first >> second;
+  EXPECT_EQ(first->GetOriginalOwner(), nullptr);
+  EXPECT_EQ(second->Name(), _T("next"));
+  delete first;
+  delete second;
+  node.SetOriginalOwner(nullptr);
+}
+
+TEST_F(References, UserThatCantBeStoredFailsTheSave) {
+  UnstorableNode foreign;
+  LinkNode node;
+  node.AddToUserObjectsList(&foreign, 0);
+  EXPECT_THROW(Stored([&](CArchive& ar) { ar << &node; }), CArchiveException);
+}
+
+TEST_F(References, FullDiskIsNoLostReference) {
+  BYTE block[64];
+  CMemFile small(block, sizeof block);
+  CArchive ar(&small, CArchive::store, 128);
+  LinkNode owner(CString(TCHAR('x'), 500)), node;
+  node.SetOwner(&owner);
+  EXPECT_THROW(ar << &node, CFileException);
+  EXPECT_EQ(GetSerializationStatus(), 0u);
+  ar.Abort();
+}
+
+TEST_F(References, BrokenOriginalOwnerIsForgotten) {
+  const struct {
+    const char* what;
+    RecordBytes reference;
+  } rows[] = {
+      {"an object of another class", RecordBytes().NewClass("CObList", 0)},
+      {"a class that nobody knows", RecordBytes().NewClass("QFNobody", 1)},
+      {"a number not given out yet", RecordBytes().Object(99)},
+      {"a class in place of an object", RecordBytes().Object(1)},
+  };
+  for (const auto& row : rows) {
+    std::string bytes = NodeUpToOwner().Null().Text(u"").Word(0).Get() + row.reference.Get();
+    bytes += RecordBytes().Dword(0x00010203).Null().Text(u"R").Get();
+    Reader reader(bytes);
+    QFObject* node = nullptr;
+    reader.ar >> node;
+    EXPECT_EQ(node->GetOriginalOwner(), nullptr) << row.what;
+    EXPECT_EQ(node->GetDisplayColor(), 0x00010203u) << row.what;
+    EXPECT_EQ(node->GetRegNameForAutoIndexing(), _T("R")) << row.what;
+    delete node;
+  }
+}
+
+TEST_F(References, LoadedNodeStandsInItsOriginalOwnersList) {
+  LinkNode first(_T("first")), owner(_T("owner")), node(_T("node"));
+  node.SetOwner(&owner);
+  node.SetOriginalOwner(&first);
+  owner.AddToUserObjectsList(&node, 0);
+  const std::string bytes = Stored([&](CArchive& ar) { ar << &node << &first << &owner; });
+  Reader reader(bytes);
+  LinkNode *loaded = nullptr, *loadedFirst = nullptr, *loadedOwner = nullptr;
+  reader.ar >> loaded >> loadedFirst >> loadedOwner;
+  EXPECT_EQ(loaded->GetOwner(), loadedOwner);
+  EXPECT_EQ(loaded->GetOriginalOwner(), loadedFirst);
+  EXPECT_EQ(loadedFirst->GetCountOfUserObjects(), 1);
+  EXPECT_EQ(loadedFirst->GetIsUsingThisObject(loaded), 1);
+  EXPECT_EQ(loadedOwner->GetCountOfUserObjects(), 1);
+  delete loadedFirst;
+  EXPECT_EQ(loaded->GetOriginalOwner(), nullptr) << "told by its original owner's end";
+  delete loadedOwner;
+  delete loaded;
+  node.SetOriginalOwner(nullptr);
+}
+
+TEST_F(References, OriginalOwnerThatIsTheOwnerIsForgotten) {
+  LinkNode owner(_T("owner")), node(_T("node"));
+  node.SetOwner(&owner);
+  node.Recycle();
+  ASSERT_EQ(node.GetOriginalOwner(), &owner);
+  const std::string bytes = Stored([&](CArchive& ar) { ar << &node << &owner; });
+  Reader reader(bytes);
+  LinkNode *loaded = nullptr, *loadedOwner = nullptr;
+  reader.ar >> loaded >> loadedOwner;
+  EXPECT_EQ(loaded->GetOwner(), loadedOwner);
+  EXPECT_EQ(loaded->GetOriginalOwner(), nullptr);
+  EXPECT_EQ(loaded->GetState(), DELETED);
+  loadedOwner->RemoveFromUserObjectsList(loaded);
+  delete loaded;
+  delete loadedOwner;
+  node.Restore();
+}
+
+TEST_F(References, FaultsInTheListOfUsersAreToldAsOne) {
+  for (const auto& reference : {RecordBytes().NewClass("QFNobody", 1), RecordBytes().Object(99), RecordBytes()}) {
+    RecordBytes bytes;
+    bytes.NewClass("QFObject", 8).Class(1).NewClass("QFBaseObject", 2).Word(1);
+    Reader reader(bytes.Get() + reference.Get());
+    QFObject* node = nullptr;
+    try {
+      reader.ar >> node;
+      ADD_FAILURE() << "nothing was raised";
+    } catch (const CArchiveException& failure) {
+      EXPECT_EQ(failure.m_cause, CArchiveException::genericException);
+      EXPECT_EQ(failure.m_strFileName, _T(""));
+    }
+  }
+}
+
+TEST_F(References, CountOfUsersIsBelievedOnlyIfTheyCanBeThere) {
+  RecordBytes bytes;
+  bytes.NewClass("QFObject", 8).Class(1).NewClass("QFBaseObject", 2).Word(0xFFFF).Dword(0x7FFFFFFF);
+  EXPECT_EQ(CauseOf(bytes.Get(),
+                    [](CArchive& ar) {
+                      QFObject* node = nullptr;
+                      ar >> node;
+                    }),
+            CArchiveException::genericException);
+}
+
+TEST_F(References, WhateverIsNoPatternManagerRaisesInItsPlace) {
+  const struct {
+    RecordBytes reference;
+    int cause;
+  } rows[] = {
+      {RecordBytes().NewClass("QFNobody", 1), CArchiveException::badClass},
+      {RecordBytes().NewClass("QFObject", 8), CArchiveException::badClass},
+      {RecordBytes().Class(1), CArchiveException::badClass},
+      {RecordBytes().Object(2), CArchiveException::badClass},
+      {RecordBytes().Object(99), CArchiveException::badIndex},
+  };
+  for (const auto& row : rows) {
+    const std::string bytes = NodeUpToOwner().Null().Text(u"").Word(0).Null().Dword(0).Get() + row.reference.Get();
+    EXPECT_EQ(CauseOf(bytes,
+                      [](CArchive& ar) {
+                        QFObject* node = nullptr;
+                        ar >> node;
+                      }),
+              row.cause)
+        << HexOf(row.reference.Get());
+  }
+}
+
+TEST_F(References, FailedLoadOfNodesThatUseOneAnotherIsTakenBack) {
+  LinkNode nodes[4];
+  for (LinkNode& node : nodes) {
+    for (LinkNode& other : nodes) node.AddToUserObjectsList(&other, 0);
+    node.SetOwner(&nodes[0]);
+    node.SetOriginalOwner(&nodes[3]);
+  }
+  const std::string bytes = Stored([&](CArchive& ar) { ar << &nodes[0]; });
+  const int before = g_live;
+  for (std::size_t length = 0; length < bytes.size(); ++length) {
+    EXPECT_NE(CauseOf(bytes.substr(0, length),
+                      [](CArchive& ar) {
+                        QFObject* node = nullptr;
+                        ar >> node;
+                      }),
+              CArchiveException::none);
+    EXPECT_EQ(g_live, before) << length;
+  }
+  for (LinkNode& node : nodes) node.DetachFromAllUserObjects();
+}

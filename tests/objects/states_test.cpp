@@ -1,0 +1,190 @@
+// States, status word and colour of a node, what its children have in common, and where owners come in.
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <vector>
+
+#include "framework/ob_list.h"
+#include "share/objects/object.h"
+
+namespace {
+
+class FixedNode : public QFObject {
+ public:
+  int IsEditable() const override { return editable; }
+  int IsSuppressed1() const override { return suppressed ? suppressed : QFObject::IsSuppressed1(); }
+  int editable = 1;
+  int suppressed = 0;
+};
+
+}  // namespace
+
+TEST(States, StartOutAsTheTableSays) {
+  QFObject node;
+  EXPECT_EQ(node.GetClassNameW(), _T("QFObject"));
+  EXPECT_EQ(node.GetState(), ACTIVE);
+  EXPECT_EQ(node.GetNodeStatus(0xFFFF), 0);
+  EXPECT_EQ(node.GetDisplayColor(), 0xFFFFFFFFu);
+  EXPECT_EQ(node.GetCompareResult(), NO_MATCH);
+  EXPECT_EQ(node.GetMatchId(), 0u);
+  EXPECT_EQ(node.CanHide(), 1);
+  EXPECT_EQ(node.CanHideDisplay(), 0);
+  EXPECT_EQ(node.CanEditLabel(), 1);
+  EXPECT_EQ(node.GetRuntimeClassForAutoIndexing(), RUNTIME_CLASS(QFObject));
+  EXPECT_EQ(node.GetRegisterNodeName(), _T(""));
+  void* parameter = &node;
+  EXPECT_EQ(node.HandleCommand(eCommandRun, 1, parameter), eThreadNotHandled);
+  EXPECT_EQ(node.SendQFCoreMessage(QF_CORE_GET_DOC_TITLE, 0, 0), 0);
+  EXPECT_EQ(node.GetNumPattInstances(0) + node.GetNumPattInstances(1) + node.RebuildPattern(), 3);
+  EXPECT_EQ(node.CreatePattern(), 0) << "its class supports none";
+  QFeObjectPatternType type = QFeObjectPatternType(5);
+  EXPECT_EQ(node.GetPatternRestriction(0, type), 0);
+  EXPECT_EQ(type, eObjectPatternNone);
+}
+
+TEST(States, ChangeAlongTheTable) {
+  const struct {
+    const char* what;
+    QFObjState before;
+    void (*change)(QFObject&);
+    QFObjState after;
+  } rows[] = {
+      {"suppressing", ACTIVE, [](QFObject& node) { node.SetState(SUPPRESSED); }, SUPPRESSED},
+      {"no state", SUPPRESSED, [](QFObject& node) { node.SetState(QFObjState(4)); }, SUPPRESSED},
+      {"no state", SUPPRESSED, [](QFObject& node) { node.SetState(QFObjState(-1)); }, SUPPRESSED},
+      {"locking", SUPPRESSED, [](QFObject& node) { EXPECT_EQ(node.LockThis(), 1); }, LOCKED},
+      {"unlocking", LOCKED, [](QFObject& node) { EXPECT_EQ(node.UnLockThis(), 1); }, ACTIVE},
+      {"unlocking what isn't locked", SUPPRESSED, [](QFObject& node) { node.UnLockThis(); }, ACTIVE},
+      {"recycling", LOCKED, [](QFObject& node) { EXPECT_EQ(node.Recycle(), 1); }, DELETED},
+      {"restoring", DELETED, [](QFObject& node) { EXPECT_EQ(node.Restore(), 1); }, ACTIVE},
+      {"restoring what isn't recycled", LOCKED, [](QFObject& node) { node.Restore(); }, ACTIVE},
+  };
+  for (const auto& row : rows) {
+    QFObject node;
+    node.SetState(row.before);
+    row.change(node);
+    EXPECT_EQ(node.GetState(), row.after) << row.what;
+    EXPECT_EQ(node.IsLocked(), row.after == LOCKED) << row.what;
+    EXPECT_EQ(node.IsLockedCheckOnly(), row.after == LOCKED) << row.what;
+    EXPECT_EQ(node.CanEditLabel(), row.after != LOCKED) << row.what;
+    EXPECT_EQ(node.IsRecycled(), row.after == DELETED) << row.what;
+    EXPECT_EQ(node.IsSuppressed(), row.after == SUPPRESSED) << row.what;
+  }
+}
+
+TEST(States, RecycledNodeStandsInItsOwnersList) {
+  QFObject owner, node;
+  node.SetOwner(&owner);
+  node.Recycle();
+  EXPECT_EQ(node.GetOwner(), &owner);
+  EXPECT_EQ(node.GetOriginalOwner(), &owner);
+  EXPECT_EQ(owner.GetCountOfUserObjects(), 1);
+  node.Restore();
+  EXPECT_EQ(node.GetOwner(), &owner);
+  EXPECT_EQ(node.GetOriginalOwner(), nullptr);
+  EXPECT_EQ(owner.GetCountOfUserObjects(), 0);
+}
+
+TEST(States, SuppressionComesDownFromOwnersAndLocksDont) {
+  FixedNode top, middle, leaf;
+  leaf.SetOwner(&middle);
+  middle.SetOwner(&top);
+  const auto expect = [&](int suppressed, const char* what) {
+    EXPECT_EQ(leaf.IsSuppressed(), suppressed) << what;
+    EXPECT_EQ(leaf.CanSuppress(), !suppressed) << what;
+  };
+  expect(0, "all active");
+  EXPECT_EQ(top.CanSuppress(), 1);
+  top.SetState(SUPPRESSED);
+  expect(1, "the top one suppressed");
+  EXPECT_EQ(leaf.GetState(), ACTIVE) << "and nowhere else stored";
+  top.SetState(LOCKED);
+  expect(0, "the top one locked");
+  EXPECT_EQ(middle.CanLock(), 0);
+  EXPECT_EQ(leaf.CanLock(), 1) << "only the owner is asked";
+  middle.editable = 0;
+  expect(1, "the owner not editable");
+  middle.editable = 1;
+  top.suppressed = 5;
+  expect(1, "any nonzero answer");
+}
+
+TEST(States, RingsAndEndlessChainsOfOwnersEnd) {
+  QFObject a, b;
+  a.SetOwner(&b);
+  b.SetOwner(&a);
+  EXPECT_EQ(a.IsSuppressed(), 0);
+  EXPECT_EQ(a.GetPatternDirectionRestriction(), nullptr);
+  EXPECT_EQ(a.GetLinearPatternDirectionRestriction(), nullptr);
+  std::vector<std::unique_ptr<QFObject>> chain(1'000'000);
+  for (std::size_t i = 0; i < chain.size(); ++i) {
+    chain[i] = std::make_unique<QFObject>();
+    if (i != 0) chain[i]->SetOwner(chain[i - 1].get());
+  }
+  chain[0]->SetState(SUPPRESSED);
+  EXPECT_EQ(chain.back()->IsSuppressed(), 0) << "too far up to matter";
+  EXPECT_EQ(chain[4000]->IsSuppressed(), 1);
+}
+
+TEST(States, StatusWordIsClearedByLogicalNegation) {
+  const struct {
+    unsigned short before, bits;
+    int on;
+    int after;
+  } rows[] = {{6, 2, 0, 0}, {7, 0, 0, 1},           {6, 0, 0, 0}, {6, 8, 0, 0},
+              {4, 2, 1, 6}, {0x8000, 2, 7, 0x8002}, {5, 0, 1, 5}, {0, 0xFFFF, 1, 0xFFFF}};
+  for (const auto& row : rows) {
+    QFObject node;
+    node.SetNodeStatus(row.before, 1);
+    node.SetNodeStatus(row.bits, row.on);
+    EXPECT_EQ(node.GetNodeStatus(0xFFFF), row.after) << row.before << " " << row.bits << " " << row.on;
+  }
+  QFObject node;
+  node.SetNodeStatus(6, 1);
+  EXPECT_EQ(node.GetNodeStatus(2), 2);
+  EXPECT_EQ(node.GetNodeStatus(1), 0);
+}
+
+TEST(States, ColourHas32Bits) {
+  QFObject node;
+  EXPECT_EQ(node.SetDisplayColor(0x1'00C0FFEEul), 1);
+  EXPECT_EQ(node.GetDisplayColor(), 0x00C0FFEEul);
+}
+
+TEST(ChildrenStates, GoByTheFirstChildUpToTheFirstNull) {
+  // Each letter a child: S has the property, n has not, 0 is null, x is no node.
+  const struct {
+    const char* children;
+    int expected;
+  } rows[] = {{"", 3},   {"S", 1},   {"n", 2},   {"SSS", 1}, {"nnn", 2}, {"Sn", 0}, {"nS", 0}, {"0", 2},
+              {"0S", 2}, {"S0n", 1}, {"n0S", 2}, {"nn0", 2}, {"SSn", 0}, {"xS", 2}, {"Sx", 1}};
+  FixedNode with, without;
+  CObList noNode;
+  with.SetNodeStatus(2, 1);
+  with.SetState(LOCKED);
+  with.suppressed = 1;
+  without.SetNodeStatus(4, 1);
+  for (const auto& row : rows) {
+    CObList children;
+    for (const char* at = row.children; *at; ++at) {
+      CObject* child = *at == 'S' ? &with : *at == 'n' ? &without : nullptr;
+      children.AddTail(*at == 'x' ? static_cast<CObject*>(&noNode) : child);
+    }
+    QFObject node;
+    EXPECT_EQ(int(node.GetChildrenDisplayState(&children)), row.expected) << row.children;
+    EXPECT_EQ(int(node.GetChildrenSuppressedState(&children)), row.expected) << row.children;
+    EXPECT_EQ(int(node.GetChildrenLockedState(&children)), row.expected) << row.children;
+  }
+  QFObject node;
+  EXPECT_EQ(node.GetChildrenDisplayState(nullptr), e_QFSelSetDisplay_NoChildren);
+}
+
+TEST(ChildrenStates, ValuesAreComparedAsAWhole) {
+  FixedNode one, two;
+  one.suppressed = 1;
+  two.suppressed = 2;
+  CObList children;
+  children.AddTail(&one);
+  children.AddTail(&two);
+  EXPECT_EQ(one.GetChildrenSuppressedState(&children), e_QFSelSetSuppress_Mixed);
+}

@@ -1,0 +1,195 @@
+// The objects that use a node: the two lists, the original owner, and the ends of all of them.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <random>
+#include <vector>
+
+#include "framework/ob_list.h"
+#include "share/objects/object.h"
+#include "share/objects/user_objects.h"
+#include "tests/objects/record_bytes.h"
+
+namespace {
+
+std::vector<CObject*> UsersOf(const QFObject& node) {
+  CObList list;
+  node.GetAllUserObjects(&list);
+  std::vector<CObject*> users;
+  for (POSITION at = list.GetHeadPosition(); at;) users.push_back(list.GetNext(at));
+  return users;
+}
+
+// Forgets the node that it uses, as a job record does, by removing itself from the node's lists.
+class SelfRemovingUser : public QFObject {
+ public:
+  int RemoveFromUserObjectsList(QFObject* object) override {
+    ++told;
+    object->RemoveFromUserObjectsList(this);
+    return 1;
+  }
+  int told = 0;
+};
+
+using Users = std::vector<CObject*>;
+
+}  // namespace
+
+TEST(Users, StandInOneListOnce) {
+  QFObject node, a, b;
+  EXPECT_EQ(node.AddToUserObjectsList(&a, 0), 1);
+  EXPECT_EQ(node.AddToUserObjectsList(&b, 0), 1);
+  EXPECT_EQ(node.AddToUserObjectsList(&a, 0), 1);
+  EXPECT_EQ(UsersOf(node), (Users{&a, &b})) << "twice leaves it in its place";
+  node.AddToUserObjectsList(&a, 1);
+  EXPECT_EQ(UsersOf(node), (Users{&b})) << "moved to those held";
+  EXPECT_EQ(node.GetCountOfUserObjects(), 1);
+  EXPECT_EQ(node.GetIsUsingThisObject(&a), 1) << "held ones count";
+  node.AddToUserObjectsList(&a, 0);
+  EXPECT_EQ(UsersOf(node), (Users{&b, &a}));
+  EXPECT_EQ(node.RemoveFromUserObjectsList(&a), 1);
+  EXPECT_EQ(node.GetIsUsingThisObject(&a), 0) << "it had left the other list";
+  EXPECT_EQ(node.AddToUserObjectsList(nullptr, 0), 0);
+  EXPECT_EQ(node.GetIsUsingThisObject(nullptr), 0);
+  node.GetAllUserObjects(nullptr);
+}
+
+TEST(Users, AllAreAppendedToTheListGiven) {
+  QFObject node, a;
+  node.AddToUserObjectsList(&a, 0);
+  CObList list;
+  list.AddTail(&node);
+  node.GetAllUserObjects(&list);
+  EXPECT_EQ(list.GetCount(), 2);
+  EXPECT_EQ(list.GetHead(), &node);
+}
+
+TEST(Users, RemovalOfTheOriginalOwnerAloneIsNoRemoval) {
+  QFObject node, owner;
+  node.SetOriginalOwner(&owner);
+  EXPECT_EQ(node.GetIsUsingThisObject(&owner), 1);
+  EXPECT_EQ(node.RemoveFromUserObjectsList(&owner), 0);
+  EXPECT_EQ(node.GetOriginalOwner(), nullptr);
+  EXPECT_EQ(node.RemoveFromUserObjectsList(&owner), 0);
+  owner.RemoveFromUserObjectsList(&node);
+}
+
+TEST(Users, OriginalOwnerKeepsItsListInStep) {
+  QFObject node, first, second;
+  node.SetOriginalOwner(&first);
+  EXPECT_EQ(UsersOf(first), (Users{&node}));
+  node.SetOriginalOwner(&second);
+  EXPECT_EQ(UsersOf(first), Users{});
+  EXPECT_EQ(UsersOf(second), (Users{&node}));
+  node.SetOriginalOwner(nullptr);
+  EXPECT_EQ(UsersOf(second), Users{});
+}
+
+TEST(Users, NodeThatGoesIsForgottenByAll) {
+  QFObject a, b;
+  SelfRemovingUser held;
+  {
+    QFObject node;
+    node.AddToUserObjectsList(&a, 0);
+    node.AddToUserObjectsList(&held, 1);
+    a.AddToUserObjectsList(&node, 0);
+    b.SetOriginalOwner(&node);
+    EXPECT_EQ(node.GetCountOfUserObjects(), 2);
+  }
+  EXPECT_EQ(a.GetCountOfUserObjects(), 0);
+  EXPECT_EQ(b.GetOriginalOwner(), nullptr);
+  EXPECT_EQ(held.told, 1);
+}
+
+TEST(Users, NodeThatUsesItselfCanGo) {
+  QFObject node;
+  node.AddToUserObjectsList(&node, 0);
+  node.SetOriginalOwner(&node);
+  node.DetachFromAllUserObjects();
+  EXPECT_EQ(node.GetCountOfUserObjects(), 0);
+  EXPECT_EQ(node.GetOriginalOwner(), nullptr);
+}
+
+TEST(Users, ListKeepsDuplicatesNullsAndForeignObjectsOfADocument) {
+  CObList foreign;
+  QFObject node, a, b;
+  kvtest::RecordBytes bytes;  // the objects are numbers 1 to 3
+  bytes.NewClass("QFObject", 8).NewClass("QFBaseObject", 2).Word(7);
+  for (const int number : {1, 2, 1, 0, 3, 2, 0}) bytes.Object(number);
+  bytes.Text(u"").Text(u"").Text(u"").Text(u"").Dword(0).Dword(0).Null().Text(u"").Word(0).Null().Dword(0).Null();
+  bytes.Text(u"");
+  kvtest::Reader reader(bytes.Get());
+  for (CObject* known : {static_cast<CObject*>(&a), static_cast<CObject*>(&b), static_cast<CObject*>(&foreign)})
+    reader.ar.MapObject(known);
+  // Numbers 4 and 5 are the two classes.
+  node.Serialize(reader.ar);
+  EXPECT_EQ(UsersOf(node), (Users{&a, &b, &a, nullptr, &foreign, &b, nullptr}));
+  EXPECT_EQ(node.GetCountOfUserObjects(), 7);
+  node.RemoveDuplicatesFromUserObjects();
+  EXPECT_EQ(UsersOf(node), (Users{&a, &b, nullptr, &foreign}));
+  EXPECT_EQ(node.RemoveFromUserObjectsList(&b), 1);
+  EXPECT_EQ(UsersOf(node), (Users{&a, nullptr, &foreign}));
+  node.DetachFromAllUserObjects();
+  EXPECT_EQ(node.GetCountOfUserObjects(), 0);
+}
+
+// The list against the plainest one that could be: a vector that is searched from its beginning.
+TEST(UserObjectsList, BehavesAsASearchedVector) {
+  const unsigned seed = std::random_device()();
+  SCOPED_TRACE(seed);
+  std::mt19937 random(seed);
+  std::vector<std::unique_ptr<CObject>> objects;
+  for (int i = 0; i < 300; ++i) objects.push_back(std::make_unique<CObList>());
+  const auto pick = [&](std::size_t below) { return std::uniform_int_distribution<std::size_t>(0, below - 1)(random); };
+  for (const std::size_t kinds : {4u, 60u, 300u}) {
+    UserObjects list;
+    Users model;
+    for (int step = 0; step < 20000; ++step) {
+      CObject* object = pick(40) == 0 ? nullptr : objects[pick(kinds)].get();
+      const bool there = std::find(model.begin(), model.end(), object) != model.end();
+      ASSERT_EQ(list.Contains(object), there) << "step " << step;
+      const std::size_t action = pick(100);
+      if (action < 55 && (!there || pick(8) == 0)) {
+        list.Append(object);
+        model.push_back(object);
+      } else if (action < 80) {
+        EXPECT_EQ(list.Remove(object), there);
+        std::erase(model, object);
+      } else if (action < 98) {
+        CObject* const head = model.empty() ? nullptr : model.front();
+        EXPECT_EQ(list.RemoveHead(), head);
+        if (!model.empty()) model.erase(model.begin());
+      } else if (action == 98) {
+        list.RemoveDuplicates();
+        Users kept;
+        for (CObject* each : model)
+          if (std::find(kept.begin(), kept.end(), each) == kept.end()) kept.push_back(each);
+        model = kept;
+      } else if (pick(10) == 0) {
+        list.RemoveAll();
+        model.clear();
+      }
+      ASSERT_EQ(list.GetCount(), int(model.size())) << "step " << step;
+      Users seen;
+      list.ForEach([&](CObject* each) { seen.push_back(each); });
+      ASSERT_EQ(seen, model) << "step " << step;
+    }
+  }
+}
+
+// Minutes if any step looked through the list.
+TEST(Users, HundredsOfThousandsComeAndGoInLinearTime) {
+  std::vector<std::unique_ptr<QFObject>> users;
+  for (int i = 0; i < 300'000; ++i) users.push_back(std::make_unique<QFObject>());
+  QFObject node;
+  for (const auto& user : users) user->SetOriginalOwner(&node);
+  EXPECT_EQ(node.GetCountOfUserObjects(), 300'000);
+  node.RemoveDuplicatesFromUserObjects();
+  for (std::size_t i = users.size(); i > 100'000; --i) users[i - 1]->SetOriginalOwner(nullptr);
+  for (const auto& user : users) node.AddToUserObjectsList(user.get(), /*held=*/1);
+  EXPECT_EQ(node.GetCountOfUserObjects(), 0);
+  node.DetachFromAllUserObjects();
+  EXPECT_EQ(users[0]->GetOriginalOwner(), nullptr);
+}
