@@ -39,6 +39,7 @@
 #include "share/objects/job_enums.h"
 #include "share/objects/object.h"
 #include "share/objects/object_enums.h"
+#include "share/objects/object_indexer.h"
 #include "share/objects/param_helpers.h"
 #include "share/objects/pattern_enums.h"
 #include "share/objects/serialize_notify.h"

@@ -25,6 +25,10 @@ class RecordBytes {
     bytes_.append(reinterpret_cast<const char*>(text.data()), text.size() * 2);
     return *this;
   }
+  RecordBytes& Bytes(std::string_view bytes) {
+    bytes_ += bytes;
+    return *this;
+  }
   RecordBytes& Null() { return Word(0); }
   // An object or class met before, by its number.
   RecordBytes& Object(int number) { return Word(number); }

@@ -1,0 +1,61 @@
+// A helper's entries by class name. Not public.
+#pragma once
+
+#include <array>
+#include <map>
+#include <string_view>
+#include <vector>
+
+#include "share/objects/object_indexer.h"
+
+// The entries, and the texts of their names, stay the helper's.
+class IndexerNames {
+ public:
+  // Entries of one name in the order of the list: one, unless a document brings more.
+  using Entries = std::vector<QFObjectIndexer*>;
+
+  // To be called in the order of the helper's list.
+  void Append(QFObjectIndexer* entry) { m_entries[entry->GetIndexedClassName().View()].push_back(entry); }
+
+  // Null if there is none; valid as long as this table.
+  const Entries* Find(std::u16string_view name) const {
+    const auto found = m_entries.find(name);
+    return found == m_entries.end() ? nullptr : &found->second;
+  }
+  // By the name of a run-time class. Goes by the record's address and only makes sure of the name, which differs when
+  // another library has been loaded in the place of one that was unloaded.
+  const Entries* Find(const CRuntimeClass* record) {
+    Recent& recent = m_recent[(reinterpret_cast<std::uintptr_t>(record) * 0x9E3779B97F4A7C15u) >> (64 - kRecentBits)];
+    if (recent.record != record || !IsNamed(*recent.entries->front(), record->m_lpszClassName)) {
+      const Entries* entries = Find(CString(record->m_lpszClassName).View());
+      if (!entries) return nullptr;
+      recent = {record, entries};
+    }
+    return recent.entries;
+  }
+
+ private:
+  static constexpr int kRecentBits = 8;
+
+  struct Recent {
+    const CRuntimeClass* record = nullptr;
+    const Entries* entries = nullptr;
+  };
+
+  // Lengths decide most comparisons.
+  struct ShorterFirst {
+    bool operator()(std::u16string_view a, std::u16string_view b) const {
+      return a.size() != b.size() ? a.size() < b.size() : a < b;
+    }
+  };
+
+  // False also for a name that is not plain ASCII.
+  static bool IsNamed(const QFObjectIndexer& entry, LPCSTR name) {
+    for (const char16_t unit : entry.GetIndexedClassName().View())
+      if (BYTE(*name++) != unit || unit > 0x7F) return false;  // at the name's end the NUL differs
+    return *name == 0;
+  }
+
+  std::map<std::u16string_view, Entries, ShorterFirst> m_entries;
+  std::array<Recent, 1 << kRecentBits> m_recent;
+};

@@ -1,0 +1,156 @@
+// The indexer's records: exact bytes of both schemas, documents of old storage versions, damage.
+#include <gtest/gtest.h>
+
+#include "share/objects/object_indexer.h"
+#include "tests/objects/loaded_object.h"
+#include "tests/objects/test_document.h"
+
+namespace {
+
+using namespace kvtest;
+
+RecordBytes& AddIds(RecordBytes& bytes, std::initializer_list<DWORD> ids) {
+  bytes.Dword(unsigned(ids.size()));
+  for (const DWORD id : ids) bytes.Dword(id);
+  return bytes;
+}
+
+// The beginning of a helper's record: its class 1, itself 2, the base's class 3. Behind it the indexer's class is 4,
+// the first entry 5.
+RecordBytes StartOfHelper(int entries) {
+  return RecordBytes().NewClass("QFObjectIndexerHelper", 2).Class(1).NewClass("QFBaseObject", 2).Word(entries);
+}
+
+// Two entries in the present layout.
+std::string Present(int references) {
+  RecordBytes bytes = StartOfHelper(2);
+  bytes.NewClass("QFObjectIndexer", 2).Class(4).Class(3).Text(u"Hole");
+  AddIds(bytes, {7, 0x12345678, 7}).Raw(references);
+  bytes.Class(4).Class(4).Class(3).Text(u"");
+  return AddIds(bytes, {}).Raw(0).Get();
+}
+
+// The same of schema 1 and without records of the base, as documents up to storage version 6.1 have it: the helper's
+// class 1, itself 2, the indexer's class 3.
+std::string Oldest() {
+  RecordBytes bytes;
+  bytes.NewClass("QFObjectIndexerHelper", 1).Class(1).Word(2);
+  bytes.NewClass("QFObjectIndexer", 1).Class(3).Text(u"Hole");
+  AddIds(bytes, {7, 0x12345678, 7}).Class(3).Class(3).Text(u"");
+  return AddIds(bytes, {}).Get();
+}
+
+class Hole : public QFObject {
+ public:
+  CString GetRegisterNodeName() override { return _T("Hole"); }
+};
+
+int PositionOf(QFObjectIndexerHelper& helper, TestDocument& document, DWORD id) {
+  Hole hole;
+  document.nextId = id;
+  return helper.FindIndex(&hole);
+}
+
+}  // namespace
+
+TEST(IndexerRecord, PresentBytesLoadAndAreStoredAgain) {
+  const std::string bytes = Present(2);
+  EXPECT_EQ(bytes.substr(0, 29), std::string("\xFF\xFF\x02\x00\x15\x00QFObjectIndexerHelper\x01\x80", 29));
+  for (const float units : {6.2f, 38.0f}) {
+    TestDocument document(units);
+    const auto helper = LoadedObject<QFObjectIndexerHelper>(bytes);
+    EXPECT_EQ(helper->GetObjectSchemaNumber(), 2u);
+    EXPECT_EQ(PositionOf(*helper, document, 7), 0);
+    EXPECT_EQ(PositionOf(*helper, document, 0x12345678), 1);
+    EXPECT_EQ(PositionOf(*helper, document, 8), -1);
+    EXPECT_EQ(StoredObject(*helper), bytes);
+    ExpectEveryPrefixRaises<QFObjectIndexerHelper>(bytes);
+  }
+}
+
+TEST(IndexerRecord, OldestBytesLoadAndAreStoredInThePresentLayout) {
+  TestDocument document(6.0f);
+  const auto helper = LoadedObject<QFObjectIndexerHelper>(Oldest());
+  EXPECT_EQ(helper->GetObjectSchemaNumber(), 1u);
+  EXPECT_EQ(PositionOf(*helper, document, 0x12345678), 1);
+  EXPECT_EQ(StoredObject(*helper), Present(3)) << "as many nodes alive as ids";
+  ExpectEveryPrefixRaises<QFObjectIndexerHelper>(Oldest());
+}
+
+TEST(IndexerRecord, EachSchemaInEachStorageVersion) {
+  const struct {
+    int schema;
+    float units;
+    int baseSchema;  // 0: no record of the base
+    int references;
+  } rows[] = {
+      {1, 38.0f, 2, 3}, {2, 38.0f, 2, 5}, {9, 38.0f, 2, 5},  // 9: of a newer build
+      {2, 0.0f, 1, 5},                                       // 0 counts as the present storage version
+      {1, 6.0f, 0, 3},  {2, 6.0f, 0, -5},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(testing::Message() << "schema " << row.schema << ", storage version " << row.units);
+    TestDocument document(row.units);
+    RecordBytes bytes, expected;
+    bytes.NewClass("QFObjectIndexer", row.schema).Class(1);
+    if (row.baseSchema) bytes.NewClass("QFBaseObject", row.baseSchema);
+    AddIds(bytes.Text(u"A"), {9, 8, 7});
+    if (row.schema > 1) bytes.Raw(row.references);
+    const auto entry = LoadedObject<QFObjectIndexer>(bytes.Get());
+    EXPECT_EQ(entry->GetIndexedClassName(), _T("A"));
+    EXPECT_EQ(entry->GetReferences(), row.references);
+    EXPECT_EQ(entry->FindId(7), 2);
+    AddIds(expected.NewClass("QFObjectIndexer", 2).Class(1).NewClass("QFBaseObject", 2).Text(u"A"), {9, 8, 7});
+    EXPECT_EQ(StoredObject(*entry), expected.Raw(row.references).Get());
+    ExpectEveryPrefixRaises<QFObjectIndexer>(bytes.Get());
+  }
+}
+
+TEST(IndexerRecord, DamageRaises) {
+  RecordBytes entry, twice;
+  entry.NewClass("QFObjectIndexer", 2).Class(4).Class(3).Text(u"A");
+  AddIds(twice.Bytes(entry.Get()), {1}).Raw(0).Object(5);
+  const struct {
+    const char* what;
+    int entries;
+    std::string bytes;
+    int cause;
+  } rows[] = {
+      {"more entries than bytes", 0xFFFE, "", CArchiveException::endOfFile},
+      {"more ids than bytes", 1, RecordBytes(entry).Dword(0xFFFFFFFF).Raw(0).Get(), CArchiveException::endOfFile},
+      {"one id more than bytes", 1, RecordBytes(entry).Dword(3).Dword(1).Dword(2).Get(), CArchiveException::endOfFile},
+      {"an entry twice", 2, twice.Get(), CArchiveException::badIndex},
+      {"the helper inside itself", 1, RecordBytes().Object(2).Get(), CArchiveException::badIndex},
+      {"another class", 1, RecordBytes().Class(3).Word(0).Get(), CArchiveException::badClass},
+      {"a record of another class", 1, RecordBytes().NewClass("QFObjectIndexer", 2).Class(1).Get(),
+       CArchiveException::badClass},
+  };
+  TestDocument document;
+  for (const auto& row : rows)
+    EXPECT_EQ(LoadCause<QFObjectIndexerHelper>(StartOfHelper(row.entries).Bytes(row.bytes).Get()), row.cause)
+        << row.what;
+}
+
+TEST(IndexerRecord, NullEntriesAndWildCountsAreCarriedAlong) {
+  TestDocument document;
+  const auto bytes = [](int references) {
+    RecordBytes helper = StartOfHelper(3).Null().NewClass("QFObjectIndexer", 2).Class(4).Class(3).Text(u"Hole");
+    return AddIds(helper, {7}).Raw(references).Null().Get();
+  };
+  const auto helper = LoadedObject<QFObjectIndexerHelper>(bytes(INT32_MIN));
+  Hole hole;
+  document.nextId = 7;
+  EXPECT_EQ(helper->FindIndex(&hole), 0);
+  hole.SetRegNameForAutoIndexing(_T("Hole"));
+  helper->ReleaseIndexer(&hole);
+  EXPECT_EQ(StoredObject(*helper), bytes(INT32_MIN));
+  std::map<CString, int> counts = {{_T("Hole"), INT32_MAX}};
+  helper->CorrectIndexersReferences(counts);
+  EXPECT_EQ(counts.size(), 1u);
+  EXPECT_EQ(StoredObject(*helper), bytes(INT32_MAX));
+  FILE* file = std::tmpfile();
+  helper->DumpData(file);
+  std::fclose(file);
+  helper->ClearUnusedIndexers();
+  EXPECT_EQ(StoredObject(*helper), bytes(INT32_MAX));
+}
