@@ -1,0 +1,60 @@
+// Records of the save history by hand.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tests/objects/record_bytes.h"
+
+namespace kvtest {
+
+// What the present build writes, but for user and stamp.
+struct HistoryFields {
+  std::u16string major = u"2024";
+  std::u16string servicePack = u"SP4";
+  std::u16string build = u"2024/0826";
+  double storage = 38.0;
+  std::u16string dateAndTime = u"08/26/2024::09:30";
+  std::u16string user = u"eve";
+  int saves = 7;
+  std::u16string edition = u"Standard";
+  std::u16string info = u"";
+};
+
+// Appends what stands behind the class records.
+inline RecordBytes& AddFields(RecordBytes& bytes, const HistoryFields& fields, int schema = 3) {
+  bytes.Text(fields.major).Text(fields.servicePack).Text(fields.build).Double(fields.storage);
+  bytes.Text(fields.dateAndTime).Text(fields.user).Raw(fields.saves);
+  if (schema > 1) bytes.Text(fields.edition);
+  if (schema > 2) bytes.Text(fields.info);
+  return bytes;
+}
+
+// One record alone. Numbers: its class 1, itself 2, the base's class 3.
+inline std::string RecordOf(const HistoryFields& fields, int schema = 3, bool base = true) {
+  RecordBytes bytes;
+  bytes.NewClass("QFDocSrHistory", schema).Class(1);
+  if (base) bytes.NewClass("QFBaseObject", 2);
+  return AddFields(bytes, fields, schema).Get();
+}
+
+// A manager's class 1, itself 2, the base's class 3.
+inline RecordBytes StartOfManager() {
+  return RecordBytes().NewClass("QFDocSrHistoryMngr", 1).Class(1).NewClass("QFBaseObject", 2);
+}
+
+// A whole manager: the records' class 4, the records from 5 on.
+inline std::string ManagerOf(const std::vector<HistoryFields>& records) {
+  RecordBytes bytes = StartOfManager().Word(int(records.size()));
+  for (const HistoryFields& fields : records) {
+    if (&fields == &records.front()) {
+      bytes.NewClass("QFDocSrHistory", 3);
+    } else {
+      bytes.Class(4);
+    }
+    AddFields(bytes.Class(4).Class(3), fields);
+  }
+  return bytes.Get();
+}
+
+}  // namespace kvtest

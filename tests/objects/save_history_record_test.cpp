@@ -1,0 +1,127 @@
+// The records of the save history: exact bytes of each schema, documents of old storage versions, damage.
+#include <gtest/gtest.h>
+
+#include "share/env/app_env.h"
+#include "share/objects/save_history.h"
+#include "tests/objects/history_bytes.h"
+#include "tests/objects/loaded_object.h"
+#include "tests/objects/test_document.h"
+
+namespace {
+
+using namespace kvtest;
+
+class HistoryRecord : public testing::Test {
+ protected:
+  static void SetUpTestSuite() { InitShareDll(); }
+  void SetUp() override { AppEnv(); }
+
+  TestDocument m_document;
+};
+
+HistoryFields Fields() {
+  HistoryFields fields;
+  fields.edition = u"Professional";
+  fields.info = u"more";
+  return fields;
+}
+
+}  // namespace
+
+TEST_F(HistoryRecord, EachSchemaInEachStorageVersion) {
+  for (const float units : {6.0f, 38.0f}) {
+    m_document.units = units;
+    for (const int schema : {1, 2, 3, 4}) {
+      SCOPED_TRACE(testing::Message() << "storage version " << units << ", schema " << schema);
+      const std::string bytes = RecordOf(Fields(), schema, /*base=*/units > 6.1f);
+      const auto record = LoadedObject<QFDocSrHistory>(bytes);
+      EXPECT_EQ(record->GetMajorVersion(), _T("2024"));
+      EXPECT_EQ(record->GetServicePack(), _T("SP4"));
+      EXPECT_EQ(record->GetBuildCode(), _T("2024/0826"));
+      EXPECT_EQ(record->GetStorageVersionNumber(), 38.0);
+      EXPECT_EQ(record->GetDateAndTime(), _T("08/26/2024::09:30"));
+      EXPECT_EQ(record->GetUser(), _T("eve"));
+      EXPECT_EQ(record->GetNumSaves(), _T("7"));
+      EXPECT_EQ(record->GetProductEdition(), schema > 1 ? _T("Professional") : _T("Standard"));
+      HistoryFields expected = Fields();
+      if (schema < 2) expected.edition = u"Standard";
+      if (schema < 3) expected.info = u"";
+      EXPECT_EQ(StoredObject(*record), RecordOf(expected));
+      ExpectEveryPrefixRaises<QFDocSrHistory>(bytes);
+    }
+  }
+}
+
+TEST_F(HistoryRecord, BytesAreTheFieldsInTheirOrder) {
+  static constexpr char kBytes[] =
+      "\xFF\xFF\x03\x00\x0E\x00QFDocSrHistory\x01\x80\xFF\xFF\x02\x00\x0C\x00QFBaseObject"
+      "\xFF\xFE\xFF\x01"
+      "A\x00\xFF\xFE\xFF\x01"
+      "B\x00\xFF\xFE\xFF\x01"
+      "C\x00\x00\x00\x00\x00\x00\x00\xF0\xBF\xFF\xFE\xFF\x01"
+      "D\x00\xFF\xFE\xFF\x01"
+      "E\x00\x01\x00\x00\x00\xFF\xFE\xFF\x01"
+      "F\x00\xFF\xFE\xFF\x01"
+      "G\x00";
+  const std::string expected(kBytes, sizeof kBytes - 1);
+  const HistoryFields fields = {u"A", u"B", u"C", -1.0, u"D", u"E", 1, u"F", u"G"};
+  EXPECT_EQ(RecordOf(fields), expected);
+  EXPECT_EQ(StoredObject(*LoadedObject<QFDocSrHistory>(expected)), expected);
+}
+
+TEST_F(HistoryRecord, DamageRaises) {
+  ExpectEveryPrefixRaises<QFDocSrHistoryMngr>(ManagerOf({Fields(), Fields()}));
+  RecordBytes twice = StartOfManager().Word(2).NewClass("QFDocSrHistory", 3).Class(4).Class(3);
+  const struct {
+    const char* what;
+    std::string bytes;
+    int cause;
+  } rows[] = {
+      {"more records than bytes", StartOfManager().Word(0xFFFE).Get(), CArchiveException::endOfFile},
+      {"a record twice", AddFields(twice, Fields()).Object(5).Get(), CArchiveException::badIndex},
+      {"the manager inside itself", StartOfManager().Word(1).Object(2).Get(), CArchiveException::badIndex},
+      {"another class", StartOfManager().Word(1).NewClass("QFObjectIndexer", 2).Get(), CArchiveException::badClass},
+      {"a text longer than the bytes",
+       StartOfManager().Word(1).NewClass("QFDocSrHistory", 3).Class(4).Class(3).Bytes("\xFF\xFE\xFF\x7F").Get(),
+       CArchiveException::endOfFile},
+  };
+  for (const auto& row : rows) EXPECT_EQ(LoadCause<QFDocSrHistoryMngr>(row.bytes), row.cause) << row.what;
+}
+
+TEST_F(HistoryRecord, DamagedListLeavesAUsableManager) {
+  HistoryFields wild = Fields();
+  wild.user = AppEnv()->GetUserNameW().View();
+  wild.saves = INT32_MAX;
+  // A manager that is no object of its own: its class 1, the base's class 2, the records' class 3.
+  RecordBytes cut;
+  cut.NewClass("QFDocSrHistoryMngr", 1).NewClass("QFBaseObject", 2).Word(3).Null();
+  AddFields(cut.NewClass("QFDocSrHistory", 3).Class(3).Class(2), wild);
+  for (const bool whole : {false, true}) {
+    QFDocSrHistoryMngr manager;
+    Reader reader(whole ? RecordBytes(cut).Null().Get() : cut.Get());
+    if (whole) {
+      manager.Serialize(reader.ar);
+    } else {
+      EXPECT_THROW(manager.Serialize(reader.ar), CArchiveException);
+    }
+    CObList records;
+    manager.GetAllHistoryObjects(records);
+    EXPECT_EQ(records.GetCount(), 1) << "no null record";
+    StoredObject(manager);
+    EXPECT_EQ(manager.GetLastHistoryObject()->GetNumSaves(), _T("2147483647"));
+  }
+}
+
+TEST_F(HistoryRecord, DumpsItsFields) {
+  const auto manager = LoadedObject<QFDocSrHistoryMngr>(ManagerOf({Fields()}));
+  FILE* file = std::tmpfile();
+  manager->DumpData(nullptr);
+  manager->DumpData(file);
+  std::string text(std::size_t(std::ftell(file)), '\0');
+  std::rewind(file);
+  EXPECT_EQ(std::fread(text.data(), 1, text.size(), file), text.size());
+  std::fclose(file);
+  EXPECT_NE(text.find("\n m_HistoryList Total Items : 1\n"), std::string::npos) << text;
+  EXPECT_NE(text.find("\n m_MajorVersion: 2024\n m_ServicePack: SP4\n m_BuildCode: 2024/0826\n"), std::string::npos);
+  EXPECT_NE(text.find("\n m_StorageVersionNumber:  38.00\n"), std::string::npos) << text;
+}
