@@ -270,7 +270,7 @@ CArchive& CArchive::operator>>(CString& text) {
   if (buffered > 4 && m_pIn[3] != 0xFF && m_pIn[3] != 0 && std::memcmp(m_pIn, kWideMark, sizeof kWideMark) == 0 &&
       buffered >= 4 + m_pIn[3] * sizeof(TCHAR)) {  // most texts
     const BYTE units = m_pIn[3];
-    std::memcpy(text.GetBufferSetLength(units), m_pIn + 4, units * sizeof(TCHAR));
+    text.AssignUnits(m_pIn + 4, units);
     m_pIn += 4 + units * sizeof(TCHAR);
     return *this;
   }

@@ -68,13 +68,13 @@ void CArchive::WriteObject(const CObject* object) {
   }
   CheckStoring();
   StoredNumbers& stored = Stored();
-  if (const DWORD number = stored.Find(object).number) return WriteTag(number, /*isClass=*/false);
+  if (const DWORD number = stored.NumberOf(object)) return WriteTag(number, /*isClass=*/false);
   const CRuntimeClass* record = object->GetRuntimeClass();
   if (record->m_wSchema == CRuntimeClass::kNoSchema) Fail(CArchiveException::badClass);
   if (StackIsLow()) Fail(CArchiveException::genericException);
   if (stored.GetCount() >= kLastNumber - 1) Fail(CArchiveException::badIndex);
   WriteClass(record);
-  stored.Enter(stored.Find(object), object);
+  stored.Enter(object);
   const Level level(*this);
   const_cast<CObject*>(object)->Serialize(*this);  // a storing Serialize changes nothing
 }
@@ -118,8 +118,7 @@ void CArchive::WriteClass(const CRuntimeClass* record) {
   if (record == m_pLastClass) return WriteTag(m_nLastClass, /*isClass=*/true);
   CheckStoring();
   StoredNumbers& stored = Stored();
-  StoredNumbers::Slot& slot = stored.Find(record);
-  m_nLastClass = slot.number;
+  m_nLastClass = stored.NumberOf(record);
   if (m_nLastClass != 0) {
     WriteTag(m_nLastClass, /*isClass=*/true);
   } else {
@@ -128,7 +127,7 @@ void CArchive::WriteClass(const CRuntimeClass* record) {
     if (stored.GetCount() >= kLastNumber) Fail(CArchiveException::badIndex);
     *this << kNewClassTag << WORD(StoredSchema(record)) << WORD(length);
     Write(record->m_lpszClassName, length);
-    m_nLastClass = stored.Enter(slot, record);
+    m_nLastClass = stored.Enter(record);
   }
   m_pLastClass = record;
 }
@@ -252,10 +251,10 @@ void CArchive::MapObject(const CObject* object) {
     return;
   }
   CheckStoring();
-  StoredNumbers::Slot& slot = Stored().Find(object);
-  if (slot.number != 0) return;
-  if (Stored().GetCount() >= kLastNumber) Fail(CArchiveException::badIndex);
-  Stored().Enter(slot, object);
+  StoredNumbers& stored = Stored();
+  if (stored.NumberOf(object) != 0) return;
+  if (stored.GetCount() >= kLastNumber) Fail(CArchiveException::badIndex);
+  stored.Enter(object);
 }
 
 void CArchive::SerializeClass(const CRuntimeClass* record) {

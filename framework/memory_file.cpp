@@ -62,7 +62,9 @@ void CMemFile::Write(const void* source, UINT bytes) {
   if (bytes == 0) return;
   const ULONGLONG behind = m_nPosition + bytes;
   if (behind < m_nPosition) throw CFileException(CFileException::diskFull, -1, m_strFileName);
-  if (behind > m_nLength) SetLength(behind);
+  if (m_nPosition > m_nLength) SetLength(m_nPosition);  // zeros in the gap
+  Grow(behind);
+  m_nLength = std::max(m_nLength, behind);
   std::memcpy(m_pBlock + m_nPosition, source, bytes);
   m_nPosition = behind;
 }

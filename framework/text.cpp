@@ -111,15 +111,15 @@ TCHAR* CString::Own(int capacity) {
   return data_;
 }
 
-void CString::Assign(std::u16string_view text) {
-  if (text.empty()) return Empty();
-  const int length = CheckedLength(text.size());
+void CString::AssignUnits(const void* units, std::size_t count) {
+  if (count == 0) return Empty();
+  const int length = CheckedLength(count);
   const Header* head = Head();
   if (head->users.load(std::memory_order_acquire) == 1 && head->capacity >= length) {
-    std::memmove(data_, text.data(), text.size() * sizeof(TCHAR));  // the text may be a part of this one
+    std::memmove(data_, units, count * sizeof(TCHAR));  // they may be a part of this text
   } else {
     TCHAR* fresh = Allocate(length);
-    std::memcpy(fresh, text.data(), text.size() * sizeof(TCHAR));
+    std::memcpy(fresh, units, count * sizeof(TCHAR));
     Release();
     data_ = fresh;
   }

@@ -43,6 +43,8 @@ struct FormatArgument {
   std::string_view narrow = {};
 };
 
+class CArchive;
+
 class KVSHARE_API CString {
  public:
   // Construction. Narrow text is UTF-8; a byte that is none becomes U+FFFD.
@@ -173,6 +175,8 @@ class KVSHARE_API CString {
   friend auto operator<=>(const CString& a, LPCTSTR b) noexcept { return a.View() <=> ViewOf(b); }
 
  private:
+  friend class CArchive;  // reads texts as they lie in its buffer
+
   // Stands ahead of the units, which end with a NUL. users is -1 for the one empty text that all share.
   struct Header {
     std::atomic<int> users;
@@ -196,7 +200,9 @@ class KVSHARE_API CString {
     if (Head()->users.load(std::memory_order_relaxed) > 0) Head()->users.fetch_add(1, std::memory_order_relaxed);
   }
   void Release() noexcept;
-  void Assign(std::u16string_view text);
+  void Assign(std::u16string_view text) { AssignUnits(text.data(), text.size()); }
+  // As they lie in memory, which need not be where units may lie.
+  void AssignUnits(const void* units, std::size_t count);
   void AssignUtf8(std::string_view text);
   void SetLength(int length) noexcept;
   TCHAR* Own(int capacity);

@@ -24,10 +24,14 @@ struct StackRange {
   std::uintptr_t high = 0;
 };
 
-StackRange FindStackRange() {
-  StackRange range;
+// Of this thread; high is 0 until it is first asked for. At one offset from the thread's register.
+[[gnu::tls_model("initial-exec")]] thread_local constinit StackRange t_stack;
+
+[[gnu::noinline]] void FindStackRange() {
+  StackRange& range = t_stack;
+  range.high = 1;  // asked
   pthread_attr_t attributes;
-  if (pthread_getattr_np(pthread_self(), &attributes) != 0) return range;
+  if (pthread_getattr_np(pthread_self(), &attributes) != 0) return;
   void* lowest = nullptr;
   std::size_t size = 0;
   std::size_t guard = 0;
@@ -37,7 +41,6 @@ StackRange FindStackRange() {
     range.high = reinterpret_cast<std::uintptr_t>(lowest) + size;
   }
   pthread_attr_destroy(&attributes);
-  return range;
 }
 
 }  // namespace
@@ -82,7 +85,7 @@ void LeaveCriticalSection(LPCRITICAL_SECTION section) { pthread_mutex_unlock(Mut
 BOOL TryEnterCriticalSection(LPCRITICAL_SECTION section) { return pthread_mutex_trylock(Mutex(section)) == 0; }
 
 std::size_t StackBytesLeft() {
-  thread_local const StackRange range = FindStackRange();
+  if (t_stack.high == 0) FindStackRange();
   const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
-  return here > range.low && here < range.high ? here - range.low : 0;
+  return here > t_stack.low && here < t_stack.high ? here - t_stack.low : 0;
 }

@@ -1,0 +1,48 @@
+// The table of a storing archive against a plain map, with keys as addresses lie: in runs, and far apart.
+#include "framework/stored_numbers.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <unordered_map>
+#include <vector>
+
+namespace {
+
+const void* Key(std::uintptr_t address) { return reinterpret_cast<const void*>(address); }
+
+TEST(StoredNumbers, AgreesWithAMap) {
+  const unsigned seed = std::random_device()();
+  SCOPED_TRACE(seed);
+  std::mt19937_64 random(seed);
+  const auto address = [&random] {
+    const std::uintptr_t group = random() % 3 == 0 ? random() % (std::uintptr_t(1) << 44) : 1000 + random() % 20;
+    return group << 12 | (random() % 512) << 3;
+  };
+  StoredNumbers numbers;
+  std::unordered_map<std::uintptr_t, DWORD> expected;
+  for (int i = 0; i < 20000; ++i) {
+    const std::uintptr_t at = address();
+    const auto known = expected.find(at);
+    ASSERT_EQ(numbers.NumberOf(Key(at)), known == expected.end() ? 0 : known->second);
+    if (known != expected.end()) continue;
+    const auto next = DWORD(expected.size() + 1);
+    ASSERT_EQ(numbers.Enter(Key(at)), next);
+    expected[at] = next;
+    if (random() % 2000 != 0) continue;
+    const auto kept = DWORD(random() % (next + 1));
+    numbers.TakeBack(kept);
+    std::erase_if(expected, [kept](const auto& item) { return item.second > kept; });
+  }
+  EXPECT_EQ(numbers.GetCount(), expected.size());
+  for (const auto& [at, number] : expected) EXPECT_EQ(numbers.NumberOf(Key(at)), number);
+}
+
+TEST(StoredNumbers, FullGroupOfNeighbours) {
+  StoredNumbers numbers;
+  for (std::uintptr_t bit = 512; bit-- > 0;) EXPECT_EQ(numbers.Enter(Key(0x7000 | bit << 3)), 512 - bit);
+  for (std::uintptr_t bit = 0; bit < 512; ++bit) EXPECT_EQ(numbers.NumberOf(Key(0x7000 | bit << 3)), 512 - bit);
+  EXPECT_EQ(numbers.NumberOf(Key(0x8000)), 0u);
+}
+
+}  // namespace
