@@ -11,9 +11,12 @@
 
 class PointerSet {
  public:
-  // Makes room for that many pointers; more are taken as well.
-  explicit PointerSet(LONGLONG expected) {
-    if (std::size_t(expected) > kSmall * 2 / 3) Allocate(std::bit_ceil(std::size_t(expected) * 3 / 2));
+  // For at most that many pointers.
+  explicit PointerSet(LONGLONG most) {
+    if (std::size_t(most) <= kSmall * 2 / 3) return;
+    large_.resize(std::bit_ceil(std::size_t(most) * 3 / 2));
+    slots_ = large_.data();
+    shift_ = 64 - std::countr_zero(large_.size());
   }
   PointerSet(const PointerSet&) = delete;
   PointerSet& operator=(const PointerSet&) = delete;
@@ -25,7 +28,6 @@ class PointerSet {
     std::uintptr_t& slot = slots_[PlaceOf(key)];
     if (slot != 0) return false;
     slot = key;
-    if (++count_ > Slots() * 2 / 3) Grow();
     return true;
   }
 
@@ -43,21 +45,9 @@ class PointerSet {
     while (slots_[at] != 0 && slots_[at] != key) at = (at + 1) & (Slots() - 1);
     return at;
   }
-  void Allocate(std::size_t slots) {
-    large_.assign(slots, 0);
-    slots_ = large_.data();
-    shift_ = 64 - std::countr_zero(slots);
-  }
-  void Grow() {
-    const std::vector<std::uintptr_t> old(slots_, slots_ + Slots());
-    Allocate(old.size() * 2);
-    for (const std::uintptr_t key : old)
-      if (key != 0) slots_[PlaceOf(key)] = key;
-  }
 
   std::array<std::uintptr_t, kSmall> small_ = {};
   std::vector<std::uintptr_t> large_;
   std::uintptr_t* slots_ = small_.data();
   int shift_ = 64 - 6;
-  std::size_t count_ = 0;
 };

@@ -1,12 +1,21 @@
-// Records of the save history by hand.
+// Records of the save history by hand, and the environment that names user and edition.
 #pragma once
 
 #include <string>
 #include <vector>
 
+#include "share/env/app_env.h"
 #include "tests/objects/record_bytes.h"
 
 namespace kvtest {
+
+// A fresh environment with the language's texts.
+inline CKVEnvApp& FreshEnvironment() {
+  static const bool kLinked = (InitShareDll(), true);
+  CloseAppEnv();
+  EXPECT_TRUE(kLinked);
+  return *AppEnv();
+}
 
 // What the present build writes, but for user and stamp.
 struct HistoryFields {

@@ -1,5 +1,6 @@
 // The indexer's records: exact bytes of both schemas, documents of old storage versions, damage.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include "share/objects/object_indexer.h"
 #include "tests/objects/loaded_object.h"
@@ -44,6 +45,13 @@ class Hole : public QFObject {
  public:
   CString GetRegisterNodeName() override { return _T("Hole"); }
 };
+
+// Kilobytes.
+long PeakMemory() {
+  rusage usage = {};
+  getrusage(RUSAGE_SELF, &usage);
+  return usage.ru_maxrss;
+}
 
 int PositionOf(QFObjectIndexerHelper& helper, TestDocument& document, DWORD id) {
   Hole hole;
@@ -126,9 +134,27 @@ TEST(IndexerRecord, DamageRaises) {
        CArchiveException::badClass},
   };
   TestDocument document;
+  const long before = PeakMemory();
   for (const auto& row : rows)
     EXPECT_EQ(LoadCause<QFObjectIndexerHelper>(StartOfHelper(row.entries).Bytes(row.bytes).Get()), row.cause)
         << row.what;
+  EXPECT_LT(PeakMemory() - before, 64 * 1024) << "nothing may be allocated for a number that can't be true";
+}
+
+TEST(IndexerRecord, LoadingIntoAUsedHelperAppends) {
+  TestDocument document;
+  QFObjectIndexerHelper helper;
+  Hole hole;
+  document.nextId = 99;
+  helper.AddObj(&hole);
+  EXPECT_EQ(PositionOf(helper, document, 99), 0);
+  RecordBytes bytes;  // a member, no object of its own
+  bytes.NewClass("QFObjectIndexerHelper", 2).NewClass("QFBaseObject", 2).Word(1);
+  AddIds(bytes.NewClass("QFObjectIndexer", 2).Class(3).Class(2).Text(u"Hole"), {7, 8}).Raw(2);
+  Reader reader(bytes.Get());
+  helper.Serialize(reader.ar);
+  EXPECT_EQ(PositionOf(helper, document, 99), 0);
+  EXPECT_EQ(PositionOf(helper, document, 8), 1) << "in the second entry of the name";
 }
 
 TEST(IndexerRecord, NullEntriesAndWildCountsAreCarriedAlong) {

@@ -106,6 +106,10 @@ TEST_F(Indexer, ReleasingKeepsPositionsAndGoesByTheRegisteredName) {
   m_helper.ClearUnusedIndexers();
   ExpectEntries({{u"QFObject", {}, 0}, {u"Tool", {3}, 1}});
   EXPECT_EQ(m_helper.FindIndex(&second), -1);
+  Node fresh;
+  m_document.nextId = 8;
+  EXPECT_EQ(m_helper.FindIndex(&fresh), -1) << "an empty class draws no id";
+  EXPECT_EQ(m_document.nextId, 8u);
   Add(9);
   EXPECT_EQ(m_helper.FindIndex(m_nodes.back().get()), 0);
   m_helper.RemoveAll();

@@ -1,7 +1,6 @@
 // The records of the save history: exact bytes of each schema, documents of old storage versions, damage.
 #include <gtest/gtest.h>
 
-#include "share/env/app_env.h"
 #include "share/objects/save_history.h"
 #include "tests/objects/history_bytes.h"
 #include "tests/objects/loaded_object.h"
@@ -13,8 +12,8 @@ using namespace kvtest;
 
 class HistoryRecord : public testing::Test {
  protected:
-  static void SetUpTestSuite() { InitShareDll(); }
-  void SetUp() override { AppEnv(); }
+  void SetUp() override { FreshEnvironment(); }
+  void TearDown() override { CloseAppEnv(); }
 
   TestDocument m_document;
 };

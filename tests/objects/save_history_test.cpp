@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "companions/geometry/constants.h"
-#include "share/env/app_env.h"
 #include "share/env/product_edition.h"
 #include "share/env/product_identity.h"
 #include "share/env/registry_access.h"
@@ -22,11 +21,9 @@ using namespace kvtest;
 
 class History : public testing::Test {
  protected:
-  static void SetUpTestSuite() { InitShareDll(); }
   void SetUp() override {
-    CloseAppEnv();
     SetRunningModule(KV_MODULE_UNKNOWN);
-    m_user = AppEnv()->GetUserNameW();
+    m_user = FreshEnvironment().GetUserNameW();
   }
   void TearDown() override { CloseAppEnv(); }
 
