@@ -22,7 +22,9 @@
 // KV_REGISTRY names; without it, the user's hive is in $XDG_CONFIG_HOME/kestrova/registry (or below ~/.config), the
 // machine's in /var/lib/kestrova/registry. The variable is looked at anew on each use of a predefined handle. Folder
 // and file are made by the first write, never by reading: a hive without a file is an empty hive. A hive whose file may
-// not be written can be read; opening one of its keys for writing gives ERROR_ACCESS_DENIED.
+// not be written can be read; opening one of its keys for writing gives ERROR_ACCESS_DENIED. A hive whose file is
+// removed or replaced under a running process is read on as it was until the process writes to it; from then on the new
+// one counts, and handles of the old one's keys give ERROR_KEY_DELETED.
 #pragma once
 
 #include "platform/types.h"
@@ -91,13 +93,16 @@ KVSHARE_API LSTATUS RegCloseKey(HKEY key);
 KVSHARE_API LSTATUS RegDeleteKeyExW(HKEY key, LPCWSTR path, REGSAM rights, DWORD reserved);
 
 // Deletes a key with all that is below it. With a null or empty path the handle's own key stays, emptied, and the
-// handle needs KEY_SET_VALUE as well. Needs KEY_ENUMERATE_SUB_KEYS and KEY_QUERY_VALUE.
+// handle needs KEY_SET_VALUE as well. Needs KEY_ENUMERATE_SUB_KEYS and KEY_QUERY_VALUE. Through a handle of a
+// transaction it works within that.
 KVSHARE_API LSTATUS RegDeleteTreeW(HKEY key, LPCWSTR path);
 
 // Gives the sub-key number index, from 0, in the order of the names without case; ERROR_NO_MORE_ITEMS behind the last.
 // *nameUnits is the buffer's size in units with the terminator on entry and the name's length without it on return; too
 // small a buffer gives ERROR_MORE_DATA and changes nothing. The class and the time are optional. Needs
-// KEY_ENUMERATE_SUB_KEYS. Numbers move when sub-keys come or go.
+// KEY_ENUMERATE_SUB_KEYS. Numbers are those of the moment of the call: they move when sub-keys come or go, so a walk
+// during a change may miss one or give one twice. In a walk upward each step costs the same, whatever the number;
+// counting from the first sub-key is needed only after a change to the hive, and for a step back.
 KVSHARE_API LSTATUS RegEnumKeyExW(HKEY key, DWORD index, LPWSTR name, DWORD* nameUnits, DWORD* reserved,
                                   LPWSTR className, DWORD* classUnits, FILETIME* written);
 
@@ -126,7 +131,8 @@ KVSHARE_API LSTATUS RegDeleteValueW(HKEY key, LPCWSTR name);
 
 // Gives the value number index, from 0, in the order in which the values were made; ERROR_NO_MORE_ITEMS behind the
 // last. The name works as in RegEnumKeyExW, type, data and bytes as in RegQueryValueExW; with ERROR_MORE_DATA for the
-// data the name is filled in. Needs KEY_QUERY_VALUE. Deleting number 0 until there are no more empties a key.
+// data the name is filled in. Walks are as in RegEnumKeyExW. Needs KEY_QUERY_VALUE. Deleting number 0 until there are
+// no more empties a key.
 KVSHARE_API LSTATUS RegEnumValueW(HKEY key, DWORD index, LPWSTR name, DWORD* nameUnits, DWORD* reserved, DWORD* type,
                                   BYTE* data, DWORD* bytes);
 

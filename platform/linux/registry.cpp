@@ -206,21 +206,20 @@ struct Place {
   }
 };
 
-LSTATUS GiveHandle(const Place& place, std::int64_t id, REGSAM rights, PHKEY opened) {
-  if (rights & MAXIMUM_ALLOWED) {
-    rights = Granted(rights, !place.store->Connection() || place.store->CheckWritable() == ERROR_SUCCESS);
-  } else {
-    rights = Granted(rights, false);
-    // The hive's own key can be had without a file; its first write will tell.
-    if ((rights & kChangingRights) && place.store->Connection()) {
-      if (const LSTATUS status = place.store->CheckWritable()) return status;
-    }
+// The rights that a handle of a key in the store gets, or why it gets none.
+LSTATUS Grant(Store& store, REGSAM asked, REGSAM& rights) {
+  // The hive's own key can be had without a file; its first write will tell.
+  const bool ready = store.Connection() != nullptr;
+  if (asked & MAXIMUM_ALLOWED) {
+    rights = Granted(asked, !ready || store.CheckWritable() == ERROR_SUCCESS);
+    return ERROR_SUCCESS;
   }
-  *opened = NewHandle({place.store, id, rights}, scratch.path);
-  return ERROR_SUCCESS;
+  rights = Granted(asked, false);
+  return (rights & kChangingRights) && ready ? store.CheckWritable() : ERROR_SUCCESS;
 }
 
-LSTATUS AddKeys(const Place& place, LPCWSTR path, LPCWSTR class_name, std::int64_t& id) {
+// Makes the keys of a path that are missing; `made` tells whether the last one was.
+LSTATUS AddKeys(const Place& place, LPCWSTR path, LPCWSTR class_name, std::int64_t& id, bool& made) {
   std::u16string_view rest = path;
   const std::string_view whole = scratch.path;
   std::string class_text;
@@ -232,7 +231,8 @@ LSTATUS AddKeys(const Place& place, LPCWSTR path, LPCWSTR class_name, std::int64
     end = std::min(whole.find('\\', end + 1), whole.size());
     const std::int64_t parent = id;
     status = FindKey(*place.store, whole.substr(0, end), /*inside=*/true, id);
-    if (status != ERROR_SUCCESS || id != 0) continue;
+    made = status == ERROR_SUCCESS && id == 0;
+    if (!made) continue;
     scratch.name.clear();
     AppendName(scratch.name, name);
     const std::string_view own_class = end == whole.size() ? std::string_view(class_text) : "";
@@ -249,6 +249,11 @@ LSTATUS DeleteTreeBelow(Store& store, std::string_view path, std::int64_t id, bo
   if (status == ERROR_SUCCESS) status = Query(store, kDeleteValues).Add(id).Run();
   if (status != ERROR_SUCCESS) return status;
   return with_key ? Query(store, kDeleteKey).Add(id).Run() : Query(store, kTouchKey).Add(id).Add(Now()).Run();
+}
+
+LSTATUS CheckNoSubKeys(Store& store, std::int64_t id) {
+  Query query(store, kHasSubKey);
+  return query.Add(id).Next() ? ERROR_ACCESS_DENIED : query.Status();
 }
 
 bool AsksForBothViews(REGSAM rights) { return (rights & kBothViews) == kBothViews; }
@@ -268,13 +273,35 @@ LSTATUS OpenKey(Scope& scope, HKEY key, LPCWSTR path, const OpenArguments& argum
   if (!arguments.opened || arguments.options != 0 || AsksForBothViews(arguments.rights)) return ERROR_INVALID_PARAMETER;
   Place place;
   if (const LSTATUS status = place.Find(scope, key, path)) return status;
-  const std::lock_guard lock(place.store->Mutex());
-  std::int64_t id = kRootId;
+  KeyRef opened{place.store, kRootId, 0};
+  {
+    const std::lock_guard lock(place.store->Mutex());
+    LSTATUS status = place.store->ReadyToRead();
+    if (status == ERROR_SUCCESS) status = place.FindId(/*inside=*/false, opened.id);
+    if (status == ERROR_FILE_NOT_FOUND && scratch.path.empty()) status = ERROR_SUCCESS;
+    if (status == ERROR_SUCCESS) status = Grant(*place.store, arguments.rights, opened.rights);
+    if (status != ERROR_SUCCESS) return status;
+  }
+  *arguments.opened = NewHandle(opened, scratch.path);  // not within the lock: a fork takes both the other way round
+  return ERROR_SUCCESS;
+}
+
+namespace {
+
+// The id of the key at the end of a place's path, made if it is missing; `made` tells. Within the store's lock.
+LSTATUS FindOrAddKey(const Place& place, LPCWSTR path, LPCWSTR class_name, std::int64_t& id, bool& made) {
   LSTATUS status = place.store->ReadyToRead();
   if (status == ERROR_SUCCESS) status = place.FindId(/*inside=*/false, id);
-  if (status == ERROR_FILE_NOT_FOUND && scratch.path.empty()) status = ERROR_SUCCESS;
-  return status == ERROR_SUCCESS ? GiveHandle(place, id, arguments.rights, arguments.opened) : status;
+  if (status != ERROR_FILE_NOT_FOUND) return status;
+  status = place.store->ReadyToWrite();
+  if (status != ERROR_SUCCESS) return status;
+  Batch batch(*place.store);
+  status = batch.Status();
+  if (status == ERROR_SUCCESS) status = AddKeys(place, path, class_name, id, made);
+  return status == ERROR_SUCCESS ? batch.Commit() : status;
 }
+
+}  // namespace
 
 LSTATUS CreateKey(Scope& scope, HKEY key, LPCWSTR path, LPCWSTR class_name, const OpenArguments& arguments,
                   DWORD* disposition) {
@@ -282,22 +309,17 @@ LSTATUS CreateKey(Scope& scope, HKEY key, LPCWSTR path, LPCWSTR class_name, cons
   if (!arguments.opened || arguments.options != 0 || AsksForBothViews(arguments.rights)) return ERROR_INVALID_PARAMETER;
   Place place;
   if (const LSTATUS status = place.Find(scope, key, path)) return status;
-  const std::lock_guard lock(place.store->Mutex());
-  std::int64_t id = kRootId;
-  LSTATUS status = place.store->ReadyToRead();
-  if (status == ERROR_SUCCESS) status = place.FindId(/*inside=*/false, id);
-  const bool missing = status == ERROR_FILE_NOT_FOUND;
-  if (missing) {
-    status = place.store->ReadyToWrite();
+  KeyRef opened{place.store, kRootId, 0};
+  bool made = false;
+  {
+    const std::lock_guard lock(place.store->Mutex());
+    LSTATUS status = FindOrAddKey(place, path, class_name, opened.id, made);
+    if (status == ERROR_SUCCESS) status = Grant(*place.store, arguments.rights, opened.rights);
     if (status != ERROR_SUCCESS) return status;
-    Batch batch(*place.store);
-    status = batch.Status();
-    if (status == ERROR_SUCCESS) status = AddKeys(place, path, class_name, id);
-    if (status == ERROR_SUCCESS) status = batch.Commit();
   }
-  if (status == ERROR_SUCCESS) status = GiveHandle(place, id, arguments.rights, arguments.opened);
-  if (status == ERROR_SUCCESS && disposition) *disposition = missing ? REG_CREATED_NEW_KEY : REG_OPENED_EXISTING_KEY;
-  return status;
+  *arguments.opened = NewHandle(opened, scratch.path);
+  if (disposition) *disposition = made ? REG_CREATED_NEW_KEY : REG_OPENED_EXISTING_KEY;
+  return ERROR_SUCCESS;
 }
 
 LSTATUS DeleteKey(Scope& scope, HKEY key, LPCWSTR path, REGSAM rights) {
@@ -314,7 +336,7 @@ LSTATUS DeleteKey(Scope& scope, HKEY key, LPCWSTR path, REGSAM rights) {
   Batch batch(*place.store);
   status = batch.Status();
   if (status == ERROR_SUCCESS) status = place.FindId(/*inside=*/true, id);
-  if (status == ERROR_SUCCESS && Query(*place.store, kHasSubKey).Add(id).Next()) status = ERROR_ACCESS_DENIED;
+  if (status == ERROR_SUCCESS) status = CheckNoSubKeys(*place.store, id);
   if (status == ERROR_SUCCESS) status = Query(*place.store, kDeleteValues).Add(id).Run();
   if (status == ERROR_SUCCESS) status = Query(*place.store, kDeleteKey).Add(id).Run();
   return status == ERROR_SUCCESS ? batch.Commit() : status;
@@ -388,6 +410,7 @@ LSTATUS RegQueryInfoKeyW(HKEY key, LPWSTR className, DWORD* classUnits, DWORD* r
   LSTATUS status = use.ReadyToRead();
   if (status == ERROR_SUCCESS) {
     Batch batch(use.InStore(), /*reading=*/true);
+    if (batch.Status() != ERROR_SUCCESS) return batch.Status();
     Query info(use.InStore(), kKeyInfo);
     if (!info.Add(use.Id()).Next()) return info.Status() == ERROR_SUCCESS ? ERROR_KEY_DELETED : info.Status();
     class_text = info.Text(0);

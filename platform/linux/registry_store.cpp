@@ -19,6 +19,7 @@
 #include <ctime>
 #include <filesystem>
 #include <list>
+#include <random>
 #include <vector>
 
 namespace kvregistry {
@@ -108,6 +109,13 @@ LSTATUS StatusOfErrno(int error) {
   }
 }
 
+// Where a new hive's ids begin: elsewhere in each, so that a handle of a hive that was removed or replaced names no key
+// of the next one.
+std::int64_t FirstId() {
+  std::random_device random;
+  return std::int64_t{random()} << 8;
+}
+
 // The bytes of an empty hive, which lies in the mode of a write-ahead log from its first byte on.
 std::string EmptyHive() {
   sqlite3* memory = nullptr;
@@ -115,7 +123,8 @@ std::string EmptyHive() {
   if (sqlite3_open_v2(":memory:", &memory, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr) == SQLITE_OK &&
       sqlite3_exec(memory, kSchema, nullptr, nullptr, nullptr) == SQLITE_OK) {
     const std::string marks = "PRAGMA application_id = " + std::to_string(kApplicationId) +
-                              "; PRAGMA user_version = " + std::to_string(kFormat);
+                              "; PRAGMA user_version = " + std::to_string(kFormat) +
+                              "; UPDATE sqlite_sequence SET seq = " + std::to_string(FirstId());
     sqlite3_int64 size = 0;
     sqlite3_exec(memory, marks.c_str(), nullptr, nullptr, nullptr);
     if (unsigned char* image = sqlite3_serialize(memory, "main", &size, 0)) {
@@ -498,7 +507,11 @@ std::string HomeFolder() {
 
 std::string FolderOf(const FolderSource& source) {
   switch (source.kind) {
-    case 'r': return std::filesystem::absolute(source.text).string();
+    case 'r': {
+      std::error_code none;  // without a current folder a relative one is nowhere, and opening it tells
+      const std::string whole = std::filesystem::absolute(source.text, none).string();
+      return whole.empty() ? source.text : whole;
+    }
     case 'x': return source.text + "/kestrova/registry";
     case 'h': return (source.text.empty() ? HomeFolder() : source.text) + "/.config/kestrova/registry";
     default: return "/var/lib/kestrova/registry";

@@ -19,6 +19,29 @@ TEST_F(LinuxRegistry, HandlesGoOnInAForkedChild) {
   EXPECT_EQ(RegQueryValueExW(key, _T("child"), nullptr, nullptr, nullptr, nullptr), ERROR_SUCCESS);
 }
 
+// Each child is forked while other threads open and close keys, and uses the registry itself.
+TEST_F(LinuxRegistry, ForksAmongOpeningThreadsGoOn) {
+  ASSERT_EQ(Set(HKEY_CURRENT_USER, _T("a"), 1), ERROR_SUCCESS);
+  EXPECT_EQ(ExitCode(InChild([] {
+              alarm(60);  // a deadlock ends this child, and not the whole run
+              std::atomic<bool> stop = false;
+              std::vector<std::thread> threads;
+              for (int t = 0; t < 2; ++t) {
+                threads.emplace_back([&stop] {
+                  while (!stop) Open(HKEY_CURRENT_USER, KEY_READ);
+                });
+              }
+              bool good = true;
+              for (int i = 0; i < 300 && good; ++i) {
+                good = ExitCode(InChild([] { return Get(HKEY_CURRENT_USER, _T("a")) == 1; })) == 0;
+              }
+              stop = true;
+              for (std::thread& thread : threads) thread.join();
+              return good;
+            })),
+            0);
+}
+
 TEST_F(LinuxRegistry, EightProcessesLoseNothing) {
   constexpr int kProcesses = 8, kValues = 150;
   std::vector<pid_t> children;

@@ -67,7 +67,7 @@ inline std::string IntegrityOf(const std::filesystem::path& hive) {
 // Runs the body in a child process; true in it means success.
 inline pid_t InChild(const std::function<bool()>& body) {
   const pid_t child = fork();
-  if (child == 0) _exit(body() ? 0 : 1);
+  if (child == 0) _exit([&]() noexcept { return body() ? 0 : 1; }());
   return child;
 }
 inline int ExitCode(pid_t child) {

@@ -62,6 +62,27 @@ TEST_F(LinuxRegistry, WriteAfterTheHiveWasRemovedMakesANewOne) {
   EXPECT_TRUE(fs::exists(folder_ / "user.hive"));
 }
 
+TEST_F(LinuxRegistry, HandleOfARemovedHiveNamesNoKeyOfTheNextOne) {
+  Key kept;
+  ASSERT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, kPath, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &kept, nullptr), 0);
+  fs::remove_all(folder_);
+  ASSERT_EQ(Create(HKEY_CURRENT_USER, _T("Software\\Other")), ERROR_SUCCESS);
+  EXPECT_EQ(RegSetValueExW(kept, _T("a"), 0, REG_SZ, nullptr, 0), ERROR_KEY_DELETED);
+  EXPECT_EQ(RegQueryValueExW(kept, _T("a"), nullptr, nullptr, nullptr, nullptr), ERROR_KEY_DELETED);
+}
+
+TEST_F(LinuxRegistry, RelativeFolderWithoutACurrentOneIsAStatus) {
+  EXPECT_EQ(ExitCode(InChild([&] {
+              const ScratchFolder gone;
+              fs::current_path(gone.Path());
+              fs::remove(gone.Path());
+              UseRegistry("relative");
+              return Open(HKEY_CURRENT_USER, KEY_READ) == ERROR_FILE_NOT_FOUND &&
+                     Create(HKEY_CURRENT_USER) == ERROR_ACCESS_DENIED;
+            })),
+            0);
+}
+
 TEST_F(LinuxRegistry, DamagedHiveIsTold) {
   EXPECT_EQ(Set(HKEY_CURRENT_USER, _T("a"), 1), ERROR_SUCCESS);
   EXPECT_EQ(ExitCode(InChild([&] {  // brings the log into the hive
