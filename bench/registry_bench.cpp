@@ -39,6 +39,48 @@ void OpenSetClose(LPCTSTR name, DWORD number) {
   RegCloseKey(key);
 }
 
+// Walks through the sub-keys of a key by number; the peer steps one statement through the same rows.
+void BenchWalk(kvbench::Table& table, sqlite3* connection, int count) {
+  const auto path = NameOf(count);
+  HKEY key = nullptr;
+  const HANDLE transaction = CreateTransaction(nullptr, nullptr, 0, 0, 0, 0, nullptr);
+  RegCreateKeyTransactedW(HKEY_CURRENT_USER, path.c_str(), 0, nullptr, 0, KEY_READ, nullptr, &key, nullptr, transaction,
+                          nullptr);
+  for (int i = 0; i < count; ++i) {
+    HKEY made = nullptr;
+    RegCreateKeyTransactedW(key, NameOf(i).c_str(), 0, nullptr, 0, KEY_READ, nullptr, &made, nullptr, transaction,
+                            nullptr);
+    RegCloseKey(made);
+  }
+  RegCloseKey(key);
+  CommitTransaction(transaction);
+  CloseHandle(transaction);
+  RegOpenKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, KEY_READ, &key);
+  sqlite3_stmt* walk = nullptr;
+  sqlite3_prepare_v2(connection,
+                     "SELECT name FROM key WHERE parent = (SELECT id FROM key WHERE path = ?1) ORDER BY path", -1,
+                     &walk, nullptr);
+  const std::string folded = "\\VALUE" + std::to_string(count);
+  sqlite3_bind_text(walk, 1, folded.data(), int(folded.size()), SQLITE_STATIC);
+  table.Pair(
+      {.name = "walk through sub-keys",
+       .size = std::size_t(count),
+       .peer = "SQLite C interface, one statement",
+       .operations = std::size_t(count)},
+      [&] {
+        TCHAR name[256];
+        DWORD units = 256;
+        for (DWORD i = 0; RegEnumKeyExW(key, i, name, &units, nullptr, nullptr, nullptr, nullptr) == 0; ++i)
+          units = 256;
+      },
+      [&] {
+        while (sqlite3_step(walk) == SQLITE_ROW) kvbench::Keep(sqlite3_column_text(walk, 0));
+        sqlite3_reset(walk);
+      });
+  sqlite3_finalize(walk);
+  RegCloseKey(key);
+}
+
 }  // namespace
 
 int main() {
@@ -131,6 +173,7 @@ int main() {
           settings.setValue(QString("Debug/Value%1").arg(i), DWORD(i) + round);
         }
       });
+  for (const int count : {100, 1000, 10000}) BenchWalk(table, connection, count);
   sqlite3_finalize(read);
   sqlite3_finalize(write);
   sqlite3_close(connection);

@@ -25,9 +25,10 @@ constexpr Sql kDeleteBelow{S + 5, "DELETE FROM key WHERE path > ?1 || '\\' AND p
 constexpr Sql kDeleteValuesBelow{
     S + 6, "DELETE FROM value WHERE key IN (SELECT id FROM key WHERE path > ?1 || '\\' AND path < ?1 || ']')"};
 
-constexpr Sql kSubKeyAt{S + 7,
-                        "SELECT name, class, max(written, (SELECT coalesce(max(written), 0) FROM value WHERE key = id))"
-                        " FROM key WHERE parent = ?1 ORDER BY path LIMIT 1 OFFSET ?2"};
+constexpr Sql kSubKeyAt{
+    S + 7,
+    "SELECT name, class, max(written, (SELECT coalesce(max(written), 0) FROM value WHERE key = id)),"
+    " path FROM key WHERE parent = ?1 AND path >= ?3 ORDER BY path LIMIT 1 OFFSET ?2"};
 constexpr Sql kHasSubKey{S + 8, "SELECT 1 FROM key WHERE parent = ?1 LIMIT 1"};
 constexpr Sql kSubKeys{S + 9, "SELECT name, class FROM key WHERE parent = ?1"};
 constexpr Sql kKeyInfo{S + 10, "SELECT class, written FROM key WHERE id = ?1"};
@@ -42,7 +43,9 @@ constexpr Sql kWriteValue{
     " ON CONFLICT(key, folded) DO UPDATE SET type = excluded.type, data = excluded.data, written = excluded.written"};
 constexpr Sql kDeleteValue{S + 13, "DELETE FROM value WHERE key = ?1 AND folded = ?2"};
 constexpr Sql kDeleteValues{S + 14, "DELETE FROM value WHERE key = ?1"};
-constexpr Sql kValueAt{S + 15, "SELECT name, type, data FROM value WHERE key = ?1 ORDER BY number LIMIT 1 OFFSET ?2"};
+constexpr Sql kValueAt{S + 15,
+                       "SELECT name, type, data, number FROM value WHERE key = ?1 AND number >= ?3"
+                       " ORDER BY number LIMIT 1 OFFSET ?2"};
 constexpr Sql kValues{S + 16, "SELECT name, length(data), written FROM value WHERE key = ?1"};
 static_assert(S + 16 < kSqlSlots);
 
@@ -116,16 +119,13 @@ void GiveTime(std::int64_t time, FILETIME* out) {
 
 // ---- Results ----
 
-LSTATUS GiveText(std::string_view kept, LPWSTR out, DWORD* units) {
-  if (!out || !units) {
-    if (units) *units = UnitsOf(kept);
-    return ERROR_SUCCESS;
-  }
-  const DWORD length = UnitsOf(kept);
-  if (*units <= length) return ERROR_MORE_DATA;
-  Decode(kept, out);
-  *units = length;
-  return ERROR_SUCCESS;
+// Whether a text fits a caller's buffer; so does one that isn't asked for.
+bool Fits(std::string_view kept, LPCWSTR out, const DWORD* units) { return !out || UnitsOf(kept) < *units; }
+
+// Gives a text that fits, and its length.
+void GiveText(std::string_view kept, LPWSTR out, DWORD* units) {
+  if (units) *units = UnitsOf(kept);
+  if (out) Decode(kept, out);
 }
 
 LSTATUS GiveData(std::string_view data, BYTE* out, DWORD* bytes) {
@@ -168,13 +168,49 @@ class Use {
   std::unique_lock<std::mutex> lock_;
 };
 
+// Calls visit(type, data) with the value of the name in scratch.folded, which comes from memory if it is known there;
+// gives what visit gives, or why there is no value.
+template <class Visit>
+LSTATUS VisitValue(Use& use, Visit visit) {
+  Store& store = use.InStore();
+  if (const auto* known = store.RecallValue(use.Id(), scratch.folded)) {
+    return known->status == ERROR_SUCCESS ? visit(known->type, known->data) : known->status;
+  }
+  Query query(store, kReadValue);
+  if (query.Add(use.Id()).Add(scratch.folded).Next()) {
+    const DWORD type = DWORD(query.Number(0));
+    store.RememberValue(use.Id(), scratch.folded, ERROR_SUCCESS, type, query.Bytes(1));
+    return visit(type, query.Bytes(1));
+  }
+  if (query.Status() != ERROR_SUCCESS) return query.Status();
+  const LSTATUS missing = use.Missing(ERROR_FILE_NOT_FOUND);
+  if (missing == ERROR_FILE_NOT_FOUND) store.RememberValue(use.Id(), scratch.folded, missing, REG_NONE, {});
+  return missing;
+}
+
+// Steps to item number `index` of a key by a statement whose arguments are the key, how many items to skip, and the
+// place to begin at, which `add_place` adds. A walk goes on from the item given last; only where it goes back, or the
+// items may have other numbers by now, they are counted from the first one.
+template <class AddPlace>
+bool StepTo(Query& query, Use& use, Store::Position& last, DWORD index, AddPlace add_place) {
+  if (index > 0 && index >= last.index) {
+    add_place(query.Add(use.Id()).Add(index - last.index), last);
+    const bool found = query.Next();
+    if (query.Status() != ERROR_SUCCESS || use.InStore().LastContent() == last.content) return found;
+    query.Restart();
+  }
+  last = {};
+  add_place(query.Add(use.Id()).Add(std::int64_t{index}), last);
+  return query.Next();
+}
+
 // The id of a folded path, 0 for none. `inside` a batch nothing is taken from or left in memory.
 LSTATUS FindKey(Store& store, std::string_view path, bool inside, std::int64_t& id) {
-  id = path.empty() ? kRootId : inside ? -1 : store.Recall(path);
+  id = path.empty() ? kRootId : inside ? -1 : store.RecallKey(path);
   if (id >= 0) return ERROR_SUCCESS;
   Query query(store, kFindKey);
   id = query.Add(path).Next() ? query.Number(0) : 0;
-  if (query.Status() == ERROR_SUCCESS && !inside) store.Remember(path, id);
+  if (query.Status() == ERROR_SUCCESS && !inside) store.RememberKey(path, id);
   return query.Status();
 }
 
@@ -384,19 +420,24 @@ LSTATUS RegDeleteTreeW(HKEY key, LPCWSTR path) {
 
 LSTATUS RegEnumKeyExW(HKEY key, DWORD index, LPWSTR name, DWORD* nameUnits, DWORD* reserved, LPWSTR className,
                       DWORD* classUnits, FILETIME* written) {
-  if (reserved || !name || !nameUnits) return ERROR_INVALID_PARAMETER;
+  if (reserved || !name || !nameUnits || (className && !classUnits)) return ERROR_INVALID_PARAMETER;
   Use use(key, KEY_ENUMERATE_SUB_KEYS);
   LSTATUS status = use.ReadyToRead();
   if (status == ERROR_FILE_NOT_FOUND) return ERROR_NO_MORE_ITEMS;
   if (status != ERROR_SUCCESS) return status;
+  Store::Position& last = use.InStore().PositionIn(use.Id(), Store::Items::kSubKeys);
   Query query(use.InStore(), kSubKeyAt);
-  if (!query.Add(use.Id()).Add(std::int64_t(index)).Next()) {
-    return query.Status() == ERROR_SUCCESS ? use.Missing(ERROR_NO_MORE_ITEMS) : query.Status();
-  }
-  status = GiveText(query.Text(0), name, nameUnits);
-  if (status == ERROR_SUCCESS && className) status = GiveText(query.Text(1), className, classUnits);
-  if (status == ERROR_SUCCESS) GiveTime(query.Number(2), written);
-  return status;
+  const bool found = StepTo(query, use, last, index, [](Query& to, const Store::Position& from) {
+    scratch.path = from.path;  // what outlives the query
+    to.Add(scratch.path);
+  });
+  if (!found) return query.Status() == ERROR_SUCCESS ? use.Missing(ERROR_NO_MORE_ITEMS) : query.Status();
+  last = {index, std::string(query.Text(3)), 0, use.InStore().LastContent()};
+  if (!Fits(query.Text(0), name, nameUnits) || !Fits(query.Text(1), className, classUnits)) return ERROR_MORE_DATA;
+  GiveText(query.Text(0), name, nameUnits);
+  GiveText(query.Text(1), className, classUnits);
+  GiveTime(query.Number(2), written);
+  return ERROR_SUCCESS;
 }
 
 LSTATUS RegQueryInfoKeyW(HKEY key, LPWSTR className, DWORD* classUnits, DWORD* reserved, DWORD* subKeys,
@@ -429,7 +470,8 @@ LSTATUS RegQueryInfoKeyW(HKEY key, LPWSTR className, DWORD* classUnits, DWORD* r
     status = sub_keys.Status() != ERROR_SUCCESS ? sub_keys.Status() : all_values.Status();
   }
   if (status != ERROR_SUCCESS && status != ERROR_FILE_NOT_FOUND) return status;
-  status = GiveText(class_text, className, classUnits);
+  if (!Fits(class_text, className, classUnits)) return ERROR_MORE_DATA;
+  GiveText(class_text, className, classUnits);
   const auto give = [](DWORD* out, DWORD number) {
     if (out) *out = number;
   };
@@ -441,7 +483,7 @@ LSTATUS RegQueryInfoKeyW(HKEY key, LPWSTR className, DWORD* classUnits, DWORD* r
   give(maxValueBytes, data_bytes);
   give(securityBytes, 0);
   GiveTime(time, written);
-  return status;
+  return ERROR_SUCCESS;
 }
 
 // ---- Values ----
@@ -451,12 +493,10 @@ LSTATUS RegQueryValueExW(HKEY key, LPCWSTR name, DWORD* reserved, DWORD* type, B
   if (const LSTATUS status = FoldValueName(name)) return status;
   Use use(key, KEY_QUERY_VALUE);
   if (const LSTATUS status = use.ReadyToRead()) return status;
-  Query query(use.InStore(), kReadValue);
-  if (!query.Add(use.Id()).Add(scratch.folded).Next()) {
-    return query.Status() == ERROR_SUCCESS ? use.Missing(ERROR_FILE_NOT_FOUND) : query.Status();
-  }
-  if (type) *type = DWORD(query.Number(0));
-  return GiveData(query.Bytes(1), data, bytes);
+  return VisitValue(use, [&](DWORD stored_type, std::string_view stored) {
+    if (type) *type = stored_type;
+    return GiveData(stored, data, bytes);
+  });
 }
 
 LSTATUS RegSetValueExW(HKEY key, LPCWSTR name, DWORD reserved, DWORD type, const BYTE* data, DWORD bytes) {
@@ -464,13 +504,12 @@ LSTATUS RegSetValueExW(HKEY key, LPCWSTR name, DWORD reserved, DWORD type, const
   if (const LSTATUS status = FoldValueName(name)) return status;
   Use use(key, KEY_SET_VALUE);
   if (const LSTATUS status = use.ReadyToWrite()) return status;
-  {
-    // What stands there already needs no writing, as with most values when a whole tree is saved.
-    const std::string_view wanted(reinterpret_cast<const char*>(data), bytes);
-    Query old(use.InStore(), kReadValue);
-    old.Add(use.Id()).Add(scratch.folded);
-    if (old.Next() && DWORD(old.Number(0)) == type && old.Bytes(1) == wanted) return ERROR_SUCCESS;
-  }
+  // What stands there already needs no writing, as with most values when a whole tree is saved.
+  const std::string_view wanted(reinterpret_cast<const char*>(data), bytes);
+  const LSTATUS same = VisitValue(use, [&](DWORD stored_type, std::string_view stored) {
+    return stored_type == type && stored == wanted ? ERROR_SUCCESS : ERROR_MORE_DATA;
+  });
+  if (same == ERROR_SUCCESS) return ERROR_SUCCESS;
   scratch.name.clear();
   AppendName(scratch.name, name ? name : u"");
   Query write(use.InStore(), kWriteValue);
@@ -501,11 +540,14 @@ LSTATUS RegEnumValueW(HKEY key, DWORD index, LPWSTR name, DWORD* nameUnits, DWOR
   const LSTATUS ready = use.ReadyToRead();
   if (ready == ERROR_FILE_NOT_FOUND) return ERROR_NO_MORE_ITEMS;
   if (ready != ERROR_SUCCESS) return ready;
+  Store::Position& last = use.InStore().PositionIn(use.Id(), Store::Items::kValues);
   Query query(use.InStore(), kValueAt);
-  if (!query.Add(use.Id()).Add(std::int64_t(index)).Next()) {
-    return query.Status() == ERROR_SUCCESS ? use.Missing(ERROR_NO_MORE_ITEMS) : query.Status();
-  }
-  if (const LSTATUS status = GiveText(query.Text(0), name, nameUnits)) return status;
+  const bool found =
+      StepTo(query, use, last, index, [](Query& to, const Store::Position& from) { to.Add(from.number); });
+  if (!found) return query.Status() == ERROR_SUCCESS ? use.Missing(ERROR_NO_MORE_ITEMS) : query.Status();
+  last = {index, {}, query.Number(3), use.InStore().LastContent()};
+  if (!Fits(query.Text(0), name, nameUnits)) return ERROR_MORE_DATA;
+  GiveText(query.Text(0), name, nameUnits);
   if (type) *type = DWORD(query.Number(1));
   return GiveData(query.Bytes(2), data, bytes);
 }

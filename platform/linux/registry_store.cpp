@@ -60,7 +60,9 @@ constexpr const char* kSettings = R"(
   PRAGMA cell_size_check = ON;
 )";
 
-constexpr std::size_t kMostKnownKeys = 4096;
+constexpr std::size_t kMostKnown = 4096;      // keys, and values
+constexpr std::size_t kMostKnownBytes = 512;  // of a value
+constexpr std::size_t kMostPositions = 1024;  // more than a tree has levels
 constexpr int kLongestWait_us = 30'000'000;
 constexpr int kStep_us = 100;
 constexpr int kLongestStep_us = 3'000;
@@ -298,7 +300,11 @@ void Store::Abandon() {
   connection_ = nullptr;
   prepared_.fill(nullptr);
   log_head_ = nullptr;
+  known_change_ = {};
   known_keys_.clear();
+  known_values_.clear();
+  known_value_count_ = 0;
+  for (auto& positions : positions_) positions.clear();
   read_only_ = immutable_ = false;
   if (begun_) ended_ = true;
   begun_ = false;
@@ -307,7 +313,7 @@ void Store::Abandon() {
 // ---- What was found before ----
 
 // The shared index of the log begins with 48 bytes (documented as part of SQLite's file format) that every commit of
-// every process changes. While they stay, a key found before is where it was, without a look into the file.
+// every process changes. While they stay, what was found before is as it was, without a look into the file.
 void Store::FindLogHead() {
   constexpr int kRegionBytes = 32768;
   sqlite3_file* file = nullptr;
@@ -325,22 +331,59 @@ Store::Change Store::LastChange() const {
   return change;
 }
 
-std::int64_t Store::Recall(std::string_view path) {
-  if (!log_head_) return -1;
+// Whether nothing has changed since what is known was read. If not, it is forgotten.
+bool Store::IsAsKnown() {
+  if (!log_head_) return false;
   const Change change = LastChange();
-  if (change != known_change_) {
-    known_keys_.clear();
-    known_change_ = change;
-    return -1;
-  }
+  if (change == known_change_) return true;
+  known_keys_.clear();
+  known_values_.clear();
+  known_value_count_ = 0;
+  known_change_ = change;
+  return false;
+}
+
+std::int64_t Store::RecallKey(std::string_view path) {
+  if (!IsAsKnown()) return -1;
   const auto found = known_keys_.find(path);
   return found == known_keys_.end() ? -1 : found->second;
 }
 
-void Store::Remember(std::string_view path, std::int64_t id) {
+void Store::RememberKey(std::string_view path, std::int64_t id) {
   if (!log_head_ || LastChange() != known_change_) return;
-  if (known_keys_.size() >= kMostKnownKeys) known_keys_.clear();
+  if (known_keys_.size() >= kMostKnown) known_keys_.clear();
   known_keys_.emplace(path, id);
+}
+
+const Store::KnownValue* Store::RecallValue(std::int64_t key, std::string_view folded) {
+  if (!IsAsKnown()) return nullptr;
+  const auto values = known_values_.find(key);
+  if (values == known_values_.end()) return nullptr;
+  const auto found = values->second.find(folded);
+  return found == values->second.end() ? nullptr : &found->second;
+}
+
+void Store::RememberValue(std::int64_t key, std::string_view folded, LSTATUS status, DWORD type,
+                          std::string_view data) {
+  if (!log_head_ || data.size() > kMostKnownBytes || LastChange() != known_change_) return;
+  if (known_value_count_ >= kMostKnown) {
+    known_values_.clear();
+    known_value_count_ = 0;
+  }
+  known_value_count_ += known_values_[key].emplace(folded, KnownValue{status, type, std::string(data)}).second;
+}
+
+Store::Position& Store::PositionIn(std::int64_t key, Items items) {
+  auto& positions = positions_[items == Items::kValues];
+  if (positions.size() >= kMostPositions && !positions.contains(key)) positions.clear();
+  return positions[key];
+}
+
+Store::Content Store::LastContent() const {
+  Content content;
+  sqlite3_file_control(connection_, "main", SQLITE_FCNTL_DATA_VERSION, &content.file);
+  content.own_changes = sqlite3_total_changes(connection_);  // those of an open transaction, too
+  return content;
 }
 
 // ---- Statements ----
@@ -374,6 +417,12 @@ bool Query::Next() {
   if (result == SQLITE_ROW) return true;
   status_ = StatusOf(store_.Connection(), result);
   return false;
+}
+
+void Query::Restart() {
+  sqlite3_reset(statement_);
+  next_argument_ = 1;
+  status_ = ERROR_SUCCESS;
 }
 
 LSTATUS Query::Run() {

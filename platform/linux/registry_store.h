@@ -7,6 +7,7 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -59,9 +60,36 @@ class Store : public std::enable_shared_from_this<Store> {
   bool IsTransacted() const { return transacted_; }
 
   // The key of a folded path from memory, valid at this moment: its id, 0 for "no such key", -1 for "ask the file".
-  // Remember takes the answer found since then.
-  std::int64_t Recall(std::string_view path);
-  void Remember(std::string_view path, std::int64_t id);
+  // RememberKey takes the answer found since then.
+  std::int64_t RecallKey(std::string_view path);
+  void RememberKey(std::string_view path, std::int64_t id);
+  // The same for a key's value, whose reading gave 0 or ERROR_FILE_NOT_FOUND; null for "ask the file". What the pointer
+  // leads to lives until the store is used again.
+  struct KnownValue {
+    LSTATUS status = ERROR_SUCCESS;
+    DWORD type = REG_NONE;
+    std::string data;
+  };
+  const KnownValue* RecallValue(std::int64_t key, std::string_view folded);
+  void RememberValue(std::int64_t key, std::string_view folded, LSTATUS status, DWORD type, std::string_view data);
+
+  // Where a walk by number through one key's items stands: the item given last, its place in the items' order and, to
+  // tell whether the items have their numbers still, the content that it was read from.
+  struct Content {
+    unsigned file = 0;
+    int own_changes = 0;
+    bool operator==(const Content&) const = default;
+  };
+  struct Position {
+    std::int64_t index = 0;
+    std::string path;                                                // of a sub-key; "" is ahead of the first one
+    std::int64_t number = std::numeric_limits<std::int64_t>::min();  // of a value
+    Content content;
+  };
+  enum class Items { kSubKeys, kValues };
+  Position& PositionIn(std::int64_t key, Items items);
+  // The content that the statement executed last has seen.
+  Content LastContent() const;
 
   // Gives the connection up; the next use opens it anew. Ends an open transaction without its changes.
   void Close();
@@ -86,6 +114,7 @@ class Store : public std::enable_shared_from_this<Store> {
   bool WasReplaced();
   void FindLogHead();
   Change LastChange() const;
+  bool IsAsKnown();
 
   const Hive hive_;
   const std::string folder_;
@@ -99,7 +128,12 @@ class Store : public std::enable_shared_from_this<Store> {
   bool ended_ = false;
   const std::uint64_t* log_head_ = nullptr;
   Change known_change_{};
-  std::unordered_map<std::string, std::int64_t, TextHash, std::equal_to<>> known_keys_;
+  template <class Item>
+  using ByName = std::unordered_map<std::string, Item, TextHash, std::equal_to<>>;
+  ByName<std::int64_t> known_keys_;
+  std::unordered_map<std::int64_t, ByName<KnownValue>> known_values_;
+  std::size_t known_value_count_ = 0;
+  std::unordered_map<std::int64_t, Position> positions_[2];
 };
 
 // The store of a hive in the folder that the environment names at this moment.
@@ -126,6 +160,8 @@ class Query {
 
   // True at each row. False at the end, or on failure, which Status tells.
   bool Next();
+  // Begins anew, with other arguments.
+  void Restart();
   // For a statement without rows.
   LSTATUS Run();
   LSTATUS Status() const { return status_; }

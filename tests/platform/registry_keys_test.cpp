@@ -112,17 +112,29 @@ TEST_F(RegistryKeys, SubKeysComeInOrderOfTheirNamesWithoutCase) {
   EXPECT_EQ(SubKeys(), (std::vector<Text>{_T("10"), _T("9"), _T("A"), _T("ab"), _T("a_"), _T("b"), _T("C"), _T("_")}));
 }
 
-TEST_F(RegistryKeys, EnumerationSaysWhenTheNameDoesNotFit) {
-  ASSERT_EQ(Create(_T("Name")), ERROR_SUCCESS);
+TEST_F(RegistryKeys, EnumerationGivesNameAndClassOrNeither) {
+  Key made;
+  TCHAR class_text[] = _T("Class");
+  ASSERT_EQ(RegCreateKeyExW(key_, _T("Name"), 0, class_text, 0, KEY_READ, nullptr, &made, nullptr), 0);
+  struct {
+    DWORD units, class_units;
+    LSTATUS status;
+  } const rows[] = {{4, 6, ERROR_MORE_DATA}, {5, 5, ERROR_MORE_DATA}, {5, 6, ERROR_SUCCESS}};
+  for (const auto& row : rows) {
+    TCHAR name[8] = _T("before"), kind[8] = _T("before");
+    DWORD units = row.units, class_units = row.class_units;
+    EXPECT_EQ(RegEnumKeyExW(key_, 0, name, &units, nullptr, kind, &class_units, nullptr), row.status);
+    const bool fits = row.status == ERROR_SUCCESS;
+    EXPECT_EQ(Text(name), fits ? _T("Name") : _T("before"));
+    EXPECT_EQ(Text(kind), fits ? _T("Class") : _T("before"));
+    EXPECT_EQ(units, row.units - fits);
+    EXPECT_EQ(class_units, row.class_units - fits);
+  }
   TCHAR name[8];
-  DWORD units = 4;
-  EXPECT_EQ(RegEnumKeyExW(key_, 0, name, &units, nullptr, nullptr, nullptr, nullptr), ERROR_MORE_DATA);
-  units = 5;
-  EXPECT_EQ(RegEnumKeyExW(key_, 0, name, &units, nullptr, nullptr, nullptr, nullptr), ERROR_SUCCESS);
-  EXPECT_EQ(units, 4u);
-  EXPECT_EQ(Text(name), _T("Name"));
+  DWORD units = 8;
   EXPECT_EQ(RegEnumKeyExW(key_, 1, name, &units, nullptr, nullptr, nullptr, nullptr), ERROR_NO_MORE_ITEMS);
   EXPECT_EQ(RegEnumKeyExW(key_, 0, name, nullptr, nullptr, nullptr, nullptr, nullptr), ERROR_INVALID_PARAMETER);
+  EXPECT_EQ(RegEnumKeyExW(key_, 0, name, &units, nullptr, name, nullptr, nullptr), ERROR_INVALID_PARAMETER);
 }
 
 TEST_F(RegistryKeys, ThousandSubKeysInOneWalkAndByNumber) {
