@@ -41,7 +41,7 @@ using LPSECURITY_ATTRIBUTES = void*;
 // Make one level; ERROR_ALREADY_EXISTS (EEXIST) if anything of the name exists. A drive's own folder is made as needed.
 KVSHARE_API BOOL CreateDirectoryW(LPCWSTR path, LPSECURITY_ATTRIBUTES unused);
 KVSHARE_API int _wmkdir(LPCWSTR path);
-// Removes an empty folder.
+// Removes an empty folder; ERROR_DIRECTORY for a file.
 KVSHARE_API BOOL RemoveDirectoryW(LPCWSTR path);
 
 // ---- whole files

@@ -5,6 +5,8 @@
 #include <cstdio>
 
 #include "platform/linux/errno_status.h"
+#include "platform/locale.h"
+#include "platform/registry.h"
 
 namespace {
 
@@ -84,6 +86,17 @@ constexpr Words kWords[] = {
     {ERROR_RESOURCE_DATA_NOT_FOUND, "the library has no resources"},
     {ERROR_RESOURCE_NAME_NOT_FOUND, "the library has no such resource"},
     {ERROR_CANT_RESOLVE_FILENAME, "the links of the path lead in a circle"},
+    {ERROR_ENVVAR_NOT_FOUND, "no such environment variable"},
+    {ERROR_INVALID_FLAGS, "a flag is not valid"},
+    {ERROR_MORE_DATA, "there is more data than room"},
+    {ERROR_NO_MORE_ITEMS, "there are no more items"},
+    {ERROR_BAD_PATHNAME, "a key's path begins with a backslash"},
+    {ERROR_BADKEY, "there is no name of a key"},
+    {ERROR_KEY_DELETED, "the key was deleted meanwhile"},
+    {ERROR_BADDB, "the registry's file is damaged"},
+    {ERROR_REGISTRY_IO_FAILED, "reading or writing the registry's file failed"},
+    {ERROR_BUSY, "others kept writing to the registry"},
+    {ERROR_TRANSACTION_NOT_ACTIVE, "the transaction has ended"},
 };
 
 }  // namespace

@@ -134,7 +134,10 @@ int _wmkdir(LPCWSTR path) { return CResult(MakeFolder(path)); }
 
 BOOL RemoveDirectoryW(LPCWSTR path) {
   const std::string system = SystemPathFromProduct(path);
-  return rmdir(system.c_str()) == 0 || FailForPath(errno == ENOTDIR ? EINVAL : errno, system);
+  if (rmdir(system.c_str()) == 0) return TRUE;
+  const int code = errno;
+  const bool is_other = code == ENOTDIR && access(system.c_str(), F_OK) == 0;
+  return is_other ? FailWithStatus(ERROR_DIRECTORY) : FailForPath(code, system);
 }
 
 // ---- whole files

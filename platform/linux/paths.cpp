@@ -3,7 +3,6 @@
 
 #include <dirent.h>
 #include <fcntl.h>
-#include <pwd.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -14,6 +13,7 @@
 
 #include "platform/errors.h"
 #include "platform/linux/drives.h"
+#include "platform/linux/user.h"
 #include "platform/linux/utf8.h"
 #include "platform/text.h"
 
@@ -31,11 +31,7 @@ std::string UserDataFolder() {
   if (data && *data == '/') return data;
   const char* home = std::getenv("HOME");
   if (home && *home) return std::string(home) + "/.local/share";
-  passwd entry = {};
-  passwd* found = nullptr;
-  std::vector<char> texts(4096);
-  while (getpwuid_r(getuid(), &entry, texts.data(), texts.size(), &found) == ERANGE) texts.resize(texts.size() * 2);
-  return std::string(found ? found->pw_dir : "") + "/.local/share";
+  return EffectiveUser().home + "/.local/share";
 }
 
 bool Exists(const std::string& path) { return faccessat(AT_FDCWD, path.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0; }

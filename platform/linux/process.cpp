@@ -3,7 +3,6 @@
 #include "platform/process.h"
 
 #include <poll.h>
-#include <pwd.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -25,6 +24,7 @@ extern "C" {  // the header of older C libraries does not say so itself
 #include "platform/linux/command_line.h"
 #include "platform/linux/errno_status.h"
 #include "platform/linux/handle_table.h"
+#include "platform/linux/user.h"
 #include "platform/linux/utf8.h"
 #include "platform/paths.h"
 #include "platform/threads.h"
@@ -47,12 +47,7 @@ BOOL SetEnvironmentVariableW(LPCWSTR name, LPCWSTR value) {
 // ---- identity
 
 BOOL GetUserNameW(LPWSTR buffer, LPDWORD units) {
-  passwd entry = {};
-  passwd* found = nullptr;
-  std::vector<char> texts(1024);
-  while (getpwuid_r(geteuid(), &entry, texts.data(), texts.size(), &found) == ERANGE) texts.resize(texts.size() * 2);
-  // A user without an entry, as in a container, goes by the number.
-  const std::u16string name = WideFromUtf8(found ? std::string(found->pw_name) : std::to_string(geteuid()));
+  const std::u16string name = WideFromUtf8(EffectiveUser().name);
   const bool fits = CopyToBuffer(name, buffer, *units) == name.size();
   *units = DWORD(name.size() + 1);
   return fits || FailWithStatus(ERROR_INSUFFICIENT_BUFFER);
@@ -99,6 +94,12 @@ class Process : public HandleObject {
   }
 
   bool HasEnded() const { return Wait(0) > 0; }
+
+  // Whether the system has forgotten it, so that its number may be another process's by now.
+  bool IsCollected() {
+    const std::lock_guard guard(lock_);
+    return exit_code_.has_value();
+  }
 
   // As poll: above 0 if it has ended, 0 at the end of the time, below 0 on failure.
   int Wait(int milliseconds) const {
@@ -159,8 +160,9 @@ BOOL CreateProcessW(LPCWSTR application, LPWSTR commandLine, void*, void*, BOOL,
   if (words.empty() || environment || !information) return FailWithStatus(ERROR_INVALID_PARAMETER);
   if (application && !commandLine) words = {Utf8FromWide(application)};
   const std::u16string named = application ? application : WideFromUtf8(words.front());
-  // A name without a folder is looked for in PATH and not in the current folder.
-  const std::string program = SystemPathFromProduct(named.c_str());
+  // A name without a folder is looked for in PATH, as it is: the current folder has no say, not even in its case.
+  const bool has_folder = named.find_first_of(u"\\/:") != named.npos;
+  const std::string program = has_folder ? SystemPathFromProduct(named.c_str()) : Utf8FromWide(named);
   pid_t id = 0;
   Children& children = TheChildren();
   std::unique_lock guard(children.lock);
@@ -183,9 +185,10 @@ HANDLE OpenProcess(DWORD, BOOL, DWORD id) {
   Children& children = TheChildren();
   const std::lock_guard guard(children.lock);
   const auto held = children.held.find(pid_t(id));
-  if (held != children.held.end())
-    if (auto process = held->second.lock()) return AddHandle(std::move(process));
+  const auto child = held == children.held.end() ? nullptr : held->second.lock();
+  if (child && !child->IsCollected()) return AddHandle(child);
   const int descriptor = id != 0 && id <= INT32_MAX ? pidfd_open(pid_t(id), 0) : -1;
+  if (descriptor < 0 && child) return AddHandle(child);
   if (descriptor >= 0) return AddHandle(std::make_shared<Process>(pid_t(id), descriptor, /*ours=*/false));
   SetLastError(errno == EMFILE ? ERROR_TOO_MANY_OPEN_FILES : ERROR_INVALID_PARAMETER);
   return nullptr;

@@ -8,7 +8,6 @@
 
 #include <fcntl.h>
 #include <pthread.h>
-#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -21,6 +20,8 @@
 #include <list>
 #include <random>
 #include <vector>
+
+#include "platform/linux/user.h"
 
 namespace kvregistry {
 
@@ -549,11 +550,6 @@ const char* Variable(const char* name) {
   return text && *text ? text : nullptr;
 }
 
-std::string HomeFolder() {
-  const passwd* user = getpwuid(getuid());
-  return user && user->pw_dir ? user->pw_dir : "/";
-}
-
 std::string FolderOf(const FolderSource& source) {
   switch (source.kind) {
     case 'r': {
@@ -562,7 +558,7 @@ std::string FolderOf(const FolderSource& source) {
       return whole.empty() ? source.text : whole;
     }
     case 'x': return source.text + "/kestrova/registry";
-    case 'h': return (source.text.empty() ? HomeFolder() : source.text) + "/.config/kestrova/registry";
+    case 'h': return (source.text.empty() ? EffectiveUser().home : source.text) + "/.config/kestrova/registry";
     default: return "/var/lib/kestrova/registry";
   }
 }

@@ -21,6 +21,7 @@ namespace {
 
 constexpr std::size_t kCollected = 64 * 1024;
 constexpr int kTries = 100;
+constexpr std::size_t kMostNameBytes = 200;  // of the target's name in that of the file beside it
 
 // The file behind a link, so that the link stays one. A link to nothing yet is followed as far as it can be told.
 std::string BehindLinks(const std::string& path) {
@@ -61,9 +62,11 @@ struct SafeFile::State {
   // Makes the temporary file, with the rights of the file that it will replace.
   bool Open() {
     if (const int refusal = RefusalToWrite(target)) return Fail(refusal);
+    // A name that is as long as names may be leaves no room for more.
+    const std::string beside = target.substr(0, target.rfind('/') + 1 + kMostNameBytes);
     std::random_device random;
     for (int i = 0; i < kTries && descriptor < 0; ++i) {
-      temporary = target + '~' + std::to_string(random()) + ".tmp";
+      temporary = beside + '~' + std::to_string(random()) + ".tmp";
       descriptor = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
       if (descriptor < 0 && errno != EEXIST) break;
     }

@@ -84,6 +84,9 @@ TEST_F(Files, FoldersAreMadeOneLevelAtATime) {
   EXPECT_FALSE(DeleteFileW(At("a/b").c_str()));
   EXPECT_EQ(GetLastError(), DWORD(ERROR_ACCESS_DENIED));
   EXPECT_TRUE(RemoveDirectoryW(At("a/b").c_str()));
+  folder.Write("file", "x");
+  EXPECT_FALSE(RemoveDirectoryW(At("file").c_str()));
+  EXPECT_EQ(GetLastError(), DWORD(ERROR_DIRECTORY));
 }
 
 TEST_F(Files, MoveReplacesOnlyWhenAsked) {

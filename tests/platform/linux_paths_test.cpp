@@ -105,6 +105,12 @@ TEST_F(Safe, ReplacesAtOnceAndKeepsRightsAndLinks) {
   EXPECT_EQ(Names().size(), 2U);
 }
 
+TEST_F(Safe, TakesTheLongestNames) {
+  const std::string name(250, 'n');
+  EXPECT_EQ(WriteFileSafely((u"C:\\" + std::u16string(250, 'n')).c_str(), "x"), ERROR_SUCCESS);
+  EXPECT_EQ(kvtest::ReadFile(Drive("/" + name)), "x");
+}
+
 TEST_F(Safe, WithoutCommitNothingChanged) {
   folder.Write("drive/f", "old");
   {

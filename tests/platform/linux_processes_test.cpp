@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <fstream>
 #include <thread>
 
 #include "platform/process.h"
@@ -70,6 +71,37 @@ TEST_F(OtherProcess, StartingFailsForWhatIsNoProgram) {
   EXPECT_FALSE(Start(folder.Path().u16string() + u"/plain"));
   EXPECT_EQ(GetLastError(), DWORD(ERROR_ACCESS_DENIED));
   EXPECT_FALSE(Start(u"   "));
+}
+
+TEST_F(OtherProcess, IsLookedForByItsNameAsItIs) {
+  const auto before = std::filesystem::current_path();
+  std::filesystem::current_path(folder.Path());
+  folder.Write("SH", "another name");
+  EXPECT_TRUE(Start(u"sh -c true"));
+  std::filesystem::current_path(before);
+}
+
+// A handle of a process that has gone is open while its number comes up again.
+TEST_F(OtherProcess, NumberUsedAgainNamesTheNewProcess) {
+  ASSERT_TRUE(Start(u"true"));
+  ASSERT_EQ(WaitForSingleObject(info.hProcess, INFINITE), WAIT_OBJECT_0);
+  EXPECT_EQ(ExitCode(), 0U);
+  for (int i = 0; i < 100; ++i) {  // others take numbers too
+    std::ofstream("/proc/sys/kernel/ns_last_pid") << info.dwProcessId - 1;
+    const pid_t child = fork();
+    if (child == 0) {
+      pause();
+      _exit(0);
+    }
+    const bool same = DWORD(child) == info.dwProcessId;
+    const HANDLE found = OpenProcess(SYNCHRONIZE, FALSE, DWORD(child));
+    EXPECT_EQ(WaitForSingleObject(found, 0), WAIT_TIMEOUT);
+    CloseHandle(found);
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+    if (same) return;
+  }
+  GTEST_SKIP() << "the system doesn't let this user choose a number";
 }
 
 TEST_F(OtherProcess, OfAnotherParentCanBeWaitedForAndEnded) {
