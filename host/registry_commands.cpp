@@ -12,6 +12,7 @@
 #include "platform/errors.h"
 #include "platform/files.h"
 #include "platform/safe_file.h"
+#include "share/settings/open_key.h"
 #include "share/settings/registry_text.h"
 
 namespace kestrova {
@@ -165,37 +166,17 @@ std::string Shown(const Text& value_name) { return value_name.empty() ? "(Defaul
 
 // ---- The registry ----
 
-[[noreturn]] void Fail(LSTATUS status, const KeyName& key) {
-  const std::string name = ToUtf8(registry_text::FullName(key));
-  if (status == ERROR_FILE_NOT_FOUND) throw Failure(fmt::format("there is no key {}; check the name", name));
-  throw Failure(fmt::format("{}: {}", name, ErrorText(DWORD(status))));
-}
+std::string TextOf(const registry_text::Error& error) { return fmt::format("{}; {}", error.reason, error.remedy); }
 
 void Check(LSTATUS status, const KeyName& key) {
-  if (status != ERROR_SUCCESS) Fail(status, key);
+  if (status != ERROR_SUCCESS) throw Failure(TextOf(registry_text::ErrorOf(status, key)));
 }
 
-class OpenKey {
- public:
-  OpenKey(const KeyName& key, REGSAM rights) { Check(Open(key, rights), key); }
-  OpenKey() = default;
-  ~OpenKey() {
-    if (handle_) RegCloseKey(handle_);
-  }
-  OpenKey(const OpenKey&) = delete;
-  OpenKey& operator=(const OpenKey&) = delete;
-  LSTATUS Open(const KeyName& key, REGSAM rights) {
-    return RegOpenKeyExW(key.hive, key.path.c_str(), 0, rights, &handle_);
-  }
-  void Create(const KeyName& key) {
-    Check(RegCreateKeyExW(key.hive, key.path.c_str(), 0, nullptr, 0, KEY_READ | KEY_WRITE, nullptr, &handle_, nullptr),
-          key);
-  }
-  HKEY Handle() const { return handle_; }
-
- private:
-  HKEY handle_ = nullptr;
-};
+OpenKey Open(const KeyName& key, REGSAM rights) {
+  OpenKey open;
+  Check(RegOpenKeyExW(key.hive, key.path.c_str(), 0, rights, open.Receive()), key);
+  return open;
+}
 
 // What a key holds, or the one value of the name.
 struct KeyContent {
@@ -212,7 +193,7 @@ std::vector<RegistryValue> ReadValues(const KeyName& key, HKEY handle) {
     const LSTATUS status =
         RegEnumValueW(handle, DWORD(values.size()), name.data(), &units, nullptr, &type, data.data(), &size);
     if (status == ERROR_NO_MORE_ITEMS) return values;
-    if (status == ERROR_MORE_DATA) {
+    if (status == ERROR_MORE_DATA && size > data.size()) {
       data.resize(size);
     } else {
       Check(status, key);
@@ -249,13 +230,13 @@ KeyName Below(const KeyName& key, const Text& name) {
 
 // The key and, if asked for, all below it; with a name, only the keys that have that value.
 void Collect(const KeyName& key, const std::optional<Text>& name, bool below, std::vector<KeyContent>& contents) {
-  const OpenKey open(key, KEY_READ);
-  KeyContent content{key, {}, ReadSubKeys(key, open.Handle())};
+  const OpenKey open = Open(key, KEY_READ);
+  KeyContent content{key, {}, ReadSubKeys(key, open)};
   const std::vector<Text> sub_keys = content.sub_keys;
   RegistryValue value{name.value_or(Text()), REG_NONE, {}};
   if (!name) {
-    content.values = ReadValues(key, open.Handle());
-  } else if (ReadValue(open.Handle(), value)) {
+    content.values = ReadValues(key, open);
+  } else if (ReadValue(open, value)) {
     content.values.push_back(value);
   }
   if (!name || !content.values.empty()) contents.push_back(std::move(content));
@@ -335,30 +316,32 @@ void AddCommand(const Arguments& arguments) {
   if (separator.empty()) throw WrongUsage("/s needs a separator that is not empty");
   const std::vector<BYTE> data = DataFromText(*type, arguments.Get("d"), separator);
   OpenKey open;
-  open.Create(key);
+  Check(RegCreateKeyExW(key.hive, key.path.c_str(), 0, nullptr, 0, KEY_READ | KEY_WRITE, nullptr, open.Receive(),
+                        nullptr),
+        key);
   if (name) {
     RegistryValue old{*name, REG_NONE, {}};
-    if (!arguments.Has("f") && ReadValue(open.Handle(), old)) {
+    if (!arguments.Has("f") && ReadValue(open, old)) {
       const std::string what = fmt::format("Value {} exists, overwrite", Shown(*name));
       Confirm(what, fmt::format("value {} exists; add /f to overwrite it", Shown(*name)));
     }
-    Check(RegSetValueExW(open.Handle(), name->c_str(), 0, *type, data.data(), DWORD(data.size())), key);
+    Check(RegSetValueExW(open, name->c_str(), 0, *type, data.data(), DWORD(data.size())), key);
   }
   Done();
 }
 
 void DeleteValues(const KeyName& key, const std::optional<Text>& name) {
-  const OpenKey open(key, KEY_READ | KEY_SET_VALUE);
+  const OpenKey open = Open(key, KEY_READ | KEY_SET_VALUE);
   if (name) {
-    const LSTATUS status = RegDeleteValueW(open.Handle(), name->c_str());
+    const LSTATUS status = RegDeleteValueW(open, name->c_str());
     if (status == ERROR_FILE_NOT_FOUND) {
       throw Failure(fmt::format("there is no value {} in {}", Shown(*name), ToUtf8(registry_text::FullName(key))));
     }
     Check(status, key);
     return;
   }
-  for (const RegistryValue& value : ReadValues(key, open.Handle())) {
-    Check(RegDeleteValueW(open.Handle(), value.name.c_str()), key);
+  for (const RegistryValue& value : ReadValues(key, open)) {
+    Check(RegDeleteValueW(open, value.name.c_str()), key);
   }
 }
 
@@ -388,7 +371,7 @@ void ExportCommand(const Arguments& arguments) {
   const Text path = ProductPathFromSystem(file);
   std::string bytes;
   registry_text::Error error;
-  if (!registry_text::Write(key, bytes, error)) throw Failure(fmt::format("{}; {}", error.reason, error.remedy));
+  if (!registry_text::Write(key, bytes, error)) throw Failure(TextOf(error));
   if (!arguments.Has("y") && _waccess(path.c_str(), 0) == 0) {
     Confirm(fmt::format("File {} exists, overwrite", file), fmt::format("{} exists; add /y to overwrite it", file));
   }
@@ -420,8 +403,7 @@ void ImportCommand(const Arguments& arguments) {
   registry_text::Error error;
   if (!registry_text::Parse(ReadForImport(file), steps, error) || !registry_text::Apply(steps, error)) {
     const std::string place = error.line > 0 ? fmt::format("{}:{}", file, error.line) : file;
-    const std::string remedy = error.remedy.empty() ? "" : "; " + error.remedy;
-    throw Failure(fmt::format("{}: {}{}; nothing was imported", place, error.reason, remedy));
+    throw Failure(fmt::format("{}: {}; nothing was imported", place, TextOf(error)));
   }
   Done();
 }

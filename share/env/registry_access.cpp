@@ -4,6 +4,7 @@
 #include <array>
 
 #include "share/env/registry_keys.h"
+#include "share/settings/open_key.h"
 #include "share/settings/settings_key.h"
 
 namespace {
@@ -11,42 +12,26 @@ namespace {
 constexpr DWORD kTextBufferBytes = 2000;
 constexpr DWORD kNameUnits = 2048;
 
-// An opened registry key, closed at the end of the scope.
-class OpenKey {
- public:
-  OpenKey(HKEY hive, LPCTSTR path, REGSAM rights) { status_ = RegOpenKeyExW(hive, path, 0, rights, &handle_); }
-  ~OpenKey() {
-    if (handle_) RegCloseKey(handle_);
-  }
-  OpenKey(const OpenKey&) = delete;
-  OpenKey& operator=(const OpenKey&) = delete;
+// Reads a value into a buffer of that many bytes.
+bool Read(HKEY key, LPCTSTR name, void* buffer, DWORD bytes) {
+  return RegQueryValueExW(key, name, nullptr, nullptr, static_cast<BYTE*>(buffer), &bytes) == ERROR_SUCCESS;
+}
 
-  void Create(HKEY hive, LPCTSTR path, REGSAM rights) {
-    TCHAR noClass[] = _T("");
-    DWORD disposition = 0;
-    status_ = RegCreateKeyExW(hive, path, 0, noClass, REG_OPTION_NON_VOLATILE, rights, nullptr, &handle_, &disposition);
-  }
-  LSTATUS Status() const { return status_; }
-  HKEY Handle() const { return handle_; }
+// Reads a text that fits the buffer; its last unit stays a terminator.
+template <std::size_t kUnits>
+CString ReadText(HKEY key, LPCTSTR name) {
+  std::array<TCHAR, kUnits> buffer = {};
+  if (!Read(key, name, buffer.data(), DWORD(kUnits * sizeof(TCHAR)))) return CString();
+  buffer.back() = 0;  // a text as long as the buffer may come without one
+  return CString(buffer.data());
+}
 
-  // Reads into a buffer of that many bytes.
-  bool Read(LPCTSTR name, void* buffer, DWORD bytes) const {
-    return status_ == ERROR_SUCCESS &&
-           RegQueryValueExW(handle_, name, nullptr, nullptr, static_cast<BYTE*>(buffer), &bytes) == ERROR_SUCCESS;
-  }
-  // Reads a text that fits the buffer; its last unit stays a terminator.
-  template <std::size_t kUnits>
-  CString ReadText(LPCTSTR name) const {
-    std::array<TCHAR, kUnits> buffer = {};
-    if (!Read(name, buffer.data(), DWORD(kUnits * sizeof(TCHAR)))) return CString();
-    buffer.back() = 0;  // a text as long as the buffer may come without one
-    return CString(buffer.data());
-  }
-
- private:
-  HKEY handle_ = nullptr;
-  LSTATUS status_;
-};
+// A key that is not open for what it is wanted for is none.
+OpenKey Open(HKEY hive, LPCTSTR path, REGSAM rights) {
+  OpenKey key;
+  RegOpenKeyExW(hive, path, 0, rights, key.Receive());
+  return key;
+}
 
 // Reads one value through a settings key; what isn't there keeps the default.
 template <class Value>
@@ -65,32 +50,33 @@ int GetRegSettingDwordValue(HKEY hive, const CString& path, const CString& name)
 
 int GetRegSettingDwordValue(HKEY hive, const CString& path, const CString& name, int* found) {
   int value = 0;
-  const bool read = OpenKey(hive, path, KEY_QUERY_VALUE).Read(name, &value, sizeof value);
+  const bool read = Read(Open(hive, path, KEY_QUERY_VALUE), name, &value, sizeof value);
   if (found) *found = read;
   return read ? value : 1;  // 1 for a missing value is required
 }
 
 void SetRegSettingDwordValue(HKEY hive, const CString& path, const CString& name, int value) {
-  OpenKey key(hive, path, KEY_WRITE);
-  if (key.Status() == ERROR_FILE_NOT_FOUND) key.Create(hive, path, KEY_WRITE);
-  if (key.Status() == ERROR_SUCCESS)
-    RegSetValueExW(key.Handle(), name, 0, REG_DWORD, reinterpret_cast<const BYTE*>(&value), sizeof value);
+  OpenKey key;
+  TCHAR noClass[] = _T("");
+  DWORD disposition = 0;
+  if (RegOpenKeyExW(hive, path, 0, KEY_WRITE, key.Receive()) == ERROR_FILE_NOT_FOUND)
+    RegCreateKeyExW(hive, path, 0, noClass, REG_OPTION_NON_VOLATILE, KEY_WRITE, nullptr, key.Receive(), &disposition);
+  if (key) RegSetValueExW(key, name, 0, REG_DWORD, reinterpret_cast<const BYTE*>(&value), sizeof value);
 }
 
 CString GetRegSettingStringValue(HKEY hive, const CString& path, const CString& name) {
-  return OpenKey(hive, path, KEY_QUERY_VALUE).ReadText<kTextBufferBytes / sizeof(TCHAR)>(name);
+  return ReadText<kTextBufferBytes / sizeof(TCHAR)>(Open(hive, path, KEY_QUERY_VALUE), name);
 }
 
 int SetRegistryValueForString(HKEY hive, const CString& path, const CString& name, const CString& value) {
-  const OpenKey key(hive, path, KEY_WRITE);
-  if (key.Status() != ERROR_SUCCESS) return 0;  // a missing key is not created: that is required
-  return RegSetValueExW(key.Handle(), name, 0, REG_SZ, reinterpret_cast<const BYTE*>(value.GetString()),
+  const OpenKey key = Open(hive, path, KEY_WRITE);
+  if (!key) return 0;  // a missing key is not created: that is required
+  return RegSetValueExW(key, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(value.GetString()),
                         DWORD(value.GetLength()) * sizeof(TCHAR)) == ERROR_SUCCESS;
 }
 
 void RegSettingDeleteValue(HKEY hive, const CString& path, const CString& name) {
-  const OpenKey key(hive, path, KEY_WRITE);
-  if (key.Status() == ERROR_SUCCESS) RegDeleteValueW(key.Handle(), name);
+  if (const OpenKey key = Open(hive, path, KEY_WRITE)) RegDeleteValueW(key, name);
 }
 
 int GetDebugRegistryVal(const CString& name, int defaultValue) {
@@ -121,23 +107,23 @@ int CheckAccessVersionInstalled(int officeVersion, int is32Bit) {
   path.Format(is32Bit == 1 ? _T("Software\\Wow6432Node\\Microsoft\\Office\\%d.0\\Access\\InstallRoot")
                            : _T("Software\\Microsoft\\Office\\%d.0\\Access\\InstallRoot"),
               officeVersion);
-  return OpenKey(HKEY_LOCAL_MACHINE, path, KEY_READ).Status() == ERROR_SUCCESS;
+  return Open(HKEY_LOCAL_MACHINE, path, KEY_READ) != nullptr;
 }
 
 CString GetAppInstallPathFromReg(const CString& displayName, int is32Bit, const CString& fileName) {
-  const OpenKey list(HKEY_LOCAL_MACHINE,
-                     is32Bit == 1 ? _T("Software\\Wow6432Node\\Microsoft\\Windows\\CurrentVersion\\Uninstall")
-                                  : _T("SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall"),
-                     KEY_READ);
-  if (list.Status() != ERROR_SUCCESS) return CString();
+  const OpenKey list = Open(HKEY_LOCAL_MACHINE,
+                            is32Bit == 1 ? _T("Software\\Wow6432Node\\Microsoft\\Windows\\CurrentVersion\\Uninstall")
+                                         : _T("SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall"),
+                            KEY_READ);
+  if (!list) return CString();
   TCHAR name[kNameUnits];
   DWORD units = kNameUnits;
-  for (DWORD i = 0; RegEnumKeyExW(list.Handle(), i, name, &units, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
+  for (DWORD i = 0; RegEnumKeyExW(list, i, name, &units, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
        ++i, units = kNameUnits) {
-    const OpenKey program(list.Handle(), name, KEY_READ);
-    CString displayed = program.ReadText<kNameUnits>(_T("DisplayName"));
+    const OpenKey program = Open(list, name, KEY_READ);
+    CString displayed = ReadText<kNameUnits>(program, _T("DisplayName"));
     if (!displayed.IsEmpty() && displayed.CompareNoCase(displayName) == 0)
-      return program.ReadText<kNameUnits>(_T("InstallLocation")) + fileName;
+      return ReadText<kNameUnits>(program, _T("InstallLocation")) + fileName;
   }
   return CString();
 }

@@ -23,7 +23,7 @@ inline constexpr std::size_t kMostSteps = 1'000'000;
 inline constexpr std::size_t kMostLineUnits = std::size_t{4} << 20;
 
 // Why a text or an operation was refused. line counts from 1; 0 means that no line of the text is to blame. The texts
-// are for people, in UTF-8: the reason without a stop at the end, and what to do about it (may be empty).
+// are for people, in UTF-8: the reason without a stop at the end, and what to do about it.
 struct Error {
   int line = 0;
   std::string reason;
@@ -42,6 +42,9 @@ KVSHARE_API bool ParseKeyName(std::basic_string_view<TCHAR> text, KeyName& key);
 
 // The full name, which begins with the hive's long name.
 KVSHARE_API std::basic_string<TCHAR> FullName(const KeyName& key);
+
+// The error for a registry call on a key that gave a status other than 0.
+KVSHARE_API Error ErrorOf(LSTATUS status, const KeyName& key, int line = 0);
 
 // One thing that a text asks for. name, type and data mean something for the kinds that speak of a value only.
 struct Step {

@@ -6,6 +6,7 @@
 #include "framework/text.h"
 #include "platform/errors.h"
 #include "platform/handles.h"
+#include "share/settings/open_key.h"
 #include "share/settings/registry_text.h"
 
 namespace registry_text {
@@ -16,30 +17,6 @@ using Text = std::basic_string<TCHAR>;
 using TextView = std::basic_string_view<TCHAR>;
 
 constexpr std::size_t kNameRoom = 16384;
-
-Error ErrorOf(LSTATUS status, int line, const KeyName& key) {
-  const std::string name = ToUtf8(FullName(key));
-  switch (status) {
-    case ERROR_FILE_NOT_FOUND: return {line, fmt::format("there is no key {}", name), "check the name"};
-    case ERROR_ACCESS_DENIED:
-      return {line, fmt::format("access to {} is denied", name), "run as a user who has the rights"};
-    default: return {line, fmt::format("{}: {}", name, ErrorText(DWORD(status))), ""};
-  }
-}
-
-// An open key, closed by its end.
-struct OpenKey {
-  HKEY handle = nullptr;
-
-  OpenKey() = default;
-  OpenKey(const OpenKey&) = delete;
-  OpenKey& operator=(const OpenKey&) = delete;
-  ~OpenKey() { Close(); }
-  void Close() {
-    if (handle) RegCloseKey(handle);
-    handle = nullptr;
-  }
-};
 
 // ---- Carrying out ----
 
@@ -58,8 +35,8 @@ class Import {
       case Step::Kind::kCreateKey: return Create(step.key);
       case Step::Kind::kDeleteKey: key_.Close(); return Missing(DeleteTree(step.key.hive, step.key.path));
       case Step::Kind::kSetValue:
-        return RegSetValueExW(key_.handle, step.name.c_str(), 0, step.type, step.data.data(), DWORD(step.data.size()));
-      case Step::Kind::kDeleteValue: return Missing(RegDeleteValueW(key_.handle, step.name.c_str()));
+        return RegSetValueExW(key_, step.name.c_str(), 0, step.type, step.data.data(), DWORD(step.data.size()));
+      case Step::Kind::kDeleteValue: return Missing(RegDeleteValueW(key_, step.name.c_str()));
     }
     return ERROR_INVALID_PARAMETER;
   }
@@ -73,8 +50,7 @@ class Import {
   static LSTATUS Missing(LSTATUS status) { return status == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : status; }
 
   LSTATUS Create(const KeyName& key) {
-    key_.Close();
-    return RegCreateKeyTransactedW(key.hive, key.path.c_str(), 0, nullptr, 0, KEY_SET_VALUE, nullptr, &key_.handle,
+    return RegCreateKeyTransactedW(key.hive, key.path.c_str(), 0, nullptr, 0, KEY_SET_VALUE, nullptr, key_.Receive(),
                                    nullptr, transaction_, nullptr);
   }
 
@@ -82,11 +58,11 @@ class Import {
   LSTATUS DeleteTree(HKEY hive, const Text& path) {
     OpenKey key;
     LSTATUS status =
-        RegOpenKeyTransactedW(hive, path.c_str(), 0, KEY_ENUMERATE_SUB_KEYS, &key.handle, transaction_, nullptr);
+        RegOpenKeyTransactedW(hive, path.c_str(), 0, KEY_ENUMERATE_SUB_KEYS, key.Receive(), transaction_, nullptr);
     while (status == ERROR_SUCCESS) {
       TCHAR name[256];
       DWORD units = 256;
-      status = RegEnumKeyExW(key.handle, 0, name, &units, nullptr, nullptr, nullptr, nullptr);
+      status = RegEnumKeyExW(key, 0, name, &units, nullptr, nullptr, nullptr, nullptr);
       if (status == ERROR_SUCCESS) status = DeleteTree(hive, path + TCHAR('\\') + name);
     }
     key.Close();
@@ -142,23 +118,23 @@ class Writer {
 
   bool WriteKey(const KeyName& key) {
     OpenKey open;
-    if (const LSTATUS status = RegOpenKeyExW(key.hive, key.path.c_str(), 0, KEY_READ, &open.handle)) {
-      return Fail(ErrorOf(status, 0, key));
+    if (const LSTATUS status = RegOpenKeyExW(key.hive, key.path.c_str(), 0, KEY_READ, open.Receive())) {
+      return Fail(ErrorOf(status, key));
     }
     Put(_T("\r\n["));
     Put(FullName(key));
     Put(_T("]\r\n"));
     LSTATUS status = ERROR_SUCCESS;
     for (DWORD i = 0; status == ERROR_SUCCESS; ++i) {
-      if (!WriteValue(key, open.handle, i, status)) return false;
+      if (!WriteValue(key, open, i, status)) return false;
     }
-    if (status != ERROR_NO_MORE_ITEMS) return Fail(ErrorOf(status, 0, key));
+    if (status != ERROR_NO_MORE_ITEMS) return Fail(ErrorOf(status, key));
     for (DWORD i = 0;; ++i) {
       TCHAR name[256];
       DWORD units = 256;
-      status = RegEnumKeyExW(open.handle, i, name, &units, nullptr, nullptr, nullptr, nullptr);
+      status = RegEnumKeyExW(open, i, name, &units, nullptr, nullptr, nullptr, nullptr);
       if (status == ERROR_NO_MORE_ITEMS) return true;
-      if (status != ERROR_SUCCESS) return Fail(ErrorOf(status, 0, key));
+      if (status != ERROR_SUCCESS) return Fail(ErrorOf(status, key));
       if (!CheckName(key, {name, units})) return false;
       if (!WriteKey({key.hive, key.path.empty() ? Text(name) : key.path + TCHAR('\\') + name})) return false;
     }
@@ -230,11 +206,22 @@ class Writer {
 
 }  // namespace
 
+Error ErrorOf(LSTATUS status, const KeyName& key, int line) {
+  const std::string name = ToUtf8(FullName(key));
+  switch (status) {
+    case ERROR_FILE_NOT_FOUND: return {line, fmt::format("there is no key {}", name), "check the name"};
+    case ERROR_ACCESS_DENIED:
+      return {line, fmt::format("access to {} is denied", name), "run as a user who has the rights"};
+    case ERROR_BADDB: return {line, fmt::format("{}: {}", name, ErrorText(ERROR_BADDB)), "put a copy in its place"};
+    default: return {line, fmt::format("{}: {}", name, ErrorText(DWORD(status))), "try again"};
+  }
+}
+
 bool Apply(const std::vector<Step>& steps, Error& error) {
   Import import;
   for (const Step& step : steps) {
     if (const LSTATUS status = import.Run(step)) {
-      error = ErrorOf(status, step.line, step.key);
+      error = ErrorOf(status, step.key, step.line);
       return false;
     }
   }

@@ -3,7 +3,7 @@
 #include <charconv>
 #include <cmath>
 
-#include "platform/registry.h"
+#include "share/settings/open_key.h"
 #include "share/settings/settings_key.h"
 #include "share/settings/settings_value.h"
 
@@ -12,28 +12,17 @@ namespace {
 // The longest text that a restore takes over, in bytes; a longer one counts as unreadable.
 constexpr DWORD kMostTextBytes = 0x1FFFFFFF;
 
-// A registry key opened by a settings key, closed at the end of the scope.
-class OpenedKey {
- public:
-  OpenedKey(QFSettingsKey* key, int create, int readOnly)
-      : handle_(key ? key->GetHandleToKey(create, readOnly) : nullptr) {}
-  ~OpenedKey() {
-    if (handle_) RegCloseKey(handle_);
-  }
-  OpenedKey(const OpenedKey&) = delete;
-  OpenedKey& operator=(const OpenedKey&) = delete;
+// The key's path, opened as saving or restoring does.
+OpenKey OpenForSaving(QFSettingsKey* key) {
+  return OpenKey(key ? key->GetHandleToKey(/*create=*/1, /*readOnly=*/0) : nullptr);
+}
+OpenKey OpenForRestoring(QFSettingsKey* key) {
+  return OpenKey(key ? key->GetHandleToKey(/*create=*/0, /*readOnly=*/1) : nullptr);
+}
 
-  LSTATUS Set(const CString& name, DWORD type, const void* bytes, DWORD size) const {
-    return RegSetValueExW(handle_, name, 0, type, static_cast<const BYTE*>(bytes), size);
-  }
-  LSTATUS Query(const CString& name, DWORD* type, void* bytes, DWORD* size) const {
-    if (!handle_) return ERROR_FILE_NOT_FOUND;
-    return RegQueryValueExW(handle_, name, nullptr, type, static_cast<BYTE*>(bytes), size);
-  }
-
- private:
-  HKEY handle_;
-};
+LSTATUS Query(const OpenKey& key, const CString& name, DWORD* type, void* bytes, DWORD* size) {
+  return RegQueryValueExW(key, name, nullptr, type, static_cast<BYTE*>(bytes), size);
+}
 
 // Reads numbers from a text in the manner of scanf: blanks ahead of a number are skipped, and the first number that
 // doesn't stand there ends the scan.
@@ -99,8 +88,7 @@ int QFSettingsValue::SaveValueToRegistry(QFSettingsKey*) { return 0; }
 int QFSettingsValue::RestoreValueFromRegistry(QFSettingsKey*) { return 0; }
 
 int QFSettingsValue::SaveBytes(QFSettingsKey* key, DWORD type, const void* bytes, DWORD size) const {
-  const OpenedKey opened(key, /*create=*/1, /*readOnly=*/0);
-  return opened.Set(m_Name, type, bytes, size) == ERROR_SUCCESS;
+  return RegSetValueExW(OpenForSaving(key), m_Name, 0, type, static_cast<const BYTE*>(bytes), size) == ERROR_SUCCESS;
 }
 
 int QFSettingsValue::SaveText(QFSettingsKey* key, const CString& text) const {
@@ -108,17 +96,16 @@ int QFSettingsValue::SaveText(QFSettingsKey* key, const CString& text) const {
 }
 
 int QFSettingsValue::RestoreBytes(QFSettingsKey* key, void* bytes, DWORD size) const {
-  const OpenedKey opened(key, /*create=*/0, /*readOnly=*/1);
-  return opened.Query(m_Name, nullptr, bytes, &size) == ERROR_SUCCESS;
+  return Query(OpenForRestoring(key), m_Name, nullptr, bytes, &size) == ERROR_SUCCESS;
 }
 
 int QFSettingsValue::RestoreText(QFSettingsKey* key, CString& text) const {
-  const OpenedKey opened(key, /*create=*/0, /*readOnly=*/1);
+  const OpenKey opened = OpenForRestoring(key);
   DWORD size = 0;
-  if (opened.Query(m_Name, nullptr, nullptr, &size) != ERROR_SUCCESS || size > kMostTextBytes) return 0;
+  if (Query(opened, m_Name, nullptr, nullptr, &size) != ERROR_SUCCESS || size > kMostTextBytes) return 0;
   // As many characters as bytes, cleared: a text stored without its terminator ends here all the same.
   std::u16string buffer(std::size_t(size) + 1, u'\0');
-  if (opened.Query(m_Name, nullptr, buffer.data(), &size) != ERROR_SUCCESS) return 0;
+  if (Query(opened, m_Name, nullptr, buffer.data(), &size) != ERROR_SUCCESS) return 0;
   text = buffer.c_str();
   return 1;
 }
@@ -222,13 +209,13 @@ int QFIntArrayValue::SaveValueToRegistry(QFSettingsKey* key) {
 }
 
 int QFIntArrayValue::RestoreValueFromRegistry(QFSettingsKey* key) {
-  const OpenedKey opened(key, /*create=*/0, /*readOnly=*/1);
+  const OpenKey opened = OpenForRestoring(key);
   DWORD type = 0;
   DWORD size = 0;
-  if (opened.Query(m_Name, &type, nullptr, &size) != ERROR_SUCCESS) return 0;
+  if (Query(opened, m_Name, &type, nullptr, &size) != ERROR_SUCCESS) return 0;
   if (type != REG_BINARY) return 1;  // required: another type counts as read and changes nothing
   std::vector<int> data((std::size_t(size) + sizeof(int) - 1) / sizeof(int));
-  if (size != 0 && opened.Query(m_Name, nullptr, data.data(), &size) != ERROR_SUCCESS) return 0;
+  if (size != 0 && Query(opened, m_Name, nullptr, data.data(), &size) != ERROR_SUCCESS) return 0;
   m_Data.SetSize(LONGLONG(size / sizeof(int)));
   for (LONGLONG i = 0; i < m_Data.GetSize(); ++i) m_Data[i] = data[std::size_t(i)];
   return 1;

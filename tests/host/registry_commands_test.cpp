@@ -1,5 +1,6 @@
 // kestrova reg as support staff uses it.
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 
 #include "platform/registry.h"
 #include "tests/host/run_command.h"
@@ -175,6 +176,25 @@ TEST_F(RegistryCommands, SaysWhatIsMissingOrWrong) {
   for (const auto& row : rows) {
     EXPECT_EQ(Reg(row.words), (RunResult{row.exit_code, "", "kestrova: " + row.line + "\n"}));
   }
+}
+
+// In a hive of its own: the command ends with one line whatever stands in the file.
+TEST_F(RegistryCommands, DamagedHiveIsToldInOneLine) {
+  const std::string before = std::getenv("KV_REGISTRY");
+  kvtest::UseRegistry(folder_.Path());
+  Reg({"add", "HKCU\\Software\\KvHost", "/v", "X", "/d", "1"});
+  sqlite3* connection = nullptr;
+  sqlite3_open((folder_.Path() / "user.hive").c_str(), &connection);
+  EXPECT_EQ(sqlite3_exec(connection, "UPDATE value SET name = printf('%.20000c', 'x')", nullptr, nullptr, nullptr), 0);
+  sqlite3_close(connection);
+  const std::string key = "kestrova: HKEY_CURRENT_USER\\Software\\KvHost: ";
+  EXPECT_EQ(Reg({"query", "HKCU\\Software\\KvHost"}),
+            (RunResult{1, "", key + "there is more data than room; try again\n"}));
+  folder_.Write("user.hive", "no hive");
+  const RunResult damaged = {1, "", key + "the registry's file is damaged; put a copy in its place\n"};
+  EXPECT_EQ(Reg({"query", "HKCU\\Software\\KvHost"}), damaged);
+  EXPECT_EQ(Reg({"export", "HKCU\\Software\\KvHost", (folder_.Path() / "out.reg").string()}), damaged);
+  kvtest::UseRegistry(before);
 }
 
 TEST_F(RegistryCommands, HelpShowsExamples) {
