@@ -8,8 +8,8 @@
 
 // ---- content
 
-HRESULT StreamContent::Open() {
-  if (located_ || !file_) return S_OK;
+HRESULT StreamContent::Open() const {
+  if (located_ || file_bytes_ == 0) return S_OK;
   const HRESULT result = file_->Locate(start_, file_bytes_, runs_);
   located_ = SUCCEEDED(result);
   return result;
@@ -111,6 +111,7 @@ HRESULT StreamContent::Resize(ULONGLONG bytes) {
 }
 
 HRESULT StreamContent::CopyTo(SafeFile& file) const {
+  if (const HRESULT result = Open(); FAILED(result)) return result;
   std::vector<BYTE> buffer;
   for (ULONGLONG at = 0; at < size_ && file.Status() == ERROR_SUCCESS; at += kChunk) {
     const std::size_t part = std::size_t(std::min<ULONGLONG>(kChunk, size_ - at));

@@ -20,8 +20,8 @@ class StreamContent {
       : file_(std::move(file)), start_(start), size_(bytes), file_bytes_(bytes) {}
 
   ULONGLONG Size() const { return size_; }
-  // Has to come ahead of the calls below. STG_E_DOCFILECORRUPT if the chain is broken.
-  HRESULT Open();
+  // Has to come ahead of Read, Write and Resize. STG_E_DOCFILECORRUPT if the chain is broken.
+  HRESULT Open() const;
   // The range lies within the stream.
   HRESULT Read(ULONGLONG at, void* target, std::size_t bytes) const;
   // Extends the stream as needed. What fails has written nothing.
@@ -42,10 +42,10 @@ class StreamContent {
 
   std::shared_ptr<const CompoundReader> file_;
   DWORD start_ = 0;
-  bool located_ = false;
   ULONGLONG size_ = 0;
   ULONGLONG file_bytes_ = 0;  // from here on nothing is the file's any more
-  std::vector<FileRun> runs_;
+  mutable bool located_ = false;
+  mutable std::vector<FileRun> runs_;
   std::vector<Chunk> chunks_;
 };
 
