@@ -152,10 +152,11 @@ TEST_F(LinuxCompoundFiles, KilledWriterLeavesTheOldFileOrTheNew) {
         *committed = number;
       }
     }
-    while (*committed < last + 1) usleep(100);  // the kill shall fall into a save
-    usleep(random() % 3000);
-    kill(child, SIGKILL);
     int status = 0;
+    while (*committed < last + 1 && waitpid(child, &status, WNOHANG) == 0) continue;
+    const auto moment = std::chrono::steady_clock::now() + std::chrono::microseconds(random() % 5000);
+    while (std::chrono::steady_clock::now() < moment) continue;  // into the next save
+    kill(child, SIGKILL);
     waitpid(child, &status, 0);
     ASSERT_TRUE(WIFSIGNALED(status)) << "round " << round;
     const Storage root = Open();
