@@ -292,6 +292,17 @@ CArchive& CArchive::operator>>(CString& text) {
   return *this;
 }
 
+bool CArchive::ReadIfEqual(const CString& text) {
+  const std::size_t length = std::size_t(text.GetLength());
+  const std::size_t bytes = length * sizeof(TCHAR);
+  if (length >= 0xFF || std::size_t(m_pInEnd - m_pIn) < bytes + 4) return false;
+  const BYTE head[4] = {0xFF, 0xFE, 0xFF, BYTE(length)};
+  if (std::memcmp(m_pIn, head, sizeof head) != 0) return false;
+  if (std::memcmp(m_pIn + sizeof head, text.GetString(), bytes) != 0) return false;
+  m_pIn += sizeof head + bytes;
+  return true;
+}
+
 void CArchive::WriteCount(ULONGLONG count) {
   if (count < 0xFFFF) {
     *this << WORD(count);

@@ -116,6 +116,9 @@ class KVSHARE_API CArchive {
   // Stored wide; a narrow text is read as code page 1252.
   CArchive& operator<<(const CString& text);
   CArchive& operator>>(CString& text);
+  // Reads the next text if it is stored just as this one would be; else reads nothing and gives false, as it may do for
+  // a text that is equal, too. For texts that come again and again: what is known already needs no memory of its own.
+  bool ReadIfEqual(const CString& text);
 
   void WriteCount(ULONGLONG count);
   // Raises endOfFile if that many elements of at least elementBytes each can't be left. With 0 the count is taken as it

@@ -117,4 +117,37 @@ TEST(ArchiveStrings, LengthRecordTellsTheWidthOfACharacter) {
   EXPECT_EQ(Hex(LengthRecord(0xFFFFFFFF, true)), "FF FE FF FF FF FF FF FF FF FF FF FF FF FF 00 00 00 00");
 }
 
+TEST(ArchiveStrings, ReadIfEqualTakesAllOfAnEqualTextOrNothing) {
+  const struct {
+    const char* bytes;  // a WORD stands ahead, so that the buffer is full, and behind
+    LPCTSTR known;
+    bool equal;
+  } rows[] = {
+      {"FF FE FF 02 41 00 42 00 34 12", _T("AB"), true},
+      {"FF FE FF 00 34 12", _T(""), true},
+      {"FF FE FF 02 41 00 42 00 34 12", _T("AC"), false},
+      {"FF FE FF 02 41 00 42 00 34 12", _T("A"), false},
+      {"FF FE FF 02 41 00 42 00 34 12", _T("ABC"), false},
+      {"FF FE FF 02 41 00 42 00 34 12", _T(""), false},
+      {"FF FE FF 00 34 12", _T("AB"), false},
+      {"02 41 42 34 12", _T("AB"), false},  // narrow
+  };
+  for (const auto& row : rows) {
+    Load(Bytes("00 00") + Bytes(row.bytes), [&](CArchive& ar) {
+      CString text = row.known;
+      WORD next = 0;
+      ar >> next;
+      EXPECT_EQ(ar.ReadIfEqual(text), row.equal) << row.bytes;
+      if (!row.equal) ar >> text;
+      ar >> next;
+      EXPECT_EQ(next, 0x1234) << row.bytes;
+    });
+  }
+  Load(Bytes("00 00 FF FE FF 01 41"), [](CArchive& ar) {
+    WORD ahead = 0;
+    ar >> ahead;
+    EXPECT_FALSE(ar.ReadIfEqual(CString(_T("A")))) << "half a character is missing";
+  });
+}
+
 }  // namespace
