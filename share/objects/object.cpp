@@ -49,8 +49,9 @@ CString QFObject::GetNodeDesc() const { return m_NodeDesc; }
 
 void QFObject::UpdateLastModified() {
   const CKVEnvApp& environment = *AppEnv();
-  m_LastModified = environment.GetCurrentDate() + _T("::") + environment.GetTickCount();
-  m_LastModifiedBy = environment.GetUserNameW();
+  AuditTrail::Texts& stamps = m_Trail.Change();
+  stamps.lastModified = environment.GetCurrentDate() + _T("::") + environment.GetTickCount();
+  stamps.lastModifiedBy = environment.GetUserNameW();
 }
 
 int QFObject::Invalidate() {
@@ -82,8 +83,9 @@ ui_QFObject* QFObject::GetUiObject() {
   const QFCallbackHelper* helper = GetCallbackHelper();
   if (helper && helper->GetCBUiObjCreate()) m_pUiObject = helper->GetCBUiObjCreate()(this);
   UpdateLastModified();
-  if (m_CreatedBy.IsEmpty()) m_CreatedBy = AppEnv()->GetUserNameW();
-  if (m_DateCreated.IsEmpty()) m_DateCreated = m_LastModified;
+  AuditTrail::Texts& stamps = m_Trail.Change();
+  if (stamps.createdBy.IsEmpty()) stamps.createdBy = AppEnv()->GetUserNameW();
+  if (stamps.dateCreated.IsEmpty()) stamps.dateCreated = stamps.lastModified;
   return m_pUiObject;
 }
 

@@ -13,6 +13,7 @@
 #pragma once
 
 #include "share/env/core_messages.h"
+#include "share/objects/audit_trail.h"
 #include "share/objects/base_object.h"
 #include "share/objects/callback_helper.h"
 #include "share/objects/flagged_error.h"
@@ -185,10 +186,10 @@ class KVSHARE_API QFObject : public QFBaseObject {
   CString GetObjNamePlusObjID();
   // Stamps the node with "date::time of day" and the user's name, both the environment's.
   void UpdateLastModified();
-  const CString& GetCreatedBy() const { return m_CreatedBy; }
-  const CString& GetDateCreated() const { return m_DateCreated; }
-  const CString& GetLastModified() const { return m_LastModified; }
-  const CString& GetLastModifiedBy() const { return m_LastModifiedBy; }
+  CString GetCreatedBy() const { return m_Trail.Get().createdBy; }
+  CString GetDateCreated() const { return m_Trail.Get().dateCreated; }
+  CString GetLastModified() const { return m_Trail.Get().lastModified; }
+  CString GetLastModifiedBy() const { return m_Trail.Get().lastModifiedBy; }
   // The class name under which the indexer holds the id; empty if it doesn't.
   const CString& GetRegNameForAutoIndexing() const { return m_RegName; }
   void SetRegNameForAutoIndexing(const CString& name) { m_RegName = name; }
@@ -244,11 +245,10 @@ class KVSHARE_API QFObject : public QFBaseObject {
   static void FindDangling(int);
 
  protected:
+  // All four stamps, for a class that takes a node over from elsewhere.
+  void SetStamps(const AuditTrail::Texts& stamps) { m_Trail.Change() = stamps; }
+
   CString m_Label;
-  CString m_CreatedBy;
-  CString m_DateCreated;
-  CString m_LastModified;
-  CString m_LastModifiedBy;
   CString m_NodeDesc;
 
  private:
@@ -258,6 +258,7 @@ class KVSHARE_API QFObject : public QFBaseObject {
   void LoadPattern(CArchive& ar);
 
   // Not in the order of the record: packed.
+  AuditTrail m_Trail;
   CString m_RegName;
   CString m_TimeTakenForGTP;
   UserObjects m_UserObjects;
@@ -273,7 +274,7 @@ class KVSHARE_API QFObject : public QFBaseObject {
   QFObjState m_iState = ACTIVE;
   COMPARE_RESULT m_CompareRes = NO_MATCH;
   WORD m_NodeStatus = 0;
-  bool m_bMerged = false;
-  bool m_bMergeInProgress = false;
-  bool m_bIsPatternOfLoaded = false;  // a node that was read owns this one, a pattern manager
+  bool m_bMerged : 1 = false;
+  bool m_bMergeInProgress : 1 = false;
+  bool m_bIsPatternOfLoaded : 1 = false;  // a node that was read owns this one, a pattern manager
 };

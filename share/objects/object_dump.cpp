@@ -37,10 +37,10 @@ void QFObject::DumpData(FILE* file) {
   if (!file) return;
   DumpBanner(file, _T("QFObject"), _T("Start"));
   DumpPrint(file, _T("\n m_Label: %s"), m_Label);
-  DumpPrint(file, _T("\n m_CreatedBy: %s"), m_CreatedBy);
-  DumpPrint(file, _T("\n m_DateCreated: %s"), m_DateCreated);
-  DumpPrint(file, _T("\n m_LastModified: %s"), m_LastModified);
-  DumpPrint(file, _T("\n m_LastModifiedBy: %s"), m_LastModifiedBy);
+  DumpPrint(file, _T("\n m_CreatedBy: %s"), GetCreatedBy());
+  DumpPrint(file, _T("\n m_DateCreated: %s"), GetDateCreated());
+  DumpPrint(file, _T("\n m_LastModified: %s"), GetLastModified());
+  DumpPrint(file, _T("\n m_LastModifiedBy: %s"), GetLastModifiedBy());
   DumpPrint(file, _T("\n m_ObjectId: %d"), m_ObjectId);
   DumpPrint(file, _T("\n m_iState : %s"), TextOf(m_iState));
   DumpPrint(file, _T("\n Address of this: %x"), Address(this));

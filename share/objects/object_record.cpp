@@ -41,10 +41,11 @@ void QFObject::Serialize(CArchive& ar) {
 
 void QFObject::StoreRecord(CArchive& ar) {
   const ObjectPatternService* patterns = GetObjectPatternService();
+  const AuditTrail::Texts& stamps = m_Trail.Get();
   m_UserObjects.Store(ar);
-  ar << m_Label << m_CreatedBy << m_DateCreated << m_LastModified << m_ObjectId << LONG(m_iState);
+  ar << m_Label << stamps.createdBy << stamps.dateCreated << stamps.lastModified << m_ObjectId << LONG(m_iState);
   StoreReferenceOrNull(ar, m_pOwner);
-  ar << m_LastModifiedBy << m_NodeStatus;
+  ar << stamps.lastModifiedBy << m_NodeStatus;
   StoreReferenceOrNull(ar, m_pOriginalOwner);
   ar << m_DisplayColor;
   StoreReferenceOrNull(ar, m_pPatternMngr ? patterns->toNode(m_pPatternMngr) : nullptr);
@@ -52,6 +53,18 @@ void QFObject::StoreRecord(CArchive& ar) {
 }
 
 // ---- loading
+
+namespace {
+
+// What the record that was read last had. Most nodes of a document share their stamps and their class's name with the
+// one ahead of them, and then share the memory, too.
+struct LastRecord {
+  AuditTrail trail;
+  CString regName;
+};
+thread_local LastRecord t_last;
+
+}  // namespace
 
 void QFObject::LoadRecord(CArchive& ar, unsigned version) {
   if (version > 1) {
@@ -61,20 +74,31 @@ void QFObject::LoadRecord(CArchive& ar, unsigned version) {
       AfxThrowArchiveException(CArchiveException::genericException);
     }
   }
+  m_Trail = t_last.trail;
+  const auto loadStamp = [&](CString AuditTrail::Texts::*stamp) {
+    if (!ar.ReadIfEqual(m_Trail.Get().*stamp)) ar >> m_Trail.Change().*stamp;
+  };
   LONG state = 0;
-  ar >> m_Label >> m_CreatedBy >> m_DateCreated >> m_LastModified >> m_ObjectId >> state >> m_pOwner;
+  ar >> m_Label;
+  loadStamp(&AuditTrail::Texts::createdBy);
+  loadStamp(&AuditTrail::Texts::dateCreated);
+  loadStamp(&AuditTrail::Texts::lastModified);
+  ar >> m_ObjectId >> state >> m_pOwner;
   m_iState = QFObjState(state);
   if (version > 2) {
-    ar >> m_LastModifiedBy;
+    loadStamp(&AuditTrail::Texts::lastModifiedBy);
   } else {
-    m_LastModifiedBy = m_CreatedBy;
+    m_Trail.Change().lastModifiedBy = m_Trail.Get().createdBy;
   }
+  t_last.trail = m_Trail;
   if (version > 3) ar >> m_NodeStatus;
   if (version > 4) LoadOriginalOwner(ar);
   if (version > 5) ar >> m_DisplayColor;
   if (version > 6) LoadPattern(ar);
   if (version > 7) {
-    ar >> m_RegName;
+    CString& last = t_last.regName;
+    if (!ar.ReadIfEqual(last)) ar >> last;
+    m_RegName = last;
   } else {
     const CRuntimeClass* indexed = GetRuntimeClassForAutoIndexing();
     m_RegName = indexed ? indexed->m_lpszClassName : "";

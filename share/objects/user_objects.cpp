@@ -4,9 +4,11 @@
 #include <algorithm>
 #include <bit>
 #include <cstdlib>
+#include <cstring>
 #include <new>
 
 #include "framework/archive.h"
+#include "framework/block_pool.h"
 
 namespace {
 
@@ -23,18 +25,20 @@ std::size_t HashOf(const CObject* object) {
 
 // ---- the array
 
+std::size_t UserObjects::BytesFor(DWORD capacity) { return sizeof(Body) + std::size_t(capacity) * sizeof(CObject*); }
+
 void UserObjects::Reserve(DWORD capacity) {
-  DWORD present = 0;
   if (m_pBody) {
     DropIndex();  // its size goes with the array's
     m_pBody->duplicates = false;
-    present = m_pBody->capacity;
+    if (capacity <= m_pBody->capacity) return;
   }
-  if (capacity <= present) return;
-  void* block = std::realloc(static_cast<void*>(m_pBody), sizeof(Body) + std::size_t(capacity) * sizeof(CObject*));
-  if (!block) throw std::bad_alloc();
-  if (!m_pBody) new (block) Body{};
-  m_pBody = static_cast<Body*>(block);
+  auto* grown = new (BlockPool::Allocate(BytesFor(capacity))) Body{};
+  if (m_pBody) {
+    std::memcpy(static_cast<void*>(grown), m_pBody, BytesFor(m_pBody->end));
+    BlockPool::Free(m_pBody, BytesFor(m_pBody->capacity));
+  }
+  m_pBody = grown;
   m_pBody->capacity = capacity;
 }
 
@@ -59,7 +63,7 @@ void UserObjects::Compact() {
 void UserObjects::RemoveAll() noexcept {
   if (!m_pBody) return;
   DropIndex();
-  std::free(m_pBody);
+  BlockPool::Free(m_pBody, BytesFor(m_pBody->capacity));
   m_pBody = nullptr;
 }
 

@@ -57,6 +57,7 @@ class KVSHARE_API UserObjects {
 
   static CObject* Gap() { return reinterpret_cast<CObject*>(std::uintptr_t(1)); }
   CObject** Slots() const { return reinterpret_cast<CObject**>(m_pBody + 1); }
+  static std::size_t BytesFor(DWORD capacity);
   void Reserve(DWORD capacity);
   void MakeRoom();
   void Compact();

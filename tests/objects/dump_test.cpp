@@ -37,10 +37,7 @@ class StampedNode : public NamedNode {
  public:
   StampedNode() {
     m_Label = _T("Bohrung %s ü");
-    m_CreatedBy = _T("maker");
-    m_DateCreated = _T("01/02/2003::04:05");
-    m_LastModified = _T("06/07/2008::09:10");
-    m_LastModifiedBy = _T("changer");
+    SetStamps({_T("maker"), _T("01/02/2003::04:05"), _T("06/07/2008::09:10"), _T("changer")});
   }
 };
 

@@ -23,6 +23,8 @@ class RecordNode : public QFObject {
   explicit RecordNode(const CString& label = {}) { m_Label = label; }
   CRuntimeClass* GetRuntimeClassForAutoIndexing() override { return indexed ? RUNTIME_CLASS(QFObject) : nullptr; }
 
+  void Stamp(const AuditTrail::Texts& stamps) { SetStamps(stamps); }
+
   bool indexed = true;
 };
 IMPLEMENT_SERIAL(RecordNode, QFObject, VERSIONABLE_SCHEMA | 8)
@@ -157,6 +159,35 @@ TEST(NodeRecord, RegisteredNameOfOlderRecordsComesFromTheIndexedClass) {
     node.Serialize(reader.ar);
     EXPECT_EQ(node.GetRegNameForAutoIndexing(), indexed ? _T("QFObject") : _T(""));
   }
+}
+
+// Loaded nodes share texts that are equal; nobody may notice.
+TEST(NodeRecord, EqualStampsOfNeighboursStayEachNodesOwn) {
+  const TestDocument document(38.0f);
+  RecordNode owner(_T("owner")), nodes[3];
+  const AuditTrail::Texts ofOwner = {_T("maker"), _T("d1"), _T("m1"), _T("other")};
+  const AuditTrail::Texts common = {_T("maker"), _T("d1"), _T("m2"), _T("changer")};
+  owner.Stamp(ofOwner);
+  for (RecordNode& node : nodes) node.Stamp(common);
+  nodes[1].SetOwner(&owner);  // its record stands in the middle of the node's
+  const std::string bytes = Stored([&](CArchive& ar) { ar << &nodes[0] << &nodes[1] << &nodes[2]; });
+  Reader reader(bytes);
+  RecordNode* loaded[4] = {};
+  reader.ar >> loaded[0] >> loaded[1] >> loaded[2];
+  loaded[3] = static_cast<RecordNode*>(loaded[1]->GetOwner());
+  const auto stampsOf = [](QFObject* node) {
+    return ToUtf8(node->GetCreatedBy() + node->GetDateCreated() + node->GetLastModified() + node->GetLastModifiedBy());
+  };
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(stampsOf(loaded[i]), "makerd1m2changer") << i;
+  EXPECT_EQ(stampsOf(loaded[3]), "makerd1m1other");
+  loaded[0]->Stamp(ofOwner);
+  EXPECT_EQ(stampsOf(loaded[0]), "makerd1m1other");
+  EXPECT_EQ(stampsOf(loaded[1]), "makerd1m2changer");
+  delete loaded[1];
+  EXPECT_EQ(stampsOf(loaded[2]), "makerd1m2changer");
+  delete loaded[0];
+  delete loaded[2];
+  delete loaded[3];
 }
 
 TEST(NodeRecord, StateOutsideTheTableStaysAsStored) {

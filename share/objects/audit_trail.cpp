@@ -1,0 +1,19 @@
+// The texts of an audit trail, copied when one of several that share them changes.
+#include "share/objects/audit_trail.h"
+
+#include <utility>
+
+const AuditTrail::Texts& AuditTrail::Empty() {
+  static const Texts none;
+  return none;
+}
+
+AuditTrail::Texts& AuditTrail::Change() {
+  if (!m_pBody || m_pBody->users.load(std::memory_order_acquire) != 1) {
+    auto* own = new Body;
+    own->texts = Get();
+    Release();
+    m_pBody = own;
+  }
+  return m_pBody->texts;
+}
