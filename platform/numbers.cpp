@@ -17,15 +17,15 @@ bool TakeSign(std::string_view& text) {
   return negative;
 }
 
-// Whether a decimal number that a double can't hold is too large, and not too small: by the place of its first digit
-// that is not 0 and its exponent.
-bool IsTooLarge(std::string_view number) {
-  const std::size_t exponent_at = std::min(number.find_first_of("eE"), number.size());
+// Whether a number that a double can't hold is too large, and not too small: by the place of its first digit that is
+// not 0 and its exponent, which of hexadecimal digits counts bits.
+bool IsTooLarge(std::string_view number, bool hex) {
+  const std::size_t exponent_at = std::min(number.find_first_of(hex ? "pP" : "eE"), number.size());
   const std::string_view digits = number.substr(0, exponent_at);
   const auto point = static_cast<long long>(std::min(digits.find('.'), digits.size()));
   const auto first = static_cast<long long>(digits.find_first_not_of("0."));
   const std::string_view exponent = number.substr(std::min(exponent_at + 1, number.size()));
-  return point - first + IntegerFromUtf8(exponent) > 0;
+  return (point - first) * (hex ? 4 : 1) + IntegerFromUtf8(exponent) > 0;
 }
 
 // The part of a wide text that can belong to a number, in single bytes.
@@ -37,21 +37,25 @@ std::string NumberPart(LPCWSTR text) {
 
 }  // namespace
 
-double NumberFromUtf8(std::string_view text) {
+bool ReadNumber(std::string_view text, double& value) {
   const bool negative = TakeSign(text);
-  if (text.starts_with('-')) return 0;  // the conversion below would take a second sign
-  const char* end = text.data() + text.size();
+  const bool hex = text.starts_with("0x") || text.starts_with("0X");
+  const std::string_view digits = hex ? text.substr(2) : text;
+  double number = 0;
+  const char* const end = digits.data() + (digits.starts_with('-') ? 0 : digits.size());  // no second sign
+  const auto format = hex ? std::chars_format::hex : std::chars_format::general;
+  const std::from_chars_result result = std::from_chars(digits.data(), end, number, format);
+  if (result.ec == std::errc::invalid_argument && !hex) return false;  // of 0x alone the 0 is a number
+  if (result.ec == std::errc::result_out_of_range)
+    number = IsTooLarge({digits.data(), result.ptr}, hex) ? std::numeric_limits<double>::infinity() : 0;
+  value = negative ? -number : number;
+  return true;
+}
+
+double NumberFromUtf8(std::string_view text) {
   double value = 0;
-  std::from_chars_result result = {};
-  if (text.starts_with("0x") || text.starts_with("0X")) {
-    if (text.substr(2).starts_with('-')) return 0;
-    result = std::from_chars(text.data() + 2, end, value, std::chars_format::hex);
-  } else {
-    result = std::from_chars(text.data(), end, value);
-    if (result.ec == std::errc::result_out_of_range)
-      value = IsTooLarge({text.data(), result.ptr}) ? std::numeric_limits<double>::infinity() : 0;
-  }
-  return negative ? -value : value;
+  ReadNumber(text, value);
+  return value;
 }
 
 int IntegerFromUtf8(std::string_view text) {

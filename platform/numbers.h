@@ -11,6 +11,8 @@
 // Digits with a point and an exponent, 0x with hexadecimal digits, inf and nan; what is too large becomes infinite,
 // what is too small 0.
 KVSHARE_API double NumberFromUtf8(std::string_view text);
+// The same into value; false, with the value untouched, if the text doesn't begin with a number.
+KVSHARE_API bool ReadNumber(std::string_view text, double& value);
 // Decimal digits; what is too large or too small becomes the largest or smallest int.
 KVSHARE_API int IntegerFromUtf8(std::string_view text);
 

@@ -159,6 +159,9 @@ TEST(Numbers, RealsAreReadAsFarAsTheyGo) {
       {nullptr, 0},
       {_T("0.0000001e400"), kInfinite},
       {_T("1000000e-400"), 0},
+      {_T("0x1p9999"), kInfinite},
+      {_T("-0x.00001p9999"), -kInfinite},
+      {_T("0x10000p-9999"), 0},
       {_T("9007199254740993"), 9007199254740992.0},
   };
   for (const auto& row : rows)
