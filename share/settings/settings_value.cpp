@@ -1,9 +1,16 @@
-// The typed values: archive records and dumps. Their registry encodings stand in settings_encoding.cpp.
+// The typed values: how each datum stands in archives, in dumps and in the registry.
 #include "share/settings/settings_value.h"
 
+#include <cstring>
+#include <string>
+#include <vector>
+
 #include "framework/archive.h"
+#include "platform/numbers.h"
 #include "share/objects/dump.h"
+#include "share/settings/open_key.h"
 #include "share/settings/settings_key.h"
+#include "share/settings/text_scan.h"
 
 IMPLEMENT_SERIAL(QFSettingsValue, QFBaseObject, VERSIONABLE_SCHEMA | 1)
 IMPLEMENT_SERIAL(QFDoubleValue, QFSettingsValue, VERSIONABLE_SCHEMA | 1)
@@ -18,6 +25,8 @@ IMPLEMENT_SERIAL(QFIntArrayValue, QFSettingsValue, VERSIONABLE_SCHEMA | 1)
 
 namespace {
 
+// ---- archive
+
 template <class T>
 void Transfer(CArchive& ar, T& data) {
   if (ar.IsStoring()) {
@@ -27,9 +36,188 @@ void Transfer(CArchive& ar, T& data) {
   }
 }
 
+void Transfer(CArchive& ar, CPoint& data) {
+  Transfer(ar, data.x);
+  Transfer(ar, data.y);
+}
+
+void Transfer(CArchive& ar, CRect& data) {
+  for (LONG* side : {&data.left, &data.top, &data.right, &data.bottom}) Transfer(ar, *side);
+}
+
+// The count is 32 bits wide here, unlike the counts of the framework's own arrays.
+void Transfer(CArchive& ar, CArray<int, int>& data) {
+  if (ar.IsStoring()) {
+    ar << DWORD(data.GetSize());
+    ar.Write(data.GetData(), std::size_t(data.GetSize()) * sizeof(int));
+  } else {
+    DWORD count = 0;
+    ar >> count;
+    ar.EnsureLeft(count, sizeof(int));
+    data.SetSize(count);
+    ar.EnsureRead(data.GetData(), std::size_t(count) * sizeof(int));
+  }
+}
+
+// ---- dumps: the name in the banners, and what stands between them
+
+template <class Given>
+constexpr LPCTSTR kBannerOf = nullptr;
+template <>
+constexpr LPCTSTR kBannerOf<double> = _T("QFDoubleValue");
+template <>
+constexpr LPCTSTR kBannerOf<const CString&> = _T("QFStringValue");
+template <>
+constexpr LPCTSTR kBannerOf<int> = _T("QFIntValue");
+template <>
+constexpr LPCTSTR kBannerOf<unsigned long> = _T("QFColorValue");
+template <>
+constexpr LPCTSTR kBannerOf<const CPoint&> = _T("QFPointValue");
+template <>
+constexpr LPCTSTR kBannerOf<const CRect&> = _T("QFRectValue");
+template <>
+constexpr LPCTSTR kBannerOf<const CTime&> = _T("QFTimeValue");
+template <>
+constexpr LPCTSTR kBannerOf<long double> = _T("QFDoubleStrValue");
+template <>
+constexpr LPCTSTR kBannerOf<const CArray<int, int>&> = _T("QFIntArrayValue");
+
+void DumpDatum(FILE* file, double data) { DumpPrint(file, _T("\n m_Data: %8.6f"), data); }
+void DumpDatum(FILE* file, const CString& data) { DumpPrint(file, _T("\n m_Data: %s"), data); }
+void DumpDatum(FILE* file, int data) { DumpPrint(file, _T("\n m_Data: %d"), data); }
+void DumpDatum(FILE* file, unsigned long data) { DumpDatum(file, int(data)); }
+void DumpDatum(FILE* file, const CPoint& data) {
+  DumpPrint(file, _T("\n Point: m_Data.x = %d, m_Data.y = %d"), data.x, data.y);
+}
+void DumpDatum(FILE* file, const CRect& data) {
+  DumpPrint(file, _T("\n Rect: m_Data.left = %d, m_Data.top = %d, m_Data.right = %d, m_Data.bottom = %d"), data.left,
+            data.top, data.right, data.bottom);
+}
+void DumpDatum(FILE*, const CTime&) {}
+void DumpDatum(FILE*, long double) {}
+void DumpDatum(FILE*, const CArray<int, int>&) {}
+
+// ---- registry
+
+// The longest value that a restore takes over, in bytes; a longer one counts as unreadable.
+constexpr DWORD kMostBytes = 0x1FFFFFFF;
+
+// A registry value: what a datum is saved as, or what was found.
+struct Stored {
+  DWORD type = REG_NONE;
+  std::string bytes;
+};
+
+Stored BytesOf(DWORD type, const void* data, std::size_t size) {
+  return {type, std::string(static_cast<const char*>(data), size)};
+}
+
+// With its terminator.
+Stored TextOf(const CString& text) {
+  return BytesOf(REG_SZ, text.GetString(), std::size_t(text.GetLength() + 1) * sizeof(TCHAR));
+}
+
+template <class... Numbers>
+Stored Print(LPCTSTR format, Numbers... numbers) {
+  CString text;
+  text.Format(format, numbers...);
+  return TextOf(text);
+}
+
+Stored Encode(double data) { return BytesOf(REG_BINARY, &data, sizeof data); }
+Stored Encode(const CString& data) { return TextOf(data); }
+Stored Encode(int data) { return BytesOf(REG_DWORD, &data, sizeof data); }
+Stored Encode(unsigned long data) { return Encode(int(DWORD(data))); }
+Stored Encode(const CPoint& data) { return Print(_T("%ld %ld"), data.x, data.y); }
+Stored Encode(const CRect& data) { return Print(_T("%ld %ld %ld %ld"), data.left, data.top, data.right, data.bottom); }
+// Cut to 32 bits, as the format requires.
+Stored Encode(const CTime& data) { return Print(_T("%ld"), LONG(data.GetTime())); }
+Stored Encode(long double data) { return Print(_T("%lf"), double(data)); }
+Stored Encode(const CArray<int, int>& data) {
+  return BytesOf(REG_BINARY, data.GetData(), std::size_t(data.GetSize()) * sizeof(int));
+}
+
+// Up to the first terminator.
+CString TextIn(const Stored& stored) {
+  std::u16string text((stored.bytes.size() + 1) / sizeof(TCHAR), u'\0');
+  std::memcpy(text.data(), stored.bytes.data(), stored.bytes.size());
+  return CString(text.c_str());
+}
+
+// Each gives whether the value counts as read; only then may it change the datum. A number takes no more bytes than it
+// has itself, of whatever type.
+template <class Number>
+bool Decode(const Stored& stored, Number& data) {
+  if (stored.bytes.size() > sizeof data) return false;
+  data = 0;
+  std::memcpy(&data, stored.bytes.data(), stored.bytes.size());
+  return true;
+}
+bool Decode(const Stored& stored, unsigned long& data) {
+  DWORD low = 0;
+  if (!Decode(stored, low)) return false;
+  data = low;
+  return true;
+}
+bool Decode(const Stored& stored, CString& data) {
+  data = TextIn(stored);
+  return true;
+}
+// The scan's result doesn't count, as required: the fields that it reached are taken.
+bool Decode(const Stored& stored, CPoint& data) {
+  const CString text = TextIn(stored);
+  TextScan scan(text.View());
+  static_cast<void>(scan.Integer(data.x) && scan.Integer(data.y));
+  return true;
+}
+bool Decode(const Stored& stored, CRect& data) {
+  const CString text = TextIn(stored);
+  TextScan scan(text.View());
+  for (LONG* side : {&data.left, &data.top, &data.right, &data.bottom}) {
+    if (!scan.Integer(*side)) break;  // as for a point
+  }
+  return true;
+}
+bool Decode(const Stored& stored, CTime& data) {
+  const CString text = TextIn(stored);
+  DWORD low = 0;  // only the low half of the 64 bits is ever filled: a negative text becomes a large positive time
+  TextScan(text.View()).Integer(low);
+  data = CTime(LONGLONG(low));
+  return true;
+}
+bool Decode(const Stored& stored, long double& data) {
+  double number = 0;
+  if (ReadNumber(ToUtf8(TextIn(stored)), number)) data = number;
+  return true;
+}
+bool Decode(const Stored& stored, CArray<int, int>& data) {
+  if (stored.type != REG_BINARY) return true;  // required: another type counts as read and changes nothing
+  data.SetSize(LONGLONG(stored.bytes.size() / sizeof(int)));
+  if (!data.IsEmpty()) std::memcpy(data.GetData(), stored.bytes.data(), std::size_t(data.GetSize()) * sizeof(int));
+  return true;
+}
+
+int Save(QFSettingsKey* key, const CString& name, const Stored& stored) {
+  const OpenKey opened(key ? key->GetHandleToKey(/*create=*/1, /*readOnly=*/0) : nullptr);
+  return RegSetValueExW(opened, name, 0, stored.type, reinterpret_cast<const BYTE*>(stored.bytes.data()),
+                        DWORD(stored.bytes.size())) == ERROR_SUCCESS;
+}
+
+bool Read(QFSettingsKey* key, const CString& name, Stored& stored) {
+  const OpenKey opened(key ? key->GetHandleToKey(/*create=*/0, /*readOnly=*/1) : nullptr);
+  DWORD size = 8;  // most values are numbers
+  LSTATUS status = ERROR_MORE_DATA;
+  while (status == ERROR_MORE_DATA && size <= kMostBytes) {
+    stored.bytes.resize(size);
+    status = RegQueryValueExW(opened, name, nullptr, &stored.type, reinterpret_cast<BYTE*>(stored.bytes.data()), &size);
+  }
+  stored.bytes.resize(status == ERROR_SUCCESS ? size : 0);
+  return status == ERROR_SUCCESS;
+}
+
 }  // namespace
 
-// ---- archive
+// ---- values without a datum
 
 void QFSettingsValue::Serialize(CArchive& ar) {
   QFBaseObject::Serialize(ar);
@@ -38,64 +226,6 @@ void QFSettingsValue::Serialize(CArchive& ar) {
   Transfer(ar, m_Name);
 }
 
-void QFDoubleValue::Serialize(CArchive& ar) {
-  QFSettingsValue::Serialize(ar);
-  Transfer(ar, m_Data);
-}
-
-void QFStringValue::Serialize(CArchive& ar) {
-  QFSettingsValue::Serialize(ar);
-  Transfer(ar, m_Data);
-}
-
-void QFIntValue::Serialize(CArchive& ar) {
-  QFSettingsValue::Serialize(ar);
-  Transfer(ar, m_Data);
-}
-
-void QFColorValue::Serialize(CArchive& ar) {
-  QFSettingsValue::Serialize(ar);
-  Transfer(ar, m_Data);
-}
-
-void QFPointValue::Serialize(CArchive& ar) {
-  QFSettingsValue::Serialize(ar);
-  Transfer(ar, m_Data.x);
-  Transfer(ar, m_Data.y);
-}
-
-void QFRectValue::Serialize(CArchive& ar) {
-  QFSettingsValue::Serialize(ar);
-  for (LONG* side : {&m_Data.left, &m_Data.top, &m_Data.right, &m_Data.bottom}) Transfer(ar, *side);
-}
-
-void QFTimeValue::Serialize(CArchive& ar) {
-  QFSettingsValue::Serialize(ar);
-  Transfer(ar, m_Data);
-}
-
-void QFLongDoubleStrValue::Serialize(CArchive& ar) {
-  QFSettingsValue::Serialize(ar);
-  Transfer(ar, m_Data);
-}
-
-// The count is 32 bits wide here, unlike the counts of the framework's own arrays.
-void QFIntArrayValue::Serialize(CArchive& ar) {
-  QFSettingsValue::Serialize(ar);
-  if (ar.IsStoring()) {
-    ar << DWORD(m_Data.GetSize());
-    ar.Write(m_Data.GetData(), std::size_t(m_Data.GetSize()) * sizeof(int));
-  } else {
-    DWORD count = 0;
-    ar >> count;
-    ar.EnsureLeft(count, sizeof(int));
-    m_Data.SetSize(count);
-    ar.EnsureRead(m_Data.GetData(), std::size_t(count) * sizeof(int));
-  }
-}
-
-// ---- dumps
-
 void QFSettingsValue::DumpData(FILE* file) {
   if (!file) return;
   DumpBanner(file, _T("QFSettingsValue"), _T("Start"));
@@ -103,67 +233,51 @@ void QFSettingsValue::DumpData(FILE* file) {
   DumpBanner(file, _T("QFSettingsValue"), _T("End"));
 }
 
-void QFDoubleValue::DumpData(FILE* file) {
-  if (!file) return;
-  DumpBanner(file, _T("QFDoubleValue"), _T("Start"));
-  DumpPrint(file, _T("\n m_Data: %8.6f"), m_Data);
-  DumpBanner(file, _T("QFDoubleValue"), _T("End"));
+int QFSettingsValue::SaveValueToRegistry(QFSettingsKey*) { return 0; }
+
+int QFSettingsValue::RestoreValueFromRegistry(QFSettingsKey*) { return 0; }
+
+// ---- typed values
+
+template <class Datum, class Given>
+void QFTypedValue<Datum, Given>::Serialize(CArchive& ar) {
+  QFSettingsValue::Serialize(ar);
+  Transfer(ar, m_Data);
 }
 
-void QFStringValue::DumpData(FILE* file) {
+template <class Datum, class Given>
+void QFTypedValue<Datum, Given>::DumpData(FILE* file) {
   if (!file) return;
-  DumpBanner(file, _T("QFStringValue"), _T("Start"));
-  DumpPrint(file, _T("\n m_Data: %s"), m_Data);
-  DumpBanner(file, _T("QFStringValue"), _T("End"));
+  DumpBanner(file, kBannerOf<Given>, _T("Start"));
+  DumpDatum(file, Given(m_Data));
+  DumpBanner(file, kBannerOf<Given>, _T("End"));
 }
 
-void QFIntValue::DumpData(FILE* file) {
-  if (!file) return;
-  DumpBanner(file, _T("QFIntValue"), _T("Start"));
-  DumpPrint(file, _T("\n m_Data: %d"), m_Data);
-  DumpBanner(file, _T("QFIntValue"), _T("End"));
+template <class Datum, class Given>
+int QFTypedValue<Datum, Given>::SaveValueToRegistry(QFSettingsKey* key) {
+  return Save(key, m_Name, Encode(Given(m_Data)));
 }
 
-void QFColorValue::DumpData(FILE* file) {
-  if (!file) return;
-  DumpBanner(file, _T("QFColorValue"), _T("Start"));
-  DumpPrint(file, _T("\n m_Data: %d"), int(m_Data));
-  DumpBanner(file, _T("QFColorValue"), _T("End"));
+template <class Datum, class Given>
+int QFTypedValue<Datum, Given>::RestoreValueFromRegistry(QFSettingsKey* key) {
+  Stored stored;
+  if (!Read(key, m_Name, stored)) return 0;
+  if constexpr (std::is_class_v<Datum>) {
+    return Decode(stored, m_Data);
+  } else {
+    Given data = m_Data;
+    if (!Decode(stored, data)) return 0;
+    m_Data = Datum(data);
+    return 1;
+  }
 }
 
-void QFPointValue::DumpData(FILE* file) {
-  if (!file) return;
-  DumpBanner(file, _T("QFPointValue"), _T("Start"));
-  CString point;
-  point.Format(_T("m_Data.x = %d, m_Data.y = %d"), m_Data.x, m_Data.y);
-  DumpPrint(file, _T("\n Point: %s"), point);
-  DumpBanner(file, _T("QFPointValue"), _T("End"));
-}
-
-void QFRectValue::DumpData(FILE* file) {
-  if (!file) return;
-  DumpBanner(file, _T("QFRectValue"), _T("Start"));
-  CString rect;
-  rect.Format(_T("m_Data.left = %d, m_Data.top = %d, m_Data.right = %d, m_Data.bottom = %d"), m_Data.left, m_Data.top,
-              m_Data.right, m_Data.bottom);
-  DumpPrint(file, _T("\n Rect: %s"), rect);
-  DumpBanner(file, _T("QFRectValue"), _T("End"));
-}
-
-void QFTimeValue::DumpData(FILE* file) {
-  if (!file) return;
-  DumpBanner(file, _T("QFTimeValue"), _T("Start"));
-  DumpBanner(file, _T("QFTimeValue"), _T("End"));
-}
-
-void QFLongDoubleStrValue::DumpData(FILE* file) {
-  if (!file) return;
-  DumpBanner(file, _T("QFDoubleStrValue"), _T("Start"));
-  DumpBanner(file, _T("QFDoubleStrValue"), _T("End"));
-}
-
-void QFIntArrayValue::DumpData(FILE* file) {
-  if (!file) return;
-  DumpBanner(file, _T("QFIntArrayValue"), _T("Start"));
-  DumpBanner(file, _T("QFIntArrayValue"), _T("End"));
-}
+template class QFTypedValue<double>;
+template class QFTypedValue<CString>;
+template class QFTypedValue<int>;
+template class QFTypedValue<DWORD, unsigned long>;
+template class QFTypedValue<CPoint>;
+template class QFTypedValue<CRect>;
+template class QFTypedValue<CTime>;
+template class QFTypedValue<double, long double>;
+template class QFTypedValue<CArray<int, int>>;

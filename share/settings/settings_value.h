@@ -17,6 +17,8 @@
 //   QFIntArrayValue        CArray<int, int>         REG_BINARY, 4 bytes an element        32-bit count, 4 bytes each
 #pragma once
 
+#include <type_traits>
+
 #include "framework/array.h"
 #include "framework/rectangle.h"
 #include "framework/time.h"
@@ -45,14 +47,6 @@ class KVSHARE_API QFSettingsValue : public QFBaseObject {
  protected:
   QFSettingsValue() = default;
 
-  // What the typed classes are built from. The type of a stored value is not looked at.
-  int SaveBytes(QFSettingsKey* key, DWORD type, const void* bytes, DWORD size) const;
-  int SaveText(QFSettingsKey* key, const CString& text) const;
-  // Fails if the stored value is longer than size.
-  int RestoreBytes(QFSettingsKey* key, void* bytes, DWORD size) const;
-  // Reads up to the first terminator.
-  int RestoreText(QFSettingsKey* key, CString& text) const;
-
   CString m_Name;
 
  private:
@@ -60,173 +54,136 @@ class KVSHARE_API QFSettingsValue : public QFBaseObject {
   QFSettingsKey* m_pOwner = nullptr;  // the key in whose list it stands
 };
 
-class KVSHARE_API QFDoubleValue : public QFSettingsValue {
+// What the typed classes share: the datum, and the four operations by its type. Given is the type in which the datum is
+// handed in and out. The library makes it for the nine below alone.
+template <class Datum, class Given = std::conditional_t<std::is_class_v<Datum>, const Datum&, Datum>>
+class KVSHARE_API QFTypedValue : public QFSettingsValue {
+ public:
+  QFTypedValue(const CString& name, Given value) : QFSettingsValue(name) { SetValue(value); }
+  Given GetValue() const { return m_Data; }
+  void SetValue(Given value) {
+    if constexpr (requires { m_Data.Copy(value); }) {
+      m_Data.Copy(value);
+    } else {
+      m_Data = Datum(value);
+    }
+  }
+
+  void Serialize(CArchive& ar) override;
+  void DumpData(FILE* file) override;
+  int SaveValueToRegistry(QFSettingsKey* key) override;
+  int RestoreValueFromRegistry(QFSettingsKey* key) override;
+
+ protected:
+  QFTypedValue() = default;
+
+  Datum m_Data{};
+};
+
+extern template class KVSHARE_API QFTypedValue<double>;
+extern template class KVSHARE_API QFTypedValue<CString>;
+extern template class KVSHARE_API QFTypedValue<int>;
+extern template class KVSHARE_API QFTypedValue<DWORD, unsigned long>;
+extern template class KVSHARE_API QFTypedValue<CPoint>;
+extern template class KVSHARE_API QFTypedValue<CRect>;
+extern template class KVSHARE_API QFTypedValue<CTime>;
+extern template class KVSHARE_API QFTypedValue<double, long double>;
+extern template class KVSHARE_API QFTypedValue<CArray<int, int>>;
+
+class KVSHARE_API QFDoubleValue : public QFTypedValue<double> {
   DECLARE_SERIAL(QFDoubleValue)
 
  public:
-  QFDoubleValue(const CString& name, double value) : QFSettingsValue(name), m_Data(value) {}
-  double GetValue() const { return m_Data; }
-  void SetValue(double value) { m_Data = value; }
-
-  void Serialize(CArchive& ar) override;
-  void DumpData(FILE* file) override;
-  int SaveValueToRegistry(QFSettingsKey* key) override;
-  int RestoreValueFromRegistry(QFSettingsKey* key) override;
+  using QFTypedValue::QFTypedValue;
 
  protected:
   QFDoubleValue() = default;
-  double m_Data = 0;
 };
 
-class KVSHARE_API QFStringValue : public QFSettingsValue {
+class KVSHARE_API QFStringValue : public QFTypedValue<CString> {
   DECLARE_SERIAL(QFStringValue)
 
  public:
-  QFStringValue(const CString& name, const CString& value) : QFSettingsValue(name), m_Data(value) {}
-  const CString& GetValue() const { return m_Data; }
-  void SetValue(const CString& value) { m_Data = value; }
-
-  void Serialize(CArchive& ar) override;
-  void DumpData(FILE* file) override;
-  int SaveValueToRegistry(QFSettingsKey* key) override;
-  int RestoreValueFromRegistry(QFSettingsKey* key) override;
+  using QFTypedValue::QFTypedValue;
 
  protected:
   QFStringValue() = default;
-  CString m_Data;
 };
 
-class KVSHARE_API QFIntValue : public QFSettingsValue {
+class KVSHARE_API QFIntValue : public QFTypedValue<int> {
   DECLARE_SERIAL(QFIntValue)
 
  public:
-  QFIntValue(const CString& name, int value) : QFSettingsValue(name), m_Data(value) {}
-  int GetValue() const { return m_Data; }
-  void SetValue(int value) { m_Data = value; }
-
-  void Serialize(CArchive& ar) override;
-  void DumpData(FILE* file) override;
-  int SaveValueToRegistry(QFSettingsKey* key) override;
-  int RestoreValueFromRegistry(QFSettingsKey* key) override;
+  using QFTypedValue::QFTypedValue;
 
  protected:
   QFIntValue() = default;
-  int m_Data = 0;
 };
 
 // A colour with red in the low byte. Bits above the low 32 are dropped.
-class KVSHARE_API QFColorValue : public QFSettingsValue {
+class KVSHARE_API QFColorValue : public QFTypedValue<DWORD, unsigned long> {
   DECLARE_SERIAL(QFColorValue)
 
  public:
-  QFColorValue(const CString& name, unsigned long value) : QFSettingsValue(name), m_Data(DWORD(value)) {}
-  unsigned long GetValue() const { return m_Data; }
-  void SetValue(unsigned long value) { m_Data = DWORD(value); }
-
-  void Serialize(CArchive& ar) override;
-  void DumpData(FILE* file) override;
-  int SaveValueToRegistry(QFSettingsKey* key) override;
-  int RestoreValueFromRegistry(QFSettingsKey* key) override;
+  using QFTypedValue::QFTypedValue;
 
  protected:
   QFColorValue() = default;
-  DWORD m_Data = 0;
 };
 
 // On restoring, a text that doesn't scan leaves the fields that the scan didn't reach as they were; the result is 1 all
 // the same. QFRectValue does likewise.
-class KVSHARE_API QFPointValue : public QFSettingsValue {
+class KVSHARE_API QFPointValue : public QFTypedValue<CPoint> {
   DECLARE_SERIAL(QFPointValue)
 
  public:
-  QFPointValue(const CString& name, const CPoint& value) : QFSettingsValue(name), m_Data(value) {}
-  const CPoint& GetValue() const { return m_Data; }
-  void SetValue(const CPoint& value) { m_Data = value; }
-
-  void Serialize(CArchive& ar) override;
-  void DumpData(FILE* file) override;
-  int SaveValueToRegistry(QFSettingsKey* key) override;
-  int RestoreValueFromRegistry(QFSettingsKey* key) override;
+  using QFTypedValue::QFTypedValue;
 
  protected:
   QFPointValue() = default;
-  CPoint m_Data;
 };
 
-class KVSHARE_API QFRectValue : public QFSettingsValue {
+class KVSHARE_API QFRectValue : public QFTypedValue<CRect> {
   DECLARE_SERIAL(QFRectValue)
 
  public:
-  QFRectValue(const CString& name, const CRect& value) : QFSettingsValue(name), m_Data(value) {}
-  const CRect& GetValue() const { return m_Data; }
-  void SetValue(const CRect& value) { m_Data = value; }
-
-  void Serialize(CArchive& ar) override;
-  void DumpData(FILE* file) override;
-  int SaveValueToRegistry(QFSettingsKey* key) override;
-  int RestoreValueFromRegistry(QFSettingsKey* key) override;
+  using QFTypedValue::QFTypedValue;
 
  protected:
   QFRectValue() = default;
-  CRect m_Data;
 };
 
 // Through the registry a time travels as the low 32 bits of its seconds, which come back without sign: -1 comes back as
 // 4294967295. The format requires that; an archive keeps all 64 bits. A text that doesn't scan comes back as 0.
-class KVSHARE_API QFTimeValue : public QFSettingsValue {
+class KVSHARE_API QFTimeValue : public QFTypedValue<CTime> {
   DECLARE_SERIAL(QFTimeValue)
 
  public:
-  QFTimeValue(const CString& name, const CTime& value) : QFSettingsValue(name), m_Data(value) {}
-  const CTime& GetValue() const { return m_Data; }
-  void SetValue(const CTime& value) { m_Data = value; }
-
-  void Serialize(CArchive& ar) override;
-  void DumpData(FILE* file) override;
-  int SaveValueToRegistry(QFSettingsKey* key) override;
-  int RestoreValueFromRegistry(QFSettingsKey* key) override;
+  using QFTypedValue::QFTypedValue;
 
  protected:
   QFTimeValue() = default;
-  CTime m_Data;
 };
 
 // A real that the registry keeps as text, cut to six decimals. It has the width of a double in memory and in archives.
-// A text that doesn't scan leaves it as it was.
-class KVSHARE_API QFLongDoubleStrValue : public QFSettingsValue {
+// A text that doesn't scan leaves it as it was. The banners of its dump name "QFDoubleStrValue": that is required.
+class KVSHARE_API QFLongDoubleStrValue : public QFTypedValue<double, long double> {
   DECLARE_SERIAL(QFLongDoubleStrValue)
 
  public:
-  QFLongDoubleStrValue(const CString& name, long double value) : QFSettingsValue(name), m_Data(double(value)) {}
-  long double GetValue() const { return m_Data; }
-  void SetValue(long double value) { m_Data = double(value); }
-
-  void Serialize(CArchive& ar) override;
-  // The banners name the class "QFDoubleStrValue": that is required.
-  void DumpData(FILE* file) override;
-  int SaveValueToRegistry(QFSettingsKey* key) override;
-  int RestoreValueFromRegistry(QFSettingsKey* key) override;
+  using QFTypedValue::QFTypedValue;
 
  protected:
   QFLongDoubleStrValue() = default;
-  double m_Data = 0;
 };
 
 // Restoring from a registry value of a type other than REG_BINARY gives 1 and leaves the array alone: that is required.
-class KVSHARE_API QFIntArrayValue : public QFSettingsValue {
+class KVSHARE_API QFIntArrayValue : public QFTypedValue<CArray<int, int>> {
   DECLARE_SERIAL(QFIntArrayValue)
 
  public:
-  QFIntArrayValue(const CString& name, const CArray<int, int>& value) : QFSettingsValue(name) { m_Data.Copy(value); }
-  const CArray<int, int>& GetValue() const { return m_Data; }
-  void SetValue(const CArray<int, int>& value) { m_Data.Copy(value); }
-
-  void Serialize(CArchive& ar) override;
-  void DumpData(FILE* file) override;
-  int SaveValueToRegistry(QFSettingsKey* key) override;
-  int RestoreValueFromRegistry(QFSettingsKey* key) override;
+  using QFTypedValue::QFTypedValue;
 
  protected:
   QFIntArrayValue() = default;
-  CArray<int, int> m_Data;
 };

@@ -165,6 +165,7 @@ TEST_F(SettingsRegistry, RestoresWhatIsThereAndKeepsTheRest) {
       {"real that doesn't scan", text(u"x"), 1, add(2.0L), asInt(0.0L), "2.000000"},
       {"real too small", text(u"-1e-999"), 1, add(2.0L), asInt(0.0L), "-0.000000"},
       {"real too large", text(u"1e999"), 1, add(2.0L), asInt(0.0L), "inf"},
+      {"real too large behind zeros", text(u"0.0000001e400"), 1, add(2.0L), asInt(0.0L), "inf"},
   };
   for (const Row& row : rows) {
     Put(_T("v"), row.stored);

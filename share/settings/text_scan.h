@@ -1,0 +1,37 @@
+// Reads numbers from a text in the manner of scanf: blanks ahead of a number are skipped, and the first number that
+// doesn't stand there ends the scan. Not public.
+#pragma once
+
+#include <string_view>
+
+#include "platform/types.h"
+
+class TextScan {
+ public:
+  explicit TextScan(std::u16string_view text) : rest_(text) {}
+
+  // A decimal number, cut to its low 32 bits; false, with the value untouched, if there is none.
+  bool Integer(DWORD& value) {
+    while (At(0) == ' ' || (At(0) >= '\t' && At(0) <= '\r')) rest_.remove_prefix(1);
+    const bool negative = At(0) == '-';
+    std::size_t at = negative || At(0) == '+';
+    if (!IsDigit(At(at))) return false;
+    DWORD number = 0;
+    for (; IsDigit(At(at)); ++at) number = number * 10 + DWORD(At(at) - '0');
+    rest_.remove_prefix(at);
+    value = negative ? 0 - number : number;
+    return true;
+  }
+  bool Integer(LONG& value) {
+    auto number = DWORD(value);
+    const bool found = Integer(number);
+    value = LONG(number);
+    return found;
+  }
+
+ private:
+  char16_t At(std::size_t i) const { return i < rest_.size() ? rest_[i] : u'\0'; }
+  static bool IsDigit(char16_t c) { return c >= '0' && c <= '9'; }
+
+  std::u16string_view rest_;
+};
