@@ -1,8 +1,7 @@
 #include "companions/xml/xml_document.h"
 
 #include <algorithm>
-#include <cstring>
-#include <mutex>
+#include <bit>
 #include <optional>
 #include <pugixml.hpp>
 
@@ -13,55 +12,22 @@ namespace {
 
 constexpr std::size_t kNodesPerBlock = 256;
 
-pugi::xml_node FirstElement(pugi::xml_node node) {
-  while (node && node.type() != pugi::node_element) node = node.next_sibling();
-  return node;
+// The parser's handles are one pointer, which is what this library's handles hold. Going from one to the other by bits
+// spares a call of the parser's library each time.
+static_assert(sizeof(pugi::xml_node) == sizeof(void*) && sizeof(pugi::xml_attribute) == sizeof(void*));
+
+pugi::xml_node NodeOf(void* parsed) { return std::bit_cast<pugi::xml_node>(parsed); }
+pugi::xml_attribute AttributeOf(void* parsed) { return std::bit_cast<pugi::xml_attribute>(parsed); }
+template <class Handle>
+void* BitsOf(Handle handle) {
+  return std::bit_cast<void*>(handle);
 }
 
-// Copies what the parser found into the flat tables. Its names and values are parts of the text, which it has
-// changed in place.
-class TreeFiller {
- public:
-  explicit TreeFiller(KVXMLTree& tree) : tree_(tree) {}
-
-  // Without recursion, so that depth is no matter.
-  void Fill(pugi::xml_node root) {
-    pugi::xml_node node = root;
-    std::uint32_t parent = KVXMLTree::kNone;
-    for (;;) {
-      const std::uint32_t index = Append(node, parent);
-      pugi::xml_node next = FirstElement(node.first_child());
-      if (next) parent = index;
-      while (!next && node != root) {
-        next = FirstElement(node.next_sibling());
-        if (next) break;
-        node = node.parent();
-        tree_.elements[parent].end = std::uint32_t(tree_.elements.size());
-        parent = tree_.elements[parent].parent;
-      }
-      if (!next) return;
-      node = next;
-    }
-  }
-
- private:
-  std::uint32_t Append(pugi::xml_node node, std::uint32_t parent) {
-    const auto index = std::uint32_t(tree_.elements.size());
-    const auto attributes = std::uint32_t(tree_.attributes.size());
-    for (const pugi::xml_attribute at : node.attributes()) {
-      tree_.attributes.push_back({PieceOf(at.name()), PieceOf(at.value())});
-    }
-    const auto attributesEnd = std::uint32_t(tree_.attributes.size());
-    tree_.elements.push_back({PieceOf(node.name()), parent, index + 1, attributes, attributesEnd});
-    return index;
-  }
-
-  KVXMLTree::Piece PieceOf(const char* text) const {
-    return {std::uint32_t(text - tree_.text), std::uint32_t(std::strlen(text))};
-  }
-
-  KVXMLTree& tree_;
-};
+// The node itself or the next of its siblings that is an element.
+void* FirstElement(pugi::xml_node node) {
+  while (BitsOf(node) && node.type() != pugi::node_element) node = node.next_sibling();
+  return BitsOf(node);
+}
 
 // The parser's own words are short and plain; only the one that a reader can't act on is replaced.
 std::string ReasonOf(const pugi::xml_parse_result& result) {
@@ -87,10 +53,32 @@ struct FileHandle {
 
 }  // namespace
 
-struct KVXMLDocument::Lines {
-  std::once_flag once;
-  std::vector<std::size_t> starts;
+struct KVXMLDocument::Parsed {
+  pugi::xml_document document;
 };
+
+// Fast lane -----------------------------------------------------------------------------------------------------------
+
+std::string_view KVXMLAttribute::Name() const noexcept {
+  return parsed_ ? AttributeOf(parsed_).name() : std::string_view();
+}
+std::string_view KVXMLAttribute::Value() const noexcept {
+  return parsed_ ? AttributeOf(parsed_).value() : std::string_view();
+}
+KVXMLAttribute KVXMLAttribute::Next() const noexcept {
+  return KVXMLAttribute(parsed_ ? BitsOf(AttributeOf(parsed_).next_attribute()) : nullptr);
+}
+
+std::string_view KVXMLElement::Name() const noexcept { return parsed_ ? NodeOf(parsed_).name() : std::string_view(); }
+KVXMLElement KVXMLElement::FirstChild() const noexcept {
+  return KVXMLElement(parsed_ ? FirstElement(NodeOf(parsed_).first_child()) : nullptr);
+}
+KVXMLElement KVXMLElement::NextSibling() const noexcept {
+  return KVXMLElement(parsed_ ? FirstElement(NodeOf(parsed_).next_sibling()) : nullptr);
+}
+KVXMLAttribute KVXMLElement::FirstAttribute() const noexcept {
+  return KVXMLAttribute(parsed_ ? BitsOf(NodeOf(parsed_).first_attribute()) : nullptr);
+}
 
 // Nodes ---------------------------------------------------------------------------------------------------------------
 
@@ -128,40 +116,45 @@ bool KVXMLNode::GetAttributeValue(CString name, CString& value) const {
 
 // Document ------------------------------------------------------------------------------------------------------------
 
-KVXMLDocument::KVXMLDocument() : lines_(std::make_unique<Lines>()) {}
+KVXMLDocument::KVXMLDocument() = default;
 KVXMLDocument::~KVXMLDocument() = default;
 
 KVXMLNode* KVXMLDocument::LoadFromFile(CString fileName) {
-  using Kind = KVXMLFailure::Kind;
   Clear();
   const FileHandle file(fileName);
-  const auto failed = [&](DWORD status) -> KVXMLNode* {
+  return Load([&] {
+    using Kind = KVXMLFailure::Kind;
+    LARGE_INTEGER size;
+    LARGE_INTEGER start = {};
+    DWORD read = 0;
+    bool done = file && GetFileSizeEx(file.handle, &size) && SetFilePointerEx(file.handle, start, nullptr, FILE_BEGIN);
+    if (done && size.QuadPart > LONGLONG(kXMLMostBytes)) {
+      Fail(Kind::kTooLarge, "the file is too large");
+      return false;
+    }
+    if (done) {
+      MakeRoom(std::size_t(size.QuadPart));
+      done = ReadFile(file.handle, text_.get(), DWORD(size_), &read, nullptr);
+    }
+    const DWORD status = done ? DWORD(ERROR_SUCCESS) : GetLastError();
     const bool missing = status == ERROR_FILE_NOT_FOUND || status == ERROR_PATH_NOT_FOUND;
-    Fail(missing ? Kind::kMissing : Kind::kUnreadable, 0, ErrorText(status));
-    return nullptr;
-  };
-  LARGE_INTEGER size;
-  if (!file || !GetFileSizeEx(file.handle, &size)) return failed(GetLastError());
-  if (size.QuadPart > LONGLONG(kXMLMostBytes)) {
-    Fail(Kind::kTooLarge, 0, "the file is too large");
-    return nullptr;
-  }
-  MakeRoom(std::size_t(size.QuadPart));
-  DWORD read = 0;
-  if (!ReadFile(file.handle, text_.get(), DWORD(size_), &read, nullptr)) return failed(GetLastError());
-  size_ = read;
-  return Parse();
+    if (!done) Fail(missing ? Kind::kMissing : Kind::kUnreadable, ErrorText(status));
+    size_ = read;
+    return done;
+  });
 }
 
 KVXMLNode* KVXMLDocument::LoadFromMemory(std::string_view bytes) {
   Clear();
-  if (bytes.size() > kXMLMostBytes) {
-    Fail(KVXMLFailure::Kind::kTooLarge, 0, "the text is too large");
-    return nullptr;
-  }
-  MakeRoom(bytes.size());
-  std::copy(bytes.begin(), bytes.end(), text_.get());
-  return Parse();
+  return Load([&] {
+    if (bytes.size() > kXMLMostBytes) {
+      Fail(KVXMLFailure::Kind::kTooLarge, "the text is too large");
+      return false;
+    }
+    MakeRoom(bytes.size());
+    std::copy(bytes.begin(), bytes.end(), text_.get());
+    return true;
+  });
 }
 
 void KVXMLDocument::MakeRoom(std::size_t size) {
@@ -169,43 +162,47 @@ void KVXMLDocument::MakeRoom(std::size_t size) {
   size_ = size;
 }
 
-KVXMLNode* KVXMLDocument::Parse() {
+// The source's text as UTF-8 with a NUL behind it.
+bool KVXMLDocument::ReadText(const Source& source) {
+  if (!source()) return false;
   if (const std::optional<std::string> converted = kvxml::ConvertToUtf8(Text())) {
     MakeRoom(converted->size());
     std::copy(converted->begin(), converted->end(), text_.get());
   }
   text_[size_] = '\0';
-  if (!ParseIntoTree()) return nullptr;
-  KVXMLNode* node = NewNodes(1);
-  node->document_ = this;
-  node->element_ = KVXMLElement(tree_, 0);
-  return node;
-}
-
-bool KVXMLDocument::ParseIntoTree() {
-  LineStarts();  // ahead of the parser, which changes the text
-  pugi::xml_document parsed;
-  const pugi::xml_parse_result result =
-      parsed.load_buffer_inplace(text_.get(), size_, pugi::parse_default, pugi::encoding_utf8);
-  if (!result) {
-    Fail(KVXMLFailure::Kind::kMalformed, std::size_t(result.offset), ReasonOf(result));
-    return false;
-  }
-  const pugi::xml_node root = parsed.document_element();
-  if (const pugi::xml_node second = FirstElement(root.next_sibling())) {
-    Fail(KVXMLFailure::Kind::kMalformed, std::size_t(second.name() - text_.get()),
-         "a second root element follows the first");
-    return false;
-  }
-  tree_.text = text_.get();
-  TreeFiller(tree_).Fill(root);
   return true;
 }
 
-void KVXMLDocument::Fail(KVXMLFailure::Kind kind, std::size_t byte, std::string reason) {
-  failure_ = {kind, {}, byte, std::move(reason)};
-  if (kind == KVXMLFailure::Kind::kMalformed) failure_.place = PlaceOfByte(byte);
+KVXMLNode* KVXMLDocument::Load(const Source& source) {
+  if (!ReadText(source)) return nullptr;
+  if (keep_places_) line_starts_ = kvxml::LineStarts(Text());
+  parsed_ = std::make_unique<Parsed>();
+  const pugi::xml_parse_result result =
+      parsed_->document.load_buffer_inplace(text_.get(), size_, pugi::parse_default, pugi::encoding_utf8);
+  if (!result) return FailMalformed(source, std::size_t(result.offset), ReasonOf(result));
+  const pugi::xml_node root = parsed_->document.document_element();
+  const KVXMLElement second(FirstElement(root.next_sibling()));
+  if (second) {
+    return FailMalformed(source, std::size_t(second.Name().data() - text_.get()),
+                         "a second root element follows the first");
+  }
+  KVXMLNode* node = NewNodes(1);
+  node->document_ = this;
+  node->element_ = KVXMLElement(BitsOf(root));
+  return node;
 }
+
+// To tell the place, text that was parsed already is read once more.
+KVXMLNode* KVXMLDocument::FailMalformed(const Source& source, std::size_t byte, std::string reason) {
+  parsed_.reset();
+  if (line_starts_.empty() && ReadText(source)) line_starts_ = kvxml::LineStarts(Text());
+  Fail(KVXMLFailure::Kind::kMalformed, std::move(reason));
+  failure_.byte = byte;
+  failure_.place = PlaceOfByte(byte);
+  return nullptr;
+}
+
+void KVXMLDocument::Fail(KVXMLFailure::Kind kind, std::string reason) { failure_ = {kind, {}, 0, std::move(reason)}; }
 
 // Hands out neighbours from the open block, or opens a block that has room for all of them.
 KVXMLNode* KVXMLDocument::NewNodes(std::size_t count) {
@@ -219,15 +216,10 @@ KVXMLNode* KVXMLDocument::NewNodes(std::size_t count) {
   return nodes_.back().get() + used_ - count;
 }
 
-const std::vector<std::size_t>& KVXMLDocument::LineStarts() const {
-  std::call_once(lines_->once, [this] { lines_->starts = kvxml::LineStarts(Text()); });
-  return lines_->starts;
-}
-
 KVXMLPlace KVXMLDocument::PlaceOfByte(std::size_t byte) const {
-  const std::vector<std::size_t>& starts = LineStarts();
-  const auto next = std::upper_bound(starts.begin(), starts.end(), byte);
-  return {int(next - starts.begin()), int(byte - *(next - 1)) + 1};
+  const auto next = std::upper_bound(line_starts_.begin(), line_starts_.end(), byte);
+  if (next == line_starts_.begin()) return {};  // not kept
+  return {int(next - line_starts_.begin()), int(byte - *(next - 1)) + 1};
 }
 
 KVXMLPlace KVXMLDocument::PlaceInText(std::string_view piece) const {
@@ -239,10 +231,10 @@ KVXMLPlace KVXMLDocument::PlaceOf(KVXMLAttribute attribute) const { return Place
 KVXMLPlace KVXMLDocument::PlaceOfValue(KVXMLAttribute attribute) const { return PlaceInText(attribute.Value()); }
 
 void KVXMLDocument::Clear() {
-  tree_.Clear();
+  parsed_.reset();
   text_.reset();
   size_ = 0;
-  lines_ = std::make_unique<Lines>();
+  line_starts_.clear();
   nodes_.clear();
   used_ = room_ = 0;
   failure_ = {};

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -53,6 +54,10 @@ class KVSHARE_API KVXMLDocument {
 
   const KVXMLFailure& LastFailure() const noexcept { return failure_; }
 
+  // Whether later loads keep what the PlaceOf calls need, which costs a walk through the text: true until told
+  // otherwise. Without it every place is unknown, but for that of a failure.
+  void KeepPlaces(bool keep) noexcept { keep_places_ = keep; }
+
   // Where an element's name, an attribute's name or an attribute's value begins. Of none: unknown.
   KVXMLPlace PlaceOf(KVXMLElement element) const;
   KVXMLPlace PlaceOf(KVXMLAttribute attribute) const;
@@ -60,23 +65,26 @@ class KVSHARE_API KVXMLDocument {
 
  private:
   friend class KVXMLNode;
-  struct Lines;
+  struct Parsed;
+  // Fills text_ from where the text comes from; false, with the failure set, if that can't be.
+  using Source = std::function<bool()>;
 
   void MakeRoom(std::size_t size);
-  KVXMLNode* Parse();
-  bool ParseIntoTree();
-  void Fail(KVXMLFailure::Kind kind, std::size_t byte, std::string reason);
+  bool ReadText(const Source& source);
+  KVXMLNode* Load(const Source& source);
+  KVXMLNode* FailMalformed(const Source& source, std::size_t byte, std::string reason);
+  void Fail(KVXMLFailure::Kind kind, std::string reason);
   KVXMLNode* NewNodes(std::size_t count);
   std::string_view Text() const noexcept { return {text_.get(), size_}; }
-  const std::vector<std::size_t>& LineStarts() const;
   KVXMLPlace PlaceOfByte(std::size_t byte) const;
   KVXMLPlace PlaceInText(std::string_view piece) const;
   void Clear();
 
-  std::unique_ptr<char[]> text_;  // the file, and a NUL
+  std::unique_ptr<char[]> text_;  // the file, and a NUL; the parser writes into it
   std::size_t size_ = 0;
-  KVXMLTree tree_;
-  std::unique_ptr<Lines> lines_;                     // where lines start, found when first asked for
+  std::unique_ptr<Parsed> parsed_;
+  bool keep_places_ = true;
+  std::vector<std::size_t> line_starts_;             // of the text ahead of the parser; empty if not kept
   std::vector<std::unique_ptr<KVXMLNode[]>> nodes_;  // blocks; the last one is filled up to used_
   std::size_t used_ = 0;
   std::size_t room_ = 0;

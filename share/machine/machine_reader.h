@@ -22,7 +22,7 @@ inline constexpr int kMachineMostRepeatedIds = 1000000;  // IDs that lists gain 
 
 class KVSHARE_API KVVMMachineXMLReaderUtil : public CObject {
  public:
-  KVVMMachineXMLReaderUtil() = default;
+  KVVMMachineXMLReaderUtil() { m_document.KeepPlaces(false); }
   ~KVVMMachineXMLReaderUtil() override;
 
   // Reads a definition file into the machine, which the caller owns; geometry files lie in the machine's persistent

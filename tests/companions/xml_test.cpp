@@ -75,15 +75,24 @@ TEST(Xml, TellsWhereAndWhyAFileIsMalformed) {
       {"<a/>\n<b/>", 2, 2, 6, "a second root element follows the first"},
       {"<a b=1/>", 1, 6, 5, "error parsing element attribute"},
   };
+  const kvtest::ScratchFolder folder;
+  const CString file(ProductPathFromSystem((folder.Path() / "broken.xml").string()).c_str());
   for (const Broken& row : kCases) {
-    KVXMLDocument document;
-    EXPECT_EQ(document.LoadFromMemory(row.text), nullptr) << row.text;
-    const KVXMLFailure& failure = document.LastFailure();
-    EXPECT_EQ(failure.kind, Kind::kMalformed) << row.text;
-    EXPECT_EQ(failure.place.line, row.line) << row.text;
-    EXPECT_EQ(failure.place.column, row.column) << row.text;
-    EXPECT_EQ(failure.byte, row.byte) << row.text;
-    EXPECT_EQ(failure.reason, row.reason) << row.text;
+    folder.Write("broken.xml", std::string(row.text));
+    for (const bool places : {true, false}) {
+      for (const bool fromFile : {true, false}) {
+        SCOPED_TRACE(testing::Message() << row.text << " places " << places << " file " << fromFile);
+        KVXMLDocument document;
+        document.KeepPlaces(places);
+        EXPECT_EQ(fromFile ? document.LoadFromFile(file) : document.LoadFromMemory(row.text), nullptr);
+        const KVXMLFailure& failure = document.LastFailure();
+        EXPECT_EQ(failure.kind, Kind::kMalformed);
+        EXPECT_EQ(failure.place.line, row.line);
+        EXPECT_EQ(failure.place.column, row.column);
+        EXPECT_EQ(failure.byte, row.byte);
+        EXPECT_EQ(failure.reason, row.reason);
+      }
+    }
   }
 }
 
@@ -112,6 +121,8 @@ TEST(Xml, GivesPlaces) {
   EXPECT_EQ(place(document.PlaceOfValue(b.FirstAttribute())), std::pair(2, 8));
   EXPECT_EQ(place(document.PlaceOf(b.FirstAttribute().Next())), std::pair(3, 3));
   EXPECT_EQ(place(document.PlaceOf(KVXMLElement())), std::pair(0, 0));
+  document.KeepPlaces(false);
+  EXPECT_EQ(place(document.PlaceOf(document.LoadFromMemory("<a/>")->Element())), std::pair(0, 0)) << "not kept";
 }
 
 TEST(Xml, DepthIsNoMatter) {
