@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace kestrova {
 
@@ -24,6 +25,8 @@ class WrongUsage : public std::runtime_error {
 class FoundErrors {};
 
 void AddRegistryCommands(CLI::App& app);
+// What may stand in the place of the last word behind `reg`; see host/completion.h.
+std::vector<std::string> RegistryCandidates(const std::vector<std::string>& words);
 void AddMachineCommands(CLI::App& app);
 void AddEnvironmentCommands(CLI::App& app);
 

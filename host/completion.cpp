@@ -46,10 +46,9 @@ const CLI::App* Descend(const CLI::App& app, const std::vector<std::string>& wor
   return at;
 }
 
-}  // namespace
-
-std::vector<std::string> Complete(const CLI::App& app, const std::vector<std::string>& words) {
-  const std::string last = words.empty() ? "" : words.back();
+// What the application's own commands and options let follow.
+std::vector<std::string> Following(const CLI::App& app, const std::vector<std::string>& words) {
+  const std::string& last = words.back();
   const CLI::App* at = Descend(app, words);
   const CLI::Option* before = words.size() > 1 ? FindOption(*at, words[words.size() - 2]) : nullptr;
 
@@ -69,12 +68,12 @@ std::vector<std::string> Complete(const CLI::App& app, const std::vector<std::st
       for (const std::string& choice : Choices(*option)) candidates.push_back(choice);
     }
   }
-  std::erase_if(candidates, [&](const std::string& candidate) { return !candidate.starts_with(last); });
-  std::sort(candidates.begin(), candidates.end());
   return candidates;
 }
 
-void AddCompletionCommands(CLI::App& app) {
+}  // namespace
+
+void AddCompletionCommands(CLI::App& app, const std::map<std::string, Candidates>& own) {
   CLI::App* completion = app.add_subcommand("completion", "Print the completion script for a shell");
   completion->footer("Example:\n  kestrova completion bash > /etc/bash_completion.d/kestrova");
   auto shell = std::make_shared<std::string>();
@@ -83,8 +82,16 @@ void AddCompletionCommands(CLI::App& app) {
 
   CLI::App* hidden = app.add_subcommand(kHiddenCommand, "")->group("");
   hidden->prefix_command();
-  hidden->callback([&app, hidden] {
-    for (const std::string& candidate : Complete(app, hidden->remaining())) std::printf("%s\n", candidate.c_str());
+  hidden->callback([&app, hidden, own] {
+    std::vector<std::string> words = hidden->remaining();
+    if (words.empty()) words.emplace_back();
+    const auto command = words.size() > 1 ? own.find(words.front()) : own.end();
+    std::vector<std::string> candidates =
+        command == own.end() ? Following(app, words) : command->second({words.begin() + 1, words.end()});
+    std::sort(candidates.begin(), candidates.end());
+    for (const std::string& candidate : candidates) {
+      if (candidate.starts_with(words.back())) std::printf("%s\n", candidate.c_str());
+    }
   });
 }
 

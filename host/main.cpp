@@ -23,7 +23,7 @@ int Run(int argc, char** argv) {
   kestrova::AddRegistryCommands(app);
   kestrova::AddEnvironmentCommands(app);
   kestrova::AddMachineCommands(app);
-  kestrova::AddCompletionCommands(app);
+  kestrova::AddCompletionCommands(app, {{"reg", kestrova::RegistryCandidates}});
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -38,9 +38,19 @@ A KEY begins with HKCU or HKLM, or their long names. A switch may be written wit
 
 // ---- The words behind a command ----
 
-// What a command takes: its name, how many words that are no switches, its switches with a value and without, help.
+struct Arguments;
+
+void QueryCommand(const Arguments& arguments);
+void AddCommand(const Arguments& arguments);
+void DeleteCommand(const Arguments& arguments);
+void ExportCommand(const Arguments& arguments);
+void ImportCommand(const Arguments& arguments);
+
+// A command: its name and what it does, how many words that are no switches it takes, its switches with a value and
+// without, help.
 struct CommandForm {
   const char* name;
+  void (*run)(const Arguments& arguments);
   std::size_t words;
   const char* with_value;
   const char* without_value;
@@ -48,7 +58,7 @@ struct CommandForm {
 };
 
 constexpr CommandForm kForms[] = {
-    {"query", 1, "v", "ve s -json", R"(Shows a key: its values and the keys below it.
+    {"query", QueryCommand, 1, "v", "ve s -json", R"(Shows a key: its values and the keys below it.
 
   kestrova reg query KEY [/v NAME | /ve] [/s] [--json]
 
@@ -59,7 +69,7 @@ Ends with 1 if the key or the value is missing.
   kestrova reg query "HKCU\Software\Zemlor\Kestrova" /s
   kestrova reg query "HKCU\Software\Zemlor\Kestrova\Debug" /v LOG_KV
 )"},
-    {"add", 1, "v t d s", "ve f", R"(Makes a key, or writes a value.
+    {"add", AddCommand, 1, "v t d s", "ve f", R"(Makes a key, or writes a value.
 
   kestrova reg add KEY [/v NAME | /ve] [/t TYPE] [/d DATA] [/s SEPARATOR] [/f]
 
@@ -70,7 +80,7 @@ Ends with 1 if the key or the value is missing.
 
   kestrova reg add "HKCU\Software\Zemlor\Kestrova\Debug" /v LOG_KV /t REG_DWORD /d 1 /f
 )"},
-    {"delete", 1, "v", "ve va f", R"(Deletes a key with all below it, or values.
+    {"delete", DeleteCommand, 1, "v", "ve va f", R"(Deletes a key with all below it, or values.
 
   kestrova reg delete KEY [/v NAME | /ve | /va] [/f]
 
@@ -79,7 +89,7 @@ Ends with 1 if the key or the value is missing.
 
   kestrova reg delete "HKCU\Software\Zemlor\Kestrova\Debug" /v LOG_KV /f
 )"},
-    {"export", 2, "", "y", R"(Writes a key with all below it into a file.
+    {"export", ExportCommand, 2, "", "y", R"(Writes a key with all below it into a file.
 
   kestrova reg export KEY FILE [/y]
 
@@ -87,7 +97,8 @@ Ends with 1 if the key or the value is missing.
 
   kestrova reg export "HKCU\Software\Zemlor\Kestrova" settings.reg /y
 )"},
-    {"import", 1, "", "", R"(Writes what a file tells into the registry: all of it or, if anything is wrong, nothing.
+    {"import", ImportCommand, 1, "", "",
+     R"(Writes what a file tells into the registry: all of it or, if anything is wrong, nothing.
 
   kestrova reg import FILE
 
@@ -100,8 +111,18 @@ std::string LowerAscii(std::string text) {
   return text;
 }
 
-bool Lists(std::string_view list, std::string_view word) {
-  return (' ' + std::string(list) + ' ').find(' ' + std::string(word) + ' ') != std::string::npos;
+const CommandForm* FormOf(const std::string& word) {
+  for (const CommandForm& form : kForms) {
+    if (LowerAscii(word) == form.name) return &form;
+  }
+  return nullptr;
+}
+
+std::vector<std::string> WordsOf(const char* list) { return CLI::detail::split_up(list); }
+
+bool Lists(const char* list, const std::string& word) {
+  const std::vector<std::string> words = WordsOf(list);
+  return std::find(words.begin(), words.end(), word) != words.end();
 }
 
 bool AsksForHelp(const std::string& word) {
@@ -408,26 +429,19 @@ void ImportCommand(const Arguments& arguments) {
   Done();
 }
 
-constexpr void (*kRun[])(const Arguments&) = {QueryCommand, AddCommand, DeleteCommand, ExportCommand, ImportCommand};
-static_assert(std::size(kRun) == std::size(kForms));
-
 void RunRegistryCommand(const std::vector<std::string>& given) {
   if (given.empty()) throw WrongUsage("reg needs a command; see kestrova reg --help");
   if (AsksForHelp(given[0])) {
     std::fputs(kOverview, stdout);
     return;
   }
-  const std::string name = LowerAscii(given[0]);
-  for (std::size_t i = 0; i < std::size(kForms); ++i) {
-    if (name != kForms[i].name) continue;
-    if (given.size() == 2 && AsksForHelp(given[1])) {
-      std::fputs(kForms[i].help, stdout);
-    } else {
-      kRun[i](ReadArguments(kForms[i], given));
-    }
-    return;
+  const CommandForm* const form = FormOf(given[0]);
+  if (!form) throw WrongUsage(fmt::format("reg has no command {}; see kestrova reg --help", given[0]));
+  if (given.size() == 2 && AsksForHelp(given[1])) {
+    std::fputs(form->help, stdout);
+  } else {
+    form->run(ReadArguments(*form, given));
   }
-  throw WrongUsage(fmt::format("reg has no command {}; see kestrova reg --help", given[0]));
 }
 
 }  // namespace
@@ -438,6 +452,25 @@ void AddRegistryCommands(CLI::App& app) {
   reg->prefix_command();
   reg->set_help_flag();
   reg->callback([reg] { RunRegistryCommand(reg->remaining()); });
+}
+
+std::vector<std::string> RegistryCandidates(const std::vector<std::string>& words) {
+  std::vector<std::string> candidates;
+  if (words.size() == 1) {
+    for (const CommandForm& form : kForms) candidates.emplace_back(form.name);
+    return candidates;
+  }
+  const CommandForm* const form = FormOf(words.front());
+  const std::string& last = words.back();
+  const std::string ahead = LowerAscii(words[words.size() - 2]);
+  if (form && (ahead == "/t" || ahead == "-t") && Lists(form->with_value, "t")) return TypeNames();
+  if (!form || (!last.starts_with('/') && !last.starts_with('-'))) return candidates;
+  for (const char* list : {form->with_value, form->without_value}) {
+    for (const std::string& name : WordsOf(list)) {
+      if (last[0] == '-' || name[0] != '-') candidates.push_back(last[0] + name);  // --json has one form only
+    }
+  }
+  return candidates;
 }
 
 }  // namespace kestrova

@@ -133,6 +133,12 @@ std::string TypeName(DWORD type) {
   return fmt::format("0x{:x}", type);
 }
 
+std::vector<std::string> TypeNames() {
+  std::vector<std::string> names;
+  for (const TypeRow& row : kTypes) names.emplace_back(row.name);
+  return names;
+}
+
 std::optional<DWORD> TypeOf(std::string_view name) {
   const auto same = [](char a, char b) { return a == (b >= 'a' && b <= 'z' ? b - 'a' + 'A' : b); };
   for (const TypeRow& row : kTypes) {

@@ -20,6 +20,7 @@ struct RegistryValue {
 // "REG_SZ" and so on; a type without a name as "0x1234".
 std::string TypeName(DWORD type);
 // The type of a name, in any case.
+std::vector<std::string> TypeNames();
 std::optional<DWORD> TypeOf(std::string_view name);
 
 // Data on one line: texts as they are (those of a list with \0 between), numbers as 0x2a, all else, and what doesn't

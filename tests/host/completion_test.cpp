@@ -16,6 +16,12 @@ TEST(Completion, OffersCommandsOptionsAndChoices) {
       {{"complete-words", "machine", "export", "--type", "T"}, "Turn\n"},
       {{"complete-words", "machine", "export", "--machines", ""}, ""},  // the shell offers files
       {{"complete-words", "completion", ""}, "bash\n"},
+      {{"complete-words", "reg", ""}, "add\ndelete\nexport\nimport\nquery\n"},
+      {{"complete-words", "reg", "query", "/"}, "/s\n/v\n/ve\n"},
+      {{"complete-words", "reg", "query", "HKCU", "--"}, "--json\n"},
+      {{"complete-words", "reg", "add", "HKCU", "/v", "X", "/t", "REG_D"}, "REG_DWORD\nREG_DWORD_BIG_ENDIAN\n"},
+      {{"complete-words", "reg", "export", "HKCU", ""}, ""},
+      {{"complete-words", "reg", "search", "-"}, ""},
   };
   for (const auto& c : kCases) {
     const auto result = kvtest::RunCommand(c.words);
