@@ -1,4 +1,7 @@
 // Everything public of the shared library, for a module that wants one include: #include <kvshare/kvshare.h>.
+//
+// Of the platform these are the calls for what the library hands out and takes: keys, paths, files, resource libraries,
+// statuses. The others (processes, threads, locales, compound files) have headers of their own.
 #pragma once
 
 #include "companions/geometry/boxes.h"
@@ -13,9 +16,17 @@
 #include "framework/ob_array.h"
 #include "framework/ob_list.h"
 #include "framework/object.h"
+#include "framework/rectangle.h"
 #include "framework/resources.h"
 #include "framework/stream_file.h"
 #include "framework/text.h"
+#include "framework/time.h"
+#include "platform/errors.h"
+#include "platform/files.h"
+#include "platform/paths.h"
+#include "platform/registry.h"
+#include "platform/resources.h"
+#include "platform/safe_file.h"
 #include "share/env/app_env.h"
 #include "share/env/core_messages.h"
 #include "share/env/document_callbacks.h"
@@ -24,6 +35,7 @@
 #include "share/env/product_edition.h"
 #include "share/env/product_identity.h"
 #include "share/env/registry_access.h"
+#include "share/env/registry_keys.h"
 #include "share/env/version_info.h"
 #include "share/machine/channel.h"
 #include "share/machine/machine.h"
@@ -35,6 +47,7 @@
 #include "share/objects/archive_store.h"
 #include "share/objects/base_object.h"
 #include "share/objects/callback_helper.h"
+#include "share/objects/dump.h"
 #include "share/objects/flagged_error.h"
 #include "share/objects/geometry_archive.h"
 #include "share/objects/job_enums.h"
@@ -49,6 +62,7 @@
 #include "share/objects/structured_storage.h"
 #include "share/objects/tolerance_guard.h"
 #include "share/objects/ui_object.h"
+#include "share/settings/registry_text.h"
 #include "share/settings/settings_key.h"
 #include "share/settings/settings_value.h"
 #include "share/utilities/convert_units.h"

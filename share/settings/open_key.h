@@ -1,4 +1,4 @@
-// An open registry key, closed at the end of its scope.
+// An open registry key, closed at the end of its scope. Not public.
 #pragma once
 
 #include <utility>
