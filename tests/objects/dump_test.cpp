@@ -59,9 +59,9 @@ TEST(NodeDump, NewNodeIsExact) {
 TEST(NodeDump, FilledNodeIsExact) {
   kvtest::TestDocument document;
   document.nextId = 4294967295u;
-  StampedNode node;
   QFObject user, held;
   NamedNode named;
+  StampedNode node;  // goes ahead of its users, as all who are used do here
   node.AddToUserObjectsList(&named, 0);
   node.AddToUserObjectsList(&user, 0);
   node.AddToUserObjectsList(&held, 1);
@@ -101,7 +101,7 @@ TEST(NodeDump, StatesAndResultsHaveTheirTexts) {
 
 TEST(NodeDump, UsersAreExact) {
   StampedNode user;
-  QFObject node, owner, plain;
+  QFObject owner, plain, node;
   user.SetOwner(&owner);
   node.AddToUserObjectsList(&user, 0);
   node.AddToUserObjectsList(&plain, 0);

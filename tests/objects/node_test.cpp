@@ -137,7 +137,7 @@ TEST_F(Node, MergingInvalidatesTheOther) {
 
 TEST_F(Node, CopiesItsParametersAndNothingElse) {
   TestDocument document;
-  QFObject source, owner, node;
+  QFObject node, owner, source;
   source.ChangeName(_T("source"));
   source.SetOwner(&owner);
   source.SetState(LOCKED);

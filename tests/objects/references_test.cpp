@@ -54,7 +54,7 @@ class References : public testing::Test {
 
 TEST_F(References, OwnerThatCantBeStoredBecomesNull) {
   UnstorableNode foreign;
-  LinkNode middle(_T("middle")), plain(_T("node")), node(_T("node"));
+  LinkNode plain(_T("node")), node(_T("node")), middle(_T("middle"));
   middle.AddToUserObjectsList(&plain, 0);
   middle.AddToUserObjectsList(&foreign, 0);
   const std::string expected = StoredHex([&](CArchive& ar) { ar << &plain; });
@@ -143,7 +143,8 @@ TEST_F(References, LoadedNodeStandsInItsOriginalOwnersList) {
   EXPECT_EQ(loaded->GetOriginalOwner(), nullptr) << "told by its original owner's end";
   delete loadedOwner;
   delete loaded;
-  node.SetOriginalOwner(nullptr);
+  first.DetachFromAllUserObjects();
+  owner.DetachFromAllUserObjects();
 }
 
 TEST_F(References, OriginalOwnerThatIsTheOwnerIsForgotten) {

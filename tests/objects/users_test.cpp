@@ -37,8 +37,9 @@ using Users = std::vector<CObject*>;
 
 }  // namespace
 
+// Here and below, what is used is declared last: it goes first, and its users forget it.
 TEST(Users, StandInOneListOnce) {
-  QFObject node, a, b;
+  QFObject a, b, node;
   EXPECT_EQ(node.AddToUserObjectsList(&a, 0), 1);
   EXPECT_EQ(node.AddToUserObjectsList(&b, 0), 1);
   EXPECT_EQ(node.AddToUserObjectsList(&a, 0), 1);
@@ -57,7 +58,7 @@ TEST(Users, StandInOneListOnce) {
 }
 
 TEST(Users, AllAreAppendedToTheListGiven) {
-  QFObject node, a;
+  QFObject a, node;
   node.AddToUserObjectsList(&a, 0);
   CObList list;
   list.AddTail(&node);
@@ -114,7 +115,7 @@ TEST(Users, NodeThatUsesItselfCanGo) {
 
 TEST(Users, ListKeepsDuplicatesNullsAndForeignObjectsOfADocument) {
   CObList foreign;
-  QFObject node, a, b;
+  QFObject a, b, node;
   kvtest::RecordBytes bytes;  // the objects are numbers 1 to 3
   bytes.NewClass("QFObject", 8).NewClass("QFBaseObject", 2).Word(7);
   for (const int number : {1, 2, 1, 0, 3, 2, 0}) bytes.Object(number);
