@@ -21,6 +21,7 @@ constexpr bool kPooled = true;
 constexpr std::size_t kPageBytes = BlockPool::kPageBytes;  // and the alignment of a page: a block's address tells its
 constexpr std::size_t kFirstRegionPages = 16;              // a small program stays small
 constexpr std::size_t kRegionPages = 32;                   // a huge page of common systems
+constexpr std::size_t kSpareRegions = 16;                  // kept empty, so that the next document asks nobody
 constexpr std::size_t kStep = 8;  // a size that is a multiple of 16 is one of the steps, and its blocks are aligned so
 constexpr std::size_t kSteps = BlockPool::kLargestShared / kStep + 1;
 
@@ -85,7 +86,7 @@ struct Heap {
 struct Store {
   std::mutex lock;
   Region* regions = nullptr;  // those with free pages
-  Region* spare = nullptr;    // one of them that is empty: kept, so that a load after an unload asks nobody
+  std::size_t empty = 0;      // how many of them are wholly free
   bool first = true;
   Heap* idle = nullptr;
 
@@ -112,6 +113,7 @@ Region* Store::NewRegion() {
   }
   first = false;
   region->free = region->all;
+  ++empty;
   PushFront(regions, region);
   return region;
 }
@@ -119,7 +121,7 @@ Region* Store::NewRegion() {
 Page* Store::TakePage() {
   const std::lock_guard guard(lock);
   Region* region = regions ? regions : NewRegion();
-  if (region == spare) spare = nullptr;
+  if (region->free == region->all) --empty;
   const int index = std::countr_zero(region->free);
   region->free &= region->free - 1;
   if (region->free == 0) Unlink(regions, region);
@@ -134,10 +136,8 @@ void Store::GivePage(Page* page) noexcept {
   if (region->free == 0) PushFront(regions, region);
   region->free |= std::uint32_t{1} << (std::size_t(page->Base() - region->pages) / kPageBytes);
   if (region->free != region->all) return;
-  if (!spare) {
-    spare = region;
-    return;
-  }
+  if (++empty <= kSpareRegions) return;
+  --empty;
   Unlink(regions, region);
   VirtualFree(region->pages, 0, MEM_RELEASE);
   delete region;

@@ -411,16 +411,15 @@ CString FromUtf8(std::string_view text) {
   CString result;
   if (text.empty()) return result;
   const int bytes = CheckedLength(text.size());
-  const bool ascii =
-      std::all_of(text.begin(), text.end(), [](char byte) { return static_cast<signed char>(byte) >= 0; });
-  const int length = ascii ? bytes : MultiByteToWideChar(CP_UTF8, 0, text.data(), bytes, nullptr, 0);
-  TCHAR* units = result.GetBufferSetLength(length);
-  if (ascii) {
-    std::copy(text.begin(), text.end(), units);
-  } else {
-    MultiByteToWideChar(CP_UTF8, 0, text.data(), bytes, units, length);
-  }
-  return result;
+  TCHAR* units = result.GetBufferSetLength(bytes);
+  const int ascii = WidenAscii(text, units);
+  if (ascii == bytes) return result;
+  CString exact;  // other text has fewer units than bytes
+  const int rest = MultiByteToWideChar(CP_UTF8, 0, text.data() + ascii, bytes - ascii, nullptr, 0);
+  TCHAR* exact_units = exact.GetBufferSetLength(ascii + rest);
+  std::copy_n(units, ascii, exact_units);
+  MultiByteToWideChar(CP_UTF8, 0, text.data() + ascii, bytes - ascii, exact_units + ascii, rest);
+  return exact;
 }
 
 void AppendUtf8(std::string& out, std::u16string_view text) {

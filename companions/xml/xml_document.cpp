@@ -29,6 +29,13 @@ void* FirstElement(pugi::xml_node node) {
   return BitsOf(node);
 }
 
+// The text at begin, which a NUL of the parser's ends. Mostly two characters part it from the next one, =" or a quote
+// and a blank, and the parser has put the NUL into the first of them, unless it has shortened the text: then nothing
+// has to be searched.
+std::string_view TextAhead(const char* begin, const char* next) {
+  return next - begin >= 2 && next[-2] == '\0' ? std::string_view(begin, std::size_t(next - begin - 2)) : begin;
+}
+
 // The parser's own words are short and plain; only the one that a reader can't act on is replaced.
 std::string ReasonOf(const pugi::xml_parse_result& result) {
   if (result.status == pugi::status_no_document_element) return "there is no root element";
@@ -78,6 +85,22 @@ KVXMLElement KVXMLElement::NextSibling() const noexcept {
 }
 KVXMLAttribute KVXMLElement::FirstAttribute() const noexcept {
   return KVXMLAttribute(parsed_ ? BitsOf(NodeOf(parsed_).first_attribute()) : nullptr);
+}
+
+KVXMLAttributeReader::KVXMLAttributeReader(KVXMLElement element) noexcept
+    : parsed_(element.FirstAttribute().parsed_), name_(parsed_ ? AttributeOf(parsed_).name() : nullptr) {}
+
+bool KVXMLAttributeReader::Next(std::string_view& name, std::string_view& value) noexcept {
+  if (!parsed_) return false;
+  const pugi::xml_attribute at = AttributeOf(parsed_);
+  const pugi::xml_attribute next = at.next_attribute();
+  const char* const begin = at.value();
+  const char* const next_name = BitsOf(next) ? next.name() : nullptr;
+  name = TextAhead(name_, begin);
+  value = next_name ? TextAhead(begin, next_name) : std::string_view(begin);
+  parsed_ = BitsOf(next);
+  name_ = next_name;
+  return true;
 }
 
 // Nodes ---------------------------------------------------------------------------------------------------------------

@@ -10,7 +10,8 @@ namespace {
 constexpr TCHAR kBackslash = _T('\\');
 
 void DeleteObjects(CObList& list) {
-  while (!list.IsEmpty()) delete list.RemoveHead();
+  for (POSITION at = list.GetHeadPosition(); at;) delete list.GetNext(at);
+  list.RemoveAll();
 }
 
 CString WideText(std::string_view ascii) { return FromUtf8(ascii); }

@@ -67,13 +67,13 @@ void ReadAttributes(std::span<const Attribute> rows, KVXMLElement element, Readi
   Written written[kMostAttributesOfElement];  // of the rows that are found
   std::uint32_t found = 0;                    // a bit a row
   std::size_t next = 0;
-  for (KVXMLAttribute at = element.FirstAttribute(); at; at = at.Next()) {
-    const std::string_view name = at.Name();
+  std::string_view name, value;
+  for (KVXMLAttributeReader attributes(element); attributes.Next(name, value);) {
     for (std::size_t tried = 0; tried < rows.size(); ++tried) {
       if (next == rows.size()) next = 0;
       const std::size_t row = next++;
       if (!SameName(name, rows[row].name)) continue;
-      if (!(found >> row & 1)) written[row] = {at.Value().data(), at.Value().size()};
+      if (!(found >> row & 1)) written[row] = {value.data(), value.size()};
       found |= 1u << row;
       break;
     }
@@ -89,8 +89,13 @@ void ReadElement(const Element& rule, KVXMLElement element, Reading& r) {
   if (rule.begin && !rule.begin(r)) return;
   if (!rule.attributes.empty()) ReadAttributes(rule.attributes, element, r);
   if (!rule.children.empty()) {
+    const Element* expected = rule.children.data();  // mostly the next row, or the same again
     for (KVXMLElement child = element.FirstChild(); child; child = child.NextSibling()) {
-      if (const Element* known = FindChild(rule, child.Name())) ReadElement(*known, child, r);
+      const std::string_view name = child.Name();
+      const Element* known = SameName(name, expected->name) ? expected : FindChild(rule, name);
+      if (!known) continue;
+      ReadElement(*known, child, r);
+      expected = rule.children.size() == 1 || known == &rule.children.back() ? rule.children.data() : known + 1;
     }
   }
   if (rule.end) rule.end(r);

@@ -111,6 +111,33 @@ TEST(Xml, TellsMissingFromUnreadable) {
   EXPECT_EQ(document.LastFailure().kind, Kind::kNone);
 }
 
+// Written close together, apart, over lines, shortened by the parser, empty.
+TEST(Xml, AttributesReadInARowAreThoseOfTheHandles) {
+  using Rows = std::vector<std::pair<std::string_view, std::string_view>>;
+  const std::pair<const char*, Rows> kCases[] = {
+      {"<r/>", {}},
+      {"<r a='1'/>", {{"a", "1"}}},
+      {"<r a=\"1\" bc='23' d=\"\"/>", {{"a", "1"}, {"bc", "23"}, {"d", ""}}},
+      {"<r  a =\"1\"  bc= '23'\n\t d = \"\" e='' />", {{"a", "1"}, {"bc", "23"}, {"d", ""}, {"e", ""}}},
+      {"<r a='x&amp;' b='&lt;y' c='&amp;' d='z'/>", {{"a", "x&"}, {"b", "<y"}, {"c", "&"}, {"d", "z"}}},
+      {"<r a='1\r\n2' b='3\n4'></r>", {{"a", "1 2"}, {"b", "3 4"}}},
+  };
+  for (const auto& [text, expected] : kCases) {
+    KVXMLDocument document;
+    KVXMLNode* root = document.LoadFromMemory(text);
+    ASSERT_NE(root, nullptr) << text;
+    Rows read, handles;
+    std::string_view name, value;
+    for (KVXMLAttributeReader reader(root->Element()); reader.Next(name, value);) read.emplace_back(name, value);
+    for (KVXMLAttribute at = root->Element().FirstAttribute(); at; at = at.Next())
+      handles.emplace_back(at.Name(), at.Value());
+    EXPECT_EQ(read, expected) << text;
+    EXPECT_EQ(handles, expected) << text;
+  }
+  std::string_view name, value;
+  EXPECT_FALSE(KVXMLAttributeReader(KVXMLElement()).Next(name, value));
+}
+
 TEST(Xml, GivesPlaces) {
   KVXMLDocument document;
   const KVXMLElement root = document.LoadFromMemory("<a>\n <b x='&amp;1'\n  y='2'/></a>")->Element();
