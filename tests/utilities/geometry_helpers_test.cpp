@@ -85,6 +85,9 @@ TEST(XYFrameCases, DirectionsNearAnAxisCountAsIt) {
     SCOPED_TRACE(off);
     ExpectNear(FRPosition(1, 2, 3) * GetXYTransform(-FRZAxis, {}, FRUnitVector(-1, off, 0)), {-1, -2, 3}, 3 * off);
     ExpectNear(FRPosition(1, 2, 3) * GetXYTransform(-FRZAxis, {}, FRUnitVector(1, off, 0)), {1, 2, 3}, 3 * off);
+    // Leaning out of the plane, the common perpendicular would be Y, and the half turn would flip the plane.
+    if (off < 1e-4)
+      ExpectNear(FRPosition(1, 2, 3) * GetXYTransform(-FRZAxis, {}, FRUnitVector(-1, 0, off)), {-1, -2, 3}, 1e-14);
     // Near the half turn about Y the tilt is about the common perpendicular, here X.
     ExpectNear(FRPosition(1, 2, 3) * GetXYTransform(FRUnitVector(0, off, 1), {}, FRXAxis), {1, -2, -3}, 4 * off);
   }
