@@ -1,37 +1,27 @@
-// The conversions that the active document makes.
+// The conversions that the active document makes. Without one a request stays as it was put.
 #include "share/utilities/units.h"
 
-#include <cstdint>
-
-#include "share/env/core_messages.h"
-#include "share/env/document_callbacks.h"
-#include "share/objects/object.h"
+#include "share/env/document_messages.h"
 
 namespace {
-
-// Puts the request to the active document, which leaves its answer in it. Without one the request stays as it is.
-void Ask(QFUnitsConversion& request) {
-  if (QFObject* document = GetActiveDocument())
-    document->SendQFCoreMessage(QF_CORE_CONVERT_UNITS, reinterpret_cast<std::uintptr_t>(&request), 0);
-}
 
 CString ToUser(QFeUnitEntityType entity, double value) {
   QFUnitsConversion request(QF_UNITS_SYS_TO_USER, entity);
   request.SetSysVal(value);
-  Ask(request);
+  SendToActiveDocument(QF_CORE_CONVERT_UNITS, &request);
   return request.GetUserUnit();
 }
 
 double ToSystem(QFeUnitEntityType entity, const CString& text) {
   QFUnitsConversion request(QF_UNITS_USER_TO_SYS, entity);
   request.SetUserUnit(text);
-  Ask(request);
+  SendToActiveDocument(QF_CORE_CONVERT_UNITS, &request);
   return request.GetSysVal();
 }
 
 double SpinIncrement(QFeUnitEntityType entity) {
   QFUnitsConversion request(QF_UNITS_SPIN_INCREMENT, entity);
-  Ask(request);
+  SendToActiveDocument(QF_CORE_CONVERT_UNITS, &request);
   return request.GetSysVal();
 }
 
