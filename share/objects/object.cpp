@@ -5,6 +5,7 @@
 
 #include "share/env/app_env.h"
 #include "share/env/document_callbacks.h"
+#include "share/objects/object_indexer.h"
 #include "share/objects/object_services.h"
 #include "share/objects/owner_chain.h"
 
@@ -128,7 +129,7 @@ CString QFObject::GetTimeTakenForGTP() { return m_TimeTakenForGTP; }
 // ---- defaults
 
 void QFObject::onCreate() {
-  // The indexer's own class joins here: AddObj(this) on qf_getActiveAutoIdHelper().
+  if (QFObjectIndexerHelper* indexer = qf_getActiveAutoIdHelper()) indexer->AddObj(this);
 }
 
 CFlaggedError* QFObject::GetFlag() { return nullptr; }
