@@ -15,31 +15,30 @@ namespace {
 TEST_F(LinuxRegistry, HandlesGoOnInAForkedChild) {
   Key key;
   ASSERT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, kPath, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr), 0);
-  EXPECT_EQ(ExitCode(InChild([&] { return RegSetValueExW(key, _T("child"), 0, REG_SZ, nullptr, 0) == 0; })), 0);
+  EXPECT_TRUE(IsTrueInChild([&] { return RegSetValueExW(key, _T("child"), 0, REG_SZ, nullptr, 0) == 0; }));
   EXPECT_EQ(RegQueryValueExW(key, _T("child"), nullptr, nullptr, nullptr, nullptr), ERROR_SUCCESS);
 }
 
 // Each child is forked while other threads open and close keys, and uses the registry itself.
 TEST_F(LinuxRegistry, ForksAmongOpeningThreadsGoOn) {
   ASSERT_EQ(Set(HKEY_CURRENT_USER, _T("a"), 1), ERROR_SUCCESS);
-  EXPECT_EQ(ExitCode(InChild([] {
-              alarm(60);  // a deadlock ends this child, and not the whole run
-              std::atomic<bool> stop = false;
-              std::vector<std::thread> threads;
-              for (int t = 0; t < 2; ++t) {
-                threads.emplace_back([&stop] {
-                  while (!stop) Open(HKEY_CURRENT_USER, KEY_READ);
-                });
-              }
-              bool good = true;
-              for (int i = 0; i < 300 && good; ++i) {
-                good = ExitCode(InChild([] { return Get(HKEY_CURRENT_USER, _T("a")) == 1; })) == 0;
-              }
-              stop = true;
-              for (std::thread& thread : threads) thread.join();
-              return good;
-            })),
-            0);
+  EXPECT_TRUE(IsTrueInChild([] {
+    alarm(60);  // a deadlock ends this child, and not the whole run
+    std::atomic<bool> stop = false;
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 2; ++t) {
+      threads.emplace_back([&stop] {
+        while (!stop) Open(HKEY_CURRENT_USER, kPath);
+      });
+    }
+    bool good = true;
+    for (int i = 0; i < 300 && good; ++i) {
+      good = IsTrueInChild([] { return Get(HKEY_CURRENT_USER, _T("a")) == 1; });
+    }
+    stop = true;
+    for (std::thread& thread : threads) thread.join();
+    return good;
+  }));
 }
 
 TEST_F(LinuxRegistry, EightProcessesLoseNothing) {
@@ -57,7 +56,7 @@ TEST_F(LinuxRegistry, EightProcessesLoseNothing) {
   }
   for (const pid_t child : children) EXPECT_EQ(ExitCode(child), 0);
   for (int i = 0; i < kProcesses * kValues; ++i) EXPECT_EQ(Get(HKEY_CURRENT_USER, NameOf(i)), i);
-  EXPECT_EQ(IntegrityOf(folder_ / "user.hive"), "ok");
+  EXPECT_EQ(Ask(folder_ / "user.hive", "PRAGMA integrity_check"), "ok");
 }
 
 TEST_F(LinuxRegistry, EightThreadsLoseNothing) {
@@ -109,7 +108,7 @@ TEST_F(LinuxRegistry, KilledWriterLosesNothingThatReturned) {
       EXPECT_EQ(Get(HKEY_CURRENT_USER, NameOf(int(*returned % 97))), LONGLONG(returned->load()));
     }
     if (round % 10 == 9) {
-      EXPECT_EQ(IntegrityOf(folder_ / "user.hive"), "ok") << "round " << round;
+      EXPECT_EQ(Ask(folder_ / "user.hive", "PRAGMA integrity_check"), "ok") << "round " << round;
     }
     first = *returned + 1;
   }
