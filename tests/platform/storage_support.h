@@ -105,6 +105,12 @@ class CompoundFiles : public testing::Test {
     return size;
   }
 
+  // What a call above gave beside its object.
+  template <class Object>
+  HRESULT ResultOf(const Object&) const {
+    return result_;
+  }
+
   const ScratchFolder folder_;
   HRESULT result_ = S_OK;  // of the last call above
 };
