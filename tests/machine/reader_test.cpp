@@ -7,6 +7,7 @@
 
 #include "share/machine/machine_reader.h"
 #include "tests/machine/definition.h"
+#include "tests/scratch.h"
 
 namespace {
 
@@ -34,9 +35,7 @@ TEST(MachineReader, ReadsReals) {
 }
 
 TEST(MachineReader, ReadsRandomRealsAsTheCLibraryDoes) {
-  const unsigned seed = std::random_device{}();
-  SCOPED_TRACE("seed " + std::to_string(seed));
-  std::mt19937 random(seed);
+  std::mt19937 random(kvtest::PrintedSeed());
   const std::string alphabet = "0123456789012345678901234567890.-+eEx ";
   for (int i = 0; i < 3000; ++i) {
     std::string text;

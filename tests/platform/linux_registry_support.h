@@ -2,12 +2,10 @@
 #pragma once
 
 #include <sqlite3.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <filesystem>
-#include <functional>
 
+#include "tests/child_process.h"
 #include "tests/registry_calls.h"
 
 namespace kvtest {
@@ -42,19 +40,6 @@ inline std::string Ask(const std::filesystem::path& hive, const char* sql) {
   sqlite3_close(connection);
   return answer;
 }
-
-// Runs the body in a child process; true in it means success.
-inline pid_t InChild(const std::function<bool()>& body) {
-  const pid_t child = fork();
-  if (child == 0) _exit([&]() noexcept { return body() ? 0 : 1; }());
-  return child;
-}
-inline int ExitCode(pid_t child) {
-  int status = 0;
-  waitpid(child, &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-}
-inline bool IsTrueInChild(const std::function<bool()>& body) { return ExitCode(InChild(body)) == 0; }
 
 // A registry of its own, whose folder doesn't exist yet.
 class LinuxRegistry : public testing::Test {

@@ -82,9 +82,7 @@ class RegistryRandom : public RegistryTest {
 };
 
 TEST_F(RegistryRandom, AnswersAsTheModelWhoeverMadeTheLastChange) {
-  const auto seed = std::random_device()();
-  SCOPED_TRACE(seed);
-  random_.seed(seed);
+  random_.seed(kvtest::PrintedSeed());
   DWORD index = 0;
   for (int step = 0; step < 4000 && !HasFatalFailure(); ++step) {
     const unsigned kind = random_() % 16;

@@ -175,9 +175,7 @@ TEST_F(Resources, TruncatedLibraryNeverGivesAWrongString) {
 }
 
 TEST_F(Resources, FlippedBytesAreHarmless) {
-  const auto seed = std::random_device()();
-  SCOPED_TRACE(seed);
-  std::mt19937 random(seed);
+  std::mt19937 random(kvtest::PrintedSeed());
   for (int round = 0; round < 3000; ++round) {
     std::string bytes = LibraryBytes();
     for (int flips = 0; flips < 3; ++flips) {

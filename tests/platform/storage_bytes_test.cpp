@@ -210,10 +210,7 @@ TEST_F(CompoundBytes, DepthIsBounded) {
 
 // Cuts, extensions and writes anywhere, in a stream that is partly the file's, against the same on a plain text.
 TEST_F(CompoundFiles, RandomChangesOfAStreamMatchATextsOwn) {
-  const auto seed = std::random_device()();
-  SCOPED_TRACE(testing::Message() << "seed " << seed);
-  std::printf("seed %u\n", seed);
-  std::mt19937 random(seed);
+  std::mt19937 random(kvtest::PrintedSeed());
   std::string model;
   for (int round = 0; round < 12; ++round) {
     const Storage root = round == 0 ? Create() : Open("a.bin", kWrite);

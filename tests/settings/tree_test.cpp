@@ -4,6 +4,7 @@
 #include <random>
 
 #include "share/settings/settings_key.h"
+#include "tests/scratch.h"
 
 namespace {
 
@@ -66,8 +67,7 @@ TEST(SettingsTree, LaterSubKeyShadowsTheKeysOwnValue) {
 }
 
 TEST(SettingsTree, IndexFindsWhatTheWalkFindsThroughRandomChanges) {
-  const unsigned seed = std::random_device()();
-  std::mt19937 random(seed);
+  std::mt19937 random(kvtest::PrintedSeed());
   OpenKey root(_T("root"), _T(""));
   std::vector<OpenKey*> keys = {&root};
   for (int step = 0; step < 3000; ++step) {
@@ -82,7 +82,7 @@ TEST(SettingsTree, IndexFindsWhatTheWalkFindsThroughRandomChanges) {
         }
         break;
       case 1: key->AddValue(name, step); break;
-      default: ASSERT_EQ(key->FindSettingsValue(name), Walk(*key, name)) << "seed " << seed << ", step " << step;
+      default: ASSERT_EQ(key->FindSettingsValue(name), Walk(*key, name)) << "step " << step;
     }
   }
 }
