@@ -96,8 +96,9 @@ void CArchive::CheckStoring() const {
   if (!m_pFile) Fail(CArchiveException::genericException);
 }
 
-void CArchive::FailLoading() const {
-  Fail(m_bLoading ? CArchiveException::genericException : CArchiveException::writeOnly);
+void CArchive::CheckLoading() const {
+  if (!m_bLoading) Fail(CArchiveException::writeOnly);
+  if (!m_pFile) Fail(CArchiveException::genericException);
 }
 
 // ---- buffer

@@ -10,6 +10,7 @@
 
 #include <concepts>
 #include <cstring>
+#include <functional>
 #include <memory>
 #include <type_traits>
 
@@ -149,6 +150,11 @@ class KVSHARE_API CArchive {
   // As ReadObject, for a reference that owns: raises badIndex if the object was met before, so that damaged bytes can't
   // give one object two owners.
   CObject* ReadOwnedObject(const CRuntimeClass* wanted);
+  // Deletes those objects that ReadObject has made in this archive, that still live, and that the caller calls
+  // unwanted, as a failed load does. Gives their number. For whoever has read a whole document and found in it
+  // references to objects that nobody holds; nothing may point to them any more. unwanted must not delete anything
+  // itself.
+  ULONGLONG DeleteLoaded(const std::function<bool(const CObject*)>& unwanted);
   // Gives an object that does not itself go through the archive the next number, so that references to it can.
   // Both sides have to do so at the same place. A null does nothing. When loading, the object stays the caller's.
   void MapObject(const CObject* object);
@@ -172,10 +178,7 @@ class KVSHARE_API CArchive {
 
   void MakeRoom();
   void CheckStoring() const;
-  void CheckLoading() const {
-    if (!m_bLoading || !m_pFile) FailLoading();
-  }
-  [[noreturn]] void FailLoading() const;
+  void CheckLoading() const;
   [[noreturn]] void Fail(int cause) const;
   bool ReadTag(DWORD& tag);
   void WriteTag(DWORD number, bool isClass);

@@ -240,6 +240,11 @@ CObject* CArchive::ReadNewObject(DWORD tag, const CRuntimeClass* wanted) {
   return object;
 }
 
+ULONGLONG CArchive::DeleteLoaded(const std::function<bool(const CObject*)>& unwanted) {
+  CheckLoading();
+  return m_pLoaded ? m_pLoaded->TakeBackIf(unwanted) : 0;
+}
+
 // ---- both ways
 
 void CArchive::MapObject(const CObject* object) {

@@ -1,6 +1,7 @@
 // The table of a loading archive, and the two hooks by which CObject takes part in taking a failed load back.
 #include "framework/loaded_objects.h"
 
+#include <algorithm>
 #include <unordered_set>
 
 namespace {
@@ -39,6 +40,21 @@ struct Graveyard {
 
 thread_local constinit LoadedObjects* t_first = nullptr;
 thread_local constinit Graveyard* t_graveyard = nullptr;
+
+// While one lives, objects that die are buried; the blocks go when the outermost ends.
+class Burial {
+ public:
+  Burial() {
+    if (!m_outer) t_graveyard = &m_graveyard;
+  }
+  ~Burial() { t_graveyard = m_outer; }
+  Burial(const Burial&) = delete;
+  Burial& operator=(const Burial&) = delete;
+
+ private:
+  Graveyard m_graveyard;
+  Graveyard* m_outer = t_graveyard;
+};
 
 }  // namespace
 
@@ -80,6 +96,19 @@ void LoadedObjects::AddChunk() {
 void LoadedObjects::AddClass(CRuntimeClass* record, UINT schema) {
   AddEntry(classes_.size() << 2 | kClass);
   classes_.push_back({record, schema});
+}
+
+void LoadedObjects::AddObject(const CObject* object, bool made) {
+  const auto address = reinterpret_cast<std::uintptr_t>(object);
+  AddEntry(address | (made ? kMade : kForeign));
+  lowest_ = std::min(lowest_, address);
+  highest_ = std::max(highest_, address);
+}
+
+const LoadedObjects::Class* LoadedObjects::ClassAt(DWORD number) const {
+  if (number == 0 || number > count_) return nullptr;
+  const std::uintptr_t entry = EntryAt(number);
+  return (entry & kMask) == kClass ? &classes_[entry >> 2] : nullptr;
 }
 
 CObject* LoadedObjects::ObjectAt(DWORD number) const {
@@ -132,11 +161,20 @@ bool LoadedObjects::KeepBlock(void* block, std::size_t bytes, std::align_val_t a
 }
 
 void LoadedObjects::TakeBack(DWORD count) noexcept {
-  Graveyard graveyard;
-  Graveyard* const outer = t_graveyard;
-  if (!outer) t_graveyard = &graveyard;
+  const Burial burial;
   for (DWORD number = count + 1; number <= GetCount(); ++number) {
     if ((EntryAt(number) & kMask) == kMade) delete ObjectAt(number);
   }
-  t_graveyard = outer;
+}
+
+DWORD LoadedObjects::TakeBackIf(const std::function<bool(const CObject*)>& unwanted) {
+  std::vector<DWORD> numbers;
+  for (DWORD number = 1; number <= GetCount(); ++number) {
+    if ((EntryAt(number) & kMask) != kMade) continue;
+    const CObject* object = ObjectAt(number);
+    if (object && unwanted(object)) numbers.push_back(number);
+  }
+  const Burial burial;
+  for (const DWORD number : numbers) delete ObjectAt(number);
+  return DWORD(numbers.size());
 }

@@ -5,8 +5,8 @@
 // raises instead of being followed, and taking back never deletes an object twice.
 #pragma once
 
-#include <algorithm>
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <new>
 #include <unordered_map>
@@ -31,25 +31,18 @@ class LoadedObjects {
   DWORD GetCount() const { return count_; }
   void AddClass(CRuntimeClass* record, UINT schema);
   // made: the archive made the object, and takes it back if the load fails.
-  void AddObject(const CObject* object, bool made) {
-    const auto address = reinterpret_cast<std::uintptr_t>(object);
-    AddEntry(address | (made ? kMade : kForeign));
-    lowest_ = std::min(lowest_, address);
-    highest_ = std::max(highest_, address);
-  }
+  void AddObject(const CObject* object, bool made);
 
   // Null for a number that is none, is of the other sort, or whose object is gone.
-  const Class* ClassAt(DWORD number) const {
-    if (number == 0 || number > count_) return nullptr;
-    const std::uintptr_t entry = EntryAt(number);
-    return (entry & kMask) == kClass ? &classes_[entry >> 2] : nullptr;
-  }
+  const Class* ClassAt(DWORD number) const;
   CObject* ObjectAt(DWORD number) const;
 
   // Deletes the objects with numbers above count that the archive made and that still live, in ascending order. Memory
   // of what dies meanwhile is held until the end and answers as a bare CObject, so that a destructor may ask or delete
   // an object that has gone ahead of it.
   void TakeBack(DWORD count) noexcept;
+  // The same for those of all objects that are unwanted. Gives their number.
+  DWORD TakeBackIf(const std::function<bool(const CObject*)>& unwanted);
 
   // For CObject.
   static bool AnyOpen() noexcept { return open_.load(std::memory_order_relaxed) != 0; }

@@ -161,4 +161,23 @@ TEST_F(ArchiveRollback, ArchivesNestOnAThread) {
   });
 }
 
+// A holds B, which it owns, and points to C, of which D is a part: nobody owns C.
+TEST_F(ArchiveRollback, UnwantedObjectsOfAWholeLoadGoAloneAndOnce) {
+  Load(Script("[nAo[nB.p[nCo[nD..."), [&](CArchive& ar) {
+    const std::unique_ptr<CObject> root(ar.ReadObject(nullptr));
+    auto& script = static_cast<TScript&>(*root);
+    script.m_pPlain = nullptr;
+    std::string asked;
+    const auto unwanted = [&](const CObject* object) {
+      asked += static_cast<const TScript*>(object)->m_Name;
+      return asked.back() > 'B';
+    };
+    EXPECT_EQ(ar.DeleteLoaded(unwanted), 2u);
+    EXPECT_EQ(asked, "ABCD");
+    EXPECT_EQ(events, (std::vector<std::string>{"C", "D"})) << "D through its owner, and not once more";
+    EXPECT_EQ(ar.DeleteLoaded(unwanted), 0u) << "they are gone";
+    EXPECT_EQ(live_nodes, before_ + 2);
+  });
+}
+
 }  // namespace
