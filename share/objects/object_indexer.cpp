@@ -182,6 +182,11 @@ void QFObjectIndexerHelper::CorrectIndexersReferences(std::map<CString, int>& co
   }
 }
 
+void QFObjectIndexerHelper::GetAllIndexers(CObList& list) const {
+  for (POSITION at = m_ObjIndexerList.GetHeadPosition(); at;)
+    if (CObject* entry = m_ObjIndexerList.GetNext(at)) list.AddTail(entry);
+}
+
 bool QFObjectIndexerHelper::IsNonNodeIndexerClass(const CString& className) const {
   static constexpr std::array<LPCTSTR, 2> kNames = {_T("QFActiveToolSet"), _T("QFToolStation")};
   return std::any_of(kNames.begin(), kNames.end(), [&](LPCTSTR name) { return className == name; });

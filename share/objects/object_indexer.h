@@ -107,6 +107,10 @@ class KVSHARE_API QFObjectIndexerHelper : public QFBaseObject {
   // "QFToolStation", whose objects are no nodes of the document. An empty map changes nothing.
   void CorrectIndexersReferences(std::map<CString, int>& counts);
 
+  // Appends the entries, QFObjectIndexer each, in order of first use; they stay the helper's. A damaged document brings
+  // null ones along, which are passed over.
+  void GetAllIndexers(CObList& list) const;
+
   // The schema with which the document was read; 2 for a helper made new.
   UINT GetObjectSchemaNumber() const { return m_nObjectSchemaNumber; }
 
