@@ -29,5 +29,6 @@ void AddRegistryCommands(CLI::App& app);
 std::vector<std::string> RegistryCandidates(const std::vector<std::string>& words);
 void AddMachineCommands(CLI::App& app);
 void AddEnvironmentCommands(CLI::App& app);
+void AddDocumentCommands(CLI::App& app);
 
 }  // namespace kestrova

@@ -16,6 +16,8 @@ int Run(int argc, char** argv) {
       "  kestrova machine show --machines examples/machines --type MillTurn TwinTurret12\n"
       "  kestrova machine check --machines examples/machines --type Mill Vertical850\n"
       "  kestrova machine export --machines examples/machines --type Mill Trunnion500\n"
+      "  kestrova document new part.kvdoc --nodes 200\n"
+      "  kestrova document verify part.kvdoc\n"
       "  kestrova reg query HKCU\\Software\\Zemlor /s\n"
       "  kestrova completion bash > /etc/bash_completion.d/kestrova\n"
       "Exit codes: 0 done, 1 refused or failed, 2 wrong usage. KV_REGISTRY names the registry's folder.");
@@ -23,6 +25,7 @@ int Run(int argc, char** argv) {
   kestrova::AddRegistryCommands(app);
   kestrova::AddEnvironmentCommands(app);
   kestrova::AddMachineCommands(app);
+  kestrova::AddDocumentCommands(app);
   kestrova::AddCompletionCommands(app, {{"reg", kestrova::RegistryCandidates}});
   try {
     app.parse(argc, argv);

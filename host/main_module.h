@@ -5,12 +5,16 @@
 // the registry, which a mere query must not do. One per process, on the main thread.
 #pragma once
 
-class QFSettingsKey;
-
 namespace kestrova {
 
-// Starts the module if it isn't running: the library's link in the resource chain, the callbacks, the application
-// settings from the registry, then the environment.
+class HostDocument;
+
+// Makes the library usable for a command that writes no settings: its link in the resource chain, and the callbacks.
+// A second call does nothing.
+void UseLibrary();
+
+// Starts the module if it isn't running: what UseLibrary does, the application settings from the registry, then the
+// environment.
 void StartMainModule();
 
 // Closes the environment when main ends, on whatever road, if the module was started.
@@ -20,6 +24,19 @@ class MainModuleScope {
   ~MainModuleScope();
   MainModuleScope(const MainModuleScope&) = delete;
   MainModuleScope& operator=(const MainModuleScope&) = delete;
+};
+
+// Makes a document the active one, on which the library's callbacks work, for as long as this object lives; then it is
+// the one before again. Null for none. The document stays the caller's.
+class ActiveDocument {
+ public:
+  explicit ActiveDocument(HostDocument* document);
+  ~ActiveDocument();
+  ActiveDocument(const ActiveDocument&) = delete;
+  ActiveDocument& operator=(const ActiveDocument&) = delete;
+
+ private:
+  HostDocument* before_;
 };
 
 }  // namespace kestrova

@@ -8,7 +8,6 @@
 #include "companions/geometry/point_list.h"
 #include "companions/geometry/transforms.h"
 #include "tests/geometry_print.h"
-#include "tests/scratch.h"
 
 namespace {
 
@@ -106,7 +105,9 @@ TEST(Geometry, RotationIsRightHandedAboutItsAxis) {
 }
 
 TEST(Geometry, ProductsOfRandomTransformsAssociateAndInvert) {
-  std::mt19937 random(kvtest::PrintedSeed());
+  const auto seed = std::random_device()();
+  SCOPED_TRACE(seed);
+  std::mt19937 random(seed);
   std::uniform_real_distribution<double> number(-10, 10);
   const auto transform = [&] {
     FRMatrix shear;

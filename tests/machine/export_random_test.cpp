@@ -10,7 +10,6 @@
 #include <random>
 
 #include "tests/machine/definition.h"
-#include "tests/scratch.h"
 
 namespace {
 
@@ -269,7 +268,7 @@ class Sample {
 };
 
 TEST(MachineExport, IsAsRestatedForRandomDefinitions) {
-  const unsigned first = kvtest::PrintedSeed();
+  const unsigned first = std::random_device{}();
   for (unsigned i = 0; i < 4000; ++i) {
     Sample sample(first + i);
     sample.Make();

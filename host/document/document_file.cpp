@@ -1,0 +1,180 @@
+#include "host/document/document_file.h"
+
+#include <fmt/format.h>
+
+#include <vector>
+
+#include "framework/archive.h"
+#include "framework/stream_file.h"
+#include "host/commands.h"
+#include "host/document/checksum.h"
+#include "host/document/document_status.h"
+#include "host/document/host_document.h"
+#include "host/progress_bar.h"
+#include "platform/errors.h"
+#include "platform/paths.h"
+#include "share/env/document_messages.h"
+#include "share/env/version_info.h"
+#include "share/objects/structured_storage.h"
+
+namespace kestrova {
+namespace {
+
+constexpr unsigned long kCreateFile = STGM_READWRITE | STGM_SHARE_EXCLUSIVE | STGM_TRANSACTED | STGM_CREATE;
+constexpr unsigned long kCreateStream = STGM_READWRITE | STGM_SHARE_EXCLUSIVE | STGM_CREATE;
+constexpr DWORD kReadFile = STGM_READ | STGM_SHARE_DENY_WRITE;
+constexpr DWORD kReadStream = STGM_READ | STGM_SHARE_EXCLUSIVE;
+constexpr std::size_t kPiece = 1 << 16;
+
+std::string StorageText(HRESULT result) {
+  switch (result) {
+    case STG_E_MEDIUMFULL: return "the disk is full, or the document has 2 GiB or more";
+    case STG_E_FILEALREADYEXISTS: return "it is no document: no compound file";
+    case STG_E_FILENOTFOUND:
+    case STG_E_PATHNOTFOUND: return fmt::format("{}; check the path", ErrorText(DWORD(result) & 0xFFFF));
+    case STG_E_DOCFILECORRUPT: return "it is damaged or was cut off";
+    case STG_E_UNKNOWN: return "a failure that the system has no words for";
+    default: return ErrorText(DWORD(result) & 0xFFFF);
+  }
+}
+
+CString TitleOf(const std::string& path) {
+  const CString title = FromUtf8(path);
+  return title.Mid(title.ReverseFind(_T('/')) + 1);
+}
+
+}  // namespace
+
+StreamFacts FactsOf(CFile& stream) {
+  std::vector<char> piece(kPiece);
+  Checksum checksum;
+  StreamFacts facts;
+  stream.SeekToBegin();
+  while (const UINT count = stream.Read(piece.data(), UINT(piece.size()))) {
+    checksum.Add(piece.data(), count);
+    facts.bytes += count;
+  }
+  stream.SeekToBegin();
+  facts.checksum = checksum.Get();
+  return facts;
+}
+
+// ---- saving
+
+namespace {
+
+class Saving {
+ public:
+  Saving(HostDocument& document, const std::string& path) : document_(document), path_(path) {}
+
+  void Run() {
+    if (!storage_.CreateFileW(ProductPathFromSystem(path_).c_str(), kCreateFile)) Refuse(storage_.GetLastResult());
+    InitialiseSerializationStatus(0);
+    DocumentHeader header;
+    header.storageVersion = CKVVersionInfo::QF_STORAGE_VERSION;
+    header.units = document_.Units().code;
+    header.objects = Store(kObjectsStream, &document_);
+    header.history = Store(kHistoryStream, &document_.History());
+    if (IsErrorDetected()) Refuse("a reference between objects can't be stored");
+    const std::string bytes = header.ToBytes();
+    OpenStream(kHeaderStream)->Write(bytes.data(), UINT(bytes.size()));
+    if (const HRESULT result = storage_.GetRootStorage()->Commit(STGC_DEFAULT); FAILED(result)) Refuse(result);
+  }
+
+ private:
+  [[noreturn]] void Refuse(const std::string& reason) const {
+    throw Failure(fmt::format("cannot save {}: {}; nothing was written", path_, reason));
+  }
+  [[noreturn]] void Refuse(HRESULT result) const { Refuse(StorageText(result)); }
+
+  std::unique_ptr<COleStreamFile> OpenStream(LPCTSTR name) {
+    IStream* stream = nullptr;
+    if (!storage_.CreateStream(&stream, name, kCreateStream)) Refuse(storage_.GetLastResult());
+    return std::make_unique<COleStreamFile>(stream);
+  }
+
+  StreamFacts Store(LPCTSTR name, const CObject* root) {
+    const auto stream = OpenStream(name);
+    CArchive ar(stream.get(), CArchive::store);
+    ar.WriteObject(root);
+    ar.Close();
+    return FactsOf(*stream);
+  }
+
+  HostDocument& document_;
+  const std::string& path_;
+  StructuredStorage storage_;
+};
+
+}  // namespace
+
+void SaveDocument(HostDocument& document, const std::string& path) {
+  document.DetachFromAllUserObjects();
+  document.SetServicePack(GetKVServicePack());
+  try {
+    Saving(document, path).Run();
+  } catch (const CException& failure) {
+    throw Failure(fmt::format("cannot save {}: {}; nothing was written", path, failure.what()));
+  }
+  document.SetTitle(TitleOf(path));
+  SetDocumentModifiedFlag(0, &document);
+}
+
+// ---- reading
+
+DocumentSource::DocumentSource(const std::string& path) : m_path(ProductPathFromSystem(path)) {
+  const HRESULT result = StgOpenStorage(m_path.c_str(), nullptr, kReadFile, nullptr, 0, &m_root);
+  if (result == STG_E_DOCFILECORRUPT) {
+    m_damage = StorageText(result);
+  } else if (FAILED(result)) {
+    throw Failure(fmt::format("cannot read {}: {}", path, StorageText(result)));
+  }
+}
+
+DocumentSource::~DocumentSource() {
+  if (m_root) m_root->Release();
+}
+
+std::unique_ptr<std::string> DocumentSource::Header() const {
+  constexpr std::size_t kMost = 4096;  // far more than any header has
+  IStream* stream = nullptr;
+  if (!m_root || FAILED(m_root->OpenStream(kHeaderStream, nullptr, kReadStream, 0, &stream))) return nullptr;
+  COleStreamFile file(stream);
+  auto bytes = std::make_unique<std::string>(kMost, '\0');
+  bytes->resize(file.Read(bytes->data(), UINT(bytes->size())));
+  return bytes;
+}
+
+DocumentSource::Archive DocumentSource::Open(LPCTSTR stream, std::string_view rootClass) const {
+  if (!m_root) return Find(rootClass);
+  IStream* opened = nullptr;
+  const HRESULT result = m_root->OpenStream(stream, nullptr, kReadStream, 0, &opened);
+  if (result == STG_E_DOCFILECORRUPT) return Find(rootClass);
+  if (FAILED(result)) return {};
+  return {std::make_unique<COleStreamFile>(opened), false};
+}
+
+// Looks for the class record with which an archive of that root begins. Streams that this build writes lie in one
+// piece, so that the archive goes on from there.
+DocumentSource::Archive DocumentSource::Find(std::string_view rootClass) const {
+  constexpr std::size_t kAhead = 4;  // the tag of a new class and its schema
+  auto file = std::make_unique<CFile>();
+  if (!file->Open(m_path.c_str(), CFile::modeRead)) return {};
+  const std::string name = char(rootClass.size()) + std::string(1, '\0') + std::string(rootClass);
+  std::string window;
+  std::vector<char> piece(kPiece);
+  for (ULONGLONG start = 0; const UINT count = file->Read(piece.data(), UINT(piece.size()));) {
+    window.append(piece.data(), count);
+    for (std::size_t at = window.find(name); at != std::string::npos; at = window.find(name, at + 1)) {
+      if (at < kAhead || window.compare(at - kAhead, 2, "\xFF\xFF") != 0) continue;
+      file->Seek(LONGLONG(start + at - kAhead), CFile::begin);
+      return {std::move(file), true};
+    }
+    const std::size_t kept = std::min(window.size(), name.size() + kAhead);
+    start += window.size() - kept;
+    window.erase(0, window.size() - kept);
+  }
+  return {};
+}
+
+}  // namespace kestrova

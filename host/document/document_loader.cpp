@@ -1,0 +1,267 @@
+#include "host/document/document_loader.h"
+
+#include <fmt/format.h>
+
+#include <cmath>
+#include <unordered_set>
+
+#include "framework/archive.h"
+#include "framework/ob_list.h"
+#include "host/commands.h"
+#include "host/document/document_status.h"
+#include "host/main_module.h"
+#include "share/env/document_messages.h"
+#include "share/env/version_info.h"
+#include "share/objects/serialize_notify.h"
+
+namespace kestrova {
+namespace {
+
+constexpr char kHeader[] = "Header";
+constexpr char kObjects[] = "Objects";
+constexpr char kHistory[] = "History";
+
+unsigned LocationOf(DocumentReading::Part part) {
+  switch (part) {
+    case DocumentReading::Part::kRoot:
+    case DocumentReading::Part::kFields: return kFaultInFields;
+    case DocumentReading::Part::kIndexer: return kFaultInIndexer;
+    case DocumentReading::Part::kClasses: return kFaultInClasses;
+    case DocumentReading::Part::kNodes:
+    case DocumentReading::Part::kEnd: return kFaultInNodes;
+  }
+  return kFaultInNodes;
+}
+
+std::string NameOf(const HostDocument& document, DWORD place) {
+  if (place == HostNode::kNoPlace) return "the document";
+  HostNode& node = document.NodeAt(place);
+  return fmt::format("{} {} \"{}\"", ToUtf8(node.GetClassNameW()), node.GetObjectId(), ToUtf8(node.Name()));
+}
+
+// Told to all objects that waited for it, in every case: none may be called once it is gone.
+struct Notification {
+  ~Notification() { QFSerializeNotify::Clear(); }
+};
+
+}  // namespace
+
+std::string TextOf(const DocumentFault& fault) { return fmt::format("byte {}: {}", fault.offset, fault.what); }
+
+void LoadReport::Add(unsigned location, std::string stream, std::string text) {
+  LogSerializationError(location);
+  ++findingCount;
+  if (findings.size() < kMostFindings) findings.push_back({std::move(stream), std::move(text)});
+}
+
+DocumentLoader::DocumentLoader(const std::string& path, Mode mode)
+    : m_path(path), m_salvage(mode == Mode::kSalvage), m_source(path) {}
+
+void DocumentLoader::Refuse(const std::string& reason) const {
+  throw Failure(fmt::format("cannot read {}: {}", m_path, reason));
+}
+
+void DocumentLoader::RefuseDamage(const std::string& stream, const std::string& reason) const {
+  if (m_salvage) return;
+  Refuse(fmt::format("{}{}; kestrova document repair saves what is whole",
+                     stream.empty() ? "" : "stream " + stream + ", ", reason));
+}
+
+std::unique_ptr<HostDocument> DocumentLoader::Load() {
+  InitialiseSerializationStatus(0);
+  const Notification notification;
+  HostDocument opening;  // for the time of reading
+  const ActiveDocument standIn(&opening);
+  ReadHeader();
+  SetActiveDocReadStorageUnits(m_report.storageVersion);
+  auto history = ReadHistory();
+  auto document = ReadObjects();
+  const ActiveDocument active(document.get());
+  SetActiveDocReadStorageUnits(m_report.storageVersion);
+  if (history) document->SetHistory(std::move(history));
+  QFSerializeNotify::PostLoadFromStorageNotify();
+  m_report.status = GetSerializationStatus();
+  m_report.errorLocation = GetErrorLocation();
+  RepairIndexer(*document);
+  document->SetTitle(FromUtf8(m_path.substr(m_path.find_last_of('/') + 1)));
+  document->SetFullyLoaded();
+  return document;
+}
+
+// ---- header and history
+
+void DocumentLoader::ReadHeader() {
+  m_report.storageVersion = CKVVersionInfo::QF_STORAGE_VERSION;
+  if (!m_source.Damage().empty()) {
+    m_report.Add(kFaultInHeader, "", m_source.Damage());
+    RefuseDamage("", m_source.Damage());
+    return;
+  }
+  const auto bytes = m_source.Header();
+  std::string reason = bytes ? m_header.FromBytes(*bytes) : "there is none: the file is no document";
+  const float version = m_header.storageVersion;
+  const bool later = m_header.format > kDocumentFormat || CKVVersionInfo::IsGreater(version);
+  if (reason.empty() && !(version > 0 && std::isfinite(version))) reason = "its storage version is none";
+  if (later && reason.empty()) reason = fmt::format("it has storage version {:.2f}", version);
+  if (reason.empty()) {
+    m_hasHeader = true;
+    m_report.storageVersion = version;
+    return;
+  }
+  m_report.Add(kFaultInHeader, kHeader, reason);
+  if (later && !m_salvage) Refuse(fmt::format("stream {}, {}: a later release wrote it", kHeader, reason));
+  RefuseDamage(kHeader, reason);
+}
+
+// Whether the stream is as long as the header says, and has its checksum.
+bool DocumentLoader::CheckFacts(CFile& stream, const char* name, const StreamFacts& facts, unsigned location) {
+  const StreamFacts found = FactsOf(stream);
+  if (found == facts) return true;
+  const std::string reason = found.bytes != facts.bytes
+                                 ? fmt::format("it has {} bytes, not {} as the header says", found.bytes, facts.bytes)
+                                 : std::string("its checksum is wrong: bytes have changed");
+  m_report.Add(location, name, reason);
+  return false;
+}
+
+std::unique_ptr<QFDocSrHistoryMngr> DocumentLoader::ReadHistory() {
+  const auto source = m_source.History();
+  if (!source.file) {
+    m_report.Add(kFaultInHistory, kHistory, "there is none");
+    RefuseDamage(kHistory, "there is none");
+    return nullptr;
+  }
+  try {
+    if (m_hasHeader && !CheckFacts(*source.file, kHistory, m_header.history, kFaultInHistory))
+      RefuseDamage(kHistory, m_report.findings.back().text);
+  } catch (const CException& failure) {
+    m_report.Add(kFaultInHistory, kHistory, failure.what());
+    RefuseDamage(kHistory, failure.what());
+    return nullptr;
+  }
+  CArchive ar(source.file.get(), CArchive::load);
+  DocumentReading reading(/*keepWhatIsWhole=*/false);
+  try {
+    return std::unique_ptr<QFDocSrHistoryMngr>(
+        static_cast<QFDocSrHistoryMngr*>(ar.ReadObject(RUNTIME_CLASS(QFDocSrHistoryMngr))));
+  } catch (const std::exception& failure) {
+    reading.NoteFault(ar, failure);
+  }
+  m_report.Add(kFaultInHistory, kHistory, TextOf(*reading.fault));
+  RefuseDamage(kHistory, TextOf(*reading.fault));
+  return nullptr;
+}
+
+// ---- objects
+
+std::unique_ptr<HostDocument> DocumentLoader::ReadObjects() {
+  const auto source = m_source.Objects();
+  if (!source.file) {
+    m_report.Add(kFaultInFields, kObjects, "there is none");
+    RefuseDamage(kObjects, "there is none");
+    return std::make_unique<HostDocument>();
+  }
+  if (m_hasHeader) {
+    try {
+      CheckFacts(*source.file, kObjects, m_header.objects, kFaultInNodes);
+    } catch (const CException& failure) {
+      m_report.Add(kFaultInNodes, kObjects, failure.what());
+    }
+  }
+  const bool damaged = m_report.findingCount > 0;
+  CArchive ar(source.file.get(), CArchive::load);
+  DocumentReading reading(m_salvage);
+  std::unique_ptr<HostDocument> document;
+  try {
+    document.reset(static_cast<HostDocument*>(ar.ReadObject(RUNTIME_CLASS(HostDocument))));
+  } catch (const std::exception& failure) {
+    reading.NoteFault(ar, failure);
+  }
+  TakeOver(reading);
+  if (m_report.fault) {
+    RefuseDamage(kObjects, m_report.findings.back().text);
+  } else if (!document) {
+    m_report.Add(kFaultInFields, kObjects, "its root is null");
+    RefuseDamage(kObjects, "its root is null");
+  } else if (damaged) {
+    RefuseDamage(m_report.findings.front().stream, m_report.findings.front().text);
+  } else if (const ULONGLONG behind = ar.GetBytesLeft(); behind > 0 && !source.found) {
+    m_report.Add(kFaultInNodes, kObjects, fmt::format("{} bytes stand behind the last record", behind));
+  }
+  if (!document) document = std::make_unique<HostDocument>();
+  document->FreezeIds(true);
+  MendLinks(*document);
+  document->DeleteLostNodes();
+  DeleteStrays(ar, *document);
+  return document;
+}
+
+void DocumentLoader::TakeOver(const DocumentReading& reading) {
+  m_report.promised = reading.promised;
+  m_report.whole = reading.whole;
+  m_report.part = reading.part;
+  m_report.partialClass = reading.partialClass;
+  m_report.fault = reading.fault;
+  if (!reading.fault) return;
+  std::string text = TextOf(*reading.fault);
+  if (reading.part == DocumentReading::Part::kNodes)
+    text += fmt::format(", in node {} of {}, a {}", reading.whole + 1, reading.promised, reading.partialClass);
+  m_report.Add(LocationOf(reading.part), kObjects, text);
+}
+
+void DocumentLoader::MendLinks(HostDocument& document) {
+  for (const auto& [place, faults] : document.MendLinks()) {
+    m_report.dangling += faults.dangling;
+    m_report.oneSided += faults.oneSided;
+    std::string text;
+    if (faults.dangling > 0) text = fmt::format("{} references to what the document doesn't hold", faults.dangling);
+    if (faults.oneSided > 0) {
+      if (!text.empty()) text += ", ";
+      text += fmt::format("{} uses that one side alone knows", faults.oneSided);
+    }
+    m_report.Add(kFaultInLinks, kObjects, fmt::format("{} has {}", NameOf(document, place), text));
+  }
+}
+
+// What the archive made, and neither the document nor its indexer holds.
+void DocumentLoader::DeleteStrays(CArchive& ar, HostDocument& document) {
+  CObList entries;
+  document.Indexer().GetAllIndexers(entries);
+  std::unordered_set<const CObject*> held = {&document, &document.Indexer()};
+  for (POSITION at = entries.GetHeadPosition(); at;) held.insert(entries.GetNext(at));
+  std::map<std::string, int> strays;
+  ar.DeleteLoaded([&](const CObject* object) {
+    const bool stray = !held.contains(object);
+    if (stray) ++strays[object->GetRuntimeClass()->m_lpszClassName];
+    return stray;
+  });
+  for (const auto& [name, count] : strays) {
+    m_report.strays += count;
+    m_report.Add(kFaultInLinks, kObjects, fmt::format("objects in no list of the document: {} {}", count, name));
+  }
+}
+
+// ---- indexer
+
+void DocumentLoader::RepairIndexer(HostDocument& document) {
+  std::map<CString, int> alive;
+  alive[document.GetClassNameW()] = 0;  // the document is no node: without any, all counts have to become 0, too
+  for (DWORD place = 0; place < document.NodeCount(); ++place)
+    ++alive[document.NodeAt(place).GetRegNameForAutoIndexing()];
+  CObList entries;
+  document.Indexer().GetAllIndexers(entries);
+  const auto each = [&](auto visit) {
+    std::size_t number = 0;
+    for (POSITION at = entries.GetHeadPosition(); at; ++number)
+      visit(number, *static_cast<const QFObjectIndexer*>(entries.GetNext(at)));
+  };
+  each([&](std::size_t, const QFObjectIndexer& entry) {
+    m_report.indexer.push_back({entry.GetIndexedClassName(), entry.GetReferences(), 0});
+  });
+  document.Indexer().CorrectIndexersReferences(alive);
+  each([&](std::size_t number, const QFObjectIndexer& entry) {
+    m_report.indexer[number].alive = entry.GetReferences();
+  });
+}
+
+}  // namespace kestrova

@@ -1,0 +1,154 @@
+#include "host/document/document_tree.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <iterator>
+#include <nlohmann/json.hpp>
+#include <vector>
+
+#include "host/document/feature_node.h"
+#include "host/document/host_document.h"
+#include "host/document/operation_node.h"
+#include "host/document/tool_node.h"
+#include "host/progress_bar.h"
+#include "share/env/document_callbacks.h"
+
+namespace kestrova {
+namespace {
+
+constexpr int kDeepestIndent = 20;  // what hangs deeper stands below one another
+constexpr std::size_t kPiece = 1 << 16;
+
+const char* TextOf(QFObjState state) {
+  switch (state) {
+    case ACTIVE: return "active";
+    case SUPPRESSED: return "suppressed";
+    case DELETED: return "recycled";
+    case LOCKED: return "locked";
+  }
+  return "unknown state";
+}
+
+std::string Labelled(HostNode& node) {
+  return fmt::format("{} {} \"{}\"", ToUtf8(node.GetClassNameW()), node.GetObjectId(), ToUtf8(node.Name()));
+}
+
+// Collects lines, so that a million of them cost few calls.
+class Output {
+ public:
+  explicit Output(std::FILE* out) : out_(out) {}
+  ~Output() { Flush(); }
+  Output(const Output&) = delete;
+  Output& operator=(const Output&) = delete;
+
+  std::string& Text() {
+    if (text_.size() > kPiece) Flush();
+    return text_;
+  }
+
+ private:
+  void Flush() {
+    std::fwrite(text_.data(), 1, text_.size(), out_);
+    text_.clear();
+  }
+
+  std::FILE* out_;
+  std::string text_;
+};
+
+// Calls write(node, depth) for each node and keeps the terminal informed.
+template <class Write>
+void WalkWithProgress(const HostDocument& document, Write write) {
+  const ProgressBar bar("writing nodes", document.NodeCount());
+  DWORD done = 0;
+  document.Walk([&](HostNode& node, int depth) {
+    write(node, depth);
+    QFProgressCallback(++done);
+  });
+}
+
+// Appends the text as a JSON string.
+void AppendQuoted(std::string& out, const CString& text) {
+  const std::string utf8 = ToUtf8(text);
+  const bool plain = std::none_of(utf8.begin(), utf8.end(),
+                                  [](char c) { return c == '"' || c == '\\' || static_cast<unsigned char>(c) < ' '; });
+  if (plain) {
+    out.append(1, '"').append(utf8).append(1, '"');
+  } else {
+    out += nlohmann::json(utf8).dump();
+  }
+}
+
+// One node as a JSON object. Written by hand: a million of them built by a library take three times as long.
+void AppendNodeJson(std::string& out, HostNode& node, int depth, bool suppressed) {
+  const auto number = [&](const char* name, auto value) {
+    fmt::format_to(std::back_inserter(out), ", \"{}\": {}", name, value);
+  };
+  const auto text = [&](const char* name, const CString& value) {
+    fmt::format_to(std::back_inserter(out), ", \"{}\": ", name);
+    AppendQuoted(out, value);
+  };
+  const auto id = [&](const char* name, QFObject* object) {
+    if (object) return number(name, object->GetObjectId());
+    number(name, "null");
+  };
+  fmt::format_to(std::back_inserter(out), "{{\"class\": \"{}\"", node.GetRuntimeClass()->m_lpszClassName);
+  id("id", &node);
+  id("owner", node.GetOwner());
+  number("depth", depth);
+  text("label", node.Name());
+  text("state", CString(TextOf(node.GetState())));
+  number("suppressed", suppressed);
+  number("users", node.GetCountOfUserObjects());
+  text("createdBy", node.GetCreatedBy());
+  text("created", node.GetDateCreated());
+  text("changedBy", node.GetLastModifiedBy());
+  text("changed", node.GetLastModified());
+  text("facts", node.Facts());
+  if (const auto* operation = DYNAMIC_DOWNCAST(HostOperation, &node)) {
+    id("tool", operation->Tool());
+    number("flagged", operation->IsFlagged());
+  }
+  out += '}';
+}
+
+}  // namespace
+
+void WriteTree(const HostDocument& document, std::FILE* out) {
+  Output output(out);
+  fmt::format_to(std::back_inserter(output.Text()), "{}: {} node{}, {}, storage version {:.2f}\n",
+                 ToUtf8(document.Title()), document.NodeCount(), document.NodeCount() == 1 ? "" : "s",
+                 document.Units().name, document.ReadStorageUnits());
+  WalkWithProgress(document, [&](HostNode& node, int depth) {
+    std::string& text = output.Text();
+    text.append(std::size_t(std::min(depth + 1, kDeepestIndent)) * 2, ' ');
+    fmt::format_to(std::back_inserter(text), "{}, {}, {}; made by {} {}", Labelled(node), TextOf(node.GetState()),
+                   ToUtf8(node.Facts()), ToUtf8(node.GetCreatedBy()), ToUtf8(node.GetDateCreated()));
+    if (!(node.GetLastModified() == node.GetDateCreated()))
+      fmt::format_to(std::back_inserter(text), ", changed by {} {}", ToUtf8(node.GetLastModifiedBy()),
+                     ToUtf8(node.GetLastModified()));
+    text += '\n';
+  });
+}
+
+void WriteTreeJson(const HostDocument& document, std::FILE* out) {
+  Output output(out);
+  output.Text() += "{\"title\": ";
+  AppendQuoted(output.Text(), document.Title());
+  output.Text() += fmt::format(", \"units\": \"{}\", \"storageVersion\": {:.2f}, \"nodes\": [", document.Units().name,
+                               document.ReadStorageUnits());
+  const char* between = "\n";
+  std::vector<bool> suppressed;  // by depth, on the way to the node: as IsSuppressed, without its walk up for each
+  WalkWithProgress(document, [&](HostNode& node, int depth) {
+    const auto at = std::size_t(depth);
+    const bool below = depth > 0 && suppressed[at - 1];
+    suppressed.resize(at + 1);
+    suppressed[at] = below || node.GetState() == SUPPRESSED || !node.IsEditable();
+    AppendNodeJson(output.Text().append(between), node, depth, suppressed[at]);
+    between = ",\n";
+  });
+  output.Text() += document.NodeCount() > 0 ? "\n]}\n" : "]}\n";
+}
+
+}  // namespace kestrova

@@ -1,0 +1,98 @@
+#include "host/document/feature_node.h"
+
+#include <algorithm>
+
+#include "companions/geometry/vectors.h"
+#include "framework/archive.h"
+#include "share/objects/dump.h"
+#include "share/utilities/units.h"
+
+namespace kestrova {
+
+IMPLEMENT_SERIAL(HostFeature, HostNode, VERSIONABLE_SCHEMA | 1)
+
+namespace {
+
+using Point = HostFeature::Point;
+
+static_assert(sizeof(Point) == 16, "points are stored as they lie in memory");
+
+bool SamePoint(const Point& a, const Point& b) { return SameLength(a.x, b.x) && SameLength(a.y, b.y); }
+
+}  // namespace
+
+void HostFeature::SetProfile(std::span<const Point> points) {
+  auto fresh = std::make_unique<Point[]>(points.size());
+  std::copy(points.begin(), points.end(), fresh.get());
+  m_points = std::move(fresh);
+  m_pointCount = DWORD(points.size());
+}
+
+void HostFeature::Serialize(CArchive& ar) {
+  BeginLevel(ar, RUNTIME_CLASS(HostFeature));
+  HostNode::Serialize(ar);
+  if (ar.IsStoring()) {
+    ar.WriteCount(m_pointCount);
+    ar.Write(m_points.get(), m_pointCount * sizeof(Point));
+    ar << m_depth;
+  } else {
+    const auto count = DWORD(ar.ReadCount(sizeof(Point)));  // what is left of a file bounds it
+    m_points = count > 0 ? std::make_unique<Point[]>(count) : nullptr;
+    m_pointCount = count;
+    ar.EnsureRead(m_points.get(), count * sizeof(Point));
+    ar >> m_depth;
+  }
+}
+
+COMPARE_RESULT HostFeature::Compare(QFObject* other) {
+  const auto* feature = DYNAMIC_DOWNCAST(HostFeature, other);
+  if (!feature) return NO_MATCH;
+  const auto mine = Profile();
+  const auto theirs = feature->Profile();
+  if (std::equal(mine.begin(), mine.end(), theirs.begin(), theirs.end(), SamePoint))
+    return SameLength(m_depth, feature->m_depth) ? COMPLETE_MATCH : PROFILE_NODEPTH_MATCH;
+  const auto shared = std::size_t(std::count_if(theirs.begin(), theirs.end(), [&](const Point& point) {
+    return std::any_of(mine.begin(), mine.end(), [&](const Point& own) { return SamePoint(own, point); });
+  }));
+  if (shared == 0) return NO_MATCH;
+  if (shared == theirs.size()) return PARTIAL_MATCH_SUBSET;
+  return shared * 2 >= theirs.size() ? PARTIAL_PROFILE_MATCH : NO_MATCH;
+}
+
+// Compare has an order of its own and doesn't come here.
+bool HostFeature::IsLike(const HostNode&) const { return false; }
+
+int HostFeature::CopyParameters(QFObject* source) {
+  if (const auto* feature = DYNAMIC_DOWNCAST(HostFeature, source); feature && feature != this) {
+    SetProfile(feature->Profile());
+    m_depth = feature->m_depth;
+  }
+  return HostNode::CopyParameters(source);
+}
+
+QFObject* HostFeature::Clone() { return CloneInto(std::make_unique<HostFeature>()); }
+
+int HostFeature::GetRefPointForPattern(FRPosition& position) {
+  if (m_pointCount == 0) return 0;
+  position = FRPosition(m_points[0].x, m_points[0].y, 0);
+  return 1;
+}
+
+CString HostFeature::Facts() const {
+  CString text;
+  text.Format(m_pointCount == 1 ? _T("%d point, depth %s") : _T("%d points, depth %s"), m_pointCount,
+              ConvertLengthToUserUnits(m_depth));
+  return text;
+}
+
+void HostFeature::DumpData(FILE* file) {
+  if (!file) return;
+  HostNode::DumpData(file);
+  DumpBanner(file, _T("HostFeature"), _T("Start"));
+  DumpPrint(file, _T("\n Total Points: %d"), m_pointCount);
+  for (const Point& point : Profile()) DumpPrint(file, _T("\n Point: %g %g"), point.x, point.y);
+  DumpPrint(file, _T("\n m_depth: %g"), m_depth);
+  DumpBanner(file, _T("HostFeature"), _T("End"));
+}
+
+}  // namespace kestrova

@@ -1,0 +1,74 @@
+#include "host/document/node.h"
+
+#include <cmath>
+
+#include "companions/geometry/constants.h"
+#include "framework/archive.h"
+#include "framework/ob_list.h"
+#include "host/document/host_document.h"
+
+namespace kestrova {
+
+IMPLEMENT_DYNAMIC(HostNode, QFObject)
+
+CString HostNode::GetClassNameW() { return CString(GetRuntimeClass()->m_lpszClassName); }
+
+COMPARE_RESULT HostNode::Compare(QFObject* other) {
+  const bool same_class = other && other->GetRuntimeClass() == GetRuntimeClass();
+  return same_class && IsLike(*static_cast<HostNode*>(other)) ? COMPLETE_MATCH : NO_MATCH;
+}
+
+QFCallbackHelper& HostNode::Companions() {
+  static QFCallbackHelper helper;
+  return helper;
+}
+
+QFCallbackHelper* HostNode::GetCallbackHelper() { return &Companions(); }
+
+QFObject* HostNode::CloneInto(std::unique_ptr<HostNode> copy) {
+  AssociateParameters(copy.get());
+  copy->CopyParameters(this);
+  return copy.release();
+}
+
+UINT HostNode::BeginLevel(CArchive& ar, const CRuntimeClass* level) {
+  ar.SerializeClass(level);
+  const UINT schema = ar.GetObjectSchema();
+  if (ar.IsLoading() && schema > (level->m_wSchema & ~VERSIONABLE_SCHEMA))
+    AfxThrowArchiveException(CArchiveException::badSchema, ar.m_strFileName);
+  return schema;
+}
+
+// ---- links
+
+void HostNode::DropLinks() {
+  SetOwner(nullptr);
+  SetOriginalOwner(nullptr);
+  DetachFromAllUserObjects();
+}
+
+LinkFaults HostNode::MendLinks(const HostDocument& document) {
+  LinkFaults faults;
+  if (GetOriginalOwner() && !document.Owns(GetOriginalOwner())) {
+    RemoveFromUserObjectsList(GetOriginalOwner());  // the node's own link alone: nothing is known of the other side
+    ++faults.dangling;
+  }
+  if (GetCountOfUserObjects() == 0) return faults;
+  CObList users;
+  GetAllUserObjects(&users);
+  for (POSITION at = users.GetHeadPosition(); at;) {
+    CObject* user = users.GetNext(at);
+    if (document.Owns(user)) continue;
+    RemoveFromUserObjectsList(static_cast<QFObject*>(user));  // by its address: it may be no node at all
+    ++faults.dangling;
+  }
+  return faults;
+}
+
+void HostNode::StampAs(const CString& creator, const CString& created, const CString& changer, const CString& changed) {
+  SetStamps({.createdBy = creator, .dateCreated = created, .lastModified = changed, .lastModifiedBy = changer});
+}
+
+bool SameLength(double a, double b) { return std::abs(a - b) <= RESABS; }
+
+}  // namespace kestrova

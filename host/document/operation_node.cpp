@@ -1,0 +1,120 @@
+#include "host/document/operation_node.h"
+
+#include <utility>
+
+#include "framework/archive.h"
+#include "host/document/host_document.h"
+#include "host/document/tool_node.h"
+#include "share/objects/dump.h"
+#include "share/objects/storage_status.h"
+#include "share/utilities/units.h"
+
+namespace kestrova {
+
+IMPLEMENT_SERIAL(HostOperation, HostNode, VERSIONABLE_SCHEMA | 1)
+
+namespace {
+
+constexpr int kStockChangedText = 31000;  // of the module's resources
+
+CFlaggedError FlagThatIsDown() { return {kStockChangedText, FLAGGED_ERROR_NORMAL}; }
+
+}  // namespace
+
+// ---- tool
+
+void HostOperation::SetTool(HostTool* tool) {
+  if (HostTool* former = std::exchange(m_tool, tool)) former->RemoveFromUserObjectsList(this);
+  if (tool) tool->AddToUserObjectsList(this, /*held=*/0);
+}
+
+int HostOperation::RemoveFromUserObjectsList(QFObject* object) {
+  if (object && object == m_tool) m_tool = nullptr;
+  return HostNode::RemoveFromUserObjectsList(object);
+}
+
+void HostOperation::DropLinks() {
+  SetTool(nullptr);
+  HostNode::DropLinks();
+}
+
+LinkFaults HostOperation::MendLinks(const HostDocument& document) {
+  LinkFaults faults = HostNode::MendLinks(document);
+  if (m_tool && !document.Owns(m_tool)) {
+    m_tool = nullptr;
+    ++faults.dangling;
+  } else if (m_tool && !m_tool->GetIsUsingThisObject(this)) {
+    m_tool->AddToUserObjectsList(this, /*held=*/0);
+    ++faults.oneSided;
+  }
+  return faults;
+}
+
+// ---- parameters
+
+void HostOperation::SetCutting(double feed, double speed, double step) {
+  m_feed = feed;
+  m_speed = speed;
+  m_step = step;
+}
+
+CFlaggedError* HostOperation::GetFlag() {
+  if (!m_flag) m_flag = std::make_unique<CFlaggedError>(FlagThatIsDown());
+  return m_flag.get();
+}
+
+void HostOperation::Serialize(CArchive& ar) {
+  BeginLevel(ar, RUNTIME_CLASS(HostOperation));
+  HostNode::Serialize(ar);
+  CFlaggedError flag = m_flag ? *m_flag : FlagThatIsDown();
+  if (ar.IsStoring()) {
+    StoreReferenceOrNull(ar, m_tool);
+    ar << m_feed << m_speed << m_step;
+    flag.Serialize(ar);
+  } else {
+    ar >> m_tool >> m_feed >> m_speed >> m_step;
+    flag.Serialize(ar);
+    const bool says_something = flag.GetFlag() || flag.GetFlagErrorType() != FLAGGED_ERROR_NORMAL;
+    m_flag = says_something ? std::make_unique<CFlaggedError>(flag) : nullptr;
+  }
+}
+
+int HostOperation::CopyParameters(QFObject* source) {
+  if (const auto* operation = DYNAMIC_DOWNCAST(HostOperation, source); operation && operation != this) {
+    SetTool(operation->m_tool);
+    SetCutting(operation->m_feed, operation->m_speed, operation->m_step);
+    m_flag = operation->m_flag ? std::make_unique<CFlaggedError>(*operation->m_flag) : nullptr;
+  }
+  return HostNode::CopyParameters(source);
+}
+
+QFObject* HostOperation::Clone() { return CloneInto(std::make_unique<HostOperation>()); }
+
+bool HostOperation::IsLike(const HostNode& other) const {
+  const auto& operation = static_cast<const HostOperation&>(other);
+  return m_tool == operation.m_tool && SameLength(m_feed, operation.m_feed) && m_speed == operation.m_speed &&
+         SameLength(m_step, operation.m_step);
+}
+
+CString HostOperation::Facts() const {
+  CString text;
+  if (m_tool) text.Format(_T("tool %d, "), m_tool->GetObjectId());
+  text.AppendFormat(_T("feed %s/min, speed %g/min, step %s"), ConvertLengthToUserUnits(m_feed), m_speed,
+                    ConvertLengthToUserUnits(m_step));
+  if (IsFlagged()) text += _T(", to be made anew");
+  return text;
+}
+
+void HostOperation::DumpData(FILE* file) {
+  if (!file) return;
+  HostNode::DumpData(file);
+  DumpBanner(file, _T("HostOperation"), _T("Start"));
+  DumpPrint(file, _T("\n m_tool: %s"), m_tool ? m_tool->Name() : CString());
+  DumpPrint(file, _T("\n m_feed: %g"), m_feed);
+  DumpPrint(file, _T("\n m_speed: %g"), m_speed);
+  DumpPrint(file, _T("\n m_step: %g"), m_step);
+  if (m_flag) m_flag->DumpData(file);
+  DumpBanner(file, _T("HostOperation"), _T("End"));
+}
+
+}  // namespace kestrova

@@ -1,0 +1,32 @@
+// HostSetup, one clamping of the part: the frame in which everything below it is machined.
+#pragma once
+
+#include "host/document/node.h"
+#include "share/objects/param_helpers.h"
+
+namespace kestrova {
+
+class HostSetup : public HostNode {
+  DECLARE_SERIAL(HostSetup)
+
+ public:
+  HostSetup() = default;
+
+  QFSetupParamHelper& Frame() { return m_frame; }
+
+  // Schema 1: the frame's record.
+  void Serialize(CArchive& ar) override;
+  void DumpData(FILE* file) override;
+  const QFParamHelper* GetParamHelper() const override { return &m_frame; }
+  int CopyParameters(QFObject* source) override;
+  QFObject* Clone() override;
+  CString Facts() const override;
+
+ protected:
+  bool IsLike(const HostNode& other) const override;
+
+ private:
+  QFSetupParamHelper m_frame;
+};
+
+}  // namespace kestrova

@@ -1,0 +1,139 @@
+// kestrova document, as a user runs it.
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "tests/host/run_command.h"
+
+namespace {
+
+using kvtest::RunCommand;
+using kvtest::RunResult;
+
+class DocumentCommand : public testing::Test {
+ protected:
+  std::string File(const char* name) const { return (folder_.Path() / name).string(); }
+  RunResult Run(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), "document");
+    return RunCommand(arguments);
+  }
+  void Make(const char* name, std::vector<std::string> options = {}) {
+    std::vector<std::string> arguments = {"new", File(name)};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    EXPECT_EQ(Run(arguments), (RunResult{0, "", ""}));
+  }
+
+  const kvtest::ScratchFolder folder_;
+};
+
+TEST_F(DocumentCommand, ShowsATree) {
+  Make("a.kvdoc", {"--nodes", "4", "--seed", "7"});
+  EXPECT_EQ(
+      Run({"show", File("a.kvdoc")}),
+      (RunResult{0,
+                 "a.kvdoc: 4 nodes, mm, storage version 38.00\n"
+                 "  HostTool 1 \"\u00D83 flat end mill\", active, flat end mill, diameter 3mm, length 77mm; made by "
+                 "okafor 01/26/2023::14:27\n"
+                 "  HostSetup 2 \"Mill Part Setup 1\", active, axis 0 -1 0, turned 270deg, clearance 25mm; made by "
+                 "okafor 02/12/2023::07:57\n"
+                 "    HostFeature 3 \"Slot 1\", active, 6 points, depth 14.4mm; made by okafor "
+                 "02/12/2023::07:57\n"
+                 "      HostOperation 4 \"Rough Mill 1\", active, tool 1, feed 482.6mm/min, speed 6550/min, step "
+                 "4mm; made by okafor 02/12/2023::07:57, changed by lindqvist 11/12/2024::19:03\n",
+                 ""}));
+}
+
+TEST_F(DocumentCommand, NewIsDecidedByItsSeed) {
+  const auto nodes = [&](const char* name) {
+    return nlohmann::json::parse(Run({"show", "--json", File(name)}).out)["nodes"];
+  };
+  Make("a.kvdoc", {"--nodes", "500", "--seed", "3"});
+  Make("b.kvdoc", {"--nodes", "500", "--seed", "3"});
+  Make("c.kvdoc", {"--nodes", "500", "--seed", "4"});
+  const auto a = nodes("a.kvdoc");
+  EXPECT_EQ(a, nodes("b.kvdoc"));
+  EXPECT_NE(a, nodes("c.kvdoc"));
+  ASSERT_EQ(a.size(), 500u);
+  std::map<std::string, int> classes, states;
+  int with_tool = 0;
+  for (const auto& node : a) {
+    ++classes[node["class"]];
+    ++states[node["state"]];
+    with_tool += node.contains("tool") && !node["tool"].is_null();
+  }
+  for (const char* name : {"HostTool", "HostSetup", "HostFeature", "HostOperation", "HostDrilling"})
+    EXPECT_GT(classes[name], 0) << name;
+  for (const char* state : {"active", "suppressed", "recycled", "locked"}) EXPECT_GT(states[state], 0) << state;
+  EXPECT_GT(with_tool, 100);
+}
+
+TEST_F(DocumentCommand, UnitsAreTheDocuments) {
+  Make("a.kvdoc", {"--nodes", "40", "--units", "inch"});
+  const auto json = nlohmann::json::parse(Run({"show", "--json", File("a.kvdoc")}).out);
+  EXPECT_EQ(json["units"], "inch");
+  EXPECT_EQ(json["storageVersion"], 38.0);
+  EXPECT_NE(json["nodes"][0]["facts"].get<std::string>().find("in, length"), std::string::npos);
+}
+
+TEST_F(DocumentCommand, ConvertKeepsAllNodesAndAddsToTheHistory) {
+  Make("a.kvdoc", {"--nodes", "200"});
+  EXPECT_EQ(Run({"convert", File("a.kvdoc"), File("b.kvdoc")}), (RunResult{0, "", ""}));
+  const auto a = nlohmann::json::parse(Run({"show", "--json", File("a.kvdoc")}).out);
+  const auto b = nlohmann::json::parse(Run({"show", "--json", File("b.kvdoc")}).out);
+  EXPECT_EQ(a["nodes"], b["nodes"]);
+  const auto history = nlohmann::json::parse(Run({"history", "--json", File("b.kvdoc")}).out);
+  ASSERT_EQ(history.size(), 1u) << history;
+  EXPECT_EQ(history[0]["version"], "2024");
+  EXPECT_EQ(history[0]["saves"], 3) << "a record starts at 1";
+  EXPECT_EQ(history[0]["storageVersion"], 38.0);
+  EXPECT_TRUE(Run({"history", File("b.kvdoc")}).out.starts_with("2024 SP4 build 2024/0826, storage version 38.00: 3 "));
+}
+
+TEST_F(DocumentCommand, DumpPrintsEveryObject) {
+  Make("a.kvdoc", {"--nodes", "30"});
+  const std::string dump = Run({"dump", File("a.kvdoc")}).out;
+  const auto count = [&](const std::string& text) {
+    int found = 0;
+    for (std::size_t at = dump.find(text); at != std::string::npos; at = dump.find(text, at + 1)) ++found;
+    return found;
+  };
+  EXPECT_EQ(count("= QFObject Start ="), 31) << "the document and its nodes";
+  EXPECT_EQ(count("= HostDocument Start ="), 1);
+  EXPECT_EQ(count("= QFObjectIndexerHelper Start ="), 1);
+  EXPECT_EQ(count("= QFDocSrHistory Start ="), 1);
+  EXPECT_EQ(count("= HostTool Start ="), 5);
+  EXPECT_EQ(count("\n Total Nodes: 30"), 1);
+}
+
+TEST_F(DocumentCommand, ReplacesAFileOnlyWhenToldTo) {
+  const std::string file = folder_.Write("a.kvdoc", "mine").string();
+  Make("b.kvdoc", {"--nodes", "3"});
+  const RunResult refused = {1, "", "kestrova: " + file + " exists; add --force to replace it\n"};
+  EXPECT_EQ(Run({"new", file}), refused);
+  EXPECT_EQ(Run({"convert", File("b.kvdoc"), file}), refused);
+  EXPECT_EQ(kvtest::ReadFile(file), "mine");
+  EXPECT_EQ(Run({"convert", File("b.kvdoc"), file, "--force"}).exit_code, 0);
+  EXPECT_NE(kvtest::ReadFile(file), "mine");
+}
+
+TEST_F(DocumentCommand, ExplainsFailuresInOneLine) {
+  const std::string text = folder_.Write("text", std::string(600, 'x')).string();
+  const struct {
+    std::vector<std::string> arguments;
+    std::string message;
+  } kCases[] = {
+      {{"show", File("none")}, "cannot read " + File("none") + ": no such file; check the path"},
+      {{"show", text}, "cannot read " + text + ": it is no document: no compound file"},
+      {{"new", File("no/folder")},
+       "cannot save " + File("no/folder") + ": the folder does not exist; check the path; nothing was written"},
+  };
+  for (const auto& c : kCases) EXPECT_EQ(Run(c.arguments), (RunResult{1, "", "kestrova: " + c.message + "\n"}));
+}
+
+TEST_F(DocumentCommand, RefusesWrongUsage) {
+  for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
+           {}, {"show"}, {"new", "a", "--nodes", "-1"}, {"new", "a", "--units", "m"}, {"convert", "a"}, {"open", "a"}})
+    EXPECT_EQ(Run(arguments).exit_code, 2);
+}
+
+}  // namespace

@@ -1,0 +1,103 @@
+// The document's answers to the library's core messages, and what the library's callbacks give of the active one.
+#include "share/env/document_messages.h"
+#include "share/env/document_callbacks.h"
+#include "tests/host/document_fixture.h"
+
+using namespace kestrova;
+
+namespace {
+
+using DocumentMessages = kvtest::DocumentTest;
+
+TEST_F(DocumentMessages, TellAndTakeWhatTheyAreFor) {
+  EXPECT_EQ(GetActiveDocReadStorageUnits(), 38.0f) << "a new document is of the current version";
+  SetActiveDocReadStorageUnits(31.6f);
+  EXPECT_EQ(GetActiveDocReadStorageUnits(), 31.6f);
+  EXPECT_EQ(IsDocumentModified(), 0);
+  SetDocumentModifiedFlag(1, nullptr);
+  EXPECT_EQ(IsDocumentModified(), 1);
+  EXPECT_TRUE(document_.IsModified());
+  SetDocumentModifiedFlag(0, &document_);
+  EXPECT_EQ(IsDocumentModified(), 0);
+
+  EXPECT_EQ(IsDocumentUnitsMm(), 1);
+  EXPECT_EQ(GetDocumentUnits(), kMillimetres);
+  EXPECT_EQ(IsMetricUnit(), 1);
+  document_.SetUnits(kInches);
+  EXPECT_EQ(IsDocumentUnitsMm(), 0);
+  EXPECT_EQ(GetDocumentUnits(), kInches);
+  EXPECT_EQ(IsDocumentUnitsMetric(), 0);
+  EXPECT_EQ(IsMetricUnit(), 0);
+
+  EXPECT_EQ(GetDocTitle(), _T("Untitled"));
+  document_.SetTitle(_T("part.kvdoc"));
+  EXPECT_EQ(GetDocTitle(), _T("part.kvdoc"));
+  EXPECT_EQ(GetDocServicePack(), _T(""));
+  document_.SetServicePack(_T("SP3"));
+  EXPECT_EQ(GetDocServicePack(), _T("SP3"));
+
+  int flag = 7;
+  EXPECT_EQ(GetShowExceptionMsgFlag(flag), 1);
+  EXPECT_EQ(flag, 1);
+  flag = 0;
+  EXPECT_EQ(SetShowExceptionMsgFlag(flag), 1);
+  EXPECT_EQ(GetShowExceptionMsgFlag(flag = 7), 1);
+  EXPECT_EQ(flag, 0);
+}
+
+TEST_F(DocumentMessages, TellWhichTreeIsShown) {
+  const struct {
+    HostDocument::Tree tree;
+    int features, operations, tools;
+  } kCases[] = {{HostDocument::Tree::kFeatures, 1, 0, 0},
+                {HostDocument::Tree::kOperations, 0, 1, 0},
+                {HostDocument::Tree::kTools, 0, 0, 1}};
+  for (const auto& c : kCases) {
+    document_.SetShownTree(c.tree);
+    EXPECT_EQ(IsFEATTreeActive(), c.features);
+    EXPECT_EQ(IsOPERTreeActive(), c.operations);
+    EXPECT_EQ(IsToolTreeActive(), c.tools);
+  }
+}
+
+TEST_F(DocumentMessages, TakeACompanionOffTheSelection) {
+  ui_QFObject a(&document_), b(&document_);
+  document_.Select(&a);
+  EXPECT_EQ(RemoveNodeFromSelection(&b), 0) << "it was not selected";
+  EXPECT_EQ(RemoveNodeFromSelection(&a), 1);
+  EXPECT_TRUE(document_.Selection().empty());
+}
+
+TEST_F(DocumentMessages, UnknownOnesAndNullArgumentsAreAnsweredByZero) {
+  int value = 7;
+  for (const int message : {0, 200, 207, 246, 248, 272, 291}) {
+    EXPECT_EQ(SendToActiveDocument(QF_CORE_MESSAGE_ID(message), &value), 0) << message;
+    EXPECT_EQ(value, 7) << message;
+  }
+  for (const int message : {201, 202, 203, 204, 205, 206, 227, 247, 269, 270, 271, 275, 276, 284, 290})
+    EXPECT_EQ(SendToActiveDocument(QF_CORE_MESSAGE_ID(message), nullptr), 0) << message;
+}
+
+TEST_F(DocumentMessages, GoToTheActiveDocument) {
+  EXPECT_EQ(GetActiveDocument(), &document_);
+  EXPECT_EQ(qf_getActiveAutoIdHelper(), &document_.Indexer());
+  EXPECT_EQ(GetIsDocFullyLoaded(), 1);
+  {
+    HostDocument other;
+    const ActiveDocument active(&other);
+    EXPECT_EQ(GetActiveDocument(), &other);
+    EXPECT_EQ(GetNextObjectIdCB(), 1u);
+    const ActiveDocument none(nullptr);
+    EXPECT_EQ(GetNextObjectIdCB(), 0u);
+    EXPECT_EQ(qf_getActiveAutoIdHelper(), nullptr);
+    EXPECT_EQ(GetIsDocFullyLoaded(), 0);
+    EXPECT_EQ(IsMetricUnit(), 1);
+  }
+  EXPECT_EQ(GetActiveDocument(), &document_);
+  EXPECT_EQ(GetNextObjectIdCB(), 1u);
+  EXPECT_EQ(GetNextObjectIdCB(), 2u);
+  document_.FreezeIds(true);
+  EXPECT_EQ(GetNextObjectIdCB(), 0u);
+}
+
+}  // namespace
