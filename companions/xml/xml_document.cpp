@@ -23,9 +23,9 @@ void* BitsOf(Handle handle) {
   return std::bit_cast<void*>(handle);
 }
 
-// The node itself or the next of its siblings that is an element.
+// The node itself or the next of its siblings that is an element. Of what the parser keeps only elements have a name.
 void* FirstElement(pugi::xml_node node) {
-  while (BitsOf(node) && node.type() != pugi::node_element) node = node.next_sibling();
+  while (BitsOf(node) && *node.name() == '\0') node = node.next_sibling();
   return BitsOf(node);
 }
 
