@@ -96,9 +96,8 @@ void CArchive::CheckStoring() const {
   if (!m_pFile) Fail(CArchiveException::genericException);
 }
 
-void CArchive::CheckLoading() const {
-  if (!m_bLoading) Fail(CArchiveException::writeOnly);
-  if (!m_pFile) Fail(CArchiveException::genericException);
+void CArchive::FailLoading() const {
+  Fail(m_bLoading ? CArchiveException::genericException : CArchiveException::writeOnly);
 }
 
 // ---- buffer

@@ -178,7 +178,10 @@ class KVSHARE_API CArchive {
 
   void MakeRoom();
   void CheckStoring() const;
-  void CheckLoading() const;
+  void CheckLoading() const {
+    if (!m_bLoading || !m_pFile) FailLoading();
+  }
+  [[noreturn]] void FailLoading() const;
   [[noreturn]] void Fail(int cause) const;
   bool ReadTag(DWORD& tag);
   void WriteTag(DWORD number, bool isClass);

@@ -1,7 +1,6 @@
 // The table of a loading archive, and the two hooks by which CObject takes part in taking a failed load back.
 #include "framework/loaded_objects.h"
 
-#include <algorithm>
 #include <unordered_set>
 
 namespace {
@@ -96,19 +95,6 @@ void LoadedObjects::AddChunk() {
 void LoadedObjects::AddClass(CRuntimeClass* record, UINT schema) {
   AddEntry(classes_.size() << 2 | kClass);
   classes_.push_back({record, schema});
-}
-
-void LoadedObjects::AddObject(const CObject* object, bool made) {
-  const auto address = reinterpret_cast<std::uintptr_t>(object);
-  AddEntry(address | (made ? kMade : kForeign));
-  lowest_ = std::min(lowest_, address);
-  highest_ = std::max(highest_, address);
-}
-
-const LoadedObjects::Class* LoadedObjects::ClassAt(DWORD number) const {
-  if (number == 0 || number > count_) return nullptr;
-  const std::uintptr_t entry = EntryAt(number);
-  return (entry & kMask) == kClass ? &classes_[entry >> 2] : nullptr;
 }
 
 CObject* LoadedObjects::ObjectAt(DWORD number) const {

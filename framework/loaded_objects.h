@@ -5,6 +5,7 @@
 // raises instead of being followed, and taking back never deletes an object twice.
 #pragma once
 
+#include <algorithm>
 #include <atomic>
 #include <functional>
 #include <memory>
@@ -31,10 +32,19 @@ class LoadedObjects {
   DWORD GetCount() const { return count_; }
   void AddClass(CRuntimeClass* record, UINT schema);
   // made: the archive made the object, and takes it back if the load fails.
-  void AddObject(const CObject* object, bool made);
+  void AddObject(const CObject* object, bool made) {
+    const auto address = reinterpret_cast<std::uintptr_t>(object);
+    AddEntry(address | (made ? kMade : kForeign));
+    lowest_ = std::min(lowest_, address);
+    highest_ = std::max(highest_, address);
+  }
 
   // Null for a number that is none, is of the other sort, or whose object is gone.
-  const Class* ClassAt(DWORD number) const;
+  const Class* ClassAt(DWORD number) const {
+    if (number == 0 || number > count_) return nullptr;
+    const std::uintptr_t entry = EntryAt(number);
+    return (entry & kMask) == kClass ? &classes_[entry >> 2] : nullptr;
+  }
   CObject* ObjectAt(DWORD number) const;
 
   // Deletes the objects with numbers above count that the archive made and that still live, in ascending order. Memory

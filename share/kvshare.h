@@ -45,6 +45,7 @@
 #include "share/machine/machine_types.h"
 #include "share/machine/shape_table.h"
 #include "share/objects/archive_store.h"
+#include "share/objects/audit_trail.h"
 #include "share/objects/base_object.h"
 #include "share/objects/callback_helper.h"
 #include "share/objects/dump.h"

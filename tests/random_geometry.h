@@ -1,4 +1,4 @@
-// Random numbers and directions for tests of geometry, from a seed that is shown when a test fails.
+// Random numbers and directions for tests of geometry, from a printed seed.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -6,13 +6,12 @@
 #include <random>
 
 #include "companions/geometry/vectors.h"
+#include "tests/scratch.h"
 
 namespace kvtest {
 
 class RandomGeometry : public testing::Test {
  protected:
-  RandomGeometry() : seed_(std::random_device()()), trace_(__FILE__, __LINE__, seed_), random_(seed_) {}
-
   double Number(double low, double high) { return std::uniform_real_distribution<double>(low, high)(random_); }
   FRUnitVector Direction() {
     FRVector v;
@@ -21,9 +20,7 @@ class RandomGeometry : public testing::Test {
     return normalise(v);
   }
 
-  const unsigned seed_;
-  const testing::ScopedTrace trace_;
-  std::mt19937 random_;
+  std::mt19937 random_{PrintedSeed()};
 };
 
 }  // namespace kvtest

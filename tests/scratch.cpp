@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <iostream>
 #include <random>
 #include <sstream>
 
@@ -35,6 +36,12 @@ std::string ReadFile(const std::filesystem::path& path) {
   std::ostringstream bytes;
   bytes << in.rdbuf();
   return bytes.str();
+}
+
+unsigned PrintedSeed() {
+  const unsigned seed = std::random_device()();
+  std::cout << "seed " << seed << std::endl;  // now, should the test end in a crash
+  return seed;
 }
 
 void UseRegistry(const std::filesystem::path& folder) {

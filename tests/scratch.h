@@ -25,6 +25,9 @@ class ScratchFolder {
 // The whole content of a file; fails the running test if it cannot be read.
 std::string ReadFile(const std::filesystem::path& path);
 
+// A new seed for a random test, printed for the next run with it.
+unsigned PrintedSeed();
+
 // Points KV_REGISTRY at the folder for this process and the processes that it starts.
 void UseRegistry(const std::filesystem::path& folder);
 

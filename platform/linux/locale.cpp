@@ -53,17 +53,19 @@ int GiveText(std::u16string_view text, LPWSTR buffer, int units) {
 
 // ---- names of months, days and the like
 
+// Loaded when the first name is asked for: most pictures need digits only, and loading takes a thousand times as long.
 class Names {
  public:
-  explicit Names(const std::string& locale) {
-    UErrorCode status = U_ZERO_ERROR;
-    format_.reset(udat_open(UDAT_DEFAULT, UDAT_DEFAULT, locale.c_str(), nullptr, 0, nullptr, 0, &status));
-  }
+  explicit Names(LCID locale) : locale_(locale) {}
   // Entry number index of a table; empty without data.
   std::u16string Get(UDateFormatSymbolType table, int index) const {
     UErrorCode status = U_ZERO_ERROR;
     UChar text[128];
-    if (!format_) return {};
+    if (!format_) {
+      const std::string name = LocaleName(locale_, "LC_TIME");
+      format_.reset(udat_open(UDAT_DEFAULT, UDAT_DEFAULT, name.c_str(), nullptr, 0, nullptr, 0, &status));
+    }
+    if (!format_ || U_FAILURE(status)) return {};
     const int length = udat_getSymbols(format_.get(), table, index, text, 128, &status);
     return U_SUCCESS(status) ? std::u16string(text, std::size_t(length)) : std::u16string();
   }
@@ -72,7 +74,8 @@ class Names {
   struct Close {
     void operator()(UDateFormat* format) const { udat_close(format); }
   };
-  std::unique_ptr<UDateFormat, Close> format_;
+  LCID locale_;
+  mutable std::unique_ptr<UDateFormat, Close> format_;
 };
 
 std::u16string Digits(int value, int width) {
@@ -199,7 +202,7 @@ int GetDateFormatW(LCID locale, DWORD flags, const SYSTEMTIME* date, LPCWSTR pic
   const SYSTEMTIME& shown = date ? *date : now;
   if (flags != 0) return FailWithStatus(ERROR_INVALID_FLAGS);
   if (!picture || units < 0 || !IsDate(shown)) return FailWithStatus(ERROR_INVALID_PARAMETER);
-  return GiveText(DateText(shown, picture, Names(LocaleName(locale, "LC_TIME"))), buffer, units);
+  return GiveText(DateText(shown, picture, Names(locale)), buffer, units);
 }
 
 int GetTimeFormatW(LCID locale, DWORD flags, const SYSTEMTIME* time, LPCWSTR picture, LPWSTR buffer, int units) {
@@ -209,7 +212,7 @@ int GetTimeFormatW(LCID locale, DWORD flags, const SYSTEMTIME* time, LPCWSTR pic
   const bool valid = shown.wHour < 24 && shown.wMinute < 60 && shown.wSecond < 60;
   if (flags != 0) return FailWithStatus(ERROR_INVALID_FLAGS);
   if (!picture || units < 0 || !valid) return FailWithStatus(ERROR_INVALID_PARAMETER);
-  return GiveText(TimeText(shown, picture, Names(LocaleName(locale, "LC_TIME"))), buffer, units);
+  return GiveText(TimeText(shown, picture, Names(locale)), buffer, units);
 }
 
 // ---- facts

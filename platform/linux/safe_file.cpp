@@ -5,10 +5,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
-#include <random>
 
 #include "platform/errors.h"
 #include "platform/linux/drives.h"
@@ -25,12 +25,21 @@ constexpr std::size_t kMostNameBytes = 200;  // of the target's name in that of 
 
 // The file behind a link, so that the link stays one. A link to nothing yet is followed as far as it can be told.
 std::string BehindLinks(const std::string& path) {
+  struct stat facts;
+  if (lstat(path.c_str(), &facts) == 0 && !S_ISLNK(facts.st_mode)) return path;  // links in its folders don't matter
   char resolved[PATH_MAX];
   if (realpath(path.c_str(), resolved)) return resolved;
   const ssize_t length = readlink(path.c_str(), resolved, sizeof resolved);
   if (length <= 0 || std::size_t(length) == sizeof resolved) return path;
   const std::string target(resolved, std::size_t(length));
   return target.front() == '/' ? target : FolderOf(path) + '/' + target;
+}
+
+// Differs from those of other processes and of this one. One that is taken all the same, by the file of a process that
+// was killed, is passed over.
+std::string NextNumber() {
+  static std::atomic<unsigned> serial = 0;
+  return std::to_string(getpid()) + std::to_string(serial.fetch_add(1, std::memory_order_relaxed));
 }
 
 }  // namespace
@@ -64,9 +73,8 @@ struct SafeFile::State {
     if (const int refusal = RefusalToWrite(target)) return Fail(refusal);
     // A name that is as long as names may be leaves no room for more.
     const std::string beside = target.substr(0, target.rfind('/') + 1 + kMostNameBytes);
-    std::random_device random;
     for (int i = 0; i < kTries && descriptor < 0; ++i) {
-      temporary = beside + '~' + std::to_string(random()) + ".tmp";
+      temporary = beside + '~' + NextNumber() + ".tmp";
       descriptor = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
       if (descriptor < 0 && errno != EEXIST) break;
     }

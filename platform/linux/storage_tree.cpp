@@ -88,7 +88,7 @@ HRESULT StreamContent::Write(ULONGLONG at, const void* source, std::size_t bytes
     const std::size_t behind = offset + part;
     if (chunk.size() < offset) chunk.resize(offset);
     const std::size_t over = std::min(chunk.size(), behind) - offset;
-    std::memcpy(chunk.data() + offset, from, over);
+    if (over != 0) std::memcpy(chunk.data() + offset, from, over);  // an empty chunk has no address
     chunk.insert(chunk.end(), from + over, from + part);
     from += part;
     at += part;

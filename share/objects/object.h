@@ -52,8 +52,8 @@ class KVSHARE_API QFObject : public QFBaseObject {
   // Asks the node, a document, something or tells it. The argument is the address of the value that the message's
   // number stands for (share/env/core_messages.h). 0 if the node doesn't know the message.
   virtual int SendQFCoreMessage(QF_CORE_MESSAGE_ID message, ULONGLONG argument, LONGLONG extra);
-  // To be called by whoever has made a new node: enters it in the active document's indexer, which draws its id. Does
-  // nothing without an indexer.
+  // To be called by whoever has made a new node: enters it in the active document's indexer (share/objects/
+  // object_indexer.h), which draws its id. Does nothing without an indexer.
   virtual void onCreate();
 
   virtual CString Name();

@@ -8,6 +8,7 @@
 #include "companions/geometry/point_list.h"
 #include "companions/geometry/transforms.h"
 #include "tests/geometry_print.h"
+#include "tests/scratch.h"
 
 namespace {
 
@@ -105,9 +106,7 @@ TEST(Geometry, RotationIsRightHandedAboutItsAxis) {
 }
 
 TEST(Geometry, ProductsOfRandomTransformsAssociateAndInvert) {
-  const auto seed = std::random_device()();
-  SCOPED_TRACE(seed);
-  std::mt19937 random(seed);
+  std::mt19937 random(kvtest::PrintedSeed());
   std::uniform_real_distribution<double> number(-10, 10);
   const auto transform = [&] {
     FRMatrix shear;

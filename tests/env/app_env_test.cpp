@@ -10,7 +10,7 @@
 #include "share/env/feature_switches.h"
 #include "share/env/registry_access.h"
 #include "share/env/registry_keys.h"
-#include "tests/scratch.h"
+#include "tests/registry_calls.h"
 
 namespace {
 
@@ -25,19 +25,6 @@ class Environment : public testing::Test {
     for (LPCTSTR variable : {_T("_KVDEBUG"), _T("KV_TESTING")}) SetEnvironmentVariableW(variable, nullptr);
   }
 };
-
-// The values of a key in the order in which they were made.
-std::vector<std::string> ValueNames(LPCTSTR path) {
-  std::vector<std::string> names;
-  HKEY key = nullptr;
-  if (RegOpenKeyExW(HKEY_CURRENT_USER, path, 0, KEY_READ, &key) != 0) return names;
-  TCHAR name[256];
-  for (DWORD i = 0, units = 256;
-       RegEnumValueW(key, i, name, &units, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS; ++i, units = 256)
-    names.push_back(ToUtf8(CString(name)));
-  RegCloseKey(key);
-  return names;
-}
 
 bool EndsWith(const CString& text, const CString& end) { return text.Right(end.GetLength()) == end; }
 
@@ -62,27 +49,28 @@ TEST_F(Environment, IsBuiltOnceAndAfreshAfterClosing) {
 
 TEST_F(Environment, SwitchesAreWrittenBackInOrder) {
   AppEnv();
-  std::vector<std::string> expected;
-  for (const FeatureSwitch& row : kStartSwitches) expected.push_back(ToUtf8(CString(row.name)));
-  EXPECT_EQ(ValueNames(kVersionDebugKey), expected);
-  const struct {
-    LPCTSTR name;
-    int value;
-  } rows[] = {{_T("ShowCustomChuckOptions"), 1},
-              {_T("CalMaxFitCirInThreads"), 0},
-              {_T("BAxisContinuousSupport"), 4},
-              {_T("ContinuousBAxisTlpKeepArcMoves"), 0},
-              {_T("BAxisFaceFinishOperationSupport"), 0},
-              {_T("NewSetSpindleDirForTurnMillTurnMachineSupport"), 1},
-              {_T("ShowHideToolpathSegmentsSupport"), 1},
-              {_T("ColorToolpathSegmentsSupport"), 1},
-              {_T("ColorHiddenTlpMoveSupport"), 1},
-              {_T("StepThruTlpCRFSupport"), 1},
-              {_T("CRF1478TurnSupport"), 1},
-              {_T("CRF1478For2axSupport"), 1},
-              {_T("GetWIPArcSupport"), 1},
-              {_T("PostingPerformanceImprovements"), 1}};
-  for (const auto& row : rows) EXPECT_EQ(GetDebugRegistryVal(row.name, -1), row.value) << ToUtf8(CString(row.name));
+  const std::vector<std::pair<LPCTSTR, int>> rows = {{_T("ShowCustomChuckOptions"), 1},
+                                                     {_T("CalMaxFitCirInThreads"), 0},
+                                                     {_T("BAxisContinuousSupport"), 4},
+                                                     {_T("ContinuousBAxisTlpKeepArcMoves"), 0},
+                                                     {_T("BAxisFaceFinishOperationSupport"), 0},
+                                                     {_T("NewSetSpindleDirForTurnMillTurnMachineSupport"), 1},
+                                                     {_T("ShowHideToolpathSegmentsSupport"), 1},
+                                                     {_T("ColorToolpathSegmentsSupport"), 1},
+                                                     {_T("ColorHiddenTlpMoveSupport"), 1},
+                                                     {_T("StepThruTlpCRFSupport"), 1},
+                                                     {_T("CRF1478TurnSupport"), 1},
+                                                     {_T("CRF1478For2axSupport"), 1},
+                                                     {_T("GetWIPArcSupport"), 1},
+                                                     {_T("PostingPerformanceImprovements"), 1}};
+  kvtest::Key key;
+  ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, kVersionDebugKey, 0, KEY_READ, &key), ERROR_SUCCESS);
+  const std::vector<kvtest::Text> names = kvtest::ValueNames(key);
+  ASSERT_EQ(names.size(), rows.size());
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    EXPECT_EQ(names[i], rows[i].first);
+    EXPECT_EQ(kvtest::Number(key, rows[i].first), rows[i].second) << ToUtf8(CString(rows[i].first));
+  }
 }
 
 TEST_F(Environment, SwitchesSetByAUserStay) {
@@ -187,21 +175,16 @@ TEST_F(Environment, ReadsItsRegistryValues) {
 
 TEST_F(Environment, StartsOnARegistryThatCantBeUsed) {
   const kvtest::ScratchFolder folder;
-  TCHAR former[1024] = {};
-  ASSERT_GT(GetEnvironmentVariableW(_T("KV_REGISTRY"), former, 1024), 0u);
-  kvtest::UseRegistry(folder.Write("a file", "") / "below");
+  const kvtest::RegistryIn unusable(folder.Write("a file", "") / "below");
   EXPECT_EQ(AppEnv()->GetEnvAPPInitResult(), ENVAPP_INIT_OK);
   EXPECT_EQ(AppEnv()->GetMultiSurfaceByID(), 0);
   EXPECT_FALSE(AppEnv()->GetKVPath().IsEmpty());
-  SetEnvironmentVariableW(_T("KV_REGISTRY"), former);
 }
 
-TEST_F(Environment, TellsDateTimeAndFixedIds) {
+TEST_F(Environment, TellsDateAndTime) {
   const CKVEnvApp& env = *AppEnv();
   EXPECT_TRUE(std::regex_match(ToUtf8(env.GetCurrentDate()), std::regex(R"([01]\d/[0-3]\d/2\d\d\d)")));
   EXPECT_TRUE(std::regex_match(ToUtf8(env.GetTickCount()), std::regex(R"([0-2]\d:[0-5]\d)")));
-  EXPECT_EQ(env.GetTreeTabProgID(), _T("QFSWTREETAB.QFSWTreeTabCtrlVS2019.21"));
-  EXPECT_EQ(env.GetTaskPaneTabStringID(), _T("KVTASKPANE.KVTaskPaneWebCtrlVS2019.6"));
 }
 
 TEST_F(Environment, KeepsWhatIsStored) {

@@ -36,21 +36,6 @@ class Product : public testing::Test {
 
 }  // namespace
 
-TEST_F(Product, ConstantsOfThisBuild) {
-  EXPECT_EQ(GetKVVersion(), _T("2024"));
-  EXPECT_EQ(GetKVBuildDate(), _T("2024/0826"));
-  EXPECT_EQ(GetKVServicePack(), _T("SP4"));
-  EXPECT_EQ(GetRequiredSWVersion(), _T("2023 or 2024"));
-  EXPECT_EQ(CString(CKVVersionInfo::QF_VERSION_MAJOR_STRING), _T("Kestrova 2024"));
-  EXPECT_EQ(CString(CKVVersionInfo::QF_VERSION_FOR_TECHDB), _T("2023/0713"));
-  EXPECT_EQ(CString(CKVVersionInfo::QF_SF_VERSION_STRING), _T("2024 "));
-  EXPECT_EQ(CString(CKVVersionInfo::SW_VERSION_NOT_SUPPORTED_AFTER_STR), _T("SOLIDWORKS 2024"));
-  EXPECT_EQ(CKVVersionInfo::SW_BUILD_VERSION, 1999313);
-  EXPECT_EQ(CKVVersionInfo::QF_STORAGE_VERSION_EX, 31.6f);
-  EXPECT_EQ(CKVVersionInfo::QF_STORAGE_VERSION_2020_EX, 31.0f);
-  EXPECT_EQ(GetKernelType(), 0);
-}
-
 TEST_F(Product, LaterDatesAndVersionsAreGreater) {
   const struct {
     LPCTSTR date;

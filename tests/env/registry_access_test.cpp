@@ -3,31 +3,18 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/process.h"
 #include "share/env/feature_switches.h"
 #include "share/env/registry_keys.h"
-#include "tests/scratch.h"
+#include "tests/registry_calls.h"
 
 namespace {
 
 constexpr LPCTSTR kPath = _T("Software\\AccessTest");
 
-bool Exists(LPCTSTR path) {
-  HKEY key = nullptr;
-  if (RegOpenKeyExW(HKEY_CURRENT_USER, path, 0, KEY_READ, &key) != 0) return false;
-  RegCloseKey(key);
-  return true;
-}
-
-void Put(HKEY hive, const CString& path, LPCTSTR name, DWORD type, const void* bytes, DWORD size) {
-  HKEY key = nullptr;
-  ASSERT_EQ(RegCreateKeyExW(hive, path, 0, nullptr, 0, KEY_WRITE, nullptr, &key, nullptr), 0);
-  EXPECT_EQ(RegSetValueExW(key, name, 0, type, static_cast<const BYTE*>(bytes), size), 0);
-  RegCloseKey(key);
-}
+bool Exists(LPCTSTR path) { return kvtest::Open(HKEY_CURRENT_USER, path) == ERROR_SUCCESS; }
 
 void PutText(HKEY hive, const CString& path, LPCTSTR name, const CString& text) {
-  Put(hive, path, name, REG_SZ, text.GetString(), DWORD(text.GetLength() + 1) * 2);
+  kvtest::Put(hive, path, name, {REG_SZ, kvtest::Wide({text.GetString(), std::size_t(text.GetLength()) + 1})});
 }
 
 class RegistryAccess : public testing::Test {
@@ -63,13 +50,7 @@ TEST_F(RegistryAccess, TextIsWrittenWithoutTerminatorIntoAnExistingKeyOnly) {
   EXPECT_FALSE(Exists(kPath));
   SetRegSettingDwordValue(HKEY_CURRENT_USER, kPath, _T("other"), 1);
   EXPECT_EQ(SetRegistryValueForString(HKEY_CURRENT_USER, kPath, _T("v"), _T("abc")), 1);
-  HKEY key = nullptr;
-  ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, kPath, 0, KEY_READ, &key), 0);
-  DWORD type = 0, size = 0;
-  EXPECT_EQ(RegQueryValueExW(key, _T("v"), nullptr, &type, nullptr, &size), 0);
-  RegCloseKey(key);
-  EXPECT_EQ(type, REG_SZ);
-  EXPECT_EQ(size, 6u);
+  EXPECT_EQ(kvtest::Get(HKEY_CURRENT_USER, kPath, _T("v")), (kvtest::Stored{REG_SZ, kvtest::Wide(u"abc")}));
   EXPECT_EQ(GetRegSettingStringValue(HKEY_CURRENT_USER, kPath, _T("v")), _T("abc"));
   RegSettingDeleteValue(HKEY_CURRENT_USER, kPath, _T("v"));
   RegSettingDeleteValue(HKEY_CURRENT_USER, _T("Software\\Nowhere"), _T("v"));
@@ -154,13 +135,10 @@ TEST_F(RegistryAccess, FindsInstalledPrograms) {
 
 TEST_F(RegistryAccess, UnusableRegistryGivesDefaults) {
   const kvtest::ScratchFolder folder;
-  TCHAR former[1024] = {};
-  ASSERT_GT(GetEnvironmentVariableW(_T("KV_REGISTRY"), former, 1024), 0u);
-  kvtest::UseRegistry(folder.Write("a file", "") / "below");
+  const kvtest::RegistryIn unusable(folder.Write("a file", "") / "below");
   SetRegSettingDwordValue(HKEY_CURRENT_USER, kPath, _T("v"), 5);
   EXPECT_EQ(GetRegSettingDwordValue(HKEY_CURRENT_USER, kPath, _T("v")), 1);
   EXPECT_EQ(SetRegistryValueForString(HKEY_CURRENT_USER, kPath, _T("v"), _T("x")), 0);
   EXPECT_EQ(GetDebugRegistryVal(_T("n"), 42), 42);
   EXPECT_EQ(GetIsWIPImprovementEnabled(), 1);
-  SetEnvironmentVariableW(_T("KV_REGISTRY"), former);
 }

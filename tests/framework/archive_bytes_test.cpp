@@ -12,71 +12,46 @@ using namespace kvtest;
 // "TNode", schema 1, not met before.
 const std::string kNewNode = Bytes("FF FF 01 00 05 00") + "TNode";
 
-TEST(ArchiveBytes, StoresEachValueInItsOwnWidth) {
-  struct Row {
-    const char* name;
-    std::function<void(CArchive&)> write;
-    const char* hex;
+// Each value takes its own width, and comes back from it.
+template <class... Values>
+void ExpectStored(const char* hex, const Values&... values) {
+  const std::string bytes = Store([&](CArchive& ar) { (ar << ... << values); });
+  EXPECT_EQ(Hex(bytes), hex);
+  const auto read = [&](CArchive& ar) {
+    const auto one = [&](const auto& wanted) {
+      std::remove_cvref_t<decltype(wanted)> value{};
+      ar >> value;
+      EXPECT_EQ(value, wanted) << hex;
+    };
+    (one(values), ...);
   };
-  const Row rows[] = {
-      {"byte", [](CArchive& ar) { ar << BYTE(0xA1); }, "A1"},
-      {"char", [](CArchive& ar) { ar << 'x'; }, "78"},
-      {"bool", [](CArchive& ar) { ar << true << false; }, "01 00"},
-      {"short", [](CArchive& ar) { ar << short(-2); }, "FE FF"},
-      {"word", [](CArchive& ar) { ar << WORD(0x1234); }, "34 12"},
-      {"character", [](CArchive& ar) { ar << _T('A'); }, "41 00"},
-      {"int", [](CArchive& ar) { ar << -2; }, "FE FF FF FF"},
-      {"long", [](CArchive& ar) { ar << LONG(7); }, "07 00 00 00"},
-      {"dword", [](CArchive& ar) { ar << DWORD(0x12345678); }, "78 56 34 12"},
-      {"longlong", [](CArchive& ar) { ar << LONGLONG(-2); }, "FE FF FF FF FF FF FF FF"},
-      {"ulonglong", [](CArchive& ar) { ar << ULONGLONG(1) << 40u; }, "01 00 00 00 00 00 00 00 28 00 00 00"},
-      {"float", [](CArchive& ar) { ar << 1.5f; }, "00 00 C0 3F"},
-      {"double", [](CArchive& ar) { ar << -2.0; }, "00 00 00 00 00 00 00 C0"},
-  };
-  for (const Row& row : rows) EXPECT_EQ(Hex(Store(row.write)), row.hex) << row.name;
+  Load(bytes, read);
 }
 
-TEST(ArchiveBytes, LoadsEachValueAsItWasStored) {
-  const auto write = [](CArchive& ar) {
-    ar << BYTE(1) << true << WORD(0xFFFF) << -5 << DWORD(0x80000000) << LONGLONG(-1) << 0.1 << 2.5f << _T('z');
-  };
-  Load(Store(write), [](CArchive& ar) {
-    BYTE byte = 0;
-    bool flag = false;
-    WORD word = 0;
-    int number = 0;
-    DWORD dword = 0;
-    LONGLONG large = 0;
-    double real = 0;
-    float single = 0;
-    TCHAR unit = 0;
-    ar >> byte >> flag >> word >> number >> dword >> large >> real >> single >> unit;
-    EXPECT_EQ(byte, 1);
-    EXPECT_TRUE(flag);
-    EXPECT_EQ(word, 0xFFFF);
-    EXPECT_EQ(number, -5);
-    EXPECT_EQ(dword, 0x80000000);
-    EXPECT_EQ(large, -1);
-    EXPECT_EQ(real, 0.1);
-    EXPECT_EQ(single, 2.5f);
-    EXPECT_EQ(unit, _T('z'));
-    EXPECT_EQ(ar.GetBytesLeft(), 0u);
-  });
+TEST(ArchiveBytes, EachValueHasItsOwnWidth) {
+  ExpectStored("A1", BYTE(0xA1));
+  ExpectStored("78", 'x');
+  ExpectStored("01 00", true, false);
+  ExpectStored("FE FF", short(-2));
+  ExpectStored("34 12", WORD(0x1234));
+  ExpectStored("41 00", _T('A'));
+  ExpectStored("FE FF FF FF", -2);
+  ExpectStored("07 00 00 00", LONG(7));
+  ExpectStored("78 56 34 82", DWORD(0x82345678));
+  ExpectStored("FE FF FF FF FF FF FF FF", LONGLONG(-2));
+  ExpectStored("01 00 00 00 00 00 00 80 28 00 00 00", ULONGLONG(1) << 63 | 1, 40u);
+  ExpectStored("00 00 C0 3F 00 00 00 00 00 00 00 C0", 1.5f, -2.0);
 }
 
 TEST(ArchiveBytes, CountTakesSixBytesFrom0xFFFF) {
-  const struct {
-    ULONGLONG count;
-    const char* hex;
-  } rows[] = {{0, "00 00"},
-              {0xFFFE, "FE FF"},
-              {0xFFFF, "FF FF FF FF 00 00"},
-              {0x10000, "FF FF 00 00 01 00"},
-              {0xFFFFFFFE, "FF FF FE FF FF FF"}};
-  for (const auto& row : rows) {
-    const std::string bytes = Store([&](CArchive& ar) { ar.WriteCount(row.count); });
-    EXPECT_EQ(Hex(bytes), row.hex);
-    Load(bytes, [&](CArchive& ar) { EXPECT_EQ(ar.ReadCount(), row.count); });
+  for (const auto& [count, hex] : {std::pair(ULONGLONG(0), "00 00"),
+                                   {0xFFFE, "FE FF"},
+                                   {0xFFFF, "FF FF FF FF 00 00"},
+                                   {0x10000, "FF FF 00 00 01 00"},
+                                   {0xFFFFFFFE, "FF FF FE FF FF FF"}}) {
+    const std::string bytes = Store([&](CArchive& ar) { ar.WriteCount(count); });
+    EXPECT_EQ(Hex(bytes), hex);
+    Load(bytes, [&](CArchive& ar) { EXPECT_EQ(ar.ReadCount(), count); });
     ExpectEveryPrefixRaises(bytes, [](CArchive& ar) { ar.ReadCount(); });
   }
 }

@@ -1,13 +1,10 @@
-// What the archive's tests share: three serial classes, bytes in hexadecimal, and storing to and loading from memory.
+// Serial classes for the archive's tests.
 #pragma once
 
 #include <gtest/gtest.h>
 
-#include <functional>
-#include <string>
-
-#include "framework/archive.h"
 #include "framework/ob_list.h"
+#include "tests/archive_bytes.h"
 
 namespace kvtest {
 
@@ -69,16 +66,6 @@ class TDerived : public TBase {
   WORD m_Own = 0;
   UINT m_SeenDerived = 0;
 };
-
-// Bytes from "FF FE 00", blanks ignored, and back with blanks.
-std::string Bytes(std::string_view hex);
-std::string Hex(std::string_view bytes);
-
-// What the callable writes.
-std::string Store(const std::function<void(CArchive&)>& write, int bufferBytes = CArchive::kBufferBytes);
-// Lets the callable read the bytes. CauseOf gives the cause of the archive exception that it raises, or none.
-void Load(std::string_view bytes, const std::function<void(CArchive&)>& read, int bufferBytes = CArchive::kBufferBytes);
-int CauseOf(std::string_view bytes, const std::function<void(CArchive&)>& read);
 
 // Each shorter beginning of the bytes raises endOfFile, and leaves no object of the fixture behind.
 void ExpectEveryPrefixRaises(std::string_view bytes, const std::function<void(CArchive&)>& read);

@@ -1,5 +1,6 @@
 // The pool of blocks: what is handed out is aligned, apart from everything else, and comes back on any thread.
 #include "framework/block_pool.h"
+#include "tests/scratch.h"
 
 #include <gtest/gtest.h>
 
@@ -50,8 +51,7 @@ TEST(BlockPool, BlocksOfEverySizeAreAlignedAndApart) {
 
 // Each thread takes blocks and gives back whatever lies in the common store, its own and those of others.
 TEST(BlockPool, BlocksComeBackOnAnyThread) {
-  const unsigned seed = std::random_device()();
-  SCOPED_TRACE(seed);
+  const unsigned seed = kvtest::PrintedSeed();
   std::mutex lock;
   std::vector<Marked> common;
   int spoilt = 0;

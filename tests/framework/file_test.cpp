@@ -123,10 +123,9 @@ TEST(MemFile, StandsOnACallersBlockWithoutGrowing) {
 TEST(MemFile, DetachGivesTheContentAway) {
   CMemFile file(1);
   file.Write("abc", 3);
-  BYTE* block = file.Detach();
-  EXPECT_EQ(std::string(reinterpret_cast<char*>(block), 3), "abc");
+  const std::unique_ptr<BYTE, void (*)(void*)> block(file.Detach(), std::free);
+  EXPECT_EQ(std::string(reinterpret_cast<char*>(block.get()), 3), "abc");
   EXPECT_EQ(file.GetLength(), 0u);
-  std::free(block);
 }
 
 // An archive on disk leaves the file where it has got to, so that others go on behind it.

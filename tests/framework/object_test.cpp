@@ -70,12 +70,7 @@ TEST(Object, NotSerialRaisesBeforeAByteIsStored) {
   CMemFile notSerial;
   EXPECT_FALSE(notSerial.IsSerializable());
   const std::string bytes = Store([&](CArchive& ar) {
-    try {
-      ar << &notSerial;
-      ADD_FAILURE() << "stored";
-    } catch (const CArchiveException& failure) {
-      EXPECT_EQ(failure.m_cause, CArchiveException::badClass);
-    }
+    EXPECT_EQ(CauseOf([&] { ar << &notSerial; }), CArchiveException::badClass);
     ar << static_cast<CObject*>(nullptr);
   });
   EXPECT_EQ(Hex(bytes), "00 00");

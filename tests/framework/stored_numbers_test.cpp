@@ -1,5 +1,6 @@
 // The table of a storing archive against a plain map, with keys as addresses lie: in runs, and far apart.
 #include "framework/stored_numbers.h"
+#include "tests/scratch.h"
 
 #include <gtest/gtest.h>
 
@@ -12,9 +13,7 @@ namespace {
 const void* Key(std::uintptr_t address) { return reinterpret_cast<const void*>(address); }
 
 TEST(StoredNumbers, AgreesWithAMap) {
-  const unsigned seed = std::random_device()();
-  SCOPED_TRACE(seed);
-  std::mt19937_64 random(seed);
+  std::mt19937_64 random(kvtest::PrintedSeed());
   const auto address = [&random] {
     const std::uintptr_t group = random() % 3 == 0 ? random() % (std::uintptr_t(1) << 44) : 1000 + random() % 20;
     return group << 12 | (random() % 512) << 3;

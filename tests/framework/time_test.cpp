@@ -1,43 +1,36 @@
 #include "framework/time.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <limits>
 
-#include "framework/archive.h"
 #include "framework/rectangle.h"
+#include "tests/archive_bytes.h"
+
+using kvtest::Bytes;
 
 namespace {
 
 std::string Stored(const auto& value) {
-  CMemFile file;
-  CArchive ar(&file, CArchive::store);
-  ar << value;
-  ar.Close();
-  return std::string(reinterpret_cast<const char*>(file.GetData()), file.GetLength());
+  return kvtest::Hex(kvtest::Store([&](CArchive& ar) { ar << value; }));
 }
-
 template <class T>
-T Loaded(std::string bytes) {
-  CMemFile file(reinterpret_cast<BYTE*>(bytes.data()), bytes.size());
-  CArchive ar(&file, CArchive::load);
+T Loaded(const char* hex) {
   T value;
-  ar >> value;
+  kvtest::Load(Bytes(hex), [&](CArchive& ar) { ar >> value; });
   return value;
 }
 
 }  // namespace
 
-TEST(Time, IsStoredAsMarkAndSixtyFourBitSeconds) {
-  EXPECT_EQ(Stored(CTime(0x0102030405)), std::string("\x0A\0\0\x80\x05\x04\x03\x02\x01\0\0\0", 12));
-  EXPECT_EQ(Stored(CTime(-1)), std::string("\x0A\0\0\x80\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF", 12));
-}
-
-TEST(Time, LoadsBothForms) {
-  EXPECT_EQ(Loaded<CTime>(std::string("\x0A\0\0\x80\x05\x04\x03\x02\x01\0\0\0", 12)).GetTime(), 0x0102030405);
-  EXPECT_EQ(Loaded<CTime>(std::string("\x80\x51\x01\0", 4)).GetTime(), 86400);
-  EXPECT_EQ(Loaded<CTime>(std::string("\xFF\xFF\xFF\xFF", 4)).GetTime(), -1);
-  EXPECT_THROW(Loaded<CTime>(std::string("\x0A\0\0\x80\x05\x04\x03\x02", 8)), CArchiveException);
+TEST(Time, IsStoredAsMarkAndSixtyFourBitSecondsAndLoadedFromBothForms) {
+  EXPECT_EQ(Stored(CTime(0x0102030405)), "0A 00 00 80 05 04 03 02 01 00 00 00");
+  EXPECT_EQ(Stored(CTime(-1)), "0A 00 00 80 FF FF FF FF FF FF FF FF");
+  EXPECT_EQ(Loaded<CTime>("0A 00 00 80 05 04 03 02 01 00 00 00").GetTime(), 0x0102030405);
+  EXPECT_EQ(Loaded<CTime>("80 51 01 00").GetTime(), 86400);
+  EXPECT_EQ(Loaded<CTime>("FF FF FF FF").GetTime(), -1);
+  EXPECT_THROW(Loaded<CTime>("0A 00 00 80 05 04 03 02"), CArchiveException);
 }
 
 TEST(Time, FormatsUniversalTime) {
@@ -59,13 +52,9 @@ TEST(Time, FormatsUniversalTime) {
 TEST(Time, GivesBackTheLocalFieldsItWasMadeOf) {
   const CTime time(2024, 2, 29, 13, 5, 59);
   EXPECT_EQ(time.Format(_T("%Y-%m-%d %H:%M:%S")), _T("2024-02-29 13:05:59"));
-  EXPECT_EQ(time.GetYear(), 2024);
-  EXPECT_EQ(time.GetMonth(), 2);
-  EXPECT_EQ(time.GetDay(), 29);
-  EXPECT_EQ(time.GetHour(), 13);
-  EXPECT_EQ(time.GetMinute(), 5);
-  EXPECT_EQ(time.GetSecond(), 59);
-  EXPECT_EQ(time.GetDayOfWeek(), 5) << "a Thursday";
+  const int fields[] = {time.GetYear(),   time.GetMonth(),  time.GetDay(),      time.GetHour(),
+                        time.GetMinute(), time.GetSecond(), time.GetDayOfWeek()};
+  EXPECT_THAT(fields, testing::ElementsAre(2024, 2, 29, 13, 5, 59, /*Thursday*/ 5));
   EXPECT_EQ(CTime(std::numeric_limits<LONGLONG>::max()).GetYear(), 0) << "no calendar date";
 }
 
@@ -80,9 +69,9 @@ TEST(Time, SpansAddUp) {
 }
 
 TEST(Rectangle, IsStoredAsFourLongs) {
-  EXPECT_EQ(Stored(CPoint(1, -2)), std::string("\1\0\0\0\xFE\xFF\xFF\xFF", 8));
-  EXPECT_EQ(Stored(CRect(1, 2, 3, 4)), std::string("\1\0\0\0\2\0\0\0\3\0\0\0\4\0\0\0", 16));
-  EXPECT_EQ(Loaded<CRect>(Stored(CRect(-1, 2, -3, 4))), CRect(-1, 2, -3, 4));
+  EXPECT_EQ(Stored(CPoint(1, -2)), "01 00 00 00 FE FF FF FF");
+  EXPECT_EQ(Stored(CRect(1, 2, 3, -4)), "01 00 00 00 02 00 00 00 03 00 00 00 FC FF FF FF");
+  EXPECT_EQ(Loaded<CRect>("01 00 00 00 02 00 00 00 03 00 00 00 FC FF FF FF"), CRect(1, 2, 3, -4));
 }
 
 TEST(Rectangle, MeetsAndJoins) {

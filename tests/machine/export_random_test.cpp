@@ -10,6 +10,7 @@
 #include <random>
 
 #include "tests/machine/definition.h"
+#include "tests/scratch.h"
 
 namespace {
 
@@ -268,7 +269,7 @@ class Sample {
 };
 
 TEST(MachineExport, IsAsRestatedForRandomDefinitions) {
-  const unsigned first = std::random_device{}();
+  const unsigned first = kvtest::PrintedSeed();
   for (unsigned i = 0; i < 4000; ++i) {
     Sample sample(first + i);
     sample.Make();

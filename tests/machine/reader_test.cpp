@@ -7,6 +7,7 @@
 
 #include "share/machine/machine_reader.h"
 #include "tests/machine/definition.h"
+#include "tests/scratch.h"
 
 namespace {
 
@@ -14,105 +15,57 @@ using kvtest::Load;
 using kvtest::LoadChannel;
 using kvtest::LoadShape;
 
-struct RealCase {
-  const char* text;
-  double value;
-};
+double RealOf(const std::string& text) {
+  KVVMMachine machine;
+  return LoadChannel(machine, "<TARGET DIAM='" + text + "'/>").GetTurretDiam();
+}
 
 TEST(MachineReader, ReadsReals) {
-  constexpr RealCase kCases[] = {
-      {"12,5", 12.5},
-      {",5", 0.0},
-      {"1,2,3", 1.2},
-      {"250000", 100000.0},
-      {"-250000", -100000.0},
-      {"100000", 100000},
-      {"1e400", 100000.0},
-      {"-1e400", -1e5},
-      {"1e-400", 0.0},
-      {"inf", 100000.0},
-      {"-inf", -100000.0},
-      {"0x1p4", 16.0},
-      {"0x", 0.0},
-      {" \t7.5mm", 7.5},
-      {"+3", 3.0},
-      {"--3", 0.0},
-      {"", 0.0},
-      {"abc", 0.0},
-      {".5", 0.5},
-      {"5.", 5.0},
-      {"1e", 1.0},
-      {"1e2", 100.0},
-      {"1.5.2", 1.5},
-      {"0.1", 0.1},
-      {"123456789012345678e-15", 123.45678901234568},
-      {"- 5", 0.0},
-      {"1e99999999999999999999", 1e5},
-      {"0.000000000000000000000000001e30", 1000.0},
+  constexpr std::pair<const char*, double> kCases[] = {
+      {"12,5", 12.5}, {",5", 0.0},       {"1,2,3", 1.2},  {"250000", 1e5}, {"-250000", -1e5}, {"100000", 1e5},
+      {"1e400", 1e5}, {"-1e400", -1e5},  {"1e-400", 0.0}, {"inf", 1e5},    {"-inf", -1e5},    {"0x1p4", 16.0},
+      {"0x", 0.0},    {" \t7.5mm", 7.5}, {"+3", 3.0},     {"--3", 0.0},    {"abc", 0.0},      {"- 5", 0.0},
+      {".5", 0.5},    {"5.", 5.0},       {"1e", 1.0},     {"1e2", 100.0},  {"1.5.2", 1.5},    {"0.1", 0.1},
   };
-  for (const RealCase& row : kCases) {
-    KVVMMachine machine;
-    const CQVMChannel& channel = LoadChannel(machine, "<TARGET DIAM='" + std::string(row.text) + "'/>");
-    EXPECT_EQ(channel.GetTurretDiam(), row.value) << row.text;
-  }
+  for (const auto& [text, value] : kCases) EXPECT_EQ(RealOf(text), value) << text;
+  EXPECT_EQ(RealOf(""), 0.0);
+  EXPECT_EQ(RealOf("123456789012345678e-15"), 123.45678901234568);
+  EXPECT_EQ(RealOf("1e99999999999999999999"), 1e5);
+  EXPECT_EQ(RealOf("0.000000000000000000000000001e30"), 1000.0);
 }
 
 TEST(MachineReader, ReadsRandomRealsAsTheCLibraryDoes) {
-  const unsigned seed = std::random_device{}();
-  SCOPED_TRACE("seed " + std::to_string(seed));
-  std::mt19937 random(seed);
+  std::mt19937 random(kvtest::PrintedSeed());
   const std::string alphabet = "0123456789012345678901234567890.-+eEx ";
   for (int i = 0; i < 3000; ++i) {
     std::string text;
     for (unsigned n = random() % 24; n-- > 0;) text += alphabet[random() % alphabet.size()];
-    KVVMMachine machine;
-    const CQVMChannel& channel = LoadChannel(machine, "<TARGET GAUGEX='" + text + "'/>");
     const double expected = std::min(std::max(std::strtod(text.c_str(), nullptr), -1e5), 1e5);
-    ASSERT_EQ(channel.GetToolGaugeX(), expected) << '"' << text << '"';
+    ASSERT_EQ(RealOf(text), expected) << '"' << text << '"';
   }
 }
 
 TEST(MachineReader, ReadsIntegers) {
-  constexpr std::pair<const char*, int> kCases[] = {
-      {"7", 7},
-      {" -7x", -7},
-      {"+7", 7},
-      {"", 0},
-      {"x", 0},
-      {"3.9", 3},
-      {"99999999999", 2147483647},
-      {"-99999999999", -2147483647 - 1},
-      {"+-1", 0},
-      {"0x10", 0},
-  };
-  for (const auto& [text, value] : kCases) {
+  const auto read = [](const std::string& text) {
     KVVMMachine machine;
-    EXPECT_EQ(LoadChannel(machine, "<TARGET STATIONS='" + std::string(text) + "'/>").GetNumStations(), value) << text;
-  }
+    return LoadChannel(machine, "<TARGET STATIONS='" + text + "'/>").GetNumStations();
+  };
+  constexpr std::pair<const char*, int> kCases[] = {
+      {"7", 7}, {" -7x", -7}, {"+7", 7}, {"", 0}, {"x", 0}, {"3.9", 3}, {"+-1", 0}, {"0x10", 0},
+  };
+  for (const auto& [text, value] : kCases) EXPECT_EQ(read(text), value) << text;
+  EXPECT_EQ(read("99999999999"), std::numeric_limits<int>::max());
+  EXPECT_EQ(read("-99999999999"), std::numeric_limits<int>::min());
 }
 
 TEST(MachineReader, ScansThreeRealsInSinglePrecision) {
-  struct Case {
-    const char* text;
-    float x, y, z;
-  };
-  constexpr Case kCases[] = {
-      {"1 2 3", 1, 2, 3},
-      {"1,5 2 3", 1, 0, 0},
-      {"0.1 0.2 0.3", 0.1f, 0.2f, 0.3f},
-      {"1-2-3", 1, -2, -3},
-      {"250000 0 0", 250000, 0, 0},
-      {"1 x 3", 1, 0, 0},
-      {"", 0, 0, 0},
-      {"16777217 0 0", 16777216, 0, 0},
-  };
-  for (const Case& row : kCases) {
+  const std::pair<const char*, FRVector> kCases[] = {
+      {"1 2 3", {1, 2, 3}}, {"1,5 2 3", {1, 0, 0}},         {"0.1 0 .5", {0.1f, 0, 0.5}},   {"1-2-3", {1, -2, -3}},
+      {"1 x 3", {1, 0, 0}}, {"250000 0 0", {250000, 0, 0}}, {"16777217", {16777216, 0, 0}}, {"", {0, 0, 0}}};
+  for (const auto& [text, wanted] : kCases) {
     KVVMMachine machine;
-    const CQVMChannel& channel = LoadChannel(machine, "<TARGET><TOOL LOC='" + std::string(row.text) + "'/></TARGET>");
-    const FRVector at = channel.GetAttachLocation(1);
-    EXPECT_EQ(at.x(), double(row.x)) << row.text;
-    EXPECT_EQ(at.y(), double(row.y)) << row.text;
-    EXPECT_EQ(at.z(), double(row.z)) << row.text;
+    const CQVMChannel& channel = LoadChannel(machine, "<TARGET><TOOL LOC='" + std::string(text) + "'/></TARGET>");
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(channel.GetAttachLocation(1)[i], wanted[i]) << text;
   }
 }
 
@@ -226,34 +179,21 @@ TEST(MachineReader, DeclaredCountsStandAcrossLoadsAndNeedNotAgree) {
   EXPECT_EQ(machine.GetFirstShape(), nullptr);
 }
 
-struct ListCase {
-  const char* attributes;
-  std::vector<int> ids;
-};
-
 TEST(MachineReader, ReadsShapeLists) {
-  const ListCase kCases[] = {
-      {"NUM='3' LIST='4,7,9'", {4, 7, 9}},
-      {"NUM='2' LIST='4,7,9'", {4, 7}},
-      {"NUM='4' LIST='5,7'", {5, 7, 7, 7}},
-      {"NUM='4' LIST='5,7,'", {5, 7}},
-      {"NUM='3' LIST=',5'", {0, 0, 0}},
-      {"NUM='3' LIST='5,,7'", {5, 0, 0}},
-      {"NUM='2' LIST=' 5 , x7'", {5, 0}},
-      {"NUM='0' LIST='5,7'", {}},
-      {"NUM='-1' LIST='5,7'", {}},
-      {"LIST='5,7'", {}},
-      {"NUM='2' LIST=''", {}},
-      {"NUM='2'", {}},
-  };
-  for (const ListCase& row : kCases) {
+  const std::pair<const char*, std::vector<int>> kCases[] = {
+      {"NUM='3' LIST='4,7,9'", {4, 7, 9}}, {"NUM='2' LIST='4,7,9'", {4, 7}}, {"NUM='4' LIST='5,7'", {5, 7, 7, 7}},
+      {"NUM='4' LIST='5,7,'", {5, 7}},     {"NUM='3' LIST=',5'", {0, 0, 0}}, {"NUM='3' LIST='5,,7'", {5, 0, 0}},
+      {"NUM='2' LIST=' 5 , x7'", {5, 0}},  {"NUM='0' LIST='5,7'", {}},       {"NUM='-1' LIST='5,7'", {}}};
+  const auto expect = [](const std::string& attributes, const std::vector<int>& wanted) {
     KVVMMachine machine;
     Load(machine, "<CHANNELS NUM='1'><CHANNEL/></CHANNELS><SHAPELISTS><TOOLSHAPELIST CHANNEL='1' AXIS='B' " +
-                      std::string(row.attributes) + "/></SHAPELISTS>");
+                      attributes + "/></SHAPELISTS>");
     std::vector<int> ids(std::size_t(machine.GetShapeMngr()->GetToolShapeArray(0, CM_AXIS_B, nullptr)));
     machine.GetShapeMngr()->GetToolShapeArray(0, CM_AXIS_B, ids.data());
-    EXPECT_EQ(ids, row.ids) << row.attributes;
-  }
+    EXPECT_EQ(ids, wanted) << attributes;
+  };
+  for (const auto& [attributes, ids] : kCases) expect(attributes, ids);
+  for (const char* attributes : {"LIST='5,7'", "NUM='2' LIST=''", "NUM='2'"}) expect(attributes, {});
 }
 
 TEST(MachineReader, HostileCountsStayBounded) {

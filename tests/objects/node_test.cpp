@@ -5,6 +5,7 @@
 
 #include "share/env/app_env.h"
 #include "share/objects/object.h"
+#include "share/objects/object_indexer.h"
 #include "tests/objects/test_document.h"
 #include "tests/scratch.h"
 
@@ -68,6 +69,20 @@ TEST_F(Node, DrawsItsIdOnceAndAgainWhenInvalidated) {
   EXPECT_EQ(node.Invalidate(), 1);
   EXPECT_EQ(node.Name(), _T(""));
   EXPECT_EQ(node.GetObjectId(), 43u);
+}
+
+TEST_F(Node, CreationEntersTheIndexerAndDrawsTheId) {
+  TestDocument document;
+  QFObject early, node;
+  early.onCreate();
+  EXPECT_EQ(early.GetRegNameForAutoIndexing(), _T("")) << "no indexer";
+  static QFObjectIndexerHelper indexer;
+  qfshare_init([] { return &indexer; }, nullptr, nullptr, nullptr);
+  node.onCreate();
+  qfshare_init(nullptr, nullptr, nullptr, nullptr);
+  EXPECT_EQ(document.nextId, 2u) << "one id was drawn";
+  EXPECT_EQ(node.GetRegNameForAutoIndexing(), _T("QFObject"));
+  EXPECT_EQ(indexer.FindIndex(&node), 0);
 }
 
 TEST_F(Node, StampIsDateColonsTimeOfDay) {

@@ -1,7 +1,5 @@
 // Other processes: started, waited for, ended.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <csignal>
 #include <fstream>
@@ -9,6 +7,7 @@
 
 #include "platform/process.h"
 #include "platform/threads.h"
+#include "tests/child_process.h"
 #include "tests/scratch.h"
 
 namespace {
@@ -88,11 +87,7 @@ TEST_F(OtherProcess, NumberUsedAgainNamesTheNewProcess) {
   EXPECT_EQ(ExitCode(), 0U);
   for (int i = 0; i < 100; ++i) {  // others take numbers too
     std::ofstream("/proc/sys/kernel/ns_last_pid") << info.dwProcessId - 1;
-    const pid_t child = fork();
-    if (child == 0) {
-      pause();
-      _exit(0);
-    }
+    const pid_t child = kvtest::InChild([] { return pause() == 0; });
     const bool same = DWORD(child) == info.dwProcessId;
     const HANDLE found = OpenProcess(SYNCHRONIZE, FALSE, DWORD(child));
     EXPECT_EQ(WaitForSingleObject(found, 0), WAIT_TIMEOUT);
@@ -105,11 +100,7 @@ TEST_F(OtherProcess, NumberUsedAgainNamesTheNewProcess) {
 }
 
 TEST_F(OtherProcess, OfAnotherParentCanBeWaitedForAndEnded) {
-  const pid_t child = fork();
-  if (child == 0) {
-    pause();
-    _exit(0);
-  }
+  const pid_t child = kvtest::InChild([] { return pause() == 0; });
   info.hProcess = OpenProcess(SYNCHRONIZE, FALSE, DWORD(child));
   ASSERT_NE(info.hProcess, nullptr);
   EXPECT_EQ(ExitCode(), STILL_ACTIVE);

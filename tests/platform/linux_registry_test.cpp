@@ -14,7 +14,7 @@ TEST_F(LinuxRegistry, ReadingMakesNothing) {
     TCHAR name[8];
     DWORD units = 8;
     DWORD count = 7;
-    EXPECT_EQ(Open(hive, KEY_READ), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(Open(hive, kPath, KEY_READ), ERROR_FILE_NOT_FOUND);
     EXPECT_EQ(RegQueryValueExW(hive, _T("a"), nullptr, nullptr, nullptr, nullptr), ERROR_FILE_NOT_FOUND);
     EXPECT_EQ(RegDeleteValueW(hive, _T("a")), ERROR_FILE_NOT_FOUND);
     EXPECT_EQ(RegDeleteKeyExW(hive, kPath, 0, 0), ERROR_FILE_NOT_FOUND);
@@ -72,26 +72,21 @@ TEST_F(LinuxRegistry, HandleOfARemovedHiveNamesNoKeyOfTheNextOne) {
 }
 
 TEST_F(LinuxRegistry, RelativeFolderWithoutACurrentOneIsAStatus) {
-  EXPECT_EQ(ExitCode(InChild([&] {
-              const ScratchFolder gone;
-              fs::current_path(gone.Path());
-              fs::remove(gone.Path());
-              UseRegistry("relative");
-              return Open(HKEY_CURRENT_USER, KEY_READ) == ERROR_FILE_NOT_FOUND &&
-                     Create(HKEY_CURRENT_USER) == ERROR_ACCESS_DENIED;
-            })),
-            0);
+  EXPECT_TRUE(IsTrueInChild([&] {
+    const ScratchFolder gone;
+    fs::current_path(gone.Path());
+    fs::remove(gone.Path());
+    UseRegistry("relative");
+    return Open(HKEY_CURRENT_USER, kPath, KEY_READ) == ERROR_FILE_NOT_FOUND &&
+           Create(HKEY_CURRENT_USER, kPath) == ERROR_ACCESS_DENIED;
+  }));
 }
 
 TEST_F(LinuxRegistry, DamagedHiveIsTold) {
   EXPECT_EQ(Set(HKEY_CURRENT_USER, _T("a"), 1), ERROR_SUCCESS);
-  EXPECT_EQ(ExitCode(InChild([&] {  // brings the log into the hive
-              sqlite3* connection = nullptr;
-              sqlite3_open((folder_ / "user.hive").c_str(), &connection);
-              const int result = sqlite3_exec(connection, "PRAGMA wal_checkpoint(TRUNCATE)", nullptr, nullptr, nullptr);
-              return result == SQLITE_OK && sqlite3_close(connection) == SQLITE_OK;
-            })),
-            0);
+  ASSERT_TRUE(IsTrueInChild([&] {  // brings the log into the hive
+    return Ask(folder_ / "user.hive", "PRAGMA wal_checkpoint(TRUNCATE)").starts_with('0');
+  }));
   const std::string good = kvtest::ReadFile(folder_ / "user.hive");
   const struct {
     const char* title;
@@ -109,8 +104,8 @@ TEST_F(LinuxRegistry, DamagedHiveIsTold) {
     const ScratchFolder damaged;
     damaged.Write("user.hive", row.bytes);
     UseRegistry(damaged.Path());
-    EXPECT_EQ(Open(HKEY_CURRENT_USER, KEY_READ), ERROR_BADDB);
-    EXPECT_EQ(Create(HKEY_CURRENT_USER), ERROR_BADDB);
+    EXPECT_EQ(Open(HKEY_CURRENT_USER, kPath, KEY_READ), ERROR_BADDB);
+    EXPECT_EQ(Create(HKEY_CURRENT_USER, kPath), ERROR_BADDB);
     EXPECT_EQ(RegQueryValueExW(HKEY_CURRENT_USER, _T("a"), nullptr, nullptr, nullptr, nullptr), ERROR_BADDB);
     EXPECT_EQ(RegDeleteTreeW(HKEY_CURRENT_USER, kPath), ERROR_BADDB);
   }
@@ -121,38 +116,32 @@ TEST_F(LinuxRegistry, OtherUserReadsAndIsRefusedToWrite) {
   if (geteuid() != 0) GTEST_SKIP() << "only root can become another user";
   EXPECT_EQ(Set(HKEY_LOCAL_MACHINE, _T("a"), 1), ERROR_SUCCESS);
   const ScratchFolder copied;  // the hive alone, as on read-only media
-  sqlite3* connection = nullptr;
-  sqlite3_open((folder_ / "machine.hive").c_str(), &connection);
-  sqlite3_exec(connection, "PRAGMA wal_checkpoint(TRUNCATE)", nullptr, nullptr, nullptr);
-  sqlite3_close(connection);
+  Ask(folder_ / "machine.hive", "PRAGMA wal_checkpoint(TRUNCATE)");
   fs::copy_file(folder_ / "machine.hive", copied.Path() / "machine.hive");
   const ScratchFolder empty;
   for (const fs::path& folder : {scratch_.Path(), folder_.parent_path(), folder_, copied.Path(), empty.Path()}) {
     chmod(folder.c_str(), 0755);
   }
   for (const fs::path& folder : {folder_, copied.Path()}) {
-    EXPECT_EQ(ExitCode(InChild([&] {
-                if (setgid(65534) != 0 || setuid(65534) != 0) return false;
-                UseRegistry(folder);
-                EXPECT_EQ(Get(HKEY_LOCAL_MACHINE, _T("a")), 1);
-                EXPECT_EQ(Open(HKEY_LOCAL_MACHINE, KEY_WRITE), ERROR_ACCESS_DENIED);
-                EXPECT_EQ(Open(HKEY_LOCAL_MACHINE, MAXIMUM_ALLOWED), ERROR_SUCCESS);
-                EXPECT_EQ(Create(HKEY_LOCAL_MACHINE, _T("Software\\New")), ERROR_ACCESS_DENIED);
-                EXPECT_EQ(RegSetValueExW(HKEY_LOCAL_MACHINE, _T("a"), 0, REG_SZ, nullptr, 0), ERROR_ACCESS_DENIED);
-                EXPECT_EQ(RegDeleteTreeW(HKEY_LOCAL_MACHINE, kPath), ERROR_ACCESS_DENIED);
-                return !HasFailure();
-              })),
-              0)
-        << folder;
+    EXPECT_TRUE(IsTrueInChild([&] {
+      if (setgid(65534) != 0 || setuid(65534) != 0) return false;
+      UseRegistry(folder);
+      EXPECT_EQ(Get(HKEY_LOCAL_MACHINE, _T("a")), 1);
+      EXPECT_EQ(Open(HKEY_LOCAL_MACHINE, kPath, KEY_WRITE), ERROR_ACCESS_DENIED);
+      EXPECT_EQ(Open(HKEY_LOCAL_MACHINE, kPath, MAXIMUM_ALLOWED), ERROR_SUCCESS);
+      EXPECT_EQ(Create(HKEY_LOCAL_MACHINE, _T("Software\\New")), ERROR_ACCESS_DENIED);
+      EXPECT_EQ(RegSetValueExW(HKEY_LOCAL_MACHINE, _T("a"), 0, REG_SZ, nullptr, 0), ERROR_ACCESS_DENIED);
+      EXPECT_EQ(RegDeleteTreeW(HKEY_LOCAL_MACHINE, kPath), ERROR_ACCESS_DENIED);
+      return !HasFailure();
+    })) << folder;
   }
-  EXPECT_EQ(ExitCode(InChild([&] {
-              if (setgid(65534) != 0 || setuid(65534) != 0) return false;
-              UseRegistry(empty.Path() / "below");
-              EXPECT_EQ(Get(HKEY_LOCAL_MACHINE, _T("a")), -ERROR_FILE_NOT_FOUND);
-              EXPECT_EQ(Create(HKEY_LOCAL_MACHINE), ERROR_ACCESS_DENIED);
-              return !HasFailure();
-            })),
-            0);
+  EXPECT_TRUE(IsTrueInChild([&] {
+    if (setgid(65534) != 0 || setuid(65534) != 0) return false;
+    UseRegistry(empty.Path() / "below");
+    EXPECT_EQ(Get(HKEY_LOCAL_MACHINE, _T("a")), -ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(Create(HKEY_LOCAL_MACHINE, kPath), ERROR_ACCESS_DENIED);
+    return !HasFailure();
+  }));
 }
 
 TEST_F(LinuxRegistry, ReaderWithoutRightsSeesLaterWrites) {

@@ -1,16 +1,11 @@
 // Compound files among others: programs that read and write them on their own, many elements, and writers that are
 // killed.
-#include <signal.h>
-#include <sys/mman.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <atomic>
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
-#include <fstream>
 #include <random>
 
+#include "tests/child_process.h"
 #include "tests/platform/storage_support.h"
 
 namespace kvtest {
@@ -129,36 +124,28 @@ std::string Generation(int number) {
 }
 
 TEST_F(LinuxCompoundFiles, KilledWriterLeavesTheOldFileOrTheNew) {
-  const auto seed = std::random_device()();
-  SCOPED_TRACE(testing::Message() << "seed " << seed);
-  std::printf("seed %u\n", seed);
-  std::mt19937 random(seed);
-  auto* const committed = static_cast<std::atomic<int>*>(
-      mmap(nullptr, sizeof(std::atomic<int>), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
-  ASSERT_NE(committed, MAP_FAILED);
+  std::mt19937 random(kvtest::PrintedSeed());
+  const SharedNumber committed;
   int last = 0;
   for (int round = 0; round < 100; ++round) {
     *committed = last;
-    const pid_t child = fork();
-    if (child == 0) {
+    const pid_t child = InChild([&] {
       for (int number = last + 1;; ++number) {
         const Storage root = round % 2 && number > 1 ? Open("a.bin", kWrite) : Create();
         for (const char16_t* name : {u"first", u"second"}) {
           const Stream stream = CreateStream(root, name, kReplace);
           const std::string content = Generation(number);
-          if (!stream || stream->Write(content.data(), ULONG(content.size()), nullptr) != S_OK) _exit(1);
+          if (!stream || stream->Write(content.data(), ULONG(content.size()), nullptr) != S_OK) return false;
         }
-        if (root->Commit(STGC_DEFAULT) != S_OK) _exit(1);
+        if (root->Commit(STGC_DEFAULT) != S_OK) return false;
         *committed = number;
       }
-    }
-    int status = 0;
-    while (*committed < last + 1 && waitpid(child, &status, WNOHANG) == 0) continue;
+    });
+    while (*committed < last + 1 && waitpid(child, nullptr, WNOHANG) == 0) continue;
     const auto moment = std::chrono::steady_clock::now() + std::chrono::microseconds(random() % 5000);
     while (std::chrono::steady_clock::now() < moment) continue;  // into the next save
     kill(child, SIGKILL);
-    waitpid(child, &status, 0);
-    ASSERT_TRUE(WIFSIGNALED(status)) << "round " << round;
+    ASSERT_EQ(ExitCode(child), 128 + SIGKILL) << "round " << round;
     const Storage root = Open();
     ASSERT_TRUE(root) << std::hex << result_ << " in round " << std::dec << round;
     const std::string content = Get(root, u"first");
@@ -167,7 +154,6 @@ TEST_F(LinuxCompoundFiles, KilledWriterLeavesTheOldFileOrTheNew) {
     ASSERT_EQ(content, Generation(last));
     ASSERT_EQ(Get(root, u"second"), content);
   }
-  munmap(committed, sizeof(std::atomic<int>));
 }
 
 TEST_F(LinuxCompoundFiles, AFailedSaveKeepsTheOldFileAndCanBeRepeated) {

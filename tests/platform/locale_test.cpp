@@ -24,37 +24,29 @@ class Locale : public testing::Test {
 };
 
 TEST_F(Locale, LanguageComesFromTheFirstVariableThatIsSet) {
-  const struct {
-    const TCHAR* all;
-    const TCHAR* messages;
-    const TCHAR* lang;
+  struct Row {
+    LPCTSTR all, messages, lang;
     int primary, sub;
-  } rows[] = {
-      {nullptr, nullptr, nullptr, 9, 1},
-      {nullptr, nullptr, _T("C.UTF-8"), 9, 1},
-      {nullptr, nullptr, _T("POSIX"), 9, 1},
-      {nullptr, nullptr, _T("de_DE.UTF-8"), 7, 1},
-      {nullptr, _T("fr_FR.UTF-8"), _T("de_DE.UTF-8"), 12, 1},
-      {_T("ja_JP.UTF-8"), _T("fr_FR.UTF-8"), _T("de_DE.UTF-8"), 17, 1},
-      {_T(""), nullptr, _T("de_AT@euro"), 7, 3},
-      {nullptr, nullptr, _T("de"), 7, 1},
-      {nullptr, nullptr, _T("pt_BR.UTF-8"), 22, 1},
-      {nullptr, nullptr, _T("pt_PT.UTF-8"), 22, 2},
-      {nullptr, nullptr, _T("zh_TW.UTF-8"), 4, 1},
-      {nullptr, nullptr, _T("zh_CN.UTF-8"), 4, 2},
-      {nullptr, nullptr, _T("zh_HK"), 4, 3},
-      {nullptr, nullptr, _T("cs_CZ"), 5, 1},
-      {nullptr, nullptr, _T("tr_TR"), 31, 1},
-      {nullptr, nullptr, _T("xx_nonsense"), 9, 1},
   };
-  for (const auto& row : rows) {
+  const auto expect = [](const Row& row) {
     Use(row.all, row.messages, row.lang);
     const LANGID language = GetUserDefaultLangID();
-    const testing::Message where = testing::Message()
-                                   << testing::PrintToString(std::u16string(row.lang ? row.lang : u""));
-    EXPECT_EQ(PRIMARYLANGID(language), row.primary) << where;
-    EXPECT_EQ(SUBLANGID(language), row.sub) << where;
-  }
+    EXPECT_EQ(PRIMARYLANGID(language), row.primary) << testing::PrintToString(row.lang);
+    EXPECT_EQ(SUBLANGID(language), row.sub) << testing::PrintToString(row.lang);
+  };
+  expect({nullptr, nullptr, nullptr, 9, 1});
+  expect({nullptr, _T("fr_FR.UTF-8"), _T("de_DE.UTF-8"), 12, 1});
+  expect({_T("ja_JP.UTF-8"), _T("fr_FR.UTF-8"), _T("de_DE.UTF-8"), 17, 1});
+  expect({_T(""), nullptr, _T("de_AT@euro"), 7, 3});
+  const struct {
+    LPCTSTR lang;
+    int primary, sub;
+  } rows[] = {
+      {_T("C.UTF-8"), 9, 1},      {_T("POSIX"), 9, 1},  {_T("de_DE.UTF-8"), 7, 1}, {_T("de"), 7, 1},
+      {_T("pt_BR.UTF-8"), 22, 1}, {_T("pt_PT"), 22, 2}, {_T("zh_TW"), 4, 1},       {_T("zh_CN.UTF-8"), 4, 2},
+      {_T("zh_HK"), 4, 3},        {_T("cs_CZ"), 5, 1},  {_T("tr_TR"), 31, 1},      {_T("xx_nonsense"), 9, 1},
+  };
+  for (const auto& row : rows) expect({nullptr, nullptr, row.lang, row.primary, row.sub});
 }
 
 constexpr LCID kEnglish = 0x0409;
@@ -132,64 +124,37 @@ TEST_F(Locale, DecimalSignIsTheLocales) {
 
 TEST(Numbers, RealsAreReadAsFarAsTheyGo) {
   constexpr double kInfinite = std::numeric_limits<double>::infinity();
-  const struct {
-    const TCHAR* text;
-    double wanted;
-  } rows[] = {
-      {_T("1.5"), 1.5},
-      {_T(" \t\r\n-2.25e2mm"), -225},
-      {_T("+.5"), 0.5},
-      {_T("5."), 5},
-      {_T("1,5"), 1},
-      {_T("abc"), 0},
-      {_T(""), 0},
-      {_T("-"), 0},
-      {_T("+-1"), 0},
-      {_T("--1"), 0},
-      {_T("1e"), 1},
-      {_T("1e+"), 1},
-      {_T("0x1F"), 31},
-      {_T("0x-1"), 0},
-      {_T("1e999"), kInfinite},
-      {_T("-1e999"), -kInfinite},
-      {_T("1e-999"), 0},
-      {_T("5e-324"), 5e-324},
-      {_T("0.1"), 0.1},
-      {_T("1٣"), 1},
-      {nullptr, 0},
-      {_T("0.0000001e400"), kInfinite},
-      {_T("1000000e-400"), 0},
-      {_T("0x1p9999"), kInfinite},
-      {_T("-0x.00001p9999"), -kInfinite},
-      {_T("0x10000p-9999"), 0},
-      {_T("9007199254740993"), 9007199254740992.0},
+  const std::pair<LPCTSTR, double> rows[] = {
+      {_T("1.5"), 1.5}, {_T("+.5"), 0.5}, {_T("5."), 5},     {_T("1,5"), 1},       {_T("abc"), 0},
+      {_T(""), 0},      {_T("-"), 0},     {_T("+-1"), 0},    {_T("--1"), 0},       {_T("1e"), 1},
+      {_T("1e+"), 1},   {_T("0x1F"), 31}, {_T("0x-1"), 0},   {_T("0.1"), 0.1},     {_T("1٣"), 1},
+      {nullptr, 0},     {_T("0x"), 0},    {_T("1e-999"), 0}, {_T("-3e2mm"), -300},
   };
-  for (const auto& row : rows)
-    EXPECT_EQ(_wtof(row.text), row.wanted) << testing::PrintToString(std::u16string(row.text ? row.text : u"(null)"));
+  const std::pair<LPCTSTR, double> extremes[] = {
+      {_T("1e999"), kInfinite},         {_T("-1e999"), -kInfinite},
+      {_T("5e-324"), 5e-324},           {_T("0.0000001e400"), kInfinite},
+      {_T("1000000e-400"), 0},          {_T("0x1p9999"), kInfinite},
+      {_T("-0x.001p9999"), -kInfinite}, {_T("0x10000p-9999"), 0},
+      {_T(" \t\r\n-2.25e2"), -225},     {_T("9007199254740993"), 9007199254740992.0},
+  };
+  for (const auto& [text, wanted] : rows) EXPECT_EQ(_wtof(text), wanted) << testing::PrintToString(text);
+  for (const auto& [text, wanted] : extremes) EXPECT_EQ(_wtof(text), wanted) << testing::PrintToString(text);
   EXPECT_EQ(NumberFromUtf8("1.5\xC3\xA4"), 1.5);
   EXPECT_EQ(NumberFromUtf8(std::string(400, '9')), kInfinite);
   EXPECT_TRUE(std::signbit(NumberFromUtf8("-0")));
 }
 
 TEST(Numbers, IntegersSaturate) {
-  const struct {
-    const TCHAR* text;
-    int wanted;
-  } rows[] = {
-      {_T("42"), 42},
-      {_T(" \v\f+7.9"), 7},
-      {_T("-0012x"), -12},
-      {_T("2147483647"), 2147483647},
-      {_T("2147483648"), 2147483647},
-      {_T("-2147483648"), -2147483647 - 1},
-      {_T("-99999999999999999999999"), -2147483647 - 1},
-      {_T("0x10"), 0},
-      {_T("- 1"), 0},
-      {_T(""), 0},
-      {nullptr, 0},
+  constexpr int kMost = std::numeric_limits<int>::max(), kLeast = std::numeric_limits<int>::min();
+  const std::pair<LPCTSTR, int> rows[] = {
+      {_T("42"), 42}, {_T("-0012x"), -12}, {_T("0x10"), 0},      {_T("- 1"), 0},
+      {_T(""), 0},    {nullptr, 0},        {_T(" \v\f+7.9"), 7},
   };
-  for (const auto& row : rows)
-    EXPECT_EQ(_wtoi(row.text), row.wanted) << testing::PrintToString(std::u16string(row.text ? row.text : u"(null)"));
+  for (const auto& [text, wanted] : rows) EXPECT_EQ(_wtoi(text), wanted) << testing::PrintToString(text);
+  EXPECT_EQ(_wtoi(_T("2147483647")), kMost);
+  EXPECT_EQ(_wtoi(_T("2147483648")), kMost);
+  EXPECT_EQ(_wtoi(_T("-2147483648")), kLeast);
+  EXPECT_EQ(_wtoi(_T("-99999999999999999999999")), kLeast);
 }
 
 }  // namespace

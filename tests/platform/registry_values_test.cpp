@@ -124,29 +124,6 @@ TEST_F(RegistryValues, KeepsNamesThatAreNoCharacters) {
   EXPECT_EQ(ValueNames(), std::vector<Text>{name});
 }
 
-TEST_F(RegistryValues, EnumeratesInOrderOfCreation) {
-  for (const LPCTSTR name : {_T("zeta"), _T("Alpha"), _T("mid"), _T("10"), _T("9")}) SetNumber(name, 1);
-  SetNumber(_T("ALPHA"), 2);
-  EXPECT_EQ(ValueNames(), (std::vector<Text>{_T("zeta"), _T("Alpha"), _T("mid"), _T("10"), _T("9")}));
-  RegDeleteValueW(key_, _T("mid"));
-  SetNumber(_T("mid"), 3);
-  EXPECT_EQ(ValueNames(), (std::vector<Text>{_T("zeta"), _T("Alpha"), _T("10"), _T("9"), _T("mid")}));
-}
-
-TEST_F(RegistryValues, DeletingNumberZeroEmptiesTheKey) {
-  for (const LPCTSTR name : {_T("100.00"), _T("12.50"), _T("200.00")}) SetNumber(name, 1);
-  TCHAR name[256];
-  DWORD units = 256;
-  int deleted = 0;
-  while (RegEnumValueW(key_, 0, name, &units, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS) {
-    ASSERT_EQ(RegDeleteValueW(key_, name), ERROR_SUCCESS);
-    units = 256;
-    ++deleted;
-  }
-  EXPECT_EQ(deleted, 3);
-  EXPECT_TRUE(ValueNames().empty());
-}
-
 TEST_F(RegistryValues, EnumerationGivesDataOrItsSize) {
   Set(_T("Name"), REG_BINARY, {1, 2, 3});
   TCHAR name[16];

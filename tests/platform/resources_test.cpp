@@ -42,37 +42,23 @@ class Resources : public testing::Test {
 
 TEST_F(Resources, StringsAreFoundByNumber) {
   ASSERT_NE(Load(LibraryBytes()), nullptr);
-  const struct {
-    UINT id;
-    std::u16string wanted;
-  } rows[] = {
-      {1, u"Kestrova"},
-      {2553, u"Information"},
-      {2555, u"Error"},
-      {58237, u"English"},
-      {60113, u"&Kestrova"},
-      {0, u""},
-      {2, u""},
-      {2552, u""},
-      {2556, u""},
-      {4711, u""},
-      {65535, u""},
-      {65536 + 1, u"Kestrova"},
-      {65493, u"Barrel"},
+  const std::pair<UINT, const TCHAR*> rows[] = {
+      {1, u"Kestrova"},      {2553, u"Information"},   {2555, u"Error"},   {58237, u"English"},
+      {60113, u"&Kestrova"}, {65536 + 1, u"Kestrova"}, {65493, u"Barrel"},
   };
-  for (const auto& row : rows) EXPECT_EQ(String(row.id), row.wanted) << row.id;
+  for (const auto& [id, wanted] : rows) EXPECT_EQ(String(id), wanted) << id;
+  for (const UINT id : {0u, 2u, 2552u, 2556u, 4711u, 65535u}) EXPECT_EQ(String(id), u"") << id;
 }
 
 TEST_F(Resources, CopyIsCutAndTerminated) {
   ASSERT_NE(Load(LibraryBytes()), nullptr);
   TCHAR buffer[16];
-  EXPECT_EQ(LoadStringW(module, 1, buffer, 16), 8);
-  EXPECT_EQ(std::u16string(buffer), u"Kestrova");
-  EXPECT_EQ(LoadStringW(module, 1, buffer, 9), 8);
-  EXPECT_EQ(LoadStringW(module, 1, buffer, 8), 7);
-  EXPECT_EQ(std::u16string(buffer), u"Kestrov");
-  EXPECT_EQ(LoadStringW(module, 1, buffer, 1), 0);
-  EXPECT_EQ(std::u16string(buffer), u"");
+  const std::u16string whole = u"Kestrova";
+  for (const int units : {16, 9, 8, 1}) {
+    const std::u16string wanted = whole.substr(0, std::size_t(units - 1));
+    EXPECT_EQ(LoadStringW(module, 1, buffer, units), int(wanted.size()));
+    EXPECT_EQ(buffer, wanted);
+  }
   buffer[0] = 'x';
   EXPECT_EQ(LoadStringW(module, 2, buffer, 16), 0);
   EXPECT_EQ(buffer[0], 0);
@@ -103,19 +89,11 @@ TEST_F(Resources, DataModuleIsNoRunningModule) {
 }
 
 TEST_F(Resources, WhatIsNoLibraryFailsToLoad) {
-  const struct {
-    std::string bytes;
-    const char* what;
-  } rows[] = {
-      {"", "empty"},
-      {"MZ", "two bytes"},
-      {"plain text, nothing else, and that for a while so that it is longer than the first header", "text"},
-      {"MZ" + std::string(58, '\0') + "\xFF\xFF\xFF\x7F", "header far outside"},
-      {"MZ" + std::string(58, '\0') + "\xFF\xFF\xFF\xFF", "header at the end of numbers"},
-  };
-  for (const auto& row : rows) {
-    EXPECT_EQ(Load(row.bytes), nullptr) << row.what;
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_BAD_EXE_FORMAT)) << row.what;
+  const std::string head = "MZ" + std::string(58, '\0');  // and the place of the next header
+  for (const std::string& bytes : {std::string(), std::string("MZ"), std::string(100, 'x'), head + "\xFF\xFF\xFF\x7F",
+                                   head + "\xFF\xFF\xFF\xFF"}) {
+    EXPECT_EQ(Load(bytes), nullptr) << bytes;
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_BAD_EXE_FORMAT)) << bytes;
   }
   const std::u16string none = ProductPathFromSystem((folder.Path() / "None").string());
   EXPECT_EQ(LoadLibraryExW(none.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE), nullptr);
@@ -197,9 +175,7 @@ TEST_F(Resources, TruncatedLibraryNeverGivesAWrongString) {
 }
 
 TEST_F(Resources, FlippedBytesAreHarmless) {
-  const auto seed = std::random_device()();
-  SCOPED_TRACE(seed);
-  std::mt19937 random(seed);
+  std::mt19937 random(kvtest::PrintedSeed());
   for (int round = 0; round < 3000; ++round) {
     std::string bytes = LibraryBytes();
     for (int flips = 0; flips < 3; ++flips) {

@@ -1,5 +1,7 @@
-// The bytes of a compound file, laid out here by hand, and what becomes of files whose tables lie.
+// The bytes of a compound file, laid out here by hand, what becomes of files whose tables lie, and of streams that are
+// changed at random.
 #include <cstring>
+#include <random>
 
 #include "tests/platform/storage_support.h"
 
@@ -203,6 +205,31 @@ TEST_F(CompoundBytes, DepthIsBounded) {
     folder_.Write("a.bin", file);
     Open();
     EXPECT_EQ(result_, depth == 256 ? S_OK : STG_E_DOCFILECORRUPT) << depth;
+  }
+}
+
+// Cuts, extensions and writes anywhere, in a stream that is partly the file's, against the same on a plain text.
+TEST_F(CompoundFiles, RandomChangesOfAStreamMatchATextsOwn) {
+  std::mt19937 random(kvtest::PrintedSeed());
+  std::string model;
+  for (int round = 0; round < 12; ++round) {
+    const Storage root = round == 0 ? Create() : Open("a.bin", kWrite);
+    const Stream stream = round == 0 ? CreateStream(root, u"s") : OpenStream(root, u"s", kWrite);
+    ASSERT_EQ(ContentOf(stream), model) << "round " << round;
+    for (int i = 0; i < 20; ++i) {
+      const std::size_t at = random() % (random() % 4 == 0 ? 5000 : 500000);
+      if (random() % 3 == 0) {
+        ASSERT_EQ(stream->SetSize(Size(at)), S_OK);
+        model.resize(at);
+        continue;
+      }
+      const std::string bytes(random() % (random() % 2 ? 300 : 200000), char('a' + random() % 26));
+      ASSERT_EQ(stream->Seek(Distance(LONGLONG(at)), STREAM_SEEK_SET, nullptr), S_OK);
+      ASSERT_EQ(stream->Write(bytes.data(), ULONG(bytes.size()), nullptr), S_OK);
+      if (!bytes.empty() && model.size() < at + bytes.size()) model.resize(at + bytes.size());
+      model.replace(std::min(at, model.size()), bytes.size(), bytes);
+    }
+    ASSERT_EQ(ContentOf(stream), model) << "round " << round;
   }
 }
 

@@ -30,34 +30,31 @@ class CompoundFiles : public testing::Test {
  protected:
   std::u16string PathOf(const std::string& name) const { return (folder_.Path() / name).u16string(); }
   Storage Create(const std::string& name = "a.bin", DWORD mode = kReplace) {
-    IStorage* root = nullptr;
-    result_ = StgCreateDocfile(PathOf(name).c_str(), mode, 0, &root);
-    return Storage(root);
+    return Take<Storage>([&](IStorage** root) { return StgCreateDocfile(PathOf(name).c_str(), mode, 0, root); });
   }
   Storage Open(const std::string& name = "a.bin", DWORD mode = kRead) {
-    IStorage* root = nullptr;
-    result_ = StgOpenStorage(PathOf(name).c_str(), nullptr, mode, nullptr, 0, &root);
-    return Storage(root);
+    return Take<Storage>(
+        [&](IStorage** root) { return StgOpenStorage(PathOf(name).c_str(), nullptr, mode, nullptr, 0, root); });
   }
   Stream CreateStream(const Storage& in, const std::u16string& name, DWORD mode = kWrite) {
-    IStream* stream = nullptr;
-    result_ = in->CreateStream(name.c_str(), mode, 0, 0, &stream);
-    return Stream(stream);
+    return Take<Stream>([&](IStream** made) { return in->CreateStream(name.c_str(), mode, 0, 0, made); });
   }
   Stream OpenStream(const Storage& in, const std::u16string& name, DWORD mode = kRead) {
-    IStream* stream = nullptr;
-    result_ = in->OpenStream(name.c_str(), nullptr, mode, 0, &stream);
-    return Stream(stream);
+    return Take<Stream>([&](IStream** opened) { return in->OpenStream(name.c_str(), nullptr, mode, 0, opened); });
   }
   Storage CreateStorage(const Storage& in, const std::u16string& name, DWORD mode = kWrite) {
-    IStorage* storage = nullptr;
-    result_ = in->CreateStorage(name.c_str(), mode, 0, 0, &storage);
-    return Storage(storage);
+    return Take<Storage>([&](IStorage** made) { return in->CreateStorage(name.c_str(), mode, 0, 0, made); });
   }
   Storage OpenStorage(const Storage& in, const std::u16string& name, DWORD mode = kRead) {
-    IStorage* storage = nullptr;
-    result_ = in->OpenStorage(name.c_str(), nullptr, mode, nullptr, 0, &storage);
-    return Storage(storage);
+    return Take<Storage>(
+        [&](IStorage** opened) { return in->OpenStorage(name.c_str(), nullptr, mode, nullptr, 0, opened); });
+  }
+  // The object that a call gives, and its result in result_.
+  template <class Owner, class Call>
+  Owner Take(Call call) {
+    typename Owner::pointer object = nullptr;
+    result_ = call(&object);
+    return Owner(object);
   }
   // Makes a stream of that content.
   void Put(const Storage& in, const std::u16string& name, const std::string& bytes) {
@@ -103,6 +100,12 @@ class CompoundFiles : public testing::Test {
     ULARGE_INTEGER size;
     size.QuadPart = bytes;
     return size;
+  }
+
+  // What a call above gave beside its object.
+  template <class Object>
+  HRESULT ResultOf(const Object&) const {
+    return result_;
   }
 
   const ScratchFolder folder_;

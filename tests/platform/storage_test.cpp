@@ -45,18 +45,14 @@ TEST_F(CompoundFiles, RefuseModesThatDoNotExist) {
   ASSERT_EQ(Create("there.bin")->Commit(0), S_OK);
   int number = 0;
   for (const auto& c : kRoots) {
-    Create("new" + std::to_string(++number), c.mode);
-    EXPECT_EQ(result_, c.create) << std::hex << c.mode;
-    Open("there.bin", c.mode);
-    EXPECT_EQ(result_, c.open) << std::hex << c.mode;
+    EXPECT_EQ(ResultOf(Create("new" + std::to_string(++number), c.mode)), c.create) << std::hex << c.mode;
+    EXPECT_EQ(ResultOf(Open("there.bin", c.mode)), c.open) << std::hex << c.mode;
   }
   const Storage root = Create();
-  CreateStream(root, u"s", STGM_READWRITE);
-  EXPECT_EQ(result_, STG_E_INVALIDFLAG) << "an element is shared with nobody";
-  CreateStream(root, u"s", kWrite | STGM_TRANSACTED);
-  EXPECT_EQ(result_, STG_E_INVALIDFUNCTION);
-  CreateStorage(root, u"s", kWrite | STGM_TRANSACTED);
-  EXPECT_EQ(result_, STG_E_UNIMPLEMENTEDFUNCTION);
+  EXPECT_EQ(ResultOf(CreateStream(root, u"s", STGM_READWRITE)), STG_E_INVALIDFLAG)
+      << "an element is shared with nobody";
+  EXPECT_EQ(ResultOf(CreateStream(root, u"s", kWrite | STGM_TRANSACTED)), STG_E_INVALIDFUNCTION);
+  EXPECT_EQ(ResultOf(CreateStorage(root, u"s", kWrite | STGM_TRANSACTED)), STG_E_UNIMPLEMENTEDFUNCTION);
   EXPECT_TRUE(NamesIn(root).empty());
 }
 
@@ -73,13 +69,10 @@ TEST_F(CompoundFiles, TellWhyAFileDoesNotOpen) {
                 {"short.bin", STG_E_FILEALREADYEXISTS},
                 {"folder", STG_E_ACCESSDENIED}};
   for (const auto& c : kCases) {
-    EXPECT_FALSE(Open(c.name));
-    EXPECT_EQ(result_, c.result) << c.name;
+    EXPECT_EQ(ResultOf(Open(c.name)), c.result) << c.name;
   }
-  Create("text.bin", kWrite);
-  EXPECT_EQ(result_, STG_E_FILEALREADYEXISTS);
-  Create("none/none.bin");
-  EXPECT_EQ(result_, STG_E_PATHNOTFOUND);
+  EXPECT_EQ(ResultOf(Create("text.bin", kWrite)), STG_E_FILEALREADYEXISTS);
+  EXPECT_EQ(ResultOf(Create("none/none.bin")), STG_E_PATHNOTFOUND);
   EXPECT_EQ(ReadFile(folder_.Path() / "text.bin"), std::string(2000, 'x'));
 }
 
@@ -88,15 +81,14 @@ TEST_F(CompoundFiles, KeepTheRulesOfNames) {
   const std::u16string longest(31, u'n');
   for (const std::u16string& bad : {std::u16string(), longest + u'n', std::u16string(u"a/b"), std::u16string(u"a\\b"),
                                     std::u16string(u"a:b"), std::u16string(u"a!b")}) {
-    CreateStream(root, bad);
-    EXPECT_EQ(result_, STG_E_INVALIDNAME);
+    EXPECT_EQ(ResultOf(CreateStream(root, bad)), STG_E_INVALIDNAME);
   }
   Put(root, longest, "long");
   Put(root, u"\u00C4pfel \u4E2D", "umlaut");
   EXPECT_EQ(Get(root, std::u16string(31, u'N')), "long");
   EXPECT_EQ(Get(root, u"\u00E4PFEL \u4E2D"), "umlaut") << "names are compared without case";
-  CreateStorage(root, u"\u00E4pfel \u4E2D");
-  EXPECT_EQ(result_, STG_E_FILEALREADYEXISTS) << "streams and storages share their names";
+  EXPECT_EQ(ResultOf(CreateStorage(root, u"\u00E4pfel \u4E2D")), STG_E_FILEALREADYEXISTS)
+      << "streams and storages share their names";
   EXPECT_EQ(NamesIn(root), (std::vector<std::u16string>{u"\u00C4pfel \u4E2D", longest})) << "the first case stays";
 }
 
@@ -106,23 +98,18 @@ TEST_F(CompoundFiles, OpenAnElementOnceAndWithTheStoragesRightsOnly) {
     Put(root, u"s", "12");
     const Stream open = OpenStream(root, u"s");
     ASSERT_TRUE(open);
-    OpenStream(root, u"s");
-    EXPECT_EQ(result_, STG_E_ACCESSDENIED);
+    EXPECT_EQ(ResultOf(OpenStream(root, u"s")), STG_E_ACCESSDENIED);
     EXPECT_EQ(open->Write("3", 1, nullptr), STG_E_ACCESSDENIED);
     EXPECT_EQ(open->SetSize(Size(0)), STG_E_ACCESSDENIED);
-    OpenStorage(root, u"s");
-    EXPECT_EQ(result_, STG_E_FILENOTFOUND);
-    OpenStream(root, u"t");
-    EXPECT_EQ(result_, STG_E_FILENOTFOUND);
+    EXPECT_EQ(ResultOf(OpenStorage(root, u"s")), STG_E_FILENOTFOUND);
+    EXPECT_EQ(ResultOf(OpenStream(root, u"t")), STG_E_FILENOTFOUND);
     const Stream sink = CreateStream(root, u"sink", STGM_WRITE | STGM_SHARE_EXCLUSIVE);
     char byte;
     EXPECT_EQ(sink->Read(&byte, 1, nullptr), STG_E_ACCESSDENIED);
   }
   const Storage root = Open();
-  OpenStream(root, u"s", kWrite);
-  EXPECT_EQ(result_, STG_E_ACCESSDENIED);
-  CreateStream(root, u"new", kRead);
-  EXPECT_EQ(result_, STG_E_ACCESSDENIED);
+  EXPECT_EQ(ResultOf(OpenStream(root, u"s", kWrite)), STG_E_ACCESSDENIED);
+  EXPECT_EQ(ResultOf(CreateStream(root, u"new", kRead)), STG_E_ACCESSDENIED);
   EXPECT_EQ(root->DestroyElement(u"s"), STG_E_ACCESSDENIED);
   EXPECT_EQ(root->Commit(0), STG_E_ACCESSDENIED);
   EXPECT_EQ(Get(root, u"s"), "12");
@@ -188,8 +175,7 @@ TEST_F(CompoundFiles, ReplaceAndDestroyElements) {
   const Storage open = OpenStorage(root, u"x", kWrite);
   EXPECT_EQ(root->DestroyElement(u"none"), STG_E_FILENOTFOUND);
   EXPECT_EQ(root->DestroyElement(u"X"), S_OK);
-  CreateStream(open, u"z");
-  EXPECT_EQ(result_, STG_E_REVERTED) << "nothing is left below what is gone";
+  EXPECT_EQ(ResultOf(CreateStream(open, u"z")), STG_E_REVERTED) << "nothing is left below what is gone";
   Put(root, u"s", "old");
   EXPECT_TRUE(CreateStream(root, u"S", kReplace));
   EXPECT_EQ(Get(root, u"s"), "");

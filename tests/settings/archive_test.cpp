@@ -1,10 +1,8 @@
 // A settings tree in a document's archive: exact bytes, and what a load does with older and newer documents.
-#include <gtest/gtest.h>
-
-#include <fmt/format.h>
-
-#include "framework/file.h"
 #include "share/settings/settings_key.h"
+#include "tests/archive_bytes.h"
+
+using kvtest::Bytes, kvtest::Hex;
 
 namespace {
 
@@ -35,19 +33,10 @@ class TestRoot : public QFSettingsKey {
 IMPLEMENT_SERIAL(TestRoot, QFSettingsKey, VERSIONABLE_SCHEMA | 1)
 
 std::string Saved(QFSettingsKey& key) {
-  CMemFile file;
-  {
-    CArchive ar(&file, CArchive::store);
-    key.Serialize(ar);
-    ar.Close();
-  }
-  return {reinterpret_cast<const char*>(file.GetData()), std::size_t(file.GetLength())};
+  return kvtest::Store([&](CArchive& ar) { key.Serialize(ar); });
 }
-
-void Load(QFSettingsKey& key, std::string bytes) {
-  CMemFile file(reinterpret_cast<BYTE*>(bytes.data()), bytes.size());
-  CArchive ar(&file, CArchive::load);
-  key.Serialize(ar);
+void Load(QFSettingsKey& key, const std::string& bytes) {
+  kvtest::Load(bytes, [&](CArchive& ar) { key.Serialize(ar); });
 }
 
 // -1 for a name that is not there.
@@ -57,15 +46,9 @@ int IntOf(const QFSettingsKey& key, LPCTSTR name) {
   return value;
 }
 
-std::string Hex(const std::string& bytes) {
-  std::string hex;
-  for (const char byte : bytes) hex += fmt::format("{:02X}", BYTE(byte));
-  return hex;
-}
-
-// A class record not met yet, in hexadecimal; name in single bytes.
+// A class record not met yet.
 std::string NewClass(int schema, const std::string& name) {
-  return fmt::format("FFFF{:02X}00{:02X}00", schema, name.size()) + Hex(name);
+  return std::string("\xFF\xFF", 2) + char(schema) + '\0' + char(name.size()) + '\0' + name;
 }
 
 }  // namespace
@@ -85,16 +68,20 @@ TEST(SettingsArchive, TreeHasItsExactBytes) {
   key.AddValue(_T("a"), numbers);
   // Head first, so the reverse of the order above. Numbers: QFBaseObject 1, then a class and an object for each value;
   // inside each value the class record of QFBaseObject, which is number 1.
-  const std::string base = "0180";
-  const std::string expected =
-      NewClass(2, "QFBaseObject") + "0900" + NewClass(1, "QFIntArrayValue") + base + "FFFEFF016100" + "01000000" +
-      "FFFFFFFF" + NewClass(1, "QFLongDoubleStrValue") + base + "FFFEFF016C00" + "0000000000000040" +
-      NewClass(1, "QFTimeValue") + base + "FFFEFF017400" + "0A0000800500000000000000" + NewClass(1, "QFRectValue") +
-      base + "FFFEFF017200" + "01000000020000000300000004000000" + NewClass(1, "QFPointValue") + base + "FFFEFF017000" +
-      "0100000002000000" + NewClass(1, "QFColorValue") + base + "FFFEFF016300" + "03020100" +
-      NewClass(1, "QFDoubleValue") + base + "FFFEFF016400" + "000000000000F03F" + NewClass(1, "QFStringValue") + base +
-      "FFFEFF017300" + "FFFEFF0241004200" + NewClass(1, "QFIntValue") + base + "FFFEFF016900" + "FEFFFFFF";
-  EXPECT_EQ(Hex(Saved(key)), expected);
+  std::string expected = NewClass(2, "QFBaseObject") + Bytes("09 00");
+  const auto expect = [&](const char* name, char letter, const char* datum) {
+    expected += NewClass(1, name) + Bytes("01 80 FF FE FF 01") + letter + '\0' + Bytes(datum);
+  };
+  expect("QFIntArrayValue", 'a', "01 00 00 00 FF FF FF FF");
+  expect("QFLongDoubleStrValue", 'l', "00 00 00 00 00 00 00 40");
+  expect("QFTimeValue", 't', "0A 00 00 80 05 00 00 00 00 00 00 00");
+  expect("QFRectValue", 'r', "01 00 00 00 02 00 00 00 03 00 00 00 04 00 00 00");
+  expect("QFPointValue", 'p', "01 00 00 00 02 00 00 00");
+  expect("QFColorValue", 'c', "03 02 01 00");
+  expect("QFDoubleValue", 'd', "00 00 00 00 00 00 F0 3F");
+  expect("QFStringValue", 's', "FF FE FF 02 41 00 42 00");
+  expect("QFIntValue", 'i', "FE FF FF FF");
+  EXPECT_EQ(Hex(Saved(key)), Hex(expected));
 }
 
 TEST(SettingsArchive, DocumentWinsOverDefaults) {
@@ -104,8 +91,7 @@ TEST(SettingsArchive, DocumentWinsOverDefaults) {
   const std::string bytes = Saved(stored);
   TestRoot loaded;
   QFSettingsKey* child = loaded.GetKey(_T("Test"));
-  EXPECT_EQ(IntOf(loaded, _T("kept")), 1);
-  EXPECT_EQ(IntOf(loaded, _T("kept")), 1);
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(IntOf(loaded, _T("kept")), 1);
   Load(loaded, bytes);
   EXPECT_EQ(IntOf(loaded, _T("kept")), 10) << "the index has to forget the defaults";
   EXPECT_EQ(IntOf(loaded, _T("gone")), 2);
@@ -188,7 +174,7 @@ TEST(SettingsArchive, ItemWithTwoOwnersRaises) {
   QFSettingsKey key(_T("k"), _T(""));
   key.AddValue(_T("i"), 1);
   std::string bytes = Saved(key);
-  const std::size_t count = NewClass(2, "QFBaseObject").size() / 2;
+  const std::size_t count = NewClass(2, "QFBaseObject").size();
   ASSERT_EQ(bytes[count], 1);
   bytes[count] = 2;
   bytes += std::string("\x03\x00", 2);  // object number 3: the value again

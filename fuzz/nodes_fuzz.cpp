@@ -1,0 +1,85 @@
+// Nodes of a document from any bytes, in any storage version: records within records, rings of owners and users, broken
+// original owners. Whatever loads has to be usable, and to go in any order once its links are ended.
+#include <set>
+#include <vector>
+
+#include "framework/archive.h"
+#include "framework/ob_list.h"
+#include "share/env/document_callbacks.h"
+#include "share/objects/object.h"
+
+namespace {
+
+class Document : public QFObject {
+ public:
+  int SendQFCoreMessage(QF_CORE_MESSAGE_ID message, ULONGLONG argument, LONGLONG) override {
+    if (message != QF_CORE_GET_READ_STORAGE_UNITS) return 0;
+    *reinterpret_cast<float*>(std::uintptr_t(argument)) = units;
+    return 1;
+  }
+  float units = 38.0f;
+};
+
+QFObject* TheDocument() {
+  static Document document;
+  return &document;
+}
+
+void Collect(CObject* object, std::set<CObject*>& found) {
+  std::vector<CObject*> left = {object};
+  while (!left.empty()) {
+    object = left.back();
+    left.pop_back();
+    if (!object || !found.insert(object).second) continue;
+    if (auto* list = DYNAMIC_DOWNCAST(CObList, object))
+      for (POSITION at = list->GetHeadPosition(); at;) left.push_back(list->GetNext(at));
+    auto* node = DYNAMIC_DOWNCAST(QFObject, object);
+    if (!node) continue;
+    left.push_back(node->GetOwner());
+    left.push_back(node->GetOriginalOwner());
+    CObList users;
+    node->GetAllUserObjects(&users);
+    for (POSITION at = users.GetHeadPosition(); at;) left.push_back(users.GetNext(at));
+  }
+}
+
+void Use(QFObject& node) {
+  node.RemoveDuplicatesFromUserObjects();
+  node.IsSuppressed();
+  node.GetPatternDirectionRestriction();
+  node.Recycle();
+  node.Restore();
+}
+
+}  // namespace
+
+// What a broken reference has made, which a load survives, belongs to nobody: leaks are not looked for.
+extern "C" const char* __asan_default_options() { return "detect_leaks=0"; }
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  if (size == 0) return 0;
+  QFShareRegisterDocCBK(nullptr, nullptr, TheDocument, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                        nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
+  static constexpr float kVersions[] = {38.0f, 6.0f, 30.0f};
+  static_cast<Document*>(TheDocument())->units = kVersions[data[0] % 3];
+  CMemFile file(const_cast<BYTE*>(data) + 1, size - 1);
+  CArchive ar(&file, CArchive::load, 128);
+  QFObject* root = nullptr;
+  try {
+    ar >> root;
+  } catch (const CArchiveException&) {
+    return 0;
+  }
+  std::set<CObject*> objects;
+  Collect(root, objects);
+  for (CObject* object : objects)
+    if (auto* node = DYNAMIC_DOWNCAST(QFObject, object)) Use(*node);
+  for (CObject* object : objects)
+    if (auto* node = DYNAMIC_DOWNCAST(QFObject, object)) node->DetachFromAllUserObjects();
+  // Pattern managers go with their nodes, what is neither node nor list with an owner of its own.
+  for (CObject* object : objects) {
+    auto* node = DYNAMIC_DOWNCAST(QFObject, object);
+    if (node ? !node->GetIsPatternObject() : object->IsKindOf(RUNTIME_CLASS(CObList))) delete object;
+  }
+  return 0;
+}
