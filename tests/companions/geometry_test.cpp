@@ -18,14 +18,6 @@ using kvtest::TurnByHand;
 static_assert(std::is_trivially_copyable_v<FRVector> && sizeof(FRVector) == 3 * sizeof(double));
 static_assert(std::is_trivially_copyable_v<FRUnitVector> && sizeof(FRUnitVector) == 3 * sizeof(double));
 
-TEST(Geometry, ConstantsHaveTheirValues) {
-  EXPECT_EQ(std::cos(PI), -1.0);
-  EXPECT_EQ(PI_2 * 2, PI);
-  EXPECT_DOUBLE_EQ(RADIAN_TO_DEGREE * PI, 180.0);
-  EXPECT_EQ(RESABS, 1e-6);
-  EXPECT_EQ(RESNOR, 1e-10);
-}
-
 TEST(Geometry, DefaultValuesAreZeroAndIdentity) {
   for (int i = 0; i < 3; ++i) EXPECT_EQ(FRVector()[i], 0.0);
   EXPECT_EQ(FRUnitVector().len(), 0.0);

@@ -41,8 +41,10 @@ TEST(SettingsTree, FindsTheDuplicateDeclaredLastByItsExactName) {
   QFSettingsKey root(_T("root"), _T(""));
   root.AddValue(_T("a"), 1);
   root.AddValue(_T("a"), 2);
-  for (int search = 0; search < 3; ++search) EXPECT_EQ(IntOf(root, _T("a")), 2) << "search " << search;
-  EXPECT_EQ(IntOf(root, _T("A")), -1);
+  for (int search = 0; search < 3; ++search) {
+    EXPECT_EQ(IntOf(root, _T("A")), -1) << "search " << search;
+    EXPECT_EQ(IntOf(root, _T("a")), 2) << "search " << search;
+  }
 }
 
 TEST(SettingsTree, LaterSubKeyShadowsTheKeysOwnValue) {
@@ -136,7 +138,11 @@ void ExpectEachTypeFindsItsOwn(const Values&... stored) {
       auto found = none;
       root.GetValue(nameOf(i), found);
       EXPECT_TRUE(found == (i == type ? value : none)) << "type " << type << ", value " << i;
-      if (i != type) root.SetValue(nameOf(i), none);
+      root.SetValue(nameOf(i), none);
+      found = value;
+      root.GetValue(nameOf(i), found);
+      EXPECT_TRUE(found == (i == type ? none : value)) << "type " << type << ", value " << i;
+      root.SetValue(nameOf(i), value);
       root.GetValue(nameOf(i), read);
       EXPECT_EQ(read.GetSize(), i == kArray) << "value " << i;
       read.RemoveAll();
