@@ -11,10 +11,15 @@
 
 namespace kvtest {
 
-ScratchFolder::ScratchFolder() {
+std::filesystem::path FastFolder() {
+  const std::filesystem::path memory = "/dev/shm";
+  return std::filesystem::is_directory(memory) ? memory : std::filesystem::temp_directory_path();
+}
+
+ScratchFolder::ScratchFolder(const std::filesystem::path& where) {
   std::random_device seed;
   do {
-    path_ = std::filesystem::temp_directory_path() / ("kvtest-" + std::to_string(seed()));
+    path_ = where / ("kvtest-" + std::to_string(seed()));
   } while (!std::filesystem::create_directory(path_));
 }
 

@@ -6,10 +6,13 @@
 
 namespace kvtest {
 
-// An empty folder in the system's temporary folder; removed with its content by the destructor.
+// Where thousands of files are written in no time: a file system in memory, or the system's temporary folder.
+std::filesystem::path FastFolder();
+
+// An empty folder in the system's temporary folder, or in another; removed with its content by the destructor.
 class ScratchFolder {
  public:
-  ScratchFolder();
+  explicit ScratchFolder(const std::filesystem::path& where = std::filesystem::temp_directory_path());
   ~ScratchFolder();
   ScratchFolder(const ScratchFolder&) = delete;
   ScratchFolder& operator=(const ScratchFolder&) = delete;

@@ -1,0 +1,222 @@
+// Damaged documents: a file, and the archive of its objects, cut off anywhere and with any byte changed. Each is
+// refused, or gives a document that can be used and deleted; neither takes long, keeps memory, or takes more of it than
+// the file can account for.
+#include <fmt/format.h>
+
+#include <chrono>
+#include <cstdio>
+#include <functional>
+#include <random>
+
+#include "framework/archive.h"
+#include "framework/stream_file.h"
+#include "host/commands.h"
+#include "host/document/document_loader.h"
+#include "host/document/document_tree.h"
+#include "host/document/sample_document.h"
+#include "host/main_module.h"
+#include "platform/paths.h"
+#include "share/env/version_info.h"
+#include "share/objects/structured_storage.h"
+#include "tests/host/live_bytes.h"
+#include "tests/scratch.h"
+
+namespace {
+
+using namespace kestrova;
+using kvtest::LiveBytes;
+using Mode = DocumentLoader::Mode;
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr int kFlips = 10'000;
+#else
+constexpr int kFlips = 100'000;
+#endif
+constexpr DWORD kNodes = 200;
+constexpr std::size_t kUseEvery = 16;  // dumps take longer than loads
+// What loading may take while it lasts: so many times the file's size, and buffers that each load has.
+constexpr std::ptrdiff_t kMemoryFactor = 3;
+constexpr std::ptrdiff_t kMemoryBase = 64 * 1024;
+constexpr std::chrono::seconds kLongest{5};
+
+// What stands in the streams of a document's file.
+struct Parts {
+  std::string objects;
+  std::string history;
+};
+
+std::string StreamBytes(IStorage& root, LPCTSTR name) {
+  IStream* stream = nullptr;
+  EXPECT_EQ(root.OpenStream(name, nullptr, STGM_READ | STGM_SHARE_EXCLUSIVE, 0, &stream), S_OK);
+  COleStreamFile file(stream);
+  std::string bytes(std::size_t(file.GetLength()), '\0');
+  EXPECT_EQ(file.Read(bytes.data(), UINT(bytes.size())), bytes.size());
+  return bytes;
+}
+
+StreamFacts FactsOfBytes(std::string bytes) {
+  CMemFile file(reinterpret_cast<BYTE*>(bytes.data()), bytes.size());
+  return FactsOf(file);
+}
+
+// A compound file whose header fits its streams, so that no checksum stands between the damage and the archive.
+void WriteParts(const std::string& path, const Parts& parts) {
+  constexpr DWORD kWrite = STGM_READWRITE | STGM_SHARE_EXCLUSIVE | STGM_CREATE;
+  DocumentHeader header;
+  header.storageVersion = CKVVersionInfo::QF_STORAGE_VERSION;
+  header.objects = FactsOfBytes(parts.objects);
+  header.history = FactsOfBytes(parts.history);
+  StructuredStorage storage;
+  ASSERT_TRUE(storage.CreateFileW(ProductPathFromSystem(path).c_str(), kWrite | STGM_TRANSACTED));
+  const auto write = [&](LPCTSTR name, const std::string& bytes) {
+    IStream* stream = nullptr;
+    ASSERT_TRUE(storage.CreateStream(&stream, name, kWrite));
+    COleStreamFile(stream).Write(bytes.data(), UINT(bytes.size()));
+  };
+  write(kObjectsStream, parts.objects);
+  write(kHistoryStream, parts.history);
+  write(kHeaderStream, header.ToBytes());
+  ASSERT_EQ(storage.GetRootStorage()->Commit(STGC_DEFAULT), S_OK);
+}
+
+class HostileDocuments : public testing::Test {
+ protected:
+  void SetUp() override {
+    StartMainModule();
+    HostDocument document;
+    const ActiveDocument active(&document);
+    FillWithSample(document, kNodes, /*seed=*/7);
+    SaveDocument(document, path_);
+    file_ = kvtest::ReadFile(path_);
+    IStorage* root = nullptr;
+    ASSERT_EQ(StgOpenStorage(ProductPathFromSystem(path_).c_str(), nullptr, STGM_READ | STGM_SHARE_DENY_WRITE, nullptr,
+                             0, &root),
+              S_OK);
+    parts_ = {StreamBytes(*root, kObjectsStream), StreamBytes(*root, kHistoryStream)};
+    root->Release();
+    WriteParts(path_, parts_);
+    ASSERT_EQ(Load("whole", Mode::kStrict), 1);
+    ASSERT_EQ(Load("whole", Mode::kSalvage), 1);
+    ASSERT_EQ(whole_, 2);
+  }
+  void TearDown() override {
+    std::fclose(nowhere_);
+    std::printf(
+        "%zu refused, %zu loaded, of them %zu with all nodes; file %zu bytes, peak %td (%s), longest load %.1f ms\n",
+        refused_, loaded_, whole_, file_.size(), peak_, dearest_.c_str(),
+        std::chrono::duration<double, std::milli>(longest_).count());
+  }
+
+  // Loads the file at path_; 1 if that gave a document, which was then used and deleted, and 0 if it was refused.
+  int Load(const std::string& damage, Mode mode) {
+    const std::ptrdiff_t before = LiveBytes();
+    kvtest::TakePeakBytes();
+    const auto start = std::chrono::steady_clock::now();
+    std::unique_ptr<HostDocument> document;
+    try {
+      document = DocumentLoader(path_, mode).Load();
+    } catch (const Failure&) {
+    }
+    const auto time = std::chrono::steady_clock::now() - start;
+    const std::ptrdiff_t peak = kvtest::TakePeakBytes() - before;
+    longest_ = std::max(longest_, time);
+    if (peak > peak_) {
+      peak_ = peak;
+      dearest_ = damage;
+    }
+    EXPECT_LT(time, kLongest) << damage;
+    EXPECT_LE(peak, std::ptrdiff_t(std::filesystem::file_size(path_)) * kMemoryFactor + kMemoryBase) << damage;
+    ++(document ? loaded_ : refused_);
+    if (!document) return 0;
+    if (document->NodeCount() == kNodes) ++whole_;
+    Use(*document);
+    return 1;
+  }
+
+  void Use(HostDocument& document) {
+    const ActiveDocument active(&document);
+    DWORD walked = 0;
+    document.Walk([&](HostNode&, int) { ++walked; });
+    EXPECT_EQ(walked, document.NodeCount());
+    if (++used_ % kUseEvery != 0) return;
+    document.DumpData(nowhere_);
+    document.Walk([&](HostNode& node, int) { node.DumpData(nowhere_); });
+    WriteTree(document, nowhere_);
+    WriteTreeJson(document, nowhere_);
+  }
+
+  void LoadBothWays(const std::string& damage) {
+    Load(damage, Mode::kStrict);
+    Load(damage, Mode::kSalvage);
+  }
+
+  // Changes one byte at a place for as long as try() runs.
+  template <class Try>
+  static void WithChange(std::string& bytes, std::mt19937_64& random, const char* what, Try attempt) {
+    const std::size_t place = std::size_t(random() % bytes.size());
+    const char was = bytes[place];
+    bytes[place] = char(was ^ (1 + random() % 255));
+    attempt(fmt::format("{}: byte {} is {:02X}, was {:02X}", what, place, BYTE(bytes[place]), BYTE(was)));
+    bytes[place] = was;
+  }
+
+  void WriteFile(std::string_view bytes) const {
+    std::FILE* file = std::fopen(path_.c_str(), "wb");
+    ASSERT_TRUE(file);
+    std::fwrite(bytes.data(), 1, bytes.size(), file);
+    std::fclose(file);
+  }
+
+  const kvtest::ScratchFolder folder_{kvtest::FastFolder()};
+  const std::string path_ = (folder_.Path() / "part.kvdoc").string();
+  std::string file_;
+  Parts parts_;
+  std::FILE* nowhere_ = std::fopen("/dev/null", "w");
+  std::size_t refused_ = 0, loaded_ = 0, whole_ = 0, used_ = 0;
+  std::ptrdiff_t peak_ = 0;
+  std::string dearest_;
+  std::chrono::steady_clock::duration longest_{};
+};
+
+}  // namespace
+
+TEST_F(HostileDocuments, EveryPrefixOfTheFileIsRefusedOrSalvaged) {
+  for (std::size_t bytes = 0; bytes < file_.size() && !HasFailure(); ++bytes) {
+    WriteFile(std::string_view(file_).substr(0, bytes));
+    const std::string damage = fmt::format("{} of {} bytes", bytes, file_.size());
+    Load(damage, Mode::kSalvage);
+    EXPECT_EQ(Load(damage, Mode::kStrict), 0) << damage;
+  }
+}
+
+TEST_F(HostileDocuments, EveryPrefixOfTheObjectsIsRefusedOrSalvaged) {
+  const std::string objects = parts_.objects;
+  for (std::size_t bytes = 0; bytes < objects.size() && !HasFailure(); ++bytes) {
+    parts_.objects = objects.substr(0, bytes);
+    WriteParts(path_, parts_);
+    const std::string damage = fmt::format("{} of {} bytes of the objects", bytes, objects.size());
+    EXPECT_EQ(Load(damage, Mode::kSalvage), 1) << damage;
+    EXPECT_EQ(Load(damage, Mode::kStrict), 0) << damage;
+  }
+}
+
+TEST_F(HostileDocuments, AChangedByteIsRefusedOrSalvaged) {
+  const unsigned seed = std::random_device()();
+  std::printf("seed %u\n", seed);
+  std::mt19937_64 random(seed);
+  for (int i = 0; i < kFlips && !HasFailure(); ++i) {
+    SCOPED_TRACE(testing::Message() << "seed " << seed);
+    if (i % 2 == 0) {
+      WithChange(file_, random, "file", [&](const std::string& damage) {
+        WriteFile(file_);
+        LoadBothWays(damage);
+      });
+    } else {
+      WithChange(i % 16 == 1 ? parts_.history : parts_.objects, random, i % 16 == 1 ? "history" : "objects",
+                 [&](const std::string& damage) {
+                   WriteParts(path_, parts_);
+                   LoadBothWays(damage);
+                 });
+    }
+  }
+}
