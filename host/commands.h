@@ -2,10 +2,13 @@
 // runs them from CLI11's callback; a command that fails throws Failure.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+namespace CLI {
+class App;
+}
 
 namespace kestrova {
 

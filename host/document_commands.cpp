@@ -1,5 +1,6 @@
 // kestrova document: documents made, shown, converted, checked and repaired.
 #include <fmt/format.h>
+#include <CLI/CLI.hpp>
 
 #include <cstdio>
 #include <nlohmann/json.hpp>

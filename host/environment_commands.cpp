@@ -1,5 +1,6 @@
 // `kestrova env`: where the product lies and what is in force.
 #include <fmt/format.h>
+#include <CLI/CLI.hpp>
 
 #include "host/commands.h"
 #include "host/main_module.h"

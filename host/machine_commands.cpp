@@ -1,5 +1,6 @@
 // kestrova machine: the machine definitions of the simulator, exported, shown and checked.
 #include <fmt/format.h>
+#include <CLI/CLI.hpp>
 
 #include <cstdio>
 #include <nlohmann/json.hpp>

@@ -1,9 +1,9 @@
 // kestrova reg: looking at settings and changing them, with the words that support staff know.
 #include <fmt/format.h>
+#include <CLI/CLI.hpp>
 
 #include <cstdio>
 #include <iostream>
-#include <nlohmann/json.hpp>
 
 #include "framework/text.h"
 #include "host/commands.h"
@@ -199,13 +199,6 @@ OpenKey Open(const KeyName& key, REGSAM rights) {
   return open;
 }
 
-// What a key holds, or the one value of the name.
-struct KeyContent {
-  KeyName key;
-  std::vector<RegistryValue> values;
-  std::vector<Text> sub_keys;
-};
-
 std::vector<RegistryValue> ReadValues(const KeyName& key, HKEY handle) {
   std::vector<RegistryValue> values;
   Text name(16384, TCHAR(0));
@@ -297,20 +290,6 @@ void PrintContents(const std::vector<KeyContent>& contents, bool sub_keys) {
   if (!sub_keys) std::printf("\n");
 }
 
-void PrintJson(const std::vector<KeyContent>& contents) {
-  nlohmann::ordered_json keys = nlohmann::ordered_json::array();
-  for (const KeyContent& content : contents) {
-    nlohmann::ordered_json values = nlohmann::ordered_json::array();
-    for (const RegistryValue& value : content.values) {
-      values.push_back({{"name", ToUtf8(value.name)}, {"type", TypeName(value.type)}, {"data", DataJson(value)}});
-    }
-    nlohmann::ordered_json sub_keys = nlohmann::ordered_json::array();
-    for (const Text& sub_key : content.sub_keys) sub_keys.push_back(ToUtf8(sub_key));
-    keys.push_back({{"key", ToUtf8(registry_text::FullName(content.key))}, {"values", values}, {"subkeys", sub_keys}});
-  }
-  std::printf("%s\n", nlohmann::ordered_json{{"keys", keys}}.dump(2).c_str());
-}
-
 void QueryCommand(const Arguments& arguments) {
   const KeyName key = KeyOf(arguments.words[0]);
   const std::optional<Text> name = ValueNameOf(arguments);
@@ -321,7 +300,7 @@ void QueryCommand(const Arguments& arguments) {
     throw Failure(fmt::format("there is no value {} in {}", Shown(*name), ToUtf8(registry_text::FullName(key))));
   }
   if (arguments.Has("-json")) {
-    PrintJson(contents);
+    std::printf("%s\n", ContentsJson(contents).c_str());
   } else {
     PrintContents(contents, /*sub_keys=*/!below && !name);
   }

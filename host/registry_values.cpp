@@ -155,11 +155,25 @@ std::string DataText(const RegistryValue& value) {
   return Hex(value.data);
 }
 
-nlohmann::json DataJson(const RegistryValue& value) {
+static nlohmann::json DataJson(const RegistryValue& value) {
   if (IsText(value.type)) return UpToTerminator(Units(value.data));
   if (value.type == REG_MULTI_SZ) return List(value.data);
   if (const auto number = Number(value)) return *number;
   return Hex(value.data);
+}
+
+std::string ContentsJson(const std::vector<KeyContent>& contents) {
+  nlohmann::ordered_json keys = nlohmann::ordered_json::array();
+  for (const KeyContent& content : contents) {
+    nlohmann::ordered_json values = nlohmann::ordered_json::array();
+    for (const RegistryValue& value : content.values) {
+      values.push_back({{"name", ToUtf8(value.name)}, {"type", TypeName(value.type)}, {"data", DataJson(value)}});
+    }
+    nlohmann::ordered_json sub_keys = nlohmann::ordered_json::array();
+    for (const Text& sub_key : content.sub_keys) sub_keys.push_back(ToUtf8(sub_key));
+    keys.push_back({{"key", ToUtf8(registry_text::FullName(content.key))}, {"values", values}, {"subkeys", sub_keys}});
+  }
+  return nlohmann::ordered_json{{"keys", keys}}.dump(2);
 }
 
 std::vector<BYTE> DataFromText(DWORD type, std::string_view text, std::string_view separator) {
