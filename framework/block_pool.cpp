@@ -194,7 +194,7 @@ void GiveBack(Heap* heap, Page* page, void* block) noexcept {
   if (!page->listed) {  // it was full: others of its blocks are still in use
     page->listed = true;
     PushFront(first, page);
-  } else if (page->used == 0) {
+  } else if (page->used == 0 && (page != first || page->next)) {  // the last of a size may be wanted again at once
     Unlink(first, page);
     store.GivePage(page);
   }

@@ -4,8 +4,8 @@
 // Each thread takes from pages of its own, each of which holds blocks of one size, so that taking and giving back cost
 // a few instructions, no lock, and nothing that depends on what else the process has allocated. A block may be given
 // back on any thread: it then waits until its own thread runs out of blocks. The pages of a thread that has ended go to
-// the next one that begins. A page without blocks in use serves any thread and size, and goes back to the system
-// together with its neighbours; some 32 MiB are kept for what comes next.
+// the next one that begins. A page without blocks in use serves any thread and size, unless it is its thread's last one
+// of that size, and goes back to the system together with its neighbours; some 32 MiB are kept for what comes next.
 //
 // Built with KV_BLOCKS_FROM_HEAP, as for the address sanitizer, every block comes from the heap, so that a tool sees
 // each.

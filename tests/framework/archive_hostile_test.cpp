@@ -99,8 +99,7 @@ TEST(ArchiveHostile, WrongDirectionRaisesWithTheFileName) {
   EXPECT_THROW(in >> value, CArchiveException);
 }
 
-// A chain of nested references as deep as the bytes say: either the graph or an exception, by the stack there is.
-// A chain of that many objects, each inside the one before.
+// A chain of that many objects, each inside the one before: either the graph or an exception, by the stack there is.
 std::string Chain(int links) {
   std::string bytes = kNewLink;
   for (int i = 1; i < links; ++i) bytes.append("\x01\x80", 2);

@@ -77,32 +77,27 @@ TEST(BlockPool, BlocksComeBackOnAnyThread) {
   EXPECT_EQ(spoilt, 0);
 }
 
-TEST(BlockPool, PagesOfAThreadThatEndedServeTheNext) {
+// Threads that come and go, their blocks given back by another: the pages of one round serve all.
+TEST(BlockPool, PagesOfThreadsThatEndedServeTheNext) {
 #ifdef KV_BLOCKS_FROM_HEAP
   GTEST_SKIP() << "there are no pages";
 #endif
   constexpr int kBlocks = 10000;
   constexpr std::size_t kBytes = 200;
-  const auto pages = [](const std::vector<void*>& blocks) {
-    std::set<std::uintptr_t> found;
-    for (void* block : blocks) found.insert(reinterpret_cast<std::uintptr_t>(block) / BlockPool::kPageBytes);
-    return found;
-  };
-  const auto take = [] {
+  std::set<std::uintptr_t> pages;
+  std::size_t of_one_round = 0;
+  for (int round = 0; round < 20; ++round) {
     std::vector<void*> blocks;
     std::thread([&] {
       for (int i = 0; i < kBlocks; ++i) blocks.push_back(BlockPool::Allocate(kBytes));
     }).join();
-    return blocks;
-  };
-  const auto give = [](const std::vector<void*>& blocks) {
-    for (void* block : blocks) BlockPool::Free(block, kBytes);
-  };
-  const std::vector<void*> first = take();
-  give(first);
-  const std::vector<void*> second = take();
-  EXPECT_EQ(pages(second), pages(first));
-  give(second);
+    for (void* block : blocks) {
+      pages.insert(reinterpret_cast<std::uintptr_t>(block) / BlockPool::kPageBytes);
+      BlockPool::Free(block, kBytes);
+    }
+    if (round == 0) of_one_round = pages.size();
+  }
+  EXPECT_LE(pages.size(), 3 * of_one_round);
 }
 
 }  // namespace
