@@ -7,8 +7,10 @@
 
 #include "framework/ob_list.h"
 #include "host/commands.h"
+#include "host/document/document_check.h"
 #include "host/document/document_file.h"
 #include "host/document/document_loader.h"
+#include "host/document/document_report.h"
 #include "host/document/document_tree.h"
 #include "host/document/host_document.h"
 #include "host/document/sample_document.h"
@@ -54,6 +56,23 @@ Reads a document of any version and saves it as this build does.
   kestrova document convert old.kvdoc new.kvdoc
 )";
 
+constexpr char kVerifyHelp[] = R"(
+Reads the document as far as it goes, as repair would, and tells what is wrong: bytes that have changed or are missing,
+with their place; references to what isn't there; objects that no list holds; ids, states and the indexer's counts. Ends
+with 1 if there is anything. Changes nothing.
+
+  kestrova document verify part.kvdoc
+  kestrova document verify part.kvdoc --json
+)";
+
+constexpr char kRepairHelp[] = R"(
+Reads a damaged document as far as it goes, puts right what can be put right, and saves the rest: of nodes all those
+ahead of the first that is not whole, without references to the others. Says what was lost. FILE stays as it is. What
+was saved passes verify.
+
+  kestrova document repair part.kvdoc saved.kvdoc
+)";
+
 // What the command line said.
 struct Given {
   std::string file;
@@ -66,6 +85,8 @@ struct Given {
 };
 
 using Json = nlohmann::ordered_json;
+
+void PrintJson(const Json& json) { fmt::print("{}\n", json.dump(2, ' ', false, Json::error_handler_t::replace)); }
 
 void CheckTarget(const std::string& path, bool force) {
   if (!force && _waccess(ProductPathFromSystem(path).c_str(), 0) == 0)
@@ -136,7 +157,7 @@ void History(const Given& given) {
                  text(record.GetDateAndTime()), text(record.GetUser()));
     }
   }
-  if (given.json) fmt::print("{}\n", all.dump(2, ' ', false, Json::error_handler_t::replace));
+  if (given.json) PrintJson(all);
 }
 
 void Convert(const Given& given) {
@@ -147,13 +168,46 @@ void Convert(const Given& given) {
   SaveDocument(*opened.document, given.out);
 }
 
-CLI::App* AddCommand(CLI::App& group, const char* name, const char* what, const char* help, Given& given,
+// ---- verify and repair
+
+void Verify(const Given& given) {
+  UseLibrary();
+  DocumentLoader loader(given.file, DocumentLoader::Mode::kSalvage);
+  const auto document = loader.Load();
+  const ActiveDocument active(document.get());
+  LoadReport report = loader.Report();
+  CheckDocument(*document, CheckMode::kLook, report);
+  if (given.json) {
+    PrintJson(ReportJson(given.file, report));
+  } else {
+    fmt::print("{}", ReportText(given.file, report));
+  }
+  if (report.findingCount > 0) throw FoundErrors();
+}
+
+void Repair(const Given& given) {
+  CheckTarget(given.out, given.force);
+  StartMainModule();
+  DocumentLoader loader(given.file, DocumentLoader::Mode::kSalvage);
+  const auto document = loader.Load();
+  const ActiveDocument active(document.get());
+  LoadReport report = loader.Report();
+  if (report.part <= DocumentReading::Part::kFields)
+    throw Failure(fmt::format("nothing of {} can be saved: {}", given.file, report.findings.back().text));
+  CheckDocument(*document, CheckMode::kMend, report);
+  SaveDocument(*document, given.out);
+  if (given.json) return PrintJson(ReportJson(given.file, report));
+  fmt::print("{}: {} of {} nodes saved{}\n{}", given.out, report.whole, report.promised, LostText(report),
+             FindingsText(report));
+}
+
+CLI::App& AddCommand(CLI::App& group, const char* name, const char* what, const char* help, Given& given,
                      void (*run)(const Given&)) {
   CLI::App* command = group.add_subcommand(name, what);
   command->footer(help);
   command->add_option("FILE", given.file, "The document's file")->required();
   command->callback([&given, run] { run(given); });
-  return command;
+  return *command;
 }
 
 void AddForce(CLI::App& command, Given& given) {
@@ -169,20 +223,25 @@ void AddOut(CLI::App& command, Given& given) {
 
 void AddDocumentCommands(CLI::App& app) {
   static Given given;
-  CLI::App* group = app.add_subcommand("document", "Documents: new, show, dump, history, convert");
+  CLI::App* group = app.add_subcommand("document", "Documents: new, show, dump, history, convert, verify, repair");
   group->require_subcommand(1);
-  CLI::App* fresh = AddCommand(*group, "new", "Make a document to try things with", kNewHelp, given, New);
-  fresh->add_option("--nodes", given.nodes, "How many nodes, 100 unless told")->check(CLI::Range(0, 8'000'000));
-  fresh->add_option("--units", given.units, "The document's units, mm unless told")
+  const auto add = [&](const char* name, const char* what, const char* help, void (*run)(const Given&)) -> CLI::App& {
+    return AddCommand(*group, name, what, help, given, run);
+  };
+  CLI::App& fresh = add("new", "Make a document to try things with", kNewHelp, New);
+  fresh.add_option("--nodes", given.nodes, "How many nodes, 100 unless told")->check(CLI::Range(0, 8'000'000));
+  fresh.add_option("--units", given.units, "The document's units, mm unless told")
       ->check(CLI::IsMember({"mm", "inch"}));
-  fresh->add_option("--seed", given.seed, "What the nodes are drawn from, 1 unless told");
-  AddForce(*fresh, given);
-  AddJson(*AddCommand(*group, "show", "Show the nodes as a tree", kShowHelp, given, Show), given);
-  AddCommand(*group, "dump", "Print the objects' own dumps", kDumpHelp, given, Dump);
-  AddJson(*AddCommand(*group, "history", "Show who saved the document", kHistoryHelp, given, History), given);
-  AddOut(
-      *AddCommand(*group, "convert", "Save a document of any version as this build does", kConvertHelp, given, Convert),
-      given);
+  fresh.add_option("--seed", given.seed, "What the nodes are drawn from, 1 unless told");
+  AddForce(fresh, given);
+  AddJson(add("show", "Show the nodes as a tree", kShowHelp, Show), given);
+  add("dump", "Print the objects' own dumps", kDumpHelp, Dump);
+  AddJson(add("history", "Show who saved the document", kHistoryHelp, History), given);
+  AddOut(add("convert", "Save a document of any version as this build does", kConvertHelp, Convert), given);
+  AddJson(add("verify", "Read a document as far as it goes and tell what is wrong", kVerifyHelp, Verify), given);
+  CLI::App& repair = add("repair", "Save what is whole of a damaged document", kRepairHelp, Repair);
+  AddOut(repair, given);
+  AddJson(repair, given);
 }
 
 }  // namespace kestrova

@@ -160,6 +160,7 @@ DocumentSource::Archive DocumentSource::Find(std::string_view rootClass) const {
   constexpr std::size_t kAhead = 4;  // the tag of a new class and its schema
   auto file = std::make_unique<CFile>();
   if (!file->Open(m_path.c_str(), CFile::modeRead)) return {};
+  file->SetFilePath(_T(""));  // as that of a stream: what is told of it stands behind the document's name
   const std::string name = char(rootClass.size()) + std::string(1, '\0') + std::string(rootClass);
   std::string window;
   std::vector<char> piece(kPiece);

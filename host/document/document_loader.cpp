@@ -3,12 +3,12 @@
 #include <fmt/format.h>
 
 #include <cmath>
-#include <unordered_set>
 
 #include "framework/archive.h"
 #include "framework/ob_list.h"
 #include "host/commands.h"
 #include "host/document/document_status.h"
+#include "host/document/object_archive.h"
 #include "host/main_module.h"
 #include "share/env/document_messages.h"
 #include "share/env/version_info.h"
@@ -21,38 +21,12 @@ constexpr char kHeader[] = "Header";
 constexpr char kObjects[] = "Objects";
 constexpr char kHistory[] = "History";
 
-unsigned LocationOf(DocumentReading::Part part) {
-  switch (part) {
-    case DocumentReading::Part::kRoot:
-    case DocumentReading::Part::kFields: return kFaultInFields;
-    case DocumentReading::Part::kIndexer: return kFaultInIndexer;
-    case DocumentReading::Part::kClasses: return kFaultInClasses;
-    case DocumentReading::Part::kNodes:
-    case DocumentReading::Part::kEnd: return kFaultInNodes;
-  }
-  return kFaultInNodes;
-}
-
-std::string NameOf(const HostDocument& document, DWORD place) {
-  if (place == HostNode::kNoPlace) return "the document";
-  HostNode& node = document.NodeAt(place);
-  return fmt::format("{} {} \"{}\"", ToUtf8(node.GetClassNameW()), node.GetObjectId(), ToUtf8(node.Name()));
-}
-
 // Told to all objects that waited for it, in every case: none may be called once it is gone.
 struct Notification {
   ~Notification() { QFSerializeNotify::Clear(); }
 };
 
 }  // namespace
-
-std::string TextOf(const DocumentFault& fault) { return fmt::format("byte {}: {}", fault.offset, fault.what); }
-
-void LoadReport::Add(unsigned location, std::string stream, std::string text) {
-  LogSerializationError(location);
-  ++findingCount;
-  if (findings.size() < kMostFindings) findings.push_back({std::move(stream), std::move(text)});
-}
 
 DocumentLoader::DocumentLoader(const std::string& path, Mode mode)
     : m_path(path), m_salvage(mode == Mode::kSalvage), m_source(path) {}
@@ -102,14 +76,15 @@ void DocumentLoader::ReadHeader() {
   const float version = m_header.storageVersion;
   const bool later = m_header.format > kDocumentFormat || CKVVersionInfo::IsGreater(version);
   if (reason.empty() && !(version > 0 && std::isfinite(version))) reason = "its storage version is none";
-  if (later && reason.empty()) reason = fmt::format("it has storage version {:.2f}", version);
+  if (later && reason.empty()) reason = fmt::format("it has storage version {}", version);
   if (reason.empty()) {
     m_hasHeader = true;
     m_report.storageVersion = version;
     return;
   }
   m_report.Add(kFaultInHeader, kHeader, reason);
-  if (later && !m_salvage) Refuse(fmt::format("stream {}, {}: a later release wrote it", kHeader, reason));
+  if (later)
+    Refuse(fmt::format("stream {}, {}: a later release wrote it, and only such a one reads it", kHeader, reason));
   RefuseDamage(kHeader, reason);
 }
 
@@ -169,85 +144,21 @@ std::unique_ptr<HostDocument> DocumentLoader::ReadObjects() {
     }
   }
   const bool damaged = m_report.findingCount > 0;
-  CArchive ar(source.file.get(), CArchive::load);
-  DocumentReading reading(m_salvage);
-  std::unique_ptr<HostDocument> document;
-  try {
-    document.reset(static_cast<HostDocument*>(ar.ReadObject(RUNTIME_CLASS(HostDocument))));
-  } catch (const std::exception& failure) {
-    reading.NoteFault(ar, failure);
-  }
-  TakeOver(reading);
-  if (m_report.fault) {
+  auto document = ReadObjectArchive(*source.file, m_salvage, m_report);
+  if (m_report.fault || !document) {
     RefuseDamage(kObjects, m_report.findings.back().text);
-  } else if (!document) {
-    m_report.Add(kFaultInFields, kObjects, "its root is null");
-    RefuseDamage(kObjects, "its root is null");
   } else if (damaged) {
     RefuseDamage(m_report.findings.front().stream, m_report.findings.front().text);
-  } else if (const ULONGLONG behind = ar.GetBytesLeft(); behind > 0 && !source.found) {
-    m_report.Add(kFaultInNodes, kObjects, fmt::format("{} bytes stand behind the last record", behind));
+  } else if (const ULONGLONG end = source.file->GetPosition(); !source.found && end < source.file->GetLength()) {
+    m_report.Add(kFaultInNodes, kObjects,
+                 fmt::format("{} bytes stand behind the last record", source.file->GetLength() - end));
   }
-  if (!document) document = std::make_unique<HostDocument>();
-  document->FreezeIds(true);
-  MendLinks(*document);
-  document->DeleteLostNodes();
-  DeleteStrays(ar, *document);
-  return document;
-}
-
-void DocumentLoader::TakeOver(const DocumentReading& reading) {
-  m_report.promised = reading.promised;
-  m_report.whole = reading.whole;
-  m_report.part = reading.part;
-  m_report.partialClass = reading.partialClass;
-  m_report.fault = reading.fault;
-  if (!reading.fault) return;
-  std::string text = TextOf(*reading.fault);
-  if (reading.part == DocumentReading::Part::kNodes)
-    text += fmt::format(", in node {} of {}, a {}", reading.whole + 1, reading.promised, reading.partialClass);
-  m_report.Add(LocationOf(reading.part), kObjects, text);
-}
-
-void DocumentLoader::MendLinks(HostDocument& document) {
-  for (const auto& [place, faults] : document.MendLinks()) {
-    m_report.dangling += faults.dangling;
-    m_report.oneSided += faults.oneSided;
-    std::string text;
-    if (faults.dangling > 0) text = fmt::format("{} references to what the document doesn't hold", faults.dangling);
-    if (faults.oneSided > 0) {
-      if (!text.empty()) text += ", ";
-      text += fmt::format("{} uses that one side alone knows", faults.oneSided);
-    }
-    m_report.Add(kFaultInLinks, kObjects, fmt::format("{} has {}", NameOf(document, place), text));
-  }
-}
-
-// What the archive made, and neither the document nor its indexer holds.
-void DocumentLoader::DeleteStrays(CArchive& ar, HostDocument& document) {
-  CObList entries;
-  document.Indexer().GetAllIndexers(entries);
-  std::unordered_set<const CObject*> held = {&document, &document.Indexer()};
-  for (POSITION at = entries.GetHeadPosition(); at;) held.insert(entries.GetNext(at));
-  std::map<std::string, int> strays;
-  ar.DeleteLoaded([&](const CObject* object) {
-    const bool stray = !held.contains(object);
-    if (stray) ++strays[object->GetRuntimeClass()->m_lpszClassName];
-    return stray;
-  });
-  for (const auto& [name, count] : strays) {
-    m_report.strays += count;
-    m_report.Add(kFaultInLinks, kObjects, fmt::format("objects in no list of the document: {} {}", count, name));
-  }
+  return document ? std::move(document) : std::make_unique<HostDocument>();
 }
 
 // ---- indexer
 
 void DocumentLoader::RepairIndexer(HostDocument& document) {
-  std::map<CString, int> alive;
-  alive[document.GetClassNameW()] = 0;  // the document is no node: without any, all counts have to become 0, too
-  for (DWORD place = 0; place < document.NodeCount(); ++place)
-    ++alive[document.NodeAt(place).GetRegNameForAutoIndexing()];
   CObList entries;
   document.Indexer().GetAllIndexers(entries);
   const auto each = [&](auto visit) {
@@ -258,7 +169,7 @@ void DocumentLoader::RepairIndexer(HostDocument& document) {
   each([&](std::size_t, const QFObjectIndexer& entry) {
     m_report.indexer.push_back({entry.GetIndexedClassName(), entry.GetReferences(), 0});
   });
-  document.Indexer().CorrectIndexersReferences(alive);
+  document.CorrectIndexer();
   each([&](std::size_t number, const QFObjectIndexer& entry) {
     m_report.indexer[number].alive = entry.GetReferences();
   });

@@ -6,53 +6,14 @@
 // what is there.
 #pragma once
 
-#include <map>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "host/document/document_file.h"
-#include "host/document/document_reading.h"
+#include "host/document/document_report.h"
 #include "host/document/host_document.h"
 
 namespace kestrova {
-
-struct LoadReport {
-  // One thing that is not as it should be.
-  struct Finding {
-    std::string stream;  // "Header", "Objects", "History", or empty for the file
-    std::string text;
-  };
-  // Of one class, as the document had it and as it is.
-  struct IndexerCount {
-    CString name;
-    int stored = 0;
-    int alive = 0;
-  };
-
-  // Notes a finding and logs its location bit. Beyond kMostFindings they are only counted.
-  void Add(unsigned location, std::string stream, std::string text);
-
-  static constexpr std::size_t kMostFindings = 1000;
-
-  float storageVersion = 0;
-  std::vector<Finding> findings;
-  std::size_t findingCount = 0;
-  // The reading of the objects: how many nodes were promised, how many came whole, what ended it.
-  DWORD promised = 0;
-  DWORD whole = 0;
-  DocumentReading::Part part = DocumentReading::Part::kRoot;
-  std::string partialClass;
-  std::optional<DocumentFault> fault;
-  // References to what no list of the document owns, uses that one side alone knew, and objects that no list owned.
-  int dangling = 0;
-  int oneSided = 0;
-  int strays = 0;
-  std::vector<IndexerCount> indexer;
-  // At the end of the load.
-  unsigned status = 0;
-  unsigned errorLocation = 0;
-};
 
 class DocumentLoader {
  public:
@@ -76,9 +37,6 @@ class DocumentLoader {
   bool CheckFacts(CFile& stream, const char* name, const StreamFacts& facts, unsigned location);
   std::unique_ptr<QFDocSrHistoryMngr> ReadHistory();
   std::unique_ptr<HostDocument> ReadObjects();
-  void MendLinks(HostDocument& document);
-  void DeleteStrays(CArchive& ar, HostDocument& document);
-  void TakeOver(const DocumentReading& reading);
   void RepairIndexer(HostDocument& document);
   [[noreturn]] void Refuse(const std::string& reason) const;
   void RefuseDamage(const std::string& stream, const std::string& reason) const;
@@ -90,8 +48,5 @@ class DocumentLoader {
   bool m_hasHeader = false;
   LoadReport m_report;
 };
-
-// "byte 512: the data ends too early".
-std::string TextOf(const DocumentFault& fault);
 
 }  // namespace kestrova

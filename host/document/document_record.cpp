@@ -32,13 +32,18 @@ namespace {
 
 // A class record, and the least of a node's record in any schema: class records, five texts, id, state, owner.
 constexpr ULONGLONG kLeastNodeBytes = 20;
-// What a node costs beside itself: its places in the document's list and in the archive's table, and the heap's share.
-constexpr ULONGLONG kNodeOverhead = 24;
+constexpr ULONGLONG kClassRecordBytes = 2;
+// What a row of the table costs in the archive's own table, and a node beside itself: its place in the document's list,
+// which doubles as it grows.
+constexpr ULONGLONG kRowBytes = 8;
+constexpr ULONGLONG kNodeOverhead = 16;
 // Nodes are made ahead of their records. Together they are not larger than so many times the bytes that are left, of
 // which any document has more than enough: only a damaged one promises more.
 constexpr ULONGLONG kMemoryFactor = 3;
 constexpr ULONGLONG kMemorySlack = 64 * 1024;
 constexpr DWORD kProgressEvery = 4096;
+
+ULONGLONG NodeBytes(const CRuntimeClass* record) { return ULONGLONG(record->m_nObjectSize) + kNodeOverhead; }
 
 void TellProgress(DWORD done) {
   if (done % kProgressEvery == 0) QFProgressCallback(done);
@@ -114,6 +119,7 @@ void HostDocument::LoadRecord(CArchive& ar) {
     if (!reading || !reading->salvage) throw;
     m_lost.assign(m_nodes.begin() + reading->whole, m_nodes.end());
     m_nodes.resize(reading->whole);
+    for (const HostNode* node : m_lost) ++m_lostByClass[node->GetRuntimeClass()->m_lpszClassName];
   }
 }
 
@@ -131,23 +137,47 @@ void HostDocument::LoadIndexer(CArchive& ar) {
   if (indexer) m_indexer.reset(indexer);
 }
 
+// Nodes are made as long as they can have records. Whoever salvages a document that was cut off still wants the numbers
+// of the others, which the first ones refer to: one object of each class stands in for all of them.
 void HostDocument::MakeNodes(CArchive& ar, DocumentReading* reading) {
+  const bool salvage = reading && reading->salvage;
   const ULONGLONG room = ar.GetBytesLeft() * kMemoryFactor + kMemorySlack;
-  const ULONGLONG count = ar.ReadCount(kLeastNodeBytes);
+  const ULONGLONG count = ar.ReadCount(salvage ? kClassRecordBytes : kLeastNodeBytes);
   if (count >= HostNode::kNoPlace) AfxThrowArchiveException(CArchiveException::badIndex, ar.m_strFileName);
   if (reading) reading->promised = DWORD(count);
-  m_nodes.reserve(count);
-  ULONGLONG memory = 0;
-  while (m_nodes.size() < count) {
+  ULONGLONG memory = count * kRowBytes;
+  if (memory > room) AfxThrowArchiveException(CArchiveException::endOfFile, ar.m_strFileName);
+  for (ULONGLONG row = 0; row < count; ++row) {
     const CRuntimeClass* record = ar.ReadClass(RUNTIME_CLASS(HostNode));
-    memory += ULONGLONG(record->m_nObjectSize) + kNodeOverhead;
-    if (memory > room) AfxThrowArchiveException(CArchiveException::endOfFile, ar.m_strFileName);
-    auto* node = static_cast<HostNode*>(record->CreateObject());
-    if (!node) AfxThrowArchiveException(CArchiveException::badClass, ar.m_strFileName);
-    node->m_place = NodeCount();
-    m_nodes.push_back(node);
-    ar.MapObject(node);
+    if (NodeCount() == row && memory + NodeBytes(record) <= room) {
+      memory += NodeBytes(record);
+      ar.MapObject(MakeNode(ar, record));
+    } else if (salvage) {
+      ar.MapObject(StandIn(ar, record));
+    } else {
+      AfxThrowArchiveException(CArchiveException::endOfFile, ar.m_strFileName);
+    }
   }
+}
+
+HostNode* HostDocument::MakeNode(CArchive& ar, const CRuntimeClass* record) {
+  std::unique_ptr<CObject> fresh(record->CreateObject());
+  if (!fresh) AfxThrowArchiveException(CArchiveException::badClass, ar.m_strFileName);
+  auto* node = static_cast<HostNode*>(fresh.get());
+  m_nodes.push_back(node);
+  fresh.release();
+  node->m_place = NodeCount() - 1;
+  return node;
+}
+
+HostNode* HostDocument::StandIn(CArchive& ar, const CRuntimeClass* record) {
+  ++m_lostByClass[record->m_lpszClassName];
+  for (HostNode* node : m_standIns)
+    if (node->GetRuntimeClass() == record) return node;
+  std::unique_ptr<CObject> fresh(record->CreateObject());
+  if (!fresh) AfxThrowArchiveException(CArchiveException::badClass, ar.m_strFileName);
+  m_standIns.push_back(static_cast<HostNode*>(fresh.get()));
+  return static_cast<HostNode*>(fresh.release());
 }
 
 void HostDocument::LoadNodes(CArchive& ar, DocumentReading* reading) {
@@ -163,6 +193,8 @@ void HostDocument::LoadNodes(CArchive& ar, DocumentReading* reading) {
     if (reading) reading->partialClass = m_nodes[done]->GetRuntimeClass()->m_lpszClassName;
     throw;
   }
+  // Whatever records follow, there was no room for their nodes.
+  if (!m_standIns.empty()) AfxThrowArchiveException(CArchiveException::endOfFile, ar.m_strFileName);
 }
 
 }  // namespace kestrova

@@ -117,9 +117,9 @@ void AppendNodeJson(std::string& out, HostNode& node, int depth, bool suppressed
 
 void WriteTree(const HostDocument& document, std::FILE* out) {
   Output output(out);
-  fmt::format_to(std::back_inserter(output.Text()), "{}: {} node{}, {}, storage version {:.2f}\n",
-                 ToUtf8(document.Title()), document.NodeCount(), document.NodeCount() == 1 ? "" : "s",
-                 document.Units().name, document.ReadStorageUnits());
+  fmt::format_to(std::back_inserter(output.Text()), "{}: {} node{}, {}, storage version {}\n", ToUtf8(document.Title()),
+                 document.NodeCount(), document.NodeCount() == 1 ? "" : "s", document.Units().name,
+                 document.ReadStorageUnits());
   WalkWithProgress(document, [&](HostNode& node, int depth) {
     std::string& text = output.Text();
     text.append(std::size_t(std::min(depth + 1, kDeepestIndent)) * 2, ' ');
@@ -136,7 +136,7 @@ void WriteTreeJson(const HostDocument& document, std::FILE* out) {
   Output output(out);
   output.Text() += "{\"title\": ";
   AppendQuoted(output.Text(), document.Title());
-  output.Text() += fmt::format(", \"units\": \"{}\", \"storageVersion\": {:.2f}, \"nodes\": [", document.Units().name,
+  output.Text() += fmt::format(", \"units\": \"{}\", \"storageVersion\": {}, \"nodes\": [", document.Units().name,
                                document.ReadStorageUnits());
   const char* between = "\n";
   std::vector<bool> suppressed;  // by depth, on the way to the node: as IsSuppressed, without its walk up for each

@@ -2,6 +2,8 @@
 // document_record.cpp.
 #include "host/document/host_document.h"
 
+#include <map>
+
 #include "framework/ob_list.h"
 #include "share/objects/dump.h"
 
@@ -114,9 +116,28 @@ std::vector<HostDocument::MendedLinks> HostDocument::MendLinks() {
 }
 
 void HostDocument::DeleteLostNodes() {
+  m_lost.insert(m_lost.end(), m_standIns.begin(), m_standIns.end());
+  m_standIns.clear();
   for (HostNode* node : m_lost) node->DropLinks();
   for (auto at = m_lost.rbegin(); at != m_lost.rend(); ++at) delete *at;
   m_lost.clear();
+}
+
+void HostDocument::CorrectRegisteredName(HostNode& node) {
+  CString name = node.GetRegisterNodeName();
+  if (name.IsEmpty()) return;  // the class's name, which is what old records get
+  if (node.GetRegNameForAutoIndexing() != name && m_indexer->FindIndex(&node) >= 0)
+    node.SetRegNameForAutoIndexing(name);
+}
+
+void HostDocument::CorrectIndexer() {
+  std::map<CString, int> alive;
+  alive[GetClassNameW()] = 0;  // an empty map, as of a document without nodes, would leave all counts as they are
+  for (HostNode* node : m_nodes) {
+    CorrectRegisteredName(*node);
+    ++alive[node->GetRegNameForAutoIndexing()];
+  }
+  m_indexer->CorrectIndexersReferences(alive);
 }
 
 // ---- dump

@@ -8,7 +8,9 @@
 // Loading and saving a file is the matter of document_loader.h and document_file.h.
 #pragma once
 
+#include <map>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "host/document/document_units.h"
@@ -119,8 +121,13 @@ class HostDocument : public QFObject {
   // tree. An owner stands ahead of what it owns, so that there is no ring: any other is dropped. Gives the nodes with
   // faults; a fault of the document's own record has the place kNoPlace.
   std::vector<MendedLinks> MendLinks();
-  // Deletes the nodes that were promised and did not come whole.
+  // How many nodes were promised and did not come whole, by class, as far as their classes came.
+  const std::map<std::string, DWORD>& LostByClass() const { return m_lostByClass; }
+  // Deletes what there is of them.
   void DeleteLostNodes();
+  // Sets the indexer's counts to the nodes that there are. A node that it lists under its class's present name has that
+  // as its registered name from now on: old records tell none.
+  void CorrectIndexer();
   void SetFullyLoaded() { m_loading = false; }
 
  private:
@@ -128,6 +135,7 @@ class HostDocument : public QFObject {
   HostNode* StepInTree(const HostNode& node, int& depth) const;
   void AppendToTree(HostNode& node, HostNode* owner);
   LinkFaults MendOwnLinks();
+  void CorrectRegisteredName(HostNode& node);
   bool MendOwner(HostNode& node);
   int ConvertUnits(QFUnitsConversion& request) const;
   int RemoveFromSelection(ui_QFObject* companion);
@@ -137,10 +145,15 @@ class HostDocument : public QFObject {
   void LoadOwnFields(CArchive& ar);
   void LoadIndexer(CArchive& ar);
   void MakeNodes(CArchive& ar, DocumentReading* reading);
+  HostNode* MakeNode(CArchive& ar, const CRuntimeClass* record);
+  HostNode* StandIn(CArchive& ar, const CRuntimeClass* record);
   void LoadNodes(CArchive& ar, DocumentReading* reading);
 
   std::vector<HostNode*> m_nodes;  // owned
-  std::vector<HostNode*> m_lost;   // owned; between the reading of a damaged archive and DeleteLostNodes
+  // Owned; between the reading of a damaged archive and DeleteLostNodes.
+  std::vector<HostNode*> m_lost;
+  std::vector<HostNode*> m_standIns;
+  std::map<std::string, DWORD> m_lostByClass;
   DWORD m_firstChild = HostNode::kNoPlace;
   DWORD m_lastChild = HostNode::kNoPlace;
   DWORD m_nextId = 1;

@@ -31,7 +31,7 @@ TEST_F(DocumentCommand, ShowsATree) {
   EXPECT_EQ(
       Run({"show", File("a.kvdoc")}),
       (RunResult{0,
-                 "a.kvdoc: 4 nodes, mm, storage version 38.00\n"
+                 "a.kvdoc: 4 nodes, mm, storage version 38\n"
                  "  HostTool 1 \"\u00D83 flat end mill\", active, flat end mill, diameter 3mm, length 77mm; made by "
                  "okafor 01/26/2023::14:27\n"
                  "  HostSetup 2 \"Mill Part Setup 1\", active, axis 0 -1 0, turned 270deg, clearance 25mm; made by "

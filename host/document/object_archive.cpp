@@ -1,0 +1,105 @@
+#include "host/document/object_archive.h"
+
+#include <fmt/format.h>
+
+#include <map>
+#include <unordered_set>
+
+#include "framework/archive.h"
+#include "framework/ob_list.h"
+#include "host/document/document_reading.h"
+#include "host/document/document_status.h"
+#include "host/document/host_document.h"
+
+namespace kestrova {
+namespace {
+
+constexpr char kObjects[] = "Objects";
+
+unsigned LocationOf(DocumentReading::Part part) {
+  switch (part) {
+    case DocumentReading::Part::kRoot:
+    case DocumentReading::Part::kFields: return kFaultInFields;
+    case DocumentReading::Part::kIndexer: return kFaultInIndexer;
+    case DocumentReading::Part::kClasses: return kFaultInClasses;
+    case DocumentReading::Part::kNodes:
+    case DocumentReading::Part::kEnd: return kFaultInNodes;
+  }
+  return kFaultInNodes;
+}
+
+std::string NameOf(const HostDocument& document, DWORD place) {
+  if (place == HostNode::kNoPlace) return "the document";
+  HostNode& node = document.NodeAt(place);
+  return fmt::format("{} {} \"{}\"", ToUtf8(node.GetClassNameW()), node.GetObjectId(), ToUtf8(node.Name()));
+}
+
+void TakeOver(const DocumentReading& reading, LoadReport& report) {
+  report.promised = reading.promised;
+  report.whole = reading.whole;
+  report.part = reading.part;
+  report.partialClass = reading.partialClass;
+  report.fault = reading.fault;
+  if (!reading.fault) return;
+  std::string text = TextOf(*reading.fault);
+  if (reading.part == DocumentReading::Part::kNodes)
+    text += fmt::format(", in node {} of {}, a {}", reading.whole + 1, reading.promised, reading.partialClass);
+  report.Add(LocationOf(reading.part), kObjects, text);
+}
+
+void MendLinks(HostDocument& document, LoadReport& report) {
+  for (const auto& [place, faults] : document.MendLinks()) {
+    report.dangling += faults.dangling;
+    report.oneSided += faults.oneSided;
+    std::string text;
+    const auto add = [&](int count, const char* one, const char* many) {
+      if (count > 0) text += fmt::format("{}{} {}", text.empty() ? "" : ", ", count, count == 1 ? one : many);
+    };
+    add(faults.dangling, "reference to what the document doesn't hold", "references to what the document doesn't hold");
+    add(faults.oneSided, "use that one side alone knows", "uses that one side alone knows");
+    report.Add(kFaultInLinks, kObjects, fmt::format("{} has {}", NameOf(document, place), text));
+  }
+}
+
+// What the archive made, and neither the document nor its indexer holds.
+void DeleteStrays(CArchive& ar, HostDocument& document, LoadReport& report) {
+  CObList entries;
+  document.Indexer().GetAllIndexers(entries);
+  std::unordered_set<const CObject*> held = {&document, &document.Indexer()};
+  for (POSITION at = entries.GetHeadPosition(); at;) held.insert(entries.GetNext(at));
+  std::map<std::string, int> strays;
+  ar.DeleteLoaded([&](const CObject* object) {
+    const bool stray = !held.contains(object);
+    if (stray) ++strays[object->GetRuntimeClass()->m_lpszClassName];
+    return stray;
+  });
+  for (const auto& [name, count] : strays) {
+    report.strays += count;
+    report.Add(kFaultInLinks, kObjects, fmt::format("objects in no list of the document: {} {}", count, name));
+  }
+}
+
+}  // namespace
+
+std::unique_ptr<HostDocument> ReadObjectArchive(CFile& file, bool keepWhatIsWhole, LoadReport& report) {
+  CArchive ar(&file, CArchive::load);
+  DocumentReading reading(keepWhatIsWhole);
+  std::unique_ptr<HostDocument> document;
+  try {
+    document.reset(static_cast<HostDocument*>(ar.ReadObject(RUNTIME_CLASS(HostDocument))));
+  } catch (const std::exception& failure) {
+    reading.NoteFault(ar, failure);
+  }
+  TakeOver(reading, report);
+  if (!document) {
+    if (!reading.fault) report.Add(kFaultInFields, kObjects, "its root is null");
+    return nullptr;
+  }
+  report.lost = document->LostByClass();
+  MendLinks(*document, report);
+  document->DeleteLostNodes();
+  DeleteStrays(ar, *document, report);
+  return document;
+}
+
+}  // namespace kestrova

@@ -1,0 +1,188 @@
+// A document's streams built by hand, byte after byte, and the file around them.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "host/document/document_header.h"
+#include "platform/storage.h"
+#include "tests/objects/record_bytes.h"
+
+namespace kvtest {
+
+// The object archive of a document of this release: tools, a setup, its features, their operations. Knows the layout
+// and nothing of the code that reads it. Classes and objects have the numbers
+//
+//   1 HostDocument   2 the document   3 QFObject   4 QFBaseObject   5 QFObjectIndexerHelper   6 the helper
+//
+// then those of the table of nodes: each new class one, each node one.
+class DocumentBytes {
+ public:
+  // One row of the table of nodes.
+  struct Node {
+    std::string className;
+    int owner = -1;               // row
+    int tool = -1;                // row, of an operation
+    std::vector<int> users = {};  // rows
+  };
+
+  explicit DocumentBytes(std::vector<Node> nodes) : nodes_(std::move(nodes)) {
+    bytes_.NewClass("HostDocument", 1).Class(1).NewClass("QFObject", 8).NewClass("QFBaseObject", 2);
+    Base({}, u"", 0, -1, u"");
+    bytes_.Dword(0).Dword(unsigned(nodes_.size()) + 1).Text(u"SP4");
+    bytes_.NewClass("QFObjectIndexerHelper", 2).Class(5).Class(4).Word(0);  // no entries
+    bytes_.Word(int(nodes_.size()));
+    for (const Node& node : nodes_) Enter(node);
+    tableEnd_ = Size();
+    for (std::size_t row = 0; row < nodes_.size(); ++row) {
+      Record(row);
+      ends_.push_back(Size());
+    }
+  }
+
+  const std::string& Get() const { return bytes_.Get(); }
+  // Behind the table of nodes, and behind each node's record.
+  std::size_t TableEnd() const { return tableEnd_; }
+  const std::vector<std::size_t>& Ends() const { return ends_; }
+  // The label of a row's node.
+  static std::u16string LabelOf(std::size_t row) { return u"N" + std::u16string(1, char16_t(u'0' + row)); }
+
+ private:
+  std::size_t Size() const { return bytes_.Get().size(); }
+
+  void Enter(const Node& node) {
+    auto known = std::find(classes_.begin(), classes_.end(), node.className);
+    if (known == classes_.end()) {
+      bytes_.NewClass(node.className, 1);
+      classes_.push_back(node.className);
+      classNumbers_.push_back(next_++);
+    } else {
+      bytes_.Class(classNumbers_[std::size_t(known - classes_.begin())]);
+    }
+    objectNumbers_.push_back(next_++);
+  }
+
+  int ClassNumber(const std::string& name) const {
+    return classNumbers_[std::size_t(std::find(classes_.begin(), classes_.end(), name) - classes_.begin())];
+  }
+  void Reference(int row) {
+    if (row < 0) {
+      bytes_.Null();
+    } else {
+      bytes_.Object(objectNumbers_[std::size_t(row)]);
+    }
+  }
+
+  // Behind the class records of the two base levels.
+  void Base(const std::vector<int>& users, std::u16string_view label, unsigned id, int owner,
+            std::u16string_view name) {
+    bytes_.Word(int(users.size()));
+    for (const int user : users) Reference(user);
+    bytes_.Text(label).Text(u"weber").Text(u"01/02/2024::03:04").Text(u"05/06/2024::07:08");
+    bytes_.Dword(id).Dword(0);
+    Reference(owner);
+    bytes_.Text(u"okafor").Word(0).Null().Dword(0xFFFFFFFF).Null().Text(name);
+  }
+
+  void Record(std::size_t row) {
+    const Node& node = nodes_[row];
+    const bool drilling = node.className == "HostDrilling";
+    bytes_.Class(ClassNumber(node.className));
+    if (drilling) OperationLevel();
+    bytes_.Class(3).Class(4);
+    const std::string name = drilling                       ? "HostOperation"
+                             : node.className == "HostTool" ? "HostToolCrib"
+                                                            : node.className;
+    Base(node.users, LabelOf(row), unsigned(row) + 1, node.owner, std::u16string(name.begin(), name.end()));
+    if (node.className == "HostTool") {
+      bytes_.Dword(2).Double(0.006).Double(0.05);
+    } else if (node.className == "HostSetup") {
+      for (const double value : {0.0, 0.0, 1.0, 0.1, 0.2, 0.0, 0.0, 0.0, 0.0, 0.025, 0.5}) bytes_.Double(value);
+    } else if (node.className == "HostFeature") {
+      bytes_.Word(2).Double(0.01).Double(0.02).Double(0.03).Double(0.04).Double(0.005);
+    } else {
+      Reference(node.tool);
+      bytes_.Double(0.3).Double(2000).Double(0.001);
+      FlagLevel();
+      bytes_.Dword(0).Dword(0);
+      if (drilling) bytes_.Double(0.002);
+    }
+  }
+
+  // Classes that are met within records for the first time.
+  void OperationLevel() { LevelMet("HostOperation", 1); }
+  void FlagLevel() { LevelMet("CFlaggedError", 2); }
+  void LevelMet(const std::string& name, int schema) {
+    if (std::find(classes_.begin(), classes_.end(), name) != classes_.end()) {
+      bytes_.Class(ClassNumber(name));
+      return;
+    }
+    bytes_.NewClass(name, schema);
+    classes_.push_back(name);
+    classNumbers_.push_back(next_++);
+  }
+
+  std::vector<Node> nodes_;
+  RecordBytes bytes_;
+  std::vector<std::string> classes_;
+  std::vector<int> classNumbers_;
+  std::vector<int> objectNumbers_;
+  int next_ = 7;
+  std::size_t tableEnd_ = 0;
+  std::vector<std::size_t> ends_;
+};
+
+// The archive of a history without records.
+inline std::string EmptyHistory() {
+  return RecordBytes().NewClass("QFDocSrHistoryMngr", 1).Class(1).NewClass("QFBaseObject", 2).Word(0).Get();
+}
+
+// The header for these streams, its checksums by the reference form of CRC-32: bit after bit.
+inline DWORD ReferenceChecksum(std::string_view bytes) {
+  DWORD state = 0xFFFFFFFF;
+  for (const char byte : bytes) {
+    state ^= BYTE(byte);
+    for (int bit = 0; bit < 8; ++bit) state = (state >> 1) ^ (state & 1 ? 0xEDB88320 : 0);
+  }
+  return ~state;
+}
+inline std::string HeaderBytes(const std::string& objects, const std::string& history, float storageVersion = 38.0f) {
+  RecordBytes bytes;
+  for (const char c : std::string_view("KVDOC\r\n\x1A", 8)) bytes.Raw(c);
+  bytes.Dword(1).Raw(storageVersion).Dword(0);
+  for (const std::string& stream : {objects, history}) {
+    bytes.Raw(std::uint64_t(stream.size())).Dword(ReferenceChecksum(stream));
+  }
+  return RecordBytes(bytes).Dword(ReferenceChecksum(bytes.Get())).Get();
+}
+
+// Writes a compound file with the streams; one that is null is left out.
+inline void WriteDocumentFile(const std::string& path, const std::string* header, const std::string* objects,
+                              const std::string* history) {
+  constexpr DWORD kMode = STGM_READWRITE | STGM_SHARE_EXCLUSIVE | STGM_CREATE;
+  IStorage* root = nullptr;
+  const std::u16string name(CString(path.c_str()).View());
+  ASSERT_EQ(StgCreateDocfile(name.c_str(), kMode, 0, &root), S_OK);
+  for (const auto& [stream, bytes] : {std::pair{kestrova::kHeaderStream, header},
+                                      {kestrova::kObjectsStream, objects},
+                                      {kestrova::kHistoryStream, history}}) {
+    if (!bytes) continue;
+    IStream* opened = nullptr;
+    ASSERT_EQ(root->CreateStream(stream, kMode, 0, 0, &opened), S_OK);
+    EXPECT_EQ(opened->Write(bytes->data(), ULONG(bytes->size()), nullptr), S_OK);
+    opened->Release();
+  }
+  EXPECT_EQ(root->Commit(STGC_DEFAULT), S_OK);
+  root->Release();
+}
+
+// A whole file around an object archive.
+inline void WriteDocumentFile(const std::string& path, const std::string& objects) {
+  const std::string history = EmptyHistory();
+  const std::string header = HeaderBytes(objects, history);
+  WriteDocumentFile(path, &header, &objects, &history);
+}
+
+}  // namespace kvtest

@@ -1,0 +1,220 @@
+// What a loader that salvages keeps of damaged documents: the whole nodes ahead of the damage, and nothing that leads
+// to the others.
+#include <fmt/format.h>
+
+#include "framework/ob_list.h"
+#include "host/commands.h"
+#include "host/document/document_check.h"
+#include "host/document/object_archive.h"
+#include "share/env/document_callbacks.h"
+#include "share/objects/serialize_notify.h"
+#include "tests/host/document_fixture.h"
+#include "tests/host/document_records.h"
+
+using namespace kestrova;
+using namespace kvtest;
+
+namespace {
+
+// Nodes that refer to one another forwards and backwards.
+const DocumentBytes& Sample() {
+  static const DocumentBytes bytes({{"HostTool", -1, -1, {3, 4, 6}},
+                                    {"HostSetup"},
+                                    {"HostFeature", 1, -1, {5}},
+                                    {"HostDrilling", 2, 0},
+                                    {"HostOperation", 2, 0},
+                                    {"HostFeature", 1},
+                                    {"HostOperation", 5, 0}});
+  return bytes;
+}
+
+class DocumentSalvage : public DocumentTest {
+ protected:
+  // Loads a whole file around the object archive.
+  std::unique_ptr<HostDocument> Load(const std::string& objects, DocumentLoader::Mode mode, LoadReport& report) {
+    WriteDocumentFile(File("a.kvdoc"), objects);
+    DocumentLoader loader(File("a.kvdoc"), mode);
+    auto document = loader.Load();
+    report = loader.Report();
+    return document;
+  }
+
+  // Reads the bytes as an object archive, keeping what is whole.
+  std::unique_ptr<HostDocument> Read(std::string objects, LoadReport& report) {
+    CMemFile file(reinterpret_cast<BYTE*>(objects.data()), objects.size());
+    auto document = ReadObjectArchive(file, /*keepWhatIsWhole=*/true, report);
+    QFSerializeNotify::PostLoadFromStorageNotify();
+    QFSerializeNotify::Clear();
+    return document;
+  }
+
+  // What a second check finds behind one that mends: nothing.
+  static void ExpectMendable(HostDocument& document, LoadReport& report) {
+    const ActiveDocument active(&document);
+    CheckDocument(document, CheckMode::kMend, report);
+    LoadReport second;
+    CheckDocument(document, CheckMode::kLook, second);
+    EXPECT_EQ(second.findingCount, 0u) << FindingsText(second);
+  }
+
+  // The document has the first so many nodes, and no link leads out of it.
+  void ExpectFirst(const HostDocument& document, std::size_t count) {
+    ASSERT_EQ(document.NodeCount(), count);
+    for (DWORD place = 0; place < count; ++place) {
+      HostNode& node = document.NodeAt(place);
+      EXPECT_EQ(node.Name(), CString(DocumentBytes::LabelOf(place).c_str()));
+      EXPECT_EQ(node.GetObjectId(), place + 1);
+      EXPECT_EQ(node.GetCreatedBy(), _T("weber"));
+      EXPECT_TRUE(!node.GetOwner() || document.Owns(node.GetOwner()));
+      CObList users;
+      node.GetAllUserObjects(&users);
+      for (POSITION at = users.GetHeadPosition(); at;) EXPECT_TRUE(document.Owns(users.GetNext(at)));
+      if (const auto* operation = DYNAMIC_DOWNCAST(HostOperation, &node)) {
+        EXPECT_EQ(operation->Tool(), &document.NodeAt(0));
+        EXPECT_EQ(operation->Tool()->GetIsUsingThisObject(&node), 1);
+      }
+    }
+  }
+};
+
+TEST_F(DocumentSalvage, WholeDocumentHasAllNodesAndNoFinding) {
+  LoadReport report;
+  const auto document = Load(Sample().Get(), DocumentLoader::Mode::kStrict, report);
+  ExpectFirst(*document, 7);
+  EXPECT_EQ(report.findingCount, 0u) << FindingsText(report);
+  EXPECT_EQ(report.status, 0u);
+  EXPECT_EQ(document->NodeAt(6).GetOwner(), &document->NodeAt(5));
+  EXPECT_EQ(document->NodeAt(2).GetIsUsingThisObject(&document->NodeAt(5)), 1);
+  const ActiveDocument active(document.get());
+  EXPECT_EQ(document->NodeAt(0).Facts(), _T("drill, diameter 6mm, length 50mm"));
+  EXPECT_EQ(document->NodeAt(1).Facts(), _T("axis 0 0 1, turned 28.6479deg, clearance 25mm"));
+  EXPECT_EQ(document->NodeAt(2).Facts(), _T("2 points, depth 5mm"));
+  EXPECT_EQ(document->NodeAt(3).Facts(), _T("tool 1, feed 300mm/min, speed 2000/min, step 1mm, peck 2mm"));
+}
+
+TEST_F(DocumentSalvage, ArchiveCutAtEveryByteGivesTheWholeNodesAheadOfTheCut) {
+  const DocumentBytes& sample = Sample();
+  for (std::size_t cut = 0; cut < sample.Get().size() && !HasFailure(); ++cut) {
+    SCOPED_TRACE(fmt::format("cut at byte {} of {}", cut, sample.Get().size()));
+    const auto whole = std::size_t(
+        std::count_if(sample.Ends().begin(), sample.Ends().end(), [&](std::size_t end) { return end <= cut; }));
+    LoadReport report;
+    const auto document = Read(sample.Get().substr(0, cut), report);
+    EXPECT_EQ(report.whole, whole);
+    ASSERT_TRUE(report.fault);
+    EXPECT_LE(report.fault->offset, cut);
+    EXPECT_EQ(document != nullptr, cut >= 18) << "a document, once its class is known";
+    if (!document) continue;
+    ExpectFirst(*document, whole);
+    if (cut >= sample.TableEnd()) {
+      EXPECT_EQ(report.promised, 7u);
+      EXPECT_EQ(report.part, DocumentReading::Part::kNodes);
+      EXPECT_GE(report.fault->offset, whole == 0 ? sample.TableEnd() : sample.Ends()[whole - 1]);
+    }
+    ExpectMendable(*document, report);
+  }
+}
+
+// A tool that a thousand operations use. Of most cuts the nodes that are promised would take far more memory than the
+// bytes that are left account for.
+TEST_F(DocumentSalvage, LargeDocumentCutShortKeepsItsFirstNodes) {
+  constexpr int kOperations = 3000;
+  std::vector<DocumentBytes::Node> nodes = {{"HostTool"}};
+  for (int row = 1; row <= kOperations; ++row) {
+    nodes[0].users.push_back(row);
+    nodes.push_back({"HostOperation", -1, 0});
+  }
+  const DocumentBytes sample(nodes);
+  for (const std::size_t whole : {1, 2, 10, 100, 1000, 3000}) {
+    LoadReport report;
+    const auto document = Read(sample.Get().substr(0, sample.Ends()[whole - 1] + 3), report);
+    ASSERT_EQ(document->NodeCount(), whole);
+    EXPECT_EQ(report.promised, DWORD(kOperations + 1));
+    EXPECT_EQ(report.lost["HostOperation"], DWORD(kOperations + 1 - whole));
+    EXPECT_EQ(document->NodeAt(0).GetCountOfUserObjects(), int(whole) - 1);
+    ExpectMendable(*document, report);
+  }
+}
+
+TEST_F(DocumentSalvage, FileCutWithinItsNodesIsLookedThroughForThem) {
+  const std::string objects = Sample().Get();
+  WriteDocumentFile(File("a.kvdoc"), objects);
+  const std::string file = ReadFile(File("a.kvdoc"));
+  const std::size_t start = file.find(objects.substr(0, 64));
+  ASSERT_NE(start, std::string::npos);
+  for (const std::size_t whole : {0, 1, 4, 6}) {
+    const std::size_t end = whole == 0 ? Sample().TableEnd() : Sample().Ends()[whole - 1];
+    folder_.Write("b.kvdoc", file.substr(0, start + end + 1));
+    DocumentLoader loader(File("b.kvdoc"), DocumentLoader::Mode::kSalvage);
+    ExpectFirst(*loader.Load(), whole);
+    EXPECT_TRUE(FindingsText(loader.Report()).starts_with("  it is damaged or was cut off\n"));
+    DocumentLoader strict(File("b.kvdoc"), DocumentLoader::Mode::kStrict);
+    EXPECT_THROW(strict.Load(), Failure);
+  }
+}
+
+TEST_F(DocumentSalvage, StrictLoaderRefusesWhatTheSalvagingOneKeeps) {
+  LoadReport report;
+  const std::string cut = Sample().Get().substr(0, Sample().Ends()[2] + 5);
+  EXPECT_THROW(Load(cut, DocumentLoader::Mode::kStrict, report), Failure);
+  EXPECT_EQ(GetActiveDocument(), &document_) << "the one before is active again";
+  std::string changed = Sample().Get();
+  changed[Sample().Ends()[2] - 3] ^= 1;  // within a double
+  WriteDocumentFile(File("b.kvdoc"), Sample().Get());
+  const std::string header = HeaderBytes(Sample().Get(), EmptyHistory()), history = EmptyHistory();
+  WriteDocumentFile(File("b.kvdoc"), &header, &changed, &history);
+  DocumentLoader strict(File("b.kvdoc"), DocumentLoader::Mode::kStrict);
+  EXPECT_THROW(strict.Load(), Failure);
+  DocumentLoader salvaging(File("b.kvdoc"), DocumentLoader::Mode::kSalvage);
+  ExpectFirst(*salvaging.Load(), 7);
+  EXPECT_EQ(FindingsText(salvaging.Report()), "  Objects: its checksum is wrong: bytes have changed\n");
+}
+
+// Node 2 as owner of node 1, itself as owner, a user that is the document, an operation that its tool doesn't know.
+TEST_F(DocumentSalvage, LinksThatCannotBeArePutRight) {
+  const DocumentBytes bytes(
+      {{"HostTool", -1, -1, {1}}, {"HostFeature", 2}, {"HostFeature", 2}, {"HostOperation", 2, 0}});
+  LoadReport report;
+  const auto document = Load(bytes.Get(), DocumentLoader::Mode::kStrict, report);
+  ExpectFirst(*document, 4);
+  EXPECT_EQ(document->NodeAt(1).GetOwner(), nullptr) << "an owner stands ahead";
+  EXPECT_EQ(document->NodeAt(2).GetOwner(), nullptr) << "nobody owns itself";
+  EXPECT_EQ(report.dangling, 2);
+  EXPECT_EQ(report.oneSided, 1);
+  EXPECT_EQ(FindingsText(report),
+            "  Objects: HostFeature 2 \"N1\" has 1 reference to what the document doesn't hold\n"
+            "  Objects: HostFeature 3 \"N2\" has 1 reference to what the document doesn't hold\n"
+            "  Objects: HostOperation 4 \"N3\" has 1 use that one side alone knows\n");
+  int walked = 0;
+  document->Walk([&](HostNode&, int) { ++walked; });
+  EXPECT_EQ(walked, 4);
+}
+
+// Where a reference to a node is wanted, the bytes make a new one, which uses a node, and hold a list of another.
+TEST_F(DocumentSalvage, ObjectsThatNoListHoldsAreDeletedAndTold) {
+  const DocumentBytes bytes({{"HostTool"}, {"HostFeature"}});
+  std::string objects = bytes.Get();
+  // The count of the feature's users becomes 1, and the user an object of class 9, HostFeature, like itself.
+  const std::size_t users = bytes.Ends()[0] + 6;
+  const std::string record = objects.substr(bytes.Ends()[0]);
+  objects = objects.substr(0, users) + RecordBytes().Word(1).Class(9).Get() + record + objects.substr(users + 2);
+  LoadReport report;
+  const auto document = Load(objects, DocumentLoader::Mode::kStrict, report);
+  ExpectFirst(*document, 2);
+  EXPECT_EQ(report.strays, 1);
+  EXPECT_EQ(FindingsText(report),
+            "  Objects: HostFeature 2 \"N1\" has 1 reference to what the document doesn't hold\n"
+            "  Objects: objects in no list of the document: 1 HostFeature\n");
+}
+
+TEST_F(DocumentSalvage, DocumentWithinADocumentIsRefused) {
+  const DocumentBytes bytes({{"HostFeature"}});
+  const std::size_t users = bytes.TableEnd() + 6;
+  const std::string objects = bytes.Get().substr(0, users) + RecordBytes().Word(1).Class(1).Get() + bytes.Get();
+  LoadReport report;
+  ExpectFirst(*Load(objects, DocumentLoader::Mode::kSalvage, report), 0);
+  ASSERT_TRUE(report.fault);
+  EXPECT_EQ(report.promised, 1u);
+}
+
+}  // namespace
