@@ -89,7 +89,7 @@ LinkFaults HostDocument::MendOwnLinks() {
   CObList users;
   GetAllUserObjects(&users);
   for (POSITION at = users.GetHeadPosition(); at; ++faults.dangling)
-    RemoveFromUserObjectsList(static_cast<QFObject*>(users.GetNext(at)));
+    RemoveFromUserObjectsList(reinterpret_cast<QFObject*>(users.GetNext(at)));  // an address: it may be no QFObject
   return faults;
 }
 

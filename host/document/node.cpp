@@ -59,7 +59,7 @@ LinkFaults HostNode::MendLinks(const HostDocument& document) {
   for (POSITION at = users.GetHeadPosition(); at;) {
     CObject* user = users.GetNext(at);
     if (document.Owns(user)) continue;
-    RemoveFromUserObjectsList(static_cast<QFObject*>(user));  // by its address: it may be no node at all
+    RemoveFromUserObjectsList(reinterpret_cast<QFObject*>(user));  // its address alone counts: it may be no QFObject
     ++faults.dangling;
   }
   return faults;
