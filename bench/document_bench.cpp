@@ -1,0 +1,418 @@
+// Saves and loads the command line's documents: the tree of tools, setups, features and operations that `kestrova
+// document new` makes. The peers save and load plain structs with the same texts, numbers and links, all in one struct,
+// which spares them what telling a node's class costs. Of peers, pointers are followed and met again: they are Boost's
+// tracked pointers and cereal's shared ones.
+#include <unistd.h>
+
+#include <boost/archive/binary_iarchive.hpp>
+#include <boost/archive/binary_oarchive.hpp>
+#include <boost/serialization/string.hpp>
+#include <boost/serialization/vector.hpp>
+#include <cereal/archives/binary.hpp>
+#include <cereal/types/memory.hpp>
+#include <cereal/types/string.hpp>
+#include <cereal/types/vector.hpp>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <sstream>
+
+#include "bench/peak_memory.h"
+#include "bench/ratio.h"
+#include "framework/archive.h"
+#include "framework/file.h"
+#include "framework/ob_list.h"
+#include "host/document/document_loader.h"
+#include "host/document/drilling_node.h"
+#include "host/document/feature_node.h"
+#include "host/document/sample_document.h"
+#include "host/document/setup_node.h"
+#include "host/document/tool_node.h"
+#include "host/main_module.h"
+#include "share/env/document_messages.h"
+#include "share/env/version_info.h"
+#include "share/objects/serialize_notify.h"
+
+// ---- the peers' node
+
+struct PlainFields {
+  std::u16string label, created_by, created, modified, modified_by, class_name;
+  std::uint32_t id = 0, state = 0, colour = 0;
+  std::uint16_t status = 0;
+  std::int32_t kind = 0, flag = 0, flag_type = 0;
+  std::vector<double> numbers;  // of the node's class: frame, profile and depth, cutting, or measures
+
+  template <class Archive>
+  void Fields(Archive& ar) {
+    ar& label& created_by& created& modified& modified_by& class_name& id& state& colour& status& kind& flag& flag_type&
+        numbers;
+  }
+};
+
+struct PlainNode : PlainFields {
+  PlainNode* owner = nullptr;
+  PlainNode* first_owner = nullptr;
+  PlainNode* tool = nullptr;
+  std::vector<PlainNode*> users;
+
+  template <class Archive>
+  void serialize(Archive& ar, unsigned) {
+    Fields(ar);
+    ar& owner& first_owner& tool& users;
+  }
+};
+
+struct SharedNode : PlainFields {
+  std::weak_ptr<SharedNode> owner, first_owner, tool;
+  std::vector<std::weak_ptr<SharedNode>> users;
+
+  template <class Archive>
+  void serialize(Archive& ar) {
+    Fields(ar);
+    ar(owner, first_owner, tool, users);
+  }
+};
+
+// Boost knows no u16string: its units go as one block, as its own std::wstring does.
+namespace boost::serialization {
+template <class Archive>
+void save(Archive& ar, const std::u16string& text, unsigned) {
+  const std::uint32_t size = std::uint32_t(text.size());
+  ar << size;
+  ar.save_binary(text.data(), text.size() * sizeof(char16_t));
+}
+template <class Archive>
+void load(Archive& ar, std::u16string& text, unsigned) {
+  std::uint32_t size = 0;
+  ar >> size;
+  text.resize(size);
+  ar.load_binary(text.data(), text.size() * sizeof(char16_t));
+}
+template <class Archive>
+void serialize(Archive& ar, std::u16string& text, unsigned version) {
+  split_free(ar, text, version);
+}
+}  // namespace boost::serialization
+BOOST_CLASS_IMPLEMENTATION(std::u16string, boost::serialization::object_serializable)
+BOOST_CLASS_TRACKING(std::u16string, boost::serialization::track_never)
+
+namespace {
+
+using namespace kestrova;
+
+constexpr ULONGLONG kSeed = 1;
+
+// ---- ours
+
+using Document = std::unique_ptr<HostDocument>;
+
+Document MakeDocument(std::size_t nodes) {
+  auto document = std::make_unique<HostDocument>();
+  const ActiveDocument active(document.get());
+  FillWithSample(*document, DWORD(nodes), kSeed);
+  return document;
+}
+
+void Save(const HostDocument& document, CFile& file) {
+  CArchive ar(&file, CArchive::store);
+  ar.WriteObject(&document);
+  ar.Close();
+}
+
+// With the links checked, by which the tree is built.
+Document LoadQuietly(std::string& bytes) {
+  CMemFile file(reinterpret_cast<BYTE*>(bytes.data()), bytes.size());
+  CArchive ar(&file, CArchive::load);
+  Document document(static_cast<HostDocument*>(ar.ReadObject(RUNTIME_CLASS(HostDocument))));
+  if (!document->MendLinks().empty()) std::abort();
+  document->SetFullyLoaded();
+  return document;
+}
+
+Document Load(std::string& bytes) {
+  Document document = LoadQuietly(bytes);
+  QFSerializeNotify::Clear();
+  return document;
+}
+
+// What a host does beyond that to know that all is well: notify, repair the counts of the indexer, walk the tree.
+Document LoadAndVerify(std::string& bytes) {
+  Document document = LoadQuietly(bytes);
+  QFSerializeNotify::PostLoadFromStorageNotify();
+  QFSerializeNotify::Clear();
+  std::map<CString, int> alive;
+  for (DWORD place = 0; place < document->NodeCount(); ++place)
+    ++alive[document->NodeAt(place).GetRegNameForAutoIndexing()];
+  document->Indexer().CorrectIndexersReferences(alive);
+  DWORD walked = 0;
+  document->Walk([&](HostNode&, int) { ++walked; });
+  if (walked != document->NodeCount()) std::abort();
+  return document;
+}
+
+// ---- the peers
+
+std::vector<double> NumbersOf(HostNode& node) {
+  if (const auto* tool = DYNAMIC_DOWNCAST(HostTool, &node)) return {tool->Diameter(), tool->Length()};
+  if (const auto* drilling = DYNAMIC_DOWNCAST(HostDrilling, &node))
+    return {drilling->Feed(), drilling->Speed(), drilling->Step(), drilling->Peck()};
+  if (const auto* operation = DYNAMIC_DOWNCAST(HostOperation, &node))
+    return {operation->Feed(), operation->Speed(), operation->Step()};
+  std::vector<double> numbers;
+  if (const auto* feature = DYNAMIC_DOWNCAST(HostFeature, &node)) {
+    for (const HostFeature::Point& point : feature->Profile()) numbers.insert(numbers.end(), {point.x, point.y});
+    numbers.push_back(feature->Depth());
+  } else {
+    numbers.resize(11);  // a setup's: three vectors, an angle, a height
+  }
+  return numbers;
+}
+
+void CopyFields(HostNode& node, PlainFields& to) {
+  to.label = node.Name().GetString();
+  to.created_by = node.GetCreatedBy().GetString();
+  to.created = node.GetDateCreated().GetString();
+  to.modified = node.GetLastModified().GetString();
+  to.modified_by = node.GetLastModifiedBy().GetString();
+  to.class_name = node.GetRegNameForAutoIndexing().GetString();
+  to.id = node.GetObjectId();
+  to.state = std::uint32_t(node.GetState());
+  to.colour = std::uint32_t(node.GetDisplayColor());
+  if (const auto* tool = DYNAMIC_DOWNCAST(HostTool, &node)) to.kind = int(tool->Kind());
+  to.numbers = NumbersOf(node);
+}
+
+// The document's nodes, in its order, as the peer has them; link(node, place) gives the peer's pointer to a node.
+template <class Nodes>
+void CopyDocument(const HostDocument& document, Nodes& nodes) {
+  for (DWORD place = 0; place < document.NodeCount(); ++place) {
+    HostNode& node = document.NodeAt(place);
+    const auto peer = [&](QFObject* to) { return nodes[static_cast<HostNode*>(to)->Place()]; };
+    auto& copy = *nodes[place];
+    CopyFields(node, copy);
+    if (node.GetOwner()) copy.owner = peer(node.GetOwner());
+    if (const auto* operation = DYNAMIC_DOWNCAST(HostOperation, &node); operation && operation->Tool())
+      copy.tool = peer(operation->Tool());
+    CObList users;
+    node.GetAllUserObjects(&users);
+    for (POSITION at = users.GetHeadPosition(); at;)
+      copy.users.push_back(peer(static_cast<QFObject*>(users.GetNext(at))));
+  }
+}
+
+struct Plain {
+  std::vector<PlainNode*> nodes;
+  Plain() = default;
+  Plain(Plain&& other) noexcept : nodes(std::move(other.nodes)) {}
+  ~Plain() {
+    for (PlainNode* node : nodes) delete node;
+  }
+};
+
+using Shared = std::vector<std::shared_ptr<SharedNode>>;
+
+Plain MakePlain(const HostDocument& document) {
+  Plain plain;
+  for (DWORD i = 0; i < document.NodeCount(); ++i) plain.nodes.push_back(new PlainNode);
+  CopyDocument(document, plain.nodes);
+  return plain;
+}
+
+Shared MakeShared(const HostDocument& document) {
+  Shared shared(document.NodeCount());
+  for (auto& node : shared) node = std::make_shared<SharedNode>();
+  CopyDocument(document, shared);
+  return shared;
+}
+
+// The least that any loader could do: as many objects, allocated and filled. Links stay those of the original.
+Plain Allocate(const Plain& original) {
+  Plain plain;
+  plain.nodes.reserve(original.nodes.size());
+  for (const PlainNode* node : original.nodes) plain.nodes.push_back(new PlainNode(*node));
+  return plain;
+}
+
+// The peers read from a stream; this one costs them no copy.
+class MemoryBuffer : public std::streambuf {
+ public:
+  explicit MemoryBuffer(const std::string& bytes) {
+    char* start = const_cast<char*>(bytes.data());
+    setg(start, start, start + bytes.size());
+  }
+};
+
+std::string SaveBoost(const Plain& plain) {
+  std::ostringstream out;
+  {
+    boost::archive::binary_oarchive ar(out, boost::archive::no_header);
+    ar << plain.nodes;
+  }
+  return std::move(out).str();
+}
+
+Plain LoadBoost(const std::string& bytes) {
+  MemoryBuffer buffer(bytes);
+  boost::archive::binary_iarchive ar(buffer, boost::archive::no_header);
+  Plain plain;
+  ar >> plain.nodes;
+  return plain;
+}
+
+std::string SaveCereal(const Shared& shared) {
+  std::ostringstream out;
+  {
+    cereal::BinaryOutputArchive ar(out);
+    ar(shared);
+  }
+  return std::move(out).str();
+}
+
+Shared LoadCereal(const std::string& bytes) {
+  MemoryBuffer buffer(bytes);
+  std::istream in(&buffer);
+  cereal::BinaryInputArchive ar(in);
+  Shared shared;
+  ar(shared);
+  return shared;
+}
+
+// ---- files
+
+class Folder {
+ public:
+  Folder() { std::filesystem::create_directories(path_); }
+  ~Folder() { std::filesystem::remove_all(path_); }
+  std::string File(const char* name) const { return (path_ / name).string(); }
+
+ private:
+  const std::filesystem::path path_ =
+      std::filesystem::temp_directory_path() / ("document_bench-" + std::to_string(getpid()));
+};
+
+// As safely as a document: flushed to the disk.
+void WriteBytes(const std::string& path, const std::string& bytes) {
+  std::FILE* file = std::fopen(path.c_str(), "wb");
+  if (!file || std::fwrite(bytes.data(), 1, bytes.size(), file) != bytes.size()) std::abort();
+  if (std::fflush(file) != 0 || fsync(fileno(file)) != 0) std::abort();
+  std::fclose(file);
+}
+
+std::string ReadBytes(const std::string& path) {
+  std::string bytes(std::filesystem::file_size(path), '\0');
+  std::FILE* file = std::fopen(path.c_str(), "rb");
+  if (!file || std::fread(bytes.data(), 1, bytes.size(), file) != bytes.size()) std::abort();
+  std::fclose(file);
+  return bytes;
+}
+
+// ---- tables
+
+std::string Megabytes(std::size_t bytes) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.1f MB", double(bytes) / 1e6);
+  return text;
+}
+
+// Seconds for a node.
+struct PerNode {
+  double save = 0;
+  double load = 0;
+  double verify = 0;
+};
+
+// What loading holds at most, and what stays: the document itself.
+void PeakRow(std::size_t size, std::string& bytes) {
+  Document kept;
+  std::ptrdiff_t stays = 0;
+  const std::size_t peak = kvbench::PeakBytes([&] {
+    kept = Load(bytes);
+    stays = kvbench::memory_count.live;
+  });
+  kvbench::Table::Row({"peak while loading", size, "what stays loaded", 1.3, 1}, Megabytes(peak),
+                      Megabytes(std::size_t(stays)), double(peak) / double(stays));
+}
+
+void Files(kvbench::Table& table, std::size_t size, HostDocument& document, const std::string& bytes, int pairs) {
+  const Folder folder;
+  const std::string path = folder.File("part.kvdoc");
+  const ActiveDocument active(&document);
+  table.Pair(
+      {"save to a file", size, "writing the bytes, fsync", 0, 1}, [&] { SaveDocument(document, path); },
+      [&] { WriteBytes(folder.File("bytes"), bytes); }, pairs);
+  table.Pair(
+      {"load from a file", size, "reading the bytes", 0, 1},
+      [&] { return DocumentLoader(path, DocumentLoader::Mode::kStrict).Load(); },
+      [&] { return ReadBytes(folder.File("bytes")); }, pairs);
+}
+
+PerNode Documents(std::size_t size) {
+  const Document document = MakeDocument(size);
+  const Plain plain = MakePlain(*document);
+  const Shared shared = MakeShared(*document);
+  const std::string boost_bytes = SaveBoost(plain);
+  const std::string cereal_bytes = SaveCereal(shared);
+  CMemFile saved(1 << 20);
+  Save(*document, saved);
+  std::string bytes(reinterpret_cast<const char*>(saved.GetData()), std::size_t(saved.GetLength()));
+  if (LoadBoost(boost_bytes).nodes.size() != size || LoadCereal(cereal_bytes).size() != size) std::abort();
+  const int pairs = size < 1'000'000 ? 7 : 5;
+  const auto save = [&] {
+    CMemFile file(1 << 20);
+    Save(*document, file);
+    kvbench::Keep(file.GetLength());
+  };
+  kvbench::Table table("Documents of " + std::to_string(size) + " nodes");
+  std::printf("| bytes | %zu | %zu | Boost.Serialization, cereal | %zu, %zu | | |\n", size, bytes.size(),
+              boost_bytes.size(), cereal_bytes.size());
+  PerNode per;
+  per.save = table
+                 .Pair(
+                     {"save", size, "Boost.Serialization", 0.5, 1}, save,
+                     [&] { kvbench::Keep(SaveBoost(plain).size()); }, pairs)
+                 .seconds;
+  table.Pair(
+      {"save", size, "cereal", 0.5, 1}, save, [&] { kvbench::Keep(SaveCereal(shared).size()); }, pairs);
+  table.Pair(
+      {"load", size, "Boost.Serialization", 0.5, 1}, [&] { return Load(bytes); },
+      [&] { return LoadBoost(boost_bytes); }, pairs);
+  table.Pair(
+      {"load", size, "cereal", 0.5, 1}, [&] { return Load(bytes); }, [&] { return LoadCereal(cereal_bytes); }, pairs);
+  per.load = table
+                 .Pair(
+                     {"load", size, "allocating and filling objects", 1.0, 1}, [&] { return Load(bytes); },
+                     [&] { return Allocate(plain); }, pairs)
+                 .seconds;
+  per.verify = table
+                   .Pair(
+                       {"load and verify", size, "load", 0, 1}, [&] { return LoadAndVerify(bytes); },
+                       [&] { return Load(bytes); }, pairs)
+                   .seconds;
+  if (size >= 100'000) PeakRow(size, bytes);
+  Files(table, size, *document, bytes, pairs);
+  return {per.save / double(size), per.load / double(size), per.verify / double(size)};
+}
+
+}  // namespace
+
+int main() {
+  StartMainModule();
+  const MainModuleScope scope;
+  HostDocument opening;  // stands in for the documents that are read
+  const ActiveDocument active(&opening);
+  SetActiveDocReadStorageUnits(CKVVersionInfo::QF_STORAGE_VERSION);
+  PerNode small;
+  for (const std::size_t size : {1'000u, 10'000u, 100'000u, 1'000'000u}) {
+    const PerNode per = Documents(size);
+    if (size == 1'000) small = per;
+    if (size != 1'000'000) continue;
+    kvbench::Table table("Documents: time for a node, in one of a million and in one of a thousand");
+    const auto row = [&](const char* name, double PerNode::*time) {
+      kvbench::Table::Row({name, size, "the same, 1000 nodes", 0, 1}, kvbench::detail::Time(per.*time),
+                          kvbench::detail::Time(small.*time), per.*time / small.*time);
+    };
+    row("save", &PerNode::save);
+    row("load", &PerNode::load);
+    row("load and verify", &PerNode::verify);
+  }
+}
