@@ -25,7 +25,7 @@ std::size_t HashOf(const CObject* object) {
 
 // ---- the array
 
-std::size_t UserObjects::BytesFor(DWORD capacity) { return sizeof(Body) + std::size_t(capacity) * sizeof(CObject*); }
+std::size_t UserObjects::BytesFor(DWORD capacity) { return sizeof(Body) + std::size_t(capacity) * sizeof(void*); }
 
 void UserObjects::Reserve(DWORD capacity) {
   if (m_pBody) {

@@ -124,7 +124,7 @@ int CObList_Sort(CObList* list, CObListCompare compare) {
   if (!list || list->IsEmpty() || !compare) return 0;
   CObArray cells;
   CObList_To_CObArray(*list, cells);
-  std::qsort(cells.GetData(), std::size_t(cells.GetCount()), sizeof(CObject*), compare);
+  std::qsort(cells.GetData(), std::size_t(cells.GetCount()), sizeof(void*), compare);
   LONGLONG i = 0;
   for (POSITION at = list->GetHeadPosition(); at; ++i) list->GetNext(at) = cells[i];
   return 1;
