@@ -64,22 +64,24 @@ TEST(KilledSaves, LeaveTheOldFileOrTheNewOne) {
   shown[1] = Shown(file);
   const auto start = Clock::now();
   save("0");
-  const std::chrono::duration<double, std::micro> whole = Clock::now() - start;
+  double whole = std::chrono::duration<double, std::micro>(Clock::now() - start).count();
   shown[0] = Shown(file);
   ASSERT_NE(shown[0], shown[1]);
   std::string bytes = kvtest::ReadFile(file);
 
   int killed = 0, replaced = 0, old = 0;
   for (int i = 0; killed < kKills && i < 10 * kKills && !testing::Test::HasFailure(); ++i) {
-    const double moment = std::uniform_real_distribution(0.0, 1.1)(random) * whole.count();
+    const double moment = std::uniform_real_distribution(0.0, 1.1)(random) * whole;
     const pid_t process = StartSaving(file, i % 2 == 0 ? "1" : "0");
     std::this_thread::sleep_for(std::chrono::duration<double, std::micro>(moment));
     kill(process, SIGKILL);
     int status = 0;
     ASSERT_EQ(waitpid(process, &status, 0), process);
     killed += WIFSIGNALED(status);
-    SCOPED_TRACE(testing::Message() << "save " << i << ", killed after " << moment << " us of " << whole.count());
+    SCOPED_TRACE(testing::Message() << "save " << i << ", killed after " << moment << " us of " << whole);
     const std::string after = kvtest::ReadFile(file);
+    // How long a save takes depends on what else the machine does: the moments stay around its end.
+    whole *= after == bytes ? 1.05 : 0.95;
     if (after == bytes) {
       ++old;
       EXPECT_TRUE(WIFSIGNALED(status)) << "the save ended well, and nothing was saved";
@@ -91,7 +93,7 @@ TEST(KilledSaves, LeaveTheOldFileOrTheNewOne) {
   }
   const auto entries = std::distance(std::filesystem::directory_iterator(folder.Path()), {});
   std::printf("%d killed; %d kept the old file, %d had the new one; %td left-over files; a save takes %.1f ms\n",
-              killed, old, replaced, entries - 1, whole.count() / 1000);
+              killed, old, replaced, entries - 1, whole / 1000);
   EXPECT_EQ(killed, kKills);
   EXPECT_GT(old, 0);
   EXPECT_GT(replaced, 0);
