@@ -229,7 +229,7 @@ void AddDocumentCommands(CLI::App& app) {
     return AddCommand(*group, name, what, help, given, run);
   };
   CLI::App& fresh = add("new", "Make a document to try things with", kNewHelp, New);
-  fresh.add_option("--nodes", given.nodes, "How many nodes, 100 unless told")->check(CLI::Range(0, 8'000'000));
+  fresh.add_option("--nodes", given.nodes, "How many nodes, 100 unless told")->check(CLI::Range(0, 5'000'000));
   fresh.add_option("--units", given.units, "The document's units, mm unless told")
       ->check(CLI::IsMember({"mm", "inch"}));
   fresh.add_option("--seed", given.seed, "What the nodes are drawn from, 1 unless told");

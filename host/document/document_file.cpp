@@ -13,6 +13,7 @@
 #include "host/progress_bar.h"
 #include "platform/errors.h"
 #include "platform/paths.h"
+#include "share/env/document_callbacks.h"
 #include "share/env/document_messages.h"
 #include "share/env/version_info.h"
 #include "share/objects/structured_storage.h"
@@ -25,6 +26,7 @@ constexpr unsigned long kCreateStream = STGM_READWRITE | STGM_SHARE_EXCLUSIVE | 
 constexpr DWORD kReadFile = STGM_READ | STGM_SHARE_DENY_WRITE;
 constexpr DWORD kReadStream = STGM_READ | STGM_SHARE_EXCLUSIVE;
 constexpr std::size_t kPiece = 1 << 16;
+constexpr ULONGLONG kLongCommit = 64 << 20;  // bytes: the disk may take longer than half a second
 
 std::string StorageText(HRESULT result) {
   switch (result) {
@@ -50,9 +52,10 @@ StreamFacts FactsOf(CFile& stream) {
   Checksum checksum;
   StreamFacts facts;
   stream.SeekToBegin();
+  const ProgressBar bar("checking bytes", stream.GetLength());
   while (const UINT count = stream.Read(piece.data(), UINT(piece.size()))) {
     checksum.Add(piece.data(), count);
-    facts.bytes += count;
+    QFProgressCallback(LONGLONG(facts.bytes += count));
   }
   stream.SeekToBegin();
   facts.checksum = checksum.Get();
@@ -78,6 +81,8 @@ class Saving {
     if (IsErrorDetected()) Refuse("a reference between objects can't be stored");
     const std::string bytes = header.ToBytes();
     OpenStream(kHeaderStream)->Write(bytes.data(), UINT(bytes.size()));
+    ProgressBar bar("writing the file", header.objects.bytes);
+    if (header.objects.bytes > kLongCommit) bar.ShowNow();  // it is one call that tells nothing on the way
     if (const HRESULT result = storage_.GetRootStorage()->Commit(STGC_DEFAULT); FAILED(result)) Refuse(result);
   }
 
@@ -110,6 +115,7 @@ class Saving {
 
 void SaveDocument(HostDocument& document, const std::string& path) {
   document.DetachFromAllUserObjects();
+  document.RebuildTree();
   document.SetServicePack(GetKVServicePack());
   try {
     Saving(document, path).Run();
@@ -141,7 +147,11 @@ std::unique_ptr<std::string> DocumentSource::Header() const {
   if (!m_root || FAILED(m_root->OpenStream(kHeaderStream, nullptr, kReadStream, 0, &stream))) return nullptr;
   COleStreamFile file(stream);
   auto bytes = std::make_unique<std::string>(kMost, '\0');
-  bytes->resize(file.Read(bytes->data(), UINT(bytes->size())));
+  try {
+    bytes->resize(file.Read(bytes->data(), UINT(bytes->size())));
+  } catch (const CFileException&) {
+    return nullptr;
+  }
   return bytes;
 }
 

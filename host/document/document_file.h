@@ -14,7 +14,8 @@ class HostDocument;
 
 // Saves the document under the system's path: a whole new file is put in the place of an old one, or the old one stays
 // and Failure is thrown. The history gets its entry; the document then has the file's title and is not modified.
-// It is the active document, and the environment has been started. users of the document itself are let go.
+// It is the active document, and the environment has been started. Links that lead out of the document are dropped, and
+// so is what uses the document itself: they could not be stored.
 void SaveDocument(HostDocument& document, const std::string& path);
 
 // The streams of a file that is read. A file that is damaged as a compound file, or was cut off, is looked through for
@@ -29,7 +30,7 @@ class DocumentSource {
 
   // What is wrong with the compound file; empty if it is whole.
   const std::string& Damage() const { return m_damage; }
-  // The header's bytes; null without such a stream.
+  // The header's bytes; null without such a stream, or if it can't be read.
   std::unique_ptr<std::string> Header() const;
 
   struct Archive {

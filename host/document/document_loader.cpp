@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "framework/archive.h"
@@ -145,14 +146,14 @@ std::unique_ptr<HostDocument> DocumentLoader::ReadObjects() {
   }
   const bool damaged = m_report.findingCount > 0;
   auto document = ReadObjectArchive(*source.file, m_salvage, m_report);
+  const ULONGLONG length = source.file->GetLength();
+  const ULONGLONG end = std::min(source.file->GetPosition(), length);
   if (m_report.fault || !document) {
     RefuseDamage(kObjects, m_report.findings.back().text);
-  } else if (damaged) {
-    RefuseDamage(m_report.findings.front().stream, m_report.findings.front().text);
-  } else if (const ULONGLONG end = source.file->GetPosition(); !source.found && end < source.file->GetLength()) {
-    m_report.Add(kFaultInNodes, kObjects,
-                 fmt::format("{} bytes stand behind the last record", source.file->GetLength() - end));
+  } else if (!source.found && end < length) {
+    m_report.Add(kFaultInNodes, kObjects, fmt::format("{} bytes stand behind the last record", length - end));
   }
+  if (damaged) RefuseDamage(m_report.findings.front().stream, m_report.findings.front().text);
   return document ? std::move(document) : std::make_unique<HostDocument>();
 }
 

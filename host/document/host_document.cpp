@@ -65,6 +65,31 @@ void HostDocument::AppendToTree(HostNode& node, HostNode* owner) {
   last = node.m_place;
 }
 
+// Climbs from each node to one that is known to lead to the top. A node that is met twice on the way closes a ring.
+void HostDocument::CutRings() {
+  enum : BYTE { kUnknown, kOnTheWay, kKnown };
+  std::vector<BYTE> state(m_nodes.size(), kUnknown);
+  const auto owner = [](const HostNode* node) { return static_cast<HostNode*>(node->GetOwner()); };
+  for (HostNode* node : m_nodes) {
+    HostNode* last = nullptr;
+    HostNode* at = node;
+    for (; at && state[at->m_place] == kUnknown; last = at, at = owner(at)) state[at->m_place] = kOnTheWay;
+    if (at && state[at->m_place] == kOnTheWay) last->SetOwner(nullptr);
+    for (at = node; at && state[at->m_place] == kOnTheWay; at = owner(at)) state[at->m_place] = kKnown;
+  }
+}
+
+void HostDocument::RebuildTree() {
+  m_firstChild = m_lastChild = HostNode::kNoPlace;
+  for (HostNode* node : m_nodes) {
+    node->m_firstChild = node->m_lastChild = node->m_next = HostNode::kNoPlace;
+    if (!Owns(node->GetOwner())) node->SetOwner(nullptr);
+    node->MendLinks(*this);
+  }
+  CutRings();
+  for (HostNode* node : m_nodes) AppendToTree(*node, static_cast<HostNode*>(node->GetOwner()));
+}
+
 HostNode* HostDocument::StepInTree(const HostNode& node, int& depth) const {
   if (HostNode* child = FirstChild(&node)) {
     ++depth;

@@ -96,6 +96,10 @@ class HostDocument : public QFObject {
   HostNode& NodeAt(DWORD place) const { return *m_nodes[place]; }
   // Whether the object is a node of this document. It has to be alive, of whatever class; null is none.
   bool Owns(const CObject* object) const;
+  // To be called when a node's owner has been set to another, ahead of the next walk, and ahead of saving: drops links
+  // to what the document doesn't own, and makes the tree anew. Children stand in the order of their places. Of a ring
+  // of owners one link is dropped.
+  void RebuildTree();
   // Null where there is none; FirstChild of null is the first node on top.
   HostNode* FirstChild(const HostNode* owner) const;
   HostNode* NextSibling(const HostNode& node) const { return AtOrNull(node.m_next); }
@@ -137,6 +141,7 @@ class HostDocument : public QFObject {
   LinkFaults MendOwnLinks();
   void CorrectRegisteredName(HostNode& node);
   bool MendOwner(HostNode& node);
+  void CutRings();
   int ConvertUnits(QFUnitsConversion& request) const;
   int RemoveFromSelection(ui_QFObject* companion);
 

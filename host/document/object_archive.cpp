@@ -10,6 +10,8 @@
 #include "host/document/document_reading.h"
 #include "host/document/document_status.h"
 #include "host/document/host_document.h"
+#include "share/env/document_messages.h"
+#include "share/env/version_info.h"
 
 namespace kestrova {
 namespace {
@@ -47,8 +49,12 @@ void TakeOver(const DocumentReading& reading, LoadReport& report) {
   report.Add(LocationOf(reading.part), kObjects, text);
 }
 
+// Documents of earlier versions did not keep both sides of a use: completing them is no finding.
 void MendLinks(HostDocument& document, LoadReport& report) {
-  for (const auto& [place, faults] : document.MendLinks()) {
+  const bool current = !(GetActiveDocReadStorageUnits() < CKVVersionInfo::QF_STORAGE_VERSION);
+  for (auto [place, faults] : document.MendLinks()) {
+    if (!current) faults.oneSided = 0;
+    if (faults.Count() == 0) continue;
     report.dangling += faults.dangling;
     report.oneSided += faults.oneSided;
     std::string text;

@@ -23,6 +23,12 @@ CFlaggedError FlagThatIsDown() { return {kStockChangedText, FLAGGED_ERROR_NORMAL
 
 // ---- tool
 
+// If a failed load is being taken back the tool may have gone already: what stands in its place says what it is.
+HostOperation::~HostOperation() {
+  CObject* const tool = m_tool;
+  if (auto* present = DYNAMIC_DOWNCAST(HostTool, tool)) present->RemoveFromUserObjectsList(this);
+}
+
 void HostOperation::SetTool(HostTool* tool) {
   if (HostTool* former = std::exchange(m_tool, tool)) former->RemoveFromUserObjectsList(this);
   if (tool) tool->AddToUserObjectsList(this, /*held=*/0);

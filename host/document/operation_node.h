@@ -12,6 +12,8 @@ class HostOperation : public HostNode {
 
  public:
   HostOperation() = default;
+  // Leaves the tool.
+  ~HostOperation() override;
 
   // The tool, which this operation uses and doesn't own; null for none. Setting it enters the operation among the
   // users of the new tool and takes it off the former one's.
