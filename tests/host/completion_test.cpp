@@ -16,6 +16,9 @@ TEST(Completion, OffersCommandsOptionsAndChoices) {
       {{"complete-words", "machine", "export", "--type", "T"}, "Turn\n"},
       {{"complete-words", "machine", "export", "--machines", ""}, ""},  // the shell offers files
       {{"complete-words", "completion", ""}, "bash\n"},
+      {{"complete-words", "document", ""}, "convert\ndump\nhistory\nnew\nrepair\nshow\nverify\n"},
+      {{"complete-words", "document", "new", "part.kvdoc", "--u"}, "--units\n"},
+      {{"complete-words", "document", "new", "part.kvdoc", "--units", ""}, "inch\nmm\n"},
       {{"complete-words", "reg", ""}, "add\ndelete\nexport\nimport\nquery\n"},
       {{"complete-words", "reg", "query", "/"}, "/s\n/v\n/ve\n"},
       {{"complete-words", "reg", "query", "HKCU", "--"}, "--json\n"},

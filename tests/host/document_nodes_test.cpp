@@ -120,6 +120,23 @@ TEST_F(DocumentNodes, FeaturesAreComparedByProfileAndDepth) {
   EXPECT_EQ(HostFeature().GetRefPointForPattern(position), 0);
 }
 
+TEST_F(DocumentNodes, TreeFollowsOwnersWhenItIsRebuilt) {
+  feature_.SetOwner(nullptr);
+  operation_.SetOwner(&drilling_);
+  drilling_.SetOwner(&operation_);  // a ring
+  setup_.SetOwner(&document_);      // on top
+  HostFeature outside;
+  outside.AddToUserObjectsList(&operation_, /*held=*/0);
+  tool_.AddToUserObjectsList(&outside, /*held=*/0);
+  document_.RebuildTree();
+  std::vector<std::pair<HostNode*, int>> walk;
+  document_.Walk([&](HostNode& node, int depth) { walk.emplace_back(&node, depth); });
+  const std::vector<std::pair<HostNode*, int>> expected = {
+      {&tool_, 0}, {&setup_, 0}, {&feature_, 0}, {&operation_, 0}, {&drilling_, 1}};
+  EXPECT_EQ(walk, expected);
+  EXPECT_EQ(tool_.GetCountOfUserObjects(), 0) << "the document doesn't hold that user";
+}
+
 // A document deletes nodes that use one another in every order; the address sanitizer would see a step astray.
 TEST_F(DocumentNodes, OfADocumentThatGoesLetGoOfOneAnotherFirst) {
   auto document = std::make_unique<HostDocument>();

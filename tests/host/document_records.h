@@ -28,7 +28,8 @@ class DocumentBytes {
     std::vector<int> users = {};  // rows
   };
 
-  explicit DocumentBytes(std::vector<Node> nodes) : nodes_(std::move(nodes)) {
+  // firstNumber is that of the table's first row, for an indexer that is put in later.
+  explicit DocumentBytes(std::vector<Node> nodes, int firstNumber = 7) : nodes_(std::move(nodes)), next_(firstNumber) {
     bytes_.NewClass("HostDocument", 1).Class(1).NewClass("QFObject", 8).NewClass("QFBaseObject", 2);
     Base({}, u"", 0, -1, u"");
     bytes_.Dword(0).Dword(unsigned(nodes_.size()) + 1).Text(u"SP4");
@@ -129,7 +130,7 @@ class DocumentBytes {
   std::vector<std::string> classes_;
   std::vector<int> classNumbers_;
   std::vector<int> objectNumbers_;
-  int next_ = 7;
+  int next_;
   std::size_t tableEnd_ = 0;
   std::vector<std::size_t> ends_;
 };

@@ -1,0 +1,116 @@
+// Documents of earlier releases, kept byte for byte, and what this one makes of them.
+#include <fmt/format.h>
+
+#include <nlohmann/json.hpp>
+
+#include "framework/stream_file.h"
+#include "platform/paths.h"
+#include "share/env/document_messages.h"
+#include "tests/host/document_fixture.h"
+#include "tests/host/run_command.h"
+
+using namespace kestrova;
+using kvtest::RunCommand;
+using kvtest::RunResult;
+
+namespace {
+
+std::string Fixture(const std::string& name) { return KV_TEST_FILES "/fixtures/" + name; }
+
+std::string StreamOf(const std::string& path, LPCTSTR name) {
+  IStorage* root = nullptr;
+  IStream* stream = nullptr;
+  const auto product = ProductPathFromSystem(path);
+  EXPECT_EQ(StgOpenStorage(product.c_str(), nullptr, STGM_READ | STGM_SHARE_DENY_WRITE, nullptr, 0, &root), S_OK);
+  EXPECT_EQ(root->OpenStream(name, nullptr, STGM_READ | STGM_SHARE_EXCLUSIVE, 0, &stream), S_OK);
+  COleStreamFile file(stream);
+  std::string bytes(std::size_t(file.GetLength()), '\0');
+  EXPECT_EQ(file.Read(bytes.data(), UINT(bytes.size())), bytes.size());
+  root->Release();
+  return bytes;
+}
+
+struct Golden {
+  const char* file;
+  float storageVersion;
+  const char* changer;  // of records that don't tell it: who made the node
+};
+constexpr Golden kGolden[] = {{"storage38.0.kvdoc", 38.0f, "moreau"},
+                              {"storage31.6.kvdoc", 31.6f, "moreau"},
+                              {"storage6.0.kvdoc", 6.0f, "weber"}};
+
+std::string ExpectedTree(const Golden& golden) {
+  const std::string stamps =
+      fmt::format("; made by weber 01/02/2024::03:04, changed by {} 05/06/2024::07:08\n", golden.changer);
+  return "  HostTool 1 \"\u00D86 drill\", active, drill, diameter 6mm, length 50mm" + stamps +
+         "  HostSetup 2 \"Aufspannung \u00E4\", active, axis 0 0 1, turned 28.6479deg, clearance 25mm" + stamps +
+         "    HostFeature 3 \"Hole 1\", locked, 3 points, depth 12.5mm" + stamps +
+         "      HostDrilling 4 \"Drill 1\", active, tool 1, feed 300mm/min, speed 2000/min, step 1mm, peck 2mm" +
+         stamps +
+         "      HostOperation 5 \"Contour Mill 2\", suppressed, feed 300mm/min, speed 2000/min, step 1mm, to be made "
+         "anew" +
+         stamps;
+}
+
+using DocumentGolden = kvtest::DocumentTest;
+
+TEST_F(DocumentGolden, EveryVersionShowsTheSameTree) {
+  for (const Golden& golden : kGolden) {
+    EXPECT_EQ(RunCommand({"document", "show", Fixture(golden.file)}),
+              (RunResult{0,
+                         fmt::format("{}: 5 nodes, mm, storage version {}\n", golden.file, golden.storageVersion) +
+                             ExpectedTree(golden),
+                         ""}));
+  }
+}
+
+TEST_F(DocumentGolden, EveryVersionVerifies) {
+  for (const Golden& golden : kGolden) {
+    EXPECT_EQ(
+        RunCommand({"document", "verify", Fixture(golden.file)}),
+        (RunResult{0,
+                   fmt::format("{}: storage version {}, 5 of 5 nodes whole, status 0x0000, error location 0x0000\n"
+                               "  indexer HostToolCrib: 1 stored, 1 alive\n"
+                               "  indexer HostSetup: 1 stored, 1 alive\n"
+                               "  indexer HostFeature: 1 stored, 1 alive\n"
+                               "  indexer HostOperation: 2 stored, 2 alive\n"
+                               "nothing found\n",
+                               Fixture(golden.file), golden.storageVersion),
+                   ""}));
+  }
+}
+
+TEST_F(DocumentGolden, EveryVersionIsConvertedToTheCurrentOne) {
+  for (const Golden& golden : kGolden) {
+    EXPECT_EQ(RunCommand({"document", "convert", Fixture(golden.file), File("new.kvdoc"), "--force"}),
+              (RunResult{0, "", ""}));
+    EXPECT_EQ(RunCommand({"document", "show", File("new.kvdoc")}).out,
+              "new.kvdoc: 5 nodes, mm, storage version 38\n" + ExpectedTree(golden));
+    EXPECT_EQ(RunCommand({"document", "verify", File("new.kvdoc")}).exit_code, 0);
+    const auto history = nlohmann::json::parse(RunCommand({"document", "history", "--json", File("new.kvdoc")}).out);
+    ASSERT_EQ(history.size(), 2u) << history;
+    EXPECT_EQ(history[0]["version"], "2021");
+    EXPECT_EQ(history[0]["user"], "okafor");
+    EXPECT_EQ(history[0]["saves"], 7);
+    EXPECT_EQ(history[1]["version"], "2024");
+    EXPECT_EQ(history[1]["storageVersion"], 38.0);
+  }
+}
+
+// What was written by hand, and what this build writes of the same nodes: the same bytes.
+TEST_F(DocumentGolden, SavingWritesTheGoldenBytes) {
+  const std::string golden = Fixture("storage38.0.kvdoc");
+  const auto document = DocumentLoader(golden, DocumentLoader::Mode::kStrict).Load();
+  const ActiveDocument active(document.get());
+  EXPECT_EQ(document->NodeAt(2).GetDisplayColor(), 0x00C08040u);
+  EXPECT_EQ(document->NodeAt(3).GetNodeStatus(0xFFFF), 2);
+  EXPECT_EQ(GetDocTitle(), _T("storage38.0.kvdoc"));
+  SaveDocument(*document, File("new.kvdoc"));
+  EXPECT_EQ(StreamOf(File("new.kvdoc"), kObjectsStream), StreamOf(golden, kObjectsStream));
+  const std::string header = StreamOf(File("new.kvdoc"), kHeaderStream);
+  EXPECT_EQ(header.substr(0, 32), StreamOf(golden, kHeaderStream).substr(0, 32)) << "to the history's facts";
+  EXPECT_EQ(header.size(), 48u);
+  EXPECT_EQ(GetDocTitle(), _T("new.kvdoc"));
+}
+
+}  // namespace
