@@ -54,6 +54,8 @@ LinkFaults HostNode::MendLinks(const HostDocument& document) {
     ++faults.dangling;
   }
   if (GetCountOfUserObjects() == 0) return faults;
+  // A recycled node that was read ahead of its original owner entered itself there, and then the owner's list came.
+  if (GetCountOfUserObjects() > 1) RemoveDuplicatesFromUserObjects();
   CObList users;
   GetAllUserObjects(&users);
   for (POSITION at = users.GetHeadPosition(); at;) {

@@ -26,12 +26,13 @@ class DocumentBytes {
     int owner = -1;               // row
     int tool = -1;                // row, of an operation
     std::vector<int> users = {};  // rows
+    int originalOwner = -1;       // row
   };
 
   // firstNumber is that of the table's first row, for an indexer that is put in later.
   explicit DocumentBytes(std::vector<Node> nodes, int firstNumber = 7) : nodes_(std::move(nodes)), next_(firstNumber) {
     bytes_.NewClass("HostDocument", 1).Class(1).NewClass("QFObject", 8).NewClass("QFBaseObject", 2);
-    Base({}, u"", 0, -1, u"");
+    Base({}, u"", 0, -1, -1, u"");
     bytes_.Dword(0).Dword(unsigned(nodes_.size()) + 1).Text(u"SP4");
     bytes_.NewClass("QFObjectIndexerHelper", 2).Class(5).Class(4).Word(0);  // no entries
     bytes_.Word(int(nodes_.size()));
@@ -77,14 +78,16 @@ class DocumentBytes {
   }
 
   // Behind the class records of the two base levels.
-  void Base(const std::vector<int>& users, std::u16string_view label, unsigned id, int owner,
+  void Base(const std::vector<int>& users, std::u16string_view label, unsigned id, int owner, int originalOwner,
             std::u16string_view name) {
     bytes_.Word(int(users.size()));
     for (const int user : users) Reference(user);
     bytes_.Text(label).Text(u"weber").Text(u"01/02/2024::03:04").Text(u"05/06/2024::07:08");
     bytes_.Dword(id).Dword(0);
     Reference(owner);
-    bytes_.Text(u"okafor").Word(0).Null().Dword(0xFFFFFFFF).Null().Text(name);
+    bytes_.Text(u"okafor").Word(0);
+    Reference(originalOwner);
+    bytes_.Dword(0xFFFFFFFF).Null().Text(name);
   }
 
   void Record(std::size_t row) {
@@ -96,7 +99,8 @@ class DocumentBytes {
     const std::string name = drilling                       ? "HostOperation"
                              : node.className == "HostTool" ? "HostToolCrib"
                                                             : node.className;
-    Base(node.users, LabelOf(row), unsigned(row) + 1, node.owner, std::u16string(name.begin(), name.end()));
+    Base(node.users, LabelOf(row), unsigned(row) + 1, node.owner, node.originalOwner,
+         std::u16string(name.begin(), name.end()));
     if (node.className == "HostTool") {
       bytes_.Dword(2).Double(0.006).Double(0.05);
     } else if (node.className == "HostSetup") {

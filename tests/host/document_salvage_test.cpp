@@ -190,6 +190,15 @@ TEST_F(DocumentSalvage, LinksThatCannotBeArePutRight) {
   EXPECT_EQ(walked, 4);
 }
 
+TEST_F(DocumentSalvage, RecycledNodeAheadOfItsOriginalOwnerStandsThereOnce) {
+  const DocumentBytes bytes({{"HostFeature", -1, -1, {}, 1}, {"HostFeature", -1, -1, {0}}});
+  LoadReport report;
+  const auto document = Load(bytes.Get(), DocumentLoader::Mode::kStrict, report);
+  EXPECT_EQ(document->NodeAt(0).GetOriginalOwner(), &document->NodeAt(1));
+  EXPECT_EQ(document->NodeAt(1).GetCountOfUserObjects(), 1);
+  EXPECT_EQ(report.findingCount, 0u) << FindingsText(report);
+}
+
 // Where a reference to a node is wanted, the bytes make a new one, which uses a node, and hold a list of another.
 TEST_F(DocumentSalvage, ObjectsThatNoListHoldsAreDeletedAndTold) {
   const DocumentBytes bytes({{"HostTool"}, {"HostFeature"}});
