@@ -56,7 +56,7 @@ LinkFaults HostTool::MendLinks(const HostDocument& document) {
   GetAllUserObjects(&users);
   for (POSITION at = users.GetHeadPosition(); at;) {
     auto* operation = DYNAMIC_DOWNCAST(HostOperation, users.GetNext(at));
-    if (!operation || operation->Tool() == this) continue;
+    if (!operation || operation->Tool() == this || operation->GetOriginalOwner() == this) continue;
     RemoveFromUserObjectsList(operation);
     ++faults.oneSided;
   }

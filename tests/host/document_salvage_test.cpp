@@ -199,6 +199,14 @@ TEST_F(DocumentSalvage, RecycledNodeAheadOfItsOriginalOwnerStandsThereOnce) {
   EXPECT_EQ(report.findingCount, 0u) << FindingsText(report);
 }
 
+TEST_F(DocumentSalvage, ToolKeepsTheRecycledOperationThatItOwned) {
+  const DocumentBytes bytes({{"HostTool", -1, -1, {1}}, {"HostOperation", -1, -1, {}, 0}});
+  LoadReport report;
+  const auto document = Load(bytes.Get(), DocumentLoader::Mode::kStrict, report);
+  EXPECT_EQ(document->NodeAt(0).GetIsUsingThisObject(&document->NodeAt(1)), 1);
+  EXPECT_EQ(report.findingCount, 0u) << FindingsText(report);
+}
+
 // Where a reference to a node is wanted, the bytes make a new one, which uses a node, and hold a list of another.
 TEST_F(DocumentSalvage, ObjectsThatNoListHoldsAreDeletedAndTold) {
   const DocumentBytes bytes({{"HostTool"}, {"HostFeature"}});
