@@ -165,9 +165,8 @@ HostNode* HostDocument::MakeNode(CArchive& ar, const CRuntimeClass* record) {
   if (!fresh) AfxThrowArchiveException(CArchiveException::badClass, ar.m_strFileName);
   auto* node = static_cast<HostNode*>(fresh.get());
   m_nodes.push_back(node);
-  fresh.release();
   node->m_place = NodeCount() - 1;
-  return node;
+  return static_cast<HostNode*>(fresh.release());
 }
 
 HostNode* HostDocument::StandIn(CArchive& ar, const CRuntimeClass* record) {
