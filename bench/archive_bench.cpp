@@ -2,7 +2,6 @@
 // (binary, tracked pointers) and cereal (binary, shared pointers) on the same graph, all in memory.
 #include <boost/archive/binary_iarchive.hpp>
 #include <boost/archive/binary_oarchive.hpp>
-#include <boost/serialization/string.hpp>
 #include <boost/serialization/vector.hpp>
 #include <cereal/archives/binary.hpp>
 #include <cereal/types/memory.hpp>
@@ -11,6 +10,7 @@
 #include <memory>
 #include <sstream>
 
+#include "bench/boost_u16string.h"
 #include "bench/peak_memory.h"
 #include "bench/ratio.h"
 #include "framework/archive.h"
@@ -73,29 +73,6 @@ struct PlainNode {
     ar& label& number& weight& link& children;
   }
 };
-
-// Boost knows no u16string: its units go as one block, as its own std::wstring does.
-namespace boost::serialization {
-template <class Archive>
-void save(Archive& ar, const std::u16string& text, unsigned) {
-  const std::uint32_t size = std::uint32_t(text.size());
-  ar << size;
-  ar.save_binary(text.data(), text.size() * sizeof(char16_t));
-}
-template <class Archive>
-void load(Archive& ar, std::u16string& text, unsigned) {
-  std::uint32_t size = 0;
-  ar >> size;
-  text.resize(size);
-  ar.load_binary(text.data(), text.size() * sizeof(char16_t));
-}
-template <class Archive>
-void serialize(Archive& ar, std::u16string& text, unsigned version) {
-  split_free(ar, text, version);
-}
-}  // namespace boost::serialization
-BOOST_CLASS_IMPLEMENTATION(std::u16string, boost::serialization::object_serializable)
-BOOST_CLASS_TRACKING(std::u16string, boost::serialization::track_never)
 
 struct SharedNode {
   std::u16string label;

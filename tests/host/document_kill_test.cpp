@@ -37,7 +37,7 @@ pid_t StartSaving(const std::string& file, const std::string& seed) {
   return process;
 }
 
-// The nodes, which are the seed's: what the moment of saving changes is not among them.
+// The nodes as JSON. They depend on the seed alone; the time of a save, which differs, does not show in them.
 std::string Shown(const std::string& file) {
   const kvtest::RunResult shown = kvtest::RunCommand({"document", "show", file, "--json"});
   EXPECT_EQ(shown.exit_code, 0) << shown.err;
