@@ -7,6 +7,7 @@
 
 #include "companions/xml/xml_text.h"
 #include "platform/files.h"
+#include "platform/safe_file.h"
 
 namespace {
 
@@ -34,6 +35,14 @@ void* FirstElement(pugi::xml_node node) {
 // has to be searched.
 std::string_view TextAhead(const char* begin, const char* next) {
   return next - begin >= 2 && next[-2] == '\0' ? std::string_view(begin, std::size_t(next - begin - 2)) : begin;
+}
+
+bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
+
+bool IsPlainName(std::string_view name) {
+  const auto letter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; };
+  const auto further = [&](char c) { return letter(c) || (c >= '0' && c <= '9') || c == '-' || c == '.'; };
+  return !name.empty() && letter(name[0]) && std::all_of(name.begin(), name.end(), further);
 }
 
 // The parser's own words are short and plain; only the one that a reader can't act on is replaced.
@@ -112,29 +121,77 @@ KVXMLNode* KVXMLNodeList::operator[](long index) const noexcept {
 KVXMLNodeList* KVXMLNode::GetChildNodes() {
   if (!element_) return nullptr;
   if (listed_) return &children_;
+  const bool all = document_->IsWhole();
+  const auto next = [all](pugi::xml_node node) { return all ? node : NodeOf(FirstElement(node)); };
+  const pugi::xml_node first = next(NodeOf(element_.parsed_).first_child());
   std::size_t count = 0;
-  for (KVXMLElement child = element_.FirstChild(); child; child = child.NextSibling()) ++count;
+  for (pugi::xml_node child = first; BitsOf(child); child = next(child.next_sibling())) ++count;
   KVXMLNode* node = document_->NewNodes(count);
   children_.first_ = node;
   children_.size_ = long(count);
-  for (KVXMLElement child = element_.FirstChild(); child; child = child.NextSibling()) {
+  for (pugi::xml_node child = first; BitsOf(child); child = next(child.next_sibling()), ++node) {
     node->document_ = document_;
-    (node++)->element_ = child;
+    if (*child.name() != '\0') {
+      node->element_ = KVXMLElement(BitsOf(child));
+    } else {
+      node->other_ = BitsOf(child);
+    }
   }
   listed_ = true;
   return &children_;
 }
 
-CString KVXMLNode::GetNodeName() const { return FromUtf8(element_.Name()); }
+CString KVXMLNode::GetNodeName() const {
+  if (other_) return NodeOf(other_).type() == pugi::node_comment ? _T("#comment") : _T("#text");
+  return FromUtf8(element_.Name());
+}
+
+CString KVXMLNode::GetNodeValue() const {
+  if (other_) return FromUtf8(NodeOf(other_).value());
+  std::string text;
+  if (!element_) return CString();
+  for (const pugi::xml_node piece : NodeOf(element_.parsed_).children()) {
+    if (piece.type() == pugi::node_pcdata || piece.type() == pugi::node_cdata) text += piece.value();
+  }
+  return FromUtf8(text);
+}
+
+KVXMLAttribute KVXMLNode::Find(std::string_view name) const {
+  KVXMLAttribute at = element_.FirstAttribute();
+  while (at && at.Name() != name) at = at.Next();
+  return at;
+}
 
 bool KVXMLNode::GetAttributeValue(CString name, CString& value) const {
-  const std::string wanted = ToUtf8(name);
-  for (KVXMLAttribute at = element_.FirstAttribute(); at; at = at.Next()) {
-    if (wanted != at.Name()) continue;
-    value = FromUtf8(at.Value());
-    return true;
+  const KVXMLAttribute at = Find(ToUtf8(name));
+  if (at) value = FromUtf8(at.Value());
+  return bool(at);
+}
+
+bool KVXMLNode::SetAttributeValue(CString name, CString value) {
+  const KVXMLAttribute at = Find(ToUtf8(name));
+  if (!at || !document_->IsWhole()) return false;
+  KVXMLDocument::Change change{at.parsed_, 0, 0, {}, kvxml::EscapeAttribute(value.View()), {}};
+  if (document_->IsInText(at.Name().data())) {  // else it was added, and stands among the changes already
+    change.at = document_->ValueAt(document_->OffsetOf(at.Name().data()));
+    change.bytes = document_->ValueEnd(change.at) - change.at;
   }
-  return false;
+  document_->NoteChange(std::move(change));
+  return AttributeOf(at.parsed_).set_value(ToUtf8(value).c_str());
+}
+
+bool KVXMLNode::AddAttribute(CString name, CString value) {
+  const std::string narrow = ToUtf8(name);
+  if (!element_ || !document_->IsWhole() || !IsPlainName(narrow) || Find(narrow)) return false;
+  std::size_t at = document_->OffsetOf(element_.Name().data()) + element_.Name().size();
+  for (KVXMLAttribute other = element_.FirstAttribute(); other; other = other.Next()) {
+    if (!document_->IsInText(other.Name().data())) continue;
+    at = document_->ValueEnd(document_->ValueAt(document_->OffsetOf(other.Name().data()))) + 1;
+  }
+  pugi::xml_attribute added = NodeOf(element_.parsed_).append_attribute(narrow.c_str());
+  if (!added || !added.set_value(ToUtf8(value).c_str())) return false;
+  document_->NoteChange({BitsOf(added), at, 0, ' ' + narrow + "=\"", kvxml::EscapeAttribute(value.View()), "\""});
+  return true;
 }
 
 // Document ------------------------------------------------------------------------------------------------------------
@@ -151,7 +208,7 @@ KVXMLNode* KVXMLDocument::LoadFromFile(CString fileName) {
     LARGE_INTEGER start = {};
     DWORD read = 0;
     bool done = file && GetFileSizeEx(file.handle, &size) && SetFilePointerEx(file.handle, start, nullptr, FILE_BEGIN);
-    if (done && size.QuadPart > LONGLONG(kXMLMostBytes)) {
+    if (done && size.QuadPart > LONGLONG(most_bytes_)) {
       Fail(Kind::kTooLarge, "the file is too large");
       return false;
     }
@@ -170,7 +227,7 @@ KVXMLNode* KVXMLDocument::LoadFromFile(CString fileName) {
 KVXMLNode* KVXMLDocument::LoadFromMemory(std::string_view bytes) {
   Clear();
   return Load([&] {
-    if (bytes.size() > kXMLMostBytes) {
+    if (bytes.size() > most_bytes_) {
       Fail(KVXMLFailure::Kind::kTooLarge, "the text is too large");
       return false;
     }
@@ -188,10 +245,16 @@ void KVXMLDocument::MakeRoom(std::size_t size) {
 // The source's text as UTF-8 with a NUL behind it.
 bool KVXMLDocument::ReadText(const Source& source) {
   if (!source()) return false;
-  if (const std::optional<std::string> converted = kvxml::ConvertToUtf8(Text())) {
-    MakeRoom(converted->size());
-    std::copy(converted->begin(), converted->end(), text_.get());
+  const kvxml::Encoding encoding = kvxml::EncodingOf(Text());
+  const bool utf8 = encoding == kvxml::Encoding::kUtf8;
+  encoding_ = int(encoding);
+  if (!utf8) {
+    const std::string converted = kvxml::Decode(Text(), encoding);
+    if (whole_ && kvxml::Encode(converted, encoding) != Text()) encoding_.reset();
+    MakeRoom(converted.size());
+    std::copy(converted.begin(), converted.end(), text_.get());
   }
+  if (whole_) source_.assign(Text());
   text_[size_] = '\0';
   return true;
 }
@@ -200,8 +263,9 @@ KVXMLNode* KVXMLDocument::Load(const Source& source) {
   if (!ReadText(source)) return nullptr;
   if (keep_places_) line_starts_ = kvxml::LineStarts(Text());
   parsed_ = std::make_unique<Parsed>();
+  const unsigned options = pugi::parse_default | (whole_ ? pugi::parse_comments : 0);
   const pugi::xml_parse_result result =
-      parsed_->document.load_buffer_inplace(text_.get(), size_, pugi::parse_default, pugi::encoding_utf8);
+      parsed_->document.load_buffer_inplace(text_.get(), size_, options, pugi::encoding_utf8);
   if (!result) return FailMalformed(source, std::size_t(result.offset), ReasonOf(result));
   const pugi::xml_node root = parsed_->document.document_element();
   const KVXMLElement second(FirstElement(root.next_sibling()));
@@ -239,6 +303,50 @@ KVXMLNode* KVXMLDocument::NewNodes(std::size_t count) {
   return nodes_.back().get() + used_ - count;
 }
 
+// Changing ------------------------------------------------------------------------------------------------------------
+
+// What the parser made of the text lies where it stood in it, but for what was set or added later.
+bool KVXMLDocument::IsInText(const char* piece) const noexcept {
+  return piece && std::less_equal<>()(text_.get(), piece) && std::less<>()(piece, text_.get() + size_);
+}
+
+// An attribute's value begins behind the name, blanks, the sign, blanks and the quote; it ends at the same quote.
+std::size_t KVXMLDocument::ValueAt(std::size_t name) const noexcept {
+  std::size_t at = source_.find('=', name) + 1;
+  while (IsBlank(source_[at])) ++at;
+  return at + 1;
+}
+std::size_t KVXMLDocument::ValueEnd(std::size_t value) const noexcept {
+  return source_.find(source_[value - 1], value);
+}
+
+void KVXMLDocument::NoteChange(Change change) {
+  for (Change& former : changes_) {
+    if (former.attribute != change.attribute) continue;
+    former.value = std::move(change.value);
+    return;
+  }
+  const auto later = [](std::size_t at, const Change& other) { return at < other.at; };
+  changes_.insert(std::upper_bound(changes_.begin(), changes_.end(), change.at, later), std::move(change));
+}
+
+std::optional<std::string> KVXMLDocument::SavedBytes() const {
+  if (!IsWhole() || !encoding_) return std::nullopt;
+  std::string text;
+  std::size_t done = 0;
+  for (const Change& change : changes_) {
+    text.append(source_, done, change.at - done).append(change.ahead).append(change.value).append(change.behind);
+    done = change.at + change.bytes;
+  }
+  text.append(source_, done);
+  return kvxml::Encode(text, kvxml::Encoding(*encoding_));
+}
+
+bool KVXMLDocument::Save(CString fileName) const {
+  const std::optional<std::string> bytes = SavedBytes();
+  return bytes && WriteFileSafely(fileName, *bytes) == ERROR_SUCCESS;
+}
+
 KVXMLPlace KVXMLDocument::PlaceOfByte(std::size_t byte) const {
   const auto next = std::upper_bound(line_starts_.begin(), line_starts_.end(), byte);
   if (next == line_starts_.begin()) return {};  // not kept
@@ -246,7 +354,7 @@ KVXMLPlace KVXMLDocument::PlaceOfByte(std::size_t byte) const {
 }
 
 KVXMLPlace KVXMLDocument::PlaceInText(std::string_view piece) const {
-  return piece.data() ? PlaceOfByte(std::size_t(piece.data() - text_.get())) : KVXMLPlace{};
+  return IsInText(piece.data()) ? PlaceOfByte(OffsetOf(piece.data())) : KVXMLPlace{};
 }
 
 KVXMLPlace KVXMLDocument::PlaceOf(KVXMLElement element) const { return PlaceInText(element.Name()); }
@@ -254,6 +362,10 @@ KVXMLPlace KVXMLDocument::PlaceOf(KVXMLAttribute attribute) const { return Place
 KVXMLPlace KVXMLDocument::PlaceOfValue(KVXMLAttribute attribute) const { return PlaceInText(attribute.Value()); }
 
 void KVXMLDocument::Clear() {
+  whole_ = keep_whole_;
+  source_.clear();
+  encoding_.reset();
+  changes_.clear();
   parsed_.reset();
   text_.reset();
   size_ = 0;

@@ -2,9 +2,10 @@
 // and KVXMLAttribute are the fast lane for a reader that visits every attribute: plain handles that copy no text.
 //
 // Everything here belongs to its KVXMLDocument and dies with it, or with its next load. Names and values of the fast
-// lane are UTF-8, with entities already replaced, and are parts of the document's text. Comments, text and processing
-// instructions are left out. KVXMLDocument::PlaceOf gives the line and column of any of them. One thread at a time may
-// use the KVXMLNodes of a document; the fast lane may be read from many.
+// lane are UTF-8, with entities already replaced, and are parts of the document's text. Comments and text are nodes
+// only of a document that was loaded whole (KVXMLDocument::KeepWhole), and never on the fast lane; processing
+// instructions are left out. KVXMLDocument::PlaceOf gives the line and column of an element or attribute. One thread at
+// a time may use the KVXMLNodes of a document; the fast lane may be read from many, while nothing is changed.
 #pragma once
 
 #include <string_view>
@@ -29,6 +30,7 @@ class KVSHARE_API KVXMLAttribute {
  private:
   friend class KVXMLAttributeReader;
   friend class KVXMLElement;
+  friend class KVXMLNode;
   explicit KVXMLAttribute(void* parsed) noexcept : parsed_(parsed) {}
 
   void* parsed_ = nullptr;  // the parser's attribute
@@ -49,6 +51,7 @@ class KVSHARE_API KVXMLElement {
  private:
   friend class KVXMLAttributeReader;
   friend class KVXMLDocument;
+  friend class KVXMLNode;
   explicit KVXMLElement(void* parsed) noexcept : parsed_(parsed) {}
 
   void* parsed_ = nullptr;  // the parser's node
@@ -66,7 +69,8 @@ class KVSHARE_API KVXMLAttributeReader {
   const char* name_;  // and its name
 };
 
-// The element children of a node, in file order.
+// The children of a node, in file order: its elements, and its comments and texts if the document was loaded whole.
+// Text of blanks alone is no node.
 class KVSHARE_API KVXMLNodeList {
  public:
   long GetSize() const noexcept { return size_; }
@@ -85,23 +89,37 @@ class KVSHARE_API KVXMLNode {
   KVXMLNode(const KVXMLNode&) = delete;
   KVXMLNode& operator=(const KVXMLNode&) = delete;
 
-  // The element children; an element without children has an empty list. Never null for a node of a loaded document;
-  // null for a node that stands for no element. Built by the first call, so only what is walked is paid for.
+  // The children; an element without children has an empty list. Never null for an element of a loaded document; null
+  // for a node that is none. Built by the first call, so only what is walked is paid for.
   KVXMLNodeList* GetChildNodes();
+  // An element's name, or "#comment" or "#text".
   CString GetNodeName() const;
+  // The text that stands in an element itself, not in those below it, with the pieces around comments and elements
+  // joined; of a comment or text what it says.
+  CString GetNodeValue() const;
   // True, and the value, if the attribute exists; false, and value untouched, if not. Names compare with case; of a
   // name that is written twice the first counts.
   bool GetAttributeValue(CString name, CString& value) const;
 
-  // The same element on the fast lane.
+  // Change an attribute that exists, the first of that name, or add one behind the others. False, with nothing changed,
+  // if there is none or one already, if the name is no plain XML name of ASCII letters, or if the document was not
+  // loaded whole. KVXMLDocument::Save writes the change.
+  bool SetAttributeValue(CString name, CString value);
+  bool AddAttribute(CString name, CString value);
+
+  // The same element on the fast lane; none for a comment or text.
   KVXMLElement Element() const noexcept { return element_; }
 
  private:
   friend class KVXMLDocument;
   friend class KVXMLNodeList;
 
+  // The first attribute of that name, or none.
+  KVXMLAttribute Find(std::string_view name) const;
+
   KVXMLDocument* document_ = nullptr;
   KVXMLElement element_;
+  void* other_ = nullptr;  // the parser's node of a comment or text
   KVXMLNodeList children_;
   bool listed_ = false;
 };

@@ -30,6 +30,26 @@ std::string FromWestern(std::string_view bytes) {
   return ToUtf8(std::u16string_view(wide));
 }
 
+std::string ToUtf16(std::string_view text, bool bigEndian) {
+  std::string bytes;
+  const CString wide = FromUtf8(text);
+  bytes.reserve(2 * std::size_t(wide.GetLength()));
+  for (const TCHAR unit : wide.View()) {
+    const char low = char(unit & 0xFF), high = char(unit >> 8);
+    bytes += bigEndian ? high : low;
+    bytes += bigEndian ? low : high;
+  }
+  return bytes;
+}
+
+std::string ToWestern(std::string_view text) {
+  const CString wide = FromUtf8(text);
+  const int bytes = WideCharToMultiByte(kWesternCodePage, 0, wide, wide.GetLength(), nullptr, 0, nullptr, nullptr);
+  std::string narrow(std::size_t(bytes), '\0');
+  WideCharToMultiByte(kWesternCodePage, 0, wide, wide.GetLength(), narrow.data(), bytes, nullptr, nullptr);
+  return narrow;
+}
+
 char Lower(char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; }
 
 // The encoding that the declaration names, in lower case; empty if there is none.
@@ -49,18 +69,53 @@ std::string DeclaredEncoding(std::string_view text) {
 
 }  // namespace
 
-std::optional<std::string> ConvertToUtf8(std::string_view text) {
-  if (text.starts_with(std::string_view("\xFF\xFE", 2)) || text.starts_with(std::string_view("<\0", 2))) {
-    return FromUtf16(text, /*bigEndian=*/false);
-  }
-  if (text.starts_with(std::string_view("\xFE\xFF", 2)) || text.starts_with(std::string_view("\0<", 2))) {
-    return FromUtf16(text, /*bigEndian=*/true);
-  }
-  const std::string encoding = DeclaredEncoding(text);
+Encoding EncodingOf(std::string_view bytes) {
+  if (bytes.starts_with(std::string_view("\xFF\xFE", 2)) || bytes.starts_with(std::string_view("<\0", 2)))
+    return Encoding::kUtf16LittleEndian;
+  if (bytes.starts_with(std::string_view("\xFE\xFF", 2)) || bytes.starts_with(std::string_view("\0<", 2)))
+    return Encoding::kUtf16BigEndian;
+  const std::string declared = DeclaredEncoding(bytes);
   for (const std::string_view western : kWesternNames) {
-    if (encoding == western) return FromWestern(text);
+    if (declared == western) return Encoding::kWestern;
   }
-  return std::nullopt;
+  return Encoding::kUtf8;
+}
+
+std::string Decode(std::string_view bytes, Encoding encoding) {
+  switch (encoding) {
+    case Encoding::kUtf8: return std::string(bytes);
+    case Encoding::kUtf16LittleEndian: return FromUtf16(bytes, /*bigEndian=*/false);
+    case Encoding::kUtf16BigEndian: return FromUtf16(bytes, /*bigEndian=*/true);
+    case Encoding::kWestern: return FromWestern(bytes);
+  }
+  return {};
+}
+
+std::string Encode(std::string_view text, Encoding encoding) {
+  switch (encoding) {
+    case Encoding::kUtf8: return std::string(text);
+    case Encoding::kUtf16LittleEndian: return ToUtf16(text, /*bigEndian=*/false);
+    case Encoding::kUtf16BigEndian: return ToUtf16(text, /*bigEndian=*/true);
+    case Encoding::kWestern: return ToWestern(text);
+  }
+  return {};
+}
+
+std::string EscapeAttribute(std::u16string_view value) {
+  constexpr std::string_view kPlainToo = " !#$%()*+,-./:;=?@[]\\^_`{|}~";
+  std::string out;
+  for (std::size_t i = 0; i < value.size(); ++i) {
+    char32_t c = value[i];
+    if (c >= 0xD800 && c < 0xDC00 && i + 1 < value.size() && value[i + 1] >= 0xDC00 && value[i + 1] < 0xE000)
+      c = 0x10000 + ((c - 0xD800) << 10) + (char32_t(value[++i]) - 0xDC00);
+    const bool letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+    if (letter || (c < 0x80 && kPlainToo.find(char(c)) != std::string_view::npos)) {
+      out += char(c);
+    } else {
+      out += "&#" + std::to_string(std::uint32_t(c)) + ';';
+    }
+  }
+  return out;
 }
 
 std::vector<std::size_t> LineStarts(std::string_view text) {

@@ -2,16 +2,25 @@
 #pragma once
 
 #include <cstddef>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace kvxml {
 
-// The text as UTF-8 if its mark, its first bytes or its declaration say that it is something else that is known: UTF-16
-// of either byte order, "iso-8859-1" or "windows-1252". None for other text, which is taken as it is.
-std::optional<std::string> ConvertToUtf8(std::string_view text);
+// How a file's text lies in its bytes. Western is "windows-1252", which "iso-8859-1" is read as.
+enum class Encoding { kUtf8, kUtf16LittleEndian, kUtf16BigEndian, kWestern };
+
+// By its mark, its first bytes or its declaration; text that tells nothing known is taken as UTF-8.
+Encoding EncodingOf(std::string_view bytes);
+
+// The text as UTF-8 and back. What can't be told becomes U+FFFD, or a question mark, so the way there and back need not
+// give the same bytes. Of UTF-8 both give a copy.
+std::string Decode(std::string_view bytes, Encoding encoding);
+std::string Encode(std::string_view text, Encoding encoding);
+
+// A value as it stands between the quotes of an attribute, in ASCII alone, so that it fits every encoding.
+std::string EscapeAttribute(std::u16string_view value);
 
 // The offset of the first byte of each line, the first line's 0 included. A line ends with LF.
 std::vector<std::size_t> LineStarts(std::string_view text);
