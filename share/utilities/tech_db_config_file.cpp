@@ -1,0 +1,157 @@
+// Reading, mending and writing "database.config".
+#include "share/utilities/tech_db_config_file.h"
+
+#include <iterator>
+
+#include "companions/xml/xml_document.h"
+#include "platform/files.h"
+
+namespace {
+
+constexpr LPCTSTR kActive = _T("Default");
+constexpr LPCTSTR kType = _T("databaseType");
+
+// In the order of QFTechDBType.
+constexpr LPCTSTR kTypes[] = {_T("sqlite"), _T("ms-access"), _T("sql")};
+
+bool Same(const CString& text, LPCTSTR other) { return text.CompareNoCase(other) == 0; }
+
+// The value of the first child element of that name; empty if there is none.
+CString ValueOf(KVXMLNode& setting, LPCTSTR name) {
+  KVXMLNodeList& children = *setting.GetChildNodes();
+  for (long i = 0; i < children.GetSize(); ++i) {
+    if (children[i]->GetNodeName() == name) return children[i]->GetNodeValue();
+  }
+  return CString();
+}
+
+CString AttributeOf(const KVXMLNode& node, LPCTSTR name) {
+  CString value;
+  node.GetAttributeValue(name, value);
+  return value;
+}
+
+// Whether a node is a database; type receives what it says of itself.
+bool IsSetting(const KVXMLNode& node, CString& type) {
+  return Same(node.GetNodeName(), _T("setting")) && node.GetAttributeValue(kType, type);
+}
+
+// ---- entries
+
+// Each fills an entry from its element; false if a value that it can't do without is missing.
+
+bool ReadFilePath(KVXMLNode& setting, const CString& folder, QFTechDBConfigData& entry) {
+  const CString path = ValueOf(setting, _T("filePath"));
+  entry.SetFilePath(path.Find(_T('\\')) < 0 ? folder + path : path);
+  return !path.IsEmpty();
+}
+
+bool ReadSQLite(KVXMLNode& setting, const CString& folder, QFTechDBConfigData& entry) {
+  if (!ReadFilePath(setting, folder, entry)) return false;
+  entry.SetConnectionString(QFTechDBConfigData::SQLiteConnection(entry.GetFilePath()));
+  entry.SetDescription(ValueOf(setting, _T("description")));
+  return true;
+}
+
+bool ReadAccess(KVXMLNode& setting, const CString& folder, QFTechDBConfigData& entry) {
+  if (!ReadFilePath(setting, folder, entry)) return false;
+  entry.SetConnectionString(QFTechDBConfigData::AccessConnection(entry.GetFilePath()));
+  return true;
+}
+
+bool ReadServer(KVXMLNode& setting, const CString&, QFTechDBConfigData& entry) {
+  const CString server = ValueOf(setting, _T("serverID"));
+  const CString database = ValueOf(setting, _T("databaseName"));
+  entry.SetConnectionString(Same(ValueOf(setting, _T("authenticationMode")), _T("windows"))
+                                ? QFTechDBConfigData::ServerConnection(server, database)
+                                : QFTechDBConfigData::ServerConnection(server, database, ValueOf(setting, _T("userID")),
+                                                                       ValueOf(setting, _T("password"))));
+  return true;
+}
+
+constexpr bool (*kReaders[])(KVXMLNode&, const CString&, QFTechDBConfigData&) = {ReadSQLite, ReadAccess, ReadServer};
+static_assert(std::size(kReaders) == std::size(kTypes));
+
+void ReadSetting(KVXMLNode& setting, const CString& type, const CString& folder, QFTechDBConfigInfo& info) {
+  for (int i = 0; i < int(std::size(kTypes)); ++i) {
+    if (!Same(type, kTypes[i])) continue;
+    auto entry = std::make_unique<QFTechDBConfigData>();
+    entry->SetDatabaseType(i);
+    entry->SetActiveFlag(Same(AttributeOf(setting, kActive), _T("True")));
+    if (kReaders[i](setting, folder, *entry)) info.AddTechDBConfigData(entry.release());
+  }
+}
+
+// ---- the file
+
+// The file with its list of databases, whose children count comments and texts.
+struct ConfigFile {
+  explicit ConfigFile(const CString& filePath) : path(filePath) {
+    document.KeepPlaces(false);
+    document.KeepWhole(true);
+    document.SetMostBytes(kTechDBConfigMostBytes);
+    KVXMLNode* root = document.LoadFromFile(path);
+    if (!root) return;
+    KVXMLNodeList& children = *root->GetChildNodes();
+    for (long i = 0; i < children.GetSize() && !settings; ++i) {
+      if (Same(children[i]->GetNodeName(), _T("applicationSettings"))) settings = children[i]->GetChildNodes();
+    }
+  }
+
+  CString path;
+  KVXMLDocument document;
+  KVXMLNodeList* settings = nullptr;
+};
+
+// A file with one database needs no mark to work: it gets it. Of two entries with nothing ahead of them the last counts
+// as that one, which is the active one without a mark, too.
+void Mend(ConfigFile& file) {
+  if (file.settings->GetSize() != 2) return;
+  CString type;
+  KVXMLNode* found = nullptr;
+  for (long i = 0; i < 2; ++i) {
+    if (IsSetting(*(*file.settings)[i], type)) found = (*file.settings)[i];
+  }
+  if (found && found->AddAttribute(kActive, _T("True"))) file.document.Save(file.path);
+}
+
+}  // namespace
+
+int ReadTechDBConfig(const CString& folder, const CString& defaultDatabase, QFTechDBConfigInfo& info) try {
+  if (folder.IsEmpty()) return 0;
+  const CString path = folder + kTechDBConfigFile;
+  if (_waccess(path, 0) == 0) {
+    ConfigFile file(path);
+    if (!file.settings) return 0;
+    Mend(file);
+    CString type;
+    for (long i = 0; i < file.settings->GetSize() && info.GetCount() < kTechDBConfigMostEntries; ++i) {
+      KVXMLNode& node = *(*file.settings)[i];
+      if (IsSetting(node, type)) ReadSetting(node, type, folder, info);
+    }
+    return 1;
+  }
+  if (_waccess(defaultDatabase, 0) != 0) return 0;
+  auto entry = std::make_unique<QFTechDBConfigData>();
+  entry->SetFilePath(defaultDatabase);
+  entry->SetConnectionString(QFTechDBConfigData::SQLiteConnection(defaultDatabase));
+  entry->SetActiveFlag(1);
+  return info.AddTechDBConfigData(entry.release());
+} catch (...) {  // out of memory
+  return 0;
+}
+
+int WriteTechDBConfig(const CString& folder, const QFTechDBConfigInfo& info) {
+  ConfigFile file(folder + kTechDBConfigFile);
+  if (!file.settings || file.settings->GetSize() != long(info.GetCount()) + 1) return 0;
+  for (int i = 0; i < info.GetCount(); ++i) {
+    const QFTechDBConfigData& entry = *info.GetTechDBConfigData(i);
+    KVXMLNode& node = *(*file.settings)[i + 1];
+    const int known = entry.GetDatabaseType();
+    CString type;
+    if (!IsSetting(node, type) || known < 0 || known >= int(std::size(kTypes)) || !Same(type, kTypes[known])) return 0;
+    const LPCTSTR flag = entry.GetActiveFlag() ? _T("True") : _T("False");
+    if (!node.SetAttributeValue(kActive, flag)) node.AddAttribute(kActive, flag);
+  }
+  return file.document.Save(file.path);
+}

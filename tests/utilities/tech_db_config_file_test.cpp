@@ -1,0 +1,186 @@
+// "database.config": what is read from it, how it is mended, what a write changes in it.
+#include "share/utilities/tech_db_config_file.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "platform/paths.h"
+#include "tests/scratch.h"
+
+namespace {
+
+CString Product(const std::filesystem::path& path) { return ProductPathFromSystem(path.string()).c_str(); }
+
+class TechDBConfigFile : public testing::Test {
+ protected:
+  // Reads a file that lists these settings.
+  int Read(const std::string& settings) {
+    return ReadFile("<c><applicationSettings>" + settings + "</applicationSettings></c>");
+  }
+  int ReadFile(const std::string& bytes) {
+    info_.ClearTechDBInfo();
+    folder_.Write("database.config", bytes);
+    return ReadTechDBConfig(Folder(), Folder() + _T("TechDB.kvdb"), info_);
+  }
+  int Write() { return WriteTechDBConfig(Folder(), info_); }
+  CString Folder() const { return Product(folder_.Path()) + _T("\\"); }
+  std::string Bytes() const { return kvtest::ReadFile(folder_.Path() / "database.config"); }
+  const QFTechDBConfigData& Entry(int i) const { return *info_.GetTechDBConfigData(i); }
+
+  const kvtest::ScratchFolder folder_;
+  QFTechDBConfigInfo info_;
+};
+
+constexpr char kThree[] =
+    "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n<configuration a='1'>\r\n"
+    "  <other><setting databaseType='sqlite'><filePath>no</filePath></setting></other>\r\n"
+    "  <ApplicationSettings>\r\n"
+    "\t<!-- W\xC3\xA4hlbar -->\r\n"
+    "\t<SETTING databaseType=\"SQLite\"   Default = 'true' x='2'><filePath>my.kvdb</filePath><description>D &amp; "
+    "\xC3\xBC</description></SETTING>\r\n"
+    "    <setting Default=\"False\" databaseType='ms-access'>\r\n      <filePath>D:\\x\\my.mdb</filePath>\r\n    "
+    "</setting>\r\n"
+    "  <setting databaseType='sql'><password>p;w</password><serverID>s</serverID><userID>u</userID>"
+    "<databaseName>d</databaseName><authenticationMode>server</authenticationMode></setting>\r\n"
+    "  </ApplicationSettings>\r\n</configuration>\r\n\r\n";
+
+}  // namespace
+
+TEST_F(TechDBConfigFile, ReadsTheThreeKinds) {
+  ASSERT_EQ(ReadFile(kThree), 1);
+  ASSERT_EQ(info_.GetCount(), 3);
+  EXPECT_EQ(Entry(0).GetDatabaseType(), QF_TECHDB_SQLITE);
+  EXPECT_EQ(Entry(0).GetFilePath(), Folder() + _T("my.kvdb"));
+  EXPECT_EQ(Entry(0).GetConnectionString(), QFTechDBConfigData::SQLiteConnection(Folder() + _T("my.kvdb")));
+  EXPECT_EQ(Entry(0).GetDescription(), _T("D & \u00FC"));
+  EXPECT_EQ(Entry(0).GetActiveFlag(), 1);
+  EXPECT_EQ(Entry(1).GetDatabaseType(), QF_TECHDB_ACCESS);
+  EXPECT_EQ(Entry(1).GetFilePath(), _T("D:\\x\\my.mdb"));
+  EXPECT_EQ(Entry(1).GetConnectionString(), QFTechDBConfigData::AccessConnection(_T("D:\\x\\my.mdb")));
+  EXPECT_EQ(Entry(1).GetActiveFlag(), 0);
+  EXPECT_EQ(Entry(2).GetDatabaseType(), QF_TECHDB_SQLSERVER);
+  EXPECT_EQ(Entry(2).GetFilePath(), _T(""));
+  EXPECT_EQ(Entry(2).GetConnectionString(), QFTechDBConfigData::ServerConnection(_T("s"), _T("d"), _T("u"), _T("p;w")));
+  EXPECT_EQ(Bytes(), kThree) << "reading left it alone";
+  EXPECT_EQ(Read("<setting databaseType='SQL'><authenticationMode>WINDOWS</authenticationMode><serverID>s</serverID>"
+                 "</setting>"),
+            1);
+  EXPECT_EQ(Entry(0).GetConnectionString(), QFTechDBConfigData::ServerConnection(_T("s"), _T("")));
+}
+
+TEST_F(TechDBConfigFile, PassesOverWhatIsNoDatabase) {
+  constexpr const char* kRows[] = {
+      "",
+      "text<!-- c -->",
+      "<setting/>",
+      "<setting databaseType='oracle'><filePath>a</filePath></setting>",
+      "<setting databasetype='sqlite'><filePath>a</filePath></setting>",
+      "<setting databaseType='sqlite'/>",
+      "<setting databaseType='ms-access'><filePath></filePath></setting>",
+      "<other databaseType='sqlite'><filePath>a</filePath></other>",
+      "<g><setting databaseType='sqlite'><filePath>a</filePath></setting></g>",
+  };
+  for (const char* row : kRows) {
+    EXPECT_EQ(Read(row), 1) << row;
+    EXPECT_EQ(info_.GetCount(), 0) << row;
+  }
+}
+
+TEST_F(TechDBConfigFile, RefusesWhatIsNoSuchFile) {
+  for (const std::string& bytes : {std::string(), std::string("<a"), std::string("<a/>"),
+                                   std::string("<applicationSettings><setting/></applicationSettings>"),
+                                   "<c><applicationSettings/>" + std::string(kTechDBConfigMostBytes, ' ') + "</c>"}) {
+    EXPECT_EQ(ReadFile(bytes), 0) << bytes.substr(0, 60);
+    EXPECT_EQ(info_.GetCount(), 0);
+    EXPECT_EQ(Write(), 0);
+    EXPECT_EQ(Bytes(), bytes);
+  }
+  EXPECT_EQ(ReadTechDBConfig(CString(), CString(), info_), 0);
+}
+
+TEST_F(TechDBConfigFile, WithoutItTheDeliveredDatabaseIsTheOne) {
+  const CString delivered = Folder() + _T("TechDB.kvdb");
+  EXPECT_EQ(ReadTechDBConfig(Folder(), delivered, info_), 0);
+  EXPECT_EQ(info_.GetCount(), 0);
+  folder_.Write("TechDB.kvdb", "");
+  ASSERT_EQ(ReadTechDBConfig(Folder(), delivered, info_), 1);
+  ASSERT_EQ(info_.GetCount(), 1);
+  EXPECT_EQ(Entry(0).GetDatabaseType(), QF_TECHDB_SQLITE);
+  EXPECT_EQ(Entry(0).GetActiveFlag(), 1);
+  EXPECT_EQ(Entry(0).GetFilePath(), delivered);
+  EXPECT_EQ(Entry(0).GetConnectionString(), QFTechDBConfigData::SQLiteConnection(delivered));
+  EXPECT_EQ(Write(), 0) << "there is no file to write into";
+}
+
+// A setting with one node ahead of it is marked; every other file stays as it is.
+TEST_F(TechDBConfigFile, MarksTheOnlyDatabase) {
+  const std::string bare = "<setting databaseType='sqlite'><filePath>a</filePath></setting>";
+  const std::string marked = "<setting databaseType='sqlite' Default=\"True\"><filePath>a</filePath></setting>";
+  const std::string off = "<setting databaseType='sqlite' Default='False'><filePath>b</filePath></setting>";
+  const std::tuple<std::string, std::string, LPCTSTR> rows[] = {
+      {"<!--c-->\n" + bare, "<!--c-->\n" + marked, _T("a")},
+      {"<version n='1'/>" + bare, "<version n='1'/>" + marked, _T("a")},
+      {bare + "<!--c-->", marked + "<!--c-->", _T("a")},
+      {bare, bare, _T("a")},
+      {"<!--c-->" + off, "<!--c-->" + off, _T("b")},
+      {bare + off, bare + off, _T("b")},
+      {off + bare, off + marked, _T("a")},
+      {"<!--c--><!--c-->" + bare, "<!--c--><!--c-->" + bare, _T("a")},
+      {"<!--c-->" + bare + off, "<!--c-->" + bare + off, _T("b")},
+  };
+  for (const auto& [before, after, active] : rows) {
+    SCOPED_TRACE(before);
+    EXPECT_EQ(Read(before), 1);
+    EXPECT_EQ(Bytes(), "<c><applicationSettings>" + after + "</applicationSettings></c>");
+    EXPECT_EQ(info_.GetActiveConfigData()->GetFilePath(), Folder() + active);
+    EXPECT_EQ(info_.GetActiveConfigData()->GetActiveFlag(), before != after);
+  }
+}
+
+TEST_F(TechDBConfigFile, WritesTheMarksAndNothingElse) {
+  ASSERT_EQ(ReadFile(kThree), 1);
+  for (int i = 0; i < 3; ++i) info_.GetTechDBConfigData(i)->SetActiveFlag(i == 1);
+  info_.GetTechDBConfigData(0)->SetFilePath(_T("not saved"));
+  EXPECT_EQ(Write(), 1);
+  std::string expected = kThree;
+  const auto replace = [&](const std::string& from, const std::string& to) {
+    ASSERT_NE(expected.find(from), std::string::npos);
+    expected.replace(expected.find(from), from.size(), to);
+  };
+  replace("Default = 'true'", "Default = 'False'");
+  replace("Default=\"False\"", "Default=\"True\"");
+  replace("databaseType='sql'>", "databaseType='sql' Default=\"False\">");
+  EXPECT_EQ(Bytes(), expected);
+}
+
+TEST_F(TechDBConfigFile, WritesOnlyIntoTheListsOwnFile) {
+  const std::string a = "<setting databaseType='sqlite'><filePath>a</filePath></setting>";
+  const std::string b = "<setting databaseType='ms-access'><filePath>b</filePath></setting>";
+  const std::string rows[] = {
+      a + b,                                               // nothing ahead of the entries
+      "<!--c--><!--c-->" + a + b,                          // two nodes
+      "<!--c-->" + a + b + "<setting databaseType='x'/>",  // an entry that is not in the list
+      "<!--c-->" + a,                                      // one less
+      "<!--c-->" + b + a,                                  // another order
+      "<!--c-->" + a + "<setting><filePath>b</filePath></setting>",
+      "<!--c-->" + a + "<other databaseType='ms-access'/>",
+  };
+  ASSERT_EQ(Read("<!--c-->" + a + b), 1);
+  const QFTechDBConfigInfo list = info_;
+  for (const std::string& row : rows) {
+    SCOPED_TRACE(row);
+    Read(row);
+    const std::string before = Bytes();
+    EXPECT_EQ(WriteTechDBConfig(Folder(), list), 0);
+    EXPECT_EQ(Bytes(), before);
+  }
+}
+
+TEST_F(TechDBConfigFile, AFileThatMayNotBeWrittenStays) {
+  ASSERT_EQ(Read("<!--c--><setting databaseType='sqlite'><filePath>a</filePath></setting>"), 1);
+  const std::string before = Bytes();
+  ASSERT_EQ(chmod((folder_.Path() / "database.config").c_str(), 0444), 0);
+  info_.GetTechDBConfigData(0)->SetActiveFlag(0);
+  EXPECT_EQ(Write(), 0);
+  EXPECT_EQ(Bytes(), before);
+}
