@@ -81,6 +81,11 @@ class KVSHARE_API QFSettingsKey : public QFBaseObject {
   const CString& GetName() const { return m_Name; }
   CString GetName(QFBaseObject* item) const;
 
+  const CString& GetPath() const { return m_Path; }
+  // The items, head first; they stay the tree's. The list changes through the operations of this class alone, which
+  // keep the index of names right.
+  const CObList& GetList() const { return m_List; }
+
   // ---- registry
 
   // Sets the hive of this key, not of those below it; gives the former one.
@@ -118,8 +123,6 @@ class KVSHARE_API QFSettingsKey : public QFBaseObject {
   QFSettingsValue* FindSettingsValue(const CString& name) const;
   QFSettingsKey* FindSettingsKey(const CString& name) const;
 
-  // The items, head first. They change through the operations of this class alone, which keep the index of names right.
-  const CObList& GetList() const { return m_List; }
   void DestroyList();
 
   CString m_Name;

@@ -1,0 +1,46 @@
+// How a group's table becomes its values.
+#include "share/settings/settings_group.h"
+
+#include "share/env/registry_keys.h"
+#include "share/objects/dump.h"
+
+namespace {
+
+// The value that a row's default is added as.
+CString Made(LPCTSTR text) { return text; }
+unsigned long Made(SettingsColor color) { return color.bgr; }
+CPoint Made(const POINT& point) { return point; }
+CRect Made(const RECT& rect) { return rect; }
+template <class Value>
+Value Made(Value (*make)()) {
+  return make();
+}
+template <class Number>
+Number Made(Number number) {
+  return number;
+}
+
+}  // namespace
+
+SettingsGroup::SettingsGroup(LPCTSTR className, const CString& name, const CString& path,
+                             std::span<const SettingsRow> rows)
+    : QFSettingsKey(name, path), m_ClassName(className) {
+  for (const SettingsRow& row : rows) {
+    std::visit([&](const auto& value) { AddValue(row.name, Made(value)); }, row.value);
+  }
+}
+
+CString SettingsGroup::InProductRoot(LPCTSTR path) { return CString(kProductRoot) + path; }
+
+void SettingsGroup::DumpData(FILE* file) {
+  if (!file) return;
+  DumpBanner(file, m_ClassName, _T("Start"));
+  DumpBanner(file, m_ClassName, _T("End"));
+  QFSettingsKey::DumpData(file);
+}
+
+IMPLEMENT_SERIAL(QFAdv3AxisSettings, QFSettingsKey, VERSIONABLE_SCHEMA | 1)
+
+QFAdv3AxisSettings::QFAdv3AxisSettings()
+    : SettingsGroup(_T("QFAdv3AxisSettings"), _T("Settings\\"),
+                    _T("Software\\Vero International Software\\Machining Strategist\\7.0\\Settings\\"), {}) {}

@@ -1,0 +1,82 @@
+// Names, order, types and defaults of both trees, value by value.
+#include <cstdlib>
+#include <nlohmann/json.hpp>
+
+#include "framework/resources.h"
+#include "platform/files.h"
+#include "platform/resources.h"
+#include "share/settings/application_settings.h"
+#include "share/settings/document_settings.h"
+#include "tests/registry_calls.h"
+
+namespace {
+
+using Json = nlohmann::json;
+
+Json ToJson(auto number) { return Json(number); }
+Json ToJson(const CString& text) { return ToUtf8(text); }
+Json ToJson(const CTime& time) { return time.GetTime(); }
+Json ToJson(const CPoint& point) { return {point.x, point.y}; }
+Json ToJson(const CRect& rect) { return {rect.left, rect.top, rect.right, rect.bottom}; }
+Json ToJson(const CArray<int, int>& numbers) { return std::vector<int>(numbers.begin(), numbers.end()); }
+
+template <class Value>
+void Tell(CObject* item, const char* type, Json& row) {
+  const auto* value = dynamic_cast<Value*>(item);
+  if (!value) return;
+  row["name"] = ToUtf8(value->GetName());
+  row["type"] = type;
+  row["value"] = row["default"] = ToJson(value->GetValue());
+}
+
+// Adds a row for each value of the key, then of those below it, in the order of declaration.
+void Collect(const QFSettingsKey& key, Json& rows) {
+  const auto* group = dynamic_cast<const SettingsGroup*>(&key);
+  if (!group) return;  // feed colours hold what the user enters
+  for (POSITION at = key.GetList().GetTailPosition(); at;) {
+    CObject* item = key.GetList().GetPrev(at);
+    if (const auto* below = DYNAMIC_DOWNCAST(QFSettingsKey, item)) {
+      Collect(*below, rows);
+      continue;
+    }
+    Json row = {{"group", ToUtf8(group->GetGroupClassName())}, {"path", ToUtf8(key.GetPath())}};
+    Tell<QFIntValue>(item, "int", row);
+    Tell<QFDoubleValue>(item, "double", row);
+    Tell<QFColorValue>(item, "colour", row);
+    Tell<QFStringValue>(item, "string", row);
+    Tell<QFTimeValue>(item, "time", row);
+    Tell<QFPointValue>(item, "point", row);
+    Tell<QFRectValue>(item, "rect", row);
+    Tell<QFIntArrayValue>(item, "int array", row);
+    rows.push_back(row);
+  }
+}
+
+void ExpectGolden(const QFSettingsKey& tree, const std::string& name, std::size_t count) {
+  const Json golden = Json::parse(kvtest::ReadFile(KV_TEST_FILES "/golden/" + name + "_settings.json"));
+  EXPECT_EQ(golden["tree"], name);
+  const Json& wanted = golden["values"];
+  Json found;
+  Collect(tree, found);
+  ASSERT_EQ(wanted.size(), count);
+  ASSERT_EQ(found.size(), count);
+  for (std::size_t i = 0; i < count; ++i) EXPECT_EQ(found[i], wanted[i]) << "value " << i;
+}
+
+}  // namespace
+
+TEST(SettingsGolden, ApplicationTree) {
+  RegDeleteTreeW(HKEY_CURRENT_USER, _T("Software"));
+  setenv("TMPDIR", "/tmp", 1);
+  setenv("TZ", "UTC", 1);
+  const std::u16string path = ProductPathFromSystem(KV_BIN_DIR "/../lib/lang/English/KVRESu.DLL");
+  const HMODULE english = LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
+  ASSERT_NE(english, nullptr);
+  {
+    const CDynLinkLibrary texts(nullptr, english);
+    ExpectGolden(QFAppSettings(), "application", 678);
+  }
+  FreeLibrary(english);
+}
+
+TEST(SettingsGolden, DocumentTree) { ExpectGolden(QFDocSettings(), "document", 192); }

@@ -1,0 +1,241 @@
+// What the product's groups do beyond their tables: the toolbar's repair, duplicate names, hardware rendering, archives
+// of older releases, dumps.
+#include <cstdio>
+#include <random>
+
+#include "framework/archive.h"
+#include "share/settings/application_settings.h"
+#include "share/settings/document_settings.h"
+#include "tests/archive_bytes.h"
+#include "tests/registry_calls.h"
+
+namespace {
+
+constexpr LPCTSTR kToolbar = _T("Software\\Zemlor\\Kestrova\\Toolbar");
+constexpr LPCTSTR kDisplay = _T("Software\\Zemlor\\Kestrova\\Display");
+
+int IntOf(const QFSettingsKey& key, LPCTSTR name) {
+  int value = -1;
+  key.GetValue(name, value);
+  return value;
+}
+
+// The tree from an archive, with its class record, as documents hold it.
+std::string Stored(QFSettingsKey& tree) {
+  return kvtest::Store([&](CArchive& ar) { ar.WriteObject(&tree); });
+}
+template <class Tree>
+std::unique_ptr<Tree> Loaded(const std::string& bytes) {
+  Tree* tree = nullptr;
+  kvtest::Load(bytes, [&](CArchive& ar) { ar >> tree; });
+  return std::unique_ptr<Tree>(tree);
+}
+
+// A name as a value's record holds it.
+std::string Recorded(const std::string& name) {
+  return kvtest::Bytes("FF FE FF") + char(name.size()) + kvtest::Wide(std::u16string(name.begin(), name.end()));
+}
+// Makes a name foreign, of the same length: "Feature" becomes "#eature".
+std::string WithForeign(std::string bytes, const std::string& name) {
+  const std::size_t at = bytes.find(Recorded(name));
+  EXPECT_NE(at, std::string::npos) << name;
+  bytes[at + 4] = '#';
+  return bytes;
+}
+
+class SettingsGroups : public testing::Test {
+ protected:
+  void SetUp() override { RegDeleteTreeW(HKEY_CURRENT_USER, _T("Software")); }
+};
+
+}  // namespace
+
+// ---- application
+
+TEST_F(SettingsGroups, BuildingTheTreeWritesTheToolbarAlone) {
+  const QFAppSettings settings;
+  kvtest::Key product;
+  ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, _T("Software\\Zemlor\\Kestrova"), 0, KEY_READ, &product), ERROR_SUCCESS);
+  EXPECT_EQ(kvtest::SubKeys(product), std::vector<kvtest::Text>{_T("Toolbar")});
+  std::string expected;
+  for (const int number : {0, 1, 1, 1, 2, 1, 3, 1, 4, 1, 5, 1, 6, 1, 7, 1, 8, 1, 9, 1, 11, 1})
+    expected += kvtest::Raw(number);
+  EXPECT_EQ(kvtest::Get(HKEY_CURRENT_USER, kToolbar, _T("ToolbarButtons")), (kvtest::Stored{REG_BINARY, expected}));
+}
+
+TEST_F(SettingsGroups, StoredToolbarGrowsByButtonsThatAreOn) {
+  const auto pairs = [](int from, int to) {
+    std::vector<int> all;
+    for (int i = from; i < to; ++i) all.insert(all.end(), {i, 1});
+    return all;
+  };
+  const struct {
+    int stored;  // numbers, each of them 7
+    std::vector<int> added;
+  } rows[] = {{0, pairs(0, 11)}, {18, pairs(9, 11)}, {20, pairs(10, 11)}, {21, {10, 1}}, {22, {}}, {30, {}}};
+  for (const auto& row : rows) {
+    std::string before, after;
+    for (int i = 0; i < row.stored; ++i) before += kvtest::Raw(7);
+    after = before;
+    for (const int number : row.added) after += kvtest::Raw(number);
+    kvtest::Put(HKEY_CURRENT_USER, kToolbar, _T("ToolbarButtons"), {REG_BINARY, before});
+    const QFToolbarSettings settings;
+    EXPECT_EQ(kvtest::Get(HKEY_CURRENT_USER, kToolbar, _T("ToolbarButtons")), (kvtest::Stored{REG_BINARY, after}))
+        << row.stored << " numbers";
+    CArray<int, int> inMemory;
+    settings.GetValue(_T("ToolbarButtons"), inMemory);
+    EXPECT_EQ(inMemory.GetSize() * 4, LONGLONG(after.size())) << row.stored << " numbers";
+  }
+}
+
+TEST_F(SettingsGroups, OfADuplicateNameTheRegistryKeepsTheFirstDeclared) {
+  const struct {
+    LPCTSTR name;
+    int first, last;
+  } rows[] = {{_T("EnableToolHolderOpenGLPreview"), 0, 1},
+              {_T("StockDispType"), 1, 3},
+              {_T("DisplayToolHolderPreviewOnToolCrib"), 0, 1}};
+  QFAppSettings settings;
+  for (const auto& row : rows) {
+    EXPECT_EQ(IntOf(settings, row.name), row.last);
+    settings.SetValue(row.name, 9);
+    EXPECT_EQ(IntOf(settings, row.name), 9);
+  }
+  EXPECT_EQ(settings.SaveValuesToRegistry(), 1);
+  EXPECT_EQ(settings.RestoreValuesFromRegistry(), 1);
+  for (const auto& row : rows) EXPECT_EQ(IntOf(settings, row.name), row.first) << "the change is gone";
+  kvtest::Put(HKEY_CURRENT_USER, kDisplay, _T("StockDispType"), {REG_DWORD, kvtest::Raw(5)});
+  settings.RestoreValuesFromRegistry();
+  settings.SaveValuesToRegistry();
+  EXPECT_EQ(IntOf(settings, _T("StockDispType")), 5) << "both have what was stored";
+}
+
+TEST_F(SettingsGroups, HardwareRenderingIsOneOrTwo) {
+  for (const auto& [before, after] : std::vector<std::pair<int, int>>{{-1, 1}, {0, 1}, {1, 1}, {2, 2}, {3, 1}}) {
+    QFAppSettings settings;
+    settings.GetKey(_T("Display"))->SetValue(_T("UseHardwareRendering"), before);
+    settings.GetKey(_T("Simulation"))->SetValue(_T("UseHardwareRendering"), 7);
+    settings.ResetTheOpenGLOptionsValue();
+    EXPECT_EQ(IntOf(*settings.GetKey(_T("Display")), _T("UseHardwareRendering")), after) << before;
+    EXPECT_EQ(IntOf(*settings.GetKey(_T("Simulation")), _T("UseHardwareRendering")), 7) << before;
+  }
+}
+
+TEST_F(SettingsGroups, GroupsWithoutARunTimeClassDontComeBackFromAnArchive) {
+  EXPECT_EQ(QFToolingSettings().GetRuntimeClass(), RUNTIME_CLASS(QFSettingsKey));
+  EXPECT_EQ(QFKVUtilitiesSettings().GetRuntimeClass(), RUNTIME_CLASS(QFSettingsKey));
+  QFAppSettings settings;
+  settings.SetValue(_T("SquareNeckType"), 7);
+  settings.SetValue(_T("MESLibVer"), 12);
+  const auto loaded = Loaded<QFAppSettings>(Stored(settings));
+  EXPECT_EQ(IntOf(*loaded, _T("MESLibVer")), 12);
+  EXPECT_EQ(IntOf(*loaded, _T("SquareNeckType")), 1);
+  EXPECT_EQ(loaded->GetKey(_T("Oper_Filter22"))->GetPath(),
+            _T("Software\\Zemlor\\Kestrova\\Operations\\Oper_Filter22"));
+}
+
+TEST_F(SettingsGroups, BannersNameTheClassAndEncloseNothing) {
+  const kvtest::ScratchFolder folder;
+  QFToolingSettings tooling;
+  QFConfigSettings config;
+  for (const auto& [key, name] : std::vector<std::pair<QFSettingsKey*, std::string>>{{&tooling, "QFToolingSettings"},
+                                                                                     {&config, "QFConfigSettings"}}) {
+    const auto path = folder.Path() / name;
+    FILE* file = std::fopen(path.c_str(), "wb");
+    key->DumpData(file);
+    std::fclose(file);
+    const std::string line = "============================ ", end = " ================================\n";
+    const std::string start = "\n" + line + name + " Start" + end + "\n" + line + name + " End" + end + "\n" + line +
+                              "QFSettingsKey Start" + end;
+    EXPECT_EQ(kvtest::ReadFile(path).substr(0, start.size()), start);
+    key->DumpData(nullptr);
+  }
+}
+
+// ---- document
+
+TEST_F(SettingsGroups, DocumentTreeComesBackFromItsArchive) {
+  QFDocSettings settings;
+  settings.SetValue(_T("Feature"), 0x123456ul);
+  settings.SetValue(_T("TurnFeatureCreationStyle"), 5);
+  settings.SetValue(_T("MaxFacetDeviation"), 0.001);
+  const std::string bytes = Stored(settings);
+  const auto loaded = Loaded<QFDocSettings>(bytes);
+  unsigned long color = 0;
+  loaded->GetValue(_T("Feature"), color);
+  EXPECT_EQ(color, 0x123456ul);
+  EXPECT_EQ(IntOf(*loaded, _T("TurnFeatureCreationStyle")), 5);
+  double target = 0;
+  loaded->GetValue(_T("MaxFacetDevTarget"), target);
+  EXPECT_EQ(target, 1e-05) << "schema 2 holds the target's own";
+  EXPECT_EQ(Stored(*loaded), bytes);
+  ASSERT_NE(loaded->GetKey(_T("Colors")), nullptr);
+  EXPECT_EQ(loaded->GetKey(_T("Colors"))->GetRuntimeClass(), RUNTIME_CLASS(QFColorSettings));
+  EXPECT_EQ(loaded->GetKey(_T("Colors"))->GetPath(), _T("Software\\Zemlor\\Kestrova\\Colors"));
+}
+
+TEST_F(SettingsGroups, FirstSchemaOfSimulationGivesTheTargetItsValues) {
+  QFSimulationSettings settings;
+  settings.SetValue(_T("MaxFacetDeviation"), 0.001);
+  settings.SetValue(_T("TessellationQuality"), 50);
+  std::string bytes = Stored(settings);
+  bytes[2] = 1;  // the schema, behind the mark of a new class
+  for (const bool known : {true, false}) {
+    if (!known) bytes = WithForeign(WithForeign(bytes, "MaxFacetDeviation"), "TessellationQuality");
+    const auto loaded = Loaded<QFSimulationSettings>(bytes);
+    double deviation = 0;
+    loaded->GetValue(_T("MaxFacetDevTarget"), deviation);
+    EXPECT_EQ(deviation, known ? 0.001 : 1e-05);
+    EXPECT_EQ(IntOf(*loaded, _T("TessQualityTarget")), known ? 50 : 100);
+  }
+}
+
+TEST_F(SettingsGroups, OldDocumentHasFeatureCreationStyleZero) {
+  QFDocSettings settings;
+  EXPECT_EQ(IntOf(settings, _T("MillFeatureCreationStyle")), 1);
+  EXPECT_EQ(IntOf(*Loaded<QFDocSettings>(WithForeign(Stored(settings), "MillFeatureCreationStyle")),
+                  _T("MillFeatureCreationStyle")),
+            0);
+}
+
+TEST_F(SettingsGroups, NodeDisplayRemembersThatItWasSerialized) {
+  QFNodeDisplaySettings settings;
+  EXPECT_EQ(settings.m_bSerialized, 0);
+  const std::string bytes = Stored(settings);
+  EXPECT_EQ(settings.m_bSerialized, 1);
+  EXPECT_EQ(Loaded<QFNodeDisplaySettings>(bytes)->m_bSerialized, 1);
+}
+
+// Documents of releases that knew other names: what both know comes through, the rest has the default and goes no
+// further.
+TEST_F(SettingsGroups, ThousandDocumentsMergeWithoutLoss) {
+  const char* const names[] = {
+      "Feature",    "SeqHoleFeat", "EDMRmHole",   "AnimSpeed",        "Chuck",
+      "UpdateMill", "EDMSkim",     "UseKVConfig", "DelFeatWithOpers", "TurnFeatureCreationStyle"};
+  const auto wide = [](const char* name) { return CString(std::u16string(name, name + std::strlen(name)).c_str()); };
+  // The number in an int or a colour.
+  const auto get = [&](const QFSettingsKey& tree, const char* name) {
+    unsigned long color = 0xFFFFFFFF;
+    tree.GetValue(wide(name), color);
+    return color == 0xFFFFFFFF ? IntOf(tree, wide(name)) : int(color);
+  };
+  const QFDocSettings defaults;
+  std::mt19937 random(kvtest::PrintedSeed());
+  for (int document = 0; document < 1000; ++document) {
+    QFDocSettings settings;
+    for (const char* name : names) {
+      settings.SetValue(wide(name), int(random() % 1000));
+      settings.SetValue(wide(name), (unsigned long)(random() % 1000));
+    }
+    std::string bytes = Stored(settings);
+    unsigned foreign = random() % 1024;
+    for (std::size_t i = 0; i < std::size(names); ++i) {
+      if (foreign >> i & 1) bytes = WithForeign(bytes, names[i]);
+    }
+    const auto loaded = Loaded<QFDocSettings>(bytes);
+    for (std::size_t i = 0; i < std::size(names); ++i)
+      ASSERT_EQ(get(*loaded, names[i]), get(foreign >> i & 1 ? defaults : settings, names[i])) << names[i];
+    ASSERT_EQ(Stored(*loaded).size(), bytes.size()) << "as many values as before, of the same names' lengths";
+    for (const char* name : names) ASSERT_EQ(get(*loaded, ('#' + std::string(name + 1)).c_str()), -1) << name;
+  }
+}
