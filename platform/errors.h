@@ -9,6 +9,8 @@
 #ifndef _WIN32
 
 inline constexpr LONG ERROR_NOT_SAME_DEVICE = 17;
+inline constexpr LONG ERROR_NO_MORE_FILES = 18;
+inline constexpr LONG ERROR_BAD_LENGTH = 24;
 inline constexpr LONG ERROR_BROKEN_PIPE = 109;
 inline constexpr LONG ERROR_BUFFER_OVERFLOW = 111;
 inline constexpr LONG ERROR_NEGATIVE_SEEK = 131;

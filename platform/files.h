@@ -26,6 +26,18 @@ inline constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;
 // The attributes, of the target for a link; INVALID_FILE_ATTRIBUTES on failure. A folder is never reported read-only.
 KVSHARE_API DWORD GetFileAttributesW(LPCWSTR path);
 
+struct WIN32_FILE_ATTRIBUTE_DATA {
+  DWORD dwFileAttributes;
+  FILETIME ftCreationTime;  // of the last change of the file's facts, where the system keeps no other
+  FILETIME ftLastAccessTime;
+  FILETIME ftLastWriteTime;
+  DWORD nFileSizeHigh;
+  DWORD nFileSizeLow;  // 0 for a folder
+};
+enum GET_FILEEX_INFO_LEVELS { GetFileExInfoStandard };
+// The attributes as above, with times and size, into a WIN32_FILE_ATTRIBUTE_DATA; the only level there is.
+KVSHARE_API BOOL GetFileAttributesExW(LPCWSTR path, GET_FILEEX_INFO_LEVELS level, void* facts);
+
 // 0 if the path exists (mode 0), may be written (2), read (4), or both (6), else -1. Another mode is EINVAL.
 KVSHARE_API int _waccess(LPCWSTR path, int mode);
 
@@ -41,7 +53,7 @@ using LPSECURITY_ATTRIBUTES = void*;
 // Make one level; ERROR_ALREADY_EXISTS (EEXIST) if anything of the name exists. A drive's own folder is made as needed.
 KVSHARE_API BOOL CreateDirectoryW(LPCWSTR path, LPSECURITY_ATTRIBUTES unused);
 KVSHARE_API int _wmkdir(LPCWSTR path);
-// Removes an empty folder; ERROR_DIRECTORY for a file.
+// Removes an empty folder, or a link to a folder, whose content stays; ERROR_DIRECTORY for a file.
 KVSHARE_API BOOL RemoveDirectoryW(LPCWSTR path);
 
 // ---- whole files
@@ -55,6 +67,12 @@ inline constexpr DWORD MOVEFILE_WRITE_THROUGH = 8;
 // ERROR_ALREADY_EXISTS; with it an existing file is replaced in one step. MOVEFILE_WRITE_THROUGH returns only when the
 // new name is on the disk. Renaming to another case of the same name works.
 KVSHARE_API BOOL MoveFileExW(LPCWSTR from, LPCWSTR to, DWORD flags);
+
+// Copies a file's content, rights and time of writing; a link is copied as what it leads to. The new file is written
+// beside and renamed (platform/safe_file.h), so that a full disk leaves the target as it was. With failIfExists a
+// target that is there is ERROR_FILE_EXISTS; without, it is replaced unless it is read-only. ERROR_SHARING_VIOLATION if
+// both are one file, ERROR_ACCESS_DENIED for folders and for what is no plain file.
+KVSHARE_API BOOL CopyFileW(LPCWSTR from, LPCWSTR to, BOOL failIfExists);
 
 // Makes a name from the folder, up to three characters of the prefix and four digits of unique in hexadecimal, ".tmp"
 // behind, into a buffer of MAX_PATH units. With unique 0 it picks a number that is free and makes the empty file. Gives

@@ -6,6 +6,7 @@
 #pragma once
 
 #include "platform/errors.h"
+#include "platform/time.h"
 #include "platform/types.h"
 
 #ifndef _WIN32
@@ -19,18 +20,6 @@ inline constexpr LCID LOCALE_USER_DEFAULT = 0x0400;
 KVSHARE_API LANGID GetUserDefaultLangID();
 constexpr WORD PRIMARYLANGID(LANGID language) { return language & 0x3FF; }
 constexpr WORD SUBLANGID(LANGID language) { return WORD(language >> 10); }
-
-struct SYSTEMTIME {
-  WORD wYear;
-  WORD wMonth;      // from 1
-  WORD wDayOfWeek;  // from 0, Sunday
-  WORD wDay;
-  WORD wHour;
-  WORD wMinute;
-  WORD wSecond;
-  WORD wMilliseconds;
-};
-using LPSYSTEMTIME = SYSTEMTIME*;
 
 // The present time on the user's clock.
 KVSHARE_API void GetLocalTime(LPSYSTEMTIME time);

@@ -13,6 +13,7 @@
 #include "platform/linux/drives.h"
 #include "platform/linux/errno_status.h"
 #include "platform/linux/file_system.h"
+#include "platform/linux/file_times.h"
 #include "platform/linux/utf8.h"
 #include "platform/text.h"
 
@@ -92,6 +93,17 @@ int RefusalToWrite(const std::string& path) {
   return IsReadOnly(facts) ? EACCES : 0;
 }
 
+DWORD AttributesOf(const struct stat& facts) {
+  if (S_ISDIR(facts.st_mode)) return FILE_ATTRIBUTE_DIRECTORY;
+  return IsReadOnly(facts) ? FILE_ATTRIBUTE_READONLY : FILE_ATTRIBUTE_NORMAL;
+}
+
+WIN32_FILE_ATTRIBUTE_DATA FactsOf(const struct stat& facts) {
+  const ULONGLONG size = S_ISDIR(facts.st_mode) ? 0 : ULONGLONG(facts.st_size);
+  return {AttributesOf(facts),       FileTimeOf(facts.st_ctim), FileTimeOf(facts.st_atim),
+          FileTimeOf(facts.st_mtim), DWORD(size >> 32),         DWORD(size)};
+}
+
 // ---- attributes and access
 
 DWORD GetFileAttributesW(LPCWSTR path) {
@@ -101,8 +113,15 @@ DWORD GetFileAttributesW(LPCWSTR path) {
     FailForPath(errno, system);
     return INVALID_FILE_ATTRIBUTES;
   }
-  if (S_ISDIR(facts.st_mode)) return FILE_ATTRIBUTE_DIRECTORY;
-  return IsReadOnly(facts) ? FILE_ATTRIBUTE_READONLY : FILE_ATTRIBUTE_NORMAL;
+  return AttributesOf(facts);
+}
+
+BOOL GetFileAttributesExW(LPCWSTR path, GET_FILEEX_INFO_LEVELS, void* facts) {
+  const std::string system = SystemPathFromProduct(path);
+  struct stat found;
+  if (stat(system.c_str(), &found) != 0) return FailForPath(errno, system);
+  *static_cast<WIN32_FILE_ATTRIBUTE_DATA*>(facts) = FactsOf(found);
+  return TRUE;
 }
 
 int _waccess(LPCWSTR path, int mode) {
@@ -133,8 +152,13 @@ BOOL CreateDirectoryW(LPCWSTR path, LPSECURITY_ATTRIBUTES) {
 int _wmkdir(LPCWSTR path) { return CResult(MakeFolder(path)); }
 
 BOOL RemoveDirectoryW(LPCWSTR path) {
-  const std::string system = SystemPathFromProduct(path);
-  if (rmdir(system.c_str()) == 0) return TRUE;
+  std::string system = SystemPathFromProduct(path);
+  while (system.size() > 1 && system.back() == '/') system.pop_back();  // which would lead through a link
+  struct stat own;
+  struct stat target;
+  const bool is_link = lstat(system.c_str(), &own) == 0 && S_ISLNK(own.st_mode) && stat(system.c_str(), &target) == 0 &&
+                       S_ISDIR(target.st_mode);
+  if ((is_link ? unlink(system.c_str()) : rmdir(system.c_str())) == 0) return TRUE;
   const int code = errno;
   const bool is_other = code == ENOTDIR && access(system.c_str(), F_OK) == 0;
   return is_other ? FailWithStatus(ERROR_DIRECTORY) : FailForPath(code, system);

@@ -7,6 +7,7 @@
 #include "platform/linux/compound_format.h"
 #include "platform/linux/compound_reader.h"
 #include "platform/linux/compound_writer.h"
+#include "platform/linux/file_times.h"
 #include "platform/paths.h"
 
 namespace {
@@ -90,8 +91,7 @@ HRESULT CheckElementName(LPCWSTR name) {
 FILETIME StorageTimeNow() {
   std::timespec now = {};
   std::timespec_get(&now, TIME_UTC);
-  const ULONGLONG since_1601 = (ULONGLONG(now.tv_sec) + 11644473600) * 10000000 + ULONGLONG(now.tv_nsec / 100);
-  return {DWORD(since_1601), DWORD(since_1601 >> 32)};
+  return FileTimeOf(now);
 }
 
 LPOLESTR CopyForCaller(std::u16string_view text) {

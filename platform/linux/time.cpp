@@ -1,8 +1,12 @@
-// Calendar fields on the C library's reentrant calls.
+// Calendar fields: of the C library's times by its reentrant calls, of file times by the calendar of <chrono>.
 #include "platform/time.h"
 
 #include <cerrno>
+#include <chrono>
 #include <cstring>
+
+#include "platform/linux/errno_status.h"
+#include "platform/linux/file_times.h"
 
 namespace {
 
@@ -31,4 +35,33 @@ __time64_t _time64(__time64_t* time) {
   const __time64_t now = ::time(nullptr);
   if (time) *time = now;
   return now;
+}
+
+BOOL FileTimeToSystemTime(const FILETIME* time, LPSYSTEMTIME fields) {
+  using namespace std::chrono;
+  const ULONGLONG units = UnitsOf(*time);
+  if (units >> 63) return FailWithStatus(ERROR_INVALID_PARAMETER);
+  constexpr sys_days kFirst = 1601y / January / 1;
+  const ULONGLONG milliseconds_in_day = units / 10'000 % 86'400'000;
+  const sys_days day = kFirst + days(units / (10'000ULL * 86'400'000));
+  const year_month_day date(day);
+  *fields = {WORD(int(date.year())),
+             WORD(unsigned(date.month())),
+             WORD(weekday(day).c_encoding()),
+             WORD(unsigned(date.day())),
+             WORD(milliseconds_in_day / 3'600'000),
+             WORD(milliseconds_in_day / 60'000 % 60),
+             WORD(milliseconds_in_day / 1000 % 60),
+             WORD(milliseconds_in_day % 1000)};
+  return TRUE;
+}
+
+BOOL FileTimeToLocalFileTime(const FILETIME* universal, FILETIME* local) {
+  const time_t now = ::time(nullptr);
+  tm fields = {};
+  localtime_r(&now, &fields);
+  const ULONGLONG moved = UnitsOf(*universal) + ULONGLONG(fields.tm_gmtoff * kFileTimeUnits);
+  if ((UnitsOf(*universal) | moved) >> 63) return FailWithStatus(ERROR_INVALID_PARAMETER);
+  *local = FileTimeOf(moved);
+  return TRUE;
 }
