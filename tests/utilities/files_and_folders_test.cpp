@@ -1,0 +1,225 @@
+// Files and folders: what each operation gives, and what is on the disk afterwards.
+#include "share/utilities/files_and_folders.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/files.h"
+#include "platform/process.h"
+#include "tests/scratch.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class FilesAndFolders : public testing::Test {
+ protected:
+  CString At(const std::string& name) const {
+    return CString(ProductPathFromSystem((folder.Path() / name).string()).c_str());
+  }
+  fs::path On(const std::string& name) const { return folder.Path() / name; }
+
+  // Everything below a folder, "folder/ folder/file=content ", in order.
+  std::string Tree(const std::string& name) const {
+    std::vector<std::string> entries;
+    for (const auto& entry : fs::recursive_directory_iterator(On(name))) {
+      const std::string path = fs::relative(entry.path(), On(name)).string();
+      entries.push_back(entry.is_directory() ? path + "/" : path + "=" + kvtest::ReadFile(entry.path()));
+    }
+    std::sort(entries.begin(), entries.end());
+    return Joined(entries);
+  }
+  static std::string Joined(const std::vector<std::string>& parts) {
+    std::string text;
+    for (const std::string& part : parts) text += part + " ";
+    return text;
+  }
+  static std::string Joined(const CList<CString>& names) {
+    std::string text;
+    for (POSITION at = names.GetHeadPosition(); at;) text += ToUtf8(names.GetNext(at)) + " ";
+    return text;
+  }
+
+  kvtest::ScratchFolder folder;
+  QFFileAndFolderUtilities files;
+};
+
+TEST_F(FilesAndFolders, FolderIsMadeOneLevelDeep) {
+  CString one = At("one");
+  CString two = At("two/three");
+  EXPECT_EQ(files.CreateDirectoryW(one), 1);
+  EXPECT_TRUE(fs::is_directory(On("one")));
+  EXPECT_EQ(files.CreateDirectoryW(one), 0);
+  EXPECT_EQ(files.CreateDirectoryW(two), 0);
+  CString none;
+  EXPECT_EQ(files.CreateDirectoryW(none), 0);
+}
+
+TEST_F(FilesAndFolders, DeletingTakesAllThatLiesInIt) {
+  std::string deep = "gone";
+  for (int i = 0; i < 300; ++i) deep += "/d" + std::to_string(i % 10);
+  folder.Write(deep + "/file", "x");
+  for (int i = 0; i < 1000; ++i) folder.Write("gone/many/" + std::to_string(i), "x");
+  folder.Write("kept", "x");
+  CString gone = At("gone/");
+  EXPECT_EQ(files.DeleteDirectory(gone), 1);
+  EXPECT_EQ(Tree(""), "kept=x ");
+  EXPECT_EQ(files.DeleteDirectory(gone), 0);
+  CString file = At("kept");
+  EXPECT_EQ(files.DeleteDirectory(file), 0);
+  CString none;
+  EXPECT_EQ(files.DeleteDirectory(none), 0);
+  EXPECT_EQ(Tree(""), "kept=x ");
+}
+
+TEST_F(FilesAndFolders, DeletingNeverLeavesTheFolder) {
+  folder.Write("outside/precious", "x");
+  fs::create_directories(On("gone/sub"));
+  fs::create_directory_symlink(On("outside"), On("gone/sub/link"));
+  fs::create_directory_symlink("..", On("gone/sub/up"));
+  fs::create_symlink(On("outside/precious"), On("gone/file"));
+  fs::create_symlink("nowhere", On("gone/nothing"));
+  fs::create_directory_symlink(On("outside"), On("whole"));
+  CString gone = At("gone");
+  CString whole = At("whole/");
+  EXPECT_EQ(files.DeleteDirectory(gone), 1);
+  EXPECT_EQ(files.DeleteDirectory(whole), 1);
+  EXPECT_EQ(Tree(""), "outside/ outside/precious=x ");
+  folder.Write("trap/..\\outside\\precious", "a name with backslashes");
+  CString trap = At("trap");
+  EXPECT_EQ(files.DeleteDirectory(trap), 0);
+  EXPECT_EQ(Tree("outside"), "precious=x ");
+}
+
+TEST_F(FilesAndFolders, CopyMakesTheSameTree) {
+  folder.Write("from/a", "1");
+  folder.Write("from/sub/b", "2");
+  folder.Write("outside/c", "3");
+  fs::create_directory(On("from/empty"));
+  fs::create_symlink(On("outside/c"), On("from/link"));
+  folder.Write("to/a", "old");
+  EXPECT_EQ(files.CopyDirectoryWithContents(At("from"), At("to")), 1);
+  EXPECT_EQ(Tree("to"), "a=1 empty/ link=3 sub/ sub/b=2 ");
+  EXPECT_EQ(files.CopyDirectoryWithContents(At("from/"), At("from/sub")), 1) << "into itself";
+  EXPECT_EQ(Tree("from/sub"), "a=1 b=2 empty/ link=3 sub/ sub/b=2 ");
+  EXPECT_EQ(files.CopyDirectoryWithContents(At("none"), At("new")), 0);
+  EXPECT_EQ(files.CopyDirectoryWithContents(At("outside"), At("none/new")), 0);
+  EXPECT_EQ(files.CopyDirectoryWithContents(At("outside"), At("to/a")), 0) << "a file in the place of the folder";
+  EXPECT_FALSE(fs::exists(On("new")));
+  fs::create_directory_symlink("..", On("from/sub/up"));
+  EXPECT_EQ(files.CopyDirectoryWithContents(At("from"), At("last")), 0) << "a link to a folder is left out";
+  EXPECT_EQ(Tree("last/sub"), "a=1 b=2 empty/ link=3 sub/ sub/b=2 ");
+}
+
+TEST_F(FilesAndFolders, ListsTellFilesAndFolders) {
+  folder.Write("b", "x");
+  folder.Write("A", "");
+  folder.Write("sub/c", "x");
+  CList<CString> names;
+  names.AddTail(CString(_T("first")));
+  EXPECT_EQ(files.GetFileNameListFromFolder(At(""), names), 1);
+  EXPECT_EQ(Joined(names), "first A b ");
+  names.RemoveAll();
+  EXPECT_EQ(files.GetNonZeroSizeFileNameListFromFolder(At(""), names), 1);
+  EXPECT_EQ(files.GetDirectoriesInFolder(At(""), names), 1);
+  EXPECT_EQ(files.GetDirectoriesInFolder(At("sub"), names), 1);
+  EXPECT_EQ(Joined(names), "b sub ");
+  for (const CString& wrong : {At("none"), At("b"), CString()})
+    EXPECT_EQ(files.GetFileNameListFromFolder(wrong, names), 0);
+  CString name = _T("kept");
+  EXPECT_EQ(files.GetFirstMatchingFileInFolder(At(""), _T("s*"), name), 0);
+  EXPECT_EQ(name, _T("kept"));
+  EXPECT_EQ(files.GetFirstMatchingFileInFolder(At(""), _T("*"), name), 1);
+  EXPECT_EQ(name, _T("A"));
+}
+
+TEST_F(FilesAndFolders, FactsOfFiles) {
+  folder.Write("empty", "");
+  folder.Write("file", std::string(1536, 'x'));
+  fs::create_symlink("file", On("link"));
+  const struct {
+    CString path;
+    int exists;
+    LPCTSTR bytes;
+    LPCTSTR kilobytes;
+  } rows[] = {
+      {At("file"), 1, _T("1536 bytes"), _T("1.50 KB")},
+      {At("FILE"), 1, _T("1536 bytes"), _T("1.50 KB")},
+      {At("link"), 1, _T("1536 bytes"), _T("1.50 KB")},
+      {At("sub/../file"), 0, _T(""), _T("")},
+      {At("empty"), 1, _T(""), _T("")},
+      {At(""), 0, _T(""), _T("")},
+      {At("none"), 0, _T(""), _T("")},
+      {At(std::string(300, 'n')), 0, _T(""), _T("")},
+      {CString(), 0, _T(""), _T("")},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(ToUtf8(row.path));
+    EXPECT_EQ(files.DoesFileExist(row.path), row.exists);
+    EXPECT_EQ(files.GetFileSize(row.path, 0), row.bytes);
+    EXPECT_EQ(files.GetFileSize(row.path, 1), row.kilobytes);
+  }
+}
+
+TEST_F(FilesAndFolders, TemporaryFilesLieInTheTemporaryFolder) {
+  SetEnvironmentVariableW(_T("TMPDIR"), folder.Path().u16string().c_str());
+  CString place;
+  CString path;
+  EXPECT_EQ(files.GetTempFolderLocation(place), 1);
+  EXPECT_EQ(place, At(""));
+  EXPECT_EQ(files.CreateTempFileName(path), 1);
+  EXPECT_EQ(files.DoesFileExist(path), 1);
+  EXPECT_EQ(files.IsFileInTempDirectory(path), 1);
+  EXPECT_EQ(files.IsFileInTempDirectory(path.MakeUpper()), 1);
+  EXPECT_EQ(files.IsFileInTempDirectory(_T("C:\\file")), 0);
+  EXPECT_EQ(files.HasCreateFilePermission(place), 1);
+  EXPECT_EQ(files.HasCreateFilePermission(At("none")), 0);
+  EXPECT_EQ(std::distance(fs::directory_iterator(folder.Path()), {}), 1) << "only the one temporary file";
+  SetEnvironmentVariableW(_T("TMPDIR"), (u"/" + std::u16string(300, u'x')).c_str());
+  EXPECT_EQ(files.GetTempFolderLocation(place), 0);
+  EXPECT_EQ(place, _T(""));
+  path = _T("kept");
+  EXPECT_EQ(files.CreateTempFileName(path), 0);
+  EXPECT_EQ(path, _T("kept"));
+  SetEnvironmentVariableW(_T("TMPDIR"), nullptr);
+}
+
+TEST_F(FilesAndFolders, TextsOfPaths) {
+  using Change = int (QFFileAndFolderUtilities::*)(CString&);
+  const struct {
+    Change change;
+    LPCTSTR before;
+    LPCTSTR after;
+  } rows[] = {
+      {&QFFileAndFolderUtilities::EnsureFileExtHasDot, _T("txt"), _T(".txt")},
+      {&QFFileAndFolderUtilities::EnsureFileExtHasDot, _T(".txt"), _T(".txt")},
+      {&QFFileAndFolderUtilities::EnsureFileExtHasDot, _T(""), _T(".")},
+      {&QFFileAndFolderUtilities::EnsureFolderPathEndsWithSlash, _T("C:\\a"), _T("C:\\a\\")},
+      {&QFFileAndFolderUtilities::EnsureFolderPathEndsWithSlash, _T("C:\\a\\"), _T("C:\\a\\")},
+      {&QFFileAndFolderUtilities::EnsureFolderPathEndsWithSlash, _T(""), _T("\\")},
+      {&QFFileAndFolderUtilities::RemoveExtraSlaces, _T("\\\\host\\\\a\\\\\\\\b\\"), _T("\\\\host\\a\\b\\")},
+      {&QFFileAndFolderUtilities::RemoveExtraSlaces, _T("\\\\\\\\host"), _T("\\\\host")},
+      {&QFFileAndFolderUtilities::RemoveExtraSlaces, _T("C:\\\\a"), _T("C:\\a")},
+      {&QFFileAndFolderUtilities::RemoveExtraSlaces, _T("\\"), _T("\\")},
+      {&QFFileAndFolderUtilities::RemoveExtraSlaces, _T(""), _T("")},
+  };
+  for (const auto& row : rows) {
+    CString text = row.before;
+    EXPECT_EQ((files.*row.change)(text), 1);
+    EXPECT_EQ(text, row.after) << ToUtf8(CString(row.before));
+  }
+  CString text;
+  for (LPCTSTR start : {_T("C:\\a"), _T("C:\\a\\"), _T("C:\\a\\\\")}) {
+    for (LPCTSTR end : {_T("b.c"), _T("\\b.c")}) {
+      EXPECT_EQ(files.ConcatFolderPathFileName(start, end, text), 1);
+      EXPECT_EQ(text, _T("C:\\a\\b.c"));
+    }
+  }
+  EXPECT_EQ(files.GetFileName(text, text), 1);
+  EXPECT_EQ(text, _T("b.c"));
+  EXPECT_EQ(files.GetDirectoryName(_T("C:\\a\\b.c"), text), 1);
+  EXPECT_EQ(text, _T("C:\\a\\"));
+  EXPECT_EQ(files.GetFileName(CString(), text), 0);
+  EXPECT_EQ(files.GetDirectoryName(CString(), text), 0);
+}
+
+}  // namespace
