@@ -34,6 +34,7 @@
 #include "share/env/document_callbacks.h"
 #include "share/env/document_messages.h"
 #include "share/env/feature_switches.h"
+#include "share/env/language_choice.h"
 #include "share/env/product_edition.h"
 #include "share/env/product_identity.h"
 #include "share/env/registry_access.h"

@@ -71,12 +71,68 @@ class KVSHARE_API CKVEnvApp {
   const CString& GetKVHelpPath() const { return m_HelpPath; }
   void SetKVHelpPath(const CString& path) { m_HelpPath = path; }
 
-  // The folder of data: "KVDataPath" of the user's, then of the machine's key of this release; without either the
-  // install folder, which is then written into the machine's key. A registry read.
-  CString GetKVDataPath() const;
-  // In the install folder, whatever the language; in the folder of data.
+  // Manuals, what's new, the help of additive manufacturing: in the English folder, whatever the language.
   CString GetManualPDFFilePath() const;
+  CString GetWhatsNewPDFFilePath() const;
+  CString GetKVAMHelpPath() const;
+  // The folder of tutorials, without a backslash behind: of the language if they are translated and there, else the
+  // English one.
+  CString GetTutorialsPath() const;
+  CString GetTechDBAppPath() const;
+  // The NC editor's program, in the install folder or beside it, whether or not it exists; and its arguments, such as
+  // "/lang=de-DE".
+  const CString& GetCIMCOEditorPath() const { return m_NCEditorPath; }
+  const CString& GetCIMCOEditorCmdArg() const { return m_NCEditorArguments; }
+
+  // ---- the folder of data, and what lies there; each a registry read
+
+  // "KVDataPath" of the user's, then of the machine's key of this release; without either the install folder, which is
+  // then written into the machine's key.
+  CString GetKVDataPath() const;
+  // "KVCommonDataPath" of the user's key; "\" without one: that is required.
+  CString GetKVCommonDataPath() const;
   CString GetKVTaskPaneINIFilePath() const;
+  CString GetTechDBConfigFilePath() const;  // a folder
+  CString GetDefaultSQLiteDBPath() const;
+  // Makes the folder if it is missing; whether that worked doesn't show.
+  CString GetSimulationRecordingFolderPath() const;
+  // The language's folder below the folder of data; the getter sets the field first.
+  CString GetKVDefaultToolInsertPath();
+  void SetKVDefaultToolInsertPath();
+
+  // ---- folders that a user may move; each ends in a backslash, the empty one is "\"
+
+  // From the application settings; without them from the registry, the user's key first, and for the simulation's
+  // folders then the machine's. Settings that are there and hold an empty text don't fall through: that is required.
+  CString GetSetupSheetImagePath() const;
+  CString GetSetupSheetTemplatePath() const;
+  CString GetSubSpindleOperFolderPath() const;
+  CString GetDefaultSimulationMachineFolderPath() const;
+  CString GetDefaultSimulationControllerFolderPath() const;
+  CString GetDefaultSimulationJobFolderPath() const;
+  // As it is kept, which may be empty: "SaveStyleSheetTo" of the settings, else of the machine's key.
+  CString GetVersionIndependentSetupSheetTemplatePath() const;
+  // The simulator as the machine's key has it, and as the user has it, with a backslash behind even if a program is
+  // named; both may be empty.
+  CString GetVirtualMachinePath() const;
+  CString GetIMSExePath() const;
+  // What the EDM application's settings say, else folders below the folder of data; empty without those settings.
+  CString ExtractEDMCuttingConditionPath() const;
+  CString ExtractEDMPostFilePath() const;
+  // The paths in use, empty until set. Setting one copies it to the EDM application's settings, if there are any.
+  const CString& GetEDMCuttingConditionPath() const { return m_EDMCuttingConditionPath; }
+  void SetEDMCuttingConditionPath(const CString& path);
+  const CString& GetEDMPostFilePath() const { return m_EDMPostFilePath; }
+  void SetEDMPostFilePath(const CString& path);
+
+  // ---- language
+
+  // The language in force, for resources and for the technology database (share/env/language_choice.h).
+  QFDatabaseLang_e GetTechDBLang() const { return m_TechDBLang; }
+  // The number of the language of that name, compared exactly; English for a name that is none, and for "Greek".
+  QFDatabaseLang_e GetCorrespondingDBLangName(const CString& name) const;
+  // The code of the language in force as the NC editor takes it, such as "de-DE".
+  CString GetLanguageForSIMCO() const;
 
   // ---- libraries beside it, by name and full path
 
@@ -89,6 +145,10 @@ class KVSHARE_API CKVEnvApp {
   const CString& GetKVAPIDllName() const { return m_InterfaceDllName; }
   const CString& GetKVAPIDllPath() const { return m_InterfaceDllPath; }
   const CString& GetKV5AxisDllName() const { return m_FiveAxisDllName; }
+  CString GetKV5AxisDllPath() const;
+  CString GetEDMResourceDllPath() const;  // the folder alone: that is required
+  CString GetUtilitiesDllName() const;
+  CString GetUtilitiesDllPath() const;  // the folder alone
   const CString& GetVisiDllName() const { return m_VisiDllName; }
   const CString& GetVisiDllPath() const { return m_VisiDllPath; }  // the folder alone: that is required
   const CString& GetEDConnectorDllName() const { return m_EDConnectorDllName; }
@@ -103,8 +163,9 @@ class KVSHARE_API CKVEnvApp {
   const CString& GetKVTechDBName() const { return m_TechDBName; }
   const CString& GetKVTechDBPath() const { return m_TechDBPath; }
   void SetKVTechDBPath(const CString& path) { m_TechDBPath = path; }
+  // Sets it to the database's name in the language's folder below the folder of data, and gives it.
+  CString SetKVDefaultTechDBPath();
   const CString& GetKVTechDBFormsName() const { return m_TechDBFormsName; }
-  QFDatabaseLang_e GetTechDBLang() const { return m_TechDBLang; }
   // 1 if the stand-alone application serves it: the registry value "TechDBForms" reads "TechDB App".
   int GetConfigDataUseStatus() const { return m_bConfigData; }
   int Is64BitDatabaseInUse() const { return m_b64BitDatabase; }
@@ -139,8 +200,8 @@ class KVSHARE_API CKVEnvApp {
   void SetIsXMLSetUpSheet(int flag) { m_bXMLSetUpSheet = flag; }
   const CString& GetXMLSetUpSheetPath() const { return m_XMLSetUpSheetPath; }
   void SetXMLSetUpSheetPath(const CString& path) { m_XMLSetUpSheetPath = path; }
-  const CString& GetCIMCOEditorPath() const { return m_NCEditorPath; }
-  const CString& GetCIMCOEditorCmdArg() const { return m_NCEditorArguments; }
+  // For reports that lie beside their part: the image folder, relative, and the part's name that was set.
+  CString GetXMLReportRelativePathInfo() const;
 
   // The two window controls in the host's panes.
   CString GetTreeTabProgID() const;
@@ -208,6 +269,7 @@ class KVSHARE_API CKVEnvApp {
   void FindHelp();
   void SetDebugFlag();
   CString InInstall(const CString& rest) const { return m_Drive + m_InstallPath + rest; }
+  CString InEnglish(LPCTSTR rest) const;
 
   CString m_ModuleDllName;
   CString m_ShareDllName;
@@ -264,6 +326,9 @@ class KVSHARE_API CKVEnvApp {
 // Links this library into the application's chain of resource modules. To be called once: a second call makes a second
 // link.
 KVSHARE_API void InitShareDll();
+
+// The environment's GetKVPath: the install folder without its drive.
+KVSHARE_API void KVGetInstallPath(CString& path);
 
 // All three are CKVEnvApp::Instance and CKVEnvApp::DestroyInstance under the names that modules use.
 KVSHARE_API CKVEnvApp* InitAppEnv();

@@ -7,13 +7,9 @@
 #include "platform/process.h"
 #include "platform/resources.h"
 #include "share/env/app_env.h"
-#include "share/env/registry_keys.h"
-#include "share/settings/settings_key.h"
 
 namespace {
 
-constexpr LPCTSTR kEnglishFolder = _T("lang\\English\\");
-constexpr LPCTSTR kDataPath = _T("KVDataPath");
 constexpr DWORD kFlagUnits = 50;
 
 // This library's link in the chain of resource modules, the chain's own; null before InitShareDll.
@@ -23,23 +19,6 @@ bool IsYes(LPCTSTR variable) {
   TCHAR value[kFlagUnits] = {};
   const DWORD length = GetEnvironmentVariableW(variable, value, kFlagUnits);
   return length > 0 && length < kFlagUnits && CString(value).CompareNoCase(_T("YES")) == 0;
-}
-
-// A path kept in this release's key; empty if it is missing.
-CString ReadPath(HKEY hive, LPCTSTR name) {
-  QFSettingsKey key(CString(), kVersionKey);
-  key.SetKey(hive);
-  key.AddValue(name, CString());
-  CString path;
-  if (key.RestoreValuesFromRegistry()) key.GetValue(name, path);
-  return path;
-}
-
-void SavePath(HKEY hive, LPCTSTR name, const CString& path) {
-  QFSettingsKey key(CString(), kVersionKey);
-  key.SetKey(hive);
-  key.AddValue(name, path);
-  key.SaveValuesToRegistry();
 }
 
 }  // namespace
@@ -67,23 +46,6 @@ void CKVEnvApp::StoreLocation() {
   m_ModuleName = m_ModuleDllName;  // and not the name of the file: that is required
   m_ModuleExt = extension;
 }
-
-// ---- folders and files
-
-CString CKVEnvApp::GetKVDataPath() const {
-  CString path = ReadPath(HKEY_CURRENT_USER, kDataPath);
-  if (path.IsEmpty()) path = ReadPath(HKEY_LOCAL_MACHINE, kDataPath);
-  if (path.IsEmpty()) {
-    path = InInstall(CString());
-    SavePath(HKEY_LOCAL_MACHINE, kDataPath, path);
-  }
-  if (path.Right(1) != _T("\\")) path += u'\\';
-  return path;
-}
-
-CString CKVEnvApp::GetManualPDFFilePath() const { return InInstall(kEnglishFolder) + _T("Manuals\\"); }
-
-CString CKVEnvApp::GetKVTaskPaneINIFilePath() const { return GetKVDataPath() + _T("KVTaskPaneWebCtrl.ini"); }
 
 // ---- libraries
 
@@ -126,18 +88,12 @@ void CKVEnvApp::LoadResources() const {
 
 void CKVEnvApp::FindHelp() {
   CString folder = InInstall(m_LanguageFolder);
-  if (_waccess(folder + _T("Milling.chm"), 0) != 0) folder = InInstall(kEnglishFolder);
+  if (_waccess(folder + _T("Milling.chm"), 0) != 0) folder = InEnglish(_T(""));
   SetKVHelpPath(folder);
   // The help system's context table is loaded from there once there is a help system.
 }
 
-// ---- language, user, time
-
-// English to begin with. The registry's and the host's choice join here.
-void CKVEnvApp::SetKVDefLangAndDataRelPath() {
-  m_LanguageFolder = kEnglishFolder;
-  m_TechDBLang = QF_DBLANG_ENGLISH;
-}
+// ---- user, time
 
 void CKVEnvApp::SetUserName() {
   TCHAR name[100] = {};

@@ -149,6 +149,7 @@ TEST_F(Product, PathsComeFromTheEnvironment) {
   EXPECT_EQ(CKVVersionInfo::OnKestrovaTaskPaneINIFFilePath(), install + _T("KVTaskPaneWebCtrl.ini"));
   EXPECT_EQ(CKVVersionInfo::GetTaskPaneTabStringName(), _T("KVTASKPANE.KVTaskPaneWebCtrlVS2019.6"));
   EXPECT_EQ(GetRegSettingStringValue(HKEY_LOCAL_MACHINE, kVersionKey, _T("KVDataPath")), install);
+  RegSettingDeleteValue(HKEY_CURRENT_USER, kVersionKey, _T("KVDataPath"));
   SetRegistryValueForString(HKEY_LOCAL_MACHINE, kVersionKey, _T("KVDataPath"), _T("C:\\All"));
   EXPECT_EQ(AppEnv()->GetKVDataPath(), _T("C:\\All\\"));
   SetRegSettingDwordValue(HKEY_CURRENT_USER, kVersionKey, _T("other"), 1);

@@ -1,0 +1,35 @@
+// Paths kept in the registry and in the application settings.
+#include "share/env/kept_paths.h"
+
+#include "share/settings/settings_key.h"
+
+CString ReadKeptText(HKEY hive, LPCTSTR path, LPCTSTR name) {
+  QFSettingsKey key(CString(), path);
+  key.SetKey(hive);
+  key.AddValue(name, CString());
+  key.RestoreValuesFromRegistry();
+  return TextOf(&key, name);
+}
+
+CString ReadKeptTextOfUserOrMachine(LPCTSTR path, LPCTSTR name) {
+  CString text = ReadKeptText(HKEY_CURRENT_USER, path, name);
+  return text.IsEmpty() ? ReadKeptText(HKEY_LOCAL_MACHINE, path, name) : text;
+}
+
+void KeepText(HKEY hive, LPCTSTR path, LPCTSTR name, const CString& text) {
+  QFSettingsKey key(CString(), path);
+  key.SetKey(hive);
+  key.AddValue(name, text);
+  key.SaveValuesToRegistry();
+}
+
+CString TextOf(const QFSettingsKey* tree, LPCTSTR name) {
+  CString text;
+  if (tree) tree->GetValue(name, text);
+  return text;
+}
+
+CString EndingInBackslash(CString path) {
+  if (path.IsEmpty() || path[path.GetLength() - 1] != u'\\') path += u'\\';
+  return path;
+}
