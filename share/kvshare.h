@@ -68,6 +68,7 @@
 #include "share/objects/ui_object.h"
 #include "share/settings/application_settings.h"
 #include "share/settings/document_settings.h"
+#include "share/settings/feed_colors.h"
 #include "share/settings/registry_text.h"
 #include "share/settings/settings_group.h"
 #include "share/settings/settings_key.h"

@@ -4,6 +4,7 @@
 #include "platform/paths.h"
 #include "share/env/registry_keys.h"
 #include "share/settings/application_settings_table.h"
+#include "share/settings/feed_colors.h"
 
 using namespace application_settings;
 
@@ -128,7 +129,9 @@ QFAppSettings::QFAppSettings() : SettingsGroup(_T("QFAppSettings"), _T("Applicat
   AddKey(new QFWorkpieceSettings);
   AddKey(new QFAppEdmSettings);
   AddKey(new QFToolHolderPreviewSettings);
-  // FEED COLOURS: turn, mill, edm
+  AddKey(new QFTurnFeedColorsSettings);
+  AddKey(new QFMillFeedColorsSettings);
+  AddKey(new QFEdmFeedColorsSettings);
   AddKey(new QFAdv3AxisSettings);
   AddKey(new QFAppRebuildSettings);
   AddKey(new QFSetupSheetSettings);

@@ -11,6 +11,9 @@
 // first and then the other over it; restoring gives both what is stored. So a change of such a name lasts until the
 // tree is saved and restored; from then on both have what the one declared first had.
 //
+// Three of the keys are the tables of feed colours (share/settings/feed_colors.h), which hold what the user enters and
+// make every restore of the whole tree give 0.
+//
 // Some defaults come from the language library, which has to be loaded ahead of building the tree: without it they are
 // empty.
 #pragma once

@@ -92,6 +92,17 @@ void QFSettingsKey::DestroyList() {
   ResetContent(m_List);
 }
 
+void QFSettingsKey::TakeOutAll() {
+  ForgetNames();
+  m_Former.AddTail(&m_List);
+  m_List.RemoveAll();
+}
+
+void QFSettingsKey::SortList(CObListCompare compare) {
+  ForgetNames();  // of equal names another one may come first
+  CObList_Sort(&m_List, compare);
+}
+
 void QFSettingsKey::ResetContent(CObList& list) {
   ForEach(list, [](CObject* item) { delete item; });
   list.RemoveAll();
@@ -148,6 +159,7 @@ void QFSettingsKey::ForgetNames() {
   for (QFSettingsKey* key = this; key; key = key->m_pOwner) {
     delete key->m_pIndex.exchange(nullptr, std::memory_order_acq_rel);
     key->m_nSearches.store(0, std::memory_order_relaxed);
+    ++key->m_nListVersion;
   }
 }
 

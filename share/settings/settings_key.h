@@ -24,6 +24,7 @@
 #include "framework/ob_list.h"
 #include "platform/registry.h"
 #include "share/settings/settings_value.h"
+#include "share/utilities/object_lists.h"
 
 class KVSHARE_API QFSettingsKey : public QFBaseObject {
   DECLARE_SERIAL(QFSettingsKey)
@@ -124,6 +125,13 @@ class KVSHARE_API QFSettingsKey : public QFBaseObject {
   QFSettingsKey* FindSettingsKey(const CString& name) const;
 
   void DestroyList();
+  // Takes every item out of the list without deleting it. No search finds it there any more, but it lives, and stays
+  // this key's, until the key itself is deleted: whoever holds one may go on reading it, and nobody else deletes it.
+  void TakeOutAll();
+  // See CObList_Sort.
+  void SortList(CObListCompare compare);
+  // Another number whenever the list, or a name in it, may have changed.
+  ULONGLONG GetListVersion() const { return m_nListVersion; }
 
   CString m_Name;
   CString m_Path;
@@ -139,8 +147,9 @@ class KVSHARE_API QFSettingsKey : public QFBaseObject {
   const NameIndex* GetIndex() const;
 
   CObList m_List;
-  CObList m_Former;  // what stood in the list when a load failed
+  CObList m_Former;  // taken out of the list
   QFSettingsKey* m_pOwner = nullptr;
+  ULONGLONG m_nListVersion = 0;
   mutable std::atomic<const NameIndex*> m_pIndex = nullptr;
   mutable std::atomic<int> m_nSearches = 0;  // since the last change of shape
 };

@@ -3,7 +3,7 @@
 
 #include <cstdio>
 
-#include "share/settings/settings_key.h"
+#include "share/settings/feed_colors.h"
 #include "tests/scratch.h"
 
 namespace {
@@ -70,4 +70,14 @@ TEST(SettingsDump, KeyCountsItsItemsFromZero) {
                               "\n m_List Total Items : 0\n" + end + "\n m_List count: 1\n" +
                               Banner("QFIntValue Start") + "\n m_Data: 1" + Banner("QFIntValue End") + end);
   root.DumpData(nullptr);
+}
+
+TEST(SettingsDump, ClassBannersStandAheadOfTheKeyAndEncloseNothing) {
+  QFEdmFeedColorsSettings table;
+  const std::string dumped = Dumped(table);
+  const std::string start = Banner("QFEdmFeedColorsSettings Start") + Banner("QFEdmFeedColorsSettings End") +
+                            Banner("QFSettingsKey Start") +
+                            "\n m_Name: Edm\n m_Path: Software\\Zemlor\\Kestrova\\FeedColors\\Edm\n";
+  EXPECT_TRUE(dumped.starts_with(start)) << dumped;
+  table.DumpData(nullptr);
 }
