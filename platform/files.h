@@ -81,8 +81,10 @@ KVSHARE_API UINT GetTempFileNameW(LPCWSTR folder, LPCWSTR prefix, UINT unique, L
 
 // ---- the C library's streams
 
-// A mode of the C library, with the platform's additions b, t, x, N, S, R, c, n and ", ccs=...", which change nothing
-// here but x; a child process never inherits the file. Null, with EINVAL for a mode that is none.
+// A mode of the C library, with the platform's additions b, t, x, N, S, R, c, n and ", ccs=...". Only two of them
+// change anything here: x, and ccs=UTF-16LE (or UNICODE), with which a file that is made or emptied, or is empty when
+// it is appended to, begins with the mark FF FE; what is written behind it stays the caller's bytes. A child process
+// never inherits the file. Null, with EINVAL for a mode that is none.
 KVSHARE_API FILE* _wfopen(LPCWSTR path, LPCWSTR mode);
 
 // ---- handles

@@ -263,6 +263,15 @@ std::string StreamMode(LPCWSTR mode) {
   return result + (update ? "+" : "") + (exclusive ? "x" : "") + "e";
 }
 
+// Whether a new file of the mode begins with FF FE.
+bool BeginsWithUtf16Mark(LPCWSTR mode) {
+  const std::u16string text = mode;
+  const std::size_t name = text.find(u"ccs=");
+  if (name == text.npos) return false;
+  const std::u16string encoding = text.substr(name + 4, text.find_last_not_of(u' ') - name - 3);
+  return _wcsicmp(encoding.c_str(), u"UTF-16LE") == 0 || _wcsicmp(encoding.c_str(), u"UNICODE") == 0;
+}
+
 }  // namespace
 
 FILE* _wfopen(LPCWSTR path, LPCWSTR mode) {
@@ -280,12 +289,17 @@ FILE* _wfopen(LPCWSTR path, LPCWSTR mode) {
     return nullptr;
   }
   FILE* file = std::fopen(system.c_str(), letters.c_str());
-  if (!file || writes) return file;
-  struct stat facts;  // the C library opens a folder for reading and fails only later
-  if (fstat(fileno(file), &facts) == 0 && S_ISDIR(facts.st_mode)) {
-    std::fclose(file);
-    errno = EACCES;
-    return nullptr;
-  }
-  return file;
+  if (!file) return nullptr;
+  struct stat facts = {};
+  const bool known = fstat(fileno(file), &facts) == 0;
+  int failure = 0;
+  // The C library opens a folder for reading and fails only later.
+  if (!writes && known && S_ISDIR(facts.st_mode)) failure = EACCES;
+  if (letters.front() != 'r' && known && facts.st_size == 0 && BeginsWithUtf16Mark(mode) &&
+      (std::fputs("\xFF\xFE", file) < 0 || std::fflush(file) != 0))
+    failure = errno;
+  if (failure == 0) return file;
+  std::fclose(file);
+  errno = failure;
+  return nullptr;
 }

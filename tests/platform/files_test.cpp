@@ -196,6 +196,31 @@ TEST_F(Files, StreamModesOfThePlatformWork) {
   EXPECT_EQ(_wfopen(nullptr, _T("r")), nullptr);
 }
 
+TEST_F(Files, Utf16StreamsOfNewFilesBeginWithTheMark) {
+  const struct {
+    const TCHAR* mode;
+    std::string before;
+    std::string wanted;
+  } rows[] = {
+      {_T("w, ccs=UTF-16LE"), "old", "\xFF\xFE"},
+      {_T("w+b,ccs=utf-16le "), "", "\xFF\xFE"},
+      {_T("w, ccs=UNICODE"), "", "\xFF\xFE"},
+      {_T("a, ccs=UTF-16LE"), "", "\xFF\xFE"},
+      {_T("a, ccs=UTF-16LE"), "old", "old"},
+      {_T("r+, ccs=UTF-16LE"), "", ""},
+      {_T("w, ccs=UTF-8"), "", ""},
+      {_T("w, ccs="), "", ""},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(testing::PrintToString(std::u16string(row.mode)));
+    folder.Write("f", row.before);
+    FILE* file = _wfopen(At("f").c_str(), row.mode);
+    ASSERT_NE(file, nullptr);
+    EXPECT_EQ(kvtest::ReadFile(folder.Path() / "f"), row.wanted);
+    EXPECT_EQ(std::fclose(file), 0);
+  }
+}
+
 TEST_F(Files, TempFileNamesAreNewFiles) {
   TCHAR a[MAX_PATH];
   TCHAR b[MAX_PATH];
