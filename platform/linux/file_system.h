@@ -19,3 +19,5 @@ DWORD AttributesOf(const struct stat& facts);
 WIN32_FILE_ATTRIBUTE_DATA FactsOf(const struct stat& facts);
 // Sets the last status for a call on the path and gives false.
 bool FailForPath(int code, const std::string& path);
+// The file that is written for the path: the target of a link, as far as there is one, so that the link stays.
+std::string PathBehindLinks(const std::string& path);

@@ -97,15 +97,35 @@ std::string DriveFolderOf(LPCWSTR path) {
 
 // ---- mapping
 
-std::string SystemPathFromProduct(LPCWSTR path) {
-  std::string slashed = Slashed(path);
+namespace {
+
+// The system's path as it is written: the folder of the drive, or nothing, and the rest behind it.
+struct Written {
   std::string base;
-  if (HasDrive(slashed)) {
-    base = DriveFolder(slashed[0]) + '/';
-    slashed.erase(0, slashed.size() > 2 && slashed[2] == '/' ? 3 : 2);
+  std::string rest;
+};
+
+Written Write(LPCWSTR path) {
+  Written written = {{}, Slashed(path)};
+  std::string& rest = written.rest;
+  if (HasDrive(rest)) {
+    written.base = DriveFolder(rest[0]) + '/';
+    rest.erase(0, rest.size() > 2 && rest[2] == '/' ? 3 : 2);
   }
-  const std::string whole = base + slashed;
-  return whole.empty() || Exists(whole) ? whole : LookUp(base, slashed);
+  return written;
+}
+
+}  // namespace
+
+std::string SystemPathAsWritten(LPCWSTR path) {
+  const Written written = Write(path);
+  return written.base + written.rest;
+}
+
+std::string SystemPathFromProduct(LPCWSTR path) {
+  const Written written = Write(path);
+  const std::string whole = written.base + written.rest;
+  return whole.empty() || Exists(whole) ? whole : LookUp(written.base, written.rest);
 }
 
 std::u16string ProductPathFromSystem(std::string_view path) {

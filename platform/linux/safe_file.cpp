@@ -23,8 +23,17 @@ constexpr std::size_t kCollected = 64 * 1024;
 constexpr int kTries = 100;
 constexpr std::size_t kMostNameBytes = 200;  // of the target's name in that of the file beside it
 
-// The file behind a link, so that the link stays one. A link to nothing yet is followed as far as it can be told.
-std::string BehindLinks(const std::string& path) {
+// Differs from those of other processes and of this one. One that is taken all the same, by the file of a process that
+// was killed, is passed over.
+std::string NextNumber() {
+  static std::atomic<unsigned> serial = 0;
+  return std::to_string(getpid()) + std::to_string(serial.fetch_add(1, std::memory_order_relaxed));
+}
+
+}  // namespace
+
+// A link to nothing yet is followed as far as it can be told.
+std::string PathBehindLinks(const std::string& path) {
   struct stat facts;
   if (lstat(path.c_str(), &facts) == 0 && !S_ISLNK(facts.st_mode)) return path;  // links in its folders don't matter
   char resolved[PATH_MAX];
@@ -34,15 +43,6 @@ std::string BehindLinks(const std::string& path) {
   const std::string target(resolved, std::size_t(length));
   return target.front() == '/' ? target : FolderOf(path) + '/' + target;
 }
-
-// Differs from those of other processes and of this one. One that is taken all the same, by the file of a process that
-// was killed, is passed over.
-std::string NextNumber() {
-  static std::atomic<unsigned> serial = 0;
-  return std::to_string(getpid()) + std::to_string(serial.fetch_add(1, std::memory_order_relaxed));
-}
-
-}  // namespace
 
 struct SafeFile::State {
   std::string product_path;  // as given, for the reason
@@ -115,7 +115,7 @@ SafeFile::SafeFile(LPCWSTR path) : state_(std::make_unique<State>()) {
     return;
   }
   EnsureDriveFolder(path);
-  state_->target = BehindLinks(SystemPathFromProduct(path));
+  state_->target = PathBehindLinks(SystemPathFromProduct(path));
   state_->Open();
 }
 

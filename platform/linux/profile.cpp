@@ -1,0 +1,167 @@
+// The calls: their arguments, buffers and results. What a file says is in profile_text.cpp.
+#include "platform/profile.h"
+
+#include <cerrno>
+
+#include "platform/linux/drives.h"
+#include "platform/linux/errno_status.h"
+#include "platform/linux/file_system.h"
+#include "platform/linux/profile_file.h"
+#include "platform/paths.h"
+#include "platform/safe_file.h"
+
+namespace {
+
+using kvprofile::Profile;
+using ProfilePointer = std::shared_ptr<const Profile>;
+
+// ---- arguments
+
+std::u16string_view WithoutTrailingSpaces(LPCWSTR text) {
+  const std::u16string_view all = text ? text : u"";
+  return all.substr(0, all.find_last_not_of(u' ') + 1);  // npos + 1 is 0
+}
+
+std::u16string_view Trimmed(std::u16string_view text) {
+  text.remove_prefix(std::min(text.find_first_not_of(u' '), text.size()));
+  return text.substr(0, text.find_last_not_of(u' ') + 1);
+}
+
+std::u16string_view Trimmed(LPCWSTR text) { return Trimmed(std::u16string_view(text)); }
+
+// ---- results
+
+// A text that is cut shows in the status.
+DWORD GiveText(std::u16string_view text, LPWSTR buffer, DWORD units) {
+  const std::size_t count = std::min<std::size_t>(text.size(), units - 1);
+  text.copy(buffer, count);
+  buffer[count] = 0;
+  if (count < text.size()) SetLastError(ERROR_MORE_DATA);
+  return DWORD(count);
+}
+
+// A list with a NUL behind each entry, and one more.
+DWORD GiveList(std::u16string_view list, LPWSTR buffer, DWORD units) {
+  if (list.size() < units) {
+    list.copy(buffer, list.size());
+    buffer[list.size()] = 0;
+    if (list.empty() && units > 1) buffer[1] = 0;  // two, even so
+    return DWORD(list.size());
+  }
+  SetLastError(ERROR_MORE_DATA);
+  const DWORD count = units > 2 ? units - 2 : 0;
+  list.copy(buffer, count);
+  for (DWORD i = count; i < units; ++i) buffer[i] = 0;
+  return count;
+}
+
+// ---- the file
+
+// Null with the reason in the last status.
+ProfilePointer Open(LPCWSTR path) {
+  ProfilePointer profile;
+  std::string system = SystemPathAsWritten(path);
+  int code = kvprofile::Read(system, profile);
+  if (code == ENOENT || code == ENOTDIR) {
+    system = SystemPathFromProduct(path);
+    code = kvprofile::Read(system, profile);
+  }
+  if (code == 0) return profile;
+  FailForPath(code, system);
+  return nullptr;
+}
+
+// Puts what change makes of the file in its place; nothing means that the file stays.
+template <class Change>
+BOOL Write(LPCWSTR path, Change change) {
+  if (!path || !*path) return FailWithStatus(ERROR_PATH_NOT_FOUND);
+  EnsureDriveFolder(path);
+  const std::string target = PathBehindLinks(SystemPathFromProduct(path));
+  kvprofile::FolderLock lock;
+  if (const int code = lock.Take(FolderOf(target))) return FailForPath(code, target);
+  ProfilePointer profile;
+  const int code = kvprofile::Read(target, profile);
+  if (code == ENOENT)
+    profile = Profile::FromBytes({});
+  else if (code != 0)
+    return FailForPath(code, target);
+  const std::optional<std::string> bytes = change(*profile);
+  if (!bytes) return TRUE;
+  if (bytes->size() > kvprofile::kMostBytes) return FailWithStatus(ERROR_FILE_TOO_LARGE);
+  const LONG status = WriteFileSafely(path, *bytes);
+  return status == ERROR_SUCCESS || FailWithStatus(status);
+}
+
+}  // namespace
+
+// ---- reading
+
+DWORD GetPrivateProfileStringW(LPCWSTR section, LPCWSTR key, LPCWSTR defaultText, LPWSTR buffer, DWORD units,
+                               LPCWSTR path) {
+  if (!section) return GetPrivateProfileSectionNamesW(buffer, units, path);
+  if (!buffer || units == 0) return 0;
+  const ProfilePointer profile = Open(path);
+  std::u16string text;
+  const bool found = profile && (key ? profile->FindValue(Trimmed(section), Trimmed(key), text)
+                                     : profile->ListKeys(Trimmed(section), text));
+  if (profile && !found) SetLastError(ERROR_FILE_NOT_FOUND);
+  if (!key) return GiveList(text, buffer, units);
+  return GiveText(found ? std::u16string_view(text) : WithoutTrailingSpaces(defaultText), buffer, units);
+}
+
+UINT GetPrivateProfileIntW(LPCWSTR section, LPCWSTR key, LONG defaultNumber, LPCWSTR path) {
+  const ProfilePointer profile = Open(path);
+  std::u16string text;
+  const bool found = section && key && profile && profile->FindValue(Trimmed(section), Trimmed(key), text);
+  if (profile && !found) SetLastError(ERROR_FILE_NOT_FOUND);
+  if (!found) return UINT(defaultNumber);
+  std::u16string_view rest = Trimmed(text);
+  const bool negative = rest.starts_with(u'-');
+  if (negative || rest.starts_with(u'+')) rest.remove_prefix(1);
+  UINT number = 0;
+  for (; !rest.empty() && rest.front() >= u'0' && rest.front() <= u'9'; rest.remove_prefix(1))
+    number = number * 10 + UINT(rest.front() - u'0');
+  return negative ? 0 - number : number;
+}
+
+DWORD GetPrivateProfileSectionNamesW(LPWSTR buffer, DWORD units, LPCWSTR path) {
+  if (!buffer || units == 0) return 0;
+  const ProfilePointer profile = Open(path);
+  return GiveList(profile ? profile->SectionNames() : std::u16string(), buffer, units);
+}
+
+DWORD GetPrivateProfileSectionW(LPCWSTR section, LPWSTR buffer, DWORD units, LPCWSTR path) {
+  if (!buffer || units == 0) return 0;
+  const ProfilePointer profile = Open(path);
+  std::u16string list;
+  const bool found = section && profile && profile->ListLines(Trimmed(section), list);
+  if (profile && !found) SetLastError(ERROR_FILE_NOT_FOUND);
+  return GiveList(list, buffer, units);
+}
+
+// ---- writing
+
+BOOL WritePrivateProfileStringW(LPCWSTR section, LPCWSTR key, LPCWSTR value, LPCWSTR path) {
+  if (!section) {
+    if (!key && !value) kvprofile::ForgetAll();  // what is kept is asked to be given up; the call fails all the same
+    return FailWithStatus(ERROR_INVALID_PARAMETER);
+  }
+  return Write(path, [&](const Profile& profile) -> std::optional<std::string> {
+    if (!key) return profile.WithoutSection(Trimmed(section));
+    if (!value) return profile.WithoutKey(Trimmed(section), Trimmed(key));
+    return profile.WithValue(Trimmed(section), Trimmed(key), Trimmed(value));
+  });
+}
+
+BOOL WritePrivateProfileSectionW(LPCWSTR section, LPCWSTR list, LPCWSTR path) {
+  if (!section) return FailWithStatus(ERROR_INVALID_PARAMETER);
+  return Write(path, [&](const Profile& profile) -> std::optional<std::string> {
+    if (!list) return profile.WithoutSection(Trimmed(section));
+    std::u16string lines;
+    for (LPCWSTR entry = list; *entry; entry += std::u16string_view(entry).size() + 1) {
+      lines += Trimmed(entry);
+      lines += u'\0';
+    }
+    return profile.WithLines(Trimmed(section), lines);
+  });
+}

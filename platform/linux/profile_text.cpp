@@ -1,0 +1,424 @@
+// Reads a profile file's lines in place, in its own encoding, so that a change leaves all other bytes alone.
+#include "platform/linux/profile_text.h"
+
+#include <unicode/uchar.h>
+#include <unicode/utf16.h>
+#include <unicode/utf8.h>
+
+#include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <cstring>
+#include <random>
+#include <vector>
+
+#include "platform/linux/utf8.h"
+
+namespace kvprofile {
+
+namespace {
+
+constexpr std::string_view kUtf16Mark = "\xFF\xFE";
+constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+
+static_assert(std::endian::native == std::endian::little, "UTF-16LE is read in place");
+
+// ---- units, characters and their hash
+
+std::string Encode(std::u16string_view text, char) {
+  if (std::all_of(text.begin(), text.end(), [](char16_t unit) { return unit < 0x80; }))
+    return {text.begin(), text.end()};
+  return Utf8FromWide(text);
+}
+std::u16string Encode(std::u16string_view text, char16_t) { return std::u16string(text); }
+
+void AppendWide(std::u16string& out, std::string_view text) {
+  if (std::all_of(text.begin(), text.end(), [](char byte) { return static_cast<signed char>(byte) >= 0; }))
+    out.append(text.begin(), text.end());
+  else
+    out += WideFromUtf8(text);
+}
+void AppendWide(std::u16string& out, std::u16string_view text) { out += text; }
+
+UChar32 Folded(UChar32 character) {
+  if (character < 0x80) return character >= 'A' && character <= 'Z' ? character + 32 : character;
+  return u_foldCase(character, U_FOLD_CASE_DEFAULT);
+}
+
+UChar32 TakeFolded(std::string_view text, std::size_t& at) {
+  UChar32 character = static_cast<unsigned char>(text[at]);
+  if (character < 0x80)
+    ++at;
+  else
+    U8_NEXT_OR_FFFD(reinterpret_cast<const std::uint8_t*>(text.data()), at, text.size(), character);
+  return Folded(character);
+}
+UChar32 TakeFolded(std::u16string_view text, std::size_t& at) {
+  UChar32 character = 0;
+  U16_NEXT(text.data(), at, text.size(), character);
+  return Folded(character);
+}
+
+template <class Unit>
+bool EqualWithoutCase(std::basic_string_view<Unit> a, std::basic_string_view<Unit> b) {
+  std::size_t i = 0;
+  std::size_t j = 0;
+  while (i < a.size() && j < b.size()) {
+    if (TakeFolded(a, i) != TakeFolded(b, j)) return false;
+  }
+  return i == a.size() && j == b.size();
+}
+
+// Differs from process to process, so that no file can be made whose names all meet in one slot.
+template <class Unit>
+std::uint32_t HashOf(std::basic_string_view<Unit> name, std::uint32_t parent) {
+  static const std::uint64_t seed = std::uint64_t(std::random_device()()) << 32 | std::random_device()();
+  std::uint64_t hash = seed ^ parent;
+  for (std::size_t at = 0; at < name.size();) {
+    const auto product =
+        static_cast<unsigned __int128>(hash ^ std::uint64_t(TakeFolded(name, at))) * 0x9E3779B97F4A7C15u;
+    hash = std::uint64_t(product) ^ std::uint64_t(product >> 64);
+  }
+  return std::uint32_t(hash ^ hash >> 32);
+}
+
+template <class Unit>
+bool IsBlank(Unit unit) {
+  return unit == ' ' || unit == '\t' || unit == '\v';
+}
+
+// ---- the text
+
+template <class Unit>
+class Text final : public Profile {
+  using String = std::basic_string<Unit>;
+  using View = std::basic_string_view<Unit>;
+
+ public:
+  // The first units are the mark; behind the last unit there may be half a one more.
+  Text(String text, std::size_t mark, std::string half)
+      : text_(std::move(text)), start_(std::uint32_t(mark)), half_(std::move(half)) {
+    Index();
+  }
+
+  bool HasBytes(std::string_view bytes) const override {
+    const std::string_view own = OwnBytes(text_);
+    return bytes.size() == own.size() + half_.size() && bytes.starts_with(own) && bytes.ends_with(half_);
+  }
+  std::size_t Size() const override { return text_.size() * sizeof(Unit); }
+
+  bool FindValue(std::u16string_view section, std::u16string_view key, std::u16string& value) const override {
+    const Section* const found = FindSection(Encode(section, Unit()));
+    const Slot* const slot = found ? FindKey(*found, Encode(key, Unit())) : nullptr;
+    if (!slot) return false;
+    View text = ViewOf(LineAt(LineBegin(slot->at)).value);
+    const bool quoted = text.size() > 1 && text.front() == text.back() && (text.front() == '"' || text.front() == '\'');
+    if (quoted) text = text.substr(1, text.size() - 2);
+    AppendWide(value, text);
+    return true;
+  }
+
+  std::u16string SectionNames() const override {
+    std::u16string list;
+    for (std::uint32_t at = start_; at < text_.size();) {
+      const Line line = LineAt(at);
+      if (line.kind == Kind::kSection) AppendName(list, ViewOf(line.name));
+      at = line.next;
+    }
+    return list;
+  }
+
+  bool ListKeys(std::u16string_view section, std::u16string& list) const override {
+    return ForKeys(section, [&](const Line& line) { AppendName(list, ViewOf(line.name)); });
+  }
+
+  bool ListLines(std::u16string_view section, std::u16string& list) const override {
+    return ForKeys(section, [&](const Line& line) {
+      AppendWide(list, ViewOf(line.name));
+      list += u'=';
+      AppendWide(list, ViewOf(line.value));
+      list += u'\0';
+    });
+  }
+
+  std::string WithValue(std::u16string_view section, std::u16string_view key,
+                        std::u16string_view value) const override {
+    const String name = Encode(key, Unit());
+    const Section* const found = FindSection(Encode(section, Unit()));
+    const Slot* const slot = found ? FindKey(*found, name) : nullptr;
+    String line(slot ? ViewOf({slot->at, slot->at + slot->length}) : View(name));
+    line += Unit('=');
+    line += Encode(value, Unit());
+    AppendLineEnd(line);
+    if (slot) return Replaced({LineBegin(slot->at), LineAt(LineBegin(slot->at)).next}, line);
+    if (!found) return Replaced(AtEnd(), HeaderOf(section) + line);
+    const std::uint32_t at = LastLineEnd(*found);
+    return Replaced({at, at}, line);
+  }
+
+  std::optional<std::string> WithoutKey(std::u16string_view section, std::u16string_view key) const override {
+    const Section* const found = FindSection(Encode(section, Unit()));
+    const Slot* const slot = found ? FindKey(*found, Encode(key, Unit())) : nullptr;
+    if (!slot) return std::nullopt;
+    return Replaced({LineBegin(slot->at), LineAt(LineBegin(slot->at)).next}, {});
+  }
+
+  std::optional<std::string> WithoutSection(std::u16string_view section) const override {
+    const Section* const found = FindSection(Encode(section, Unit()));
+    if (!found) return std::nullopt;
+    return Replaced({found->header, found->end}, {});
+  }
+
+  std::string WithLines(std::u16string_view section, std::u16string_view lines) const override {
+    String put;
+    for (std::u16string_view rest = lines; !rest.empty();) {
+      const std::size_t end = std::min(rest.find(u'\0'), rest.size());
+      put += Encode(rest.substr(0, end), Unit());
+      AppendLineEnd(put);
+      rest.remove_prefix(std::min(end + 1, rest.size()));
+    }
+    const Section* const found = FindSection(Encode(section, Unit()));
+    if (!found) return Replaced(AtEnd(), HeaderOf(section) + put);
+    String comments;
+    String blanks;  // behind the last comment; the new lines go ahead of them
+    for (std::uint32_t at = found->content; at < found->end;) {
+      const Line line = LineAt(at);
+      const View whole = ViewOf({at, line.next});
+      if (line.kind == Kind::kBlank) blanks += whole;
+      if (line.kind == Kind::kComment) {
+        comments += blanks;
+        comments += whole;
+        blanks.clear();
+      }
+      at = line.next;
+    }
+    if (!comments.empty() && !EndsLine(comments.back())) AppendLineEnd(comments);
+    return Replaced({found->content, found->end}, comments + put + blanks);
+  }
+
+ private:
+  enum class Kind { kBlank, kComment, kSection, kKey, kOther };
+  struct Range {
+    std::uint32_t begin;
+    std::uint32_t end;
+  };
+  struct Line {
+    Kind kind = Kind::kBlank;
+    std::uint32_t next = 0;  // where the next line begins
+    Range name = {};
+    Range value = {};
+  };
+  // The first section of its name.
+  struct Section {
+    std::uint32_t header;
+    std::uint32_t content;
+    std::uint32_t end;  // the next header, whatever its name, or the end of the text
+  };
+  // A name in the index: of a section, or the first of its name in a section.
+  struct Slot {
+    std::uint32_t hash = 0;
+    std::uint32_t parent = 0;  // its section's content; kTop for a section itself
+    std::uint32_t at = kFree;
+    std::uint32_t length = 0;
+  };
+  static constexpr std::uint32_t kFree = 0xFFFFFFFF;
+  static constexpr std::uint32_t kTop = 0xFFFFFFFF;
+
+  static std::string_view OwnBytes(View text) {
+    return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(Unit)};
+  }
+  static bool EndsLine(Unit unit) { return unit == '\r' || unit == '\n'; }
+  // Most units are letters, for which the first comparison is enough.
+  static bool EndsContent(Unit unit) { return unit <= '\r' && (EndsLine(unit) || unit == 0); }
+  static void AppendLineEnd(String& text) {
+    text += Unit('\r');
+    text += Unit('\n');
+  }
+  static void AppendName(std::u16string& list, View name) {
+    if (name.empty()) return;
+    AppendWide(list, name);
+    list += u'\0';
+  }
+
+  View ViewOf(Range range) const { return View(text_).substr(range.begin, range.end - range.begin); }
+  std::uint32_t Length() const { return std::uint32_t(text_.size()); }
+
+  // ---- reading lines
+
+  Range Trimmed(Range range) const {
+    while (range.begin < range.end && IsBlank(text_[range.begin])) ++range.begin;
+    while (range.begin < range.end && IsBlank(text_[range.end - 1])) --range.end;
+    return range;
+  }
+
+  std::uint32_t Find(Unit unit, Range range) const {
+    return std::min(range.end, range.begin + std::uint32_t(std::min<std::size_t>(ViewOf(range).find(unit), kFree / 2)));
+  }
+
+  Line LineAt(std::uint32_t begin) const {
+    std::uint32_t at = begin;
+    while (at < Length() && !EndsContent(text_[at])) ++at;
+    const Range content = Trimmed({begin, at});
+    while (at < Length() && !EndsLine(text_[at])) ++at;  // what stands behind a NUL
+    if (at < Length()) at += text_[at] == '\r' && at + 1 < Length() && text_[at + 1] == '\n' ? 2 : 1;
+    Line line;
+    line.next = at;
+    if (content.begin == content.end) return line;
+    const Unit first = text_[content.begin];
+    if (first == ';') {
+      line.kind = Kind::kComment;
+    } else if (first == '[') {
+      line.kind = Kind::kSection;
+      line.name = Trimmed({content.begin + 1, Find(Unit(']'), content)});
+    } else if (const std::uint32_t equals = Find(Unit('='), content); equals < content.end) {
+      line.kind = Kind::kKey;
+      line.name = Trimmed({content.begin, equals});
+      line.value = Trimmed({equals + 1, content.end});
+    } else {
+      line.kind = Kind::kOther;
+    }
+    return line;
+  }
+
+  // Where the line begins whose first character that is not blank is at that place.
+  std::uint32_t LineBegin(std::uint32_t at) const {
+    while (at > start_ && IsBlank(text_[at - 1])) --at;
+    return at;
+  }
+
+  // ---- the index
+
+  void Index() {
+    slots_.resize(64);
+    bool counts = false;  // whether the lines belong to the first section of their name
+    for (std::uint32_t at = start_; at < Length();) {
+      const Line line = LineAt(at);
+      if (line.kind == Kind::kSection) {
+        if (counts) sections_.back().end = at;
+        counts = Enter(line.name, kTop);
+        if (counts) sections_.push_back({at, line.next, Length()});
+      } else if (line.kind == Kind::kKey && counts) {
+        Enter(line.name, sections_.back().content);
+      }
+      at = line.next;
+    }
+  }
+
+  // False if the name is there already.
+  bool Enter(Range name, std::uint32_t parent) {
+    const View text = ViewOf(name);
+    const std::uint32_t hash = HashOf(text, parent);
+    Slot* slot = const_cast<Slot*>(SlotOf(text, hash, parent));
+    if (slot->at != kFree) return false;
+    *slot = {hash, parent, name.begin, name.end - name.begin};
+    if (++used_ * 2 > slots_.size()) Grow();
+    return true;
+  }
+
+  void Grow() {
+    std::vector<Slot> old(slots_.size() * 2);
+    old.swap(slots_);
+    for (const Slot& slot : old) {
+      if (slot.at == kFree) continue;
+      std::size_t i = slot.hash & (slots_.size() - 1);
+      while (slots_[i].at != kFree) i = (i + 1) & (slots_.size() - 1);
+      slots_[i] = slot;
+    }
+  }
+
+  // The name's slot, or the free one where it would stand.
+  const Slot* SlotOf(View name, std::uint32_t hash, std::uint32_t parent) const {
+    for (std::size_t i = hash;; ++i) {
+      const Slot& slot = slots_[i & (slots_.size() - 1)];
+      if (slot.at == kFree) return &slot;
+      if (slot.hash == hash && slot.parent == parent &&
+          EqualWithoutCase(View(text_).substr(slot.at, slot.length), name))
+        return &slot;
+    }
+  }
+
+  const Slot* FindSlot(View name, std::uint32_t parent) const {
+    const Slot* const slot = SlotOf(name, HashOf(name, parent), parent);
+    return slot->at == kFree ? nullptr : slot;
+  }
+
+  const Section* FindSection(View name) const {
+    const Slot* const slot = FindSlot(name, kTop);
+    if (!slot) return nullptr;
+    const auto behind = std::upper_bound(sections_.begin(), sections_.end(), slot->at,
+                                         [](std::uint32_t at, const Section& section) { return at < section.header; });
+    return &*std::prev(behind);
+  }
+
+  const Slot* FindKey(const Section& section, View name) const { return FindSlot(name, section.content); }
+
+  template <class Do>
+  bool ForKeys(std::u16string_view name, Do act) const {
+    const Section* const section = FindSection(Encode(name, Unit()));
+    if (!section) return false;
+    for (std::uint32_t at = section->content; at < section->end;) {
+      const Line line = LineAt(at);
+      if (line.kind == Kind::kKey) act(line);
+      at = line.next;
+    }
+    return true;
+  }
+
+  // ---- changing
+
+  Range AtEnd() const { return {Length(), Length()}; }
+
+  String HeaderOf(std::u16string_view section) const {
+    String header(1, Unit('['));
+    header += Encode(section, Unit());
+    header += Unit(']');
+    AppendLineEnd(header);
+    return header;
+  }
+
+  // Behind the last line of the section that is not blank.
+  std::uint32_t LastLineEnd(const Section& section) const {
+    std::uint32_t last = section.content;
+    for (std::uint32_t at = section.content; at < section.end;) {
+      const Line line = LineAt(at);
+      if (line.kind != Kind::kBlank) last = line.next;
+      at = line.next;
+    }
+    return last;
+  }
+
+  // The file's bytes with other text in the range. Text that follows a line without an end gives it one.
+  std::string Replaced(Range range, const String& put) const {
+    String whole;
+    whole.reserve(text_.size() + put.size() + 2);
+    whole.append(text_, 0, range.begin);
+    if (!put.empty() && range.begin > start_ && !EndsLine(text_[range.begin - 1])) AppendLineEnd(whole);
+    whole += put;
+    whole.append(text_, range.end);
+    if constexpr (std::is_same_v<Unit, char>)
+      return whole;
+    else
+      return std::string(OwnBytes(whole)) + half_;
+  }
+
+  const String text_;
+  const std::uint32_t start_;
+  const std::string half_;
+  std::vector<Slot> slots_;
+  std::size_t used_ = 0;
+  std::vector<Section> sections_;  // in the order of the file
+};
+
+}  // namespace
+
+std::shared_ptr<const Profile> Profile::FromBytes(std::string bytes) {
+  if (bytes.starts_with(kUtf16Mark)) {
+    std::u16string text(bytes.size() / 2, u'\0');
+    std::memcpy(text.data(), bytes.data(), text.size() * 2);
+    return std::make_shared<Text<char16_t>>(std::move(text), 1, bytes.substr(text.size() * 2));
+  }
+  const std::size_t mark = bytes.starts_with(kUtf8Mark) ? kUtf8Mark.size() : 0;
+  return std::make_shared<Text<char>>(std::move(bytes), mark, std::string());
+}
+
+}  // namespace kvprofile

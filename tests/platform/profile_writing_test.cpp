@@ -1,0 +1,173 @@
+// Profile files: the exact bytes that a write leaves.
+#include "tests/platform/profile_support.h"
+
+namespace {
+
+using namespace std::string_literals;
+using kvtest::Utf16;
+using ProfileWriting = kvtest::ProfileTest;
+
+TEST_F(ProfileWriting, ChangesOneLineAndNothingElse) {
+  const struct {
+    const char* what;
+    std::string bytes;
+    LPCWSTR section;
+    LPCWSTR key;
+    LPCWSTR value;
+    std::string wanted;
+  } rows[] = {
+      {"empty file", "", _T("A"), _T("k"), _T("1"), "[A]\r\nk=1\r\n"},
+      {"arguments lose spaces only", "", _T(" A "), _T("  k "), _T(" \t1  "), "[A]\r\nk=\t1\r\n"},
+      {"empty value", "", _T("A"), _T("k"), _T(""), "[A]\r\nk=\r\n"},
+      {"nothing is quoted or escaped", "", _T("A"), _T("k"), _T("\"a;b\\n#'"), "[A]\r\nk=\"a;b\\n#'\r\n"},
+      {"the case that stands is kept", "[Mill]\r\nFeed=1\r\n", _T("MILL"), _T("FEED"), _T("2"), "[Mill]\r\nFeed=2\r\n"},
+      {"a changed line has no blanks and CR LF", "; c\n\n [A] x\n  k  =  ' 1 ' ; t\n\tl = 2 \n", _T("A"), _T("k"),
+       _T("3"), "; c\n\n [A] x\nk=3\r\n\tl = 2 \n"},
+      {"the first of several keys", "[A]\nk=1\nk=2\n[a]\nk=3\n", _T("a"), _T("K"), _T("9"),
+       "[A]\nk=9\r\nk=2\n[a]\nk=3\n"},
+      {"new key at the end of its section", "[A]\nk=1\n[B]\nm=2\n", _T("A"), _T("l"), _T("3"),
+       "[A]\nk=1\nl=3\r\n[B]\nm=2\n"},
+      {"ahead of the blank lines that part sections", "[A]\nk=1\n;c\n \t\n\n[B]\n", _T("A"), _T("l"), _T("3"),
+       "[A]\nk=1\n;c\nl=3\r\n \t\n\n[B]\n"},
+      {"in the first section of its name", "[A]\n[B]\n[a]\n", _T("a"), _T("k"), _T("1"), "[A]\nk=1\r\n[B]\n[a]\n"},
+      {"new section at the end", "[A]\rk=1\r\r", _T("B"), _T("l"), _T("2"), "[A]\rk=1\r\r[B]\r\nl=2\r\n"},
+      {"behind a line without an end", "[A]\nk=1", _T("A"), _T("l"), _T("2"), "[A]\nk=1\r\nl=2\r\n"},
+      {"behind a header without an end", "[A", _T("A"), _T("l"), _T("2"), "[A\r\nl=2\r\n"},
+      {"new section behind a comment without an end", ";c", _T("A"), _T("k"), _T("1"), ";c\r\n[A]\r\nk=1\r\n"},
+      {"a last line without an end is changed", "[A]\nk=1", _T("A"), _T("k"), _T("2"), "[A]\nk=2\r\n"},
+      {"keys ahead of all sections are none", "k=1\n[A]\n", _T("A"), _T("k"), _T("2"), "k=1\n[A]\nk=2\r\n"},
+      {"odd lines stay", "junk\n[A]\nno\n[ ] ]\n\0\n=\nk=1\0x\n\xFF\n"s, _T("A"), _T("m"), _T("2"),
+       "junk\n[A]\nno\nm=2\r\n[ ] ]\n\0\n=\nk=1\0x\n\xFF\n"s},
+      {"what is no UTF-8 stays", "[\xFF]\nk\xE4=\xFC\n[A]\n", _T("A"), _T("ü"), _T("€"),
+       "[\xFF]\nk\xE4=\xFC\n[A]\n\xC3\xBC=\xE2\x82\xAC\r\n"},
+      {"a UTF-8 mark stays", "\xEF\xBB\xBF[A]\nk=1\n", _T("A"), _T("k"), _T("2"), "\xEF\xBB\xBF[A]\nk=2\r\n"},
+      {"a mark alone is no line", "\xEF\xBB\xBF", _T("A"), _T("k"), _T("2"), "\xEF\xBB\xBF[A]\r\nk=2\r\n"},
+      {"UTF-16 stays so", "\xFF\xFE" + Utf16(u"[Ä]\n k =1\nl=2"), _T("ä"), _T("K"), _T("€"),
+       "\xFF\xFE" + Utf16(u"[Ä]\nk=€\r\nl=2")},
+      {"only the mark", "\xFF\xFE", _T("A"), _T("k"), _T("1"), "\xFF\xFE" + Utf16(u"[A]\r\nk=1\r\n")},
+      {"half a unit at the end stays there", "\xFF\xFE" + Utf16(u"[A]") + "\x41", _T("A"), _T("k"), _T("1"),
+       "\xFF\xFE" + Utf16(u"[A]\r\nk=1\r\n") + "\x41"},
+      {"lone surrogates in UTF-16", "\xFF\xFE" + Utf16(u"[A]\n") + "\x00\xD8\n\0"s, _T("A"), _T("k"), _T("\xDC00"),
+       "\xFF\xFE" + Utf16(u"[A]\n") + "\x00\xD8\n\0"s + Utf16(u"k=\xDC00\r\n")},
+      {"in UTF-8 they become U+FFFD", "[A]\n", _T("A"), _T("\xD800"), _T("\xDC00"),
+       "[A]\n\xEF\xBF\xBD=\xEF\xBF\xBD\r\n"},
+      {"UTF-16 without a mark is not known", Utf16(u"[A]\r\n"), _T("A"), _T("k"), _T("1"),
+       Utf16(u"[A]\r\n") + "\r\n[A]\r\nk=1\r\n"},
+      // Removing.
+      {"a key with its line", "[A]\r\n ;c\r\n k = 1\r\nl=2\r\n", _T("a"), _T("K"), nullptr, "[A]\r\n ;c\r\nl=2\r\n"},
+      {"the first of several", "[A]\nk=1\nk=2\n", _T("A"), _T("k"), nullptr, "[A]\nk=2\n"},
+      {"the last key leaves the header", "[A]\nk=1", _T("A"), _T("k"), nullptr, "[A]\n"},
+      {"a key that isn't there", "[A]\n k = 1", _T("A"), _T("x"), nullptr, "[A]\n k = 1"},
+      {"a section with all in it", "x\n[A]\nk=1\n;c\n\n[B]\nm=2\n[a]\n", _T("a"), nullptr, nullptr,
+       "x\n[B]\nm=2\n[a]\n"},
+      {"a null key wins over a value", "[A]\nk=1\n", _T("A"), nullptr, _T("1"), ""},
+      {"a section that isn't there", "[A]\n k = 1", _T("B"), nullptr, nullptr, "[A]\n k = 1"},
+      {"in UTF-16 the mark stays", "\xFF\xFE" + Utf16(u"[A]\nk=1"), _T("A"), nullptr, nullptr, "\xFF\xFE"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.what);
+    Put(row.bytes);
+    EXPECT_TRUE(WritePrivateProfileStringW(row.section, row.key, row.value, Path()));
+    EXPECT_EQ(Bytes(), row.wanted);
+  }
+}
+
+TEST_F(ProfileWriting, ReplacesAWholeSection) {
+  const struct {
+    const char* what;
+    std::string bytes;
+    LPCWSTR list;
+    std::string wanted;
+  } rows[] = {
+      {"new", "[B]\n", _T(" k=1 \0l = 2\0"), "[B]\n[A]\r\nk=1\r\nl = 2\r\n"},
+      {"keys and odd lines go, comments stay", "[a] x\n;c\nk=1\nodd\n\n ;d\nl=2\n\n[B]\nm=3\n", _T("n=4\0"),
+       "[a] x\n;c\n\n ;d\nn=4\r\n\n[B]\nm=3\n"},
+      {"behind a comment without an end", "[A]\n;c", _T("k=1\0"), "[A]\n;c\r\nk=1\r\n"},
+      {"behind a header without an end", "[A]", _T("k=1\0"), "[A]\r\nk=1\r\n"},
+      {"an empty list leaves the header", "[A]\nk=1\n[B]\n", _T("\0"), "[A]\n[B]\n"},
+      {"null removes it", "[A]\nk=1\n[B]\n", nullptr, "[B]\n"},
+      {"UTF-16", "\xFF\xFE" + Utf16(u"[A]\nk=1\n"), _T("l=€\0"), "\xFF\xFE" + Utf16(u"[A]\nl=€\r\n")},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.what);
+    Put(row.bytes);
+    EXPECT_TRUE(WritePrivateProfileSectionW(_T("A"), row.list, Path()));
+    EXPECT_EQ(Bytes(), row.wanted);
+  }
+}
+
+TEST_F(ProfileWriting, MakesTheFileOnlyForAValue) {
+  EXPECT_TRUE(WritePrivateProfileStringW(_T("A"), _T("k"), nullptr, Path()));
+  EXPECT_TRUE(WritePrivateProfileStringW(_T("A"), nullptr, nullptr, Path()));
+  EXPECT_TRUE(std::filesystem::is_empty(folder.Path()));
+  EXPECT_TRUE(WritePrivateProfileStringW(_T("Ä"), _T("k"), _T("€"), Path()));
+  EXPECT_EQ(Bytes(), "[\xC3\x84]\r\nk=\xE2\x82\xAC\r\n");
+  const auto entries = std::filesystem::directory_iterator(folder.Path());
+  EXPECT_EQ(std::distance(begin(entries), end(entries)), 1) << "nothing is left beside it";
+}
+
+TEST_F(ProfileWriting, RefusalsTellWhyAndLeaveTheFile) {
+  Put("[A]\nk=1\n");
+  SetLastError(0);
+  EXPECT_FALSE(WritePrivateProfileStringW(nullptr, _T("k"), _T("v"), Path()));
+  EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PARAMETER));
+  EXPECT_FALSE(WritePrivateProfileStringW(nullptr, nullptr, nullptr, Path()));
+  EXPECT_FALSE(WritePrivateProfileSectionW(nullptr, _T("k=v\0"), Path()));
+  const std::string long_name(300, 'n');
+  const struct {
+    const char* name;
+    DWORD status;
+  } rows[] = {
+      {"none/f.ini", ERROR_PATH_NOT_FOUND},
+      {"f.ini/g.ini", ERROR_PATH_NOT_FOUND},
+      {".", ERROR_ACCESS_DENIED},
+      {long_name.c_str(), ERROR_FILENAME_EXCED_RANGE},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    const std::u16string at = ProductPathFromSystem((folder.Path() / row.name).string());
+    SetLastError(0);
+    EXPECT_FALSE(WritePrivateProfileStringW(_T("A"), _T("k"), _T("v"), at.c_str()));
+    EXPECT_EQ(GetLastError(), row.status);
+    EXPECT_EQ(GetPrivateProfileIntW(_T("A"), _T("k"), 7, at.c_str()), 7U);
+  }
+  for (const LPCWSTR none : {LPCWSTR(nullptr), _T("")})
+    EXPECT_FALSE(WritePrivateProfileStringW(_T("A"), _T("k"), _T("v"), none));
+  EXPECT_EQ(Bytes(), "[A]\nk=1\n");
+  const auto entries = std::filesystem::directory_iterator(folder.Path());
+  EXPECT_EQ(std::distance(begin(entries), end(entries)), 1);
+}
+
+// A model of a profile, changed at random in step with the file: every value is there at each step.
+TEST_F(ProfileWriting, RandomWritesAgreeWithAModel) {
+  std::mt19937 random(kvtest::PrintedSeed());
+  std::map<std::u16string, std::map<std::u16string, std::u16string>> model;
+  const std::u16string names[] = {u"a", u"Ä b", u"ccc", u"d;", u"#e", u"ſ", u"\U0001D11E"};
+  for (int step = 0; step < 400; ++step) {
+    if (step % 100 == 0) {
+      Put(step % 200 == 0 ? "; c" : "\xFF\xFE" + Utf16(u"; c"));
+      model.clear();
+    }
+    const std::u16string& section = names[random() % std::size(names)];
+    const std::u16string& key = names[random() % std::size(names)];
+    const std::u16string value = names[random() % std::size(names)] + char16_t(u'0' + step % 10);
+    const unsigned what = random() % 20;
+    ASSERT_TRUE(WritePrivateProfileStringW(section.c_str(), what == 0 ? nullptr : key.c_str(),
+                                           what < 5 ? nullptr : value.c_str(), Path()));
+    if (what == 0)
+      model.erase(section);
+    else if (what < 5 && model.contains(section))
+      model[section].erase(key);
+    else if (what >= 5)
+      model[section][key] = value;
+    for (const auto& s : names) {
+      for (const auto& k : names) {
+        const bool there = model.contains(s) && model[s].contains(k);
+        ASSERT_EQ(Value(s.c_str(), k.c_str()), there ? model[s][k] : u"(none)") << "step " << step;
+      }
+    }
+    ASSERT_TRUE(Bytes().starts_with(step / 100 % 2 == 0 ? "; c" : "\xFF\xFE;"));
+  }
+}
+
+}  // namespace
