@@ -1,0 +1,137 @@
+// The INI handlers: how each finds its file, what they write, and the generation of a file.
+#include "share/utilities/ini_handlers.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/paths.h"
+#include "share/env/registry_keys.h"
+#include "tests/registry_calls.h"
+
+namespace {
+
+using namespace std::string_literals;
+
+class IniHandlers : public testing::Test {
+ protected:
+  CString At(const std::string& name) const {
+    return CString(ProductPathFromSystem((folder.Path() / name).string()).c_str());
+  }
+  static std::string Shown(const CList<CString>& list) {
+    std::string text;
+    for (POSITION at = list.GetHeadPosition(); at;) text += ToUtf8(list.GetNext(at)) + '|';
+    return text;
+  }
+  static void PutDataPath(HKEY hive, const CString& path) {
+    kvtest::Put(hive, kVersionKey, _T("KVDataPath"), {REG_SZ, kvtest::Wide(kvtest::Text(path) + u'\0')});
+  }
+
+  const kvtest::ScratchFolder folder;
+};
+
+TEST_F(IniHandlers, ShopFloorEmptiesItsFileAndWritesUtf16) {
+  folder.Write("f.ini", "[old]\nk=1\n");
+  QFShopFloorINIHandler handler(At("f.ini"));
+  EXPECT_EQ(kvtest::ReadFile(folder.Path() / "f.ini"), "\xFF\xFE");
+  handler.SetValue(_T("A"), _T("k"), _T("€"));
+  EXPECT_EQ(kvtest::ReadFile(folder.Path() / "f.ini"), "\xFF\xFE[\0A\0]\0\r\0\n\0k\0=\0\xAC\x20\r\0\n\0"s);
+  EXPECT_EQ(ToUtf8(handler.GetValue(_T("a"), _T("K"))), "€");
+  handler.SetINIFileName(At("g.ini"));
+  EXPECT_EQ(kvtest::ReadFile(folder.Path() / "g.ini"), "\xFF\xFE");
+  EXPECT_EQ(ToUtf8(handler.GetValue(_T("a"), _T("K"))), "");
+}
+
+TEST_F(IniHandlers, NumbersAreWrittenInTheirFormats) {
+  QFTBMINIHandler handler(At("f.ini"));
+  handler.SetValue(_T("A"), _T("int"), -2147483647 - 1);
+  const struct {
+    double value;
+    const char* wanted;
+  } rows[] = {
+      {0.1, "0.1"}, {1234567, "1.23457e+06"}, {123456, "123456"}, {-0.00001, "-1e-05"}, {1e100, "1e+100"}, {2.5, "2.5"},
+      {0, "0"},     {1.0 / 3, "0.333333"}};
+  for (const auto& row : rows) {
+    handler.SetValue(_T("A"), _T("d"), row.value);
+    EXPECT_EQ(kvtest::ReadFile(folder.Path() / "f.ini"), "[A]\r\nint=-2147483648\r\nd="s + row.wanted + "\r\n");
+  }
+}
+
+TEST_F(IniHandlers, ListsAndRemovesSections) {
+  folder.Write("f.ini", "[A]\nk=1\nl=2\n;c\n[b]\nm=3\n[A]\nn=4\n");
+  QFTBMINIHandler handler(At("f.ini"));
+  EXPECT_EQ(kvtest::ReadFile(folder.Path() / "f.ini").size(), 31U) << "this handler empties nothing";
+  CList<CString> list;
+  list.AddTail(_T("before"));
+  handler.GetSections(list);
+  handler.GetKeys(_T("a"), list);
+  EXPECT_EQ(Shown(list), "before|A|b|A|k|l|");
+  handler.RemoveSection(_T("a"));
+  EXPECT_EQ(kvtest::ReadFile(folder.Path() / "f.ini"), "[b]\nm=3\n[A]\nn=4\n");
+  EXPECT_EQ(ToUtf8(handler.GetValue(_T("b"), _T("none"))), "");
+}
+
+TEST_F(IniHandlers, BuffersBoundWhatIsRead) {
+  std::string bytes = "[A]\nk=" + std::string(1023, 'x') + "yz\n";
+  for (int i = 0; i < 8000; ++i) bytes += "k" + std::to_string(i) + "=\n";
+  folder.Write("f.ini", bytes);
+  const QFTBMINIHandler handler(At("f.ini"));
+  EXPECT_EQ(ToUtf8(handler.GetValue(_T("A"), _T("k"))), std::string(1023, 'x'));
+  CList<CString> keys;
+  handler.GetKeys(_T("A"), keys);
+  // k and k0 to k9, k10 to k99, k100 to k999 take 4892 units with their NULs; 4645 names of 6 units fit in the rest
+  // of 32765, and three units of one more.
+  EXPECT_EQ(keys.GetCount(), 1 + 10 + 90 + 900 + 4645 + 1);
+  EXPECT_EQ(ToUtf8(keys.GetTail()), "k56");
+}
+
+TEST_F(IniHandlers, WithoutANameNothingHappens) {
+  const kvtest::ScratchFolder here;
+  const auto before = std::filesystem::current_path();
+  std::filesystem::current_path(here.Path());
+  QFShopFloorINIHandler shop;
+  QFTBMINIHandler table;
+  for (QFINIFile* handler : {static_cast<QFINIFile*>(&shop), static_cast<QFINIFile*>(&table)}) {
+    handler->SetValue(_T("A"), _T("k"), _T("v"));
+    handler->SetValue(_T("A"), _T("k"), 1);
+    handler->RemoveSection(_T("A"));
+    CList<CString> list;
+    handler->GetSections(list);
+    handler->GetKeys(_T("A"), list);
+    EXPECT_EQ(Shown(list), "");
+    EXPECT_EQ(ToUtf8(handler->GetValue(_T("A"), _T("k"))), "");
+  }
+  EXPECT_EQ(QFTBMINIHandler().GetFileVersion(CString()), 0.0);
+  EXPECT_TRUE(std::filesystem::is_empty(here.Path()));
+  std::filesystem::current_path(before);
+}
+
+TEST_F(IniHandlers, FileVersionFollowsFromTheFirstCondition) {
+  const struct {
+    const char* bytes;
+    double wanted;
+  } rows[] = {
+      {"[StrategyCondition1]\nFeatureIndex=3\nFeatureCatalog=c\n", 2.3},
+      {"[strategycondition1]\nfeatureindex=0\n", 2.3},
+      {"[StrategyCondition1]\nFeatureIndex=\nFeatureCatalog=c\n", 2.0},
+      {"[StrategyCondition1]\n[FileInformation]\nVersion=4.5\n", 1.0},
+      {"[StrategyCondition2]\nFeatureIndex=3\n", 1.0},
+  };
+  RegDeleteTreeW(HKEY_CURRENT_USER, kVersionKey);
+  RegDeleteTreeW(HKEY_LOCAL_MACHINE, kVersionKey);
+  PutDataPath(HKEY_LOCAL_MACHINE, At("machine"));
+  for (const auto& row : rows) {
+    folder.Write("machine/KVTBM/t.ini", row.bytes);
+    EXPECT_EQ(QFTBMINIHandler().GetFileVersion(_T("t.ini")), row.wanted) << row.bytes;
+  }
+  EXPECT_EQ(QFTBMINIHandler().GetFileVersion(_T("missing.ini")), 1.0);
+  PutDataPath(HKEY_CURRENT_USER, At("user"));
+  std::filesystem::create_directories(folder.Path() / "user" / "KVTBM");
+  QFTBMINIHandler handler;
+  handler.SetINIFileName(_T("t.ini"));
+  EXPECT_FALSE(std::filesystem::exists(folder.Path() / "user/KVTBM/t.ini"));
+  handler.SetValue(_T("A"), _T("k"), 1);
+  EXPECT_EQ(kvtest::ReadFile(folder.Path() / "user/KVTBM/t.ini"), "[A]\r\nk=1\r\n");
+  RegDeleteTreeW(HKEY_CURRENT_USER, kVersionKey);
+  RegDeleteTreeW(HKEY_LOCAL_MACHINE, kVersionKey);
+}
+
+}  // namespace
