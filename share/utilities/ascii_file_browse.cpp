@@ -1,0 +1,66 @@
+// Lines of a text file by the C library's line read.
+#include "share/utilities/ascii_file_browse.h"
+
+#include <cstring>
+
+#include "platform/files.h"
+
+namespace {
+
+constexpr std::size_t kMostBytes = 254;  // of a line in one call
+
+}  // namespace
+
+QFAsciFileBrowse::~QFAsciFileBrowse() { Close(); }
+
+void QFAsciFileBrowse::Close() {
+  if (m_pFile) std::fclose(m_pFile);
+  m_pFile = nullptr;
+}
+
+int QFAsciFileBrowse::SetFilePath(const CString& path) {
+  if (path == m_Path) return 0;
+  Close();
+  m_Path = path;
+  m_nSize = kUnknown;
+  InitialiseFile();
+  return 1;
+}
+
+int QFAsciFileBrowse::InitialiseFile() {
+  if (m_pFile) {
+    std::rewind(m_pFile);
+  } else {
+    m_pFile = _wfopen(m_Path, _T("r"));
+  }
+  return m_pFile ? 1 : 0;
+}
+
+ULONGLONG QFAsciFileBrowse::GetFileSize() {
+  WIN32_FILE_ATTRIBUTE_DATA facts;
+  if (m_nSize == kUnknown && GetFileAttributesExW(m_Path, GetFileExInfoStandard, &facts) &&
+      (facts.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0)
+    m_nSize = ULONGLONG(facts.nFileSizeHigh) << 32 | facts.nFileSizeLow;
+  return m_nSize;
+}
+
+int QFAsciFileBrowse::GetFirstLine(CString& line) { return InitialiseFile() ? GetNextLine(line) : 0; }
+
+int QFAsciFileBrowse::GetNextLine(CString& line) {
+  char bytes[kMostBytes + 1] = {};
+  if (!m_pFile || !std::fgets(bytes, sizeof bytes, m_pFile)) return 0;
+  if (bytes[kMostBytes - 1] == '\r') {  // a CR LF that the piece would break
+    const int next = std::getc(m_pFile);
+    if (next == '\n') {
+      bytes[kMostBytes - 1] = '\n';
+    } else if (next != EOF) {
+      std::ungetc(next, m_pFile);
+    }
+  }
+  std::size_t end = std::strcspn(bytes, "\t\n");
+  if (bytes[end] == '\n' && end > 0 && bytes[end - 1] == '\r') --end;
+  line = FromUtf8({bytes, end});
+  return 1;
+}
+
+int QFAsciFileBrowse::IsEndOfFile() const { return !m_pFile || std::feof(m_pFile) ? 1 : 0; }

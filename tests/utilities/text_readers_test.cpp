@@ -1,0 +1,198 @@
+// QFAsciFileBrowse and CSVReader: lines and cells of honest and of hostile files.
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "platform/paths.h"
+#include "share/utilities/ascii_file_browse.h"
+#include "share/utilities/csv_reader.h"
+#include "tests/scratch.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class TextReaders : public testing::Test {
+ protected:
+  CString Write(const std::string& name, const std::string& bytes) {
+    return CString(ProductPathFromSystem(folder.Write(name, bytes).string()).c_str());
+  }
+  // A file of 4 GiB of NULs with an end behind; it takes no room on the disk.
+  CString WriteHuge(const std::string& start, const std::string& end) {
+    const CString path = Write("huge", start);
+    fs::resize_file(folder.Path() / "huge", std::uintmax_t(4) << 30);
+    std::ofstream(folder.Path() / "huge", std::ios::app) << end;
+    return path;
+  }
+
+  kvtest::ScratchFolder folder{kvtest::FastFolder()};  // where a hole of 4 GiB is read at the speed of memory
+};
+
+// Every line that is read, in brackets.
+std::string Lines(QFAsciFileBrowse& file) {
+  std::string all;
+  CString line;
+  for (int read = file.GetFirstLine(line); read; read = file.GetNextLine(line)) all += "[" + ToUtf8(line) + "]";
+  EXPECT_EQ(file.IsEndOfFile(), 1);
+  return all;
+}
+
+TEST_F(TextReaders, LinesAreCutAtTabsAndEnds) {
+  const std::string piece(254, 'x');
+  const struct {
+    std::string bytes;
+    std::string lines;
+  } rows[] = {
+      {"", ""},
+      {"one\ntwo", "[one][two]"},
+      {"one\r\ntwo\r\n", "[one][two]"},
+      {"one\ttwo\tthree\nfour\n", "[one][four]"},
+      {"\tone\n\n\t\n\r\nlast\r", "[][][][][last\r]"},
+      {"Werkst\u00FCck\n", "[Werkst\u00FCck]"},
+      {std::string("a\0b\nc\n", 6), "[a][c]"},
+      {piece + "\n", "[" + piece + "][]"},
+      {piece + piece + "end", "[" + piece + "][" + piece + "][end]"},
+      {piece.substr(1) + "\r\nnext", "[" + piece.substr(1) + "][next]"},
+      {piece.substr(1) + "\rnext", "[" + piece.substr(1) + "\r][next]"},
+      {piece.substr(1) + "\r", "[" + piece.substr(1) + "\r]"},
+      {std::string(254, '\0') + "a\n", "[][a]"},
+  };
+  int number = 0;
+  for (const auto& row : rows) {
+    QFAsciFileBrowse file;
+    EXPECT_EQ(file.SetFilePath(Write(std::to_string(++number), row.bytes)), 1);
+    EXPECT_EQ(Lines(file), row.lines) << number;
+    EXPECT_EQ(Lines(file), row.lines) << number << " again";
+  }
+}
+
+TEST_F(TextReaders, SamePathIsNotOpenedAgain) {
+  const CString path = Write("a", "one\ntwo\n");
+  QFAsciFileBrowse file;
+  CString line = _T("kept");
+  EXPECT_EQ(file.IsEndOfFile(), 1);
+  EXPECT_EQ(file.InitialiseFile(), 0);
+  EXPECT_EQ(file.GetFirstLine(line), 0);
+  EXPECT_EQ(file.GetNextLine(line), 0);
+  EXPECT_EQ(line, _T("kept"));
+  EXPECT_EQ(file.SetFilePath(path), 1);
+  EXPECT_EQ(file.IsEndOfFile(), 0);
+  EXPECT_EQ(file.GetNextLine(line), 1);
+  EXPECT_EQ(file.SetFilePath(path), 0);
+  EXPECT_EQ(file.GetNextLine(line), 1);
+  EXPECT_EQ(line, _T("two")) << "it was rewound";
+  EXPECT_EQ(file.InitialiseFile(), 1);
+  EXPECT_EQ(file.GetNextLine(line), 1);
+  EXPECT_EQ(line, _T("one"));
+  EXPECT_EQ(file.SetFilePath(path + _T("none")), 1);
+  EXPECT_EQ(file.GetNextLine(line), 0);
+  EXPECT_EQ(file.IsEndOfFile(), 1);
+}
+
+TEST_F(TextReaders, SizeIsAskedOnce) {
+  const CString path = Write("a", "12345");
+  const CString other = Write("b", "1");
+  QFAsciFileBrowse file;
+  EXPECT_EQ(file.GetFileSize(), ~0ULL);
+  file.SetFilePath(path);
+  EXPECT_EQ(file.GetFileSize(), 5u);
+  Write("a", "1234567");
+  file.SetFilePath(path);
+  EXPECT_EQ(file.GetFileSize(), 5u);
+  file.SetFilePath(other);
+  EXPECT_EQ(file.GetFileSize(), 1u);
+  file.SetFilePath(path);
+  EXPECT_EQ(file.GetFileSize(), 7u);
+  file.SetFilePath(CString(ProductPathFromSystem(folder.Path().string()).c_str()));
+  EXPECT_EQ(file.GetFileSize(), ~0ULL) << "a folder has none";
+}
+
+TEST_F(TextReaders, LineOfFourGigabytesComesInPieces) {
+  QFAsciFileBrowse file;
+  file.SetFilePath(WriteHuge("begin", "\nend\n"));
+  EXPECT_EQ(file.GetFileSize(), (4ULL << 30) + 5);
+  CString line;
+  EXPECT_EQ(file.GetNextLine(line), 1);
+  EXPECT_EQ(line, _T("begin"));
+  EXPECT_EQ(file.GetNextLine(line), 1);
+  EXPECT_EQ(line, _T(""));
+}
+
+TEST_F(TextReaders, CellsAreAddressedByLetterAndNumber) {
+  const CString path = Write("a.csv", "a1,a2,a3\r\n b1 ,,\"b3\",b4\n\nd1\nlast");
+  const struct {
+    char row;
+    int column;
+    LPCTSTR text;
+  } rows[] = {
+      {'B', 3, _T("\"b3\"")}, {'b', 3, _T("\"b3\"")}, {'A', 1, _T("a1")}, {'A', 3, _T("a3")}, {'A', 4, _T("")},
+      {'B', 1, _T(" b1 ")},   {'B', 2, _T("")},       {'B', 4, _T("b4")}, {'C', 1, _T("")},   {'D', 1, _T("d1")},
+      {'D', 2, _T("")},       {'E', 1, _T("last")},   {'F', 1, _T("")},   {'A', 0, _T("")},   {'A', -1, _T("")},
+      {'A', INT_MAX, _T("")}, {'A', INT_MIN, _T("")}, {'@', 1, _T("")},   {'\0', 1, _T("")},  {'\xC1', 1, _T("")},
+  };
+  for (const auto& row : rows)
+    EXPECT_EQ(CSVReader(path).GetStringFromCell(row.row, row.column), row.text) << row.row << row.column;
+  EXPECT_EQ(CSVReader(path + _T("none")).GetStringFromCell('A', 1), _T(""));
+  std::string lines;
+  for (int i = 1; i <= 63; ++i) lines += std::to_string(i) + "\n";
+  const CString many = Write("many.csv", lines);
+  EXPECT_EQ(CSVReader(many).GetIntFromCell('Z', 1), 26);
+  EXPECT_EQ(CSVReader(many).GetIntFromCell('[', 1), 27);
+  EXPECT_EQ(CSVReader(many).GetIntFromCell('\x7F', 1), 63);
+}
+
+TEST_F(TextReaders, CellsAreSeenAnewByEachCall) {
+  const CSVReader reader(Write("a.csv", "1"));
+  EXPECT_EQ(reader.GetIntFromCell('A', 1), 1);
+  Write("a.csv", "2");
+  EXPECT_EQ(reader.GetIntFromCell('A', 1), 2);
+}
+
+TEST_F(TextReaders, CellsAreNumbers) {
+  const CSVReader reader(Write("a.csv", "1.5,-2e3, 7 mm,,x,99999999999,1e999\n"));
+  const double reals[] = {1.5, -2000, 7, 0, 0, 99999999999, HUGE_VAL, 0};
+  const int integers[] = {1, -2, 7, 0, 0, INT_MAX, 1, 0};
+  for (int i = 0; i < 8; ++i) {
+    EXPECT_EQ(reader.GetDoubleFromCell('A', i + 1), reals[i]) << i;
+    EXPECT_EQ(reader.GetIntFromCell('A', i + 1), integers[i]) << i;
+  }
+}
+
+TEST_F(TextReaders, BlocksOfCellsAreGeometry) {
+  const CSVReader reader(Write("a.csv", "x,0,1,0\nx,-1,0,0\nx,0,0,2\nx,10,20,30\n"));
+  const FRPosition position = reader.GetPositionFromCell('D', 2);
+  EXPECT_EQ(std::vector({position.x(), position.y(), position.z()}), std::vector({10., 20., 30.}));
+  const FRVector vector = reader.GetVectorFromCell('D', 3);
+  EXPECT_EQ(std::vector({vector.x(), vector.y(), vector.z()}), std::vector({20., 30., 0.}));
+  const FRUnitVector direction = reader.GetUnitVectorFromCell('C', 2);
+  EXPECT_EQ(std::vector({direction.x(), direction.y(), direction.z()}), std::vector({0., 0., 1.}));
+  EXPECT_EQ(reader.GetUnitVectorFromCell('Z', INT_MAX).len(), 0);
+  const FRTransf transform = reader.GetTransformFromCell('a', 2);
+  std::vector<double> affine;
+  for (int i = 0; i < 9; ++i) affine.push_back(transform.affine().element(i / 3, i % 3));
+  EXPECT_EQ(affine, std::vector({0., 1., 0., -1., 0., 0., 0., 0., 2.}));
+  EXPECT_EQ(transform.translation().z(), 30);
+  EXPECT_EQ(transform.get_scaling_part(), 1);
+  EXPECT_EQ(reader.GetTransformFromCell('\x7F', 1).translation().len(), 0);
+}
+
+TEST_F(TextReaders, HostileCellsAreBounded) {
+  const std::string most(1024 * 1024, 'x');
+  const CSVReader reader(Write("a.csv", most + "," + most + "y,z\n" + std::string(100'000, ',') + "far\n"));
+  EXPECT_EQ(reader.GetStringFromCell('A', 1).GetLength(), int(most.size()));
+  EXPECT_EQ(reader.GetStringFromCell('A', 2), _T("")) << "more than a megabyte";
+  EXPECT_EQ(reader.GetStringFromCell('A', 3), _T("z"));
+  EXPECT_EQ(reader.GetStringFromCell('B', 100'001), _T("far"));
+  const CSVReader nul(Write("b.csv", std::string("a\0b,c\nd,\xFF\n", 11)));
+  EXPECT_EQ(nul.GetStringFromCell('A', 1), _T("a"));
+  EXPECT_EQ(nul.GetStringFromCell('A', 2), _T(""));
+  EXPECT_EQ(nul.GetStringFromCell('B', 2), _T("\uFFFD"));
+}
+
+TEST_F(TextReaders, LineOfFourGigabytesIsPassedOver) {
+  const CSVReader reader(WriteHuge("1,2", ",3\n4,5\n"));
+  EXPECT_EQ(reader.GetStringFromCell('A', 2), _T("2"));
+  EXPECT_EQ(reader.GetStringFromCell('B', 2), _T("5"));
+}
+
+}  // namespace
