@@ -66,11 +66,15 @@ KVSHARE_API BOOL CreateProcessW(LPCWSTR application, LPWSTR commandLine, void* p
                                 LPSTARTUPINFOW startup, LPPROCESS_INFORMATION information);
 
 inline constexpr DWORD PROCESS_TERMINATE = 0x1;
+inline constexpr DWORD PROCESS_VM_READ = 0x10;
 inline constexpr DWORD PROCESS_QUERY_INFORMATION = 0x400;
 inline constexpr DWORD SYNCHRONIZE = 0x100000;
 
 // A handle of a running process; ERROR_INVALID_PARAMETER if there is none of that number.
 KVSHARE_API HANDLE OpenProcess(DWORD access, BOOL inherit, DWORD id);
+
+// The number of a handle's process; 0 on failure. It is the process's own only while that runs.
+KVSHARE_API DWORD GetProcessId(HANDLE process);
 
 // Ends a process at once, whatever it is doing. ERROR_ACCESS_DENIED if it has ended already or may not be ended. The
 // end itself may still take a moment.

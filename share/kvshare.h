@@ -84,6 +84,7 @@
 #include "share/utilities/numbers.h"
 #include "share/utilities/object_lists.h"
 #include "share/utilities/regional_decimal.h"
+#include "share/utilities/running_processes.h"
 #include "share/utilities/tech_db_config.h"
 #include "share/utilities/tech_db_config_file.h"
 #include "share/utilities/units.h"

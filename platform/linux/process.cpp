@@ -93,6 +93,8 @@ class Process : public HandleObject {
     children.Collect();
   }
 
+  pid_t Id() const { return id_; }
+
   bool HasEnded() const { return Wait(0) > 0; }
 
   // Whether the system has forgotten it, so that its number may be another process's by now.
@@ -192,6 +194,11 @@ HANDLE OpenProcess(DWORD, BOOL, DWORD id) {
   if (descriptor >= 0) return AddHandle(std::make_shared<Process>(pid_t(id), descriptor, /*ours=*/false));
   SetLastError(errno == EMFILE ? ERROR_TOO_MANY_OPEN_FILES : ERROR_INVALID_PARAMETER);
   return nullptr;
+}
+
+DWORD GetProcessId(HANDLE handle) {
+  const auto process = FindHandle<Process>(handle);
+  return process ? DWORD(process->Id()) : 0;
 }
 
 BOOL TerminateProcess(HANDLE handle, UINT exitCode) {

@@ -1,0 +1,81 @@
+// The searches for a running program: on this machine's processes, and on calls that fail or belong to an older system.
+#include "share/utilities/running_processes.h"
+
+#include <gtest/gtest.h>
+
+#include "share/utilities/process_calls.h"
+
+namespace {
+
+// An older system with one process, which has no process-status library.
+BOOL OldVersion(LPOSVERSIONINFOW version) {
+  version->dwPlatformId = VER_PLATFORM_WIN32_WINDOWS;
+  return TRUE;
+}
+BOOL UnknownVersion(LPOSVERSIONINFOW version) {
+  version->dwPlatformId = VER_PLATFORM_WIN32s;
+  return TRUE;
+}
+BOOL NoVersion(LPOSVERSIONINFOW) { return FALSE; }
+HANDLE OneProcess(DWORD, DWORD) { return CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0); }
+BOOL First(HANDLE, LPPROCESSENTRY32W entry) {
+  std::u16string_view(u"Tool.exe").copy(entry->szExeFile, MAX_PATH);
+  return TRUE;
+}
+BOOL Next(HANDLE, LPPROCESSENTRY32W) { return FALSE; }
+HANDLE NoSnapshot(DWORD, DWORD) { return INVALID_HANDLE_VALUE; }
+BOOL NoList(DWORD*, DWORD, LPDWORD) { return FALSE; }
+BOOL NoModules(HANDLE, HMODULE*, DWORD, LPDWORD) { return FALSE; }
+
+TEST(RunningProcesses, ThisProgramIsFound) {
+  EXPECT_EQ(IsProcessAlreadyRunning("test_utilities"), 1);
+  EXPECT_EQ(IsProcessAlreadyRunning("TEST_Utilities"), 1);
+  EXPECT_EQ(IsProcessAlreadyRunning("test_utilities.exe"), 0);
+  EXPECT_EQ(IsProcessAlreadyRunning2(_T("Test_Utilities")), 1);
+  EXPECT_EQ(IsProcessAlreadyRunning2(_T("test_utilitie")), 0);
+  EXPECT_EQ(IsProcessAlreadyRunning2(_T("")), 0);
+  EXPECT_EQ(IsProcessAlreadyRunning2(nullptr), 0);
+}
+
+TEST(RunningProcesses, FailuresHaveTheirCodes) {
+  const ProcessCalls& own = PlatformProcessCalls();
+  const ProcessCalls old = {OldVersion, nullptr, nullptr, nullptr, OneProcess, First, Next};
+  const auto with = [](ProcessCalls calls, auto ProcessCalls::*call, auto put) {
+    calls.*call = put;
+    return calls;
+  };
+  const struct {
+    std::string name;
+    ProcessCalls calls;
+    int result;
+  } rows[] = {
+      {"", own, 632},
+      {std::string(261, 'x'), own, 632},
+      {std::string(260, 'x'), own, 0},
+      {"x", with(own, &ProcessCalls::version, NoVersion), 606},
+      {"x", with(own, &ProcessCalls::version, UnknownVersion), 607},
+      {"x", with(own, &ProcessCalls::version, nullptr), 605},
+      {"x", with(own, &ProcessCalls::list, nullptr), 605},
+      {"x", with(own, &ProcessCalls::name, nullptr), 605},
+      {"test_utilities", with(own, &ProcessCalls::list, NoList), 0},
+      {"unknown", with(own, &ProcessCalls::modules, NoModules), 1},
+      {"test_utilities", with(own, &ProcessCalls::modules, NoModules), 0},
+      {"tool.EXE", old, 1},
+      {"tool", old, 0},
+      {"tool.exe", with(old, &ProcessCalls::first, nullptr), 605},
+      {"tool.exe", with(old, &ProcessCalls::snapshot, NoSnapshot), 0},
+  };
+  int number = 0;
+  for (const auto& row : rows) EXPECT_EQ(FindProcess(row.name.c_str(), row.calls), row.result) << "row " << number++;
+  EXPECT_EQ(IsProcessAlreadyRunning(nullptr), 632);
+}
+
+TEST(RunningProcesses, WalkThatCannotStartTellsTheDebugger) {
+  ProcessCalls calls = PlatformProcessCalls();
+  calls.snapshot = NoSnapshot;
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(FindProcessInSnapshot(_T("test_utilities"), calls), 0);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "!!! Failed to gather information on system processes! \n");
+}
+
+}  // namespace
