@@ -121,8 +121,8 @@ BOOL EnumProcesses(DWORD* ids, DWORD bytes, LPDWORD needed) {
 
 BOOL EnumProcessModules(HANDLE process, HMODULE* modules, DWORD bytes, LPDWORD needed) {
   if (ProgramOf(process).empty()) return FALSE;
-  if (bytes >= sizeof *modules) *modules = ProgramModule();
-  *needed = sizeof *modules;
+  if (bytes >= sizeof(HMODULE)) *modules = ProgramModule();
+  *needed = sizeof(HMODULE);
   return TRUE;
 }
 
