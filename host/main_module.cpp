@@ -10,22 +10,37 @@
 #include "share/env/document_callbacks.h"
 #include "share/env/document_messages.h"
 #include "share/env/registry_keys.h"
-#include "share/settings/settings_key.h"
+#include "share/settings/application_settings.h"
+#include "share/settings/feed_colors.h"
 
 namespace {
 
 using kestrova::HostDocument;
 
-std::unique_ptr<QFSettingsKey> g_settings;
+std::unique_ptr<QFAppSettings> g_settings;
 HostDocument* g_document = nullptr;  // the active one
 bool g_registered = false;
 
-// The application settings that exist so far, as they stand in the registry.
-std::unique_ptr<QFSettingsKey> ReadSettings() {
-  auto settings = std::make_unique<QFSettingsKey>(_T("Kestrova"), kVersionKey);
-  settings->AddValue(_T("SimulationMachinePath"), CString());
-  settings->RestoreValuesFromRegistry();  // what isn't there stays empty
-  return settings;
+// Some defaults are texts of the language library, which is there only once the environment has been started.
+void CompleteDefaults(QFAppSettings& settings) {
+  constexpr LPCTSTR kNames[] = {_T("AutoSaveDirectory"), _T("ImportExportDirectory"), _T("Language")};
+  const QFAppSettings complete;
+  QFSettingsKey stored(_T("Application"), kVersionKey);
+  CString text;
+  for (LPCTSTR name : kNames) {
+    complete.GetValue(name, text);
+    stored.AddValue(name, text);
+  }
+  stored.RestoreValuesFromRegistry();
+  for (LPCTSTR name : kNames) {
+    stored.GetValue(name, text);
+    settings.SetValue(name, text);
+  }
+}
+
+// There is one callback and a table for each kind of process: milling is what most documents hold.
+QFFeedColorsSettings* MillFeedColors() {
+  return g_settings ? DYNAMIC_DOWNCAST(QFFeedColorsSettings, g_settings->GetKey(_T("Mill"))) : nullptr;
 }
 
 unsigned long NextObjectId() { return g_document ? g_document->DrawId() : 0; }
@@ -40,24 +55,25 @@ void RegisterCallbacks() {
   // No post processors.
   qfshare_init([] { return g_document ? &g_document->Indexer() : nullptr; }, []() -> QFObject* { return nullptr; },
                []() -> QFObject* { return nullptr; }, []() -> QFObject* { return nullptr; });
-  QFShareRegisterDocCBK(/*isMetricUnit=*/[] { return g_document ? IsUnitsMetric(g_document->Units().code) : 1; },
-                        /*nextObjectId=*/NextObjectId,
-                        /*activeDocument=*/[]() -> QFObject* { return g_document; },
-                        /*message=*/[](unsigned, char*&) { return 0; },
-                        /*progress=*/kestrova::ProgressBar::Step,
-                        /*isUserJobCancelled=*/[] { return 0; },
-                        /*docSettings=*/[]() -> QFSettingsKey* { return nullptr; },
-                        /*appSettings=*/[] { return g_settings.get(); },
-                        /*appFeedColorSettings=*/[]() -> QFFeedColorsSettings* { return nullptr; },
-                        /*productInfo=*/[]() -> ProductInfo* { return nullptr; },
-                        /*productSpecificString=*/ProductText,
-                        /*displayAlerts=*/[](short* flag) { *flag = 0; },
-                        /*isCrashReportPermitted=*/[] { return 0; },
-                        /*stockGroupName=*/[] { return CString(); },
-                        /*correspondingDoc=*/[](QFObject*) -> QFObject* { return nullptr; },
-                        /*solidWorksLangName=*/[] { return CString(_T("english")); },
-                        /*appSilentModeFlag=*/[] { return 1; },
-                        /*isDocFullyLoaded=*/[] { return g_document ? g_document->IsFullyLoaded() : 0; });
+  QFShareRegisterDocCBK(
+      /*isMetricUnit=*/[] { return g_document ? IsUnitsMetric(g_document->Units().code) : 1; },
+      /*nextObjectId=*/NextObjectId,
+      /*activeDocument=*/[]() -> QFObject* { return g_document; },
+      /*message=*/[](unsigned, char*&) { return 0; },
+      /*progress=*/kestrova::ProgressBar::Step,
+      /*isUserJobCancelled=*/[] { return 0; },
+      /*docSettings=*/[]() -> QFSettingsKey* { return g_document ? &g_document->Settings() : nullptr; },
+      /*appSettings=*/[]() -> QFSettingsKey* { return g_settings.get(); },
+      /*appFeedColorSettings=*/MillFeedColors,
+      /*productInfo=*/[]() -> ProductInfo* { return nullptr; },
+      /*productSpecificString=*/ProductText,
+      /*displayAlerts=*/[](short* flag) { *flag = 0; },
+      /*isCrashReportPermitted=*/[] { return 0; },
+      /*stockGroupName=*/[] { return CString(); },
+      /*correspondingDoc=*/[](QFObject*) -> QFObject* { return nullptr; },
+      /*solidWorksLangName=*/[] { return CString(_T("english")); },
+      /*appSilentModeFlag=*/[] { return 1; },
+      /*isDocFullyLoaded=*/[] { return g_document ? g_document->IsFullyLoaded() : 0; });
 }
 
 }  // namespace
@@ -73,8 +89,10 @@ void UseLibrary() {
 void StartMainModule() {
   if (g_settings) return;
   UseLibrary();
-  g_settings = ReadSettings();  // ahead of the environment, whose start may look into it
+  g_settings = std::make_unique<QFAppSettings>();  // ahead of the environment, whose start looks into them
+  g_settings->RestoreValuesFromRegistry();
   InitAppEnv();
+  CompleteDefaults(*g_settings);
 }
 
 MainModuleScope::~MainModuleScope() {

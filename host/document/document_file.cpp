@@ -10,6 +10,7 @@
 #include "host/document/checksum.h"
 #include "host/document/document_status.h"
 #include "host/document/host_document.h"
+#include "host/document/settings_stream.h"
 #include "host/progress_bar.h"
 #include "platform/errors.h"
 #include "platform/paths.h"
@@ -78,6 +79,7 @@ class Saving {
     header.units = document_.Units().code;
     header.objects = Store(kObjectsStream, &document_);
     header.history = Store(kHistoryStream, &document_.History());
+    WriteSettings(document_.Settings(), *OpenStream(kSettingsStream));
     if (IsErrorDetected()) Refuse("a reference between objects can't be stored");
     const std::string bytes = header.ToBytes();
     OpenStream(kHeaderStream)->Write(bytes.data(), UINT(bytes.size()));

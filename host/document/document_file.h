@@ -40,6 +40,7 @@ class DocumentSource {
   // One of each at a time.
   Archive Objects() const { return Open(kObjectsStream, "HostDocument"); }
   Archive History() const { return Open(kHistoryStream, "QFDocSrHistoryMngr"); }
+  Archive Settings() const { return Open(kSettingsStream, "QFDocSettings"); }
 
  private:
   Archive Open(LPCTSTR stream, std::string_view rootClass) const;

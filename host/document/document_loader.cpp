@@ -10,6 +10,7 @@
 #include "host/commands.h"
 #include "host/document/document_status.h"
 #include "host/document/object_archive.h"
+#include "host/document/settings_stream.h"
 #include "host/main_module.h"
 #include "share/env/document_messages.h"
 #include "share/env/version_info.h"
@@ -21,6 +22,7 @@ namespace {
 constexpr char kHeader[] = "Header";
 constexpr char kObjects[] = "Objects";
 constexpr char kHistory[] = "History";
+constexpr char kSettings[] = "Settings";
 
 // Told to all objects that waited for it, in every case: none may be called once it is gone.
 struct Notification {
@@ -50,10 +52,12 @@ std::unique_ptr<HostDocument> DocumentLoader::Load() {
   ReadHeader();
   SetActiveDocReadStorageUnits(m_report.storageVersion);
   auto history = ReadHistory();
+  auto settings = ReadSettings();
   auto document = ReadObjects();
   const ActiveDocument active(document.get());
   SetActiveDocReadStorageUnits(m_report.storageVersion);
   if (history) document->SetHistory(std::move(history));
+  if (settings) document->SetSettings(std::move(settings));
   QFSerializeNotify::PostLoadFromStorageNotify();
   m_report.status = GetSerializationStatus();
   m_report.errorLocation = GetErrorLocation();
@@ -125,6 +129,21 @@ std::unique_ptr<QFDocSrHistoryMngr> DocumentLoader::ReadHistory() {
   }
   m_report.Add(kFaultInHistory, kHistory, TextOf(*reading.fault));
   RefuseDamage(kHistory, TextOf(*reading.fault));
+  return nullptr;
+}
+
+// ---- settings
+
+// Null, for those of a new document, if there are none: documents from before them have no such stream.
+std::unique_ptr<QFDocSettings> DocumentLoader::ReadSettings() {
+  const auto source = m_source.Settings();
+  if (!source.file) return nullptr;
+  try {
+    return kestrova::ReadSettings(*source.file, /*endIsKnown=*/!source.found);
+  } catch (const std::exception& failure) {
+    m_report.Add(kFaultInSettings, kSettings, failure.what());
+  }
+  RefuseDamage(kSettings, m_report.findings.back().text);
   return nullptr;
 }
 

@@ -15,7 +15,7 @@ namespace kestrova {
 struct LoadReport {
   // One thing that is not as it should be.
   struct Finding {
-    std::string stream;  // "Header", "Objects", "History", or empty for the file
+    std::string stream;  // "Header", "Objects", "History", "Settings", or empty for the file
     std::string text;
   };
   // Of one class, as the document had it and as it is.

@@ -12,6 +12,7 @@ inline constexpr unsigned kFaultInFields = 0x80;  // the document's own
 inline constexpr unsigned kFaultInIndexer = 0x100;
 inline constexpr unsigned kFaultInClasses = 0x200;  // the table of the nodes' classes
 inline constexpr unsigned kFaultInNodes = 0x400;
+inline constexpr unsigned kFaultInSettings = 0x2000;
 inline constexpr unsigned kFaultInLinks = 0x800;  // between nodes
 
 }  // namespace kestrova

@@ -28,6 +28,11 @@ bool HostDocument::SetUnits(int code) {
   return true;
 }
 
+QFDocSettings& HostDocument::Settings() {
+  if (!m_settings) m_settings = std::make_unique<QFDocSettings>();
+  return *m_settings;
+}
+
 DWORD HostDocument::DrawId() {
   if (m_idsFrozen || m_nextId == 0) return 0;  // 0 again behind the last of all ids
   return m_nextId++;

@@ -18,6 +18,7 @@
 #include "share/objects/object_indexer.h"
 #include "share/objects/param_helpers.h"
 #include "share/objects/save_history.h"
+#include "share/settings/document_settings.h"
 
 class QFUnitsConversion;
 
@@ -76,6 +77,9 @@ class HostDocument : public QFObject {
   QFObjectIndexerHelper& Indexer() { return *m_indexer; }
   QFDocSrHistoryMngr& History() { return *m_history; }
   void SetHistory(std::unique_ptr<QFDocSrHistoryMngr> history) { m_history = std::move(history); }
+  // The settings that travel with the document; those of a new one until others are set.
+  QFDocSettings& Settings();
+  void SetSettings(std::unique_ptr<QFDocSettings> settings) { m_settings = std::move(settings); }
 
   // ---- ids
 
@@ -171,6 +175,7 @@ class HostDocument : public QFObject {
   CString m_servicePack;
   std::unique_ptr<QFObjectIndexerHelper> m_indexer;
   std::unique_ptr<QFDocSrHistoryMngr> m_history;
+  std::unique_ptr<QFDocSettings> m_settings;  // null until they are asked for
   std::vector<ui_QFObject*> m_selection;
 };
 
