@@ -33,5 +33,6 @@ std::vector<std::string> RegistryCandidates(const std::vector<std::string>& word
 void AddMachineCommands(CLI::App& app);
 void AddEnvironmentCommands(CLI::App& app);
 void AddDocumentCommands(CLI::App& app);
+void AddFeedColorCommands(CLI::App& app);
 
 }  // namespace kestrova

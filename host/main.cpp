@@ -18,6 +18,7 @@ int Run(int argc, char** argv) {
       "  kestrova machine export --machines examples/machines --type Mill Trunnion500\n"
       "  kestrova document new part.kvdoc --nodes 200\n"
       "  kestrova document verify part.kvdoc\n"
+      "  kestrova feedcolors add --process mill 1200 '#FF8000'\n"
       "  kestrova reg query HKCU\\Software\\Zemlor /s\n"
       "  kestrova completion bash > /etc/bash_completion.d/kestrova\n"
       "Exit codes: 0 done, 1 refused or failed, 2 wrong usage. KV_REGISTRY names the registry's folder.");
@@ -26,6 +27,7 @@ int Run(int argc, char** argv) {
   kestrova::AddEnvironmentCommands(app);
   kestrova::AddMachineCommands(app);
   kestrova::AddDocumentCommands(app);
+  kestrova::AddFeedColorCommands(app);
   kestrova::AddCompletionCommands(app, {{"reg", kestrova::RegistryCandidates}});
   try {
     app.parse(argc, argv);

@@ -1,0 +1,188 @@
+// kestrova feedcolors: the tables of colours by feed rate, shown and changed.
+#include <fmt/format.h>
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <cstdlib>
+#include <memory>
+#include <nlohmann/json.hpp>
+
+#include "host/commands.h"
+#include "host/feed_color_table.h"
+#include "platform/console.h"
+#include "platform/errors.h"
+#include "platform/numbers.h"
+#include "share/settings/feed_colors.h"
+#include "share/settings/open_key.h"
+
+namespace kestrova {
+namespace {
+
+using Json = nlohmann::ordered_json;
+using Rows = std::vector<FeedColorRow>;
+
+constexpr double kHighestFeed = 1e9;
+constexpr int kStdout = 1;
+
+constexpr char kHelp[] = R"(
+Toolpaths are coloured by their feed: each row's colour stands for the feeds up to and including its threshold, down to
+the row below it. Feeds above all thresholds have no colour. Thresholds have two decimals.
+
+  kestrova feedcolors show   --process mill
+  kestrova feedcolors add    --process mill 1200 '#FF8000'
+  kestrova feedcolors remove --process mill 1200
+  kestrova feedcolors color  --process mill 950.5
+
+A COLOR is #RRGGBB, or the number that the registry holds, 0xBBGGRR or decimal. A table without rows has one up to
+100000 in a random colour, which is kept when another row is added.
+)";
+
+struct Arguments {
+  std::string process;
+  std::string feed;
+  std::string color;
+  bool json = false;
+
+  double Feed() const {
+    double value = 0;
+    const bool plain = feed.find_first_not_of("0123456789.") == std::string::npos && feed.find('.') == feed.rfind('.');
+    if (!plain || !ReadNumber(feed, value) || value > kHighestFeed)
+      throw WrongUsage("FEED is a number from 0 to 1000000000, such as 120 or 99.5: \"" + feed + "\"");
+    return value;
+  }
+  unsigned long Color() const {
+    if (const auto value = ColorFromText(color)) return *value;
+    throw WrongUsage("COLOR is #RRGGBB, or 0xBBGGRR as the registry has it, such as '#FF8000': \"" + color + "\"");
+  }
+};
+
+// ---- the table in the registry
+
+std::string KeyName(const QFSettingsKey& table) { return "HKCU\\" + ToUtf8(table.GetPath()); }
+
+std::unique_ptr<QFFeedColorsSettings> Restored(const Arguments& arguments) {
+  std::unique_ptr<QFFeedColorsSettings> table;
+  if (arguments.process == "mill") table = std::make_unique<QFMillFeedColorsSettings>();
+  if (arguments.process == "turn") table = std::make_unique<QFTurnFeedColorsSettings>();
+  if (arguments.process == "edm") table = std::make_unique<QFEdmFeedColorsSettings>();
+  // A table that can't be opened would pass for an empty one.
+  OpenKey key;
+  TCHAR noClass[] = _T("");
+  const LSTATUS status = RegCreateKeyExW(HKEY_CURRENT_USER, table->GetPath(), 0, noClass, 0, KEY_ALL_ACCESS, nullptr,
+                                         key.Receive(), nullptr);
+  if (status != ERROR_SUCCESS)
+    throw Failure(fmt::format("cannot open {}: {}; see KV_REGISTRY", KeyName(*table), ErrorText(DWORD(status))));
+  table->RestoreValuesFromRegistry();
+  return table;
+}
+
+Rows RowsOf(QFFeedColorsSettings& table) {
+  Rows rows;
+  FeedColorRow row;
+  for (int more = table.GetFirstValue(row.up_to, row.color); more; more = table.GetNextValue(row.up_to, row.color))
+    rows.push_back(row);
+  return rows;
+}
+
+// In ascending order, as the next restore gives them.
+void Save(QFFeedColorsSettings& table, Rows rows) {
+  std::stable_sort(rows.begin(), rows.end(), [](const auto& a, const auto& b) { return a.up_to < b.up_to; });
+  table.RemoveAll();
+  for (auto row = rows.rbegin(); row != rows.rend(); ++row) table.AddValue(row->up_to, row->color);
+  if (!table.SaveValuesToRegistry()) throw Failure("cannot write " + KeyName(table) + "; its rows may be incomplete");
+}
+
+bool EraseRow(Rows& rows, double feed) {
+  return std::erase_if(rows, [&](const FeedColorRow& row) { return FeedText(row.up_to) == FeedText(feed); }) > 0;
+}
+
+// ---- the commands
+
+bool OnColorTerminal() {
+  const char* none = std::getenv("NO_COLOR");
+  return _isatty(kStdout) && (!none || !*none);
+}
+
+Json ColorJson(unsigned long color) {
+  if (color == kNoFeedColor) return {{"rgb", nullptr}, {"value", nullptr}};
+  return {{"rgb", ColorText(color)}, {"value", color}};
+}
+
+void Show(const Arguments& arguments) {
+  const auto table = Restored(arguments);
+  const Rows rows = RowsOf(*table);
+  if (!arguments.json) {
+    fmt::print("{}", FeedColorsText(rows, OnColorTerminal()));
+    return;
+  }
+  Json list = Json::array();
+  for (const FeedColorRow& row : rows) {
+    Json one = {{"upTo", row.up_to}};
+    one.update(ColorJson(row.color));
+    list.push_back(one);
+  }
+  fmt::print("{}\n", Json({{"process", arguments.process}, {"key", KeyName(*table)}, {"rows", list}}).dump(2));
+}
+
+void Add(const Arguments& arguments) {
+  const FeedColorRow row{arguments.Feed(), arguments.Color()};
+  const auto table = Restored(arguments);
+  Rows rows = RowsOf(*table);
+  EraseRow(rows, row.up_to);
+  rows.push_back(row);
+  Save(*table, std::move(rows));
+}
+
+void Remove(const Arguments& arguments) {
+  const double feed = arguments.Feed();
+  const auto table = Restored(arguments);
+  Rows rows = RowsOf(*table);
+  if (!EraseRow(rows, feed)) {
+    std::string present;
+    for (const FeedColorRow& row : rows) present += (present.empty() ? "" : ", ") + FeedText(row.up_to);
+    throw Failure(fmt::format("{} has no row {}; it has {}", KeyName(*table), FeedText(feed), present));
+  }
+  Save(*table, std::move(rows));
+}
+
+void Color(const Arguments& arguments) {
+  const double feed = arguments.Feed();
+  const unsigned long color = Restored(arguments)->GetColorForFeed(feed);
+  if (arguments.json) {
+    Json found = {{"process", arguments.process}, {"feed", feed}};
+    found.update(ColorJson(color));
+    fmt::print("{}\n", found.dump(2));
+  } else {
+    fmt::print("{}\n", color == kNoFeedColor ? "none" : ColorPatch(color, OnColorTerminal()));
+  }
+}
+
+CLI::App* AddCommand(CLI::App& group, const char* name, const char* what, Arguments& arguments,
+                     void (*run)(const Arguments&)) {
+  CLI::App* command = group.add_subcommand(name, what);
+  command->footer(kHelp);
+  command->add_option("--process", arguments.process, "Whose table: mill, turn or edm")
+      ->check(CLI::IsMember({"mill", "turn", "edm"}))
+      ->required();
+  command->callback([&arguments, run] { run(arguments); });
+  return command;
+}
+
+}  // namespace
+
+void AddFeedColorCommands(CLI::App& app) {
+  static Arguments arguments;
+  CLI::App* group = app.add_subcommand("feedcolors", "Colours of toolpaths by feed rate: show, change, look up");
+  group->require_subcommand(1);
+  group->footer(kHelp);
+  CLI::App* show = AddCommand(*group, "show", "Show the rows", arguments, Show);
+  CLI::App* add = AddCommand(*group, "add", "Add a row, or give one another colour", arguments, Add);
+  CLI::App* remove = AddCommand(*group, "remove", "Remove a row", arguments, Remove);
+  CLI::App* color = AddCommand(*group, "color", "Tell the colour of a feed", arguments, Color);
+  for (CLI::App* command : {add, remove, color})
+    command->add_option("FEED", arguments.feed, "In the units of the program")->required();
+  add->add_option("COLOR", arguments.color, "#RRGGBB or 0xBBGGRR")->required();
+  for (CLI::App* command : {show, color}) command->add_flag("--json", arguments.json, "As JSON");
+}
+
+}  // namespace kestrova

@@ -1,0 +1,30 @@
+// A table of feed colours as the command line shows it: lines of text, on a terminal with a bar in the colours
+// themselves.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kestrova {
+
+struct FeedColorRow {
+  double up_to = 0;         // the threshold
+  unsigned long color = 0;  // 0x00BBGGRR
+  bool operator==(const FeedColorRow&) const = default;
+};
+
+// "100.00": thresholds that look alike are one row.
+std::string FeedText(double feed);
+// "#RRGGBB", and back; none for a text that is neither that nor a number up to 0xFFFFFF, decimal or 0xBBGGRR.
+std::string ColorText(unsigned long color);
+std::optional<unsigned long> ColorFromText(std::string_view text);
+
+// "#RRGGBB" with a patch of the colour ahead of it, if `colored`.
+std::string ColorPatch(unsigned long color, bool colored);
+// One line a row, ascending as they are given, and one for the feeds above. `colored` puts a bar and its legend ahead:
+// a segment of equal width for each row, its threshold below its end where there is room.
+std::string FeedColorsText(const std::vector<FeedColorRow>& rows, bool colored);
+
+}  // namespace kestrova

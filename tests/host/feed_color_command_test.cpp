@@ -1,0 +1,88 @@
+// kestrova feedcolors, as a user runs it, and the bar that a terminal gets.
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "host/feed_color_table.h"
+#include "platform/registry.h"
+#include "tests/host/run_command.h"
+
+namespace {
+
+using kestrova::ColorFromText, kestrova::FeedColorsText;
+using kvtest::RunResult;
+
+class FeedColorCommand : public testing::Test {
+ protected:
+  void SetUp() override { RegDeleteTreeW(HKEY_CURRENT_USER, _T("Software")); }
+};
+
+RunResult Feed(const std::vector<std::string>& words, const std::string& process = "mill") {
+  std::vector<std::string> all = {"feedcolors"};
+  all.insert(all.end(), words.begin(), words.end());
+  all.insert(all.end(), {"--process", process});
+  return kvtest::RunCommand(all);
+}
+
+TEST_F(FeedColorCommand, AddsReplacesRemovesAndLooksUp) {
+  const RunResult done{0, "", ""};
+  EXPECT_EQ(Feed({"add", "200", "#00FF00"}), done);
+  EXPECT_EQ(Feed({"add", "50.004", "0xFF0000"}), done) << "0xBBGGRR";
+  EXPECT_EQ(Feed({"add", "200.00", "#FF8001"}), done) << "the same row";
+  EXPECT_EQ(Feed({"add", "70", "255"}, "turn"), done) << "another table";
+  EXPECT_EQ(Feed({"remove", "100000"}), done) << "the row of an empty table";
+  EXPECT_EQ(Feed({"show"}), (RunResult{0, "up to  50.00  #0000FF\nup to 200.00  #FF8001\nabove         none\n", ""}));
+  EXPECT_EQ(Feed({"color", "50"}), (RunResult{0, "#0000FF\n", ""}));
+  EXPECT_EQ(Feed({"color", "50.01"}), (RunResult{0, "#FF8001\n", ""}));
+  EXPECT_EQ(Feed({"color", "201"}), (RunResult{0, "none\n", ""}));
+  EXPECT_EQ(Feed({"remove", "60"}),
+            (RunResult{1, "",
+                       "kestrova: HKCU\\Software\\Zemlor\\Kestrova\\FeedColors\\Mill has no row 60.00; it has 50.00, "
+                       "200.00\n"}));
+}
+
+TEST_F(FeedColorCommand, JsonHasNumbersAndNull) {
+  Feed({"add", "12.5", "#010203"}, "edm");
+  const auto shown = nlohmann::json::parse(Feed({"show", "--json"}, "edm").out);
+  EXPECT_EQ(shown["key"], "HKCU\\Software\\Zemlor\\Kestrova\\FeedColors\\Edm");
+  ASSERT_EQ(shown["rows"].size(), 2u);
+  EXPECT_EQ(shown["rows"][0], (nlohmann::json{{"upTo", 12.5}, {"rgb", "#010203"}, {"value", 0x030201}}));
+  EXPECT_EQ(shown["rows"][1]["upTo"], 100000);
+  const auto color = nlohmann::json::parse(Feed({"color", "100001", "--json"}, "edm").out);
+  EXPECT_EQ(color, (nlohmann::json{{"process", "edm"}, {"feed", 100001.0}, {"rgb", nullptr}, {"value", nullptr}}));
+}
+
+TEST_F(FeedColorCommand, RefusesBadFeedsAndColors) {
+  for (const char* feed : {"", ".", "abc", "1e3", "nan", "1.2.3", "1000000001", "5mm"}) {
+    EXPECT_EQ(Feed({"add", feed, "#000000"}),
+              (RunResult{2, "",
+                         std::string("kestrova: FEED is a number from 0 to 1000000000, such as 120 or 99.5: \"") +
+                             feed + "\"\n"}));
+  }
+  for (const char* color :
+       {"", "red", "#", "#12345", "#1234567", "#12345G", "#-12345", "0x", "0x1000000", "16777216", "-1", "12 "}) {
+    EXPECT_EQ(ColorFromText(color), std::nullopt) << color;
+  }
+  EXPECT_EQ(
+      Feed({"add", "1", "red"}),
+      (RunResult{2, "",
+                 "kestrova: COLOR is #RRGGBB, or 0xBBGGRR as the registry has it, such as '#FF8000': \"red\"\n"}));
+  EXPECT_EQ(Feed({"show"}, "laser").exit_code, 2);
+}
+
+TEST(FeedColorTable, TerminalGetsABarWithItsThresholdsBelowTheEnds) {
+  const std::string red = "\x1b[48;2;255;0;0m", blue = "\x1b[48;2;1;2;255m", end = "\x1b[0m";
+  EXPECT_EQ(FeedColorsText({{100, 0xFF}, {2000.5, 0xFF0201}}, /*colored=*/true),
+            red + std::string(32, ' ') + end + blue + std::string(32, ' ') + end + "\n" + std::string(26, ' ') +
+                "100.00" + std::string(25, ' ') + "2000.50\n" + "up to  100.00  " + red + "    " + end + " #FF0000\n" +
+                "up to 2000.50  " + blue + "    " + end + " #0102FF\n" + "above          none\n");
+  EXPECT_EQ(FeedColorsText({}, /*colored=*/true), "above   none\n");
+  // A thousand rows: a cell for as many as there are, and no threshold runs into the one ahead of it.
+  const std::string many = FeedColorsText(std::vector<kestrova::FeedColorRow>(1000, {7, 0xFF}), /*colored=*/true);
+  std::string bar, legend = "\n7.00";
+  for (int cell = 0; cell < 64; ++cell) bar += red + " " + end;
+  for (int label = 1; label < 13; ++label) legend += " 7.00";
+  EXPECT_EQ(many.substr(0, bar.size() + legend.size()), bar + legend);
+}
+
+}  // namespace
