@@ -20,6 +20,7 @@
 #pragma once
 
 #include "platform/files.h"
+#include "platform/interfaces.h"
 #include "platform/types.h"
 
 #ifdef _WIN32
@@ -28,8 +29,6 @@
 
 #else
 
-using HRESULT = std::int32_t;
-using ULONG = std::uint32_t;
 using LPOLESTR = WCHAR*;
 using SNB = LPOLESTR*;
 
@@ -41,21 +40,6 @@ union ULARGE_INTEGER {
   ULONGLONG QuadPart;
 };
 
-struct GUID {
-  DWORD Data1;
-  WORD Data2;
-  WORD Data3;
-  BYTE Data4[8];
-};
-using CLSID = GUID;
-using IID = GUID;
-
-inline constexpr bool SUCCEEDED(HRESULT result) { return result >= 0; }
-inline constexpr bool FAILED(HRESULT result) { return result < 0; }
-
-inline constexpr HRESULT S_OK = 0;
-inline constexpr HRESULT S_FALSE = 1;
-inline constexpr HRESULT E_POINTER = HRESULT(0x80004003);
 inline constexpr HRESULT STG_E_INVALIDFUNCTION = HRESULT(0x80030001);
 inline constexpr HRESULT STG_E_FILENOTFOUND = HRESULT(0x80030002);
 inline constexpr HRESULT STG_E_PATHNOTFOUND = HRESULT(0x80030003);
@@ -134,15 +118,6 @@ inline constexpr DWORD STGC_ONLYIFCURRENT = 2;
 inline constexpr DWORD STGC_DANGEROUSLYCOMMITMERELYTODISKCACHE = 4;
 
 // ---- interfaces
-
-struct IUnknown {
-  // Both give the number of references that are left. The last Release ends the object.
-  virtual ULONG AddRef() = 0;
-  virtual ULONG Release() = 0;
-
- protected:
-  ~IUnknown() = default;
-};
 
 struct IStream : IUnknown {
   // S_OK also if fewer bytes came because the stream ends. The counts may be null.
