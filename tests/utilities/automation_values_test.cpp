@@ -1,0 +1,135 @@
+// Automation arrays and values: what comes out of honest and of wrong ones, and who owns what afterwards.
+#include "share/utilities/automation_values.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+
+namespace {
+
+class Thing final : public IDispatch {
+ public:
+  ULONG AddRef() override { return ++references; }
+  ULONG Release() override { return --references; }
+  ULONG references = 1;
+};
+
+SAFEARRAY* Array(VARTYPE type, ULONG count, LONG lower) {
+  SAFEARRAYBOUND bound = {count, lower};
+  return SafeArrayCreate(type, 1, &bound);
+}
+
+// A value that frees what it owns.
+struct Value : VARIANT {
+  Value() { VariantInit(this); }
+  Value(VARTYPE type, SAFEARRAY* array) : Value() {
+    vt = type;
+    parray = array;
+  }
+  ~Value() { EXPECT_EQ(VariantClear(this), S_OK); }
+  Value(const Value&) = delete;
+  Value& operator=(const Value&) = delete;
+};
+
+TEST(AutomationValues, DoublesComeOutFromTheirLowerBoundOn) {
+  for (const LONG lower : {0, 1, -7, INT_MAX - 2}) {
+    Value value(VT_ARRAY | VT_R8, Array(VT_R8, 3, lower));
+    for (int i = 0; i < 3; ++i) {
+      LONG index = lower + i;
+      double number = i + 0.5;
+      EXPECT_EQ(SafeArrayPutElement(value.parray, &index, &number), S_OK);
+    }
+    double out[4] = {9, 9, 9, 9};
+    EXPECT_EQ(GetNumberOfElementsFromSafearrayDoubleVal(value), 3);
+    EXPECT_EQ(UnpackFromSafearrayDoubleVal(value, out), 3);
+    EXPECT_EQ(std::vector(out, out + 4), std::vector({0.5, 1.5, 2.5, 9.}));
+    EXPECT_EQ(UnpackFromSafearrayDoubleVal(value, nullptr), -1);
+  }
+  double untouched = 9;
+  const Value none(VT_ARRAY | VT_R8, Array(VT_R8, 0, 5));
+  EXPECT_EQ(GetNumberOfElementsFromSafearrayDoubleVal(none), 0);
+  EXPECT_EQ(UnpackFromSafearrayDoubleVal(none, &untouched), 0);
+  EXPECT_EQ(untouched, 9);
+}
+
+TEST(AutomationValues, WrongValuesAreRefused) {
+  SAFEARRAY* const flat = Array(VT_R8, 2, 0);
+  flat->cDims = 2;  // as if a second dimension stood behind
+  const Value rows[] = {
+      {VT_EMPTY, nullptr},
+      {VT_R8, nullptr},
+      {VT_ARRAY | VT_R8, nullptr},
+      {VT_ARRAY | VT_DISPATCH, nullptr},
+      {VT_ARRAY | VT_I4, Array(VT_I4, 2, 0)},
+      {VT_ARRAY | VT_R8, Array(VT_I4, 2, 0)},
+      {VT_ARRAY | VT_DISPATCH, Array(VT_R8, 2, 0)},
+      {VT_BYREF | VT_ARRAY | VT_R8, nullptr},
+      {VT_ARRAY | VT_R8, flat},
+  };
+  for (const Value& value : rows) {
+    SCOPED_TRACE(value.vt);
+    double out[2] = {9, 9};
+    CList<IDispatch*> list;
+    EXPECT_EQ(GetNumberOfElementsFromSafearrayDoubleVal(value), -1);
+    EXPECT_EQ(UnpackFromSafearrayDoubleVal(value, out), -1);
+    EXPECT_EQ(UnpackIDispPointersFromSafearray(value, list), -1);
+    EXPECT_EQ(out[0], 9);
+    EXPECT_TRUE(list.IsEmpty());
+  }
+  flat->cDims = 1;
+}
+
+TEST(AutomationValues, ObjectsGoThereAndBackWithTheirReferences) {
+  Thing a;
+  Thing b;
+  CList<IDispatch*> list;
+  VARIANT value;
+  std::memset(&value, 0xAA, sizeof value);
+  EXPECT_EQ(PackIDispatchPointersToVariant(list, value), HRESULT(0x80004005));
+  EXPECT_EQ(value.vt, VT_EMPTY);
+  for (IDispatch* object : std::initializer_list<IDispatch*>{&a, nullptr, &b, &a}) list.AddTail(object);
+  EXPECT_EQ(PackIDispatchPointersToVariant(list, value), S_OK);
+  EXPECT_EQ(value.vt, VT_ARRAY | VT_DISPATCH);
+  EXPECT_EQ(a.references, 3u);
+  EXPECT_EQ(b.references, 2u);
+  list.RemoveAll();
+  EXPECT_EQ(UnpackIDispPointersFromSafearray(value, list), 3);
+  EXPECT_EQ(VariantClear(&value), S_OK);
+  EXPECT_EQ(value.vt, VT_EMPTY);
+  std::vector<IDispatch*> out;
+  for (POSITION at = list.GetHeadPosition(); at;) out.push_back(list.GetNext(at));
+  EXPECT_EQ(out, (std::vector<IDispatch*>{&a, &b, &a}));
+  EXPECT_EQ(a.references, 3u) << "the array's two are gone, the caller has two";
+  EXPECT_EQ(b.references, 2u);
+}
+
+TEST(AutomationValues, TextsOfValues) {
+  const auto text = [](VARTYPE type, auto VARIANT::*field, auto content) {
+    VARIANT value = {};
+    value.vt = type;
+    value.*field = content;
+    return ToUtf8(VARIANT2CString(value));
+  };
+  EXPECT_EQ(text(VT_I1, &VARIANT::cVal, -5), "-5");
+  EXPECT_EQ(text(VT_UI1, &VARIANT::bVal, 200), "200");
+  EXPECT_EQ(text(VT_I2, &VARIANT::iVal, -30000), "-30000");
+  EXPECT_EQ(text(VT_UI2, &VARIANT::uiVal, 60000), "60000");
+  EXPECT_EQ(text(VT_I4, &VARIANT::lVal, INT_MIN), "-2147483648");
+  EXPECT_EQ(text(VT_UI4, &VARIANT::ulVal, 4000000000u), "4000000000");
+  EXPECT_EQ(text(VT_I8, &VARIANT::llVal, LLONG_MIN), "-9223372036854775808");
+  EXPECT_EQ(text(VT_UI8, &VARIANT::ullVal, ULLONG_MAX), "18446744073709551615");
+  EXPECT_EQ(text(VT_BOOL, &VARIANT::boolVal, VARIANT_TRUE), "-1");
+  EXPECT_EQ(text(VT_R8, &VARIANT::dblVal, 0.1), "0.1");
+  EXPECT_EQ(text(VT_R8, &VARIANT::dblVal, 1e20), "1E+20");
+  EXPECT_EQ(text(VT_R4, &VARIANT::fltVal, 0.1f), "0.1");
+  EXPECT_EQ(text(VT_BSTR, &VARIANT::bstrVal, nullptr), "");
+  EXPECT_EQ(text(VT_NULL, &VARIANT::lVal, 7), "");
+  EXPECT_EQ(text(VT_DISPATCH, &VARIANT::pdispVal, nullptr), "");
+  EXPECT_EQ(text(VT_BYREF | VT_BSTR, &VARIANT::byref, nullptr), "");
+  BSTR word = SysAllocStringLen(_T("a\0b"), 3);
+  EXPECT_EQ(text(VT_BSTR, &VARIANT::bstrVal, word), std::string("a\0b", 3));
+  EXPECT_EQ(text(VT_BYREF | VT_BSTR, &VARIANT::byref, &word), std::string("a\0b", 3));
+  SysFreeString(word);
+}
+
+}  // namespace

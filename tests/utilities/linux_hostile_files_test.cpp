@@ -1,0 +1,148 @@
+// Files and folders on a full disk, without rights, with names that are too long and paths with "..": what is answered,
+// and that nothing is left half-written. Each case runs in a child process, which may give up its rights.
+#include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
+
+#include "platform/paths.h"
+#include "share/utilities/ascii_file_browse.h"
+#include "share/utilities/file_helpers.h"
+#include "share/utilities/files_and_folders.h"
+#include "tests/child_process.h"
+#include "tests/scratch.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kCannot = 77;  // exit code of a child that may not do what the case needs
+
+class HostileFiles : public testing::Test {
+ protected:
+  CString At(const std::string& name) const {
+    return CString(ProductPathFromSystem((folder.Path() / name).string()).c_str());
+  }
+  fs::path On(const std::string& name) const { return folder.Path() / name; }
+
+  // Runs the body in a child; its expectations count. False if the child could not do what the case needs.
+  static bool InChild(const std::function<bool()>& body) {
+    const pid_t child = fork();
+    if (child == 0) _exit(!body() ? kCannot : HasFailure());
+    const int code = kvtest::ExitCode(child);
+    EXPECT_TRUE(code == 0 || code == kCannot) << "the child's expectations failed";
+    return code != kCannot;
+  }
+  // A file system of that size for the child alone.
+  bool MountSmall(const char* name, const char* size) const {
+    fs::create_directory(On(name));
+    return unshare(CLONE_NEWNS) == 0 && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+           mount("tmpfs", On(name).c_str(), "tmpfs", 0, size) == 0;
+  }
+  static std::string Names(const fs::path& path) {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::recursive_directory_iterator(path))
+      names.push_back(fs::relative(entry, path).string());
+    std::sort(names.begin(), names.end());
+    std::string all;
+    for (const std::string& name : names) all += name + " ";
+    return all;
+  }
+
+  kvtest::ScratchFolder folder;
+  QFFileAndFolderUtilities files;
+};
+
+TEST_F(HostileFiles, FullDiskLeavesNothingHalfWritten) {
+  folder.Write("from/a_small", "small");
+  folder.Write("from/big", std::string(2'000'000, 'x'));
+  folder.Write("from/sub/small", "small");
+  const bool mounted = InChild([&] {
+    if (!MountSmall("disk", "size=1m")) return false;
+    folder.Write("disk/to/big", "old");
+    EXPECT_EQ(files.CopyDirectoryWithContents(At("from"), At("disk/to")), 0);
+    EXPECT_EQ(Names(On("disk")), "to to/a_small to/big to/sub to/sub/small ");
+    EXPECT_EQ(kvtest::ReadFile(On("disk/to/big")), "old");
+    EXPECT_EQ(kvtest::ReadFile(On("disk/to/sub/small")), "small");
+    return true;
+  });
+  if (!mounted) GTEST_SKIP() << "this user may not mount a small disk";
+}
+
+TEST_F(HostileFiles, DiskWithoutRoomForANameRefusesAll) {
+  folder.Write("from/a", "");
+  const bool mounted = InChild([&] {
+    if (!MountSmall("disk", "nr_inodes=2")) return false;  // one for the disk's own folder
+    CString path = At("disk/one");
+    EXPECT_EQ(files.CreateDirectoryW(path), 1);
+    CString next = At("disk/two");
+    EXPECT_EQ(files.CreateDirectoryW(next), 0);
+    EXPECT_EQ(files.HasCreateFilePermission(At("disk")), 0);
+    EXPECT_EQ(files.CopyDirectoryWithContents(At("from"), path), 0);
+    CString name = _T("kept");
+    EXPECT_EQ(CreateTempFileName(path, _T("x"), name), 0);
+    EXPECT_EQ(name, _T("kept"));
+    EXPECT_EQ(Names(On("disk")), "one ");
+    return true;
+  });
+  if (!mounted) GTEST_SKIP() << "this user may not mount a small disk";
+}
+
+TEST_F(HostileFiles, FolderWithoutRightsIsLeftAlone) {
+  folder.Write("shut/file", "x");
+  folder.Write("read/file", "x");
+  folder.Write("mine/shut/file", "x");
+  folder.Write("mine/own", "x");
+  fs::permissions(folder.Path(), fs::perms(0777));
+  fs::permissions(On("mine"), fs::perms(0777));
+  for (const char* shut : {"shut", "mine/shut"}) fs::permissions(On(shut), fs::perms(0));
+  fs::permissions(On("read"), fs::perms(0555));
+  const bool changed = InChild([&] {
+    if (geteuid() == 0 && seteuid(65534) != 0) return false;
+    CString below = At("read/new");
+    CList<CString> names;
+    EXPECT_EQ(files.CreateDirectoryW(below), 0);
+    EXPECT_EQ(files.HasCreateFilePermission(At("read")), 0);
+    EXPECT_EQ(files.HasCreateFilePermission(At("mine")), 1);
+    EXPECT_EQ(files.GetFileNameListFromFolder(At("shut"), names), 0);
+    EXPECT_EQ(files.DoesFileExist(At("shut/file")), 0);
+    EXPECT_EQ(DoesFileExistAtGivenPath(At("shut\\file")), 0);
+    EXPECT_EQ(files.CopyDirectoryWithContents(At("shut"), At("new")), 0);
+    EXPECT_FALSE(fs::exists(On("new")));
+    EXPECT_EQ(files.CopyDirectoryWithContents(At("mine"), At("new")), 0);
+    EXPECT_EQ(Names(On("new")), "own shut ");
+    EXPECT_EQ(files.CopyDirectoryWithContents(At("new"), At("read")), 0);
+    CString read = At("read");
+    CString mine = At("mine");
+    EXPECT_EQ(files.DeleteDirectory(read), 0);
+    EXPECT_EQ(files.DeleteDirectory(mine), 0);
+    QFAsciFileBrowse file;
+    EXPECT_EQ(file.SetFilePath(At("shut/file")), 1);
+    EXPECT_EQ(file.InitialiseFile(), 0);
+    return true;
+  });
+  for (const char* shut : {"shut", "mine/shut"}) fs::permissions(On(shut), fs::perms(0755));
+  if (!changed) GTEST_SKIP() << "this process can't give up its rights";
+  EXPECT_EQ(Names(folder.Path()), "mine mine/shut mine/shut/file new new/own new/shut read read/file shut shut/file ");
+}
+
+TEST_F(HostileFiles, NamesTooLongAndPathsUpwards) {
+  folder.Write("a/file", "x");
+  folder.Write("b", "x");
+  CString longer = At("a/" + std::string(300, 'n'));
+  CString up = At("a") + _T("\\..\\c");
+  CList<CString> names;
+  EXPECT_EQ(files.CreateDirectoryW(longer), 0);
+  EXPECT_EQ(files.DeleteDirectory(longer), 0);
+  EXPECT_EQ(files.GetFileNameListFromFolder(longer, names), 0);
+  EXPECT_EQ(files.GetFirstMatchingFileInFolder(At("a"), CString(u'n', 300), longer), 0);
+  EXPECT_EQ(files.CopyDirectoryWithContents(At("a"), longer), 0);
+  EXPECT_EQ(CreateTempFileName(longer, _T("x"), up), 0);
+  EXPECT_EQ(files.CreateDirectoryW(up), 1);
+  EXPECT_EQ(files.DoesFileExist(At("a") + _T("\\..\\b")), 1);
+  EXPECT_EQ(DoesFileExistAtGivenPath(At("a") + _T("\\..\\b")), 1);
+  EXPECT_EQ(files.CopyDirectoryWithContents(At("a"), up + _T("\\..\\d")), 1);
+  EXPECT_EQ(files.DeleteDirectory(up), 1);
+  EXPECT_EQ(Names(folder.Path()), "a a/file b d d/file ");
+}
+
+}  // namespace
