@@ -23,6 +23,7 @@ namespace {
 
 constexpr std::string_view kDeleted = " (deleted)";  // behind the path of a file that is gone
 constexpr LONG kNormalPriority = 8;
+constexpr DWORD kModuleBytes = sizeof(void*);  // of an HMODULE
 
 // False, with the last status set, if the list can't be read.
 bool ListProcesses(std::vector<DWORD>& ids) {
@@ -121,8 +122,8 @@ BOOL EnumProcesses(DWORD* ids, DWORD bytes, LPDWORD needed) {
 
 BOOL EnumProcessModules(HANDLE process, HMODULE* modules, DWORD bytes, LPDWORD needed) {
   if (ProgramOf(process).empty()) return FALSE;
-  if (bytes >= sizeof(HMODULE)) *modules = ProgramModule();
-  *needed = sizeof(HMODULE);
+  if (bytes >= kModuleBytes) *modules = ProgramModule();
+  *needed = kModuleBytes;
   return TRUE;
 }
 

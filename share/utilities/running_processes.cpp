@@ -36,7 +36,7 @@ CString NameOf(DWORD id, const ProcessCalls& calls) {
   const Handle process(OpenProcess(PROCESS_QUERY_INFORMATION | PROCESS_VM_READ, FALSE, id));
   HMODULE module = nullptr;
   DWORD bytes = 0;
-  if (process.IsOpen() && calls.modules(process, &module, sizeof(HMODULE), &bytes))
+  if (process.IsOpen() && calls.modules(process, &module, sizeof(void*), &bytes))
     calls.name(process, module, name, MAX_PATH);
   return name;
 }
