@@ -1,0 +1,152 @@
+// The tables of queries.
+#include "host/environment_queries.h"
+
+#include "share/env/app_env.h"
+#include "share/env/document_callbacks.h"
+#include "share/env/language_choice.h"
+#include "share/env/product_edition.h"
+#include "share/env/product_identity.h"
+#include "share/env/version_info.h"
+
+namespace kestrova {
+
+namespace {
+
+QueryAnswer Answer(const CString& text) { return text; }
+QueryAnswer Answer(long long number) { return number; }
+
+// One row: an operation of the environment, or a free function, by its name.
+#define KV_OPERATION(name)                                    \
+  {                                                           \
+#name, [](CKVEnvApp & env) { return Answer(env.name()); } \
+  }
+#define KV_FUNCTION(name)                            \
+  {                                                  \
+#name, [](CKVEnvApp&) { return Answer(name()); } \
+  }
+
+constexpr EnvironmentQuery kStart[] = {
+    KV_OPERATION(GetEnvAPPInitResult),     KV_OPERATION(GetUserNameW),
+    KV_OPERATION(GetCurrentDate),          KV_OPERATION(GetTickCount),
+    KV_OPERATION(IsKVDebugEnabled),        KV_OPERATION(IsKVRunningInTestMode),
+    KV_OPERATION(GetMultiSurfaceByID),     KV_OPERATION(IsXMLReportwithRelativePathsNeeded),
+    KV_OPERATION(GetFeatureCreationStyle), KV_OPERATION(GetIsXMLSetUpSheet),
+    KV_OPERATION(GetXMLSetUpSheetPath),    KV_OPERATION(GetTreeTabProgID),
+    KV_OPERATION(GetTaskPaneTabStringID),
+};
+
+constexpr EnvironmentQuery kInstallation[] = {
+    KV_OPERATION(GetKVDrive),
+    KV_OPERATION(GetKVPath),
+    KV_OPERATION(GetKVModuleDllName),
+    KV_OPERATION(GetKVModuleName),
+    KV_OPERATION(GetKVModuleExt),
+    KV_OPERATION(GetKVResourceDllName),
+    KV_OPERATION(GetKVResourceDllPath),
+    KV_OPERATION(GetKVDebugResourceDllName),
+    KV_OPERATION(GetKVDebugResourceDllPath),
+    KV_OPERATION(GetKVImagesResourceDllName),
+    KV_OPERATION(GetKVImagesResourceDllPath),
+    KV_OPERATION(GetKVAPIDllName),
+    KV_OPERATION(GetKVAPIDllPath),
+    KV_OPERATION(GetKV5AxisDllName),
+    KV_OPERATION(GetKV5AxisDllPath),
+    KV_OPERATION(GetVisiDllName),
+    KV_OPERATION(GetVisiDllPath),
+    KV_OPERATION(GetEDConnectorDllName),
+    KV_OPERATION(GetEDConnectorDllPath),
+    KV_OPERATION(GetEDConnectorPngDllName),
+    KV_OPERATION(GetEDConnectorPngDllPath),
+    KV_OPERATION(GetKVEDConnectorDllName),
+    KV_OPERATION(GetKVEDConnectorDllPath),
+    KV_OPERATION(GetUtilitiesDllName),
+    KV_OPERATION(GetUtilitiesDllPath),
+    KV_OPERATION(GetEDMResourceDllPath),
+    KV_OPERATION(GetTechDBAppPath),
+    KV_OPERATION(GetKVHelpPath),
+    KV_OPERATION(GetKVAMHelpPath),
+    KV_OPERATION(GetManualPDFFilePath),
+    KV_OPERATION(GetWhatsNewPDFFilePath),
+    KV_OPERATION(GetTutorialsPath),
+    KV_OPERATION(GetCIMCOEditorPath),
+    KV_OPERATION(GetCIMCOEditorCmdArg),
+};
+
+constexpr EnvironmentQuery kLanguage[] = {
+    KV_OPERATION(GetKVDefDataRelPath),
+    KV_OPERATION(GetTechDBLang),
+    KV_OPERATION(GetLanguageForSIMCO),
+    KV_FUNCTION(GetSolidWorksLangName),
+    {"GetLangAlignedToSWLang",
+     [](CKVEnvApp&) {
+       CString language;
+       GetLangAlignedToSWLang(language);
+       return Answer(language);
+     }},
+};
+
+constexpr EnvironmentQuery kFolders[] = {
+    KV_OPERATION(GetKVDataPath),
+    KV_OPERATION(GetKVCommonDataPath),
+    KV_OPERATION(GetKVTaskPaneINIFilePath),
+    KV_OPERATION(GetKVDefaultToolInsertPath),
+    KV_OPERATION(GetSetupSheetImagePath),
+    KV_OPERATION(GetSetupSheetTemplatePath),
+    KV_OPERATION(GetVersionIndependentSetupSheetTemplatePath),
+    KV_OPERATION(GetXMLReportRelativePathInfo),
+    KV_OPERATION(GetSubSpindleOperFolderPath),
+    KV_OPERATION(GetDefaultSimulationMachineFolderPath),
+    KV_OPERATION(GetDefaultSimulationControllerFolderPath),
+    KV_OPERATION(GetDefaultSimulationJobFolderPath),
+    KV_OPERATION(GetSimulationRecordingFolderPath),
+    KV_OPERATION(GetVirtualMachinePath),
+    KV_OPERATION(GetIMSExePath),
+    KV_OPERATION(ExtractEDMCuttingConditionPath),
+    KV_OPERATION(ExtractEDMPostFilePath),
+    KV_OPERATION(GetEDMCuttingConditionPath),
+    KV_OPERATION(GetEDMPostFilePath),
+};
+
+constexpr EnvironmentQuery kDatabase[] = {
+    KV_OPERATION(GetConfigDataUseStatus), KV_OPERATION(GetTechDBConfigFilePath), KV_OPERATION(GetDefaultSQLiteDBPath),
+    KV_OPERATION(GetKVTechDBName),        KV_OPERATION(GetKVTechDBPath),         KV_OPERATION(GetKVTechDBFormsName),
+    KV_OPERATION(Is64BitDatabaseInUse),   KV_OPERATION(IsSQLiteDatabaseInUse),   KV_OPERATION(Is64BitAccessInstalled),
+    KV_OPERATION(GetTechDBProcessID),
+};
+
+constexpr EnvironmentQuery kProduct[] = {
+    KV_FUNCTION(GetKVVersion),         KV_FUNCTION(GetKVVersionLong),
+    KV_FUNCTION(GetKVBuildDate),       KV_FUNCTION(GetKVServicePack),
+    KV_FUNCTION(GetRequiredSWVersion), KV_FUNCTION(GetProductName),
+    KV_FUNCTION(GetProductVersion),    KV_FUNCTION(GetProductAndVersionString),
+    KV_FUNCTION(GetProductType),       KV_FUNCTION(GetProductEditionText),
+    KV_FUNCTION(GetKernelType),        KV_FUNCTION(GetCADName),
+    KV_FUNCTION(GetCADVersion),        KV_FUNCTION(GetCADMinorVersion),
+    KV_FUNCTION(GetSldWorksDateCode),  KV_FUNCTION(GetSldWorksRevisionNumber),
+    KV_FUNCTION(IsValidSWVersion),
+};
+
+constexpr EnvironmentQueryGroup kGroups[] = {
+    {"Start", "start", kStart},
+    {"Installation", "installation", kInstallation},
+    {"Language", "language", kLanguage},
+    {"Folders", "folders", kFolders},
+    {"Technology database", "technologyDatabase", kDatabase},
+    {"Product", "product", kProduct},
+};
+
+}  // namespace
+
+std::span<const EnvironmentQueryGroup> EnvironmentQueryGroups() { return kGroups; }
+
+const char* InitResultInWords(const CKVEnvApp& env) {
+  switch (env.GetEnvAPPInitResult()) {
+    case ENVAPP_INIT_OK: return "started without a fault";
+    case ENVAPP_INIT_TECHDB_FILE_MISSING:
+      return "the active technology database is a file, and there is none at its path";
+    case ENVAPP_INIT_TECHDB_FAILED: return "there is no active technology database, or it could not be opened";
+  }
+  return "unknown";
+}
+
+}  // namespace kestrova

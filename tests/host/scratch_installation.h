@@ -1,0 +1,52 @@
+// A small installation of its own: the library under test in a folder with the languages, data and machines of the
+// example installation, all of which a test may damage. While it lives, commands that a test runs are of it.
+#pragma once
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+#include "platform/process.h"
+#include "tests/registry_calls.h"
+
+namespace kvtest {
+
+class ScratchInstallation {
+ public:
+  ScratchInstallation() {
+    namespace fs = std::filesystem;
+    const fs::path built = fs::path(KV_BIN_DIR).parent_path();
+    fs::create_directory(folder_.Path() / "lib");
+    fs::create_directory(folder_.Path() / "registry");
+    fs::create_symlink(built / "lib/libKVSHAREu.so", Lib("libKVSHAREu.so"));
+    if (fs::exists(built / "etc")) fs::create_directory_symlink(built / "etc", folder_.Path() / "etc");
+    for (const char* part : {"lang", "MachSim", "SubSpindleOps", "Edm", "TechDB"})
+      if (fs::exists(built / "lib" / part)) fs::copy(built / "lib" / part, Lib(part), fs::copy_options::recursive);
+    UseLibraryIn(Lib("").string());
+  }
+  ~ScratchInstallation() { SetEnvironmentVariableW(_T("LD_LIBRARY_PATH"), nullptr); }
+
+  // Has the library loaded by another name of its folder.
+  static void UseLibraryIn(const std::string& folder) {
+    SetEnvironmentVariableW(_T("LD_LIBRARY_PATH"), std::filesystem::path(folder).u16string().c_str());
+  }
+  std::filesystem::path Lib(const std::string& relative) const { return folder_.Path() / "lib" / relative; }
+  const std::filesystem::path& Path() const { return folder_.Path(); }
+  // The path as the product writes it.
+  static std::string Product(std::string path) {
+    std::replace(path.begin(), path.end(), '/', '\\');
+    return path;
+  }
+
+ private:
+  ScratchFolder folder_;
+  RegistryIn registry_{folder_.Path() / "registry"};
+};
+
+// Writes a text of the user's or the machine's.
+inline void KeepText(HKEY hive, LPCTSTR path, LPCTSTR name, const std::string& utf8) {
+  const std::u16string text = std::filesystem::path(utf8).u16string();
+  Put(hive, path, name, {REG_SZ, Wide({text.c_str(), text.size() + 1})});
+}
+
+}  // namespace kvtest
