@@ -1,35 +1,116 @@
-// `kestrova env`: where the product lies and what is in force.
+// `kestrova env`: where things lie and what is in force; `kestrova env doctor`: what is wrong with it.
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <nlohmann/json.hpp>
 
 #include "host/commands.h"
+#include "host/environment_doctor.h"
+#include "host/environment_queries.h"
 #include "host/main_module.h"
 #include "share/env/app_env.h"
 
+namespace kestrova {
+
 namespace {
 
-void PrintEnvironment() {
-  kestrova::StartMainModule();
-  const CKVEnvApp& env = *AppEnv();
-  const struct {
-    const char* name;
-    CString value;
-  } rows[] = {
-      {"install folder", env.GetKVDrive() + env.GetKVPath()},
-      {"language folder", env.GetKVDefDataRelPath()},
-      {"resource library", env.GetKVResourceDllPath()},
-      {"help folder", env.GetKVHelpPath()},
-      {"user", env.GetUserNameW()},
-      {"date", env.GetCurrentDate() + _T(" ") + env.GetTickCount()},
+constexpr char kEnvHelp[] =
+    "Starts the environment as the product does: missing switches and folders get their defaults in the registry, and\n"
+    "the folder of simulation recordings is made.\n"
+    "JSON: {\"initResult\": {\"value\", \"text\"}, \"start\": {OPERATION: VALUE, ...}, \"installation\": {...},\n"
+    "\"language\": {...}, \"folders\": {...}, \"technologyDatabase\": {...}, \"product\": {...}}.\n"
+    "Examples:\n"
+    "  kestrova env\n"
+    "  kestrova env --json | jq -r .folders.GetKVDataPath\n"
+    "  kestrova env doctor";
+
+constexpr char kDoctorHelp[] =
+    "Starts the environment as the product does, then looks for what is missing or suspicious, and says what to do.\n"
+    "Errors keep the product from working, warnings a part of it; notes are worth knowing. Exit code 1 if there is an\n"
+    "error.\n"
+    "JSON: {\"errors\", \"warnings\", \"notes\": numbers, \"findings\": [{\"grade\", \"subject\", \"text\", "
+    "\"remedy\"}]}.\n"
+    "Example:\n"
+    "  kestrova env doctor";
+
+std::string TextOf(const QueryAnswer& answer) {
+  if (const auto* number = std::get_if<long long>(&answer)) return std::to_string(*number);
+  const CString& text = std::get<CString>(answer);
+  return text.IsEmpty() ? "(empty)" : ToUtf8(text);
+}
+
+void PrintEnvironment(bool asJson) {
+  StartMainModule();
+  CKVEnvApp& env = *AppEnv();
+  if (asJson) {
+    nlohmann::ordered_json all = {
+        {"initResult", {{"value", int(env.GetEnvAPPInitResult())}, {"text", InitResultInWords(env)}}}};
+    for (const EnvironmentQueryGroup& group : EnvironmentQueryGroups()) {
+      nlohmann::ordered_json& answers = all[group.json_name];
+      for (const EnvironmentQuery& query : group.queries) {
+        const QueryAnswer answer = query.ask(env);
+        if (const auto* number = std::get_if<long long>(&answer)) answers[query.operation] = *number;
+        if (const auto* text = std::get_if<CString>(&answer)) answers[query.operation] = ToUtf8(*text);
+      }
+    }
+    fmt::print("{}\n", all.dump(2));
+    return;
+  }
+  fmt::print("Init result {}: {}\n", int(env.GetEnvAPPInitResult()), InitResultInWords(env));
+  for (const EnvironmentQueryGroup& group : EnvironmentQueryGroups()) {
+    fmt::print("\n{}\n", group.title);
+    for (const EnvironmentQuery& query : group.queries)
+      fmt::print("  {:<44}{}\n", query.operation, TextOf(query.ask(env)));
+  }
+}
+
+std::string Counted(std::ptrdiff_t count, const char* what) {
+  return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
+}
+
+void RunDoctor(bool asJson) {
+  StartMainModule();
+  const std::vector<EnvironmentFinding> findings = ExamineEnvironment(*AppEnv());
+  const auto count = [&](FindingGrade grade) {
+    return std::count_if(findings.begin(), findings.end(), [&](const auto& finding) { return finding.grade == grade; });
   };
-  for (const auto& row : rows) fmt::print("{:<18}{}\n", row.name, ToUtf8(row.value));
-  fmt::print("{:<18}{}\n", "debug", env.IsKVDebugEnabled());
-  fmt::print("{:<18}{}\n", "init result", int(env.GetEnvAPPInitResult()));
+  const auto errors = count(FindingGrade::kError);
+  const auto warnings = count(FindingGrade::kWarning);
+  const auto notes = count(FindingGrade::kNote);
+  if (asJson) {
+    nlohmann::ordered_json all = {
+        {"errors", errors}, {"warnings", warnings}, {"notes", notes}, {"findings", nlohmann::ordered_json::array()}};
+    for (const EnvironmentFinding& finding : findings) {
+      all["findings"].push_back({{"grade", TextOf(finding.grade)},
+                                 {"subject", finding.subject},
+                                 {"text", finding.text},
+                                 {"remedy", finding.remedy}});
+    }
+    fmt::print("{}\n", all.dump(2));
+  } else {
+    for (const EnvironmentFinding& finding : findings)
+      fmt::print("{}: {}: {}\n    {}\n", TextOf(finding.grade), finding.subject, finding.text, finding.remedy);
+    fmt::print("{}, {}, {}\n", Counted(errors, "error"), Counted(warnings, "warning"), Counted(notes, "note"));
+  }
+  if (errors > 0) throw FoundErrors();
 }
 
 }  // namespace
 
-void kestrova::AddEnvironmentCommands(CLI::App& app) {
-  app.add_subcommand("env", "Start the environment and print where things lie; missing switches get their defaults")
-      ->callback(PrintEnvironment);
+void AddEnvironmentCommands(CLI::App& app) {
+  static bool json = false;
+  static bool doctorJson = false;
+  CLI::App* env = app.add_subcommand("env", "Start the environment and print every query; doctor finds faults");
+  env->footer(kEnvHelp);
+  env->require_subcommand(0, 1);
+  env->add_flag("--json", json, "As JSON");
+  CLI::App* doctor = env->add_subcommand("doctor", "Find what is missing or suspicious in installation and registry");
+  doctor->footer(kDoctorHelp);
+  doctor->add_flag("--json", doctorJson, "As JSON");
+  doctor->callback([] { RunDoctor(json || doctorJson); });
+  env->callback([env] {
+    if (env->get_subcommands().empty()) PrintEnvironment(json);
+  });
 }
+
+}  // namespace kestrova

@@ -133,7 +133,9 @@ constexpr FolderToExamine kFolders[] = {
 // The root alone is what an empty value looks like.
 bool IsFullPath(const CString& path) {
   if (path == _T("\\")) return false;
-  return path[0] == '\\' || (path.GetLength() > 2 && path[1] == ':' && path[2] == '\\');
+  const bool hasDrive = path.GetLength() > 2 && path[1] == ':';
+  const TCHAR first = path[hasDrive ? 2 : 0];
+  return first == '\\' || first == '/';
 }
 
 // The folder of machines is there: does it hold any?
@@ -149,8 +151,10 @@ bool HasMachines(const CString& folder) {
 }
 
 void ExamineFolders(const CKVEnvApp& env, Findings& findings) {
+  const CString data = env.GetKVDataPath();
   for (const FolderToExamine& folder : kFolders) {
     const CString path = (env.*folder.get)();
+    if (!IsFolder(data) && path != data && path.View().starts_with(data.View())) continue;  // goes without saying
     const std::string name = Utf8(folder.name);
     if (!IsFullPath(path)) {
       findings.push_back(
@@ -164,7 +168,6 @@ void ExamineFolders(const CKVEnvApp& env, Findings& findings) {
            "make it, or name another: " + SetCommand(kVersionKey, folder.name, "'C:\\...'")});
     }
   }
-  const CString data = env.GetKVDataPath();
   if (IsFolder(data) && !QFFileAndFolderUtilities().HasCreateFilePermission(data)) {
     findings.push_back({kWarning, "folders", fmt::format("no file can be made in the folder of data: {}", System(data)),
                         "give the user the right to write there, or copy it elsewhere and name the copy: " +

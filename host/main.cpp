@@ -19,6 +19,7 @@ int Run(int argc, char** argv) {
       "  kestrova document new part.kvdoc --nodes 200\n"
       "  kestrova document verify part.kvdoc\n"
       "  kestrova feedcolors add --process mill 1200 '#FF8000'\n"
+      "  kestrova env doctor\n"
       "  kestrova reg query HKCU\\Software\\Zemlor /s\n"
       "  kestrova completion bash > /etc/bash_completion.d/kestrova\n"
       "Exit codes: 0 done, 1 refused or failed, 2 wrong usage. KV_REGISTRY names the registry's folder.");

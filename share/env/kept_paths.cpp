@@ -2,6 +2,7 @@
 #include "share/env/kept_paths.h"
 
 #include "share/settings/settings_key.h"
+#include "share/utilities/files_and_folders.h"
 
 CString ReadKeptText(HKEY hive, LPCTSTR path, LPCTSTR name) {
   QFSettingsKey key(CString(), path);
@@ -30,6 +31,6 @@ CString TextOf(const QFSettingsKey* tree, LPCTSTR name) {
 }
 
 CString EndingInBackslash(CString path) {
-  if (path.IsEmpty() || path[path.GetLength() - 1] != u'\\') path += u'\\';
+  QFFileAndFolderUtilities().EnsureFolderPathEndsWithSlash(path);
   return path;
 }
