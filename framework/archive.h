@@ -165,7 +165,21 @@ class KVSHARE_API CArchive {
   CRuntimeClass* ReadClass(const CRuntimeClass* wanted = nullptr, UINT* schema = nullptr);
   // One level's class record, at the beginning of its Serialize: writes it, or reads it, raising badClass if it is
   // another's, and keeps its schema for GetObjectSchema.
-  void SerializeClass(const CRuntimeClass* record);
+  void SerializeClass(const CRuntimeClass* record) {
+    const KnownClass& known = m_known[PlaceOf(record)];
+    if (known.record != record) return SerializeClassWhole(record);
+    if (std::size_t(m_pInEnd - m_pIn) >= sizeof known.tag) {
+      if (std::memcmp(m_pIn, &known.tag, sizeof known.tag) != 0) return SerializeClassWhole(record);
+      m_pIn += sizeof known.tag;
+      m_nSchema = known.schema;
+    } else if (std::size_t(m_pOutEnd - m_pOut) >= sizeof known.tag) {
+      std::memcpy(m_pOut, &known.tag, sizeof known.tag);
+      m_pOut += sizeof known.tag;
+      m_nSchema = UINT(-1);
+    } else {
+      SerializeClassWhole(record);
+    }
+  }
 
   // The schema of the object or class record read last, without VERSIONABLE_SCHEMA; it answers once and then
   // gives UINT(-1), as it does when storing, until the next one. After a nested reference it is again what it was
@@ -175,6 +189,18 @@ class KVSHARE_API CArchive {
 
  private:
   struct Level;
+
+  // A class that this archive has met, with the tag by which it is met again. One for each place of a small table: of
+  // classes that share a place the last one is known.
+  struct KnownClass {
+    CRuntimeClass* record = nullptr;
+    WORD tag = 0;
+    WORD schema = 0;
+  };
+  static constexpr std::size_t kKnownClasses = 32;
+  static std::size_t PlaceOf(const CRuntimeClass* record) { return record->m_nNumber % kKnownClasses; }
+  void SerializeClassWhole(const CRuntimeClass* record);
+  void NoteKnown(CRuntimeClass* record, DWORD number, UINT schema);
 
   void MakeRoom();
   void CheckStoring() const;
@@ -210,9 +236,8 @@ class KVSHARE_API CArchive {
   int m_nDepth = 0;  // of ReadObject or WriteObject calls within one another
   LoadedObjects* m_pLoaded = nullptr;
   std::unique_ptr<StoredNumbers> m_stored;
-  ULONGLONG m_nFlushed = 0;                     // bytes handed to the file so far
-  const CRuntimeClass* m_pLastClass = nullptr;  // the class written last, and its number
-  DWORD m_nLastClass = 0;
+  ULONGLONG m_nFlushed = 0;  // bytes handed to the file so far
+  KnownClass m_known[kKnownClasses];
 };
 
 // References. operator>> for a class of its own comes from DECLARE_SERIAL.

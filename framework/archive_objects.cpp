@@ -1,4 +1,6 @@
 // CArchive: references and classes. The byte layout stands in framework/archive.cpp.
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "framework/archive.h"
@@ -111,25 +113,34 @@ void CArchive::TakeBackStored(ULONGLONG position, DWORD count) {
     m_pOut = m_pBuffer;
   }
   Stored().TakeBack(count);
-  m_pLastClass = nullptr;
+  std::fill(std::begin(m_known), std::end(m_known), KnownClass{});
 }
 
 void CArchive::WriteClass(const CRuntimeClass* record) {
-  if (record == m_pLastClass) return WriteTag(m_nLastClass, /*isClass=*/true);
+  const KnownClass& known = m_known[PlaceOf(record)];
+  if (known.record == record) {
+    *this << known.tag;
+    return;
+  }
   CheckStoring();
   StoredNumbers& stored = Stored();
-  m_nLastClass = stored.NumberOf(record);
-  if (m_nLastClass != 0) {
-    WriteTag(m_nLastClass, /*isClass=*/true);
+  DWORD number = stored.NumberOf(record);
+  if (number != 0) {
+    WriteTag(number, /*isClass=*/true);
   } else {
     const std::size_t length = std::strlen(record->m_lpszClassName);
     if (record->m_wSchema == CRuntimeClass::kNoSchema || length > kLongestClassName) Fail(CArchiveException::badClass);
     if (stored.GetCount() >= kLastNumber) Fail(CArchiveException::badIndex);
     *this << kNewClassTag << WORD(StoredSchema(record)) << WORD(length);
     Write(record->m_lpszClassName, length);
-    m_nLastClass = stored.Enter(record);
+    number = stored.Enter(record);
   }
-  m_pLastClass = record;
+  NoteKnown(const_cast<CRuntimeClass*>(record), number, StoredSchema(record));
+}
+
+// Behind a tag of that number, or the record to which it was given. Only small numbers fit a tag alone.
+void CArchive::NoteKnown(CRuntimeClass* record, DWORD number, UINT schema) {
+  if (number < kBigTag) m_known[PlaceOf(record)] = {record, WORD(kClassBit | number), WORD(schema)};
 }
 
 // ---- loading
@@ -176,11 +187,13 @@ CRuntimeClass* CArchive::ReadClassBehind(DWORD tag, UINT& schema) {
     CRuntimeClass* record = ReadNewClass(schema);
     EnterNumber();
     Loaded().AddClass(record, schema);
+    NoteKnown(record, Loaded().GetCount(), schema);
     return record;
   }
   const LoadedObjects::Class* met = Loaded().ClassAt(tag);
   if (!met) Fail(CArchiveException::badIndex);
   schema = met->schema;
+  NoteKnown(met->record, tag, schema);
   return met->record;
 }
 
@@ -205,6 +218,10 @@ CObject* CArchive::ReadObject(const CRuntimeClass* wanted) { return ReadReferenc
 CObject* CArchive::ReadOwnedObject(const CRuntimeClass* wanted) { return ReadReference(wanted, /*onlyNew=*/true); }
 
 CObject* CArchive::ReadReference(const CRuntimeClass* wanted, bool onlyNew) {
+  if (std::size_t(m_pInEnd - m_pIn) >= sizeof kNullTag && std::memcmp(m_pIn, &kNullTag, sizeof kNullTag) == 0) {
+    m_pIn += sizeof kNullTag;  // most references of a document
+    return nullptr;
+  }
   CheckLoading();
   DWORD tag = 0;
   if (ReadTag(tag)) {
@@ -262,7 +279,7 @@ void CArchive::MapObject(const CObject* object) {
   stored.Enter(object);
 }
 
-void CArchive::SerializeClass(const CRuntimeClass* record) {
+void CArchive::SerializeClassWhole(const CRuntimeClass* record) {
   if (!m_bLoading) {
     WriteClass(record);
     m_nSchema = kNoSchemaYet;

@@ -17,6 +17,7 @@ namespace {
 struct NameTable {
   std::shared_mutex lock;
   std::array<CRuntimeClass*, 1024> places = {};
+  UINT count = 0;
 
   CRuntimeClass*& Place(std::string_view name) { return places[std::hash<std::string_view>()(name) % places.size()]; }
 };
@@ -35,6 +36,7 @@ CRuntimeClassEntry::CRuntimeClassEntry(CRuntimeClass* record) : record_(record) 
   CRuntimeClass** last = &table.Place(record->m_lpszClassName);  // at the end, so that the first of a name answers
   while (*last) last = &(*last)->m_pNextClass;
   *last = record;
+  record->m_nNumber = ++table.count;
 }
 
 CRuntimeClassEntry::~CRuntimeClassEntry() {

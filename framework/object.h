@@ -35,6 +35,7 @@ struct KVSHARE_API CRuntimeClass {
   CObject* (*m_pfnCreateObject)();  // null if objects can't be made from the record
   CRuntimeClass* m_pBaseClass;      // null for CObject
   CRuntimeClass* m_pNextClass = nullptr;  // next of the registered classes with the same place in the name table
+  UINT m_nNumber = 0;                     // running number of the registered classes, from 1: a place for small tables
 
   // A new object on the heap, owned by the caller; null if the class can't make any.
   CObject* CreateObject() const { return m_pfnCreateObject ? m_pfnCreateObject() : nullptr; }
