@@ -22,6 +22,7 @@ constexpr std::size_t kPageBytes = BlockPool::kPageBytes;  // and the alignment 
 constexpr std::size_t kFirstRegionPages = 16;              // a small program stays small
 constexpr std::size_t kRegionPages = 32;                   // a huge page of common systems
 constexpr std::size_t kSpareRegions = 16;                  // kept empty, so that the next document asks nobody
+constexpr std::size_t kLentRegions = 512;                  // kept too, if the system doesn't need their memory
 constexpr std::size_t kStep = 8;  // a size that is a multiple of 16 is one of the steps, and its blocks are aligned so
 constexpr std::size_t kSteps = BlockPool::kLargestShared / kStep + 1;
 
@@ -58,6 +59,8 @@ struct Region {
   std::uint32_t all;
   Region* next;  // with free pages
   Region* previous;
+
+  std::size_t Bytes() const { return std::size_t(std::popcount(all)) * kPageBytes; }
 };
 
 template <class T>
@@ -137,6 +140,8 @@ void Store::GivePage(Page* page) noexcept {
   region->free |= std::uint32_t{1} << (std::size_t(page->Base() - region->pages) / kPageBytes);
   if (region->free != region->all) return;
   if (++empty <= kSpareRegions) return;
+  if (empty <= kSpareRegions + kLentRegions && VirtualAlloc(region->pages, region->Bytes(), MEM_RESET, PAGE_READWRITE))
+    return;
   --empty;
   Unlink(regions, region);
   VirtualFree(region->pages, 0, MEM_RELEASE);

@@ -5,7 +5,9 @@
 // a few instructions, no lock, and nothing that depends on what else the process has allocated. A block may be given
 // back on any thread: it then waits until its own thread runs out of blocks. The pages of a thread that has ended go to
 // the next one that begins. A page without blocks in use serves any thread and size, unless it is its thread's last one
-// of that size, and goes back to the system together with its neighbours; some 32 MiB are kept for what comes next.
+// of that size. With all its neighbours it goes back to the system; but some 32 MiB are kept for what comes next, and
+// up to 1 GiB more for as long as the system doesn't need the memory, so that the next large document doesn't have to
+// ask for each page anew.
 //
 // Built with KV_BLOCKS_FROM_HEAP, as for the address sanitizer, every block comes from the heap, so that a tool sees
 // each.

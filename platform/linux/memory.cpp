@@ -47,7 +47,21 @@ void* MapAligned(SIZE_T bytes, SIZE_T alignment) {
 
 }  // namespace
 
+namespace {
+
+void* Reset(void* address, SIZE_T bytes) {
+  Regions& regions = TheRegions();
+  const std::lock_guard guard(regions.lock);
+  const auto found = regions.sizes.find(address);
+  if (found == regions.sizes.end() || bytes != found->second) return Failed(ERROR_INVALID_PARAMETER);
+  madvise(address, bytes, MADV_FREE);  // a system that can't goes on with what there is
+  return address;
+}
+
+}  // namespace
+
 void* VirtualAlloc(void* address, SIZE_T bytes, DWORD allocation, DWORD protection) {
+  if (allocation == MEM_RESET && protection == PAGE_READWRITE) return Reset(address, bytes);
   if (address || bytes == 0 || allocation != (MEM_RESERVE | MEM_COMMIT) || protection != PAGE_READWRITE)
     return Failed(ERROR_INVALID_PARAMETER);
   const SIZE_T page = SIZE_T(sysconf(_SC_PAGESIZE));

@@ -25,6 +25,20 @@ TEST(Memory, RegionsAreZeroedAlignedAndGoBackWhole) {
   }
 }
 
+TEST(Memory, ARegionThatWasResetCanBeWrittenAgain) {
+  constexpr SIZE_T kBytes = SIZE_T(4) << 20;
+  auto* region = static_cast<BYTE*>(VirtualAlloc(nullptr, kBytes, kBoth, PAGE_READWRITE));
+  ASSERT_NE(region, nullptr);
+  std::fill_n(region, kBytes, BYTE(0xAB));
+  EXPECT_EQ(VirtualAlloc(region, kBytes, MEM_RESET, PAGE_READWRITE), region);
+  std::fill_n(region, kBytes, BYTE(0xCD));
+  EXPECT_TRUE(std::all_of(region, region + kBytes, [](BYTE byte) { return byte == 0xCD; }));
+  EXPECT_EQ(VirtualAlloc(region, kBytes / 2, MEM_RESET, PAGE_READWRITE), nullptr) << "not the region's size";
+  EXPECT_TRUE(VirtualFree(region, 0, MEM_RELEASE));
+  EXPECT_EQ(VirtualAlloc(region, kBytes, MEM_RESET, PAGE_READWRITE), nullptr) << "it has gone";
+  EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PARAMETER));
+}
+
 TEST(Memory, RefusesWhatCantBe) {
   struct {
     SIZE_T bytes;
