@@ -85,11 +85,19 @@ void LoadedObjects::Close() noexcept {
 }
 
 void LoadedObjects::AddChunk() {
-  auto* entries = static_cast<std::uintptr_t*>(BlockPool::Allocate(BlockPool::kPageBlock));
-  std::unique_ptr<std::uintptr_t[], FreeChunk> chunk(entries);
-  chunks_.push_back(std::move(chunk));
-  next_entry_ = entries;
-  entries_end_ = entries + kChunkEntries;
+  const DWORD room =
+      count_ < kChunkEntries ? std::clamp(count_ * kGrowth, kFirstEntries, kChunkEntries) : kChunkEntries;
+  Chunk chunk(static_cast<std::uintptr_t*>(BlockPool::Allocate(room * sizeof(std::uintptr_t))), {room});
+  std::uintptr_t* const entries = chunk.get();
+  const DWORD filled = count_ % kChunkEntries;
+  if (filled == 0) {
+    chunks_.push_back(std::move(chunk));
+  } else {
+    std::copy_n(chunks_.front().get(), filled, entries);
+    chunks_.front() = std::move(chunk);
+  }
+  next_entry_ = entries + filled;
+  entries_end_ = entries + room;
 }
 
 void LoadedObjects::AddClass(CRuntimeClass* record, UINT schema) {

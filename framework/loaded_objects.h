@@ -70,8 +70,11 @@ class LoadedObjects {
   static std::atomic<int> open_;
 
   // Pointers to objects, or places in classes_ times 4; the tag in the low bits. In chunks of a page, so that growing
-  // copies nothing, never holds the old and the new at once, and leaves the heap alone.
+  // copies nothing, never holds the old and the new at once, and leaves the heap alone. Only the first one begins small
+  // and grows to a page: most archives are small, and a damaged one is to cost little.
   static constexpr DWORD kChunkEntries = BlockPool::kPageBlock / sizeof(std::uintptr_t);
+  static constexpr DWORD kFirstEntries = BlockPool::kLargestShared / sizeof(std::uintptr_t);
+  static constexpr DWORD kGrowth = 4;
 
   std::uintptr_t EntryAt(DWORD number) const {
     return chunks_[(number - 1) / kChunkEntries][(number - 1) % kChunkEntries];
@@ -84,9 +87,11 @@ class LoadedObjects {
   void AddChunk();
 
   struct FreeChunk {
-    void operator()(std::uintptr_t* chunk) const noexcept { BlockPool::Free(chunk, BlockPool::kPageBlock); }
+    void operator()(std::uintptr_t* chunk) const noexcept { BlockPool::Free(chunk, entries * sizeof *chunk); }
+    std::size_t entries;
   };
-  std::vector<std::unique_ptr<std::uintptr_t[], FreeChunk>> chunks_;
+  using Chunk = std::unique_ptr<std::uintptr_t[], FreeChunk>;
+  std::vector<Chunk> chunks_;
   std::uintptr_t* next_entry_ = nullptr;  // in the last chunk
   std::uintptr_t* entries_end_ = nullptr;
   DWORD count_ = 0;
