@@ -41,5 +41,21 @@ class KVSHARE_API SafeFile {
   std::unique_ptr<State> state_;
 };
 
+// Hears how far the SafeFiles of its thread have got, from its making to its end: of a long save, which may lie below
+// calls that tell nothing (a compound file's Commit). The innermost one is told.
+class KVSHARE_API SafeFileProgress {
+ public:
+  // bytes: how many the file that is being written has so far. Told now and then; must not raise.
+  using Tell = void (*)(ULONGLONG bytes);
+
+  explicit SafeFileProgress(Tell tell);
+  ~SafeFileProgress();
+  SafeFileProgress(const SafeFileProgress&) = delete;
+  SafeFileProgress& operator=(const SafeFileProgress&) = delete;
+
+ private:
+  Tell m_outer;
+};
+
 // The whole of a small file at once; gives the status, ERROR_SUCCESS if the file stands.
 KVSHARE_API LONG WriteFileSafely(LPCWSTR path, std::string_view bytes);

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
+#include <utility>
 
 #include "platform/errors.h"
 #include "platform/linux/drives.h"
@@ -44,11 +45,18 @@ std::string PathBehindLinks(const std::string& path) {
   return target.front() == '/' ? target : FolderOf(path) + '/' + target;
 }
 
+namespace {
+
+thread_local constinit SafeFileProgress::Tell t_tell = nullptr;
+
+}  // namespace
+
 struct SafeFile::State {
   std::string product_path;  // as given, for the reason
   std::string target;
   std::string temporary;  // empty when there is none to remove
   std::string collected;
+  ULONGLONG put = 0;  // bytes
   int descriptor = -1;
   LONG status = ERROR_SUCCESS;
 
@@ -92,11 +100,13 @@ struct SafeFile::State {
 
   bool Put(const char* bytes, std::size_t count) {
     while (count > 0) {
-      const ssize_t put = write(descriptor, bytes, count);
-      if (put < 0 && errno == EINTR) continue;
-      if (put < 0) return Fail(errno);
-      bytes += put;
-      count -= std::size_t(put);
+      const ssize_t written = write(descriptor, bytes, count);
+      if (written < 0 && errno == EINTR) continue;
+      if (written < 0) return Fail(errno);
+      bytes += written;
+      count -= std::size_t(written);
+      put += ULONGLONG(written);
+      if (t_tell) t_tell(put);
     }
     return true;
   }
@@ -152,6 +162,10 @@ std::string SafeFile::Reason() const {
   if (state_->status == ERROR_SUCCESS) return {};
   return "cannot write " + state_->product_path + ": " + ErrorText(DWORD(state_->status));
 }
+
+SafeFileProgress::SafeFileProgress(Tell tell) : m_outer(std::exchange(t_tell, tell)) {}
+
+SafeFileProgress::~SafeFileProgress() { t_tell = m_outer; }
 
 LONG WriteFileSafely(LPCWSTR path, std::string_view bytes) {
   SafeFile file(path);

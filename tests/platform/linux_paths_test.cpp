@@ -111,6 +111,18 @@ TEST_F(Safe, TakesTheLongestNames) {
   EXPECT_EQ(kvtest::ReadFile(Drive("/" + name)), "x");
 }
 
+TEST_F(Safe, WhoListensHearsHowFarItIs) {
+  static std::vector<ULONGLONG> told;
+  told.clear();
+  {
+    const SafeFileProgress listener([](ULONGLONG bytes) { told.push_back(bytes); });
+    SafeFile file(_T("C:\\f"));
+    EXPECT_TRUE(file.Write(std::string(100'000, 'x')) && file.Write("end") && file.Commit()) << file.Reason();
+  }
+  EXPECT_EQ(WriteFileSafely(_T("C:\\f"), "nobody listens"), ERROR_SUCCESS);
+  EXPECT_EQ(told, (std::vector<ULONGLONG>{100'000, 100'003}));
+}
+
 TEST_F(Safe, WithoutCommitNothingChanged) {
   folder.Write("drive/f", "old");
   {
