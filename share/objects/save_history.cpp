@@ -49,7 +49,7 @@ constexpr OldBuild kBuilds2001Plus[] = {
     {_T("2002/0624"), _T("SP3")}, {_T("2002/0521"), _T("SP2")}, {_T("2002/0403"), _T("SP1")},
 };
 
-// Three storage versions were single precision and are kept as what that widens to.
+// From the latest to the first. Three storage versions were single precision and are kept as what that widens to.
 constexpr OldVersion kOldVersions[] = {
     {_T("2005"), 13.0, {}, _T("Pre-release2")},
     {_T("2004Plus"), 12.0, {}, _T("Beta1")},
@@ -75,6 +75,17 @@ LPCTSTR ServicePackOf(const OldVersion& version, const CString& buildCode) {
 }
 
 }  // namespace
+
+bool FindVersionBeforeHistory(double storageVersion, CString& majorVersion) {
+  majorVersion.Empty();
+  if (!(storageVersion <= kOldVersions[0].storageVersion + RESABS)) return false;
+  for (const OldVersion& version : kOldVersions) {
+    if (storageVersion < version.storageVersion - RESABS) continue;
+    majorVersion = version.majorVersion;
+    break;
+  }
+  return true;
+}
 
 QFDocSrHistory::QFDocSrHistory() = default;
 

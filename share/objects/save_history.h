@@ -67,6 +67,10 @@ class KVSHARE_API QFDocSrHistory : public QFBaseObject {
   CString m_EditionInfo;
 };
 
+// Whether documents of that storage version are from before there was a history; then majorVersion is the release that
+// wrote them, empty for one that is older than all releases known by name.
+KVSHARE_API bool FindVersionBeforeHistory(double storageVersion, CString& majorVersion);
+
 // The records of one document, oldest first.
 class KVSHARE_API QFDocSrHistoryMngr : public QFBaseObject {
   DECLARE_SERIAL(QFDocSrHistoryMngr)

@@ -56,6 +56,23 @@ class History : public testing::Test {
 
 }  // namespace
 
+TEST_F(History, VersionsFromBeforeItAreKnownByTheirStorageVersion) {
+  const struct {
+    float storage;
+    bool before;
+    LPCTSTR major;
+  } rows[] = {
+      {5.9f, true, _T("")},          {6.0f, true, _T("99")},       {7.0f, true, _T("2000")},  {8.0f, true, _T("2001")},
+      {8.2f, true, _T("2001Plus")},  {9.0f, true, _T("2001Plus")}, {10.1f, true, _T("2003")}, {11.2f, true, _T("2004")},
+      {12.0f, true, _T("2004Plus")}, {13.0f, true, _T("2005")},    {13.1f, false, _T("")},    {38.0f, false, _T("")},
+  };
+  for (const auto& row : rows) {
+    CString major(_T("?"));
+    EXPECT_EQ(FindVersionBeforeHistory(row.storage, major), row.before) << row.storage;
+    EXPECT_EQ(major, row.major) << row.storage;
+  }
+}
+
 TEST_F(History, OldVersionsAreLookedUpByVersionAndBuild) {
   const struct {
     LPCTSTR major;
