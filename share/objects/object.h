@@ -220,6 +220,9 @@ class KVSHARE_API QFObject : public QFBaseObject {
   // These see only the list that is stored. GetAllUserObjects appends to the list given.
   int GetCountOfUserObjects() const { return m_UserObjects.GetCount(); }
   void GetAllUserObjects(CObList* objects) const;
+  // The same without a copy, until the list changes: nothing if objects have been taken out between others, or there
+  // are none.
+  std::span<CObject* const> UserObjectsAsTheyLie() const { return m_UserObjects.Elements(); }
   // Empties both lists and tells each object that this node is gone. Job records among them are destroyed by that.
   void DetachFromAllUserObjects();
   // Keeps the first occurrence of each.

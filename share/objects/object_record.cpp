@@ -19,6 +19,8 @@
 //   14  m_DisplayColor        DWORD                                      6  none
 //   15  m_pPatternMngr        reference to a QFObjectPatternMgr          7  null
 //   16  m_RegName             text                                       8  name of GetRuntimeClassForAutoIndexing()
+#include <array>
+
 #include "framework/archive.h"
 #include "share/objects/object.h"
 #include "share/objects/object_services.h"
@@ -56,11 +58,11 @@ void QFObject::StoreRecord(CArchive& ar) {
 
 namespace {
 
-// What the record that was read last had. Most nodes of a document share their stamps and their class's name with the
-// one ahead of them, and then share the memory, too.
+// What the records that were read last had. Most nodes of a document share their stamps with the one ahead of them, and
+// the registered name with the last one of their class, and then share the memory, too.
 struct LastRecord {
   AuditTrail trail;
-  CString regName;
+  std::array<CString, 16> regNames;  // by the class's number
 };
 thread_local LastRecord t_last;
 
@@ -74,7 +76,8 @@ void QFObject::LoadRecord(CArchive& ar, unsigned version) {
       AfxThrowArchiveException(CArchiveException::genericException);
     }
   }
-  m_Trail = t_last.trail;
+  LastRecord& last = t_last;
+  m_Trail = last.trail;
   const auto loadStamp = [&](CString AuditTrail::Texts::*stamp) {
     if (!ar.ReadIfEqual(m_Trail.Get().*stamp)) ar >> m_Trail.Change().*stamp;
   };
@@ -90,15 +93,15 @@ void QFObject::LoadRecord(CArchive& ar, unsigned version) {
   } else {
     m_Trail.Change().lastModifiedBy = m_Trail.Get().createdBy;
   }
-  t_last.trail = m_Trail;
+  last.trail = m_Trail;
   if (version > 3) ar >> m_NodeStatus;
   if (version > 4) LoadOriginalOwner(ar);
   if (version > 5) ar >> m_DisplayColor;
   if (version > 6) LoadPattern(ar);
   if (version > 7) {
-    CString& last = t_last.regName;
-    if (!ar.ReadIfEqual(last)) ar >> last;
-    m_RegName = last;
+    CString& name = last.regNames[GetRuntimeClass()->m_nNumber % last.regNames.size()];
+    if (!ar.ReadIfEqual(name)) ar >> name;
+    m_RegName = name;
   } else {
     const CRuntimeClass* indexed = GetRuntimeClassForAutoIndexing();
     m_RegName = indexed ? indexed->m_lpszClassName : "";

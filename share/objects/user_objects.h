@@ -3,6 +3,8 @@
 // nothing, and a long one finds and removes an object in constant time. In an archive it looks like a CObList.
 #pragma once
 
+#include <span>
+
 #include "framework/object.h"
 
 class KVSHARE_API UserObjects {
@@ -16,6 +18,12 @@ class KVSHARE_API UserObjects {
   int GetCount() const { return m_pBody ? int(m_pBody->end - m_pBody->first - m_pBody->gaps) : 0; }
   bool IsEmpty() const { return GetCount() == 0; }
   bool Contains(const CObject* object) const { return m_pBody && Find(object) != kNone; }
+
+  // The elements as they lie in memory, until the list changes; none for a list with gaps where elements were removed.
+  std::span<CObject* const> Elements() const {
+    if (!m_pBody || m_pBody->gaps != 0) return {};
+    return {Slots() + m_pBody->first, Slots() + m_pBody->end};
+  }
 
   void Append(CObject* object);
   // Every occurrence. True if there was one.
