@@ -12,10 +12,10 @@ class Checksum {
  public:
   void Add(const void* bytes, std::size_t count);
   // Of everything added so far; 0 for nothing.
-  DWORD Get() const { return ~state_; }
+  DWORD Get() const { return state_; }
 
  private:
-  DWORD state_ = 0xFFFFFFFF;
+  DWORD state_ = 0;
 };
 
 }  // namespace kestrova
