@@ -20,9 +20,6 @@ class ProgressBar {
   ProgressBar(const ProgressBar&) = delete;
   ProgressBar& operator=(const ProgressBar&) = delete;
 
-  // Draws it without waiting, at the beginning of something long that reports nothing.
-  void ShowNow() { Draw(0); }
-
   // Tells the innermost bar how much is done. Does nothing without one. Always 1.
   static int Step(LONGLONG done);
 

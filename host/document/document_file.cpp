@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <vector>
 
 #include "framework/archive.h"
@@ -14,6 +15,7 @@
 #include "host/progress_bar.h"
 #include "platform/errors.h"
 #include "platform/paths.h"
+#include "platform/safe_file.h"
 #include "share/env/document_callbacks.h"
 #include "share/env/document_messages.h"
 #include "share/env/version_info.h"
@@ -26,8 +28,7 @@ constexpr unsigned long kCreateFile = STGM_READWRITE | STGM_SHARE_EXCLUSIVE | ST
 constexpr unsigned long kCreateStream = STGM_READWRITE | STGM_SHARE_EXCLUSIVE | STGM_CREATE;
 constexpr DWORD kReadFile = STGM_READ | STGM_SHARE_DENY_WRITE;
 constexpr DWORD kReadStream = STGM_READ | STGM_SHARE_EXCLUSIVE;
-constexpr std::size_t kPiece = 1 << 16;
-constexpr ULONGLONG kLongCommit = 64 << 20;  // bytes: the disk may take longer than half a second
+constexpr ULONGLONG kLeastPiece = 1024;
 
 std::string StorageText(HRESULT result) {
   switch (result) {
@@ -48,8 +49,13 @@ CString TitleOf(const std::string& path) {
 
 }  // namespace
 
+int BufferBytesFor(const CFile& stream) {
+  constexpr ULONGLONG kShare = 8;
+  return int(std::clamp<ULONGLONG>(stream.GetLength() / kShare, kLeastPiece, CArchive::kBufferBytes));
+}
+
 StreamFacts FactsOf(CFile& stream) {
-  std::vector<char> piece(kPiece);
+  std::vector<char> piece(std::size_t(BufferBytesFor(stream)));
   Checksum checksum;
   StreamFacts facts;
   stream.SeekToBegin();
@@ -83,8 +89,8 @@ class Saving {
     if (IsErrorDetected()) Refuse("a reference between objects can't be stored");
     const std::string bytes = header.ToBytes();
     OpenStream(kHeaderStream)->Write(bytes.data(), UINT(bytes.size()));
-    ProgressBar bar("writing the file", header.objects.bytes);
-    if (header.objects.bytes > kLongCommit) bar.ShowNow();  // it is one call that tells nothing on the way
+    const ProgressBar bar("writing the file", header.objects.bytes + header.history.bytes);
+    const SafeFileProgress progress([](ULONGLONG written) { QFProgressCallback(LONGLONG(written)); });
     if (const HRESULT result = storage_.GetRootStorage()->Commit(STGC_DEFAULT); FAILED(result)) Refuse(result);
   }
 
@@ -175,7 +181,7 @@ DocumentSource::Archive DocumentSource::Find(std::string_view rootClass) const {
   file->SetFilePath(_T(""));  // as that of a stream: what is told of it stands behind the document's name
   const std::string name = char(rootClass.size()) + std::string(1, '\0') + std::string(rootClass);
   std::string window;
-  std::vector<char> piece(kPiece);
+  std::vector<char> piece(std::size_t(BufferBytesFor(*file)));
   for (ULONGLONG start = 0; const UINT count = file->Read(piece.data(), UINT(piece.size()));) {
     window.append(piece.data(), count);
     for (std::size_t at = window.find(name); at != std::string::npos; at = window.find(name, at + 1)) {

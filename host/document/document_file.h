@@ -51,6 +51,9 @@ class DocumentSource {
   std::string m_damage;
 };
 
+// How much of a stream is read at once: a small part of it, so that a file that turns out damaged has cost little.
+int BufferBytesFor(const CFile& stream);
+
 // The length and checksum of a stream, read from its beginning to its end; the position is the beginning again. Raises
 // CFileException.
 StreamFacts FactsOf(CFile& stream);
