@@ -2,7 +2,10 @@
 // document_record.cpp.
 #include "host/document/host_document.h"
 
+#include <algorithm>
+#include <array>
 #include <map>
+#include <unordered_set>
 
 #include "framework/ob_list.h"
 #include "share/objects/dump.h"
@@ -37,6 +40,71 @@ DWORD HostDocument::DrawId() {
   if (m_idsFrozen || m_nextId == 0) return 0;  // 0 again behind the last of all ids
   return m_nextId++;
 }
+
+// ---- uses
+
+// Whether each use is known on both of its sides: the node that uses another, or lies in its bin, stands in that one's
+// list of users, once, and nobody else does. A node is met once, in the order of the list. Lists mostly have their
+// users in that order, too, and then are followed element by element, and nothing has to be searched for.
+class HostDocument::UseCheck {
+ public:
+  explicit UseCheck(const HostDocument& document) : document_(document), uses_(document.NodeCount()) {}
+
+  void Meet(const HostNode& node) {
+    if (const QFObject* owner = node.GetOriginalOwner()) MeetUse(node, owner);
+    if (const HostNode* used = node.UsedNode()) MeetUse(node, used);
+    users_ += node.GetCountOfUserObjects();
+  }
+
+  // To be asked when all have been met.
+  bool Agree() const {
+    return !lost_ && met_ == users_ &&
+           std::all_of(shuffled_.begin(), shuffled_.end(), [&](DWORD place) { return HoldsItsUsers(place); });
+  }
+
+ private:
+  // Of one node, how many have told that they use it; and whether its list had others in their place.
+  struct Uses {
+    DWORD count : 31 = 0;
+    DWORD shuffled : 1 = 0;
+  };
+
+  void MeetUse(const HostNode& node, const QFObject* used) {
+    if (!document_.Owns(used)) {
+      lost_ = true;
+      return;
+    }
+    const DWORD place = static_cast<const HostNode*>(used)->m_place;
+    const auto users = used->UserObjectsAsTheyLie();
+    Uses& uses = uses_[place];
+    if (!uses.shuffled && (uses.count >= users.size() || users[uses.count] != &node)) {
+      uses.shuffled = 1;
+      shuffled_.push_back(place);
+    }
+    ++uses.count;
+    ++met_;
+  }
+
+  // Whether the list has those that told of it and no other, in whatever order.
+  bool HoldsItsUsers(DWORD place) const {
+    const HostNode* used = document_.m_nodes[place];
+    const auto users = used->UserObjectsAsTheyLie();
+    if (users.size() != uses_[place].count) return false;
+    std::unordered_set<const CObject*> met;
+    return std::all_of(users.begin(), users.end(), [&](const CObject* object) {
+      if (!document_.Owns(object) || !met.insert(object).second) return false;
+      const auto* user = static_cast<const HostNode*>(object);
+      return user->GetOriginalOwner() == used || user->UsedNode() == used;
+    });
+  }
+
+  const HostDocument& document_;
+  std::vector<Uses> uses_;       // by place
+  std::vector<DWORD> shuffled_;  // places
+  std::size_t met_ = 0;
+  std::size_t users_ = 0;
+  bool lost_ = false;  // something is used that is not the document's
+};
 
 // ---- nodes
 
@@ -86,11 +154,14 @@ void HostDocument::CutRings() {
 
 void HostDocument::RebuildTree() {
   m_firstChild = m_lastChild = HostNode::kNoPlace;
+  UseCheck uses(*this);
   for (HostNode* node : m_nodes) {
     node->m_firstChild = node->m_lastChild = node->m_next = HostNode::kNoPlace;
     if (!Owns(node->GetOwner())) node->SetOwner(nullptr);
-    node->MendLinks(*this);
+    uses.Meet(*node);
   }
+  if (!uses.Agree())
+    for (HostNode* node : m_nodes) node->MendLinks(*this);
   CutRings();
   for (HostNode* node : m_nodes) AppendToTree(*node, static_cast<HostNode*>(node->GetOwner()));
 }
@@ -135,11 +206,22 @@ bool HostDocument::MendOwner(HostNode& node) {
 std::vector<HostDocument::MendedLinks> HostDocument::MendLinks() {
   std::vector<MendedLinks> mended;
   if (const LinkFaults faults = MendOwnLinks(); faults.Count() > 0) mended.push_back({HostNode::kNoPlace, faults});
+  std::vector<DWORD> ownerless;  // places of those whose owner was none that they can have
+  UseCheck uses(*this);
   for (HostNode* node : m_nodes) {
-    const bool owned = MendOwner(*node);
-    LinkFaults faults = node->MendLinks(*this);
-    if (!owned) ++faults.dangling;
+    if (!MendOwner(*node)) ownerless.push_back(node->m_place);
+    uses.Meet(*node);
     AppendToTree(*node, static_cast<HostNode*>(node->GetOwner()));
+  }
+  if (ownerless.empty() && uses.Agree()) return mended;
+  auto next = ownerless.cbegin();
+  for (HostNode* node : m_nodes) {
+    LinkFaults faults = node->MendLinks(*this);
+    if (next != ownerless.cend() && *next == node->m_place) {
+      faults.ownerLost = true;
+      ++faults.dangling;
+      ++next;
+    }
     if (faults.Count() > 0) mended.push_back({node->m_place, faults});
   }
   return mended;
@@ -163,9 +245,17 @@ void HostDocument::CorrectRegisteredName(HostNode& node) {
 void HostDocument::CorrectIndexer() {
   std::map<CString, int> alive;
   alive[GetClassNameW()] = 0;  // an empty map, as of a document without nodes, would leave all counts as they are
+  struct Counted {
+    CString name;
+    int* count = nullptr;
+  };
+  std::array<Counted, 16> last;  // by the class's number: its nodes mostly share one text
   for (HostNode* node : m_nodes) {
     CorrectRegisteredName(*node);
-    ++alive[node->GetRegNameForAutoIndexing()];
+    const CString& name = node->GetRegNameForAutoIndexing();
+    Counted& counted = last[node->GetRuntimeClass()->m_nNumber % last.size()];
+    if (!counted.count || counted.name.GetString() != name.GetString()) counted = {name, &alive[name]};
+    ++*counted.count;
   }
   m_indexer->CorrectIndexersReferences(alive);
 }

@@ -139,6 +139,8 @@ class HostDocument : public QFObject {
   void SetFullyLoaded() { m_loading = false; }
 
  private:
+  class UseCheck;
+
   HostNode* AtOrNull(DWORD place) const { return place < m_nodes.size() ? m_nodes[place] : nullptr; }
   HostNode* StepInTree(const HostNode& node, int& depth) const;
   void AppendToTree(HostNode& node, HostNode* owner);

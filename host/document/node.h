@@ -17,8 +17,9 @@ class HostDocument;
 
 // What was wrong with a node's links; each of them is put right where it is found.
 struct LinkFaults {
-  int dangling = 0;  // references to what the document doesn't own: dropped
-  int oneSided = 0;  // a use that only one of the two nodes knows of: entered, or dropped
+  int dangling = 0;        // references to what the document doesn't own: dropped
+  int oneSided = 0;        // a use that only one of the two nodes knows of: entered, or dropped
+  bool ownerLost = false;  // the owner is among the dangling
 
   int Count() const { return dangling + oneSided; }
 };
@@ -50,6 +51,9 @@ class HostNode : public QFObject {
   virtual void DropLinks();
   // Drops or completes the links that are wrong in this document.
   virtual LinkFaults MendLinks(const HostDocument& document);
+  // The node that has this one in its list of users because of what this one is, beside an original owner; null for
+  // none.
+  virtual const HostNode* UsedNode() const { return nullptr; }
 
   // Who made the node and who changed it last, as GetUiObject and UpdateLastModified stamp it, for nodes that no user
   // made.

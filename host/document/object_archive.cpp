@@ -7,6 +7,7 @@
 
 #include "framework/archive.h"
 #include "framework/ob_list.h"
+#include "host/document/document_file.h"
 #include "host/document/document_reading.h"
 #include "host/document/document_status.h"
 #include "host/document/host_document.h"
@@ -57,6 +58,7 @@ void MendLinks(HostDocument& document, LoadReport& report) {
     if (faults.Count() == 0) continue;
     report.dangling += faults.dangling;
     report.oneSided += faults.oneSided;
+    if (faults.ownerLost) AnalyseOwner(document.NodeAt(place).GetOwner(), kFaultInLinks);
     std::string text;
     const auto add = [&](int count, const char* one, const char* many) {
       if (count > 0) text += fmt::format("{}{} {}", text.empty() ? "" : ", ", count, count == 1 ? one : many);
@@ -88,7 +90,7 @@ void DeleteStrays(CArchive& ar, HostDocument& document, LoadReport& report) {
 }  // namespace
 
 std::unique_ptr<HostDocument> ReadObjectArchive(CFile& file, bool keepWhatIsWhole, LoadReport& report) {
-  CArchive ar(&file, CArchive::load);
+  CArchive ar(&file, CArchive::load, BufferBytesFor(file));
   DocumentReading reading(keepWhatIsWhole);
   std::unique_ptr<HostDocument> document;
   try {

@@ -56,6 +56,8 @@ LinkFaults HostOperation::MendLinks(const HostDocument& document) {
   return faults;
 }
 
+const HostNode* HostOperation::UsedNode() const { return m_tool; }
+
 // ---- parameters
 
 void HostOperation::SetCutting(double feed, double speed, double step) {

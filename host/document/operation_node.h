@@ -41,6 +41,7 @@ class HostOperation : public HostNode {
   int IsDirtyOnStockChange() override { return IsFlagged(); }
   void DropLinks() override;
   LinkFaults MendLinks(const HostDocument& document) override;
+  const HostNode* UsedNode() const override;
   CString Facts() const override;
 
  protected:

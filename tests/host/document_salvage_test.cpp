@@ -5,6 +5,7 @@
 #include "framework/ob_list.h"
 #include "host/commands.h"
 #include "host/document/document_check.h"
+#include "host/document/document_status.h"
 #include "host/document/object_archive.h"
 #include "share/env/document_callbacks.h"
 #include "share/objects/serialize_notify.h"
@@ -185,9 +186,39 @@ TEST_F(DocumentSalvage, LinksThatCannotBeArePutRight) {
             "  Objects: HostFeature 2 \"N1\" has 1 reference to what the document doesn't hold\n"
             "  Objects: HostFeature 3 \"N2\" has 1 reference to what the document doesn't hold\n"
             "  Objects: HostOperation 4 \"N3\" has 1 use that one side alone knows\n");
+  EXPECT_EQ(GetSerializationStatus(), kReferenceLost | kFaultInLinks | 1u) << "an owner came back null";
   int walked = 0;
   document->Walk([&](HostNode&, int) { ++walked; });
   EXPECT_EQ(walked, 4);
+}
+
+// A tool and two operations: whom the tool's list has, which tool each operation has, and what comes of it.
+TEST_F(DocumentSalvage, UsesAreKnownOnBothSidesInWhateverOrder) {
+  const struct {
+    std::vector<int> users;
+    int tools[2];
+    std::vector<DWORD> mended;
+    int oneSided;
+  } rows[] = {
+      {{1, 2}, {0, 0}, {1, 2}, 0}, {{2, 1}, {0, 0}, {2, 1}, 0}, {{1, 1, 2}, {0, 0}, {1, 2}, 0},
+      {{2}, {0, 0}, {2, 1}, 1},    {{1, 2}, {0, -1}, {1}, 1},   {{2, 1, 2}, {0, 0}, {2, 1}, 0},
+      {{}, {0, 0}, {1, 2}, 2},     {{1, 2}, {-1, -1}, {}, 2},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(testing::PrintToString(row.users) + " " + testing::PrintToString(row.tools));
+    const DocumentBytes bytes(
+        {{"HostTool", -1, -1, row.users}, {"HostOperation", -1, row.tools[0]}, {"HostOperation", -1, row.tools[1]}});
+    LoadReport report;
+    const auto document = Load(bytes.Get(), DocumentLoader::Mode::kStrict, report);
+    CObList users;
+    document->NodeAt(0).GetAllUserObjects(&users);
+    std::vector<DWORD> places;
+    for (POSITION at = users.GetHeadPosition(); at;)
+      places.push_back(static_cast<HostNode*>(users.GetNext(at))->Place());
+    EXPECT_EQ(places, row.mended);
+    EXPECT_EQ(report.oneSided, row.oneSided);
+    EXPECT_EQ(report.dangling, 0);
+  }
 }
 
 TEST_F(DocumentSalvage, RecycledNodeAheadOfItsOriginalOwnerStandsThereOnce) {
