@@ -1,6 +1,7 @@
 #include "host/document/feature_node.h"
 
 #include <algorithm>
+#include <memory>
 
 #include "companions/geometry/vectors.h"
 #include "framework/archive.h"
@@ -21,25 +22,28 @@ bool SamePoint(const Point& a, const Point& b) { return SameLength(a.x, b.x) && 
 
 }  // namespace
 
+// From the pages of small blocks: a document has as many profiles as features.
+HostFeature::Points HostFeature::NewPoints(std::size_t count) {
+  if (count == 0) return {};
+  return Points(static_cast<Point*>(BlockPool::Allocate(count * sizeof(Point))), {count});
+}
+
 void HostFeature::SetProfile(std::span<const Point> points) {
-  auto fresh = std::make_unique<Point[]>(points.size());
-  std::copy(points.begin(), points.end(), fresh.get());
+  Points fresh = NewPoints(points.size());
+  std::uninitialized_copy(points.begin(), points.end(), fresh.get());
   m_points = std::move(fresh);
-  m_pointCount = DWORD(points.size());
 }
 
 void HostFeature::Serialize(CArchive& ar) {
   BeginLevel(ar, RUNTIME_CLASS(HostFeature));
   HostNode::Serialize(ar);
   if (ar.IsStoring()) {
-    ar.WriteCount(m_pointCount);
-    ar.Write(m_points.get(), m_pointCount * sizeof(Point));
+    ar.WriteCount(Profile().size());
+    ar.Write(m_points.get(), Profile().size_bytes());
     ar << m_depth;
   } else {
-    const auto count = DWORD(ar.ReadCount(sizeof(Point)));  // what is left of a file bounds it
-    m_points = count > 0 ? std::make_unique<Point[]>(count) : nullptr;
-    m_pointCount = count;
-    ar.EnsureRead(m_points.get(), count * sizeof(Point));
+    m_points = NewPoints(std::size_t(ar.ReadCount(sizeof(Point))));  // what is left of a file bounds it
+    ar.EnsureRead(m_points.get(), Profile().size_bytes());
     ar >> m_depth;
   }
 }
@@ -73,14 +77,15 @@ int HostFeature::CopyParameters(QFObject* source) {
 QFObject* HostFeature::Clone() { return CloneInto(std::make_unique<HostFeature>()); }
 
 int HostFeature::GetRefPointForPattern(FRPosition& position) {
-  if (m_pointCount == 0) return 0;
+  if (!m_points) return 0;
   position = FRPosition(m_points[0].x, m_points[0].y, 0);
   return 1;
 }
 
 CString HostFeature::Facts() const {
   CString text;
-  text.Format(m_pointCount == 1 ? _T("%d point, depth %s") : _T("%d points, depth %s"), m_pointCount,
+  const auto count = DWORD(Profile().size());
+  text.Format(count == 1 ? _T("%d point, depth %s") : _T("%d points, depth %s"), count,
               ConvertLengthToUserUnits(m_depth));
   return text;
 }
@@ -89,7 +94,7 @@ void HostFeature::DumpData(FILE* file) {
   if (!file) return;
   HostNode::DumpData(file);
   DumpBanner(file, _T("HostFeature"), _T("Start"));
-  DumpPrint(file, _T("\n Total Points: %d"), m_pointCount);
+  DumpPrint(file, _T("\n Total Points: %d"), DWORD(Profile().size()));
   for (const Point& point : Profile()) DumpPrint(file, _T("\n Point: %g %g"), point.x, point.y);
   DumpPrint(file, _T("\n m_depth: %g"), m_depth);
   DumpBanner(file, _T("HostFeature"), _T("End"));

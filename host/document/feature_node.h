@@ -3,6 +3,7 @@
 
 #include <span>
 
+#include "framework/block_pool.h"
 #include "host/document/node.h"
 
 namespace kestrova {
@@ -19,7 +20,7 @@ class HostFeature : public HostNode {
   HostFeature() = default;
 
   // The corners of the profile in order; closed if there are three or more. A hole has its centre alone.
-  std::span<const Point> Profile() const { return {m_points.get(), m_pointCount}; }
+  std::span<const Point> Profile() const { return {m_points.get(), m_points.get_deleter().count}; }
   void SetProfile(std::span<const Point> points);
   double Depth() const { return m_depth; }
   void SetDepth(double depth) { m_depth = depth; }
@@ -42,8 +43,15 @@ class HostFeature : public HostNode {
   bool IsLike(const HostNode& other) const override;
 
  private:
-  std::unique_ptr<Point[]> m_points;
-  DWORD m_pointCount = 0;
+  struct GiveBack {
+    void operator()(Point* points) const noexcept { BlockPool::Free(points, count * sizeof(Point)); }
+    std::size_t count;  // 0 as long as there are none
+  };
+  using Points = std::unique_ptr<Point[], GiveBack>;
+  // Not set yet; null for none.
+  static Points NewPoints(std::size_t count);
+
+  Points m_points;
   double m_depth = 0;
 };
 
