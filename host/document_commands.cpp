@@ -151,8 +151,9 @@ void History(const Given& given) {
                    {"saves", std::stoi(text(record.GetNumSaves()))},
                    {"edition", text(record.GetProductEdition())}});
     if (!given.json) {
+      const std::string build = text(record.GetBuildCode());
       fmt::print("{} {} build {}, storage version {}: {} saves, last {} by {}\n", text(record.GetMajorVersion()),
-                 text(record.GetServicePack()), text(record.GetBuildCode()),
+                 text(record.GetServicePack()), build.empty() ? "unknown" : build,
                  ToUtf8(record.GetStorageVersion().TrimLeft()), text(record.GetNumSaves()),
                  text(record.GetDateAndTime()), text(record.GetUser()));
     }

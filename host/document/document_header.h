@@ -10,8 +10,9 @@ namespace kestrova {
 
 // The streams of a document's compound file.
 inline constexpr LPCTSTR kHeaderStream = _T("Header");
-inline constexpr LPCTSTR kObjectsStream = _T("Objects");    // an archive, the document its root
-inline constexpr LPCTSTR kHistoryStream = _T("History");    // an archive, a QFDocSrHistoryMngr its root
+inline constexpr LPCTSTR kObjectsStream = _T("Objects");  // an archive, the document its root
+// An archive, a QFDocSrHistoryMngr its root. Documents of the first storage versions have none.
+inline constexpr LPCTSTR kHistoryStream = _T("History");
 inline constexpr LPCTSTR kSettingsStream = _T("Settings");  // settings_stream.h; documents from before it have none
 
 // Format 1 is the first.

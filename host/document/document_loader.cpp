@@ -14,6 +14,7 @@
 #include "host/main_module.h"
 #include "share/env/document_messages.h"
 #include "share/env/version_info.h"
+#include "share/objects/save_history.h"
 #include "share/objects/serialize_notify.h"
 
 namespace kestrova {
@@ -57,6 +58,7 @@ std::unique_ptr<HostDocument> DocumentLoader::Load() {
   const ActiveDocument active(document.get());
   SetActiveDocReadStorageUnits(m_report.storageVersion);
   if (history) document->SetHistory(std::move(history));
+  if (IsFromBeforeHistory()) AddHistory(*document);
   if (settings) document->SetSettings(std::move(settings));
   QFSerializeNotify::PostLoadFromStorageNotify();
   m_report.status = GetSerializationStatus();
@@ -106,6 +108,7 @@ bool DocumentLoader::CheckFacts(CFile& stream, const char* name, const StreamFac
 
 std::unique_ptr<QFDocSrHistoryMngr> DocumentLoader::ReadHistory() {
   const auto source = m_source.History();
+  if (!source.file && IsFromBeforeHistory()) return nullptr;
   if (!source.file) {
     m_report.Add(kFaultInHistory, kHistory, "there is none");
     RefuseDamage(kHistory, "there is none");
@@ -119,7 +122,7 @@ std::unique_ptr<QFDocSrHistoryMngr> DocumentLoader::ReadHistory() {
     RefuseDamage(kHistory, failure.what());
     return nullptr;
   }
-  CArchive ar(source.file.get(), CArchive::load);
+  CArchive ar(source.file.get(), CArchive::load, BufferBytesFor(*source.file));
   DocumentReading reading(/*keepWhatIsWhole=*/false);
   try {
     return std::unique_ptr<QFDocSrHistoryMngr>(
@@ -130,6 +133,20 @@ std::unique_ptr<QFDocSrHistoryMngr> DocumentLoader::ReadHistory() {
   m_report.Add(kFaultInHistory, kHistory, TextOf(*reading.fault));
   RefuseDamage(kHistory, TextOf(*reading.fault));
   return nullptr;
+}
+
+// A header that promises a history is of a document that has lost it.
+bool DocumentLoader::IsFromBeforeHistory() const {
+  CString version;
+  return m_hasHeader && m_header.history == StreamFacts{} && FindVersionBeforeHistory(m_report.storageVersion, version);
+}
+
+// By what the document itself says of its last change. No such document tells the build that wrote it.
+void DocumentLoader::AddHistory(HostDocument& document) const {
+  CString version;
+  FindVersionBeforeHistory(m_report.storageVersion, version);
+  document.History().AddHistoryForOldVersion(version, /*buildCode=*/CString(), document.GetLastModifiedBy(),
+                                             document.GetLastModified());
 }
 
 // ---- settings

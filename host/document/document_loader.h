@@ -1,9 +1,9 @@
 // DocumentLoader reads a document from its file in the order in which a host does it, and keeps what it noticed.
 //
 // The steps: the serialization status is cleared; the stand-in for the document that is coming becomes active and is
-// told the storage version; the history, the settings and the objects are read; links are put right and objects that
-// nobody owns deleted; objects that wait for it are told that all is in; the status word is taken; the indexer's counts
-// are set to what is there.
+// told the storage version; the history, the settings and the objects are read; a document from before there was a
+// history gets its one record; links are put right and objects that nobody owns deleted; objects that wait for it are
+// told that all is in; the status word is taken; the indexer's counts are set to what is there.
 #pragma once
 
 #include <memory>
@@ -36,6 +36,8 @@ class DocumentLoader {
   void ReadHeader();
   bool CheckFacts(CFile& stream, const char* name, const StreamFacts& facts, unsigned location);
   std::unique_ptr<QFDocSrHistoryMngr> ReadHistory();
+  bool IsFromBeforeHistory() const;
+  void AddHistory(HostDocument& document) const;
   std::unique_ptr<QFDocSettings> ReadSettings();
   std::unique_ptr<HostDocument> ReadObjects();
   void RepairIndexer(HostDocument& document);

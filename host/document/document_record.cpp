@@ -40,7 +40,7 @@ constexpr ULONGLONG kNodeOverhead = 16;
 // Nodes are made ahead of their records. Together they are not larger than so many times the bytes that are left, of
 // which any document has more than enough: only a damaged one promises more.
 constexpr ULONGLONG kMemoryFactor = 3;
-constexpr ULONGLONG kMemorySlack = 64 * 1024;
+constexpr ULONGLONG kMemorySlack = 1024;
 constexpr DWORD kProgressEvery = 4096;
 
 ULONGLONG NodeBytes(const CRuntimeClass* record) { return ULONGLONG(record->m_nObjectSize) + kNodeOverhead; }

@@ -24,6 +24,8 @@ constexpr std::size_t kCollected = 64 * 1024;
 constexpr int kTries = 100;
 constexpr std::size_t kMostNameBytes = 200;  // of the target's name in that of the file beside it
 
+thread_local constinit SafeFileProgress::Tell t_tell = nullptr;
+
 // Differs from those of other processes and of this one. One that is taken all the same, by the file of a process that
 // was killed, is passed over.
 std::string NextNumber() {
@@ -44,12 +46,6 @@ std::string PathBehindLinks(const std::string& path) {
   const std::string target(resolved, std::size_t(length));
   return target.front() == '/' ? target : FolderOf(path) + '/' + target;
 }
-
-namespace {
-
-thread_local constinit SafeFileProgress::Tell t_tell = nullptr;
-
-}  // namespace
 
 struct SafeFile::State {
   std::string product_path;  // as given, for the reason

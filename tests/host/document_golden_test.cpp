@@ -34,10 +34,15 @@ struct Golden {
   const char* file;
   float storageVersion;
   const char* changer;  // of records that don't tell it: who made the node
+  // The first record of the history.
+  const char* version;
+  const char* user;
+  int saves;
 };
-constexpr Golden kGolden[] = {{"storage38.0.kvdoc", 38.0f, "moreau"},
-                              {"storage31.6.kvdoc", 31.6f, "moreau"},
-                              {"storage6.0.kvdoc", 6.0f, "weber"}};
+constexpr Golden kGolden[] = {{"storage38.0.kvdoc", 38.0f, "moreau", "2021", "okafor", 7},
+                              {"storage31.6.kvdoc", 31.6f, "moreau", "2021", "okafor", 7},
+                              {"storage11.2.kvdoc", 11.2f, "moreau", "2004", "moreau", 1},
+                              {"storage6.0.kvdoc", 6.0f, "weber", "2021", "okafor", 7}};
 
 std::string ExpectedTree(const Golden& golden) {
   const std::string stamps =
@@ -89,12 +94,18 @@ TEST_F(DocumentGolden, EveryVersionIsConvertedToTheCurrentOne) {
     EXPECT_EQ(RunCommand({"document", "verify", File("new.kvdoc")}).exit_code, 0);
     const auto history = nlohmann::json::parse(RunCommand({"document", "history", "--json", File("new.kvdoc")}).out);
     ASSERT_EQ(history.size(), 2u) << history;
-    EXPECT_EQ(history[0]["version"], "2021");
-    EXPECT_EQ(history[0]["user"], "okafor");
-    EXPECT_EQ(history[0]["saves"], 7);
+    EXPECT_EQ(history[0]["version"], golden.version);
+    EXPECT_EQ(history[0]["user"], golden.user);
+    EXPECT_EQ(history[0]["saves"], golden.saves);
     EXPECT_EQ(history[1]["version"], "2024");
     EXPECT_EQ(history[1]["storageVersion"], 38.0);
   }
+}
+
+TEST_F(DocumentGolden, ADocumentFromBeforeThereWasAHistoryGetsItsRecord) {
+  EXPECT_EQ(
+      RunCommand({"document", "history", Fixture("storage11.2.kvdoc")}),
+      (RunResult{0, "2004 SP0 build unknown, storage version 11.20: 1 saves, last 05/06/2004::07:08 by moreau\n", ""}));
 }
 
 // What was written by hand, and what this build writes of the same nodes: the same bytes.
