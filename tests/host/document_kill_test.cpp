@@ -1,41 +1,85 @@
 // Saving that is killed: whenever the process ends, the file of the document is the old one or the new one, whole, and
-// what was left over is in nobody's way.
+// what was left over is in nobody's way. The process is traced, and killed ahead of each call that changes something on
+// the disk, one after the other: no moment between two of them is left out, and none is left to chance.
 #include <fcntl.h>
 #include <signal.h>
-#include <spawn.h>
+#include <sys/ptrace.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
-#include <chrono>
+#include <algorithm>
 #include <cstdio>
-#include <random>
-#include <thread>
+#include <cstdlib>
+#include <iterator>
 
 #include "tests/host/run_command.h"
 #include "tests/scratch.h"
 
-extern char** environ;
-
 namespace {
 
-using Clock = std::chrono::steady_clock;
+constexpr int kKills = 100;
+constexpr std::uint64_t kChanging[] = {SYS_write,     SYS_pwrite64, SYS_rename, SYS_renameat2, SYS_fsync,
+                                       SYS_fdatasync, SYS_unlink,   SYS_fchmod, SYS_fchown,    SYS_ftruncate};
 
-constexpr int kKills = 100;  // of processes that were still at it
-constexpr const char* kNodes = "2000";
+// `kestrova document new FILE` over a file that exists, in a process of its own that says nothing and stops at each of
+// its calls to the system.
+class TracedSave {
+ public:
+  TracedSave(const std::string& file, const char* nodes, const char* seed) {
+    process_ = fork();
+    if (process_ == 0) {
+      const int nowhere = open("/dev/null", O_WRONLY);
+      for (const int output : {1, 2}) dup2(nowhere, output);
+      setenv("ASAN_OPTIONS", "detect_leaks=0", /*overwrite=*/1);  // which would trace the process itself
+      if (ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0) _exit(126);
+      execl(KV_BIN_DIR "/kestrova", "kestrova", "document", "new", file.c_str(), "--force", "--nodes", nodes, "--seed",
+            seed, nullptr);
+      _exit(127);
+    }
+    Wait();  // stops behind exec
+    if (WIFSTOPPED(status_)) ptrace(PTRACE_SETOPTIONS, process_, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
+  }
+  ~TracedSave() { Kill(); }
+  TracedSave(const TracedSave&) = delete;
+  TracedSave& operator=(const TracedSave&) = delete;
 
-// `kestrova document new FILE` over a file that exists, in a process of its own that says nothing.
-pid_t StartSaving(const std::string& file, const std::string& seed) {
-  const char* const words[] = {"kestrova", "document", "new",    file.c_str(), "--force",
-                               "--nodes",  kNodes,     "--seed", seed.c_str(), nullptr};
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  for (const int output : {1, 2}) posix_spawn_file_actions_addopen(&actions, output, "/dev/null", O_WRONLY, 0);
-  pid_t process = 0;
-  const int failed =
-      posix_spawn(&process, KV_BIN_DIR "/kestrova", &actions, nullptr, const_cast<char**>(words), environ);
-  posix_spawn_file_actions_destroy(&actions);
-  EXPECT_EQ(failed, 0);
-  return process;
-}
+  // Runs until so many calls that change the disk have been made and the next one is about to be. False if the process
+  // ended before that.
+  bool RunThrough(int calls) {
+    while (WIFSTOPPED(status_)) {
+      if (IsAboutToChange() && calls-- == 0) return true;
+      const int signal = WSTOPSIG(status_);
+      const bool own = signal == SIGTRAP || signal == (SIGTRAP | 0x80);
+      if (ptrace(PTRACE_SYSCALL, process_, nullptr, own ? 0 : signal) != 0) return false;
+      Wait();
+    }
+    return false;
+  }
+  void Kill() {
+    if (!WIFSTOPPED(status_)) return;
+    kill(process_, SIGKILL);
+    Wait();
+  }
+  // Of waitpid.
+  int Status() const { return status_; }
+
+ private:
+  void Wait() {
+    if (waitpid(process_, &status_, 0) != process_) status_ = 0xFF00;
+  }
+  bool IsAboutToChange() const {
+    if (WSTOPSIG(status_) != (SIGTRAP | 0x80)) return false;
+    __ptrace_syscall_info info = {};
+    if (ptrace(PTRACE_GET_SYSCALL_INFO, process_, sizeof info, &info) <= 0) return false;
+    if (info.op != PTRACE_SYSCALL_INFO_ENTRY) return false;
+    if (info.entry.nr == SYS_openat) return (info.entry.args[2] & O_CREAT) != 0;
+    return std::find(std::begin(kChanging), std::end(kChanging), info.entry.nr) != std::end(kChanging);
+  }
+
+  pid_t process_ = -1;
+  int status_ = 0;
+};
 
 // The nodes as JSON. They depend on the seed alone; the time of a save, which differs, does not show in them.
 std::string Shown(const std::string& file) {
@@ -45,58 +89,54 @@ std::string Shown(const std::string& file) {
   return shown.out;
 }
 
-}  // namespace
-
-TEST(KilledSaves, LeaveTheOldFileOrTheNewOne) {
-  const unsigned seed = std::random_device()();
-  std::printf("seed %u\n", seed);
-  SCOPED_TRACE(testing::Message() << "seed " << seed);
-  std::mt19937 random(seed);
-  const kvtest::ScratchFolder folder;
-  const std::string file = (folder.Path() / "part.kvdoc").string();
-  const auto save = [&](const std::string& number) {
-    int status = 0;
-    ASSERT_GT(waitpid(StartSaving(file, number), &status, 0), 0);
-    ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "status " << status;
-  };
-  std::string shown[2];
-  save("1");
-  shown[1] = Shown(file);
-  const auto start = Clock::now();
-  save("0");
-  double whole = std::chrono::duration<double, std::micro>(Clock::now() - start).count();
-  shown[0] = Shown(file);
-  ASSERT_NE(shown[0], shown[1]);
-  std::string bytes = kvtest::ReadFile(file);
-
-  int killed = 0, replaced = 0, old = 0;
-  for (int i = 0; killed < kKills && i < 10 * kKills && !testing::Test::HasFailure(); ++i) {
-    const double moment = std::uniform_real_distribution(0.0, 1.1)(random) * whole;
-    const pid_t process = StartSaving(file, i % 2 == 0 ? "1" : "0");
-    std::this_thread::sleep_for(std::chrono::duration<double, std::micro>(moment));
-    kill(process, SIGKILL);
-    int status = 0;
-    ASSERT_EQ(waitpid(process, &status, 0), process);
-    killed += WIFSIGNALED(status);
-    SCOPED_TRACE(testing::Message() << "save " << i << ", killed after " << moment << " us of " << whole);
-    const std::string after = kvtest::ReadFile(file);
-    // How long a save takes depends on what else the machine does: the moments stay around its end.
-    whole *= after == bytes ? 1.05 : 0.95;
-    if (after == bytes) {
-      ++old;
-      EXPECT_TRUE(WIFSIGNALED(status)) << "the save ended well, and nothing was saved";
-    } else {
-      ++replaced;
-      EXPECT_EQ(Shown(file), shown[i % 2 == 0 ? 1 : 0]);
-    }
-    bytes = after;
+class KilledSaves : public testing::Test {
+ protected:
+  void SaveWhole(const char* nodes, const char* seed) {
+    TracedSave save(file_, nodes, seed);
+    ASSERT_FALSE(save.RunThrough(1'000'000));
+    ASSERT_TRUE(WIFEXITED(save.Status()) && WEXITSTATUS(save.Status()) == 0) << "status " << save.Status();
   }
-  const auto entries = std::distance(std::filesystem::directory_iterator(folder.Path()), {});
-  std::printf("%d killed; %d kept the old file, %d had the new one; %td left-over files; a save takes %.1f ms\n",
-              killed, old, replaced, entries - 1, whole / 1000);
-  EXPECT_EQ(killed, kKills);
-  EXPECT_GT(old, 0);
-  EXPECT_GT(replaced, 0);
-  save("0");
-  EXPECT_EQ(Shown(file), shown[0]) << "left-over files disturb";
+
+  // One save after the other, each killed a call later than the one ahead of it, until one comes to its end.
+  void KillAtEachCall(const char* nodes) {
+    SaveWhole(nodes, "1");
+    const std::string fresh = Shown(file_);
+    SaveWhole(nodes, "0");
+    ASSERT_NE(Shown(file_), fresh);
+    std::string bytes = kvtest::ReadFile(file_);
+    for (int calls = 0; !HasFatalFailure(); ++calls) {
+      SCOPED_TRACE(testing::Message() << nodes << " nodes, killed after " << calls << " calls");
+      TracedSave save(file_, nodes, "1");
+      if (!save.RunThrough(calls)) {
+        ASSERT_TRUE(WIFEXITED(save.Status()) && WEXITSTATUS(save.Status()) == 0) << "status " << save.Status();
+        EXPECT_EQ(Shown(file_), fresh);
+        return;
+      }
+      save.Kill();
+      ++killed_;
+      if (kvtest::ReadFile(file_) == bytes) {
+        ++old_;
+        continue;
+      }
+      ++replaced_;
+      ASSERT_EQ(Shown(file_), fresh);
+      SaveWhole(nodes, "0");
+      ASSERT_NE(Shown(file_), fresh) << "left-over files disturb";
+      bytes = kvtest::ReadFile(file_);
+    }
+  }
+
+  const kvtest::ScratchFolder folder_;
+  const std::string file_ = (folder_.Path() / "part.kvdoc").string();
+  int killed_ = 0, replaced_ = 0, old_ = 0;
+};
+
+TEST_F(KilledSaves, LeaveTheOldFileOrTheNewOne) {
+  for (const char* nodes : {"10", "2000", "5000"}) KillAtEachCall(nodes);
+  std::printf("%d killed; %d kept the old file, %d had the new one\n", killed_, old_, replaced_);
+  EXPECT_GE(killed_, kKills);
+  EXPECT_GT(old_, 0);
+  EXPECT_GT(replaced_, 0);
 }
+
+}  // namespace
