@@ -31,6 +31,9 @@ class KVSHARE_API SafeFile {
   // place. Afterwards Write and Commit give false.
   bool Commit();
 
+  // The file that is to be written, in the system's form (platform/paths.h) and behind any link; for the platform's own
+  // sources.
+  const std::string& SystemPath() const;
   // ERROR_SUCCESS, or the status of the first failure.
   LONG Status() const;
   // The first failure as one line in UTF-8, "cannot write PATH: the disk is full"; empty if there was none.

@@ -37,19 +37,19 @@ bool CopyBytes(int from, SafeFile& to) {
 
 BOOL CopyFileW(LPCWSTR from, LPCWSTR to, BOOL failIfExists) {
   const std::string source = SystemPathFromProduct(from);
-  const std::string target = SystemPathFromProduct(to);
   // A pipe without a writer would not open, and no other kind of file has an end to copy up to.
   const Descriptor in{open(source.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)};
   if (in.number < 0) return FailForPath(errno, source);
   struct stat facts;
   if (fstat(in.number, &facts) != 0) return FailWithErrno(errno);
   if (!S_ISREG(facts.st_mode)) return FailWithStatus(ERROR_ACCESS_DENIED);
+  SafeFile out(to);
+  const std::string& target = out.SystemPath();  // asked for once: a new name is looked for in the whole folder
   struct stat old;
   if (stat(target.c_str(), &old) == 0) {
     if (failIfExists) return FailWithStatus(ERROR_FILE_EXISTS);
     if (old.st_dev == facts.st_dev && old.st_ino == facts.st_ino) return FailWithStatus(ERROR_SHARING_VIOLATION);
   }
-  SafeFile out(to);
   if (!CopyBytes(in.number, out)) return FALSE;
   if (!out.Commit()) return FailWithStatus(out.Status());
   // The content stands. File systems that know no rights, or no times, refuse these two.

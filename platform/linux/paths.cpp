@@ -36,15 +36,38 @@ std::string UserDataFolder() {
 
 bool Exists(const std::string& path) { return faccessat(AT_FDCWD, path.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0; }
 
+bool IsAscii(std::string_view text) {
+  return std::none_of(text.begin(), text.end(), [](char character) { return static_cast<signed char>(character) < 0; });
+}
+
+// A name to be compared without case with many others, most of which differ at a glance.
+class CaselessName {
+ public:
+  explicit CaselessName(std::string_view name) : name_(name), is_ascii_(IsAscii(name)), wide_(WideFromUtf8(name)) {}
+
+  bool Equals(std::string_view other) const {
+    if (is_ascii_ && IsAscii(other)) {
+      const auto same = [](char a, char b) { return a == b || ((a ^ b) == 0x20 && IsLetter(a)); };
+      return std::equal(name_.begin(), name_.end(), other.begin(), other.end(), same);
+    }
+    return _wcsicmp(WideFromUtf8(other).c_str(), wide_.c_str()) == 0;
+  }
+
+ private:
+  const std::string_view name_;
+  const bool is_ascii_;
+  const std::u16string wide_;
+};
+
 // The name of the folder's entry that equals the wanted one without case; empty if there is none.
 std::string FindWithoutCase(const std::string& folder, std::string_view wanted) {
   const std::unique_ptr<DIR, int (*)(DIR*)> listing(opendir(folder.empty() ? "." : folder.c_str()), closedir);
   if (!listing) return {};
-  const std::u16string wide = WideFromUtf8(wanted);
+  const CaselessName name_wanted(wanted);
   std::string found;
   while (const dirent* entry = readdir(listing.get())) {
     const std::string_view name = entry->d_name;
-    if (_wcsicmp(WideFromUtf8(name).c_str(), wide.c_str()) == 0 && (found.empty() || name < found)) found = name;
+    if (name_wanted.Equals(name) && (found.empty() || name < found)) found = name;
   }
   return found;
 }

@@ -152,6 +152,8 @@ bool SafeFile::Commit() {
   return flushed == 0 || state.Fail(flushed);
 }
 
+const std::string& SafeFile::SystemPath() const { return state_->target; }
+
 LONG SafeFile::Status() const { return state_->status; }
 
 std::string SafeFile::Reason() const {

@@ -28,7 +28,8 @@ class KVSHARE_API QFFileAndFolderUtilities {
   // Copies a folder with all that lies in it into target, which is made as needed (its parent has to exist) and may lie
   // inside the source. Files that are there are replaced; each is copied beside and renamed, so that none is ever half
   // there. Links to files are copied as what they lead to; links to folders are left out. 0 if anything was left out
-  // or could not be copied; the rest stands.
+  // or could not be copied; the rest stands. Where names are kept with their case, each new file costs a look through
+  // its folder: thousands of files in one folder take seconds.
   int CopyDirectoryWithContents(const CString& source, const CString& target);
 
   // ---- lists; 0, with nothing appended, if the folder cannot be read
