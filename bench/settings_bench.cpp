@@ -1,12 +1,18 @@
-// Settings: reading one value of a tree by name against a hash map and against QSettings, and restoring and saving a
-// tree of 700 values.
+// Settings: reading one value of a tree by name against a hash map and against QSettings, restoring and saving a tree
+// of 700 values, building the application's tree, restoring and saving its values against SQLite itself, and the
+// search for a feed's colour.
+#include <sqlite3.h>
+
 #include <QSettings>
+#include <algorithm>
 #include <filesystem>
 #include <unordered_map>
+#include <variant>
 
 #include "bench/ratio.h"
 #include "platform/process.h"
-#include "share/settings/settings_key.h"
+#include "share/settings/application_settings.h"
+#include "share/settings/feed_colors.h"
 
 namespace {
 
@@ -80,6 +86,209 @@ void BenchRegistry(kvbench::Table& table, const std::string& folder) {
       [&] { kvbench::Keep(root.RestoreValuesFromRegistry()); }, restore);
 }
 
+// ---- the application's tree
+
+// The values of the hive in a file of the same tables and durability, through prepared statements alone.
+class PlainSqlite {
+ public:
+  explicit PlainSqlite(const std::filesystem::path& hive) {
+    const std::string copy = (hive.parent_path() / "peer.db").string();
+    sqlite3_open(hive.c_str(), &connection_);
+    Run(("VACUUM INTO '" + copy + "'").c_str());
+    sqlite3_close(connection_);
+    sqlite3_open(copy.c_str(), &connection_);
+    Run("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL");
+    sqlite3_stmt* all = Prepared("SELECT key, folded, data FROM value ORDER BY key");
+    while (sqlite3_step(all) == SQLITE_ROW) {
+      const auto* data = static_cast<const char*>(sqlite3_column_blob(all, 2));
+      rows_.push_back({sqlite3_column_int64(all, 0), reinterpret_cast<const char*>(sqlite3_column_text(all, 1)),
+                       std::string(data ? data : "", std::size_t(sqlite3_column_bytes(all, 2)))});
+    }
+    sqlite3_finalize(all);
+    read_ = Prepared("SELECT type, data FROM value WHERE key = ?1 AND folded = ?2");
+    write_ = Prepared("UPDATE value SET data = ?3, written = ?4 WHERE key = ?1 AND folded = ?2");
+  }
+  PlainSqlite(const PlainSqlite&) = delete;
+  PlainSqlite& operator=(const PlainSqlite&) = delete;
+  ~PlainSqlite() {
+    sqlite3_finalize(read_);
+    sqlite3_finalize(write_);
+    sqlite3_close(connection_);
+  }
+
+  std::size_t Count() const { return rows_.size(); }
+  // As another process would: the next reader finds a changed file.
+  void Touch() { Run("UPDATE key SET written = written + 1 WHERE id = 1"); }
+  void Begin() { Run("BEGIN"); }
+  void Commit() { Run("COMMIT"); }
+  void ReadAll() {
+    for (const Row& row : rows_) {
+      Bind(read_, row);
+      sqlite3_step(read_);
+      std::string data(static_cast<const char*>(sqlite3_column_blob(read_, 1)),
+                       std::size_t(sqlite3_column_bytes(read_, 1)));
+      kvbench::Keep(data.data());
+      sqlite3_reset(read_);
+    }
+  }
+  // Every value changed. With `per_key`, one transaction for each key.
+  void WriteAll(bool per_key) {
+    ++round_;
+    sqlite3_int64 key = 0;
+    for (Row& row : rows_) {
+      if (per_key && row.key != key) {
+        if (key) Commit();
+        Begin();
+        key = row.key;
+      }
+      if (!row.data.empty()) row.data[0] = char(round_);
+      Bind(write_, row);
+      sqlite3_bind_blob(write_, 3, row.data.data(), int(row.data.size()), SQLITE_STATIC);
+      sqlite3_bind_int64(write_, 4, round_);
+      sqlite3_step(write_);
+      sqlite3_reset(write_);
+    }
+    if (per_key) Commit();
+  }
+
+ private:
+  struct Row {
+    sqlite3_int64 key;
+    std::string folded;
+    std::string data;
+  };
+
+  void Run(const char* sql) { sqlite3_exec(connection_, sql, nullptr, nullptr, nullptr); }
+  sqlite3_stmt* Prepared(const char* sql) {
+    sqlite3_stmt* statement = nullptr;
+    sqlite3_prepare_v2(connection_, sql, -1, &statement, nullptr);
+    return statement;
+  }
+  static void Bind(sqlite3_stmt* statement, const Row& row) {
+    sqlite3_bind_int64(statement, 1, row.key);
+    sqlite3_bind_text(statement, 2, row.folded.data(), int(row.folded.size()), SQLITE_STATIC);
+  }
+
+  sqlite3* connection_ = nullptr;
+  sqlite3_stmt* read_ = nullptr;
+  sqlite3_stmt* write_ = nullptr;
+  std::vector<Row> rows_;
+  int round_ = 0;
+};
+
+// Gives every value of the tree another one.
+void ChangeAll(const QFSettingsKey& key, int round) {
+  for (POSITION at = key.GetList().GetHeadPosition(); at;) {
+    CObject* item = key.GetList().GetNext(at);
+    if (const auto* below = DYNAMIC_DOWNCAST(QFSettingsKey, item)) ChangeAll(*below, round);
+    if (auto* value = DYNAMIC_DOWNCAST(QFIntValue, item)) value->SetValue(round);
+    if (auto* value = DYNAMIC_DOWNCAST(QFDoubleValue, item)) value->SetValue(round);
+    if (auto* value = DYNAMIC_DOWNCAST(QFColorValue, item)) value->SetValue(static_cast<unsigned long>(round));
+    if (auto* value = DYNAMIC_DOWNCAST(QFStringValue, item)) value->SetValue(round % 2 ? _T("C:\\A") : _T("C:\\B"));
+    if (auto* value = DYNAMIC_DOWNCAST(QFTimeValue, item)) value->SetValue(CTime(LONGLONG(round)));
+    if (auto* value = DYNAMIC_DOWNCAST(QFPointValue, item)) value->SetValue(CPoint(round, round));
+    if (auto* value = DYNAMIC_DOWNCAST(QFRectValue, item)) value->SetValue(CRect(round, round, round, round));
+  }
+}
+
+void BenchApplication(kvbench::Table& table, const std::filesystem::path& folder) {
+  constexpr const char* kPeer = "SQLite C interface, a transaction a value";
+  QFAppSettings settings;
+  settings.RestoreValuesFromRegistry();
+  settings.SaveValuesToRegistry();
+  PlainSqlite peer(folder / "user.hive");
+  const std::size_t count = peer.Count();
+  using Datum = std::variant<int, double, std::u16string>;
+  table.Pair(
+      {.name = "build the application's tree", .size = count, .peer = "std::unordered_map of as many integers"},
+      [] { return std::make_unique<QFAppSettings>(); },
+      [count] {
+        auto map = std::make_unique<std::unordered_map<std::u16string, Datum>>();
+        for (std::size_t i = 0; i < count; ++i) map->emplace(u"SettingsValueNumber" + std::u16string(1, TCHAR(i)), 1);
+        return map;
+      });
+  const auto restore = [&] { kvbench::Keep(settings.RestoreValuesFromRegistry()); };
+  table.Pair({.name = "restore the application's tree", .size = count, .peer = kPeer, .goal = 1.5}, restore,
+             [&] { peer.ReadAll(); });
+  sqlite3* another = nullptr;  // in the place of another process
+  sqlite3_open((folder / "user.hive").c_str(), &another);
+  sqlite3_exec(another, "PRAGMA synchronous = NORMAL", nullptr, nullptr, nullptr);
+  const auto touch = [another] {
+    sqlite3_exec(another, "UPDATE key SET written = written + 1 WHERE id = 1", nullptr, nullptr, nullptr);
+  };
+  const auto restore_anew = [&] {
+    touch();
+    restore();
+  };
+  table.Pair({.name = "restore it from a changed hive", .size = count, .peer = kPeer, .goal = 1.5}, restore_anew, [&] {
+    peer.Touch();
+    peer.ReadAll();
+  });
+  table.Pair({.name = "restore it from a changed hive", .size = count, .peer = "SQLite C interface, one transaction"},
+             restore_anew, [&] {
+               peer.Touch();
+               peer.Begin();
+               peer.ReadAll();
+               peer.Commit();
+             });
+  int round = 0;
+  const auto save = [&] {
+    ChangeAll(settings, ++round);
+    kvbench::Keep(settings.SaveValuesToRegistry());
+  };
+  table.Pair({.name = "save it, all changed", .size = count, .peer = kPeer, .goal = 2.0}, save,
+             [&] { peer.WriteAll(/*per_key=*/false); });
+  table.Pair(
+      {.name = "save it, all changed", .size = count, .peer = "SQLite C interface, a transaction a key", .goal = 2.0},
+      save, [&] { peer.WriteAll(/*per_key=*/true); });
+  table.Pair({.name = "save it, all changed", .size = count, .peer = "SQLite C interface, one transaction"}, save, [&] {
+    peer.Begin();
+    peer.WriteAll(/*per_key=*/false);
+    peer.Commit();
+  });
+  table.Pair(
+      {.name = "save it, one changed", .size = count, .peer = "SQLite C interface, all in one transaction"},
+      [&] {
+        settings.SetValue(_T("LineWidth"), ++round);
+        kvbench::Keep(settings.SaveValuesToRegistry());
+      },
+      [&] {
+        peer.Begin();
+        peer.WriteAll(/*per_key=*/false);
+        peer.Commit();
+      });
+  sqlite3_close(another);
+}
+
+// ---- feed colours
+
+void BenchFeedColors(kvbench::Table& table, int rows) {
+  QFFeedColorsSettings colors;
+  std::vector<std::pair<double, unsigned long>> sorted;
+  for (int i = rows; i-- > 0;) {
+    colors.AddValue(i * 2.5, static_cast<unsigned long>(i));
+    sorted.insert(sorted.begin(), {i * 2.5, i});
+  }
+  const auto step = [rows](unsigned& at) { return double((at = at * 7919u + 1u) % unsigned(rows * 25)) / 10; };
+  unsigned a = 0, b = 0, c = 0;
+  const auto ours = [&] { kvbench::Keep(colors.GetColorForFeed(step(a))); };
+  table.Pair({.name = "GetColorForFeed", .size = std::size_t(rows), .peer = "std::upper_bound"}, ours, [&] {
+    const double feed = step(b);
+    const auto found = std::upper_bound(sorted.begin(), sorted.end(), feed,
+                                        [](double value, const auto& row) { return value < row.first; });
+    kvbench::Keep(found == sorted.end() ? kNoFeedColor : found->second);
+  });
+  table.Pair({.name = "GetColorForFeed", .size = std::size_t(rows), .peer = "a walk that converts each name"}, ours,
+             [&] {
+               const double above = step(c);
+               double feed = 0;
+               unsigned long color = 0;
+               int more = colors.GetFirstValue(feed, color);
+               while (more && feed <= above) more = colors.GetNextValue(feed, color);
+               kvbench::Keep(color);
+             });
+}
+
 }  // namespace
 
 int main() {
@@ -91,6 +300,9 @@ int main() {
   kvbench::Table table("Settings");
   for (const int count : {100, 700, 1000, 10000, 100000}) BenchGetValue(table, count);
   BenchRegistry(table, folder.string());
+  SetEnvironmentVariableW(_T("KV_REGISTRY"), (folder / "application").u16string().c_str());
+  BenchApplication(table, folder / "application");
+  for (const int rows : {10, 100, 1000}) BenchFeedColors(table, rows);
   std::filesystem::current_path(folder.parent_path());
   std::filesystem::remove_all(folder);
 }

@@ -41,14 +41,6 @@ unsigned long RandomColor() {
   return color;
 }
 
-void DeleteAllValues(HKEY key) {
-  TCHAR name[kNameUnits];
-  for (DWORD units = kNameUnits;
-       RegEnumValueW(key, 0, name, &units, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS; units = kNameUnits) {
-    if (RegDeleteValueW(key, name) != ERROR_SUCCESS) return;
-  }
-}
-
 // Calls visit(name, color) with each value up to the first that doesn't fit.
 template <class Visit>
 void ForEachColor(HKEY key, Visit visit) {
@@ -148,10 +140,7 @@ unsigned long QFFeedColorsSettings::GetColorForFeed(double feed) {
 
 // ---- registry, archive, dump
 
-int QFFeedColorsSettings::SaveValuesToRegistry() {
-  DeleteAllValues(OpenKey(GetHandleToKey(/*create=*/1, /*readOnly=*/0)));
-  return QFSettingsKey::SaveValuesToRegistry();
-}
+int QFFeedColorsSettings::SaveValuesToRegistry() { return SaveInPlaceOfAll(); }
 
 int QFFeedColorsSettings::RestoreValuesFromRegistry() {
   RemoveAll();

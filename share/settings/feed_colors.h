@@ -48,7 +48,8 @@ class KVSHARE_API QFFeedColorsSettings : public QFSettingsKey {
   // change of them.
   unsigned long GetColorForFeed(double feed);
 
-  // Replaces all that the registry key holds by the rows. 1 if all were written.
+  // Replaces all that the registry key holds by the rows, at once: whatever ends the process meanwhile, the registry
+  // has the old table or the new one. 1 if all were written.
   int SaveValuesToRegistry() override;
   // Takes the rows from the registry, in ascending order, up to the first value that is longer than a colour. Unlike
   // other settings it creates the key, and its result is always 0, also for the tree that it stands in: both are

@@ -1,12 +1,15 @@
 // The settings tree: shape, searches, registry walks, records.
 #include "share/settings/settings_key.h"
 
+#include <optional>
+#include <typeinfo>
 #include <unordered_set>
 #include <utility>
 
 #include "framework/archive.h"
 #include "share/objects/dump.h"
 #include "share/settings/name_index.h"
+#include "share/settings/registry_run.h"
 
 IMPLEMENT_SERIAL(QFSettingsKey, QFBaseObject, VERSIONABLE_SCHEMA | 1)
 
@@ -28,6 +31,17 @@ auto FirstOf(const CObList& list, Visit visit) -> decltype(visit(nullptr)) {
     if (auto found = visit(item)) return found;
   }
   return nullptr;
+}
+
+// Whether saving and restoring the value runs no code but the library's.
+bool IsOwnClass(const QFSettingsValue& value) {
+  const std::type_info& type = typeid(value);
+  for (const std::type_info* own : {&typeid(QFIntValue), &typeid(QFColorValue), &typeid(QFStringValue),
+                                    &typeid(QFDoubleValue), &typeid(QFPointValue), &typeid(QFRectValue),
+                                    &typeid(QFTimeValue), &typeid(QFLongDoubleStrValue), &typeid(QFIntArrayValue)}) {
+    if (type == *own) return true;
+  }
+  return false;
 }
 
 template <class Visit>
@@ -281,19 +295,47 @@ int QFSettingsKey::GetHasPermissionsToWriteToHKLM() {
   return status == ERROR_SUCCESS;
 }
 
-int QFSettingsKey::SaveValuesToRegistry() {
+// While it lives, the key's values take part in the run.
+class QFSettingsKey::InRun {
+ public:
+  InRun(QFSettingsKey& key, RegistryRun& run) : key_(key) { key_.m_pRun = &run; }
+  ~InRun() { key_.m_pRun = nullptr; }
+  InRun(const InRun&) = delete;
+  InRun& operator=(const InRun&) = delete;
+
+ private:
+  QFSettingsKey& key_;
+};
+
+int QFSettingsKey::SaveValuesToRegistry() { return SaveItems(/*clearing=*/false); }
+
+// A class of a module's own, whose operations may use the registry themselves, finds all that stands ahead of it saved.
+int QFSettingsKey::SaveItems(bool clearing) {
+  RegistryRun run(*this, clearing);
   bool all = true;
   ForEach(m_List, [&](CObject* item) {
-    if (QFSettingsValue* value = AsValue(item)) all = value->SaveValueToRegistry(this) && all;
+    QFSettingsValue* value = AsValue(item);
+    if (value && IsOwnClass(*value)) {
+      const InRun inRun(*this, run);
+      all = value->SaveValueToRegistry(this) && all;
+      return;
+    }
+    all = run.Finish() && all;
+    if (value) all = value->SaveValueToRegistry(this) && all;
     if (QFSettingsKey* key = AsKey(item)) all = key->SaveValuesToRegistry() && all;
   });
-  return all;
+  return run.Finish() && all;
 }
 
 int QFSettingsKey::RestoreValuesFromRegistry() {
+  RegistryRun run(*this, /*clearing=*/false);
   bool all = true;
   ForEach(m_List, [&](CObject* item) {
-    if (QFSettingsValue* value = AsValue(item)) all = value->RestoreValueFromRegistry(this) && all;
+    if (QFSettingsValue* value = AsValue(item)) {
+      std::optional<InRun> inRun;
+      if (IsOwnClass(*value)) inRun.emplace(*this, run);
+      all = value->RestoreValueFromRegistry(this) && all;
+    }
     if (QFSettingsKey* key = AsKey(item)) all = key->RestoreValuesFromRegistry() && all;
   });
   return all;

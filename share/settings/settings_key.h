@@ -99,6 +99,8 @@ class KVSHARE_API QFSettingsKey : public QFBaseObject {
 
   // Write or read every value of the tree, each key under its own path and hive. 1 if every item succeeded; a failure
   // doesn't stop the walk. Saving creates registry keys, restoring never does; what can't be read keeps what it had.
+  // Whatever ends the process meanwhile, a value is the old one or the new one. Where many values that stand one behind
+  // the other have changed, either all of them are new or none.
   virtual int SaveValuesToRegistry();
   virtual int RestoreValuesFromRegistry();
 
@@ -124,6 +126,9 @@ class KVSHARE_API QFSettingsKey : public QFBaseObject {
   QFSettingsValue* FindSettingsValue(const CString& name) const;
   QFSettingsKey* FindSettingsKey(const CString& name) const;
 
+  // SaveValuesToRegistry of a key whose registry key holds the values of its list and nothing else: what stood there
+  // before is deleted, at once with the writing of the values that stand ahead of any key.
+  int SaveInPlaceOfAll() { return SaveItems(/*clearing=*/true); }
   void DestroyList();
   // Takes every item out of the list without deleting it. No search finds it there any more, but it lives, and stays
   // this key's, until the key itself is deleted: whoever holds one may go on reading it, and nobody else deletes it.
@@ -140,8 +145,10 @@ class KVSHARE_API QFSettingsKey : public QFBaseObject {
  private:
   friend class QFSettingsValue;
   class NameIndex;
+  class InRun;
 
   void AddItem(QFSettingsValue* value);
+  int SaveItems(bool clearing);
   void AdoptAll();
   void ForgetNames();
   const NameIndex* GetIndex() const;
@@ -149,6 +156,7 @@ class KVSHARE_API QFSettingsKey : public QFBaseObject {
   CObList m_List;
   CObList m_Former;  // taken out of the list
   QFSettingsKey* m_pOwner = nullptr;
+  RegistryRun* m_pRun = nullptr;  // while one of its values is being saved or restored
   ULONGLONG m_nListVersion = 0;
   mutable std::atomic<const NameIndex*> m_pIndex = nullptr;
   mutable std::atomic<int> m_nSearches = 0;  // since the last change of shape

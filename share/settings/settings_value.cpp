@@ -3,12 +3,12 @@
 
 #include <cstring>
 #include <string>
-#include <vector>
+#include <utility>
 
 #include "framework/archive.h"
 #include "platform/numbers.h"
 #include "share/objects/dump.h"
-#include "share/settings/open_key.h"
+#include "share/settings/registry_run.h"
 #include "share/settings/settings_key.h"
 #include "share/settings/text_scan.h"
 
@@ -99,14 +99,7 @@ void DumpDatum(FILE*, const CArray<int, int>&) {}
 
 // ---- registry
 
-// The longest value that a restore takes over, in bytes; a longer one counts as unreadable.
-constexpr DWORD kMostBytes = 0x1FFFFFFF;
-
-// A registry value: what a datum is saved as, or what was found.
-struct Stored {
-  DWORD type = REG_NONE;
-  std::string bytes;
-};
+using Stored = StoredValue;
 
 Stored BytesOf(DWORD type, const void* data, std::size_t size) {
   return {type, std::string(static_cast<const char*>(data), size)};
@@ -197,24 +190,6 @@ bool Decode(const Stored& stored, CArray<int, int>& data) {
   return true;
 }
 
-int Save(QFSettingsKey* key, const CString& name, const Stored& stored) {
-  const OpenKey opened(key ? key->GetHandleToKey(/*create=*/1, /*readOnly=*/0) : nullptr);
-  return RegSetValueExW(opened, name, 0, stored.type, reinterpret_cast<const BYTE*>(stored.bytes.data()),
-                        DWORD(stored.bytes.size())) == ERROR_SUCCESS;
-}
-
-bool Read(QFSettingsKey* key, const CString& name, Stored& stored) {
-  const OpenKey opened(key ? key->GetHandleToKey(/*create=*/0, /*readOnly=*/1) : nullptr);
-  DWORD size = 8;  // most values are numbers
-  LSTATUS status = ERROR_MORE_DATA;
-  while (status == ERROR_MORE_DATA && size <= kMostBytes) {
-    stored.bytes.resize(size);
-    status = RegQueryValueExW(opened, name, nullptr, &stored.type, reinterpret_cast<BYTE*>(stored.bytes.data()), &size);
-  }
-  stored.bytes.resize(status == ERROR_SUCCESS ? size : 0);
-  return status == ERROR_SUCCESS;
-}
-
 }  // namespace
 
 // ---- values without a datum
@@ -232,6 +207,8 @@ void QFSettingsValue::DumpData(FILE* file) {
   DumpPrint(file, _T("\n m_Name: %s"), m_Name);
   DumpBanner(file, _T("QFSettingsValue"), _T("End"));
 }
+
+RegistryRun* QFSettingsValue::RunOf(QFSettingsKey* key) { return key ? key->m_pRun : nullptr; }
 
 int QFSettingsValue::SaveValueToRegistry(QFSettingsKey*) { return 0; }
 
@@ -255,13 +232,20 @@ void QFTypedValue<Datum, Given>::DumpData(FILE* file) {
 
 template <class Datum, class Given>
 int QFTypedValue<Datum, Given>::SaveValueToRegistry(QFSettingsKey* key) {
-  return Save(key, m_Name, Encode(Given(m_Data)));
+  Stored stored = Encode(Given(m_Data));
+  if (RegistryRun* run = RunOf(key)) {
+    run->Add(m_Name, std::move(stored));
+    return 1;
+  }
+  return WriteStored(OpenKey(key ? key->GetHandleToKey(/*create=*/1, /*readOnly=*/0) : nullptr), m_Name, stored);
 }
 
 template <class Datum, class Given>
 int QFTypedValue<Datum, Given>::RestoreValueFromRegistry(QFSettingsKey* key) {
   Stored stored;
-  if (!Read(key, m_Name, stored)) return 0;
+  RegistryRun* run = RunOf(key);
+  const OpenKey opened(key && !run ? key->GetHandleToKey(/*create=*/0, /*readOnly=*/1) : nullptr);
+  if (!ReadStored(run ? run->ToRead() : HKEY(opened), m_Name, stored)) return 0;
   if constexpr (std::is_class_v<Datum>) {
     return Decode(stored, m_Data);
   } else {

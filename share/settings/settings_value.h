@@ -25,6 +25,7 @@
 #include "share/objects/base_object.h"
 
 class QFSettingsKey;
+class RegistryRun;
 
 class KVSHARE_API QFSettingsValue : public QFBaseObject {
   DECLARE_SERIAL(QFSettingsValue)
@@ -46,6 +47,9 @@ class KVSHARE_API QFSettingsValue : public QFBaseObject {
 
  protected:
   QFSettingsValue() = default;
+
+  // The run of values that the key is saving or restoring at this moment; null outside one.
+  static RegistryRun* RunOf(QFSettingsKey* key);
 
   CString m_Name;
 

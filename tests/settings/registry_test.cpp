@@ -158,3 +158,48 @@ TEST_F(SettingsRegistry, SavingWhereNothingCanBeOpenedGivesZero) {
   EXPECT_EQ(QFSettingsValue(_T("v")).SaveValueToRegistry(&key), 0) << "a value without a datum";
   EXPECT_EQ(QFIntValue(_T("v"), 1).RestoreValueFromRegistry(nullptr), 0);
 }
+
+namespace {
+
+// As many values as are worth writing at once.
+void AddMany(QFSettingsKey& key, int value) {
+  for (int i = 0; i < 50; ++i) {
+    CString name;
+    name.Format(_T("v%d"), i);
+    key.AddValue(name, value);
+  }
+}
+
+// A module's own key: what stands in the registry when its turn comes.
+class ModuleKey : public QFSettingsKey {
+ public:
+  int SaveValuesToRegistry() override {
+    found = kvtest::Get(HKEY_CURRENT_USER, kPath, _T("v0"));
+    kvtest::Put(HKEY_CURRENT_USER, kPath, _T("own"), found);
+    return 1;
+  }
+  Stored found;
+};
+
+}  // namespace
+
+TEST_F(SettingsRegistry, OneThatCantBeWrittenTakesNoOtherWithIt) {
+  QFSettingsKey key(_T("key"), kPath);
+  AddMany(key, 3);
+  key.AddValue(CString(_T('x'), 16384), 1);
+  AddMany(key, 4);
+  EXPECT_EQ(key.SaveValuesToRegistry(), 0);
+  for (LPCTSTR name : {_T("v0"), _T("v49")})
+    EXPECT_EQ(kvtest::Get(HKEY_CURRENT_USER, kPath, name), (Stored{REG_DWORD, Raw(3)})) << "the one declared first";
+}
+
+TEST_F(SettingsRegistry, KeyOfAModuleFindsWhatStandsAheadOfItSaved) {
+  QFSettingsKey root(_T("root"), kPath);
+  auto* own = new ModuleKey;
+  AddMany(root, 1);
+  root.AddKey(own);
+  AddMany(root, 2);
+  EXPECT_EQ(root.SaveValuesToRegistry(), 1);
+  EXPECT_EQ(own->found, (Stored{REG_DWORD, Raw(2)}));
+  EXPECT_EQ(kvtest::Get(HKEY_CURRENT_USER, kPath, _T("v0")), (Stored{REG_DWORD, Raw(1)}));
+}
