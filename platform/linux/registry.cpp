@@ -41,13 +41,18 @@ constexpr Sql kWriteValue{
     " SELECT id, ?2, (SELECT coalesce(max(number), 0) + 1 FROM value WHERE key = ?1), ?3, ?4, ?5, ?6"
     " FROM key WHERE id = ?1"
     " ON CONFLICT(key, folded) DO UPDATE SET type = excluded.type, data = excluded.data, written = excluded.written"};
+constexpr Sql kChangeValue{S + 18,
+                           "UPDATE value SET type = ?3, data = ?4, written = ?5 WHERE key = ?1 AND folded = ?2"};
+constexpr Sql kFirstValues{S + 17, "SELECT folded, type, data FROM value WHERE key = ?1 LIMIT 128"};
 constexpr Sql kDeleteValue{S + 13, "DELETE FROM value WHERE key = ?1 AND folded = ?2"};
 constexpr Sql kDeleteValues{S + 14, "DELETE FROM value WHERE key = ?1"};
 constexpr Sql kValueAt{S + 15,
                        "SELECT name, type, data, number FROM value WHERE key = ?1 AND number >= ?3"
                        " ORDER BY number LIMIT 1 OFFSET ?2"};
 constexpr Sql kValues{S + 16, "SELECT name, length(data), written FROM value WHERE key = ?1"};
-static_assert(S + 16 < kSqlSlots);
+static_assert(S + 18 < kSqlSlots);
+
+constexpr std::size_t kAskedBeforeAll = 3;
 
 // ---- Arguments ----
 
@@ -175,6 +180,13 @@ LSTATUS VisitValue(Use& use, Visit visit) {
   Store& store = use.InStore();
   if (const auto* known = store.RecallValue(use.Id(), scratch.folded)) {
     return known->status == ERROR_SUCCESS ? visit(known->type, known->data) : known->status;
+  }
+  // Whoever has asked for a few values of a key asks for most of them, as when a tree of settings is restored.
+  if (store.KnownValuesOf(use.Id()) == kAskedBeforeAll) {
+    Query all(store, kFirstValues);
+    for (all.Add(use.Id()); all.Next();)
+      store.RememberValue(use.Id(), all.Text(0), ERROR_SUCCESS, DWORD(all.Number(1)), all.Bytes(2));
+    if (const auto* known = store.RecallValue(use.Id(), scratch.folded)) return visit(known->type, known->data);
   }
   Query query(store, kReadValue);
   if (query.Add(use.Id()).Add(scratch.folded).Next()) {
@@ -504,12 +516,20 @@ LSTATUS RegSetValueExW(HKEY key, LPCWSTR name, DWORD reserved, DWORD type, const
   if (const LSTATUS status = FoldValueName(name)) return status;
   Use use(key, KEY_SET_VALUE);
   if (const LSTATUS status = use.ReadyToWrite()) return status;
-  // What stands there already needs no writing, as with most values when a whole tree is saved.
-  const std::string_view wanted(reinterpret_cast<const char*>(data), bytes);
-  const LSTATUS same = VisitValue(use, [&](DWORD stored_type, std::string_view stored) {
-    return stored_type == type && stored == wanted ? ERROR_SUCCESS : ERROR_MORE_DATA;
-  });
-  if (same == ERROR_SUCCESS) return ERROR_SUCCESS;
+  // What stands there already needs no writing, as with most values when a whole tree is saved. In a transaction a
+  // change costs no more than looking.
+  if (use.InStore().IsTransacted()) {
+    Query change(use.InStore(), kChangeValue);
+    change.Add(use.Id()).Add(scratch.folded).Add(std::int64_t(type)).AddBytes(data, bytes).Add(Now());
+    if (const LSTATUS status = change.Run()) return status;
+    if (sqlite3_changes(use.InStore().Connection()) > 0) return ERROR_SUCCESS;
+  } else {
+    const std::string_view wanted(reinterpret_cast<const char*>(data), bytes);
+    const LSTATUS same = VisitValue(use, [&](DWORD stored_type, std::string_view stored) {
+      return stored_type == type && stored == wanted ? ERROR_SUCCESS : ERROR_MORE_DATA;
+    });
+    if (same == ERROR_SUCCESS) return ERROR_SUCCESS;
+  }
   scratch.name.clear();
   AppendName(scratch.name, name ? name : u"");
   Query write(use.InStore(), kWriteValue);

@@ -364,6 +364,11 @@ const Store::KnownValue* Store::RecallValue(std::int64_t key, std::string_view f
   return found == values->second.end() ? nullptr : &found->second;
 }
 
+std::size_t Store::KnownValuesOf(std::int64_t key) const {
+  const auto values = known_values_.find(key);
+  return values == known_values_.end() ? 0 : values->second.size();
+}
+
 void Store::RememberValue(std::int64_t key, std::string_view folded, LSTATUS status, DWORD type,
                           std::string_view data) {
   if (!log_head_ || data.size() > kMostKnownBytes || LastChange() != known_change_) return;
@@ -479,9 +484,18 @@ LSTATUS Store::Commit() {
                  ? ERROR_TRANSACTION_NOT_ACTIVE
                  : StatusOf(connection_, sqlite3_exec(connection_, "COMMIT", nullptr, nullptr, nullptr));
   }
-  Close();  // rolls back what could not be committed
+  if (status != ERROR_SUCCESS) Close();  // rolls back what could not be committed
+  begun_ = false;
   ended_ = true;
   return status;
+}
+
+bool Store::MakeSpare() {
+  if (!connection_ || begun_ || read_only_ || immutable_ || !sqlite3_get_autocommit(connection_)) return false;
+  if (WasReplaced()) return false;
+  for (auto& positions : positions_) positions.clear();
+  ended_ = false;
+  return true;
 }
 
 void Store::RollBack() {
@@ -510,6 +524,8 @@ struct Stores {
   Current current[2];
   std::vector<std::shared_ptr<Store>> by_folder;
   std::list<Store*> all;
+  // The connection of the last transaction of each hive: opening one takes as long as writing thirty values.
+  std::unique_ptr<Store> spare[2];
 };
 
 void PrepareFork();
@@ -528,6 +544,7 @@ Stores& AllStores() {
 void PrepareFork() {
   Stores& stores = AllStores();
   stores.mutex.lock();
+  for (auto& spare : stores.spare) spare.reset();
   for (Store* store : stores.all) {
     store->Mutex().lock();
     if (!store->IsTransacted()) store->Close();
@@ -616,13 +633,19 @@ std::shared_ptr<Store> PlainStore(const Store& store) {
 std::shared_ptr<Store> TransactedStore(const Store& plain) {
   Stores& stores = AllStores();
   const auto give_up = [&stores](Store* store) {
-    {
-      const std::lock_guard lock(stores.mutex);
-      stores.all.remove(store);
-    }
-    delete store;
+    std::unique_ptr<Store> last(store);  // destroyed outside the lock
+    const std::lock_guard lock(stores.mutex);
+    stores.all.remove(store);
+    if (store->MakeSpare()) stores.spare[store->WhichHive() == Hive::kMachine].swap(last);
   };
-  std::shared_ptr<Store> store(new Store(plain.WhichHive(), plain.Folder(), /*transacted=*/true), give_up);
+  std::unique_ptr<Store> own;
+  {
+    const std::lock_guard lock(stores.mutex);
+    own.swap(stores.spare[plain.WhichHive() == Hive::kMachine]);
+  }
+  if (!own || own->Folder() != plain.Folder() || !own->MakeSpare())
+    own = std::make_unique<Store>(plain.WhichHive(), plain.Folder(), /*transacted=*/true);
+  std::shared_ptr<Store> store(own.release(), give_up);
   const std::lock_guard lock(stores.mutex);
   stores.all.push_back(store.get());
   return store;

@@ -71,6 +71,7 @@ class Store : public std::enable_shared_from_this<Store> {
     std::string data;
   };
   const KnownValue* RecallValue(std::int64_t key, std::string_view folded);
+  std::size_t KnownValuesOf(std::int64_t key) const;
   void RememberValue(std::int64_t key, std::string_view folded, LSTATUS status, DWORD type, std::string_view data);
 
   // Where a walk by number through one key's items stands: the item given last, its place in the items' order and, to
@@ -96,6 +97,8 @@ class Store : public std::enable_shared_from_this<Store> {
   // End the transaction of a transacted store; every later use gives ERROR_TRANSACTION_NOT_ACTIVE.
   LSTATUS Commit();
   void RollBack();
+  // For a transacted store that nobody uses any more: makes it ready for another transaction; false if it can't be.
+  bool MakeSpare();
   // In a child process: forgets a connection that belongs to the parent.
   void Abandon();
 

@@ -1,6 +1,7 @@
 // The registry's files: when they are made, who may use them, and what damage does to them.
 #include <sys/stat.h>
 
+#include "platform/handles.h"
 #include "tests/platform/linux_registry_support.h"
 
 namespace fs = std::filesystem;
@@ -60,6 +61,39 @@ TEST_F(LinuxRegistry, WriteAfterTheHiveWasRemovedMakesANewOne) {
   EXPECT_EQ(Create(HKEY_CURRENT_USER, _T("Software\\Other")), ERROR_SUCCESS);
   EXPECT_EQ(Get(HKEY_CURRENT_USER, _T("a")), -ERROR_FILE_NOT_FOUND);
   EXPECT_TRUE(fs::exists(folder_ / "user.hive"));
+}
+
+TEST_F(LinuxRegistry, TransactionsGoToTheHiveThatIsThere) {
+  const auto write = [](LPCTSTR name) {
+    const HANDLE transaction = CreateTransaction(nullptr, nullptr, 0, 0, 0, 0, nullptr);
+    Key key;
+    EXPECT_EQ(RegCreateKeyTransactedW(HKEY_CURRENT_USER, kPath, 0, nullptr, 0, KEY_WRITE, nullptr, &key, nullptr,
+                                      transaction, nullptr),
+              ERROR_SUCCESS);
+    EXPECT_EQ(SetNumber(key, name, 1), ERROR_SUCCESS);
+    EXPECT_TRUE(CommitTransaction(transaction));
+    EXPECT_EQ(SetNumber(key, name, 2), ERROR_TRANSACTION_NOT_ACTIVE);
+    CloseHandle(transaction);
+  };
+  write(_T("a"));
+  write(_T("b"));
+  EXPECT_TRUE(
+      IsTrueInChild([] { return Get(HKEY_CURRENT_USER, _T("a")) == 1 && Get(HKEY_CURRENT_USER, _T("b")) == 1; }));
+  fs::remove_all(folder_);
+  write(_T("c"));
+  EXPECT_TRUE(IsTrueInChild(
+      [] { return Get(HKEY_CURRENT_USER, _T("b")) == -ERROR_FILE_NOT_FOUND && Get(HKEY_CURRENT_USER, _T("c")) == 1; }));
+  UseRegistry(scratch_.Path() / "another");
+  write(_T("d"));
+  EXPECT_EQ(Get(HKEY_CURRENT_USER, _T("d")), 1);
+  EXPECT_EQ(Get(HKEY_CURRENT_USER, _T("c")), -ERROR_FILE_NOT_FOUND);
+}
+
+TEST_F(LinuxRegistry, ValuesReadTogetherFollowAnotherProcess) {
+  for (int i = 0; i < 200; ++i) ASSERT_EQ(Set(HKEY_CURRENT_USER, NameOf(i), DWORD(i)), ERROR_SUCCESS);
+  for (int i = 0; i < 200; ++i) EXPECT_EQ(Get(HKEY_CURRENT_USER, NameOf(i)), i);
+  EXPECT_TRUE(IsTrueInChild([] { return Set(HKEY_CURRENT_USER, NameOf(7), 1000) == ERROR_SUCCESS; }));
+  for (int i = 0; i < 200; ++i) EXPECT_EQ(Get(HKEY_CURRENT_USER, NameOf(i)), i == 7 ? 1000 : i);
 }
 
 TEST_F(LinuxRegistry, HandleOfARemovedHiveNamesNoKeyOfTheNextOne) {
