@@ -9,7 +9,7 @@ namespace {
 // The longest value that is read, in bytes; a longer one counts as unreadable.
 constexpr DWORD kMostBytes = 0x1FFFFFFF;
 // As many changed values take longer one by one than a transaction takes to begin and end.
-constexpr std::size_t kWorthATransaction = 24;
+constexpr std::size_t kWorthATransaction = 3;
 constexpr DWORD kNameUnits = 256;
 
 void DeleteAllValues(HKEY key) {
@@ -57,11 +57,14 @@ bool RegistryRun::IsClear() const {
   }
 }
 
-std::size_t RegistryRun::CountChanged() const {
+bool RegistryRun::HaveManyChanged() const {
   std::size_t changed = 0;
   StoredValue stored;
-  for (const Value& value : values_) changed += !ReadStored(opened_, value.name, stored) || stored != value.stored;
-  return changed;
+  for (const Value& value : values_) {
+    changed += !ReadStored(opened_, value.name, stored) || stored != value.stored;
+    if (changed == kWorthATransaction) return true;
+  }
+  return false;
 }
 
 bool RegistryRun::WriteAtOnce() const {
@@ -91,7 +94,7 @@ bool RegistryRun::Finish() {
   if (values_.empty() && !clearing_) return true;
   *opened_.Receive() = key_.GetHandleToKey(/*create=*/1, /*readOnly=*/0);
   bool all = clearing_ && IsClear();
-  if (!all && (clearing_ || CountChanged() >= kWorthATransaction)) all = WriteAtOnce();
+  if (!all && (clearing_ || HaveManyChanged())) all = WriteAtOnce();
   if (!all) all = WriteEach();  // one that can't be written takes the others of its transaction with it
   opened_.Close();
   values_.clear();

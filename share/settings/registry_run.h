@@ -42,7 +42,7 @@ class RegistryRun {
   };
 
   bool IsClear() const;
-  std::size_t CountChanged() const;
+  bool HaveManyChanged() const;
   bool WriteAtOnce() const;
   bool WriteEach() const;
 
