@@ -34,5 +34,6 @@ void AddMachineCommands(CLI::App& app);
 void AddEnvironmentCommands(CLI::App& app);
 void AddDocumentCommands(CLI::App& app);
 void AddFeedColorCommands(CLI::App& app);
+void AddIniCommands(CLI::App& app);
 
 }  // namespace kestrova

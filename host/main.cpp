@@ -21,6 +21,7 @@ int Run(int argc, char** argv) {
       "  kestrova feedcolors add --process mill 1200 '#FF8000'\n"
       "  kestrova env doctor\n"
       "  kestrova reg query HKCU\\Software\\Zemlor /s\n"
+      "  kestrova ini get shopfloor.ini Tool Diameter\n"
       "  kestrova completion bash > /etc/bash_completion.d/kestrova\n"
       "Exit codes: 0 done, 1 refused or failed, 2 wrong usage. KV_REGISTRY names the registry's folder.");
   const kestrova::MainModuleScope module;
@@ -29,6 +30,7 @@ int Run(int argc, char** argv) {
   kestrova::AddMachineCommands(app);
   kestrova::AddDocumentCommands(app);
   kestrova::AddFeedColorCommands(app);
+  kestrova::AddIniCommands(app);
   kestrova::AddCompletionCommands(app, {{"reg", kestrova::RegistryCandidates}});
   try {
     app.parse(argc, argv);
