@@ -7,6 +7,7 @@
 #include "framework/archive.h"
 #include "framework/ob_list.h"
 #include "host/document/checksum.h"
+#include "host/document/document_file.h"
 
 namespace kestrova {
 namespace {
@@ -57,7 +58,7 @@ std::unique_ptr<QFDocSettings> ReadSettings(CFile& stream, bool endIsKnown) {
       throw std::runtime_error("its checksum is wrong: bytes have changed");
   }
   CMemFile file(reinterpret_cast<BYTE*>(bytes.data()), bytes.size());
-  CArchive ar(&file, CArchive::load);
+  CArchive ar(&file, CArchive::load, BufferBytesFor(file));
   std::unique_ptr<QFDocSettings> settings(static_cast<QFDocSettings*>(ar.ReadObject(RUNTIME_CLASS(QFDocSettings))));
   if (!settings) throw std::runtime_error("there is no tree in it");
   // Objects that the archive made beside the tree belong to nobody.
