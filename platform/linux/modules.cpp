@@ -30,17 +30,20 @@ void ForEachModule(Visit visit) {
                   &visit);
 }
 
-std::string ProgramFile() {
-  char path[PATH_MAX];
-  const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
-  return std::string(path, std::size_t(std::max<ssize_t>(length, 0)));
+const std::string& ProgramFile() {
+  static const std::string file = [] {
+    char path[PATH_MAX];
+    const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
+    return std::string(path, std::size_t(std::max<ssize_t>(length, 0)));
+  }();
+  return file;
 }
 
 std::string FileOf(const dl_phdr_info& info) {
   std::string name = info.dlpi_name;
   if (name.empty()) return ProgramFile();
-  if (name.front() == '/') return name;
-  char path[PATH_MAX];  // loaded by a relative path
+  if (name.find('/') == 0 || name.find('/') == std::string::npos) return name;  // the system's own page has no file
+  char path[PATH_MAX];                                                          // loaded by a relative path
   return realpath(name.c_str(), path) ? path : name;
 }
 
@@ -64,8 +67,8 @@ std::string NameOf(const std::string& path) { return path.substr(path.rfind('/')
 }  // namespace
 
 HMODULE GetModuleHandleW(LPCWSTR name) {
-  const std::string wanted = SystemPathFromProduct(name);
-  const bool hasFolder = wanted.find('/') != std::string::npos;
+  const bool hasFolder = name && std::u16string_view(name).find_first_of(u"\\/:") != std::u16string_view::npos;
+  const std::string wanted = hasFolder ? SystemPathFromProduct(name) : Utf8FromWide(name);
   HMODULE found = nullptr;
   ForEachModule([&](const dl_phdr_info& info) {
     if (name) {

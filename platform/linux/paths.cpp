@@ -72,13 +72,20 @@ std::string FindWithoutCase(const std::string& folder, std::string_view wanted) 
   return found;
 }
 
-// Goes down from base (which ends in a slash or is empty) along the rest, taking each component as written or, if that
-// does not exist, without case. From the first component that can't be found on, all stays as written.
+// Takes each component of the rest below base (which ends in a slash or is empty) as written or, if that does not
+// exist, without case. From the first component that can't be found on, all stays as written. The whole doesn't exist
+// as it is written, but most often all but the last name does: so what does is sought from the end.
 std::string LookUp(std::string base, std::string_view rest) {
-  while (!rest.empty()) {
+  std::size_t existing = rest.rfind('/');
+  while (existing != std::string_view::npos && existing > 0 && !Exists(base + std::string(rest.substr(0, existing))))
+    existing = rest.rfind('/', existing - 1);
+  existing = existing == std::string_view::npos ? 0 : existing + 1;
+  base += rest.substr(0, existing);
+  rest.remove_prefix(existing);
+  for (bool isKnownToMiss = true; !rest.empty(); isKnownToMiss = false) {
     const std::size_t end = std::min(rest.find('/'), rest.size());
     const std::string_view name = rest.substr(0, end);
-    if (!name.empty() && !Exists(base + std::string(name))) {
+    if (!name.empty() && (isKnownToMiss || !Exists(base + std::string(name)))) {
       const std::string found = FindWithoutCase(base, name);
       if (found.empty()) return base.append(rest);
       base += found;
@@ -106,11 +113,23 @@ bool HasDrive(std::string_view slashed) { return slashed.size() >= 2 && IsLetter
 
 // ---- drives
 
+namespace {
+
+// The folder that the environment names for a drive; empty without one.
+std::string NamedDriveFolder(char letter) {
+  const char variable[] = {'K', 'V', '_', 'D', 'R', 'I', 'V', 'E', '_', char(letter & ~0x20), 0};
+  const char* folder = std::getenv(variable);
+  return folder ? WithoutTrailingSlashes(folder) : std::string();
+}
+
+// Where the other drives' folders lie, up to the letter.
+std::string DriveFoldersBegin() { return WithoutTrailingSlashes(UserDataFolder()) + "/kestrova/drive_"; }
+
+}  // namespace
+
 std::string DriveFolder(char letter) {
-  const std::string variable = std::string("KV_DRIVE_") + char(letter & ~0x20);
-  const char* folder = std::getenv(variable.c_str());
-  if (folder && *folder) return WithoutTrailingSlashes(folder);
-  return WithoutTrailingSlashes(UserDataFolder()) + "/kestrova/drive_" + char(letter | 0x20);
+  const std::string named = NamedDriveFolder(letter);
+  return named.empty() ? DriveFoldersBegin() + char(letter | 0x20) : named;
 }
 
 std::string DriveFolderOf(LPCWSTR path) {
@@ -153,8 +172,11 @@ std::string SystemPathFromProduct(LPCWSTR path) {
 
 std::u16string ProductPathFromSystem(std::string_view path) {
   std::string text(path);
+  const std::string others = DriveFoldersBegin();
   for (char letter = 'A'; letter <= 'Z' && path.starts_with('/'); ++letter) {
-    const std::string folder = DriveFolder(letter);
+    std::string folder = NamedDriveFolder(letter);
+    if (folder.empty() && !path.starts_with(others)) continue;
+    if (folder.empty()) folder = others + char(letter | 0x20);
     if (!path.starts_with(folder) || (path.size() > folder.size() && path[folder.size()] != '/')) continue;
     text = std::string{letter, ':'} + std::string(path.substr(folder.size()));
     if (text.size() == 2) text += '/';

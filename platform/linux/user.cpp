@@ -4,13 +4,27 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <optional>
+#include <utility>
 #include <vector>
 
-User EffectiveUser() {
+namespace {
+
+User Ask(uid_t id) {
   passwd entry = {};
   passwd* found = nullptr;
   std::vector<char> texts(1024);
-  while (getpwuid_r(geteuid(), &entry, texts.data(), texts.size(), &found) == ERANGE) texts.resize(texts.size() * 2);
-  if (!found) return {std::to_string(geteuid()), ""};
+  while (getpwuid_r(id, &entry, texts.data(), texts.size(), &found) == ERANGE) texts.resize(texts.size() * 2);
+  if (!found) return {std::to_string(id), ""};
   return {found->pw_name, found->pw_dir ? found->pw_dir : ""};
+}
+
+}  // namespace
+
+// The system's list of users is read once by each thread for each user that it meets.
+User EffectiveUser() {
+  thread_local std::optional<std::pair<uid_t, User>> known;
+  const uid_t id = geteuid();
+  if (!known || known->first != id) known.emplace(id, Ask(id));
+  return known->second;
 }
