@@ -127,10 +127,16 @@ void CKVEnvApp::SetSecondSwitches() {
 
 // ---- switches
 
-void CKVEnvApp::SetShowCustomChuckOptionsDisplayRegistry() { WriteBackStartSwitch(_T("ShowCustomChuckOptions")); }
-void CKVEnvApp::SetDefaultCalMaxFitCirInThread() { WriteBackStartSwitch(_T("CalMaxFitCirInThreads")); }
-void CKVEnvApp::SetDefaultTurnVariableBAxisSupport() { WriteBackStartSwitch(_T("BAxisContinuousSupport")); }
-void CKVEnvApp::SetTurnBAxisConTlpKeepArcMove() { WriteBackStartSwitch(_T("ContinuousBAxisTlpKeepArcMoves")); }
+void CKVEnvApp::SetShowCustomChuckOptionsDisplayRegistry() {
+  WriteBackStartSwitch(StartSwitch(_T("ShowCustomChuckOptions")));
+}
+void CKVEnvApp::SetDefaultCalMaxFitCirInThread() { WriteBackStartSwitch(StartSwitch(_T("CalMaxFitCirInThreads"))); }
+void CKVEnvApp::SetDefaultTurnVariableBAxisSupport() {
+  WriteBackStartSwitch(StartSwitch(_T("BAxisContinuousSupport")));
+}
+void CKVEnvApp::SetTurnBAxisConTlpKeepArcMove() {
+  WriteBackStartSwitch(StartSwitch(_T("ContinuousBAxisTlpKeepArcMoves")));
+}
 
 // Four bytes are asked for, which no text of more than one character fits: so the value goes back to its default at
 // each start. And a missing key is not created. Both are required.
@@ -141,17 +147,23 @@ void CKVEnvApp::SetTurnBAxisConLLForArcFacet() {
   if (!found) SetRegistryValueForString(HKEY_CURRENT_USER, kPostDataKey, kName, _T("0.01"));
 }
 
-void CKVEnvApp::SetBAxisFaceFinishOperSupport() { WriteBackStartSwitch(_T("BAxisFaceFinishOperationSupport")); }
-void CKVEnvApp::SetSpindleDirForTurnMillTurnSupport() {
-  WriteBackStartSwitch(_T("NewSetSpindleDirForTurnMillTurnMachineSupport"));
+void CKVEnvApp::SetBAxisFaceFinishOperSupport() {
+  WriteBackStartSwitch(StartSwitch(_T("BAxisFaceFinishOperationSupport")));
 }
-void CKVEnvApp::SetToolpathShowHideSupportKeyValue() { WriteBackStartSwitch(_T("ShowHideToolpathSegmentsSupport")); }
-void CKVEnvApp::SetTlpColorSupportKeyValue() { WriteBackStartSwitch(_T("ColorToolpathSegmentsSupport")); }
-void CKVEnvApp::SetTlpHiddenMoveColorSupportKeyValue() { WriteBackStartSwitch(_T("ColorHiddenTlpMoveSupport")); }
-void CKVEnvApp::SetCRF1478StepThruSupportKeyValue() { WriteBackStartSwitch(_T("StepThruTlpCRFSupport")); }
-void CKVEnvApp::SetCRF1478TurnSupportKeyValue() { WriteBackStartSwitch(_T("CRF1478TurnSupport")); }
-void CKVEnvApp::SetCRF1478For2axSupportKeyValue() { WriteBackStartSwitch(_T("CRF1478For2axSupport")); }
-void CKVEnvApp::SetWIPArcRegistrySupportKeyValue() { WriteBackStartSwitch(_T("GetWIPArcSupport")); }
+void CKVEnvApp::SetSpindleDirForTurnMillTurnSupport() {
+  WriteBackStartSwitch(StartSwitch(_T("NewSetSpindleDirForTurnMillTurnMachineSupport")));
+}
+void CKVEnvApp::SetToolpathShowHideSupportKeyValue() {
+  WriteBackStartSwitch(StartSwitch(_T("ShowHideToolpathSegmentsSupport")));
+}
+void CKVEnvApp::SetTlpColorSupportKeyValue() { WriteBackStartSwitch(StartSwitch(_T("ColorToolpathSegmentsSupport"))); }
+void CKVEnvApp::SetTlpHiddenMoveColorSupportKeyValue() {
+  WriteBackStartSwitch(StartSwitch(_T("ColorHiddenTlpMoveSupport")));
+}
+void CKVEnvApp::SetCRF1478StepThruSupportKeyValue() { WriteBackStartSwitch(StartSwitch(_T("StepThruTlpCRFSupport"))); }
+void CKVEnvApp::SetCRF1478TurnSupportKeyValue() { WriteBackStartSwitch(StartSwitch(_T("CRF1478TurnSupport"))); }
+void CKVEnvApp::SetCRF1478For2axSupportKeyValue() { WriteBackStartSwitch(StartSwitch(_T("CRF1478For2axSupport"))); }
+void CKVEnvApp::SetWIPArcRegistrySupportKeyValue() { WriteBackStartSwitch(StartSwitch(_T("GetWIPArcSupport"))); }
 
 void CKVEnvApp::SetPostPerformanceImprovements() {
   constexpr FeatureSwitch kSwitch = kStartSwitches.back();

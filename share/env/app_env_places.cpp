@@ -88,7 +88,8 @@ void CKVEnvApp::LoadResources() const {
 
 void CKVEnvApp::FindHelp() {
   CString folder = InInstall(m_LanguageFolder);
-  if (_waccess(folder + _T("Milling.chm"), 0) != 0) folder = InEnglish(_T(""));
+  const CString english = InEnglish(_T(""));
+  if (folder != english && _waccess(folder + _T("Milling.chm"), 0) != 0) folder = english;
   SetKVHelpPath(folder);
   // The help system's context table is loaded from there once there is a help system.
 }

@@ -1,8 +1,6 @@
 // Reading and writing back the feature switches.
 #include "share/env/feature_switches.h"
 
-#include <algorithm>
-
 #include "share/env/registry_access.h"
 #include "share/env/registry_keys.h"
 
@@ -38,10 +36,8 @@ int qf_getIsCRF1363ShareRegistryEnabled() { return 1; }
 int GetIsPrimeTurningRegSupport() { return 1; }
 int IsPrimeTurnSupported() { return GetIsPrimeTurningRegSupport(); }
 
-void WriteBackStartSwitch(LPCTSTR name) {
-  const auto feature = std::find_if(kStartSwitches.begin(), kStartSwitches.end(),
-                                    [&](const FeatureSwitch& row) { return std::u16string_view(row.name) == name; });
-  if (feature != kStartSwitches.end()) WriteIfMissing(kVersionDebugKey, feature->name, feature->defaultValue);
+void WriteBackStartSwitch(const FeatureSwitch& feature) {
+  WriteIfMissing(kVersionDebugKey, feature.name, feature.defaultValue);
 }
 
 void SetSolidWorksExeNameToRegistry() { WriteIfMissing(kBrowserEmulationKey, _T("SLDWORKS.exe"), kBrowserMode); }

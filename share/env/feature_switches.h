@@ -6,6 +6,7 @@
 #pragma once
 
 #include <array>
+#include <string_view>
 
 #include "framework/text.h"
 
@@ -64,8 +65,14 @@ KVSHARE_API int qf_getIsCRF1363ShareRegistryEnabled();
 KVSHARE_API int GetIsPrimeTurningRegSupport();
 KVSHARE_API int IsPrimeTurnSupported();
 
-// Writes the switch of kStartSwitches with that name into the user's hive if it is missing.
-void WriteBackStartSwitch(LPCTSTR name);
+// The row of kStartSwitches with that name, which has to be there.
+consteval FeatureSwitch StartSwitch(std::u16string_view name) {
+  std::size_t row = 0;
+  while (name != kStartSwitches.at(row).name) ++row;
+  return kStartSwitches[row];
+}
+// Writes the switch into the user's hive if it is missing.
+void WriteBackStartSwitch(const FeatureSwitch& feature);
 
 // Have the host's embedded web control emulate browser mode 11001, unless a mode is set. The main module calls them.
 KVSHARE_API void SetSolidWorksExeNameToRegistry();
