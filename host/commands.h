@@ -30,6 +30,9 @@ class FoundErrors {};
 void AddRegistryCommands(CLI::App& app);
 // What may stand in the place of the last word behind `reg`; see host/completion.h.
 std::vector<std::string> RegistryCandidates(const std::vector<std::string>& words);
+void AddSettingsCommands(CLI::App& app);
+// Names of settings behind `settings get`, `set` and `reset`; nothing elsewhere.
+std::vector<std::string> SettingsCandidates(const std::vector<std::string>& words);
 void AddMachineCommands(CLI::App& app);
 void AddEnvironmentCommands(CLI::App& app);
 void AddDocumentCommands(CLI::App& app);

@@ -86,8 +86,9 @@ void AddCompletionCommands(CLI::App& app, const std::map<std::string, Candidates
     std::vector<std::string> words = hidden->remaining();
     if (words.empty()) words.emplace_back();
     const auto command = words.size() > 1 ? own.find(words.front()) : own.end();
-    std::vector<std::string> candidates =
-        command == own.end() ? Following(app, words) : command->second({words.begin() + 1, words.end()});
+    std::vector<std::string> candidates;
+    if (command != own.end()) candidates = command->second({words.begin() + 1, words.end()});
+    if (candidates.empty()) candidates = Following(app, words);
     std::sort(candidates.begin(), candidates.end());
     for (const std::string& candidate : candidates) {
       if (candidate.starts_with(words.back())) std::printf("%s\n", candidate.c_str());

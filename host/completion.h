@@ -14,8 +14,8 @@ using Candidates = std::vector<std::string> (*)(const std::vector<std::string>& 
 
 // Adds `completion bash`, which prints the script, and the hidden command that the script calls. It gives the
 // candidates for the last word, which may be empty, after the words ahead of it (without the program's name): values of
-// an option that names its choices, options, or subcommands; behind a command named in `own`, what that gives. None if
-// the shell should offer files.
+// an option that names its choices, options, or subcommands; behind a command named in `own`, what that gives if it is
+// anything. None if the shell should offer files.
 void AddCompletionCommands(CLI::App& app, const std::map<std::string, Candidates>& own);
 
 }  // namespace kestrova

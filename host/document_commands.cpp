@@ -9,14 +9,13 @@
 #include "host/commands.h"
 #include "host/document/document_check.h"
 #include "host/document/document_file.h"
-#include "host/document/document_loader.h"
 #include "host/document/document_report.h"
 #include "host/document/document_tree.h"
 #include "host/document/host_document.h"
 #include "host/document/sample_document.h"
 #include "host/main_module.h"
-#include "platform/files.h"
-#include "platform/paths.h"
+#include "host/open_document.h"
+#include "host/whole_file.h"
 #include "share/objects/save_history.h"
 
 namespace kestrova {
@@ -88,28 +87,6 @@ using Json = nlohmann::ordered_json;
 
 void PrintJson(const Json& json) { fmt::print("{}\n", json.dump(2, ' ', false, Json::error_handler_t::replace)); }
 
-void CheckTarget(const std::string& path, bool force) {
-  if (!force && _waccess(ProductPathFromSystem(path).c_str(), 0) == 0)
-    throw Failure(path + " exists; add --force to replace it");
-}
-
-// A document that was loaded, as the active one.
-struct Opened {
-  explicit Opened(const std::string& path) : Opened(DocumentLoader(path, DocumentLoader::Mode::kStrict)) {
-    const std::size_t mended = report.findingCount;
-    if (mended > 0)
-      fmt::print(stderr, "kestrova: {}: {} fault{} put right while reading; see kestrova document verify\n", path,
-                 mended, mended == 1 ? " was" : "s were");
-  }
-
-  std::unique_ptr<HostDocument> document;
-  LoadReport report;
-  ActiveDocument active;
-
- private:
-  explicit Opened(DocumentLoader loader) : document(loader.Load()), report(loader.Report()), active(document.get()) {}
-};
-
 void New(const Given& given) {
   CheckTarget(given.file, given.force);
   StartMainModule();
@@ -122,20 +99,20 @@ void New(const Given& given) {
 
 void Show(const Given& given) {
   UseLibrary();
-  const Opened opened(given.file);
+  const OpenDocument opened(given.file);
   (given.json ? WriteTreeJson : WriteTree)(*opened.document, stdout);
 }
 
 void Dump(const Given& given) {
   UseLibrary();
-  const Opened opened(given.file);
+  const OpenDocument opened(given.file);
   opened.document->DumpData(stdout);
   opened.document->Walk([](HostNode& node, int) { node.DumpData(stdout); });
 }
 
 void History(const Given& given) {
   UseLibrary();
-  const Opened opened(given.file);
+  const OpenDocument opened(given.file);
   CObList records;
   opened.document->History().GetAllHistoryObjects(records);
   Json all = Json::array();
@@ -164,7 +141,7 @@ void History(const Given& given) {
 void Convert(const Given& given) {
   CheckTarget(given.out, given.force);
   StartMainModule();
-  const Opened opened(given.file);
+  const OpenDocument opened(given.file);
   opened.document->FreezeIds(false);
   SaveDocument(*opened.document, given.out);
 }

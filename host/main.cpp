@@ -20,6 +20,7 @@ int Run(int argc, char** argv) {
       "  kestrova document verify part.kvdoc\n"
       "  kestrova feedcolors add --process mill 1200 '#FF8000'\n"
       "  kestrova env doctor\n"
+      "  kestrova settings list --changed\n"
       "  kestrova reg query HKCU\\Software\\Zemlor /s\n"
       "  kestrova ini get shopfloor.ini Tool Diameter\n"
       "  kestrova completion bash > /etc/bash_completion.d/kestrova\n"
@@ -27,11 +28,13 @@ int Run(int argc, char** argv) {
   const kestrova::MainModuleScope module;
   kestrova::AddRegistryCommands(app);
   kestrova::AddEnvironmentCommands(app);
+  kestrova::AddSettingsCommands(app);
   kestrova::AddMachineCommands(app);
   kestrova::AddDocumentCommands(app);
   kestrova::AddFeedColorCommands(app);
   kestrova::AddIniCommands(app);
-  kestrova::AddCompletionCommands(app, {{"reg", kestrova::RegistryCandidates}});
+  kestrova::AddCompletionCommands(app,
+                                  {{"reg", kestrova::RegistryCandidates}, {"settings", kestrova::SettingsCandidates}});
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

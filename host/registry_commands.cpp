@@ -8,10 +8,10 @@
 #include "framework/text.h"
 #include "host/commands.h"
 #include "host/registry_values.h"
+#include "host/whole_file.h"
 #include "platform/console.h"
 #include "platform/errors.h"
 #include "platform/files.h"
-#include "platform/safe_file.h"
 #include "share/settings/open_key.h"
 #include "share/settings/registry_text.h"
 
@@ -375,33 +375,16 @@ void ExportCommand(const Arguments& arguments) {
   if (!arguments.Has("y") && _waccess(path.c_str(), 0) == 0) {
     Confirm(fmt::format("File {} exists, overwrite", file), fmt::format("{} exists; add /y to overwrite it", file));
   }
-  if (const LONG status = WriteFileSafely(path.c_str(), bytes)) {
-    throw Failure(fmt::format("cannot write {}: {}", file, ErrorText(DWORD(status))));
-  }
+  WriteWholeFile(file, bytes);
   Done();
-}
-
-std::string ReadForImport(const std::string& file) {
-  std::FILE* const stream = _wfopen(ProductPathFromSystem(file).c_str(), _T("rb"));
-  if (!stream) throw Failure(fmt::format("cannot read {}; check the name", file));
-  std::string bytes;
-  std::vector<char> piece(1 << 16);
-  std::size_t count = 0;
-  // One byte more than allowed is enough to be refused.
-  while (bytes.size() <= registry_text::kMostBytes && (count = std::fread(piece.data(), 1, piece.size(), stream)) > 0) {
-    bytes.append(piece.data(), count);
-  }
-  const bool failed = std::ferror(stream) != 0;
-  std::fclose(stream);
-  if (failed) throw Failure(fmt::format("cannot read {}; is it a file?", file));
-  return bytes;
 }
 
 void ImportCommand(const Arguments& arguments) {
   const std::string& file = arguments.words[0];
   std::vector<registry_text::Step> steps;
   registry_text::Error error;
-  if (!registry_text::Parse(ReadForImport(file), steps, error) || !registry_text::Apply(steps, error)) {
+  if (!registry_text::Parse(ReadWholeFile(file, registry_text::kMostBytes), steps, error) ||
+      !registry_text::Apply(steps, error)) {
     const std::string place = error.line > 0 ? fmt::format("{}:{}", file, error.line) : file;
     throw Failure(fmt::format("{}: {}; nothing was imported", place, TextOf(error)));
   }

@@ -64,14 +64,19 @@ QFKVUtilitiesSettings::QFKVUtilitiesSettings()
 
 IMPLEMENT_SERIAL(QFToolbarSettings, QFSettingsKey, VERSIONABLE_SCHEMA | 1)
 
-QFToolbarSettings::QFToolbarSettings()
-    : SettingsGroup(_T("QFToolbarSettings"), _T("Toolbar"), InProductRoot(_T("Toolbar")), {}) {
-  constexpr LPCTSTR kButtons = _T("ToolbarButtons");
-  CArray<int, int> buttons;
+void QFToolbarSettings::GetDefaultButtons(CArray<int, int>& buttons) {
+  buttons.RemoveAll();
   for (const int index : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 11}) {  // 10 is left out: that is required
     buttons.Add(index);
     buttons.Add(1);
   }
+}
+
+QFToolbarSettings::QFToolbarSettings()
+    : SettingsGroup(_T("QFToolbarSettings"), _T("Toolbar"), InProductRoot(_T("Toolbar")), {}) {
+  constexpr LPCTSTR kButtons = _T("ToolbarButtons");
+  CArray<int, int> buttons;
+  GetDefaultButtons(buttons);
   const LONGLONG wanted = buttons.GetSize();
   AddValue(kButtons, buttons);
   if (!RestoreValuesFromRegistry()) {

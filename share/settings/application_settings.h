@@ -36,7 +36,15 @@ class KVSHARE_API QFAppSettings : public SettingsGroup {
 // "ToolbarButtons", pairs of a button's index and a flag. This group alone reads and writes the registry while it is
 // being built: what is stored there is taken over; a list that is shorter than the present one is filled up with
 // buttons that are on, and saved; without a stored list the default is saved.
-KV_SETTINGS_GROUP(QFToolbarSettings)
+class KVSHARE_API QFToolbarSettings : public SettingsGroup {
+  DECLARE_SERIAL(QFToolbarSettings)
+
+ public:
+  QFToolbarSettings();
+
+  // The list without the registry: all buttons, and all are on.
+  static void GetDefaultButtons(CArray<int, int>& buttons);
+};
 
 // One of the operations' 23 filters.
 class KVSHARE_API QFOperFilterSettings : public SettingsGroup {

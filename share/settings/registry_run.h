@@ -3,20 +3,12 @@
 // public.
 #pragma once
 
-#include <string>
 #include <vector>
 
-#include "framework/text.h"
 #include "share/settings/open_key.h"
+#include "share/settings/settings_value.h"
 
 class QFSettingsKey;
-
-// A registry value: what a datum is saved as, or what was found.
-struct StoredValue {
-  DWORD type = REG_NONE;
-  std::string bytes;
-  bool operator==(const StoredValue&) const = default;
-};
 
 // Each gives false if there is no such value, or it couldn't be read or written. A null handle gives false.
 bool ReadStored(HKEY key, LPCTSTR name, StoredValue& stored);

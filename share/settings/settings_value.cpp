@@ -232,12 +232,17 @@ void QFTypedValue<Datum, Given>::DumpData(FILE* file) {
 
 template <class Datum, class Given>
 int QFTypedValue<Datum, Given>::SaveValueToRegistry(QFSettingsKey* key) {
-  Stored stored = Encode(Given(m_Data));
+  Stored stored = ToStored();
   if (RegistryRun* run = RunOf(key)) {
     run->Add(m_Name, std::move(stored));
     return 1;
   }
   return WriteStored(OpenKey(key ? key->GetHandleToKey(/*create=*/1, /*readOnly=*/0) : nullptr), m_Name, stored);
+}
+
+template <class Datum, class Given>
+StoredValue QFTypedValue<Datum, Given>::ToStored() const {
+  return Encode(Given(m_Data));
 }
 
 template <class Datum, class Given>

@@ -17,15 +17,24 @@
 //   QFIntArrayValue        CArray<int, int>         REG_BINARY, 4 bytes an element        32-bit count, 4 bytes each
 #pragma once
 
+#include <string>
 #include <type_traits>
 
 #include "framework/array.h"
 #include "framework/rectangle.h"
 #include "framework/time.h"
+#include "platform/registry.h"
 #include "share/objects/base_object.h"
 
 class QFSettingsKey;
 class RegistryRun;
+
+// A registry value: what a datum is saved as, or what was found.
+struct StoredValue {
+  DWORD type = REG_NONE;
+  std::string bytes;
+  bool operator==(const StoredValue&) const = default;
+};
 
 class KVSHARE_API QFSettingsValue : public QFBaseObject {
   DECLARE_SERIAL(QFSettingsValue)
@@ -44,6 +53,8 @@ class KVSHARE_API QFSettingsValue : public QFBaseObject {
   virtual int SaveValueToRegistry(QFSettingsKey* key);
   // Reads the datum; creates no registry key. 1 if read.
   virtual int RestoreValueFromRegistry(QFSettingsKey* key);
+  // What SaveValueToRegistry writes, for those who write it by themselves. REG_NONE for a value without a datum.
+  virtual StoredValue ToStored() const { return {}; }
 
  protected:
   QFSettingsValue() = default;
@@ -77,6 +88,7 @@ class KVSHARE_API QFTypedValue : public QFSettingsValue {
   void DumpData(FILE* file) override;
   int SaveValueToRegistry(QFSettingsKey* key) override;
   int RestoreValueFromRegistry(QFSettingsKey* key) override;
+  StoredValue ToStored() const override;
 
  protected:
   QFTypedValue() = default;

@@ -1,0 +1,24 @@
+// A document that a command has loaded from its file, as the active one.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "host/document/document_loader.h"
+#include "host/main_module.h"
+
+namespace kestrova {
+
+struct OpenDocument {
+  // Throws Failure if it is damaged. Faults that were put right are told on stderr.
+  explicit OpenDocument(const std::string& path);
+
+  std::unique_ptr<HostDocument> document;
+  LoadReport report;
+  ActiveDocument active;
+
+ private:
+  explicit OpenDocument(DocumentLoader loader);
+};
+
+}  // namespace kestrova

@@ -1,0 +1,200 @@
+// kestrova settings, as a user runs it.
+#include <nlohmann/json.hpp>
+
+#include "tests/host/run_command.h"
+#include "tests/registry_calls.h"
+
+namespace {
+
+using Json = nlohmann::json;
+using kvtest::RunCommand;
+using kvtest::RunResult;
+
+constexpr LPCTSTR kDisplay = _T("Software\\Zemlor\\Kestrova\\Display");
+constexpr LPCTSTR kVersion = _T("Software\\Zemlor\\Kestrova\\Kestrova 2024x64");
+
+class SettingsCommand : public testing::Test {
+ protected:
+  SettingsCommand() {
+    setenv("TMPDIR", "/tmp", 1);
+    setenv("TZ", "UTC", 1);
+  }
+
+  static RunResult Run(std::vector<std::string> words) {
+    words.insert(words.begin(), "settings");
+    return RunCommand(words);
+  }
+  // What the command prints if it succeeds.
+  static std::string Out(const std::vector<std::string>& words) {
+    const RunResult result = Run(words);
+    EXPECT_EQ(result.exit_code, 0) << result;
+    EXPECT_EQ(result.err, "");
+    return result.out;
+  }
+  static RunResult Refused(const std::string& reason) { return {1, "", "kestrova: " + reason + "\n"}; }
+  std::string File(const char* name) const { return (folder_.Path() / name).string(); }
+  std::string Document() const {
+    EXPECT_EQ(RunCommand({"document", "new", File("a.kvdoc"), "--nodes", "3", "--force"}).exit_code, 0);
+    return File("a.kvdoc");
+  }
+
+  const kvtest::ScratchFolder folder_;
+  const kvtest::RegistryIn registry_{folder_.Path()};
+};
+
+}  // namespace
+
+TEST_F(SettingsCommand, ListsBothTreesAsTheyAreDeclared) {
+  for (const std::string tree : {"application", "document"}) {
+    Json golden = Json::parse(kvtest::ReadFile(KV_SOURCE_DIR "/tests/settings/golden/" + tree + "_settings.json"));
+    Json listed = Json::parse(Out({"list", "--tree", tree, "--json"}));
+    ASSERT_EQ(listed["values"].size(), golden["values"].size());
+    // The start of the environment fills in folders: of the values it is the defaults that are told beforehand.
+    for (Json* all : {&golden, &listed}) {
+      for (Json& row : (*all)["values"]) row.erase("value");
+    }
+    EXPECT_EQ(listed, golden);
+  }
+}
+
+TEST_F(SettingsCommand, SetsGetsAndResetsInTheRegistry) {
+  EXPECT_EQ(Out({"set", "LineWidth", "5"}), "Display/LineWidth: 2 -> 5\n");
+  EXPECT_EQ(kvtest::Get(HKEY_CURRENT_USER, kDisplay, _T("LineWidth")), (kvtest::Stored{REG_DWORD, kvtest::Raw(5)}));
+  EXPECT_EQ(Out({"get", "LineWidth"}), "Display/LineWidth = 5  (default 2)\n");
+  EXPECT_EQ(Json::parse(Out({"get", "QFDisplaySettings/LineWidth", "--json"})),
+            (Json{{"group", "QFDisplaySettings"},
+                  {"path", "Software\\Zemlor\\Kestrova\\Display"},
+                  {"name", "LineWidth"},
+                  {"type", "int"},
+                  {"value", 5},
+                  {"default", 2}}));
+  EXPECT_EQ(Out({"reset", "LineWidth"}), "Display/LineWidth: 5 -> 2\n");
+  kvtest::Key key;
+  ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, kDisplay, 0, KEY_READ, &key), ERROR_SUCCESS);
+  EXPECT_EQ(kvtest::Number(key, _T("LineWidth")), -ERROR_FILE_NOT_FOUND);
+}
+
+TEST_F(SettingsCommand, TakesEveryTypeAndRefusesOthers) {
+  const struct {
+    const char *name, *text, *shown;  // null for what is refused
+  } rows[] = {
+      {"ThreadNum", "-7", "-7"},
+      {"ThreadNum", "0x10", "16"},
+      {"ThreadNum", "2147483648", nullptr},
+      {"ThreadNum", "5 ", nullptr},
+      {"ThreadNum", "", nullptr},
+      {"DiaFrom", "1e-3", "0.001"},
+      {"DiaFrom", "2,5", nullptr},
+      {"DiaFrom", "inf", nullptr},
+      {"TechDBPath", "C:\\Ä b", "\"C:\\Ä b\""},
+      {"ToolBarLocation", "-20,143", "-20,143"},
+      {"ToolBarLocation", "1", nullptr},
+      {"ThreadDlgRect", "1,2,3,4", "1,2,3,4"},
+      {"ThreadDlgRect", "1,2,,4", nullptr},
+      {"LastCheckTime", "4294967295", "4294967295 (2106-02-07 06:28:15)"},
+      {"LastCheckTime", "4294967296", nullptr},
+      {"ToolbarButtons", "0,1", "0,1"},
+      {"ToolbarButtons", "0,x", nullptr},
+  };
+  for (const auto& row : rows) {
+    const RunResult result = Run({"set", row.name, "--", row.text});
+    EXPECT_EQ(result.exit_code, row.shown ? 0 : 1) << row.name << ' ' << row.text << '\n' << result;
+    const std::string shown = row.shown ? std::string(" -> ") + row.shown + "\n" : " takes ";
+    EXPECT_NE((row.shown ? result.out : result.err).find(shown), std::string::npos) << shown << result;
+  }
+}
+
+TEST_F(SettingsCommand, UnknownNamesAreRefusedWithTheNearest) {
+  EXPECT_EQ(Run({"get", "linewidht"}), Refused("there is no setting linewidht; the nearest: LineWidth"));
+  EXPECT_EQ(Run({"set", "Dispaly/LineWidth", "3"}),
+            Refused("there is no setting Dispaly/LineWidth; the nearest: Display/LineWidth"));
+  EXPECT_EQ(Run({"reset", "qqqqqqqq"}), Refused("there is no setting qqqqqqqq; see kestrova settings list"));
+}
+
+TEST_F(SettingsCommand, ChangeOfADuplicateNameDoesNotLast) {
+  EXPECT_EQ(
+      Out({"set", "StockDispType", "9"}),
+      "Display/StockDispType: 3 -> 9\nDisplay/StockDispType is declared twice: the registry keeps the first one's "
+      "value, 1, so that the change does not last\n");
+  EXPECT_EQ(Out({"get", "StockDispType"}), "Display/StockDispType = 1  (default 3)\n");
+  Out({"reset", "StockDispType"});
+  EXPECT_EQ(Out({"get", "StockDispType"}), "Display/StockDispType = 3\n");
+}
+
+TEST_F(SettingsCommand, ADocumentsSettingsLieInItsFile) {
+  const std::string file = Document();
+  EXPECT_EQ(Out({"set", "Feature", "#0102FF", "--document", file}), "Colors/Feature: #00FF00 -> #0102FF\n");
+  EXPECT_EQ(Out({"list", "--changed", "--document", file}),
+            "Colors  QFColorSettings  Software\\Zemlor\\Kestrova\\Colors\n"
+            "  Feature                                  #0102FF  (default #00FF00)\n");
+  EXPECT_EQ(Json::parse(Out({"get", "Feature", "--json", "--document", file}))["value"], 0xFF0201);
+  EXPECT_EQ(RunCommand({"document", "verify", file}).exit_code, 0);
+  Out({"reset", "Feature", "--document", file});
+  EXPECT_EQ(Out({"list", "--changed", "--document", file}), "");
+  EXPECT_EQ(Run({"set", "Feature", "1", "--tree", "document"}),
+            (RunResult{2, "", "kestrova: the document is missing: add --document FILE\n"}));
+  EXPECT_EQ(Run({"list", "--tree", "application", "--document", file}).exit_code, 2);
+}
+
+TEST_F(SettingsCommand, AnExportIsComparedAndTakenOver) {
+  const std::string file = File("all.json");
+  Out({"set", "TechDBPath", "D:\\x"});
+  Out({"export", file});
+  EXPECT_EQ(Run({"export", file}), Refused(file + " exists; add --force to replace it"));
+  EXPECT_EQ(Out({"diff", file}), "");
+  Out({"set", "TechDBPath", "D:\\y"});
+  EXPECT_EQ(Run({"diff", file}), (RunResult{1, "Application/TechDBPath: \"D:\\y\", in the file \"D:\\x\"\n", ""}));
+  const Json differences = Json::parse(Run({"diff", file, "--json"}).out)["differences"];
+  ASSERT_EQ(differences.size(), 1u);
+  EXPECT_EQ(differences[0]["file"], "D:\\x");
+  EXPECT_EQ(Out({"import", file}), "1 of 678 values changed\n");
+  EXPECT_EQ(Out({"diff", file}), "");
+}
+
+TEST_F(SettingsCommand, ImportIsCheckedWholeAheadOfTheFirstChange) {
+  Out({"set", "ThreadNum", "8"});
+  const std::string good =
+      R"({"group":"QFAppSettings","path":"Software\\Zemlor\\Kestrova\\Kestrova 2024x64","name":"ThreadNum",)"
+      R"("type":"int","value":9})";
+  const auto with = [&](const std::string& from, const std::string& to) {
+    std::string row = good;
+    return row.replace(row.find(from), from.size(), to);
+  };
+  const auto whole = [&](const std::string& rows) { return R"({"tree":"application","values":[)" + rows + "]}"; };
+  const struct {
+    std::string text, reason;
+  } rows[] = {
+      {"{", "byte 2: it is no JSON"},
+      {"[1]", "it is no export of settings: \"tree\" and \"values\" are missing"},
+      {R"({"tree":"document","values":[]})",
+       "it holds document settings, not application ones; see --tree and --document"},
+      {whole(good + ",7"), "value 1 has no \"group\""},
+      {whole(good + ',' + good), "value 1: QFAppSettings ThreadNum stands there too often"},
+      {whole(good + ',' + with("ThreadNum", "ThredMulti")),
+       "value 1: there is no setting QFAppSettings/ThredMulti; the nearest: Application/ThreadMulti"},
+      {whole(with("Kestrova 2024x64", "Else")),
+       "value 0: QFAppSettings ThreadNum lies in Software\\Zemlor\\Kestrova\\Kestrova 2024x64, not "
+       "Software\\Zemlor\\Kestrova\\Else"},
+      {whole(with("\"int\"", "\"double\"")), "value 0: Application/ThreadNum is of the type int"},
+      {whole(with("9", "9.5")), "value 0: Application/ThreadNum takes a whole number of 32 bits"},
+      {whole(with("9", "[9]")), "value 0: Application/ThreadNum takes a whole number of 32 bits"},
+  };
+  for (const auto& row : rows) {
+    const std::string file = folder_.Write("in.json", row.text).string();
+    EXPECT_EQ(Run({"import", file}), Refused(file + ": " + row.reason));
+    EXPECT_EQ(kvtest::Get(HKEY_CURRENT_USER, kVersion, _T("ThreadNum")), (kvtest::Stored{REG_DWORD, kvtest::Raw(8)}));
+  }
+}
+
+TEST_F(SettingsCommand, NamesAreCompleted) {
+  const auto completed = [](std::vector<std::string> words) {
+    words.insert(words.begin(), {"complete-words", "settings"});
+    return RunCommand(words).out;
+  };
+  EXPECT_EQ(completed({"re"}), "reset\n");
+  EXPECT_EQ(completed({"get", "LineW"}), "") << "nothing is written for a completion";
+  Out({"get", "LineWidth"});
+  EXPECT_EQ(completed({"get", "LineW"}), "LineWidth\n");
+  EXPECT_EQ(completed({"set", "--document", "a.kvdoc", "SeqH"}), "SeqHoleFeat\n");
+  EXPECT_EQ(completed({"list", "--tree", "d"}), "document\n");
+}
