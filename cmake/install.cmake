@@ -11,6 +11,9 @@ add_custom_command(OUTPUT ${PROJECT_BINARY_DIR}/completion/kestrova
 add_custom_target(kv_completion ALL DEPENDS ${PROJECT_BINARY_DIR}/completion/kestrova)
 install(FILES ${PROJECT_BINARY_DIR}/completion/kestrova DESTINATION share/bash-completion/completions)
 install(DIRECTORY ${PROJECT_BINARY_DIR}/lib/lang DESTINATION lib)
+install(FILES ${PROJECT_BINARY_DIR}/lib/TechDB/TechDB.kvdb ${PROJECT_SOURCE_DIR}/examples/install/TechDB/database.config
+  DESTINATION lib/TechDB)
+install(FILES ${PROJECT_BINARY_DIR}/etc/kestrova/odbcinst.ini DESTINATION etc/kestrova)
 install(CODE "set(KV_SOURCE \"${PROJECT_SOURCE_DIR}\")" COMPONENT headers)
 install(SCRIPT ${PROJECT_SOURCE_DIR}/cmake/install_headers.cmake COMPONENT headers)
 

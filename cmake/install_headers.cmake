@@ -3,7 +3,7 @@
 set(target $ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/include/kvshare)
 file(GLOB_RECURSE headers RELATIVE ${KV_SOURCE}
   ${KV_SOURCE}/platform/*.h ${KV_SOURCE}/framework/*.h ${KV_SOURCE}/companions/*.h ${KV_SOURCE}/share/*.h)
-list(FILTER headers EXCLUDE REGEX "^platform/(linux|windows)/")
+list(FILTER headers EXCLUDE REGEX "^platform/((linux|windows)/|odbc[.]h)")
 foreach(header ${headers})
   file(READ ${KV_SOURCE}/${header} text)
   string(REGEX REPLACE "#include \"((platform|framework|companions|share)/[^\"]+)\"" "#include <kvshare/\\1>" text "${text}")

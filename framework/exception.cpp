@@ -6,6 +6,7 @@
 
 #include "framework/archive.h"
 #include "framework/file.h"
+#include "framework/message_box.h"
 
 namespace {
 
@@ -79,6 +80,8 @@ std::string FileMessage(int cause, LONG osError, LPCTSTR fileName) {
 }  // namespace
 
 CException::~CException() = default;
+
+void CException::ReportError() const { ShowMessageBox(GetErrorMessage()); }
 
 CArchiveException::CArchiveException(int cause, LPCTSTR fileName)
     : CException(Message(kArchiveTexts, cause, fileName)), m_cause(cause), m_strFileName(fileName) {}

@@ -4,6 +4,9 @@
 // statuses. The others (processes, threads, locales, compound files) have headers of their own.
 #pragma once
 
+#include "companions/database/connection_strings.h"
+#include "companions/database/database.h"
+#include "companions/database/recordset.h"
 #include "companions/geometry/boxes.h"
 #include "companions/geometry/point_list.h"
 #include "companions/geometry/transforms.h"
@@ -14,6 +17,7 @@
 #include "framework/file.h"
 #include "framework/file_find.h"
 #include "framework/list.h"
+#include "framework/message_box.h"
 #include "framework/ob_array.h"
 #include "framework/ob_list.h"
 #include "framework/object.h"

@@ -18,33 +18,6 @@ CString Part(const CString& text, LPCTSTR word, int& position) {
 
 }  // namespace
 
-CString QFTechDBConfigData::SQLiteConnection(const CString& filePath) {
-  CString text;
-  text.Format(_T("Driver={Kestrova SQLite3 ODBC Driver};Database=%s;FKSupport=true;"), filePath);
-  return text;
-}
-
-CString QFTechDBConfigData::AccessConnection(const CString& filePath) {
-  CString text;
-  text.Format(_T("Driver={Microsoft Access Driver (*.mdb, *.accdb)};Dbq=%s;"), filePath);
-  return text;
-}
-
-CString QFTechDBConfigData::ServerConnection(const CString& server, const CString& database) {
-  CString text;
-  text.Format(_T("Driver={SQL Server};SERVER=%s;DATABASE=%s;Trusted_Connection=Yes;Connection Timeout=60;"), server,
-              database);
-  return text;
-}
-
-CString QFTechDBConfigData::ServerConnection(const CString& server, const CString& database, const CString& user,
-                                             const CString& password) {
-  CString text;
-  text.Format(_T("Driver={SQL Server};SERVER=%s;DATABASE=%s;Uid=%s;Pwd=%s;Connection Timeout=60;"), server, database,
-              user, password);
-  return text;
-}
-
 QFTechDBConfigData* QFTechDBConfigData::Clone() const { return new (std::nothrow) QFTechDBConfigData(*this); }
 
 CString QFTechDBConfigData::GetDisplayName() const {

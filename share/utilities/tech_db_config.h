@@ -21,12 +21,6 @@ class KVSHARE_API QFTechDBConfigData {
  public:
   // A SQLite entry with empty texts that is not active.
   QFTechDBConfigData() = default;
-  // The connection string of a file; of a server for the operating system's own user, and for one with a password.
-  static CString SQLiteConnection(const CString& filePath);
-  static CString AccessConnection(const CString& filePath);
-  static CString ServerConnection(const CString& server, const CString& database);
-  static CString ServerConnection(const CString& server, const CString& database, const CString& user,
-                                  const CString& password);
 
   // A new object with the same fields, the caller's. Null if there is no memory.
   QFTechDBConfigData* Clone() const;
@@ -35,6 +29,7 @@ class KVSHARE_API QFTechDBConfigData {
   // One of QFTechDBType.
   int GetDatabaseType() const { return m_nType; }
   void SetDatabaseType(int type) { m_nType = type; }
+  // One of those of companions/database/connection_strings.h.
   const CString& GetConnectionString() const { return m_Connection; }
   void SetConnectionString(const CString& text) { m_Connection = text; }
   // The whole path in the product's form; empty for a server.

@@ -3,6 +3,7 @@
 
 #include <iterator>
 
+#include "companions/database/connection_strings.h"
 #include "companions/xml/xml_document.h"
 #include "platform/files.h"
 
@@ -48,24 +49,24 @@ bool ReadFilePath(KVXMLNode& setting, const CString& folder, QFTechDBConfigData&
 
 bool ReadSQLite(KVXMLNode& setting, const CString& folder, QFTechDBConfigData& entry) {
   if (!ReadFilePath(setting, folder, entry)) return false;
-  entry.SetConnectionString(QFTechDBConfigData::SQLiteConnection(entry.GetFilePath()));
+  entry.SetConnectionString(SQLiteConnection(entry.GetFilePath()));
   entry.SetDescription(ValueOf(setting, _T("description")));
   return true;
 }
 
 bool ReadAccess(KVXMLNode& setting, const CString& folder, QFTechDBConfigData& entry) {
   if (!ReadFilePath(setting, folder, entry)) return false;
-  entry.SetConnectionString(QFTechDBConfigData::AccessConnection(entry.GetFilePath()));
+  entry.SetConnectionString(AccessConnection(entry.GetFilePath()));
   return true;
 }
 
 bool ReadServer(KVXMLNode& setting, const CString&, QFTechDBConfigData& entry) {
   const CString server = ValueOf(setting, _T("serverID"));
   const CString database = ValueOf(setting, _T("databaseName"));
-  entry.SetConnectionString(Same(ValueOf(setting, _T("authenticationMode")), _T("windows"))
-                                ? QFTechDBConfigData::ServerConnection(server, database)
-                                : QFTechDBConfigData::ServerConnection(server, database, ValueOf(setting, _T("userID")),
-                                                                       ValueOf(setting, _T("password"))));
+  entry.SetConnectionString(
+      Same(ValueOf(setting, _T("authenticationMode")), _T("windows"))
+          ? ServerConnection(server, database)
+          : ServerConnection(server, database, ValueOf(setting, _T("userID")), ValueOf(setting, _T("password"))));
   return true;
 }
 
@@ -134,7 +135,7 @@ int ReadTechDBConfig(const CString& folder, const CString& defaultDatabase, QFTe
   if (_waccess(defaultDatabase, 0) != 0) return 0;
   auto entry = std::make_unique<QFTechDBConfigData>();
   entry->SetFilePath(defaultDatabase);
-  entry->SetConnectionString(QFTechDBConfigData::SQLiteConnection(defaultDatabase));
+  entry->SetConnectionString(SQLiteConnection(defaultDatabase));
   entry->SetActiveFlag(1);
   return info.AddTechDBConfigData(entry.release());
 } catch (...) {  // out of memory

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include "companions/database/connection_strings.h"
 #include "platform/paths.h"
 #include "tests/scratch.h"
 
@@ -51,21 +52,21 @@ TEST_F(TechDBConfigFile, ReadsTheThreeKinds) {
   ASSERT_EQ(info_.GetCount(), 3);
   EXPECT_EQ(Entry(0).GetDatabaseType(), QF_TECHDB_SQLITE);
   EXPECT_EQ(Entry(0).GetFilePath(), Folder() + _T("my.kvdb"));
-  EXPECT_EQ(Entry(0).GetConnectionString(), QFTechDBConfigData::SQLiteConnection(Folder() + _T("my.kvdb")));
+  EXPECT_EQ(Entry(0).GetConnectionString(), SQLiteConnection(Folder() + _T("my.kvdb")));
   EXPECT_EQ(Entry(0).GetDescription(), _T("D & \u00FC"));
   EXPECT_EQ(Entry(0).GetActiveFlag(), 1);
   EXPECT_EQ(Entry(1).GetDatabaseType(), QF_TECHDB_ACCESS);
   EXPECT_EQ(Entry(1).GetFilePath(), _T("D:\\x\\my.mdb"));
-  EXPECT_EQ(Entry(1).GetConnectionString(), QFTechDBConfigData::AccessConnection(_T("D:\\x\\my.mdb")));
+  EXPECT_EQ(Entry(1).GetConnectionString(), AccessConnection(_T("D:\\x\\my.mdb")));
   EXPECT_EQ(Entry(1).GetActiveFlag(), 0);
   EXPECT_EQ(Entry(2).GetDatabaseType(), QF_TECHDB_SQLSERVER);
   EXPECT_EQ(Entry(2).GetFilePath(), _T(""));
-  EXPECT_EQ(Entry(2).GetConnectionString(), QFTechDBConfigData::ServerConnection(_T("s"), _T("d"), _T("u"), _T("p;w")));
+  EXPECT_EQ(Entry(2).GetConnectionString(), ServerConnection(_T("s"), _T("d"), _T("u"), _T("p;w")));
   EXPECT_EQ(Bytes(), kThree) << "reading left it alone";
   EXPECT_EQ(Read("<setting databaseType='SQL'><authenticationMode>WINDOWS</authenticationMode><serverID>s</serverID>"
                  "</setting>"),
             1);
-  EXPECT_EQ(Entry(0).GetConnectionString(), QFTechDBConfigData::ServerConnection(_T("s"), _T("")));
+  EXPECT_EQ(Entry(0).GetConnectionString(), ServerConnection(_T("s"), _T("")));
 }
 
 TEST_F(TechDBConfigFile, PassesOverWhatIsNoDatabase) {
@@ -108,7 +109,7 @@ TEST_F(TechDBConfigFile, WithoutItTheDeliveredDatabaseIsTheOne) {
   EXPECT_EQ(Entry(0).GetDatabaseType(), QF_TECHDB_SQLITE);
   EXPECT_EQ(Entry(0).GetActiveFlag(), 1);
   EXPECT_EQ(Entry(0).GetFilePath(), delivered);
-  EXPECT_EQ(Entry(0).GetConnectionString(), QFTechDBConfigData::SQLiteConnection(delivered));
+  EXPECT_EQ(Entry(0).GetConnectionString(), SQLiteConnection(delivered));
   EXPECT_EQ(Write(), 0) << "there is no file to write into";
 }
 

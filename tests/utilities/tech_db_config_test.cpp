@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include "companions/database/connection_strings.h"
+
 namespace {
 
 using Data = QFTechDBConfigData;
@@ -19,21 +21,10 @@ QFTechDBConfigInfo List(std::string_view entries) {
   return info;
 }
 
-TEST(TechDBConfig, ConnectionStringsAreExact) {
-  EXPECT_EQ(ToUtf8(Data::SQLiteConnection(_T("C:\\a b\\%s.kvdb"))),
-            "Driver={Kestrova SQLite3 ODBC Driver};Database=C:\\a b\\%s.kvdb;FKSupport=true;");
-  EXPECT_EQ(ToUtf8(Data::AccessConnection(_T("D:\\t.mdb"))),
-            "Driver={Microsoft Access Driver (*.mdb, *.accdb)};Dbq=D:\\t.mdb;");
-  EXPECT_EQ(ToUtf8(Data::ServerConnection(_T("plant7"), _T("tech"))),
-            "Driver={SQL Server};SERVER=plant7;DATABASE=tech;Trusted_Connection=Yes;Connection Timeout=60;");
-  EXPECT_EQ(ToUtf8(Data::ServerConnection(_T("plant7"), _T("tech"), _T("eve"), _T("s%d"))),
-            "Driver={SQL Server};SERVER=plant7;DATABASE=tech;Uid=eve;Pwd=s%d;Connection Timeout=60;");
-}
-
 TEST(TechDBConfig, DisplayNamesTellNoPassword) {
   Data entry;
   entry.SetFilePath(_T("C:\\t.kvdb"));
-  entry.SetConnectionString(Data::ServerConnection(_T("MYDATABASE"), _T("tech"), _T("u"), _T("secret")));
+  entry.SetConnectionString(ServerConnection(_T("MYDATABASE"), _T("tech"), _T("u"), _T("secret")));
   for (const int type : {QF_TECHDB_SQLITE, QF_TECHDB_ACCESS}) {
     entry.SetDatabaseType(type);
     EXPECT_EQ(entry.GetDisplayName(), _T("C:\\t.kvdb"));

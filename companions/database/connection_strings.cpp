@@ -1,0 +1,109 @@
+// Connection strings, written and read.
+#include "companions/database/connection_strings.h"
+
+namespace {
+
+constexpr LPCTSTR kPasswordKeys[] = {_T("Pwd"), _T("Password")};
+constexpr std::string_view kHidden = "***";
+
+CString Trimmed(CString text) { return text.Trim(); }
+
+// Where the piece that begins at a position ends: at its semicolon, or at the end of the text.
+int PieceEnd(const CString& text, int begin) {
+  const int sign = text.Find(_T('='), begin);
+  const int plain = text.Find(_T(';'), begin);
+  const int end = plain < 0 ? text.GetLength() : plain;
+  if (sign < 0 || sign > end) return end;
+  int at = sign + 1;
+  while (text[at] == _T(' ')) ++at;
+  if (text[at] != _T('{')) return end;
+  for (++at; at < text.GetLength(); ++at) {
+    if (text[at] != _T('}')) continue;
+    if (text[at + 1] != _T('}')) break;
+    ++at;
+  }
+  const int behind = text.Find(_T(';'), at);
+  return behind < 0 ? text.GetLength() : behind;
+}
+
+CString Unbraced(CString value) {
+  const int length = value.GetLength();
+  if (length < 2 || value[0] != _T('{') || value[length - 1] != _T('}')) return value;
+  value = value.Mid(1, length - 2);
+  value.Replace(_T("}}"), _T("}"));
+  return value;
+}
+
+}  // namespace
+
+CString SQLiteConnection(const CString& filePath) {
+  CString text;
+  text.Format(_T("Driver={%s};Database=%s;FKSupport=true;"), kSQLiteDriver, filePath);
+  return text;
+}
+
+CString AccessConnection(const CString& filePath) {
+  CString text;
+  text.Format(_T("Driver={%s};Dbq=%s;"), kAccessDriver, filePath);
+  return text;
+}
+
+CString ServerConnection(const CString& server, const CString& database) {
+  CString text;
+  text.Format(_T("Driver={%s};SERVER=%s;DATABASE=%s;Trusted_Connection=Yes;Connection Timeout=60;"), kServerDriver,
+              server, database);
+  return text;
+}
+
+CString ServerConnection(const CString& server, const CString& database, const CString& user, const CString& password) {
+  CString text;
+  text.Format(_T("Driver={%s};SERVER=%s;DATABASE=%s;Uid=%s;Pwd=%s;Connection Timeout=60;"), kServerDriver, server,
+              database, user, password);
+  return text;
+}
+
+ConnectionPieces::ConnectionPieces(const CString& text) {
+  for (int begin = 0; begin < text.GetLength();) {
+    const int end = PieceEnd(text, begin);
+    Piece piece;
+    piece.raw = text.Mid(begin, end - begin);
+    const int sign = piece.raw.Find(_T('='));
+    piece.key = Trimmed(piece.raw.Left(sign));
+    piece.value = Unbraced(Trimmed(piece.raw.Mid(sign + 1)));
+    if (sign >= 0) pieces_.push_back(std::move(piece));
+    begin = end + 1;
+  }
+}
+
+std::optional<CString> ConnectionPieces::Value(LPCTSTR key) const {
+  for (const Piece& piece : pieces_) {
+    if (piece.key.CompareNoCase(key) == 0) return piece.value;
+  }
+  return std::nullopt;
+}
+
+void ConnectionPieces::Set(LPCTSTR key, const CString& value) {
+  const Piece set{key + (_T("=") + value), key, value};
+  for (Piece& piece : pieces_) {
+    if (piece.key.CompareNoCase(key) != 0) continue;
+    piece = set;
+    return;
+  }
+  pieces_.push_back(set);
+}
+
+CString ConnectionPieces::Text() const {
+  CString text;
+  for (const Piece& piece : pieces_) text += piece.raw + _T(";");
+  return text;
+}
+
+std::string WithoutPassword(std::string text, const ConnectionPieces& pieces) {
+  for (LPCTSTR key : kPasswordKeys) {
+    const std::string password = ToUtf8(pieces.Value(key).value_or(CString()));
+    if (password.empty()) continue;
+    for (std::size_t at = 0; (at = text.find(password, at)) != std::string::npos; at += kHidden.size())
+      text.replace(at, password.size(), kHidden);
+  }
+  return text;
+}

@@ -1,0 +1,176 @@
+// Connections: opened, asked about themselves and their tables, closed.
+#include "companions/database/database.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <tuple>
+
+#include "companions/database/connection_strings.h"
+#include "companions/database/drivers.h"
+#include "companions/database/odbc_calls.h"
+#include "companions/database/recordset.h"
+#include "platform/odbc.h"
+
+using kvdatabase::Handle;
+using kvdatabase::Parameter;
+using kvdatabase::Succeeded;
+using kvdatabase::Throw;
+
+namespace {
+
+constexpr LPCTSTR kTimeout = _T("Connection Timeout");
+constexpr std::size_t kMostTables = 100'000;
+constexpr int kNameBytes = 1024;
+// Longer texts are bound as such.
+constexpr std::size_t kShortBytes = 4000;
+
+SQLCHAR* Narrow(const std::string& text) { return reinterpret_cast<SQLCHAR*>(const_cast<char*>(text.c_str())); }
+
+bool StartsWith(const CString& text, LPCTSTR start) {
+  return text.Left(CString(start).GetLength()).CompareNoCase(start) == 0;
+}
+
+// What is to be opened, for a message: file or server and database.
+std::string Target(const ConnectionPieces& pieces) {
+  for (LPCTSTR file : {_T("DBQ"), _T("DSN")}) {
+    if (const auto value = pieces.Value(file)) return ToUtf8(*value);
+  }
+  const std::string database = ToUtf8(pieces.Value(_T("DATABASE")).value_or(CString()));
+  const auto server = pieces.Value(_T("SERVER"));
+  return server ? "database " + database + " on server " + ToUtf8(*server) : database;
+}
+
+CString Information(const Handle& link, SQLUSMALLINT kind) {
+  char text[kNameBytes] = {};
+  SQLSMALLINT bytes = 0;
+  if (!Succeeded(SQLGetInfo(link.Get(), kind, text, kNameBytes - 1, &bytes))) return CString();
+  return FromUtf8(text);
+}
+
+// A column of the current row; empty for NULL. What is longer than a name can be is cut.
+CString NameColumn(const Handle& statement, SQLUSMALLINT column) {
+  char text[kNameBytes] = {};
+  SQLLEN bytes = 0;
+  if (!Succeeded(SQLGetData(statement.Get(), column, SQL_C_CHAR, text, sizeof text, &bytes)) || bytes == SQL_NULL_DATA)
+    return CString();
+  return FromUtf8(text);
+}
+
+}  // namespace
+
+CDaoException::CDaoException(std::string message, CString state, LONG native)
+    : CException(std::move(message)), m_strState(std::move(state)), m_lNative(native) {}
+
+CDaoDatabase::Connection::~Connection() {
+  if (connected) SQLDisconnect(link.Get());
+}
+
+Handle CDaoDatabase::Connection::Run(const CString& sql, std::vector<Parameter>& parameters) const {
+  Handle statement(SQL_HANDLE_STMT, link.Get());
+  SQLUSMALLINT number = 0;
+  for (Parameter& parameter : parameters) {
+    const std::size_t bytes = std::max(std::size_t{1}, parameter.value.size());
+    parameter.length = parameter.null ? SQL_NULL_DATA : SQLLEN(parameter.value.size());
+    const SQLSMALLINT type = bytes > kShortBytes ? SQL_WLONGVARCHAR : SQL_WVARCHAR;
+    if (!Succeeded(SQLBindParameter(statement.Get(), ++number, SQL_PARAM_INPUT, SQL_C_CHAR, type, SQLULEN(bytes), 0,
+                                    Narrow(parameter.value), SQLLEN(bytes), &parameter.length)))
+      Throw(statement, "cannot bind a value", pieces);
+  }
+  const short result = SQLExecDirect(statement.Get(), Narrow(ToUtf8(sql)), SQL_NTS);
+  if (!Succeeded(result) && result != SQL_NO_DATA) Throw(statement, "cannot run the statement", pieces);
+  return statement;
+}
+
+CDaoDatabase::CDaoDatabase(int, int isSQLite) : isSQLite_(isSQLite) {}
+CDaoDatabase::~CDaoDatabase() = default;
+
+void CDaoDatabase::Open(const CString& pathOrConnection) {
+  Close();
+  const bool whole = StartsWith(pathOrConnection, _T("Driver=")) || StartsWith(pathOrConnection, _T("DSN="));
+  const CString text = whole       ? pathOrConnection
+                       : isSQLite_ ? SQLiteConnection(pathOrConnection)
+                                   : AccessConnection(pathOrConnection);
+  auto connection = std::make_unique<Connection>(text);
+  const std::string forManager = ToUtf8(kvdatabase::ForDriverManager(connection->pieces));
+  const Utf8Connections utf8;
+  connection->environment = Handle(SQL_HANDLE_ENV, nullptr);
+  SQLSetEnvAttr(connection->environment.Get(), SQL_ATTR_ODBC_VERSION, reinterpret_cast<void*>(SQL_OV_ODBC3), 0);
+  connection->link = Handle(SQL_HANDLE_DBC, connection->environment.Get());
+  const long seconds = std::atol(ToUtf8(connection->pieces.Value(kTimeout).value_or(CString())).c_str());
+  if (seconds > 0)  // a driver that knows no such thing has nobody to wait for
+    SQLSetConnectAttr(connection->link.Get(), SQL_ATTR_LOGIN_TIMEOUT, reinterpret_cast<void*>(seconds),
+                      SQL_IS_UINTEGER);
+  if (!Succeeded(SQLDriverConnect(connection->link.Get(), nullptr, Narrow(forManager), SQL_NTS, nullptr, 0, nullptr,
+                                  SQL_DRIVER_NOPROMPT)))
+    Throw(connection->link, "cannot open " + Target(connection->pieces), connection->pieces);
+  connection->connected = true;
+  std::vector<Parameter> none;
+  if (Information(connection->link, SQL_DBMS_NAME) == _T("SQLite"))  // whose driver opens any file and reads it later
+    connection->Run(_T("SELECT COUNT(*) FROM sqlite_master"), none);
+  connection_ = std::move(connection);
+}
+
+bool CDaoDatabase::IsOpen() const { return connection_ != nullptr; }
+
+void CDaoDatabase::Close() { connection_.reset(); }
+
+CDaoDatabase::Connection& CDaoDatabase::Opened() const {
+  if (!connection_) Throw("the database is not open");
+  return *connection_;
+}
+
+CString CDaoDatabase::GetDriverName() const { return Opened().pieces.Value(_T("Driver")).value_or(CString()); }
+
+CString CDaoDatabase::GetDriverFile() const {
+  const Handle& link = Opened().link;
+  return Information(link, SQL_DRIVER_NAME) + _T(" ") + Information(link, SQL_DRIVER_VER);
+}
+
+CString CDaoDatabase::GetVersion() const {
+  const Handle& link = Opened().link;
+  return Information(link, SQL_DBMS_NAME) + _T(" ") + Information(link, SQL_DBMS_VER);
+}
+
+int CDaoDatabase::GetTableDefCount() {
+  Connection& connection = Opened();
+  if (connection.tables_read) return int(connection.tables.size());
+  const Handle statement(SQL_HANDLE_STMT, connection.link.Get());
+  const std::string kinds = "TABLE,VIEW";
+  if (!Succeeded(SQLTables(statement.Get(), nullptr, 0, nullptr, 0, nullptr, 0, Narrow(kinds), SQL_NTS)))
+    Throw(statement, "cannot list the tables", connection.pieces);
+  while (Succeeded(SQLFetch(statement.Get())) && connection.tables.size() < kMostTables) {
+    CDaoTableDefInfo info;
+    info.m_strSchema = NameColumn(statement, 2);
+    info.m_strName = NameColumn(statement, 3);
+    info.m_bUpdatable = NameColumn(statement, 4) == _T("TABLE");
+    connection.tables.push_back(std::move(info));
+  }
+  std::sort(connection.tables.begin(), connection.tables.end(), [](const auto& a, const auto& b) {
+    return std::tie(a.m_strSchema, a.m_strName) < std::tie(b.m_strSchema, b.m_strName);
+  });
+  connection.tables_read = true;
+  return int(connection.tables.size());
+}
+
+void CDaoDatabase::GetTableDefInfo(int index, CDaoTableDefInfo& info, bool countRecords) {
+  if (index < 0 || index >= GetTableDefCount()) Throw("there is no table of that number");
+  CDaoTableDefInfo& table = connection_->tables[std::size_t(index)];
+  if (countRecords && table.m_lRecordCount < 0) {
+    const CString name =
+        table.m_strSchema.IsEmpty() ? table.m_strName : table.m_strSchema + _T("].[") + table.m_strName;
+    CDaoRecordset count(this);
+    count.Open(_T("SELECT COUNT(*) FROM [") + name + _T("]"));
+    if (!count.IsEOF())
+      table.m_lRecordCount = LONG(std::atol(ToUtf8(count.GetFieldValue(0).value_or(CString())).c_str()));
+  }
+  info = table;
+}
+
+LONG CDaoDatabase::Execute(const CString& sql) {
+  std::vector<Parameter> none;
+  const Handle statement = Opened().Run(sql, none);
+  SQLLEN records = -1;
+  SQLRowCount(statement.Get(), &records);
+  return LONG(records);
+}

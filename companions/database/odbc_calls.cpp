@@ -1,0 +1,64 @@
+// Handles of ODBC, and what went wrong in words.
+#include "companions/database/odbc_calls.h"
+#include "platform/odbc.h"
+
+#include <utility>
+
+namespace kvdatabase {
+namespace {
+
+constexpr int kMostReasons = 3;
+constexpr SQLSMALLINT kMessageBytes = 2048;
+
+// Without the names of the layers in brackets that stand ahead, and on one line.
+std::string Plain(CString text) {
+  while (text[0] == _T('[') && text.Find(_T(']')) > 0) text = text.Mid(text.Find(_T(']')) + 1);
+  for (int i = 0; i < text.GetLength(); ++i) {
+    if (text[i] < _T(' ')) text.SetAt(i, _T(' '));
+  }
+  return ToUtf8(text.Trim());
+}
+
+}  // namespace
+
+bool Succeeded(short result) { return SQL_SUCCEEDED(result); }
+
+Handle::Handle(short kind, void* parent) : kind_(kind) {
+  if (!Succeeded(SQLAllocHandle(kind, parent, &handle_))) Throw("the ODBC driver manager gives no handle");
+}
+Handle::~Handle() {
+  if (handle_) SQLFreeHandle(kind_, handle_);
+}
+Handle::Handle(Handle&& other) noexcept : kind_(other.kind_), handle_(std::exchange(other.handle_, nullptr)) {}
+Handle& Handle::operator=(Handle&& other) noexcept {
+  std::swap(kind_, other.kind_);
+  std::swap(handle_, other.handle_);
+  return *this;
+}
+
+void Throw(const Handle& handle, const std::string& tried, const ConnectionPieces& pieces) {
+  std::string reasons;
+  CString first;
+  SQLINTEGER native = 0;
+  for (SQLSMALLINT i = 1; i <= kMostReasons; ++i) {
+    SQLCHAR state[6] = {}, text[kMessageBytes] = {};
+    SQLINTEGER number = 0;
+    SQLSMALLINT bytes = 0;
+    if (!Succeeded(SQLGetDiagRec(handle.Kind(), handle.Get(), i, state, &number, text, kMessageBytes, &bytes))) break;
+    if (i == 1) {
+      first = reinterpret_cast<const char*>(state);
+      native = number;
+    }
+    const std::string reason = Plain(reinterpret_cast<const char*>(text));
+    if (reasons.find(reason) != std::string::npos) continue;
+    if (!reasons.empty()) reasons += "; ";
+    reasons += reason;
+  }
+  if (reasons.empty()) reasons = "the driver gives no reason";
+  if (!first.IsEmpty()) reasons += " (" + ToUtf8(first) + ")";
+  throw CDaoException(WithoutPassword(tried + ": " + reasons, pieces), first, native);
+}
+
+void Throw(const std::string& message) { throw CDaoException(message, CString(), 0); }
+
+}  // namespace kvdatabase

@@ -1,0 +1,184 @@
+// Records read, and one of them written back.
+#include "companions/database/recordset.h"
+
+#include <algorithm>
+#include <array>
+
+#include "companions/database/odbc_calls.h"
+#include "platform/odbc.h"
+
+using kvdatabase::Handle;
+using kvdatabase::Parameter;
+using kvdatabase::Succeeded;
+using kvdatabase::Throw;
+
+namespace {
+
+constexpr int kNameBytes = 1024;
+constexpr std::size_t kChunkBytes = 8192;
+
+bool IsNumeric(SQLSMALLINT type) {
+  constexpr SQLSMALLINT kTypes[] = {SQL_NUMERIC, SQL_DECIMAL, SQL_INTEGER, SQL_SMALLINT, SQL_FLOAT,
+                                    SQL_REAL,    SQL_DOUBLE,  SQL_BIGINT,  SQL_TINYINT};
+  return std::find(std::begin(kTypes), std::end(kTypes), type) != std::end(kTypes);
+}
+
+CString WithoutBrackets(CString name) {
+  if (name[0] == _T('[') && name.Right(1) == _T("]")) name = name.Mid(1, name.GetLength() - 2);
+  return name;
+}
+
+// A name as a statement has it; one with a bracket can't be told there.
+CString Bracketed(const CString& name) {
+  if (name.IsEmpty() || name.FindOneOf(_T("[]")) >= 0)
+    Throw("the record can't be updated: its table or field has no name");
+  return _T("[") + name + _T("]");
+}
+
+// The words of a statement, names in brackets or quotes being one, a semicolon and a comma words of their own.
+std::vector<CString> Words(const CString& sql) {
+  constexpr LPCTSTR kBlanks = _T(" \t\r\n");
+  std::vector<CString> words;
+  for (int at = 0; at < sql.GetLength();) {
+    const TCHAR c = sql[at];
+    if (CString(kBlanks).Find(c) >= 0) {
+      ++at;
+      continue;
+    }
+    const TCHAR close = c == _T('[') ? _T(']') : c == _T('"') || c == _T('\'') ? c : TCHAR(0);
+    const int found = close ? sql.Find(close, at + 1) : -1;
+    int end = at + 1;
+    if (found > 0) {
+      end = found + 1;
+    } else if (c != _T(';') && c != _T(',')) {
+      while (end < sql.GetLength() && CString(_T(" \t\r\n;,")).Find(sql[end]) < 0) ++end;
+    }
+    words.push_back(sql.Mid(at, end - at));
+    at = end;
+  }
+  return words;
+}
+
+// The one table that a query reads; empty if it is none, more, or the like.
+CString TableOf(const CString& sql) {
+  const std::vector<CString> words = Words(sql);
+  const auto is = [](LPCTSTR word) { return [word](const CString& other) { return other.CompareNoCase(word) == 0; }; };
+  if (words.empty() || !is(_T("SELECT"))(words[0])) return CString();
+  const auto from = std::find_if(words.begin(), words.end(), is(_T("FROM")));
+  if (words.end() - from < 2) return CString();
+  const auto behind = from + 2;
+  const bool alone =
+      behind == words.end() || *behind == _T(";") || is(_T("WHERE"))(*behind) || is(_T("ORDER"))(*behind);
+  CString name = WithoutBrackets(from[1]);
+  return alone ? name.Trim(_T('"')) : CString();
+}
+
+// A column of the current row.
+std::optional<CString> Value(const Handle& statement, SQLUSMALLINT column, const ConnectionPieces& pieces) {
+  std::string text;
+  std::array<char, kChunkBytes> chunk;
+  for (;;) {
+    SQLLEN bytes = 0;
+    const short result = SQLGetData(statement.Get(), column, SQL_C_CHAR, chunk.data(), SQLLEN(chunk.size()), &bytes);
+    if (result == SQL_NO_DATA) return FromUtf8(text);  // the last piece was the last
+    if (!Succeeded(result)) Throw(statement, "cannot read a value", pieces);
+    if (bytes == SQL_NULL_DATA) return std::nullopt;
+    const bool whole = bytes >= 0 && std::size_t(bytes) < chunk.size();
+    text.append(chunk.data(), whole ? std::size_t(bytes) : chunk.size() - 1);  // a piece has a terminator
+    if (whole) return FromUtf8(text);
+    if (text.size() > CDaoRecordset::kMostFieldBytes) Throw("a value is too long to be read");
+  }
+}
+
+}  // namespace
+
+CDaoRecordset::CDaoRecordset(CDaoDatabase* database) : m_pDatabase(database) {}
+CDaoRecordset::~CDaoRecordset() = default;
+
+void CDaoRecordset::Open(const CString& sql) {
+  Close();
+  CDaoDatabase::Connection& connection = m_pDatabase->Opened();
+  std::vector<Parameter> none;
+  const Handle statement = connection.Run(sql, none);
+  SQLSMALLINT columns = 0;
+  SQLNumResultCols(statement.Get(), &columns);
+  SQLLEN affected = -1;
+  if (columns == 0) SQLRowCount(statement.Get(), &affected);
+  m_nAffected = LONG(affected);
+  for (SQLSMALLINT i = 1; i <= columns; ++i) {
+    SQLCHAR name[kNameBytes] = {};
+    SQLSMALLINT bytes = 0, type = 0, digits = 0, nullable = 0;
+    SQLULEN size = 0;
+    SQLDescribeCol(statement.Get(), SQLUSMALLINT(i), name, kNameBytes, &bytes, &type, &size, &digits, &nullable);
+    m_Fields.push_back({FromUtf8(reinterpret_cast<const char*>(name)), IsNumeric(type)});
+  }
+  while (columns > 0) {
+    const short result = SQLFetch(statement.Get());
+    if (result == SQL_NO_DATA) break;
+    if (!Succeeded(result)) Throw(statement, "cannot read the records", connection.pieces);
+    m_bMore = GetRecordCount() >= m_nMostRecords;
+    if (m_bMore) break;
+    Record record;
+    for (SQLSMALLINT i = 1; i <= columns; ++i) record.push_back(Value(statement, SQLUSMALLINT(i), connection.pieces));
+    m_Records.push_back(std::move(record));
+  }
+  m_Table = TableOf(sql);
+  m_bOpen = true;
+}
+
+void CDaoRecordset::Close() {
+  m_bOpen = m_bMore = false;
+  m_nAffected = -1;
+  m_Table.Empty();
+  m_Fields.clear();
+  m_Records.clear();
+  m_nCurrent = 0;
+  m_Noted.clear();
+}
+
+const std::optional<CString>& CDaoRecordset::GetFieldValue(int field) const {
+  if (IsEOF() || field < 0 || field >= GetFieldCount()) Throw("there is no such record or field");
+  return m_Records[m_nCurrent][std::size_t(field)];
+}
+
+std::size_t CDaoRecordset::FieldOf(const CString& column) const {
+  const CString name = WithoutBrackets(column);
+  for (std::size_t i = 0; i < m_Fields.size(); ++i) {
+    if (m_Fields[i].name.CompareNoCase(name) == 0) return i;
+  }
+  Throw("the records have no field \"" + ToUtf8(name) + "\"");
+}
+
+void CDaoRecordset::DFX_Text(const CDaoFieldExchange* exchange, const CString& column, CString& value) {
+  const std::size_t field = FieldOf(column);
+  if (exchange->m_nOperation == CDaoFieldExchange::StoreField) {
+    m_Noted.emplace_back(field, value);
+  } else {
+    value = GetFieldValue(int(field)).value_or(CString());
+  }
+}
+
+void CDaoRecordset::Update() {
+  if (IsEOF()) Throw("there is no record to update");
+  if (m_Noted.empty()) return;
+  CDaoDatabase::Connection& connection = m_pDatabase->Opened();
+  Record& record = m_Records[m_nCurrent];
+  std::vector<Parameter> parameters;
+  CString sql = _T("UPDATE ") + Bracketed(m_Table) + _T(" SET ");
+  for (const auto& [field, value] : m_Noted) {
+    if (!parameters.empty()) sql += _T(", ");
+    sql += Bracketed(m_Fields[field].name) + _T(" = ?");
+    parameters.emplace_back(value);
+  }
+  LPCTSTR ahead = _T(" WHERE ");
+  for (std::size_t i = 0; i < record.size(); ++i, ahead = _T(" AND ")) {
+    sql += ahead + Bracketed(m_Fields[i].name) + (record[i] ? _T(" = ?") : _T(" IS NULL"));
+    if (record[i]) parameters.emplace_back(record[i]);
+  }
+  const Handle statement = connection.Run(sql, parameters);
+  SQLLEN changed = 0;
+  SQLRowCount(statement.Get(), &changed);
+  if (changed == 0) Throw("the record has changed or gone since it was read");
+  for (auto& [field, value] : m_Noted) record[field] = std::move(value);
+  m_Noted.clear();
+}

@@ -1,0 +1,13 @@
+// The driver manager takes the encoding of narrow texts from the locale of the thread that connects.
+#include "platform/odbc.h"
+
+#include <locale.h>
+
+Utf8Connections::Utf8Connections()
+    : locale_(newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr)),
+      before_(locale_ ? uselocale(static_cast<locale_t>(locale_)) : nullptr) {}
+
+Utf8Connections::~Utf8Connections() {
+  if (before_) uselocale(static_cast<locale_t>(before_));
+  if (locale_) freelocale(static_cast<locale_t>(locale_));
+}
