@@ -11,6 +11,7 @@
 #pragma once
 
 #include "framework/text.h"
+#include "share/utilities/tech_db_config.h"
 
 enum EnvAPP_Init_Result_e {
   ENVAPP_INIT_OK = 0,
@@ -165,15 +166,54 @@ class KVSHARE_API CKVEnvApp {
   void SetKVTechDBPath(const CString& path) { m_TechDBPath = path; }
   // Sets it to the database's name in the language's folder below the folder of data, and gives it.
   CString SetKVDefaultTechDBPath();
+  // From the active entry in configuration mode. In forms mode from the forms file, which is opened for it; with write
+  // 1 the other way, into the forms file. Waits, by message boxes, until a missing forms file is there; if the user
+  // gives up, the init result is ENVAPP_INIT_TECHDB_FAILED. What the forms file can't do is reported in a box.
+  void SetKVTechDBPath(int write);
   const CString& GetKVTechDBFormsName() const { return m_TechDBFormsName; }
-  // 1 if the stand-alone application serves it: the registry value "TechDBForms" reads "TechDB App".
+  // Of the program or forms file that serves the database the whole path, the name up to its point, and the extension.
+  CString GetKVTechDBFormsPath() const;
+  CString GetKVNameOnlyOfTechDBForms() const;
+  CString GetKVDataFileExtOfTechDBForms() const;
+  void SetKVTechDBFormsName();
+  CString GetKVNameOnlyOfTechDB() const;  // "TechDB"
+  CString GetKVExtOfTechDB() const;       // empty for a server
+  void SetKVTechDBName();
+  // 1 if the stand-alone application serves it: the registry value "TechDBForms" reads "TechDB App". This is
+  // configuration mode; else it is forms mode, with everything in a forms database.
   int GetConfigDataUseStatus() const { return m_bConfigData; }
   int Is64BitDatabaseInUse() const { return m_b64BitDatabase; }
   int IsSQLiteDatabaseInUse() const { return m_bSQLiteDatabase; }
   int Is64BitAccessInstalled() const { return m_b64BitAccess; }
+  // Set these three anew, after a change of the active entry.
+  void Set64BitDatabaseInUseStatus();
+  void SetSQLiteDatabaseInUseStatus();
+  void Set64BitAccessDatabaseInstallStatus();
+  // Detects the installed Access editions anew and keeps them in the registry, if the active entry is of Access.
+  void SetDatabaseInstallationData();
+  // 1 if a server holds the database; the second is always 0 in forms mode.
+  int IsConnectedToTechDBSQL() const;
+  int IsConnectedToTechDBSQLServerDirectly() const;
+  // The server and database as SERVER=x;DATABASE=y, without user and password; empty unless a server holds it.
+  CString GetTechDBSQLInfo() const;
+  // The same, or the active entry's file path; empty without an active entry, so always in forms mode.
+  CString GetActiveDBname() const;
+  // The list of "database.config" (share/utilities/tech_db_config_file.h), the environment's own. Read appends to it,
+  // Update clears it first; both give the reader's result. UpdateDBConfigData is the list's CopyFrom, WriteDBConfigData
+  // writes the active flags into the file: 1 if it was saved.
+  QFTechDBConfigInfo* GetTechDBConfigInfo() { return &m_TechDBConfig; }
+  const QFTechDBConfigInfo* GetTechDBConfigInfo() const { return &m_TechDBConfig; }
+  QFTechDBConfigData* GetActiveTechDBConfigData() const { return m_TechDBConfig.GetActiveConfigData(); }
+  int ReadDBConfigData();
+  void ClearDBConfigData() { m_TechDBConfig.ClearTechDBInfo(); }
+  int UpdateTechDBConfigInfo();
+  int UpdateDBConfigData(const QFTechDBConfigInfo* info) { return m_TechDBConfig.CopyFrom(info); }
+  int WriteDBConfigData() const;
   // The running database application's process, kept for other modules; 0xFFFFFFFF for none.
   DWORD GetTechDBProcessID() const { return m_TechDBProcessID; }
   void SetTechDBProcessID(DWORD id) { m_TechDBProcessID = id; }
+  // Ends that process with exit code 999: nonzero if it was ended, and also if there is none.
+  int KillTechDBProcess() const;
 
   // ---- user, time, switches
 
@@ -220,12 +260,6 @@ class KVSHARE_API CKVEnvApp {
   void SetKVResourceDllName();
   void SetKVDebugResourceDllName();
   void SetKVDefLangAndDataRelPath();
-  void ReadDBConfigData();
-  void SetKVTechDBFormsName();
-  void SetKVTechDBName();
-  void Set64BitDatabaseInUseStatus();
-  void SetSQLiteDatabaseInUseStatus();
-  void Set64BitAccessDatabaseInstallStatus();
   void SetErrorIfTechDBFileNotFound();
   int SetDefaultKVDataPath();
   int SetDefaultSetupSheetImagePath();
@@ -251,7 +285,6 @@ class KVSHARE_API CKVEnvApp {
   void SetCRF1478TurnSupportKeyValue();
   void SetCRF1478For2axSupportKeyValue();
   void SetWIPArcRegistrySupportKeyValue();
-  void SetKVTechDBPath(int write);
   void SetUserName();
   void SetVisiDllName();
   void SetEDConnectorDllName();
@@ -261,6 +294,9 @@ class KVSHARE_API CKVEnvApp {
  private:
   void StoreLocation();
   void SetTechDBNamesAndFlags();
+  void ExchangeTechDBPathWithForms(int write);
+  int FormsFileNamesWideEdition() const;
+  bool HasActiveTechDB(int type) const;
   void SetDefaultFolders();
   void SetFirstSwitches();
   void SetSecondSwitches();
@@ -319,7 +355,7 @@ class KVSHARE_API CKVEnvApp {
   QFDatabaseLang_e m_TechDBLang = QF_DBLANG_ENGLISH;
   CString m_NCEditorPath;
   CString m_NCEditorArguments;
-  // The technology database's configuration stands here once its file is read.
+  QFTechDBConfigInfo m_TechDBConfig;
   int m_nMultiSurfaceByID = 0;
 };
 

@@ -163,7 +163,7 @@ TEST_F(Environment, FlagsOfTheProcessEnvironment) {
 
 TEST_F(Environment, ReadsItsRegistryValues) {
   EXPECT_EQ(AppEnv()->GetMultiSurfaceByID(), 0);
-  EXPECT_EQ(AppEnv()->GetConfigDataUseStatus(), 0);
+  EXPECT_EQ(AppEnv()->GetConfigDataUseStatus(), 1) << "a fresh user has the stand-alone application";
   CloseAppEnv();
   SetRegSettingDwordValue(HKEY_CURRENT_USER, kVersionKey, _T("MultiSurfaceByID"), 3);
   SetRegistryValueForString(HKEY_CURRENT_USER, kVersionKey, _T("TechDBForms"), _T("TechDB App"));
@@ -176,7 +176,7 @@ TEST_F(Environment, ReadsItsRegistryValues) {
 TEST_F(Environment, StartsOnARegistryThatCantBeUsed) {
   const kvtest::ScratchFolder folder;
   const kvtest::RegistryIn unusable(folder.Write("a file", "") / "below");
-  EXPECT_EQ(AppEnv()->GetEnvAPPInitResult(), ENVAPP_INIT_OK);
+  EXPECT_EQ(AppEnv()->GetEnvAPPInitResult(), ENVAPP_INIT_TECHDB_FAILED) << "no forms file, and nobody to ask";
   EXPECT_EQ(AppEnv()->GetMultiSurfaceByID(), 0);
   EXPECT_FALSE(AppEnv()->GetKVPath().IsEmpty());
 }

@@ -117,9 +117,10 @@ TEST_F(Folders, MissingDefaultsAreRepairedAtStart) {
   kvtest::Key key;
   ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, kVersionKey, 0, KEY_READ, &key), ERROR_SUCCESS);
   std::vector<kvtest::Text> written = kvtest::ValueNames(key);
-  written.resize(8);
-  EXPECT_EQ(written, (std::vector<kvtest::Text>{rows[0].first, rows[1].first, rows[2].first, rows[3].first,
-                                                rows[4].first, rows[5].first, rows[6].first, rows[7].first}));
+  written.resize(9);
+  EXPECT_EQ(written,
+            (std::vector<kvtest::Text>{_T("TechDBForms"), rows[0].first, rows[1].first, rows[2].first, rows[3].first,
+                                       rows[4].first, rows[5].first, rows[6].first, rows[7].first}));
 }
 
 TEST_F(Folders, WhatIsKeptStaysAndFillsSettingsThatLackIt) {

@@ -1,0 +1,198 @@
+// The technology database: which one is in force, what serves it, and how it is reached. The exchange with a forms
+// file stands in share/env/app_env_forms.cpp.
+#include "platform/files.h"
+#include "platform/process.h"
+#include "share/env/app_env.h"
+#include "share/env/registry_access.h"
+#include "share/env/registry_keys.h"
+#include "share/settings/settings_key.h"
+#include "share/utilities/tech_db_config_file.h"
+
+namespace {
+
+constexpr LPCTSTR kForms = _T("TechDBForms");
+constexpr LPCTSTR kAccess32 = _T("Access32bit");
+constexpr LPCTSTR kAccess64 = _T("Access64bit");
+
+constexpr LPCTSTR kApplication = _T("TechDB App");
+constexpr LPCTSTR kForms32 = _T("TechDBForms.mde (32bit)");
+constexpr LPCTSTR kBasicForms32 = _T("TechDBForms_basic.mde (32bit)");
+constexpr LPCTSTR kForms64 = _T("TechDBFormsx64.mde (64bit)");
+
+constexpr int kOfficeVersions[] = {16, 15, 14, 12, 11};
+constexpr UINT kKilled = 999;
+
+int IsAccessFound(int is32Bit) {
+  for (const int version : kOfficeVersions) {
+    if (CheckAccessVersionInstalled(version, is32Bit) == 1) return 1;
+  }
+  return 0;
+}
+
+// What serves the database, and the Access editions found, in the registry. What is missing there is empty and 0.
+struct Installed {
+  CString forms;
+  int access32 = 0;
+  int access64 = 0;
+  bool operator==(const Installed&) const = default;
+};
+
+Installed Stored() {
+  QFSettingsKey key(CString(), kVersionKey);
+  key.AddValue(kForms, CString());
+  key.AddValue(kAccess32, 0);
+  key.AddValue(kAccess64, 0);
+  key.RestoreValuesFromRegistry();
+  Installed stored;
+  key.GetValue(kForms, stored.forms);
+  key.GetValue(kAccess32, stored.access32);
+  key.GetValue(kAccess64, stored.access64);
+  return stored;
+}
+
+// Saves what differs, in one write.
+void Save(const Installed& stored, const Installed& found) {
+  QFSettingsKey key(CString(), kVersionKey);
+  if (found.forms != stored.forms) key.AddValue(kForms, found.forms);
+  if (found.access32 != stored.access32) key.AddValue(kAccess32, found.access32);
+  if (found.access64 != stored.access64) key.AddValue(kAccess64, found.access64);
+  if (found != stored) key.SaveValuesToRegistry();
+}
+
+// A forms file of the edition that is not there gives way to that of the one that is.
+CString FormsFor(const Installed& found) {
+  const CString& forms = found.forms;
+  if (found.access64 && !found.access32 && (forms == kForms32 || forms == kBasicForms32)) return kForms64;
+  if (found.access32 && !found.access64 && forms == kForms64) return kForms32;
+  return forms;
+}
+
+// 0 if the flag of the 32-bit edition is set at present. The other's flag says nothing then, and without both the
+// answer is 1 all the same: that is required.
+int IsWideEditionInUse() { return Stored().access32 != 1; }
+
+}  // namespace
+
+// ---- what is installed
+
+void CKVEnvApp::SetDefaultTechDBForms() {
+  const Installed stored = Stored();
+  Installed found{stored.forms, IsAccessFound(/*is32Bit=*/1), IsAccessFound(/*is32Bit=*/0)};
+  if (found.forms.IsEmpty()) {
+    found.forms = kApplication;
+    SetRegSettingDwordValue(HKEY_CURRENT_USER, kEdmDebugKey, _T("UseConfigData"), 1);
+  }
+  found.forms = FormsFor(found);
+  Save(stored, found);
+}
+
+void CKVEnvApp::SetDatabaseInstallationData() {
+  if (!HasActiveTechDB(QF_TECHDB_ACCESS)) return;
+  const Installed stored = Stored();
+  Save(stored, {stored.forms, IsAccessFound(/*is32Bit=*/1), IsAccessFound(/*is32Bit=*/0)});
+}
+
+void CKVEnvApp::SetConfigDataUseStatus() {
+  m_bConfigData = GetRegSettingStringValue(HKEY_CURRENT_USER, kVersionKey, kForms) == kApplication;
+}
+
+// ---- the list of databases
+
+int CKVEnvApp::ReadDBConfigData() {
+  return ReadTechDBConfig(GetTechDBConfigFilePath(), GetDefaultSQLiteDBPath(), m_TechDBConfig);
+}
+
+int CKVEnvApp::UpdateTechDBConfigInfo() {
+  ClearDBConfigData();
+  return ReadDBConfigData();
+}
+
+int CKVEnvApp::WriteDBConfigData() const { return WriteTechDBConfig(GetTechDBConfigFilePath(), m_TechDBConfig); }
+
+bool CKVEnvApp::HasActiveTechDB(int type) const {
+  const QFTechDBConfigData* active = m_bConfigData ? GetActiveTechDBConfigData() : nullptr;
+  return active && active->GetDatabaseType() == type;
+}
+
+void CKVEnvApp::SetErrorIfTechDBFileNotFound() {
+  const QFTechDBConfigData* active = GetActiveTechDBConfigData();
+  if (!active) {
+    m_InitResult = ENVAPP_INIT_TECHDB_FAILED;
+  } else if (active->GetDatabaseType() != QF_TECHDB_SQLSERVER && _waccess(active->GetFilePath(), 0) != 0) {
+    m_InitResult = ENVAPP_INIT_TECHDB_FILE_MISSING;
+  }
+}
+
+// ---- names
+
+CString CKVEnvApp::GetKVNameOnlyOfTechDB() const { return _T("TechDB"); }
+
+CString CKVEnvApp::GetKVExtOfTechDB() const {
+  if (!m_bConfigData || HasActiveTechDB(QF_TECHDB_ACCESS)) return _T(".mdb");
+  return HasActiveTechDB(QF_TECHDB_SQLITE) ? _T(".kvdb") : _T("");
+}
+
+void CKVEnvApp::SetKVTechDBName() { m_TechDBName = GetKVNameOnlyOfTechDB() + GetKVExtOfTechDB(); }
+
+CString CKVEnvApp::GetKVNameOnlyOfTechDBForms() const {
+  if (m_bConfigData) return _T("TechDB-App");
+  return GetRegSettingStringValue(HKEY_CURRENT_USER, kVersionKey, kForms).SpanExcluding(_T("."));
+}
+
+CString CKVEnvApp::GetKVDataFileExtOfTechDBForms() const { return m_bConfigData ? _T(".exe") : _T(".mde"); }
+
+void CKVEnvApp::SetKVTechDBFormsName() {
+  m_TechDBFormsName = GetKVNameOnlyOfTechDBForms() + GetKVDataFileExtOfTechDBForms();
+}
+
+// In configuration mode the application may stand beside the program's folder as well.
+CString CKVEnvApp::GetKVTechDBFormsPath() const {
+  if (!m_bConfigData) return GetKVDataPath() + m_LanguageFolder + m_TechDBFormsName;
+  const CString inside = GetTechDBAppPath() + m_TechDBFormsName;
+  if (_waccess(inside, 0) == 0) return inside;
+  CString folder = InInstall(CString());
+  folder = folder.Left(folder.GetLength() - 1);
+  return folder.Left(folder.ReverseFind(_T('\\')) + 1) + _T("TechDBApp\\") + m_TechDBFormsName;
+}
+
+// ---- flags
+
+int CKVEnvApp::FormsFileNamesWideEdition() const { return m_TechDBFormsName.Find(_T("x64")) >= 0; }
+
+void CKVEnvApp::Set64BitDatabaseInUseStatus() {
+  m_b64BitDatabase = !m_bConfigData                      ? FormsFileNamesWideEdition()
+                     : HasActiveTechDB(QF_TECHDB_ACCESS) ? IsWideEditionInUse()
+                                                         : 1;
+}
+
+void CKVEnvApp::Set64BitAccessDatabaseInstallStatus() {
+  m_b64BitAccess = m_bConfigData ? IsWideEditionInUse() : FormsFileNamesWideEdition();
+}
+
+void CKVEnvApp::SetSQLiteDatabaseInUseStatus() { m_bSQLiteDatabase = HasActiveTechDB(QF_TECHDB_SQLITE); }
+
+// ---- the server
+
+int CKVEnvApp::IsConnectedToTechDBSQLServerDirectly() const { return HasActiveTechDB(QF_TECHDB_SQLSERVER); }
+
+int CKVEnvApp::IsConnectedToTechDBSQL() const {
+  return m_bConfigData ? IsConnectedToTechDBSQLServerDirectly() : m_TechDBPath.Left(6) == _T("DRIVER");
+}
+
+CString CKVEnvApp::GetTechDBSQLInfo() const {
+  if (!IsConnectedToTechDBSQL()) return CString();
+  return ServerPartsOfConnection(m_bConfigData ? GetActiveTechDBConfigData()->GetConnectionString() : m_TechDBPath);
+}
+
+CString CKVEnvApp::GetActiveDBname() const {
+  const QFTechDBConfigData* active = GetActiveTechDBConfigData();
+  if (!active) return CString();
+  return active->GetDatabaseType() == QF_TECHDB_SQLSERVER ? GetTechDBSQLInfo() : active->GetFilePath();
+}
+
+int CKVEnvApp::KillTechDBProcess() const {
+  const HANDLE process = OpenProcess(PROCESS_TERMINATE, FALSE, m_TechDBProcessID);
+  if (!process) return 1;
+  TerminateProcess(process, kKilled);
+  return CloseHandle(process);
+}

@@ -1,0 +1,53 @@
+// The technology database's path in a forms file, which is opened for it: forms mode.
+#include "companions/database/recordset.h"
+#include "framework/message_box.h"
+#include "platform/files.h"
+#include "share/env/app_env.h"
+
+namespace {
+
+// Waits until the forms file is there and may be written. False if the person asked for it gives up.
+bool WaitForFormsFile(const CString& path, const CString& name, const CString& folder) {
+  while (_waccess(path, 0) != 0) {
+    if (!ShowMessageBox(name + _T(" could not be found at ") + folder +
+                        _T("\n\nCopy the file at the location and click OK to resume")))
+      return false;
+  }
+  if (_waccess(path, 6) != 0) {
+    // The name in the text is always this one: that is required.
+    ShowMessageBox(_T("Changing File Attributes to Read/Write for the file :TechDBForms.mde"));
+    _wchmod(path, _S_IREAD | _S_IWRITE);
+  }
+  return true;
+}
+
+}  // namespace
+
+void CKVEnvApp::SetKVTechDBPath(int write) {
+  if (!m_bConfigData) {
+    ExchangeTechDBPathWithForms(write);
+  } else if (const QFTechDBConfigData* active = GetActiveTechDBConfigData()) {
+    m_TechDBPath = active->GetFilePath();
+  }
+}
+
+void CKVEnvApp::ExchangeTechDBPathWithForms(int write) try {
+  const CString path = GetKVTechDBFormsPath();
+  if (!WaitForFormsFile(path, m_TechDBFormsName, GetKVDataPath() + m_LanguageFolder)) {
+    m_InitResult = ENVAPP_INIT_TECHDB_FAILED;
+    return;
+  }
+  CDaoDatabase forms(m_b64BitDatabase, m_bSQLiteDatabase);
+  forms.Open(path);
+  CDaoRecordset paths(&forms);
+  paths.SetCursorLocation(CDaoRecordset::useClient);
+  paths.Open(_T("SELECT [path] FROM TechDBFormsPathTable;"));
+  if (paths.GetRecordCount() > 0) {
+    const CDaoFieldExchange exchange(write ? CDaoFieldExchange::StoreField : CDaoFieldExchange::LoadField);
+    paths.DFX_Text(&exchange, _T("path"), m_TechDBPath);
+    if (write) paths.Update();
+  }
+  paths.Close();
+} catch (const CException& failure) {
+  failure.ReportError();
+}
