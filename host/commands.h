@@ -38,5 +38,6 @@ void AddEnvironmentCommands(CLI::App& app);
 void AddDocumentCommands(CLI::App& app);
 void AddFeedColorCommands(CLI::App& app);
 void AddIniCommands(CLI::App& app);
+void AddTechDatabaseCommands(CLI::App& app);
 
 }  // namespace kestrova

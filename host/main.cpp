@@ -21,6 +21,7 @@ int Run(int argc, char** argv) {
       "  kestrova feedcolors add --process mill 1200 '#FF8000'\n"
       "  kestrova env doctor\n"
       "  kestrova settings list --changed\n"
+      "  kestrova techdb test\n"
       "  kestrova reg query HKCU\\Software\\Zemlor /s\n"
       "  kestrova ini get shopfloor.ini Tool Diameter\n"
       "  kestrova completion bash > /etc/bash_completion.d/kestrova\n"
@@ -35,6 +36,8 @@ int Run(int argc, char** argv) {
   kestrova::AddIniCommands(app);
   kestrova::AddCompletionCommands(app,
                                   {{"reg", kestrova::RegistryCandidates}, {"settings", kestrova::SettingsCandidates}});
+  kestrova::AddTechDatabaseCommands(app);
+  kestrova::AddCompletionCommands(app, {{"reg", kestrova::RegistryCandidates}});
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -1,0 +1,288 @@
+// kestrova techdb: the technology databases that can be chosen, the one in force, and what is in it.
+#include <fmt/format.h>
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <nlohmann/json.hpp>
+
+#include "companions/database/connection_strings.h"
+#include "companions/database/recordset.h"
+#include "framework/message_box.h"
+#include "host/commands.h"
+#include "host/main_module.h"
+#include "host/text_table.h"
+#include "platform/files.h"
+#include "share/env/app_env.h"
+#include "share/utilities/tech_db_config_file.h"
+
+namespace kestrova {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr char kHelp[] = R"(
+Examples:
+  kestrova techdb list                     # which can be chosen; * is in force
+  kestrova techdb activate 2
+  kestrova techdb test                     # connects: driver, file or server, version, time
+  kestrova techdb tables --count
+  kestrova techdb query "SELECT * FROM CuttingData WHERE Material = 'C45'" --rows 20 --json
+)";
+
+constexpr long kRows = 100;
+constexpr long kMostRows = 1'000'000;
+
+struct Options {
+  bool json = false;
+  bool count = false;
+  int number = 0;
+  long rows = kRows;
+  std::string sql;
+};
+
+// Takes down what the library has to say to a person, who isn't there.
+class NotedBoxes : public MessageBoxes {
+ public:
+  NotedBoxes() : former_(SetMessageBoxes(this)) {}
+  ~NotedBoxes() override { SetMessageBoxes(former_); }
+  NotedBoxes(const NotedBoxes&) = delete;
+  NotedBoxes& operator=(const NotedBoxes&) = delete;
+  bool Show(const CString& text, const CString&) override {
+    if (said_.empty()) said_ = ToUtf8(text.Left(text.Find(_T('\n')) < 0 ? text.GetLength() : text.Find(_T('\n'))));
+    return false;
+  }
+  const std::string& Said() const { return said_; }
+
+ private:
+  std::string said_;
+  MessageBoxes* former_;
+};
+
+// The environment, started; what it had to say is the command's failure.
+CKVEnvApp& Environment() {
+  const NotedBoxes boxes;
+  StartMainModule();
+  if (!boxes.Said().empty()) throw Failure(boxes.Said());
+  return *AppEnv();
+}
+
+const char* TypeName(int type) {
+  constexpr const char* kNames[] = {"sqlite", "ms-access", "sql"};
+  return type >= 0 && type < int(std::size(kNames)) ? kNames[type] : "unknown";
+}
+
+bool IsMissing(const QFTechDBConfigData& entry) {
+  return entry.GetDatabaseType() != QF_TECHDB_SQLSERVER && _waccess(entry.GetFilePath(), 0) != 0;
+}
+
+// The path in a forms file may be a connection string with a password in it.
+std::string FormsDatabase(const CKVEnvApp& env) {
+  const ConnectionPieces pieces(env.GetKVTechDBPath());
+  if (!pieces.Value(_T("Driver")) && !pieces.Value(_T("DSN"))) return ToUtf8(env.GetKVTechDBPath());
+  return ToUtf8(_T("SERVER=") + pieces.Value(_T("SERVER")).value_or(CString()) + _T(";DATABASE=") +
+                pieces.Value(_T("DATABASE")).value_or(CString()));
+}
+
+std::string ConfigFile(const CKVEnvApp& env) { return ToUtf8(env.GetTechDBConfigFilePath() + kTechDBConfigFile); }
+
+void RequireConfiguration(const CKVEnvApp& env) {
+  if (!env.GetConfigDataUseStatus())
+    throw Failure("there is no list of databases: the forms file " + ToUtf8(env.GetKVTechDBFormsPath()) +
+                  " names the one in force (registry value TechDBForms)");
+}
+
+// ---- list, activate
+
+Json EntryJson(const QFTechDBConfigData& entry, int number, bool active) {
+  return {{"number", number},
+          {"active", active},
+          {"type", TypeName(entry.GetDatabaseType())},
+          {"name", ToUtf8(entry.GetDisplayName())},
+          {"missing", IsMissing(entry)},
+          {"description", ToUtf8(entry.GetDescription())}};
+}
+
+void List(const Options& options) {
+  const CKVEnvApp& env = Environment();
+  if (!env.GetConfigDataUseStatus()) {
+    const std::string forms = ToUtf8(env.GetKVTechDBFormsPath());
+    if (options.json) {
+      fmt::print("{}\n", Json{{"mode", "forms"}, {"forms", forms}, {"database", FormsDatabase(env)}}.dump(2));
+    } else {
+      fmt::print("forms file  {}\ndatabase    {}\n", forms, FormsDatabase(env));
+    }
+    return;
+  }
+  const QFTechDBConfigInfo& info = *env.GetTechDBConfigInfo();
+  Json entries = Json::array();
+  TextTable table({{"", false}, {"", true}, {"type", false}, {"database", false}, {"description", false}});
+  for (int i = 0; i < info.GetCount(); ++i) {
+    const QFTechDBConfigData& entry = *info.GetTechDBConfigData(i);
+    const bool active = &entry == info.GetActiveConfigData();
+    entries.push_back(EntryJson(entry, i + 1, active));
+    table.Add({active ? "*" : "", std::to_string(i + 1), TypeName(entry.GetDatabaseType()),
+               ToUtf8(entry.GetDisplayName()) + (IsMissing(entry) ? " (missing)" : ""),
+               ToUtf8(entry.GetDescription())});
+  }
+  if (options.json) {
+    fmt::print("{}\n", Json{{"mode", "configuration"}, {"file", ConfigFile(env)}, {"databases", entries}}.dump(2));
+  } else {
+    fmt::print("{}", table.Text());
+  }
+}
+
+void Activate(const Options& options) {
+  CKVEnvApp& env = Environment();
+  RequireConfiguration(env);
+  const std::string file = ConfigFile(env);
+  if (_waccess(env.GetTechDBConfigFilePath() + kTechDBConfigFile, 0) != 0)
+    throw Failure("there is no file " + file + " to write the choice into");
+  QFTechDBConfigInfo list = *env.GetTechDBConfigInfo();
+  if (!list.GetTechDBConfigData(options.number - 1))
+    throw Failure(fmt::format("{} lists no database {}, only {}", file, options.number, list.GetCount()));
+  for (int i = 0; i < list.GetCount(); ++i) list.GetTechDBConfigData(i)->SetActiveFlag(i == options.number - 1);
+  env.UpdateDBConfigData(&list);
+  if (!env.WriteDBConfigData())
+    throw Failure("cannot write " + file +
+                  ": it has to be writable, with one node, such as a comment, ahead of the databases, and nothing else "
+                  "but whole databases behind it");
+  fmt::print("{}\n", ToUtf8(list.GetActiveConfigData()->GetDisplayName()));
+}
+
+// ---- what is in it
+
+// The database in force, connected.
+struct Connected {
+  Connected() : env(Environment()), database(env.Is64BitDatabaseInUse(), env.IsSQLiteDatabaseInUse()) {
+    const QFTechDBConfigData* active = env.GetActiveTechDBConfigData();
+    if (env.GetConfigDataUseStatus() && !active)
+      throw Failure("there is no technology database: neither " + ConfigFile(env) + " names one, nor is there a file " +
+                    ToUtf8(env.GetDefaultSQLiteDBPath()));
+    const auto start = std::chrono::steady_clock::now();
+    database.Open(active ? active->GetConnectionString() : env.GetKVTechDBPath());
+    milliseconds = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+    name = active ? ToUtf8(active->GetDisplayName()) : FormsDatabase(env);
+  }
+
+  CKVEnvApp& env;
+  CDaoDatabase database;
+  double milliseconds = 0;
+  std::string name;
+};
+
+void Test(const Options& options) {
+  const Connected connected;
+  const std::string driver = ToUtf8(connected.database.GetDriverName());
+  const std::string file = ToUtf8(connected.database.GetDriverFile());
+  const std::string version = ToUtf8(connected.database.GetVersion());
+  if (options.json) {
+    fmt::print("{}\n", Json{{"database", connected.name},
+                            {"driver", driver},
+                            {"driver file", file},
+                            {"version", version},
+                            {"milliseconds", connected.milliseconds}}
+                           .dump(2));
+    return;
+  }
+  fmt::print("database  {}\ndriver    {} ({})\nversion   {}\nconnected in {:.1f} ms\n", connected.name, driver, file,
+             version, connected.milliseconds);
+}
+
+void Tables(const Options& options) {
+  Connected connected;
+  Json tables = Json::array();
+  TextTable text({{"name", false}, {"kind", false}, {options.count ? "records" : "", true}});
+  for (int i = 0; i < connected.database.GetTableDefCount(); ++i) {
+    CDaoTableDefInfo info;
+    connected.database.GetTableDefInfo(i, info, options.count);
+    const std::string name =
+        ToUtf8(info.m_strSchema.IsEmpty() ? info.m_strName : info.m_strSchema + _T(".") + info.m_strName);
+    const char* kind = info.m_bUpdatable ? "table" : "view";
+    tables.push_back({{"name", name}, {"kind", kind}});
+    if (options.count) tables.back()["records"] = info.m_lRecordCount;
+    text.Add({name, kind, options.count ? std::to_string(info.m_lRecordCount) : ""});
+  }
+  fmt::print("{}", options.json ? tables.dump(2) + "\n" : text.Text());
+}
+
+// A number as a number; the driver's text for one that JSON has not.
+Json ValueJson(const std::optional<CString>& value, bool numeric) {
+  if (!value) return nullptr;
+  const std::string text = ToUtf8(*value);
+  if (!numeric) return text;
+  Json number = Json::parse(text, nullptr, /*allow_exceptions=*/false);
+  return number.is_number() ? number : Json(text);
+}
+
+void Query(const Options& options) {
+  Connected connected;
+  CDaoRecordset records(&connected.database);
+  records.SetMostRecords(LONG(options.rows));
+  records.Open(FromUtf8(options.sql));
+  if (records.GetFieldCount() == 0) {
+    const LONG affected = records.GetRecordsAffected();
+    fmt::print("{}\n",
+               options.json ? Json{{"affected", affected}}.dump() : fmt::format("{} records changed", affected));
+    return;
+  }
+  std::vector<TextTable::Column> columns;
+  Json names = Json::array(), rows = Json::array();
+  for (int i = 0; i < records.GetFieldCount(); ++i) {
+    columns.push_back({ToUtf8(records.GetFieldName(i)), records.IsFieldNumeric(i)});
+    names.push_back(columns.back().title);
+  }
+  TextTable text(columns);
+  for (; !records.IsEOF(); records.MoveNext()) {
+    std::vector<std::string> cells;
+    Json row = Json::array();
+    for (int i = 0; i < records.GetFieldCount(); ++i) {
+      if (options.json) {
+        row.push_back(ValueJson(records.GetFieldValue(i), records.IsFieldNumeric(i)));
+      } else {
+        cells.push_back(ToUtf8(records.GetFieldValue(i).value_or(CString())));
+      }
+    }
+    if (options.json) {
+      rows.push_back(std::move(row));
+    } else {
+      text.Add(std::move(cells));
+    }
+  }
+  if (options.json) {
+    fmt::print("{}\n", Json{{"columns", names}, {"rows", rows}, {"more", records.HasMore()}}.dump(2));
+    return;
+  }
+  fmt::print("{}", text.Text());
+  if (records.HasMore()) fmt::print("the first {} rows; --rows gives more\n", options.rows);
+}
+
+}  // namespace
+
+void AddTechDatabaseCommands(CLI::App& app) {
+  static Options options;
+  CLI::App* techdb = app.add_subcommand("techdb", "The technology database: which is in force, and what is in it");
+  techdb->require_subcommand(1);
+  techdb->footer(kHelp);
+  const auto add = [techdb](const char* name, const char* text, void (*run)(const Options&), bool json = true) {
+    CLI::App* command = techdb->add_subcommand(name, text);
+    if (json) command->add_flag("--json", options.json, "For programs");
+    command->callback([run] { run(options); });
+    return command;
+  };
+  add("list", "List the databases that can be chosen; * marks the one in force", List);
+  add("activate", "Choose a database by its number in the list", Activate, /*json=*/false)
+      ->add_option("number", options.number, "From 1")
+      ->required();
+  add("test", "Connect to the database in force; tell driver, file or server, version and time", Test);
+  add("tables", "List the tables and views of the database in force", Tables)
+      ->add_flag("--count", options.count, "With the number of records, which takes a query each");
+  CLI::App* query = add("query", "Run a statement in the database in force and print what it gives", Query);
+  query->add_option("sql", options.sql, "One statement")->required();
+  query->add_option("--rows", options.rows, "The most rows that are read")
+      ->check(CLI::Range(1L, kMostRows))
+      ->capture_default_str();
+}
+
+}  // namespace kestrova

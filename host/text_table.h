@@ -1,0 +1,29 @@
+// A table for a terminal: columns as wide as what stands in them, two blanks between.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace kestrova {
+
+class TextTable {
+ public:
+  struct Column {
+    std::string title;
+    bool right;  // aligned to the right, as numbers are
+  };
+  explicit TextTable(std::vector<Column> columns) : columns_(std::move(columns)) {}
+
+  // One cell a column, in UTF-8. Control characters become blanks.
+  void Add(std::vector<std::string> cells);
+  // The titles, unless all are empty, then the rows, each a line.
+  std::string Text() const;
+
+ private:
+  std::string Line(const std::vector<std::string>& cells, const std::vector<std::size_t>& widths) const;
+
+  std::vector<Column> columns_;
+  std::vector<std::vector<std::string>> rows_;
+};
+
+}  // namespace kestrova

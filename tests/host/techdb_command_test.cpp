@@ -1,0 +1,148 @@
+// `kestrova techdb`: the list, the choice, and the database itself, on a data folder of the test's own.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "framework/text.h"
+#include "platform/paths.h"
+#include "platform/process.h"
+#include "tests/host/run_command.h"
+
+namespace {
+
+using kvtest::RunCommand;
+using kvtest::RunResult;
+using testing::ContainsRegex;
+using testing::HasSubstr;
+
+constexpr char kVersionKey[] = "HKCU\\Software\\Zemlor\\Kestrova\\Kestrova 2024x64";
+
+class TechDBCommand : public testing::Test {
+ protected:
+  void SetUp() override {
+    RunCommand({"reg", "delete", "HKCU\\Software", "/f"});
+    Keep("KVDataPath", Product());
+    std::filesystem::create_directory(folder_.Path() / "TechDB");
+    std::filesystem::copy(KV_BIN_DIR "/../lib/TechDB/TechDB.kvdb", folder_.Path() / "TechDB");
+    Configure(
+        "<setting databaseType='sqlite' Default='True'><filePath>TechDB.kvdb</filePath><description>ours</description>"
+        "</setting><setting databaseType='ms-access'><filePath>old.mdb</filePath></setting><setting databaseType='sql'>"
+        "<serverID>127.0.0.1,1</serverID><databaseName>tech</databaseName><userID>eve</userID>"
+        "<password>unavailable</password></setting>");
+  }
+  static void Keep(const std::string& name, const std::string& text) {
+    ASSERT_EQ(RunCommand({"reg", "add", kVersionKey, "/v", name, "/t", "REG_SZ", "/d", text, "/f"}).exit_code, 0);
+  }
+  void Configure(const std::string& settings) const {
+    folder_.Write("TechDB/database.config",
+                  "<c><applicationSettings><!-- -->" + settings + "</applicationSettings></c>");
+  }
+  std::string Product() const {
+    return ToUtf8(std::u16string_view(ProductPathFromSystem(folder_.Path().string()))) + "\\";
+  }
+  static RunResult TechDB(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), "techdb");
+    return RunCommand(arguments);
+  }
+  // One line on stderr, and nothing else.
+  static std::string Refusal(const std::vector<std::string>& arguments) {
+    const RunResult result = TechDB(arguments);
+    EXPECT_EQ(result.exit_code, 1) << result;
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result;
+    return result.err;
+  }
+
+  const kvtest::ScratchFolder folder_;
+};
+
+TEST_F(TechDBCommand, ListsAndActivates) {
+  const std::string tech = Product() + "TechDB\\";
+  EXPECT_EQ(TechDB({"list"}).out, "      type       database" + std::string(tech.size() + 9, ' ') + "  description\n" +
+                                      "*  1  sqlite     " + tech + "TechDB.kvdb" + std::string(6, ' ') + "  ours\n" +
+                                      "   2  ms-access  " + tech + "old.mdb (missing)\n" +
+                                      "   3  sql        SERVER=127.0.0.1,1;DATABASE=tech\n");
+  EXPECT_EQ(TechDB({"activate", "2"}), (RunResult{0, tech + "old.mdb\n", ""}));
+  EXPECT_THAT(kvtest::ReadFile(folder_.Path() / "TechDB/database.config"),
+              HasSubstr("'ms-access' Default=\"True\"><filePath>"));
+  const auto list = nlohmann::json::parse(TechDB({"list", "--json"}).out);
+  EXPECT_EQ(list["mode"], "configuration");
+  EXPECT_EQ(list["databases"].size(), 3u);
+  EXPECT_EQ(list["databases"][1]["active"], true);
+  EXPECT_EQ(list["databases"][1]["missing"], true);
+  EXPECT_EQ(list["databases"][2]["name"], "SERVER=127.0.0.1,1;DATABASE=tech");
+  EXPECT_EQ(Refusal({"activate", "4"}), "kestrova: " + tech + "database.config lists no database 4, only 3\n");
+  EXPECT_EQ(TechDB({"activate", "x"}).exit_code, 2);
+}
+
+TEST_F(TechDBCommand, ConnectsAndShowsWhatIsInIt) {
+  EXPECT_THAT(TechDB({"test"}).out,
+              ContainsRegex("^database  [^\n]*TechDB.kvdb\ndriver    Kestrova SQLite3 ODBC Driver [^\n]*\n"
+                            "version   SQLite 3[0-9.]*\nconnected in [0-9.]* ms\n$"));
+  const auto test = nlohmann::json::parse(TechDB({"test", "--json"}).out);
+  EXPECT_EQ(test["driver"], "Kestrova SQLite3 ODBC Driver");
+  EXPECT_THAT(TechDB({"tables", "--count"}).out, HasSubstr("Materials       table       12\n"));
+  EXPECT_EQ(
+      TechDB({"query", "SELECT ToolID, Name, DiameterMm FROM Tools WHERE ToolID IN (6, 9, 10)", "--rows", "2"}).out,
+      "ToolID  Name         DiameterMm\n"
+      "     6  Drill D6.8          6.8\n"
+      "     9  CNMG 120408\n"
+      "the first 2 rows; --rows gives more\n");
+  EXPECT_EQ(nlohmann::json::parse(
+                TechDB({"query", "SELECT ToolID, Name, DiameterMm FROM Tools WHERE ToolID = 9", "--json"}).out),
+            nlohmann::json::parse(
+                R"({"columns":["ToolID","Name","DiameterMm"],"rows":[[9,"CNMG 120408",null]],"more":false})"));
+  EXPECT_EQ(TechDB({"query", "UPDATE Tools SET Teeth = 5 WHERE Teeth = 4"}).out, "2 records changed\n");
+}
+
+TEST_F(TechDBCommand, WhatIsMissingIsOneLine) {
+  EXPECT_EQ(Refusal({"query", "SELECT * FROM Absent"}),
+            "kestrova: cannot run the statement: no such table: Absent (1) (HY000)\n");
+  TechDB({"activate", "2"});
+  EXPECT_EQ(Refusal({"test"}), "kestrova: there is no database file " + Product() + "TechDB\\old.mdb\n");
+  folder_.Write("TechDB/old.mdb", std::string(5000, 'x'));
+  EXPECT_EQ(Refusal({"test"}), "kestrova: " + Product() + "TechDB\\old.mdb is no Access database, or can't be read\n");
+  TechDB({"activate", "3"});
+  const std::string refusal = Refusal({"test"});
+  EXPECT_THAT(refusal, HasSubstr("kestrova: cannot open database tech on server 127.0.0.1,1: "));
+  EXPECT_THAT(refusal, testing::Not(HasSubstr("unavailable"))) << "the password";
+  Configure("");
+  EXPECT_THAT(Refusal({"tables"}), HasSubstr("there is no technology database: neither "));
+  EXPECT_THAT(Refusal({"activate", "1"}), HasSubstr("lists no database 1, only 0"));
+}
+
+TEST_F(TechDBCommand, ADriverThatNobodyRegisteredIsOneLine) {
+  const kvtest::ScratchFolder machine;
+  machine.Write("odbcinst.ini", "[Kestrova SQLite3 ODBC Driver]\nDriver=/nowhere/libsqlite3odbc.so\n");
+  SetEnvironmentVariableW(_T("ODBCSYSINI"), machine.Path().u16string().c_str());
+  const std::string refusal = Refusal({"test"});
+  SetEnvironmentVariableW(_T("ODBCSYSINI"), nullptr);
+  EXPECT_THAT(refusal, HasSubstr("Can't open lib '/nowhere/libsqlite3odbc.so' : file not found"));
+}
+
+TEST_F(TechDBCommand, FormsModeHasNoList) {
+  Keep("TechDBForms", "TechDBForms.mde (32bit)");
+  EXPECT_EQ(Refusal({"list"}), "kestrova: TechDBForms.mde could not be found at " + Product() + "lang\\English\\\n");
+  std::filesystem::create_directories(folder_.Path() / "lang/English");
+  std::filesystem::copy(folder_.Path() / "TechDB/TechDB.kvdb", folder_.Path() / "lang/English/TechDBForms.mde");
+  const kvtest::ScratchFolder machine;
+  std::string own = kvtest::ReadFile(KV_BIN_DIR "/../etc/kestrova/odbcinst.ini");
+  const std::size_t library = own.find("Driver=", own.find("[Kestrova SQLite3"));
+  machine.Write("odbcinst.ini", "[Microsoft Access Driver (*.mdb, *.accdb)]\n" +
+                                    own.substr(library, own.find('\n', library) - library) + "\n");
+  SetEnvironmentVariableW(_T("ODBCSYSINI"), machine.Path().u16string().c_str());
+  EXPECT_THAT(Refusal({"test"}), HasSubstr("no such table: TechDBFormsPathTable"));
+  RunCommand({"reg", "delete", "HKCU\\Software", "/f"});
+  Keep("KVDataPath", Product());
+  TechDB({"query", "CREATE TABLE TechDBFormsPathTable (path TEXT)"});
+  TechDB({"query", "INSERT INTO TechDBFormsPathTable VALUES ('Driver={SQL Server};SERVER=s;DATABASE=d;Pwd=secret')"});
+  std::filesystem::copy(folder_.Path() / "TechDB/TechDB.kvdb", folder_.Path() / "lang/English/TechDBForms.mde",
+                        std::filesystem::copy_options::overwrite_existing);
+  Keep("TechDBForms", "TechDBForms.mde (32bit)");
+  const std::string out = TechDB({"list"}).out;
+  SetEnvironmentVariableW(_T("ODBCSYSINI"), nullptr);
+  EXPECT_EQ(out, "forms file  " + Product() + "lang\\English\\TechDBForms.mde\ndatabase    SERVER=s;DATABASE=d\n");
+}
+
+}  // namespace
