@@ -8,6 +8,7 @@
 #include "host/environment_doctor.h"
 #include "host/environment_queries.h"
 #include "host/main_module.h"
+#include "host/noted_boxes.h"
 #include "share/env/app_env.h"
 
 namespace kestrova {
@@ -69,6 +70,7 @@ std::string Counted(std::ptrdiff_t count, const char* what) {
 }
 
 void RunDoctor(bool asJson) {
+  const NotedBoxes boxes;  // what they would say are findings
   StartMainModule();
   const std::vector<EnvironmentFinding> findings = ExamineEnvironment(*AppEnv());
   const auto count = [&](FindingGrade grade) {

@@ -1,5 +1,6 @@
 // The doctor's examinations, a function a subject.
 #include "host/environment_doctor.h"
+#include "companions/database/database.h"
 
 #include <fmt/format.h>
 
@@ -188,9 +189,19 @@ void ExamineFolders(const CKVEnvApp& env, Findings& findings) {
 
 // ---- technology database
 
+// A file is opened. A server isn't: it may take as long as the connection string allows.
+void OpenDatabase(const CKVEnvApp& env, Findings& findings) try {
+  const QFTechDBConfigData* active = env.GetActiveTechDBConfigData();
+  if (!active || active->GetDatabaseType() == QF_TECHDB_SQLSERVER) return;
+  CDaoDatabase(env.Is64BitDatabaseInUse(), env.IsSQLiteDatabaseInUse()).Open(active->GetConnectionString());
+} catch (const CDaoException& failure) {
+  findings.push_back({kError, "technology database", failure.what(),
+                      "mend that, or choose another database: kestrova techdb list, kestrova techdb activate N"});
+}
+
 void ExamineDatabase(const CKVEnvApp& env, Findings& findings) {
   switch (env.GetEnvAPPInitResult()) {
-    case ENVAPP_INIT_OK: return;
+    case ENVAPP_INIT_OK: OpenDatabase(env, findings); return;
     case ENVAPP_INIT_TECHDB_FILE_MISSING:
       findings.push_back({kError, "technology database",
                           fmt::format("the active one is a file, and it is missing: {}", System(env.GetKVTechDBPath())),

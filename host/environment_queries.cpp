@@ -1,6 +1,7 @@
 // The tables of queries.
 #include "host/environment_queries.h"
 
+#include "companions/database/connection_strings.h"
 #include "share/env/app_env.h"
 #include "share/env/document_callbacks.h"
 #include "share/env/language_choice.h"
@@ -14,6 +15,9 @@ namespace {
 
 QueryAnswer Answer(const CString& text) { return text; }
 QueryAnswer Answer(long long number) { return number; }
+
+// In forms mode it may be a connection string with a password in it.
+QueryAnswer ShownDatabasePath(CKVEnvApp& env) { return ShownTarget(env.GetKVTechDBPath()); }
 
 // One row: an operation of the environment, or a free function, by its name.
 #define KV_OPERATION(name)                                    \
@@ -108,9 +112,24 @@ constexpr EnvironmentQuery kFolders[] = {
 };
 
 constexpr EnvironmentQuery kDatabase[] = {
-    KV_OPERATION(GetConfigDataUseStatus), KV_OPERATION(GetTechDBConfigFilePath), KV_OPERATION(GetDefaultSQLiteDBPath),
-    KV_OPERATION(GetKVTechDBName),        KV_OPERATION(GetKVTechDBPath),         KV_OPERATION(GetKVTechDBFormsName),
-    KV_OPERATION(Is64BitDatabaseInUse),   KV_OPERATION(IsSQLiteDatabaseInUse),   KV_OPERATION(Is64BitAccessInstalled),
+    KV_OPERATION(GetConfigDataUseStatus),
+    KV_OPERATION(GetTechDBConfigFilePath),
+    KV_OPERATION(GetDefaultSQLiteDBPath),
+    KV_OPERATION(GetKVTechDBName),
+    {"GetKVTechDBPath", ShownDatabasePath},
+    KV_OPERATION(GetKVTechDBFormsName),
+    KV_OPERATION(Is64BitDatabaseInUse),
+    KV_OPERATION(IsSQLiteDatabaseInUse),
+    KV_OPERATION(Is64BitAccessInstalled),
+    KV_OPERATION(GetKVNameOnlyOfTechDB),
+    KV_OPERATION(GetKVExtOfTechDB),
+    KV_OPERATION(GetKVNameOnlyOfTechDBForms),
+    KV_OPERATION(GetKVDataFileExtOfTechDBForms),
+    KV_OPERATION(GetKVTechDBFormsPath),
+    KV_OPERATION(IsConnectedToTechDBSQL),
+    KV_OPERATION(IsConnectedToTechDBSQLServerDirectly),
+    KV_OPERATION(GetTechDBSQLInfo),
+    KV_OPERATION(GetActiveDBname),
     KV_OPERATION(GetTechDBProcessID),
 };
 

@@ -9,9 +9,9 @@
 
 #include "companions/database/connection_strings.h"
 #include "companions/database/recordset.h"
-#include "framework/message_box.h"
 #include "host/commands.h"
 #include "host/main_module.h"
+#include "host/noted_boxes.h"
 #include "host/text_table.h"
 #include "platform/files.h"
 #include "share/env/app_env.h"
@@ -42,24 +42,6 @@ struct Options {
   std::string sql;
 };
 
-// Takes down what the library has to say to a person, who isn't there.
-class NotedBoxes : public MessageBoxes {
- public:
-  NotedBoxes() : former_(SetMessageBoxes(this)) {}
-  ~NotedBoxes() override { SetMessageBoxes(former_); }
-  NotedBoxes(const NotedBoxes&) = delete;
-  NotedBoxes& operator=(const NotedBoxes&) = delete;
-  bool Show(const CString& text, const CString&) override {
-    if (said_.empty()) said_ = ToUtf8(text.Left(text.Find(_T('\n')) < 0 ? text.GetLength() : text.Find(_T('\n'))));
-    return false;
-  }
-  const std::string& Said() const { return said_; }
-
- private:
-  std::string said_;
-  MessageBoxes* former_;
-};
-
 // The environment, started; what it had to say is the command's failure.
 CKVEnvApp& Environment() {
   const NotedBoxes boxes;
@@ -75,14 +57,6 @@ const char* TypeName(int type) {
 
 bool IsMissing(const QFTechDBConfigData& entry) {
   return entry.GetDatabaseType() != QF_TECHDB_SQLSERVER && _waccess(entry.GetFilePath(), 0) != 0;
-}
-
-// The path in a forms file may be a connection string with a password in it.
-std::string FormsDatabase(const CKVEnvApp& env) {
-  const ConnectionPieces pieces(env.GetKVTechDBPath());
-  if (!pieces.Value(_T("Driver")) && !pieces.Value(_T("DSN"))) return ToUtf8(env.GetKVTechDBPath());
-  return ToUtf8(_T("SERVER=") + pieces.Value(_T("SERVER")).value_or(CString()) + _T(";DATABASE=") +
-                pieces.Value(_T("DATABASE")).value_or(CString()));
 }
 
 std::string ConfigFile(const CKVEnvApp& env) { return ToUtf8(env.GetTechDBConfigFilePath() + kTechDBConfigFile); }
@@ -109,9 +83,11 @@ void List(const Options& options) {
   if (!env.GetConfigDataUseStatus()) {
     const std::string forms = ToUtf8(env.GetKVTechDBFormsPath());
     if (options.json) {
-      fmt::print("{}\n", Json{{"mode", "forms"}, {"forms", forms}, {"database", FormsDatabase(env)}}.dump(2));
+      fmt::print(
+          "{}\n",
+          Json{{"mode", "forms"}, {"forms", forms}, {"database", ToUtf8(ShownTarget(env.GetKVTechDBPath()))}}.dump(2));
     } else {
-      fmt::print("forms file  {}\ndatabase    {}\n", forms, FormsDatabase(env));
+      fmt::print("forms file  {}\ndatabase    {}\n", forms, ToUtf8(ShownTarget(env.GetKVTechDBPath())));
     }
     return;
   }
@@ -163,7 +139,7 @@ struct Connected {
     const auto start = std::chrono::steady_clock::now();
     database.Open(active ? active->GetConnectionString() : env.GetKVTechDBPath());
     milliseconds = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
-    name = active ? ToUtf8(active->GetDisplayName()) : FormsDatabase(env);
+    name = active ? ToUtf8(active->GetDisplayName()) : ToUtf8(ShownTarget(env.GetKVTechDBPath()));
   }
 
   CKVEnvApp& env;

@@ -98,6 +98,13 @@ CString ConnectionPieces::Text() const {
   return text;
 }
 
+CString ShownTarget(const CString& pathOrConnection) {
+  const ConnectionPieces pieces(pathOrConnection);
+  if (!pieces.Value(_T("Driver")) && !pieces.Value(_T("DSN"))) return pathOrConnection;
+  return _T("SERVER=") + pieces.Value(_T("SERVER")).value_or(CString()) + _T(";DATABASE=") +
+         pieces.Value(_T("DATABASE")).value_or(CString());
+}
+
 std::string WithoutPassword(std::string text, const ConnectionPieces& pieces) {
   for (LPCTSTR key : kPasswordKeys) {
     const std::string password = ToUtf8(pieces.Value(key).value_or(CString()));

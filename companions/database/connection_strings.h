@@ -41,5 +41,8 @@ class KVSHARE_API ConnectionPieces {
   std::vector<Piece> pieces_;
 };
 
+// What may be shown of a path or connection string: a path as it is, of a string its SERVER=x;DATABASE=y.
+KVSHARE_API CString ShownTarget(const CString& pathOrConnection);
+
 // A text of a driver or of the system, which may repeat the connection string, without the password in it.
 KVSHARE_API std::string WithoutPassword(std::string text, const ConnectionPieces& pieces);

@@ -40,5 +40,7 @@ TEST(ConnectionStrings, PiecesAreFoundAndTheOthersStay) {
 TEST(ConnectionStrings, PasswordsAreHidden) {
   EXPECT_EQ(WithoutPassword("can't use 'pw*x', pw*x!", ConnectionPieces(_T("PWD={pw*x};"))), "can't use '***', ***!");
   EXPECT_EQ(WithoutPassword("***", ConnectionPieces(_T("password=*"))), "*********");
+  EXPECT_EQ(ShownTarget(_T("driver={SQL Server};Server={a;b};database=c;PWD=d")), _T("SERVER=a;b;DATABASE=c"));
+  EXPECT_EQ(ShownTarget(_T("C:\\PWD=d;e.mdb")), _T("C:\\PWD=d;e.mdb")) << "a path";
   EXPECT_EQ(WithoutPassword("text", ConnectionPieces(_T("Pwd=;Uid=text"))), "text");
 }
