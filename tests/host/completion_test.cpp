@@ -11,6 +11,7 @@ TEST(Completion, OffersCommandsOptionsAndChoices) {
       {{"complete-words", ""}, "completion\ndocument\nenv\nfeedcolors\nini\nmachine\nreg\nsettings\n"},
       {{"complete-words", ""}, "completion\ndocument\nenv\nfeedcolors\nini\nmachine\nreg\n"},
       {{"complete-words", ""}, "completion\ndocument\nenv\nfeedcolors\nmachine\nreg\ntechdb\n"},
+      {{"complete-words", ""}, "completion\ndocument\nenv\nfeedcolors\nini\nmachine\nreg\ntechdb\n"},
       {{"complete-words", "ma"}, "machine\n"},
       {{"complete-words", "machine", ""}, "check\nexport\nshow\n"},
       {{"complete-words", "machine", "export", "--ma"}, "--machines\n"},
