@@ -37,7 +37,6 @@ int Run(int argc, char** argv) {
   kestrova::AddCompletionCommands(app,
                                   {{"reg", kestrova::RegistryCandidates}, {"settings", kestrova::SettingsCandidates}});
   kestrova::AddTechDatabaseCommands(app);
-  kestrova::AddCompletionCommands(app, {{"reg", kestrova::RegistryCandidates}});
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
