@@ -1,4 +1,4 @@
-// Handles of files and processes.
+// Handles of files, processes and threads.
 //
 // A handle names an object of the platform until CloseHandle; a number that names nothing, or an object of another
 // kind, fails a call with ERROR_INVALID_HANDLE. A call that another thread is in keeps the object alive while it runs.

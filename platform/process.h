@@ -84,9 +84,9 @@ inline constexpr DWORD WAIT_OBJECT_0 = 0;
 inline constexpr DWORD WAIT_TIMEOUT = 258;
 inline constexpr DWORD WAIT_FAILED = 0xFFFFFFFF;
 
-// Waits until the process has ended, at most that long: WAIT_OBJECT_0, WAIT_TIMEOUT or WAIT_FAILED. A time of 0 only
-// looks; INFINITE (platform/threads.h) waits as long as it takes.
-KVSHARE_API DWORD WaitForSingleObject(HANDLE process, DWORD milliseconds);
+// Waits until the process or thread has ended, at most that long: WAIT_OBJECT_0, WAIT_TIMEOUT or WAIT_FAILED. A time
+// of 0 only looks; INFINITE (platform/threads.h) waits as long as it takes.
+KVSHARE_API DWORD WaitForSingleObject(HANDLE object, DWORD milliseconds);
 
 inline constexpr DWORD STILL_ACTIVE = 259;
 

@@ -29,6 +29,12 @@ struct SYSTEMTIME {
 };
 using LPSYSTEMTIME = SYSTEMTIME*;
 
+// The present time in UTC.
+KVSHARE_API void GetSystemTime(LPSYSTEMTIME time);
+// FALSE with ERROR_INVALID_PARAMETER, and the file time left alone, for a time that does not exist. The day of the week
+// does not count.
+KVSHARE_API BOOL SystemTimeToFileTime(const SYSTEMTIME* time, FILETIME* fileTime);
+
 // Calendar fields of a file's time, in whatever zone it is. FALSE with ERROR_INVALID_PARAMETER for a time of 2^63 and
 // above.
 KVSHARE_API BOOL FileTimeToSystemTime(const FILETIME* time, LPSYSTEMTIME fields);

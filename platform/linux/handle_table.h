@@ -13,6 +13,17 @@ class HandleObject {
   HandleObject& operator=(const HandleObject&) = delete;
 };
 
+// An object that ends once and stays ended.
+class WaitableObject : public HandleObject {
+ public:
+  // Waits for its end, at most that long; below 0 as long as it takes. As poll: above 0 if it has ended, 0 at the end
+  // of the time, below 0, with errno, on failure.
+  virtual int Wait(int milliseconds) const = 0;
+};
+
+// What GetCurrentThread gives.
+inline constexpr std::uintptr_t kPseudoThread = std::uintptr_t(-2);
+
 HANDLE AddHandle(std::shared_ptr<HandleObject> object);
 
 // Null, with the last status set, if the handle names nothing.

@@ -65,6 +65,7 @@ std::shared_ptr<HandleObject> FindHandleObject(HANDLE handle) {
 }
 
 BOOL CloseHandle(HANDLE handle) {
+  if (reinterpret_cast<std::uintptr_t>(handle) == kPseudoThread) return TRUE;
   std::shared_ptr<HandleObject> last;  // dies after the lock is released: closing may take its time
   Table& table = TheTable();
   const std::lock_guard guard(table.lock);

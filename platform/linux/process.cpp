@@ -12,7 +12,6 @@ extern "C" {  // the header of older C libraries does not say so itself
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <map>
@@ -79,7 +78,7 @@ Children& TheChildren() {
   return *children;
 }
 
-class Process : public HandleObject {
+class Process : public WaitableObject {
  public:
   Process(pid_t id, int descriptor, bool ours) : id_(id), descriptor_(descriptor), ours_(ours) {}
   ~Process() override {
@@ -103,8 +102,7 @@ class Process : public HandleObject {
     return exit_code_.has_value();
   }
 
-  // As poll: above 0 if it has ended, 0 at the end of the time, below 0 on failure.
-  int Wait(int milliseconds) const {
+  int Wait(int milliseconds) const override {
     pollfd wanted = {descriptor_, POLLIN, 0};
     return poll(&wanted, 1, milliseconds);
   }
@@ -207,20 +205,7 @@ BOOL TerminateProcess(HANDLE handle, UINT exitCode) {
 }
 
 DWORD WaitForSingleObject(HANDLE handle, DWORD milliseconds) {
-  const auto process = FindHandle<Process>(handle);
-  if (!process) return WAIT_FAILED;
-  using Clock = std::chrono::steady_clock;
-  const auto end = Clock::now() + std::chrono::milliseconds(milliseconds);
-  for (;;) {
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
-    const int result = process->Wait(milliseconds == INFINITE ? -1 : int(std::clamp<long long>(left, 0, INT32_MAX)));
-    if (result > 0) return WAIT_OBJECT_0;
-    if (result == 0 && Clock::now() >= end) return WAIT_TIMEOUT;
-    if (result < 0 && errno != EINTR) {
-      FailWithErrno(errno);
-      return WAIT_FAILED;
-    }
-  }
+  return WaitForMultipleObjects(1, &handle, /*all=*/TRUE, milliseconds);
 }
 
 BOOL GetExitCodeProcess(HANDLE handle, LPDWORD exitCode) {

@@ -5,9 +5,20 @@
 #include <sched.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <atomic>
 #include <cerrno>
+#include <chrono>
+#include <climits>
+#include <condition_variable>
 #include <ctime>
+#include <memory>
+#include <mutex>
 #include <new>
+#include <vector>
+
+#include "platform/linux/errno_status.h"
+#include "platform/linux/handle_table.h"
 
 namespace {
 
@@ -43,6 +54,9 @@ struct StackRange {
   pthread_attr_destroy(&attributes);
 }
 
+// How many critical sections the calling thread is in.
+constinit thread_local int t_sections = 0;
+
 }  // namespace
 
 DWORD GetCurrentThreadId() {
@@ -55,6 +69,257 @@ DWORD GetCurrentThreadId() {
   }
   return id;
 }
+
+// ---- threads
+
+namespace {
+
+using SteadyClock = std::chrono::steady_clock;
+
+// The ends of all threads, for whoever waits for some of them. Never destroyed: threads may outlive the statics.
+struct Ends {
+  std::mutex lock;
+  std::condition_variable changed;
+  ULONGLONG count = 0;
+};
+
+Ends& TheEnds() {
+  static auto* ends = new Ends;
+  return *ends;
+}
+
+class Thread : public WaitableObject {
+ public:
+  explicit Thread(DWORD suspended = 0) : suspended_(suspended) {}
+
+  // The number is known once the thread itself has told it.
+  DWORD AwaitId() const {
+    id_.wait(0, std::memory_order_acquire);
+    return id_.load(std::memory_order_acquire);
+  }
+  void TellId(DWORD id) {
+    id_.store(id, std::memory_order_release);
+    id_.notify_all();
+  }
+
+  int Wait(int milliseconds) const override {
+    Ends& ends = TheEnds();
+    std::unique_lock guard(ends.lock);
+    const auto ended = [&] { return ended_; };
+    if (milliseconds >= 0) return ends.changed.wait_for(guard, std::chrono::milliseconds(milliseconds), ended);
+    ends.changed.wait(guard, ended);
+    return 1;
+  }
+  void End() {
+    Ends& ends = TheEnds();
+    const std::lock_guard guard(ends.lock);
+    ended_ = true;
+    ++ends.count;
+    ends.changed.notify_all();
+  }
+
+  // Change the count and give the one before; DWORD(-1), with the last status set, if that can't be.
+  DWORD Suspend() {
+    const std::lock_guard guard(lock_);
+    const DWORD before = suspended_;
+    if (Wait(0) > 0) return Refuse(ERROR_ACCESS_DENIED);
+    if (before == MAXIMUM_SUSPEND_COUNT) return Refuse(ERROR_SIGNAL_REFUSED);
+    ++suspended_;
+    return before;
+  }
+  DWORD Resume() {
+    const std::lock_guard guard(lock_);
+    const DWORD before = suspended_;
+    if (Wait(0) > 0) return Refuse(ERROR_ACCESS_DENIED);
+    if (before > 0 && --suspended_ == 0) resumed_.notify_all();
+    return before;
+  }
+  void StandWhileSuspended() {
+    if (suspended_ == 0) return;
+    std::unique_lock guard(lock_);
+    resumed_.wait(guard, [&] { return suspended_ == 0; });
+  }
+
+ private:
+  static DWORD Refuse(LONG status) { return FailWithStatus(status) ? 0 : DWORD(-1); }
+
+  std::atomic<DWORD> id_ = 0;
+  bool ended_ = false;  // under the lock of the ends
+  std::mutex lock_;
+  std::condition_variable resumed_;
+  std::atomic<DWORD> suspended_;  // changed under the lock
+};
+
+// Of a thread that this module started, or that has named itself by the pseudo handle; else null.
+thread_local std::shared_ptr<Thread> t_thread;
+
+// Told when everything that the thread keeps for itself is gone: its end has to be the last that is seen of it.
+pthread_key_t EndKey() {
+  static const pthread_key_t key = [] {
+    pthread_key_t made = 0;
+    pthread_key_create(&made, [](void* thread) {
+      const std::unique_ptr<std::shared_ptr<Thread>> ending(static_cast<std::shared_ptr<Thread>*>(thread));
+      (*ending)->End();
+    });
+    return made;
+  }();
+  return key;
+}
+
+const std::shared_ptr<Thread>& ThisThread() {
+  if (!t_thread) {
+    t_thread = std::make_shared<Thread>();
+    t_thread->TellId(GetCurrentThreadId());
+    pthread_setspecific(EndKey(), new std::shared_ptr<Thread>(t_thread));
+  }
+  return t_thread;
+}
+
+template <class Object>
+std::shared_ptr<Object> FindPseudoOr(HANDLE handle) {
+  if (handle == GetCurrentThread()) return ThisThread();
+  return FindHandle<Object>(handle);
+}
+
+struct Start {
+  std::shared_ptr<Thread> thread;
+  LPTHREAD_START_ROUTINE routine;
+  void* parameter;
+};
+
+void* RunThread(void* argument) {
+  const std::unique_ptr<Start> start(static_cast<Start*>(argument));
+  t_thread = start->thread;
+  pthread_setspecific(EndKey(), new std::shared_ptr<Thread>(start->thread));
+  t_thread->TellId(GetCurrentThreadId());
+  SuspensionPoint();
+  start->routine(start->parameter);
+  return nullptr;
+}
+
+}  // namespace
+
+HANDLE CreateThread(SECURITY_ATTRIBUTES*, std::size_t stackBytes, LPTHREAD_START_ROUTINE routine, void* parameter,
+                    DWORD flags, LPDWORD id) {
+  auto thread = std::make_shared<Thread>(/*suspended=*/(flags & CREATE_SUSPENDED) != 0);
+  auto start = std::make_unique<Start>(Start{thread, routine, parameter});
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED);
+  if (stackBytes > 0) pthread_attr_setstacksize(&attributes, std::max<std::size_t>(stackBytes, PTHREAD_STACK_MIN));
+  pthread_t unused = 0;
+  const int failure = pthread_create(&unused, &attributes, RunThread, start.get());
+  pthread_attr_destroy(&attributes);
+  if (failure != 0) {
+    FailWithStatus(ERROR_NOT_ENOUGH_MEMORY);
+    return nullptr;
+  }
+  static_cast<void>(start.release());  // the thread's
+  const DWORD number = thread->AwaitId();
+  if (id) *id = number;
+  return AddHandle(std::move(thread));
+}
+
+HANDLE GetCurrentThread() { return reinterpret_cast<HANDLE>(kPseudoThread); }
+
+DWORD SuspendThread(HANDLE handle) {
+  const auto thread = FindPseudoOr<Thread>(handle);
+  return thread ? thread->Suspend() : DWORD(-1);
+}
+
+DWORD ResumeThread(HANDLE handle) {
+  const auto thread = FindPseudoOr<Thread>(handle);
+  return thread ? thread->Resume() : DWORD(-1);
+}
+
+void SuspensionPoint() {
+  if (t_thread && t_sections == 0) t_thread->StandWhileSuspended();
+}
+
+// ---- waiting
+
+namespace {
+
+class Deadline {
+ public:
+  explicit Deadline(DWORD milliseconds)
+      : endless_(milliseconds == INFINITE), end_(SteadyClock::now() + std::chrono::milliseconds(milliseconds)) {}
+  bool HasPassed() const { return !endless_ && SteadyClock::now() >= end_; }
+  // What is left, as Wait takes it.
+  int Left() const {
+    if (endless_) return -1;
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(end_ - SteadyClock::now()).count();
+    return int(std::clamp<long long>(left, 0, INT_MAX));
+  }
+
+ private:
+  bool endless_;
+  SteadyClock::time_point end_;
+};
+
+DWORD WaitUntil(const WaitableObject& object, const Deadline& deadline) {
+  for (;;) {
+    const int result = object.Wait(deadline.Left());
+    if (result > 0) return WAIT_OBJECT_0;
+    if (result == 0 && deadline.HasPassed()) return WAIT_TIMEOUT;
+    if (result < 0 && errno != EINTR) {
+      FailWithErrno(errno);
+      return WAIT_FAILED;
+    }
+  }
+}
+
+using Waitables = std::vector<std::shared_ptr<WaitableObject>>;
+
+// No thread tells of the end of a process: then the objects are looked at again after a while.
+constexpr auto kBetweenLooks = std::chrono::milliseconds(10);
+
+DWORD WaitForFirst(const Waitables& objects, const Deadline& deadline) {
+  Ends& ends = TheEnds();
+  const bool processes = !std::all_of(objects.begin(), objects.end(),
+                                      [](const auto& object) { return dynamic_cast<const Thread*>(object.get()); });
+  for (;;) {
+    std::unique_lock guard(ends.lock);
+    const ULONGLONG before = ends.count;
+    guard.unlock();
+    for (std::size_t at = 0; at < objects.size(); ++at) {
+      if (objects[at]->Wait(0) > 0) return DWORD(WAIT_OBJECT_0 + at);
+    }
+    if (deadline.HasPassed()) return WAIT_TIMEOUT;
+    guard.lock();
+    const auto another = [&] { return ends.count != before; };
+    const int left = deadline.Left();
+    if (processes) {
+      ends.changed.wait_for(guard, kBetweenLooks, another);
+    } else if (left < 0) {
+      ends.changed.wait(guard, another);
+    } else {
+      ends.changed.wait_for(guard, std::chrono::milliseconds(left), another);
+    }
+  }
+}
+
+}  // namespace
+
+DWORD WaitForMultipleObjects(DWORD count, const HANDLE* handles, BOOL all, DWORD milliseconds) {
+  if (count == 0 || !handles) {
+    FailWithStatus(ERROR_INVALID_PARAMETER);
+    return WAIT_FAILED;
+  }
+  Waitables objects;
+  for (DWORD at = 0; at < count; ++at) {
+    objects.push_back(FindPseudoOr<WaitableObject>(handles[at]));
+    if (!objects.back()) return WAIT_FAILED;
+  }
+  const Deadline deadline(milliseconds);
+  if (!all) return WaitForFirst(objects, deadline);
+  for (const auto& object : objects) {
+    if (const DWORD result = WaitUntil(*object, deadline); result != WAIT_OBJECT_0) return result;
+  }
+  return WAIT_OBJECT_0;
+}
+
+// ---- pausing and locks
 
 void Sleep(DWORD milliseconds) {
   if (milliseconds == 0) {
@@ -78,11 +343,23 @@ void InitializeCriticalSection(LPCRITICAL_SECTION section) {
 
 void DeleteCriticalSection(LPCRITICAL_SECTION section) { pthread_mutex_destroy(Mutex(section)); }
 
-void EnterCriticalSection(LPCRITICAL_SECTION section) { pthread_mutex_lock(Mutex(section)); }
+void EnterCriticalSection(LPCRITICAL_SECTION section) {
+  pthread_mutex_lock(Mutex(section));
+  ++t_sections;
+}
 
-void LeaveCriticalSection(LPCRITICAL_SECTION section) { pthread_mutex_unlock(Mutex(section)); }
+void LeaveCriticalSection(LPCRITICAL_SECTION section) {
+  --t_sections;
+  pthread_mutex_unlock(Mutex(section));
+}
 
-BOOL TryEnterCriticalSection(LPCRITICAL_SECTION section) { return pthread_mutex_trylock(Mutex(section)) == 0; }
+BOOL TryEnterCriticalSection(LPCRITICAL_SECTION section) {
+  if (pthread_mutex_trylock(Mutex(section)) != 0) return FALSE;
+  ++t_sections;
+  return TRUE;
+}
+
+// ---- stack
 
 std::size_t StackBytesLeft() {
   if (t_stack.high == 0) FindStackRange();

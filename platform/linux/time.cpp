@@ -37,6 +37,25 @@ __time64_t _time64(__time64_t* time) {
   return now;
 }
 
+void GetSystemTime(LPSYSTEMTIME time) {
+  timespec now = {};
+  clock_gettime(CLOCK_REALTIME, &now);
+  const FILETIME units = FileTimeOf(now);
+  FileTimeToSystemTime(&units, time);
+}
+
+BOOL SystemTimeToFileTime(const SYSTEMTIME* time, FILETIME* fileTime) {
+  using namespace std::chrono;
+  const year_month_day date(year(time->wYear), month(time->wMonth), day(time->wDay));
+  if (time->wYear < 1601 || time->wYear > 30827 || !date.ok() || time->wHour > 23 || time->wMinute > 59 ||
+      time->wSecond > 59 || time->wMilliseconds > 999)
+    return FailWithStatus(ERROR_INVALID_PARAMETER);
+  const milliseconds since1601 = sys_days(date) - sys_days(1601y / January / 1) + hours(time->wHour) +
+                                 minutes(time->wMinute) + seconds(time->wSecond) + milliseconds(time->wMilliseconds);
+  *fileTime = FileTimeOf(ULONGLONG(since1601.count()) * 10'000);
+  return TRUE;
+}
+
 BOOL FileTimeToSystemTime(const FILETIME* time, LPSYSTEMTIME fields) {
   using namespace std::chrono;
   const ULONGLONG units = UnitsOf(*time);

@@ -122,6 +122,37 @@ TEST_F(Locale, DecimalSignIsTheLocales) {
   EXPECT_EQ(GetLocaleInfoW(kGerman, 0x1F, text, 4), 0);
 }
 
+TEST(SystemTime, BecomesAFileTime) {
+  const struct {
+    SYSTEMTIME time;
+    ULONGLONG units;
+  } rows[] = {{{1601, 1, 0, 1, 0, 0, 0, 0}, 0},
+              {{1970, 1, 0, 1, 0, 0, 0, 1}, 116'444'736'000'010'000},
+              {{2024, 2, 0, 29, 23, 59, 59, 999}, 133'537'247'999'990'000}};
+  for (const auto& [time, units] : rows) {
+    FILETIME file = {};
+    EXPECT_TRUE(SystemTimeToFileTime(&time, &file));
+    EXPECT_EQ(ULONGLONG(file.dwHighDateTime) << 32 | file.dwLowDateTime, units);
+  }
+  for (const SYSTEMTIME wrong : {SYSTEMTIME{}, {2023, 2, 0, 29, 0, 0, 0, 0}, {2023, 2, 0, 1, 24, 0, 0, 0}}) {
+    FILETIME file = {7, 7};
+    EXPECT_FALSE(SystemTimeToFileTime(&wrong, &file));
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PARAMETER));
+    EXPECT_EQ(file.dwLowDateTime, 7u);
+  }
+}
+
+TEST(SystemTime, IsUniversal) {
+  const time_t before = time(nullptr);
+  SYSTEMTIME now;
+  GetSystemTime(&now);
+  FILETIME file;
+  ASSERT_TRUE(SystemTimeToFileTime(&now, &file));
+  const auto seconds = LONGLONG((ULONGLONG(file.dwHighDateTime) << 32 | file.dwLowDateTime) / 10'000'000);
+  EXPECT_GE(seconds - 11'644'473'600, before);
+  EXPECT_LE(seconds - 11'644'473'600, time(nullptr));
+}
+
 TEST(Numbers, RealsAreReadAsFarAsTheyGo) {
   constexpr double kInfinite = std::numeric_limits<double>::infinity();
   const std::pair<LPCTSTR, double> rows[] = {

@@ -1,10 +1,16 @@
-// Threads: ids, recursive locks, and the stack that is left.
+// Threads: starting, suspending and waiting for them, ids, recursive locks, and the stack that is left.
 #include "platform/threads.h"
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
+#include <memory>
+#include <semaphore>
 #include <thread>
+#include <vector>
+
+#include "platform/process.h"
 
 namespace {
 
@@ -66,6 +72,106 @@ TEST(Threads, SleepLastsAtLeastAsLongAsAsked) {
   const auto start = std::chrono::steady_clock::now();
   Sleep(20);
   EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(20));
+}
+
+// A thread that calls SuspensionPoint when it is let go, and then ends.
+struct Worker {
+  explicit Worker(DWORD flags = 0) { handle = CreateThread(nullptr, 0, Run, this, flags, &id); }
+  ~Worker() { CloseHandle(handle); }
+  static DWORD Run(void* self) {
+    auto& worker = *static_cast<Worker*>(self);
+    worker.own_id = GetCurrentThreadId();
+    worker.running.release();
+    worker.go.acquire();
+    SuspensionPoint();
+    worker.passed = true;
+    return 0;
+  }
+  void Finish() {
+    go.release();
+    EXPECT_EQ(WaitForSingleObject(handle, INFINITE), WAIT_OBJECT_0);
+  }
+
+  std::counting_semaphore<> running{0}, go{0};
+  std::atomic<bool> passed = false;
+  std::atomic<DWORD> own_id = 0;
+  HANDLE handle = nullptr;
+  DWORD id = 0;
+};
+
+TEST(Threads, RunsUnderItsIdAndIsSignalledByItsEnd) {
+  Worker worker;
+  EXPECT_EQ(WaitForSingleObject(worker.handle, 0), WAIT_TIMEOUT);
+  worker.running.acquire();
+  EXPECT_EQ(worker.own_id, worker.id);
+  worker.Finish();
+  EXPECT_TRUE(worker.passed);
+  EXPECT_EQ(SuspendThread(worker.handle), DWORD(-1));
+  EXPECT_EQ(GetLastError(), DWORD(ERROR_ACCESS_DENIED));
+}
+
+TEST(Threads, SuspendedOnesStandAtASuspensionPointUntilTheCountIsBack) {
+  Worker worker;
+  EXPECT_EQ(SuspendThread(worker.handle), 0u);
+  EXPECT_EQ(SuspendThread(worker.handle), 1u);
+  worker.go.release();
+  EXPECT_EQ(WaitForSingleObject(worker.handle, 1), WAIT_TIMEOUT);
+  EXPECT_EQ(ResumeThread(worker.handle), 2u);
+  EXPECT_FALSE(worker.passed);
+  EXPECT_EQ(ResumeThread(worker.handle), 1u);
+  EXPECT_EQ(WaitForSingleObject(worker.handle, INFINITE), WAIT_OBJECT_0);
+}
+
+TEST(Threads, CountOfSuspensionsHasItsLimits) {
+  Worker worker;
+  EXPECT_EQ(ResumeThread(worker.handle), 0u);
+  for (DWORD i = 0; i < MAXIMUM_SUSPEND_COUNT; ++i) EXPECT_EQ(SuspendThread(worker.handle), i);
+  EXPECT_EQ(SuspendThread(worker.handle), DWORD(-1));
+  EXPECT_EQ(GetLastError(), DWORD(ERROR_SIGNAL_REFUSED));
+  while (ResumeThread(worker.handle) > 1) {
+  }
+  worker.Finish();
+}
+
+TEST(Threads, CreatedSuspendedBeginsWhenResumed) {
+  Worker worker(CREATE_SUSPENDED);
+  EXPECT_FALSE(worker.running.try_acquire());
+  EXPECT_EQ(ResumeThread(worker.handle), 1u);
+  worker.Finish();
+}
+
+TEST_F(Section, HolderIsNotHeldUp) {
+  std::thread([&] {
+    EnterCriticalSection(&section);
+    EXPECT_EQ(SuspendThread(GetCurrentThread()), 0u);
+    SuspensionPoint();
+    EXPECT_EQ(ResumeThread(GetCurrentThread()), 1u);
+    LeaveCriticalSection(&section);
+  }).join();
+}
+
+TEST(Threads, PseudoHandleIsWhoeverUsesIt) {
+  EXPECT_TRUE(CloseHandle(GetCurrentThread()));
+  EXPECT_EQ(WaitForSingleObject(GetCurrentThread(), 0), WAIT_TIMEOUT);
+  EXPECT_EQ(ResumeThread(GetCurrentThread()), 0u);
+}
+
+TEST(Threads, WaitsForAllOrTheFirstOfMany) {
+  std::vector<std::unique_ptr<Worker>> workers;
+  std::vector<HANDLE> handles;
+  for (int i = 0; i < 100; ++i) handles.push_back(workers.emplace_back(std::make_unique<Worker>())->handle);
+  EXPECT_EQ(WaitForMultipleObjects(100, handles.data(), FALSE, 0), WAIT_TIMEOUT);
+  EXPECT_EQ(WaitForMultipleObjects(100, handles.data(), FALSE, 1), WAIT_TIMEOUT);
+  workers[70]->go.release();
+  EXPECT_EQ(WaitForMultipleObjects(100, handles.data(), FALSE, INFINITE), WAIT_OBJECT_0 + 70);
+  EXPECT_EQ(WaitForMultipleObjects(100, handles.data(), TRUE, 1), WAIT_TIMEOUT);
+  for (auto& worker : workers) worker->go.release();
+  EXPECT_EQ(WaitForMultipleObjects(100, handles.data(), TRUE, INFINITE), WAIT_OBJECT_0);
+  EXPECT_EQ(WaitForMultipleObjects(0, handles.data(), TRUE, 0), WAIT_FAILED);
+  EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PARAMETER));
+  handles[99] = nullptr;
+  EXPECT_EQ(WaitForMultipleObjects(100, handles.data(), TRUE, 0), WAIT_FAILED);
+  EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_HANDLE));
 }
 
 // Goes down by frames of about 16 KB until less than the reserve is left; gives the number of levels.
