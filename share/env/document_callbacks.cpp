@@ -2,6 +2,7 @@
 #include "share/env/document_callbacks.h"
 
 #include "companions/geometry/constants.h"
+#include "platform/threads.h"
 #include "share/settings/settings_key.h"
 
 namespace {
@@ -133,8 +134,16 @@ double GetSimulationSettingsFacetDeviation() {
 
 // ---- jobs and messages
 
-int QFProgressCallback(LONGLONG step) { return Ask(g_slots.progress, 0, step); }
-int IsUserJobCancelled() { return Ask(g_slots.isUserJobCancelled, 0); }
+int QFProgressCallback(LONGLONG step) {
+  SuspensionPoint();
+  return Ask(g_slots.progress, 0, step);
+}
+
+int IsUserJobCancelled() {
+  SuspensionPoint();
+  return Ask(g_slots.isUserJobCancelled, 0);
+}
+
 int gGetAppSilentModeFlag() { return Ask(g_slots.appSilentModeFlag, 0); }
 
 void GetAppDisplayAlerts(short* flag) {

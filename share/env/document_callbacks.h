@@ -80,7 +80,8 @@ KVSHARE_API double GetSimulationSettingsFacetDeviation();
 
 // ---- jobs and messages
 
-// Long computations report their steps and ask, at their own pace, whether to stop. 0 if not registered.
+// Long computations report their steps and ask, at their own pace, whether to stop. 0 if not registered. A job that was
+// suspended stands here until it is resumed.
 KVSHARE_API int QFProgressCallback(LONGLONG step);
 KVSHARE_API int IsUserJobCancelled();
 // 1 if the application runs without a user interface; 0 if not registered.

@@ -9,7 +9,7 @@
 // Ownership: a node owns its companion and its pattern manager. Pointers from node to node are plain. A node that goes
 // tells those that use it (RemoveFromUserObjectsList); it does not tell its owner, nor its original owner: who owns the
 // node ends those links first. Nodes have no lock and are used by one thread at a time; a job touches its node only
-// through HandleCommand, SetTimeTakenForGTP and Name.
+// through HandleCommand, SetTimeTakenForGTP and Name, and takes its record out of the held list by itself.
 #pragma once
 
 #include "share/env/core_messages.h"
@@ -259,6 +259,11 @@ class KVSHARE_API QFObject : public QFBaseObject {
   void LoadRecord(CArchive& ar, unsigned version);
   void LoadOriginalOwner(CArchive& ar);
   void LoadPattern(CArchive& ar);
+
+  static QFObject* TakeFirstUser(UserObjects& list, bool& held);
+  // Takes a job's record out of the lists, on any thread, under the lock of share/objects/job_lock.h.
+  friend class QFThreadData;
+  void ForgetJobRecord(const QFObject* record);
 
   // Not in the order of the record: packed.
   AuditTrail m_Trail;

@@ -1,11 +1,16 @@
 // The objects that use a node: the two lists, and the original owner, in whose list a recycled node stands.
+//
+// Job records go on their own threads. They stand in the list of what is held, so that whatever reads or changes that
+// list takes the lock first; the other list is the node's alone.
 #include <new>
 
 #include "framework/ob_list.h"
+#include "share/objects/job_lock.h"
 #include "share/objects/object.h"
 
 int QFObject::AddToUserObjectsList(QFObject* object, int held) {
   if (!object) return 0;
+  const UsersLock lock;
   UserObjects& list = held ? m_HeldUserObjects : m_UserObjects;
   UserObjects& other = held ? m_UserObjects : m_HeldUserObjects;
   other.Remove(object);
@@ -19,6 +24,7 @@ int QFObject::AddToUserObjectsList(QFObject* object, int held) {
 }
 
 int QFObject::RemoveFromUserObjectsList(QFObject* object) {
+  const UsersLock lock;
   if (m_pOriginalOwner == object) m_pOriginalOwner = nullptr;
   const bool stored = m_UserObjects.Remove(object);
   const bool held = m_HeldUserObjects.Remove(object);
@@ -26,6 +32,7 @@ int QFObject::RemoveFromUserObjectsList(QFObject* object) {
 }
 
 int QFObject::GetIsUsingThisObject(QFObject* object) {
+  const UsersLock lock;
   return object && (object == m_pOriginalOwner || m_UserObjects.Contains(object) || m_HeldUserObjects.Contains(object));
 }
 
@@ -35,10 +42,32 @@ void QFObject::GetAllUserObjects(CObList* objects) const {
 
 void QFObject::DetachFromAllUserObjects() {
   for (UserObjects* list : {&m_UserObjects, &m_HeldUserObjects}) {
-    while (!list->IsEmpty()) {
-      if (auto* user = DYNAMIC_DOWNCAST(QFObject, list->RemoveHead())) user->RemoveFromUserObjectsList(this);
+    for (;;) {
+      bool held = false;
+      QFObject* user = TakeFirstUser(*list, held);
+      if (!user) break;
+      user->RemoveFromUserObjectsList(this);
+      if (held) GetJobRecordService()->release(user);
     }
   }
+}
+
+// The first node in the list, which is taken out of it together with what stands ahead; null if there is none. A job
+// record is held: it stays alive until it is released.
+QFObject* QFObject::TakeFirstUser(UserObjects& list, bool& held) {
+  const UsersLock lock;
+  while (!list.IsEmpty()) {
+    auto* user = DYNAMIC_DOWNCAST(QFObject, list.RemoveHead());
+    if (!user) continue;
+    held = AreThereJobRecords() && GetJobRecordService()->isRecord(user);
+    if (held) GetJobRecordService()->hold(user);
+    return user;
+  }
+  return nullptr;
+}
+
+void QFObject::ForgetJobRecord(const QFObject* record) {
+  if (!m_HeldUserObjects.Remove(record)) m_UserObjects.Remove(record);
 }
 
 void QFObject::RemoveDuplicatesFromUserObjects() {
