@@ -1,0 +1,124 @@
+// Terminating jobs and waiting for them. Whatever calls out of the library works on records that it holds, and looks
+// at each again when its turn comes.
+#include <algorithm>
+
+#include "platform/clock.h"
+#include "platform/threads.h"
+#include "share/jobs/job_walk.h"
+#include "share/objects/job_lock.h"
+
+namespace {
+
+constexpr DWORD kBetweenPasses_ms = 1000;
+constexpr int kPassesForTarget = 301;
+constexpr int kPassesForDocument = 180;
+
+}  // namespace
+
+// ---- terminating
+
+// Terminates the records from the list's tail that are wanted, which is asked under the lock.
+template <class Wanted>
+void QFThreadBaseMgr::TerminateFromTail(Wanted wanted) {
+  std::vector<HeldRecord> chosen;
+  {
+    const JobLock lock;
+    FindLast([&](const QFThreadData& data) {
+      if (wanted(data)) chosen.push_back(Held(const_cast<QFThreadData*>(&data)));
+      return false;
+    });
+  }
+  for (const HeldRecord& data : chosen) Terminate(*data, wanted);
+}
+
+template <class Wanted>
+void QFThreadBaseMgr::Terminate(QFThreadData& data, Wanted wanted) {
+  {
+    const JobLock lock;
+    if (data.m_bGone || !wanted(data)) return;
+  }
+  data.TerminateThread();
+  data.SetThreadStatus(eThreadTerminated);
+}
+
+void QFThreadBaseMgr::TerminateSimiliarDuplicateThreads(QFObject*, unsigned context, void* param) {
+  const auto wanted = [&](const QFThreadData& data) {
+    return data.IsSimilar(context, param) && data.GetIsThreadRunning();
+  };
+  std::vector<HeldRecord> chosen;
+  {
+    const JobLock lock;
+    FindFirst([&](const QFThreadData& data) {
+      if (wanted(data)) chosen.push_back(Held(const_cast<QFThreadData*>(&data)));
+      return false;
+    });
+  }
+  for (const HeldRecord& data : chosen) Terminate(*data, wanted);
+}
+
+void QFThreadBaseMgr::TerminateLastCreated() {
+  const auto isLastRequests = [&](const QFThreadData& data) {
+    const auto* link = static_cast<const QFThreadDataLink*>(data.GetCommandParameter());
+    return data.GetIsThreadRunning() && link && data.GetCommandContextID() == m_LastContextID &&
+           link->GetIdentifierA() == m_LastIdentifierA && link->GetIdentifierB() == m_LastIdentifierB;
+  };
+  HeldRecord last;
+  {
+    const JobLock lock;
+    if (auto* data = static_cast<QFThreadData*>(m_ThreadList.GetTail())) last = Held(data);
+  }
+  if (last) Terminate(*last, isLastRequests);
+}
+
+void QFThreadBaseMgr::TerminateIfRunning(void* identifierA) {
+  TerminateFromTail([&](const QFThreadData& data) { return !data.IsDone() && data.HasIdentifierA(identifierA); });
+}
+
+void QFThreadBaseMgr::DestructThread(void* identifierA) {
+  TerminateIfRunning(identifierA);
+  for (int pass = 0; pass < kPassesForTarget && ThreadExist(identifierA); ++pass)
+    CurrentClock().sleep(kBetweenPasses_ms);
+}
+
+void QFThreadBaseMgr::TerminateAllThreadsInThisDoc(QFObject* document) {
+  const QFAutoCriticalSection section(m_CriticalSection);
+  TerminateFromTail([&](const QFThreadData& data) { return data.GetDocument() == document && !data.IsDone(); });
+  for (int pass = 0; pass < kPassesForDocument && !GetAreAllThreadsInThisDocDone(document); ++pass)
+    CurrentClock().sleep(kBetweenPasses_ms);
+}
+
+// ---- waiting
+
+std::vector<void*> QFThreadBaseMgr::HandlesNotDone() {
+  const QFAutoCriticalSection section(m_CriticalSection);
+  const JobLock lock;
+  std::vector<void*> handles;
+  FindFirst([&](const QFThreadData& data) {
+    void* handle = data.GetThreadHandle();
+    if (handle && data.GetIsThreadRunning()) handles.push_back(handle);
+    return false;
+  });
+  return handles;
+}
+
+int QFThreadBaseMgr::GetThreadsNotDone(void** handles, int max) {
+  const std::vector<void*> all = HandlesNotDone();
+  std::copy_n(all.begin(), std::clamp<std::ptrdiff_t>(max, 0, std::ptrdiff_t(all.size())), handles);
+  return int(all.size());
+}
+
+// In groups, as a system's own call takes no more handles at a time.
+void QFThreadBaseMgr::WaitForMultipleThreadsToBeDone() {
+  const std::vector<void*> handles = HandlesNotDone();
+  for (std::size_t first = 0; first < handles.size(); first += MAXIMUM_WAIT_OBJECTS) {
+    const auto count = DWORD(std::min<std::size_t>(handles.size() - first, MAXIMUM_WAIT_OBJECTS));
+    WaitForMultipleObjects(count, handles.data() + first, /*all=*/TRUE, INFINITE);
+  }
+}
+
+void QFThreadBaseMgr::WaitForAllThreadsToBeDone() {
+  while (!AllThreadsDone()) {
+    WaitForMultipleThreadsToBeDone();
+    ::Sleep(0);  // to those that are between their start and their handle
+  }
+}

@@ -1,0 +1,92 @@
+// What a job's record says of itself: progress, step, times.
+#include "platform/threads.h"
+#include "share/jobs/job_record.h"
+#include "share/objects/job_lock.h"
+
+namespace {
+
+CString ClockText(unsigned hours, unsigned minutes, unsigned seconds) {
+  CString text;
+  text.Format(_T("%02d:%02d:%02d"), hours, minutes, seconds);
+  return text;
+}
+
+CString TimeOfDay(__time64_t time) {
+  std::tm local = {};
+  if (_localtime64_s(&local, &time) != 0) return {};
+  const int hour = local.tm_hour % 12 == 0 ? 12 : local.tm_hour % 12;
+  return ClockText(unsigned(hour), unsigned(local.tm_min), unsigned(local.tm_sec));
+}
+
+// In units of 100 ns; 0 for a time that does not exist.
+LONGLONG Units(const SYSTEMTIME& time) {
+  FILETIME file = {};
+  SystemTimeToFileTime(&time, &file);
+  return LONGLONG(ULONGLONG(file.dwHighDateTime) << 32 | file.dwLowDateTime);
+}
+
+}  // namespace
+
+QFeThreadStatus QFThreadData::GetThreadStatus() const {
+  SuspensionPoint();
+  return m_eThreadStatus;
+}
+
+void QFThreadData::SetCommandParameter(void* param) {
+  const JobLock lock;
+  m_pCommandParameter = param;
+}
+
+CString QFThreadData::GetActionString() const {
+  const JobLock lock;
+  return m_ActionString;
+}
+
+void QFThreadData::SetActionString(const CString& text) {
+  SuspensionPoint();
+  const JobLock lock;
+  m_ActionString = text;
+}
+
+void QFThreadData::SetActionProgress(LONGLONG percent) {
+  SuspensionPoint();
+  m_nActionProgress = percent;
+}
+
+CString QFThreadData::GetActionProgressString() const {
+  CString text;
+  text.Format(_T("%d %s"), GetActionProgress(), _T("%"));
+  return text;
+}
+
+CString QFThreadData::GetProcessName() const {
+  QFObject* caller = m_pCallingObject;
+  return caller ? caller->Name() : CString();
+}
+
+CString QFThreadData::GetCurrentAction() const {
+  CString text;
+  text.LoadString(m_nCommandContextID);
+  return text;
+}
+
+CString QFThreadData::GetStartTimeStr() const {
+  if (m_eThreadStatus == eThreadNotStarted) return {};
+  const JobLock lock;
+  return TimeOfDay(m_tStartTime);
+}
+
+CString QFThreadData::GetEndTimeStr() const {
+  if (!HasResult()) return {};
+  const JobLock lock;
+  return TimeOfDay(m_tEndTime);
+}
+
+CString QFThreadData::GetTimeTaken() const {
+  if (!HasResult()) return {};
+  const JobLock lock;
+  const unsigned seconds = DeltaTime(m_StartTime, m_EndTime);
+  return ClockText(seconds / 3600, seconds / 60 % 60, seconds % 60);
+}
+
+unsigned QFThreadData::DeltaTime(SYSTEMTIME a, SYSTEMTIME b) { return unsigned((Units(b) - Units(a)) / 10'000'000); }

@@ -1,0 +1,126 @@
+#include "tests/jobs/job_support.h"
+
+namespace kvtest {
+namespace {
+
+constexpr DWORD kBeforeBegin_ms = 100;
+
+StepClock* g_clock = nullptr;
+std::mutex g_timeLock;
+SYSTEMTIME g_time = {};
+__time64_t g_seconds = 0;
+QFSettingsKey* g_settings = nullptr;
+QFObject* g_document = nullptr;
+
+}  // namespace
+
+// Lives as long as its thread.
+struct StepClock::Alive {
+  explicit Alive(StepClock& clock) : owner(clock) {
+    const std::lock_guard guard(owner.lock_);
+    ++owner.threads_;
+  }
+  ~Alive() {
+    const std::lock_guard guard(owner.lock_);
+    --owner.threads_;
+    owner.changed_.notify_all();
+  }
+  StepClock& owner;
+};
+
+StepClock::StepClock() {
+  g_clock = this;
+  static constexpr Clock kSteps = {[](DWORD milliseconds) { g_clock->Sleep(milliseconds); },
+                                   [](LPSYSTEMTIME time) {
+                                     const std::lock_guard guard(g_timeLock);
+                                     *time = g_time;
+                                   },
+                                   [] {
+                                     const std::lock_guard guard(g_timeLock);
+                                     return g_seconds;
+                                   }};
+  SetTime({2024, 5, 3, 17, 12, 0, 0, 0}, 1715947200);
+  SetCurrentClock(&kSteps);
+}
+
+StepClock::~StepClock() { SetCurrentClock(nullptr); }
+
+void StepClock::SetTime(SYSTEMTIME time, __time64_t seconds) {
+  const std::lock_guard guard(g_timeLock);
+  g_time = time;
+  g_seconds = seconds;
+}
+
+void StepClock::Hold() {
+  const std::lock_guard guard(lock_);
+  held_ = true;
+}
+
+void StepClock::Open() {
+  const std::lock_guard guard(lock_);
+  held_ = false;
+  changed_.notify_all();
+}
+
+void StepClock::AwaitThreads() {
+  std::unique_lock guard(lock_);
+  changed_.wait(guard, [&] { return threads_ == 0; });
+}
+
+std::vector<DWORD> StepClock::Pauses() {
+  const std::lock_guard guard(lock_);
+  return pauses_;
+}
+
+void StepClock::Sleep(DWORD milliseconds) {
+  if (milliseconds != kBeforeBegin_ms) {
+    {
+      const std::lock_guard guard(lock_);
+      pauses_.push_back(milliseconds);
+    }
+    if (onPause) onPause();
+    return;
+  }
+  thread_local Alive alive(*this);
+  std::unique_lock guard(lock_);
+  changed_.wait(guard, [&] { return !held_; });
+}
+
+JobTest::JobTest() : settings_(_T("Settings"), _T("Software\\Zemlor\\Kestrova\\Jobs")) {
+  settings_.AddValue(_T("ThreadMulti"), 1);
+  settings_.AddValue(_T("ThreadNum"), 5);
+  settings_.AddValue(_T("ThreadDel"), 1);
+  g_settings = &settings_;
+  g_document = &document_;
+  QFShareRegisterDocCBK(
+      nullptr, nullptr, [] { return g_document; }, nullptr, nullptr, nullptr, nullptr, [] { return g_settings; },
+      nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
+  manager.log = &log;
+  QFThreadBaseMgr::m_pInstance = &manager;
+}
+
+JobTest::~JobTest() {
+  clock.Open();
+  clock.AwaitThreads();
+  manager.log = nullptr;
+  while (QFThreadData* data = manager.Record(0)) manager.DestroyThreadData(data);
+  QFThreadBaseMgr::m_pInstance = nullptr;
+  g_settings = nullptr;
+  g_document = nullptr;
+}
+
+QFThreadData* JobTest::Ask(WorkNode& node, void* param, QFeThreadType type, QFeThreadEndType endType,
+                           unsigned context) {
+  node.RunCommand(context, param, type, endType);
+  return manager.Record(manager.Count() - 1);
+}
+
+QFThreadDataLink MakeLink(std::intptr_t a, std::intptr_t b, unsigned group) {
+  QFThreadDataLink link;
+  link.SetIdentifierA(reinterpret_cast<void*>(a));
+  link.SetIdentifierB(reinterpret_cast<void*>(b));
+  link.SetGroupNum(group);
+  return link;
+}
+
+}  // namespace kvtest

@@ -1,0 +1,168 @@
+// What the tests of jobs share: a clock that they step, a node whose command is a function, a manager that shows its
+// protected side and keeps a log of its hooks. Tests wait for one another's threads by semaphores, never by time.
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <semaphore>
+#include <string>
+#include <vector>
+
+#include "platform/clock.h"
+#include "platform/threads.h"
+#include "share/env/document_callbacks.h"
+#include "share/jobs/job_manager.h"
+#include "share/settings/settings_key.h"
+
+namespace kvtest {
+
+inline constexpr auto kPlain = QFeThreadType(0);
+inline constexpr auto kEnds = QFeThreadEndType(0);
+
+// Waits take no time, and those before a job's begin can be held. The time of day stands still.
+class StepClock {
+ public:
+  StepClock();
+  ~StepClock();
+
+  // Jobs that start from now on don't begin before Open.
+  void Hold();
+  void Open();
+  // Until no thread is left of those that ever waited to begin.
+  void AwaitThreads();
+
+  std::vector<DWORD> Pauses();  // those that were not before a job's begin
+  static void SetTime(SYSTEMTIME time, __time64_t seconds);
+  std::function<void()> onPause;
+
+ private:
+  struct Alive;
+  void Sleep(DWORD milliseconds);
+
+  std::mutex lock_;
+  std::condition_variable changed_;
+  bool held_ = false;
+  int threads_ = 0;
+  std::vector<DWORD> pauses_;
+};
+
+class Log {
+ public:
+  void Add(std::string line) {
+    const std::lock_guard guard(lock_);
+    lines_.push_back(std::move(line));
+  }
+  std::vector<std::string> Take() {
+    const std::lock_guard guard(lock_);
+    return std::exchange(lines_, {});
+  }
+
+ private:
+  std::mutex lock_;
+  std::vector<std::string> lines_;
+};
+
+// Runs what it is told to, and writes every call into a log if it has one.
+class WorkNode : public QFObject {
+ public:
+  explicit WorkNode(LPCTSTR name = _T("node"), Log* log = nullptr) : log_(log) { ChangeName(name); }
+
+  QFeThreadStatus HandleCommand(QFeCommandType type, unsigned context, void*& param) override {
+    if (log_) log_->Add(ToUtf8(Name()) + " command " + std::to_string(type));
+    if (type == eCommandRun) return run ? run(param) : eThreadDone;
+    if (type == eCommandTerminated && terminated) terminated();
+    if (type == eCommandChildDone && childDone) childDone();
+    static_cast<void>(context);
+    return eThreadDone;
+  }
+
+  std::function<QFeThreadStatus(void*&)> run;
+  std::function<void()> terminated, childDone;
+
+ private:
+  Log* log_;
+};
+
+class TestManager : public QFThreadBaseMgr {
+ public:
+  using QFThreadBaseMgr::DecrementRunningThreadCnt;
+  using QFThreadBaseMgr::DestroyThreadData;
+  using QFThreadBaseMgr::FindThreadData;
+  using QFThreadBaseMgr::FindThreadDataForCurrentThread;
+  using QFThreadBaseMgr::GetNumThreadsRunningOrWaiting;
+  using QFThreadBaseMgr::m_CriticalSection;
+
+  Log* log = nullptr;
+
+  QFThreadData* Record(int place) {
+    CObList all;
+    GetAllThreads(all);
+    POSITION at = all.FindIndex(place);
+    return at ? static_cast<QFThreadData*>(all.GetAt(at)) : nullptr;
+  }
+  int Count() {
+    CObList all;
+    GetAllThreads(all);
+    return int(all.GetCount());
+  }
+
+ protected:
+  int OnStartRunningThreadData(QFThreadData* data) override {
+    return Note("start", data, QFThreadBaseMgr::OnStartRunningThreadData(data));
+  }
+  int OnBeginThread(QFThreadData* data) override { return Note("begin", data, QFThreadBaseMgr::OnBeginThread(data)); }
+  int OnDoneRunningThreadData(QFThreadData* data) override {
+    Note("done", data, 1);
+    return QFThreadBaseMgr::OnDoneRunningThreadData(data);
+  }
+  int OnDestroyThreadData(QFThreadData* data) override {
+    return Note("destroy", data, QFThreadBaseMgr::OnDestroyThreadData(data));
+  }
+
+ private:
+  int Note(const char* hook, QFThreadData* data, int result) {
+    if (log) log->Add(ToUtf8(data->GetProcessName()) + " " + hook + " " + std::to_string(data->GetThreadStatus()));
+    return result;
+  }
+};
+
+// A manager, settings ("ThreadMulti" 1) and an active document. Afterwards no thread is left.
+class JobTest : public testing::Test {
+ protected:
+  JobTest();
+  ~JobTest() override;
+
+  void Set(LPCTSTR name, int value) { settings_.SetValue(name, value); }
+  // Asks for command 7 of the node; gives its record, which is the last.
+  QFThreadData* Ask(WorkNode& node, void* param = nullptr, QFeThreadType type = kPlain,
+                    QFeThreadEndType endType = kEnds, unsigned context = 7);
+
+  StepClock clock;
+  Log log;
+  WorkNode document_;
+  TestManager manager;
+
+ private:
+  QFSettingsKey settings_;
+};
+
+// A command that tells that it runs and waits to be let go.
+struct Blocker {
+  explicit Blocker(WorkNode& node, QFeThreadStatus result = eThreadDone) {
+    node.run = [this, result](void*&) {
+      running.release();
+      go.acquire();
+      return result;
+    };
+  }
+  std::counting_semaphore<> running{0}, go{0};
+};
+
+QFThreadDataLink MakeLink(std::intptr_t a, std::intptr_t b, unsigned group = 0);
+
+}  // namespace kvtest

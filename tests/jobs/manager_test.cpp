@@ -1,0 +1,211 @@
+// Requests, looking, waiting and ending.
+#include <memory>
+
+#include "tests/jobs/job_support.h"
+
+namespace {
+
+using namespace kvtest;
+using testing::Each;
+using testing::ElementsAre;
+
+class Manager : public JobTest {
+ protected:
+  // So many jobs of one node each, none of which has begun.
+  void Start(int count, unsigned context = 7) {
+    clock.Hold();
+    for (int i = 0; i < count; ++i) {
+      nodes_.push_back(std::make_unique<WorkNode>(_T("n"), &log));
+      Ask(*nodes_.back(), nullptr, kPlain, kEnds, context);
+    }
+  }
+  std::vector<std::unique_ptr<WorkNode>> nodes_;
+};
+
+TEST_F(Manager, RefusesWithoutAnInstance) {
+  WorkNode node(_T("a"), &log);
+  QFThreadBaseMgr::m_pInstance = nullptr;
+  EXPECT_EQ(node.RunCommand(7, nullptr, kPlain, kEnds), 0);
+  EXPECT_EQ(QFThreadBaseMgr::IsAnyThreadsRunningOrWaiting(nullptr), 0);
+  EXPECT_THAT(log.Take(), ElementsAre());
+}
+
+TEST_F(Manager, DropsARepeat) {
+  clock.Hold();
+  WorkNode node;
+  QFThreadDataLink link = MakeLink(1, 2), other = MakeLink(3, 4);
+  Ask(node, &link);
+  EXPECT_EQ(node.RunCommand(7, &link, kPlain, kEnds), 0);
+  EXPECT_EQ(node.RunCommand(7, nullptr, kPlain, kEnds), 0) << "null agrees with any parameter";
+  EXPECT_NE(node.RunCommand(7, &other, kPlain, kEnds), 0);
+  EXPECT_NE(node.RunCommand(0, nullptr, kPlain, kEnds), 0);
+  EXPECT_NE(node.RunCommand(0, nullptr, kPlain, kEnds), 0) << "0 is never a repeat";
+  EXPECT_EQ(manager.Count(), 4);
+}
+
+TEST_F(Manager, EndsSimilarJobsUnlessTheyAreOfOneGroup) {
+  clock.Hold();
+  WorkNode a, b, c, d;
+  QFThreadDataLink one = MakeLink(1, 2, 3), same = MakeLink(1, 2, 3), other = MakeLink(1, 2, 4);
+  Ask(a, &one);
+  Ask(b, &same);
+  EXPECT_EQ(manager.Record(0)->GetThreadStatus(), eThreadRunning);
+  Ask(c, &other);
+  std::vector<int> statuses;
+  for (int at : {0, 1, 2}) statuses.push_back(manager.Record(at)->GetThreadStatus());
+  EXPECT_THAT(statuses, ElementsAre(4, 4, 2));
+}
+
+TEST_F(Manager, RunsOnTheCallersThreadWhereItMay) {
+  WorkNode node(_T("a"), &log);
+  manager.SetCanRunSeparateProcess(0);
+  EXPECT_EQ(node.RunCommand(7, nullptr, kPlain, kEnds), 1);
+  EXPECT_EQ(QFThreadBaseMgr::GetIsSeperateThread(), 0);
+  manager.SetCanRunSeparateProcess(1);
+  DWORD id = 0;
+  node.run = [&](void*&) {
+    EXPECT_EQ(QFThreadBaseMgr::GetIsSeperateThread(), 1);
+    id = GetCurrentThreadId();
+    return eThreadDone;
+  };
+  const int given = node.RunCommand(7, nullptr, kPlain, kEnds);
+  clock.AwaitThreads();
+  EXPECT_EQ(DWORD(given), id);
+}
+
+TEST_F(Manager, NumberOfThreadsHasNoLimit) {
+  Set(_T("ThreadNum"), 1);
+  WorkNode node;
+  Blocker blocker(node);
+  for (unsigned context = 1; context <= 10; ++context) Ask(node, nullptr, kPlain, kEnds, context);
+  for (int i = 0; i < 10; ++i) blocker.running.acquire();
+  EXPECT_EQ(manager.GetNumThreadsNotDone(), 10);
+  blocker.go.release(10);
+}
+
+TEST_F(Manager, CountsByStatus) {
+  Start(1);
+  QFThreadData* data = manager.Record(0);
+  const struct {
+    int status, any, done, notDone, ofDocument, documentDone, deleted;
+  } rows[] = {{0, 1, 1, 0, 0, 0, 1}, {1, 0, 1, 0, 0, 1, 1}, {2, 1, 0, 1, 1, 0, 0},
+              {3, 1, 0, 1, 0, 0, 0}, {4, 0, 1, 0, 0, 1, 1}, {5, 0, 1, 0, 0, 1, 1},
+              {6, 0, 1, 0, 0, 1, 1}, {7, 1, 1, 0, 1, 0, 0}, {8, 0, 1, 0, 0, 0, 0}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.status);
+    data->SetThreadStatus(QFeThreadStatus(row.status));
+    EXPECT_EQ(manager.AnyThreadsRunning(), row.any);
+    EXPECT_EQ(manager.AllThreadsDone(), row.done);
+    EXPECT_EQ(manager.GetNumThreadsNotDone(), row.notDone);
+    EXPECT_EQ(manager.GetNumThreadsRunningOrWaiting(&document_), row.ofDocument);
+    EXPECT_EQ(manager.GetAreAllThreadsInThisDocDone(&document_), row.documentDone);
+    EXPECT_EQ(manager.GetAreAllThreadsInThisDocDone(nodes_[0].get()), 1) << "another document";
+    const int deleted = manager.DeleteAllDoneThreads();
+    EXPECT_EQ(deleted, row.deleted);
+    if (deleted) {
+      EXPECT_FALSE(manager.ThreadInList(data));
+      Ask(*nodes_[0]);
+      data = manager.Record(0);
+    }
+  }
+}
+
+TEST_F(Manager, GivesAsManyHandlesAsThereIsRoomFor) {
+  Start(5);
+  void* handles[3] = {nullptr, nullptr, nullptr};
+  EXPECT_EQ(manager.GetThreadsNotDone(handles, 2), 5);
+  EXPECT_EQ(handles[0], manager.Record(0)->GetThreadHandle());
+  EXPECT_EQ(handles[1], manager.Record(1)->GetThreadHandle());
+  EXPECT_EQ(handles[2], nullptr);
+  clock.Open();
+  clock.AwaitThreads();
+  EXPECT_EQ(WaitForMultipleObjects(2, handles, TRUE, INFINITE), WAIT_OBJECT_0) << "handles outlive their jobs";
+}
+
+TEST_F(Manager, WaitsForMoreJobsThanASystemsCallTakes) {
+  Start(70);
+  std::counting_semaphore<> done(0);
+  for (auto& node : nodes_) node->run = [&](void*&) { return done.release(), eThreadDone; };
+  clock.Open();
+  manager.WaitForAllThreadsToBeDone();
+  for (int i = 0; i < 70; ++i) EXPECT_TRUE(done.try_acquire());
+}
+
+TEST_F(Manager, TerminatesByTarget) {
+  clock.Hold();
+  WorkNode a(_T("a"), &log), b(_T("b"), &log), c(_T("c"), &log);
+  QFThreadDataLink one = MakeLink(1, 1), two = MakeLink(1, 2), other = MakeLink(9, 1);
+  Ask(a, &one);
+  Ask(b, &two);
+  Ask(c, &other);
+  EXPECT_EQ(manager.ThreadExist(one.GetIdentifierA()), 1);
+  log.Take();
+  manager.DestructThread(one.GetIdentifierA());
+  EXPECT_THAT(log.Take(), ElementsAre("b command 1", "a command 1")) << "from the tail";
+  EXPECT_EQ(manager.ThreadExist(one.GetIdentifierA()), 0);
+  EXPECT_EQ(manager.Record(2)->GetThreadStatus(), eThreadRunning);
+  manager.DestructThread(&other);  // nobody's
+  EXPECT_THAT(clock.Pauses(), ElementsAre());
+}
+
+// A job on the target that is asked for while the others are told of their end.
+TEST_F(Manager, DestructThreadWaitsForNewJobsOnTheTarget) {
+  clock.Hold();
+  WorkNode a, b;
+  QFThreadDataLink one = MakeLink(1, 1), again = MakeLink(1, 2);
+  Ask(a, &one);
+  a.terminated = [&] { Ask(b, &again); };
+  manager.DestructThread(one.GetIdentifierA());
+  EXPECT_THAT(clock.Pauses(), testing::AllOf(testing::SizeIs(301), Each(1000)));
+}
+
+TEST_F(Manager, TerminatesTheLastOnlyIfItIsTheLastRequests) {
+  clock.Hold();
+  WorkNode a, b;
+  QFThreadDataLink one = MakeLink(1, 1), two = MakeLink(2, 2);
+  Ask(a, &one);
+  Ask(b, &two);
+  two.SetIdentifierB(nullptr);
+  manager.TerminateLastCreated();
+  EXPECT_EQ(manager.Record(1)->GetThreadStatus(), eThreadRunning);
+  two.SetIdentifierB(reinterpret_cast<void*>(2));
+  manager.TerminateLastCreated();
+  EXPECT_EQ(manager.Record(1)->GetThreadStatus(), eThreadTerminated);
+  EXPECT_EQ(manager.Record(0)->GetThreadStatus(), eThreadRunning);
+}
+
+// The second job is terminated first, and its status is then put back, as a command of the first may do.
+TEST_F(Manager, EndOfADocumentWaitsWithTheSectionHeldWhileJobsEnd) {
+  WorkNode first(_T("first")), second(_T("second"));
+  Blocker one(first), two(second);
+  Ask(first);
+  QFThreadData* data = Ask(second);
+  one.running.acquire();
+  two.running.acquire();
+  first.terminated = [&] { data->SetThreadStatus(eThreadRunning); };
+  clock.onPause = [&] {
+    one.go.release();
+    two.go.release();
+    while (data->GetThreadStatus() != eThreadDone) Sleep(0);
+    EXPECT_EQ(manager.Count(), 2) << "who ends now waits for the section";
+    WorkNode third;
+    manager.SetCanRunSeparateProcess(0);
+    EXPECT_EQ(third.RunCommand(7, nullptr, kPlain, kEnds), 1) << "who asks does not";
+  };
+  manager.TerminateAllThreadsInThisDoc(&document_);
+  EXPECT_THAT(clock.Pauses(), ElementsAre(1000));
+  clock.AwaitThreads();
+  EXPECT_EQ(manager.Count(), 0);
+}
+
+TEST_F(Manager, EndOfADocumentGivesUpAndLeavesOtherDocumentsAlone) {
+  Start(2);
+  WorkNode elsewhere;
+  nodes_[0]->terminated = [&] { manager.Record(1)->SetThreadStatus(eThreadWaitingForChild); };
+  manager.TerminateAllThreadsInThisDoc(&elsewhere);
+  EXPECT_EQ(manager.GetNumThreadsNotDone(), 2);
+  manager.TerminateAllThreadsInThisDoc(&document_);
+  EXPECT_THAT(clock.Pauses(), testing::AllOf(testing::SizeIs(180), Each(1000)));
+}
+
+}  // namespace

@@ -1,0 +1,232 @@
+// The record of one job: from the request to its end, and what others see of it.
+#include "share/jobs/job_record.h"
+
+#include <stdexcept>
+
+#include "platform/process.h"
+#include "tests/jobs/job_support.h"
+
+namespace {
+
+using namespace kvtest;
+using testing::ElementsAre;
+
+class Record : public JobTest {};
+
+TEST_F(Record, GoesThroughItsHooksInOrder) {
+  WorkNode node(_T("a"), &log);
+  node.run = [&](void*&) {
+    QFThreadData* mine = manager.FindThreadDataForCurrentThread();
+    EXPECT_EQ(mine, manager.Record(0));
+    EXPECT_EQ(mine->GetThreadStatus(), eThreadRunning);
+    EXPECT_EQ(mine->GetDocument(), &document_);
+    EXPECT_TRUE(node.GetIsUsingThisObject(mine));
+    return eThreadDone;
+  };
+  clock.Hold();
+  const int id = node.RunCommand(7, nullptr, kPlain, kEnds);
+  QFThreadData* data = manager.Record(0);
+  EXPECT_EQ(DWORD(id), data->GetThreadID());
+  EXPECT_NE(data->GetThreadHandle(), nullptr);
+  EXPECT_EQ(manager.GetNumThreadsRunningOrWaiting(nullptr), 1);
+  clock.Open();
+  manager.WaitForAllThreadsToBeDone();
+  clock.AwaitThreads();
+  EXPECT_THAT(log.Take(), ElementsAre("a start 2", "a begin 2", "a command 0", "a done 1", "a destroy 1"));
+  EXPECT_EQ(manager.Count(), 0);
+  EXPECT_EQ(manager.GetNumThreadsRunningOrWaiting(nullptr), 0);
+}
+
+struct End {
+  int result;  // of the command; -1 throws
+  int endType;
+  int status;
+  bool kept;
+};
+
+class Ends : public Record, public testing::WithParamInterface<End> {};
+
+TEST_P(Ends, GiveStatusAndDecideOnTheRecord) {
+  WorkNode node;
+  node.run = [](void*&) {
+    if (GetParam().result < 0) throw std::runtime_error("no");
+    return QFeThreadStatus(GetParam().result);
+  };
+  Ask(node, nullptr, kPlain, QFeThreadEndType(GetParam().endType));
+  clock.AwaitThreads();
+  std::vector<std::string> lines = log.Take();
+  const std::string last = lines.back();
+  EXPECT_EQ(manager.Count(), GetParam().kept);
+  if (GetParam().kept) {
+    const bool waits = GetParam().endType == 2;
+    EXPECT_EQ(manager.Record(0)->GetThreadStatus(), GetParam().status);
+    EXPECT_EQ(manager.Record(0)->GetThreadHandle() != nullptr, waits);
+    EXPECT_EQ(manager.GetNumThreadsRunningOrWaiting(nullptr), waits);
+  } else {
+    EXPECT_EQ(last, "node destroy " + std::to_string(GetParam().status));
+    EXPECT_EQ(manager.GetNumThreadsRunningOrWaiting(nullptr), 0);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Record, Ends,
+                         testing::Values(End{0, 0, 5, false}, End{1, 0, 1, false}, End{5, 0, 5, false},
+                                         End{6, 0, 6, true}, End{8, 0, 8, true}, End{-1, 0, 5, false},
+                                         End{1, 2, 8, true}, End{6, 2, 8, true}, End{5, 2, 5, false},
+                                         End{0, 2, 5, false}, End{-1, 2, 5, false}));
+
+TEST_F(Record, TerminatedAheadOfItsBeginNeverRuns) {
+  WorkNode node(_T("a"), &log);
+  clock.Hold();
+  QFThreadData* data = Ask(node);
+  EXPECT_EQ(data->TerminateThread(), eThreadRunning);
+  EXPECT_EQ(data->GetThreadStatus(), eThreadTerminated);
+  EXPECT_EQ(data->GetThreadHandle(), nullptr);
+  EXPECT_EQ(data->GetThreadID(), 0u);
+  EXPECT_EQ(data->TerminateThread(), eThreadTerminated) << "and nobody is told again";
+  EXPECT_EQ(data->GetEndTimeStr(), _T(""));
+  clock.Open();
+  clock.AwaitThreads();
+  EXPECT_THAT(log.Take(), ElementsAre("a start 2", "a command 1", "a begin 4", "a done 4", "a destroy 4"));
+}
+
+TEST_F(Record, TerminatedWhileItRunsStaysSo) {
+  for (const bool throws : {false, true}) {
+    WorkNode node(_T("a"), &log);
+    Blocker blocker(node);
+    const auto block = node.run;
+    node.run = [&](void*& param) {
+      block(param);
+      if (throws) throw std::runtime_error("late");
+      return eThreadDoneKeepData;
+    };
+    QFThreadData* data = Ask(node);
+    blocker.running.acquire();
+    data->TerminateThread();
+    blocker.go.release();
+    clock.AwaitThreads();
+    EXPECT_EQ(log.Take().back(), throws ? "a destroy 5" : "a destroy 4");
+  }
+}
+
+TEST_F(Record, DirectRunIsOverWhenTheRequestReturns) {
+  Set(_T("ThreadMulti"), 0);
+  WorkNode node(_T("a"), &log);
+  EXPECT_EQ(node.RunCommand(7, nullptr, kPlain, kEnds), 1);
+  EXPECT_THAT(log.Take(), ElementsAre("a command 0", "a destroy 1"));
+  EXPECT_EQ(manager.GetNumThreadsRunningOrWaiting(nullptr), 0);
+}
+
+TEST_F(Record, WithoutACallerRunsNothing) {
+  QFThreadData data(nullptr, 7, nullptr, kPlain, kEnds);
+  EXPECT_EQ(data.RunCommand(1), 0);
+  EXPECT_EQ(data.RunCommand(0), 0);
+  EXPECT_EQ(data.HandleCommand(0), 0);
+  EXPECT_EQ(data.GetThreadStatus(), eThreadNotStarted);
+  EXPECT_EQ(data.GetStartTimeStr(), _T(""));
+}
+
+TEST_F(Record, TakesTheParameterThatTheCommandLeaves) {
+  WorkNode node;
+  QFThreadDataLink first = MakeLink(1, 1), second = MakeLink(2, 2);
+  node.run = [&](void*& param) {
+    EXPECT_EQ(param, &first);
+    param = &second;
+    return eThreadDone;
+  };
+  QFThreadData* data = Ask(node, &first, kPlain, eThreadEndWaitForChild);
+  clock.AwaitThreads();
+  EXPECT_EQ(data->GetCommandParameter(), &second);
+}
+
+TEST_F(Record, StopsWhereItEntersTheLibraryUntilItIsResumed) {
+  WorkNode node(_T("a"), &log);
+  std::counting_semaphore<> running(0), go(0);
+  std::atomic<int> passed = 0;
+  node.run = [&](void*&) {
+    running.release();
+    go.acquire();
+    IsUserJobCancelled();
+    return passed = 1, eThreadDone;
+  };
+  QFThreadData* data = Ask(node);
+  running.acquire();
+  EXPECT_EQ(data->SuspendThread(), eThreadRunning);
+  EXPECT_EQ(data->SuspendThread(), eThreadSuspended);
+  go.release();
+  EXPECT_EQ(data->ResumeThread(), eThreadSuspended);
+  EXPECT_EQ(data->GetThreadStatus(), eThreadRunning) << "after the first, though it is suspended once more";
+  EXPECT_EQ(passed, 0);
+  EXPECT_EQ(data->ResumeThread(), eThreadRunning);
+  clock.AwaitThreads();
+  EXPECT_EQ(passed, 1);
+}
+
+// A job that waits to begin, and one that calls nothing, stand ahead of and behind their command.
+TEST_F(Record, SuspendedOutsideItsCommandStandsAndTerminatingLetsItGo) {
+  WorkNode early(_T("early"), &log), late(_T("late"), &log);
+  Blocker blocker(late);
+  QFThreadData* running = Ask(late);
+  blocker.running.acquire();
+  EXPECT_EQ(running->SuspendThread(), eThreadRunning);
+  clock.Hold();
+  QFThreadData* waiting = Ask(early);
+  waiting->SuspendThread();
+  log.Take();
+  clock.Open();
+  blocker.go.release();
+  manager.TerminateAllThreadsInThisDoc(&document_);
+  clock.AwaitThreads();
+  std::vector<std::string> lines = log.Take();
+  EXPECT_THAT(lines, testing::Contains("late destroy 4"));
+  EXPECT_THAT(lines, testing::Contains("early destroy 4"));
+  EXPECT_THAT(lines, testing::Not(testing::Contains("early command 0")));
+}
+
+TEST_F(Record, GoesWithItsNodeAndItsThreadEndsQuietly) {
+  clock.Hold();
+  {
+    WorkNode node(_T("a"), &log);
+    Ask(node);
+  }
+  EXPECT_EQ(manager.Count(), 0);
+  clock.Open();
+  clock.AwaitThreads();
+  EXPECT_THAT(log.Take(), ElementsAre("a start 2", "a destroy 2")) << "the caller's name is still known";
+  EXPECT_EQ(manager.GetNumThreadsRunningOrWaiting(nullptr), 0);
+}
+
+TEST_F(Record, DeletedWhileItRunsIsTouchedNoMore) {
+  WorkNode node(_T("a"), &log);
+  Blocker blocker(node);
+  QFThreadData* data = Ask(node);
+  blocker.running.acquire();
+  manager.DestroyThreadData(data);
+  EXPECT_FALSE(node.GetIsUsingThisObject(data));
+  log.Take();
+  blocker.go.release();
+  clock.AwaitThreads();
+  EXPECT_THAT(log.Take(), ElementsAre());
+  EXPECT_EQ(manager.GetNumThreadsRunningOrWaiting(nullptr), 0);
+}
+
+TEST_F(Record, TellsTheNodeTheTimeTakenInTestRuns) {
+  SetEnvironmentVariableW(_T("KV_TEST_ENV"), _T("YES"));
+  WorkNode done, failed;
+  const auto work = [](QFeThreadStatus status) {
+    return [status](void*&) {
+      StepClock::SetTime({2024, 5, 3, 17, 13, 2, 5, 0}, 1715950925);
+      return status;
+    };
+  };
+  done.run = work(eThreadDone);
+  failed.run = work(eThreadNotHandled);
+  Ask(done);
+  clock.AwaitThreads();
+  EXPECT_EQ(done.GetTimeTakenForGTP(), _T("01:02:05"));
+  Ask(failed);
+  clock.AwaitThreads();
+  EXPECT_EQ(failed.GetTimeTakenForGTP(), _T(""));
+  SetEnvironmentVariableW(_T("KV_TEST_ENV"), nullptr);
+}
+
+}  // namespace

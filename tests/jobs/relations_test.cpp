@@ -1,0 +1,166 @@
+// How jobs stand to one another: repeats, similar ones, parents and children; and the record's texts.
+#include <cstdlib>
+
+#include "platform/process.h"
+#include "tests/jobs/job_support.h"
+
+namespace {
+
+using namespace kvtest;
+using testing::ElementsAre;
+
+class Relations : public JobTest {};
+
+TEST_F(Relations, ParentEndsWithItsChild) {
+  WorkNode parent(_T("parent"), &log), child(_T("child"), &log);
+  QFThreadData* waiting = Ask(parent, nullptr, kPlain, eThreadEndWaitForChild);
+  clock.AwaitThreads();
+  EXPECT_EQ(waiting->GetThreadStatus(), eThreadWaitingForChild);
+  EXPECT_FALSE(manager.GetAreAllThreadsInThisDocDone(&document_));
+  EXPECT_FALSE(manager.AnyThreadsRunning());
+  EXPECT_EQ(manager.DeleteAllDoneThreads(), 0);
+  Set(_T("ThreadDel"), 0);
+  log.Take();
+  child.run = [](void*&) {
+    StepClock::SetTime({2024, 5, 3, 17, 12, 0, 9, 0}, 1715947209);
+    return eThreadDoneKeepData;
+  };
+  Ask(child, nullptr, eThreadTypeChild);
+  clock.AwaitThreads();
+  EXPECT_THAT(log.Take(), ElementsAre("child start 2", "child begin 2", "child command 0", "parent command 2",
+                                      "parent done 6", "child done 6"));
+  EXPECT_EQ(waiting->GetThreadStatus(), eThreadDoneKeepData);
+  EXPECT_EQ(waiting->GetTimeTaken(), _T("00:00:09")) << "to the end of the child";
+  EXPECT_EQ(waiting->GetThreadHandle(), nullptr);
+  EXPECT_EQ(waiting->GetThreadID(), 0u);
+  EXPECT_EQ(manager.GetNumThreadsRunningOrWaiting(nullptr), -1) << "two jobs are counted down three times";
+  EXPECT_EQ(manager.DeleteAllDoneThreads(), 2);
+}
+
+TEST_F(Relations, ChildWithoutParentEndsAlone) {
+  WorkNode first(_T("first"), &log), second(_T("second"), &log);
+  Ask(first, nullptr, eThreadTypeChild);
+  clock.AwaitThreads();
+  EXPECT_EQ(log.Take().back(), "first destroy 1");
+  Set(_T("ThreadMulti"), 0);
+  first.run = [](void*&) { return eThreadDoneKeepData; };
+  Ask(first);  // stays, without a handle
+  Ask(second, nullptr, eThreadTypeChild);
+  EXPECT_EQ(log.Take().back(), "second destroy 1");
+}
+
+TEST_F(Relations, DirectChildEndsAParentThatHasAHandle) {
+  WorkNode parent(_T("parent"), &log), child(_T("child"), &log);
+  Ask(parent, nullptr, kPlain, eThreadEndWaitForChild);
+  clock.AwaitThreads();
+  log.Take();
+  Set(_T("ThreadMulti"), 0);
+  parent.childDone = [] { throw 1; };
+  Ask(child, nullptr, eThreadTypeChild);
+  EXPECT_THAT(log.Take(), ElementsAre("child command 0", "parent command 2", "parent destroy 5", "child destroy 1"));
+  EXPECT_EQ(manager.GetNumThreadsRunningOrWaiting(nullptr), 0);
+}
+
+// The child of a parent that still runs: what the parent brings later is not taken, and it does not wait for ever.
+TEST_F(Relations, ChildMayBeQuickerThanItsParent) {
+  Set(_T("ThreadDel"), 0);
+  WorkNode parent(_T("parent"), &log), child(_T("child"), &log);
+  Blocker blocker(parent);
+  QFThreadData* data = Ask(parent, nullptr, kPlain, eThreadEndWaitForChild);
+  blocker.running.acquire();
+  const HANDLE childThread = Ask(child, nullptr, eThreadTypeChild)->GetThreadHandle();
+  WaitForMultipleObjects(1, &childThread, TRUE, INFINITE);
+  EXPECT_EQ(data->GetThreadStatus(), eThreadDone);
+  blocker.go.release();
+  clock.AwaitThreads();
+  EXPECT_EQ(data->GetThreadStatus(), eThreadDone);
+}
+
+TEST_F(Relations, PreviousAndDuplicateOwners) {
+  clock.Hold();
+  WorkNode a, b, c;
+  QFThreadDataLink one = MakeLink(1, 2, 3), same = MakeLink(1, 2, 3), other = MakeLink(1, 2, 4);
+  QFThreadData* first = Ask(a, &one);
+  QFThreadData* second = Ask(b, &same);
+  QFThreadData* third = Ask(c, &other, kPlain, kEnds, 8);
+  QFThreadData* owner = nullptr;
+  void* handle = nullptr;
+  EXPECT_EQ(manager.GetThreadPrevParentOwner(nullptr, owner, handle, 0), 0);
+  EXPECT_EQ(manager.GetThreadPrevParentOwner(first, owner, handle, 0), 0);
+  EXPECT_EQ(manager.GetThreadPrevParentOwner(third, owner, handle, 1), 0) << "groups 3 and 4";
+  EXPECT_EQ(owner, nullptr);
+  EXPECT_EQ(manager.GetThreadPrevParentOwner(second, owner, handle, 1), 1);
+  EXPECT_EQ(owner, first);
+  EXPECT_EQ(handle, first->GetThreadHandle());
+  EXPECT_EQ(manager.GetThreadPrevParentOwner(third, owner, handle, 0), 1);
+  EXPECT_EQ(owner, second);
+  EXPECT_EQ(manager.GetThreadDuplicateOwner(second, owner, handle), 1);
+  EXPECT_EQ(owner, first);
+  EXPECT_EQ(manager.GetThreadDuplicateOwner(third, owner, handle), 0) << "the first on the target decides";
+  first->TerminateThread();
+  EXPECT_EQ(manager.GetThreadDuplicateOwner(third, owner, handle), 0);
+  EXPECT_EQ(manager.GetThreadPrevParentOwner(second, owner, handle, 0), 0) << "no handle";
+}
+
+TEST_F(Relations, Matching) {
+  WorkNode node, other;
+  QFThreadDataLink link = MakeLink(1, 2, 3), elsewhere = MakeLink(1, 9, 3);
+  QFThreadData data(&node, 7, &link, kPlain, kEnds);
+  const struct {
+    QFObject* object;
+    unsigned context;
+    void* param;
+    bool matches;
+  } requests[] = {{&node, 7, &link, true},  {&node, 7, nullptr, true}, {&node, 7, &elsewhere, false},
+                  {&node, 8, &link, false}, {&node, 0, &link, false},  {&other, 7, &link, false}};
+  for (const auto& [object, context, param, matches] : requests)
+    EXPECT_EQ(data.GetIsDataMatching(object, context, param), matches) << context << " " << param;
+  EXPECT_FALSE(QFThreadData(&node, 0, &link, kPlain, kEnds).GetIsDataMatching(&node, 0, &link));
+
+  const struct {
+    unsigned mine, its, context;
+    std::intptr_t b;
+    bool similar;
+  } pairs[] = {{3, 3, 7, 2, false}, {3, 4, 7, 2, true},  {0, 3, 7, 2, true},  {3, 0, 7, 2, true},
+               {0, 0, 7, 2, true},  {3, 4, 8, 2, false}, {3, 4, 7, 5, false}, {3, 4, 0, 2, false}};
+  for (const auto& [mine, its, context, b, similar] : pairs) {
+    link.SetGroupNum(mine);
+    QFThreadDataLink asked = MakeLink(1, b, its);
+    EXPECT_EQ(data.GetIsSimiliarDuplicate(&other, context, &asked), similar) << mine << its << context << b;
+  }
+  EXPECT_FALSE(data.GetIsSimiliarDuplicate(&node, 7, nullptr));
+}
+
+TEST_F(Relations, Texts) {
+  WorkNode node(_T("pocket"));
+  QFThreadData* data = nullptr;
+  const auto run = [&](__time64_t start, __time64_t seconds) {
+    if (data) manager.DestroyThreadData(data);
+    StepClock::SetTime({2024, 5, 3, 17, 0, 0, 0, 0}, start);
+    node.run = [=](void*&) {
+      const auto hours = WORD(seconds / 3600), minutes = WORD(seconds / 60 % 60);
+      StepClock::SetTime({2024, 5, 3, 17, hours, minutes, WORD(seconds % 60), 999}, start + seconds);
+      return eThreadDoneKeepData;
+    };
+    data = Ask(node);
+    clock.AwaitThreads();
+  };
+  SetEnvironmentVariableW(_T("TZ"), _T("UTC"));
+  tzset();
+  run(13 * 3600 + 5 * 60 + 9, 3725);
+  EXPECT_EQ(data->GetStartTimeStr(), _T("01:05:09"));
+  EXPECT_EQ(data->GetEndTimeStr(), _T("02:07:14"));
+  EXPECT_EQ(data->GetTimeTaken(), _T("01:02:05"));
+  run(5 * 60 + 9, 12 * 3600);
+  EXPECT_EQ(data->GetStartTimeStr(), _T("12:05:09"));
+  EXPECT_EQ(data->GetEndTimeStr(), _T("12:05:09"));
+  run(0x7FFFFFFFFFFFFFFF, 0);
+  EXPECT_EQ(data->GetStartTimeStr(), _T("")) << "no such day";
+  data->SetActionProgress(45);
+  EXPECT_EQ(data->GetActionProgressString(), _T("45 %"));
+  EXPECT_EQ(data->GetProcessName(), _T("pocket"));
+  EXPECT_EQ(QFThreadData::DeltaTime({2024, 1, 1, 1, 0, 0, 0, 0}, {2024, 1, 2, 5, 1, 0, 0, 900}), 349200u);
+  EXPECT_EQ(QFThreadData::DeltaTime({2024, 1, 1, 1, 0, 0, 1, 0}, {2024, 1, 1, 1, 0, 0, 0, 0}), 0xFFFFFFFFu);
+}
+
+}  // namespace
