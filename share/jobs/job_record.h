@@ -8,7 +8,6 @@
 #include <atomic>
 #include <initializer_list>
 
-#include "platform/locale.h"
 #include "platform/time.h"
 #include "share/jobs/held_record.h"
 #include "share/jobs/job_link.h"
