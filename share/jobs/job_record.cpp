@@ -193,8 +193,10 @@ int QFThreadData::HandleCommand(int onOwnThread) {
     return 0;
   }
   if (onOwnThread && manager) manager->OnBeginThread(this);
+  const Begin begin = onOwnThread ? TakeOff() : Begin::kRuns;
+  if (begin == Begin::kOver) return 0;
   bool waits = false;
-  if (onOwnThread && !MayBegin()) {
+  if (begin == Begin::kTerminated) {
     m_eThreadStatus = eThreadTerminated;
   } else {
     StampStart();
@@ -229,11 +231,13 @@ bool QFThreadData::IsOver() const {
   return m_bGone || m_bEnded;
 }
 
-// Whether the command may begin; terminating comes too late to prevent it then.
-bool QFThreadData::MayBegin() {
+// Whether the command begins; terminating comes too late to prevent it then. Without a handle the job was terminated
+// and ends here.
+QFThreadData::Begin QFThreadData::TakeOff() {
   const JobLock lock;
-  m_bEnded = m_hThread == nullptr;
-  return !m_bEnded;
+  if (m_bGone || m_bEnded) return Begin::kOver;
+  m_bEnded = !m_hThread;
+  return m_bEnded ? Begin::kTerminated : Begin::kRuns;
 }
 
 // Calls the caller's HandleCommand. A parameter that it puts in the place of the present one is the record's when it

@@ -121,8 +121,8 @@ class KVSHARE_API QFThreadData : public QFObject {
   static DWORD ThreadEntry(void* record);
   bool BeginRun();
   DWORD StartThread();
-  bool MayBegin();
-  void CallCommand(int onOwnThread);
+  enum class Begin { kRuns, kTerminated, kOver };
+  Begin TakeOff();
   QFeThreadStatus AskCaller(QFeCommandType type);
   bool TakeResult(QFeThreadStatus result, bool threw, bool& waits);
   bool IsOver() const;
