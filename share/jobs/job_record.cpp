@@ -22,7 +22,8 @@ IMPLEMENT_DYNAMIC(QFThreadData, QFObject)
 namespace {
 
 constexpr DWORD kBeforeBegin_ms = 100;
-// Handles of jobs that have ended stay open for a while: whoever asked for them may be about to wait.
+// Handles of jobs stay open to the end of their threads and a while longer: whoever asked for them may be about to
+// wait.
 constexpr std::size_t kFormerHandles = 256;
 
 // On a job's own thread.
@@ -34,8 +35,13 @@ void LetGo(HANDLE handle) {
   for (DWORD count = ::ResumeThread(handle); count > 1 && count != DWORD(-1);) count = ::ResumeThread(handle);
   former->push_back(handle);
   if (former->size() <= kFormerHandles) return;
-  CloseHandle(former->front());
+  HANDLE oldest = former->front();
   former->pop_front();
+  if (WaitForSingleObject(oldest, 0) == WAIT_OBJECT_0) {
+    CloseHandle(oldest);
+  } else {
+    former->push_back(oldest);
+  }
 }
 
 bool IsTestRun() {
@@ -331,21 +337,26 @@ void QFThreadData::HandleChildDone(QFeThreadStatus childStatus) {
 QFeThreadStatus QFThreadData::SuspendThread() {
   const JobLock lock;
   const QFeThreadStatus before = m_eThreadStatus;
-  if (HANDLE handle = m_hThread) {
-    ::SuspendThread(handle);
-    m_eThreadStatus = eThreadSuspended;
-  }
+  HANDLE handle = ThreadToSuspend();
+  if (!handle) return before;
+  ::SuspendThread(handle);
+  m_eThreadStatus = eThreadSuspended;
   return before;
 }
 
 QFeThreadStatus QFThreadData::ResumeThread() {
   const JobLock lock;
   const QFeThreadStatus before = m_eThreadStatus;
-  if (HANDLE handle = m_hThread) {
-    m_eThreadStatus = eThreadRunning;
-    ::ResumeThread(handle);
-  }
+  HANDLE handle = ThreadToSuspend();
+  if (!handle) return before;
+  m_eThreadStatus = eThreadRunning;
+  ::ResumeThread(handle);
   return before;
+}
+
+// Null for a job that has its result: it would lose it. Under the lock.
+HANDLE QFThreadData::ThreadToSuspend() const {
+  return m_bEnded || m_eThreadStatus == eThreadWaitingForChild ? nullptr : m_hThread.load();
 }
 
 QFeThreadStatus QFThreadData::TerminateThread() {

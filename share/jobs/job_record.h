@@ -45,7 +45,7 @@ class KVSHARE_API QFThreadData : public QFObject {
   // Each gives the status before the call and does nothing to a job without a thread handle.
   //
   // A suspended job stops when it next enters the library (job_manager.h). As often as it was suspended it has to be
-  // resumed, but its status is "running" after the first time.
+  // resumed, but its status is "running" after the first time. Both do nothing to a job whose command has returned.
   QFeThreadStatus SuspendThread();
   QFeThreadStatus ResumeThread();
   // Takes thread id and handle from the record, sets status 4 and calls the caller's HandleCommand(1) on this thread.
@@ -67,8 +67,8 @@ class KVSHARE_API QFThreadData : public QFObject {
   // ---- state
 
   DWORD GetThreadID() const { return m_dwThreadID; }
-  // Null if the job has no thread, or has been terminated. Not to be closed; it stays good while the record has it, and
-  // for the next 256 jobs that end.
+  // Null if the job has no thread, or has been terminated. Not to be closed; it stays good until the thread has ended,
+  // and then for some 256 jobs more.
   void* GetThreadHandle() const { return m_hThread; }
   // Called on the job's own thread it holds a suspended job.
   QFeThreadStatus GetThreadStatus() const;
@@ -130,6 +130,7 @@ class KVSHARE_API QFThreadData : public QFObject {
   void StampEnd();
   void ReportToParent(int onOwnThread);
   void LetThreadGo();
+  void* ThreadToSuspend() const;
   void Leave();
   bool HasStatusIn(std::initializer_list<QFeThreadStatus> statuses) const;
   bool IsDone() const;

@@ -16,10 +16,6 @@ QFObject* g_document = nullptr;
 
 // Lives as long as its thread.
 struct StepClock::Alive {
-  explicit Alive(StepClock& clock) : owner(clock) {
-    const std::lock_guard guard(owner.lock_);
-    ++owner.threads_;
-  }
   ~Alive() {
     const std::lock_guard guard(owner.lock_);
     --owner.threads_;
@@ -62,6 +58,11 @@ void StepClock::Open() {
   changed_.notify_all();
 }
 
+void StepClock::Expect() {
+  const std::lock_guard guard(lock_);
+  ++threads_;
+}
+
 void StepClock::AwaitThreads() {
   std::unique_lock guard(lock_);
   changed_.wait(guard, [&] { return threads_ == 0; });
@@ -81,7 +82,9 @@ void StepClock::Sleep(DWORD milliseconds) {
     if (onPause) onPause();
     return;
   }
-  thread_local Alive alive(*this);
+  thread_local const Alive alive{*this};
+  static_cast<void>(alive);
+  for (int i = yields; i > 0; --i) ::Sleep(0);
   std::unique_lock guard(lock_);
   changed_.wait(guard, [&] { return !held_; });
 }
@@ -93,9 +96,11 @@ JobTest::JobTest() : settings_(_T("Settings"), _T("Software\\Zemlor\\Kestrova\\J
   g_settings = &settings_;
   g_document = &document_;
   QFShareRegisterDocCBK(
-      nullptr, nullptr, [] { return g_document; }, nullptr, nullptr, nullptr, nullptr, [] { return g_settings; },
-      nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
+      nullptr, nullptr, [] { return t_document ? t_document : g_document; }, nullptr, nullptr, nullptr, nullptr,
+      [] { return g_settings; }, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+      nullptr);
   manager.log = &log;
+  manager.clock = &clock;
   QFThreadBaseMgr::m_pInstance = &manager;
 }
 

@@ -33,12 +33,14 @@ class StepClock {
   // Jobs that start from now on don't begin before Open.
   void Hold();
   void Open();
-  // Until no thread is left of those that ever waited to begin.
+  // A thread is about to be started, and until none is left of them.
+  void Expect();
   void AwaitThreads();
 
   std::vector<DWORD> Pauses();  // those that were not before a job's begin
   static void SetTime(SYSTEMTIME time, __time64_t seconds);
   std::function<void()> onPause;
+  std::atomic<int> yields = 0;  // ahead of each job's begin
 
  private:
   struct Alive;
@@ -98,6 +100,7 @@ class TestManager : public QFThreadBaseMgr {
   using QFThreadBaseMgr::m_CriticalSection;
 
   Log* log = nullptr;
+  StepClock* clock = nullptr;
 
   QFThreadData* Record(int place) {
     CObList all;
@@ -113,6 +116,7 @@ class TestManager : public QFThreadBaseMgr {
 
  protected:
   int OnStartRunningThreadData(QFThreadData* data) override {
+    clock->Expect();
     return Note("start", data, QFThreadBaseMgr::OnStartRunningThreadData(data));
   }
   int OnBeginThread(QFThreadData* data) override { return Note("begin", data, QFThreadBaseMgr::OnBeginThread(data)); }
@@ -130,6 +134,9 @@ class TestManager : public QFThreadBaseMgr {
     return result;
   }
 };
+
+// The active document of this thread, if it is not the fixture's.
+inline thread_local QFObject* t_document = nullptr;
 
 // A manager, settings ("ThreadMulti" 1) and an active document. Afterwards no thread is left.
 class JobTest : public testing::Test {

@@ -72,7 +72,12 @@ INSTANTIATE_TEST_SUITE_P(Record, Ends,
                          testing::Values(End{0, 0, 5, false}, End{1, 0, 1, false}, End{5, 0, 5, false},
                                          End{6, 0, 6, true}, End{8, 0, 8, true}, End{-1, 0, 5, false},
                                          End{1, 2, 8, true}, End{6, 2, 8, true}, End{5, 2, 5, false},
-                                         End{0, 2, 5, false}, End{-1, 2, 5, false}));
+                                         End{0, 2, 5, false}, End{-1, 2, 5, false}),
+                         [](const auto& row) {
+                           const std::string result =
+                               row.param.result < 0 ? "Exception" : std::to_string(row.param.result);
+                           return result + "OfEndType" + std::to_string(row.param.endType);
+                         });
 
 TEST_F(Record, TerminatedAheadOfItsBeginNeverRuns) {
   WorkNode node(_T("a"), &log);
@@ -180,6 +185,16 @@ TEST_F(Record, SuspendedOutsideItsCommandStandsAndTerminatingLetsItGo) {
   EXPECT_THAT(lines, testing::Contains("late destroy 4"));
   EXPECT_THAT(lines, testing::Contains("early destroy 4"));
   EXPECT_THAT(lines, testing::Not(testing::Contains("early command 0")));
+}
+
+// A parent that waits has no thread that could be suspended: its status is its own.
+TEST_F(Record, IsNotSuspendedAfterItsCommand) {
+  WorkNode node;
+  QFThreadData* data = Ask(node, nullptr, kPlain, eThreadEndWaitForChild);
+  clock.AwaitThreads();
+  EXPECT_EQ(data->SuspendThread(), eThreadWaitingForChild);
+  EXPECT_EQ(data->ResumeThread(), eThreadWaitingForChild);
+  EXPECT_EQ(data->GetThreadStatus(), eThreadWaitingForChild);
 }
 
 TEST_F(Record, GoesWithItsNodeAndItsThreadEndsQuietly) {
