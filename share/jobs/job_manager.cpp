@@ -80,21 +80,24 @@ int QFThreadBaseMgr::RunCommand_i(QFObject* object, unsigned context, void* para
   const HeldRecord held = Held(data);
   SetLastIdentifiers(context, param);
   TerminateSimiliarDuplicateThreads(object, context, param);
-  if (Append(*data)) return int(data->RunCommand(multi));
+  return AppendThreadData(data) ? int(data->RunCommand(multi)) : 0;
+}
+
+// The repeat may be that of a request which another thread has made since this one was looked for.
+int QFThreadBaseMgr::AppendThreadData(QFThreadData* data) {
+  {
+    const JobLock lock;
+    const auto repeats = [&](const QFThreadData& other) {
+      return other.GetIsDataMatching(data->m_pCallingObject, data->m_nCommandContextID, data->m_pCommandParameter);
+    };
+    if (!FindFirst(repeats)) {
+      m_ThreadList.AddTail(data);
+      return 1;
+    }
+  }
   data->Leave();
   data->Release();
   return 0;
-}
-
-// False for a repeat of a request that another thread has made since this one was looked for.
-bool QFThreadBaseMgr::Append(QFThreadData& data) {
-  const JobLock lock;
-  const auto repeats = [&](const QFThreadData& other) {
-    return other.GetIsDataMatching(data.m_pCallingObject, data.m_nCommandContextID, data.m_pCommandParameter);
-  };
-  if (FindFirst(repeats)) return false;
-  m_ThreadList.AddTail(&data);
-  return true;
 }
 
 void QFThreadBaseMgr::SetLastIdentifiers(unsigned context, void* param) {

@@ -169,6 +169,9 @@ class KVSHARE_API QFThreadBaseMgr {
   int GetNumThreadsRunningOrWaiting(QFObject* document);
   void DecrementRunningThreadCnt() { --m_nRunningThreads; }
   void SetLastIdentifiers(unsigned context, void* param);
+  // For a manager that queues: puts a record that it has built, and given status 7, at the end of the list, which owns
+  // it from then on. Its RunCommand starts it. 0, with the record deleted, for a repeat.
+  int AppendThreadData(QFThreadData* data);
   void TerminateSimiliarDuplicateThreads(QFObject* object, unsigned context, void* param);
 
   QFCriticalSection m_CriticalSection;
@@ -187,7 +190,6 @@ class KVSHARE_API QFThreadBaseMgr {
   template <class Wanted>
   void Terminate(QFThreadData& data, Wanted wanted);
   void End(QFThreadData* data, int onOwnThread);
-  bool Append(QFThreadData& data);
   HeldRecord FindPrevParentOwner(QFThreadData* data, int checkGroup);
   std::vector<void*> HandlesNotDone();
 
