@@ -36,6 +36,7 @@ std::vector<std::string> SettingsCandidates(const std::vector<std::string>& word
 void AddMachineCommands(CLI::App& app);
 void AddEnvironmentCommands(CLI::App& app);
 void AddDocumentCommands(CLI::App& app);
+void AddJobCommands(CLI::App& app);
 void AddFeedColorCommands(CLI::App& app);
 void AddIniCommands(CLI::App& app);
 void AddTechDatabaseCommands(CLI::App& app);

@@ -18,6 +18,7 @@ int Run(int argc, char** argv) {
       "  kestrova machine export --machines examples/machines --type Mill Trunnion500\n"
       "  kestrova document new part.kvdoc --nodes 200\n"
       "  kestrova document verify part.kvdoc\n"
+      "  kestrova job run part.kvdoc --jobs 4\n"
       "  kestrova feedcolors add --process mill 1200 '#FF8000'\n"
       "  kestrova env doctor\n"
       "  kestrova settings list --changed\n"
@@ -32,6 +33,7 @@ int Run(int argc, char** argv) {
   kestrova::AddSettingsCommands(app);
   kestrova::AddMachineCommands(app);
   kestrova::AddDocumentCommands(app);
+  kestrova::AddJobCommands(app);
   kestrova::AddFeedColorCommands(app);
   kestrova::AddIniCommands(app);
   kestrova::AddCompletionCommands(app,

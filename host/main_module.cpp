@@ -1,6 +1,7 @@
 // The callbacks of the command line, and its start and stop.
 #include "host/main_module.h"
 
+#include <atomic>
 #include <memory>
 #include <utility>
 
@@ -20,6 +21,7 @@ using kestrova::HostDocument;
 std::unique_ptr<QFAppSettings> g_settings;
 HostDocument* g_document = nullptr;  // the active one
 bool g_registered = false;
+constinit std::atomic<bool> g_cancelled = false;
 
 // Some defaults are texts of the language library, which is there only once the environment has been started.
 void CompleteDefaults(QFAppSettings& settings) {
@@ -61,7 +63,7 @@ void RegisterCallbacks() {
       /*activeDocument=*/[]() -> QFObject* { return g_document; },
       /*message=*/[](unsigned, char*&) { return 0; },
       /*progress=*/kestrova::ProgressBar::Step,
-      /*isUserJobCancelled=*/[] { return 0; },
+      /*isUserJobCancelled=*/[] { return int(g_cancelled); },
       /*docSettings=*/[]() -> QFSettingsKey* { return g_document ? &g_document->Settings() : nullptr; },
       /*appSettings=*/[]() -> QFSettingsKey* { return g_settings.get(); },
       /*appFeedColorSettings=*/MillFeedColors,
@@ -99,6 +101,11 @@ MainModuleScope::~MainModuleScope() {
   if (g_settings) CloseAppEnv();
   g_settings.reset();
 }
+
+bool CancelUserJob() { return g_cancelled.exchange(true); }
+
+UserJobScope::UserJobScope() { g_cancelled = false; }
+UserJobScope::~UserJobScope() { g_cancelled = false; }
 
 ActiveDocument::ActiveDocument(HostDocument* document) : before_(std::exchange(g_document, document)) {}
 

@@ -26,6 +26,19 @@ class MainModuleScope {
   MainModuleScope& operator=(const MainModuleScope&) = delete;
 };
 
+// The user doesn't want the running jobs any more: IsUserJobCancelled says so until the scope's end. Any thread may
+// call, and a signal's handler. True if it had been said before.
+bool CancelUserJob();
+
+// Within it jobs run that the user may cancel.
+class UserJobScope {
+ public:
+  UserJobScope();
+  ~UserJobScope();
+  UserJobScope(const UserJobScope&) = delete;
+  UserJobScope& operator=(const UserJobScope&) = delete;
+};
+
 // Makes a document the active one, on which the library's callbacks work, for as long as this object lives; then it is
 // the one before again. Null for none. The document stays the caller's.
 class ActiveDocument {

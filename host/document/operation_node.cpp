@@ -5,6 +5,7 @@
 #include "framework/archive.h"
 #include "host/document/host_document.h"
 #include "host/document/tool_node.h"
+#include "host/jobs/operation_command.h"
 #include "share/objects/dump.h"
 #include "share/objects/storage_status.h"
 #include "share/utilities/units.h"
@@ -37,6 +38,11 @@ void HostOperation::SetTool(HostTool* tool) {
 int HostOperation::RemoveFromUserObjectsList(QFObject* object) {
   if (object && object == m_tool) m_tool = nullptr;
   return HostNode::RemoveFromUserObjectsList(object);
+}
+
+QFeThreadStatus HostOperation::HandleCommand(QFeCommandType type, unsigned context, void*& param) {
+  auto* command = static_cast<OperationCommand*>(static_cast<QFThreadDataLink*>(param));
+  return command ? command->Handle(type, context, *this) : eThreadNotHandled;
 }
 
 void HostOperation::DropLinks() {

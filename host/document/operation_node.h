@@ -37,6 +37,8 @@ class HostOperation : public HostNode {
   int CanSuppress() const override { return !IsLocked() && HostNode::CanSuppress(); }
   // A tool that goes leaves the operation without one.
   int RemoveFromUserObjectsList(QFObject* object) override;
+  // The parameter, which is an OperationCommand (host/jobs/operation_command.h), knows what to do; 5 without one.
+  QFeThreadStatus HandleCommand(QFeCommandType type, unsigned context, void*& param) override;
   int IsRebuildReqOnStockChange() override { return 1; }
   int IsDirtyOnStockChange() override { return IsFlagged(); }
   void DropLinks() override;

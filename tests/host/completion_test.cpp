@@ -8,7 +8,7 @@ TEST(Completion, OffersCommandsOptionsAndChoices) {
     std::vector<std::string> words;
     std::string candidates;
   } const kCases[] = {
-      {{"complete-words", ""}, "completion\ndocument\nenv\nfeedcolors\nini\nmachine\nreg\nsettings\ntechdb\n"},
+      {{"complete-words", ""}, "completion\ndocument\nenv\nfeedcolors\nini\njob\nmachine\nreg\nsettings\ntechdb\n"},
       {{"complete-words", "ma"}, "machine\n"},
       {{"complete-words", "machine", ""}, "check\nexport\nshow\n"},
       {{"complete-words", "machine", "export", "--ma"}, "--machines\n"},

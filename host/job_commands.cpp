@@ -1,0 +1,128 @@
+// kestrova job: the operations of a document run as background jobs.
+#include <fmt/format.h>
+#include <CLI/CLI.hpp>
+
+#include <chrono>
+#include <cstdio>
+#include <deque>
+#include <nlohmann/json.hpp>
+
+#include "host/commands.h"
+#include "host/document/document_loader.h"
+#include "host/document/operation_node.h"
+#include "host/jobs/job_queue.h"
+#include "host/jobs/job_screen.h"
+#include "host/jobs/toolpath_command.h"
+#include "host/main_module.h"
+#include "platform/console.h"
+#include "platform/threads.h"
+#include "share/env/document_callbacks.h"
+
+namespace kestrova {
+namespace {
+
+constexpr char kRunHelp[] = R"(
+Computes a toolpath for each operation of the document that is neither suppressed nor recycled, as background jobs: at
+most N at a time, the application's setting ThreadNum unless told. Shows a line a job while they run, and a table at the
+end. Ctrl-C cancels: jobs that run stop at their next step, those that wait don't begin; a second one ends the process.
+The document is not changed. Ends with 1 unless all jobs are done.
+
+  kestrova job run part.kvdoc
+  kestrova job run part.kvdoc --jobs 4 --parents
+  kestrova job run part.kvdoc --command crash --json
+  kestrova job run part.kvdoc --cancel-after 250
+)";
+
+constexpr DWORD kBetweenLooks_ms = 40;
+
+struct Given {
+  std::string file;
+  std::string command = "generate";
+  int jobs = 0;  // 0 for the setting
+  bool parents = false;
+  int cancel_after_ms = -1;
+  bool json = false;
+};
+
+BOOL OnControl(DWORD event) { return event == CTRL_C_EVENT && !CancelUserJob(); }
+
+// Ctrl-C is the user's cancel while this lives.
+class ControlScope {
+ public:
+  ControlScope() { SetConsoleCtrlHandler(OnControl, TRUE); }
+  ~ControlScope() { SetConsoleCtrlHandler(OnControl, FALSE); }
+  ControlScope(const ControlScope&) = delete;
+  ControlScope& operator=(const ControlScope&) = delete;
+};
+
+void AskForJobs(const HostDocument& document, JobQueue& queue, const Given& given,
+                std::deque<ToolpathCommand>& commands) {
+  // Without threads a parent would wait for ever: nothing ends it.
+  const bool parents = given.parents && queue.RunsThreads();
+  const auto parentEnd = parents ? eThreadEndWaitForChild : QFeThreadEndType(0);
+  document.Walk([&](HostNode& node, int) {
+    auto* operation = DYNAMIC_DOWNCAST(HostOperation, &node);
+    if (!operation || operation->IsSuppressed() || operation->IsRecycled()) return;
+    const unsigned context = ToolpathCommand::ContextOf(given.command);
+    queue.Ask(*operation, context, commands.emplace_back(queue, *operation), QFeThreadType(0), parentEnd);
+    if (parents)
+      queue.Ask(*operation, ToolpathCommand::kLink, commands.emplace_back(queue, *operation), eThreadTypeChild,
+                QFeThreadEndType(0));
+  });
+}
+
+void RunJobs(const Given& given) {
+  StartMainModule();
+  DocumentLoader loader(given.file, DocumentLoader::Mode::kStrict);
+  const auto document = loader.Load();
+  const ActiveDocument active(document.get());
+  const ControlScope control;
+  const UserJobScope user;
+  std::deque<ToolpathCommand> commands;
+  JobQueue queue(given.jobs);
+  JobScreen screen;
+  const auto begin = std::chrono::steady_clock::now();
+  AskForJobs(*document, queue, given, commands);
+  bool cancelled = false;
+  while (!queue.IsIdle()) {
+    screen.Show(queue.Jobs());
+    Sleep(kBetweenLooks_ms);
+    const auto passed = std::chrono::steady_clock::now() - begin;
+    if (given.cancel_after_ms >= 0 && passed >= std::chrono::milliseconds(given.cancel_after_ms)) CancelUserJob();
+    if (!cancelled && IsUserJobCancelled()) {
+      cancelled = true;
+      queue.TerminateAllThreadsInThisDoc(document.get());
+    }
+    queue.StartNext();
+  }
+  queue.AwaitThreads();
+  const std::vector<JobView> jobs = queue.Jobs();
+  screen.Finish(jobs);
+  if (given.json) {
+    fmt::print("{}\n", JobsJson(jobs).dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+  } else {
+    fmt::print("{}", JobsTable(jobs));
+  }
+  if (!AreAllDone(jobs)) throw FoundErrors();
+}
+
+}  // namespace
+
+void AddJobCommands(CLI::App& app) {
+  static Given given;
+  CLI::App* group = app.add_subcommand("job", "Background jobs: run");
+  group->require_subcommand(1);
+  CLI::App* run = group->add_subcommand("run", "Run a command on the operations of a document");
+  run->footer(kRunHelp);
+  run->add_option("FILE", given.file, "The document's file")->required();
+  run->add_option("--command", given.command, "What to run, generate unless told")
+      ->check(CLI::IsMember({"generate", "recalculate", "fail", "crash"}));
+  run->add_option("--jobs", given.jobs, "How many at a time")->check(CLI::Range(1, 1000));
+  run->add_flag("--parents", given.parents, "Let each job wait for a child that links its moves");
+  run->add_option("--cancel-after", given.cancel_after_ms, "Cancel after so many milliseconds")
+      ->check(CLI::Range(0, 3'600'000));
+  run->add_flag("--json", given.json, "The table as JSON");
+  run->callback([] { RunJobs(given); });
+}
+
+}  // namespace kestrova

@@ -1,0 +1,136 @@
+#include "host/jobs/toolpath.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+#include <vector>
+
+#include "companions/geometry/constants.h"
+
+namespace kestrova {
+namespace {
+
+using Point = HostFeature::Point;
+
+constexpr double kMm = 0.001;
+constexpr int kMostLevels = 8;
+constexpr int kMostContours = 8;
+constexpr double kChord = 0.002 * kMm;  // between the points of an offset corner
+constexpr std::size_t kFewestPoints = 2000;
+constexpr std::size_t kArcPoints = 32;  // an arc takes at most so many points
+
+double Distance(Point a, Point b) { return std::hypot(a.x - b.x, a.y - b.y); }
+
+struct Circle {
+  Point centre;
+  double radius;
+};
+
+// None through three points on a line.
+std::optional<Circle> CircleThrough(Point a, Point b, Point c) {
+  const double bx = b.x - a.x, by = b.y - a.y, cx = c.x - a.x, cy = c.y - a.y;
+  const double twiceArea = bx * cy - by * cx;
+  if (std::abs(twiceArea) < 1e-18) return std::nullopt;
+  const double b2 = bx * bx + by * by, c2 = cx * cx + cy * cy;
+  const double x = (cy * b2 - by * c2) / (2 * twiceArea), y = (bx * c2 - cx * b2) / (2 * twiceArea);
+  return Circle{{a.x + x, a.y + y}, std::hypot(x, y)};
+}
+
+// The corners of the profile; a hole's are those of a circle.
+std::vector<Point> Corners(const ToolpathTask& task) {
+  std::vector<Point> corners(task.profile.begin(), task.profile.end());
+  if (corners.size() >= 3) return corners;
+  const Point centre = corners.empty() ? Point{} : corners.front();
+  const double radius = std::max(task.diameter / 2, kMm);
+  corners.clear();
+  for (int i = 0; i < 360; ++i)
+    corners.push_back({centre.x + radius * std::cos(i * PI / 180), centre.y + radius * std::sin(i * PI / 180)});
+  return corners;
+}
+
+double TwiceArea(const std::vector<Point>& corners) {
+  double sum = 0;
+  for (std::size_t i = 0; i < corners.size(); ++i) {
+    const Point a = corners[i], b = corners[(i + 1) % corners.size()];
+    sum += a.x * b.y - a.y * b.x;
+  }
+  return sum;
+}
+
+// The contour at a distance outside of the corners: edges moved out, joined by rounded corners where they part.
+std::vector<Point> Offset(const std::vector<Point>& corners, double distance) {
+  std::vector<Point> contour;
+  const std::size_t count = corners.size();
+  const double side = TwiceArea(corners) < 0 ? -1 : 1;
+  const std::size_t pointsOfEdge = std::max<std::size_t>(2, kFewestPoints / count);
+  for (std::size_t i = 0; i < count; ++i) {
+    const Point a = corners[i], b = corners[(i + 1) % count], c = corners[(i + 2) % count];
+    const double length = Distance(a, b), next = Distance(b, c);
+    if (length == 0 || next == 0) continue;
+    const Point out = {side * (b.y - a.y) / length, side * (a.x - b.x) / length};
+    const Point outNext = {side * (c.y - b.y) / next, side * (b.x - c.x) / next};
+    for (std::size_t at = 0; at < pointsOfEdge; ++at) {
+      const double part = double(at) / double(pointsOfEdge - 1);
+      contour.push_back({a.x + part * (b.x - a.x) + distance * out.x, a.y + part * (b.y - a.y) + distance * out.y});
+    }
+    const double turn = std::atan2(out.x * outNext.y - out.y * outNext.x, out.x * outNext.x + out.y * outNext.y);
+    if (turn * side <= 0) continue;
+    const double from = std::atan2(out.y, out.x);
+    const int steps = int(std::clamp(std::abs(turn) * distance / kChord, 8.0, 20'000.0));
+    for (int at = 1; at < steps; ++at) {
+      const double angle = from + turn * at / steps;
+      contour.push_back({b.x + distance * std::cos(angle), b.y + distance * std::sin(angle)});
+    }
+  }
+  return contour;
+}
+
+// Whether the circle goes within the tolerance of the points of a run.
+bool Fits(const Circle& circle, const std::vector<Point>& points, std::size_t first, std::size_t last,
+          double tolerance) {
+  for (std::size_t at = first; at <= last; ++at)
+    if (std::abs(Distance(points[at], circle.centre) - circle.radius) > tolerance) return false;
+  return true;
+}
+
+// The longest run from a point on that one arc, or one line, goes through.
+void FitRuns(const std::vector<Point>& points, double tolerance, Toolpath& path) {
+  for (std::size_t first = 0; first + 1 < points.size();) {
+    std::size_t last = first + 1;
+    bool arc = false;
+    while (last + 1 < points.size() && last - first < kArcPoints) {
+      const auto circle = CircleThrough(points[first], points[(first + last + 1) / 2], points[last + 1]);
+      if (circle && !Fits(*circle, points, first, last + 1, tolerance)) break;
+      arc = arc || circle.has_value();
+      ++last;
+    }
+    (arc ? path.arcs : path.lines) += 1;
+    for (std::size_t at = first; at < last; ++at) path.length += Distance(points[at], points[at + 1]);
+    first = last;
+  }
+}
+
+}  // namespace
+
+Toolpath ComputeToolpath(const ToolpathTask& task, const ToolpathProgress& progress) {
+  Toolpath path;
+  const double step = std::max(task.step, 0.1 * kMm);
+  const std::vector<Point> corners = Corners(task);
+  const int levels =
+      int(std::clamp(std::ceil(task.depth / std::max(task.diameter / 2, kMm)), 1.0, double(kMostLevels)));
+  const int total = levels * kMostContours;
+  for (; path.levels < levels; ++path.levels) {
+    for (int contour = 0; contour < kMostContours; ++contour) {
+      const int percent = 100 * path.contours / total;
+      if (!progress(percent, "offsetting")) return path;
+      const std::vector<Point> points = Offset(corners, task.diameter / 2 + contour * step);
+      if (!progress(percent, "fitting arcs")) return path;
+      FitRuns(points, task.tolerance, path);
+      ++path.contours;
+    }
+  }
+  progress(100, "done");
+  return path;
+}
+
+}  // namespace kestrova

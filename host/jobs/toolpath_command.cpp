@@ -1,0 +1,70 @@
+#include "host/jobs/toolpath_command.h"
+
+#include <stdexcept>
+
+#include "host/document/feature_node.h"
+#include "host/document/operation_node.h"
+#include "host/document/tool_node.h"
+#include "host/jobs/job_queue.h"
+#include "share/env/document_callbacks.h"
+
+namespace kestrova {
+namespace {
+
+constexpr struct {
+  const char* name;
+  unsigned context;
+} kNames[] = {
+    {"generate", ToolpathCommand::kGenerate},
+    {"recalculate", ToolpathCommand::kRecalculate},
+    {"fail", ToolpathCommand::kFail},
+    {"crash", ToolpathCommand::kCrash},
+};
+
+constexpr double kTolerance = 1e-6;      // metres
+constexpr double kFineTolerance = 2e-7;  // of a recalculation
+
+// What the operation says of its geometry, with something in the place of what is missing.
+ToolpathTask TaskOf(const HostOperation& operation) {
+  ToolpathTask task;
+  if (const auto* feature = DYNAMIC_DOWNCAST(HostFeature, operation.GetOwner())) {
+    task.profile = feature->Profile();
+    task.depth = feature->Depth();
+  }
+  task.diameter = operation.Tool() ? operation.Tool()->Diameter() : 0.01;
+  task.step = operation.Step();
+  task.tolerance = kTolerance;
+  return task;
+}
+
+}  // namespace
+
+unsigned ToolpathCommand::ContextOf(const std::string& name) {
+  for (const auto& known : kNames)
+    if (name == known.name) return known.context;
+  return 0;
+}
+
+QFeThreadStatus ToolpathCommand::Handle(QFeCommandType type, unsigned context, HostOperation& operation) {
+  switch (type) {
+    case eCommandRun: return Compute(context, operation);
+    case eCommandTerminated: stop_ = true; return eThreadTerminated;
+    case eCommandChildDone: return eThreadDone;
+  }
+  return eThreadNotHandled;
+}
+
+QFeThreadStatus ToolpathCommand::Compute(unsigned context, const HostOperation& operation) {
+  ToolpathTask task = TaskOf(operation);
+  if (context == kRecalculate) task.tolerance = kFineTolerance;
+  if (context == kLink) task.depth = 0;  // one level
+  const bool half = context == kFail || context == kCrash;
+  ComputeToolpath(task, [&](int percent, const char* step) {
+    queue_.Tell(percent, context == kLink ? "linking" : step);
+    return !stop_ && !IsUserJobCancelled() && !(half && percent >= 50);
+  });
+  if (context == kCrash) throw std::runtime_error("the command crashed half way");
+  return context == kFail ? eThreadNotStarted : eThreadDone;
+}
+
+}  // namespace kestrova

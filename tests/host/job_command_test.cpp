@@ -1,0 +1,172 @@
+// kestrova job: the queue, the toolpaths, and the command as a user runs it.
+#include <gmock/gmock.h>
+
+#include <nlohmann/json.hpp>
+#include <semaphore>
+
+#include "host/document/operation_node.h"
+#include "host/jobs/job_queue.h"
+#include "host/jobs/job_screen.h"
+#include "host/jobs/toolpath.h"
+#include "tests/host/document_fixture.h"
+#include "tests/host/run_command.h"
+
+namespace {
+
+using namespace kestrova;
+using Json = nlohmann::json;
+
+// A command that says that it runs and waits to be let go.
+class Waiting : public OperationCommand {
+ public:
+  Waiting() { SetIdentifierA(this); }
+  QFeThreadStatus Handle(QFeCommandType type, unsigned, HostOperation&) override {
+    if (type == eCommandChildDone) child_done = true;
+    if (type != eCommandRun) return eThreadDone;
+    running.release();
+    go.acquire();
+    return eThreadDone;
+  }
+  std::counting_semaphore<> running{0}, go{0};
+  std::atomic<bool> child_done = false;
+};
+
+class JobQueueTest : public kvtest::DocumentTest {
+ protected:
+  std::vector<int> Statuses() {
+    std::vector<int> statuses;
+    for (const JobView& job : queue_.Jobs()) statuses.push_back(job.status);
+    return statuses;
+  }
+  bool Ask(HostOperation& node, Waiting& command, QFeThreadType type = QFeThreadType(0),
+           QFeThreadEndType end = QFeThreadEndType(0), unsigned context = 1) {
+    return queue_.Ask(node, context, command, type, end);
+  }
+  // Until the job ahead has left its command and the queue has had a look.
+  void Await(int place, QFeThreadStatus status) {
+    while (queue_.Jobs()[std::size_t(place)].status != status) Sleep(1);
+  }
+
+  HostOperation& first_ = Add<HostOperation>(nullptr, _T("first"));
+  HostOperation& second_ = Add<HostOperation>(nullptr, _T("second"));
+  HostOperation& third_ = Add<HostOperation>(nullptr, _T("third"));
+  Waiting one_, two_, three_;
+  JobQueue queue_{2};
+};
+
+TEST_F(JobQueueTest, RunsAsManyAsItMayAndTheNextWhenOneEnds) {
+  EXPECT_TRUE(Ask(first_, one_));
+  EXPECT_TRUE(Ask(second_, two_));
+  EXPECT_TRUE(Ask(third_, three_));
+  EXPECT_FALSE(Ask(third_, three_)) << "a repeat of one that waits";
+  EXPECT_THAT(Statuses(), testing::ElementsAre(2, 2, 7));
+  one_.running.acquire();
+  two_.running.acquire();
+  EXPECT_FALSE(three_.running.try_acquire());
+  two_.go.release();
+  three_.running.acquire();
+  EXPECT_THAT(Statuses(), testing::ElementsAre(2, 1, 2));
+  one_.go.release();
+  three_.go.release();
+  queue_.AwaitThreads();
+  EXPECT_TRUE(queue_.IsIdle());
+}
+
+TEST_F(JobQueueTest, ChildWaitsForItsParentsPart) {
+  Ask(first_, one_, QFeThreadType(0), eThreadEndWaitForChild);
+  Ask(first_, two_, eThreadTypeChild, QFeThreadEndType(0), 2);
+  EXPECT_THAT(Statuses(), testing::ElementsAre(2, 7));
+  one_.go.release();
+  Await(0, eThreadWaitingForChild);
+  EXPECT_FALSE(one_.child_done);
+  queue_.StartNext();
+  two_.go.release();
+  queue_.AwaitThreads();
+  EXPECT_THAT(Statuses(), testing::ElementsAre(1, 1));
+  EXPECT_TRUE(one_.child_done);
+}
+
+TEST_F(JobQueueTest, EndOfTheDocumentReachesThoseThatWait) {
+  Ask(first_, one_);
+  Ask(second_, two_);
+  Ask(third_, three_);
+  queue_.TerminateAllThreadsInThisDoc(&document_);
+  EXPECT_TRUE(queue_.IsIdle());
+  EXPECT_THAT(Statuses(), testing::Each(4));
+  for (Waiting* command : {&one_, &two_, &three_}) command->go.release();
+  queue_.AwaitThreads();
+  queue_.StartNext();
+  EXPECT_THAT(Statuses(), testing::Each(4));
+  EXPECT_EQ(queue_.Jobs()[2].start, "");
+}
+
+TEST(Toolpath, GoesAroundAtEachStepAndLevel) {
+  const HostFeature::Point square[] = {{0, 0}, {0.02, 0}, {0.02, 0.01}, {0, 0.01}};
+  const auto go = [](int, const char*) { return true; };
+  const Toolpath path = ComputeToolpath({square, 0.012, 0.008, 0.002, 1e-6}, go);
+  EXPECT_EQ(path.levels, 3);
+  EXPECT_EQ(path.contours, 24);
+  // Eight contours a level, each the sides and a circle about the corners.
+  double length = 0;
+  for (int i = 0; i < 8; ++i) length += 0.06 + 2 * 3.14159265358979 * (0.004 + 0.002 * i);
+  EXPECT_NEAR(path.length, 3 * length, 1e-3 * length);
+  EXPECT_EQ(path, ComputeToolpath({square, 0.012, 0.008, 0.002, 1e-6}, go));
+  int calls = 0;
+  EXPECT_EQ(
+      ComputeToolpath({square, 0.012, 0.008, 0.002, 1e-6}, [&](int, const char*) { return ++calls < 4; }).contours, 1);
+}
+
+TEST(JobTable, HasColumnsAsWideAsTheirTexts) {
+  const std::vector<JobView> jobs = {
+      {"Bohren \u00D8 5", "Generate", eThreadDone, "done", "01:05:09", "01:05:11", "00:00:02", 100},
+      {"Face", "Generate", eThreadNotHandled, "", "01:05:09", "", "", 50}};
+  EXPECT_EQ(JobsTable(jobs),
+            "Name        Action    Status    Start     End       Time taken\n"
+            "Bohren \u00D8 5  Generate  1 done    01:05:09  01:05:11  00:00:02\n"
+            "Face        Generate  5 failed  01:05:09\n");
+  EXPECT_EQ(
+      JobScreen::Line({"Face", "", eThreadRunning, "fitting arcs", "", "", "", 45}, std::chrono::milliseconds(1250)),
+      " 45% Face  fitting arcs  1.2 s");
+}
+
+struct Row {
+  std::vector<std::string> options;
+  int exit_code;
+  std::vector<int> statuses;  // that every job has one of, by turns
+};
+
+class JobCommand : public testing::TestWithParam<Row> {};
+
+TEST_P(JobCommand, TellsWhatBecameOfEachJob) {
+  const kvtest::ScratchFolder folder;
+  const std::string file = (folder.Path() / "a.kvdoc").string();
+  ASSERT_EQ(kvtest::RunCommand({"document", "new", file, "--nodes", "16"}).exit_code, 0);
+  std::vector<std::string> words = {"job", "run", file, "--json"};
+  words.insert(words.end(), GetParam().options.begin(), GetParam().options.end());
+  const auto result = kvtest::RunCommand(words);
+  EXPECT_EQ(result.exit_code, GetParam().exit_code) << result;
+  const Json jobs = Json::parse(result.out);
+  ASSERT_GE(jobs.size(), 2u);
+  for (std::size_t at = 0; at < jobs.size(); ++at) {
+    EXPECT_EQ(jobs[at]["status"], GetParam().statuses[at % GetParam().statuses.size()]) << jobs[at];
+    EXPECT_EQ(jobs[at]["timeTaken"].get<std::string>().empty(), GetParam().exit_code != 0);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Options, JobCommand,
+                         testing::Values(Row{{"--jobs", "2"}, 0, {1}},
+                                         Row{{"--command", "recalculate", "--parents"}, 0, {1}},
+                                         Row{{"--command", "fail"}, 1, {5}}, Row{{"--command", "crash"}, 1, {5}},
+                                         Row{{"--cancel-after", "0"}, 1, {4}}),
+                         [](const auto& row) {
+                           std::string name = row.param.options.back();
+                           std::erase(name, '-');
+                           return name;
+                         });
+
+TEST(JobCommand, RefusesWhatItDoesNotKnow) {
+  EXPECT_EQ(kvtest::RunCommand({"job", "run", "none.kvdoc", "--command", "dance"}).exit_code, 2);
+  EXPECT_EQ(kvtest::RunCommand({"job", "run", "none.kvdoc"}).exit_code, 1);
+}
+
+}  // namespace
