@@ -15,12 +15,12 @@ namespace {
 
 // A folder of this process's own in memory.
 const std::filesystem::path& Folder() {
-  static const std::filesystem::path folder = [] {
-    const auto path = std::filesystem::path("/dev/shm") / ("kv_database_config_" + std::to_string(getpid()));
+  static const auto& folder = *new std::filesystem::path([] {
+    std::filesystem::path path = "/dev/shm/kv_database_config_" + std::to_string(getpid());
     std::filesystem::create_directory(path);
     std::atexit([] { std::filesystem::remove_all(Folder()); });
     return path;
-  }();
+  }());  // never destroyed: the end of the process needs it
   return folder;
 }
 

@@ -36,9 +36,9 @@ int Run(int argc, char** argv) {
   kestrova::AddJobCommands(app);
   kestrova::AddFeedColorCommands(app);
   kestrova::AddIniCommands(app);
+  kestrova::AddTechDatabaseCommands(app);
   kestrova::AddCompletionCommands(app,
                                   {{"reg", kestrova::RegistryCandidates}, {"settings", kestrova::SettingsCandidates}});
-  kestrova::AddTechDatabaseCommands(app);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -34,7 +34,7 @@ CString OwnRegistrations() {
 
 // The driver's library, put into the pieces if the driver manager can't find it by the name.
 std::string FindDriver(ConnectionPieces& pieces) {
-  const std::string name = ToUtf8(pieces.Value(_T("Driver")).value_or(CString()));
+  std::string name = ToUtf8(pieces.Value(_T("Driver")).value_or(CString()));
   if (name.empty() || name[0] == '/') return name;  // a data source, or a library
   std::string library = Registered(name);
   if (!library.empty()) return library;

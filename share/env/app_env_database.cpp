@@ -148,7 +148,7 @@ void CKVEnvApp::SetKVTechDBFormsName() {
 // In configuration mode the application may stand beside the program's folder as well.
 CString CKVEnvApp::GetKVTechDBFormsPath() const {
   if (!m_bConfigData) return GetKVDataPath() + m_LanguageFolder + m_TechDBFormsName;
-  const CString inside = GetTechDBAppPath() + m_TechDBFormsName;
+  CString inside = GetTechDBAppPath() + m_TechDBFormsName;
   if (_waccess(inside, 0) == 0) return inside;
   CString folder = InInstall(CString());
   folder = folder.Left(folder.GetLength() - 1);
