@@ -81,7 +81,7 @@ class TracedSave {
   int status_ = 0;
 };
 
-// The nodes as JSON. They depend on the seed alone; the time of a save, which differs, does not show in them.
+// The nodes as JSON. They depend on --seed alone; the time of a save, which differs, does not show in them.
 std::string Shown(const std::string& file) {
   const kvtest::RunResult shown = kvtest::RunCommand({"document", "show", file, "--json"});
   EXPECT_EQ(shown.exit_code, 0) << shown.err;
