@@ -2,16 +2,19 @@
 // what was left over is in nobody's way. The process is traced, and killed ahead of each call that changes something on
 // the disk, one after the other: no moment between two of them is left out, and none is left to chance.
 #include <fcntl.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/ptrace.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
-#include <iterator>
+#include <vector>
 
 #include "tests/host/run_command.h"
 #include "tests/scratch.h"
@@ -19,11 +22,24 @@
 namespace {
 
 constexpr int kKills = 100;
-constexpr std::uint64_t kChanging[] = {SYS_write,     SYS_pwrite64, SYS_rename, SYS_renameat2, SYS_fsync,
-                                       SYS_fdatasync, SYS_unlink,   SYS_fchmod, SYS_fchown,    SYS_ftruncate};
+// Of openat only the calls that may make a file count.
+constexpr unsigned kChanging[] = {SYS_write,  SYS_pwrite64, SYS_rename, SYS_renameat2, SYS_fsync, SYS_fdatasync,
+                                  SYS_unlink, SYS_fchmod,   SYS_fchown, SYS_ftruncate, SYS_openat};
 
-// `kestrova document new FILE` over a file that exists, in a process of its own that says nothing and stops at each of
-// its calls to the system.
+// Has this process stop ahead of each of these calls; all others go on as fast as ever.
+bool StopAtChanges() {
+  std::vector<sock_filter> program = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr))};
+  for (const unsigned call : kChanging) {
+    program.push_back(BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, call, 0, 1));
+    program.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_TRACE));
+  }
+  program.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW));
+  const sock_fprog filter = {static_cast<unsigned short>(program.size()), program.data()};
+  return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 && prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) == 0;
+}
+
+// `kestrova document new FILE` over a file that exists, in a process of its own that says nothing and stops ahead of
+// each call that changes the disk.
 class TracedSave {
  public:
   TracedSave(const std::string& file, const char* nodes, const char* seed) {
@@ -32,13 +48,14 @@ class TracedSave {
       const int nowhere = open("/dev/null", O_WRONLY);
       for (const int output : {1, 2}) dup2(nowhere, output);
       setenv("ASAN_OPTIONS", "detect_leaks=0", /*overwrite=*/1);  // which would trace the process itself
-      if (ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0) _exit(126);
+      if (ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0 || raise(SIGSTOP) != 0 || !StopAtChanges()) _exit(126);
       execl(KV_BIN_DIR "/kestrova", "kestrova", "document", "new", file.c_str(), "--force", "--nodes", nodes, "--seed",
             seed, nullptr);
       _exit(127);
     }
-    Wait();  // stops behind exec
-    if (WIFSTOPPED(status_)) ptrace(PTRACE_SETOPTIONS, process_, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
+    Wait();  // for its SIGSTOP
+    constexpr int kOptions = PTRACE_O_TRACESECCOMP | PTRACE_O_TRACEEXEC | PTRACE_O_EXITKILL;
+    if (WIFSTOPPED(status_)) ptrace(PTRACE_SETOPTIONS, process_, nullptr, kOptions);
   }
   ~TracedSave() { Kill(); }
   TracedSave(const TracedSave&) = delete;
@@ -50,8 +67,8 @@ class TracedSave {
     while (WIFSTOPPED(status_)) {
       if (IsAboutToChange() && calls-- == 0) return true;
       const int signal = WSTOPSIG(status_);
-      const bool own = signal == SIGTRAP || signal == (SIGTRAP | 0x80);
-      if (ptrace(PTRACE_SYSCALL, process_, nullptr, own ? 0 : signal) != 0) return false;
+      const bool own = signal == SIGTRAP || signal == SIGSTOP;
+      if (ptrace(PTRACE_CONT, process_, nullptr, own ? 0 : signal) != 0) return false;
       Wait();
     }
     return false;
@@ -69,12 +86,10 @@ class TracedSave {
     if (waitpid(process_, &status_, 0) != process_) status_ = 0xFF00;
   }
   bool IsAboutToChange() const {
-    if (WSTOPSIG(status_) != (SIGTRAP | 0x80)) return false;
+    if (status_ >> 8 != (SIGTRAP | PTRACE_EVENT_SECCOMP << 8)) return false;
     __ptrace_syscall_info info = {};
     if (ptrace(PTRACE_GET_SYSCALL_INFO, process_, sizeof info, &info) <= 0) return false;
-    if (info.op != PTRACE_SYSCALL_INFO_ENTRY) return false;
-    if (info.entry.nr == SYS_openat) return (info.entry.args[2] & O_CREAT) != 0;
-    return std::find(std::begin(kChanging), std::end(kChanging), info.entry.nr) != std::end(kChanging);
+    return info.seccomp.nr != SYS_openat || (info.seccomp.args[2] & O_CREAT) != 0;
   }
 
   pid_t process_ = -1;
