@@ -2,7 +2,6 @@
 #include <gmock/gmock.h>
 
 #include <nlohmann/json.hpp>
-#include <semaphore>
 
 #include "host/document/operation_node.h"
 #include "host/jobs/job_queue.h"
@@ -10,6 +9,7 @@
 #include "host/jobs/toolpath.h"
 #include "tests/host/document_fixture.h"
 #include "tests/host/run_command.h"
+#include "tests/semaphore.h"
 
 namespace {
 
@@ -27,7 +27,7 @@ class Waiting : public OperationCommand {
     go.acquire();
     return eThreadDone;
   }
-  std::counting_semaphore<> running{0}, go{0};
+  kvtest::Semaphore running{0}, go{0};
   std::atomic<bool> child_done = false;
 };
 

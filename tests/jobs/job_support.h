@@ -9,7 +9,6 @@
 #include <condition_variable>
 #include <functional>
 #include <mutex>
-#include <semaphore>
 #include <string>
 #include <vector>
 
@@ -18,6 +17,7 @@
 #include "share/env/document_callbacks.h"
 #include "share/jobs/job_manager.h"
 #include "share/settings/settings_key.h"
+#include "tests/semaphore.h"
 
 namespace kvtest {
 
@@ -167,7 +167,7 @@ struct Blocker {
       return result;
     };
   }
-  std::counting_semaphore<> running{0}, go{0};
+  kvtest::Semaphore running{0}, go{0};
 };
 
 QFThreadDataLink MakeLink(std::intptr_t a, std::intptr_t b, unsigned group = 0);

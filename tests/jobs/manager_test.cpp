@@ -81,6 +81,7 @@ TEST_F(Manager, NumberOfThreadsHasNoLimit) {
   for (int i = 0; i < 10; ++i) blocker.running.acquire();
   EXPECT_EQ(manager.GetNumThreadsNotDone(), 10);
   blocker.go.release(10);
+  clock.AwaitThreads();
 }
 
 TEST_F(Manager, CountsByStatus) {
@@ -124,7 +125,7 @@ TEST_F(Manager, GivesAsManyHandlesAsThereIsRoomFor) {
 
 TEST_F(Manager, WaitsForMoreJobsThanASystemsCallTakes) {
   Start(70);
-  std::counting_semaphore<> done(0);
+  kvtest::Semaphore done(0);
   for (auto& node : nodes_) node->run = [&](void*&) { return done.release(), eThreadDone; };
   clock.Open();
   manager.WaitForAllThreadsToBeDone();

@@ -145,7 +145,7 @@ TEST_F(Record, TakesTheParameterThatTheCommandLeaves) {
 
 TEST_F(Record, StopsWhereItEntersTheLibraryUntilItIsResumed) {
   WorkNode node(_T("a"), &log);
-  std::counting_semaphore<> running(0), go(0);
+  kvtest::Semaphore running(0), go(0);
   std::atomic<int> passed = 0;
   node.run = [&](void*&) {
     running.release();

@@ -6,11 +6,11 @@
 #include <atomic>
 #include <chrono>
 #include <memory>
-#include <semaphore>
 #include <thread>
 #include <vector>
 
 #include "platform/process.h"
+#include "tests/semaphore.h"
 
 namespace {
 
@@ -92,7 +92,7 @@ struct Worker {
     EXPECT_EQ(WaitForSingleObject(handle, INFINITE), WAIT_OBJECT_0);
   }
 
-  std::counting_semaphore<> running{0}, go{0};
+  kvtest::Semaphore running{0}, go{0};
   std::atomic<bool> passed = false;
   std::atomic<DWORD> own_id = 0;
   HANDLE handle = nullptr;
