@@ -2,10 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <fstream>
+#include <functional>
 #include <iostream>
 #include <random>
 #include <sstream>
+#include <string_view>
 
 #include "platform/process.h"
 
@@ -44,7 +47,14 @@ std::string ReadFile(const std::filesystem::path& path) {
 }
 
 unsigned PrintedSeed() {
-  const unsigned seed = std::random_device()();
+  const char* wanted = std::getenv("KV_TEST_SEED");
+  const auto draw = [&]() -> unsigned {
+    if (wanted && std::string_view(wanted) == "random") return std::random_device()();
+    if (wanted) return unsigned(std::strtoul(wanted, nullptr, 10));
+    const testing::TestInfo* test = testing::UnitTest::GetInstance()->current_test_info();
+    return unsigned(std::hash<std::string_view>()(test ? test->name() : ""));
+  };
+  const unsigned seed = draw();
   std::cout << "seed " << seed << std::endl;  // now, should the test end in a crash
   return seed;
 }

@@ -208,11 +208,8 @@ TEST_F(HostileDocuments, EveryPrefixOfTheObjectsIsRefusedOrSalvaged) {
 }
 
 TEST_F(HostileDocuments, AChangedByteIsRefusedOrSalvaged) {
-  const unsigned seed = std::random_device()();
-  std::printf("seed %u\n", seed);
-  std::mt19937_64 random(seed);
+  std::mt19937_64 random(kvtest::PrintedSeed());
   for (int i = 0; i < kFlips && !HasFailure(); ++i) {
-    SCOPED_TRACE(testing::Message() << "seed " << seed);
     if (i % 2 == 0) {
       WithChange(file_, random, "file", [&](const std::string& damage) {
         WriteFile(file_);

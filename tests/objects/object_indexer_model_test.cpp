@@ -5,6 +5,7 @@
 #include <random>
 
 #include "tests/objects/indexed_nodes.h"
+#include "tests/scratch.h"
 
 namespace {
 
@@ -54,9 +55,7 @@ struct Model {
 }  // namespace
 
 TEST(IndexerModel, RandomOperationsAsByWalking) {
-  const unsigned seed = std::random_device()();
-  SCOPED_TRACE(testing::Message() << "seed " << seed);
-  std::mt19937 random(seed);
+  std::mt19937 random(kvtest::PrintedSeed());
   TestDocument document;
   const std::vector<std::u16string> names = {u"A", u"B", u"Hole", u"QFToolStation"};
   for (int round = 0; round < 60; ++round) {

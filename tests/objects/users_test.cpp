@@ -11,6 +11,7 @@
 #include "share/objects/object.h"
 #include "share/objects/user_objects.h"
 #include "tests/objects/record_bytes.h"
+#include "tests/scratch.h"
 
 namespace {
 
@@ -138,9 +139,7 @@ TEST(Users, ListKeepsDuplicatesNullsAndForeignObjectsOfADocument) {
 
 // The list against the plainest one that could be: a vector that is searched from its beginning.
 TEST(UserObjectsList, BehavesAsASearchedVector) {
-  const unsigned seed = std::random_device()();
-  SCOPED_TRACE(seed);
-  std::mt19937 random(seed);
+  std::mt19937 random(kvtest::PrintedSeed());
   std::vector<std::unique_ptr<CObject>> objects;
   for (int i = 0; i < 300; ++i) objects.push_back(std::make_unique<CObList>());
   const auto pick = [&](std::size_t below) { return std::uniform_int_distribution<std::size_t>(0, below - 1)(random); };

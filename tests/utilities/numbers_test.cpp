@@ -10,6 +10,7 @@
 #include <random>
 
 #include "companions/geometry/constants.h"
+#include "tests/scratch.h"
 
 namespace {
 
@@ -37,9 +38,7 @@ double FromDigits(long long hundredThousandths) {
 }
 
 TEST(RoundOff, RandomValuesAgreeWithWholeNumbers) {
-  const auto seed = std::random_device()();
-  SCOPED_TRACE(seed);
-  std::mt19937_64 random(seed);
+  std::mt19937_64 random(kvtest::PrintedSeed());
   for (int round = 0; round < 20000; ++round) {
     const long long limit = round % 4 == 0 ? 100'000 : round % 4 == 1 ? 1'000'000'000 : 10'000'000'000'000;
     const long long billionths = std::uniform_int_distribution<long long>(0, limit)(random);

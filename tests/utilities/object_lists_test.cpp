@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "share/objects/object.h"
+#include "tests/scratch.h"
 
 namespace {
 
@@ -140,9 +141,7 @@ TEST_F(ObjectLists, FindAndAddTakesEverythingOnlyIntoAnEmptyList) {
 }
 
 TEST_F(ObjectLists, RandomListsAsByWalkingThem) {
-  const unsigned seed = std::random_device()();
-  SCOPED_TRACE(testing::Message() << "seed " << seed);
-  std::mt19937 random(seed);
+  std::mt19937 random(kvtest::PrintedSeed());
   const std::string letters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ.";
   const auto text = [&] {
     std::string some(random() % 90, ' ');  // short sets are kept elsewhere than long ones
