@@ -1,8 +1,12 @@
 #include "host/completion.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
-#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/commands.h"
 
 namespace kestrova {
 
@@ -73,21 +77,23 @@ std::vector<std::string> Following(const CLI::App& app, const std::vector<std::s
 
 }  // namespace
 
-void AddCompletionCommands(CLI::App& app, const std::map<std::string, Candidates>& own) {
-  CLI::App* completion = app.add_subcommand("completion", "Print the completion script for a shell");
-  completion->footer("Example:\n  kestrova completion bash > /etc/bash_completion.d/kestrova");
-  auto shell = std::make_shared<std::string>();
-  completion->add_option("shell", *shell, "The shell")->required()->check(CLI::IsMember({"bash"}));
-  completion->callback([shell] { std::fputs(kBashScript, stdout); });
+void AddCompletionCommands(CLI::App& group) {
+  static std::string shell;
+  group.add_option("shell", shell, "The shell")->required()->check(CLI::IsMember({"bash"}));
+  group.callback([] { std::fputs(kBashScript, stdout); });
+}
 
+void AddCompletionWords(CLI::App& app) {
   CLI::App* hidden = app.add_subcommand(kHiddenCommand, "")->group("");
   hidden->prefix_command();
-  hidden->callback([&app, hidden, own] {
+  hidden->callback([&app, hidden] {
     std::vector<std::string> words = hidden->remaining();
     if (words.empty()) words.emplace_back();
-    const auto command = words.size() > 1 ? own.find(words.front()) : own.end();
     std::vector<std::string> candidates;
-    if (command != own.end()) candidates = command->second({words.begin() + 1, words.end()});
+    for (const Command& command : kCommands) {
+      if (command.candidates && words.size() > 1 && words.front() == command.name)
+        candidates = command.candidates({words.begin() + 1, words.end()});
+    }
     if (candidates.empty()) candidates = Following(app, words);
     std::sort(candidates.begin(), candidates.end());
     for (const std::string& candidate : candidates) {

@@ -2,20 +2,16 @@
 // the script that hooks it into bash.
 #pragma once
 
-#include <CLI/CLI.hpp>
-#include <map>
-#include <string>
-#include <vector>
+namespace CLI {
+class App;
+}
 
 namespace kestrova {
 
-// What may stand in the place of the last of a command's words, for a command that reads them by a grammar of its own.
-using Candidates = std::vector<std::string> (*)(const std::vector<std::string>& words);
-
-// Adds `completion bash`, which prints the script, and the hidden command that the script calls. It gives the
-// candidates for the last word, which may be empty, after the words ahead of it (without the program's name): values of
-// an option that names its choices, options, or subcommands; behind a command named in `own`, what that gives if it is
-// anything. None if the shell should offer files.
-void AddCompletionCommands(CLI::App& app, const std::map<std::string, Candidates>& own);
+// Adds the hidden command that the script of `completion bash` calls. It gives the candidates for the last word, which
+// may be empty, after the words ahead of it (without the program's name): values of an option that names its choices,
+// options, or subcommands; behind a command whose row in kCommands has candidates of its own, what these are if there
+// are any. None if the shell should offer files.
+void AddCompletionWords(CLI::App& app);
 
 }  // namespace kestrova

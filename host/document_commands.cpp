@@ -199,12 +199,11 @@ void AddOut(CLI::App& command, Given& given) {
 
 }  // namespace
 
-void AddDocumentCommands(CLI::App& app) {
+void AddDocumentCommands(CLI::App& group) {
   static Given given;
-  CLI::App* group = app.add_subcommand("document", "Documents: new, show, dump, history, convert, verify, repair");
-  group->require_subcommand(1);
+  group.require_subcommand(1);
   const auto add = [&](const char* name, const char* what, const char* help, void (*run)(const Given&)) -> CLI::App& {
-    return AddCommand(*group, name, what, help, given, run);
+    return AddCommand(group, name, what, help, given, run);
   };
   CLI::App& fresh = add("new", "Make a document to try things with", kNewHelp, New);
   fresh.add_option("--nodes", given.nodes, "How many nodes, 100 unless told")->check(CLI::Range(0, 5'000'000));

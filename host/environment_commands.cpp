@@ -99,19 +99,18 @@ void RunDoctor(bool asJson) {
 
 }  // namespace
 
-void AddEnvironmentCommands(CLI::App& app) {
+void AddEnvironmentCommands(CLI::App& group) {
   static bool json = false;
   static bool doctorJson = false;
-  CLI::App* env = app.add_subcommand("env", "Start the environment and print every query; doctor finds faults");
-  env->footer(kEnvHelp);
-  env->require_subcommand(0, 1);
-  env->add_flag("--json", json, "As JSON");
-  CLI::App* doctor = env->add_subcommand("doctor", "Find what is missing or suspicious in installation and registry");
+  group.footer(kEnvHelp);
+  group.require_subcommand(0, 1);
+  group.add_flag("--json", json, "As JSON");
+  CLI::App* doctor = group.add_subcommand("doctor", "Find what is missing or suspicious in installation and registry");
   doctor->footer(kDoctorHelp);
   doctor->add_flag("--json", doctorJson, "As JSON");
   doctor->callback([] { RunDoctor(json || doctorJson); });
-  env->callback([env] {
-    if (env->get_subcommands().empty()) PrintEnvironment(json);
+  group.callback([&group] {
+    if (group.get_subcommands().empty()) PrintEnvironment(json);
   });
 }
 

@@ -170,15 +170,14 @@ CLI::App* AddCommand(CLI::App& group, const char* name, const char* what, Argume
 
 }  // namespace
 
-void AddFeedColorCommands(CLI::App& app) {
+void AddFeedColorCommands(CLI::App& group) {
   static Arguments arguments;
-  CLI::App* group = app.add_subcommand("feedcolors", "Colours of toolpaths by feed rate: show, change, look up");
-  group->require_subcommand(1);
-  group->footer(kHelp);
-  CLI::App* show = AddCommand(*group, "show", "Show the rows", arguments, Show);
-  CLI::App* add = AddCommand(*group, "add", "Add a row, or give one another colour", arguments, Add);
-  CLI::App* remove = AddCommand(*group, "remove", "Remove a row", arguments, Remove);
-  CLI::App* color = AddCommand(*group, "color", "Tell the colour of a feed", arguments, Color);
+  group.require_subcommand(1);
+  group.footer(kHelp);
+  CLI::App* show = AddCommand(group, "show", "Show the rows", arguments, Show);
+  CLI::App* add = AddCommand(group, "add", "Add a row, or give one another colour", arguments, Add);
+  CLI::App* remove = AddCommand(group, "remove", "Remove a row", arguments, Remove);
+  CLI::App* color = AddCommand(group, "color", "Tell the colour of a feed", arguments, Color);
   for (CLI::App* command : {add, remove, color})
     command->add_option("FEED", arguments.feed, "In the units of the program")->required();
   add->add_option("COLOR", arguments.color, "#RRGGBB or 0xBBGGRR")->required();

@@ -102,12 +102,11 @@ void Remove(const Given& given) {
 
 }  // namespace
 
-void AddIniCommands(CLI::App& app) {
+void AddIniCommands(CLI::App& group) {
   static Given given;
-  CLI::App* group = app.add_subcommand("ini", "INI files: list, get, set, remove");
-  group->require_subcommand(1);
+  group.require_subcommand(1);
   const auto add = [&](const char* name, const char* what, const char* example, void (*run)(const Given&)) {
-    CLI::App* command = group->add_subcommand(name, what);
+    CLI::App* command = group.add_subcommand(name, what);
     command->footer(std::string("Example:\n  kestrova ini ") + example);
     command->add_option("FILE", given.file, "The INI file")->required();
     command->callback([run] { run(given); });

@@ -108,11 +108,10 @@ void RunJobs(const Given& given) {
 
 }  // namespace
 
-void AddJobCommands(CLI::App& app) {
+void AddJobCommands(CLI::App& group) {
   static Given given;
-  CLI::App* group = app.add_subcommand("job", "Background jobs: run");
-  group->require_subcommand(1);
-  CLI::App* run = group->add_subcommand("run", "Run a command on the operations of a document");
+  group.require_subcommand(1);
+  CLI::App* run = group.add_subcommand("run", "Run a command on the operations of a document");
   run->footer(kRunHelp);
   run->add_option("FILE", given.file, "The document's file")->required();
   run->add_option("--command", given.command, "What to run, generate unless told")

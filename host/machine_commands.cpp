@@ -191,14 +191,13 @@ CLI::App* AddCommand(CLI::App& group, const char* name, const char* what, const 
 
 }  // namespace
 
-void AddMachineCommands(CLI::App& app) {
+void AddMachineCommands(CLI::App& group) {
   static Chosen chosen;
-  CLI::App* group = app.add_subcommand("machine", "Machine definitions: export, show, check");
-  group->require_subcommand(1);
-  AddCommand(*group, "export", "Write the text file for the simulator", kExportHelp, chosen, Export);
-  CLI::App* show = AddCommand(*group, "show", "Show a machine as a tree", kShowHelp, chosen, Show);
+  group.require_subcommand(1);
+  AddCommand(group, "export", "Write the text file for the simulator", kExportHelp, chosen, Export);
+  CLI::App* show = AddCommand(group, "show", "Show a machine as a tree", kShowHelp, chosen, Show);
   show->add_flag("--json", chosen.json, "As JSON");
-  CLI::App* check = AddCommand(*group, "check", "Find faults in a definition", kCheckHelp, chosen, Check);
+  CLI::App* check = AddCommand(group, "check", "Find faults in a definition", kCheckHelp, chosen, Check);
   check->add_flag("--json", chosen.json, "As JSON");
 }
 

@@ -1,5 +1,7 @@
 // The command line kestrova: starts the library as a product's main module does, runs one command, closes it again.
+#include <CLI/CLI.hpp>
 #include <cstdio>
+#include <string>
 
 #include "host/commands.h"
 #include "host/completion.h"
@@ -11,34 +13,18 @@ int Run(int argc, char** argv) {
   CLI::App app{"kestrova: the command line of the KVSHAREu shared library"};
   app.set_version_flag("--version", "kestrova " KV_VERSION);
   app.require_subcommand(1);
-  app.footer(
-      "Examples:\n"
-      "  kestrova machine show --machines examples/machines --type MillTurn TwinTurret12\n"
-      "  kestrova machine check --machines examples/machines --type Mill Vertical850\n"
-      "  kestrova machine export --machines examples/machines --type Mill Trunnion500\n"
-      "  kestrova document new part.kvdoc --nodes 200\n"
-      "  kestrova document verify part.kvdoc\n"
-      "  kestrova job run part.kvdoc --jobs 4\n"
-      "  kestrova feedcolors add --process mill 1200 '#FF8000'\n"
-      "  kestrova env doctor\n"
-      "  kestrova settings list --changed\n"
-      "  kestrova techdb test\n"
-      "  kestrova reg query HKCU\\Software\\Zemlor /s\n"
-      "  kestrova ini get shopfloor.ini Tool Diameter\n"
-      "  kestrova completion bash > /etc/bash_completion.d/kestrova\n"
-      "Exit codes: 0 done, 1 refused or failed, 2 wrong usage. KV_REGISTRY names the registry's folder.");
   const kestrova::MainModuleScope module;
-  kestrova::AddRegistryCommands(app);
-  kestrova::AddEnvironmentCommands(app);
-  kestrova::AddSettingsCommands(app);
-  kestrova::AddMachineCommands(app);
-  kestrova::AddDocumentCommands(app);
-  kestrova::AddJobCommands(app);
-  kestrova::AddFeedColorCommands(app);
-  kestrova::AddIniCommands(app);
-  kestrova::AddTechDatabaseCommands(app);
-  kestrova::AddCompletionCommands(app,
-                                  {{"reg", kestrova::RegistryCandidates}, {"settings", kestrova::SettingsCandidates}});
+  std::string footer = "Examples:\n";
+  for (const kestrova::Command& command : kestrova::kCommands) {
+    const std::string example = std::string("  kestrova ") + command.example + '\n';
+    footer += example;
+    CLI::App* group = app.add_subcommand(command.name, command.summary);
+    group->footer("Example:\n" + example);
+    command.add(*group);
+  }
+  app.footer(footer +
+             "Exit codes: 0 done, 1 refused or failed, 2 wrong usage. KV_REGISTRY names the registry's folder.");
+  kestrova::AddCompletionWords(app);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

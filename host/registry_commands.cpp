@@ -408,12 +408,11 @@ void RunRegistryCommand(const std::vector<std::string>& given) {
 
 }  // namespace
 
-void AddRegistryCommands(CLI::App& app) {
-  CLI::App* const reg = app.add_subcommand("reg", "Look at settings in the registry and change them");
+void AddRegistryCommands(CLI::App& group) {
   // The words behind "reg" have a grammar of their own, in which a value may begin with - or /.
-  reg->prefix_command();
-  reg->set_help_flag();
-  reg->callback([reg] { RunRegistryCommand(reg->remaining()); });
+  group.prefix_command();
+  group.set_help_flag();
+  group.callback([&group] { RunRegistryCommand(group.remaining()); });
 }
 
 std::vector<std::string> RegistryCandidates(const std::vector<std::string>& words) {

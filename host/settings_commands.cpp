@@ -374,13 +374,12 @@ constexpr CommandForm kForms[] = {
 
 }  // namespace
 
-void AddSettingsCommands(CLI::App& app) {
+void AddSettingsCommands(CLI::App& group) {
   static Given given;
-  CLI::App* group = app.add_subcommand("settings", "Settings: list, get, set, reset, export, import, diff");
-  group->require_subcommand(1);
-  group->footer(kGroupHelp);
+  group.require_subcommand(1);
+  group.footer(kGroupHelp);
   for (const CommandForm& form : kForms) {
-    CLI::App& command = *group->add_subcommand(form.name, form.what);
+    CLI::App& command = *group.add_subcommand(form.name, form.what);
     command.footer(form.help);
     command.add_option("--tree", given.tree, "Whose settings; a document's if --document is given")
         ->check(CLI::IsMember({kApplication, kDocument}));

@@ -236,13 +236,12 @@ void Query(const Options& options) {
 
 }  // namespace
 
-void AddTechDatabaseCommands(CLI::App& app) {
+void AddTechDatabaseCommands(CLI::App& group) {
   static Options options;
-  CLI::App* techdb = app.add_subcommand("techdb", "The technology database: which is in force, and what is in it");
-  techdb->require_subcommand(1);
-  techdb->footer(kHelp);
-  const auto add = [techdb](const char* name, const char* text, void (*run)(const Options&), bool json = true) {
-    CLI::App* command = techdb->add_subcommand(name, text);
+  group.require_subcommand(1);
+  group.footer(kHelp);
+  const auto add = [&group](const char* name, const char* text, void (*run)(const Options&), bool json = true) {
+    CLI::App* command = group.add_subcommand(name, text);
     if (json) command->add_flag("--json", options.json, "For programs");
     command->callback([run] { run(options); });
     return command;

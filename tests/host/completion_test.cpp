@@ -1,14 +1,31 @@
 // What the completion script asks for and gets.
 #include <gtest/gtest.h>
 
+#include <set>
+
+#include "host/commands.h"
 #include "tests/host/run_command.h"
+
+TEST(Commands, HelpListsTheTableInItsOrderAndCompletionOffersIt) {
+  const std::string help = kvtest::RunCommand({"--help"}).out;
+  std::set<std::string> names;
+  std::size_t row = 0;
+  for (const kestrova::Command& command : kestrova::kCommands) {
+    EXPECT_TRUE(names.insert(command.name + std::string("\n")).second) << command.name << " stands there twice";
+    row = help.find(std::string("\n  ") + command.name + ' ', row);
+    ASSERT_NE(row, std::string::npos) << command.name << "\n" << help;
+    EXPECT_EQ(std::string(command.example).rfind(command.name, 0), 0U) << command.example;
+  }
+  std::string offered;
+  for (const std::string& name : names) offered += name;
+  EXPECT_EQ(kvtest::RunCommand({"complete-words", ""}).out, offered);
+}
 
 TEST(Completion, OffersCommandsOptionsAndChoices) {
   struct {
     std::vector<std::string> words;
     std::string candidates;
   } const kCases[] = {
-      {{"complete-words", ""}, "completion\ndocument\nenv\nfeedcolors\nini\njob\nmachine\nreg\nsettings\ntechdb\n"},
       {{"complete-words", "ma"}, "machine\n"},
       {{"complete-words", "machine", ""}, "check\nexport\nshow\n"},
       {{"complete-words", "machine", "export", "--ma"}, "--machines\n"},
