@@ -3,8 +3,9 @@
 // The bytes go to a temporary file in the target's folder. Commit brings them to the disk and then gives the file its
 // name in one step, so that at every moment, also after a crash or a power cut, the name stands for the whole old file
 // or the whole new one. A new file over an old one keeps its rights, and a link to a file stays a link. A read-only
-// target is refused. A process that is killed on the way can leave a file named like the target, a tilde, a number and
-// ".tmp" behind it, which nobody reads. One object is used by one thread at a time.
+// target is refused, and so is a folder, a device or a pipe. A process that is killed on the way can leave a file named
+// like the target, a tilde, a number and ".tmp" behind it, which nobody reads. One object is used by one thread at a
+// time.
 #pragma once
 
 #include <memory>

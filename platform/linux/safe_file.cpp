@@ -75,6 +75,9 @@ struct SafeFile::State {
   // Makes the temporary file, with the rights of the file that it will replace.
   bool Open() {
     if (const int refusal = RefusalToWrite(target)) return Fail(refusal);
+    struct stat old;
+    const bool there = stat(target.c_str(), &old) == 0;
+    if (there && !S_ISREG(old.st_mode)) return Fail(EACCES);  // a device or pipe would be gone for everybody
     // A name that is as long as names may be leaves no room for more.
     const std::string beside = target.substr(0, target.rfind('/') + 1 + kMostNameBytes);
     for (int i = 0; i < kTries && descriptor < 0; ++i) {
@@ -87,8 +90,7 @@ struct SafeFile::State {
       temporary.clear();  // not ours
       return Fail(code);
     }
-    struct stat old;
-    if (stat(target.c_str(), &old) != 0) return true;
+    if (!there) return true;
     // Only a privileged user can give a file away, or to a group that is not his; everybody else's new file is his own.
     if (fchown(descriptor, old.st_uid, old.st_gid) != 0 && errno != EPERM) return Fail(errno);
     return fchmod(descriptor, old.st_mode & 07777) == 0 || Fail(errno);

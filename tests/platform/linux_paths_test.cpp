@@ -138,6 +138,7 @@ TEST_F(Safe, FailuresComeWithAReasonAndLeaveNothing) {
   folder.Write("drive/locked", "old");
   chmod(Drive("/locked").c_str(), 0444);
   std::filesystem::create_directory(Drive("/folder"));
+  ASSERT_EQ(mkfifo(Drive("/pipe").c_str(), 0666), 0);
   const struct {
     const TCHAR* path;
     LONG status;
@@ -145,6 +146,7 @@ TEST_F(Safe, FailuresComeWithAReasonAndLeaveNothing) {
   } rows[] = {
       {_T("C:\\locked"), ERROR_ACCESS_DENIED, "cannot write C:\\locked: access denied"},
       {_T("C:\\folder"), ERROR_ACCESS_DENIED, "cannot write C:\\folder: access denied"},
+      {_T("C:\\pipe"), ERROR_ACCESS_DENIED, "cannot write C:\\pipe: access denied"},
       {_T("C:\\none\\f"), ERROR_PATH_NOT_FOUND, "cannot write C:\\none\\f: the folder does not exist"},
       {_T(""), ERROR_PATH_NOT_FOUND, "cannot write : the folder does not exist"},
   };
@@ -156,7 +158,8 @@ TEST_F(Safe, FailuresComeWithAReasonAndLeaveNothing) {
     EXPECT_EQ(file.Reason(), row.reason);
   }
   EXPECT_EQ(kvtest::ReadFile(Drive("/locked")), "old");
-  EXPECT_EQ(Names().size(), 2U);
+  EXPECT_TRUE(std::filesystem::is_fifo(Drive("/pipe")));
+  EXPECT_EQ(Names().size(), 3U);
 }
 
 // The limit on a file's size stands for a full disk: writing fails in the middle.
