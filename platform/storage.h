@@ -99,9 +99,9 @@ struct STATSTG {
   DWORD type;
   ULARGE_INTEGER cbSize;  // bytes of a stream, 0 for a storage
   FILETIME mtime;         // of a storage; 0 for a stream
-  FILETIME ctime;
-  FILETIME atime;  // 0
-  DWORD grfMode;   // the mode that the object was opened in; 0 from an enumeration
+  FILETIME ctime;         // the same, and 0 for the root of a file that was there before
+  FILETIME atime;         // 0
+  DWORD grfMode;          // the mode that the object was opened in; 0 from an enumeration
   DWORD grfLocksSupported;
   CLSID clsid;
   DWORD grfStateBits;

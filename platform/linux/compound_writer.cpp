@@ -228,7 +228,7 @@ void PutEntry(SafeFile& file, const Entry* entry, bool is_root, DWORD start, ULO
     PutWord(at + kClassAt + 6, node.clsid.Data3);
     std::memcpy(at + kClassAt + 8, node.clsid.Data4, sizeof node.clsid.Data4);
     PutDword(at + kStateBitsAt, node.state_bits);
-    PutTime(at + kCreatedAt, node.created);
+    if (!is_root) PutTime(at + kCreatedAt, node.created);  // the root's is the file's own, and zero here
     PutTime(at + kModifiedAt, node.modified);
     PutDword(at + kStartAt, start);
     PutDword(at + kSizeAt, DWORD(bytes));
