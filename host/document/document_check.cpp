@@ -11,6 +11,7 @@ namespace kestrova {
 namespace {
 
 constexpr char kObjects[] = "Objects";
+constexpr DWORD kLastId = 0xFFFFFFFF;
 constexpr UINT kFirstCountedSchema = 2;  // of the indexer: before, a count was the number of ids
 
 class Check {
@@ -46,9 +47,14 @@ class Check {
     for (std::size_t i = 1; i < ids.size(); ++i)
       if (ids[i] == ids[i - 1] && (repeated_.empty() || repeated_.back() != ids[i])) repeated_.push_back(ids[i]);
     taken_.resize(repeated_.size());
+    while (!ids.empty() && ids.back() == kLastId) ids.pop_back();  // CheckId's matter
     const DWORD last = ids.empty() ? 0 : ids.back();
-    if (last < document_.NextId() || document_.NextId() == 0) return;
-    Found(kFaultInFields, "the document's next id is {}, and {} is in use", document_.NextId(), last);
+    if (last < document_.NextId()) return;
+    if (document_.NextId() == 0) {
+      Found(kFaultInFields, "the document has no id for a new node");
+    } else {
+      Found(kFaultInFields, "the document's next id is {}, and {} is in use", document_.NextId(), last);
+    }
     if (mend_) document_.SetNextId(last + 1);
   }
 
@@ -61,9 +67,11 @@ class Check {
   // The first node with an id keeps it.
   void CheckId(HostNode& node) {
     const DWORD id = node.GetObjectId();
-    if (id != 0 && !IsTaken(id)) return;
+    if (id != 0 && id != kLastId && !IsTaken(id)) return;
     if (id == 0) {
       Found(kFaultInNodes, "{} has no id", Labelled(node));
+    } else if (id == kLastId) {
+      Found(kFaultInNodes, "{} has the id {}, behind which there is none for a new node", Labelled(node), id);
     } else {
       Found(kFaultInNodes, "{} has the id {}, as another node has", Labelled(node), id);
     }

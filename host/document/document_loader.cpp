@@ -124,14 +124,16 @@ std::unique_ptr<QFDocSrHistoryMngr> DocumentLoader::ReadHistory() {
   }
   CArchive ar(source.file.get(), CArchive::load, BufferBytesFor(*source.file));
   DocumentReading reading(/*keepWhatIsWhole=*/false);
+  std::string reason = "its root is null";
   try {
-    return std::unique_ptr<QFDocSrHistoryMngr>(
-        static_cast<QFDocSrHistoryMngr*>(ar.ReadObject(RUNTIME_CLASS(QFDocSrHistoryMngr))));
+    if (CObject* root = ar.ReadObject(RUNTIME_CLASS(QFDocSrHistoryMngr)))
+      return std::unique_ptr<QFDocSrHistoryMngr>(static_cast<QFDocSrHistoryMngr*>(root));
   } catch (const std::exception& failure) {
     reading.NoteFault(ar, failure);
+    reason = TextOf(*reading.fault);
   }
-  m_report.Add(kFaultInHistory, kHistory, TextOf(*reading.fault));
-  RefuseDamage(kHistory, TextOf(*reading.fault));
+  m_report.Add(kFaultInHistory, kHistory, reason);
+  RefuseDamage(kHistory, reason);
   return nullptr;
 }
 

@@ -235,26 +235,37 @@ void HostDocument::DeleteLostNodes() {
   m_lost.clear();
 }
 
-void HostDocument::CorrectRegisteredName(HostNode& node) {
+// False if the node has another name then, because the indexer doesn't list it under its present one.
+bool HostDocument::CorrectRegisteredName(HostNode& node) {
   CString name = node.GetRegisterNodeName();
-  if (name.IsEmpty()) return;  // the class's name, which is what old records get
-  if (node.GetRegNameForAutoIndexing() != name && m_indexer->FindIndex(&node) >= 0)
-    node.SetRegNameForAutoIndexing(name);
+  if (name.IsEmpty()) name = node.GetRuntimeClassForAutoIndexing()->m_lpszClassName;
+  if (node.GetRegNameForAutoIndexing() == name) return true;
+  if (m_indexer->FindIndex(&node) < 0) return false;
+  node.SetRegNameForAutoIndexing(name);
+  return true;
 }
 
 void HostDocument::CorrectIndexer() {
   std::map<CString, int> alive;
   alive[GetClassNameW()] = 0;  // an empty map, as of a document without nodes, would leave all counts as they are
   struct Counted {
-    CString name;
+    const CRuntimeClass* record = nullptr;
+    CString name;  // the present one of the class's nodes, which mostly share its text
     int* count = nullptr;
   };
-  std::array<Counted, 16> last;  // by the class's number: its nodes mostly share one text
+  std::array<Counted, 16> last;  // by the class's number
   for (HostNode* node : m_nodes) {
-    CorrectRegisteredName(*node);
-    const CString& name = node->GetRegNameForAutoIndexing();
-    Counted& counted = last[node->GetRuntimeClass()->m_nNumber % last.size()];
-    if (!counted.count || counted.name.GetString() != name.GetString()) counted = {name, &alive[name]};
+    const CRuntimeClass* record = node->GetRuntimeClass();
+    Counted& counted = last[record->m_nNumber % last.size()];
+    if (counted.record != record || counted.name.GetString() != node->GetRegNameForAutoIndexing().GetString()) {
+      const bool present = CorrectRegisteredName(*node);
+      const CString& name = node->GetRegNameForAutoIndexing();
+      if (!present) {
+        ++alive[name];
+        continue;
+      }
+      counted = {record, name, &alive[name]};
+    }
     ++*counted.count;
   }
   m_indexer->CorrectIndexersReferences(alive);

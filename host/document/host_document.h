@@ -134,7 +134,7 @@ class HostDocument : public QFObject {
   // Deletes what there is of them.
   void DeleteLostNodes();
   // Sets the indexer's counts to the nodes that there are. A node that it lists under its class's present name has that
-  // as its registered name from now on: old records tell none.
+  // as its registered name from now on: old records tell none, damaged ones another.
   void CorrectIndexer();
   void SetFullyLoaded() { m_loading = false; }
 
@@ -145,7 +145,7 @@ class HostDocument : public QFObject {
   HostNode* StepInTree(const HostNode& node, int& depth) const;
   void AppendToTree(HostNode& node, HostNode* owner);
   LinkFaults MendOwnLinks();
-  void CorrectRegisteredName(HostNode& node);
+  bool CorrectRegisteredName(HostNode& node);
   bool MendOwner(HostNode& node);
   void CutRings();
   int ConvertUnits(QFUnitsConversion& request) const;

@@ -50,7 +50,9 @@ TEST_F(DocumentVerify, TellsEachFindingWithItsStream) {
   changed[sample_.Ends()[0] - 1] ^= 0x10;
   const std::string cut = good.substr(0, sample_.Ends()[1] + 9);
   const std::string longer = good + "more";
-  std::string magic = header, format = header, checksum = header;
+  const std::string null(2, '\0');
+  const std::string nullHistory = HeaderBytes(good, null);
+  std::string magic = header, format = header;
   magic[0] = 'X';
   format[20] ^= 1;
   const auto wrongSize = [](const char* stream, std::size_t bytes, std::size_t wanted) {
@@ -78,6 +80,7 @@ TEST_F(DocumentVerify, TellsEachFindingWithItsStream) {
       {"no history", &header, &good, nullptr, "History: there is none\n" + unlisted},
       {"empty history", &header, &good, &none,
        wrongSize("History", 0, history_.size()) + "History: byte 0: the data ends too early\n" + unlisted},
+      {"a history that is null", &nullHistory, &good, &null, "History: its root is null\n" + unlisted},
       {"objects cut off", &header, &cut, &history_,
        wrongSize("Objects", cut.size(), good.size()) +
            fmt::format("Objects: byte {}: the data ends too early, in node 3 of 3, a HostOperation\n", cut.size()) +
@@ -132,6 +135,60 @@ TEST_F(DocumentVerify, ComparesIdsStatesAndTheIndexerWithTheNodes) {
   EXPECT_EQ(nodes[2]["id"], 8) << "the next";
   EXPECT_EQ(nodes[2]["label"], "N2");
   EXPECT_EQ(nodes[2]["state"], "active");
+}
+
+// Two setups, both listed in the indexer; what a test changes of the second ends so many bytes ahead of its record's
+// end.
+class ListedSetups : public DocumentVerify {
+ protected:
+  // From the end back over frame and registered name, and further back to the id.
+  static constexpr std::size_t kName = 88, kId = kName + (4 + 18) + 2 + 4 + 2 + 2 + (4 + 12) + 2 + 4 + 4;
+
+  void Write(std::size_t back, std::string_view bytes) {
+    RecordBytes list;
+    list.Word(1)
+        .NewClass("QFObjectIndexer", 2)
+        .Class(7)
+        .Class(4)
+        .Text(u"HostSetup")
+        .Dword(2)
+        .Dword(1)
+        .Dword(2)
+        .Dword(2);
+    const DocumentBytes document({{"HostSetup"}, {"HostSetup"}}, /*firstNumber=*/9);
+    std::string objects = WithIndexer(document.Get(), list);
+    objects.replace(objects.size() - back, bytes.size(), bytes);
+    WriteDocumentFile(File("a.kvdoc"), objects);
+  }
+  void ExpectRepairable() {
+    EXPECT_EQ(Run("repair", {File("a.kvdoc"), File("b.kvdoc")}).exit_code, 0);
+    EXPECT_EQ(Run("verify", {File("b.kvdoc")}).out,
+              File("b.kvdoc") +
+                  ": storage version 38, 2 of 2 nodes whole, status 0x0000, error location 0x0000\n"
+                  "  indexer HostSetup: 2 stored, 2 alive\nnothing found\n");
+  }
+};
+
+TEST_F(ListedSetups, NodeOfAnotherNameIsCountedWhereItIsListed) {
+  Write(kName + 2, "q");
+  EXPECT_EQ(Run("verify", {File("a.kvdoc")}).exit_code, 0);
+  ExpectRepairable();
+}
+
+TEST_F(ListedSetups, LastOfAllIdsIsGivenUp) {
+  Write(kId, "\xFF\xFF\xFF\xFF");
+  EXPECT_EQ(Findings("a.kvdoc"),
+            "Objects: HostSetup \"N1\" has the id 4294967295, behind which there is none for a new node\n"
+            "Objects: HostSetup \"N1\" is not in the indexer\n");
+  ExpectRepairable();
+}
+
+TEST_F(ListedSetups, LabelDoesNotCommandTheTerminal) {
+  const std::size_t label = kId + 3 * (4 + 2 * 17) - 2 * 12 + 4;
+  Write(label, std::string_view("\n\0\x9B\0", 4));
+  const RunResult shown = Run("show", {File("a.kvdoc")});
+  EXPECT_NE(shown.out.find("HostSetup 2 \"  \", active"), std::string::npos) << shown;
+  EXPECT_EQ(std::count(shown.out.begin(), shown.out.end(), '\n'), 3);
 }
 
 TEST_F(DocumentVerify, TellsProgramsInJson) {
@@ -193,7 +250,7 @@ TEST_F(DocumentVerify, RefusesWhatIsNoDocumentOrALaterOne) {
     std::string file;
     std::string message;
   } kCases[] = {
-      {text, "cannot read " + text + ": it is no document: no compound file"},
+      {text, "cannot read " + text + ": it is no document: no compound file; check the name"},
       {File("format"),
        "cannot read " + File("format") + ": stream Header, it has format 2; this build reads 1" + later},
       {File("version"), "cannot read " + File("version") + ": stream Header, it has storage version 38.5" + later},
@@ -204,8 +261,9 @@ TEST_F(DocumentVerify, RefusesWhatIsNoDocumentOrALaterOne) {
     EXPECT_EQ(Run("repair", {c.file, File("out")}), expected);
     EXPECT_EQ(Run("show", {c.file}), expected);
   }
-  EXPECT_EQ(Run("repair", {File("empty"), File("out")}),
-            (RunResult{1, "", "kestrova: nothing of " + File("empty") + " can be saved: there is none\n"}));
+  EXPECT_EQ(
+      Run("repair", {File("empty"), File("out")}),
+      (RunResult{1, "", "kestrova: nothing of " + File("empty") + " can be saved: stream Objects: there is none\n"}));
   EXPECT_FALSE(std::filesystem::exists(File("out")));
 }
 
