@@ -2,7 +2,9 @@
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
+#include <charconv>
 #include <cstdio>
+#include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "framework/ob_list.h"
@@ -15,6 +17,7 @@
 #include "host/document/sample_document.h"
 #include "host/main_module.h"
 #include "host/open_document.h"
+#include "host/text_table.h"
 #include "host/whole_file.h"
 #include "share/objects/save_history.h"
 
@@ -129,10 +132,12 @@ void History(const Given& given) {
                    {"edition", text(record.GetProductEdition())}});
     if (!given.json) {
       const std::string build = text(record.GetBuildCode());
-      fmt::print("{} {} build {}, storage version {}: {} saves, last {} by {}\n", text(record.GetMajorVersion()),
-                 text(record.GetServicePack()), build.empty() ? "unknown" : build,
-                 ToUtf8(record.GetStorageVersion().TrimLeft()), text(record.GetNumSaves()),
-                 text(record.GetDateAndTime()), text(record.GetUser()));
+      std::string line = fmt::format("{} {} build {}, storage version {}: {} saves, last {} by {}",
+                                     text(record.GetMajorVersion()), text(record.GetServicePack()),
+                                     build.empty() ? "unknown" : build, ToUtf8(record.GetStorageVersion().TrimLeft()),
+                                     text(record.GetNumSaves()), text(record.GetDateAndTime()), text(record.GetUser()));
+      BlankControls(line);
+      fmt::print("{}\n", line);
     }
   }
   if (given.json) PrintJson(all);
@@ -165,18 +170,30 @@ void Verify(const Given& given) {
 
 void Repair(const Given& given) {
   CheckTarget(given.out, given.force);
+  std::error_code unknown;
+  if (std::filesystem::equivalent(given.file, given.out, unknown))
+    throw Failure(fmt::format("{} is the damaged document itself, which repair keeps; name another file", given.out));
   StartMainModule();
   DocumentLoader loader(given.file, DocumentLoader::Mode::kSalvage);
   const auto document = loader.Load();
   const ActiveDocument active(document.get());
   LoadReport report = loader.Report();
   if (report.part <= DocumentReading::Part::kFields)
-    throw Failure(fmt::format("nothing of {} can be saved: {}", given.file, report.findings.back().text));
+    throw Failure(fmt::format("nothing of {} can be saved: stream {}: {}", given.file, report.findings.back().stream,
+                              report.findings.back().text));
   CheckDocument(*document, CheckMode::kMend, report);
   SaveDocument(*document, given.out);
   if (given.json) return PrintJson(ReportJson(given.file, report));
   fmt::print("{}: {} of {} nodes saved{}\n{}", given.out, report.whole, report.promised, LostText(report),
              FindingsText(report));
+}
+
+// The option parser itself takes a minus and numbers that are too large.
+std::string Seed(const std::string& text) {
+  ULONGLONG seed = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, seed);
+  return error == std::errc() && stop == end ? "" : text + " is no whole number from 0 to 18446744073709551615";
 }
 
 CLI::App& AddCommand(CLI::App& group, const char* name, const char* what, const char* help, Given& given,
@@ -209,7 +226,7 @@ void AddDocumentCommands(CLI::App& group) {
   fresh.add_option("--nodes", given.nodes, "How many nodes, 100 unless told")->check(CLI::Range(0, 5'000'000));
   fresh.add_option("--units", given.units, "The document's units, mm unless told")
       ->check(CLI::IsMember({"mm", "inch"}));
-  fresh.add_option("--seed", given.seed, "What the nodes are drawn from, 1 unless told");
+  fresh.add_option("--seed", given.seed, "What the nodes are drawn from, 1 unless told")->check(Seed);
   AddForce(fresh, given);
   AddJson(add("show", "Show the nodes as a tree", kShowHelp, Show), given);
   add("dump", "Print the objects' own dumps", kDumpHelp, Dump);

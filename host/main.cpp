@@ -6,6 +6,7 @@
 #include "host/commands.h"
 #include "host/completion.h"
 #include "host/main_module.h"
+#include "host/text_table.h"
 
 namespace {
 
@@ -33,8 +34,9 @@ int Run(int argc, char** argv) {
   return 0;
 }
 
-int Fail(const char* reason, int exitCode) {
-  std::fprintf(stderr, "kestrova: %s\n", reason);
+int Fail(std::string reason, int exitCode) {
+  kestrova::BlankControls(reason);
+  std::fprintf(stderr, "kestrova: %s\n", reason.c_str());
   return exitCode;
 }
 
@@ -42,7 +44,11 @@ int Fail(const char* reason, int exitCode) {
 
 int main(int argc, char** argv) {
   try {
-    return Run(argc, argv);
+    const int exitCode = Run(argc, argv);
+    // What a full disk has not taken may show only now.
+    if (std::fflush(stdout) != 0 || std::ferror(stdout))
+      return Fail("the output was not written whole; is the disk full?", 1);
+    return exitCode;
   } catch (const kestrova::WrongUsage& error) {
     return Fail(error.what(), 2);
   } catch (const kestrova::FoundErrors&) {

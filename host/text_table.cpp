@@ -15,11 +15,20 @@ std::size_t Width(const std::string& text) {
 
 }  // namespace
 
-void TextTable::Add(std::vector<std::string> cells) {
-  for (std::string& cell : cells) {
-    std::replace_if(
-        cell.begin(), cell.end(), [](char c) { return (c >= 0 && c < ' ') || c == 0x7F; }, ' ');
+void BlankControls(std::string& text, std::size_t from) {
+  constexpr char kC1Lead = '\xC2';  // ahead of 80 to 9F: U+0080 to U+009F
+  for (std::size_t i = from; i < text.size(); ++i) {
+    const auto c = static_cast<unsigned char>(text[i]);
+    if (c < ' ' || c == 0x7F) {
+      text[i] = ' ';
+    } else if (text[i] == kC1Lead && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xA0) {
+      text.replace(i, 2, " ");
+    }
   }
+}
+
+void TextTable::Add(std::vector<std::string> cells) {
+  for (std::string& cell : cells) BlankControls(cell);
   rows_.push_back(std::move(cells));
 }
 

@@ -6,6 +6,10 @@
 
 namespace kestrova {
 
+// Makes the control characters of a UTF-8 text blanks, from that byte on: what comes from a file must not end a line or
+// command the terminal.
+void BlankControls(std::string& text, std::size_t from = 0);
+
 class TextTable {
  public:
   struct Column {

@@ -33,7 +33,9 @@ constexpr ULONGLONG kLeastPiece = 1024;
 std::string StorageText(HRESULT result) {
   switch (result) {
     case STG_E_MEDIUMFULL: return "the disk is full, or the document has 2 GiB or more";
-    case STG_E_FILEALREADYEXISTS: return "it is no document: no compound file";
+    case STG_E_FILEALREADYEXISTS: return "it is no document: no compound file; check the name";
+    case STG_E_INVALIDNAME: return "the name is empty";
+    case STG_E_ACCESSDENIED: return "access denied; check that it is a file, and its rights and its folder's";
     case STG_E_FILENOTFOUND:
     case STG_E_PATHNOTFOUND: return fmt::format("{}; check the path", ErrorText(DWORD(result) & 0xFFFF));
     case STG_E_DOCFILECORRUPT: return "it is damaged or was cut off";

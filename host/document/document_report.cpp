@@ -5,12 +5,14 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "host/text_table.h"
 #include "share/objects/storage_status.h"
 
 namespace kestrova {
 
 void LoadReport::Add(unsigned location, std::string stream, std::string text) {
   LogSerializationError(location);
+  BlankControls(text);
   ++findingCount;
   if (findings.size() < kMostFindings) findings.push_back({std::move(stream), std::move(text)});
 }
@@ -82,8 +84,11 @@ std::string ReportText(const std::string& file, const LoadReport& report) {
   std::string text = fmt::format(
       "{}: storage version {}, {} of {} nodes whole{}, status {:#06x}, error location {:#06x}\n", file,
       report.storageVersion, report.whole, report.promised, LostText(report), report.status, report.errorLocation);
-  for (const LoadReport::IndexerCount& count : report.indexer)
-    text += fmt::format("  indexer {}: {} stored, {} alive\n", ToUtf8(count.name), count.stored, count.alive);
+  for (const LoadReport::IndexerCount& count : report.indexer) {
+    std::string name = ToUtf8(count.name);
+    BlankControls(name);
+    text += fmt::format("  indexer {}: {} stored, {} alive\n", name, count.stored, count.alive);
+  }
   if (report.findingCount == 0) return text + "nothing found\n";
   return text + FindingsText(report) + fmt::format("{} found\n", report.findingCount);
 }

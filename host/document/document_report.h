@@ -25,7 +25,8 @@ struct LoadReport {
     int alive = 0;
   };
 
-  // Notes a finding and logs its location bit. Beyond kMostFindings they are only counted.
+  // Notes a finding, control characters in it as blanks, and logs its location bit. Beyond kMostFindings they are only
+  // counted.
   void Add(unsigned location, std::string stream, std::string text);
 
   static constexpr std::size_t kMostFindings = 1000;

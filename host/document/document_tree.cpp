@@ -12,6 +12,7 @@
 #include "host/document/operation_node.h"
 #include "host/document/tool_node.h"
 #include "host/progress_bar.h"
+#include "host/text_table.h"
 #include "share/env/document_callbacks.h"
 
 namespace kestrova {
@@ -117,18 +118,24 @@ void AppendNodeJson(std::string& out, HostNode& node, int depth, bool suppressed
 
 void WriteTree(const HostDocument& document, std::FILE* out) {
   Output output(out);
-  fmt::format_to(std::back_inserter(output.Text()), "{}: {} node{}, {}, storage version {}\n", ToUtf8(document.Title()),
+  const auto endLine = [](std::string& text, std::size_t start) {
+    BlankControls(text, start);
+    text += '\n';
+  };
+  fmt::format_to(std::back_inserter(output.Text()), "{}: {} node{}, {}, storage version {}", ToUtf8(document.Title()),
                  document.NodeCount(), document.NodeCount() == 1 ? "" : "s", document.Units().name,
                  document.ReadStorageUnits());
+  endLine(output.Text(), 0);
   WalkWithProgress(document, [&](HostNode& node, int depth) {
     std::string& text = output.Text();
+    const std::size_t start = text.size();
     text.append(std::size_t(std::min(depth + 1, kDeepestIndent)) * 2, ' ');
     fmt::format_to(std::back_inserter(text), "{}, {}, {}; made by {} {}", Labelled(node), TextOf(node.GetState()),
                    ToUtf8(node.Facts()), ToUtf8(node.GetCreatedBy()), ToUtf8(node.GetDateCreated()));
     if (!(node.GetLastModified() == node.GetDateCreated()))
       fmt::format_to(std::back_inserter(text), ", changed by {} {}", ToUtf8(node.GetLastModifiedBy()),
                      ToUtf8(node.GetLastModified()));
-    text += '\n';
+    endLine(text, start);
   });
 }
 

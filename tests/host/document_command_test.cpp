@@ -118,21 +118,45 @@ TEST_F(DocumentCommand, ReplacesAFileOnlyWhenToldTo) {
 
 TEST_F(DocumentCommand, ExplainsFailuresInOneLine) {
   const std::string text = folder_.Write("text", std::string(600, 'x')).string();
+  const std::string folder = folder_.Path().string();
+  Make("a.kvdoc", {"--nodes", "3"});
   const struct {
     std::vector<std::string> arguments;
     std::string message;
   } kCases[] = {
       {{"show", File("none")}, "cannot read " + File("none") + ": no such file; check the path"},
-      {{"show", text}, "cannot read " + text + ": it is no document: no compound file"},
+      {{"show", text}, "cannot read " + text + ": it is no document: no compound file; check the name"},
+      {{"verify", folder},
+       "cannot read " + folder + ": access denied; check that it is a file, and its rights and its folder's"},
+      {{"show", ""}, "cannot read : the name is empty"},
+      {{"repair", File("a.kvdoc"), File("./a.kvdoc"), "--force"},
+       File("./a.kvdoc") + " is the damaged document itself, which repair keeps; name another file"},
       {{"new", File("no/folder")},
        "cannot save " + File("no/folder") + ": the folder does not exist; check the path; nothing was written"},
   };
   for (const auto& c : kCases) EXPECT_EQ(Run(c.arguments), (RunResult{1, "", "kestrova: " + c.message + "\n"}));
 }
 
+TEST_F(DocumentCommand, OutputThatAFullDiskDidNotTakeIsAFailure) {
+  Make("a.kvdoc", {"--nodes", "3"});
+  for (const char* command : {"show", "dump", "verify"}) {
+    const std::string line = std::string(KV_BIN_DIR "/kestrova document ") + command + " \"" + File("a.kvdoc") +
+                             "\" >/dev/full 2>\"" + File("err") + "\"";
+    EXPECT_EQ(WEXITSTATUS(std::system(line.c_str())), 1) << command;
+    EXPECT_EQ(kvtest::ReadFile(File("err")), "kestrova: the output was not written whole; is the disk full?\n");
+  }
+}
+
 TEST_F(DocumentCommand, RefusesWrongUsage) {
-  for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
-           {}, {"show"}, {"new", "a", "--nodes", "-1"}, {"new", "a", "--units", "m"}, {"convert", "a"}, {"open", "a"}})
+  for (const std::vector<std::string>& arguments :
+       std::vector<std::vector<std::string>>{{},
+                                             {"show"},
+                                             {"new", "a", "--nodes", "-1"},
+                                             {"new", "a", "--units", "m"},
+                                             {"new", "a", "--seed", "-1"},
+                                             {"new", "a", "--seed", "18446744073709551616"},
+                                             {"convert", "a"},
+                                             {"open", "a"}})
     EXPECT_EQ(Run(arguments).exit_code, 2);
 }
 
