@@ -3,11 +3,10 @@
 
 #include "companions/geometry/constants.h"
 #include "share/env/document_callbacks.h"
+#include "share/env/version_info.h"
 #include "share/objects/object.h"
 
 namespace {
-
-constexpr float kCurrentStorageVersion = 38.0f;
 
 int Send(QFObject* document, QF_CORE_MESSAGE_ID message, void* value) {
   return document ? document->SendQFCoreMessage(message, reinterpret_cast<std::uintptr_t>(value), 0) : 0;
@@ -29,7 +28,7 @@ int SendToActiveDocument(QF_CORE_MESSAGE_ID message, void* value) { return Send(
 
 float GetActiveDocReadStorageUnits() {
   const float units = AskActiveDocument<float>(QF_CORE_GET_READ_STORAGE_UNITS);
-  return units > -RESABS && units < RESABS ? kCurrentStorageVersion : units;
+  return units > -RESABS && units < RESABS ? CKVVersionInfo::QF_STORAGE_VERSION : units;
 }
 
 void SetActiveDocReadStorageUnits(float units) { SendToActiveDocument(QF_CORE_SET_READ_STORAGE_UNITS, &units); }

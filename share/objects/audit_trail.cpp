@@ -1,7 +1,14 @@
-// The texts of an audit trail, copied when one of several that share them changes.
+// The texts of an audit trail, copied when one of several that share them changes, and the stamp that goes into them.
 #include "share/objects/audit_trail.h"
 
 #include <utility>
+
+#include "share/env/app_env.h"
+
+CString AuditTrail::Now() {
+  const CKVEnvApp* env = AppEnv();
+  return env ? env->GetCurrentDate() + _T("::") + env->GetTickCount() : CString();
+}
 
 const AuditTrail::Texts& AuditTrail::Empty() {
   static const Texts none;

@@ -29,6 +29,9 @@ class KVSHARE_API AuditTrail {
   }
   ~AuditTrail() { Release(); }
 
+  // The stamp of this moment, "date::time of day" as the environment tells them.
+  static CString Now();
+
   // Good until this trail, or the last that shares its texts, is changed or dropped.
   const Texts& Get() const { return m_pBody ? m_pBody->texts : Empty(); }
   // The texts for changing, after making them this trail's own.

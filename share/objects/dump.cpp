@@ -10,3 +10,7 @@ void DumpText(FILE* file, const CString& text) {
 void DumpBanner(FILE* file, LPCTSTR className, LPCTSTR edge) {
   DumpPrint(file, _T("\n============================ %s %s ================================\n"), className, edge);
 }
+
+void DumpFlag(FILE* file, LPCTSTR name, bool flag) {
+  DumpPrint(file, _T("\n %s : %s"), name, flag ? _T("YES") : _T("NO"));
+}

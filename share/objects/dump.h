@@ -11,6 +11,9 @@ KVSHARE_API void DumpText(FILE* file, const CString& text);
 // Writes "\n=...= <class> <edge> =...=\n", the banner around an object's fields; edge is "Start" or "End".
 KVSHARE_API void DumpBanner(FILE* file, LPCTSTR className, LPCTSTR edge);
 
+// Writes "\n <name> : YES" or NO.
+KVSHARE_API void DumpFlag(FILE* file, LPCTSTR name, bool flag);
+
 // Formats as CString::Format does and writes the result.
 template <class... Arguments>
 void DumpPrint(FILE* file, LPCTSTR format, const Arguments&... arguments) {

@@ -20,10 +20,6 @@ LPCTSTR TextOf(FlaggedErrorEnum type) {
   return _T("Nothing");
 }
 
-void DumpFlag(FILE* file, LPCTSTR name, int flag) {
-  DumpPrint(file, _T("\n %s : %s"), name, flag ? _T("YES") : _T("NO"));
-}
-
 }  // namespace
 
 // The limit is the float 32.002, which lies more than RESABS below the number.
@@ -70,9 +66,9 @@ void CFlaggedError::DumpData(FILE* file) {
   if (!file) return;
   DumpBanner(file, _T("CFlaggedError"), _T("Start"));
   DumpPrint(file, _T("\n m_eFlaggedErrorType : %s"), TextOf(m_eFlaggedErrorType));
-  DumpFlag(file, _T("m_bFlag"), m_bFlag);
+  DumpFlag(file, _T("m_bFlag"), m_bFlag != 0);
   DumpPrint(file, _T("\n m_iErrorStringID: %d"), m_iErrorStringID);
-  DumpFlag(file, _T("m_bCanClearError"), m_bCanClearError);
-  DumpFlag(file, _T("m_bAllowEditing"), m_bAllowEditing);
+  DumpFlag(file, _T("m_bCanClearError"), m_bCanClearError != 0);
+  DumpFlag(file, _T("m_bAllowEditing"), m_bAllowEditing != 0);
   DumpBanner(file, _T("CFlaggedError"), _T("End"));
 }

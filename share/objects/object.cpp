@@ -49,10 +49,9 @@ void QFObject::SetNodeDesc(CString) {}
 CString QFObject::GetNodeDesc() const { return m_NodeDesc; }
 
 void QFObject::UpdateLastModified() {
-  const CKVEnvApp& environment = *AppEnv();
   AuditTrail::Texts& stamps = m_Trail.Change();
-  stamps.lastModified = environment.GetCurrentDate() + _T("::") + environment.GetTickCount();
-  stamps.lastModifiedBy = environment.GetUserNameW();
+  stamps.lastModified = AuditTrail::Now();
+  stamps.lastModifiedBy = AppEnv()->GetUserNameW();
 }
 
 int QFObject::Invalidate() {

@@ -27,8 +27,6 @@ LPCTSTR TextOf(COMPARE_RESULT result) {
   return _T("Nothing");
 }
 
-LPCTSTR YesOrNo(bool flag) { return flag ? _T("YES") : _T("NO"); }
-
 const void* Address(const QFObject* object) { return object; }
 
 }  // namespace
@@ -54,8 +52,8 @@ void QFObject::DumpData(FILE* file) {
   DumpPrint(file, _T("\n <---- m_pPatternMngr Start ---->"));
   if (m_pPatternMngr) GetObjectPatternService()->toNode(m_pPatternMngr)->DumpData(file);
   DumpPrint(file, _T("\n <---- m_pPatternMngr End ---->"));
-  DumpPrint(file, _T("\n m_bIsMerged : %s"), YesOrNo(m_bMerged));
-  DumpPrint(file, _T("\n m_bMergeInProgress : %s"), YesOrNo(m_bMergeInProgress));
+  DumpFlag(file, _T("m_bIsMerged"), m_bMerged);
+  DumpFlag(file, _T("m_bMergeInProgress"), m_bMergeInProgress);
   DumpBanner(file, _T("QFObject"), _T("End"));
 }
 

@@ -8,6 +8,7 @@
 
 #include "companions/geometry/transforms.h"
 #include "framework/object.h"
+#include "share/env/version_info.h"
 
 // The common root; it tells nothing.
 class KVSHARE_API QFParamHelper : public CObject {
@@ -45,7 +46,7 @@ class KVSHARE_API QFDocParamHelper : public QFParamHelper {
 
  private:
   int m_nDocUnits = -1;
-  float m_fReadStorageUnits = 38.0f;
+  float m_fReadStorageUnits = CKVVersionInfo::QF_STORAGE_VERSION;
   int m_bDocumentModified = 0;
 };
 

@@ -10,6 +10,7 @@
 #include "share/env/app_env.h"
 #include "share/env/product_edition.h"
 #include "share/env/version_info.h"
+#include "share/objects/audit_trail.h"
 #include "share/objects/dump.h"
 #include "share/utilities/object_lists.h"
 
@@ -113,12 +114,6 @@ CString PresentUser() {
   return env ? env->GetUserNameW() : CString();
 }
 
-// As QFObject::UpdateLastModified stamps a node.
-CString PresentStamp() {
-  const CKVEnvApp* env = AppEnv();
-  return env ? env->GetCurrentDate() + _T("::") + env->GetTickCount() : CString();
-}
-
 }  // namespace
 
 int QFDocSrHistory::InitForCurrentInfo() {
@@ -127,7 +122,7 @@ int QFDocSrHistory::InitForCurrentInfo() {
   m_StorageVersionNumber = CKVVersionInfo::QF_STORAGE_VERSION;
   m_MajorVersion = CKVVersionInfo::QF_VERSION_MAJOR_FOR_SERVICE_PACK;
   m_ServicePack = CKVVersionInfo::QF_SERVICE_PACK;
-  m_DateAndTime = PresentStamp();
+  m_DateAndTime = AuditTrail::Now();
   m_User = PresentUser();
   m_ProductEdition = GetProductEditionText();
   m_ActiveModule = GetRunningModuleName();
@@ -180,7 +175,7 @@ void QFDocSrHistory::Serialize(CArchive& ar) {
 
 void QFDocSrHistory::DumpData(FILE* file) {
   DumpBanner(file, _T("QFDocSrHistory"), _T("Start"));
-  DumpPrint(file, _T("\n m_bLockedForWriting : %s"), m_bLockedForWriting ? _T("YES") : _T("NO"));
+  DumpFlag(file, _T("m_bLockedForWriting"), m_bLockedForWriting != 0);
   DumpPrint(file, _T("\n m_MajorVersion: %s"), m_MajorVersion);
   DumpPrint(file, _T("\n m_ServicePack: %s"), m_ServicePack);
   DumpPrint(file, _T("\n m_BuildCode: %s"), m_BuildCode);
