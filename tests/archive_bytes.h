@@ -22,7 +22,7 @@ int CauseOf(std::string_view bytes, const std::function<void(CArchive&)>& read);
 int CauseOf(const std::function<void()>& call);
 
 // Each shorter beginning of the bytes raises endOfFile; `behind` is called after each.
-void ExpectPrefixesRaise(std::string_view bytes, const std::function<void(CArchive&)>& read,
-                         const std::function<void()>& behind);
+void ExpectPrefixesRaise(
+    std::string_view bytes, const std::function<void(CArchive&)>& read, const std::function<void()>& behind = [] {});
 
 }  // namespace kvtest

@@ -3,28 +3,13 @@
 
 #include <fmt/format.h>
 
-#include <cstdio>
-
-#include "framework/ob_list.h"
 #include "share/objects/object.h"
+#include "tests/objects/dumped.h"
 #include "tests/objects/test_document.h"
-#include "tests/scratch.h"
+
+using kvtest::Dumped;
 
 namespace {
-
-template <class Dump>
-std::string Dumped(Dump dump) {
-  const kvtest::ScratchFolder folder;
-  const auto path = folder.Path() / "dump.txt";
-  FILE* file = std::fopen(path.string().c_str(), "wb");
-  dump(file);
-  std::fclose(file);
-  return kvtest::ReadFile(path);
-}
-
-std::string Banner(const std::string& name) {
-  return "\n============================ " + name + " ================================\n";
-}
 
 std::string Address(const QFObject* object) { return fmt::format("{:x}", reinterpret_cast<std::uintptr_t>(object)); }
 
@@ -46,11 +31,11 @@ class StampedNode : public NamedNode {
 TEST(NodeDump, NewNodeIsExact) {
   QFObject node;
   EXPECT_EQ(Dumped([&](FILE* file) { node.DumpData(file); }),
-            Banner("QFObject Start") + "\n m_Label: " + "\n m_CreatedBy: " + "\n m_DateCreated: " +
+            kvtest::DumpBanner("QFObject Start") + "\n m_Label: " + "\n m_CreatedBy: " + "\n m_DateCreated: " +
                 "\n m_LastModified: " + "\n m_LastModifiedBy: " + "\n m_ObjectId: 0" + "\n m_iState : ACTIVE" +
                 "\n Address of this: " + Address(&node) + "\n m_CompareRes : NO_MATCH" +
                 "\n <---- m_pPatternMngr Start ---->" + "\n <---- m_pPatternMngr End ---->" + "\n m_bIsMerged : NO" +
-                "\n m_bMergeInProgress : NO" + Banner("QFObject End"));
+                "\n m_bMergeInProgress : NO" + kvtest::DumpBanner("QFObject End"));
   node.DumpData(nullptr);
   node.DumpUserObjs(nullptr);
   node.DumpKestrovaObjects(nullptr);
@@ -70,14 +55,14 @@ TEST(NodeDump, FilledNodeIsExact) {
   node.SetCompareResult(PROFILE_NODEPTH_MATCH);
   node.SetMergeInProgress(1);
   EXPECT_EQ(Dumped([&](FILE* file) { node.DumpData(file); }),
-            Banner("QFObject Start") + "\n m_Label: Bohrung %s ü" + "\n m_CreatedBy: maker" +
+            kvtest::DumpBanner("QFObject Start") + "\n m_Label: Bohrung %s ü" + "\n m_CreatedBy: maker" +
                 "\n m_DateCreated: 01/02/2003::04:05" + "\n m_LastModified: 06/07/2008::09:10" +
                 "\n m_LastModifiedBy: changer" + "\n m_ObjectId: -1" + "\n m_iState : LOCKED" +
                 "\n Address of this: " + Address(&node) + "\n Address of pObj: " + Address(&named) +
                 "\n strObjName: NamedNode" + "\n Address of pObj: " + Address(&user) + "\n strObjName: QFObject" +
                 "\n m_CompareRes : PROFILE_NODEPTH_MATCH" + "\n <---- m_pPatternMngr Start ---->" +
                 "\n <---- m_pPatternMngr End ---->" + "\n m_bIsMerged : NO" + "\n m_bMergeInProgress : YES" +
-                Banner("QFObject End"));
+                kvtest::DumpBanner("QFObject End"));
 }
 
 TEST(NodeDump, StatesAndResultsHaveTheirTexts) {
@@ -115,9 +100,9 @@ TEST(NodeDump, UsersAreExact) {
 
 TEST(FlaggedErrorDump, IsExact) {
   const auto text = [](const std::string& type, const std::string& id, const std::string& flags) {
-    return Banner("CFlaggedError Start") + "\n m_eFlaggedErrorType : " + type + "\n m_bFlag : " + flags +
+    return kvtest::DumpBanner("CFlaggedError Start") + "\n m_eFlaggedErrorType : " + type + "\n m_bFlag : " + flags +
            "\n m_iErrorStringID: " + id + "\n m_bCanClearError : " + flags + "\n m_bAllowEditing : " + flags +
-           Banner("CFlaggedError End");
+           kvtest::DumpBanner("CFlaggedError End");
   };
   CFlaggedError error(17, FLAGGED_ERROR_STOCK);
   EXPECT_EQ(Dumped([&](FILE* file) { error.DumpData(file); }), text("STOCK", "17", "NO"));

@@ -1,10 +1,8 @@
 // The error flag: its record, the gate for old documents, its copies.
 #include <gtest/gtest.h>
 
-#include <memory>
-
 #include "share/objects/flagged_error.h"
-#include "tests/objects/record_bytes.h"
+#include "tests/objects/loaded_object.h"
 #include "tests/objects/test_document.h"
 
 using namespace kvtest;
@@ -15,8 +13,8 @@ TEST(FlaggedError, HasItsExactBytesInEveryStorageVersion) {
     CFlaggedError error(17, FLAGGED_ERROR_STOCK);
     error.SetFlag();
     error.SetCanClearError(1);
-    EXPECT_EQ(StoredHex([&](CArchive& ar) { ar << &error; }),
-              HexOf(RecordBytes().NewClass("CFlaggedError", 2).Class(1).Dword(1).Dword(1).Get()))
+    EXPECT_EQ(Hex(StoredObject(error)),
+              Hex(RecordBytes().NewClass("CFlaggedError", 2).Class(1).Dword(1).Dword(1).Get()))
         << units;
   }
 }
@@ -50,23 +48,7 @@ TEST(FlaggedError, RecordIsReadFromStorageVersion32002On) {
   }
 }
 
-TEST(FlaggedError, FlagAndTypeSurviveAndTheTextDoesNot) {
-  const TestDocument document(38.0f);
-  CFlaggedError error(17, FLAGGED_ERROR_STOCK);
-  error.SetFlag();
-  error.SetAllowEditingFlag(1);
-  const std::string bytes = Stored([&](CArchive& ar) { ar << &error; });
-  Reader reader(bytes);
-  CFlaggedError* read = nullptr;
-  reader.ar >> read;
-  const std::unique_ptr<CFlaggedError> loaded(read);
-  EXPECT_EQ(loaded->GetFlag(), 1);
-  EXPECT_EQ(loaded->GetFlagErrorType(), FLAGGED_ERROR_STOCK);
-  EXPECT_EQ(loaded->ReportError(), -1);
-  EXPECT_EQ(loaded->GetAllowEditingFlag(), 0);
-}
-
-TEST(FlaggedError, CopiesHaveAllFiveValues) {
+TEST(FlaggedError, CopiesHaveAllFiveValuesAndTheArchiveTwo) {
   CFlaggedError error(17, FLAGGED_ERROR_STOCK);
   error.SetFlag();
   error.SetCanClearError(1);
@@ -75,14 +57,15 @@ TEST(FlaggedError, CopiesHaveAllFiveValues) {
   CFlaggedError assigned(0, FLAGGED_ERROR_NORMAL);
   assigned = error;
   const std::unique_ptr<CFlaggedError> clone(error.Clone());
+  const auto loaded = LoadedObject<CFlaggedError>(StoredObject(error));
   error = CFlaggedError(0, FLAGGED_ERROR_NORMAL);
-  for (const CFlaggedError* each :
-       {&copy, const_cast<const CFlaggedError*>(&assigned), const_cast<const CFlaggedError*>(clone.get())}) {
-    EXPECT_EQ(each->GetFlag(), 1);
-    EXPECT_EQ(each->GetFlagErrorType(), FLAGGED_ERROR_STOCK);
-    EXPECT_EQ(each->ReportError(), 17);
-    EXPECT_EQ(each->GetCanClearError(), 1);
-    EXPECT_EQ(each->GetAllowEditingFlag(), 1);
-  }
-  EXPECT_EQ(error.GetFlag(), 0);
+  const auto fields = [](const CFlaggedError& each) {
+    return std::vector<int>{each.GetFlag(), each.GetFlagErrorType(), each.ReportError(), each.GetCanClearError(),
+                            each.GetAllowEditingFlag()};
+  };
+  const std::vector<int> all = {1, FLAGGED_ERROR_STOCK, 17, 1, 1};
+  EXPECT_EQ(fields(copy), all);
+  EXPECT_EQ(fields(assigned), all);
+  EXPECT_EQ(fields(*clone), all);
+  EXPECT_EQ(fields(*loaded), (std::vector<int>{1, FLAGGED_ERROR_STOCK, -1, 0, 0}));
 }

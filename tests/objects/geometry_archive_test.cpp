@@ -3,30 +3,43 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
-
-#include "tests/objects/archive_bytes.h"
+#include "tests/archive_bytes.h"
 
 namespace {
 
-using kvtest::ExpectPrefixesRaise;
-using kvtest::LoadHex;
-using kvtest::StoredHex;
+// Doubles by hand: 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, -0.5, and a NaN with a payload.
+const std::string k0 = "00 00 00 00 00 00 00 00 ", k1 = "00 00 00 00 00 00 F0 3F ", k2 = "00 00 00 00 00 00 00 40 ",
+                  k3 = "00 00 00 00 00 00 08 40 ", k4 = "00 00 00 00 00 00 10 40 ", k5 = "00 00 00 00 00 00 14 40 ",
+                  k6 = "00 00 00 00 00 00 18 40 ", k7 = "00 00 00 00 00 00 1C 40 ", k8 = "00 00 00 00 00 00 20 40 ",
+                  k9 = "00 00 00 00 00 00 22 40 ", kMinusHalf = "00 00 00 00 00 00 E0 BF ",
+                  kNaN = "EF BE AD DE 00 00 F8 FF ";
 
-// Doubles by hand: 1, 2, 3, 4, 5, 6, 7, 8, 9, -0.5.
-const std::string k1 = "000000000000F03F", k2 = "0000000000000040", k3 = "0000000000000840", k4 = "0000000000001040",
-                  k5 = "0000000000001440", k6 = "0000000000001840", k7 = "0000000000001C40", k8 = "0000000000002040",
-                  k9 = "0000000000002240", kMinusHalf = "000000000000E0BF", k0 = "0000000000000000";
+template <class Value>
+std::string StoredHex(const Value& value) {
+  return kvtest::Hex(kvtest::Store([&](CArchive& ar) { ar << value; })) + ' ';
+}
 
-// The value has those bytes, and those bytes give a value with the same ones; what is cut off raises.
+template <class Value>
+Value Loaded(const std::string& hex) {
+  Value value;
+  kvtest::Load(kvtest::Bytes(hex), [&](CArchive& ar) { ar >> value; });
+  return value;
+}
+
+// The bytes give a value with the same ones; what is cut off raises.
+template <class Value>
+void ExpectLoads(const std::string& hex) {
+  EXPECT_EQ(StoredHex(Loaded<Value>(hex)), hex);
+  kvtest::ExpectPrefixesRaise(kvtest::Bytes(hex), [](CArchive& ar) {
+    Value value;
+    ar >> value;
+  });
+}
+
 template <class Value>
 void ExpectRecord(const Value& value, const std::string& hex) {
-  EXPECT_EQ(StoredHex([&](CArchive& ar) { ar << value; }), hex);
-  Value loaded;
-  const auto load = [&](CArchive& ar) { ar >> loaded; };
-  LoadHex(hex, load);
-  EXPECT_EQ(StoredHex([&](CArchive& ar) { ar << loaded; }), hex);
-  ExpectPrefixesRaise(hex, load);
+  EXPECT_EQ(StoredHex(value), hex);
+  ExpectLoads<Value>(hex);
 }
 
 }  // namespace
@@ -38,33 +51,24 @@ TEST(GeometryArchive, RecordsHaveTheirExactBytes) {
   interval.set_low(5);
   interval.set_high(2);
   ExpectRecord(FRPosition(1, 2, 3), k1 + k2 + k3);
+  ExpectLoads<FRPosition>(kNaN + k1 + kNaN);
   ExpectRecord(FRVector(-0.5, 8, 9), kMinusHalf + k8 + k9);
   ExpectRecord(interval, k5 + k2);
   ExpectRecord(FRBox({1, 3, 5}, {2, 4, 6}), k1 + k2 + k3 + k4 + k5 + k6);
   ExpectRecord(matrix, matrixHex);
-  ExpectRecord(FRTransf(matrix, {1, 2, 3}, -0.5, 1, 0, 2), matrixHex + k1 + k2 + k3 + kMinusHalf + "010000000200");
-  ExpectRecord(FRTransf(matrix, {1, 2, 3}, -0.5, 0, 3, 0), matrixHex + k1 + k2 + k3 + kMinusHalf + "000003000000");
+  ExpectRecord(FRTransf(matrix, {1, 2, 3}, -0.5, 1, 0, 2),
+               matrixHex + k1 + k2 + k3 + kMinusHalf + "01 00 00 00 02 00 ");
+  ExpectRecord(FRTransf(matrix, {1, 2, 3}, -0.5, 0, 3, 0),
+               matrixHex + k1 + k2 + k3 + kMinusHalf + "00 00 03 00 00 00 ");
 }
 
 TEST(GeometryArchive, DirectionIsAVectorThatKeepsItsBits) {
-  const FRUnitVector direction(1, 2, 3);
-  const std::string hex = StoredHex([&](CArchive& ar) { ar << direction; });
-  FRUnitVector loaded;
-  LoadHex(hex, [&](CArchive& ar) { ar >> loaded; });
-  EXPECT_EQ(StoredHex([&](CArchive& ar) { ar << loaded; }), hex);
-  LoadHex(k0 + k3 + k4, [&](CArchive& ar) { ar >> loaded; });
-  EXPECT_EQ(loaded, FRUnitVector(0, 0.6, 0.8));
-  for (const std::string& none : {k0, std::string("000000000000F87F"), std::string("000000000000F07F")}) {
-    loaded = FRXAxis;
-    LoadHex(none + k0 + k0, [&](CArchive& ar) { ar >> loaded; });
+  const std::string hex = StoredHex(FRUnitVector(1, 2, 3));
+  EXPECT_EQ(StoredHex(Loaded<FRUnitVector>(hex)), hex);
+  EXPECT_EQ(Loaded<FRUnitVector>(k0 + k3 + k4), FRUnitVector(0, 0.6, 0.8));
+  for (const char* none : {"00 00 00 00 00 00 00 00", "00 00 00 00 00 00 F8 7F", "00 00 00 00 00 00 F0 7F"}) {
+    FRUnitVector loaded = FRXAxis;
+    kvtest::Load(kvtest::Bytes(none + k0 + k0), [&](CArchive& ar) { ar >> loaded; });
     EXPECT_EQ(loaded.len(), 0.0) << none;
   }
-}
-
-TEST(GeometryArchive, EveryBitPatternComesIn) {
-  const std::string nan = "EFBEADDE0000F8FF";
-  FRPosition position;
-  LoadHex(nan + k1 + nan, [&](CArchive& ar) { ar >> position; });
-  EXPECT_TRUE(std::isnan(position.x()));
-  EXPECT_EQ(StoredHex([&](CArchive& ar) { ar << position; }), nan + k1 + nan);
 }

@@ -11,7 +11,7 @@
 namespace kvtest {
 
 inline std::string StoredObject(CObject& object) {
-  return Stored([&](CArchive& ar) { ar.WriteObject(&object); });
+  return Store([&](CArchive& ar) { ar.WriteObject(&object); });
 }
 
 // Raises what the archive raises.

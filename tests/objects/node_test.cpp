@@ -48,9 +48,6 @@ class Node : public testing::Test {
   kvtest::ScratchFolder folder_;
 };
 
-// "date::time of day" as the environment tells them now.
-CString Now() { return AppEnv()->GetCurrentDate() + _T("::") + AppEnv()->GetTickCount(); }
-
 }  // namespace
 
 TEST_F(Node, DrawsItsIdOnceAndAgainWhenInvalidated) {
@@ -87,28 +84,24 @@ TEST_F(Node, CreationEntersTheIndexerAndDrawsTheId) {
 
 TEST_F(Node, StampIsDateColonsTimeOfDay) {
   QFObject node;
+  const auto now = [] { return AppEnv()->GetCurrentDate() + _T("::") + AppEnv()->GetTickCount(); };
   CString before;
   do {  // until the minute stays the same
-    before = Now();
+    before = now();
     node.UpdateLastModified();
-  } while (Now() != before);
+  } while (now() != before);
   EXPECT_EQ(node.GetLastModified(), before);
-  EXPECT_TRUE(std::regex_match(ToUtf8(node.GetLastModified()), std::regex(R"(\d\d/\d\d/\d{4}::\d\d:\d\d)")))
-      << ToUtf8(node.GetLastModified());
+  EXPECT_TRUE(std::regex_match(ToUtf8(before), std::regex(R"(\d\d/\d\d/\d{4}::\d\d:\d\d)"))) << ToUtf8(before);
   EXPECT_EQ(node.GetLastModifiedBy(), AppEnv()->GetUserNameW());
-  EXPECT_EQ(node.GetCreatedBy(), _T(""));
-  EXPECT_EQ(node.GetDateCreated(), _T(""));
+  EXPECT_EQ(node.GetCreatedBy() + node.GetDateCreated(), _T(""));
 }
 
 TEST_F(Node, FirstRequestForTheCompanionStampsTheCreation) {
-  QFObject without;
-  EXPECT_EQ(without.GetUiObject(), nullptr);
-  EXPECT_EQ(without.GetCreatedBy(), AppEnv()->GetUserNameW());
-  EXPECT_EQ(without.GetDateCreated(), without.GetLastModified());
-  EXPECT_FALSE(without.GetDateCreated().IsEmpty());
-
   CompanionNode node;
   EXPECT_EQ(node.GetUiObject(), nullptr) << "no function set";
+  EXPECT_EQ(node.GetCreatedBy(), AppEnv()->GetUserNameW());
+  EXPECT_EQ(node.GetDateCreated(), node.GetLastModified());
+  EXPECT_FALSE(node.GetDateCreated().IsEmpty());
   CompanionNode::helper.SetCBUiObjCreate([](QFObject* object) -> ui_QFObject* { return new Companion(object); });
   ui_QFObject* companion = node.GetUiObject();
   ASSERT_NE(companion, nullptr);
@@ -152,7 +145,7 @@ TEST_F(Node, MergingInvalidatesTheOther) {
 
 TEST_F(Node, CopiesItsParametersAndNothingElse) {
   TestDocument document;
-  QFObject node, owner, source;
+  QFObject node, target, owner, source;
   source.ChangeName(_T("source"));
   source.SetOwner(&owner);
   source.SetState(LOCKED);
@@ -174,18 +167,11 @@ TEST_F(Node, CopiesItsParametersAndNothingElse) {
   EXPECT_EQ(node.GetOwner(), nullptr);
   EXPECT_EQ(node.GetCountOfUserObjects(), 0);
   EXPECT_EQ(node.GetObjectId(), 2u) << "an id of its own";
-}
-
-TEST_F(Node, AssociatesStateAndLabel) {
-  QFObject node, target;
-  node.ChangeName(_T("node"));
-  node.SetState(SUPPRESSED);
-  node.SetDisplayColor(7);
-  node.AssociateParameters(nullptr);
-  node.AssociateParameters(&target);
-  EXPECT_EQ(target.Name(), _T("node"));
-  EXPECT_EQ(target.GetState(), SUPPRESSED);
-  EXPECT_EQ(target.GetDisplayColor(), 0xFFFFFFFFu);
+  source.AssociateParameters(nullptr);
+  source.AssociateParameters(&target);
+  EXPECT_EQ(target.Name(), _T("source"));
+  EXPECT_EQ(target.GetState(), LOCKED);
+  EXPECT_EQ(target.GetDisplayColor(), 0xFFFFFFFFu) << "state and label alone";
 }
 
 TEST_F(Node, MatchKeepsTheIdOfItsMoment) {
@@ -200,18 +186,19 @@ TEST_F(Node, MatchKeepsTheIdOfItsMoment) {
   EXPECT_EQ(node.GetMatchId(), 0u);
 }
 
-TEST_F(Node, DropsItsDescriptionAndKeepsTheTimeTaken) {
-  QFObject node;
-  node.SetNodeDesc(_T("text"));
-  EXPECT_EQ(node.GetNodeDesc(), _T(""));
-  node.SetTimeTakenForGTP(_T("00:01:02"));
-  EXPECT_EQ(node.GetTimeTakenForGTP(), _T("00:01:02"));
-}
-
-TEST_F(Node, RefusesDropsAndPastesOfPlainNodes) {
+TEST_F(Node, DefaultsMeanNotApplicable) {
   QFObject node, other;
   for (QFObject* object : {&other, &node, static_cast<QFObject*>(nullptr)}) {
     EXPECT_EQ(node.IsDragOverValid(object, 1), 0);
     EXPECT_EQ(node.DoPaste(object, &other, 1), 0);
   }
+  node.SetNodeDesc(_T("text"));
+  EXPECT_EQ(node.GetNodeDesc(), _T("")) << "dropped, as required";
+  void* parameter = &node;
+  EXPECT_EQ(node.HandleCommand(eCommandRun, 1, parameter), eThreadNotHandled);
+  EXPECT_EQ(node.GetNumPattInstances(0) + node.GetNumPattInstances(1) + node.RebuildPattern(), 3);
+  EXPECT_EQ(node.CreatePattern(), 0) << "its class supports none";
+  QFeObjectPatternType type = QFeObjectPatternType(5);
+  EXPECT_EQ(node.GetPatternRestriction(0, type), 0);
+  EXPECT_EQ(type, eObjectPatternNone);
 }

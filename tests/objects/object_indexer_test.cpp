@@ -3,6 +3,7 @@
 
 #include <vector>
 
+#include "tests/objects/dumped.h"
 #include "tests/objects/indexed_nodes.h"
 
 namespace {
@@ -153,13 +154,8 @@ TEST_F(Indexer, CountsAreCorrectedByClass) {
 
 TEST_F(Indexer, DumpsEveryEntry) {
   Add(1);
-  FILE* file = std::tmpfile();
   m_helper.DumpData(nullptr);
-  m_helper.DumpData(file);
-  std::string text(std::size_t(std::ftell(file)), '\0');
-  std::rewind(file);
-  EXPECT_EQ(std::fread(text.data(), 1, text.size(), file), text.size());
-  std::fclose(file);
+  const std::string text = Dumped([&](FILE* file) { m_helper.DumpData(file); });
   const std::string rule = "============================";
   EXPECT_EQ(text, "\n" + rule + " QFObjectIndexerHelper Start ====" + rule +
                       "\n\nDumping for m_ObjIndexerList Start\n\n m_ObjIndexerList Total Items : 1\n"

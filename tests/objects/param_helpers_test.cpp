@@ -3,59 +3,26 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
-
 #include "tests/geometry_print.h"
-#include "tests/objects/archive_bytes.h"
+#include "tests/objects/loaded_object.h"
 
-namespace {
-
-using kvtest::ExpectNear;
-using kvtest::ExpectPrefixesRaise;
-using kvtest::LoadHex;
-using kvtest::StoredHex;
-
-// The header of a new object of schema 1 and that name.
-std::string Header(const std::string& name) {
-  const auto length = std::uint8_t(name.size());
-  return "FFFF0100" + kvtest::HexOf(&length, 1) + "00" + kvtest::HexOf(name.data(), name.size());
-}
-
-template <class Helper>
-std::unique_ptr<Helper> Load(const std::string& hex) {
-  Helper* helper = nullptr;
-  LoadHex(hex, [&](CArchive& ar) { ar >> helper; });
-  return std::unique_ptr<Helper>(helper);
-}
-
-}  // namespace
-
-TEST(DocParamHelper, KnowsMillimetres) {
-  for (const int units : {-1, 0, 1, 3}) EXPECT_EQ(QFDocParamHelper(units).IsDocumentUnitsMm(), units == 0) << units;
-  // As the run-time class makes it.
-  const std::unique_ptr<QFDocParamHelper> fresh(
-      DYNAMIC_DOWNCAST(QFDocParamHelper, RUNTIME_CLASS(QFDocParamHelper)->CreateObject()));
-  EXPECT_EQ(fresh->GetDocParamUnits(), -1);
-  EXPECT_EQ(fresh->GetDocParamReadStorageUnits(), 38.0f);
-  EXPECT_EQ(fresh->IsDocumentModified(), 0);
-  EXPECT_TRUE(fresh->IsKindOf(RUNTIME_CLASS(QFParamHelper)));
-}
+using namespace kvtest;
 
 TEST(DocParamHelper, ArchiveHoldsTheUnitsAlone) {
-  const std::string hex = Header("QFDocParamHelper") + "FEFFFFFF";
+  for (const int units : {-1, 0, 1, 3}) EXPECT_EQ(QFDocParamHelper(units).IsDocumentUnitsMm(), units == 0) << units;
+  const std::string bytes = RecordBytes().NewClass("QFDocParamHelper", 1).Raw(-2).Get();
   QFDocParamHelper helper(-2);
   helper.SetDocParamReadStorageUnits(31.6f);
   helper.SetDocumentModifiedFlag(1);
-  EXPECT_EQ(StoredHex([&](CArchive& ar) { ar << &helper; }), hex);
-  const auto loaded = Load<QFDocParamHelper>(hex);
-  ASSERT_TRUE(loaded);
+  EXPECT_EQ(Hex(StoredObject(helper)), Hex(bytes));
+  const auto loaded = LoadedObject<QFDocParamHelper>(bytes);
   EXPECT_EQ(loaded->GetDocParamUnits(), -2);
   EXPECT_EQ(loaded->GetDocParamReadStorageUnits(), 38.0f);
   EXPECT_EQ(loaded->IsDocumentModified(), 0);
-  ExpectPrefixesRaise(hex, [](CArchive& ar) {
-    QFDocParamHelper* none = nullptr;
-    ar >> none;
-  });
+  ExpectEveryPrefixRaises<QFDocParamHelper>(bytes);
+  // As the run-time class makes it.
+  const std::unique_ptr<CObject> fresh(RUNTIME_CLASS(QFDocParamHelper)->CreateObject());
+  EXPECT_EQ(DYNAMIC_DOWNCAST(QFDocParamHelper, fresh.get())->GetDocParamUnits(), -1);
 }
 
 TEST(SetupParamHelper, ArchiveHasItsOwnOrder) {
@@ -65,42 +32,18 @@ TEST(SetupParamHelper, ArchiveHasItsOwnOrder) {
   helper.SetAngle(4);
   helper.SetFromPoint({5, 6, 7});
   helper.SetClearance(8);
-  const std::string hex = Header("QFSetupParamHelper") +  //
-                          "0000000000000000"
-                          "000000000000F03F"
-                          "0000000000000000"  // direction
-                          "000000000000F03F"
-                          "0000000000000040"
-                          "0000000000000840"  // reference position
-                          "0000000000001440"
-                          "0000000000001840"
-                          "0000000000001C40"   // from point
-                          "0000000000002040"   // clearance
-                          "0000000000001040";  // angle
-  EXPECT_EQ(StoredHex([&](CArchive& ar) { ar << &helper; }), hex);
-  const auto loaded = Load<QFSetupParamHelper>(hex);
-  ASSERT_TRUE(loaded);
-  EXPECT_EQ(loaded->Direction(), FRYAxis);
-  EXPECT_EQ(loaded->GetReferencePosition(), FRPosition(1, 2, 3));
-  EXPECT_EQ(loaded->FromPoint(), FRPosition(5, 6, 7));
-  EXPECT_EQ(loaded->Clearance(), 8.0);
-  EXPECT_EQ(loaded->GetAngle(), 4.0);
-  ExpectPrefixesRaise(hex, [](CArchive& ar) {
-    QFSetupParamHelper* none = nullptr;
-    ar >> none;
-  });
-}
-
-TEST(SetupParamHelper, NewOneMakesAHalfTurnAboutY) {
-  const QFSetupParamHelper helper;
-  EXPECT_EQ(helper.Direction(), FRZAxis);
-  EXPECT_EQ(helper.GetAngle() + helper.Clearance(), 0.0);
-  EXPECT_EQ(helper.FromPoint(), FRPosition());
-  ExpectNear(FRPosition(1, 2, 3) * helper.Transform(), {-1, 2, -3}, 1e-15);
+  RecordBytes bytes;
+  bytes.NewClass("QFSetupParamHelper", 1);
+  for (const double number : {0, 1, 0, /*reference position*/ 1, 2, 3, /*from point*/ 5, 6, 7}) bytes.Double(number);
+  bytes.Double(/*clearance*/ 8).Double(/*angle*/ 4);
+  EXPECT_EQ(Hex(StoredObject(helper)), Hex(bytes.Get()));
+  EXPECT_EQ(Hex(StoredObject(*LoadedObject<QFSetupParamHelper>(bytes.Get()))), Hex(bytes.Get()));
+  ExpectEveryPrefixRaises<QFSetupParamHelper>(bytes.Get());
 }
 
 TEST(SetupParamHelper, MovesThenTiltsThenTurns) {
-  QFSetupParamHelper helper;
+  QFSetupParamHelper helper;  // along Z: a half turn about Y
+  ExpectNear(FRPosition(1, 2, 3) * helper.Transform(), {-1, 2, -3}, 1e-15);
   helper.SetDirection(FRUnitVector(-1, 0, 0));
   helper.SetReferencePosition({10, 20, 30});
   // The opposite of the direction, X, goes to Z and Z to -X.

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "tests/objects/archive_bytes.h"
+#include "tests/archive_bytes.h"
 
 namespace kvtest {
 
@@ -45,16 +45,6 @@ class RecordBytes {
   std::string bytes_;
 };
 
-// What the callable writes to an archive.
-template <class Write>
-std::string Stored(Write write) {
-  CMemFile file;
-  CArchive ar(&file, CArchive::store);
-  write(ar);
-  ar.Close();
-  return {reinterpret_cast<const char*>(file.GetData()), std::size_t(file.GetLength())};
-}
-
 // An archive that reads a copy of the bytes of its own, so that a sanitizer sees a step beyond the end.
 class Reader {
  public:
@@ -67,17 +57,5 @@ class Reader {
  public:
   CArchive ar{&file_, CArchive::load};
 };
-
-// The cause of the archive exception that reading the bytes raises; none if it raises none.
-template <class Read>
-int CauseOf(std::string_view bytes, Read read) {
-  Reader reader(bytes);
-  try {
-    read(reader.ar);
-  } catch (const CArchiveException& failure) {
-    return failure.m_cause;
-  }
-  return CArchiveException::none;
-}
 
 }  // namespace kvtest

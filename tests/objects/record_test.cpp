@@ -102,7 +102,7 @@ TEST(NodeRecord, HasItsExactBytes) {
       "FF FE FF 01 4E 00 FF FE FF 00 FF FE FF 00 FF FE FF 00 "  // label, made by, made, changed
       "01 00 00 00 01 00 00 00 05 00 FF FE FF 00 "              // id, state, owner: object 5, changed by
       "02 01 00 00 01 02 03 00 00 00 FF FE FF 01 52 00";        // status, first owner, colour, pattern, name
-  EXPECT_EQ(StoredHex([&](CArchive& ar) { ar << &node; }), HexOf(BytesOf(expected)));
+  EXPECT_EQ(Hex(Store([&](CArchive& ar) { ar << &node; })), expected);
 }
 
 TEST(NodeRecord, EverySchemaLoadsInEveryStorageVersion) {
@@ -170,7 +170,7 @@ TEST(NodeRecord, EqualStampsOfNeighboursStayEachNodesOwn) {
   owner.Stamp(ofOwner);
   for (RecordNode& node : nodes) node.Stamp(common);
   nodes[1].SetOwner(&owner);  // its record stands in the middle of the node's
-  const std::string bytes = Stored([&](CArchive& ar) { ar << &nodes[0] << &nodes[1] << &nodes[2]; });
+  const std::string bytes = Store([&](CArchive& ar) { ar << &nodes[0] << &nodes[1] << &nodes[2]; });
   Reader reader(bytes);
   RecordNode* loaded[4] = {};
   reader.ar >> loaded[0] >> loaded[1] >> loaded[2];
@@ -193,13 +193,13 @@ TEST(NodeRecord, EqualStampsOfNeighboursStayEachNodesOwn) {
 TEST(NodeRecord, StateOutsideTheTableStaysAsStored) {
   const TestDocument document(38.0f);
   QFObject node;
-  std::string bytes = Stored([&](CArchive& ar) { node.Serialize(ar); });
+  std::string bytes = Store([&](CArchive& ar) { node.Serialize(ar); });
   bytes[14 + 18 + 2 + 16 + 4] = 9;
   Reader reader(bytes);
   QFObject loaded;
   loaded.Serialize(reader.ar);
   EXPECT_EQ(int(loaded.GetState()), 9);
-  EXPECT_EQ(Stored([&](CArchive& ar) { loaded.Serialize(ar); }), bytes);
+  EXPECT_EQ(Store([&](CArchive& ar) { loaded.Serialize(ar); }), bytes);
 }
 
 TEST(BaseRecord, IsMissingFromOldDocumentsAlone) {

@@ -57,12 +57,12 @@ TEST_F(References, OwnerThatCantBeStoredBecomesNull) {
   LinkNode plain(_T("node")), node(_T("node")), middle(_T("middle"));
   middle.AddToUserObjectsList(&plain, 0);
   middle.AddToUserObjectsList(&foreign, 0);
-  const std::string expected = StoredHex([&](CArchive& ar) { ar << &plain; });
+  const std::string expected = Store([&](CArchive& ar) { ar << &plain; });
   EXPECT_EQ(GetSerializationStatus(), 0u);
   for (QFObject* owner : {static_cast<QFObject*>(&foreign), static_cast<QFObject*>(&middle)}) {
     InitialiseSerializationStatus(0);
     node.SetOwner(owner);
-    EXPECT_EQ(StoredHex([&](CArchive& ar) { ar << &node; }), expected) << "fails inside: " << (owner == &middle);
+    EXPECT_EQ(Hex(Store([&](CArchive& ar) { ar << &node; })), Hex(expected)) << "fails inside: " << (owner == &middle);
     EXPECT_EQ(GetSerializationStatus(), kLost);
   }
 }
@@ -71,7 +71,7 @@ TEST_F(References, OriginalOwnerThatCantBeStoredBecomesNull) {
   UnstorableNode foreign;
   LinkNode node, next(_T("next"));
   node.SetOriginalOwner(&foreign);
-  const std::string bytes = Stored([&](CArchive& ar) { ar << &node << &next; });
+  const std::string bytes = Store([&](CArchive& ar) { ar << &node << &next; });
   EXPECT_EQ(GetSerializationStatus(), kLost);
   EXPECT_EQ(GetErrorLocation(), 0x1000u);
   Reader reader(bytes);
@@ -88,7 +88,7 @@ TEST_F(References, UserThatCantBeStoredFailsTheSave) {
   UnstorableNode foreign;
   LinkNode node;
   node.AddToUserObjectsList(&foreign, 0);
-  EXPECT_THROW(Stored([&](CArchive& ar) { ar << &node; }), CArchiveException);
+  EXPECT_THROW(Store([&](CArchive& ar) { ar << &node; }), CArchiveException);
 }
 
 TEST_F(References, FullDiskIsNoLostReference) {
@@ -130,7 +130,7 @@ TEST_F(References, LoadedNodeStandsInItsOriginalOwnersList) {
   node.SetOwner(&owner);
   node.SetOriginalOwner(&first);
   owner.AddToUserObjectsList(&node, 0);
-  const std::string bytes = Stored([&](CArchive& ar) { ar << &node << &first << &owner; });
+  const std::string bytes = Store([&](CArchive& ar) { ar << &node << &first << &owner; });
   Reader reader(bytes);
   LinkNode *loaded = nullptr, *loadedFirst = nullptr, *loadedOwner = nullptr;
   reader.ar >> loaded >> loadedFirst >> loadedOwner;
@@ -152,7 +152,7 @@ TEST_F(References, OriginalOwnerThatIsTheOwnerIsForgotten) {
   node.SetOwner(&owner);
   node.Recycle();
   ASSERT_EQ(node.GetOriginalOwner(), &owner);
-  const std::string bytes = Stored([&](CArchive& ar) { ar << &node << &owner; });
+  const std::string bytes = Store([&](CArchive& ar) { ar << &node << &owner; });
   Reader reader(bytes);
   LinkNode *loaded = nullptr, *loadedOwner = nullptr;
   reader.ar >> loaded >> loadedOwner;
@@ -211,7 +211,7 @@ TEST_F(References, WhateverIsNoPatternManagerRaisesInItsPlace) {
                         ar >> node;
                       }),
               row.cause)
-        << HexOf(row.reference.Get());
+        << Hex(row.reference.Get());
   }
 }
 
@@ -222,7 +222,7 @@ TEST_F(References, FailedLoadOfNodesThatUseOneAnotherIsTakenBack) {
     node.SetOwner(&nodes[0]);
     node.SetOriginalOwner(&nodes[3]);
   }
-  const std::string bytes = Stored([&](CArchive& ar) { ar << &nodes[0]; });
+  const std::string bytes = Store([&](CArchive& ar) { ar << &nodes[0]; });
   const int before = g_live;
   for (std::size_t length = 0; length < bytes.size(); ++length) {
     EXPECT_NE(CauseOf(bytes.substr(0, length),

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "share/objects/save_history.h"
+#include "tests/objects/dumped.h"
 #include "tests/objects/history_bytes.h"
 #include "tests/objects/loaded_object.h"
 #include "tests/objects/test_document.h"
@@ -113,13 +114,8 @@ TEST_F(HistoryRecord, DamagedListLeavesAUsableManager) {
 
 TEST_F(HistoryRecord, DumpsItsFields) {
   const auto manager = LoadedObject<QFDocSrHistoryMngr>(ManagerOf({Fields()}));
-  FILE* file = std::tmpfile();
   manager->DumpData(nullptr);
-  manager->DumpData(file);
-  std::string text(std::size_t(std::ftell(file)), '\0');
-  std::rewind(file);
-  EXPECT_EQ(std::fread(text.data(), 1, text.size(), file), text.size());
-  std::fclose(file);
+  const std::string text = Dumped([&](FILE* file) { manager->DumpData(file); });
   EXPECT_NE(text.find("\n m_HistoryList Total Items : 1\n"), std::string::npos) << text;
   EXPECT_NE(text.find("\n m_MajorVersion: 2024\n m_ServicePack: SP4\n m_BuildCode: 2024/0826\n"), std::string::npos);
   EXPECT_NE(text.find("\n m_StorageVersionNumber:  38.00\n"), std::string::npos) << text;

@@ -58,35 +58,18 @@ TEST(Users, StandInOneListOnce) {
   node.GetAllUserObjects(nullptr);
 }
 
-TEST(Users, AllAreAppendedToTheListGiven) {
-  QFObject a, node;
-  node.AddToUserObjectsList(&a, 0);
-  CObList list;
-  list.AddTail(&node);
-  node.GetAllUserObjects(&list);
-  EXPECT_EQ(list.GetCount(), 2);
-  EXPECT_EQ(list.GetHead(), &node);
-}
-
-TEST(Users, RemovalOfTheOriginalOwnerAloneIsNoRemoval) {
-  QFObject node, owner;
-  node.SetOriginalOwner(&owner);
-  EXPECT_EQ(node.GetIsUsingThisObject(&owner), 1);
-  EXPECT_EQ(node.RemoveFromUserObjectsList(&owner), 0);
-  EXPECT_EQ(node.GetOriginalOwner(), nullptr);
-  EXPECT_EQ(node.RemoveFromUserObjectsList(&owner), 0);
-  owner.RemoveFromUserObjectsList(&node);
-}
-
-TEST(Users, OriginalOwnerKeepsItsListInStep) {
+TEST(Users, OriginalOwnersListIsKeptInStep) {
   QFObject node, first, second;
   node.SetOriginalOwner(&first);
   EXPECT_EQ(UsersOf(first), (Users{&node}));
   node.SetOriginalOwner(&second);
   EXPECT_EQ(UsersOf(first), Users{});
   EXPECT_EQ(UsersOf(second), (Users{&node}));
-  node.SetOriginalOwner(nullptr);
-  EXPECT_EQ(UsersOf(second), Users{});
+  EXPECT_EQ(node.GetIsUsingThisObject(&second), 1);
+  EXPECT_EQ(node.RemoveFromUserObjectsList(&second), 0) << "the original owner alone is no removal";
+  EXPECT_EQ(node.GetOriginalOwner(), nullptr);
+  EXPECT_EQ(UsersOf(second), (Users{&node}));
+  second.RemoveFromUserObjectsList(&node);
 }
 
 TEST(Users, NodeThatGoesIsForgottenByAll) {

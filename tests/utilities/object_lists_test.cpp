@@ -71,19 +71,13 @@ TEST_F(ObjectLists, UnionAndIntersectionKeepTheirOrders) {
     const char* result;  // null: none is given
     const char* expected;
   } rows[] = {
-      {CObList_Union, "", "", nullptr, ""},
       {CObList_Union, "abca", "cdb", nullptr, "abcad"},  // a duplicate within a stays
       {CObList_Union, "a", "dcdcd", nullptr, "adc"},     // each of b once
       {CObList_Union, "a.b", "..c", nullptr, "a.bc"},    // null is an element
-      {CObList_Union, "ab", ".B", nullptr, "ab.B"},
       {CObList_Union, "ab", "cax", "xx", "xxabc"},
-      {CObList_Union, "ab", "", "a", "aab"},
-      {CObList_Xtion, "abc", "", nullptr, ""},
-      {CObList_Xtion, "", "abc", nullptr, ""},
       {CObList_Xtion, "abcab", "bxa", nullptr, "abab"},
       {CObList_Xtion, "a.b.", ".", nullptr, ".."},
       {CObList_Xtion, "abc", "cay", "xyx", "yac"},  // also what the target held before
-      {CObList_Xtion, "A", "AB", "", "A"},
   };
   for (const auto& row : rows) {
     CObList a, b, result;

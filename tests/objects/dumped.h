@@ -1,0 +1,25 @@
+// What an object's dump prints.
+#pragma once
+
+#include <cstdio>
+#include <string>
+
+namespace kvtest {
+
+// dump(FILE*) writes to a file of its own.
+template <class Dump>
+std::string Dumped(Dump dump) {
+  FILE* file = std::tmpfile();
+  dump(file);
+  std::string text(std::size_t(std::ftell(file)), '\0');
+  std::rewind(file);
+  text.resize(std::fread(text.data(), 1, text.size(), file));
+  std::fclose(file);
+  return text;
+}
+
+inline std::string DumpBanner(const std::string& name) {
+  return "\n============================ " + name + " ================================\n";
+}
+
+}  // namespace kvtest
