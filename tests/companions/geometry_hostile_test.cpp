@@ -21,6 +21,8 @@ TEST(GeometryHostile, DirectionIsOfLengthOneOrNone) {
   const struct {
     FRVector vector, wanted;
   } rows[] = {
+      {{0, -3, 4}, {0, -0.6, 0.8}},
+      {{0, 3e-7, 4e-7}, {0, 0.6, 0.8}},
       {{kNaN, 1, 0}, {}},
       {{kInfinity, 0, 0}, {}},
       {{-kInfinity, kInfinity, 1}, {}},
@@ -68,6 +70,7 @@ TEST(GeometryHostile, WhatHasNoInverseGivesTheIdentity) {
       FRTransf(FRMatrix(), {kNaN, 0, 0}, 1, 0, 0, 0),
       FRTransf(FRMatrix(), {0, kInfinity, 0}, 1, 0, 0, 0),
       FRTransf(FRMatrix(), {1, 2, 3}, 0, 0, 0, 0),
+      FRTransf(FRMatrix(x, x, {0, 0, 1}), {1, 1, 1}, 1, 0, 0, 1),
       FRTransf(FRMatrix(), {1, 2, 3}, kNaN, 0, 0, 0),
       FRTransf(FRMatrix(), {1, 2, 3}, 1e-310, 0, 0, 0),
   };

@@ -18,15 +18,6 @@ using kvtest::TurnByHand;
 static_assert(std::is_trivially_copyable_v<FRVector> && sizeof(FRVector) == 3 * sizeof(double));
 static_assert(std::is_trivially_copyable_v<FRUnitVector> && sizeof(FRUnitVector) == 3 * sizeof(double));
 
-TEST(Geometry, DefaultValuesAreZeroAndIdentity) {
-  for (int i = 0; i < 3; ++i) EXPECT_EQ(FRVector()[i], 0.0);
-  EXPECT_EQ(FRUnitVector().len(), 0.0);
-  const FRMatrix identity;
-  for (int row = 0; row < 3; ++row)
-    for (int column = 0; column < 3; ++column) EXPECT_EQ(identity.element(row, column), row == column ? 1.0 : 0.0);
-  EXPECT_EQ(FRTransf(), GetScaleTransf(1.0));
-}
-
 TEST(Geometry, EqualityIsWithinTheToleranceThatIsInForce) {
   const FRPosition origin;
   EXPECT_EQ(origin, FRPosition(0.9e-6, 0, 0));
@@ -36,14 +27,6 @@ TEST(Geometry, EqualityIsWithinTheToleranceThatIsInForce) {
   RESABS = 1e-6;
   EXPECT_FALSE(FRXAxis == FRUnitVector(1, 1e-9, 0));
   EXPECT_TRUE(FRVector(1, 0, 0) == FRVector(1, 1e-9, 0));
-}
-
-TEST(Geometry, NormaliseGivesLengthOneOrNoDirection) {
-  EXPECT_EQ(normalise(FRVector(0, 3, 4)).y(), 0.6);
-  EXPECT_NEAR(normalise(FRVector(1e-7, 2e-7, -3e-7)).len(), 1, 1e-15);
-  EXPECT_EQ(normalise(FRVector(1e-11, 0, 0)).x(), 0.0);
-  FRVector vector(0, 0, -8);
-  EXPECT_EQ(vector.normalize().z(), -1.0);
 }
 
 TEST(Geometry, ParallelGivesTheSense) {
@@ -116,12 +99,6 @@ TEST(Geometry, ProductsOfRandomTransformsAssociateAndInvert) {
   }
 }
 
-TEST(Geometry, FlatTransformHasTheIdentityForInverse) {
-  const FRTransf moved = GetTranslateTransf({1, 2, 3});
-  EXPECT_EQ((GetScaleTransf(0) * moved).inverse(), FRTransf());
-  EXPECT_EQ(FRTransf(FRMatrix({1, 0, 0}, {1, 0, 0}, {0, 0, 1}), {1, 1, 1}, 1, 0, 0, 1).inverse(), FRTransf());
-}
-
 TEST(Geometry, FlagsCombineInProducts) {
   const FRTransf mirror(FRMatrix({-1, 0, 0}, {0, 1, 0}, {0, 0, 1}), FRVector(), 1, 0, 1, 0);
   EXPECT_EQ(mirror.get_reflect_flag(), 1);
@@ -143,6 +120,7 @@ TEST(Geometry, PlaneTransformTakesNormalToZAndPositionToOrigin) {
     for (int i = 0; i < 9; ++i) EXPECT_NEAR(square.element(i / 3, i % 3), i / 3 == i % 3, 1e-14);
   }
   EXPECT_EQ(get_transform_to_xy_plane(FRZAxis, FRPosition()), FRTransf());
+  EXPECT_EQ(FRPosition(1, 2, 3) * FRTransf(), FRPosition(1, 2, 3));
   EXPECT_EQ(get_transform_to_xy_plane(-FRZAxis, FRPosition()), GetRotateTransf(PI, FRYAxis));
 }
 

@@ -4,6 +4,7 @@
 #include "share/env/document_callbacks.h"
 #include "share/env/document_messages.h"
 #include "share/settings/settings_key.h"
+#include "tests/registered.h"
 
 namespace {
 
@@ -12,8 +13,7 @@ int g_asked = 0;
 
 void RegisterNothing() {
   qfshare_init(nullptr, nullptr, nullptr, nullptr);
-  QFShareRegisterDocCBK(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                        nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
+  kvtest::Register({});
 }
 
 template <class T, int kNumber>
@@ -140,12 +140,5 @@ TEST_F(Callbacks, SettingsAreReadFromTheirKeys) {
                                          {-2.0, -2.0}}) {
     root.SetValue(_T("MaxFacetDeviation"), stored);
     EXPECT_EQ(GetSimulationSettingsFacetDeviation(), expected) << stored;
-  }
-}
-
-TEST_F(Callbacks, MetricUnitCodes) {
-  for (int code = -1; code < 12; ++code) {
-    const bool metric = code == 0 || code == 1 || code == 2 || code == 6 || code == 7 || code == 8;
-    EXPECT_EQ(IsUnitsMetric(code), metric) << code;
   }
 }

@@ -2,20 +2,15 @@
 #include <gtest/gtest.h>
 
 #include "share/env/app_env.h"
-#include "share/env/document_callbacks.h"
 #include "share/env/registry_access.h"
 #include "share/env/registry_keys.h"
 #include "share/settings/settings_key.h"
+#include "tests/registered.h"
 #include "tests/registry_calls.h"
 
 namespace {
 
 QFSettingsKey* g_settings = nullptr;
-
-void RegisterSettings(QFSettingsKey* (*settings)()) {
-  QFShareRegisterDocCBK(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, settings, nullptr, nullptr,
-                        nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
-}
 
 constexpr LPCTSTR kNames[] = {_T("SSImgPath"),
                               _T("SSTemplatePath"),
@@ -35,10 +30,10 @@ class Folders : public testing::Test {
     RegDeleteTreeW(HKEY_CURRENT_USER, _T("Software"));
     RegDeleteTreeW(HKEY_LOCAL_MACHINE, _T("Software"));
     g_settings = nullptr;
-    RegisterSettings([] { return g_settings; });
+    kvtest::Register({.appSettings = [] { return g_settings; }});
   }
   void TearDown() override {
-    RegisterSettings(nullptr);
+    kvtest::Register({});
     CloseAppEnv();
   }
 

@@ -5,9 +5,9 @@
 
 #include <functional>
 
-#include "share/env/document_callbacks.h"
 #include "share/env/document_messages.h"
 #include "share/objects/object.h"
+#include "tests/registered.h"
 
 namespace {
 
@@ -44,15 +44,11 @@ class Listener : public QFObject {
 class Messages : public testing::Test {
  protected:
   void SetUp() override {
-    Register([] { return g_document; });
+    kvtest::Register({.document = [] { return g_document; }});
   }
   void TearDown() override {
     g_document = nullptr;
-    Register(nullptr);
-  }
-  static void Register(QFObject* (*document)()) {
-    QFShareRegisterDocCBK(nullptr, nullptr, document, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                          nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
+    kvtest::Register({});
   }
 };
 
@@ -140,12 +136,15 @@ TEST_F(Messages, ExceptionFlagAndSelectionGiveTheDocumentsAnswer) {
   EXPECT_EQ(document.sent, "276 275 284 ");
 }
 
-TEST_F(Messages, DocumentUnitsAreMetricByTheirCode) {
+TEST_F(Messages, UnitsAreMetricByTheirCode) {
   EXPECT_EQ(IsDocumentUnitsMetric(), 1) << "code 0";
   Listener document;
   g_document = &document;
-  for (document.number = -1; document.number < 12; ++document.number)
-    EXPECT_EQ(IsDocumentUnitsMetric(), IsUnitsMetric(document.number)) << document.number;
+  for (int& code = document.number = -1; code < 12; ++code) {
+    const bool metric = code == 0 || code == 1 || code == 2 || code == 6 || code == 7 || code == 8;
+    EXPECT_EQ(IsUnitsMetric(code), metric) << code;
+    EXPECT_EQ(IsDocumentUnitsMetric(), metric) << code;
+  }
 }
 
 TEST_F(Messages, DocumentThatKnowsNoneGivesZero) {

@@ -4,29 +4,24 @@
 #include <gtest/gtest.h>
 
 #include "share/env/app_env.h"
-#include "share/env/document_callbacks.h"
 #include "share/env/registry_access.h"
 #include "share/env/registry_keys.h"
 #include "share/env/version_info.h"
+#include "tests/registered.h"
 
 namespace {
 
 ProductInfo* g_info = nullptr;
 
-void RegisterInfo(ProductInfo* (*productInfo)()) {
-  QFShareRegisterDocCBK(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, productInfo,
-                        nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
-}
-
 class Product : public testing::Test {
  protected:
   Product() {
     g_info = &info_;
-    RegisterInfo([] { return g_info; });
+    kvtest::Register({.productInfo = [] { return g_info; }});
     RegSettingDeleteValue(HKEY_CURRENT_USER, kVersionDebugKey, _T("EnableKVTarnel"));
   }
   ~Product() override {
-    RegisterInfo(nullptr);
+    kvtest::Register({});
     SetSldWorksDateCode(-1, _T(""));
     RegSettingDeleteValue(HKEY_CURRENT_USER, kVersionDebugKey, _T("EnableKVTarnel"));
   }
@@ -66,7 +61,7 @@ TEST_F(Product, FieldsComeFromTheMainModule) {
   EXPECT_EQ(GetProductName(), _T(""));
   EXPECT_EQ(GetProductAndVersionString(), _T(" "));
   EXPECT_EQ(GetKVVersionLong(), 0);
-  RegisterInfo(nullptr);
+  kvtest::Register({});
   EXPECT_EQ(GetProductInfo(), nullptr);
   EXPECT_EQ(GetCADMinorVersion(), _T(""));
 }

@@ -2,9 +2,9 @@
 #include <gtest/gtest.h>
 
 #include "platform/paths.h"
-#include "share/env/document_callbacks.h"
 #include "share/settings/settings_key.h"
 #include "tests/machine/definition.h"
+#include "tests/registered.h"
 #include "tests/scratch.h"
 
 namespace {
@@ -84,13 +84,11 @@ TEST(MachineModel, FrontTurretFlagNeedsTheNameFirst) {
 // ---- loading from disk
 
 QFSettingsKey* g_settings = nullptr;
-QFSettingsKey* Settings() { return g_settings; }
 
 TEST(MachineModel, LoadsFromTheFolderOfTheSetting) {
   const kvtest::ScratchFolder folder;
   folder.Write("MillTurn/Twin/KestrovaAPT.xml", "<a><CHANNELS NUM='1'><CHANNEL/></CHANNELS></a>");
-  QFShareRegisterDocCBK(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, Settings, nullptr, nullptr,
-                        nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
+  kvtest::Register({.appSettings = [] { return g_settings; }});
   KVVMMachine machine;
   CString name(_T("Twin"));
   EXPECT_EQ(machine.LoadMachine(VM_MACHINE_MILLTURN, name), 0);

@@ -36,22 +36,6 @@ class Indexer : public testing::Test {
 
 }  // namespace
 
-TEST_F(Indexer, FirstObjectOfAClassMakesItsEntry) {
-  CRuntimeClass tool = RecordNamed("Tool");
-  EXPECT_EQ(m_helper.FindIndex(&Make(1)), -1);
-  Node& hole = Add(7);
-  EXPECT_EQ(m_helper.FindIndex(&hole), 0);
-  EXPECT_EQ(hole.GetRegNameForAutoIndexing(), _T("QFObject"));
-  Node& drill = Add(7, &tool);
-  Node& slot = Add(3);
-  EXPECT_EQ(m_helper.FindIndex(&slot), 1);
-  EXPECT_EQ(m_helper.FindIndex(&drill), 0);
-  EXPECT_EQ(drill.GetRegNameForAutoIndexing(), _T("Tool"));
-  m_helper.AddObj(&hole);  // no test for duplicates
-  ExpectEntries({{u"QFObject", {7, 3, 7}, 3}, {u"Tool", {7}, 1}});
-  EXPECT_EQ(m_helper.FindIndex(&hole), 0);
-}
-
 TEST_F(Indexer, NewNodeDrawsItsIdOnlyWhereItIsListed) {
   m_document.nextId = 11;
   Node node, other(nullptr, _T("Other"));

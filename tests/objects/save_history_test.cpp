@@ -226,9 +226,7 @@ TEST_F(History, EditionComesFromTheRunningProduct) {
   EXPECT_EQ(record.InitForCurrentInfo(), 1);
   EXPECT_EQ(record.GetProductEdition(), _T("Standard"));
   EXPECT_EQ(record.GetActiveModule(), _T("Unknown"));
-  QFShareRegisterDocCBK(
-      nullptr, nullptr, [] { return static_cast<QFObject*>(nullptr); }, nullptr, nullptr, nullptr, nullptr, nullptr,
-      nullptr, [] { return &info; }, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
+  Register({.productInfo = [] { return &info; }});
   SetRegSettingDwordValue(HKEY_CURRENT_USER, kVersionDebugKey, _T("EnableKVTarnel"), 1);
   record.InitForCurrentInfo();
   EXPECT_EQ(record.GetProductEdition(), _T("Tarnel"));

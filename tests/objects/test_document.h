@@ -2,8 +2,8 @@
 // need and hands out ids.
 #pragma once
 
-#include "share/env/document_callbacks.h"
 #include "share/objects/object.h"
+#include "tests/registered.h"
 
 namespace kvtest {
 
@@ -11,11 +11,11 @@ class TestDocument : public QFObject {
  public:
   explicit TestDocument(float readStorageUnits = 0) : units(readStorageUnits) {
     active_ = this;
-    Register([]() -> QFObject* { return active_; }, [] { return active_->nextId++; });
+    Register({.nextId = [] { return active_->nextId++; }, .document = []() -> QFObject* { return active_; }});
   }
   ~TestDocument() override {
     active_ = nullptr;
-    Register(nullptr, nullptr);
+    Register({});
   }
 
   int SendQFCoreMessage(QF_CORE_MESSAGE_ID message, ULONGLONG argument, LONGLONG) override {
@@ -29,10 +29,6 @@ class TestDocument : public QFObject {
   unsigned long nextId = 1;
 
  private:
-  static void Register(QFObject* (*document)(), unsigned long (*id)()) {
-    QFShareRegisterDocCBK(nullptr, id, document, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                          nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
-  }
   inline static TestDocument* active_ = nullptr;
 };
 

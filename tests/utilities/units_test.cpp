@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "platform/numbers.h"
-#include "share/env/document_callbacks.h"
 #include "share/objects/object.h"
+#include "tests/registered.h"
 
 namespace {
 
@@ -45,15 +45,11 @@ QFObject* g_document = nullptr;
 class Units : public testing::Test {
  protected:
   Units() {
-    Register([] { return g_document; });
+    kvtest::Register({.document = [] { return g_document; }});
   }
   ~Units() override {
     g_document = nullptr;
-    Register(nullptr);
-  }
-  static void Register(QFObject* (*activeDocument)()) {
-    QFShareRegisterDocCBK(nullptr, nullptr, activeDocument, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                          nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
+    kvtest::Register({});
   }
 };
 
