@@ -7,6 +7,7 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
+#include "host/color_text.h"
 #include "host/commands.h"
 #include "host/feed_color_table.h"
 #include "platform/console.h"
@@ -22,6 +23,7 @@ using Json = nlohmann::ordered_json;
 using Rows = std::vector<FeedColorRow>;
 
 constexpr double kHighestFeed = 1e9;
+constexpr DWORD kHighestColor = 0xFFFFFF;
 constexpr int kStdout = 1;
 
 constexpr char kHelp[] = R"(
@@ -51,7 +53,8 @@ struct Arguments {
     return value;
   }
   unsigned long Color() const {
-    if (const auto value = ColorFromText(color)) return *value;
+    const auto value = ColorFromText(color);
+    if (value && *value <= kHighestColor) return *value;
     throw WrongUsage("COLOR is #RRGGBB, or 0xBBGGRR as the registry has it, such as '#FF8000': \"" + color + "\"");
   }
 };

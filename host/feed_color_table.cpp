@@ -3,7 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
+
+#include "host/color_text.h"
 
 namespace kestrova {
 namespace {
@@ -30,21 +31,6 @@ std::string Bar(const std::vector<FeedColorRow>& rows) {
 }  // namespace
 
 std::string FeedText(double feed) { return fmt::format("{:.2f}", feed); }
-
-std::string ColorText(unsigned long color) {
-  return fmt::format("#{:02X}{:02X}{:02X}", color & 0xFF, color >> 8 & 0xFF, color >> 16 & 0xFF);
-}
-
-std::optional<unsigned long> ColorFromText(std::string_view text) {
-  const bool rgb = text.starts_with('#') && text.size() == 7;
-  const bool hex = text.starts_with("0x") || text.starts_with("0X");
-  if (rgb) text.remove_prefix(1);
-  if (hex) text.remove_prefix(2);
-  unsigned long number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, rgb || hex ? 16 : 10);
-  if (error != std::errc() || end != text.data() + text.size() || number > 0xFFFFFF) return std::nullopt;
-  return rgb ? (number & 0xFF) << 16 | (number & 0xFF00) | number >> 16 : number;
-}
 
 std::string ColorPatch(unsigned long color, bool colored) {
   return (colored ? OnColor(color, "    ") + ' ' : "") + ColorText(color);

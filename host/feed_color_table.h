@@ -2,9 +2,7 @@
 // themselves.
 #pragma once
 
-#include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace kestrova {
@@ -17,9 +15,6 @@ struct FeedColorRow {
 
 // "100.00": thresholds that look alike are one row.
 std::string FeedText(double feed);
-// "#RRGGBB", and back; none for a text that is neither that nor a number up to 0xFFFFFF, decimal or 0xBBGGRR.
-std::string ColorText(unsigned long color);
-std::optional<unsigned long> ColorFromText(std::string_view text);
 
 // "#RRGGBB" with a patch of the colour ahead of it, if `colored`.
 std::string ColorPatch(unsigned long color, bool colored);

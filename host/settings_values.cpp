@@ -11,6 +11,7 @@
 #include <tuple>
 
 #include "framework/ob_list.h"
+#include "host/color_text.h"
 #include "host/commands.h"
 
 namespace kestrova {
@@ -45,13 +46,9 @@ Json RealFromText(const std::string& text) {
 
 Json StringFromText(const std::string& text) { return text; }
 
-// Red stands first for people and last in the number.
-DWORD WithRedAndBlueSwapped(DWORD color) { return (color & 0xFF00FF00) | (color & 0xFF) << 16 | (color >> 16 & 0xFF); }
-
-Json ColorFromText(const std::string& text) {
-  LONGLONG number = 0;
-  if (text.size() != 7 || text[0] != '#') return WholeFromText(text);
-  return ReadWhole("0x" + text.substr(1), number) ? Json(WithRedAndBlueSwapped(DWORD(number))) : Json();
+Json ColorDataFromText(const std::string& text) {
+  const auto color = ColorFromText(text);
+  return color ? Json(*color) : Json();
 }
 
 Json NumbersFromText(const std::string& text) {
@@ -66,7 +63,7 @@ Json NumbersFromText(const std::string& text) {
 
 std::string PlainText(const Json& data) { return data.dump(-1, ' ', false, Json::error_handler_t::replace); }
 std::string StringText(const Json& data) { return '"' + data.get<std::string>() + '"'; }
-std::string ColorText(const Json& data) { return fmt::format("#{:06X}", WithRedAndBlueSwapped(data.get<DWORD>())); }
+std::string ColorDataText(const Json& data) { return ColorText(data.get<DWORD>()); }
 std::string NumbersText(const Json& data) {
   std::string text;
   for (const Json& number : data) text += (text.empty() ? "" : ",") + PlainText(number);
@@ -142,8 +139,8 @@ const Type kTypes[] = {
     TypeFor<QFIntValue>(RUNTIME_CLASS(QFIntValue), "int", "a whole number of 32 bits", IsInt, WholeFromText, PlainText),
     TypeFor<QFDoubleValue>(RUNTIME_CLASS(QFDoubleValue), "double", "a number", IsReal, RealFromText, PlainText),
     TypeFor<QFStringValue>(RUNTIME_CLASS(QFStringValue), "string", "a text", IsText, StringFromText, StringText),
-    TypeFor<QFColorValue>(RUNTIME_CLASS(QFColorValue), "colour", "#RRGGBB or a number 0xBBGGRR", IsDword, ColorFromText,
-                          ColorText),
+    TypeFor<QFColorValue>(RUNTIME_CLASS(QFColorValue), "colour", "#RRGGBB or a number 0xBBGGRR", IsDword,
+                          ColorDataFromText, ColorDataText),
     TypeFor<QFPointValue>(RUNTIME_CLASS(QFPointValue), "point", "x,y", IsPoint, NumbersFromText, NumbersText),
     TypeFor<QFRectValue>(RUNTIME_CLASS(QFRectValue), "rect", "left,top,right,bottom", IsRect, NumbersFromText,
                          NumbersText),

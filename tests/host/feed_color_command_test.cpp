@@ -3,13 +3,14 @@
 
 #include <nlohmann/json.hpp>
 
+#include "host/color_text.h"
 #include "host/feed_color_table.h"
 #include "platform/registry.h"
 #include "tests/host/run_command.h"
 
 namespace {
 
-using kestrova::ColorFromText, kestrova::FeedColorsText;
+using kestrova::ColorFromText, kestrova::ColorText, kestrova::FeedColorsText;
 using kvtest::RunResult;
 
 class FeedColorCommand : public testing::Test {
@@ -60,13 +61,16 @@ TEST_F(FeedColorCommand, RefusesBadFeedsAndColors) {
                              feed + "\"\n"}));
   }
   for (const char* color :
-       {"", "red", "#", "#12345", "#1234567", "#12345G", "#-12345", "0x", "0x1000000", "16777216", "-1", "12 "}) {
+       {"", "red", "#", "#12345", "#1234567", "#12345G", "#-12345", "0x", "0x100000000", "-1", "12 "}) {
     EXPECT_EQ(ColorFromText(color), std::nullopt) << color;
   }
-  EXPECT_EQ(
-      Feed({"add", "1", "red"}),
-      (RunResult{2, "",
-                 "kestrova: COLOR is #RRGGBB, or 0xBBGGRR as the registry has it, such as '#FF8000': \"red\"\n"}));
+  EXPECT_EQ(ColorText(*ColorFromText("0xff000001")), "0xFF000001") << "no plain colour, but a number that can be kept";
+  for (const std::string color : {"red", "0x1000000"}) {
+    EXPECT_EQ(Feed({"add", "1", color}),
+              (RunResult{2, "",
+                         "kestrova: COLOR is #RRGGBB, or 0xBBGGRR as the registry has it, such as '#FF8000': \"" +
+                             color + "\"\n"}));
+  }
   EXPECT_EQ(Feed({"show"}, "laser").exit_code, 2);
 }
 
