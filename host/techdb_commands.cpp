@@ -137,7 +137,7 @@ struct Connected {
       throw Failure("there is no technology database: neither " + ConfigFile(env) + " names one, nor is there a file " +
                     ToUtf8(env.GetDefaultSQLiteDBPath()));
     const auto start = std::chrono::steady_clock::now();
-    database.Open(active ? active->GetConnectionString() : env.GetKVTechDBPath());
+    database.Open(active ? active->GetConnectionString() : env.GetKVTechDBPath(), /*readOnly=*/true);
     milliseconds = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
     name = active ? ToUtf8(active->GetDisplayName()) : ToUtf8(ShownTarget(env.GetKVTechDBPath()));
   }
@@ -197,12 +197,6 @@ void Query(const Options& options) {
   CDaoRecordset records(&connected.database);
   records.SetMostRecords(LONG(options.rows));
   records.Open(FromUtf8(options.sql));
-  if (records.GetFieldCount() == 0) {
-    const LONG affected = records.GetRecordsAffected();
-    fmt::print("{}\n",
-               options.json ? Json{{"affected", affected}}.dump() : fmt::format("{} records changed", affected));
-    return;
-  }
   std::vector<TextTable::Column> columns;
   Json names = Json::array(), rows = Json::array();
   for (int i = 0; i < records.GetFieldCount(); ++i) {
@@ -253,8 +247,9 @@ void AddTechDatabaseCommands(CLI::App& group) {
   add("test", "Connect to the database in force; tell driver, file or server, version and time", Test);
   add("tables", "List the tables and views of the database in force", Tables)
       ->add_flag("--count", options.count, "With the number of records, which takes a query each");
-  CLI::App* query = add("query", "Run a statement in the database in force and print what it gives", Query);
-  query->add_option("sql", options.sql, "One statement")->required();
+  CLI::App* query =
+      add("query", "Run a query in the database in force, which changes nothing there, and print what it gives", Query);
+  query->add_option("sql", options.sql, "One query, such as \"SELECT * FROM Tools\"")->required();
   query->add_option("--rows", options.rows, "The most rows that are read")
       ->check(CLI::Range(1L, kMostRows))
       ->capture_default_str();

@@ -57,16 +57,50 @@ CString NameColumn(const Handle& statement, SQLUSMALLINT column) {
   return FromUtf8(text);
 }
 
+// The word that a statement begins with, behind blanks, comments and open parentheses.
+CString FirstWord(const CString& sql) {
+  const std::u16string_view text = sql.View();
+  std::size_t at = 0;
+  while (at < text.size()) {
+    const std::u16string_view rest = text.substr(at);
+    if (rest.starts_with(u"--")) {
+      at = std::min(text.find(u'\n', at), text.size());
+    } else if (rest.starts_with(u"/*")) {
+      const std::size_t end = text.find(u"*/", at + 2);
+      at = end == text.npos ? text.size() : end + 2;
+    } else if (rest[0] <= u' ' || rest[0] == u'(') {
+      ++at;
+    } else {
+      break;
+    }
+  }
+  std::size_t end = at;
+  while (end < text.size() && ((text[end] | 0x20) >= u'a' && (text[end] | 0x20) <= u'z')) ++end;
+  return CString(text.substr(at, end - at));
+}
+
+// What can change nothing begins with one of these; not all that does changes nothing.
+void RequireQuery(const CString& sql) {
+  const CString word = FirstWord(sql);
+  for (LPCTSTR query : {_T("SELECT"), _T("WITH"), _T("VALUES"), _T("EXPLAIN")}) {
+    if (word.CompareNoCase(query) == 0) return;
+  }
+  Throw("the database is open for reading alone: a query begins with SELECT, WITH, VALUES or EXPLAIN, not with \"" +
+        ToUtf8(word) + "\"");
+}
+
 }  // namespace
 
 CDaoException::CDaoException(std::string message, CString state, LONG native)
     : CException(std::move(message)), m_strState(std::move(state)), m_lNative(native) {}
 
 CDaoDatabase::Connection::~Connection() {
+  if (connected && read_only) SQLEndTran(SQL_HANDLE_DBC, link.Get(), SQL_ROLLBACK);
   if (connected) SQLDisconnect(link.Get());
 }
 
 Handle CDaoDatabase::Connection::Run(const CString& sql, std::vector<Parameter>& parameters) const {
+  if (read_only) RequireQuery(sql);
   Handle statement(SQL_HANDLE_STMT, link.Get());
   SQLUSMALLINT number = 0;
   for (Parameter& parameter : parameters) {
@@ -85,7 +119,7 @@ Handle CDaoDatabase::Connection::Run(const CString& sql, std::vector<Parameter>&
 CDaoDatabase::CDaoDatabase(int, int isSQLite) : isSQLite_(isSQLite) {}
 CDaoDatabase::~CDaoDatabase() = default;
 
-void CDaoDatabase::Open(const CString& pathOrConnection) {
+void CDaoDatabase::Open(const CString& pathOrConnection, bool readOnly) {
   Close();
   const bool whole = StartsWith(pathOrConnection, _T("Driver=")) || StartsWith(pathOrConnection, _T("DSN="));
   const CString text = whole       ? pathOrConnection
@@ -101,13 +135,24 @@ void CDaoDatabase::Open(const CString& pathOrConnection) {
   if (seconds > 0)  // a driver that knows no such thing has nobody to wait for
     SQLSetConnectAttr(connection->link.Get(), SQL_ATTR_LOGIN_TIMEOUT, reinterpret_cast<void*>(seconds),
                       SQL_IS_UINTEGER);
+  if (readOnly)  // a hint, which not every driver takes
+    SQLSetConnectAttr(connection->link.Get(), SQL_ATTR_ACCESS_MODE, reinterpret_cast<void*>(SQL_MODE_READ_ONLY),
+                      SQL_IS_UINTEGER);
   if (!Succeeded(SQLDriverConnect(connection->link.Get(), nullptr, Narrow(forManager), SQL_NTS, nullptr, 0, nullptr,
                                   SQL_DRIVER_NOPROMPT)))
     Throw(connection->link, "cannot open " + Target(connection->pieces), connection->pieces);
   connection->connected = true;
   std::vector<Parameter> none;
-  if (Information(connection->link, SQL_DBMS_NAME) == _T("SQLite"))  // whose driver opens any file and reads it later
+  const bool isSQLite = Information(connection->link, SQL_DBMS_NAME) == _T("SQLite");
+  if (isSQLite)  // whose driver opens any file and reads it later
     connection->Run(_T("SELECT COUNT(*) FROM sqlite_master"), none);
+  if (readOnly && isSQLite) {
+    connection->Run(_T("PRAGMA query_only = 1"), none);
+  } else if (readOnly) {  // what isn't committed is taken back
+    SQLSetConnectAttr(connection->link.Get(), SQL_ATTR_AUTOCOMMIT, reinterpret_cast<void*>(SQL_AUTOCOMMIT_OFF),
+                      SQL_IS_UINTEGER);
+  }
+  connection->read_only = readOnly;
   connection_ = std::move(connection);
 }
 

@@ -40,7 +40,10 @@ class KVSHARE_API CDaoDatabase {
   // Opens a file by its path in the product's form, or what a connection string that begins with "Driver=" or "DSN="
   // names. In it, a Database or Dbq with a backslash is a path, and a file has to exist: none is made. "Connection
   // Timeout", in seconds, is how long the server may take to answer. An open database is closed first.
-  void Open(const CString& pathOrConnection);
+  //
+  // Open for reading alone, a database takes no statement but a query: one that doesn't begin with SELECT, WITH, VALUES
+  // or EXPLAIN fails. SQLite refuses whatever else would change something, and a server takes it back at the end.
+  void Open(const CString& pathOrConnection, bool readOnly = false);
   bool IsOpen() const;
   // Its recordsets have to be closed before.
   void Close();

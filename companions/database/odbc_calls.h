@@ -59,6 +59,7 @@ struct CDaoDatabase::Connection {
   kvdatabase::Handle environment;
   kvdatabase::Handle link;
   bool connected = false;
+  bool read_only = false;
   bool tables_read = false;
   std::vector<CDaoTableDefInfo> tables;
 };

@@ -102,9 +102,6 @@ void CDaoRecordset::Open(const CString& sql) {
   const Handle statement = connection.Run(sql, none);
   SQLSMALLINT columns = 0;
   SQLNumResultCols(statement.Get(), &columns);
-  SQLLEN affected = -1;
-  if (columns == 0) SQLRowCount(statement.Get(), &affected);
-  m_nAffected = LONG(affected);
   for (SQLSMALLINT i = 1; i <= columns; ++i) {
     SQLCHAR name[kNameBytes] = {};
     SQLSMALLINT bytes = 0, type = 0, digits = 0, nullable = 0;
@@ -128,7 +125,6 @@ void CDaoRecordset::Open(const CString& sql) {
 
 void CDaoRecordset::Close() {
   m_bOpen = m_bMore = false;
-  m_nAffected = -1;
   m_Table.Empty();
   m_Fields.clear();
   m_Records.clear();

@@ -52,8 +52,6 @@ class KVSHARE_API CDaoRecordset {
 
   LONG GetRecordCount() const { return LONG(m_Records.size()); }
   bool HasMore() const { return m_bMore; }
-  // Records that a statement changed which gives none; -1 if the driver doesn't tell.
-  LONG GetRecordsAffected() const { return m_nAffected; }
   bool IsEOF() const { return m_nCurrent >= m_Records.size(); }
   void MoveNext() { m_nCurrent += !IsEOF(); }
 
@@ -84,7 +82,6 @@ class KVSHARE_API CDaoRecordset {
   LONG m_nMostRecords = 1'000'000;
   bool m_bOpen = false;
   bool m_bMore = false;
-  LONG m_nAffected = -1;
   CString m_Table;  // that the records are of; empty if that can't be told
   std::vector<Field> m_Fields;
   std::vector<Record> m_Records;

@@ -4,6 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "companions/database/database.h"
 #include "framework/text.h"
 #include "platform/paths.h"
 #include "platform/process.h"
@@ -93,7 +94,25 @@ TEST_F(TechDBCommand, ConnectsAndShowsWhatIsInIt) {
                 TechDB({"query", "SELECT ToolID, Name, DiameterMm FROM Tools WHERE ToolID = 9", "--json"}).out),
             nlohmann::json::parse(
                 R"({"columns":["ToolID","Name","DiameterMm"],"rows":[[9,"CNMG 120408",null]],"more":false})"));
-  EXPECT_EQ(TechDB({"query", "UPDATE Tools SET Teeth = 5 WHERE Teeth = 4"}).out, "2 records changed\n");
+}
+
+TEST_F(TechDBCommand, AQueryChangesNothing) {
+  const std::filesystem::path file = folder_.Path() / "TechDB/TechDB.kvdb";
+  const std::string before = kvtest::ReadFile(file);
+  const std::string alone =
+      "kestrova: the database is open for reading alone: a query begins with SELECT, WITH, VALUES or EXPLAIN, not with "
+      "\"";
+  for (const std::string word : {"UPDATE Tools SET Teeth = 5", "Delete FROM Tools", "DROP TABLE Tools", "VACUUM",
+                                 "PRAGMA journal_mode = WAL", "PRAGMA query_only = 0", "ATTACH 'other.kvdb' AS other"})
+    EXPECT_EQ(Refusal({"query", "/* SELECT */ -- SELECT\n(" + word}), alone + word.substr(0, word.find(' ')) + "\"\n");
+  EXPECT_EQ(Refusal({"query", ""}), alone + "\"\n");
+  EXPECT_EQ(Refusal({"query", "WITH one AS (SELECT 1) DELETE FROM Tools"}),
+            "kestrova: cannot run the statement: attempt to write a readonly database (8) (HY000)\n");
+  EXPECT_EQ(Refusal({"query", "SELECT 1; DELETE FROM Tools"}),
+            "kestrova: cannot run the statement: only one SQL statement allowed (HY000)\n");
+  EXPECT_EQ(TechDB({"query", "VALUES (1), (2)"}).exit_code, 0);
+  EXPECT_EQ(kvtest::ReadFile(file), before);
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder_.Path() / "TechDB"), {}), 2) << "no new file";
 }
 
 TEST_F(TechDBCommand, WhatIsMissingIsOneLine) {
@@ -133,13 +152,12 @@ TEST_F(TechDBCommand, FormsModeHasNoList) {
                                     own.substr(library, own.find('\n', library) - library) + "\n");
   SetEnvironmentVariableW(_T("ODBCSYSINI"), machine.Path().u16string().c_str());
   EXPECT_THAT(Refusal({"test"}), HasSubstr("no such table: TechDBFormsPathTable"));
-  RunCommand({"reg", "delete", "HKCU\\Software", "/f"});
-  Keep("KVDataPath", Product());
-  TechDB({"query", "CREATE TABLE TechDBFormsPathTable (path TEXT)"});
-  TechDB({"query", "INSERT INTO TechDBFormsPathTable VALUES ('Driver={SQL Server};SERVER=s;DATABASE=d;Pwd=secret')"});
-  std::filesystem::copy(folder_.Path() / "TechDB/TechDB.kvdb", folder_.Path() / "lang/English/TechDBForms.mde",
-                        std::filesystem::copy_options::overwrite_existing);
-  Keep("TechDBForms", "TechDBForms.mde (32bit)");
+  {
+    CDaoDatabase forms(0, 1);
+    forms.Open(FromUtf8(Product() + "lang\\English\\TechDBForms.mde"));
+    forms.Execute(_T("CREATE TABLE TechDBFormsPathTable (path TEXT)"));
+    forms.Execute(_T("INSERT INTO TechDBFormsPathTable VALUES ('Driver={SQL Server};SERVER=s;DATABASE=d;Pwd=secret')"));
+  }
   const std::string out = TechDB({"list"}).out;
   SetEnvironmentVariableW(_T("ODBCSYSINI"), nullptr);
   EXPECT_EQ(out, "forms file  " + Product() + "lang\\English\\TechDBForms.mde\ndatabase    SERVER=s;DATABASE=d\n");
