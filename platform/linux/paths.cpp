@@ -1,7 +1,6 @@
 // Paths: mapping onto the system's, the search without case, taking apart.
 #include "platform/paths.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -9,13 +8,12 @@
 #include <cerrno>
 #include <cstdlib>
 #include <memory>
-#include <vector>
 
 #include "platform/errors.h"
 #include "platform/linux/drives.h"
+#include "platform/linux/folder_names.h"
 #include "platform/linux/user.h"
 #include "platform/linux/utf8.h"
-#include "platform/text.h"
 
 namespace {
 
@@ -36,42 +34,6 @@ std::string UserDataFolder() {
 
 bool Exists(const std::string& path) { return faccessat(AT_FDCWD, path.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0; }
 
-bool IsAscii(std::string_view text) {
-  return std::none_of(text.begin(), text.end(), [](char character) { return static_cast<signed char>(character) < 0; });
-}
-
-// A name to be compared without case with many others, most of which differ at a glance.
-class CaselessName {
- public:
-  explicit CaselessName(std::string_view name) : name_(name), is_ascii_(IsAscii(name)), wide_(WideFromUtf8(name)) {}
-
-  bool Equals(std::string_view other) const {
-    if (is_ascii_ && IsAscii(other)) {
-      const auto same = [](char a, char b) { return a == b || ((a ^ b) == 0x20 && IsLetter(a)); };
-      return std::equal(name_.begin(), name_.end(), other.begin(), other.end(), same);
-    }
-    return _wcsicmp(WideFromUtf8(other).c_str(), wide_.c_str()) == 0;
-  }
-
- private:
-  const std::string_view name_;
-  const bool is_ascii_;
-  const std::u16string wide_;
-};
-
-// The name of the folder's entry that equals the wanted one without case; empty if there is none.
-std::string FindWithoutCase(const std::string& folder, std::string_view wanted) {
-  const std::unique_ptr<DIR, int (*)(DIR*)> listing(opendir(folder.empty() ? "." : folder.c_str()), closedir);
-  if (!listing) return {};
-  const CaselessName name_wanted(wanted);
-  std::string found;
-  while (const dirent* entry = readdir(listing.get())) {
-    const std::string_view name = entry->d_name;
-    if (name_wanted.Equals(name) && (found.empty() || name < found)) found = name;
-  }
-  return found;
-}
-
 // Takes each component of the rest below base (which ends in a slash or is empty) as written or, if that does not
 // exist, without case. From the first component that can't be found on, all stays as written. The whole doesn't exist
 // as it is written, but most often all but the last name does: so what does is sought from the end.
@@ -86,7 +48,7 @@ std::string LookUp(std::string base, std::string_view rest) {
     const std::size_t end = std::min(rest.find('/'), rest.size());
     const std::string_view name = rest.substr(0, end);
     if (!name.empty() && (isKnownToMiss || !Exists(base + std::string(name)))) {
-      const std::string found = FindWithoutCase(base, name);
+      const std::string found = FindNameWithoutCase(base, name);
       if (found.empty()) return base.append(rest);
       base += found;
     } else {

@@ -9,6 +9,7 @@
 #include "platform/files.h"
 #include "platform/process.h"
 #include "platform/safe_file.h"
+#include "tests/child_process.h"
 #include "tests/scratch.h"
 
 namespace {
@@ -44,6 +45,50 @@ TEST_F(Mapping, GoesToTheDriveFolderAndLooksUpWithoutCase) {
       {nullptr, ""},
   };
   for (const auto& row : rows) EXPECT_EQ(SystemPathFromProduct(row.path), row.wanted);
+}
+
+// A large folder's names are remembered after the second search.
+TEST_F(Mapping, SearchesInALargeFolderSeeEveryChange) {
+  namespace fs = std::filesystem;
+  const auto look = [this](const std::u16string& name) {
+    return SystemPathFromProduct((u"C:\\large\\" + name).c_str()).substr(Drive("/large/").size());
+  };
+  const auto write = [this](const std::string& name) { folder.Write("drive/large/" + name, ""); };
+  const auto fill = [&](int from, int to) {
+    write("seed");
+    for (int i = from; i < to; ++i)
+      fs::create_hard_link(Drive("/large/seed"), Drive("/large/File" + std::to_string(i)));
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(look(u"FILE7"), "File7");
+  };
+  fill(0, 200);
+  fs::rename(Drive("/large/File7"), Drive("/large/Other"));
+  EXPECT_EQ(look(u"FILE7"), "FILE7");
+  EXPECT_EQ(look(u"OTHER"), "Other");
+  fs::remove(Drive("/large/File8"));
+  EXPECT_EQ(look(u"FILE8"), "FILE8");
+  write("größe");
+  EXPECT_EQ(look(u"GRÖßE"), "größe");
+  write("FIle9");
+  EXPECT_EQ(look(u"file9"), "FIle9") << "the first of two";
+  fs::remove(Drive("/large/FIle9"));
+  EXPECT_EQ(look(u"file9"), "File9");
+  EXPECT_TRUE(kvtest::IsTrueInChild([&] {
+    write("Child");
+    return look(u"CHILD") == "Child" && look(u"CHILD") == "Child" && look(u"OTHER") == "Other";
+  }));
+  EXPECT_EQ(look(u"CHILD"), "Child") << "what another process made";
+  fs::rename(Drive("/large"), Drive("/aside"));
+  EXPECT_EQ(look(u"OTHER"), "OTHER");
+  write("oTHER");
+  EXPECT_EQ(look(u"OTHER"), "oTHER") << "another folder of that name";
+  fs::remove_all(Drive("/large"));
+  fs::rename(Drive("/aside"), Drive("/large"));
+  EXPECT_EQ(look(u"OTHER"), "Other");
+  fs::remove_all(Drive("/large"));
+  EXPECT_EQ(look(u"OTHER"), "OTHER");
+  fill(0, 200);
+  fill(200, 17'000);  // more than the system has told of at once
+  EXPECT_EQ(look(u"FILE16999"), "File16999");
 }
 
 TEST_F(Mapping, DriveFolderDefaultsToTheUsersData) {
