@@ -31,10 +31,14 @@ unsigned LocationOf(DocumentReading::Part part) {
   return kFaultInNodes;
 }
 
+// A damaged document may have a name as long as itself: a finding quotes its beginning.
 std::string NameOf(const HostDocument& document, DWORD place) {
+  constexpr std::size_t kQuoted = 80;  // characters of UTF-16
   if (place == HostNode::kNoPlace) return "the document";
   HostNode& node = document.NodeAt(place);
-  return fmt::format("{} {} \"{}\"", ToUtf8(node.GetClassNameW()), node.GetObjectId(), ToUtf8(node.Name()));
+  const std::u16string_view name(node.Name());
+  return fmt::format("{} {} \"{}{}\"", ToUtf8(node.GetClassNameW()), node.GetObjectId(),
+                     ToUtf8(name.substr(0, kQuoted)), name.size() > kQuoted ? "..." : "");
 }
 
 void TakeOver(const DocumentReading& reading, LoadReport& report) {
