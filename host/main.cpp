@@ -2,6 +2,7 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <string>
+#include <vector>
 
 #include "host/commands.h"
 #include "host/completion.h"
@@ -9,6 +10,19 @@
 #include "host/text_table.h"
 
 namespace {
+
+// The parser says of a wrong word in a command's place only that the command is missing.
+void RefuseUnknownCommand(const CLI::App& app) {
+  std::string path = "kestrova";
+  const CLI::App* at = &app;
+  for (auto chosen = at->get_subcommands(); !chosen.empty(); chosen = at->get_subcommands()) {
+    at = chosen.front();
+    path += ' ' + at->get_name();
+  }
+  const std::vector<std::string> words = at->remaining();
+  if (at->get_require_subcommand_min() == 0 || words.empty() || words.front().starts_with('-')) return;
+  throw kestrova::WrongUsage(words.front() + " is no command of " + path + "; " + path + " --help lists them");
+}
 
 int Run(int argc, char** argv) {
   CLI::App app{"kestrova: the command line of the KVSHAREu shared library"};
@@ -28,6 +42,9 @@ int Run(int argc, char** argv) {
   kestrova::AddCompletionWords(app);
   try {
     app.parse(argc, argv);
+  } catch (const CLI::RequiredError& error) {
+    RefuseUnknownCommand(app);
+    return app.exit(error) == 0 ? 0 : 2;
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : 2;
   }

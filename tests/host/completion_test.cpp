@@ -21,6 +21,15 @@ TEST(Commands, HelpListsTheTableInItsOrderAndCompletionOffersIt) {
   EXPECT_EQ(kvtest::RunCommand({"complete-words", ""}).out, offered);
 }
 
+TEST(Commands, AWordThatIsNoneIsNamed) {
+  const auto refused = [](const char* path) {
+    return kvtest::RunResult{
+        2, "", std::string("kestrova: frob is no command of ") + path + "; " + path + " --help lists them\n"};
+  };
+  EXPECT_EQ(kvtest::RunCommand({"frob"}), refused("kestrova"));
+  EXPECT_EQ(kvtest::RunCommand({"document", "frob", "x"}), refused("kestrova document"));
+}
+
 TEST(Completion, OffersCommandsOptionsAndChoices) {
   struct {
     std::vector<std::string> words;
