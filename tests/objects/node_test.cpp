@@ -108,6 +108,12 @@ TEST_F(Node, FirstRequestForTheCompanionStampsTheCreation) {
   EXPECT_EQ(companion->GetObject(), &node);
   EXPECT_EQ(node.GetUiObject(), companion);
   EXPECT_EQ(Companion::live, 1);
+  struct Stamped : QFObject {
+    Stamped() { SetStamps({_T("maker"), _T("then"), _T("later"), _T("changer")}); }
+  } stamped;
+  stamped.GetUiObject();
+  EXPECT_EQ(stamped.GetCreatedBy() + stamped.GetDateCreated(), _T("makerthen")) << "filled in once";
+  EXPECT_EQ(stamped.GetLastModifiedBy(), AppEnv()->GetUserNameW());
 }
 
 TEST_F(Node, StockChangeTakesTheFlagDownAndTellsTheCompanion) {

@@ -55,7 +55,7 @@ TEST(Perpendicular, DividesByTheLastComponentThatIsThere) {
   const FRUnitVector rows[][2] = {
       {FRUnitVector(1, 2, 4), FRUnitVector(1, 1, -0.75)},    {FRUnitVector(0, 0, 1), FRUnitVector(1, 1, 0)},
       {FRUnitVector(3, 1, 0), FRUnitVector(1, -3, 1)},       {FRUnitVector(-1, 0, 0), FRUnitVector(0, 1, 1)},
-      {FRUnitVector(1, 0, 1e-7), FRUnitVector(-1e-7, 1, 1)},
+      {FRUnitVector(1, 0, 1e-7), FRUnitVector(-1e-7, 1, 1)}, {FRUnitVector(3, 4, 4e-6), FRUnitVector(1, -0.750001, 1)},
   };
   for (const auto& [a, wanted] : rows) {
     FRUnitVector b, c;
