@@ -8,7 +8,8 @@ constexpr std::string_view kHidden = "***";
 
 CString Trimmed(CString text) { return text.Trim(); }
 
-// Where the piece that begins at a position ends: at its semicolon, or at the end of the text.
+// Where the piece that begins at a position ends: at its semicolon, or at the end of the text. Braces count only where
+// they are closed.
 int PieceEnd(const CString& text, int begin) {
   const int sign = text.Find(_T('='), begin);
   const int plain = text.Find(_T(';'), begin);
@@ -22,14 +23,18 @@ int PieceEnd(const CString& text, int begin) {
     if (text[at + 1] != _T('}')) break;
     ++at;
   }
+  if (at >= text.GetLength()) return end;
   const int behind = text.Find(_T(';'), at);
   return behind < 0 ? text.GetLength() : behind;
 }
 
+bool IsBraced(const CString& value) {
+  return value.GetLength() > 1 && value[0] == _T('{') && value[value.GetLength() - 1] == _T('}');
+}
+
 CString Unbraced(CString value) {
-  const int length = value.GetLength();
-  if (length < 2 || value[0] != _T('{') || value[length - 1] != _T('}')) return value;
-  value = value.Mid(1, length - 2);
+  if (!IsBraced(value)) return value;
+  value = value.Mid(1, value.GetLength() - 2);
   value.Replace(_T("}}"), _T("}"));
   return value;
 }
@@ -63,16 +68,27 @@ CString ServerConnection(const CString& server, const CString& database, const C
 }
 
 ConnectionPieces::ConnectionPieces(const CString& text) {
+  if (text.GetLength() > kMostUnits) {
+    sound_ = false;
+    return;
+  }
   for (int begin = 0; begin < text.GetLength();) {
     const int end = PieceEnd(text, begin);
-    Piece piece;
-    piece.raw = text.Mid(begin, end - begin);
-    const int sign = piece.raw.Find(_T('='));
-    piece.key = Trimmed(piece.raw.Left(sign));
-    piece.value = Unbraced(Trimmed(piece.raw.Mid(sign + 1)));
-    if (sign >= 0) pieces_.push_back(std::move(piece));
+    Add(text.Mid(begin, end - begin));
     begin = end + 1;
   }
+}
+
+void ConnectionPieces::Add(const CString& raw) {
+  const int sign = raw.Find(_T('='));
+  if (sign < 0) {
+    sound_ = sound_ && Trimmed(raw).IsEmpty();
+    return;
+  }
+  const CString key = Trimmed(raw.Left(sign));
+  const CString value = Trimmed(raw.Mid(sign + 1));
+  sound_ = sound_ && !Value(key) && (value[0] != _T('{') || IsBraced(value));
+  pieces_.push_back({raw, key, Unbraced(value)});
 }
 
 std::optional<CString> ConnectionPieces::Value(LPCTSTR key) const {
@@ -80,6 +96,14 @@ std::optional<CString> ConnectionPieces::Value(LPCTSTR key) const {
     if (piece.key.CompareNoCase(key) == 0) return piece.value;
   }
   return std::nullopt;
+}
+
+std::vector<CString> ConnectionPieces::Values(LPCTSTR key) const {
+  std::vector<CString> values;
+  for (const Piece& piece : pieces_) {
+    if (piece.key.CompareNoCase(key) == 0) values.push_back(piece.value);
+  }
+  return values;
 }
 
 void ConnectionPieces::Set(LPCTSTR key, const CString& value) {
@@ -100,17 +124,22 @@ CString ConnectionPieces::Text() const {
 
 CString ShownTarget(const CString& pathOrConnection) {
   const ConnectionPieces pieces(pathOrConnection);
-  if (!pieces.Value(_T("Driver")) && !pieces.Value(_T("DSN"))) return pathOrConnection;
+  bool connection = pathOrConnection.GetLength() > ConnectionPieces::kMostUnits || pieces.Value(_T("Driver")) ||
+                    pieces.Value(_T("DSN"));
+  for (LPCTSTR key : kPasswordKeys) connection = connection || pieces.Value(key);
+  if (!connection) return pathOrConnection;
   return _T("SERVER=") + pieces.Value(_T("SERVER")).value_or(CString()) + _T(";DATABASE=") +
          pieces.Value(_T("DATABASE")).value_or(CString());
 }
 
 std::string WithoutPassword(std::string text, const ConnectionPieces& pieces) {
   for (LPCTSTR key : kPasswordKeys) {
-    const std::string password = ToUtf8(pieces.Value(key).value_or(CString()));
-    if (password.empty()) continue;
-    for (std::size_t at = 0; (at = text.find(password, at)) != std::string::npos; at += kHidden.size())
-      text.replace(at, password.size(), kHidden);
+    for (const CString& value : pieces.Values(key)) {
+      const std::string password = ToUtf8(value);
+      if (password.empty()) continue;
+      for (std::size_t at = 0; (at = text.find(password, at)) != std::string::npos; at += kHidden.size())
+        text.replace(at, password.size(), kHidden);
+    }
   }
   return text;
 }

@@ -25,8 +25,16 @@ class KVSHARE_API ConnectionPieces {
  public:
   explicit ConnectionPieces(const CString& text);
 
-  // The value of the first piece of that key, without its braces; none if there is no such piece.
+  // False for a text that drivers may take in more ways than one, as it comes about when a path, name or password
+  // holds a semicolon or begins with a brace: a piece without "=", a key that stands twice, a brace left open. False
+  // too for more than kMostUnits characters, which are not looked at.
+  bool IsSound() const { return sound_; }
+  static constexpr int kMostUnits = 8192;
+  // The value of the first piece of that key, without its braces; none if there is no such piece. A brace that nothing
+  // closes is a character like others.
   std::optional<CString> Value(LPCTSTR key) const;
+  // Those of all its pieces.
+  std::vector<CString> Values(LPCTSTR key) const;
   // Writes the first piece of that key anew as key=value, or adds it at the end.
   void Set(LPCTSTR key, const CString& value);
   // All pieces, each with its semicolon.
@@ -38,11 +46,15 @@ class KVSHARE_API ConnectionPieces {
     CString key;
     CString value;
   };
+  void Add(const CString& raw);
+
   std::vector<Piece> pieces_;
+  bool sound_ = true;
 };
 
-// What may be shown of a path or connection string: a path as it is, of a string its SERVER=x;DATABASE=y.
+// What may be shown of a path or connection string: a path as it is, of a string its SERVER=x;DATABASE=y. A text with a
+// driver, a data source or a password in it is a string.
 KVSHARE_API CString ShownTarget(const CString& pathOrConnection);
 
-// A text of a driver or of the system, which may repeat the connection string, without the password in it.
+// A text of a driver or of the system, which may repeat the connection string, without the passwords in it.
 KVSHARE_API std::string WithoutPassword(std::string text, const ConnectionPieces& pieces);

@@ -12,7 +12,13 @@
 namespace kvdatabase {
 namespace {
 
-constexpr int kMostPathBytes = 4096;
+constexpr int kMostPathBytes = 1000;  // as much as the driver manager has room for
+constexpr std::size_t kMostNameBytes = 255;
+
+// What has a driver or the driver manager load code, write files or take over settings. A name or path that smuggles
+// it into a connection string gets no farther than here.
+constexpr LPCTSTR kRefused[] = {_T("LoadExt"),  _T("TraceFile"), _T("DumpFile"),   _T("DumpFileAppend"), _T("FileDSN"),
+                                _T("SaveFile"), _T("DMEnvAttr"), _T("DMConnAttr"), _T("DMStmtAttr")};
 
 // The library that the machine's or the user's registrations name for a driver; empty if they have none.
 std::string Registered(const std::string& driver) {
@@ -35,7 +41,9 @@ CString OwnRegistrations() {
 // The driver's library, put into the pieces if the driver manager can't find it by the name.
 std::string FindDriver(ConnectionPieces& pieces) {
   std::string name = ToUtf8(pieces.Value(_T("Driver")).value_or(CString()));
-  if (name.empty() || name[0] == '/') return name;  // a data source, or a library
+  if (name.empty()) return name;  // a data source
+  if (name.size() > kMostNameBytes || name.find('/') != std::string::npos)
+    Throw("an ODBC driver has to be named as it is registered, not by its file");
   std::string library = Registered(name);
   if (!library.empty()) return library;
   const CString own = OwnRegistrations();
@@ -77,7 +85,11 @@ void FindFile(ConnectionPieces& pieces, bool access) {
 
 CString ForDriverManager(const ConnectionPieces& given) {
   ConnectionPieces pieces = given;
-  const std::string library = FindDriver(pieces);
+  for (LPCTSTR key : kRefused) {
+    if (pieces.Value(key)) Throw("a connection string with \"" + ToUtf8(CString(key)) + "\" is not opened");
+  }
+  std::string library = FindDriver(pieces);
+  library.erase(0, library.rfind('/') + 1);
   const auto is = [&library](const char* driver) { return library.find(driver) != std::string::npos; };
   FindFile(pieces, is("mdbodbc"));
   // Left to find out the protocol's version by itself, this driver tries one after the other, each for the whole time

@@ -2,19 +2,21 @@
 #include "companions/database/odbc_calls.h"
 #include "platform/odbc.h"
 
+#include <limits>
 #include <utility>
 
 namespace kvdatabase {
 namespace {
 
 constexpr int kMostReasons = 3;
-constexpr SQLSMALLINT kMessageBytes = 2048;
+// The most that a driver can tell: in a message that was cut a password could stand cut, too.
+constexpr SQLSMALLINT kMessageBytes = std::numeric_limits<SQLSMALLINT>::max();
 
-// Without the names of the layers in brackets that stand ahead, and on one line.
+// Without the names of the layers in brackets that stand ahead, and on one line, without what controls a terminal.
 std::string Plain(CString text) {
   while (text[0] == _T('[') && text.Find(_T(']')) > 0) text = text.Mid(text.Find(_T(']')) + 1);
   for (int i = 0; i < text.GetLength(); ++i) {
-    if (text[i] < _T(' ')) text.SetAt(i, _T(' '));
+    if (text[i] < 0x20 || (text[i] >= 0x7F && text[i] < 0xA0)) text.SetAt(i, _T(' '));
   }
   return ToUtf8(text.Trim());
 }
@@ -40,16 +42,18 @@ void Throw(const Handle& handle, const std::string& tried, const ConnectionPiece
   std::string reasons;
   CString first;
   SQLINTEGER native = 0;
+  std::vector<SQLCHAR> text(kMessageBytes);
   for (SQLSMALLINT i = 1; i <= kMostReasons; ++i) {
-    SQLCHAR state[6] = {}, text[kMessageBytes] = {};
+    SQLCHAR state[6] = {};
     SQLINTEGER number = 0;
     SQLSMALLINT bytes = 0;
-    if (!Succeeded(SQLGetDiagRec(handle.Kind(), handle.Get(), i, state, &number, text, kMessageBytes, &bytes))) break;
+    if (!Succeeded(SQLGetDiagRec(handle.Kind(), handle.Get(), i, state, &number, text.data(), kMessageBytes, &bytes)))
+      break;
     if (i == 1) {
       first = reinterpret_cast<const char*>(state);
       native = number;
     }
-    const std::string reason = Plain(reinterpret_cast<const char*>(text));
+    const std::string reason = Plain(reinterpret_cast<const char*>(text.data()));
     if (reasons.find(reason) != std::string::npos) continue;
     if (!reasons.empty()) reasons += "; ";
     reasons += reason;

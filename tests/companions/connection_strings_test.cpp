@@ -21,7 +21,7 @@ TEST(ConnectionStrings, PiecesAreFoundAndTheOthersStay) {
       {_T("Driver={a;b}}c};X=1;"), nullptr, _T("Driver={a;b}}c};X=1;k=new;")},
       {_T("K=1;k=2"), _T("1"), _T("k=new;k=2;")},
       {_T(" K = {x;y}}} ;Z"), _T("x;y}"), _T("k=new;")},
-      {_T("K={open;X=1"), _T("{open;X=1"), _T("k=new;")},
+      {_T("K={open;X=1"), _T("{open"), _T("k=new;X=1;")},
       {_T("K={a}tail;X={}"), _T("{a}tail"), _T("k=new;X={};")},
       {_T("K==;"), _T("="), _T("k=new;")},
       {_T(";;=;"), nullptr, _T("=;k=new;")},
@@ -37,10 +37,33 @@ TEST(ConnectionStrings, PiecesAreFoundAndTheOthersStay) {
   }
 }
 
+TEST(ConnectionStrings, NamesThatBreakThemShow) {
+  const std::pair<CString, bool> rows[] = {
+      {ServerConnection(_T("plant7\\a,1433"), _T("t=b"), _T("e}ve"), _T("s{d}")), true},
+      {_T("Driver={a;b}}c} ; X = {}; ;Y=;"), true},
+      {ServerConnection(_T("s"), _T("d"), _T("u"), _T("p;w")), false},
+      {ServerConnection(_T("s"), _T("d"), _T("u"), _T("p;pwd=w")), false},
+      {ServerConnection(_T("{s"), _T("d"), _T("u"), _T("p")), false},
+      {ServerConnection(_T("s"), _T("d"), _T("u"), _T("{p}w")), false},
+      {SQLiteConnection(_T("C:\\a.kvdb;Driver=/tmp/other.so")), false},
+      {AccessConnection(_T("C:\\a;b.mdb")), false},
+      {CString(u';', 8192), true},
+      {CString(u';', 8193), false},
+  };
+  for (const auto& [text, sound] : rows) EXPECT_EQ(ConnectionPieces(text).IsSound(), sound) << ToUtf8(text);
+}
+
 TEST(ConnectionStrings, PasswordsAreHidden) {
   EXPECT_EQ(WithoutPassword("can't use 'pw*x', pw*x!", ConnectionPieces(_T("PWD={pw*x};"))), "can't use '***', ***!");
   EXPECT_EQ(WithoutPassword("***", ConnectionPieces(_T("password=*"))), "*********");
-  EXPECT_EQ(ShownTarget(_T("driver={SQL Server};Server={a;b};database=c;PWD=d")), _T("SERVER=a;b;DATABASE=c"));
-  EXPECT_EQ(ShownTarget(_T("C:\\PWD=d;e.mdb")), _T("C:\\PWD=d;e.mdb")) << "a path";
+  EXPECT_EQ(WithoutPassword("one two three", ConnectionPieces(_T("Pwd=one;pwd=two;Password=three"))), "*** *** ***");
   EXPECT_EQ(WithoutPassword("text", ConnectionPieces(_T("Pwd=;Uid=text"))), "text");
+  const std::pair<LPCTSTR, LPCTSTR> targets[] = {
+      {_T("driver={SQL Server};Server={a;b};database=c;PWD=d"), _T("SERVER=a;b;DATABASE=c")},
+      {_T("DRIVER={SQL Server};SERVER={a;DATABASE=c;PWD=d"), _T("SERVER={a;DATABASE=c")},
+      {_T("SERVER=a;DATABASE=c;PWD=d"), _T("SERVER=a;DATABASE=c")},
+      {_T("SERVER=a;Password=d"), _T("SERVER=a;DATABASE=")},
+      {_T("C:\\PWD=d;e.mdb"), _T("C:\\PWD=d;e.mdb")},  // a path
+  };
+  for (const auto& [target, shown] : targets) EXPECT_EQ(ToUtf8(ShownTarget(target)), ToUtf8(CString(shown)));
 }
