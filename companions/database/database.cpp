@@ -20,6 +20,7 @@ using kvdatabase::Throw;
 namespace {
 
 constexpr LPCTSTR kTimeout = _T("Connection Timeout");
+constexpr long kMostSeconds = 24 * 60 * 60;
 constexpr std::size_t kMostTables = 100'000;
 constexpr int kNameBytes = 1024;
 // Longer texts are bound as such.
@@ -89,6 +90,14 @@ void RequireQuery(const CString& sql) {
         ToUtf8(word) + "\"");
 }
 
+// A name as a statement has it. The drivers' own readers of statements pass over what stands in quotes, and not over
+// what stands in brackets, which all databases understand.
+CString Quoted(CString name) {
+  if (name.FindOneOf(_T("];?{}\"'")) < 0) return _T("[") + name + _T("]");
+  name.Replace(_T("\""), _T("\"\""));
+  return _T("\"") + name + _T("\"");
+}
+
 }  // namespace
 
 CDaoException::CDaoException(std::string message, CString state, LONG native)
@@ -111,7 +120,9 @@ Handle CDaoDatabase::Connection::Run(const CString& sql, std::vector<Parameter>&
                                     Narrow(parameter.value), SQLLEN(bytes), &parameter.length)))
       Throw(statement, "cannot bind a value", pieces);
   }
-  const short result = SQLExecDirect(statement.Get(), Narrow(ToUtf8(sql)), SQL_NTS);
+  std::string text = ToUtf8(sql);
+  if (!takes_semicolons) text.erase(text.find_last_not_of("; \t\r\n") + 1);
+  const short result = SQLExecDirect(statement.Get(), Narrow(text), SQL_NTS);
   if (!Succeeded(result) && result != SQL_NO_DATA) Throw(statement, "cannot run the statement", pieces);
   return statement;
 }
@@ -126,6 +137,11 @@ void CDaoDatabase::Open(const CString& pathOrConnection, bool readOnly) {
                        : isSQLite_ ? SQLiteConnection(pathOrConnection)
                                    : AccessConnection(pathOrConnection);
   auto connection = std::make_unique<Connection>(text);
+  if (!connection->pieces.IsSound()) {
+    Throw(
+        "the connection can't be told from its text: a path, name or password in it holds a semicolon or begins with a "
+        "brace, which needs braces around the whole of it");
+  }
   const std::string forManager = ToUtf8(kvdatabase::ForDriverManager(connection->pieces));
   const Utf8Connections utf8;
   connection->environment = Handle(SQL_HANDLE_ENV, nullptr);
@@ -133,8 +149,8 @@ void CDaoDatabase::Open(const CString& pathOrConnection, bool readOnly) {
   connection->link = Handle(SQL_HANDLE_DBC, connection->environment.Get());
   const long seconds = std::atol(ToUtf8(connection->pieces.Value(kTimeout).value_or(CString())).c_str());
   if (seconds > 0)  // a driver that knows no such thing has nobody to wait for
-    SQLSetConnectAttr(connection->link.Get(), SQL_ATTR_LOGIN_TIMEOUT, reinterpret_cast<void*>(seconds),
-                      SQL_IS_UINTEGER);
+    SQLSetConnectAttr(connection->link.Get(), SQL_ATTR_LOGIN_TIMEOUT,
+                      reinterpret_cast<void*>(std::min(seconds, kMostSeconds)), SQL_IS_UINTEGER);
   if (readOnly)  // a hint, which not every driver takes
     SQLSetConnectAttr(connection->link.Get(), SQL_ATTR_ACCESS_MODE, reinterpret_cast<void*>(SQL_MODE_READ_ONLY),
                       SQL_IS_UINTEGER);
@@ -142,8 +158,10 @@ void CDaoDatabase::Open(const CString& pathOrConnection, bool readOnly) {
                                   SQL_DRIVER_NOPROMPT)))
     Throw(connection->link, "cannot open " + Target(connection->pieces), connection->pieces);
   connection->connected = true;
+  const CString program = Information(connection->link, SQL_DBMS_NAME);
+  connection->takes_semicolons = program != _T("MDBTOOLS");
   std::vector<Parameter> none;
-  const bool isSQLite = Information(connection->link, SQL_DBMS_NAME) == _T("SQLite");
+  const bool isSQLite = program == _T("SQLite");
   if (isSQLite)  // whose driver opens any file and reads it later
     connection->Run(_T("SELECT COUNT(*) FROM sqlite_master"), none);
   if (readOnly && isSQLite) {
@@ -169,7 +187,8 @@ CString CDaoDatabase::GetDriverName() const { return Opened().pieces.Value(_T("D
 
 CString CDaoDatabase::GetDriverFile() const {
   const Handle& link = Opened().link;
-  return Information(link, SQL_DRIVER_NAME) + _T(" ") + Information(link, SQL_DRIVER_VER);
+  CString file = Information(link, SQL_DRIVER_NAME) + _T(" ") + Information(link, SQL_DRIVER_VER);
+  return file.Trim();
 }
 
 CString CDaoDatabase::GetVersion() const {
@@ -184,16 +203,21 @@ int CDaoDatabase::GetTableDefCount() {
   const std::string kinds = "TABLE,VIEW";
   if (!Succeeded(SQLTables(statement.Get(), nullptr, 0, nullptr, 0, nullptr, 0, Narrow(kinds), SQL_NTS)))
     Throw(statement, "cannot list the tables", connection.pieces);
-  while (Succeeded(SQLFetch(statement.Get())) && connection.tables.size() < kMostTables) {
+  std::vector<CDaoTableDefInfo> tables;
+  short result = SQL_SUCCESS;
+  while (tables.size() < kMostTables && Succeeded(result = SQLFetch(statement.Get()))) {
     CDaoTableDefInfo info;
     info.m_strSchema = NameColumn(statement, 2);
     info.m_strName = NameColumn(statement, 3);
-    info.m_bUpdatable = NameColumn(statement, 4) == _T("TABLE");
-    connection.tables.push_back(std::move(info));
+    const CString kind = NameColumn(statement, 4);
+    info.m_bUpdatable = kind == _T("TABLE");
+    if (info.m_bUpdatable || kind == _T("VIEW")) tables.push_back(std::move(info));  // some drivers give all kinds
   }
-  std::sort(connection.tables.begin(), connection.tables.end(), [](const auto& a, const auto& b) {
+  if (!Succeeded(result) && result != SQL_NO_DATA) Throw(statement, "cannot list the tables", connection.pieces);
+  std::sort(tables.begin(), tables.end(), [](const auto& a, const auto& b) {
     return std::tie(a.m_strSchema, a.m_strName) < std::tie(b.m_strSchema, b.m_strName);
   });
+  connection.tables = std::move(tables);
   connection.tables_read = true;
   return int(connection.tables.size());
 }
@@ -202,10 +226,9 @@ void CDaoDatabase::GetTableDefInfo(int index, CDaoTableDefInfo& info, bool count
   if (index < 0 || index >= GetTableDefCount()) Throw("there is no table of that number");
   CDaoTableDefInfo& table = connection_->tables[std::size_t(index)];
   if (countRecords && table.m_lRecordCount < 0) {
-    const CString name =
-        table.m_strSchema.IsEmpty() ? table.m_strName : table.m_strSchema + _T("].[") + table.m_strName;
+    const CString owner = table.m_strSchema.IsEmpty() ? CString() : Quoted(table.m_strSchema) + _T(".");
     CDaoRecordset count(this);
-    count.Open(_T("SELECT COUNT(*) FROM [") + name + _T("]"));
+    count.Open(_T("SELECT COUNT(*) FROM ") + owner + Quoted(table.m_strName));
     if (!count.IsEOF())
       table.m_lRecordCount = LONG(std::atol(ToUtf8(count.GetFieldValue(0).value_or(CString())).c_str()));
   }

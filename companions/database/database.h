@@ -39,7 +39,9 @@ class KVSHARE_API CDaoDatabase {
 
   // Opens a file by its path in the product's form, or what a connection string that begins with "Driver=" or "DSN="
   // names. In it, a Database or Dbq with a backslash is a path, and a file has to exist: none is made. "Connection
-  // Timeout", in seconds, is how long the server may take to answer. An open database is closed first.
+  // Timeout", in seconds, is how long the server may take to answer. An open database is closed first. A text that can
+  // be taken in more ways than one (connection_strings.h) fails, so does one that names a driver by its file or has
+  // drivers load code or write files.
   //
   // Open for reading alone, a database takes no statement but a query: one that doesn't begin with SELECT, WITH, VALUES
   // or EXPLAIN fails. SQLite refuses whatever else would change something, and a server takes it back at the end.
@@ -48,8 +50,8 @@ class KVSHARE_API CDaoDatabase {
   // Its recordsets have to be closed before.
   void Close();
 
-  // The driver's name as the connection string or flag has it, its file and version, the database's program and version
-  // such as "SQLite 3.40.1".
+  // The driver's name as the connection string or flag has it, its file and version (empty if it tells neither), the
+  // database's program and version such as "SQLite 3.40.1".
   CString GetDriverName() const;
   CString GetDriverFile() const;
   CString GetVersion() const;

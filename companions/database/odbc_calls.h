@@ -60,6 +60,7 @@ struct CDaoDatabase::Connection {
   kvdatabase::Handle link;
   bool connected = false;
   bool read_only = false;
+  bool takes_semicolons = true;  // behind a statement
   bool tables_read = false;
   std::vector<CDaoTableDefInfo> tables;
 };

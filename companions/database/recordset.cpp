@@ -73,8 +73,14 @@ CString TableOf(const CString& sql) {
   return alone ? name.Trim(_T('"')) : CString();
 }
 
-// A column of the current row.
-std::optional<CString> Value(const Handle& statement, SQLUSMALLINT column, const ConnectionPieces& pieces) {
+// A column of the current row. What it takes goes off from what is left.
+std::optional<CString> Value(const Handle& statement, SQLUSMALLINT column, const ConnectionPieces& pieces,
+                             std::size_t& left) {
+  const auto take = [&left](std::size_t bytes) {
+    if (bytes > left) Throw("the records are too long to be read");
+    left -= bytes;
+  };
+  take(sizeof(std::optional<CString>));
   std::string text;
   std::array<char, kChunkBytes> chunk;
   for (;;) {
@@ -84,7 +90,9 @@ std::optional<CString> Value(const Handle& statement, SQLUSMALLINT column, const
     if (!Succeeded(result)) Throw(statement, "cannot read a value", pieces);
     if (bytes == SQL_NULL_DATA) return std::nullopt;
     const bool whole = bytes >= 0 && std::size_t(bytes) < chunk.size();
-    text.append(chunk.data(), whole ? std::size_t(bytes) : chunk.size() - 1);  // a piece has a terminator
+    const std::size_t got = whole ? std::size_t(bytes) : chunk.size() - 1;  // a piece has a terminator
+    take(got);
+    text.append(chunk.data(), got);
     if (whole) return FromUtf8(text);
     if (text.size() > CDaoRecordset::kMostFieldBytes) Throw("a value is too long to be read");
   }
@@ -95,7 +103,7 @@ std::optional<CString> Value(const Handle& statement, SQLUSMALLINT column, const
 CDaoRecordset::CDaoRecordset(CDaoDatabase* database) : m_pDatabase(database) {}
 CDaoRecordset::~CDaoRecordset() = default;
 
-void CDaoRecordset::Open(const CString& sql) {
+void CDaoRecordset::Open(const CString& sql) try {
   Close();
   CDaoDatabase::Connection& connection = m_pDatabase->Opened();
   std::vector<Parameter> none;
@@ -109,6 +117,7 @@ void CDaoRecordset::Open(const CString& sql) {
     SQLDescribeCol(statement.Get(), SQLUSMALLINT(i), name, kNameBytes, &bytes, &type, &size, &digits, &nullable);
     m_Fields.push_back({FromUtf8(reinterpret_cast<const char*>(name)), IsNumeric(type)});
   }
+  std::size_t left = m_nMostBytes;
   while (columns > 0) {
     const short result = SQLFetch(statement.Get());
     if (result == SQL_NO_DATA) break;
@@ -116,11 +125,15 @@ void CDaoRecordset::Open(const CString& sql) {
     m_bMore = GetRecordCount() >= m_nMostRecords;
     if (m_bMore) break;
     Record record;
-    for (SQLSMALLINT i = 1; i <= columns; ++i) record.push_back(Value(statement, SQLUSMALLINT(i), connection.pieces));
+    for (SQLSMALLINT i = 1; i <= columns; ++i)
+      record.push_back(Value(statement, SQLUSMALLINT(i), connection.pieces, left));
     m_Records.push_back(std::move(record));
   }
   m_Table = TableOf(sql);
   m_bOpen = true;
+} catch (...) {
+  Close();
+  throw;
 }
 
 void CDaoRecordset::Close() {

@@ -42,9 +42,11 @@ class KVSHARE_API CDaoRecordset {
   CursorLocation GetCursorLocation() const { return m_nCursorLocation; }
   // The most records that the next Open reads; more are left out, which HasMore tells.
   void SetMostRecords(LONG records) { m_nMostRecords = records; }
+  // The most bytes of UTF-8 that its values may have together, 16 more for each value; what needs more fails.
+  void SetMostBytes(std::size_t bytes) { m_nMostBytes = bytes; }
 
   // Runs a query and stands on its first record. A statement that gives no records makes an empty set without fields.
-  // A record with more than kMostFieldBytes in one field fails.
+  // A record with more than kMostFieldBytes in one field fails. After a failure the set is closed.
   void Open(const CString& sql);
   bool IsOpen() const { return m_bOpen; }
   void Close();
@@ -80,6 +82,7 @@ class KVSHARE_API CDaoRecordset {
   CDaoDatabase* m_pDatabase;
   CursorLocation m_nCursorLocation = useServer;
   LONG m_nMostRecords = 1'000'000;
+  std::size_t m_nMostBytes = std::size_t{256} << 20;
   bool m_bOpen = false;
   bool m_bMore = false;
   CString m_Table;  // that the records are of; empty if that can't be told

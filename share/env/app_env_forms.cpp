@@ -41,6 +41,7 @@ void CKVEnvApp::ExchangeTechDBPathWithForms(int write) try {
   forms.Open(path);
   CDaoRecordset paths(&forms);
   paths.SetCursorLocation(CDaoRecordset::useClient);
+  paths.SetMostRecords(1);  // further ones don't matter
   paths.Open(_T("SELECT [path] FROM TechDBFormsPathTable;"));
   if (paths.GetRecordCount() > 0) {
     const CDaoFieldExchange exchange(write ? CDaoFieldExchange::StoreField : CDaoFieldExchange::LoadField);

@@ -78,6 +78,19 @@ TEST_F(Database, GivesRecords) {
   EXPECT_FALSE(records.HasMore()) << "all of them";
 }
 
+TEST_F(Database, TooMuchFailsAndLeavesAClosedSet) {
+  CDaoRecordset records(&database_);
+  const CString long_text = _T("SELECT hex(zeroblob(2000)) FROM Tools");
+  records.SetMostBytes(3 * (4000 + 16));
+  records.Open(long_text);
+  EXPECT_EQ(records.GetRecordCount(), 3);
+  records.SetMostBytes(3 * (4000 + 16) - 1);
+  EXPECT_EQ(Failure([&] { records.Open(long_text); }), "the records are too long to be read");
+  EXPECT_FALSE(records.IsOpen());
+  EXPECT_EQ(records.GetRecordCount() + records.GetFieldCount(), 0);
+  EXPECT_EQ(Failure([&] { All(_T("SELECT hex(zeroblob(9000000))")); }), "a value is too long to be read");
+}
+
 TEST_F(Database, ReadsTextOfAnyLength) {
   for (const int length : {4094, 4095, 4096, 4097, 100'000}) {
     CString text;
@@ -140,6 +153,25 @@ TEST_F(Database, TellsItsTables) {
   EXPECT_THAT(ToUtf8(database_.GetVersion()), testing::MatchesRegex("SQLite 3\\.[0-9.]+"));
 }
 
+TEST_F(Database, CountsTheRecordsOfTablesOfAnyName) {
+  const std::vector<std::string> names = {"a b",  "a\"b",  "a'b", "a?b", "a[b", "a]; DROP TABLE Tools; --",
+                                          "a{d}", "\u00E4"};
+  for (std::string name : names) {
+    for (std::size_t at = 0; (at = name.find('"', at)) != name.npos; at += 2) name.insert(at, 1, '"');
+    database_.Execute(FromUtf8("CREATE TABLE \"" + name + "\" (x)"));
+    database_.Execute(FromUtf8("INSERT INTO \"" + name + "\" VALUES (1), (2)"));
+  }
+  CDaoDatabase other(0, 1);
+  other.Open(path_);
+  std::vector<std::string> counted;
+  for (int i = 0; i < other.GetTableDefCount(); ++i) {
+    CDaoTableDefInfo info;
+    other.GetTableDefInfo(i, info, /*countRecords=*/true);
+    if (info.m_lRecordCount == 2) counted.push_back(ToUtf8(info.m_strName));
+  }
+  EXPECT_THAT(counted, testing::UnorderedElementsAreArray(names));
+}
+
 TEST_F(Database, TellsWhatIsMissingInOneLine) {
   CDaoDatabase other(0, 1);
   EXPECT_EQ(Failure([&] { other.Execute(_T("SELECT 1")); }), "the database is not open");
@@ -152,6 +184,29 @@ TEST_F(Database, TellsWhatIsMissingInOneLine) {
             "cannot run the statement: no such table: Missing (1) (HY000)");
   EXPECT_THAT(Failure([&] { other.Open(ProductPath(folder_.Write("text.kvdb", std::string(5000, 'x')))); }),
               HasSubstr("not a database"));
+}
+
+// A name or path must not bring along what a driver would obey, and no refusal repeats a password.
+TEST_F(Database, ConnectionsThatSmuggleAreNotOpened) {
+  const CString server = _T("Driver={SQL Server};SERVER=s;DATABASE=d;Uid=u;Pwd=secret");
+  const std::pair<CString, const char*> rows[] = {
+      {SQLiteConnection(path_ + _T(";LoadExt=/tmp/x.so")), "a connection string with \"LoadExt\" is not opened"},
+      {SQLiteConnection(path_ + _T(";tracefile=/tmp/x")), "a connection string with \"TraceFile\" is not opened"},
+      {server + _T(";DumpFile=/tmp/x"), "a connection string with \"DumpFile\" is not opened"},
+      {_T("Driver=/tmp/x.so;Database=x"), "an ODBC driver has to be named as it is registered, not by its file"},
+      {_T("Driver={") + CString(u'x', 300) + _T("};"),
+       "an ODBC driver has to be named as it is registered, not by its file"},
+      {SQLiteConnection(path_ + _T(";Driver={SQL Server}")), "the connection can't be told from its text"},
+      {SQLiteConnection(_T("C:\\a;b.kvdb")), "the connection can't be told from its text"},
+      {server + _T(";secret"), "the connection can't be told from its text"},
+      {_T("Driver={SQL Server};SERVER={s;DATABASE=d;Pwd=secret"), "the connection can't be told from its text"},
+  };
+  for (const auto& [connection, expected] : rows) {
+    CDaoDatabase other(0, 1);
+    const std::string failure = Failure([&, text = connection] { other.Open(text); });
+    EXPECT_THAT(failure, testing::StartsWith(expected)) << ToUtf8(connection);
+    EXPECT_THAT(failure, testing::Not(HasSubstr("secret")));
+  }
 }
 
 TEST_F(Database, AnInstallationsDriverGivesWayToTheMachines) {
