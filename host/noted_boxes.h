@@ -16,10 +16,10 @@ class NotedBoxes : public MessageBoxes {
   NotedBoxes& operator=(const NotedBoxes&) = delete;
 
   bool Show(const CString& text, const CString&) override {
-    if (said_.empty()) said_ = ToUtf8(text.SpanExcluding(_T("\n")));
+    said_ = ToUtf8(text.SpanExcluding(_T("\n")));
     return false;
   }
-  // The first line of the first box; empty if there was none.
+  // The first line of the last box; empty if there was none.
   const std::string& Said() const { return said_; }
 
  private:

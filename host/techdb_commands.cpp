@@ -42,11 +42,12 @@ struct Options {
   std::string sql;
 };
 
-// The environment, started; what it had to say is the command's failure.
+// The environment, started. What it had to say is the command's failure, unless it found a database all the same, as in
+// a forms file that it had to make writable.
 CKVEnvApp& Environment() {
   const NotedBoxes boxes;
   StartMainModule();
-  if (!boxes.Said().empty()) throw Failure(boxes.Said());
+  if (!boxes.Said().empty() && AppEnv()->GetKVTechDBPath().IsEmpty()) throw Failure(boxes.Said());
   return *AppEnv();
 }
 
@@ -136,6 +137,8 @@ struct Connected {
     if (env.GetConfigDataUseStatus() && !active)
       throw Failure("there is no technology database: neither " + ConfigFile(env) + " names one, nor is there a file " +
                     ToUtf8(env.GetDefaultSQLiteDBPath()));
+    if (!active && env.GetKVTechDBPath().IsEmpty())
+      throw Failure("the forms file " + ToUtf8(env.GetKVTechDBFormsPath()) + " names no database");
     const auto start = std::chrono::steady_clock::now();
     database.Open(active ? active->GetConnectionString() : env.GetKVTechDBPath(), /*readOnly=*/true);
     milliseconds = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
@@ -162,8 +165,8 @@ void Test(const Options& options) {
                            .dump(2));
     return;
   }
-  fmt::print("database  {}\ndriver    {} ({})\nversion   {}\nconnected in {:.1f} ms\n", connected.name, driver, file,
-             version, connected.milliseconds);
+  fmt::print("database  {}\ndriver    {}{}\nversion   {}\nconnected in {:.1f} ms\n", connected.name, driver,
+             file.empty() ? file : " (" + file + ")", version, connected.milliseconds);
 }
 
 void Tables(const Options& options) {

@@ -27,6 +27,10 @@ void BlankControls(std::string& text, std::size_t from) {
   }
 }
 
+TextTable::TextTable(std::vector<Column> columns) : columns_(std::move(columns)) {
+  for (Column& column : columns_) BlankControls(column.title);
+}
+
 void TextTable::Add(std::vector<std::string> cells) {
   for (std::string& cell : cells) BlankControls(cell);
   rows_.push_back(std::move(cells));

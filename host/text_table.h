@@ -16,9 +16,10 @@ class TextTable {
     std::string title;
     bool right;  // aligned to the right, as numbers are
   };
-  explicit TextTable(std::vector<Column> columns) : columns_(std::move(columns)) {}
+  // Titles and cells are UTF-8; control characters in them become blanks.
+  explicit TextTable(std::vector<Column> columns);
 
-  // One cell a column, in UTF-8. Control characters become blanks.
+  // One cell a column.
   void Add(std::vector<std::string> cells);
   // The titles, unless all are empty, then the rows, each a line.
   std::string Text() const;

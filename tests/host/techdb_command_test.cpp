@@ -94,6 +94,8 @@ TEST_F(TechDBCommand, ConnectsAndShowsWhatIsInIt) {
                 TechDB({"query", "SELECT ToolID, Name, DiameterMm FROM Tools WHERE ToolID = 9", "--json"}).out),
             nlohmann::json::parse(
                 R"({"columns":["ToolID","Name","DiameterMm"],"rows":[[9,"CNMG 120408",null]],"more":false})"));
+  EXPECT_EQ(TechDB({"query", "SELECT 'x\x1B\u009By' AS \"a\x1B[b\""}).out, "a [b\nx  y\n")
+      << "nothing for the terminal";
 }
 
 TEST_F(TechDBCommand, AQueryChangesNothing) {
@@ -161,6 +163,28 @@ TEST_F(TechDBCommand, FormsModeHasNoList) {
   const std::string out = TechDB({"list"}).out;
   SetEnvironmentVariableW(_T("ODBCSYSINI"), nullptr);
   EXPECT_EQ(out, "forms file  " + Product() + "lang\\English\\TechDBForms.mde\ndatabase    SERVER=s;DATABASE=d\n");
+}
+
+// A file that Access itself has made, through the driver that the installation brings for it.
+TEST_F(TechDBCommand, AccessFilesAreRead) {
+  const std::filesystem::path forms = KV_TEST_FILES "/fixtures/TechDBForms.mdb";
+  std::filesystem::copy(forms, folder_.Path() / "TechDB/old.mdb");
+  TechDB({"activate", "2"});
+  EXPECT_THAT(TechDB({"test"}).out,
+              HasSubstr("\ndriver    Microsoft Access Driver (*.mdb, *.accdb)\nversion   MDBTOOLS "));
+  EXPECT_EQ(TechDB({"tables", "--count"}).out,
+            "name                  kind   records\nTechDBFormsPathTable  table        1\n");
+  EXPECT_EQ(TechDB({"query", "SELECT [path], UserId FROM TechDBFormsPathTable; "}),
+            (RunResult{0, "path         UserId\nD:\\T\\DB.mdb       1\n", ""}));
+  std::filesystem::create_directories(folder_.Path() / "lang/English");
+  std::filesystem::copy(forms, folder_.Path() / "lang/English/TechDBForms.mde");
+  std::filesystem::permissions(folder_.Path() / "lang/English/TechDBForms.mde", std::filesystem::perms::owner_read);
+  Keep("TechDBForms", "TechDBForms.mde (32bit)");
+  EXPECT_EQ(
+      TechDB({"list"}),
+      (RunResult{0, "forms file  " + Product() + "lang\\English\\TechDBForms.mde\n" + "database    D:\\T\\DB.mdb\n",
+                 ""}));
+  EXPECT_EQ(Refusal({"test"}), "kestrova: there is no database file D:\\T\\DB.mdb\n");
 }
 
 }  // namespace
