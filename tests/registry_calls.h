@@ -79,6 +79,10 @@ inline void Put(HKEY under, LPCTSTR path, LPCTSTR name, const Stored& value) {
   ASSERT_EQ(RegCreateKeyExW(under, path, 0, nullptr, 0, KEY_WRITE, nullptr, &key, nullptr), ERROR_SUCCESS);
   EXPECT_EQ(Set(key, name, value), ERROR_SUCCESS);
 }
+// A text with its terminator.
+inline void PutText(HKEY under, LPCTSTR path, LPCTSTR name, LPCTSTR text) {
+  Put(under, path, name, {REG_SZ, Wide({text, std::char_traits<TCHAR>::length(text) + 1})});
+}
 inline Stored Get(HKEY under, LPCTSTR path, LPCTSTR name) {
   Key key;
   Stored value{0, std::string(4096, '\0')};

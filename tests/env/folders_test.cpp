@@ -46,9 +46,6 @@ class Folders : public testing::Test {
     tree_.AddKey(edm);
     g_settings = &tree_;
   }
-  static void Keep(HKEY hive, LPCTSTR path, LPCTSTR name, const CString& text) {
-    kvtest::Put(hive, path, name, {REG_SZ, kvtest::Wide({text.GetString(), text.View().size() + 1})});
-  }
   static std::string Kept(HKEY hive, LPCTSTR path, LPCTSTR name) {
     return ToUtf8(GetRegSettingStringValue(hive, path, name));
   }
@@ -78,22 +75,22 @@ TEST_F(Folders, DataFallsThroughUserMachineInstall) {
               {_T(""), _T(""), install, install},
               {_T("\\"), _T("C:\\M"), "\\", "C:\\M"}};
   for (const auto& row : rows) {
-    Keep(HKEY_CURRENT_USER, kVersionKey, _T("KVDataPath"), row.user);
-    Keep(HKEY_LOCAL_MACHINE, kVersionKey, _T("KVDataPath"), row.machine);
+    kvtest::PutText(HKEY_CURRENT_USER, kVersionKey, _T("KVDataPath"), row.user);
+    kvtest::PutText(HKEY_LOCAL_MACHINE, kVersionKey, _T("KVDataPath"), row.machine);
     EXPECT_EQ(ToUtf8(env.GetKVDataPath()), row.data);
     EXPECT_EQ(Kept(HKEY_LOCAL_MACHINE, kVersionKey, _T("KVDataPath")), row.machineAfter);
     EXPECT_EQ(Kept(HKEY_CURRENT_USER, kVersionKey, _T("KVDataPath")), ToUtf8(CString(row.user)));
   }
   EXPECT_EQ(env.GetKVCommonDataPath(), _T("\\"));
-  Keep(HKEY_LOCAL_MACHINE, kVersionKey, _T("KVCommonDataPath"), _T("C:\\M"));
+  kvtest::PutText(HKEY_LOCAL_MACHINE, kVersionKey, _T("KVCommonDataPath"), _T("C:\\M"));
   EXPECT_EQ(env.GetKVCommonDataPath(), _T("\\")) << "the user's key only";
-  Keep(HKEY_CURRENT_USER, kVersionKey, _T("KVCommonDataPath"), _T("C:\\U"));
+  kvtest::PutText(HKEY_CURRENT_USER, kVersionKey, _T("KVCommonDataPath"), _T("C:\\U"));
   EXPECT_EQ(env.GetKVCommonDataPath(), _T("C:\\U\\"));
 }
 
 TEST_F(Folders, MissingDefaultsAreRepairedAtStart) {
-  Keep(HKEY_LOCAL_MACHINE, kVersionKey, _T("KVDataPath"), _T("D:\\Data"));
-  Keep(HKEY_LOCAL_MACHINE, kVersionKey, _T("SimulationMachinePath"), _T("D:\\not this"));
+  kvtest::PutText(HKEY_LOCAL_MACHINE, kVersionKey, _T("KVDataPath"), _T("D:\\Data"));
+  kvtest::PutText(HKEY_LOCAL_MACHINE, kVersionKey, _T("SimulationMachinePath"), _T("D:\\not this"));
   UseSettings();
   AppEnv();
   const std::string lang = Install() + "lang\\English\\";
@@ -119,8 +116,8 @@ TEST_F(Folders, MissingDefaultsAreRepairedAtStart) {
 }
 
 TEST_F(Folders, WhatIsKeptStaysAndFillsSettingsThatLackIt) {
-  for (LPCTSTR name : kNames) Keep(HKEY_CURRENT_USER, kVersionKey, name, _T("E:\\kept"));
-  Keep(HKEY_LOCAL_MACHINE, kVersionKey, _T("EurekaExePath"), _T("C:\\Sim\\"));
+  for (LPCTSTR name : kNames) kvtest::PutText(HKEY_CURRENT_USER, kVersionKey, name, _T("E:\\kept"));
+  kvtest::PutText(HKEY_LOCAL_MACHINE, kVersionKey, _T("EurekaExePath"), _T("C:\\Sim\\"));
   UseSettings();
   tree_.SetValue(_T("SimulationJobPath"), CString(_T("F:\\own")));
   AppEnv();
@@ -152,10 +149,10 @@ TEST_F(Folders, SettingsGoAheadOfTheRegistry) {
   for (const auto& row : rows) {
     const std::string name = ToUtf8(CString(row.name));
     g_settings = nullptr;
-    Keep(HKEY_LOCAL_MACHINE, kVersionKey, row.name, _T("C:\\machine"));
-    Keep(HKEY_CURRENT_USER, kVersionKey, row.name, _T("C:\\user"));
+    kvtest::PutText(HKEY_LOCAL_MACHINE, kVersionKey, row.name, _T("C:\\machine"));
+    kvtest::PutText(HKEY_CURRENT_USER, kVersionKey, row.name, _T("C:\\user"));
     EXPECT_EQ((env.*row.get)(), _T("C:\\user\\")) << name;
-    Keep(HKEY_CURRENT_USER, kVersionKey, row.name, _T(""));
+    kvtest::PutText(HKEY_CURRENT_USER, kVersionKey, row.name, _T(""));
     EXPECT_EQ((env.*row.get)(), row.machineToo ? _T("C:\\machine\\") : _T("\\")) << name;
     QFSettingsKey tree;
     tree.AddValue(row.name, CString());
@@ -167,7 +164,7 @@ TEST_F(Folders, SettingsGoAheadOfTheRegistry) {
 }
 
 TEST_F(Folders, StyleSheetsComeFromSettingsThenMachine) {
-  Keep(HKEY_LOCAL_MACHINE, kSetupSheetKey, _T("SaveStyleSheetTo"), _T("C:\\m"));
+  kvtest::PutText(HKEY_LOCAL_MACHINE, kSetupSheetKey, _T("SaveStyleSheetTo"), _T("C:\\m"));
   EXPECT_EQ(AppEnv()->GetVersionIndependentSetupSheetTemplatePath(), _T("C:\\m"));
   UseSettings();
   EXPECT_EQ(AppEnv()->GetVersionIndependentSetupSheetTemplatePath(), _T("C:\\m"));
@@ -192,15 +189,15 @@ TEST_F(Folders, SimulatorIsLookedForInItsOwnOrder) {
     g_settings = row.settings ? &tree_ : nullptr;
     tree_.SetValue(_T("EurekaExePath"), CString(row.tree));
     tree_.SetValue(_T("MachineSimulationApplicationPath"), CString(row.application));
-    Keep(HKEY_CURRENT_USER, kVersionKey, _T("EurekaExePath"), row.user);
-    Keep(HKEY_LOCAL_MACHINE, kVersionKey, _T("EurekaExePath"), row.machine);
+    kvtest::PutText(HKEY_CURRENT_USER, kVersionKey, _T("EurekaExePath"), row.user);
+    kvtest::PutText(HKEY_LOCAL_MACHINE, kVersionKey, _T("EurekaExePath"), row.machine);
     EXPECT_EQ(ToUtf8(env.GetIMSExePath()), row.expected);
     EXPECT_EQ(env.GetVirtualMachinePath(), row.machine);
   }
 }
 
 TEST_F(Folders, EdmPathsNeedTheirSettings) {
-  Keep(HKEY_CURRENT_USER, kVersionKey, _T("KVDataPath"), _T("C:\\D"));
+  kvtest::PutText(HKEY_CURRENT_USER, kVersionKey, _T("KVDataPath"), _T("C:\\D"));
   CKVEnvApp& env = *AppEnv();
   EXPECT_EQ(env.ExtractEDMCuttingConditionPath(), _T(""));
   env.SetEDMPostFilePath(_T("C:\\early"));
@@ -234,8 +231,8 @@ TEST_F(Folders, ControllersOfTheMachineAreCopied) {
     CloseAppEnv();
     g_settings = row.settings ? &tree_ : nullptr;
     tree_.SetValue(kName, CString(row.tree));
-    Keep(HKEY_CURRENT_USER, kPostDataKey, kName, row.user);
-    Keep(HKEY_LOCAL_MACHINE, kPostDataKey, kName, row.machine);
+    kvtest::PutText(HKEY_CURRENT_USER, kPostDataKey, kName, row.user);
+    kvtest::PutText(HKEY_LOCAL_MACHINE, kPostDataKey, kName, row.machine);
     AppEnv();
     EXPECT_EQ(InTree(kName), row.treeAfter);
     EXPECT_EQ(Kept(HKEY_CURRENT_USER, kPostDataKey, kName), row.userAfter);

@@ -1,6 +1,8 @@
 // Which language the user gets: from the system, by name, aligned to the host.
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 #include "platform/process.h"
 #include "share/env/document_callbacks.h"
 #include "share/env/language_choice.h"
@@ -20,9 +22,6 @@ class Language : public testing::Test {
     CloseAppEnv();
     SetEnvironmentVariableW(_T("LC_ALL"), nullptr);
     SetSolidWorksLangName(_T(""));
-  }
-  static void Keep(LPCTSTR path, LPCTSTR name, const CString& text) {
-    kvtest::Put(HKEY_CURRENT_USER, path, name, {REG_SZ, kvtest::Wide({text.GetString(), text.View().size() + 1})});
   }
   // Starts the environment for a user of that system language.
   static CKVEnvApp& Started(LPCTSTR locale) {
@@ -101,59 +100,36 @@ TEST_F(Language, ByNameOnlyWithItsResourceLibrary) {
       {CString(u'x', 300), "lang\\English\\ 0 en-US /lang=en-US"},
   };
   for (const auto& row : rows) {
-    Keep(kVersionKey, _T("Language"), row.name);
+    kvtest::PutText(HKEY_CURRENT_USER, kVersionKey, _T("Language"), row.name);
     EXPECT_EQ(Chosen(Started(_T("ja_JP.UTF-8"))), row.chosen) << ToUtf8(row.name);
   }
 }
 
 TEST_F(Language, NamesOfTheDatabaseLanguage) {
   const CKVEnvApp& env = *AppEnv();
-  const char* names[] = {"English",
-                         "German",
-                         "French",
-                         "Spanish",
-                         "Japanese",
-                         "Chinese",
-                         "Chinese-Traditional",
-                         "Italian",
-                         "Korean",
-                         "Russian",
-                         "Polish",
-                         "Turkish",
-                         "Portuguese-Brazilian",
-                         "Czech"};
-  for (int number = 0; number < 14; ++number) EXPECT_EQ(env.GetCorrespondingDBLangName(names[number]), number);
+  std::istringstream names(
+      "English German French Spanish Japanese Chinese Chinese-Traditional Italian Korean Russian Polish Turkish "
+      "Portuguese-Brazilian Czech");
+  int number = 0;
+  for (std::string name; names >> name;) EXPECT_EQ(env.GetCorrespondingDBLangName(name.c_str()), number++) << name;
   for (const char* other : {"Greek", "", "german", "German ", "Portuguese"})
     EXPECT_EQ(env.GetCorrespondingDBLangName(other), 0) << other;
   EXPECT_EQ(GetLanguageFolder(QF_DBLANG_GREEK), _T("lang\\Greek\\"));
-  EXPECT_EQ(GetLanguageFolder(QFDatabaseLang_e(15)), _T("lang\\English\\"));
-  EXPECT_EQ(GetLanguageFolder(QFDatabaseLang_e(-1)), _T("lang\\English\\"));
+  for (const int none : {15, -1}) EXPECT_EQ(GetLanguageFolder(QFDatabaseLang_e(none)), _T("lang\\English\\"));
 }
 
 TEST_F(Language, AlignedToTheHost) {
-  const std::pair<const char*, const char*> rows[] = {{"english", "English"},
-                                                      {"GERMAN", "German"},
-                                                      {"French", "French"},
-                                                      {"japanese", "Japanese"},
-                                                      {"italian", "Italian"},
-                                                      {"polish", "Polish"},
-                                                      {"russian", "Russian"},
-                                                      {"spanish", "Spanish"},
-                                                      {"turkish", "Turkish"},
-                                                      {"czech", "Czech"},
-                                                      {"korean", "Korean"},
-                                                      {"portugese-brazilian", "Portuguese-Brazilian"},
-                                                      {"chinese", "Chinese-Traditional"},
-                                                      {"chinese-simplified", "Chinese"},
-                                                      {"portuguese-brazilian", "before"},
-                                                      {"klingon", "before"}};
-  for (const auto& row : rows) {
-    SetSolidWorksLangName(row.first);
+  std::istringstream rows(
+      "english English GERMAN German French French japanese Japanese italian Italian polish Polish russian Russian "
+      "spanish Spanish turkish Turkish czech Czech korean Korean portugese-brazilian Portuguese-Brazilian "
+      "chinese Chinese-Traditional chinese-simplified Chinese portuguese-brazilian before klingon before");
+  for (std::string host, wanted; rows >> host >> wanted;) {
+    SetSolidWorksLangName(host.c_str());
     CString language(_T("before"));
     GetLangAlignedToSWLang(language);
-    EXPECT_EQ(ToUtf8(language), row.second);
+    EXPECT_EQ(ToUtf8(language), wanted);
   }
-  Keep(kVersionDebugKey, _T("BrenmarkLanguage"), _T("Martian"));
+  kvtest::PutText(HKEY_CURRENT_USER, kVersionDebugKey, _T("BrenmarkLanguage"), _T("Martian"));
   CString language;
   GetLangAlignedToSWLang(language);
   EXPECT_EQ(language, _T("Martian"));

@@ -19,8 +19,7 @@ class Layout : public testing::Test {
   }
   void TearDown() override { CloseAppEnv(); }
   static void KeepDataPath(HKEY hive, const CString& text) {
-    kvtest::Put(hive, kVersionKey, _T("KVDataPath"),
-                {REG_SZ, kvtest::Wide({text.GetString(), text.View().size() + 1})});
+    kvtest::PutText(hive, kVersionKey, _T("KVDataPath"), text);
   }
 };
 

@@ -143,13 +143,6 @@ TEST_F(Product, PathsComeFromTheEnvironment) {
   EXPECT_EQ(CKVVersionInfo::OnKestrovaAllPDFFilePath(), install + _T("lang\\English\\Manuals\\"));
   EXPECT_EQ(CKVVersionInfo::OnKestrovaTaskPaneINIFFilePath(), install + _T("KVTaskPaneWebCtrl.ini"));
   EXPECT_EQ(CKVVersionInfo::GetTaskPaneTabStringName(), _T("KVTASKPANE.KVTaskPaneWebCtrlVS2019.6"));
-  EXPECT_EQ(GetRegSettingStringValue(HKEY_LOCAL_MACHINE, kVersionKey, _T("KVDataPath")), install);
-  RegSettingDeleteValue(HKEY_CURRENT_USER, kVersionKey, _T("KVDataPath"));
-  SetRegistryValueForString(HKEY_LOCAL_MACHINE, kVersionKey, _T("KVDataPath"), _T("C:\\All"));
-  EXPECT_EQ(AppEnv()->GetKVDataPath(), _T("C:\\All\\"));
-  SetRegSettingDwordValue(HKEY_CURRENT_USER, kVersionKey, _T("other"), 1);
-  SetRegistryValueForString(HKEY_CURRENT_USER, kVersionKey, _T("KVDataPath"), _T("C:\\Mine\\"));
-  EXPECT_EQ(AppEnv()->GetKVDataPath(), _T("C:\\Mine\\"));
   RegDeleteTreeW(HKEY_CURRENT_USER, kVersionKey);
   RegDeleteTreeW(HKEY_LOCAL_MACHINE, kVersionKey);
   CloseAppEnv();

@@ -13,10 +13,6 @@ constexpr LPCTSTR kPath = _T("Software\\AccessTest");
 
 bool Exists(LPCTSTR path) { return kvtest::Open(HKEY_CURRENT_USER, path) == ERROR_SUCCESS; }
 
-void PutText(HKEY hive, const CString& path, LPCTSTR name, const CString& text) {
-  kvtest::Put(hive, path, name, {REG_SZ, kvtest::Wide({text.GetString(), std::size_t(text.GetLength()) + 1})});
-}
-
 class RegistryAccess : public testing::Test {
  protected:
   void SetUp() override {
@@ -40,7 +36,7 @@ TEST_F(RegistryAccess, MissingNumberIsOneAndSaysSo) {
   EXPECT_EQ(found, 1);
   SetRegSettingDwordValue(HKEY_CURRENT_USER, kPath, _T("v"), -5);
   EXPECT_EQ(GetRegSettingDwordValue(HKEY_CURRENT_USER, kPath, _T("v")), -5);
-  PutText(HKEY_CURRENT_USER, kPath, _T("long"), _T("0.01"));
+  kvtest::PutText(HKEY_CURRENT_USER, kPath, _T("long"), _T("0.01"));
   EXPECT_EQ(GetRegSettingDwordValue(HKEY_CURRENT_USER, kPath, _T("long"), &found), 1);
   EXPECT_EQ(found, 0) << "more than four bytes";
 }
@@ -60,7 +56,7 @@ TEST_F(RegistryAccess, TextIsWrittenWithoutTerminatorIntoAnExistingKeyOnly) {
 
 TEST_F(RegistryAccess, TextHasAtMost999Characters) {
   for (const int length : {0, 1, 998, 999, 1000, 1200}) {
-    PutText(HKEY_CURRENT_USER, kPath, _T("v"), CString(u'x', length));
+    kvtest::PutText(HKEY_CURRENT_USER, kPath, _T("v"), CString(u'x', length));
     EXPECT_EQ(GetRegSettingStringValue(HKEY_CURRENT_USER, kPath, _T("v")).GetLength(), length < 1000 ? length : 0);
   }
 }
@@ -97,7 +93,7 @@ TEST_F(RegistryAccess, DebugValuesHaveTheCallersDefault) {
   EXPECT_EQ(GetVersionIndependentDebugRegistryVal(_T("n"), 43), 43);
   EXPECT_FALSE(Exists(_T("Software")));
   SetRegSettingDwordValue(HKEY_CURRENT_USER, kVersionDebugKey, _T("n"), 0);
-  PutText(HKEY_CURRENT_USER, kVersionDebugKey, _T("s"), _T("text"));
+  kvtest::PutText(HKEY_CURRENT_USER, kVersionDebugKey, _T("s"), _T("text"));
   EXPECT_EQ(GetDebugRegistryVal(_T("n"), 42), 0);
   EXPECT_EQ(GetDebugRegistryVal(_T("s"), CString(_T("d"))), _T("text"));
   int found = 7, value = 7;
@@ -120,15 +116,15 @@ TEST_F(RegistryAccess, BrowserModeIsWrittenOnce) {
 
 TEST_F(RegistryAccess, FindsInstalledPrograms) {
   const CString list = _T("SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\");
-  PutText(HKEY_LOCAL_MACHINE, list + _T("a"), _T("InstallLocation"), _T("C:\\NoName\\"));
-  PutText(HKEY_LOCAL_MACHINE, list + _T("b"), _T("DisplayName"), _T("My Tool"));
-  PutText(HKEY_LOCAL_MACHINE, list + _T("b"), _T("InstallLocation"), _T("C:\\Tool\\"));
+  kvtest::PutText(HKEY_LOCAL_MACHINE, list + _T("a"), _T("InstallLocation"), _T("C:\\NoName\\"));
+  kvtest::PutText(HKEY_LOCAL_MACHINE, list + _T("b"), _T("DisplayName"), _T("My Tool"));
+  kvtest::PutText(HKEY_LOCAL_MACHINE, list + _T("b"), _T("InstallLocation"), _T("C:\\Tool\\"));
   EXPECT_EQ(GetAppInstallPathFromReg(_T("MY TOOL"), 0, _T("t.exe")), _T("C:\\Tool\\t.exe"));
   EXPECT_EQ(GetAppInstallPathFromReg(_T("MY TOOL"), 1, _T("t.exe")), _T(""));
   EXPECT_EQ(GetAppInstallPathFromReg(_T(""), 0, _T("t.exe")), _T(""));
   EXPECT_EQ(CheckAccessVersionInstalled(16, 1), 0);
-  PutText(HKEY_LOCAL_MACHINE, _T("Software\\Wow6432Node\\Microsoft\\Office\\16.0\\Access\\InstallRoot"), _T("Path"),
-          _T(""));
+  kvtest::PutText(HKEY_LOCAL_MACHINE, _T("Software\\Wow6432Node\\Microsoft\\Office\\16.0\\Access\\InstallRoot"),
+                  _T("Path"), _T(""));
   EXPECT_EQ(CheckAccessVersionInstalled(16, 1), 1);
   EXPECT_EQ(CheckAccessVersionInstalled(16, 0), 0);
 }
