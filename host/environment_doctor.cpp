@@ -1,11 +1,12 @@
 // The doctor's examinations, a function a subject.
 #include "host/environment_doctor.h"
-#include "companions/database/database.h"
 
 #include <fmt/format.h>
 
 #include <span>
 
+#include "companions/database/connection_strings.h"
+#include "companions/database/database.h"
 #include "platform/files.h"
 #include "platform/process.h"
 #include "platform/resources.h"
@@ -17,6 +18,7 @@
 #include "share/settings/open_key.h"
 #include "share/settings/settings_key.h"
 #include "share/utilities/files_and_folders.h"
+#include "share/utilities/tech_db_config_file.h"
 
 namespace kestrova {
 
@@ -190,28 +192,52 @@ void ExamineFolders(const CKVEnvApp& env, Findings& findings) {
 // ---- technology database
 
 // A file is opened. A server isn't: it may take as long as the connection string allows.
-void OpenDatabase(const CKVEnvApp& env, Findings& findings) try {
-  const QFTechDBConfigData* active = env.GetActiveTechDBConfigData();
-  if (!active || active->GetDatabaseType() == QF_TECHDB_SQLSERVER) return;
-  CDaoDatabase(env.Is64BitDatabaseInUse(), env.IsSQLiteDatabaseInUse()).Open(active->GetConnectionString());
+void OpenDatabase(const CKVEnvApp& env, const CString& target, const std::string& remedy, Findings& findings) try {
+  CDaoDatabase(env.Is64BitDatabaseInUse(), env.IsSQLiteDatabaseInUse()).Open(target);
 } catch (const CDaoException& failure) {
-  findings.push_back({kError, "technology database", failure.what(),
-                      "mend that, or choose another database: kestrova techdb list, kestrova techdb activate N"});
+  findings.push_back({kError, "technology database", failure.what(), remedy});
+}
+
+void ExamineForms(const CKVEnvApp& env, Findings& findings) {
+  const CString forms = env.GetKVTechDBFormsPath();
+  const CString& target = env.GetKVTechDBPath();
+  const std::string remedy = "put it there, or go over to the stand-alone application: " +
+                             SetCommand(kVersionKey, _T("TechDBForms"), "'TechDB App'");
+  if (!Exists(forms)) {
+    findings.push_back(
+        {kError, "technology database", fmt::format("the forms file is missing: {}", System(forms)), remedy});
+  } else if (target.IsEmpty()) {
+    findings.push_back({kError, "technology database",
+                        fmt::format("the forms file names no database, or can't be read: {}", System(forms)),
+                        "enter the database's path in its table TechDBFormsPathTable"});
+  } else if (ShownTarget(target) == target) {
+    OpenDatabase(env, target, remedy, findings);
+  }
 }
 
 void ExamineDatabase(const CKVEnvApp& env, Findings& findings) {
+  if (!env.GetConfigDataUseStatus()) {
+    ExamineForms(env, findings);
+    return;
+  }
+  const QFTechDBConfigData* active = env.GetActiveTechDBConfigData();
+  const std::string list = System(env.GetTechDBConfigFilePath() + kTechDBConfigFile);
   switch (env.GetEnvAPPInitResult()) {
-    case ENVAPP_INIT_OK: OpenDatabase(env, findings); return;
+    case ENVAPP_INIT_OK:
+      if (active && active->GetDatabaseType() != QF_TECHDB_SQLSERVER)
+        OpenDatabase(env, active->GetConnectionString(),
+                     "mend that, or choose another database: kestrova techdb list, kestrova techdb activate N",
+                     findings);
+      return;
     case ENVAPP_INIT_TECHDB_FILE_MISSING:
       findings.push_back({kError, "technology database",
                           fmt::format("the active one is a file, and it is missing: {}", System(env.GetKVTechDBPath())),
-                          "put the file there, or choose another database in " +
-                              System(env.GetTechDBConfigFilePath() + _T("database.config"))});
+                          "put the file there, or choose another database in " + list});
       return;
     case ENVAPP_INIT_TECHDB_FAILED:
-      findings.push_back({kError, "technology database", "there is no active one, or it could not be opened",
-                          "enter one in " + System(env.GetTechDBConfigFilePath() + _T("database.config")) +
-                              ", or put the file " + System(env.GetDefaultSQLiteDBPath()) + " there"});
+      findings.push_back(
+          {kError, "technology database", "there is no active one, or it could not be opened",
+           "enter one in " + list + ", or put the file " + System(env.GetDefaultSQLiteDBPath()) + " there"});
       return;
   }
 }

@@ -83,6 +83,20 @@ const Case kCases[] = {
      "technology database", "not a database", "kestrova techdb activate N"},
     {"driver missing", [](const auto& here) { fs::remove(here.Path() / "etc"); }, "error", "technology database",
      "the ODBC driver \"Kestrova SQLite3 ODBC Driver\" is not registered", "techdb activate N"},
+    {"forms file missing", [](const auto&) { Keep(_T("TechDBForms"), "TechDBForms.mde (32bit)"); }, "error",
+     "technology database", "the forms file is missing: ", "/v TechDBForms /d 'TechDB App' /f"},
+    {"forms file damaged",
+     [](const auto& here) {
+       Keep(_T("TechDBForms"), "TechDBForms.mde (32bit)");
+       Overwrite(here.Lib("lang/English/TechDBForms.mde"));
+     },
+     "error", "technology database", "the forms file names no database, or can't be read: ", "TechDBFormsPathTable"},
+    {"database of the forms missing",
+     [](const auto& here) {
+       Keep(_T("TechDBForms"), "TechDBForms.mde (32bit)");
+       fs::copy_file(KV_TEST_FILES "/fixtures/TechDBForms.mdb", here.Lib("lang/English/TechDBForms.mde"));
+     },
+     "error", "technology database", "there is no database file D:\\T\\DB.mdb", "put it there"},
     {"simulator gone", [](const auto&) { Keep(_T("EurekaExePath"), "C:\\Gone"); }, "warning", "simulator",
      "there is nothing at", "EurekaExePath"},
     {"switch set",
