@@ -1,6 +1,8 @@
 // Connection strings, written and read.
 #include "companions/database/connection_strings.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr LPCTSTR kPasswordKeys[] = {_T("Pwd"), _T("Password")};
@@ -87,7 +89,10 @@ void ConnectionPieces::Add(const CString& raw) {
   }
   const CString key = Trimmed(raw.Left(sign));
   const CString value = Trimmed(raw.Mid(sign + 1));
-  sound_ = sound_ && !Value(key) && (value[0] != _T('{') || IsBraced(value));
+  const auto is = [&key](LPCTSTR other) { return key.CompareNoCase(other) == 0; };
+  const bool password = std::any_of(std::begin(kPasswordKeys), std::end(kPasswordKeys), is);
+  sound_ = sound_ && !Value(key) && (value[0] != _T('{') || IsBraced(value)) &&
+           (password || value.Find(_T(';')) < 0);  // which may be another piece with a password, taken in by its brace
   pieces_.push_back({raw, key, Unbraced(value)});
 }
 
@@ -128,8 +133,10 @@ CString ShownTarget(const CString& pathOrConnection) {
                     pieces.Value(_T("DSN"));
   for (LPCTSTR key : kPasswordKeys) connection = connection || pieces.Value(key);
   if (!connection) return pathOrConnection;
-  return _T("SERVER=") + pieces.Value(_T("SERVER")).value_or(CString()) + _T(";DATABASE=") +
-         pieces.Value(_T("DATABASE")).value_or(CString());
+  const auto shown = [&pieces](LPCTSTR key) {
+    return pieces.Value(key).value_or(CString()).SpanExcluding(_T(";"));  // behind it may be a password
+  };
+  return _T("SERVER=") + shown(_T("SERVER")) + _T(";DATABASE=") + shown(_T("DATABASE"));
 }
 
 std::string WithoutPassword(std::string text, const ConnectionPieces& pieces) {

@@ -26,8 +26,9 @@ class KVSHARE_API ConnectionPieces {
   explicit ConnectionPieces(const CString& text);
 
   // False for a text that drivers may take in more ways than one, as it comes about when a path, name or password
-  // holds a semicolon or begins with a brace: a piece without "=", a key that stands twice, a brace left open. False
-  // too for more than kMostUnits characters, which are not looked at.
+  // holds a semicolon or begins with a brace: a piece without "=", a key that stands twice, a brace left open, a
+  // semicolon in anything but a password, where braces make it plain. False too for more than kMostUnits characters,
+  // which are not looked at.
   bool IsSound() const { return sound_; }
   static constexpr int kMostUnits = 8192;
   // The value of the first piece of that key, without its braces; none if there is no such piece. A brace that nothing

@@ -139,8 +139,8 @@ void CDaoDatabase::Open(const CString& pathOrConnection, bool readOnly) {
   auto connection = std::make_unique<Connection>(text);
   if (!connection->pieces.IsSound()) {
     Throw(
-        "the connection can't be told from its text: a path, name or password in it holds a semicolon or begins with a "
-        "brace, which needs braces around the whole of it");
+        "the connection can't be told from its text: a path or name in it holds a semicolon or begins with a brace, or "
+        "the password does and is not in braces as a whole");
   }
   const std::string forManager = ToUtf8(kvdatabase::ForDriverManager(connection->pieces));
   const Utf8Connections utf8;

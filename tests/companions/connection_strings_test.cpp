@@ -40,7 +40,9 @@ TEST(ConnectionStrings, PiecesAreFoundAndTheOthersStay) {
 TEST(ConnectionStrings, NamesThatBreakThemShow) {
   const std::pair<CString, bool> rows[] = {
       {ServerConnection(_T("plant7\\a,1433"), _T("t=b"), _T("e}ve"), _T("s{d}")), true},
-      {_T("Driver={a;b}}c} ; X = {}; ;Y=;"), true},
+      {_T("Pwd={a;b}}c} ; X = {}; ;Y=;"), true},
+      {_T("Driver={a;b};"), false},
+      {ServerConnection(_T("{s"), _T("d"), _T("u"), _T("{p;w}")), false},
       {ServerConnection(_T("s"), _T("d"), _T("u"), _T("p;w")), false},
       {ServerConnection(_T("s"), _T("d"), _T("u"), _T("p;pwd=w")), false},
       {ServerConnection(_T("{s"), _T("d"), _T("u"), _T("p")), false},
@@ -59,7 +61,8 @@ TEST(ConnectionStrings, PasswordsAreHidden) {
   EXPECT_EQ(WithoutPassword("one two three", ConnectionPieces(_T("Pwd=one;pwd=two;Password=three"))), "*** *** ***");
   EXPECT_EQ(WithoutPassword("text", ConnectionPieces(_T("Pwd=;Uid=text"))), "text");
   const std::pair<LPCTSTR, LPCTSTR> targets[] = {
-      {_T("driver={SQL Server};Server={a;b};database=c;PWD=d"), _T("SERVER=a;b;DATABASE=c")},
+      {_T("driver={SQL Server};Server={a b};database=c;PWD=d"), _T("SERVER=a b;DATABASE=c")},
+      {_T("DRIVER={SQL Server};SERVER={a;DATABASE=c;PWD={d;e}"), _T("SERVER=a;DATABASE=")},
       {_T("DRIVER={SQL Server};SERVER={a;DATABASE=c;PWD=d"), _T("SERVER={a;DATABASE=c")},
       {_T("SERVER=a;DATABASE=c;PWD=d"), _T("SERVER=a;DATABASE=c")},
       {_T("SERVER=a;Password=d"), _T("SERVER=a;DATABASE=")},

@@ -200,6 +200,7 @@ TEST_F(Database, ConnectionsThatSmuggleAreNotOpened) {
       {SQLiteConnection(_T("C:\\a;b.kvdb")), "the connection can't be told from its text"},
       {server + _T(";secret"), "the connection can't be told from its text"},
       {_T("Driver={SQL Server};SERVER={s;DATABASE=d;Pwd=secret"), "the connection can't be told from its text"},
+      {_T("Driver={SQL Server};SERVER={s;DATABASE=d;Pwd={secret}"), "the connection can't be told from its text"},
   };
   for (const auto& [connection, expected] : rows) {
     CDaoDatabase other(0, 1);
