@@ -85,7 +85,9 @@ void List(const Given& given) {
     }
     all.push_back({{"section", ToUtf8(section)}, {"keys", keys}});
   }
-  if (given.json) fmt::print("{}\n", Json{{"file", given.file}, {"sections", all}}.dump(2));
+  if (given.json)
+    fmt::print("{}\n",
+               Json{{"file", given.file}, {"sections", all}}.dump(2, ' ', false, Json::error_handler_t::replace));
 }
 
 void Write(const Given& given, LPCTSTR key, LPCTSTR value) {
@@ -126,7 +128,10 @@ void AddIniCommands(CLI::App& group) {
   set->add_option("KEY", given.key, "The key's name")->required();
   set->add_option("VALUE", given.value, "The new value")->required();
   section(add("remove", "Remove a key, or a whole section", "remove shopfloor.ini Tool Diameter", Remove))
-      ->add_option("KEY", given.key, "The key's name; without one the section is removed");
+      ->add_option("KEY", given.key, "The key's name; without one the section is removed")
+      ->check([](const std::string& key) {  // such as a script's variable that was never set
+        return std::string(key.empty() ? "it is empty; leave it out to remove the section" : "");
+      });
 }
 
 }  // namespace kestrova

@@ -32,6 +32,8 @@ TEST(IniCommand, ShowsWhatAProgramFindsAndChangesOneLine) {
       {{"set", file, "E", "k", ""}, {0, "", ""}},
       {{"get", file, "E", "k"}, {0, "\n", ""}},
       {{"remove", file, "E", "K"}, {0, "", ""}},
+      {{"remove", file, "E", ""},
+       {2, "", "KEY: it is empty; leave it out to remove the section\nRun with --help for more information.\n"}},
       {{"remove", file, "E"}, {0, "", ""}},
       {{"set", none + "/x", "A", "k", "1"},
        {1, "", "kestrova: cannot write " + none + "/x: the folder does not exist\n"}},
@@ -43,6 +45,8 @@ TEST(IniCommand, ShowsWhatAProgramFindsAndChangesOneLine) {
   }
   EXPECT_EQ(kvtest::ReadFile(file), "; c\n[Tool]\nName=\xE2\x82\xAC 5\r\nname=2\n[tool]\nx=1\n");
   EXPECT_EQ(RunCommand({"ini", "get", file, "A"}).exit_code, 2);
+  const std::string noUtf8 = folder.Write("\xFF.ini", "").string();
+  EXPECT_NE(RunCommand({"ini", "list", noUtf8, "--json"}).out.find("\xEF\xBF\xBD.ini"), std::string::npos);
 }
 
 TEST(IniCommand, LongListsAreWhole) {
