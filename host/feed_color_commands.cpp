@@ -87,9 +87,12 @@ Rows RowsOf(QFFeedColorsSettings& table) {
   return rows;
 }
 
-// In ascending order, as the next restore gives them.
+// In ascending order, as the next restore gives them. Of rows that look alike the first stays, which is the one that
+// is found; the registry would keep the last.
 void Save(QFFeedColorsSettings& table, Rows rows) {
   std::stable_sort(rows.begin(), rows.end(), [](const auto& a, const auto& b) { return a.up_to < b.up_to; });
+  const auto alike = [](const auto& a, const auto& b) { return FeedText(a.up_to) == FeedText(b.up_to); };
+  rows.erase(std::unique(rows.begin(), rows.end(), alike), rows.end());
   table.RemoveAll();
   for (auto row = rows.rbegin(); row != rows.rend(); ++row) table.AddValue(row->up_to, row->color);
   if (!table.SaveValuesToRegistry()) throw Failure("cannot write " + KeyName(table) + "; its rows may be incomplete");

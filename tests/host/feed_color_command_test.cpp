@@ -5,8 +5,8 @@
 
 #include "host/color_text.h"
 #include "host/feed_color_table.h"
-#include "platform/registry.h"
 #include "tests/host/run_command.h"
+#include "tests/registry_calls.h"
 
 namespace {
 
@@ -40,6 +40,15 @@ TEST_F(FeedColorCommand, AddsReplacesRemovesAndLooksUp) {
             (RunResult{1, "",
                        "kestrova: HKCU\\Software\\Zemlor\\Kestrova\\FeedColors\\Mill has no row 60.00; it has 50.00, "
                        "200.00\n"}));
+}
+
+TEST_F(FeedColorCommand, RowsThatLookAlikeKeepTheColorThatIsFound) {
+  for (const auto& [name, color] : {std::pair{_T("50.004"), DWORD{2}}, std::pair{_T("5e1"), DWORD{1}}})
+    kvtest::Put(HKEY_CURRENT_USER, _T("Software\\Zemlor\\Kestrova\\FeedColors\\Mill"), name,
+                {REG_DWORD, kvtest::Raw(color)});
+  EXPECT_EQ(Feed({"color", "50"}).out, "#010000\n");
+  Feed({"add", "60", "255"});
+  EXPECT_EQ(Feed({"show"}).out, "up to 50.00  #010000\nup to 60.00  #FF0000\nabove        none\n");
 }
 
 TEST_F(FeedColorCommand, JsonHasNumbersAndNull) {
