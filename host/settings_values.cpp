@@ -13,6 +13,7 @@
 #include "framework/ob_list.h"
 #include "host/color_text.h"
 #include "host/commands.h"
+#include "host/text_table.h"
 
 namespace kestrova {
 namespace {
@@ -53,7 +54,7 @@ Json ColorDataFromText(const std::string& text) {
 
 Json NumbersFromText(const std::string& text) {
   Json numbers = Json::array();
-  for (std::size_t at = 0; at < text.size();) {
+  for (std::size_t at = 0; at <= text.size() && !text.empty();) {
     const std::size_t end = std::min(text.find(',', at), text.size());
     numbers.push_back(WholeFromText(text.substr(at, end - at)));
     at = end + 1;
@@ -62,7 +63,11 @@ Json NumbersFromText(const std::string& text) {
 }
 
 std::string PlainText(const Json& data) { return data.dump(-1, ' ', false, Json::error_handler_t::replace); }
-std::string StringText(const Json& data) { return '"' + data.get<std::string>() + '"'; }
+std::string StringText(const Json& data) {
+  std::string text = data.get<std::string>();
+  BlankControls(text);
+  return '"' + text + '"';
+}
 std::string ColorDataText(const Json& data) { return ColorText(data.get<DWORD>()); }
 std::string NumbersText(const Json& data) {
   std::string text;

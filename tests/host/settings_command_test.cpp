@@ -87,6 +87,7 @@ TEST_F(SettingsCommand, TakesEveryTypeAndRefusesOthers) {
       {"DiaFrom", "2,5", nullptr},
       {"DiaFrom", "inf", nullptr},
       {"TechDBPath", "C:\\Ä b", "\"C:\\Ä b\""},
+      {"TechDBPath", "a\n\x1B[1m", "\"a  [1m\""},  // nothing for the terminal to obey
       {"ToolBarLocation", "-20,143", "-20,143"},
       {"ToolBarLocation", "1", nullptr},
       {"ThreadDlgRect", "1,2,3,4", "1,2,3,4"},
@@ -95,6 +96,7 @@ TEST_F(SettingsCommand, TakesEveryTypeAndRefusesOthers) {
       {"LastCheckTime", "4294967296", nullptr},
       {"ToolbarButtons", "0,1", "0,1"},
       {"ToolbarButtons", "0,x", nullptr},
+      {"ToolbarButtons", "0,1,", nullptr},
   };
   for (const auto& row : rows) {
     const RunResult result = Run({"set", row.name, "--", row.text});
