@@ -3,6 +3,8 @@
 
 #include <cstdio>
 
+#include "share/settings/application_settings.h"
+#include "share/settings/document_settings.h"
 #include "share/settings/feed_colors.h"
 #include "tests/scratch.h"
 
@@ -74,10 +76,22 @@ TEST(SettingsDump, KeyCountsItsItemsFromZero) {
 
 TEST(SettingsDump, ClassBannersStandAheadOfTheKeyAndEncloseNothing) {
   QFEdmFeedColorsSettings table;
-  const std::string dumped = Dumped(table);
-  const std::string start = Banner("QFEdmFeedColorsSettings Start") + Banner("QFEdmFeedColorsSettings End") +
-                            Banner("QFSettingsKey Start") +
-                            "\n m_Name: Edm\n m_Path: Software\\Zemlor\\Kestrova\\FeedColors\\Edm\n";
-  EXPECT_TRUE(dumped.starts_with(start)) << dumped;
-  table.DumpData(nullptr);
+  QFToolingSettings tooling;
+  QFConfigSettings config;
+  const struct {
+    QFSettingsKey& key;
+    std::string banner;
+    std::string names;
+  } rows[] = {
+      {table, "QFEdmFeedColorsSettings", "\n m_Name: Edm\n m_Path: Software\\Zemlor\\Kestrova\\FeedColors\\Edm\n"},
+      {tooling, "QFToolingSettings", "\n m_Name: Tooling\n m_Path: Software\\Zemlor\\Kestrova\\Tooling\n"},
+      {config, "QFConfigSettings", "\n m_Name: Configurations\n m_Path: Software\\Zemlor\\Kestrova\\Configurations\n"},
+  };
+  for (const auto& row : rows) {
+    const std::string start =
+        Banner(row.banner + " Start") + Banner(row.banner + " End") + Banner("QFSettingsKey Start") + row.names;
+    const std::string dumped = Dumped(row.key);
+    EXPECT_TRUE(dumped.starts_with(start)) << dumped;
+    row.key.DumpData(nullptr);
+  }
 }

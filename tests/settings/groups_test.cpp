@@ -1,8 +1,5 @@
 // What the product's groups do beyond their tables: the toolbar's repair, duplicate names, hardware rendering, archives
-// of older releases, dumps.
-#include <cstdio>
-#include <random>
-
+// of older releases.
 #include "framework/archive.h"
 #include "share/settings/application_settings.h"
 #include "share/settings/document_settings.h"
@@ -134,24 +131,6 @@ TEST_F(SettingsGroups, GroupsWithoutARunTimeClassDontComeBackFromAnArchive) {
             _T("Software\\Zemlor\\Kestrova\\Operations\\Oper_Filter22"));
 }
 
-TEST_F(SettingsGroups, BannersNameTheClassAndEncloseNothing) {
-  const kvtest::ScratchFolder folder;
-  QFToolingSettings tooling;
-  QFConfigSettings config;
-  for (const auto& [key, name] : std::vector<std::pair<QFSettingsKey*, std::string>>{{&tooling, "QFToolingSettings"},
-                                                                                     {&config, "QFConfigSettings"}}) {
-    const auto path = folder.Path() / name;
-    FILE* file = std::fopen(path.c_str(), "wb");
-    key->DumpData(file);
-    std::fclose(file);
-    const std::string line = "============================ ", end = " ================================\n";
-    const std::string start = "\n" + line + name + " Start" + end + "\n" + line + name + " End" + end + "\n" + line +
-                              "QFSettingsKey Start" + end;
-    EXPECT_EQ(kvtest::ReadFile(path).substr(0, start.size()), start);
-    key->DumpData(nullptr);
-  }
-}
-
 // ---- document
 
 TEST_F(SettingsGroups, DocumentTreeComesBackFromItsArchive) {
@@ -204,38 +183,4 @@ TEST_F(SettingsGroups, NodeDisplayRemembersThatItWasSerialized) {
   const std::string bytes = Stored(settings);
   EXPECT_EQ(settings.m_bSerialized, 1);
   EXPECT_EQ(Loaded<QFNodeDisplaySettings>(bytes)->m_bSerialized, 1);
-}
-
-// Documents of releases that knew other names: what both know comes through, the rest has the default and goes no
-// further.
-TEST_F(SettingsGroups, ThousandDocumentsMergeWithoutLoss) {
-  const char* const names[] = {
-      "Feature",    "SeqHoleFeat", "EDMRmHole",   "AnimSpeed",        "Chuck",
-      "UpdateMill", "EDMSkim",     "UseKVConfig", "DelFeatWithOpers", "TurnFeatureCreationStyle"};
-  const auto wide = [](const char* name) { return CString(std::u16string(name, name + std::strlen(name)).c_str()); };
-  // The number in an int or a colour.
-  const auto get = [&](const QFSettingsKey& tree, const char* name) {
-    unsigned long color = 0xFFFFFFFF;
-    tree.GetValue(wide(name), color);
-    return color == 0xFFFFFFFF ? IntOf(tree, wide(name)) : int(color);
-  };
-  const QFDocSettings defaults;
-  std::mt19937 random(kvtest::PrintedSeed());
-  for (int document = 0; document < 1000; ++document) {
-    QFDocSettings settings;
-    for (const char* name : names) {
-      settings.SetValue(wide(name), int(random() % 1000));
-      settings.SetValue(wide(name), (unsigned long)(random() % 1000));
-    }
-    std::string bytes = Stored(settings);
-    unsigned foreign = random() % 1024;
-    for (std::size_t i = 0; i < std::size(names); ++i) {
-      if (foreign >> i & 1) bytes = WithForeign(bytes, names[i]);
-    }
-    const auto loaded = Loaded<QFDocSettings>(bytes);
-    for (std::size_t i = 0; i < std::size(names); ++i)
-      ASSERT_EQ(get(*loaded, names[i]), get(foreign >> i & 1 ? defaults : settings, names[i])) << names[i];
-    ASSERT_EQ(Stored(*loaded).size(), bytes.size()) << "as many values as before, of the same names' lengths";
-    for (const char* name : names) ASSERT_EQ(get(*loaded, ('#' + std::string(name + 1)).c_str()), -1) << name;
-  }
 }
