@@ -264,6 +264,8 @@ class SettingsFile {
       json = Json::parse(bytes);
     } catch (const Json::parse_error& error) {
       Refuse(fmt::format("byte {}: it is no JSON", error.byte));
+    } catch (const Json::out_of_range&) {
+      Refuse("a number in it is larger than any setting takes");
     }
     const auto name = json.is_object() ? json.find("tree") : json.end();
     const auto rows = json.is_object() ? json.find("values") : json.end();

@@ -179,6 +179,7 @@ TEST_F(SettingsCommand, ImportIsCheckedWholeAheadOfTheFirstChange) {
        "Software\\Zemlor\\Kestrova\\Else"},
       {whole(with("\"int\"", "\"double\"")), "value 0: Application/ThreadNum is of the type int"},
       {whole(with("9", "9.5")), "value 0: Application/ThreadNum takes a whole number of 32 bits"},
+      {whole(with("9", "1e999")), "a number in it is larger than any setting takes"},
       {whole(with("9", "[9]")), "value 0: Application/ThreadNum takes a whole number of 32 bits"},
   };
   for (const auto& row : rows) {
