@@ -107,13 +107,10 @@ int QFThreadBaseMgr::GetThreadsNotDone(void** handles, int max) {
   return int(all.size());
 }
 
-// In groups, as a system's own call takes no more handles at a time.
+// One by one: a system's own call takes only so many, and fails as a whole if one of them has ended long enough ago to
+// be closed.
 void QFThreadBaseMgr::WaitForMultipleThreadsToBeDone() {
-  const std::vector<void*> handles = HandlesNotDone();
-  for (std::size_t first = 0; first < handles.size(); first += MAXIMUM_WAIT_OBJECTS) {
-    const auto count = DWORD(std::min<std::size_t>(handles.size() - first, MAXIMUM_WAIT_OBJECTS));
-    WaitForMultipleObjects(count, handles.data() + first, /*all=*/TRUE, INFINITE);
-  }
+  for (void* handle : HandlesNotDone()) WaitForMultipleObjects(1, &handle, /*all=*/TRUE, INFINITE);
 }
 
 void QFThreadBaseMgr::WaitForAllThreadsToBeDone() {

@@ -3,7 +3,6 @@
 
 #include <utility>
 
-#include "framework/exception.h"
 #include "platform/threads.h"
 #include "share/env/document_callbacks.h"
 #include "share/jobs/job_walk.h"

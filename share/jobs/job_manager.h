@@ -22,7 +22,9 @@
 //
 // THREADS. Any thread may call any public operation. The node's HandleCommand is called with 0 on the job's thread (or
 // on the asking one), with 1 on the thread that terminates, with 2 on the thread of a child. OnStart... is called on
-// the asking thread, OnBegin... and OnDone... on the job's, OnDestroy... on the thread that deletes the record.
+// the asking thread, OnBegin... and OnDone... on the job's, OnDestroy... on the thread that deletes the record. An
+// exception that leaves a hook on a job's thread ends the process, one out of a command does not. The settings are read
+// on these threads too: they are not to be changed while jobs run.
 //
 // CANCELLING is a word, not a force. A terminated job has status 4 and no handle from then on, which lasts: a result
 // that comes later does not replace it, an exception out of the command does (5). A job that has not begun yet never
@@ -41,10 +43,14 @@
 // m_CriticalSection, as every deletion takes it. A record that is deleted while its thread still runs is gone for
 // everybody but that thread, which ends without a further word.
 //
-// LIFE OF A NODE. A node may be deleted while its job has not begun or has returned from its command: the record goes
-// with it. The command itself needs its node: who deletes it waits for the thread first. A handle that was got before
-// terminating serves for that (WaitForMultipleObjects). The same holds with the environment variable KV_TEST_ENV, which
-// makes a job tell its node the time taken after the command.
+// LIFE OF A NODE. A node may be deleted while its job has not begun or has returned from its command, if nobody asks it
+// for anything just then: the record goes with it. The command itself needs its node; so do a hook that calls
+// GetProcessName, another thread that terminates the job and, with the environment variable KV_TEST_ENV, the end of the
+// job, which tells its node the time taken. Who can't exclude these waits for the thread first: a handle that was got
+// before terminating serves for that (WaitForMultipleObjects).
+//
+// END OF THE PROCESS. It waits for no job. One that still runs then may find the module's own statics gone: terminate
+// and wait first.
 //
 // PARENTS AND CHILDREN. A job of end type 2 that ends with 1 or 6 keeps its record, handle and parameter, with status
 // 8. A job of type 4 ends the job that stands directly ahead of it in the list, if that one has a handle: that gets

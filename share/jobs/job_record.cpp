@@ -1,7 +1,7 @@
 // The life of a job, on the threads of those who ask for it and on its own.
 //
-// m_bCreatingThread and the pseudo handle of the running thread have no place here: the creator keeps the lock until
-// handle and id stand in the record, so that a thread never finds itself without because it was too quick.
+// The pseudo handle of the running thread has no place here: the creator keeps the lock until handle and id stand in
+// the record, so that a thread never finds itself without because it was too quick.
 #include "share/jobs/job_record.h"
 
 #include <algorithm>
@@ -34,13 +34,14 @@ void LetGo(HANDLE handle) {
   static auto* former = new std::deque<HANDLE>;
   for (DWORD count = ::ResumeThread(handle); count > 1 && count != DWORD(-1);) count = ::ResumeThread(handle);
   former->push_back(handle);
-  if (former->size() <= kFormerHandles) return;
-  HANDLE oldest = former->front();
-  former->pop_front();
-  if (WaitForSingleObject(oldest, 0) == WAIT_OBJECT_0) {
-    CloseHandle(oldest);
-  } else {
-    former->push_back(oldest);
+  for (int looks = 2; looks > 0 && former->size() > kFormerHandles; --looks) {  // two, so that their number falls again
+    HANDLE oldest = former->front();
+    former->pop_front();
+    if (WaitForSingleObject(oldest, 0) == WAIT_OBJECT_0) {
+      CloseHandle(oldest);
+    } else {
+      former->push_back(oldest);
+    }
   }
 }
 
@@ -125,7 +126,11 @@ void QFThreadData::Release() {
 
 int QFThreadData::RemoveFromUserObjectsList(QFObject* object) {
   if (!object || object != m_pCallingObject) return 0;
-  if (QFThreadBaseMgr* manager = QFThreadBaseMgr::Instance()) manager->DestroyThreadData(this);
+  if (QFThreadBaseMgr* manager = QFThreadBaseMgr::Instance()) {
+    manager->DestroyThreadData(this);
+  } else {
+    Leave();  // it stays its owner's, without a caller
+  }
   return 1;
 }
 
@@ -144,16 +149,17 @@ long QFThreadData::RunCommand(int multi) {
   return StartThread();
 }
 
-// False if the job has a thread or was terminated.
+// False if the job has a thread, or is just getting one, or was terminated.
 bool QFThreadData::BeginRun() {
   const JobLock lock;
-  if (m_dwThreadID != 0) return false;
+  if (m_dwThreadID != 0 || m_bCreatingThread) return false;
   QFeThreadStatus status = m_eThreadStatus;
   do {
     if (status == eThreadTerminated) return false;
   } while (!m_eThreadStatus.compare_exchange_weak(status, eThreadRunning));
   CurrentClock().systemTime(&m_StartTime);
   m_tStartTime = CurrentClock().time();
+  m_bCreatingThread = true;
   m_bEnded = false;
   return true;
 }
@@ -163,6 +169,7 @@ DWORD QFThreadData::StartThread() {
   Hold();  // the thread's
   {
     const JobLock lock;
+    m_bCreatingThread = false;
     if (HANDLE handle = CreateThread(nullptr, 0, ThreadEntry, this, 0, &id)) {
       m_hThread = handle;
       m_dwThreadID = id;
@@ -199,13 +206,10 @@ int QFThreadData::HandleCommand(int onOwnThread) {
     return 0;
   }
   if (onOwnThread && manager) manager->OnBeginThread(this);
-  const Begin begin = onOwnThread ? TakeOff() : Begin::kRuns;
+  const Begin begin = TakeOff(onOwnThread);
   if (begin == Begin::kOver) return 0;
   bool waits = false;
-  if (begin == Begin::kTerminated) {
-    m_eThreadStatus = eThreadTerminated;
-  } else {
-    StampStart();
+  if (begin == Begin::kRuns) {
     QFeThreadStatus result = eThreadNotHandled;
     bool threw = false;
     try {
@@ -216,8 +220,7 @@ int QFThreadData::HandleCommand(int onOwnThread) {
     if (onOwnThread) SuspensionPoint();
     if (!TakeResult(result, threw, waits)) return 0;
   }
-  StampEnd();
-  if (m_eThreadType == eThreadTypeChild && manager) ReportToParent(onOwnThread);
+  if (m_eThreadType == eThreadTypeChild && manager) ReportToParent(*manager, onOwnThread);
   if (HasResult() && IsTestRun()) {
     if (QFObject* caller = m_pCallingObject) caller->SetTimeTakenForGTP(GetTimeTaken());
   }
@@ -237,13 +240,23 @@ bool QFThreadData::IsOver() const {
   return m_bGone || m_bEnded;
 }
 
-// Whether the command begins; terminating comes too late to prevent it then. Without a handle the job was terminated
-// and ends here.
-QFThreadData::Begin QFThreadData::TakeOff() {
+// Whether the command begins; terminating comes too late to prevent it then. On its own thread and without a handle the
+// job was terminated and ends here.
+QFThreadData::Begin QFThreadData::TakeOff(int onOwnThread) {
   const JobLock lock;
-  if (m_bGone || m_bEnded) return Begin::kOver;
-  m_bEnded = !m_hThread;
-  return m_bEnded ? Begin::kTerminated : Begin::kRuns;
+  if (m_bGone) return Begin::kOver;
+  if (!onOwnThread) {
+    if (!m_hThread) m_bEnded = false;  // it may have run before
+  } else if (m_bEnded) {
+    return Begin::kOver;
+  } else if (!m_hThread) {
+    m_bEnded = true;
+    m_eThreadStatus = eThreadTerminated;
+    StampEnd();
+    return Begin::kTerminated;
+  }
+  CurrentClock().systemTime(&m_StartTime);
+  return Begin::kRuns;
 }
 
 // Calls the caller's HandleCommand. A parameter that it puts in the place of the present one is the record's when it
@@ -276,16 +289,12 @@ bool QFThreadData::TakeResult(QFeThreadStatus result, bool threw, bool& waits) {
   }
   waits = open && result == eThreadWaitingForChild && m_eThreadStatus == eThreadWaitingForChild;
   m_bEnded = !waits;
+  StampEnd();  // in the same step: a child may end the job from here on, and its time holds
   return true;
 }
 
-void QFThreadData::StampStart() {
-  const JobLock lock;
-  CurrentClock().systemTime(&m_StartTime);
-}
-
+// Under the lock.
 void QFThreadData::StampEnd() {
-  const JobLock lock;
   CurrentClock().systemTime(&m_EndTime);
   m_tEndTime = CurrentClock().time();
 }
@@ -300,8 +309,7 @@ void QFThreadData::ReSetEndThreadTime(SYSTEMTIME& time, __time64_t& seconds) {
 
 // Runs on a child. It counts down for itself as well as for its parent, beside what OnDoneRunningThreadData does for
 // each: that is required.
-void QFThreadData::ReportToParent(int onOwnThread) {
-  QFThreadBaseMgr& manager = *QFThreadBaseMgr::Instance();
+void QFThreadData::ReportToParent(QFThreadBaseMgr& manager, int onOwnThread) {
   const HeldRecord parent = manager.FindPrevParentOwner(this, /*checkGroup=*/0);
   if (!parent) return;
   SYSTEMTIME end;

@@ -26,8 +26,10 @@ class KVSHARE_API QFThreadData : public QFObject {
   ~QFThreadData() override;
 
   CString GetClassNameW() override;
+  // Prints the job's own fields, not those that every node has. Null does nothing.
+  void DumpData(FILE* file) override;
   // The caller is going: the manager deletes the record, and the result is 1. Else 0. The thread of such a job is not
-  // stopped.
+  // stopped. Without a manager the record stays and has no caller any more.
   int RemoveFromUserObjectsList(QFObject* object) override;
 
   // ---- running
@@ -122,13 +124,12 @@ class KVSHARE_API QFThreadData : public QFObject {
   bool BeginRun();
   DWORD StartThread();
   enum class Begin { kRuns, kTerminated, kOver };
-  Begin TakeOff();
+  Begin TakeOff(int onOwnThread);
   QFeThreadStatus AskCaller(QFeCommandType type);
   bool TakeResult(QFeThreadStatus result, bool threw, bool& waits);
   bool IsOver() const;
-  void StampStart();
   void StampEnd();
-  void ReportToParent(int onOwnThread);
+  void ReportToParent(QFThreadBaseMgr& manager, int onOwnThread);
   void LetThreadGo();
   void* ThreadToSuspend() const;
   void Leave();
@@ -158,6 +159,7 @@ class KVSHARE_API QFThreadData : public QFObject {
   std::atomic<bool> m_bCounted = false;  // among the manager's running threads
 
   // Under the lock of share/objects/job_lock.h.
+  bool m_bCreatingThread = false;
   bool m_bGone = false;         // deleted, as far as others can see
   bool m_bEnded = false;        // somebody, its own thread or a child's, is ending the job or has done so
   SYSTEMTIME m_StartTime = {};  // UTC

@@ -1,6 +1,7 @@
 // What a job's record says of itself: progress, step, times.
 #include "platform/threads.h"
 #include "share/jobs/job_record.h"
+#include "share/objects/dump.h"
 #include "share/objects/job_lock.h"
 
 namespace {
@@ -23,6 +24,26 @@ LONGLONG Units(const SYSTEMTIME& time) {
   FILETIME file = {};
   SystemTimeToFileTime(&time, &file);
   return LONGLONG(ULONGLONG(file.dwHighDateTime) << 32 | file.dwLowDateTime);
+}
+
+LPCTSTR TextOf(QFeThreadStatus status) {
+  switch (status) {
+    case eThreadNotStarted: return _T("eThreadNotStarted");
+    case eThreadDone: return _T("eThreadDone");
+    case eThreadRunning: return _T("eThreadRunning");
+    case eThreadSuspended: return _T("eThreadSuspended");
+    case eThreadTerminated: return _T("eThreadTerminated");
+    case eThreadNotHandled: return _T("eThreadNotHandled");
+    case eThreadDoneKeepData: return _T("eThreadDoneKeepData");
+    case eThreadWaitingToRun: return _T("eThreadWaitingToRun");
+    case eThreadWaitingForChild: return _T("eThreadWaitingForChild");
+  }
+  return _T("Nothing");
+}
+
+void DumpTime(FILE* file, LPCTSTR field, const SYSTEMTIME& time) {
+  DumpPrint(file, _T("\n %s: %04d-%02d-%02d %02d:%02d:%02d"), field, time.wYear, time.wMonth, time.wDay, time.wHour,
+            time.wMinute, time.wSecond);
 }
 
 }  // namespace
@@ -90,3 +111,27 @@ CString QFThreadData::GetTimeTaken() const {
 }
 
 unsigned QFThreadData::DeltaTime(SYSTEMTIME a, SYSTEMTIME b) { return unsigned((Units(b) - Units(a)) / 10'000'000); }
+
+void QFThreadData::DumpData(FILE* file) {
+  if (!file) return;
+  DumpBanner(file, _T("QFThreadData"), _T("Start"));
+  DumpPrint(file, _T("\n Address of m_pDocument: %x"), static_cast<const void*>(m_pDocument));
+  DumpPrint(file, _T("\n m_dwThreadID: %d"), GetThreadID());
+  DumpPrint(file, _T("\n m_hThread: %x"), GetThreadHandle());
+  DumpPrint(file, _T("\n m_eThreadStatus : %s"), TextOf(m_eThreadStatus));
+  {
+    const JobLock lock;
+    DumpTime(file, _T("m_StartTime"), m_StartTime);
+    DumpPrint(file, _T("\n m_tStartTime: %d"), m_tStartTime);
+    DumpTime(file, _T("m_EndTime"), m_EndTime);
+    DumpPrint(file, _T("\n m_tEndTime: %d"), m_tEndTime);
+  }
+  DumpPrint(file, _T("\n Address of m_pCallingObject: %x"), static_cast<const void*>(GetCallingObject()));
+  DumpPrint(file, _T("\n Address of m_pCommandParameter: %x"), static_cast<const void*>(GetCommandParameter()));
+  DumpPrint(file, _T("\n m_nCommandContextID: %d"), GetCommandContextID());
+  DumpPrint(file, _T("\n m_ActionString: %s"), GetActionString());
+  DumpPrint(file, _T("\n m_nActionProgress: %d"), GetActionProgress());
+  DumpPrint(file, _T("\n m_eThreadType: %d"), int(GetThreadType()));
+  DumpPrint(file, _T("\n m_eThreadEndType: %d"), int(GetThreadEndType()));
+  DumpBanner(file, _T("QFThreadData"), _T("End"));
+}

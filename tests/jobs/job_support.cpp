@@ -58,9 +58,9 @@ void StepClock::Open() {
   changed_.notify_all();
 }
 
-void StepClock::Expect() {
+void StepClock::Expect(int threads) {
   const std::lock_guard guard(lock_);
-  ++threads_;
+  threads_ += threads;
 }
 
 void StepClock::AwaitThreads() {

@@ -33,8 +33,8 @@ class StepClock {
   // Jobs that start from now on don't begin before Open.
   void Hold();
   void Open();
-  // A thread is about to be started, and until none is left of them.
-  void Expect();
+  // So many threads are about to be started, and until none is left of them.
+  void Expect(int threads = 1);
   void AwaitThreads();
 
   std::vector<DWORD> Pauses();  // those that were not before a job's begin
@@ -101,6 +101,7 @@ class TestManager : public QFThreadBaseMgr {
 
   Log* log = nullptr;
   StepClock* clock = nullptr;
+  std::function<void(QFThreadData*)> onStart;
 
   QFThreadData* Record(int place) {
     CObList all;
@@ -117,6 +118,7 @@ class TestManager : public QFThreadBaseMgr {
  protected:
   int OnStartRunningThreadData(QFThreadData* data) override {
     clock->Expect();
+    if (onStart) onStart(data);
     return Note("start", data, QFThreadBaseMgr::OnStartRunningThreadData(data));
   }
   int OnBeginThread(QFThreadData* data) override { return Note("begin", data, QFThreadBaseMgr::OnBeginThread(data)); }

@@ -38,9 +38,11 @@ TEST_F(Manager, DropsARepeat) {
   EXPECT_EQ(node.RunCommand(7, &link, kPlain, kEnds), 0);
   EXPECT_EQ(node.RunCommand(7, nullptr, kPlain, kEnds), 0) << "null agrees with any parameter";
   EXPECT_NE(node.RunCommand(7, &other, kPlain, kEnds), 0);
+  EXPECT_NE(node.RunCommand(8, &link, kPlain, kEnds), 0);
+  EXPECT_NE(WorkNode().RunCommand(7, &link, kPlain, kEnds), 0);
   EXPECT_NE(node.RunCommand(0, nullptr, kPlain, kEnds), 0);
   EXPECT_NE(node.RunCommand(0, nullptr, kPlain, kEnds), 0) << "0 is never a repeat";
-  EXPECT_EQ(manager.Count(), 4);
+  EXPECT_EQ(manager.Count(), 5);
 }
 
 TEST_F(Manager, EndsSimilarJobsUnlessTheyAreOfOneGroup) {
@@ -54,23 +56,6 @@ TEST_F(Manager, EndsSimilarJobsUnlessTheyAreOfOneGroup) {
   std::vector<int> statuses;
   for (int at : {0, 1, 2}) statuses.push_back(manager.Record(at)->GetThreadStatus());
   EXPECT_THAT(statuses, ElementsAre(4, 4, 2));
-}
-
-TEST_F(Manager, RunsOnTheCallersThreadWhereItMay) {
-  WorkNode node(_T("a"), &log);
-  manager.SetCanRunSeparateProcess(0);
-  EXPECT_EQ(node.RunCommand(7, nullptr, kPlain, kEnds), 1);
-  EXPECT_EQ(QFThreadBaseMgr::GetIsSeperateThread(), 0);
-  manager.SetCanRunSeparateProcess(1);
-  DWORD id = 0;
-  node.run = [&](void*&) {
-    EXPECT_EQ(QFThreadBaseMgr::GetIsSeperateThread(), 1);
-    id = GetCurrentThreadId();
-    return eThreadDone;
-  };
-  const int given = node.RunCommand(7, nullptr, kPlain, kEnds);
-  clock.AwaitThreads();
-  EXPECT_EQ(DWORD(given), id);
 }
 
 TEST_F(Manager, NumberOfThreadsHasNoLimit) {

@@ -1,10 +1,16 @@
 // The record of one job: from the request to its end, and what others see of it.
 #include "share/jobs/job_record.h"
 
+#include <cstdio>
+#include <memory>
 #include <stdexcept>
+
+#include <fmt/format.h>
 
 #include "platform/process.h"
 #include "tests/jobs/job_support.h"
+#include "tests/no_threads.h"
+#include "tests/scratch.h"
 
 namespace {
 
@@ -18,6 +24,7 @@ TEST_F(Record, GoesThroughItsHooksInOrder) {
   node.run = [&](void*&) {
     QFThreadData* mine = manager.FindThreadDataForCurrentThread();
     EXPECT_EQ(mine, manager.Record(0));
+    EXPECT_EQ(QFThreadBaseMgr::GetIsSeperateThread(), 1);
     EXPECT_EQ(mine->GetThreadStatus(), eThreadRunning);
     EXPECT_EQ(mine->GetDocument(), &document_);
     EXPECT_TRUE(node.GetIsUsingThisObject(mine));
@@ -114,11 +121,104 @@ TEST_F(Record, TerminatedWhileItRunsStaysSo) {
 }
 
 TEST_F(Record, DirectRunIsOverWhenTheRequestReturns) {
-  Set(_T("ThreadMulti"), 0);
   WorkNode node(_T("a"), &log);
-  EXPECT_EQ(node.RunCommand(7, nullptr, kPlain, kEnds), 1);
-  EXPECT_THAT(log.Take(), ElementsAre("a command 0", "a destroy 1"));
-  EXPECT_EQ(manager.GetNumThreadsRunningOrWaiting(nullptr), 0);
+  for (const bool forbidden : {false, true}) {  // the host's word counts ahead of the setting
+    Set(_T("ThreadMulti"), forbidden);
+    manager.SetCanRunSeparateProcess(!forbidden);
+    node.run = [](void*&) {
+      EXPECT_EQ(QFThreadBaseMgr::GetIsSeperateThread(), 0);
+      return eThreadDone;
+    };
+    EXPECT_EQ(node.RunCommand(7, nullptr, kPlain, kEnds), 1);
+    EXPECT_THAT(log.Take(), ElementsAre("a command 0", "a destroy 1"));
+    EXPECT_EQ(manager.GetNumThreadsRunningOrWaiting(nullptr), 0);
+  }
+}
+
+TEST_F(Record, RunsAgain) {
+  WorkNode node(_T("a"), &log);
+  node.run = [](void*&) { return eThreadDoneKeepData; };
+  QFThreadData* data = Ask(node);
+  clock.AwaitThreads();
+  EXPECT_EQ(data->GetThreadStatus(), eThreadDoneKeepData);
+  data->RunCommand(1);
+  clock.AwaitThreads();
+  EXPECT_EQ(data->GetThreadStatus(), eThreadDoneKeepData);
+  node.run = [](void*&) { return eThreadNotHandled; };
+  log.Take();
+  data->RunCommand(0);
+  EXPECT_THAT(log.Take(), ElementsAre("a command 0", "a destroy 5"));
+}
+
+TEST_F(Record, IsNotStartedTwiceWhileItsThreadIsMade) {
+  WorkNode node(_T("a"), &log);
+  manager.onStart = [](QFThreadData* data) { EXPECT_EQ(data->RunCommand(1), 0); };
+  Ask(node);
+  clock.AwaitThreads();
+  EXPECT_THAT(log.Take(), ElementsAre("a start 2", "a begin 2", "a command 0", "a done 1", "a destroy 1"));
+}
+
+TEST_F(Record, WithoutAThreadToBeHadStaysWithoutAHandle) {
+  WorkNode node;
+  {
+    const NoThreads none;
+    EXPECT_EQ(node.RunCommand(7, nullptr, kPlain, kEnds), 0);
+  }
+  clock.Expect(-1);
+  QFThreadData* data = manager.Record(0);
+  EXPECT_EQ(data->GetThreadHandle(), nullptr);
+  EXPECT_EQ(data->GetThreadID(), 0u);
+  EXPECT_EQ(data->GetThreadStatus(), eThreadRunning);
+  EXPECT_EQ(manager.GetNumThreadsRunningOrWaiting(nullptr), 1);
+}
+
+TEST_F(Record, LosesItsCallerWhereThereIsNoManager) {
+  auto node = std::make_unique<WorkNode>();
+  QFThreadData data(node.get(), 7, nullptr, kPlain, kEnds);
+  QFThreadBaseMgr::m_pInstance = nullptr;
+  node.reset();
+  EXPECT_EQ(data.GetCallingObject(), nullptr);
+  EXPECT_EQ(data.RunCommand(0), 0);
+}
+
+TEST_F(Record, DumpsItsFields) {
+  const auto hex = [](const void* address) { return fmt::format("{:x}", reinterpret_cast<std::uintptr_t>(address)); };
+  WorkNode node;
+  QFThreadDataLink link;
+  node.run = [](void*&) {
+    StepClock::SetTime({2024, 5, 3, 17, 13, 2, 5, 0}, 1715950925);
+    return eThreadDoneKeepData;
+  };
+  QFThreadData* data = Ask(node, &link, QFeThreadType(3), QFeThreadEndType(1));
+  clock.AwaitThreads();
+  data->SetActionString(_T("Bohren %s \u00FC"));
+  data->SetActionProgress(45);
+  const ScratchFolder folder;
+  const std::string path = (folder.Path() / "dump").string();
+  FILE* file = std::fopen(path.c_str(), "wb");
+  data->DumpData(file);
+  std::fclose(file);
+  data->DumpData(nullptr);
+  EXPECT_EQ(ReadFile(path),
+            "\n============================ QFThreadData Start ================================\n"
+            "\n Address of m_pDocument: " +
+                hex(&document_) +
+                "\n m_dwThreadID: 0"
+                "\n m_hThread: 0"
+                "\n m_eThreadStatus : eThreadDoneKeepData"
+                "\n m_StartTime: 2024-05-17 12:00:00"
+                "\n m_tStartTime: 1715947200"
+                "\n m_EndTime: 2024-05-17 13:02:05"
+                "\n m_tEndTime: 1715950925"
+                "\n Address of m_pCallingObject: " +
+                hex(&node) +
+                "\n Address of m_pCommandParameter: 0"
+                "\n m_nCommandContextID: 7"
+                "\n m_ActionString: Bohren %s \u00FC"
+                "\n m_nActionProgress: 45"
+                "\n m_eThreadType: 3"
+                "\n m_eThreadEndType: 1"
+                "\n============================ QFThreadData End ================================\n");
 }
 
 TEST_F(Record, WithoutACallerRunsNothing) {

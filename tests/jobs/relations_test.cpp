@@ -102,21 +102,10 @@ TEST_F(Relations, PreviousAndDuplicateOwners) {
   EXPECT_EQ(manager.GetThreadPrevParentOwner(second, owner, handle, 0), 0) << "no handle";
 }
 
-TEST_F(Relations, Matching) {
+TEST_F(Relations, SimilarJobs) {
   WorkNode node, other;
-  QFThreadDataLink link = MakeLink(1, 2, 3), elsewhere = MakeLink(1, 9, 3);
+  QFThreadDataLink link = MakeLink(1, 2, 3);
   QFThreadData data(&node, 7, &link, kPlain, kEnds);
-  const struct {
-    QFObject* object;
-    unsigned context;
-    void* param;
-    bool matches;
-  } requests[] = {{&node, 7, &link, true},  {&node, 7, nullptr, true}, {&node, 7, &elsewhere, false},
-                  {&node, 8, &link, false}, {&node, 0, &link, false},  {&other, 7, &link, false}};
-  for (const auto& [object, context, param, matches] : requests)
-    EXPECT_EQ(data.GetIsDataMatching(object, context, param), matches) << context << " " << param;
-  EXPECT_FALSE(QFThreadData(&node, 0, &link, kPlain, kEnds).GetIsDataMatching(&node, 0, &link));
-
   const struct {
     unsigned mine, its, context;
     std::intptr_t b;
