@@ -69,11 +69,11 @@ proctype Job(byte r) {
     begun[r] = true;
     isOver = gone[r] || ended[r];
     runs = handle[r];
-    if :: !isOver && !runs -> ended[r] = true; ends[r]++ :: else fi
+    if :: !isOver && !runs -> ended[r] = true; ends[r]++; status[r] = TERMINATED :: else fi
   };
   if :: isOver -> goto out :: else fi;
   if
-  :: !runs -> atomic { TOUCH(r); status[r] = TERMINATED }
+  :: !runs
   :: runs ->
      assert(mayRun[r]);
      skip;  /* the command */
