@@ -76,8 +76,8 @@ void RunJobs(const Given& given) {
   DocumentLoader loader(given.file, DocumentLoader::Mode::kStrict);
   const auto document = loader.Load();
   const ActiveDocument active(document.get());
-  const ControlScope control;
   const UserJobScope user;
+  const ControlScope control;
   std::deque<ToolpathCommand> commands;
   JobQueue queue(given.jobs);
   JobScreen screen;

@@ -48,22 +48,28 @@ JobQueue::~JobQueue() {
 bool JobQueue::Ask(QFObject& node, unsigned context, OperationCommand& command, QFeThreadType type,
                    QFeThreadEndType endType) {
   QFThreadDataLink* const link = &command;
-  if (FindThreadData(&node, context, link)) return false;
-  SetLastIdentifiers(context, link);
-  TerminateSimiliarDuplicateThreads(&node, context, link);
-  auto* data = new QFThreadData(&node, context, link, type, endType);
-  data->SetThreadStatus(eThreadWaitingToRun);
+  QFThreadData* data = nullptr;
   {
-    const std::lock_guard guard(lock_);
-    Look(*data, jobs_.emplace_back());
-    live_[data] = &jobs_.back();
+    // StartNext is not to lose a thread that is being terminated here.
+    const QFAutoCriticalSection section(m_CriticalSection);
+    if (FindThreadData(&node, context, link)) return false;
+    SetLastIdentifiers(context, link);
+    TerminateSimiliarDuplicateThreads(&node, context, link);
+    data = new QFThreadData(&node, context, link, type, endType);
+    data->SetThreadStatus(eThreadWaitingToRun);
+    {
+      const std::lock_guard guard(lock_);
+      Look(*data, jobs_.emplace_back());
+      live_[data] = &jobs_.back();
+    }
+    AppendThreadData(data);  // no repeat, as nobody else asks
   }
-  AppendThreadData(data);  // no repeat, as nobody else asks
   if (RunsThreads()) {
     StartNext();
   } else {
-    data->SetThreadStatus(eThreadRunning);
-    data->RunCommand(/*multi=*/0);
+    const bool cancelled = IsUserJobCancelled() != 0;
+    data->SetThreadStatus(cancelled ? eThreadTerminated : eThreadRunning);
+    if (!cancelled) data->RunCommand(/*multi=*/0);
   }
   return true;
 }
@@ -71,6 +77,7 @@ bool JobQueue::Ask(QFObject& node, unsigned context, OperationCommand& command, 
 bool JobQueue::RunsThreads() const { return GetCanRunSeparateProcess() && Setting(_T("ThreadMulti"), 1); }
 
 void JobQueue::StartNext() {
+  if (IsUserJobCancelled()) return;
   const QFAutoCriticalSection section(m_CriticalSection);
   int running = GetNumThreadsNotDone();
   CObList all;
@@ -78,10 +85,14 @@ void JobQueue::StartNext() {
   QFThreadData* ahead = nullptr;
   for (POSITION at = all.GetHeadPosition(); at && running < limit_;) {
     auto* data = static_cast<QFThreadData*>(all.GetNext(at));
-    if (!MayStart(*data, std::exchange(ahead, data)) || data->RunCommand(/*multi=*/1) == 0) continue;
+    if (!MayStart(*data, std::exchange(ahead, data))) continue;
+    if (data->RunCommand(/*multi=*/1) == 0) {
+      data->SetThreadStatus(eThreadNotHandled);
+      continue;
+    }
     ++running;
     const std::lock_guard guard(lock_);
-    threads_.push_back(data->GetThreadHandle());  // still there: who terminates takes the section
+    threads_.push_back(data->GetThreadHandle());  // still there: OnBeginThread and who terminates take the section
     live_[data]->started = true;
   }
 }
@@ -103,11 +114,14 @@ bool JobQueue::IsIdle() {
 }
 
 void JobQueue::AwaitThreads() {
-  std::unique_lock guard(lock_);
-  const std::vector<HANDLE> threads = std::exchange(threads_, {});
-  guard.unlock();
-  // One by one: that of a job long ended may be closed, and then there is nothing to wait for.
-  for (const HANDLE thread : threads) WaitForMultipleObjects(1, &thread, /*all=*/TRUE, INFINITE);
+  for (;;) {
+    std::unique_lock guard(lock_);
+    const std::vector<HANDLE> threads = std::exchange(threads_, {});
+    guard.unlock();
+    if (threads.empty()) return;
+    // One by one: that of a job long ended may be closed, and then there is nothing to wait for.
+    for (const HANDLE thread : threads) WaitForMultipleObjects(1, &thread, /*all=*/TRUE, INFINITE);
+  }
 }
 
 // ---- what became of them
@@ -146,6 +160,12 @@ void JobQueue::Tell(int percent, const char* step) {
 }
 
 // ---- hooks
+
+// Behind the rest of the StartNext that has started it.
+int JobQueue::OnBeginThread(QFThreadData* data) {
+  const QFAutoCriticalSection section(m_CriticalSection);
+  return QFThreadBaseMgr::OnBeginThread(data);
+}
 
 int JobQueue::OnDoneRunningThreadData(QFThreadData* data) {
   const int result = QFThreadBaseMgr::OnDoneRunningThreadData(data);

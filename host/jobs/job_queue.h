@@ -1,5 +1,6 @@
 // JobQueue, this host's job manager: at most so many jobs run at a time, the others wait with status 7 in the order in
-// which they were asked for. It keeps what became of each, as the records go with their jobs.
+// which they were asked for. It keeps what became of each, as the records go with their jobs. DeleteAllDoneThreads,
+// which tells no hook, is not for it.
 #pragma once
 
 #include <deque>
@@ -27,7 +28,7 @@ class JobQueue : public QFThreadBaseMgr {
  public:
   // limit of 0 is the application's setting "ThreadNum". The queue is the process's manager while it lives.
   explicit JobQueue(int limit);
-  // Waits for all threads. Terminate first.
+  // Waits until all jobs have run, but for those that were terminated.
   ~JobQueue() override;
 
   // Asks for a job, which begins when its turn comes; on this thread if the application's settings want no others.
@@ -35,12 +36,14 @@ class JobQueue : public QFThreadBaseMgr {
   bool Ask(QFObject& node, unsigned context, OperationCommand& command, QFeThreadType type, QFeThreadEndType endType);
   // Whether jobs get threads of their own.
   bool RunsThreads() const;
-  // Starts what may start now: jobs as long as the limit allows, a child once the job ahead of it has done its part.
-  // Called by itself when a job ends; to be called now and then as well, as a parent that begins to wait tells nobody.
+  // Starts what may start now: jobs as long as the limit allows, a child once the job ahead of it has done its part;
+  // none once the user has cancelled. One that gets no thread has failed. Called by itself when a job ends; to be
+  // called now and then as well, as a parent that begins to wait tells nobody.
   void StartNext();
   // Whether all jobs are over.
   bool IsIdle();
-  // Until the threads of all jobs have ended, those of terminated ones too. Nothing is to be asked for meanwhile.
+  // Until the threads of all jobs have ended, those of terminated ones and those that begin meanwhile too. Nothing is
+  // to be asked for meanwhile.
   void AwaitThreads();
 
   // All jobs so far, in the order of their requests.
@@ -50,6 +53,7 @@ class JobQueue : public QFThreadBaseMgr {
   void Tell(int percent, const char* step);
 
  protected:
+  int OnBeginThread(QFThreadData* data) override;
   int OnDoneRunningThreadData(QFThreadData* data) override;
   int OnDestroyThreadData(QFThreadData* data) override;
 

@@ -51,9 +51,11 @@ void JobScreen::Finish(const std::vector<JobView>& jobs) {
   }
 }
 
-// Up to the first line, then each line over the former one, and nothing below.
+// Up to the first line, then each line over the former one, and nothing below. What is too long is cut off by the
+// terminal: a line that wraps would be two.
 void JobScreen::Draw(const std::vector<JobView>& jobs) {
   std::string text = drawn_ > 0 ? fmt::format("\x1b[{}A", drawn_) : "";
+  text += "\x1b[?7l";
   drawn_ = 0;
   const auto now = std::chrono::steady_clock::now();
   for (std::size_t place = 0; place < jobs.size(); ++place) {
@@ -62,7 +64,7 @@ void JobScreen::Draw(const std::vector<JobView>& jobs) {
     text += "\r\x1b[K" + Line(jobs[place], elapsed) + "\n";
     ++drawn_;
   }
-  fmt::print(stderr, "{}\x1b[J", text);
+  fmt::print(stderr, "{}\x1b[J\x1b[?7h", text);
 }
 
 void JobScreen::Tell(const std::vector<JobView>& jobs) {
@@ -71,7 +73,7 @@ void JobScreen::Tell(const std::vector<JobView>& jobs) {
     QFeThreadStatus& told = told_[place];
     if (told == job.status || !(IsRunning(job) || IsOver(job))) continue;
     told = job.status;
-    fmt::print(stderr, "{}: {}\n", job.name, TextOf(job.status));
+    fmt::print(stderr, "{}, {}: {}\n", job.name, job.action, TextOf(job.status));
   }
 }
 

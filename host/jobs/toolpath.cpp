@@ -17,7 +17,10 @@ constexpr int kMostLevels = 8;
 constexpr int kMostContours = 8;
 constexpr double kChord = 0.002 * kMm;  // between the points of an offset corner
 constexpr std::size_t kFewestPoints = 2000;
-constexpr std::size_t kArcPoints = 32;  // an arc takes at most so many points
+constexpr double kMostCornerPoints = 20'000;    // of one corner
+constexpr double kMostRoundedPoints = 400'000;  // of all of a contour's corners
+constexpr double kLongest = 1000;               // metres
+constexpr std::size_t kArcPoints = 32;          // an arc takes at most so many points
 
 double Distance(Point a, Point b) { return std::hypot(a.x - b.x, a.y - b.y); }
 
@@ -25,6 +28,9 @@ struct Circle {
   Point centre;
   double radius;
 };
+
+// The documents' numbers are anything at all: no number counts as the least.
+double Within(double value, double least, double most) { return value > least ? std::min(value, most) : least; }
 
 // None through three points on a line.
 std::optional<Circle> CircleThrough(Point a, Point b, Point c) {
@@ -38,10 +44,12 @@ std::optional<Circle> CircleThrough(Point a, Point b, Point c) {
 
 // The corners of the profile; a hole's are those of a circle.
 std::vector<Point> Corners(const ToolpathTask& task) {
-  std::vector<Point> corners(task.profile.begin(), task.profile.end());
+  std::vector<Point> corners;
+  for (const Point& point : task.profile)
+    corners.push_back({Within(point.x, -kLongest, kLongest), Within(point.y, -kLongest, kLongest)});
   if (corners.size() >= 3) return corners;
   const Point centre = corners.empty() ? Point{} : corners.front();
-  const double radius = std::max(task.diameter / 2, kMm);
+  const double radius = std::max(Within(task.diameter, 0, kLongest) / 2, kMm);
   corners.clear();
   for (int i = 0; i < 360; ++i)
     corners.push_back({centre.x + radius * std::cos(i * PI / 180), centre.y + radius * std::sin(i * PI / 180)});
@@ -75,8 +83,9 @@ std::vector<Point> Offset(const std::vector<Point>& corners, double distance) {
     }
     const double turn = std::atan2(out.x * outNext.y - out.y * outNext.x, out.x * outNext.x + out.y * outNext.y);
     if (turn * side <= 0) continue;
+    const double most = std::clamp(kMostRoundedPoints / double(count), 8.0, kMostCornerPoints);
     const double from = std::atan2(out.y, out.x);
-    const int steps = int(std::clamp(std::abs(turn) * distance / kChord, 8.0, 20'000.0));
+    const int steps = int(std::clamp(std::abs(turn) * distance / kChord, 8.0, most));
     for (int at = 1; at < steps; ++at) {
       const double angle = from + turn * at / steps;
       contour.push_back({b.x + distance * std::cos(angle), b.y + distance * std::sin(angle)});
@@ -114,16 +123,17 @@ void FitRuns(const std::vector<Point>& points, double tolerance, Toolpath& path)
 
 Toolpath ComputeToolpath(const ToolpathTask& task, const ToolpathProgress& progress) {
   Toolpath path;
-  const double step = std::max(task.step, 0.1 * kMm);
+  const double step = Within(task.step, 0.1 * kMm, kLongest);
+  const double radius = Within(task.diameter, 0, kLongest) / 2;
+  const double depth = Within(task.depth, 0, kLongest);
   const std::vector<Point> corners = Corners(task);
-  const int levels =
-      int(std::clamp(std::ceil(task.depth / std::max(task.diameter / 2, kMm)), 1.0, double(kMostLevels)));
+  const int levels = int(std::clamp(std::ceil(depth / std::max(radius, kMm)), 1.0, double(kMostLevels)));
   const int total = levels * kMostContours;
   for (; path.levels < levels; ++path.levels) {
     for (int contour = 0; contour < kMostContours; ++contour) {
       const int percent = 100 * path.contours / total;
       if (!progress(percent, "offsetting")) return path;
-      const std::vector<Point> points = Offset(corners, task.diameter / 2 + contour * step);
+      const std::vector<Point> points = Offset(corners, radius + contour * step);
       if (!progress(percent, "fitting arcs")) return path;
       FitRuns(points, task.tolerance, path);
       ++path.contours;

@@ -59,10 +59,13 @@ QFeThreadStatus ToolpathCommand::Compute(unsigned context, const HostOperation& 
   if (context == kRecalculate) task.tolerance = kFineTolerance;
   if (context == kLink) task.depth = 0;  // one level
   const bool half = context == kFail || context == kCrash;
+  bool cancelled = false;
   ComputeToolpath(task, [&](int percent, const char* step) {
     queue_.Tell(percent, context == kLink ? "linking" : step);
-    return !stop_ && !IsUserJobCancelled() && !(half && percent >= 50);
+    cancelled = stop_ || IsUserJobCancelled();
+    return !cancelled && !(half && percent >= 50);
   });
+  if (cancelled) return eThreadTerminated;  // the queue may not have got to it yet
   if (context == kCrash) throw std::runtime_error("the command crashed half way");
   return context == kFail ? eThreadNotStarted : eThreadDone;
 }

@@ -26,7 +26,7 @@ class ToolpathCommand : public OperationCommand {
   ToolpathCommand(JobQueue& queue, HostOperation& operation) : queue_(queue) { SetIdentifierA(&operation); }
 
   // Run: generate and recalculate give status 1; fail goes half the way and gives none, which counts as 5; crash goes
-  // half the way and throws. Whichever is cancelled stops at its next step.
+  // half the way and throws. Whichever is cancelled stops at its next step, with status 4.
   QFeThreadStatus Handle(QFeCommandType type, unsigned context, HostOperation& operation) override;
 
  private:

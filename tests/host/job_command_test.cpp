@@ -1,14 +1,18 @@
 // kestrova job: the queue, the toolpaths, and the command as a user runs it.
 #include <gmock/gmock.h>
 
+#include <cmath>
+#include <limits>
 #include <nlohmann/json.hpp>
 
 #include "host/document/operation_node.h"
 #include "host/jobs/job_queue.h"
 #include "host/jobs/job_screen.h"
 #include "host/jobs/toolpath.h"
+#include "host/jobs/toolpath_command.h"
 #include "tests/host/document_fixture.h"
 #include "tests/host/run_command.h"
+#include "tests/no_threads.h"
 #include "tests/semaphore.h"
 
 namespace {
@@ -98,6 +102,55 @@ TEST_F(JobQueueTest, EndOfTheDocumentReachesThoseThatWait) {
   queue_.StartNext();
   EXPECT_THAT(Statuses(), testing::Each(4));
   EXPECT_EQ(queue_.Jobs()[2].start, "");
+}
+
+TEST_F(JobQueueTest, WithoutThreadsToBeHadJobsFail) {
+  {
+    const kvtest::NoThreads none;
+    Ask(first_, one_, QFeThreadType(0), eThreadEndWaitForChild);
+    Ask(first_, two_, eThreadTypeChild, QFeThreadEndType(0), 2);
+  }
+  EXPECT_THAT(Statuses(), testing::ElementsAre(5, 5));
+  EXPECT_TRUE(queue_.IsIdle());
+}
+
+TEST_F(JobQueueTest, NothingBeginsOnceTheUserHasCancelled) {
+  const UserJobScope user;
+  CancelUserJob();
+  ToolpathCommand command(queue_, first_);
+  EXPECT_EQ(command.Handle(eCommandRun, ToolpathCommand::kGenerate, first_), eThreadTerminated);
+  Ask(first_, one_);
+  queue_.SetCanRunSeparateProcess(0);
+  Ask(second_, two_);
+  EXPECT_THAT(Statuses(), testing::ElementsAre(7, 4));
+}
+
+TEST_F(JobQueueTest, RunsOnTheAskingThreadWhereItMustNotMakeOthers) {
+  queue_.SetCanRunSeparateProcess(0);
+  one_.go.release();
+  Ask(first_, one_);
+  EXPECT_THAT(Statuses(), testing::ElementsAre(1));
+}
+
+// A queue that goes waits for those that begin meanwhile too.
+TEST_F(JobQueueTest, AwaitsThoseThatFollow) {
+  Ask(first_, one_);
+  Ask(second_, two_);
+  Ask(third_, three_);
+  for (Waiting* command : {&one_, &two_, &three_}) command->go.release();
+  queue_.AwaitThreads();
+  EXPECT_THAT(Statuses(), testing::Each(1));
+}
+
+TEST(Toolpath, EndsWhateverTheNumbersAre) {
+  constexpr double kNone = std::numeric_limits<double>::quiet_NaN(), kEndless = std::numeric_limits<double>::infinity();
+  const auto go = [](int, const char*) { return true; };
+  const HostFeature::Point odd[] = {{0, 0}, {kNone, 1e300}, {-kEndless, 5}, {1, kNone}};
+  for (const double number : {kNone, kEndless, -kEndless, 1e300, -1e300}) {
+    const Toolpath path = ComputeToolpath({odd, number, number, number, 1e-6}, go);
+    EXPECT_EQ(path.contours, 8 * path.levels);
+    EXPECT_TRUE(std::isfinite(path.length));
+  }
 }
 
 TEST(Toolpath, GoesAroundAtEachStepAndLevel) {
