@@ -117,6 +117,19 @@ TEST_F(Manager, WaitsForMoreJobsThanASystemsCallTakes) {
   for (int i = 0; i < 70; ++i) EXPECT_TRUE(done.try_acquire());
 }
 
+// Nobody closes a job's handle, and they do not pile up.
+TEST_F(Manager, HandlesAreClosedLongAfterTheirJobs) {
+  Start(1);
+  const HANDLE first = manager.Record(0)->GetThreadHandle();
+  clock.Open();
+  WorkNode node;
+  for (int i = 0; i < 600; ++i) {
+    Ask(node);
+    clock.AwaitThreads();
+  }
+  EXPECT_EQ(WaitForMultipleObjects(1, &first, TRUE, INFINITE), WAIT_FAILED);
+}
+
 TEST_F(Manager, TerminatesByTarget) {
   clock.Hold();
   WorkNode a(_T("a"), &log), b(_T("b"), &log), c(_T("c"), &log);

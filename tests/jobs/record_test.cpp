@@ -1,16 +1,11 @@
 // The record of one job: from the request to its end, and what others see of it.
 #include "share/jobs/job_record.h"
 
-#include <cstdio>
 #include <memory>
 #include <stdexcept>
 
-#include <fmt/format.h>
-
-#include "platform/process.h"
 #include "tests/jobs/job_support.h"
 #include "tests/no_threads.h"
-#include "tests/scratch.h"
 
 namespace {
 
@@ -181,46 +176,6 @@ TEST_F(Record, LosesItsCallerWhereThereIsNoManager) {
   EXPECT_EQ(data.RunCommand(0), 0);
 }
 
-TEST_F(Record, DumpsItsFields) {
-  const auto hex = [](const void* address) { return fmt::format("{:x}", reinterpret_cast<std::uintptr_t>(address)); };
-  WorkNode node;
-  QFThreadDataLink link;
-  node.run = [](void*&) {
-    StepClock::SetTime({2024, 5, 3, 17, 13, 2, 5, 0}, 1715950925);
-    return eThreadDoneKeepData;
-  };
-  QFThreadData* data = Ask(node, &link, QFeThreadType(3), QFeThreadEndType(1));
-  clock.AwaitThreads();
-  data->SetActionString(_T("Bohren %s \u00FC"));
-  data->SetActionProgress(45);
-  const ScratchFolder folder;
-  const std::string path = (folder.Path() / "dump").string();
-  FILE* file = std::fopen(path.c_str(), "wb");
-  data->DumpData(file);
-  std::fclose(file);
-  data->DumpData(nullptr);
-  EXPECT_EQ(ReadFile(path),
-            "\n============================ QFThreadData Start ================================\n"
-            "\n Address of m_pDocument: " +
-                hex(&document_) +
-                "\n m_dwThreadID: 0"
-                "\n m_hThread: 0"
-                "\n m_eThreadStatus : eThreadDoneKeepData"
-                "\n m_StartTime: 2024-05-17 12:00:00"
-                "\n m_tStartTime: 1715947200"
-                "\n m_EndTime: 2024-05-17 13:02:05"
-                "\n m_tEndTime: 1715950925"
-                "\n Address of m_pCallingObject: " +
-                hex(&node) +
-                "\n Address of m_pCommandParameter: 0"
-                "\n m_nCommandContextID: 7"
-                "\n m_ActionString: Bohren %s \u00FC"
-                "\n m_nActionProgress: 45"
-                "\n m_eThreadType: 3"
-                "\n m_eThreadEndType: 1"
-                "\n============================ QFThreadData End ================================\n");
-}
-
 TEST_F(Record, WithoutACallerRunsNothing) {
   QFThreadData data(nullptr, 7, nullptr, kPlain, kEnds);
   EXPECT_EQ(data.RunCommand(1), 0);
@@ -322,26 +277,6 @@ TEST_F(Record, DeletedWhileItRunsIsTouchedNoMore) {
   clock.AwaitThreads();
   EXPECT_THAT(log.Take(), ElementsAre());
   EXPECT_EQ(manager.GetNumThreadsRunningOrWaiting(nullptr), 0);
-}
-
-TEST_F(Record, TellsTheNodeTheTimeTakenInTestRuns) {
-  SetEnvironmentVariableW(_T("KV_TEST_ENV"), _T("YES"));
-  WorkNode done, failed;
-  const auto work = [](QFeThreadStatus status) {
-    return [status](void*&) {
-      StepClock::SetTime({2024, 5, 3, 17, 13, 2, 5, 0}, 1715950925);
-      return status;
-    };
-  };
-  done.run = work(eThreadDone);
-  failed.run = work(eThreadNotHandled);
-  Ask(done);
-  clock.AwaitThreads();
-  EXPECT_EQ(done.GetTimeTakenForGTP(), _T("01:02:05"));
-  Ask(failed);
-  clock.AwaitThreads();
-  EXPECT_EQ(failed.GetTimeTakenForGTP(), _T(""));
-  SetEnvironmentVariableW(_T("KV_TEST_ENV"), nullptr);
 }
 
 }  // namespace

@@ -1,8 +1,12 @@
 // How jobs stand to one another: repeats, similar ones, parents and children; and the record's texts.
+#include <fmt/format.h>
+
+#include <cstdio>
 #include <cstdlib>
 
 #include "platform/process.h"
 #include "tests/jobs/job_support.h"
+#include "tests/scratch.h"
 
 namespace {
 
@@ -150,6 +154,66 @@ TEST_F(Relations, Texts) {
   EXPECT_EQ(data->GetProcessName(), _T("pocket"));
   EXPECT_EQ(QFThreadData::DeltaTime({2024, 1, 1, 1, 0, 0, 0, 0}, {2024, 1, 2, 5, 1, 0, 0, 900}), 349200u);
   EXPECT_EQ(QFThreadData::DeltaTime({2024, 1, 1, 1, 0, 0, 1, 0}, {2024, 1, 1, 1, 0, 0, 0, 0}), 0xFFFFFFFFu);
+}
+
+TEST_F(Relations, TellsTheNodeTheTimeTakenInTestRuns) {
+  SetEnvironmentVariableW(_T("KV_TEST_ENV"), _T("YES"));
+  WorkNode done, failed;
+  const auto work = [](QFeThreadStatus status) {
+    return [status](void*&) {
+      StepClock::SetTime({2024, 5, 3, 17, 13, 2, 5, 0}, 1715950925);
+      return status;
+    };
+  };
+  done.run = work(eThreadDone);
+  failed.run = work(eThreadNotHandled);
+  Ask(done);
+  clock.AwaitThreads();
+  EXPECT_EQ(done.GetTimeTakenForGTP(), _T("01:02:05"));
+  Ask(failed);
+  clock.AwaitThreads();
+  EXPECT_EQ(failed.GetTimeTakenForGTP(), _T(""));
+  SetEnvironmentVariableW(_T("KV_TEST_ENV"), nullptr);
+}
+
+TEST_F(Relations, DumpsItsFields) {
+  const auto hex = [](const void* address) { return fmt::format("{:x}", reinterpret_cast<std::uintptr_t>(address)); };
+  WorkNode node;
+  QFThreadDataLink link;
+  node.run = [](void*&) {
+    StepClock::SetTime({2024, 5, 3, 17, 13, 2, 5, 0}, 1715950925);
+    return eThreadDoneKeepData;
+  };
+  QFThreadData* data = Ask(node, &link, QFeThreadType(3), QFeThreadEndType(1));
+  clock.AwaitThreads();
+  data->SetActionString(_T("Bohren %s \u00FC"));
+  data->SetActionProgress(45);
+  const ScratchFolder folder;
+  const std::string path = (folder.Path() / "dump").string();
+  FILE* file = std::fopen(path.c_str(), "wb");
+  data->DumpData(file);
+  std::fclose(file);
+  data->DumpData(nullptr);
+  EXPECT_EQ(ReadFile(path),
+            "\n============================ QFThreadData Start ================================\n"
+            "\n Address of m_pDocument: " +
+                hex(&document_) +
+                "\n m_dwThreadID: 0"
+                "\n m_hThread: 0"
+                "\n m_eThreadStatus : eThreadDoneKeepData"
+                "\n m_StartTime: 2024-05-17 12:00:00"
+                "\n m_tStartTime: 1715947200"
+                "\n m_EndTime: 2024-05-17 13:02:05"
+                "\n m_tEndTime: 1715950925"
+                "\n Address of m_pCallingObject: " +
+                hex(&node) +
+                "\n Address of m_pCommandParameter: 0"
+                "\n m_nCommandContextID: 7"
+                "\n m_ActionString: Bohren %s \u00FC"
+                "\n m_nActionProgress: 45"
+                "\n m_eThreadType: 3"
+                "\n m_eThreadEndType: 1"
+                "\n============================ QFThreadData End ================================\n");
 }
 
 }  // namespace
