@@ -3,19 +3,16 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
-#include "framework/text.h"
+#include "host/text_table.h"
 #include "platform/console.h"
 
 namespace kestrova {
 namespace {
 
 constexpr int kStderr = 2;
-constexpr std::size_t kColumns = 6;
-using Row = std::array<std::string, kColumns>;
 
 bool IsRunning(const JobView& job) { return job.status == eThreadRunning || job.status == eThreadSuspended; }
 
@@ -24,15 +21,13 @@ bool IsOver(const JobView& job) {
          job.status == eThreadDoneKeepData;
 }
 
-// Characters, as near as a terminal's columns can be told.
-std::size_t WidthOf(const std::string& text) {
-  return std::size_t(std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xC0) != 0x80; }));
-}
-
 }  // namespace
 
 std::string JobScreen::Line(const JobView& job, std::chrono::milliseconds elapsed) {
-  return fmt::format("{:3}% {}  {}  {:.1f} s", job.percent, job.name, job.step, double(elapsed.count()) / 1000);
+  std::string line =
+      fmt::format("{:3}% {}  {}  {:.1f} s", job.percent, job.name, job.step, double(elapsed.count()) / 1000);
+  BlankControls(line);
+  return line;
 }
 
 void JobScreen::Show(const std::vector<JobView>& jobs) {
@@ -73,25 +68,19 @@ void JobScreen::Tell(const std::vector<JobView>& jobs) {
     QFeThreadStatus& told = told_[place];
     if (told == job.status || !(IsRunning(job) || IsOver(job))) continue;
     told = job.status;
-    fmt::print(stderr, "{}, {}: {}\n", job.name, job.action, TextOf(job.status));
+    std::string line = fmt::format("{}, {}: {}", job.name, job.action, TextOf(job.status));
+    BlankControls(line);
+    fmt::print(stderr, "{}\n", line);
   }
 }
 
 std::string JobsTable(const std::vector<JobView>& jobs) {
-  std::vector<Row> rows = {{"Name", "Action", "Status", "Start", "End", "Time taken"}};
+  TextTable table(
+      {{"Name", false}, {"Action", false}, {"Status", false}, {"Start", false}, {"End", false}, {"Time taken", false}});
   for (const JobView& job : jobs)
-    rows.push_back({job.name, job.action, fmt::format("{} {}", int(job.status), TextOf(job.status)), job.start, job.end,
-                    job.taken});
-  std::array<std::size_t, kColumns> widths = {};
-  for (const Row& row : rows)
-    for (std::size_t at = 0; at < kColumns; ++at) widths[at] = std::max(widths[at], WidthOf(row[at]));
-  std::string text;
-  for (const Row& row : rows) {
-    std::string line;
-    for (std::size_t at = 0; at < kColumns; ++at) line += row[at] + std::string(widths[at] - WidthOf(row[at]) + 2, ' ');
-    text += line.substr(0, line.find_last_not_of(' ') + 1) + "\n";
-  }
-  return text;
+    table.Add({job.name, job.action, fmt::format("{} {}", int(job.status), TextOf(job.status)), job.start, job.end,
+               job.taken});
+  return table.Text();
 }
 
 nlohmann::ordered_json JobsJson(const std::vector<JobView>& jobs) {

@@ -177,9 +177,9 @@ TEST(JobTable, HasColumnsAsWideAsTheirTexts) {
             "Name        Action    Status    Start     End       Time taken\n"
             "Bohren \u00D8 5  Generate  1 done    01:05:09  01:05:11  00:00:02\n"
             "Face        Generate  5 failed  01:05:09\n");
-  EXPECT_EQ(
-      JobScreen::Line({"Face", "", eThreadRunning, "fitting arcs", "", "", "", 45}, std::chrono::milliseconds(1250)),
-      " 45% Face  fitting arcs  1.2 s");
+  EXPECT_EQ(JobScreen::Line({"Face\x1b", "", eThreadRunning, "fitting arcs", "", "", "", 45},
+                            std::chrono::milliseconds(1250)),
+            " 45% Face   fitting arcs  1.2 s");
 }
 
 struct Row {

@@ -1,5 +1,7 @@
 #include "tests/jobs/job_support.h"
 
+#include "tests/registered.h"
+
 namespace kvtest {
 namespace {
 
@@ -95,10 +97,7 @@ JobTest::JobTest() : settings_(_T("Settings"), _T("Software\\Zemlor\\Kestrova\\J
   settings_.AddValue(_T("ThreadDel"), 1);
   g_settings = &settings_;
   g_document = &document_;
-  QFShareRegisterDocCBK(
-      nullptr, nullptr, [] { return t_document ? t_document : g_document; }, nullptr, nullptr, nullptr, nullptr,
-      [] { return g_settings; }, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-      nullptr);
+  Register({.document = [] { return t_document ? t_document : g_document; }, .appSettings = [] { return g_settings; }});
   manager.log = &log;
   manager.clock = &clock;
   QFThreadBaseMgr::m_pInstance = &manager;

@@ -1,12 +1,11 @@
 // How jobs stand to one another: repeats, similar ones, parents and children; and the record's texts.
 #include <fmt/format.h>
 
-#include <cstdio>
 #include <cstdlib>
 
 #include "platform/process.h"
 #include "tests/jobs/job_support.h"
-#include "tests/scratch.h"
+#include "tests/objects/dumped.h"
 
 namespace {
 
@@ -188,32 +187,25 @@ TEST_F(Relations, DumpsItsFields) {
   clock.AwaitThreads();
   data->SetActionString(_T("Bohren %s \u00FC"));
   data->SetActionProgress(45);
-  const ScratchFolder folder;
-  const std::string path = (folder.Path() / "dump").string();
-  FILE* file = std::fopen(path.c_str(), "wb");
-  data->DumpData(file);
-  std::fclose(file);
   data->DumpData(nullptr);
-  EXPECT_EQ(ReadFile(path),
-            "\n============================ QFThreadData Start ================================\n"
-            "\n Address of m_pDocument: " +
-                hex(&document_) +
-                "\n m_dwThreadID: 0"
-                "\n m_hThread: 0"
-                "\n m_eThreadStatus : eThreadDoneKeepData"
-                "\n m_StartTime: 2024-05-17 12:00:00"
-                "\n m_tStartTime: 1715947200"
-                "\n m_EndTime: 2024-05-17 13:02:05"
-                "\n m_tEndTime: 1715950925"
-                "\n Address of m_pCallingObject: " +
-                hex(&node) +
-                "\n Address of m_pCommandParameter: 0"
-                "\n m_nCommandContextID: 7"
-                "\n m_ActionString: Bohren %s \u00FC"
-                "\n m_nActionProgress: 45"
-                "\n m_eThreadType: 3"
-                "\n m_eThreadEndType: 1"
-                "\n============================ QFThreadData End ================================\n");
+  const std::string expected = DumpBanner("QFThreadData Start") + "\n Address of m_pDocument: " + hex(&document_) +
+                               "\n m_dwThreadID: 0"
+                               "\n m_hThread: 0"
+                               "\n m_eThreadStatus : eThreadDoneKeepData"
+                               "\n m_StartTime: 2024-05-17 12:00:00"
+                               "\n m_tStartTime: 1715947200"
+                               "\n m_EndTime: 2024-05-17 13:02:05"
+                               "\n m_tEndTime: 1715950925"
+                               "\n Address of m_pCallingObject: " +
+                               hex(&node) +
+                               "\n Address of m_pCommandParameter: 0"
+                               "\n m_nCommandContextID: 7"
+                               "\n m_ActionString: Bohren %s \u00FC"
+                               "\n m_nActionProgress: 45"
+                               "\n m_eThreadType: 3"
+                               "\n m_eThreadEndType: 1" +
+                               DumpBanner("QFThreadData End");
+  EXPECT_EQ(Dumped([&](FILE* file) { data->DumpData(file); }), expected);
 }
 
 }  // namespace
