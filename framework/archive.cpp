@@ -284,10 +284,14 @@ CArchive& CArchive::operator>>(CString& text) {
     EnsureRead(text.GetBufferSetLength(int(length)), length * sizeof(TCHAR));
     return *this;
   }
-  std::string narrow(length, '\0');
-  EnsureRead(narrow.data(), length);
-  const int units = MultiByteToWideChar(kNarrowCodePage, 0, narrow.data(), int(length), nullptr, 0);
-  MultiByteToWideChar(kNarrowCodePage, 0, narrow.data(), int(length), text.GetBufferSetLength(units), units);
+  TCHAR* const units = text.GetBufferSetLength(int(length));  // the code page has a unit for each byte
+  char piece[256];
+  for (std::size_t done = 0; done < length;) {
+    const auto bytes = int(std::min(length - done, sizeof piece));
+    EnsureRead(piece, std::size_t(bytes));
+    MultiByteToWideChar(kNarrowCodePage, 0, piece, bytes, units + done, bytes);
+    done += std::size_t(bytes);
+  }
   return *this;
 }
 
@@ -300,6 +304,16 @@ bool CArchive::ReadIfEqual(const CString& text) {
   if (std::memcmp(m_pIn + sizeof head, text.GetString(), bytes) != 0) return false;
   m_pIn += sizeof head + bytes;
   return true;
+}
+
+std::size_t CArchive::StoredBytes(const CString& text, BYTE* bytes, std::size_t room) {
+  const std::size_t length = std::size_t(text.GetLength());
+  const BYTE head[4] = {0xFF, 0xFE, 0xFF, BYTE(length)};
+  const std::size_t stored = sizeof head + length * sizeof(TCHAR);
+  if (length >= 0xFF || stored > room) return 0;
+  std::memcpy(bytes, head, sizeof head);
+  std::memcpy(bytes + sizeof head, text.GetString(), length * sizeof(TCHAR));
+  return stored;
 }
 
 void CArchive::WriteCount(ULONGLONG count) {

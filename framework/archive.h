@@ -13,6 +13,7 @@
 #include <functional>
 #include <memory>
 #include <type_traits>
+#include <utility>
 
 #include "framework/exception.h"
 #include "framework/file.h"
@@ -120,6 +121,15 @@ class KVSHARE_API CArchive {
   // Reads the next text if it is stored just as this one would be; else reads nothing and gives false, as it may do for
   // a text that is equal, too. For texts that come again and again: what is known already needs no memory of its own.
   bool ReadIfEqual(const CString& text);
+  // The same for bytes, one at least, such as several such texts in the form that StoredBytes gives them.
+  bool ReadIfNext(const void* bytes, std::size_t count) {
+    if (std::size_t(m_pInEnd - m_pIn) < count || std::memcmp(m_pIn, bytes, count) != 0) return false;
+    m_pIn += count;
+    return true;
+  }
+  // Writes a text into the room just as it is stored, and gives the number of bytes; 0, with nothing written, for one
+  // of 255 units or more and for want of room.
+  static std::size_t StoredBytes(const CString& text, BYTE* bytes, std::size_t room);
 
   void WriteCount(ULONGLONG count);
   // Raises endOfFile if that many elements of at least elementBytes each can't be left. With 0 the count is taken as it
@@ -147,6 +157,9 @@ class KVSHARE_API CArchive {
   //
   // Raises badClass, before an object is made, if the class is not the wanted one or below it; null wants any.
   CObject* ReadObject(const CRuntimeClass* wanted);
+  // Reads references of any class to objects that were met before, for as long as the next is such a one and stands in
+  // the buffer, at most count of them. Gives their number. For long lists of references.
+  std::size_t ReadKnownObjects(CObject** objects, std::size_t count);
   // As ReadObject, for a reference that owns: raises badIndex if the object was met before, so that damaged bytes can't
   // give one object two owners.
   CObject* ReadOwnedObject(const CRuntimeClass* wanted);
@@ -169,12 +182,14 @@ class KVSHARE_API CArchive {
     const KnownClass& known = m_known[PlaceOf(record)];
     if (known.record != record) return SerializeClassWhole(record);
     if (std::size_t(m_pInEnd - m_pIn) >= sizeof known.tag) {
-      if (std::memcmp(m_pIn, &known.tag, sizeof known.tag) != 0) return SerializeClassWhole(record);
-      m_pIn += sizeof known.tag;
+      ULONGLONG next = 0;
+      std::memcpy(&next, m_pIn, sizeof next);
+      if (((next ^ known.tag) & known.TagMask()) != 0) return SerializeClassWhole(record);
+      m_pIn += known.tagBytes;
       m_nSchema = known.schema;
     } else if (std::size_t(m_pOutEnd - m_pOut) >= sizeof known.tag) {
-      std::memcpy(m_pOut, &known.tag, sizeof known.tag);
-      m_pOut += sizeof known.tag;
+      std::memcpy(m_pOut, &known.tag, sizeof known.tag);  // what is behind the tag is written over
+      m_pOut += known.tagBytes;
       m_nSchema = UINT(-1);
     } else {
       SerializeClassWhole(record);
@@ -184,7 +199,7 @@ class KVSHARE_API CArchive {
   // The schema of the object or class record read last, without VERSIONABLE_SCHEMA; it answers once and then
   // gives UINT(-1), as it does when storing, until the next one. After a nested reference it is again what it was
   // ahead.
-  UINT GetObjectSchema() noexcept;
+  UINT GetObjectSchema() noexcept { return std::exchange(m_nSchema, UINT(-1)); }
   void SetObjectSchema(UINT schema) noexcept { m_nSchema = schema; }
 
  private:
@@ -193,13 +208,17 @@ class KVSHARE_API CArchive {
   // A class that this archive has met, with the tag by which it is met again. One for each place of a small table: of
   // classes that share a place the last one is known.
   struct KnownClass {
+    ULONGLONG TagMask() const { return (ULONGLONG{1} << tagBytes * 8) - 1; }
+
     CRuntimeClass* record = nullptr;
-    WORD tag = 0;
+    ULONGLONG tag = 0;  // its bytes, of which there are 2 or 6
+    WORD tagBytes = 0;
     WORD schema = 0;
   };
   static constexpr std::size_t kKnownClasses = 32;
   static std::size_t PlaceOf(const CRuntimeClass* record) { return record->m_nNumber % kKnownClasses; }
   void SerializeClassWhole(const CRuntimeClass* record);
+  static ULONGLONG TagOf(DWORD number, bool isClass, std::size_t& bytes);
   void NoteKnown(CRuntimeClass* record, DWORD number, UINT schema);
 
   void MakeRoom();
@@ -215,6 +234,9 @@ class KVSHARE_API CArchive {
   void EnterNumber();
   CRuntimeClass* ReadNewClass(UINT& schema);
   CRuntimeClass* ReadClassBehind(DWORD tag, UINT& schema);
+  CObject* NextKnownObject(std::size_t& bytes) const;
+  CObject* ReadKnownObject(const CRuntimeClass* wanted);
+  CRuntimeClass* ReadKnownClass(const CRuntimeClass* wanted, UINT& schema);
   CObject* ReadReference(const CRuntimeClass* wanted, bool onlyNew);
   CObject* ReadNewObject(DWORD tag, const CRuntimeClass* wanted);
   LoadedObjects& Loaded();

@@ -16,6 +16,7 @@ constexpr WORD kClassBit = 0x8000;
 constexpr WORD kBigTag = 0x7FFF;  // a DWORD follows
 constexpr DWORD kBigClassBit = 0x80000000;
 constexpr DWORD kLastNumber = 0x3FFFFFFE;
+constexpr std::size_t kLongestTag = sizeof(WORD) + sizeof(DWORD);
 constexpr std::size_t kLongestClassName = 63;
 constexpr std::size_t kStackReserve = 128 * 1024;  // for what a Serialize itself needs
 constexpr UINT kNoSchemaYet = UINT(-1);
@@ -51,16 +52,22 @@ StoredNumbers& CArchive::Stored() {
   return *m_stored;
 }
 
-UINT CArchive::GetObjectSchema() noexcept { return std::exchange(m_nSchema, kNoSchemaYet); }
-
 // ---- storing
 
+// The tag's bytes, from the lowest on, and how many there are.
+ULONGLONG CArchive::TagOf(DWORD number, bool isClass, std::size_t& bytes) {
+  const bool big = number >= kBigTag;
+  bytes = big ? kLongestTag : sizeof(WORD);
+  return big ? kBigTag | ULONGLONG(isClass ? kBigClassBit | number : number) << 16
+             : ULONGLONG(isClass ? kClassBit | number : number);
+}
+
 void CArchive::WriteTag(DWORD number, bool isClass) {
-  if (number < kBigTag) {
-    *this << WORD(isClass ? kClassBit | number : number);
-  } else {
-    *this << kBigTag << DWORD(isClass ? kBigClassBit | number : number);
-  }
+  std::size_t bytes = 0;
+  const ULONGLONG tag = TagOf(number, isClass, bytes);
+  if (std::size_t(m_pOutEnd - m_pOut) < sizeof tag) MakeRoom();
+  std::memcpy(m_pOut, &tag, sizeof tag);  // what is behind the tag is written over
+  m_pOut += bytes;
 }
 
 void CArchive::WriteObject(const CObject* object) {
@@ -84,6 +91,7 @@ void CArchive::WriteObject(const CObject* object) {
 void CArchive::WriteObjectWhole(const CObject* object) {
   if (!object) return WriteObject(object);
   CheckStoring();
+  if (const DWORD number = Stored().NumberOf(object)) return WriteTag(number, /*isClass=*/false);
   if (Stored().IsUnstorable(object)) Fail(CArchiveException::badClass);
   const ULONGLONG position = m_nFlushed + ULONGLONG(m_pOut - m_pBuffer);
   const DWORD count = Stored().GetCount();
@@ -118,8 +126,9 @@ void CArchive::TakeBackStored(ULONGLONG position, DWORD count) {
 
 void CArchive::WriteClass(const CRuntimeClass* record) {
   const KnownClass& known = m_known[PlaceOf(record)];
-  if (known.record == record) {
-    *this << known.tag;
+  if (known.record == record && std::size_t(m_pOutEnd - m_pOut) >= sizeof known.tag) {
+    std::memcpy(m_pOut, &known.tag, sizeof known.tag);
+    m_pOut += known.tagBytes;
     return;
   }
   CheckStoring();
@@ -138,9 +147,11 @@ void CArchive::WriteClass(const CRuntimeClass* record) {
   NoteKnown(const_cast<CRuntimeClass*>(record), number, StoredSchema(record));
 }
 
-// Behind a tag of that number, or the record to which it was given. Only small numbers fit a tag alone.
+// Behind a tag of that number, or the record to which it was given.
 void CArchive::NoteKnown(CRuntimeClass* record, DWORD number, UINT schema) {
-  if (number < kBigTag) m_known[PlaceOf(record)] = {record, WORD(kClassBit | number), WORD(schema)};
+  std::size_t bytes = 0;
+  const ULONGLONG tag = TagOf(number, /*isClass=*/true, bytes);
+  m_known[PlaceOf(record)] = {record, tag, WORD(bytes), WORD(schema)};
 }
 
 // ---- loading
@@ -203,11 +214,16 @@ void CArchive::EnterNumber() {
 }
 
 CRuntimeClass* CArchive::ReadClass(const CRuntimeClass* wanted, UINT* schema) {
+  UINT read = 0;
+  CRuntimeClass* record = ReadKnownClass(wanted, read);
+  if (record) {
+    if (schema) *schema = read;
+    return record;
+  }
   CheckLoading();
   DWORD tag = 0;
-  UINT read = 0;
   if (!ReadTag(tag)) Fail(CArchiveException::badIndex);
-  CRuntimeClass* record = ReadClassBehind(tag, read);
+  record = ReadClassBehind(tag, read);
   if (wanted && !record->IsDerivedFrom(wanted)) Fail(CArchiveException::badClass);
   if (schema) *schema = read;
   return record;
@@ -217,11 +233,59 @@ CObject* CArchive::ReadObject(const CRuntimeClass* wanted) { return ReadReferenc
 
 CObject* CArchive::ReadOwnedObject(const CRuntimeClass* wanted) { return ReadReference(wanted, /*onlyNew=*/true); }
 
-CObject* CArchive::ReadReference(const CRuntimeClass* wanted, bool onlyNew) {
-  if (std::size_t(m_pInEnd - m_pIn) >= sizeof kNullTag && std::memcmp(m_pIn, &kNullTag, sizeof kNullTag) == 0) {
-    m_pIn += sizeof kNullTag;  // most references of a document
-    return nullptr;
+// The object of the reference that is next, of which kLongestTag bytes stand in the buffer, and the bytes of its tag.
+// Null if it is null, new, or none that is valid.
+inline CObject* CArchive::NextKnownObject(std::size_t& bytes) const {
+  WORD word = 0;
+  std::memcpy(&word, m_pIn, sizeof word);
+  DWORD number = word;
+  if (word == kBigTag) std::memcpy(&number, m_pIn + sizeof word, sizeof number);
+  bytes = word == kBigTag ? kLongestTag : sizeof word;
+  return word <= kBigTag ? m_pLoaded->ObjectAt(number) : nullptr;
+}
+
+// Reads a reference to an object that was met before, if it stands in the buffer and is a valid one. Otherwise reads
+// nothing and gives null.
+CObject* CArchive::ReadKnownObject(const CRuntimeClass* wanted) {
+  if (std::size_t(m_pInEnd - m_pIn) < kLongestTag || !m_pLoaded) return nullptr;
+  std::size_t bytes = 0;
+  CObject* object = NextKnownObject(bytes);
+  if (!object || (wanted && !object->IsKindOf(wanted))) return nullptr;
+  m_pIn += bytes;
+  return object;
+}
+
+std::size_t CArchive::ReadKnownObjects(CObject** objects, std::size_t count) {
+  if (!m_pLoaded) return 0;
+  std::size_t done = 0;
+  for (; done < count && std::size_t(m_pInEnd - m_pIn) >= kLongestTag; ++done) {
+    std::size_t bytes = 0;
+    CObject* object = NextKnownObject(bytes);
+    if (!object) break;
+    objects[done] = object;
+    m_pIn += bytes;
   }
+  return done;
+}
+
+// The same for a class record.
+CRuntimeClass* CArchive::ReadKnownClass(const CRuntimeClass* wanted, UINT& schema) {
+  WORD word = 0;
+  if (std::size_t(m_pInEnd - m_pIn) < sizeof word || !m_pLoaded) return nullptr;
+  std::memcpy(&word, m_pIn, sizeof word);
+  if (word < kClassBit || word == kNewClassTag) return nullptr;
+  const LoadedObjects::Class* met = m_pLoaded->ClassAt(word & ~DWORD(kClassBit));
+  if (!met || (wanted && !met->IsBelow(wanted))) return nullptr;
+  m_pIn += sizeof word;
+  schema = met->schema;
+  if (m_known[PlaceOf(met->record)].record != met->record) NoteKnown(met->record, word & ~DWORD(kClassBit), schema);
+  return met->record;
+}
+
+CObject* CArchive::ReadReference(const CRuntimeClass* wanted, bool onlyNew) {
+  if (ReadIfNext(&kNullTag, sizeof kNullTag)) return nullptr;
+  if (!onlyNew)
+    if (CObject* object = ReadKnownObject(wanted)) return object;
   CheckLoading();
   DWORD tag = 0;
   if (ReadTag(tag)) {
@@ -267,15 +331,14 @@ ULONGLONG CArchive::DeleteLoaded(const std::function<bool(const CObject*)>& unwa
 void CArchive::MapObject(const CObject* object) {
   if (!object) return;
   if (m_bLoading) {
-    CheckLoading();
+    if (!m_pLoaded) CheckLoading();
     EnterNumber();
     Loaded().AddObject(object, /*made=*/false);
     return;
   }
   CheckStoring();
   StoredNumbers& stored = Stored();
-  if (stored.NumberOf(object) != 0) return;
-  if (stored.GetCount() >= kLastNumber) Fail(CArchiveException::badIndex);
+  if (stored.GetCount() >= kLastNumber && stored.NumberOf(object) == 0) Fail(CArchiveException::badIndex);
   stored.Enter(object);
 }
 

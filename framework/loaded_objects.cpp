@@ -105,17 +105,8 @@ void LoadedObjects::AddClass(CRuntimeClass* record, UINT schema) {
   classes_.push_back({record, schema});
 }
 
-CObject* LoadedObjects::ObjectAt(DWORD number) const {
-  if (number == 0 || number > count_) return nullptr;
-  const std::uintptr_t entry = EntryAt(number);
-  if ((entry & kMask) == kClass) return nullptr;
-  auto* object = reinterpret_cast<CObject*>(entry & ~kMask);
-  return IsDestroyed(object, number) ? nullptr : object;
-}
-
 // An address may be used again by a later object: what died when there were fewer numbers was an earlier one.
 bool LoadedObjects::IsDestroyed(const CObject* object, DWORD number) const {
-  if (destroyed_.empty()) return false;
   const auto found = destroyed_.find(object);
   return found != destroyed_.end() && found->second >= number;
 }
@@ -129,6 +120,8 @@ void LoadedObjects::NoteDestroyed(const CObject* object) noexcept {
       delete at;
     } else if (address >= at->lowest_ && address <= at->highest_) {
       at->destroyed_[object] = at->GetCount();
+      at->lowest_destroyed_ = std::min(at->lowest_destroyed_, address);
+      at->highest_destroyed_ = std::max(at->highest_destroyed_, address);
     }
     at = next;
   }

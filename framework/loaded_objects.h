@@ -20,7 +20,15 @@ class LoadedObjects {
  public:
   struct Class {
     CRuntimeClass* record;
-    UINT schema;  // as it stood in the archive
+    UINT schema;                                  // as it stood in the archive
+    mutable const CRuntimeClass* base = nullptr;  // one that it is known to be below
+
+    bool IsBelow(const CRuntimeClass* wanted) const {
+      if (wanted == base) return true;
+      if (!record->IsDerivedFrom(wanted)) return false;
+      base = wanted;
+      return true;
+    }
   };
 
   // Opened for this thread; Close it there. Closing it on another thread is allowed too: it then ends its reports and
@@ -45,7 +53,15 @@ class LoadedObjects {
     const std::uintptr_t entry = EntryAt(number);
     return (entry & kMask) == kClass ? &classes_[entry >> 2] : nullptr;
   }
-  CObject* ObjectAt(DWORD number) const;
+  CObject* ObjectAt(DWORD number) const {
+    if (number == 0 || number > count_) return nullptr;
+    const std::uintptr_t entry = EntryAt(number);
+    if ((entry & kMask) == kClass) return nullptr;
+    const std::uintptr_t address = entry & ~std::uintptr_t(kMask);
+    auto* object = reinterpret_cast<CObject*>(address);
+    return address >= lowest_destroyed_ && address <= highest_destroyed_ && IsDestroyed(object, number) ? nullptr
+                                                                                                        : object;
+  }
 
   // Deletes the objects with numbers above count that the archive made and that still live, in ascending order. Memory
   // of what dies meanwhile is held until the end and answers as a bare CObject, so that a destructor may ask or delete
@@ -99,6 +115,8 @@ class LoadedObjects {
   std::unordered_map<const CObject*, DWORD> destroyed_;  // count of numbers at the last destruction at that address
   std::uintptr_t lowest_ = UINTPTR_MAX;                  // of the addresses of objects: others need no note
   std::uintptr_t highest_ = 0;
+  std::uintptr_t lowest_destroyed_ = UINTPTR_MAX;  // of those in destroyed_: all others live
+  std::uintptr_t highest_destroyed_ = 0;
   LoadedObjects** home_ = nullptr;  // the list of the thread
   LoadedObjects* next_ = nullptr;
   std::atomic<bool> abandoned_ = false;

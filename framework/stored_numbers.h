@@ -36,11 +36,12 @@ class StoredNumbers {
     return group ? group->NumberAt(at) : 0;
   }
 
-  // Gives a key that is not known the next number.
+  // Gives a key that is not known the next number. 0, with nothing changed, for one that is known.
   DWORD Enter(const void* key) {
     const Address at(key);
     Place* place = &PlaceOf(at.group);
     if (!place->group) place = &Open(at.group);
+    if (place->group->Has(at)) return 0;
     if (place->group->count == place->group->room) place->group = Widened(place->group);
     place->group->Insert(at, ++count_);
     return count_;
@@ -90,7 +91,8 @@ class StoredNumbers {
     std::size_t RankOf(const Address& at) const {
       return ahead[at.word] + std::size_t(std::popcount(known[at.word] & (at.bit - 1)));
     }
-    DWORD NumberAt(const Address& at) const { return (known[at.word] & at.bit) != 0 ? Numbers()[RankOf(at)] : 0; }
+    bool Has(const Address& at) const { return (known[at.word] & at.bit) != 0; }
+    DWORD NumberAt(const Address& at) const { return Has(at) ? Numbers()[RankOf(at)] : 0; }
     void Insert(const Address& at, DWORD number) {
       DWORD* place = Numbers() + RankOf(at);
       std::memmove(place + 1, place, std::size_t(Numbers() + count - place) * sizeof(DWORD));

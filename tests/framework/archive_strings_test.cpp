@@ -124,16 +124,24 @@ TEST(ArchiveStrings, ReadIfEqualTakesAllOfAnEqualTextOrNothing) {
       {"02 41 42 34 12", _T("AB"), false},  // narrow
   };
   for (const auto& row : rows) {
-    Load(Bytes("00 00") + Bytes(row.bytes), [&](CArchive& ar) {
-      CString text = row.known;
-      WORD next = 0;
-      ar >> next;
-      EXPECT_EQ(ar.ReadIfEqual(text), row.equal) << row.bytes;
-      if (!row.equal) ar >> text;
-      ar >> next;
-      EXPECT_EQ(next, 0x1234) << row.bytes;
-    });
+    for (const bool asBytes : {false, true}) {
+      Load(Bytes("00 00") + Bytes(row.bytes), [&](CArchive& ar) {
+        CString text = row.known;
+        BYTE stored[10] = {};
+        const std::size_t count = CArchive::StoredBytes(text, stored, sizeof stored);
+        WORD next = 0;
+        ar >> next;
+        EXPECT_EQ(asBytes ? ar.ReadIfNext(stored, count) : ar.ReadIfEqual(text), row.equal) << row.bytes;
+        if (!row.equal) ar >> text;
+        ar >> next;
+        EXPECT_EQ(next, 0x1234) << row.bytes;
+      });
+    }
   }
+  BYTE stored[600] = {};
+  EXPECT_EQ(CArchive::StoredBytes(CString(_T("ABCD")), stored, 11), 0u) << "no room";
+  EXPECT_EQ(CArchive::StoredBytes(CString(_T('x'), 254), stored, sizeof stored), 512u);
+  EXPECT_EQ(CArchive::StoredBytes(CString(_T('x'), 255), stored, sizeof stored), 0u) << "another length record";
   Load(Bytes("00 00 FF FE FF 01 41"), [](CArchive& ar) {
     WORD ahead = 0;
     ar >> ahead;
