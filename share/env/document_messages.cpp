@@ -1,6 +1,8 @@
 // Core messages to the active document.
 #include "share/env/document_messages.h"
 
+#include <utility>
+
 #include "companions/geometry/constants.h"
 #include "share/env/document_callbacks.h"
 #include "share/env/version_info.h"
@@ -26,12 +28,28 @@ int SendToActiveDocument(QF_CORE_MESSAGE_ID message, void* value) { return Send(
 
 // ---- reading and saving
 
-float GetActiveDocReadStorageUnits() {
+namespace {
+
+[[gnu::tls_model("initial-exec")]] thread_local constinit float* t_knownUnits = nullptr;
+
+float AskForReadStorageUnits() {
   const float units = AskActiveDocument<float>(QF_CORE_GET_READ_STORAGE_UNITS);
   return units > -RESABS && units < RESABS ? CKVVersionInfo::QF_STORAGE_VERSION : units;
 }
 
-void SetActiveDocReadStorageUnits(float units) { SendToActiveDocument(QF_CORE_SET_READ_STORAGE_UNITS, &units); }
+}  // namespace
+
+float GetActiveDocReadStorageUnits() { return t_knownUnits ? *t_knownUnits : AskForReadStorageUnits(); }
+
+void SetActiveDocReadStorageUnits(float units) {
+  SendToActiveDocument(QF_CORE_SET_READ_STORAGE_UNITS, &units);
+  if (t_knownUnits) *t_knownUnits = AskForReadStorageUnits();
+}
+
+ReadStorageUnitsScope::ReadStorageUnitsScope()
+    : m_units(GetActiveDocReadStorageUnits()), m_outer(std::exchange(t_knownUnits, &m_units)) {}
+
+ReadStorageUnitsScope::~ReadStorageUnitsScope() { t_knownUnits = m_outer; }
 
 void SetDocumentModifiedFlag(int flag, QFObject* document) {
   Send(document ? document : GetActiveDocument(), QF_CORE_SET_DOCUMENT_MODIFIED, &flag);

@@ -20,6 +20,20 @@ KVSHARE_API int SendToActiveDocument(QF_CORE_MESSAGE_ID message, void* value);
 // The storage version of the document that is being read. A document that answers 0, within RESABS, counts as current:
 // 38.0; so does having none.
 KVSHARE_API float GetActiveDocReadStorageUnits();
+// While one lives, the calling thread asks the document no more: GetActiveDocReadStorageUnits gives what it gave when
+// this was made, or what SetActiveDocReadStorageUnits has brought about since. For a host that reads many objects one
+// behind the other, while the active document stays the same and changes its answer in no other way.
+class KVSHARE_API ReadStorageUnitsScope {
+ public:
+  ReadStorageUnitsScope();
+  ~ReadStorageUnitsScope();
+  ReadStorageUnitsScope(const ReadStorageUnitsScope&) = delete;
+  ReadStorageUnitsScope& operator=(const ReadStorageUnitsScope&) = delete;
+
+ private:
+  float m_units;
+  float* m_outer;
+};
 // Tells the document which one to answer from now on.
 KVSHARE_API void SetActiveDocReadStorageUnits(float units);
 // To the document given, or to the active one for null.

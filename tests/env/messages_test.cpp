@@ -92,6 +92,24 @@ TEST_F(Messages, StorageVersionZeroCountsAsCurrent) {
   EXPECT_TRUE(document.sent.starts_with("202 201 202 201 ")) << document.sent;
 }
 
+TEST_F(Messages, StorageVersionIsAskedOnceWithinAScope) {
+  Listener document;
+  g_document = &document;
+  SetActiveDocReadStorageUnits(31.6f);
+  {
+    const ReadStorageUnitsScope scope;
+    document.sent.clear();
+    EXPECT_EQ(GetActiveDocReadStorageUnits(), 31.6f);
+    EXPECT_EQ(document.sent, "");
+    SetActiveDocReadStorageUnits(6.0f);
+    const ReadStorageUnitsScope inner;
+    EXPECT_EQ(GetActiveDocReadStorageUnits(), 6.0f);
+    EXPECT_EQ(document.sent, "202 201 ");
+  }
+  EXPECT_EQ(GetActiveDocReadStorageUnits(), 6.0f);
+  EXPECT_EQ(document.sent, "202 201 201 ");
+}
+
 TEST_F(Messages, TextsComeFromTheDocument) {
   EXPECT_EQ(GetDocTitle(), _T(""));
   EXPECT_EQ(GetDocServicePack(), _T(""));
