@@ -176,6 +176,8 @@ class KVSHARE_API CString {
 
  private:
   friend class CArchive;  // reads texts as they lie in its buffer
+  template <class>
+  friend class Supply;
 
   // Stands ahead of the units, which end with a NUL. users is -1 for the one empty text that all share.
   struct Header {
@@ -200,6 +202,14 @@ class KVSHARE_API CString {
     if (Head()->users.load(std::memory_order_relaxed) > 0) Head()->users.fetch_add(1, std::memory_order_relaxed);
   }
   void Release() noexcept;
+  void AddUsers(int count) noexcept {
+    if (Head()->users.load(std::memory_order_relaxed) > 0) Head()->users.fetch_add(count, std::memory_order_acq_rel);
+  }
+  static CString Adopt(const CString& counted) noexcept {
+    CString copy;
+    copy.data_ = counted.data_;
+    return copy;
+  }
   void Assign(std::u16string_view text) { AssignUnits(text.data(), text.size()); }
   // As they lie in memory, which need not be where units may lie.
   void AssignUnits(const void* units, std::size_t count);

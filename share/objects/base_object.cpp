@@ -12,8 +12,7 @@ IMPLEMENT_SERIAL(QFBaseObject, CObject, VERSIONABLE_SCHEMA | 2)
 bool HasBaseObjectRecord(float readStorageUnits) { return std::abs(double(readStorageUnits)) > 6.1 - RESABS; }
 
 void QFBaseObject::Serialize(CArchive& ar) {
-  const float units = GetActiveDocReadStorageUnits();
-  if (ar.IsStoring() || HasBaseObjectRecord(units)) {
+  if (ar.IsStoring() || HasBaseObjectRecord(GetActiveDocReadStorageUnits())) {
     ar.SerializeClass(RUNTIME_CLASS(QFBaseObject));
     ar.GetObjectSchema();  // nothing depends on it yet; asking ends the record
   }

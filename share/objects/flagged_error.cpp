@@ -43,9 +43,8 @@ CFlaggedError& CFlaggedError::operator=(const CFlaggedError& other) {
 }
 
 void CFlaggedError::Serialize(CArchive& ar) {
-  const float units = GetActiveDocReadStorageUnits();
   int version = kNoRecord;
-  if (ar.IsStoring() || HasFlaggedErrorRecord(units)) {
+  if (ar.IsStoring() || HasFlaggedErrorRecord(GetActiveDocReadStorageUnits())) {
     ar.SerializeClass(RUNTIME_CLASS(CFlaggedError));
     version = int(ar.GetObjectSchema());
   }

@@ -19,11 +19,10 @@
 //   14  m_DisplayColor        DWORD                                      6  none
 //   15  m_pPatternMngr        reference to a QFObjectPatternMgr          7  null
 //   16  m_RegName             text                                       8  name of GetRuntimeClassForAutoIndexing()
-#include <array>
-
 #include "framework/archive.h"
 #include "share/objects/object.h"
 #include "share/objects/object_services.h"
+#include "share/objects/recent_texts.h"
 #include "share/objects/storage_status.h"
 
 IMPLEMENT_SERIAL(QFObject, QFBaseObject, VERSIONABLE_SCHEMA | 8)
@@ -58,50 +57,35 @@ void QFObject::StoreRecord(CArchive& ar) {
 
 namespace {
 
-// What the records that were read last had. Most nodes of a document share their stamps with the one ahead of them, and
-// the registered name with the last one of their class, and then share the memory, too.
-struct LastRecord {
-  AuditTrail trail;
-  std::array<CString, 16> regNames;  // by the class's number
-};
-thread_local LastRecord t_last;
+constexpr BYTE kNothing[sizeof(WORD)] = {};  // a null reference, and an empty list
 
 }  // namespace
 
 void QFObject::LoadRecord(CArchive& ar, unsigned version) {
-  if (version > 1) {
+  if (version > 1 && !ar.ReadIfNext(kNothing, sizeof kNothing)) {
     try {
       m_UserObjects.Load(ar);
     } catch (...) {
       AfxThrowArchiveException(CArchiveException::genericException);
     }
   }
-  LastRecord& last = t_last;
-  m_Trail = last.trail;
-  const auto loadStamp = [&](CString AuditTrail::Texts::*stamp) {
-    if (!ar.ReadIfEqual(m_Trail.Get().*stamp)) ar >> m_Trail.Change().*stamp;
-  };
+  RecentTexts& recent = RecentTexts::OfThread();
   LONG state = 0;
   ar >> m_Label;
-  loadStamp(&AuditTrail::Texts::createdBy);
-  loadStamp(&AuditTrail::Texts::dateCreated);
-  loadStamp(&AuditTrail::Texts::lastModified);
+  recent.LoadFirstStamps(ar, m_Trail);
   ar >> m_ObjectId >> state >> m_pOwner;
   m_iState = QFObjState(state);
   if (version > 2) {
-    loadStamp(&AuditTrail::Texts::lastModifiedBy);
+    recent.LoadLastStamp(ar, m_Trail);
   } else {
-    m_Trail.Change().lastModifiedBy = m_Trail.Get().createdBy;
+    recent.MakeLastStamp(m_Trail);
   }
-  last.trail = m_Trail;
   if (version > 3) ar >> m_NodeStatus;
   if (version > 4) LoadOriginalOwner(ar);
   if (version > 5) ar >> m_DisplayColor;
-  if (version > 6) LoadPattern(ar);
+  if (version > 6 && (m_pPatternMngr || !ar.ReadIfNext(kNothing, sizeof kNothing))) LoadPattern(ar);
   if (version > 7) {
-    CString& name = last.regNames[GetRuntimeClass()->m_nNumber % last.regNames.size()];
-    if (!ar.ReadIfEqual(name)) ar >> name;
-    m_RegName = name;
+    recent.LoadName(ar, GetRuntimeClass(), m_RegName);
   } else {
     const CRuntimeClass* indexed = GetRuntimeClassForAutoIndexing();
     m_RegName = indexed ? indexed->m_lpszClassName : "";
@@ -109,6 +93,10 @@ void QFObject::LoadRecord(CArchive& ar, unsigned version) {
 }
 
 void QFObject::LoadOriginalOwner(CArchive& ar) {
+  if (ar.ReadIfNext(kNothing, sizeof kNothing)) {
+    m_pOriginalOwner = nullptr;
+    return;
+  }
   try {
     ar >> m_pOriginalOwner;
     if (m_pOriginalOwner && !m_pOriginalOwner->m_UserObjects.Contains(this))

@@ -181,10 +181,25 @@ void UserObjects::Store(CArchive& ar) const {
   ForEach([&](CObject* object) { ar.WriteObject(object); });
 }
 
+// Takes up to count references to objects that the archive has met before, as many as there is room for.
+DWORD UserObjects::LoadKnown(CArchive& ar, ULONGLONG count) {
+  if (!m_pBody || m_pBody->index) return 0;
+  const DWORD room = m_pBody->capacity - m_pBody->end;
+  const auto known = DWORD(ar.ReadKnownObjects(Slots() + m_pBody->end, std::size_t(std::min<ULONGLONG>(count, room))));
+  m_pBody->end += known;
+  return known;
+}
+
 void UserObjects::Load(CArchive& ar) {
   const ULONGLONG count = ar.ReadCount(kShortestReference);
   if (count == 0) return;
   Reserve(DWORD(std::min<ULONGLONG>(count, kLargestReserve)) + DWORD(GetCount()));
   // An object that is read here may add itself meanwhile: the document decides whether it then stands here twice.
-  for (ULONGLONG left = count; left > 0; --left) Append(ar.ReadObject(nullptr));
+  for (ULONGLONG left = count; left > 0;) {
+    const DWORD known = LoadKnown(ar, left);
+    left -= known;
+    if (known != 0) continue;
+    Append(ar.ReadObject(nullptr));
+    --left;
+  }
 }

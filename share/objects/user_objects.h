@@ -75,6 +75,7 @@ class KVSHARE_API UserObjects {
   DWORD EnterInIndex(DWORD place);
   bool BuildIndex(bool dropDuplicates);
   void DropIndex() noexcept;
+  DWORD LoadKnown(CArchive& ar, ULONGLONG count);
 
   Body* m_pBody = nullptr;
 };

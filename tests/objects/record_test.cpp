@@ -4,6 +4,8 @@
 #include <fmt/format.h>
 
 #include <memory>
+#include <random>
+#include <vector>
 
 #include "share/env/document_messages.h"
 #include "share/objects/object.h"
@@ -188,6 +190,65 @@ TEST(NodeRecord, EqualStampsOfNeighboursStayEachNodesOwn) {
   delete loaded[0];
   delete loaded[2];
   delete loaded[3];
+}
+
+TEST(NodeRecord, StampsAndNamesThatComeAgainAreEachNodesOwn) {
+  const TestDocument document(38.0f);
+  const CString longest(_T('x'), 300);
+  const AuditTrail::Texts trails[] = {{_T("a"), _T("d"), _T("m"), _T("a")}, {_T("a"), _T("d"), _T("m"), _T("b")},
+                                      {_T("a"), _T("d"), _T("n"), _T("a")}, {_T("a"), longest, _T("m"), _T("a")},
+                                      {_T("a"), _T("d"), _T("m"), longest}, {}};
+  const CString names[] = {_T("QFHole"), longest, _T("QFHole"), _T("")};
+  std::mt19937 random(1);
+  std::vector<std::unique_ptr<RecordNode>> nodes;
+  std::vector<std::pair<std::size_t, std::size_t>> given;
+  for (int i = 0; i < 300; ++i) {
+    given.emplace_back(random() % std::size(trails), random() % std::size(names));
+    nodes.push_back(std::make_unique<RecordNode>());
+    nodes.back()->Stamp(trails[given.back().first]);
+    nodes.back()->SetRegNameForAutoIndexing(names[given.back().second]);
+  }
+  Reader reader(Store([&](CArchive& ar) {
+    for (const auto& node : nodes) ar << node.get();
+  }));
+  for (const auto& [trail, name] : given) {
+    RecordNode* read = nullptr;
+    reader.ar >> read;
+    const std::unique_ptr<RecordNode> node(read);
+    EXPECT_EQ(node->GetCreatedBy(), trails[trail].createdBy);
+    EXPECT_EQ(node->GetDateCreated(), trails[trail].dateCreated);
+    EXPECT_EQ(node->GetLastModified(), trails[trail].lastModified);
+    EXPECT_EQ(node->GetLastModifiedBy(), trails[trail].lastModifiedBy);
+    EXPECT_EQ(node->GetRegNameForAutoIndexing(), names[name]);
+  }
+}
+
+// References that are known already come beside one that is new, one that is null, and one of an own user.
+TEST(NodeRecord, LongListOfUsersKeepsItsOrder) {
+  const TestDocument document(38.0f);
+  RecordBytes bytes;
+  bytes.NewClass("RecordNode", 8).NewClass("QFObject", 8).NewClass("QFBaseObject", 2);
+  RecordBytes record;
+  record.Text(u"").Text(u"").Text(u"").Text(u"").Dword(0).Dword(0).Null().Text(u"").Word(0);
+  record.Null().Dword(0).Null().Text(u"");
+  constexpr int kUsers = 200;
+  bytes.Word(kUsers);  // RecordNode is class 1, the node 2, QFObject 3, QFBaseObject 4
+  bytes.Object(2).Class(1).Class(3).Class(4).Word(0).Bytes(record.Get()).Null();
+  for (int user = 3; user < kUsers; ++user) bytes.Object(user % 2 ? 5 : 2);
+  bytes.Bytes(record.Get());
+  Reader reader(bytes.Get());
+  RecordNode* read = nullptr;
+  reader.ar >> read;
+  const auto list = read->UserObjectsAsTheyLie();
+  ASSERT_EQ(list.size(), std::size_t(kUsers));
+  CObject* const fresh = list[1];
+  EXPECT_EQ(list[2], nullptr);
+  for (int user = 3; user < kUsers; ++user) EXPECT_EQ(list[std::size_t(user)], user % 2 ? fresh : read) << user;
+  for (CObject* user : {static_cast<CObject*>(read), fresh, static_cast<CObject*>(nullptr)})
+    read->RemoveFromUserObjectsList(static_cast<QFObject*>(user));
+  EXPECT_EQ(read->GetCountOfUserObjects(), 0);
+  delete read;
+  delete fresh;
 }
 
 TEST(NodeRecord, StateOutsideTheTableStaysAsStored) {
