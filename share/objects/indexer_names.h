@@ -14,8 +14,12 @@ class IndexerNames {
   // Entries of one name in the order of the list: one, unless a document brings more.
   using Entries = std::vector<QFObjectIndexer*>;
 
-  // To be called in the order of the helper's list.
-  void Append(QFObjectIndexer* entry) { m_entries[entry->GetIndexedClassName().View()].push_back(entry); }
+  // To be called in the order of the helper's list. With the record that gave the entry its name, which may be null.
+  void Append(QFObjectIndexer* entry, const CRuntimeClass* record) {
+    Entries& entries = m_entries[entry->GetIndexedClassName().View()];
+    entries.push_back(entry);
+    if (record) RecentOf(record) = {record, &entries};
+  }
 
   // Null if there is none; valid as long as this table.
   const Entries* Find(std::u16string_view name) const {
@@ -25,7 +29,7 @@ class IndexerNames {
   // By the name of a run-time class. Goes by the record's address and only makes sure of the name, which differs when
   // another library has been loaded in the place of one that was unloaded.
   const Entries* Find(const CRuntimeClass* record) {
-    Recent& recent = m_recent[(reinterpret_cast<std::uintptr_t>(record) * 0x9E3779B97F4A7C15u) >> (64 - kRecentBits)];
+    Recent& recent = RecentOf(record);
     if (recent.record != record || !IsNamed(*recent.entries->front(), record->m_lpszClassName)) {
       const Entries* entries = Find(CString(record->m_lpszClassName).View());
       if (!entries) return nullptr;
@@ -41,6 +45,10 @@ class IndexerNames {
     const CRuntimeClass* record = nullptr;
     const Entries* entries = nullptr;
   };
+
+  Recent& RecentOf(const CRuntimeClass* record) {
+    return m_recent[(reinterpret_cast<std::uintptr_t>(record) * 0x9E3779B97F4A7C15u) >> (64 - kRecentBits)];
+  }
 
   // Lengths decide most comparisons.
   struct ShorterFirst {

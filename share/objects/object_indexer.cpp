@@ -98,7 +98,8 @@ IndexerNames& QFObjectIndexerHelper::Names() {
   if (m_names) return *m_names;
   auto names = std::make_unique<IndexerNames>();
   for (POSITION at = m_ObjIndexerList.GetHeadPosition(); at;)
-    if (auto* entry = static_cast<QFObjectIndexer*>(m_ObjIndexerList.GetNext(at))) names->Append(entry);
+    if (auto* entry = static_cast<QFObjectIndexer*>(m_ObjIndexerList.GetNext(at)))
+      names->Append(entry, /*record=*/nullptr);
   m_names = std::move(names);
   return *m_names;
 }
@@ -119,7 +120,7 @@ QFObjectIndexer* QFObjectIndexerHelper::AddEntryFor(QFObject& node) {
   if (name.IsEmpty()) return nullptr;
   auto* entry = new QFObjectIndexer(name);
   m_ObjIndexerList.AddTail(entry);
-  Names().Append(entry);
+  Names().Append(entry, record);
   return entry;
 }
 

@@ -36,7 +36,10 @@ class KVSHARE_API QFObjectIndexer : public QFBaseObject {
   const CString& GetIndexedClassName() const { return m_className; }
 
   // The row of ids. A position counts from 0; of an id that stands there more than once the first is meant.
-  void AddId(DWORD id) { m_ObjectIds.push_back(id); }
+  void AddId(DWORD id) {
+    if (m_ObjectIds.empty()) m_ObjectIds.reserve(kFirstIds);
+    m_ObjectIds.push_back(id);
+  }
   bool HasIds() const { return !m_ObjectIds.empty(); }
   // -1 if the id is not there.
   int FindId(DWORD id);
@@ -62,6 +65,8 @@ class KVSHARE_API QFObjectIndexer : public QFBaseObject {
   QFObjectIndexer();
 
  private:
+  static constexpr std::size_t kFirstIds = 16;
+
   IdPositions& Positions();
 
   CString m_className;
