@@ -221,6 +221,18 @@ TEST_F(DocumentSalvage, UsesAreKnownOnBothSidesInWhateverOrder) {
   }
 }
 
+// Which only damage makes, of up to half the file: what is told of it is short.
+TEST_F(DocumentSalvage, EndlessLabelIsCutWhereItIsTold) {
+  auto& tool = Add<HostTool>(nullptr, _T("T"));
+  auto& operation = Add<HostOperation>(nullptr, CString(_T('n'), 300));
+  operation.SetTool(&tool);
+  tool.RemoveFromUserObjectsList(&operation);
+  LoadReport report;
+  Read(Store([&](CArchive& ar) { ar << &document_; }), report);
+  EXPECT_EQ(FindingsText(report),
+            "  Objects: HostOperation 2 \"" + std::string(80, 'n') + "...\" has 1 use that one side alone knows\n");
+}
+
 TEST_F(DocumentSalvage, RecycledNodeAheadOfItsOriginalOwnerStandsThereOnce) {
   const DocumentBytes bytes({{"HostFeature", -1, -1, {}, 1}, {"HostFeature", -1, -1, {0}}});
   LoadReport report;
