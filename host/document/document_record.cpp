@@ -15,6 +15,7 @@
 // So every node is known before the first of their records: whatever stands in them about another node, or about the
 // document, is a number, nothing is nested with the size of the document, and damage costs the records from the damaged
 // one on and no other.
+#include <algorithm>
 #include <exception>
 
 #include "framework/archive.h"
@@ -23,6 +24,7 @@
 #include "host/document/host_document.h"
 #include "host/progress_bar.h"
 #include "share/env/document_callbacks.h"
+#include "share/env/document_messages.h"
 
 namespace kestrova {
 
@@ -147,6 +149,7 @@ void HostDocument::MakeNodes(CArchive& ar, DocumentReading* reading) {
   if (reading) reading->promised = DWORD(count);
   ULONGLONG memory = count * kRowBytes;
   if (memory > room) AfxThrowArchiveException(CArchiveException::endOfFile, ar.m_strFileName);
+  m_nodes.reserve(std::size_t(std::min(count, (room - memory) / (sizeof(HostNode) + kNodeOverhead))));
   for (ULONGLONG row = 0; row < count; ++row) {
     const CRuntimeClass* record = ar.ReadClass(RUNTIME_CLASS(HostNode));
     if (NodeCount() == row && memory + NodeBytes(record) <= room) {
@@ -181,9 +184,11 @@ HostNode* HostDocument::StandIn(CArchive& ar, const CRuntimeClass* record) {
 
 void HostDocument::LoadNodes(CArchive& ar, DocumentReading* reading) {
   const ProgressBar bar("reading nodes", m_nodes.size());
+  const ReadStorageUnitsScope units;
   DWORD done = 0;
   try {
     for (; done < NodeCount(); ++done) {
+      FetchAhead(done);
       m_nodes[done]->Serialize(ar);
       if (reading) reading->whole = done + 1;
       TellProgress(done);

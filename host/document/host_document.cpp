@@ -108,6 +108,15 @@ class HostDocument::UseCheck {
 
 // ---- nodes
 
+// Whoever goes through the nodes one by one finds the next ones in the processor's cache.
+void HostDocument::FetchAhead(DWORD place) const {
+  constexpr DWORD kAhead = 8;
+  constexpr std::size_t kLine = 64;
+  if (const HostNode* node = AtOrNull(place + kAhead))
+    for (std::size_t at = 0; at < sizeof(HostNode); at += kLine)
+      __builtin_prefetch(reinterpret_cast<const BYTE*>(node) + at);
+}
+
 HostNode& HostDocument::Adopt(std::unique_ptr<HostNode> node, HostNode* owner) {
   node->m_place = NodeCount();
   m_nodes.push_back(node.get());
@@ -209,6 +218,7 @@ std::vector<HostDocument::MendedLinks> HostDocument::MendLinks() {
   std::vector<DWORD> ownerless;  // places of those whose owner was none that they can have
   UseCheck uses(*this);
   for (HostNode* node : m_nodes) {
+    FetchAhead(node->m_place);
     if (!MendOwner(*node)) ownerless.push_back(node->m_place);
     uses.Meet(*node);
     AppendToTree(*node, static_cast<HostNode*>(node->GetOwner()));

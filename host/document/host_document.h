@@ -144,6 +144,7 @@ class HostDocument : public QFObject {
   HostNode* AtOrNull(DWORD place) const { return place < m_nodes.size() ? m_nodes[place] : nullptr; }
   HostNode* StepInTree(const HostNode& node, int& depth) const;
   void AppendToTree(HostNode& node, HostNode* owner);
+  void FetchAhead(DWORD place) const;
   LinkFaults MendOwnLinks();
   bool CorrectRegisteredName(HostNode& node);
   bool MendOwner(HostNode& node);

@@ -80,13 +80,17 @@ CFlaggedError* HostOperation::GetFlag() {
 void HostOperation::Serialize(CArchive& ar) {
   BeginLevel(ar, RUNTIME_CLASS(HostOperation));
   HostNode::Serialize(ar);
-  CFlaggedError flag = m_flag ? *m_flag : FlagThatIsDown();
+  // One flag for all records: an archive is told of each that goes.
+  thread_local const CFlaggedError down = FlagThatIsDown();
+  thread_local CFlaggedError flag = down;
   if (ar.IsStoring()) {
     StoreReferenceOrNull(ar, m_tool);
     ar << m_feed << m_speed << m_step;
+    flag = m_flag ? *m_flag : down;
     flag.Serialize(ar);
   } else {
     ar >> m_tool >> m_feed >> m_speed >> m_step;
+    flag = m_flag ? *m_flag : down;
     flag.Serialize(ar);
     const bool says_something = flag.GetFlag() || flag.GetFlagErrorType() != FLAGGED_ERROR_NORMAL;
     m_flag = says_something ? std::make_unique<CFlaggedError>(flag) : nullptr;
