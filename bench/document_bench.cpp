@@ -15,6 +15,7 @@
 #include <map>
 #include <memory>
 #include <sstream>
+#include <tuple>
 
 #include "bench/boost_u16string.h"
 #include "bench/peak_memory.h"
@@ -202,13 +203,145 @@ Shared MakeShared(const HostDocument& document) {
   return shared;
 }
 
-// The least that any loader could do: as many objects, allocated and filled. Links stay those of the original.
-Plain Allocate(const Plain& original) {
-  Plain plain;
-  plain.nodes.reserve(original.nodes.size());
-  for (const PlainNode* node : original.nodes) plain.nodes.push_back(new PlainNode(*node));
-  return plain;
+// ---- the least that any loader could do: as many objects, allocated and filled
+
+// The host's nodes with the plainest members: as many texts, lists, links and numbers. Companions, patterns and raised
+// flags are null in most nodes and stay so here.
+struct FilledNode {
+  virtual ~FilledNode() = default;
+
+  std::u16string label, description, created_by, created, modified, modified_by, class_name, time_taken;
+  std::vector<FilledNode*> users, held_users;
+  FilledNode* owner = nullptr;
+  FilledNode* first_owner = nullptr;
+  FilledNode* match = nullptr;
+  void* companion = nullptr;
+  void* pattern = nullptr;
+  FilledNode* first_child = nullptr;
+  FilledNode* last_child = nullptr;
+  FilledNode* next = nullptr;
+  std::uint32_t id = 0, match_id = 0, state = 0, colour = 0, compared = 0, place = 0;
+  std::uint16_t status = 0;
+  bool merged = false, merging = false;
+};
+struct FilledTool : FilledNode {
+  std::int32_t kind = 0;
+  double diameter = 0, length = 0;
+};
+struct FilledSetup : FilledNode {
+  double frame[11] = {};
+};
+struct FilledFeature : FilledNode {
+  std::vector<HostFeature::Point> profile;
+  double depth = 0;
+};
+struct FilledOperation : FilledNode {
+  FilledNode* tool = nullptr;
+  double feed = 0, speed = 0, step = 0;
+  void* flag = nullptr;
+};
+struct FilledDrilling : FilledOperation {
+  double peck = 0;
+};
+
+using Filled = std::vector<std::unique_ptr<FilledNode>>;
+
+// What they are filled from: the nodes, and by place what they refer to. An owner and a tool stand ahead.
+struct Originals {
+  static constexpr DWORD kNone = HostNode::kNoPlace;
+  struct Links {
+    const CRuntimeClass* record = nullptr;
+    DWORD owner = kNone, first_owner = kNone, tool = kNone;
+  };
+
+  explicit Originals(const HostDocument& document, const Plain& plain) : nodes(plain.nodes) {
+    const auto place = [](QFObject* node) { return node ? static_cast<HostNode*>(node)->Place() : kNone; };
+    for (DWORD i = 0; i < document.NodeCount(); ++i) {
+      HostNode& node = document.NodeAt(i);
+      const auto* operation = DYNAMIC_DOWNCAST(HostOperation, &node);
+      links.push_back({node.GetRuntimeClass(), place(node.GetOwner()), place(node.GetOriginalOwner()),
+                       operation ? place(operation->Tool()) : kNone});
+    }
+  }
+
+  const std::vector<PlainNode*>& nodes;
+  std::vector<Links> links;
+};
+
+std::unique_ptr<FilledNode> MakeFilled(const Originals::Links& links, const PlainNode& from, const Filled& filled) {
+  const double* numbers = from.numbers.data();
+  const auto operate = [&](FilledOperation& node) {
+    if (links.tool != Originals::kNone) {
+      node.tool = filled[links.tool].get();
+      node.tool->users.push_back(&node);
+    }
+    std::tie(node.feed, node.speed, node.step) = std::tie(numbers[0], numbers[1], numbers[2]);
+  };
+  if (links.record == RUNTIME_CLASS(HostOperation)) {
+    auto node = std::make_unique<FilledOperation>();
+    operate(*node);
+    return node;
+  }
+  if (links.record == RUNTIME_CLASS(HostDrilling)) {
+    auto node = std::make_unique<FilledDrilling>();
+    operate(*node);
+    node->peck = numbers[3];
+    return node;
+  }
+  if (links.record == RUNTIME_CLASS(HostFeature)) {
+    auto node = std::make_unique<FilledFeature>();
+    const auto* points = reinterpret_cast<const HostFeature::Point*>(numbers);
+    node->profile.assign(points, points + from.numbers.size() / 2);
+    node->depth = from.numbers.back();
+    return node;
+  }
+  if (links.record == RUNTIME_CLASS(HostSetup)) {
+    auto node = std::make_unique<FilledSetup>();
+    std::copy_n(numbers, std::size(node->frame), node->frame);
+    return node;
+  }
+  auto node = std::make_unique<FilledTool>();
+  node->kind = from.kind;
+  std::tie(node->diameter, node->length) = std::tie(numbers[0], numbers[1]);
+  return node;
 }
+
+Filled AllocateAndFill(const Originals& originals) {
+  Filled filled;
+  filled.reserve(originals.nodes.size());
+  FilledNode* top = nullptr;
+  for (std::size_t i = 0; i < originals.nodes.size(); ++i) {
+    const PlainNode& from = *originals.nodes[i];
+    const Originals::Links& links = originals.links[i];
+    filled.push_back(MakeFilled(links, from, filled));
+    FilledNode& node = *filled.back();
+    node.label = from.label;
+    node.created_by = from.created_by;
+    node.created = from.created;
+    node.modified = from.modified;
+    node.modified_by = from.modified_by;
+    node.class_name = from.class_name;
+    node.users.reserve(from.users.size());
+    node.id = from.id;
+    node.state = from.state;
+    node.colour = from.colour;
+    node.place = std::uint32_t(i);
+    if (links.first_owner != Originals::kNone) {
+      node.first_owner = filled[links.first_owner].get();
+      node.first_owner->users.push_back(&node);
+    }
+    FilledNode*& last = links.owner != Originals::kNone ? filled[links.owner]->last_child : top;
+    if (links.owner != Originals::kNone) {
+      node.owner = filled[links.owner].get();
+      if (!last) node.owner->first_child = &node;
+    }
+    if (last) last->next = &node;
+    last = &node;
+  }
+  return filled;
+}
+
+// ---- archives of the peers
 
 // The peers read from a stream; this one costs them no copy.
 class MemoryBuffer : public std::streambuf {
@@ -326,6 +459,7 @@ void Files(kvbench::Table& table, std::size_t size, HostDocument& document, cons
 PerNode Documents(std::size_t size) {
   const Document document = MakeDocument(size);
   const Plain plain = MakePlain(*document);
+  const Originals originals(*document, plain);
   const Shared shared = MakeShared(*document);
   const std::string boost_bytes = SaveBoost(plain);
   const std::string cereal_bytes = SaveCereal(shared);
@@ -358,7 +492,7 @@ PerNode Documents(std::size_t size) {
   per.load = table
                  .Pair(
                      {"load", size, "allocating and filling objects", 1.0, 1}, [&] { return Load(bytes); },
-                     [&] { return Allocate(plain); }, pairs)
+                     [&] { return AllocateAndFill(originals); }, pairs)
                  .seconds;
   per.verify = table
                    .Pair(
