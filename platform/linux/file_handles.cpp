@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "platform/files.h"
+#include "platform/linux/drives.h"
 #include "platform/linux/errno_status.h"
 #include "platform/linux/file_system.h"
 #include "platform/linux/handle_table.h"
@@ -43,6 +44,14 @@ HANDLE Failed(LONG status) {
   return INVALID_HANDLE_VALUE;
 }
 
+// The handle of an open file; a folder gets none.
+HANDLE Opened(int descriptor) {
+  auto file = std::make_shared<File>(descriptor);
+  struct stat facts;
+  if (fstat(descriptor, &facts) == 0 && S_ISDIR(facts.st_mode)) return Failed(ERROR_ACCESS_DENIED);
+  return AddHandle(std::move(file));
+}
+
 }  // namespace
 
 HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD, LPSECURITY_ATTRIBUTES, DWORD disposition, DWORD flags,
@@ -52,24 +61,27 @@ HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD, LPSECURITY_ATTRIBUTES, DWO
   if (how < 0 || templateFile) return Failed(ERROR_INVALID_PARAMETER);
   if (disposition == TRUNCATE_EXISTING && (access & GENERIC_WRITE) == 0) return Failed(ERROR_INVALID_PARAMETER);
   if (how & O_CREAT) EnsureDriveFolder(path);
-  const std::string system = SystemPathFromProduct(path);
-  const bool existed = ::access(system.c_str(), F_OK) == 0;
+  const bool reads = how == 0 && (access & GENERIC_WRITE) == 0;
+  const int options = (flags & FILE_FLAG_WRITE_THROUGH ? O_DSYNC : 0) | O_CLOEXEC | O_NOCTTY;
+  std::string system = SystemPathAsWritten(path);  // which most files that are read are found by
+  int descriptor = reads ? open(system.c_str(), O_RDONLY | options) : -1;
+  if (descriptor >= 0) return Opened(descriptor);
+  system = SystemPathFromProduct(path);
+  const bool existed = (how & O_CREAT) != 0 && ::access(system.c_str(), F_OK) == 0;
   if (existed && disposition == CREATE_NEW) return Failed(ERROR_FILE_EXISTS);
   // Emptying a read-only file is refused even if it is opened for reading only.
   const bool writes = (access & GENERIC_WRITE) != 0 || (how & O_TRUNC) != 0;
   if (writes && RefusalToWrite(system) != 0) return Failed(ERROR_ACCESS_DENIED);
-  const int through = flags & FILE_FLAG_WRITE_THROUGH ? O_DSYNC : 0;
-  const int descriptor = open(system.c_str(), AccessOf(access) | how | through | O_CLOEXEC | O_NOCTTY, 0666);
+  descriptor = open(system.c_str(), AccessOf(access) | how | options, 0666);
   if (descriptor < 0) {
     if (errno == EEXIST) return Failed(ERROR_FILE_EXISTS);
     FailForPath(errno, system);
     return INVALID_HANDLE_VALUE;
   }
-  auto file = std::make_shared<File>(descriptor);
-  struct stat facts;
-  if (fstat(descriptor, &facts) == 0 && S_ISDIR(facts.st_mode)) return Failed(ERROR_ACCESS_DENIED);
-  if (disposition == CREATE_ALWAYS || disposition == OPEN_ALWAYS) SetLastError(existed ? ERROR_ALREADY_EXISTS : 0);
-  return AddHandle(std::move(file));
+  const HANDLE file = Opened(descriptor);
+  if (file != INVALID_HANDLE_VALUE && (disposition == CREATE_ALWAYS || disposition == OPEN_ALWAYS))
+    SetLastError(existed ? ERROR_ALREADY_EXISTS : 0);
+  return file;
 }
 
 BOOL ReadFile(HANDLE handle, void* target, DWORD bytes, LPDWORD read, LPOVERLAPPED) {

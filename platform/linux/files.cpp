@@ -126,9 +126,18 @@ BOOL GetFileAttributesExW(LPCWSTR path, GET_FILEEX_INFO_LEVELS, void* facts) {
 
 int _waccess(LPCWSTR path, int mode) {
   if ((mode & ~6) != 0) return CResult(EINVAL);
-  const std::string system = SystemPathFromProduct(path);
   const int asked = (mode & 2 ? W_OK : 0) | (mode & 4 ? R_OK : 0);
-  if (faccessat(AT_FDCWD, system.c_str(), asked, AT_EACCESS) != 0) return -1;
+  const auto refused = [asked](const std::string& name) {
+    return faccessat(AT_FDCWD, name.c_str(), asked, AT_EACCESS) != 0;
+  };
+  std::string system = SystemPathAsWritten(path);  // which most paths may be taken as
+  if (refused(system)) {
+    const int code = errno;
+    std::string found = SystemPathFromProduct(path);
+    if (found == system) return CResult(code);
+    system = std::move(found);
+    if (refused(system)) return -1;
+  }
   const int refusal = mode & 2 ? RefusalToWrite(system) : 0;
   return CResult(refusal == EISDIR ? 0 : refusal);
 }

@@ -20,6 +20,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "platform/clock.h"
 #include "platform/linux/registry_names.h"
 #include "platform/linux/utf8.h"
 #include "platform/text.h"
@@ -62,9 +63,11 @@ void ForEachName(const Folder& folder, Visit visit) {
 
 // ---- folders that are remembered
 
-constexpr std::size_t kLarge = 100;  // names; reading fewer costs no more than asking what has changed
-constexpr std::size_t kMostNames = 1'000'000;
+constexpr std::size_t kLarge = 100;  // names; to read fewer, of a folder that keeps changing, costs little
+constexpr time_t kSettled_s = 3;     // from a change on; the coarsest times are of two seconds
+constexpr std::size_t kMostNames = 200'000;
 constexpr std::size_t kMostFolders = 16;
+constexpr std::size_t kSearchesNoted = 4;
 constexpr std::uint32_t kComesOrGoes = IN_CREATE | IN_MOVED_TO | IN_DELETE | IN_MOVED_FROM;
 
 // Which folder it is, whatever way leads there.
@@ -74,9 +77,27 @@ struct Identity {
   bool operator==(const Identity&) const = default;
 };
 
+// When a folder changed last. Each change of its names gives it another one.
+struct Stamp {
+  timespec written = {};
+  timespec changed = {};
+
+  explicit Stamp(const struct stat& facts) : written(facts.st_mtim), changed(facts.st_ctim) {}
+  bool operator==(const Stamp& other) const { return Same(written, other.written) && Same(changed, other.changed); }
+  // Whether a change from now on can't have this one.
+  bool IsSettled() const {
+    const time_t now = CurrentClock().time();
+    return written.tv_sec + kSettled_s < now && changed.tv_sec + kSettled_s < now;
+  }
+
+ private:
+  static bool Same(const timespec& a, const timespec& b) { return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec; }
+};
+
 struct Names {
   Identity folder;
-  int watch = -1;
+  Stamp stamp;                                                    // at which the names were read; holds without a watch
+  int watch = -1;                                                 // by which the system tells what comes and goes
   std::unordered_map<std::string, std::set<std::string>> by_key;  // without case
 
   static std::string KeyOf(std::string_view name) {
@@ -110,29 +131,38 @@ class Memory {
  public:
   std::mutex mutex;
 
+  bool IsEmpty() const { return all_.empty(); }
+
   // What the folder's name is, if the folder is remembered: none if it isn't.
-  std::optional<std::string> Find(const Identity& folder, std::string_view wanted) {
+  std::optional<std::string> Find(const struct stat& folder, std::string_view wanted) {
     TakeNews();
-    const auto found = FindFolder(folder);
+    const auto found = FindFolder(IdentityOf(folder));
     if (found == all_.end()) return std::nullopt;
+    if (found->watch < 0 && !(found->stamp == Stamp(folder))) {
+      all_.erase(found);
+      return std::nullopt;
+    }
     all_.splice(all_.begin(), all_, found);
     return found->Find(wanted);
   }
 
-  // Whether a large folder was searched before; notes it.
-  bool IsSearchedAgain(const Identity& folder) { return std::exchange(last_large_, folder) == folder; }
+  // Whether the folder is one of those searched last; notes it.
+  bool IsSearchedAgain(const Identity& folder) {
+    if (std::find(searched_.begin(), searched_.end(), folder) != searched_.end()) return true;
+    searched_[next_search_++ % kSearchesNoted] = folder;
+    return false;
+  }
 
-  // Remembers the names of an open folder, if the system can tell what becomes of them.
-  void Remember(const Identity& folder, int descriptor) {
-    if (FindFolder(folder) != all_.end()) return;  // by another thread meanwhile
-    if (news_ < 0) news_ = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
-    if (news_ < 0 || !IsOfThisMachine(descriptor)) return;
-    const std::string path = "/proc/self/fd/" + std::to_string(descriptor);
-    Names names;
-    names.folder = folder;
-    names.watch = inotify_add_watch(news_, path.c_str(), kComesOrGoes | IN_ONLYDIR);
-    if (names.watch < 0) return;
-    // Read from the watch's beginning on: what changes meanwhile is told once more, which does no harm.
+  // Remembers the names of an open folder, if what becomes of them can be told.
+  void Remember(const struct stat& facts, int descriptor, bool is_large) {
+    Names names{IdentityOf(facts), Stamp(facts), -1, {}};
+    if (FindFolder(names.folder) != all_.end() || !IsOfThisMachine(descriptor)) return;
+    if (!names.stamp.IsSettled()) {
+      if (!is_large) return;
+      names.watch = Watch(descriptor);
+      if (names.watch < 0) return;
+    }
+    // What changes while the names are read gives another stamp, or is told once more, which does no harm.
     const Folder listing(fdopendir(openat(descriptor, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)), closedir);
     std::size_t count = 0;
     if (listing) ForEachName(listing, [&](std::string_view name) { names.Add(name), ++count; });
@@ -148,20 +178,28 @@ class Memory {
     all_.clear();
   }
 
+  static Identity IdentityOf(const struct stat& facts) { return {facts.st_dev, facts.st_ino}; }
+
  private:
   std::list<Names>::iterator FindFolder(const Identity& folder) {
     return std::find_if(all_.begin(), all_.end(), [&](const Names& names) { return names.folder == folder; });
   }
 
+  int Watch(int folder) {
+    if (news_ < 0) news_ = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+    const std::string path = "/proc/self/fd/" + std::to_string(folder);
+    return news_ < 0 ? -1 : inotify_add_watch(news_, path.c_str(), kComesOrGoes | IN_ONLYDIR);
+  }
+
   void Forget(std::list<Names>::iterator names) {
-    inotify_rm_watch(news_, names->watch);
+    if (names->watch >= 0) inotify_rm_watch(news_, names->watch);
     all_.erase(names);
   }
 
   // Everything that has come or gone up to now.
   void TakeNews() {
     alignas(inotify_event) std::array<char, 16 * 1024> buffer;
-    while (!all_.empty()) {
+    while (news_ >= 0) {
       const ssize_t size = read(news_, buffer.data(), buffer.size());
       if (size <= 0) return;
       inotify_event event;
@@ -184,7 +222,8 @@ class Memory {
 
   int news_ = -1;
   std::list<Names> all_;  // the one searched last ahead
-  Identity last_large_;
+  std::array<Identity, kSearchesNoted> searched_;
+  std::size_t next_search_ = 0;
 };
 
 // Never destroyed: files are looked for up to the end of the process.
@@ -204,16 +243,18 @@ Memory& Remembered() {
 
 std::string FindNameWithoutCase(const std::string& folder, std::string_view wanted) {
   const char* const path = folder.empty() ? "." : folder.c_str();
-  struct stat facts;
-  if (stat(path, &facts) != 0) return {};
-  Identity identity{facts.st_dev, facts.st_ino};
   Memory& memory = Remembered();
+  struct stat facts;
   {
     const std::lock_guard lock(memory.mutex);
-    if (const auto known = memory.Find(identity, wanted)) return *known;
+    if (!memory.IsEmpty()) {
+      if (stat(path, &facts) != 0) return {};
+      if (const auto known = memory.Find(facts, wanted)) return *known;
+    }
   }
   const Folder listing(opendir(path), closedir);
   if (!listing) return {};
+  const bool is_known = fstat(dirfd(listing.get()), &facts) == 0;  // as it is ahead of reading
   const CaselessName name_wanted(wanted);
   std::string found;
   std::size_t count = 0;
@@ -221,9 +262,8 @@ std::string FindNameWithoutCase(const std::string& folder, std::string_view want
     ++count;
     if (name_wanted.Equals(name) && (found.empty() || name < found)) found = name;
   });
-  if (count < kLarge || fstat(dirfd(listing.get()), &facts) != 0) return found;
-  identity = {facts.st_dev, facts.st_ino};
   const std::lock_guard lock(memory.mutex);
-  if (memory.IsSearchedAgain(identity)) memory.Remember(identity, dirfd(listing.get()));
+  if (is_known && memory.IsSearchedAgain(Memory::IdentityOf(facts)))
+    memory.Remember(facts, dirfd(listing.get()), count >= kLarge);
   return found;
 }

@@ -200,6 +200,23 @@ LSTATUS VisitValue(Use& use, Visit visit) {
   return missing;
 }
 
+// Writes the value of the name in scratch.folded, most often in the place of one that is there.
+LSTATUS WriteValue(Use& use, LPCWSTR name, DWORD type, std::string_view data) {
+  Store& store = use.InStore();
+  {
+    Query change(store, kChangeValue);
+    change.Add(use.Id()).Add(scratch.folded).Add(std::int64_t(type)).AddBytes(data.data(), data.size()).Add(Now());
+    if (const LSTATUS status = change.Run()) return status;
+    if (sqlite3_changes(store.Connection()) > 0) return ERROR_SUCCESS;
+  }
+  scratch.name.clear();
+  AppendName(scratch.name, name ? name : u"");
+  Query write(store, kWriteValue);
+  write.Add(use.Id()).Add(scratch.folded).Add(scratch.name).Add(std::int64_t(type));
+  if (const LSTATUS status = write.AddBytes(data.data(), data.size()).Add(Now()).Run()) return status;
+  return sqlite3_changes(store.Connection()) == 0 ? ERROR_KEY_DELETED : ERROR_SUCCESS;
+}
+
 // Steps to item number `index` of a key by a statement whose arguments are the key, how many items to skip, and the
 // place to begin at, which `add_place` adds. A walk goes on from the item given last; only where it goes back, or the
 // items may have other numbers by now, they are counted from the first one.
@@ -311,7 +328,7 @@ bool AsksForBothViews(REGSAM rights) { return (rights & kBothViews) == kBothView
 Scope& Outside() {
   // A handle of a transaction leads to the hive itself.
   class OutsideScope : public Scope {
-    std::shared_ptr<Store> StoreFor(const Store& store) override { return PlainStore(store); }
+    std::shared_ptr<Store> StoreFor(const Store& store) override { return store.Plain(); }
   };
   static OutsideScope scope;
   return scope;
@@ -516,26 +533,24 @@ LSTATUS RegSetValueExW(HKEY key, LPCWSTR name, DWORD reserved, DWORD type, const
   if (const LSTATUS status = FoldValueName(name)) return status;
   Use use(key, KEY_SET_VALUE);
   if (const LSTATUS status = use.ReadyToWrite()) return status;
-  // What stands there already needs no writing, as with most values when a whole tree is saved. In a transaction a
-  // change costs no more than looking.
-  if (use.InStore().IsTransacted()) {
-    Query change(use.InStore(), kChangeValue);
-    change.Add(use.Id()).Add(scratch.folded).Add(std::int64_t(type)).AddBytes(data, bytes).Add(Now());
-    if (const LSTATUS status = change.Run()) return status;
-    if (sqlite3_changes(use.InStore().Connection()) > 0) return ERROR_SUCCESS;
-  } else {
-    const std::string_view wanted(reinterpret_cast<const char*>(data), bytes);
-    const LSTATUS same = VisitValue(use, [&](DWORD stored_type, std::string_view stored) {
-      return stored_type == type && stored == wanted ? ERROR_SUCCESS : ERROR_MORE_DATA;
-    });
-    if (same == ERROR_SUCCESS) return ERROR_SUCCESS;
+  const std::string_view wanted(reinterpret_cast<const char*>(data), bytes);
+  Store& store = use.InStore();
+  if (store.IsTransacted()) {  // a change costs no more there than looking
+    const LSTATUS status = WriteValue(use, name, type, wanted);
+    if (status == ERROR_SUCCESS) store.NoteWritten(use.Id(), scratch.folded, type, wanted);
+    return status;
   }
-  scratch.name.clear();
-  AppendName(scratch.name, name ? name : u"");
-  Query write(use.InStore(), kWriteValue);
-  write.Add(use.Id()).Add(scratch.folded).Add(scratch.name).Add(std::int64_t(type)).AddBytes(data, bytes).Add(Now());
-  if (const LSTATUS status = write.Run()) return status;
-  return sqlite3_changes(use.InStore().Connection()) == 0 ? ERROR_KEY_DELETED : ERROR_SUCCESS;
+  // What stands there already needs no writing, as with most values when a whole tree is saved.
+  const LSTATUS same = VisitValue(use, [&](DWORD stored_type, std::string_view stored) {
+    return stored_type == type && stored == wanted ? ERROR_SUCCESS : ERROR_MORE_DATA;
+  });
+  if (same == ERROR_SUCCESS) return ERROR_SUCCESS;
+  const bool known = store.BeginOwnChange();
+  const LSTATUS status = WriteValue(use, name, type, wanted);
+  if (!known || status != ERROR_SUCCESS) return status;
+  store.EndOwnChange();
+  store.RememberValue(use.Id(), scratch.folded, ERROR_SUCCESS, type, wanted);
+  return ERROR_SUCCESS;
 }
 
 LSTATUS RegDeleteValueW(HKEY key, LPCWSTR name) {

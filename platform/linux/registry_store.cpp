@@ -210,7 +210,7 @@ LSTATUS Store::ReadyToWrite() {
     if (status == ERROR_SUCCESS) status = Open();
   }
   if (status == ERROR_SUCCESS) status = CheckWritable();
-  if (status != ERROR_SUCCESS || !transacted_) return status;
+  if (status != ERROR_SUCCESS || !IsTransacted()) return status;
   status = StatusOf(connection_, sqlite3_exec(connection_, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr));
   begun_ = status == ERROR_SUCCESS;
   return status;
@@ -309,6 +309,8 @@ void Store::Abandon() {
   read_only_ = immutable_ = false;
   if (begun_) ended_ = true;
   begun_ = false;
+  written_.clear();
+  only_values_ = true;
 }
 
 // ---- What was found before ----
@@ -319,7 +321,7 @@ void Store::FindLogHead() {
   constexpr int kRegionBytes = 32768;
   sqlite3_file* file = nullptr;
   void volatile* head = nullptr;
-  if (read_only_ || transacted_) return;
+  if (read_only_ || IsTransacted()) return;
   if (sqlite3_file_control(connection_, "main", SQLITE_FCNTL_FILE_POINTER, &file) != SQLITE_OK) return;
   if (!file->pMethods || file->pMethods->iVersion < 2) return;
   if (file->pMethods->xShmMap(file, 0, kRegionBytes, 0, &head) != SQLITE_OK) return;
@@ -371,12 +373,42 @@ std::size_t Store::KnownValuesOf(std::int64_t key) const {
 
 void Store::RememberValue(std::int64_t key, std::string_view folded, LSTATUS status, DWORD type,
                           std::string_view data) {
-  if (!log_head_ || data.size() > kMostKnownBytes || LastChange() != known_change_) return;
+  if (!log_head_ || LastChange() != known_change_) return;
   if (known_value_count_ >= kMostKnown) {
     known_values_.clear();
     known_value_count_ = 0;
   }
-  known_value_count_ += known_values_[key].emplace(folded, KnownValue{status, type, std::string(data)}).second;
+  ByName<KnownValue>& values = known_values_[key];
+  auto found = values.find(folded);
+  if (data.size() > kMostKnownBytes) {
+    if (found == values.end()) return;
+    values.erase(found);
+    --known_value_count_;
+    return;
+  }
+  if (found == values.end()) {
+    found = values.emplace(folded, KnownValue()).first;
+    ++known_value_count_;
+  }
+  found->second.status = status;
+  found->second.type = type;
+  found->second.data = data;
+}
+
+// Each commit counts one up in the log's head, and all of one log have one pair of salts.
+void Store::EndOwnChange() {
+  const Change now = LastChange();
+  const auto count = [](const Change& change) {
+    std::uint32_t commits;
+    std::memcpy(&commits, &change[1], sizeof commits);
+    return commits;
+  };
+  if (count(now) == count(known_change_) + 1 && now[4] == known_change_[4]) known_change_ = now;
+}
+
+void Store::NoteWritten(std::int64_t key, std::string_view folded, DWORD type, std::string_view data) {
+  if (written_.size() >= kMostKnown) only_values_ = false;
+  if (only_values_) written_.push_back({key, std::string(folded), {ERROR_SUCCESS, type, std::string(data)}});
 }
 
 Store::Position& Store::PositionIn(std::int64_t key, Items items) {
@@ -460,6 +492,7 @@ constexpr Bounds kStep{{4, "SAVEPOINT step"}, {5, "RELEASE step"}, {6, "ROLLBACK
 }  // namespace
 
 Batch::Batch(Store& store, bool reading) : store_(store) {
+  if (!reading) store_.NoteOtherChange();
   status_ = Query(store_, (store_.IsTransacted() ? kStep : reading ? kReading : kWriting).begin).Run();
   open_ = status_ == ERROR_SUCCESS;
 }
@@ -477,13 +510,23 @@ LSTATUS Batch::Commit() {
   return status;
 }
 
+// What the plain store knows stays known if the transaction has only written values. Its lock is only tried: a fork
+// takes both locks the other way round.
+LSTATUS Store::CommitBegun() {
+  std::unique_lock<std::mutex> lock;
+  if (only_values_) lock = std::unique_lock(plain_->mutex_, std::try_to_lock);
+  const bool known = lock && plain_->BeginOwnChange();
+  const LSTATUS status = StatusOf(connection_, sqlite3_exec(connection_, "COMMIT", nullptr, nullptr, nullptr));
+  if (!known || status != ERROR_SUCCESS) return status;
+  plain_->EndOwnChange();
+  for (const auto& [key, folded, value] : written_)
+    plain_->RememberValue(key, folded, value.status, value.type, value.data);
+  return status;
+}
+
 LSTATUS Store::Commit() {
   LSTATUS status = ended_ ? ERROR_TRANSACTION_NOT_ACTIVE : ERROR_SUCCESS;
-  if (begun_) {
-    status = sqlite3_get_autocommit(connection_)
-                 ? ERROR_TRANSACTION_NOT_ACTIVE
-                 : StatusOf(connection_, sqlite3_exec(connection_, "COMMIT", nullptr, nullptr, nullptr));
-  }
+  if (begun_) status = sqlite3_get_autocommit(connection_) ? ERROR_TRANSACTION_NOT_ACTIVE : CommitBegun();
   if (status != ERROR_SUCCESS) Close();  // rolls back what could not be committed
   begun_ = false;
   ended_ = true;
@@ -494,6 +537,8 @@ bool Store::MakeSpare() {
   if (!connection_ || begun_ || read_only_ || immutable_ || !sqlite3_get_autocommit(connection_)) return false;
   if (WasReplaced()) return false;
   for (auto& positions : positions_) positions.clear();
+  written_.clear();
+  only_values_ = true;
   ended_ = false;
   return true;
 }
@@ -589,8 +634,9 @@ std::shared_ptr<Store> StoreIn(Stores& stores, Hive hive, const std::string& fol
 
 }  // namespace
 
-Store::Store(Hive hive, std::string folder, bool transacted)
-    : hive_(hive), folder_(std::move(folder)), transacted_(transacted) {}
+Store::Store(Hive hive, std::string folder) : hive_(hive), folder_(std::move(folder)) {}
+
+Store::Store(Store* plain) : hive_(plain->hive_), folder_(plain->folder_), plain_(plain) {}
 
 Store::~Store() { Close(); }
 
@@ -616,39 +662,36 @@ std::shared_ptr<Store> CurrentStore(Hive hive) {
   const std::string folder = FolderOf(current.source);
   current.store = StoreIn(stores, hive, folder);
   if (!current.store) {
-    current.store = std::make_shared<Store>(hive, folder, /*transacted=*/false);
+    current.store = std::make_shared<Store>(hive, folder);
     stores.by_folder.push_back(current.store);
     stores.all.push_back(current.store.get());
   }
   return current.store;
 }
 
-std::shared_ptr<Store> PlainStore(const Store& store) {
-  if (!store.IsTransacted()) return std::const_pointer_cast<Store>(store.shared_from_this());
-  Stores& stores = AllStores();
-  const std::lock_guard lock(stores.mutex);
-  return StoreIn(stores, store.WhichHive(), store.Folder());
+std::shared_ptr<Store> Store::Plain() const {
+  return plain_ ? plain_->shared_from_this() : std::const_pointer_cast<Store>(shared_from_this());
 }
 
-std::shared_ptr<Store> TransactedStore(const Store& plain) {
+std::shared_ptr<Store> TransactedStore(const Store& store) {
   Stores& stores = AllStores();
-  const auto give_up = [&stores](Store* store) {
-    std::unique_ptr<Store> last(store);  // destroyed outside the lock
+  const std::shared_ptr<Store> plain = store.Plain();
+  const auto give_up = [&stores](Store* used) {
+    std::unique_ptr<Store> last(used);  // destroyed outside the lock
     const std::lock_guard lock(stores.mutex);
-    stores.all.remove(store);
-    if (store->MakeSpare()) stores.spare[store->WhichHive() == Hive::kMachine].swap(last);
+    stores.all.remove(used);
+    if (used->MakeSpare()) stores.spare[used->WhichHive() == Hive::kMachine].swap(last);
   };
   std::unique_ptr<Store> own;
   {
     const std::lock_guard lock(stores.mutex);
-    own.swap(stores.spare[plain.WhichHive() == Hive::kMachine]);
+    own.swap(stores.spare[plain->WhichHive() == Hive::kMachine]);
   }
-  if (!own || own->Folder() != plain.Folder() || !own->MakeSpare())
-    own = std::make_unique<Store>(plain.WhichHive(), plain.Folder(), /*transacted=*/true);
-  std::shared_ptr<Store> store(own.release(), give_up);
+  if (!own || own->Plain() != plain || !own->MakeSpare()) own = std::make_unique<Store>(plain.get());
+  std::shared_ptr<Store> transacted(own.release(), give_up);
   const std::lock_guard lock(stores.mutex);
-  stores.all.push_back(store.get());
-  return store;
+  stores.all.push_back(transacted.get());
+  return transacted;
 }
 
 }  // namespace kvregistry

@@ -13,6 +13,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "platform/registry.h"
 
@@ -36,8 +37,10 @@ LSTATUS StatusOf(sqlite3* connection, int result);
 
 class Store : public std::enable_shared_from_this<Store> {
  public:
-  // A store of its own connection; that of a transaction begins one before it writes.
-  Store(Hive hive, std::string folder, bool transacted);
+  // A store of its own connection. That of a transaction, on the file of a plain one, which outlives it, begins one
+  // before it writes.
+  Store(Hive hive, std::string folder);
+  explicit Store(Store* plain);
   ~Store();
   Store(const Store&) = delete;
   Store& operator=(const Store&) = delete;
@@ -57,7 +60,9 @@ class Store : public std::enable_shared_from_this<Store> {
   sqlite3* Connection() const { return connection_; }
   // The statement, reset; null if it cannot be prepared.
   sqlite3_stmt* Prepared(const Sql& sql);
-  bool IsTransacted() const { return transacted_; }
+  bool IsTransacted() const { return plain_ != nullptr; }
+  // The one of the process for the file.
+  std::shared_ptr<Store> Plain() const;
 
   // The key of a folded path from memory, valid at this moment: its id, 0 for "no such key", -1 for "ask the file".
   // RememberKey takes the answer found since then.
@@ -72,6 +77,10 @@ class Store : public std::enable_shared_from_this<Store> {
   };
   const KnownValue* RecallValue(std::int64_t key, std::string_view folded);
   std::size_t KnownValuesOf(std::int64_t key) const;
+  // Ahead of and behind a change that is committed by a call of this process: if nobody else's came between, what is
+  // known stays known, and only what was changed has to be remembered anew. Begin is false if nothing is known.
+  bool BeginOwnChange() { return IsAsKnown(); }
+  void EndOwnChange();
   void RememberValue(std::int64_t key, std::string_view folded, LSTATUS status, DWORD type, std::string_view data);
 
   // Where a walk by number through one key's items stands: the item given last, its place in the items' order and, to
@@ -94,6 +103,9 @@ class Store : public std::enable_shared_from_this<Store> {
 
   // Gives the connection up; the next use opens it anew. Ends an open transaction without its changes.
   void Close();
+  // Of a transacted store: a value that its transaction has written; and that it has changed something else, too.
+  void NoteWritten(std::int64_t key, std::string_view folded, DWORD type, std::string_view data);
+  void NoteOtherChange() { only_values_ = false; }
   // End the transaction of a transacted store; every later use gives ERROR_TRANSACTION_NOT_ACTIVE.
   LSTATUS Commit();
   void RollBack();
@@ -112,6 +124,7 @@ class Store : public std::enable_shared_from_this<Store> {
 
   std::string File() const;
   LSTATUS Open();
+  LSTATUS CommitBegun();
   LSTATUS Connect(int flags, const std::string& name);
   LSTATUS Create();
   bool WasReplaced();
@@ -121,7 +134,7 @@ class Store : public std::enable_shared_from_this<Store> {
 
   const Hive hive_;
   const std::string folder_;
-  const bool transacted_;
+  Store* const plain_ = nullptr;  // of a transacted one
   std::mutex mutex_;
   sqlite3* connection_ = nullptr;
   std::array<sqlite3_stmt*, kSqlSlots> prepared_{};
@@ -137,14 +150,20 @@ class Store : public std::enable_shared_from_this<Store> {
   std::unordered_map<std::int64_t, ByName<KnownValue>> known_values_;
   std::size_t known_value_count_ = 0;
   std::unordered_map<std::int64_t, Position> positions_[2];
+  struct Written {
+    std::int64_t key;
+    std::string folded;
+    KnownValue value;
+  };
+  std::vector<Written> written_;  // by the transaction, while it has changed nothing else
+  bool only_values_ = true;
 };
 
 // The store of a hive in the folder that the environment names at this moment.
 std::shared_ptr<Store> CurrentStore(Hive hive);
 
-// A store of its own on the same file, for one transaction; and the one of the process for a transaction's file.
-std::shared_ptr<Store> TransactedStore(const Store& plain);
-std::shared_ptr<Store> PlainStore(const Store& store);
+// A store of its own on the same file, for one transaction.
+std::shared_ptr<Store> TransactedStore(const Store& store);
 
 // One use of a prepared statement; its destructor resets it, which ends the reading.
 class Query {

@@ -5,7 +5,10 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <ctime>
 
+#include "framework/text.h"
+#include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/process.h"
 #include "platform/safe_file.h"
@@ -89,6 +92,25 @@ TEST_F(Mapping, SearchesInALargeFolderSeeEveryChange) {
   fill(0, 200);
   fill(200, 17'000);  // more than the system has told of at once
   EXPECT_EQ(look(u"FILE16999"), "File16999");
+}
+
+// A folder that has not changed for some time is remembered by the time of its last change.
+TEST_F(Mapping, SearchesInASettledFolderSeeEveryChange) {
+  namespace fs = std::filesystem;
+  static const Clock later = {nullptr, nullptr, [] { return std::time(nullptr) + 3600; }};
+  const auto look = [](LPCTSTR name) { return SystemPathFromProduct((CString(_T("C:\\small\\")) + name)); };
+  const auto settle = [this] {
+    fs::last_write_time(Drive("/small"), fs::file_time_type::clock::now() - std::chrono::hours(1));
+  };
+  folder.Write("drive/small/One", "");
+  SetCurrentClock(&later);
+  settle();
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(look(_T("ONE")), Drive("/small/One"));
+  fs::rename(Drive("/small/One"), Drive("/small/Two"));
+  EXPECT_EQ(look(_T("TWO")), Drive("/small/Two"));
+  settle();
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(look(_T("ONE")), Drive("/small/ONE"));
+  SetCurrentClock(nullptr);
 }
 
 TEST_F(Mapping, DriveFolderDefaultsToTheUsersData) {

@@ -1,6 +1,9 @@
 // The registry's files: when they are made, who may use them, and what damage does to them.
 #include <sys/stat.h>
 
+#include <map>
+#include <random>
+
 #include "platform/handles.h"
 #include "tests/platform/linux_registry_support.h"
 
@@ -94,6 +97,64 @@ TEST_F(LinuxRegistry, ValuesReadTogetherFollowAnotherProcess) {
   for (int i = 0; i < 200; ++i) EXPECT_EQ(Get(HKEY_CURRENT_USER, NameOf(i)), i);
   EXPECT_TRUE(IsTrueInChild([] { return Set(HKEY_CURRENT_USER, NameOf(7), 1000) == ERROR_SUCCESS; }));
   for (int i = 0; i < 200; ++i) EXPECT_EQ(Get(HKEY_CURRENT_USER, NameOf(i)), i == 7 ? 1000 : i);
+}
+
+// Own writes, one by one and in transactions, among those of another connection, which stands for another process.
+TEST_F(LinuxRegistry, WhatIsRememberedFollowsOwnWritesAndOthers) {
+  constexpr int kValues = 8, kSteps = 5000;
+  std::mt19937 random(PrintedSeed());
+  std::map<int, LONGLONG> model;
+  for (int i = 0; i < kValues; ++i) ASSERT_EQ(Set(HKEY_CURRENT_USER, NameOf(i), DWORD(model[i] = i)), ERROR_SUCCESS);
+  sqlite3* other = nullptr;
+  ASSERT_EQ(sqlite3_open((folder_ / "user.hive").c_str(), &other), SQLITE_OK);
+  for (int step = 0; step < kSteps; ++step) {
+    const int value = int(random() % kValues);
+    const DWORD number = random();
+    switch (random() % 8) {
+      case 0: {  // as another process writes
+        char sql[100];
+        std::snprintf(sql, sizeof sql, "UPDATE value SET data = x'%08x' WHERE folded = '%d'", __builtin_bswap32(number),
+                      value);
+        ASSERT_EQ(sqlite3_exec(other, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(other);
+        if (model[value] >= 0) model[value] = number;
+        break;
+      }
+      case 1: {
+        const HANDLE transaction = CreateTransaction(nullptr, nullptr, 0, 0, 0, 0, nullptr);
+        const bool commits = random() % 2, deletes = random() % 4 == 0;
+        Key key;
+        EXPECT_EQ(RegOpenKeyTransactedW(HKEY_CURRENT_USER, kPath, 0, KEY_WRITE, &key, transaction, nullptr), 0);
+        auto inside = model;
+        for (int i = 0; i < 3; ++i) {
+          const int each = int(random() % kValues);
+          EXPECT_EQ(SetNumber(key, NameOf(each).c_str(), number + DWORD(i)), ERROR_SUCCESS);
+          inside[each] = number + DWORD(i);
+        }
+        if (deletes && RegDeleteValueW(key, NameOf(value).c_str()) == 0) inside[value] = -ERROR_FILE_NOT_FOUND;
+        if (commits) {
+          EXPECT_TRUE(CommitTransaction(transaction));
+          model = inside;
+        }
+        CloseHandle(transaction);
+        break;
+      }
+      case 2: {
+        Key key;
+        ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, kPath, 0, KEY_WRITE, &key), ERROR_SUCCESS);
+        RegDeleteValueW(key, NameOf(value).c_str());
+        model[value] = -ERROR_FILE_NOT_FOUND;
+        break;
+      }
+      case 3:
+        EXPECT_EQ(Set(HKEY_CURRENT_USER, NameOf(value), number), ERROR_SUCCESS);
+        model[value] = number;
+        break;
+      default: break;
+    }
+    const int asked = int(random() % kValues);
+    ASSERT_EQ(Get(HKEY_CURRENT_USER, NameOf(asked)), model[asked]) << "step " << step;
+  }
+  sqlite3_close(other);
 }
 
 TEST_F(LinuxRegistry, HandleOfARemovedHiveNamesNoKeyOfTheNextOne) {
