@@ -55,10 +55,12 @@ KV_IMPLEMENT_SETTINGS_GROUP(QFDialogPositionSettings, _T("DialogPositions"), _T(
 KV_IMPLEMENT_SETTINGS_GROUP(QFMultiAxisOperSettings, _T("MultiAxis"), _T("MultiAxis"), {})
 
 QFToolingSettings::QFToolingSettings()
-    : SettingsGroup(_T("QFToolingSettings"), _T("Tooling"), InProductRoot(_T("Tooling")), kToolingRows) {}
+    : SettingsGroup(typeid(QFToolingSettings), _T("QFToolingSettings"), _T("Tooling"), InProductRoot(_T("Tooling")),
+                    kToolingRows) {}
 
 QFKVUtilitiesSettings::QFKVUtilitiesSettings()
-    : SettingsGroup(_T("QFKVUtilitiesSettings"), _T("Utilities"), InProductRoot(_T("Utilities")), kKVUtilitiesRows) {}
+    : SettingsGroup(typeid(QFKVUtilitiesSettings), _T("QFKVUtilitiesSettings"), _T("Utilities"),
+                    InProductRoot(_T("Utilities")), kKVUtilitiesRows) {}
 
 // ---- toolbar
 
@@ -73,7 +75,8 @@ void QFToolbarSettings::GetDefaultButtons(CArray<int, int>& buttons) {
 }
 
 QFToolbarSettings::QFToolbarSettings()
-    : SettingsGroup(_T("QFToolbarSettings"), _T("Toolbar"), InProductRoot(_T("Toolbar")), {}) {
+    : SettingsGroup(typeid(QFToolbarSettings), _T("QFToolbarSettings"), _T("Toolbar"), InProductRoot(_T("Toolbar")),
+                    {}) {
   constexpr LPCTSTR kButtons = _T("ToolbarButtons");
   CArray<int, int> buttons;
   GetDefaultButtons(buttons);
@@ -100,14 +103,15 @@ QFToolbarSettings::QFToolbarSettings()
 IMPLEMENT_SERIAL(QFOperFilterSettings, QFSettingsKey, VERSIONABLE_SCHEMA | 1)
 
 QFOperFilterSettings::QFOperFilterSettings(const CString& name, const CString& path)
-    : SettingsGroup(_T("QFOperFilterSettings"), name, path, kOperFilterRows) {}
+    : SettingsGroup(typeid(QFOperFilterSettings), _T("QFOperFilterSettings"), name, path, kOperFilterRows) {}
 
 QFOperFilterSettings::QFOperFilterSettings() : QFOperFilterSettings(CString(), CString()) {}
 
 IMPLEMENT_SERIAL(QFAppOperSettings, QFSettingsKey, VERSIONABLE_SCHEMA | 1)
 
 QFAppOperSettings::QFAppOperSettings()
-    : SettingsGroup(_T("QFAppOperSettings"), _T("Operations"), InProductRoot(_T("Operations")), kAppOperRows) {
+    : SettingsGroup(typeid(QFAppOperSettings), _T("QFAppOperSettings"), _T("Operations"),
+                    InProductRoot(_T("Operations")), kAppOperRows) {
   constexpr int kFilters = 23;
   for (int i = 0; i < kFilters; ++i) {
     CString name;
@@ -120,7 +124,8 @@ QFAppOperSettings::QFAppOperSettings()
 
 IMPLEMENT_SERIAL(QFAppSettings, QFSettingsKey, VERSIONABLE_SCHEMA | 1)
 
-QFAppSettings::QFAppSettings() : SettingsGroup(_T("QFAppSettings"), _T("Application"), kVersionKey, kAppRows) {
+QFAppSettings::QFAppSettings()
+    : SettingsGroup(typeid(QFAppSettings), _T("QFAppSettings"), _T("Application"), kVersionKey, kAppRows) {
   AddKey(new QFPostSettings);
   AddKey(new QFDebugSettings);
   AddKey(new QFToolbarSettings);

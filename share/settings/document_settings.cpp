@@ -19,7 +19,8 @@ KV_IMPLEMENT_SETTINGS_GROUP(QFConfigSettings, _T("Configurations"), _T("Configur
 IMPLEMENT_SERIAL(QFFeatSettings, QFSettingsKey, VERSIONABLE_SCHEMA | 1)
 
 QFFeatSettings::QFFeatSettings()
-    : SettingsGroup(_T("QFFeatSettings"), _T("Features"), InProductRoot(_T("Features")), kFeatRows) {
+    : SettingsGroup(typeid(QFFeatSettings), _T("QFFeatSettings"), _T("Features"), InProductRoot(_T("Features")),
+                    kFeatRows) {
   AddKey(new QFTurnFeatSettings);
 }
 
@@ -28,7 +29,8 @@ QFFeatSettings::QFFeatSettings()
 IMPLEMENT_SERIAL(QFSimulationSettings, QFSettingsKey, VERSIONABLE_SCHEMA | 2)
 
 QFSimulationSettings::QFSimulationSettings()
-    : SettingsGroup(_T("QFSimulationSettings"), _T("Simulation"), InProductRoot(_T("Simulation")), kSimulationRows) {}
+    : SettingsGroup(typeid(QFSimulationSettings), _T("QFSimulationSettings"), _T("Simulation"),
+                    InProductRoot(_T("Simulation")), kSimulationRows) {}
 
 void QFSimulationSettings::Serialize(CArchive& ar) {
   const bool isFirstSchema = ar.IsLoading() && ar.GetObjectSchema() < 2;
@@ -47,8 +49,8 @@ void QFSimulationSettings::Serialize(CArchive& ar) {
 IMPLEMENT_SERIAL(QFNodeDisplaySettings, QFSettingsKey, VERSIONABLE_SCHEMA | 1)
 
 QFNodeDisplaySettings::QFNodeDisplaySettings()
-    : SettingsGroup(_T("QFNodeDisplaySettings"), _T("NodeDisplayStatus"), InProductRoot(_T("NodeDisplayStatus")),
-                    kNodeDisplayRows) {}
+    : SettingsGroup(typeid(QFNodeDisplaySettings), _T("QFNodeDisplaySettings"), _T("NodeDisplayStatus"),
+                    InProductRoot(_T("NodeDisplayStatus")), kNodeDisplayRows) {}
 
 void QFNodeDisplaySettings::Serialize(CArchive& ar) {
   SettingsGroup::Serialize(ar);
@@ -59,7 +61,8 @@ void QFNodeDisplaySettings::Serialize(CArchive& ar) {
 
 IMPLEMENT_SERIAL(QFDocSettings, QFSettingsKey, VERSIONABLE_SCHEMA | 1)
 
-QFDocSettings::QFDocSettings() : SettingsGroup(_T("QFDocSettings"), _T("Document"), InProductRoot(_T("Document")), {}) {
+QFDocSettings::QFDocSettings()
+    : SettingsGroup(typeid(QFDocSettings), _T("QFDocSettings"), _T("Document"), InProductRoot(_T("Document")), {}) {
   AddKey(new QFFeatSettings);
   AddKey(new QFColorSettings);
   AddKey(new QFOpernSettings);

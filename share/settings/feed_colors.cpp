@@ -163,11 +163,17 @@ void QFFeedColorsSettings::DumpData(FILE* file) { DumpTable(*this, file, _T("QFF
 // ---- the three tables
 
 QFTurnFeedColorsSettings::QFTurnFeedColorsSettings()
-    : QFFeedColorsSettings(_T("Turn"), CString(kProductRoot) + _T("FeedColors\\Turn")) {}
+    : QFFeedColorsSettings(_T("Turn"), CString(kProductRoot) + _T("FeedColors\\Turn")) {
+  SetOwnClass(typeid(QFTurnFeedColorsSettings));
+}
 QFMillFeedColorsSettings::QFMillFeedColorsSettings()
-    : QFFeedColorsSettings(_T("Mill"), CString(kProductRoot) + _T("FeedColors\\Mill")) {}
+    : QFFeedColorsSettings(_T("Mill"), CString(kProductRoot) + _T("FeedColors\\Mill")) {
+  SetOwnClass(typeid(QFMillFeedColorsSettings));
+}
 QFEdmFeedColorsSettings::QFEdmFeedColorsSettings()
-    : QFFeedColorsSettings(_T("Edm"), CString(kProductRoot) + _T("FeedColors\\Edm")) {}
+    : QFFeedColorsSettings(_T("Edm"), CString(kProductRoot) + _T("FeedColors\\Edm")) {
+  SetOwnClass(typeid(QFEdmFeedColorsSettings));
+}
 
 void QFTurnFeedColorsSettings::DumpData(FILE* file) { DumpTable(*this, file, _T("QFTurnFeedColorsSettings")); }
 void QFMillFeedColorsSettings::DumpData(FILE* file) { DumpTable(*this, file, _T("QFMillFeedColorsSettings")); }

@@ -22,9 +22,10 @@ Number Made(Number number) {
 
 }  // namespace
 
-SettingsGroup::SettingsGroup(LPCTSTR className, const CString& name, const CString& path,
+SettingsGroup::SettingsGroup(const std::type_info& type, LPCTSTR className, const CString& name, const CString& path,
                              std::span<const SettingsRow> rows)
     : QFSettingsKey(name, path), m_ClassName(className) {
+  SetOwnClass(type);
   for (const SettingsRow& row : rows) {
     std::visit([&](const auto& value) { AddValue(row.name, Made(value)); }, row.value);
   }
@@ -42,5 +43,5 @@ void SettingsGroup::DumpData(FILE* file) {
 IMPLEMENT_SERIAL(QFAdv3AxisSettings, QFSettingsKey, VERSIONABLE_SCHEMA | 1)
 
 QFAdv3AxisSettings::QFAdv3AxisSettings()
-    : SettingsGroup(_T("QFAdv3AxisSettings"), _T("Settings\\"),
+    : SettingsGroup(typeid(QFAdv3AxisSettings), _T("QFAdv3AxisSettings"), _T("Settings\\"),
                     _T("Software\\Vero International Software\\Machining Strategist\\7.0\\Settings\\"), {}) {}

@@ -38,7 +38,8 @@ class KVSHARE_API SettingsGroup : public QFSettingsKey {
 
  protected:
   // Adds the rows in their order. The class's name is kept by its address.
-  SettingsGroup(LPCTSTR className, const CString& name, const CString& path, std::span<const SettingsRow> rows);
+  SettingsGroup(const std::type_info& type, LPCTSTR className, const CString& name, const CString& path,
+                std::span<const SettingsRow> rows);
 
   // A path below the product's own registry key.
   static CString InProductRoot(LPCTSTR path);
@@ -59,7 +60,7 @@ class KVSHARE_API SettingsGroup : public QFSettingsKey {
 // Defines it: the key's name, its path below the product's registry key, its rows. Schema 1.
 #define KV_IMPLEMENT_SETTINGS_GROUP(class_name, name, path, rows)     \
   IMPLEMENT_SERIAL(class_name, QFSettingsKey, VERSIONABLE_SCHEMA | 1) \
-  class_name::class_name() : SettingsGroup(_T(#class_name), name, InProductRoot(path), rows) {}
+  class_name::class_name() : SettingsGroup(typeid(class_name), _T(#class_name), name, InProductRoot(path), rows) {}
 
 // The registry key of an outside product, which stands in both trees. It declares no values.
 KV_SETTINGS_GROUP(QFAdv3AxisSettings)

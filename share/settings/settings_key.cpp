@@ -307,28 +307,49 @@ class QFSettingsKey::InRun {
   QFSettingsKey& key_;
 };
 
-int QFSettingsKey::SaveValuesToRegistry() { return SaveItems(/*clearing=*/false); }
+int QFSettingsKey::SaveValuesToRegistry() { return SaveItems(/*clears=*/false); }
+
+// Whether saving the key runs no code but the library's. Of a class that was derived from the library's nobody knows.
+bool QFSettingsKey::IsOwnKeyClass() const {
+  const std::type_info& type = typeid(*this);
+  return type == typeid(QFSettingsKey) || (m_pOwnClass && type == *m_pOwnClass);
+}
+
+// The key above, which is being saved, writes what this one adds.
+int QFSettingsKey::SaveWithin(RegistrySave& save) {
+  m_pSave = &save;
+  return SaveValuesToRegistry();
+}
 
 // A class of a module's own, whose operations may use the registry themselves, finds all that stands ahead of it saved.
-int QFSettingsKey::SaveItems(bool clearing) {
-  RegistryRun run(*this, clearing);
+int QFSettingsKey::SaveItems(bool clears) {
+  RegistrySave own;
+  RegistrySave* const above = std::exchange(m_pSave, nullptr);
+  RegistrySave& save = above ? *above : own;
+  RegistryRun* run = &save.Begin(*this, clears);
   bool all = true;
   ForEach(m_List, [&](CObject* item) {
     QFSettingsValue* value = AsValue(item);
     if (value && IsOwnClass(*value)) {
-      const InRun inRun(*this, run);
+      const InRun inRun(*this, *run);
       all = value->SaveValueToRegistry(this) && all;
       return;
     }
-    all = run.Finish() && all;
-    if (value) all = value->SaveValueToRegistry(this) && all;
-    if (QFSettingsKey* key = AsKey(item)) all = key->SaveValuesToRegistry() && all;
+    QFSettingsKey* key = AsKey(item);
+    if (key && key->IsOwnKeyClass()) {
+      all = key->SaveWithin(save) && all;
+    } else {
+      all = save.Finish() && all;
+      if (value) all = value->SaveValueToRegistry(this) && all;
+      if (key) all = key->SaveValuesToRegistry() && all;
+    }
+    run = &save.Begin(*this, /*clears=*/false);
   });
-  return run.Finish() && all;
+  return (above || save.Finish()) && all;
 }
 
 int QFSettingsKey::RestoreValuesFromRegistry() {
-  RegistryRun run(*this, /*clearing=*/false);
+  RegistryRun run(*this);
   bool all = true;
   ForEach(m_List, [&](CObject* item) {
     if (QFSettingsValue* value = AsValue(item)) {

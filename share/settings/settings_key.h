@@ -20,11 +20,14 @@
 #pragma once
 
 #include <atomic>
+#include <typeinfo>
 
 #include "framework/ob_list.h"
 #include "platform/registry.h"
 #include "share/settings/settings_value.h"
 #include "share/utilities/object_lists.h"
+
+class RegistrySave;
 
 class KVSHARE_API QFSettingsKey : public QFBaseObject {
   DECLARE_SERIAL(QFSettingsKey)
@@ -99,8 +102,9 @@ class KVSHARE_API QFSettingsKey : public QFBaseObject {
 
   // Write or read every value of the tree, each key under its own path and hive. 1 if every item succeeded; a failure
   // doesn't stop the walk. Saving creates registry keys, restoring never does; what can't be read keeps what it had.
-  // Whatever ends the process meanwhile, a value is the old one or the new one. Where many values that stand one behind
-  // the other have changed, either all of them are new or none.
+  // Whatever ends the process meanwhile, a value is the old one or the new one; where more than two have changed, all
+  // of them are new or none. A value or a key of a module's own class in the tree parts what stands ahead of it from
+  // what follows.
   virtual int SaveValuesToRegistry();
   virtual int RestoreValuesFromRegistry();
 
@@ -128,7 +132,10 @@ class KVSHARE_API QFSettingsKey : public QFBaseObject {
 
   // SaveValuesToRegistry of a key whose registry key holds the values of its list and nothing else: what stood there
   // before is deleted, at once with the writing of the values that stand ahead of any key.
-  int SaveInPlaceOfAll() { return SaveItems(/*clearing=*/true); }
+  int SaveInPlaceOfAll() { return SaveItems(/*clears=*/true); }
+  // For a class of the library, by whose code alone objects of exactly that class are saved: the tree's writing of
+  // their values may be put off. Lives as long as the key.
+  void SetOwnClass(const std::type_info& type) { m_pOwnClass = &type; }
   void DestroyList();
   // Takes every item out of the list without deleting it. No search finds it there any more, but it lives, and stays
   // this key's, until the key itself is deleted: whoever holds one may go on reading it, and nobody else deletes it.
@@ -144,11 +151,14 @@ class KVSHARE_API QFSettingsKey : public QFBaseObject {
 
  private:
   friend class QFSettingsValue;
+  friend class RegistryRun;
   class NameIndex;
   class InRun;
 
   void AddItem(QFSettingsValue* value);
-  int SaveItems(bool clearing);
+  bool IsOwnKeyClass() const;
+  int SaveWithin(RegistrySave& save);
+  int SaveItems(bool clears);
   void AdoptAll();
   void ForgetNames();
   const NameIndex* GetIndex() const;
@@ -156,7 +166,9 @@ class KVSHARE_API QFSettingsKey : public QFBaseObject {
   CObList m_List;
   CObList m_Former;  // taken out of the list
   QFSettingsKey* m_pOwner = nullptr;
-  RegistryRun* m_pRun = nullptr;  // while one of its values is being saved or restored
+  const std::type_info* m_pOwnClass = nullptr;
+  RegistrySave* m_pSave = nullptr;  // of the key above, for the next save
+  RegistryRun* m_pRun = nullptr;    // while one of its values is being saved or restored
   ULONGLONG m_nListVersion = 0;
   mutable std::atomic<const NameIndex*> m_pIndex = nullptr;
   mutable std::atomic<int> m_nSearches = 0;  // since the last change of shape

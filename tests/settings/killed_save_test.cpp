@@ -1,7 +1,5 @@
-// Saving the application's settings that is killed: each value is the old one or the new one, and what is written at
-// once is all old or all new.
+// Saving the application's settings that is killed: all values are the old ones or all are the new ones.
 #include <csignal>
-#include <map>
 #include <random>
 #include <thread>
 
@@ -93,7 +91,7 @@ TEST(KilledSettingsSave, LeavesEachValueOldOrNew) {
     return all;
   };
   ASSERT_TRUE(save(1));
-  int between = 0;
+  int between = 0;  // the commit and its return
   for (int kill = 0; kill < kKills && !HasFailure(); ++kill) {
     const int start = *saved;
     const pid_t child = kvtest::InChild([&] {
@@ -108,24 +106,20 @@ TEST(KilledSettingsSave, LeavesEachValueOldOrNew) {
     const int old = *saved;
     QFAppSettings found;
     found.RestoreValuesFromRegistry();
-    std::map<const QFSettingsKey*, int> newOnes;
     int values = 0, changed = 0;
     ForEachValue(found, [&](const QFSettingsKey& key, QFSettingsValue& value) {
       if (DYNAMIC_DOWNCAST(QFFeedColorsSettings, const_cast<QFSettingsKey*>(&key))) return;
       const bool isNew = IsOf(value, old + 1);
       EXPECT_TRUE(isNew || IsOf(value, old)) << "round " << old << ": " << ToUtf8(value.GetName());
-      newOnes[&key] += isNew;
       changed += isNew;
       ++values;
     });
     EXPECT_EQ(values, 678);
-    const int ofRoot = newOnes[&found];
-    EXPECT_TRUE(ofRoot == 0 || ofRoot == 85) << ofRoot << " of the root's values are new";
-    between += changed > 0 && changed < values;
+    EXPECT_TRUE(changed == 0 || changed == values) << changed << " values are new";
+    between += changed > 0;
     table.RestoreValuesFromRegistry();
     EXPECT_TRUE(TableIsOf(table, old) || TableIsOf(table, old + 1)) << "round " << old;
     ASSERT_TRUE(save(old + 2)) << "what was left disturbs";
   }
-  std::printf("%d kills, %d of them in the middle of a tree, %d saves\n", kKills, between, int(*saved));
-  EXPECT_GT(between, 0);
+  std::printf("%d kills, %d of them behind a commit that had not returned, %d saves\n", kKills, between, int(*saved));
 }
