@@ -7,9 +7,9 @@
 CString ReadKeptText(HKEY hive, LPCTSTR path, LPCTSTR name) {
   QFSettingsKey key(CString(), path);
   key.SetKey(hive);
-  key.AddValue(name, CString());
-  key.RestoreValuesFromRegistry();
-  return TextOf(&key, name);
+  QFStringValue text(name, CString());
+  text.RestoreValueFromRegistry(&key);
+  return text.GetValue();
 }
 
 CString ReadKeptTextOfUserOrMachine(LPCTSTR path, LPCTSTR name) {
@@ -20,8 +20,7 @@ CString ReadKeptTextOfUserOrMachine(LPCTSTR path, LPCTSTR name) {
 void KeepText(HKEY hive, LPCTSTR path, LPCTSTR name, const CString& text) {
   QFSettingsKey key(CString(), path);
   key.SetKey(hive);
-  key.AddValue(name, text);
-  key.SaveValuesToRegistry();
+  QFStringValue(name, text).SaveValueToRegistry(&key);
 }
 
 CString TextOf(const QFSettingsKey* tree, LPCTSTR name) {

@@ -99,6 +99,8 @@ struct ConfigFile {
     }
   }
 
+  bool IsMissing() const { return document.LastFailure().kind == KVXMLFailure::Kind::kMissing; }
+
   CString path;
   KVXMLDocument document;
   KVXMLNodeList* settings = nullptr;
@@ -120,9 +122,8 @@ void Mend(ConfigFile& file) {
 
 int ReadTechDBConfig(const CString& folder, const CString& defaultDatabase, QFTechDBConfigInfo& info) try {
   if (folder.IsEmpty()) return 0;
-  const CString path = folder + kTechDBConfigFile;
-  if (_waccess(path, 0) == 0) {
-    ConfigFile file(path);
+  ConfigFile file(folder + kTechDBConfigFile);
+  if (!file.IsMissing()) {
     if (!file.settings) return 0;
     Mend(file);
     CString type;
