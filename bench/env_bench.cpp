@@ -1,101 +1,172 @@
-// The environment's start against the registry's reads and writes that it makes, made alone; and the whole process of
-// `kestrova env` against the shortest process of an interpreter.
+// The environment's start against the registry calls that it makes, made alone; and the whole process of `kestrova env`
+// against the shortest process of an interpreter. The calls are those of a real start: they are noted by functions of
+// the same names in this program, which the library finds ahead of its own.
+#include <dlfcn.h>
+
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "bench/ratio.h"
+#include "platform/handles.h"
 #include "platform/process.h"
 #include "platform/registry.h"
 #include "share/env/app_env.h"
-#include "share/env/feature_switches.h"
-#include "share/env/registry_keys.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-// ---- the registry calls alone
+// ---- the registry calls of a start
 
-enum Kind { kNumber, kText };
-
-// A value that a start reads so many times: when the registry is empty, and when it has everything. What is missing is
-// written if there is something to write.
-struct Access {
-  HKEY hive;
-  LPCTSTR path;
-  LPCTSTR name;
-  Kind kind;
-  int reads_empty;
-  int reads_full;
-  const char16_t* written = nullptr;
+struct Call {
+  enum Kind { kOpen, kCreate, kClose, kQuery, kSet } kind;
+  HKEY key = nullptr;  // predefined; else null, and `slot` is the number of the call that opened it
+  std::size_t slot = 0;
+  std::u16string name = {};  // a path, or a value's
+  REGSAM rights = 0;
+  DWORD type = 0;
+  bool has_data = false;  // a query's buffer, and its size; or what is set
+  bool has_size = false;
+  std::string data = {};
 };
 
-bool Read(const Access& access) {
-  HKEY key = nullptr;
-  if (RegOpenKeyExW(access.hive, access.path, 0, KEY_READ, &key) != ERROR_SUCCESS) return false;
-  BYTE buffer[512];
-  DWORD bytes = access.kind == kNumber ? sizeof(DWORD) : 0;
-  // A text is asked for its size first.
-  LSTATUS status =
-      RegQueryValueExW(key, access.name, nullptr, nullptr, access.kind == kNumber ? buffer : nullptr, &bytes);
-  if (status == ERROR_SUCCESS && access.kind == kText)
-    status = RegQueryValueExW(key, access.name, nullptr, nullptr, buffer, &bytes);
-  kvbench::Keep(buffer);
-  RegCloseKey(key);
-  return status == ERROR_SUCCESS;
-}
+class Notes {
+ public:
+  bool on = false;
+  std::vector<Call> calls;
 
-void Write(const Access& access, int number) {
-  HKEY key = nullptr;
-  DWORD disposition = 0;
-  if (RegCreateKeyExW(access.hive, access.path, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, &disposition) != 0)
-    return;
-  if (access.kind == kNumber) {
-    RegSetValueExW(key, access.name, 0, REG_DWORD, reinterpret_cast<const BYTE*>(&number), sizeof number);
-  } else {
-    const std::u16string_view text = access.written;
-    RegSetValueExW(key, access.name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.data()),
-                   DWORD((text.size() + 1) * sizeof(TCHAR)));
+  void Add(Call call, HKEY key, HKEY* opened = nullptr) {
+    if (!on) return;
+    const auto found = slots_.find(key);
+    call.key = found == slots_.end() ? key : nullptr;
+    call.slot = found == slots_.end() ? 0 : found->second;
+    if (opened && *opened) slots_[*opened] = calls.size();
+    if (call.kind == Call::kClose) slots_.erase(key);
+    calls.push_back(std::move(call));
   }
-  RegCloseKey(key);
+
+ private:
+  std::unordered_map<HKEY, std::size_t> slots_;
+};
+Notes notes;
+
+std::u16string NameOf(LPCWSTR text) { return text ? text : u""; }
+
+// The library's own function of the name that this program's has.
+template <class Function>
+Function* Real(Function* ours) {
+  Dl_info about = {};
+  void* const found =
+      dladdr(reinterpret_cast<void*>(ours), &about) && about.dli_sname ? dlsym(RTLD_NEXT, about.dli_sname) : nullptr;
+  if (found && found != reinterpret_cast<void*>(ours)) return reinterpret_cast<Function*>(found);
+  std::fprintf(stderr, "env_bench: the library's registry calls can't be noted\n");
+  std::exit(1);
 }
 
-constexpr const char16_t* kPath = u"\\opt\\kestrova\\lib\\MachSim\\Machines";
+}  // namespace
 
-std::vector<Access> StartAccesses() {
-  const HKEY user = HKEY_CURRENT_USER, machine = HKEY_LOCAL_MACHINE;
-  std::vector<Access> all = {
-      {user, kVersionKey, _T("TechDBForms"), kText, 1, 1},
-      {user, kVersionKey, _T("Language"), kText, 1, 1},
-      {user, kHostGeneralKey, _T("Use English language"), kNumber, 1, 1},
-      {machine, kVersionKey, _T("KVDataPath"), kText, 1, 0, kPath},
-      {user, kVersionKey, _T("KVDataPath"), kText, 6, 1, kPath},  // four defaults lie below it
-      {machine, kVersionKey, _T("EurekaExePath"), kText, 1, 0},
-  };
-  for (LPCTSTR name : {_T("SSImgPath"), _T("SSTemplatePath"), _T("SSOperationPath"), _T("SimulationMachinePath"),
-                       _T("SimulationControllerPath"), _T("SimulationJobPath")})
-    all.push_back({user, kVersionKey, name, kText, 1, 1, kPath});
-  // Empty without a simulator, and so computed at each start.
-  all.push_back({user, kVersionKey, _T("MachineSimulationApplicationPath"), kText, 1, 1, u""});
-  all.push_back({machine, kVersionKey, _T("EurekaExePath"), kText, 0, 1});
-  all.push_back({user, kPostDataKey, _T("LinearLengthForArcFacet"), kNumber, 1, 1});
-  all.push_back({user, kPostDataKey, _T("ControllerPath"), kText, 1, 1});
-  all.push_back({machine, kPostDataKey, _T("ControllerPath"), kText, 1, 1});
-  for (const FeatureSwitch& feature : kStartSwitches)
-    all.push_back({user, kVersionDebugKey, feature.name, kNumber, 1, 1, u""});
-  all.push_back({user, kVersionKey, _T("MultiSurfaceByID"), kNumber, 1, 1});
-  return all;
+LSTATUS RegOpenKeyExW(HKEY key, LPCWSTR path, DWORD options, REGSAM rights, PHKEY opened) {
+  static auto* const real = Real(RegOpenKeyExW);
+  const LSTATUS status = real(key, path, options, rights, opened);
+  notes.Add({.kind = Call::kOpen, .name = NameOf(path), .rights = rights}, key, status == 0 ? opened : nullptr);
+  return status;
 }
 
-void MakeAccesses(const std::vector<Access>& all, int Access::*reads) {
-  for (const Access& access : all) {
-    bool found = access.*reads == 0;
-    for (int i = 0; i < access.*reads; ++i) found = Read(access);
-    if (!found && access.written) Write(access, 1);
+LSTATUS RegCreateKeyExW(HKEY key, LPCWSTR path, DWORD reserved, LPWSTR className, DWORD options, REGSAM rights,
+                        SECURITY_ATTRIBUTES* security, PHKEY opened, DWORD* disposition) {
+  static auto* const real = Real(RegCreateKeyExW);
+  const LSTATUS status = real(key, path, reserved, className, options, rights, security, opened, disposition);
+  notes.Add({.kind = Call::kCreate, .name = NameOf(path), .rights = rights}, key, status == 0 ? opened : nullptr);
+  return status;
+}
+
+LSTATUS RegCloseKey(HKEY key) {
+  static auto* const real = Real(RegCloseKey);
+  notes.Add({.kind = Call::kClose}, key);
+  return real(key);
+}
+
+LSTATUS RegQueryValueExW(HKEY key, LPCWSTR name, DWORD* reserved, DWORD* type, BYTE* data, DWORD* bytes) {
+  static auto* const real = Real(RegQueryValueExW);
+  if (notes.on) {
+    notes.Add({.kind = Call::kQuery,
+               .name = NameOf(name),
+               .has_data = data != nullptr,
+               .has_size = bytes != nullptr,
+               .data = std::string(bytes ? *bytes : 0, '\0')},
+              key);
   }
+  return real(key, name, reserved, type, data, bytes);
 }
+
+LSTATUS RegSetValueExW(HKEY key, LPCWSTR name, DWORD reserved, DWORD type, const BYTE* data, DWORD bytes) {
+  static auto* const real = Real(RegSetValueExW);
+  if (notes.on) {
+    notes.Add({.kind = Call::kSet,
+               .name = NameOf(name),
+               .type = type,
+               .data = std::string(reinterpret_cast<const char*>(data), bytes)},
+              key);
+  }
+  return real(key, name, reserved, type, data, bytes);
+}
+
+// No start takes one; if one ever does, these notes have to learn it.
+HANDLE CreateTransaction(SECURITY_ATTRIBUTES* security, void* unit, DWORD options, DWORD level, DWORD flags,
+                         DWORD timeout_ms, LPWSTR description) {
+  static auto* const real = Real(CreateTransaction);
+  if (notes.on) {
+    std::fprintf(stderr, "env_bench: the start begins a transaction, which is not counted\n");
+    std::exit(1);
+  }
+  return real(security, unit, options, level, flags, timeout_ms, description);
+}
+
+namespace {
+
+// Makes the calls as they were made, through the library's own functions.
+class Calls {
+ public:
+  explicit Calls(std::vector<Call> calls) : calls_(std::move(calls)), opened_(calls_.size()) {}
+
+  std::size_t Count() const { return calls_.size(); }
+
+  void Make() {
+    for (std::size_t i = 0; i < calls_.size(); ++i) {
+      Call& call = calls_[i];
+      const HKEY key = call.key ? call.key : opened_[call.slot];
+      DWORD bytes = DWORD(call.data.size()), type = 0;
+      BYTE* const data = reinterpret_cast<BYTE*>(call.data.data());
+      switch (call.kind) {
+        case Call::kOpen: opened_[i] = nullptr, open_(key, call.name.c_str(), 0, call.rights, &opened_[i]); break;
+        case Call::kCreate:
+          opened_[i] = nullptr;
+          create_(key, call.name.c_str(), 0, nullptr, 0, call.rights, nullptr, &opened_[i], &type);
+          break;
+        case Call::kClose: close_(key); break;
+        case Call::kQuery:
+          query_(key, call.name.c_str(), nullptr, &type, call.has_data ? data : nullptr,
+                 call.has_size ? &bytes : nullptr);
+          kvbench::Keep(data);
+          break;
+        case Call::kSet: set_(key, call.name.c_str(), 0, call.type, data, bytes); break;
+      }
+    }
+  }
+
+ private:
+  std::vector<Call> calls_;
+  std::vector<HKEY> opened_;
+  decltype(RegOpenKeyExW)* const open_ = Real(RegOpenKeyExW);
+  decltype(RegCreateKeyExW)* const create_ = Real(RegCreateKeyExW);
+  decltype(RegCloseKey)* const close_ = Real(RegCloseKey);
+  decltype(RegQueryValueExW)* const query_ = Real(RegQueryValueExW);
+  decltype(RegSetValueExW)* const set_ = Real(RegSetValueExW);
+};
 
 // ---- registries
 
@@ -129,35 +200,46 @@ void Start() {
   CloseAppEnv();
 }
 
+Calls CallsOfAStart() {
+  notes = {};
+  notes.on = true;
+  Start();
+  notes.on = false;
+  return Calls(notes.calls);
+}
+
 void BenchStart(kvbench::Table& table, const fs::path& folder) {
-  const std::vector<Access> all = StartAccesses();
   const std::string peer = "its registry calls alone";
+  UseRegistry(folder / "noted");
+  Calls empty = CallsOfAStart();
   int ours = 0, theirs = 0;
   table.Pair(
-      {.name = "start on an empty registry", .size = all.size(), .peer = peer, .goal = 2.0},
+      {.name = "start on an empty registry", .size = empty.Count(), .peer = peer, .goal = 2.0},
       [&] {
         UseRegistry(folder / ("ours" + std::to_string(ours++)));
         Start();
       },
       [&] {
         UseRegistry(folder / ("theirs" + std::to_string(theirs++)));
-        MakeAccesses(all, &Access::reads_empty);
+        empty.Make();
       });
   // A process's first start on a registry that earlier ones have filled.
+  UseRegistry(folder / "noted");
+  Calls full = CallsOfAStart();
   const Copies first(folder / "ours0", folder / "first"), second(folder / "ours0", folder / "second");
   table.Pair(
-      {.name = "first start of a process", .size = all.size(), .peer = peer, .goal = 2.0},
+      {.name = "first start of a process", .size = full.Count(), .peer = peer, .goal = 2.0},
       [&] {
         first.UseNext();
         Start();
       },
       [&] {
         second.UseNext();
-        MakeAccesses(all, &Access::reads_full);
+        full.Make();
       });
   UseRegistry(folder / "ours0");
-  table.Pair({.name = "another start of the same process", .size = all.size(), .peer = peer, .goal = 2.0}, Start,
-             [&] { MakeAccesses(all, &Access::reads_full); });
+  table.Pair({.name = "another start of the same process", .size = full.Count(), .peer = peer, .goal = 2.0}, Start,
+             [&] { full.Make(); });
 }
 
 int Run(const std::string& command) {

@@ -141,14 +141,13 @@ class PlainSqlite {
         Begin();
         key = row.key;
       }
-      if (!row.data.empty()) row.data[0] = char(round_);
-      Bind(write_, row);
-      sqlite3_bind_blob(write_, 3, row.data.data(), int(row.data.size()), SQLITE_STATIC);
-      sqlite3_bind_int64(write_, 4, round_);
-      sqlite3_step(write_);
-      sqlite3_reset(write_);
+      Write(row);
     }
     if (per_key) Commit();
+  }
+  void WriteOne() {
+    ++round_;
+    Write(rows_.front());
   }
 
  private:
@@ -158,6 +157,14 @@ class PlainSqlite {
     std::string data;
   };
 
+  void Write(Row& row) {
+    if (!row.data.empty()) row.data[0] = char(round_);
+    Bind(write_, row);
+    sqlite3_bind_blob(write_, 3, row.data.data(), int(row.data.size()), SQLITE_STATIC);
+    sqlite3_bind_int64(write_, 4, round_);
+    sqlite3_step(write_);
+    sqlite3_reset(write_);
+  }
   void Run(const char* sql) { sqlite3_exec(connection_, sql, nullptr, nullptr, nullptr); }
   sqlite3_stmt* Prepared(const char* sql) {
     sqlite3_stmt* statement = nullptr;
@@ -176,20 +183,43 @@ class PlainSqlite {
   int round_ = 0;
 };
 
-// Gives every value of the tree another one.
-void ChangeAll(const QFSettingsKey& key, int round) {
-  for (POSITION at = key.GetList().GetHeadPosition(); at;) {
-    CObject* item = key.GetList().GetNext(at);
-    if (const auto* below = DYNAMIC_DOWNCAST(QFSettingsKey, item)) ChangeAll(*below, round);
-    if (auto* value = DYNAMIC_DOWNCAST(QFIntValue, item)) value->SetValue(round);
-    if (auto* value = DYNAMIC_DOWNCAST(QFDoubleValue, item)) value->SetValue(round);
-    if (auto* value = DYNAMIC_DOWNCAST(QFColorValue, item)) value->SetValue(static_cast<unsigned long>(round));
-    if (auto* value = DYNAMIC_DOWNCAST(QFStringValue, item)) value->SetValue(round % 2 ? _T("C:\\A") : _T("C:\\B"));
-    if (auto* value = DYNAMIC_DOWNCAST(QFTimeValue, item)) value->SetValue(CTime(LONGLONG(round)));
-    if (auto* value = DYNAMIC_DOWNCAST(QFPointValue, item)) value->SetValue(CPoint(round, round));
-    if (auto* value = DYNAMIC_DOWNCAST(QFRectValue, item)) value->SetValue(CRect(round, round, round, round));
+// The values of a tree, each with what gives it the datum of a round.
+class Changes {
+ public:
+  explicit Changes(const QFSettingsKey& tree) { Collect(tree); }
+  void Make(int round) const {
+    for (const auto& [value, change] : all_) change(*value, round);
   }
-}
+
+ private:
+  using Change = void (*)(QFSettingsValue& value, int round);
+
+  template <class Value, class Datum>
+  bool Add(QFSettingsValue& value, Datum) {
+    if (!dynamic_cast<Value*>(&value)) return false;
+    all_.emplace_back(&value,
+                      [](QFSettingsValue& each, int round) { static_cast<Value&>(each).SetValue(Datum()(round)); });
+    return true;
+  }
+  void Collect(const QFSettingsKey& key) {
+    for (POSITION at = key.GetList().GetHeadPosition(); at;) {
+      CObject* item = key.GetList().GetNext(at);
+      if (const auto* below = DYNAMIC_DOWNCAST(QFSettingsKey, item)) Collect(*below);
+      auto* value = DYNAMIC_DOWNCAST(QFSettingsValue, item);
+      if (!value) continue;
+      const auto text = [](int round) { return CString(round % 2 ? _T("C:\\A") : _T("C:\\B")); };
+      Add<QFIntValue>(*value, [](int round) { return round; }) ||
+          Add<QFDoubleValue>(*value, [](int round) { return double(round); }) ||
+          Add<QFColorValue>(*value, [](int round) { return static_cast<unsigned long>(round); }) ||
+          Add<QFStringValue>(*value, text) ||
+          Add<QFTimeValue>(*value, [](int round) { return CTime(LONGLONG(round)); }) ||
+          Add<QFPointValue>(*value, [](int round) { return CPoint(round, round); }) ||
+          Add<QFRectValue>(*value, [](int round) { return CRect(round, round, round, round); });
+    }
+  }
+
+  std::vector<std::pair<QFSettingsValue*, Change>> all_;
+};
 
 void BenchApplication(kvbench::Table& table, const std::filesystem::path& folder) {
   constexpr const char* kPeer = "SQLite C interface, a transaction a value";
@@ -232,8 +262,9 @@ void BenchApplication(kvbench::Table& table, const std::filesystem::path& folder
                peer.Commit();
              });
   int round = 0;
+  const Changes changes(settings);
   const auto save = [&] {
-    ChangeAll(settings, ++round);
+    changes.Make(++round);
     kvbench::Keep(settings.SaveValuesToRegistry());
   };
   table.Pair({.name = "save it, all changed", .size = count, .peer = kPeer, .goal = 2.0}, save,
@@ -241,21 +272,26 @@ void BenchApplication(kvbench::Table& table, const std::filesystem::path& folder
   table.Pair(
       {.name = "save it, all changed", .size = count, .peer = "SQLite C interface, a transaction a key", .goal = 2.0},
       save, [&] { peer.WriteAll(/*per_key=*/true); });
-  table.Pair({.name = "save it, all changed", .size = count, .peer = "SQLite C interface, one transaction"}, save, [&] {
-    peer.Begin();
-    peer.WriteAll(/*per_key=*/false);
-    peer.Commit();
-  });
   table.Pair(
-      {.name = "save it, one changed", .size = count, .peer = "SQLite C interface, all in one transaction"},
-      [&] {
-        settings.SetValue(_T("LineWidth"), ++round);
-        kvbench::Keep(settings.SaveValuesToRegistry());
-      },
+      {.name = "save it, all changed", .size = count, .peer = "SQLite C interface, one transaction", .goal = 2.0}, save,
       [&] {
         peer.Begin();
         peer.WriteAll(/*per_key=*/false);
         peer.Commit();
+      });
+  const auto save_one = [&] {
+    settings.SetValue(_T("LineWidth"), ++round);
+    kvbench::Keep(settings.SaveValuesToRegistry());
+  };
+  table.Pair({.name = "save it, one changed", .size = count, .peer = "SQLite C interface, that one alone"}, save_one,
+             [&] { peer.WriteOne(); });
+  table.Pair(
+      {.name = "save it, one changed", .size = count, .peer = "SQLite C interface, all read and that one written"},
+      save_one, [&] {
+        peer.Begin();
+        peer.ReadAll();
+        peer.Commit();
+        peer.WriteOne();
       });
   sqlite3_close(another);
 }
