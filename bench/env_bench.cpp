@@ -24,8 +24,9 @@ namespace fs = std::filesystem;
 
 struct Call {
   enum Kind { kOpen, kCreate, kClose, kQuery, kSet } kind;
-  HKEY key = nullptr;  // predefined; else null, and `slot` is the number of the call that opened it
-  std::size_t slot = 0;
+  static constexpr std::size_t kNone = std::size_t(-1);
+  HKEY key = nullptr;  // predefined, or none that is open; else `slot` is the number of the call that opened it
+  std::size_t slot = kNone;
   std::u16string name = {};  // a path, or a value's
   REGSAM rights = 0;
   DWORD type = 0;
@@ -43,7 +44,7 @@ class Notes {
     if (!on) return;
     const auto found = slots_.find(key);
     call.key = found == slots_.end() ? key : nullptr;
-    call.slot = found == slots_.end() ? 0 : found->second;
+    call.slot = found == slots_.end() ? Call::kNone : found->second;
     if (opened && *opened) slots_[*opened] = calls.size();
     if (call.kind == Call::kClose) slots_.erase(key);
     calls.push_back(std::move(call));
@@ -138,7 +139,7 @@ class Calls {
   void Make() {
     for (std::size_t i = 0; i < calls_.size(); ++i) {
       Call& call = calls_[i];
-      const HKEY key = call.key ? call.key : opened_[call.slot];
+      const HKEY key = call.slot == Call::kNone ? call.key : opened_[call.slot];
       DWORD bytes = DWORD(call.data.size()), type = 0;
       BYTE* const data = reinterpret_cast<BYTE*>(call.data.data());
       switch (call.kind) {
