@@ -116,6 +116,7 @@ HANDLE FindOne(LPCWSTR path, WIN32_FIND_DATAW& facts) {
   const std::string name = system.substr(system.rfind('/') + 1);
   const int folder = open(FolderOf(system).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_PATH);
   if (folder < 0) return FailedForFolder(errno);
+  errno = 0;
   const bool found = !ProductName(name).empty() && GetFacts(folder, name, facts);
   const int code = errno;
   close(folder);
