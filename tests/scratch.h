@@ -28,7 +28,7 @@ class ScratchFolder {
 // The whole content of a file; fails the running test if it cannot be read.
 std::string ReadFile(const std::filesystem::path& path);
 
-// The seed of a random test, printed: one of the test's own that stays the same from run to run, so that a change is
+// A random test has a seed, which is printed: one of its own that stays the same from run to run, so that a change is
 // judged by what it changed. KV_TEST_SEED=random draws a new one, KV_TEST_SEED=number repeats a printed one.
 unsigned PrintedSeed();
 
