@@ -1,4 +1,4 @@
-// Files and folders: the calls as their descriptions have them, by the product's paths.
+// Files: the calls as their descriptions have them. Walks and paths are in folders_test.cpp.
 #include "platform/files.h"
 
 #include <gtest/gtest.h>
@@ -9,22 +9,29 @@
 
 namespace {
 
+namespace fs = std::filesystem;
+
 class Files : public testing::Test {
  protected:
   // The product path of a name in the scratch folder.
   std::u16string At(const std::string& name) const { return ProductPathFromSystem((folder.Path() / name).string()); }
 
+  HANDLE Open(const std::string& name, DWORD access, DWORD disposition) const {
+    return CreateFileW(At(name).c_str(), access, 0, nullptr, disposition, 0, nullptr);
+  }
+
   kvtest::ScratchFolder folder;
 };
 
-TEST_F(Files, AttributesTellFileFolderAndReadOnly) {
+// ---- files
+
+TEST_F(Files, AttributesShowFileFolderAndReadOnly) {
   folder.Write("plain.txt", "x");
   folder.Write("locked.txt", "x");
   ASSERT_EQ(_wchmod(At("locked.txt").c_str(), _S_IREAD), 0);
   const struct {
     const char* name;
-    DWORD wanted;
-    DWORD status;
+    DWORD wanted, status;
   } rows[] = {
       {"plain.txt", FILE_ATTRIBUTE_NORMAL, 0},
       {"locked.txt", FILE_ATTRIBUTE_READONLY, 0},
@@ -39,13 +46,12 @@ TEST_F(Files, AttributesTellFileFolderAndReadOnly) {
     EXPECT_EQ(GetLastError(), row.status);
   }
   EXPECT_EQ(GetFileAttributesW(nullptr), INVALID_FILE_ATTRIBUTES);
-  EXPECT_EQ(GetFileAttributesW(_T("")), INVALID_FILE_ATTRIBUTES);
 }
 
-TEST_F(Files, AccessAnswersForTheReadOnlyMark) {
-  folder.Write("a", "x");
-  const std::u16string path = At("a");
-  for (const int mark : {_S_IREAD | _S_IWRITE, _S_IREAD, _S_IWRITE}) {
+TEST_F(Files, ReadOnlyMarkRefusesWritingDeletingAndReplacing) {
+  folder.Write("old", "kept");
+  const std::u16string path = At("old");
+  for (const int mark : {_S_IREAD | _S_IWRITE, _S_IWRITE, _S_IREAD}) {
     ASSERT_EQ(_wchmod(path.c_str(), mark), 0);
     for (const int mode : {0, 2, 4, 6}) {
       const bool refused = (mode & 2) != 0 && (mark & _S_IWRITE) == 0;
@@ -54,62 +60,18 @@ TEST_F(Files, AccessAnswersForTheReadOnlyMark) {
       EXPECT_EQ(errno, refused ? EACCES : 0);
     }
   }
-  EXPECT_EQ(_waccess(At("b").c_str(), 0), -1);
-  EXPECT_EQ(errno, ENOENT);
-}
-
-TEST_F(Files, ReadOnlyFileIsNeitherWrittenNorDeletedNorReplaced) {
-  folder.Write("old", "kept");
-  folder.Write("new", "x");
-  const std::u16string path = At("old");
-  ASSERT_EQ(_wchmod(path.c_str(), _S_IREAD), 0);
   EXPECT_FALSE(DeleteFileW(path.c_str()));
   EXPECT_EQ(GetLastError(), DWORD(ERROR_ACCESS_DENIED));
-  EXPECT_EQ(_wremove(path.c_str()), -1);
   EXPECT_EQ(_wfopen(path.c_str(), _T("w")), nullptr);
-  EXPECT_EQ(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr), INVALID_HANDLE_VALUE);
-  EXPECT_FALSE(MoveFileExW(At("new").c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING));
+  EXPECT_EQ(Open("old", GENERIC_WRITE, CREATE_ALWAYS), INVALID_HANDLE_VALUE);
   EXPECT_EQ(kvtest::ReadFile(folder.Path() / "old"), "kept");
 }
 
-TEST_F(Files, FoldersAreMadeOneLevelAtATime) {
-  EXPECT_FALSE(CreateDirectoryW(At("a/b").c_str(), nullptr));
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_PATH_NOT_FOUND));
-  EXPECT_TRUE(CreateDirectoryW((At("a") + u"\\").c_str(), nullptr));
-  EXPECT_FALSE(CreateDirectoryW(At("a").c_str(), nullptr));
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_ALREADY_EXISTS));
-  EXPECT_EQ(_wmkdir(At("a/b").c_str()), 0);
-  EXPECT_EQ(_wmkdir(At("a/b").c_str()), -1);
-  EXPECT_EQ(errno, EEXIST);
-  EXPECT_FALSE(RemoveDirectoryW(At("a").c_str()));
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_DIRECTORY_NOT_EMPTY));
-  EXPECT_FALSE(DeleteFileW(At("a/b").c_str()));
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_ACCESS_DENIED));
-  EXPECT_TRUE(RemoveDirectoryW(At("a/b").c_str()));
-  folder.Write("file", "x");
-  EXPECT_FALSE(RemoveDirectoryW(At("file").c_str()));
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_DIRECTORY));
-}
-
-TEST_F(Files, MoveReplacesOnlyWhenAsked) {
-  folder.Write("a", "1");
-  folder.Write("b", "2");
-  EXPECT_FALSE(MoveFileExW(At("a").c_str(), At("b").c_str(), 0));
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_ALREADY_EXISTS));
-  EXPECT_TRUE(MoveFileExW(At("a").c_str(), At("b").c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH));
-  EXPECT_EQ(kvtest::ReadFile(folder.Path() / "b"), "1");
-  EXPECT_FALSE(MoveFileExW(At("a").c_str(), At("c").c_str(), 0));
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_FILE_NOT_FOUND));
-  EXPECT_TRUE(MoveFileExW(At("b").c_str(), At("B").c_str(), 0));
-  EXPECT_EQ(std::filesystem::directory_iterator(folder.Path())->path().filename(), "B");
-}
-
 TEST_F(Files, DispositionDecidesWhatOpeningDoes) {
-  constexpr DWORD kBoth = GENERIC_READ | GENERIC_WRITE;
   const struct {
     DWORD disposition;
     bool exists;
-    DWORD status;  // what GetLastError answers afterwards
+    DWORD status;  // what GetLastError returns afterwards
     int size;      // of the file afterwards, -1 if opening fails
   } rows[] = {
       {CREATE_NEW, false, 77, 0},
@@ -120,16 +82,14 @@ TEST_F(Files, DispositionDecidesWhatOpeningDoes) {
       {OPEN_EXISTING, true, 77, 3},
       {OPEN_ALWAYS, false, 0, 0},
       {OPEN_ALWAYS, true, ERROR_ALREADY_EXISTS, 3},
-      {TRUNCATE_EXISTING, false, ERROR_FILE_NOT_FOUND, -1},
-      {TRUNCATE_EXISTING, true, 77, 0},
       {9, true, ERROR_INVALID_PARAMETER, -1},
   };
   for (const auto& row : rows) {
-    SCOPED_TRACE(testing::Message() << row.disposition << (row.exists ? " on a file" : " on none"));
-    std::filesystem::remove(folder.Path() / "f");
+    SCOPED_TRACE(testing::Message() << row.disposition << (row.exists ? " on a file" : " on nothing"));
+    fs::remove(folder.Path() / "f");
     if (row.exists) folder.Write("f", "abc");
     SetLastError(77);
-    const HANDLE file = CreateFileW(At("f").c_str(), kBoth, 0, nullptr, row.disposition, 0, nullptr);
+    const HANDLE file = Open("f", GENERIC_READ | GENERIC_WRITE, row.disposition);
     EXPECT_EQ(GetLastError(), row.status);
     EXPECT_EQ(file == INVALID_HANDLE_VALUE, row.size < 0);
     if (row.size < 0) continue;
@@ -140,51 +100,45 @@ TEST_F(Files, DispositionDecidesWhatOpeningDoes) {
   }
 }
 
-TEST_F(Files, HandleReadsWritesSeeksAndCuts) {
-  const HANDLE file = CreateFileW(At("f").c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr);
-  ASSERT_NE(file, INVALID_HANDLE_VALUE);
+TEST_F(Files, ClosedHandleNamesNoLaterFile) {
+  const HANDLE file = Open("f", GENERIC_WRITE, CREATE_NEW);
   DWORD count = 0;
   EXPECT_TRUE(WriteFile(file, "0123456789", 10, &count, nullptr));
   EXPECT_EQ(count, 10U);
-  LARGE_INTEGER distance = {};
-  LARGE_INTEGER position = {};
-  distance.QuadPart = -4;
-  EXPECT_TRUE(SetFilePointerEx(file, distance, &position, FILE_END));
-  EXPECT_EQ(position.QuadPart, 6);
-  char bytes[8] = {};
-  EXPECT_TRUE(ReadFile(file, bytes, 8, &count, nullptr));
-  EXPECT_EQ(std::string(bytes, count), "6789");
-  EXPECT_TRUE(ReadFile(file, bytes, 8, &count, nullptr));
-  EXPECT_EQ(count, 0U);
-  distance.QuadPart = -11;
-  EXPECT_FALSE(SetFilePointerEx(file, distance, nullptr, FILE_CURRENT));
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_NEGATIVE_SEEK));
-  distance.QuadPart = 3;
-  EXPECT_TRUE(SetFilePointerEx(file, distance, nullptr, FILE_BEGIN));
-  EXPECT_TRUE(SetEndOfFile(file));
   EXPECT_TRUE(FlushFileBuffers(file));
   EXPECT_TRUE(CloseHandle(file));
-  EXPECT_EQ(kvtest::ReadFile(folder.Path() / "f"), "012");
   EXPECT_FALSE(CloseHandle(file));
   EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_HANDLE));
-  const HANDLE next = CreateFileW(At("f").c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
-  EXPECT_NE(next, file);
-  EXPECT_FALSE(ReadFile(file, bytes, 1, &count, nullptr)) << "a closed handle reads the next file";
-  EXPECT_FALSE(WriteFile(next, "x", 1, &count, nullptr));
+  const HANDLE next = Open("f", GENERIC_READ, OPEN_EXISTING);
+  char byte = 0;
+  EXPECT_FALSE(ReadFile(file, &byte, 1, &count, nullptr));
+  EXPECT_FALSE(WriteFile(next, "x", 1, &count, nullptr)) << "it was opened for reading";
   EXPECT_TRUE(CloseHandle(next));
-  for (const HANDLE wrong : {HANDLE(nullptr), INVALID_HANDLE_VALUE, HANDLE(&count)}) EXPECT_FALSE(CloseHandle(wrong));
-  EXPECT_EQ(CreateFileW(At("").c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr), INVALID_HANDLE_VALUE);
+  EXPECT_EQ(Open("", GENERIC_READ, OPEN_EXISTING), INVALID_HANDLE_VALUE);
   EXPECT_EQ(GetLastError(), DWORD(ERROR_ACCESS_DENIED));
 }
 
-TEST_F(Files, StreamModesOfThePlatformWork) {
-  for (const TCHAR* mode : {_T("wt"), _T("wb"), _T("w+tN"), _T("wt, ccs=UTF-8"), _T("ab")}) {
-    FILE* file = _wfopen(At("f").c_str(), mode);
-    ASSERT_NE(file, nullptr) << testing::PrintToString(std::u16string(mode));
+TEST_F(Files, StreamModesDecideTheFirstBytes) {
+  const struct {
+    const TCHAR* mode;
+    std::string before, wanted;
+  } rows[] = {
+      {_T("wt"), "old", ""},
+      {_T("ab"), "old", "old"},
+      {_T("w, ccs=UTF-16LE"), "old", "\xFF\xFE"},
+      {_T("w+b,ccs=utf-16le "), "", "\xFF\xFE"},
+      {_T("a, ccs=UTF-16LE"), "", "\xFF\xFE"},
+      {_T("a, ccs=UTF-16LE"), "old", "old"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(testing::PrintToString(std::u16string(row.mode)));
+    folder.Write("f", row.before);
+    FILE* file = _wfopen(At("f").c_str(), row.mode);
+    ASSERT_NE(file, nullptr);
     std::fputs("a\n", file);
     EXPECT_EQ(std::fclose(file), 0);
+    EXPECT_EQ(kvtest::ReadFile(folder.Path() / "f"), row.wanted + "a\n");
   }
-  EXPECT_EQ(kvtest::ReadFile(folder.Path() / "f"), "a\na\n");
   for (const TCHAR* mode : {_T(""), _T("q"), _T("b"), _T("rz"), _T("rx")}) {
     errno = 0;
     EXPECT_EQ(_wfopen(At("f").c_str(), mode), nullptr);
@@ -193,51 +147,78 @@ TEST_F(Files, StreamModesOfThePlatformWork) {
   EXPECT_EQ(_wfopen(At("f").c_str(), _T("wx")), nullptr);
   EXPECT_EQ(errno, EEXIST);
   EXPECT_EQ(_wfopen(At("").c_str(), _T("r")), nullptr);
-  EXPECT_EQ(_wfopen(nullptr, _T("r")), nullptr);
-}
-
-TEST_F(Files, Utf16StreamsOfNewFilesBeginWithTheMark) {
-  const struct {
-    const TCHAR* mode;
-    std::string before;
-    std::string wanted;
-  } rows[] = {
-      {_T("w, ccs=UTF-16LE"), "old", "\xFF\xFE"},
-      {_T("w+b,ccs=utf-16le "), "", "\xFF\xFE"},
-      {_T("w, ccs=UNICODE"), "", "\xFF\xFE"},
-      {_T("a, ccs=UTF-16LE"), "", "\xFF\xFE"},
-      {_T("a, ccs=UTF-16LE"), "old", "old"},
-      {_T("r+, ccs=UTF-16LE"), "", ""},
-      {_T("w, ccs=UTF-8"), "", ""},
-      {_T("w, ccs="), "", ""},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(testing::PrintToString(std::u16string(row.mode)));
-    folder.Write("f", row.before);
-    FILE* file = _wfopen(At("f").c_str(), row.mode);
-    ASSERT_NE(file, nullptr);
-    EXPECT_EQ(kvtest::ReadFile(folder.Path() / "f"), row.wanted);
-    EXPECT_EQ(std::fclose(file), 0);
-  }
 }
 
 TEST_F(Files, TempFileNamesAreNewFiles) {
-  TCHAR a[MAX_PATH];
-  TCHAR b[MAX_PATH];
-  const UINT first = GetTempFileNameW(At("").c_str(), _T("kvtest"), 0, a);
-  const UINT second = GetTempFileNameW(At("").c_str(), _T("kvtest"), 0, b);
+  TCHAR path[MAX_PATH];
+  const UINT first = GetTempFileNameW(At("").c_str(), _T("kvtest"), 0, path);
   EXPECT_NE(first, 0U);
-  EXPECT_NE(first, second);
-  EXPECT_EQ(GetFileAttributesW(a), FILE_ATTRIBUTE_NORMAL);
-  EXPECT_TRUE(std::u16string_view(a).ends_with(_T(".tmp")));
-  EXPECT_NE(std::u16string_view(a).find(_T("\\kvt")), std::u16string_view::npos);
-  EXPECT_EQ(GetTempFileNameW(At("").c_str(), _T("x"), 0x1A2B, a), 0x1A2BU);
-  EXPECT_TRUE(std::u16string_view(a).ends_with(_T("\\x1a2b.tmp")));
-  EXPECT_EQ(GetFileAttributesW(a), INVALID_FILE_ATTRIBUTES);
-  EXPECT_EQ(GetTempFileNameW(At("none").c_str(), _T("x"), 0, a), 0U);
+  EXPECT_EQ(GetFileAttributesW(path), FILE_ATTRIBUTE_NORMAL);
+  EXPECT_NE(std::u16string_view(path).find(_T("\\kvt")), std::u16string_view::npos);
+  EXPECT_NE(GetTempFileNameW(At("").c_str(), _T("kvtest"), 0, path), first);
+  EXPECT_EQ(GetTempFileNameW(At("").c_str(), _T("x"), 0x1A2B, path), 0x1A2BU);
+  EXPECT_TRUE(std::u16string_view(path).ends_with(_T("\\x1a2b.tmp")));
+  EXPECT_EQ(GetFileAttributesW(path), INVALID_FILE_ATTRIBUTES);
+  EXPECT_EQ(GetTempFileNameW(At("none").c_str(), _T("x"), 0, path), 0U);
   EXPECT_EQ(GetLastError(), DWORD(ERROR_DIRECTORY));
-  EXPECT_EQ(GetTempFileNameW(std::u16string(247, 'x').c_str(), _T("x"), 0, a), 0U);
+  EXPECT_EQ(GetTempFileNameW(std::u16string(247, 'x').c_str(), _T("x"), 0, path), 0U);
   EXPECT_EQ(GetLastError(), DWORD(ERROR_BUFFER_OVERFLOW));
+  const DWORD length = GetTempPathW(MAX_PATH, path);
+  ASSERT_GT(length, 0U);
+  EXPECT_EQ(path[length - 1], '\\');
+  EXPECT_EQ(GetTempPathW(length, path), length + 1);
+}
+
+TEST_F(Files, CopyKeepsContentRightsAndTimeOrTheOldTarget) {
+  const fs::path from = folder.Write("from", std::string(1'000'000, 'x'));
+  const auto written = fs::file_time_type::clock::now() - std::chrono::hours(1000);
+  fs::last_write_time(from, written);
+  fs::permissions(from, fs::perms(0555));
+  EXPECT_TRUE(CopyFileW(At("from").c_str(), At("to").c_str(), TRUE));
+  EXPECT_EQ(kvtest::ReadFile(folder.Path() / "to"), std::string(1'000'000, 'x'));
+  EXPECT_EQ(fs::last_write_time(folder.Path() / "to"), written);
+  EXPECT_EQ(fs::status(folder.Path() / "to").permissions(), fs::perms(0555));
+  folder.Write("old", "old");
+  fs::create_directory(folder.Path() / "sub");
+  fs::create_symlink("from", folder.Path() / "link");
+  const struct {
+    const char* from;
+    const char* to;
+    BOOL fail_if_exists;
+    LONG status;
+  } rows[] = {
+      {"from", "old", TRUE, ERROR_FILE_EXISTS},          {"none", "old", FALSE, ERROR_FILE_NOT_FOUND},
+      {"none/none", "old", FALSE, ERROR_PATH_NOT_FOUND}, {"sub", "old", FALSE, ERROR_ACCESS_DENIED},
+      {"from", "sub", FALSE, ERROR_ACCESS_DENIED},       {"from", "to", FALSE, ERROR_ACCESS_DENIED},
+      {"from", "none/to", FALSE, ERROR_PATH_NOT_FOUND},  {"link", "from", FALSE, ERROR_SHARING_VIOLATION},
+  };
+  for (const auto& row : rows) {
+    EXPECT_FALSE(CopyFileW(At(row.from).c_str(), At(row.to).c_str(), row.fail_if_exists)) << row.from << row.to;
+    EXPECT_EQ(GetLastError(), DWORD(row.status)) << row.from << " to " << row.to;
+  }
+  EXPECT_EQ(kvtest::ReadFile(folder.Path() / "old"), "old");
+  EXPECT_EQ(std::distance(fs::directory_iterator(folder.Path()), {}), 5) << "a temporary file is left";
+  EXPECT_TRUE(CopyFileW(At("link").c_str(), At("old").c_str(), FALSE));
+  EXPECT_EQ(fs::file_size(folder.Path() / "old"), 1'000'000U);
+}
+
+// ---- folders
+
+TEST_F(Files, FoldersAreMadeOneLevelAtATime) {
+  EXPECT_FALSE(CreateDirectoryW(At("a/b").c_str(), nullptr));
+  EXPECT_EQ(GetLastError(), DWORD(ERROR_PATH_NOT_FOUND));
+  EXPECT_TRUE(CreateDirectoryW((At("a") + u"\\").c_str(), nullptr));
+  EXPECT_FALSE(CreateDirectoryW(At("a").c_str(), nullptr));
+  EXPECT_EQ(GetLastError(), DWORD(ERROR_ALREADY_EXISTS));
+  EXPECT_FALSE(DeleteFileW(At("a").c_str()));
+  EXPECT_EQ(GetLastError(), DWORD(ERROR_ACCESS_DENIED));
+  folder.Write("a/file", "x");
+  EXPECT_FALSE(RemoveDirectoryW(At("a").c_str()));
+  EXPECT_EQ(GetLastError(), DWORD(ERROR_DIRECTORY_NOT_EMPTY));
+  EXPECT_FALSE(RemoveDirectoryW(At("a/file").c_str()));
+  EXPECT_EQ(GetLastError(), DWORD(ERROR_DIRECTORY));
+  EXPECT_TRUE(DeleteFileW(At("a/file").c_str()));
+  EXPECT_TRUE(RemoveDirectoryW(At("a").c_str()));
 }
 
 }  // namespace

@@ -1,9 +1,6 @@
 // The registry's files: when they are made, who may use them, and what damage does to them.
 #include <sys/stat.h>
 
-#include <map>
-#include <random>
-
 #include "platform/handles.h"
 #include "tests/platform/linux_registry_support.h"
 
@@ -17,18 +14,12 @@ TEST_F(LinuxRegistry, ReadingMakesNothing) {
   for (HKEY hive : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) {
     TCHAR name[8];
     DWORD units = 8;
-    DWORD count = 7;
     EXPECT_EQ(Open(hive, kPath, KEY_READ), ERROR_FILE_NOT_FOUND);
     EXPECT_EQ(RegQueryValueExW(hive, _T("a"), nullptr, nullptr, nullptr, nullptr), ERROR_FILE_NOT_FOUND);
     EXPECT_EQ(RegDeleteValueW(hive, _T("a")), ERROR_FILE_NOT_FOUND);
-    EXPECT_EQ(RegDeleteKeyExW(hive, kPath, 0, 0), ERROR_FILE_NOT_FOUND);
     EXPECT_EQ(RegDeleteTreeW(hive, kPath), ERROR_FILE_NOT_FOUND);
     EXPECT_EQ(RegEnumKeyExW(hive, 0, name, &units, nullptr, nullptr, nullptr, nullptr), ERROR_NO_MORE_ITEMS);
     EXPECT_EQ(RegEnumValueW(hive, 0, name, &units, nullptr, nullptr, nullptr, nullptr), ERROR_NO_MORE_ITEMS);
-    EXPECT_EQ(RegQueryInfoKeyW(hive, nullptr, nullptr, nullptr, &count, nullptr, nullptr, nullptr, nullptr, nullptr,
-                               nullptr, nullptr),
-              ERROR_SUCCESS);
-    EXPECT_EQ(count, 0u);
     Key root;
     EXPECT_EQ(RegOpenKeyExW(hive, _T(""), 0, KEY_ALL_ACCESS, &root), ERROR_SUCCESS);
   }
@@ -58,14 +49,6 @@ TEST_F(LinuxRegistry, FollowsTheVariableWithinTheProcess) {
   EXPECT_EQ(Get(HKEY_CURRENT_USER, _T("a")), 1);
 }
 
-TEST_F(LinuxRegistry, WriteAfterTheHiveWasRemovedMakesANewOne) {
-  EXPECT_EQ(Set(HKEY_CURRENT_USER, _T("a"), 1), ERROR_SUCCESS);
-  fs::remove_all(folder_);
-  EXPECT_EQ(Create(HKEY_CURRENT_USER, _T("Software\\Other")), ERROR_SUCCESS);
-  EXPECT_EQ(Get(HKEY_CURRENT_USER, _T("a")), -ERROR_FILE_NOT_FOUND);
-  EXPECT_TRUE(fs::exists(folder_ / "user.hive"));
-}
-
 TEST_F(LinuxRegistry, TransactionsGoToTheHiveThatIsThere) {
   const auto write = [](LPCTSTR name) {
     const HANDLE transaction = CreateTransaction(nullptr, nullptr, 0, 0, 0, 0, nullptr);
@@ -86,75 +69,19 @@ TEST_F(LinuxRegistry, TransactionsGoToTheHiveThatIsThere) {
   write(_T("c"));
   EXPECT_TRUE(IsTrueInChild(
       [] { return Get(HKEY_CURRENT_USER, _T("b")) == -ERROR_FILE_NOT_FOUND && Get(HKEY_CURRENT_USER, _T("c")) == 1; }));
-  UseRegistry(scratch_.Path() / "another");
-  write(_T("d"));
-  EXPECT_EQ(Get(HKEY_CURRENT_USER, _T("d")), 1);
-  EXPECT_EQ(Get(HKEY_CURRENT_USER, _T("c")), -ERROR_FILE_NOT_FOUND);
 }
 
 TEST_F(LinuxRegistry, ValuesReadTogetherFollowAnotherProcess) {
   for (int i = 0; i < 200; ++i) ASSERT_EQ(Set(HKEY_CURRENT_USER, NameOf(i), DWORD(i)), ERROR_SUCCESS);
   for (int i = 0; i < 200; ++i) EXPECT_EQ(Get(HKEY_CURRENT_USER, NameOf(i)), i);
-  EXPECT_TRUE(IsTrueInChild([] { return Set(HKEY_CURRENT_USER, NameOf(7), 1000) == ERROR_SUCCESS; }));
+  const auto set_in_child = [](DWORD number) {
+    return IsTrueInChild([number] { return Set(HKEY_CURRENT_USER, NameOf(7), number) == ERROR_SUCCESS; });
+  };
+  EXPECT_TRUE(set_in_child(1000));
   for (int i = 0; i < 200; ++i) EXPECT_EQ(Get(HKEY_CURRENT_USER, NameOf(i)), i == 7 ? 1000 : i);
-}
-
-// Own writes, one by one and in transactions, among those of another connection, which stands for another process.
-TEST_F(LinuxRegistry, WhatIsRememberedFollowsOwnWritesAndOthers) {
-  constexpr int kValues = 8, kSteps = 5000;
-  std::mt19937 random(PrintedSeed());
-  std::map<int, LONGLONG> model;
-  for (int i = 0; i < kValues; ++i) ASSERT_EQ(Set(HKEY_CURRENT_USER, NameOf(i), DWORD(model[i] = i)), ERROR_SUCCESS);
-  sqlite3* other = nullptr;
-  ASSERT_EQ(sqlite3_open((folder_ / "user.hive").c_str(), &other), SQLITE_OK);
-  for (int step = 0; step < kSteps; ++step) {
-    const int value = int(random() % kValues);
-    const DWORD number = random();
-    switch (random() % 8) {
-      case 0: {  // as another process writes
-        char sql[100];
-        std::snprintf(sql, sizeof sql, "UPDATE value SET data = x'%08x' WHERE folded = '%d'", __builtin_bswap32(number),
-                      value);
-        ASSERT_EQ(sqlite3_exec(other, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(other);
-        if (model[value] >= 0) model[value] = number;
-        break;
-      }
-      case 1: {
-        const HANDLE transaction = CreateTransaction(nullptr, nullptr, 0, 0, 0, 0, nullptr);
-        const bool commits = random() % 2, deletes = random() % 4 == 0;
-        Key key;
-        EXPECT_EQ(RegOpenKeyTransactedW(HKEY_CURRENT_USER, kPath, 0, KEY_WRITE, &key, transaction, nullptr), 0);
-        auto inside = model;
-        for (int i = 0; i < 3; ++i) {
-          const int each = int(random() % kValues);
-          EXPECT_EQ(SetNumber(key, NameOf(each).c_str(), number + DWORD(i)), ERROR_SUCCESS);
-          inside[each] = number + DWORD(i);
-        }
-        if (deletes && RegDeleteValueW(key, NameOf(value).c_str()) == 0) inside[value] = -ERROR_FILE_NOT_FOUND;
-        if (commits) {
-          EXPECT_TRUE(CommitTransaction(transaction));
-          model = inside;
-        }
-        CloseHandle(transaction);
-        break;
-      }
-      case 2: {
-        Key key;
-        ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, kPath, 0, KEY_WRITE, &key), ERROR_SUCCESS);
-        RegDeleteValueW(key, NameOf(value).c_str());
-        model[value] = -ERROR_FILE_NOT_FOUND;
-        break;
-      }
-      case 3:
-        EXPECT_EQ(Set(HKEY_CURRENT_USER, NameOf(value), number), ERROR_SUCCESS);
-        model[value] = number;
-        break;
-      default: break;
-    }
-    const int asked = int(random() % kValues);
-    ASSERT_EQ(Get(HKEY_CURRENT_USER, NameOf(asked)), model[asked]) << "step " << step;
-  }
-  sqlite3_close(other);
+  EXPECT_TRUE(set_in_child(1001));
+  EXPECT_EQ(Set(HKEY_CURRENT_USER, NameOf(8), 1002), ERROR_SUCCESS) << "an own change behind another's";
+  EXPECT_EQ(Get(HKEY_CURRENT_USER, NameOf(7)), 1001);
 }
 
 TEST_F(LinuxRegistry, HandleOfARemovedHiveNamesNoKeyOfTheNextOne) {
@@ -164,20 +91,10 @@ TEST_F(LinuxRegistry, HandleOfARemovedHiveNamesNoKeyOfTheNextOne) {
   ASSERT_EQ(Create(HKEY_CURRENT_USER, _T("Software\\Other")), ERROR_SUCCESS);
   EXPECT_EQ(RegSetValueExW(kept, _T("a"), 0, REG_SZ, nullptr, 0), ERROR_KEY_DELETED);
   EXPECT_EQ(RegQueryValueExW(kept, _T("a"), nullptr, nullptr, nullptr, nullptr), ERROR_KEY_DELETED);
+  EXPECT_TRUE(fs::exists(folder_ / "user.hive"));
 }
 
-TEST_F(LinuxRegistry, RelativeFolderWithoutACurrentOneIsAStatus) {
-  EXPECT_TRUE(IsTrueInChild([&] {
-    const ScratchFolder gone;
-    fs::current_path(gone.Path());
-    fs::remove(gone.Path());
-    UseRegistry("relative");
-    return Open(HKEY_CURRENT_USER, kPath, KEY_READ) == ERROR_FILE_NOT_FOUND &&
-           Create(HKEY_CURRENT_USER, kPath) == ERROR_ACCESS_DENIED;
-  }));
-}
-
-TEST_F(LinuxRegistry, DamagedHiveIsTold) {
+TEST_F(LinuxRegistry, DamagedHiveIsReported) {
   EXPECT_EQ(Set(HKEY_CURRENT_USER, _T("a"), 1), ERROR_SUCCESS);
   ASSERT_TRUE(IsTrueInChild([&] {  // brings the log into the hive
     return Ask(folder_ / "user.hive", "PRAGMA wal_checkpoint(TRUNCATE)").starts_with('0');
@@ -189,7 +106,6 @@ TEST_F(LinuxRegistry, DamagedHiveIsTold) {
   } rows[] = {
       {"empty", ""},
       {"no hive at all", std::string(8192, 'x')},
-      {"cut in the first page", good.substr(0, 1000)},
       {"pages overwritten", good.substr(0, 4096) + std::string(good.size() - 4096, '\xA5')},
       {"schema overwritten", good.substr(0, 100) + std::string(3996, '\xA5') + good.substr(4096)},
       {"another format", good.substr(0, 63) + '\x02' + good.substr(64)},
@@ -206,7 +122,7 @@ TEST_F(LinuxRegistry, DamagedHiveIsTold) {
   }
 }
 
-// What another user may do with the machine's hive, of which the whole folder belongs to somebody else.
+// The machine's hive lies in a folder of another user.
 TEST_F(LinuxRegistry, OtherUserReadsAndIsRefusedToWrite) {
   if (geteuid() != 0) GTEST_SKIP() << "only root can become another user";
   EXPECT_EQ(Set(HKEY_LOCAL_MACHINE, _T("a"), 1), ERROR_SUCCESS);
@@ -223,10 +139,8 @@ TEST_F(LinuxRegistry, OtherUserReadsAndIsRefusedToWrite) {
       UseRegistry(folder);
       EXPECT_EQ(Get(HKEY_LOCAL_MACHINE, _T("a")), 1);
       EXPECT_EQ(Open(HKEY_LOCAL_MACHINE, kPath, KEY_WRITE), ERROR_ACCESS_DENIED);
-      EXPECT_EQ(Open(HKEY_LOCAL_MACHINE, kPath, MAXIMUM_ALLOWED), ERROR_SUCCESS);
       EXPECT_EQ(Create(HKEY_LOCAL_MACHINE, _T("Software\\New")), ERROR_ACCESS_DENIED);
       EXPECT_EQ(RegSetValueExW(HKEY_LOCAL_MACHINE, _T("a"), 0, REG_SZ, nullptr, 0), ERROR_ACCESS_DENIED);
-      EXPECT_EQ(RegDeleteTreeW(HKEY_LOCAL_MACHINE, kPath), ERROR_ACCESS_DENIED);
       return !HasFailure();
     })) << folder;
   }
@@ -243,19 +157,16 @@ TEST_F(LinuxRegistry, ReaderWithoutRightsSeesLaterWrites) {
   if (geteuid() != 0) GTEST_SKIP() << "only root can become another user";
   EXPECT_EQ(Set(HKEY_LOCAL_MACHINE, _T("a"), 1), ERROR_SUCCESS);
   for (const fs::path& folder : {scratch_.Path(), folder_.parent_path(), folder_}) chmod(folder.c_str(), 0755);
-  int to_child[2], to_parent[2];
-  ASSERT_EQ(pipe(to_child) | pipe(to_parent), 0);
-  char byte = 0;
+  const SharedNumber written;
   const pid_t child = InChild([&] {
     if (setgid(65534) != 0 || setuid(65534) != 0 || Get(HKEY_LOCAL_MACHINE, _T("a")) != 1) return false;
-    if (write(to_parent[1], &byte, 1) != 1 || read(to_child[0], &byte, 1) != 1) return false;
+    for (*written = 1; *written == 1;) continue;
     return Get(HKEY_LOCAL_MACHINE, _T("a")) == 2;
   });
-  EXPECT_EQ(read(to_parent[0], &byte, 1), 1);
+  while (*written == 0 && waitpid(child, nullptr, WNOHANG) == 0) continue;
   EXPECT_EQ(Set(HKEY_LOCAL_MACHINE, _T("a"), 2), ERROR_SUCCESS);
-  EXPECT_EQ(write(to_child[1], &byte, 1), 1);
+  *written = 2;
   EXPECT_EQ(ExitCode(child), 0);
-  for (const int fd : {to_child[0], to_child[1], to_parent[0], to_parent[1]}) close(fd);
 }
 
 }  // namespace

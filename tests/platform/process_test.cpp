@@ -39,7 +39,6 @@ TEST(ProcessItself, ModuleIsFoundByAnyFormOfItsName) {
 TEST(ProcessItself, ModuleFileNameIsCutToTheBuffer) {
   TCHAR whole[MAX_PATH];
   const DWORD length = GetModuleFileNameW(GetModuleHandleW(_T("KVSHAREu")), whole, MAX_PATH);
-  ASSERT_GT(length, 4U);
   TCHAR program[MAX_PATH];
   GetModuleFileNameW(nullptr, program, MAX_PATH);
   EXPECT_TRUE(std::u16string_view(program).ends_with(u"\\test_platform")) << testing::PrintToString(program);
@@ -52,7 +51,7 @@ TEST(ProcessItself, ModuleFileNameIsCutToTheBuffer) {
   EXPECT_EQ(GetModuleFileNameW(reinterpret_cast<HMODULE>(0x1000), cut, MAX_PATH), 0U);
 }
 
-TEST(ProcessItself, UserNameTellsTheSizeNeeded) {
+TEST(ProcessItself, UserNameReturnsTheSizeNeeded) {
   TCHAR name[257];
   DWORD units = 257;
   ASSERT_TRUE(GetUserNameW(name, &units));

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/numbers.h"
 #include "platform/paths.h"
 #include "platform/profile.h"
 #include "platform/text.h"
@@ -35,6 +36,12 @@ class ProfileTest : public testing::Test {
     const DWORD length =
         GetPrivateProfileStringW(section, key, _T("(none)"), buffer.data(), DWORD(buffer.size()), Path());
     return {buffer.data(), length};
+  }
+  // The number of the key "k" in section "A" of a file; -1 if there is none.
+  static int Number(const std::u16string& file) {
+    TCHAR text[16];
+    GetPrivateProfileStringW(_T("A"), _T("k"), _T("-1"), text, 16, file.c_str());
+    return _wtoi(text);
   }
   // The list of keys, or of sections for null, with '|' for its NULs.
   std::u16string List(LPCWSTR section) const { return Shown(Value(section, nullptr)); }

@@ -1,5 +1,5 @@
-// The registry against a plain model: keys and values changed in random order, from this connection
-// and from another, and asked by name and by number in between.
+// The registry against a plain model: keys and values changed in random order, from this connection and in
+// transactions, and asked by name and by number in between.
 #include <iterator>
 #include <map>
 #include <random>
@@ -41,21 +41,33 @@ class RegistryRandom : public RegistryTest {
         ASSERT_EQ(Create(name.c_str()), ERROR_SUCCESS);
         keys_.insert(name);
         break;
-      case 1: ASSERT_EQ(RegDeleteKeyExW(key_, name.c_str(), 0, 0) == ERROR_SUCCESS, keys_.erase(name) == 1); break;
+      case 1: ASSERT_EQ(RegDeleteTreeW(key_, name.c_str()) == ERROR_SUCCESS, keys_.erase(name) == 1); break;
       case 2: ASSERT_EQ(RegDeleteValueW(key_, name.c_str()) == ERROR_SUCCESS, Forget(name)); break;
       default: Set(key_, name, step);
     }
   }
 
-  // A change as another process makes it: through another connection.
+  // Changes through another connection, that of a transaction which commits or doesn't.
   void ChangeOutside(int step) {
     const HANDLE transaction = CreateTransaction(nullptr, nullptr, 0, 0, 0, 0, nullptr);
+    const bool commits = random_() % 2, deletes = random_() % 4 == 0;
+    const auto values = values_;
+    const auto order = order_;
     {
       Key inside;
       ASSERT_EQ(RegOpenKeyTransactedW(HKEY_CURRENT_USER, kPath, 0, KEY_ALL_ACCESS, &inside, transaction, nullptr), 0);
-      Set(inside, Name(), step);
+      for (int i = 0; i < 3; ++i) Set(inside, Name(), step + i);
+      const Text name = Name();
+      if (deletes) {
+        ASSERT_EQ(RegDeleteValueW(inside, name.c_str()) == ERROR_SUCCESS, Forget(name));
+      }
     }
-    ASSERT_TRUE(CommitTransaction(transaction));
+    if (commits) {
+      ASSERT_TRUE(CommitTransaction(transaction));
+    } else {
+      values_ = values;
+      order_ = order;
+    }
     CloseHandle(transaction);
   }
 

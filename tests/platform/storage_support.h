@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "platform/storage.h"
 #include "tests/scratch.h"
@@ -78,18 +77,6 @@ class CompoundFiles : public testing::Test {
     EXPECT_EQ(stream->Read(bytes.data(), ULONG(bytes.size()), &read), S_OK);
     bytes.resize(read);
     return bytes;
-  }
-  static std::vector<std::u16string> NamesIn(const Storage& storage) {
-    IEnumSTATSTG* elements = nullptr;
-    EXPECT_EQ(storage->EnumElements(0, nullptr, 0, &elements), S_OK);
-    std::vector<std::u16string> names;
-    STATSTG facts;
-    while (elements && elements->Next(1, &facts, nullptr) == S_OK) {
-      names.emplace_back(facts.pwcsName);
-      CoTaskMemFree(facts.pwcsName);
-    }
-    if (elements) elements->Release();
-    return names;
   }
   static LARGE_INTEGER Distance(LONGLONG bytes) {
     LARGE_INTEGER distance;
