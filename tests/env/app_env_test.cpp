@@ -1,32 +1,25 @@
-// The environment: its life, the order and the write-backs of its start, what it finds.
+// The environment: its life, the switches that its start writes back, its paths and flags.
 #include "share/env/app_env.h"
 
-#include <gtest/gtest.h>
-
+#include <filesystem>
 #include <regex>
 
 #include "framework/resources.h"
+#include "platform/paths.h"
 #include "platform/process.h"
 #include "share/env/feature_switches.h"
-#include "share/env/registry_access.h"
-#include "share/env/registry_keys.h"
-#include "tests/registry_calls.h"
+#include "share/env/version_info.h"
+#include "tests/env/clean_environment.h"
 
 namespace {
 
-class Environment : public testing::Test {
+class Environment : public kvtest::CleanEnvironment {
  protected:
-  void SetUp() override {
-    CloseAppEnv();
-    RegDeleteTreeW(HKEY_CURRENT_USER, _T("Software"));
-  }
   void TearDown() override {
-    CloseAppEnv();
+    CleanEnvironment::TearDown();
     for (LPCTSTR variable : {_T("_KVDEBUG"), _T("KV_TESTING")}) SetEnvironmentVariableW(variable, nullptr);
   }
 };
-
-bool EndsWith(const CString& text, const CString& end) { return text.Right(end.GetLength()) == end; }
 
 }  // namespace
 
@@ -37,7 +30,6 @@ TEST_F(Environment, IsBuiltOnceAndAfreshAfterClosing) {
   EXPECT_EQ(CKVEnvApp::m_IsEnvObjectCreated, 1);
   EXPECT_EQ(CKVEnvApp::m_envAppInstance, env);
   EXPECT_EQ(AppEnv(), env);
-  EXPECT_EQ(CKVEnvApp::Instance(), env);
   env->SetTechDBProcessID(5);
   env->SetIs3dSetUpSheet(1);
   const CKVEnvApp copy = *env;
@@ -47,42 +39,28 @@ TEST_F(Environment, IsBuiltOnceAndAfreshAfterClosing) {
   CloseAppEnv();
   EXPECT_EQ(AppEnv()->GetTechDBProcessID(), 0xFFFFFFFFu);
   EXPECT_EQ(AppEnv()->IsXMLReportwithRelativePathsNeeded(), 1);
-  EXPECT_EQ(copy.GetTechDBProcessID(), 5u) << "which outlives it";
+  EXPECT_EQ(copy.GetTechDBProcessID(), 5u) << "a copy outlives the environment";
   EXPECT_EQ(copy.IsXMLReportwithRelativePathsNeeded(), 0);
 }
 
-TEST_F(Environment, SwitchesAreWrittenBackInOrder) {
+TEST_F(Environment, MissingSwitchesAreWrittenBackInOrderAndOthersStay) {
   AppEnv();
-  const std::vector<std::pair<LPCTSTR, int>> rows = {{_T("ShowCustomChuckOptions"), 1},
-                                                     {_T("CalMaxFitCirInThreads"), 0},
-                                                     {_T("BAxisContinuousSupport"), 4},
-                                                     {_T("ContinuousBAxisTlpKeepArcMoves"), 0},
-                                                     {_T("BAxisFaceFinishOperationSupport"), 0},
-                                                     {_T("NewSetSpindleDirForTurnMillTurnMachineSupport"), 1},
-                                                     {_T("ShowHideToolpathSegmentsSupport"), 1},
-                                                     {_T("ColorToolpathSegmentsSupport"), 1},
-                                                     {_T("ColorHiddenTlpMoveSupport"), 1},
-                                                     {_T("StepThruTlpCRFSupport"), 1},
-                                                     {_T("CRF1478TurnSupport"), 1},
-                                                     {_T("CRF1478For2axSupport"), 1},
-                                                     {_T("GetWIPArcSupport"), 1},
-                                                     {_T("PostingPerformanceImprovements"), 1}};
   kvtest::Key key;
-  ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, kVersionDebugKey, 0, KEY_READ, &key), ERROR_SUCCESS);
-  const std::vector<kvtest::Text> names = kvtest::ValueNames(key);
-  ASSERT_EQ(names.size(), rows.size());
-  for (std::size_t i = 0; i < rows.size(); ++i) {
-    EXPECT_EQ(names[i], rows[i].first);
-    EXPECT_EQ(kvtest::Number(key, rows[i].first), rows[i].second) << ToUtf8(CString(rows[i].first));
-  }
-}
-
-TEST_F(Environment, SwitchesSetByAUserStay) {
-  for (const FeatureSwitch& row : kStartSwitches)
-    SetRegSettingDwordValue(HKEY_CURRENT_USER, kVersionDebugKey, row.name, 5);
+  ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, kVersionDebugKey, 0, KEY_ALL_ACCESS, &key), ERROR_SUCCESS);
+  std::string written;
+  for (const kvtest::Text& name : kvtest::ValueNames(key))
+    written += ToUtf8(CString(name.c_str())) + " " + std::to_string(kvtest::Number(key, name.c_str())) + "\n";
+  EXPECT_EQ(written,
+            "ShowCustomChuckOptions 1\nCalMaxFitCirInThreads 0\nBAxisContinuousSupport 4\n"
+            "ContinuousBAxisTlpKeepArcMoves 0\nBAxisFaceFinishOperationSupport 0\n"
+            "NewSetSpindleDirForTurnMillTurnMachineSupport 1\nShowHideToolpathSegmentsSupport 1\n"
+            "ColorToolpathSegmentsSupport 1\nColorHiddenTlpMoveSupport 1\nStepThruTlpCRFSupport 1\n"
+            "CRF1478TurnSupport 1\nCRF1478For2axSupport 1\nGetWIPArcSupport 1\nPostingPerformanceImprovements 1\n");
+  CloseAppEnv();
+  for (const FeatureSwitch& row : kStartSwitches) kvtest::SetNumber(key, row.name, 5);
   AppEnv();
   for (const FeatureSwitch& row : kStartSwitches)
-    EXPECT_EQ(GetDebugRegistryVal(row.name, -1), 5) << ToUtf8(CString(row.name));
+    EXPECT_EQ(kvtest::Number(key, row.name), 5) << ToUtf8(CString(row.name));
 }
 
 TEST_F(Environment, ArcFacetLengthGoesBackToItsDefaultInAnExistingKey) {
@@ -90,7 +68,7 @@ TEST_F(Environment, ArcFacetLengthGoesBackToItsDefaultInAnExistingKey) {
   const auto started = [&] {
     CloseAppEnv();
     AppEnv();
-    return ToUtf8(GetRegSettingStringValue(HKEY_CURRENT_USER, kPostDataKey, kName));
+    return Stored(HKEY_CURRENT_USER, kPostDataKey, kName);
   };
   EXPECT_EQ(started(), "");
   SetRegSettingDwordValue(HKEY_CURRENT_USER, kPostDataKey, _T("other"), 1);
@@ -101,28 +79,62 @@ TEST_F(Environment, ArcFacetLengthGoesBackToItsDefaultInAnExistingKey) {
   EXPECT_EQ(started(), "5") << "one character fits into four bytes";
 }
 
-TEST_F(Environment, LiesWhereTheLibraryWasLoadedFrom) {
-  const CKVEnvApp& env = *AppEnv();
-  const CString install = env.GetKVDrive() + env.GetKVPath();
-  EXPECT_EQ(env.GetKVModuleName(), _T("KESTROVAu"));
-  EXPECT_EQ(env.GetKVPath()[0], '\\');
-  EXPECT_TRUE(EndsWith(env.GetKVPath(), _T("\\lib\\"))) << ToUtf8(env.GetKVPath());
-  EXPECT_EQ(env.GetKVPath().Find(_T("..")), -1) << ToUtf8(env.GetKVPath());
+TEST_F(Environment, PathsAreBelowTheInstallFolderOrTheFolderOfData) {
+  kvtest::PutText(HKEY_CURRENT_USER, kVersionKey, _T("KVDataPath"), _T("C:\\D"));
+  CKVEnvApp& env = *AppEnv();
+  env.SetPartFileNameforRelativePathCreation(_T("part.png"));
+  const std::string install = Install(), language = install + "lang\\English\\";
+  const std::string above = install.substr(0, install.rfind('\\', install.size() - 2) + 1);
+  CString withoutDrive;
+  KVGetInstallPath(withoutDrive);
+  EXPECT_EQ(withoutDrive, env.GetKVPath());
+  EXPECT_EQ(withoutDrive[0], '\\');
+  EXPECT_EQ(withoutDrive.Right(5), _T("\\lib\\"));
+  EXPECT_EQ(withoutDrive.Find(_T("..")), -1) << install;
   EXPECT_EQ(env.GetKVModuleExt()[0], '.');
-  const struct {
-    CString path;
-    LPCTSTR rest;
-  } rows[] = {{env.GetKVResourceDllPath(), _T("lang\\English\\KVRESu.DLL")},
-              {env.GetKVDebugResourceDllPath(), _T("lang\\English\\KVDEBUGRESu.DLL")},
-              {env.GetKVImagesResourceDllPath(), _T("KVImagesResu.dll")},
-              {env.GetKVAPIDllPath(), _T("KVAPIu.DLL")},
-              {env.GetKVHelpPath(), _T("lang\\English\\")},
-              {env.GetVisiDllPath(), _T("MS\\")},
-              {env.GetEDConnectorDllPath(), _T("eDConnector.DLL")},
-              {env.GetEDConnectorPngDllPath(), _T("libpng13.dll")},
-              {env.GetKVEDConnectorDllPath(), _T("KVEDConnectoru.DLL")}};
-  for (const auto& row : rows) EXPECT_EQ(ToUtf8(row.path), ToUtf8(install + row.rest));
-  EXPECT_FALSE(env.GetUserNameW().IsEmpty());
+  const std::pair<CString, std::string> rows[] = {
+      {env.GetKVModuleName(), "KESTROVAu"},
+      {env.GetKVResourceDllPath(), language + "KVRESu.DLL"},
+      {env.GetKVDebugResourceDllPath(), language + "KVDEBUGRESu.DLL"},
+      {env.GetKVImagesResourceDllPath(), install + "KVImagesResu.dll"},
+      {env.GetKVAPIDllPath(), install + "KVAPIu.DLL"},
+      {env.GetKVHelpPath(), language},
+      {env.GetVisiDllPath(), install + "MS\\"},
+      {env.GetEDConnectorDllPath(), install + "eDConnector.DLL"},
+      {env.GetEDConnectorPngDllPath(), install + "libpng13.dll"},
+      {env.GetKVEDConnectorDllPath(), install + "KVEDConnectoru.DLL"},
+      {env.GetKV5AxisDllPath(), language + "KV5AxisResu.dll"},
+      {env.GetEDMResourceDllPath(), language},
+      {env.GetUtilitiesDllPath(), install + "KVUtilities\\"},
+      {env.GetUtilitiesDllName(), "KVUtilitiesu.dll"},
+      {env.GetKVAMHelpPath(), language + "AM.chm"},
+      {CKVVersionInfo::OnKestrovaAllPDFFilePath(), language + "Manuals\\"},
+      {env.GetWhatsNewPDFFilePath(), language + "Manuals\\kv_whats_new.pdf"},
+      {env.GetTutorialsPath(), language + "Manuals"},
+      {env.GetTechDBAppPath(), install + "TechDBApp\\"},
+      {env.GetKVTechDBFormsPath(), above + "TechDBApp\\TechDB-App.exe"},
+      {env.GetCIMCOEditorPath(), above + "nceditor\\KestrovaNCEditor.exe"},
+      {CKVVersionInfo::OnKestrovaTaskPaneINIFFilePath(), "C:\\D\\KVTaskPaneWebCtrl.ini"},
+      {CKVVersionInfo::GetTaskPaneTabStringName(), "KVTASKPANE.KVTaskPaneWebCtrlVS2019.6"},
+      {env.GetTechDBConfigFilePath(), "C:\\D\\TechDB\\"},
+      {env.GetDefaultSQLiteDBPath(), "C:\\D\\TechDB\\TechDB.kvdb"},
+      {env.GetKVDefaultToolInsertPath(), "C:\\D\\lang\\English\\"},
+      {env.SetKVDefaultTechDBPath(), "C:\\D\\lang\\English\\" + ToUtf8(env.GetKVTechDBName())},
+      {env.GetKVTechDBPath(), "C:\\D\\lang\\English\\" + ToUtf8(env.GetKVTechDBName())},
+      {env.GetXMLReportRelativePathInfo(), "Setup_Sheet_Images\\part.png"},
+  };
+  for (const auto& [path, expected] : rows) EXPECT_EQ(ToUtf8(path), expected);
+}
+
+TEST_F(Environment, RecordingsFolderIsMadeIfItCanBe) {
+  const kvtest::ScratchFolder folder;
+  const CString data(ProductPathFromSystem(folder.Path().string()).c_str());
+  for (const bool canBe : {false, true}) {
+    const CString path = canBe ? data : data + _T("\\missing");
+    kvtest::PutText(HKEY_CURRENT_USER, kVersionKey, _T("KVDataPath"), path);
+    EXPECT_EQ(AppEnv()->GetSimulationRecordingFolderPath(), path + _T("\\SimulationRecordings\\"));
+    EXPECT_EQ(std::filesystem::is_directory(folder.Path() / "SimulationRecordings"), canBe);
+  }
 }
 
 TEST_F(Environment, LinksTheLanguageIntoTheResourceChain) {
@@ -138,44 +150,38 @@ TEST_F(Environment, LinksTheLanguageIntoTheResourceChain) {
   }
 }
 
-TEST_F(Environment, FlagsOfTheProcessEnvironment) {
+TEST_F(Environment, DebugFlagIsReadAtStartAndTestModeAtEachCall) {
   const struct {
-    LPCTSTR value;
+    CString value;
     int expected;
-  } rows[] = {{nullptr, 0},    {_T("YES"), 1}, {_T("yes"), 1},
-              {_T("YES "), 0}, {_T("1"), 0},   {_T("YESYESYESYESYESYESYESYESYESYESYESYESYESYESYESYESYESYES"), 0}};
+  } rows[] = {{_T(""), 0}, {_T("yes"), 1}, {_T("YES "), 0}, {CString(_T('Y'), 50), 0}};
   for (const auto& row : rows) {
     CloseAppEnv();
     SetEnvironmentVariableW(_T("_KVDEBUG"), row.value);
     CKVEnvApp* env = AppEnv();
     EXPECT_EQ(env->IsKVDebugEnabled(), row.expected);
     SetEnvironmentVariableW(_T("_KVDEBUG"), _T("YES"));
-    EXPECT_EQ(env->IsKVDebugEnabled(), row.expected) << "read at start only";
+    EXPECT_EQ(env->IsKVDebugEnabled(), row.expected);
     SetEnvironmentVariableW(_T("KV_TESTING"), row.value);
     EXPECT_EQ(env->IsKVRunningInTestMode(), 0);
     env->ConfigureForTesting(1);
-    EXPECT_EQ(env->IsKVRunningInTestMode(), row.expected) << "read at each call";
-    env->ConfigureForTesting(0);
-    EXPECT_EQ(env->IsKVRunningInTestMode(), 0);
+    EXPECT_EQ(env->IsKVRunningInTestMode(), row.expected);
   }
 }
 
-TEST_F(Environment, ReadsItsRegistryValue) {
-  EXPECT_EQ(AppEnv()->GetMultiSurfaceByID(), 0);
-  CloseAppEnv();
+TEST_F(Environment, StartsOnARegistryThatCantBeUsed) {
   SetRegSettingDwordValue(HKEY_CURRENT_USER, kVersionKey, _T("MultiSurfaceByID"), 3);
   EXPECT_EQ(AppEnv()->GetMultiSurfaceByID(), 3);
-}
-
-TEST_F(Environment, StartsOnARegistryThatCantBeUsed) {
+  CloseAppEnv();
   const kvtest::ScratchFolder folder;
   const kvtest::RegistryIn unusable(folder.Write("a file", "") / "below");
-  EXPECT_EQ(AppEnv()->GetEnvAPPInitResult(), ENVAPP_INIT_TECHDB_FAILED) << "no forms file, and nobody to ask";
+  EXPECT_EQ(AppEnv()->GetEnvAPPInitResult(), ENVAPP_INIT_TECHDB_FAILED) << "no forms file, and no user to ask";
   EXPECT_EQ(AppEnv()->GetMultiSurfaceByID(), 0);
   EXPECT_FALSE(AppEnv()->GetKVPath().IsEmpty());
+  EXPECT_FALSE(AppEnv()->GetUserNameW().IsEmpty());
 }
 
-TEST_F(Environment, TellsDateAndTime) {
+TEST_F(Environment, FormatsDateAndTime) {
   const CKVEnvApp& env = *AppEnv();
   EXPECT_TRUE(std::regex_match(ToUtf8(env.GetCurrentDate()), std::regex(R"([01]\d/[0-3]\d/2\d\d\d)")));
   EXPECT_TRUE(std::regex_match(ToUtf8(env.GetTickCount()), std::regex(R"([0-2]\d:[0-5]\d)")));

@@ -2,21 +2,16 @@
 #pragma once
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <functional>
 
 #include "framework/message_box.h"
-#include "share/env/app_env.h"
-#include "share/env/registry_access.h"
-#include "share/env/registry_keys.h"
-#include "share/settings/settings_key.h"
+#include "tests/env/clean_environment.h"
 #include "tests/odbc_drivers.h"
-#include "tests/registry_calls.h"
 
 namespace kvtest {
 
-// Answers boxes: runs a step for each, and gives up behind the last.
+// Answers message boxes: runs one step per box and cancels after the last step.
 class Person : public MessageBoxes {
  public:
   explicit Person(std::vector<std::function<void()>> steps = {})
@@ -36,45 +31,31 @@ class Person : public MessageBoxes {
   MessageBoxes* former_;
 };
 
-class TechDatabase : public testing::Test {
+class TechDatabase : public CleanEnvironment {
  protected:
   void SetUp() override {
-    kvtest::RegisterSQLiteForAccessFiles();
-    CloseAppEnv();
-    RegDeleteTreeW(HKEY_CURRENT_USER, _T("Software"));
-    RegDeleteTreeW(HKEY_LOCAL_MACHINE, _T("Software"));
-    Keep(_T("KVDataPath"), Data());
+    RegisterSQLiteForAccessFiles();
+    CleanEnvironment::SetUp();
+    PutText(HKEY_CURRENT_USER, kVersionKey, _T("KVDataPath"), Data());
   }
-  void TearDown() override { CloseAppEnv(); }
 
-  static void Keep(LPCTSTR name, const CString& text) {
-    QFSettingsKey key(CString(), kVersionKey);
-    key.AddValue(name, text);
-    ASSERT_EQ(key.SaveValuesToRegistry(), 1);
-  }
-  static std::string Forms() {
-    return ToUtf8(GetRegSettingStringValue(HKEY_CURRENT_USER, kVersionKey, _T("TechDBForms")));
-  }
+  static void UseForms(LPCTSTR forms) { PutText(HKEY_CURRENT_USER, kVersionKey, _T("TechDBForms"), forms); }
+  // The number stored; -1 for none.
   static int Flag(LPCTSTR key, LPCTSTR name) {
     int found = 0;
     const int value = GetRegSettingDwordValue(HKEY_CURRENT_USER, key, name, &found);
     return found ? value : -1;
   }
-  static void InstallAccess(int version, bool wide) {
+  static void InstallAccess(int version, bool is64Bit) {
     CString path;
-    path.Format(wide ? _T("Software\\Microsoft\\Office\\%d.0\\Access\\InstallRoot")
-                     : _T("Software\\Wow6432Node\\Microsoft\\Office\\%d.0\\Access\\InstallRoot"),
+    path.Format(is64Bit ? _T("Software\\Microsoft\\Office\\%d.0\\Access\\InstallRoot")
+                        : _T("Software\\Wow6432Node\\Microsoft\\Office\\%d.0\\Access\\InstallRoot"),
                 version);
-    ASSERT_EQ(kvtest::Create(HKEY_LOCAL_MACHINE, path), ERROR_SUCCESS);
+    ASSERT_EQ(Create(HKEY_LOCAL_MACHINE, path), ERROR_SUCCESS);
   }
-  CString Data() const { return kvtest::ProductPath(folder_.Path()) + _T("\\"); }
-  // One setting a row, behind a comment.
-  void Configure(const std::string& settings) const {
-    folder_.Write("TechDB/database.config",
-                  "<c><applicationSettings><!-- -->" + settings + "</applicationSettings></c>");
-  }
+  CString Data() const { return ProductPath(folder_.Path()) + _T("\\"); }
 
-  const kvtest::ScratchFolder folder_;
+  const ScratchFolder folder_;
 };
 
 }  // namespace kvtest

@@ -1,4 +1,4 @@
-// The technology database's path in a forms file, which is opened through ODBC: forms mode.
+// Forms mode: the technology database's path in a forms file, over ODBC.
 #include <sys/stat.h>
 
 #include "companions/database/recordset.h"
@@ -15,9 +15,9 @@ class TechDatabaseForms : public TechDatabase {
  protected:
   void SetUp() override {
     TechDatabase::SetUp();
-    Keep(_T("TechDBForms"), _T("TechDBForms.mde (32bit)"));
+    UseForms(_T("TechDBForms.mde (32bit)"));
   }
-  // A forms file with that path in it, an SQLite database.
+  // Writes an SQLite database that holds the path; an empty path gives an empty table.
   void MakeForms(const CString& path) const {
     folder_.Write("lang/English/TechDBForms.mde", "");
     Forms().Execute(_T("CREATE TABLE TechDBFormsPathTable (path TEXT)"));
@@ -28,7 +28,7 @@ class TechDatabaseForms : public TechDatabase {
     explicit Opened(const CString& path) : CDaoDatabase(0, 1) { Open(path); }
   };
   Opened Forms() const { return Opened(Path()); }
-  std::string Stored() const {
+  std::string PathInForms() const {
     Opened forms = Forms();
     CDaoRecordset paths(&forms);
     paths.Open(_T("SELECT path FROM TechDBFormsPathTable"));
@@ -38,60 +38,54 @@ class TechDatabaseForms : public TechDatabase {
 
 }  // namespace
 
-TEST_F(TechDatabaseForms, ThePathIsExchangedWithTheFormsFile) {
+TEST_F(TechDatabaseForms, PathIsExchangedWithTheFormsFile) {
   MakeForms(_T("D:\\\u00DCbung\\TechDB.mdb"));
   const Person nobody;
   CKVEnvApp& env = *AppEnv();
-  EXPECT_THAT(nobody.texts, ElementsAre());
   EXPECT_EQ(env.GetEnvAPPInitResult(), ENVAPP_INIT_OK);
-  EXPECT_EQ(env.GetConfigDataUseStatus(), 0);
   EXPECT_EQ(env.GetKVTechDBFormsPath(), Path());
   EXPECT_EQ(env.GetKVTechDBPath(), _T("D:\\\u00DCbung\\TechDB.mdb"));
-  EXPECT_EQ(env.IsConnectedToTechDBSQL(), 0);
-  const struct {
-    LPCTSTR path, sql;
-  } rows[] = {{_T("DRIVER={SQL Server};SERVER=a;DATABASE=b;PWD=c"), _T("SERVER=a;DATABASE=b")},
-              {_T("Driver={SQL Server};SERVER=a;DATABASE=b"), nullptr},
-              {_T(""), nullptr}};
-  for (const auto& row : rows) {
-    env.SetKVTechDBPath(CString(row.path));
+  const std::pair<CString, CString> rows[] = {
+      {_T("DRIVER={SQL Server};SERVER=a;DATABASE=b;PWD=c"), _T("SERVER=a;DATABASE=b")},
+      {_T("Driver={SQL Server};SERVER=a;DATABASE=b"), _T("")}};
+  for (const auto& [path, sql] : rows) {
+    env.SetKVTechDBPath(path);
     env.SetKVTechDBPath(/*write=*/1);
-    EXPECT_EQ(Stored(), ToUtf8(CString(row.path)));
-    EXPECT_EQ(env.IsConnectedToTechDBSQL(), row.sql != nullptr);
+    EXPECT_EQ(PathInForms(), ToUtf8(path));
+    EXPECT_EQ(env.IsConnectedToTechDBSQL(), !sql.IsEmpty());
     EXPECT_EQ(env.IsConnectedToTechDBSQLServerDirectly(), 0);
-    EXPECT_EQ(env.GetTechDBSQLInfo(), row.sql);
+    EXPECT_EQ(env.GetTechDBSQLInfo(), sql);
   }
   EXPECT_THAT(nobody.texts, ElementsAre());
 }
 
-TEST_F(TechDatabaseForms, AnEmptyTableChangesNothing) {
+TEST_F(TechDatabaseForms, EmptyTableChangesNothing) {
   MakeForms(CString());
   const Person nobody;
   CKVEnvApp& env = *AppEnv();
   env.SetKVTechDBPath(CString(_T("kept")));
   for (const int write : {0, 1}) env.SetKVTechDBPath(write);
   EXPECT_EQ(env.GetKVTechDBPath(), _T("kept"));
-  EXPECT_EQ(Stored(), "none");
+  EXPECT_EQ(PathInForms(), "none");
   EXPECT_THAT(nobody.texts, ElementsAre());
 }
 
-TEST_F(TechDatabaseForms, WaitsForTheFileAsLongAsThePersonWants) {
+TEST_F(TechDatabaseForms, WaitsForTheFileUntilItIsThereOrTheUserCancels) {
   const std::string missing = "TechDBForms.mde could not be found at " + ToUtf8(Data()) +
                               "lang\\English\\\n\nCopy the file at the location and click OK to resume";
   {
-    const Person gives_up({[] {}});
+    const Person cancels({[] {}});
     EXPECT_EQ(AppEnv()->GetEnvAPPInitResult(), ENVAPP_INIT_TECHDB_FAILED);
-    EXPECT_THAT(gives_up.texts, ElementsAre(missing, missing));
+    EXPECT_THAT(cancels.texts, ElementsAre(missing, missing));
     EXPECT_FALSE(AppEnv()->GetKVResourceDllPath().IsEmpty()) << "the start goes on";
   }
   CloseAppEnv();
   const Person helps({[] {}, [this] { MakeForms(_T("D:\\a.mdb")); }});
   EXPECT_EQ(AppEnv()->GetEnvAPPInitResult(), ENVAPP_INIT_OK);
-  EXPECT_THAT(helps.texts, ElementsAre(missing, missing));
   EXPECT_EQ(AppEnv()->GetKVTechDBPath(), _T("D:\\a.mdb"));
 }
 
-TEST_F(TechDatabaseForms, WithoutAnybodyTheTextGoesToStderrAndTheWaitEnds) {
+TEST_F(TechDatabaseForms, WithoutAUserTheTextGoesToStderr) {
   testing::internal::CaptureStderr();
   EXPECT_EQ(AppEnv()->GetEnvAPPInitResult(), ENVAPP_INIT_TECHDB_FAILED);
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
@@ -99,7 +93,7 @@ TEST_F(TechDatabaseForms, WithoutAnybodyTheTextGoesToStderrAndTheWaitEnds) {
                 "lang\\English\\ Copy the file at the location and click OK to resume\n");
 }
 
-TEST_F(TechDatabaseForms, AReadOnlyFileIsMadeWritable) {
+TEST_F(TechDatabaseForms, ReadOnlyFileIsMadeWritable) {
   MakeForms(_T("D:\\a.mdb"));
   const std::string file = (folder_.Path() / "lang/English/TechDBForms.mde").string();
   ASSERT_EQ(chmod(file.c_str(), 0444), 0);
@@ -109,9 +103,9 @@ TEST_F(TechDatabaseForms, AReadOnlyFileIsMadeWritable) {
   EXPECT_EQ(_waccess(Path(), 6), 0);
 }
 
-TEST_F(TechDatabaseForms, WhatTheFileCanNotDoIsReported) {
+TEST_F(TechDatabaseForms, FileThatIsNoDatabaseIsReported) {
   folder_.Write("lang/English/TechDBForms.mde", std::string(4096, 'x'));
   const Person person;
-  EXPECT_EQ(AppEnv()->GetEnvAPPInitResult(), ENVAPP_INIT_OK) << "reported, and no failure of the start";
+  EXPECT_EQ(AppEnv()->GetEnvAPPInitResult(), ENVAPP_INIT_OK) << "the start goes on";
   EXPECT_THAT(person.texts, ElementsAre(testing::HasSubstr("not a database")));
 }

@@ -1,10 +1,11 @@
-// Which technology database is in force: the repair of its registry values, and configuration mode.
-#include "platform/process.h"
+// The technology database in force: the repair of its registry values, and configuration mode.
+#include <csignal>
+
+#include "tests/child_process.h"
 #include "tests/env/tech_database_fixture.h"
 
 namespace {
 
-using kvtest::Person;
 using kvtest::TechDatabase;
 
 std::string Setting(const std::string& type, const std::string& flag, const std::string& content) {
@@ -16,73 +17,68 @@ const std::string kServer = Setting("sql", "True",
                                     "<serverID>plant</serverID><databaseName>tech</databaseName><userID>eve</userID>"
                                     "<password>secret</password>");
 
+class Configured : public TechDatabase {
+ protected:
+  void Configure(const std::string& settings) const {
+    folder_.Write("TechDB/database.config",
+                  "<c><applicationSettings><!-- -->" + settings + "</applicationSettings></c>");
+  }
+};
+
 }  // namespace
 
-TEST_F(TechDatabase, AFreshMachineIsInConfigurationMode) {
+TEST_F(TechDatabase, FreshMachineIsInConfigurationMode) {
   EXPECT_EQ(AppEnv()->GetConfigDataUseStatus(), 1);
-  EXPECT_EQ(Forms(), "TechDB App");
+  EXPECT_EQ(Stored(HKEY_CURRENT_USER, kVersionKey, _T("TechDBForms")), "TechDB App");
   EXPECT_EQ(Flag(kEdmDebugKey, _T("UseConfigData")), 1);
-  EXPECT_EQ(Flag(kVersionKey, _T("Access32bit")), -1) << "as it was: none";
+  EXPECT_EQ(Flag(kVersionKey, _T("Access32bit")), -1) << "an unchanged flag is not written";
   EXPECT_EQ(AppEnv()->GetEnvAPPInitResult(), ENVAPP_INIT_TECHDB_FAILED) << "no database";
-  EXPECT_EQ(AppEnv()->GetKVTechDBFormsName(), _T("TechDB-App.exe"));
-  EXPECT_EQ(AppEnv()->GetActiveDBname(), _T(""));
   EXPECT_EQ(AppEnv()->GetKVTechDBName(), _T("TechDB"));
 }
 
-TEST_F(TechDatabase, FormsFollowTheAccessEditionThatIsThere) {
-  constexpr char k32[] = "TechDBForms.mde (32bit)", kBasic[] = "TechDBForms_basic.mde (32bit)",
-                 k64[] = "TechDBFormsx64.mde (64bit)";
+TEST_F(TechDatabase, FormsFollowTheInstalledAccessEdition) {
+  constexpr LPCTSTR k32 = _T("TechDBForms.mde (32bit)"), kBasic = _T("TechDBForms_basic.mde (32bit)"),
+                    k64 = _T("TechDBFormsx64.mde (64bit)");
   const struct {
-    bool narrow, wide;
-    const char* before;
-    const char* after;
-    const char* name;
+    bool has32Bit, has64Bit;
+    LPCTSTR before, after, name;
   } rows[] = {
-      {false, true, k32, k64, "TechDBFormsx64.mde"},
-      {false, true, kBasic, k64, "TechDBFormsx64.mde"},
-      {false, true, k64, k64, "TechDBFormsx64.mde"},
-      {true, false, k64, k32, "TechDBForms.mde"},
-      {true, false, kBasic, kBasic, "TechDBForms_basic.mde"},
-      {true, true, k64, k64, "TechDBFormsx64.mde"},
-      {true, true, k32, k32, "TechDBForms.mde"},
-      {false, false, k64, k64, "TechDBFormsx64.mde"},
-      {false, true, "other", "other", "other.mde"},
-      {true, true, "TechDB App", "TechDB App", "TechDB-App.exe"},
+      {false, true, k32, k64, _T("TechDBFormsx64.mde")},  {false, true, kBasic, k64, _T("TechDBFormsx64.mde")},
+      {true, false, k64, k32, _T("TechDBForms.mde")},     {true, false, kBasic, kBasic, _T("TechDBForms_basic.mde")},
+      {true, true, k64, k64, _T("TechDBFormsx64.mde")},   {true, true, k32, k32, _T("TechDBForms.mde")},
+      {false, false, k64, k64, _T("TechDBFormsx64.mde")}, {false, true, _T("other"), _T("other"), _T("other.mde")},
   };
   for (const auto& row : rows) {
-    SCOPED_TRACE(testing::Message() << row.before << " narrow " << row.narrow << " wide " << row.wide);
+    SCOPED_TRACE(testing::Message() << ToUtf8(CString(row.before)) << row.has32Bit << row.has64Bit);
     SetUp();
-    Keep(_T("TechDBForms"), row.before);
-    if (row.narrow) InstallAccess(11, /*wide=*/false);
-    if (row.wide) InstallAccess(15, /*wide=*/true);
-    const Person nobody;
+    UseForms(row.before);
+    if (row.has32Bit) InstallAccess(11, /*is64Bit=*/false);
+    if (row.has64Bit) InstallAccess(15, /*is64Bit=*/true);
+    const kvtest::Person nobody;
     const CKVEnvApp& env = *AppEnv();
-    EXPECT_EQ(Forms(), row.after);
-    EXPECT_EQ(ToUtf8(env.GetKVTechDBFormsName()), row.name);
-    EXPECT_EQ(Flag(kVersionKey, _T("Access32bit")), row.narrow ? 1 : -1);
-    EXPECT_EQ(Flag(kVersionKey, _T("Access64bit")), row.wide ? 1 : -1);
-    EXPECT_EQ(Flag(kEdmDebugKey, _T("UseConfigData")), -1);
-    const bool forms = row.before != std::string("TechDB App");
-    const int x64 = forms ? env.GetKVTechDBFormsName().Find(_T("x64")) >= 0 : 1;
-    EXPECT_EQ(env.Is64BitDatabaseInUse(), x64);
-    EXPECT_EQ(env.Is64BitAccessInstalled(), forms ? x64 : !row.narrow);
-    EXPECT_EQ(env.GetKVTechDBName(), forms ? _T("TechDB.mdb") : _T("TechDB"));
+    EXPECT_EQ(Stored(HKEY_CURRENT_USER, kVersionKey, _T("TechDBForms")), ToUtf8(CString(row.after)));
+    EXPECT_EQ(env.GetKVTechDBFormsName(), row.name);
+    EXPECT_EQ(Flag(kVersionKey, _T("Access32bit")), row.has32Bit ? 1 : -1);
+    EXPECT_EQ(Flag(kVersionKey, _T("Access64bit")), row.has64Bit ? 1 : -1);
+    const int is64Bit = CString(row.name).Find(_T("x64")) >= 0;
+    EXPECT_EQ(env.Is64BitDatabaseInUse(), is64Bit);
+    EXPECT_EQ(env.Is64BitAccessInstalled(), is64Bit);
+    EXPECT_EQ(env.GetKVTechDBName(), _T("TechDB.mdb"));
   }
 }
 
-TEST_F(TechDatabase, ConfigurationModeTellsTheActiveEntry) {
+TEST_F(Configured, ActiveEntryGivesNamePathAndServer) {
   folder_.Write("TechDB/my.kvdb", "");
-  const CString tech = Data() + _T("TechDB\\");
+  const CString tech = Data() + _T("TechDB\\"), server = _T("SERVER=plant;DATABASE=tech");
   const struct {
     std::string settings;
     EnvAPP_Init_Result_e result;
     CString name, path, active, sql;
-    int sqlite;
+    int isSQLite;
   } rows[] = {
       {kSQLite, ENVAPP_INIT_OK, _T("TechDB.kvdb"), tech + _T("my.kvdb"), tech + _T("my.kvdb"), _T(""), 1},
       {kAccess, ENVAPP_INIT_TECHDB_FILE_MISSING, _T("TechDB.mdb"), tech + _T("my.mdb"), tech + _T("my.mdb"), _T(""), 0},
-      {kServer, ENVAPP_INIT_OK, _T("TechDB"), _T(""), _T("SERVER=plant;DATABASE=tech"),
-       _T("SERVER=plant;DATABASE=tech"), 0},
+      {kServer, ENVAPP_INIT_OK, _T("TechDB"), _T(""), server, server, 0},
       {"", ENVAPP_INIT_TECHDB_FAILED, _T("TechDB"), _T(""), _T(""), _T(""), 0},
   };
   for (const auto& row : rows) {
@@ -97,43 +93,38 @@ TEST_F(TechDatabase, ConfigurationModeTellsTheActiveEntry) {
     EXPECT_EQ(env.GetTechDBSQLInfo(), row.sql);
     EXPECT_EQ(env.IsConnectedToTechDBSQL(), !row.sql.IsEmpty());
     EXPECT_EQ(env.IsConnectedToTechDBSQLServerDirectly(), !row.sql.IsEmpty());
-    EXPECT_EQ(env.IsSQLiteDatabaseInUse(), row.sqlite);
+    EXPECT_EQ(env.IsSQLiteDatabaseInUse(), row.isSQLite);
     EXPECT_EQ(env.Is64BitDatabaseInUse(), 1);
   }
 }
 
-TEST_F(TechDatabase, TheEditionCountsForAccessAlone) {
-  InstallAccess(16, /*wide=*/false);
-  for (const bool access : {true, false}) {
-    CloseAppEnv();
-    Configure(access ? kAccess : kSQLite);
-    EXPECT_EQ(AppEnv()->Is64BitDatabaseInUse(), !access);
+TEST_F(Configured, EditionCountsForAccessOnly) {
+  for (const bool isAccess : {true, false}) {
+    SetUp();
+    InstallAccess(16, /*is64Bit=*/false);
+    Configure(isAccess ? kAccess : kSQLite);
+    EXPECT_EQ(AppEnv()->Is64BitDatabaseInUse(), !isAccess);
     EXPECT_EQ(AppEnv()->Is64BitAccessInstalled(), 0);
     RegDeleteTreeW(HKEY_LOCAL_MACHINE, _T("Software\\Wow6432Node"));
-    InstallAccess(16, /*wide=*/true);
+    InstallAccess(16, /*is64Bit=*/true);
     AppEnv()->SetDatabaseInstallationData();
-    EXPECT_EQ(Flag(kVersionKey, _T("Access32bit")), access ? 0 : 1) << "detected anew for Access only";
-    EXPECT_EQ(Flag(kVersionKey, _T("Access64bit")), access ? 1 : -1);
-    RegDeleteTreeW(HKEY_LOCAL_MACHINE, _T("Software\\Microsoft"));
-    InstallAccess(16, /*wide=*/false);
-    RegSettingDeleteValue(HKEY_CURRENT_USER, kVersionKey, _T("Access64bit"));
+    EXPECT_EQ(Flag(kVersionKey, _T("Access32bit")), isAccess ? 0 : 1);
+    EXPECT_EQ(Flag(kVersionKey, _T("Access64bit")), isAccess ? 1 : -1);
   }
 }
 
-TEST_F(TechDatabase, TheListIsChangedAndWrittenThroughTheEnvironment) {
-  const std::string file = (folder_.Path() / "TechDB/database.config").string();
+TEST_F(Configured, ListIsReadAndWrittenThroughTheEnvironment) {
   folder_.Write("TechDB/my.kvdb", "");
   Configure(kSQLite + Setting("ms-access", "False", "<filePath>my.mdb</filePath>"));
   CKVEnvApp& env = *AppEnv();
-  ASSERT_EQ(env.GetTechDBConfigInfo()->GetCount(), 2);
   QFTechDBConfigInfo list = *env.GetTechDBConfigInfo();
   list.GetTechDBConfigData(0)->SetActiveFlag(0);
   list.GetTechDBConfigData(1)->SetActiveFlag(1);
-  EXPECT_EQ(env.GetTechDBConfigInfo()->IsActiveTechDbChange(&list), 1);
   EXPECT_EQ(env.UpdateDBConfigData(&list), 1);
   EXPECT_EQ(env.GetActiveTechDBConfigData()->GetDatabaseType(), QF_TECHDB_ACCESS);
   EXPECT_EQ(env.WriteDBConfigData(), 1);
-  EXPECT_THAT(kvtest::ReadFile(file), testing::HasSubstr("'ms-access' Default='True'"));
+  EXPECT_THAT(kvtest::ReadFile(folder_.Path() / "TechDB/database.config"),
+              testing::HasSubstr("'ms-access' Default='True'"));
   EXPECT_EQ(env.ReadDBConfigData(), 1);
   EXPECT_EQ(env.GetTechDBConfigInfo()->GetCount(), 4) << "reading appends";
   EXPECT_EQ(env.WriteDBConfigData(), 0);
@@ -143,23 +134,10 @@ TEST_F(TechDatabase, TheListIsChangedAndWrittenThroughTheEnvironment) {
   EXPECT_EQ(env.GetActiveTechDBConfigData(), nullptr);
 }
 
-TEST_F(TechDatabase, TheApplicationLiesBesideOrInTheInstallation) {
-  const CKVEnvApp& env = *AppEnv();
-  const CString install = env.GetKVDrive() + env.GetKVPath();
-  CString beside = install.Left(install.GetLength() - 1);
-  beside = beside.Left(beside.ReverseFind(_T('\\')) + 1) + _T("TechDBApp\\TechDB-App.exe");
-  EXPECT_EQ(ToUtf8(env.GetKVTechDBFormsPath()), ToUtf8(beside)) << "whether or not it is there";
-}
-
-TEST_F(TechDatabase, EndsItsProcess) {
-  EXPECT_EQ(AppEnv()->KillTechDBProcess(), 1) << "there is none";
-  TCHAR command[] = _T("sleep 100");
-  STARTUPINFOW startup = {};
-  PROCESS_INFORMATION process = {};
-  ASSERT_TRUE(CreateProcessW(nullptr, command, nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process));
-  AppEnv()->SetTechDBProcessID(process.dwProcessId);
+TEST_F(TechDatabase, KillEndsItsProcess) {
+  EXPECT_EQ(AppEnv()->KillTechDBProcess(), 1) << "there is no process";
+  const pid_t child = kvtest::InChild([] { return pause() == 0; });
+  AppEnv()->SetTechDBProcessID(DWORD(child));
   EXPECT_EQ(AppEnv()->KillTechDBProcess(), 1);
-  EXPECT_EQ(WaitForSingleObject(process.hProcess, 10'000), WAIT_OBJECT_0);
-  CloseHandle(process.hThread);
-  CloseHandle(process.hProcess);
+  EXPECT_EQ(kvtest::ExitCode(child), 128 + SIGKILL);
 }
