@@ -1,4 +1,4 @@
-// A settings tree in a document's archive: exact bytes, and what a load does with older and newer documents.
+// A settings tree in a document's archive: exact bytes, the merge with the defaults, damaged archives.
 #include "share/settings/settings_key.h"
 #include "tests/archive_bytes.h"
 
@@ -6,22 +6,16 @@ using kvtest::Bytes, kvtest::Hex;
 
 namespace {
 
-// A concrete key as the product declares them: the constructor makes the defaults. What it declares depends on the
-// class's age, which the tests choose.
+// A concrete key as the product declares them: the constructor adds the defaults.
 class TestKey : public QFSettingsKey {
   DECLARE_SERIAL(TestKey)
 
  public:
-  static int age;
-
   TestKey() : QFSettingsKey(_T("Test"), _T("Software\\Test")) {
     AddValue(_T("kept"), 1);
-    if (age == 0) AddValue(_T("gone"), 2);
-    if (age == 1) AddValue(_T("new"), 3);
-    if (age == 1) AddValue(_T("MillFeatureCreationStyle"), 4);
+    AddValue(_T("other"), 2);
   }
 };
-int TestKey::age = 0;
 IMPLEMENT_SERIAL(TestKey, QFSettingsKey, VERSIONABLE_SCHEMA | 1)
 
 class TestRoot : public QFSettingsKey {
@@ -84,57 +78,23 @@ TEST(SettingsArchive, TreeHasItsExactBytes) {
   EXPECT_EQ(Hex(Saved(key)), Hex(expected));
 }
 
-TEST(SettingsArchive, DocumentWinsOverDefaults) {
-  TestKey::age = 0;
-  TestRoot stored;
+TEST(SettingsArchive, LoadedTreeAndLoadedSubKeyAreSeenFromTheRoot) {
+  TestRoot stored, root;
   stored.SetValue(_T("kept"), 10);
   const std::string bytes = Saved(stored);
-  TestRoot loaded;
-  QFSettingsKey* child = loaded.GetKey(_T("Test"));
-  for (int i = 0; i < 2; ++i) EXPECT_EQ(IntOf(loaded, _T("kept")), 1);
-  Load(loaded, bytes);
-  EXPECT_EQ(IntOf(loaded, _T("kept")), 10) << "the index has to forget the defaults";
-  EXPECT_EQ(IntOf(loaded, _T("gone")), 2);
-  ASSERT_NE(loaded.GetKey(_T("Test")), nullptr) << "a concrete key's name comes from its constructor";
-  EXPECT_NE(loaded.GetKey(_T("Test")), child);
-  EXPECT_EQ(Saved(loaded), bytes);
-}
-
-TEST(SettingsArchive, OldDocumentGetsNewDefaultsAndLosesOldNames) {
-  TestKey::age = 0;
-  TestRoot old;
-  old.SetValue(_T("kept"), 10);
-  const std::string bytes = Saved(old);
-  TestKey::age = 1;
-  TestRoot loaded;
-  EXPECT_EQ(IntOf(loaded, _T("MillFeatureCreationStyle")), 4);
-  Load(loaded, bytes);
-  EXPECT_EQ(IntOf(loaded, _T("kept")), 10);
-  EXPECT_EQ(IntOf(loaded, _T("new")), 3);
-  EXPECT_EQ(IntOf(loaded, _T("MillFeatureCreationStyle")), 0) << "the one named exception";
-  EXPECT_EQ(IntOf(loaded, _T("gone")), -1);
-  // It stays gone: a class that knows it finds its default in the next document.
-  loaded.SetValue(_T("new"), 30);
-  const std::string again = Saved(loaded);
-  EXPECT_EQ(again.find(std::string("g\0o\0n\0e\0", 8)), std::string::npos);
-  TestRoot reloaded;
-  Load(reloaded, again);
-  EXPECT_EQ(IntOf(reloaded, _T("new")), 30);
-  TestKey::age = 0;
-}
-
-TEST(SettingsArchive, SubKeyLoadedAloneIsSeenFromTheRoot) {
-  TestKey::age = 0;
-  TestKey stored;
-  stored.SetValue(_T("kept"), 10);
-  TestRoot root;
-  for (int i = 0; i < 2; ++i) EXPECT_EQ(IntOf(root, _T("kept")), 1);
-  Load(*root.GetKey(_T("Test")), Saved(stored));
-  EXPECT_EQ(IntOf(root, _T("kept")), 10);
+  for (int search = 0; search < 2; ++search) EXPECT_EQ(IntOf(root, _T("kept")), 1);
+  Load(root, bytes);
+  for (int search = 0; search < 2; ++search) EXPECT_EQ(IntOf(root, _T("kept")), 10);
+  EXPECT_EQ(Saved(root), bytes);
+  QFSettingsKey* child = root.GetKey(_T("Test"));
+  ASSERT_NE(child, nullptr) << "a concrete key's name comes from its constructor";
+  TestKey other;
+  other.SetValue(_T("kept"), 20);
+  Load(*child, Saved(other));
+  EXPECT_EQ(IntOf(root, _T("kept")), 20);
 }
 
 TEST(SettingsArchive, MergesByNameInOrder) {
-  TestKey::age = 0;
   QFSettingsKey key;
   CObList loaded, defaults;
   loaded.AddTail(new QFIntValue(_T("b"), 20));
@@ -158,7 +118,6 @@ TEST(SettingsArchive, MergesByNameInOrder) {
 }
 
 TEST(SettingsArchive, EveryTruncationRaisesAndLeavesAUsableKey) {
-  TestKey::age = 0;
   TestRoot stored;
   const std::string bytes = Saved(stored);
   for (std::size_t length = 0; length < bytes.size(); ++length) {

@@ -52,19 +52,14 @@ std::vector<Text> StoredNames() {
 
 }  // namespace
 
-TEST_F(FeedColors, EachRowStandsForTheFeedsUpToItself) {
+TEST_F(FeedColors, RowCoversTheFeedsUpToItsOwn) {
   QFMillFeedColorsSettings table;
-  EXPECT_EQ(table.GetColorForFeed(1), kNoFeedColor) << "without rows";
   table.AddValue(200, kGreen);
   table.AddValue(100, kRed);
-  const struct {
-    double feed;
-    unsigned long color;
-  } rows[] = {
-      {-5, kRed},          {50, kRed},       {100, kRed},           {100.0000005, kRed},       {100.00001, kGreen},
-      {150, kGreen},       {200, kGreen},    {200.0000005, kGreen}, {200.00001, kNoFeedColor}, {250, kNoFeedColor},
-      {NAN, kNoFeedColor}, {-INFINITY, kRed}};
-  for (const auto& row : rows) EXPECT_EQ(table.GetColorForFeed(row.feed), row.color) << row.feed;
+  const std::pair<double, unsigned long> rows[] = {{-INFINITY, kRed},        {100, kRed},           {100.0000005, kRed},
+                                                   {100.00001, kGreen},      {200.0000005, kGreen}, {NAN, kNoFeedColor},
+                                                   {200.00001, kNoFeedColor}};
+  for (const auto& [feed, color] : rows) EXPECT_EQ(table.GetColorForFeed(feed), color) << feed;
 }
 
 TEST_F(FeedColors, DocumentSwitchesThemOff) {
@@ -155,29 +150,22 @@ TEST_F(FeedColors, RegistryHoldsTheRowsAndNothingElse) {
   EXPECT_EQ(table.SaveValuesToRegistry(), 1);
   EXPECT_EQ(StoredNames(), (std::vector<Text>{u"2.00", u"200.00"}));
   EXPECT_EQ(kvtest::Get(HKEY_CURRENT_USER, kMillPath, _T("2.00")), (Stored{REG_DWORD, Raw(DWORD(kRed))}));
-  table.RemoveAll();
-  EXPECT_EQ(table.SaveValuesToRegistry(), 1);
-  EXPECT_EQ(StoredNames(), std::vector<Text>());
 }
 
-TEST_F(FeedColors, RowsTakenOutLiveAsLongAsTheTable) {
+TEST_F(FeedColors, RemovedRowsLiveAsLongAsTheTable) {
   QFMillFeedColorsSettings table;
   double feed = 0;
   unsigned long color = 0;
-  table.AddValue(5, kRed);
-  table.AddValue(4, kBlue);
-  ASSERT_EQ(table.GetFirstValue(feed, color), 1);
-  const auto* first = DYNAMIC_DOWNCAST(QFColorValue, table.GetList().GetHead());
-  table.RemoveAll();
-  EXPECT_EQ(first->GetValue(), kBlue);
-  EXPECT_EQ(table.GetNextValue(feed, color), 0) << "the cursor doesn't follow it";
-  table.AddValue(6, kGreen);
-  const auto* second = DYNAMIC_DOWNCAST(QFColorValue, table.GetList().GetHead());
-  ASSERT_EQ(table.GetFirstValue(feed, color), 1);
-  table.RestoreValuesFromRegistry();
-  EXPECT_EQ(second->GetValue(), kGreen);
-  EXPECT_EQ(table.GetNextValue(feed, color), 0);
-  EXPECT_EQ(RowsOf(table).size(), 1u);
+  for (const bool byRestore : {false, true}) {
+    table.AddValue(5, kRed);
+    table.AddValue(4, kBlue);
+    ASSERT_EQ(table.GetFirstValue(feed, color), 1);
+    const auto* row = DYNAMIC_DOWNCAST(QFColorValue, table.GetList().GetHead());
+    byRestore ? table.RestoreValuesFromRegistry() : table.RemoveAll();
+    EXPECT_EQ(row->GetValue(), kBlue);
+    EXPECT_EQ(table.GetNextValue(feed, color), 0) << "the cursor doesn't follow them";
+    EXPECT_EQ(RowsOf(table).size(), byRestore ? 1u : 0u);
+  }
 }
 
 TEST_F(FeedColors, ArchiveBringsTheRowsThatTheTableHas) {
@@ -187,10 +175,9 @@ TEST_F(FeedColors, ArchiveBringsTheRowsThatTheTableHas) {
   for (const double feed : {2.0, 3.0}) table.AddValue(feed, kBlue);
   double feed = 0;
   unsigned long color = 0;
-  ASSERT_EQ(table.GetFirstValue(feed, color), 1);
-  EXPECT_EQ(table.GetColorForFeed(2), kBlue);
+  EXPECT_EQ(table.GetColorForFeed(2), kBlue) << "moves the cursor to the second row";
   const std::string bytes = kvtest::Store([&](CArchive& ar) { stored.Serialize(ar); });
   kvtest::Load(bytes, [&](CArchive& ar) { table.Serialize(ar); });
-  EXPECT_EQ(table.GetNextValue(feed, color), 0) << "the cursor doesn't point into what was there";
+  EXPECT_EQ(table.GetNextValue(feed, color), 0) << "the cursor doesn't point into the former list";
   EXPECT_EQ(RowsOf(table), (Rows{{3, kBlue}, {2, kRed}}));
 }

