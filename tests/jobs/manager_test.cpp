@@ -58,17 +58,6 @@ TEST_F(Manager, EndsSimilarJobsUnlessTheyAreOfOneGroup) {
   EXPECT_THAT(statuses, ElementsAre(4, 4, 2));
 }
 
-TEST_F(Manager, NumberOfThreadsHasNoLimit) {
-  Set(_T("ThreadNum"), 1);
-  WorkNode node;
-  Blocker blocker(node);
-  for (unsigned context = 1; context <= 10; ++context) Ask(node, nullptr, kPlain, kEnds, context);
-  for (int i = 0; i < 10; ++i) blocker.running.acquire();
-  EXPECT_EQ(manager.GetNumThreadsNotDone(), 10);
-  blocker.go.release(10);
-  clock.AwaitThreads();
-}
-
 TEST_F(Manager, CountsByStatus) {
   Start(1);
   QFThreadData* data = manager.Record(0);
@@ -147,7 +136,7 @@ TEST_F(Manager, TerminatesByTarget) {
   EXPECT_THAT(clock.Pauses(), ElementsAre());
 }
 
-// A job on the target that is asked for while the others are told of their end.
+// A job on the target that is requested while the others get HandleCommand(1).
 TEST_F(Manager, DestructThreadWaitsForNewJobsOnTheTarget) {
   clock.Hold();
   WorkNode a, b;
@@ -186,10 +175,10 @@ TEST_F(Manager, EndOfADocumentWaitsWithTheSectionHeldWhileJobsEnd) {
     one.go.release();
     two.go.release();
     while (data->GetThreadStatus() != eThreadDone) Sleep(0);
-    EXPECT_EQ(manager.Count(), 2) << "who ends now waits for the section";
+    EXPECT_EQ(manager.Count(), 2) << "a job that ends now waits for the section";
     WorkNode third;
     manager.SetCanRunSeparateProcess(0);
-    EXPECT_EQ(third.RunCommand(7, nullptr, kPlain, kEnds), 1) << "who asks does not";
+    EXPECT_EQ(third.RunCommand(7, nullptr, kPlain, kEnds), 1) << "a request does not wait";
   };
   manager.TerminateAllThreadsInThisDoc(&document_);
   EXPECT_THAT(clock.Pauses(), ElementsAre(1000));

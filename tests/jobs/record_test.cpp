@@ -1,4 +1,4 @@
-// The record of one job: from the request to its end, and what others see of it.
+// The record of one job from the request to its end, and its state as other threads see it.
 #include "share/jobs/job_record.h"
 
 #include <memory>
@@ -25,6 +25,7 @@ TEST_F(Record, GoesThroughItsHooksInOrder) {
     EXPECT_TRUE(node.GetIsUsingThisObject(mine));
     return eThreadDone;
   };
+  manager.onStart = [](QFThreadData* data) { EXPECT_EQ(data->RunCommand(1), 0) << "it is being started already"; };
   clock.Hold();
   const int id = node.RunCommand(7, nullptr, kPlain, kEnds);
   QFThreadData* data = manager.Record(0);
@@ -39,49 +40,37 @@ TEST_F(Record, GoesThroughItsHooksInOrder) {
   EXPECT_EQ(manager.GetNumThreadsRunningOrWaiting(nullptr), 0);
 }
 
-struct End {
-  int result;  // of the command; -1 throws
-  int endType;
-  int status;
-  bool kept;
-};
-
-class Ends : public Record, public testing::WithParamInterface<End> {};
-
-TEST_P(Ends, GiveStatusAndDecideOnTheRecord) {
-  WorkNode node;
-  node.run = [](void*&) {
-    if (GetParam().result < 0) throw std::runtime_error("no");
-    return QFeThreadStatus(GetParam().result);
-  };
-  Ask(node, nullptr, kPlain, QFeThreadEndType(GetParam().endType));
-  clock.AwaitThreads();
-  std::vector<std::string> lines = log.Take();
-  const std::string last = lines.back();
-  EXPECT_EQ(manager.Count(), GetParam().kept);
-  if (GetParam().kept) {
-    const bool waits = GetParam().endType == 2;
-    EXPECT_EQ(manager.Record(0)->GetThreadStatus(), GetParam().status);
-    EXPECT_EQ(manager.Record(0)->GetThreadHandle() != nullptr, waits);
-    EXPECT_EQ(manager.GetNumThreadsRunningOrWaiting(nullptr), waits);
-  } else {
-    EXPECT_EQ(last, "node destroy " + std::to_string(GetParam().status));
-    EXPECT_EQ(manager.GetNumThreadsRunningOrWaiting(nullptr), 0);
+TEST_F(Record, ResultAndEndTypeGiveStatusAndDecideOnTheRecord) {
+  const struct {
+    int result;  // of the command; -1 throws
+    int endType, status;
+    bool kept;
+  } rows[] = {{0, 0, 5, false}, {1, 0, 1, false},  {5, 0, 5, false}, {6, 0, 6, true},
+              {8, 0, 8, true},  {-1, 0, 5, false}, {1, 2, 8, true},  {6, 2, 8, true},
+              {5, 2, 5, false}, {0, 2, 5, false},  {-1, 2, 5, false}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(testing::Message() << "result " << row.result << ", end type " << row.endType);
+    WorkNode node;
+    node.run = [&](void*&) {
+      if (row.result < 0) throw std::runtime_error("no");
+      return QFeThreadStatus(row.result);
+    };
+    const int before = manager.GetNumThreadsRunningOrWaiting(nullptr);
+    QFThreadData* data = Ask(node, nullptr, kPlain, QFeThreadEndType(row.endType));
+    clock.AwaitThreads();
+    const bool waits = row.kept && row.endType == 2;
+    EXPECT_EQ(manager.GetNumThreadsRunningOrWaiting(nullptr) - before, waits);
+    ASSERT_EQ(manager.Count(), row.kept);
+    if (row.kept) {
+      EXPECT_EQ(data->GetThreadStatus(), row.status);
+      EXPECT_EQ(data->GetThreadHandle() != nullptr, waits);
+      manager.DestroyThreadData(data);
+    }
+    EXPECT_EQ(log.Take().back(), "node destroy " + std::to_string(row.status));
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Record, Ends,
-                         testing::Values(End{0, 0, 5, false}, End{1, 0, 1, false}, End{5, 0, 5, false},
-                                         End{6, 0, 6, true}, End{8, 0, 8, true}, End{-1, 0, 5, false},
-                                         End{1, 2, 8, true}, End{6, 2, 8, true}, End{5, 2, 5, false},
-                                         End{0, 2, 5, false}, End{-1, 2, 5, false}),
-                         [](const auto& row) {
-                           const std::string result =
-                               row.param.result < 0 ? "Exception" : std::to_string(row.param.result);
-                           return result + "OfEndType" + std::to_string(row.param.endType);
-                         });
-
-TEST_F(Record, TerminatedAheadOfItsBeginNeverRuns) {
+TEST_F(Record, TerminatedBeforeItBeginsNeverRuns) {
   WorkNode node(_T("a"), &log);
   clock.Hold();
   QFThreadData* data = Ask(node);
@@ -89,7 +78,7 @@ TEST_F(Record, TerminatedAheadOfItsBeginNeverRuns) {
   EXPECT_EQ(data->GetThreadStatus(), eThreadTerminated);
   EXPECT_EQ(data->GetThreadHandle(), nullptr);
   EXPECT_EQ(data->GetThreadID(), 0u);
-  EXPECT_EQ(data->TerminateThread(), eThreadTerminated) << "and nobody is told again";
+  EXPECT_EQ(data->TerminateThread(), eThreadTerminated) << "the node gets no second call";
   EXPECT_EQ(data->GetEndTimeStr(), _T(""));
   clock.Open();
   clock.AwaitThreads();
@@ -117,7 +106,7 @@ TEST_F(Record, TerminatedWhileItRunsStaysSo) {
 
 TEST_F(Record, DirectRunIsOverWhenTheRequestReturns) {
   WorkNode node(_T("a"), &log);
-  for (const bool forbidden : {false, true}) {  // the host's word counts ahead of the setting
+  for (const bool forbidden : {false, true}) {  // either the setting or the host forbids a thread
     Set(_T("ThreadMulti"), forbidden);
     manager.SetCanRunSeparateProcess(!forbidden);
     node.run = [](void*&) {
@@ -145,14 +134,6 @@ TEST_F(Record, RunsAgain) {
   EXPECT_THAT(log.Take(), ElementsAre("a command 0", "a destroy 5"));
 }
 
-TEST_F(Record, IsNotStartedTwiceWhileItsThreadIsMade) {
-  WorkNode node(_T("a"), &log);
-  manager.onStart = [](QFThreadData* data) { EXPECT_EQ(data->RunCommand(1), 0); };
-  Ask(node);
-  clock.AwaitThreads();
-  EXPECT_THAT(log.Take(), ElementsAre("a start 2", "a begin 2", "a command 0", "a done 1", "a destroy 1"));
-}
-
 TEST_F(Record, WithoutAThreadToBeHadStaysWithoutAHandle) {
   WorkNode node;
   {
@@ -167,18 +148,13 @@ TEST_F(Record, WithoutAThreadToBeHadStaysWithoutAHandle) {
   EXPECT_EQ(manager.GetNumThreadsRunningOrWaiting(nullptr), 1);
 }
 
-TEST_F(Record, LosesItsCallerWhereThereIsNoManager) {
+TEST_F(Record, WithoutACallerRunsNothing) {
+  EXPECT_EQ(QFThreadData(nullptr, 7, nullptr, kPlain, kEnds).RunCommand(1), 0);
   auto node = std::make_unique<WorkNode>();
   QFThreadData data(node.get(), 7, nullptr, kPlain, kEnds);
   QFThreadBaseMgr::m_pInstance = nullptr;
   node.reset();
-  EXPECT_EQ(data.GetCallingObject(), nullptr);
-  EXPECT_EQ(data.RunCommand(0), 0);
-}
-
-TEST_F(Record, WithoutACallerRunsNothing) {
-  QFThreadData data(nullptr, 7, nullptr, kPlain, kEnds);
-  EXPECT_EQ(data.RunCommand(1), 0);
+  EXPECT_EQ(data.GetCallingObject(), nullptr) << "it is gone, and no manager deletes the record";
   EXPECT_EQ(data.RunCommand(0), 0);
   EXPECT_EQ(data.HandleCommand(0), 0);
   EXPECT_EQ(data.GetThreadStatus(), eThreadNotStarted);
@@ -221,8 +197,8 @@ TEST_F(Record, StopsWhereItEntersTheLibraryUntilItIsResumed) {
   EXPECT_EQ(passed, 1);
 }
 
-// A job that waits to begin, and one that calls nothing, stand ahead of and behind their command.
-TEST_F(Record, SuspendedOutsideItsCommandStandsAndTerminatingLetsItGo) {
+// One job waits to begin; the other has returned from its command.
+TEST_F(Record, SuspendedOutsideItsCommandStopsUntilItIsTerminated) {
   WorkNode early(_T("early"), &log), late(_T("late"), &log);
   Blocker blocker(late);
   QFThreadData* running = Ask(late);
@@ -240,16 +216,6 @@ TEST_F(Record, SuspendedOutsideItsCommandStandsAndTerminatingLetsItGo) {
   EXPECT_THAT(lines, testing::Contains("late destroy 4"));
   EXPECT_THAT(lines, testing::Contains("early destroy 4"));
   EXPECT_THAT(lines, testing::Not(testing::Contains("early command 0")));
-}
-
-// A parent that waits has no thread that could be suspended: its status is its own.
-TEST_F(Record, IsNotSuspendedAfterItsCommand) {
-  WorkNode node;
-  QFThreadData* data = Ask(node, nullptr, kPlain, eThreadEndWaitForChild);
-  clock.AwaitThreads();
-  EXPECT_EQ(data->SuspendThread(), eThreadWaitingForChild);
-  EXPECT_EQ(data->ResumeThread(), eThreadWaitingForChild);
-  EXPECT_EQ(data->GetThreadStatus(), eThreadWaitingForChild);
 }
 
 TEST_F(Record, GoesWithItsNodeAndItsThreadEndsQuietly) {

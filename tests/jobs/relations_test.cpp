@@ -1,4 +1,4 @@
-// How jobs stand to one another: repeats, similar ones, parents and children; and the record's texts.
+// Relations between jobs: repeats, similar jobs, parents and children; and the record's texts.
 #include <fmt/format.h>
 
 #include <cstdlib>
@@ -12,12 +12,23 @@ namespace {
 using namespace kvtest;
 using testing::ElementsAre;
 
-class Relations : public JobTest {};
+class Relations : public JobTest {
+ protected:
+  // A command that takes 01:02:05 on the test's clock.
+  static std::function<QFeThreadStatus(void*&)> AnHourFor(QFeThreadStatus result) {
+    return [result](void*&) {
+      StepClock::SetTime({2024, 5, 3, 17, 13, 2, 5, 0}, 1715950925);
+      return result;
+    };
+  }
+};
 
 TEST_F(Relations, ParentEndsWithItsChild) {
   WorkNode parent(_T("parent"), &log), child(_T("child"), &log);
   QFThreadData* waiting = Ask(parent, nullptr, kPlain, eThreadEndWaitForChild);
   clock.AwaitThreads();
+  EXPECT_EQ(waiting->SuspendThread(), eThreadWaitingForChild) << "a returned command has no thread to suspend";
+  EXPECT_EQ(waiting->ResumeThread(), eThreadWaitingForChild);
   EXPECT_EQ(waiting->GetThreadStatus(), eThreadWaitingForChild);
   EXPECT_FALSE(manager.GetAreAllThreadsInThisDocDone(&document_));
   EXPECT_FALSE(manager.AnyThreadsRunning());
@@ -64,7 +75,7 @@ TEST_F(Relations, DirectChildEndsAParentThatHasAHandle) {
   EXPECT_EQ(manager.GetNumThreadsRunningOrWaiting(nullptr), 0);
 }
 
-// The child of a parent that still runs: what the parent brings later is not taken, and it does not wait for ever.
+// The child ends before its parent: the later result of the parent is ignored, and the parent does not wait for ever.
 TEST_F(Relations, ChildMayBeQuickerThanItsParent) {
   Set(_T("ThreadDel"), 0);
   WorkNode parent(_T("parent"), &log), child(_T("child"), &log);
@@ -79,7 +90,7 @@ TEST_F(Relations, ChildMayBeQuickerThanItsParent) {
   EXPECT_EQ(data->GetThreadStatus(), eThreadDone);
 }
 
-TEST_F(Relations, PreviousAndDuplicateOwners) {
+TEST_F(Relations, OwnerIsTheNeighbourOrTheFirstOnTheTargetAndOfTheGroup) {
   clock.Hold();
   WorkNode a, b, c;
   QFThreadDataLink one = MakeLink(1, 2, 3), same = MakeLink(1, 2, 3), other = MakeLink(1, 2, 4);
@@ -105,7 +116,7 @@ TEST_F(Relations, PreviousAndDuplicateOwners) {
   EXPECT_EQ(manager.GetThreadPrevParentOwner(second, owner, handle, 0), 0) << "no handle";
 }
 
-TEST_F(Relations, SimilarJobs) {
+TEST_F(Relations, JobsAreSimilarByCommandAndTargetUnlessOfOneGroup) {
   WorkNode node, other;
   QFThreadDataLink link = MakeLink(1, 2, 3);
   QFThreadData data(&node, 7, &link, kPlain, kEnds);
@@ -123,7 +134,7 @@ TEST_F(Relations, SimilarJobs) {
   EXPECT_FALSE(data.GetIsSimiliarDuplicate(&node, 7, nullptr));
 }
 
-TEST_F(Relations, Texts) {
+TEST_F(Relations, TextsShowLocalTimesDurationProgressAndCaller) {
   WorkNode node(_T("pocket"));
   QFThreadData* data = nullptr;
   const auto run = [&](__time64_t start, __time64_t seconds) {
@@ -155,20 +166,15 @@ TEST_F(Relations, Texts) {
   EXPECT_EQ(QFThreadData::DeltaTime({2024, 1, 1, 1, 0, 0, 1, 0}, {2024, 1, 1, 1, 0, 0, 0, 0}), 0xFFFFFFFFu);
 }
 
-TEST_F(Relations, TellsTheNodeTheTimeTakenInTestRuns) {
+TEST_F(Relations, TestRunsGiveTheNodeTheTimeTaken) {
   SetEnvironmentVariableW(_T("KV_TEST_ENV"), _T("YES"));
   WorkNode done, failed;
-  const auto work = [](QFeThreadStatus status) {
-    return [status](void*&) {
-      StepClock::SetTime({2024, 5, 3, 17, 13, 2, 5, 0}, 1715950925);
-      return status;
-    };
-  };
-  done.run = work(eThreadDone);
-  failed.run = work(eThreadNotHandled);
+  done.run = AnHourFor(eThreadDone);
+  failed.run = AnHourFor(eThreadNotHandled);
   Ask(done);
   clock.AwaitThreads();
   EXPECT_EQ(done.GetTimeTakenForGTP(), _T("01:02:05"));
+  StepClock::SetTime({2024, 5, 3, 17, 12, 0, 0, 0}, 1715947200);
   Ask(failed);
   clock.AwaitThreads();
   EXPECT_EQ(failed.GetTimeTakenForGTP(), _T(""));
@@ -179,10 +185,7 @@ TEST_F(Relations, DumpsItsFields) {
   const auto hex = [](const void* address) { return fmt::format("{:x}", reinterpret_cast<std::uintptr_t>(address)); };
   WorkNode node;
   QFThreadDataLink link;
-  node.run = [](void*&) {
-    StepClock::SetTime({2024, 5, 3, 17, 13, 2, 5, 0}, 1715950925);
-    return eThreadDoneKeepData;
-  };
+  node.run = AnHourFor(eThreadDoneKeepData);
   QFThreadData* data = Ask(node, &link, QFeThreadType(3), QFeThreadEndType(1));
   clock.AwaitThreads();
   data->SetActionString(_T("Bohren %s \u00FC"));

@@ -54,21 +54,6 @@ TEST(MachineModel, ToolVectorIsReversedByAGaugeOfZeroOrMore) {
   }
 }
 
-TEST(MachineModel, FixtureIndicesAreGuarded) {
-  CQVMChannel channel;
-  for (const int index : {-1, 2, 5, 2147483647}) {
-    channel.SetFixtureStatus(index, 1);
-    channel.Set4thAxisFixtureDirType(CM_DIR_PLUS_X, index);
-    channel.SetFixture5thBaseZOffset(3.0, index);
-    EXPECT_EQ(channel.GetFixtureStatus(index), 0);
-    EXPECT_EQ(channel.Get4thAxisFixtureDirType(index), CM_DIR_NONE);
-    EXPECT_EQ(channel.GetFixture5thBaseZOffset(index), 0.0);
-  }
-  channel.SetFixture5thBaseZOffset(3.0, 1);
-  EXPECT_EQ(channel.GetFixture5thBaseZOffset(1), 3.0);
-  EXPECT_EQ(channel.GetFixture5thBaseZOffset(0), 0.0);
-}
-
 TEST(MachineModel, FrontTurretFlagNeedsTheNameFirst) {
   for (const auto& [name, flag] : {std::pair(_T("front1"), 1), {_T("FRONT2"), 1}, {_T("Front3"), 0}}) {
     CQVMChannel channel;
