@@ -9,6 +9,8 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <iomanip>
+#include <sstream>
 
 #include "companions/database/connection_strings.h"
 #include "companions/database/recordset.h"
@@ -127,13 +129,11 @@ TEST_F(Database, ExchangesAndUpdatesOneRecord) {
   EXPECT_EQ(All(_T("SELECT Teeth FROM Tools WHERE Name = 'found by its NULLs'")), std::vector<Row>{{"6"}});
   for (LPCTSTR sql : {_T("SELECT 1 AS Name"), _T("SELECT Name FROM Tools, Big"),
                       _T("SELECT Name FROM Tools GROUP BY Name"), _T("SELECT Name FROM [a]b]")}) {
-    try {
+    Failure([&] {
       records.Open(sql);
       records.DFX_Text(&store, _T("Name"), value);
       records.Update();
-      ADD_FAILURE() << ToUtf8(CString(sql));
-    } catch (const CDaoException&) {
-    }
+    });
   }
 }
 
@@ -154,12 +154,11 @@ TEST_F(Database, TellsItsTables) {
 }
 
 TEST_F(Database, CountsTheRecordsOfTablesOfAnyName) {
-  const std::vector<std::string> names = {"a b",  "a\"b",  "a'b", "a?b", "a[b", "a]; DROP TABLE Tools; --",
-                                          "a{d}", "\u00E4"};
-  for (std::string name : names) {
-    for (std::size_t at = 0; (at = name.find('"', at)) != name.npos; at += 2) name.insert(at, 1, '"');
-    database_.Execute(FromUtf8("CREATE TABLE \"" + name + "\" (x)"));
-    database_.Execute(FromUtf8("INSERT INTO \"" + name + "\" VALUES (1), (2)"));
+  const std::vector<std::string> names = {"a b", "a\"b", "a'b", "a?b", "a]; DROP TABLE Tools; --", "a{d}", "\u00E4"};
+  for (const std::string& name : names) {
+    std::ostringstream quoted;
+    quoted << std::quoted(name, '"', '"');
+    database_.Execute(FromUtf8("CREATE TABLE " + quoted.str() + " AS SELECT 1 AS x UNION SELECT 2"));
   }
   CDaoDatabase other(0, 1);
   other.Open(path_);
@@ -197,10 +196,8 @@ TEST_F(Database, ConnectionsThatSmuggleAreNotOpened) {
       {_T("Driver={") + CString(u'x', 300) + _T("};"),
        "an ODBC driver has to be named as it is registered, not by its file"},
       {SQLiteConnection(path_ + _T(";Driver={SQL Server}")), "the connection can't be told from its text"},
-      {SQLiteConnection(_T("C:\\a;b.kvdb")), "the connection can't be told from its text"},
       {server + _T(";secret"), "the connection can't be told from its text"},
       {_T("Driver={SQL Server};SERVER={s;DATABASE=d;Pwd=secret"), "the connection can't be told from its text"},
-      {_T("Driver={SQL Server};SERVER={s;DATABASE=d;Pwd={secret}"), "the connection can't be told from its text"},
   };
   for (const auto& [connection, expected] : rows) {
     CDaoDatabase other(0, 1);

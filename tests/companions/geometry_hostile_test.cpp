@@ -21,14 +21,11 @@ TEST(GeometryHostile, DirectionIsOfLengthOneOrNone) {
   const struct {
     FRVector vector, wanted;
   } rows[] = {
-      {{0, -3, 4}, {0, -0.6, 0.8}},
       {{0, 3e-7, 4e-7}, {0, 0.6, 0.8}},
       {{kNaN, 1, 0}, {}},
       {{kInfinity, 0, 0}, {}},
-      {{-kInfinity, kInfinity, 1}, {}},
       {{kLargest, 0, 0}, {1, 0, 0}},
       {{kLargest, 0, -kLargest}, {root, 0, -root}},
-      {{3e200, 4e200, 0}, {0.6, 0.8, 0}},
       {{1e-320, 0, 0}, {}},
       {{RESNOR, 0, 0}, {1, 0, 0}},
       {{RESNOR * 0.99, 0, 0}, {}},
@@ -63,10 +60,7 @@ TEST(GeometryHostile, WhatHasNoInverseGivesTheIdentity) {
   const FRVector x(1, 0, 0), y(0, 1, 0);
   const FRTransf rows[] = {
       FRTransf(FRMatrix(x, y, {0, 0, kNaN}), {}, 1, 0, 0, 0),
-      FRTransf(FRMatrix(x, y, {0, 0, kInfinity}), {}, 1, 0, 0, 0),
-      FRTransf(FRMatrix(x, y, {0, 0, 0}), {}, 1, 0, 0, 0),
       FRTransf(FRMatrix(x, y, {1, 1, 0}), {1, 1, 1}, 1, 0, 0, 0),
-      FRTransf(FRMatrix({}, {}, {}), {}, 1, 0, 0, 0),
       FRTransf(FRMatrix(), {kNaN, 0, 0}, 1, 0, 0, 0),
       FRTransf(FRMatrix(), {0, kInfinity, 0}, 1, 0, 0, 0),
       FRTransf(FRMatrix(), {1, 2, 3}, 0, 0, 0, 0),
@@ -82,7 +76,6 @@ TEST(GeometryHostile, WhatHasNoInverseGivesTheIdentity) {
 TEST(GeometryHostile, NumbersThatAreNotFiniteEqualNothing) {
   const FRTransf far = GetTranslateTransf({kInfinity, 0, 0});
   EXPECT_FALSE(FRPosition(kNaN, 0, 0) == FRPosition(kNaN, 0, 0));
-  EXPECT_FALSE(FRVector(kInfinity, 0, 0) == FRVector(kInfinity, 0, 0));
   EXPECT_FALSE(far == far);
   EXPECT_FALSE(GetRotateTransf(kNaN, FRZAxis) == FRTransf());
 }

@@ -41,14 +41,12 @@ TEST(XmlEdit, CommentsAndTextsAreNodesOfAWholeDocument) {
   EXPECT_EQ(KVXMLNode().GetNodeValue(), _T(""));
 }
 
-struct Edit {
-  std::string_view before;
-  LPCTSTR value;
-  std::string_view after;
-};
-
 TEST(XmlEdit, SavesTheChangedValueAlone) {
-  constexpr Edit kCases[] = {
+  constexpr struct {
+    std::string_view before;
+    LPCTSTR value;
+    std::string_view after;
+  } kCases[] = {
       {"<r n='1'/>", _T("23"), "<r n='23'/>"},
       {"<r m = \"=\" n\t=\r\n \"a&amp;b\" o=''>\r\n <!-- x -->\t</r>\n\n", _T(""),
        "<r m = \"=\" n\t=\r\n \"\" o=''>\r\n <!-- x -->\t</r>\n\n"},
@@ -60,7 +58,7 @@ TEST(XmlEdit, SavesTheChangedValueAlone) {
       {"\xFF\xFE<\0r\0 \0n\0=\0'\0\xFC\0'\0/\0>\0"sv, _T("1"), "\xFF\xFE<\0r\0 \0n\0=\0'\0001\0'\0/\0>\0"sv},
       {"\0<\0r\0 \0n\0=\0'\0\xFC\0'\0/\0>"sv, _T("1"), "\0<\0r\0 \0n\0=\0'\0001\0'\0/\0>"sv},
   };
-  for (const Edit& row : kCases) {
+  for (const auto& row : kCases) {
     SCOPED_TRACE(row.before);
     Whole whole(row.before);
     ASSERT_NE(whole.root, nullptr);
@@ -71,10 +69,6 @@ TEST(XmlEdit, SavesTheChangedValueAlone) {
     EXPECT_TRUE(whole.root->GetAttributeValue(_T("n"), value));
     EXPECT_EQ(value, row.value);
     ASSERT_EQ(whole.document.SavedBytes(), row.after);
-    Whole again(row.after);
-    ASSERT_NE(again.root, nullptr);
-    EXPECT_TRUE(again.root->GetAttributeValue(_T("n"), value));
-    EXPECT_EQ(value, row.value) << "read back";
   }
 }
 

@@ -42,7 +42,8 @@ TEST(ArchiveHostile, EachDamageHasItsCause) {
       {"class's number as an object", kNewLink + Bytes("01 00"), CArchiveException::badIndex},
       {"object's number as a class", kNewLink + Bytes("02 80"), CArchiveException::badIndex},
       {"object of another class than asked for",
-       kNewNode + kNode + Bytes("00 00 01 80") + kNode + Bytes("00 00") + Bytes("FF FF 01 00 05 00") + "TLink",
+       kNewNode + kNode + Bytes("00 00 01 80") + kNode + Bytes("00 00") + kNewLink, CArchiveException::badClass},
+      {"number of an object of another class", kNewNode + kNode + Bytes("01 00") + kNewLink + Bytes("00 00 04 00"),
        CArchiveException::badClass},
       {"owned child met before", kNewNode + kNode + Bytes("01 00 02 00"), CArchiveException::badIndex},
       {"more children than bytes", kNewNode + kNode + Bytes("FF FF FE FF FF FF 00 00"), CArchiveException::endOfFile},
@@ -52,20 +53,6 @@ TEST(ArchiveHostile, EachDamageHasItsCause) {
     EXPECT_EQ(CauseOf(row.bytes, ReadAndDelete), row.cause) << row.name;
     EXPECT_EQ(live_nodes, before) << row.name;
   }
-}
-
-// A class record where an abstract or unfit class is named: asked for TLink, given TNode.
-TEST(ArchiveHostile, WrongClassRaisesBeforeAnObjectIsMade) {
-  const int before = live_nodes;
-  EXPECT_EQ(CauseOf(kNewNode, [](CArchive& ar) { ar.ReadObject(RUNTIME_CLASS(TLink)); }), CArchiveException::badClass);
-  const std::string two = kNewLink + Bytes("00 00 02 00");
-  EXPECT_EQ(CauseOf(two,
-                    [](CArchive& ar) {
-                      const std::unique_ptr<CObject> link(ar.ReadObject(RUNTIME_CLASS(TLink)));
-                      ar.ReadObject(RUNTIME_CLASS(TNode));
-                    }),
-            CArchiveException::badClass);
-  EXPECT_EQ(live_nodes, before);
 }
 
 TEST(ArchiveHostile, CountBeyondTheDataAllocatesNothing) {
@@ -99,24 +86,17 @@ TEST(ArchiveHostile, WrongDirectionRaisesWithTheFileName) {
   EXPECT_THROW(in >> value, CArchiveException);
 }
 
-// A chain of that many objects, each inside the one before: either the graph or an exception, by the stack there is.
+// A chain of that many objects, each inside the one before.
 std::string Chain(int links) {
   std::string bytes = kNewLink;
   for (int i = 1; i < links; ++i) bytes.append("\x01\x80", 2);
   return bytes.append(2, '\0');
 }
 
-TEST(ArchiveHostile, ChainOfTenThousandLoads) {
-  const int before = live_nodes;
-  Load(Chain(10'000), [&](CArchive& ar) {
-    const std::unique_ptr<CObject> first(ar.ReadObject(RUNTIME_CLASS(TLink)));
-    EXPECT_EQ(live_nodes, before + 10'000);
-  });
-}
-
 // scripts/test.sh leaves tests of this name out under the thread sanitizer.
-TEST(ArchiveHostile, LoadingAChainOfAMillionRaisesAndLeavesNothing) {
+TEST(ArchiveHostile, LoadingAChainOfTenThousandWorksAndOfAMillionRaisesAndLeavesNothing) {
   const int before = live_nodes;
+  Load(Chain(10'000), ReadAndDelete);
   EXPECT_EQ(CauseOf(Chain(1'000'000), ReadAndDelete), CArchiveException::genericException);
   EXPECT_EQ(live_nodes, before);
 }

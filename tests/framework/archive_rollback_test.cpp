@@ -89,35 +89,34 @@ class ArchiveRollback : public testing::Test {
   int before_ = live_nodes;
 };
 
-TEST_F(ArchiveRollback, DeletesOwnersAheadOfWhatTheyOwn) {
-  EXPECT_EQ(CauseOf(Script("[nAo[nBo[nC.o[nD!"), [](CArchive& ar) { ar.ReadObject(nullptr); }),
-            CArchiveException::badSchema);
-  EXPECT_EQ(events, (std::vector<std::string>{"A", "B", "C", "D"}));
-}
-
-TEST_F(ArchiveRollback, LeavesWhatADestructorDeletedMeanwhile) {
-  // B is read and deleted by A itself before the failure.
-  EXPECT_EQ(CauseOf(Script("[nAo[nB.do[nC.!"), [](CArchive& ar) { ar.ReadObject(nullptr); }),
-            CArchiveException::badSchema);
-  EXPECT_EQ(events, (std::vector<std::string>{"B", "A", "C"}));
-}
-
-// B comes through A's plain pointer and is owned by C, which is younger: it has gone when C asks and deletes it.
-TEST_F(ArchiveRollback, OwnerThatIsYoungerMayDeleteOnceMore) {
-  EXPECT_EQ(CauseOf(Script("[nAp[nB.p[nCo3p3.!"), [](CArchive& ar) { ar.ReadObject(nullptr); }),
-            CArchiveException::badSchema);
-  EXPECT_EQ(events, (std::vector<std::string>{"A", "A sees one", "B", "C"}));
-}
-
-TEST_F(ArchiveRollback, KeepsObjectsOfEarlierCalls) {
-  std::unique_ptr<CObject> first;
-  const auto read = [&](CArchive& ar) {
-    first.reset(ar.ReadObject(nullptr));
-    ar.ReadObject(nullptr);
+TEST_F(ArchiveRollback, DeletesEachObjectOnceAndOwnersFirst) {
+  const std::pair<const char*, std::vector<std::string>> rows[] = {
+      {"[nAo[nBo[nC.o[nD!", {"A", "B", "C", "D"}},
+      {"[nAo[nB.do[nC.!", {"B", "A", "C"}},  // A itself deletes B before the failure
+      // B comes through A's plain pointer; C, which is younger, owns it and deletes it once more.
+      {"[nAp[nB.p[nCo3p3.!", {"A", "A sees one", "B", "C"}},
   };
-  EXPECT_EQ(CauseOf(Script("[nA.[nBp2!"), read), CArchiveException::badSchema);
-  EXPECT_EQ(events, (std::vector<std::string>{"B", "B sees one"}));
-  EXPECT_EQ(live_nodes, before_ + 1);
+  for (const auto& [text, expected] : rows) {
+    events.clear();
+    EXPECT_EQ(CauseOf(Script(text), [](CArchive& ar) { ar.ReadObject(nullptr); }), CArchiveException::badSchema);
+    EXPECT_EQ(events, expected) << text;
+  }
+}
+
+TEST_F(ArchiveRollback, KeepsObjectsOfEarlierCallsAndOfOtherArchives) {
+  std::unique_ptr<CObject> first;
+  Load(Script("[nA.") + Bytes("02 00"), [&](CArchive& ar) {
+    first.reset(ar.ReadObject(nullptr));
+    std::unique_ptr<CObject> second;
+    const auto read = [&](CArchive& other) {
+      second.reset(other.ReadObject(nullptr));
+      other.ReadObject(nullptr);
+    };
+    EXPECT_EQ(CauseOf(Script("[nB.[nCp2!"), read), CArchiveException::badSchema);
+    EXPECT_EQ(events, (std::vector<std::string>{"C", "C sees one"}));
+    EXPECT_EQ(live_nodes, before_ + 2);
+    EXPECT_EQ(ar.ReadObject(nullptr), first.get()) << "the other archive goes on";
+  });
   first.reset();
 }
 
@@ -149,16 +148,6 @@ TEST_F(ArchiveRollback, CaughtFailureInsideLetsTheRestLoad) {
     EXPECT_EQ(script.m_Owned[0]->m_Name, "C");
   };
   EXPECT_EQ(CauseOf(Script("[nAc9o[nC.."), read), CArchiveException::none);
-}
-
-// The other archive of the thread goes on when one fails.
-TEST_F(ArchiveRollback, ArchivesNestOnAThread) {
-  const std::string good = Script("[nA."), bad = Script("[nB!");
-  Load(good + Bytes("02 00"), [&](CArchive& ar) {
-    const std::unique_ptr<CObject> first(ar.ReadObject(nullptr));
-    EXPECT_EQ(CauseOf(bad, [](CArchive& other) { other.ReadObject(nullptr); }), CArchiveException::badSchema);
-    EXPECT_EQ(ar.ReadObject(nullptr), first.get());
-  });
 }
 
 // A holds B, which it owns, and points to C, of which D is a part: nobody owns C.

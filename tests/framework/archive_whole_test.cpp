@@ -1,7 +1,5 @@
 // References that are stored whole or not at all.
-#include "framework/archive.h"
 #include "tests/framework/archive_fixture.h"
-#include "tests/scratch.h"
 
 using namespace kvtest;
 
@@ -49,23 +47,6 @@ TEST(ArchiveWhole, FailureInsideTakesBackBytesAndNumbers) {
       broken.m_Children.RemoveAt(broken.m_Children.GetTailPosition());
     }
   }
-}
-
-TEST(ArchiveWhole, FailureInANewFileCutsWhatWasWritten) {
-  const ScratchFolder folder;
-  const auto path = folder.Path() / "archive.bin";
-  TForeign foreign;
-  TNode broken(2);
-  broken.m_Text = CString(TCHAR('x'), 100000);
-  broken.m_Children.AddTail(&foreign);
-  CFile file(path.u16string().c_str(), CFile::modeCreate | CFile::modeWrite);
-  CArchive ar(&file, CArchive::store);
-  ar << DWORD(7);
-  StoreOrNull(ar, &broken);
-  ar.Close();
-  file.Close();
-  EXPECT_EQ(Hex(ReadFile(path)), "07 00 00 00 00 00");
-  broken.m_Children.RemoveAll();
 }
 
 TEST(ArchiveWhole, ObjectThatFailedForItsClassIsNotTriedAgain) {

@@ -37,11 +37,4 @@ TEST(StoredNumbers, AgreesWithAMap) {
   for (const auto& [at, number] : expected) EXPECT_EQ(numbers.NumberOf(Key(at)), number);
 }
 
-TEST(StoredNumbers, FullGroupOfNeighbours) {
-  StoredNumbers numbers;
-  for (std::uintptr_t bit = 512; bit-- > 0;) EXPECT_EQ(numbers.Enter(Key(0x7000 | bit << 3)), 512 - bit);
-  for (std::uintptr_t bit = 0; bit < 512; ++bit) EXPECT_EQ(numbers.NumberOf(Key(0x7000 | bit << 3)), 512 - bit);
-  EXPECT_EQ(numbers.NumberOf(Key(0x8000)), 0u);
-}
-
 }  // namespace
