@@ -13,13 +13,9 @@ namespace {
 
 std::string Address(const QFObject* object) { return fmt::format("{:x}", reinterpret_cast<std::uintptr_t>(object)); }
 
-class NamedNode : public QFObject {
+class StampedNode : public QFObject {
  public:
-  CString GetClassNameW() override { return _T("NamedNode"); }
-};
-
-class StampedNode : public NamedNode {
- public:
+  CString GetClassNameW() override { return _T("StampedNode"); }
   StampedNode() {
     m_Label = _T("Bohrung %s ü");
     SetStamps({_T("maker"), _T("01/02/2003::04:05"), _T("06/07/2008::09:10"), _T("changer")});
@@ -28,25 +24,12 @@ class StampedNode : public NamedNode {
 
 }  // namespace
 
-TEST(NodeDump, NewNodeIsExact) {
-  QFObject node;
-  EXPECT_EQ(Dumped([&](FILE* file) { node.DumpData(file); }),
-            kvtest::DumpBanner("QFObject Start") + "\n m_Label: " + "\n m_CreatedBy: " + "\n m_DateCreated: " +
-                "\n m_LastModified: " + "\n m_LastModifiedBy: " + "\n m_ObjectId: 0" + "\n m_iState : ACTIVE" +
-                "\n Address of this: " + Address(&node) + "\n m_CompareRes : NO_MATCH" +
-                "\n <---- m_pPatternMngr Start ---->" + "\n <---- m_pPatternMngr End ---->" + "\n m_bIsMerged : NO" +
-                "\n m_bMergeInProgress : NO" + kvtest::DumpBanner("QFObject End"));
-  node.DumpData(nullptr);
-  node.DumpUserObjs(nullptr);
-  node.DumpKestrovaObjects(nullptr);
-}
-
 TEST(NodeDump, FilledNodeIsExact) {
   kvtest::TestDocument document;
   document.nextId = 4294967295u;
   QFObject user, held;
-  NamedNode named;
-  StampedNode node;  // goes ahead of its users, as all who are used do here
+  StampedNode named;
+  StampedNode node;  // destroyed before its users
   node.AddToUserObjectsList(&named, 0);
   node.AddToUserObjectsList(&user, 0);
   node.AddToUserObjectsList(&held, 1);
@@ -54,12 +37,14 @@ TEST(NodeDump, FilledNodeIsExact) {
   node.SetState(LOCKED);
   node.SetCompareResult(PROFILE_NODEPTH_MATCH);
   node.SetMergeInProgress(1);
+  node.DumpData(nullptr);
+  node.DumpUserObjs(nullptr);
   EXPECT_EQ(Dumped([&](FILE* file) { node.DumpData(file); }),
             kvtest::DumpBanner("QFObject Start") + "\n m_Label: Bohrung %s ü" + "\n m_CreatedBy: maker" +
                 "\n m_DateCreated: 01/02/2003::04:05" + "\n m_LastModified: 06/07/2008::09:10" +
                 "\n m_LastModifiedBy: changer" + "\n m_ObjectId: -1" + "\n m_iState : LOCKED" +
                 "\n Address of this: " + Address(&node) + "\n Address of pObj: " + Address(&named) +
-                "\n strObjName: NamedNode" + "\n Address of pObj: " + Address(&user) + "\n strObjName: QFObject" +
+                "\n strObjName: StampedNode" + "\n Address of pObj: " + Address(&user) + "\n strObjName: QFObject" +
                 "\n m_CompareRes : PROFILE_NODEPTH_MATCH" + "\n <---- m_pPatternMngr Start ---->" +
                 "\n <---- m_pPatternMngr End ---->" + "\n m_bIsMerged : NO" + "\n m_bMergeInProgress : YES" +
                 kvtest::DumpBanner("QFObject End"));
@@ -92,7 +77,7 @@ TEST(NodeDump, UsersAreExact) {
   node.AddToUserObjectsList(&plain, 0);
   EXPECT_EQ(Dumped([&](FILE* file) { node.DumpUserObjs(file); }),
             "\nDumping for ======User Objects====== Start\n\n TotalUserObjects: 2\n ----\n UserObjNo: 0"
-            "\n ObjName: Bohrung %s ü\n ObjectClassName : NamedNode,  Address of pObj: " +
+            "\n ObjName: Bohrung %s ü\n ObjectClassName : StampedNode,  Address of pObj: " +
                 Address(&user) + "\n ObjectsOwnerClassName : QFObject,  Address of ObjectsOwner: " + Address(&owner) +
                 "\n ----\n UserObjNo: 1\n ObjName: \n ObjectClassName : QFObject,  Address of pObj: " +
                 Address(&plain) + "\nDumping for ======User Objects====== End\n");

@@ -1,151 +1,247 @@
-// The object indexer: positions and counts by class.
+// The object indexer against a walk through plain rows, and what a walk doesn't show: ids that are not drawn, missing
+// objects, long rows, the dump.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <random>
 #include <vector>
 
+#include "share/objects/object_indexer.h"
 #include "tests/objects/dumped.h"
-#include "tests/objects/indexed_nodes.h"
+#include "tests/objects/loaded_object.h"
+#include "tests/objects/test_document.h"
+#include "tests/scratch.h"
 
 namespace {
 
 using namespace kvtest;
-using Node = IndexedNode;
 
-CRuntimeClass RecordNamed(LPCSTR name) { return {name, 0, CRuntimeClass::kNoSchema, nullptr, nullptr}; }
+// A node whose run-time class for the indexer, and whose own name for it, can be chosen.
+class Node : public QFObject {
+ public:
+  explicit Node(CRuntimeClass* record = RUNTIME_CLASS(QFObject), const CString& name = CString())
+      : m_record(record), m_name(name) {}
+  CRuntimeClass* GetRuntimeClassForAutoIndexing() override { return m_record; }
+  CString GetRegisterNodeName() override { return m_name; }
 
-class Indexer : public testing::Test {
- protected:
-  // A node that got that id.
-  Node& Add(DWORD id, CRuntimeClass* record = RUNTIME_CLASS(QFObject), const CString& name = CString()) {
-    Node& node = Make(id, record, name);
-    m_helper.AddObj(&node);
-    return node;
+ private:
+  CRuntimeClass* m_record;
+  CString m_name;
+};
+
+struct Entry {
+  std::u16string name;
+  std::vector<DWORD> ids;
+  int references = 0;
+};
+
+// The indexer by walking rows. Several entries may have one name.
+struct Model {
+  std::vector<Entry> entries;
+
+  Entry* First(const std::u16string& name) {
+    for (Entry& entry : entries)
+      if (entry.name == name) return &entry;
+    return nullptr;
   }
-  Node& Make(DWORD id, CRuntimeClass* record = RUNTIME_CLASS(QFObject), const CString& name = CString()) {
-    m_nodes.push_back(std::make_unique<Node>(record, name));
-    m_document.nextId = id;
-    EXPECT_EQ(m_nodes.back()->GetObjectId(), id);
-    return *m_nodes.back();
+  void Add(const std::u16string& name, DWORD id) {
+    if (!First(name)) entries.push_back({name, {}, 0});
+    ++First(name)->references;
+    First(name)->ids.push_back(id);
   }
-  void ExpectEntries(const Entries& entries) { EXPECT_EQ(StoredObject(m_helper), HelperBytes(entries)); }
-
-  TestDocument m_document;
-  std::vector<std::unique_ptr<Node>> m_nodes;
-  QFObjectIndexerHelper m_helper;
+  bool Replace(const std::u16string& name, DWORD oldId, DWORD newId) {
+    bool done = false;
+    for (Entry& entry : entries) {
+      const auto found = std::find(entry.ids.begin(), entry.ids.end(), oldId);
+      if (entry.name != name || found == entry.ids.end()) continue;
+      *found = newId;
+      done = true;
+    }
+    return done;
+  }
+  int Find(const std::u16string& name, DWORD id) {
+    for (const Entry& entry : entries) {
+      const auto found = std::find(entry.ids.begin(), entry.ids.end(), id);
+      if (entry.name == name && found != entry.ids.end()) return int(found - entry.ids.begin());
+    }
+    return -1;
+  }
+  void Release(const std::u16string& name) {
+    for (Entry& entry : entries)
+      if (entry.name == name && entry.references != 0) --entry.references;
+  }
+  void Clear() {
+    for (Entry& entry : entries)
+      if (!entry.ids.empty() && entry.references <= 0) entry = {entry.name, {}, 0};
+  }
+  void Correct(const std::u16string& counted, int count) {
+    for (Entry& entry : entries)
+      if (!entry.name.empty() && entry.name != u"QFToolStation" && entry.name != u"QFActiveToolSet")
+        entry.references = entry.name == counted ? count : 0;
+  }
+  // A helper with these entries, as it is stored.
+  std::string Bytes() const {
+    RecordBytes bytes;
+    bytes.NewClass("QFObjectIndexerHelper", 2).Class(1).NewClass("QFBaseObject", 2).Word(int(entries.size()));
+    for (const Entry& entry : entries) {
+      if (&entry == &entries.front()) {
+        bytes.NewClass("QFObjectIndexer", 2);
+      } else {
+        bytes.Class(4);
+      }
+      bytes.Class(4).Class(3).Text(entry.name).Dword(unsigned(entry.ids.size()));
+      for (const DWORD id : entry.ids) bytes.Dword(id);
+      bytes.Raw(entry.references);
+    }
+    return bytes.Get();
+  }
 };
 
 }  // namespace
 
-TEST_F(Indexer, NewNodeDrawsItsIdOnlyWhereItIsListed) {
-  m_document.nextId = 11;
-  Node node, other(nullptr, _T("Other"));
-  EXPECT_EQ(m_helper.FindIndex(&node), -1);
-  m_helper.AddObj(&node);
-  m_document.nextId = 12;
-  EXPECT_EQ(node.GetObjectId(), 11u);
-  EXPECT_EQ(m_helper.FindIndex(&other), -1);
-  EXPECT_EQ(other.GetObjectId(), 12u) << "not 11: the search drew none";
+TEST(Indexer, RandomOperationsAsByWalking) {
+  std::mt19937 random(PrintedSeed());
+  TestDocument document;
+  CRuntimeClass foreign = {"Fr\xC3\xA4ser", 0, CRuntimeClass::kNoSchema, nullptr, nullptr};
+  CRuntimeClass station = {"QFToolStation", 0, CRuntimeClass::kNoSchema, nullptr, nullptr};
+  // The first three by their own names, case counting; the others by their run-time classes.
+  const std::vector<std::u16string> names = {u"Hole", u"hole", u"QFActiveToolSet", u"Fr\u00E4ser", u"QFToolStation"};
+  for (int round = 0; round < 60; ++round) {
+    // Half of the helpers come from documents in which names stand twice.
+    Model model;
+    if (round % 2 == 0)
+      model.entries = {{u"Hole", {1, 2, 1}, 2}, {u"", {5}, 1}, {u"Hole", {2, 3}, -1}, {u"hole", {}, 0}};
+    auto helper = LoadedObject<QFObjectIndexerHelper>(model.Bytes());
+    const DWORD idRange = round % 3 == 0 ? 5 : 300;  // few ids: duplicates
+    const auto node = [&](std::size_t name, DWORD id) {
+      document.nextId = id;
+      CRuntimeClass* const record = name == 3 ? &foreign : name == 4 ? &station : RUNTIME_CLASS(QFObject);
+      auto made = std::make_unique<Node>(record, name < 3 ? CString(names[name]) : CString());
+      made->GetObjectId();
+      return made;
+    };
+    for (int step = 0; step < 500; ++step) {
+      const std::size_t name = random() % names.size(), registered = random() % names.size();
+      const DWORD id = 1 + random() % idRange, other = 1 + random() % idRange;
+      const auto object = node(name, id);
+      switch (random() % 16) {
+        case 0:
+          object->SetRegNameForAutoIndexing(CString(names[registered]));
+          helper->ReleaseIndexer(object.get());
+          model.Release(names[registered]);
+          break;
+        case 1:
+          if (step % 10 != 0) break;
+          helper->ClearUnusedIndexers();
+          model.Clear();
+          break;
+        case 2:
+          if (step % 10 == 0) helper = LoadedObject<QFObjectIndexerHelper>(StoredObject(*helper));
+          if (step % 50 != 0) break;
+          helper->RemoveAll();
+          model.entries.clear();
+          break;
+        case 3: {
+          if (step % 10 != 0) break;
+          std::map<CString, int> counts;
+          helper->CorrectIndexersReferences(counts);  // an empty map changes nothing
+          ASSERT_EQ(StoredObject(*helper), model.Bytes());
+          counts = {{CString(names[registered]), 7}};
+          helper->CorrectIndexersReferences(counts);
+          model.Correct(names[registered], 7);
+          ASSERT_EQ(counts.contains(CString(names[1])), registered == 1 || model.First(names[1]) != nullptr);
+          break;
+        }
+        case 4:
+        case 5: {
+          const auto fresh = node(name, other);
+          helper->ReplaceObj(object.get(), fresh.get());
+          ASSERT_EQ(!fresh->GetRegNameForAutoIndexing().IsEmpty(), model.Replace(names[name], id, other));
+          break;
+        }
+        case 6:
+        case 7:
+        case 8:
+        case 9:
+          helper->AddObj(object.get());
+          ASSERT_EQ(object->GetRegNameForAutoIndexing(), CString(names[name]));
+          model.Add(names[name], id);
+          break;
+        default: ASSERT_EQ(helper->FindIndex(object.get()), model.Find(names[name], id)) << "id " << id;
+      }
+    }
+    ASSERT_EQ(StoredObject(*helper), model.Bytes());
+  }
 }
 
-TEST_F(Indexer, NameOfItsOwnReplacesTheRuntimeClass) {
-  const std::string longName(70, 'n');
-  CRuntimeClass longRecord = RecordNamed(longName.c_str()), foreign = RecordNamed("Fr\xC3\xA4ser");
-  Add(1, nullptr, _T("Setup"));
-  Add(2, RUNTIME_CLASS(QFObject), _T("setup"));  // case counts
-  Add(3, &longRecord);
-  Add(4, &foreign);
-  Node& again = Add(5, &longRecord);
-  EXPECT_EQ(m_helper.FindIndex(&again), 1);
-  ExpectEntries(
-      {{u"Setup", {1}, 1}, {u"setup", {2}, 1}, {std::u16string(70, u'n'), {3, 5}, 2}, {u"Fr\u00E4ser", {4}, 1}});
+// By walking, these would take some 10^10 steps each.
+TEST(Indexer, TimeOfACallDoesNotGrowWithTheRow) {
+  constexpr DWORD kCount = 200'000;
+  TestDocument document;
+  QFObjectIndexerHelper helper;
+  Node node, same;
+  for (DWORD id = 1; id <= kCount; ++id) {
+    document.nextId = id;
+    node.Invalidate();
+    helper.AddObj(&node);
+    ASSERT_EQ(helper.FindIndex(&node), int(id - 1));
+  }
+  document.nextId = kCount;
+  same.GetObjectId();
+  for (DWORD id = kCount - 1; id > 0; --id) {  // every place gets one and the same id, from the end on
+    document.nextId = id;
+    node.Invalidate();
+    helper.ReplaceObj(&node, &same);
+    ASSERT_EQ(helper.FindIndex(&same), int(id - 1));
+  }
 }
 
-TEST_F(Indexer, MissingObjectsAndClassesHaveNoEffect) {
-  Node nameless(nullptr);
-  m_helper.AddObj(nullptr);
-  m_helper.AddObj(&nameless);
-  m_helper.ReleaseIndexer(nullptr);
-  m_helper.ReplaceObj(nullptr, &nameless);
-  m_helper.ReplaceObj(&nameless, &nameless);
-  EXPECT_EQ(m_helper.FindIndex(nullptr), -1);
-  EXPECT_EQ(m_helper.FindIndex(&nameless), -1);
-  ExpectEntries({});
-  Node& node = Add(1);
-  m_helper.ReplaceObj(&node, nullptr);
-  m_helper.ReleaseIndexer(&nameless);  // its registered name is empty, and so is no entry's
-  ExpectEntries({{u"QFObject", {1}, 1}});
+TEST(Indexer, NewNodeDrawsItsIdOnlyWhereItIsListed) {
+  TestDocument document;
+  QFObjectIndexerHelper helper;
+  document.nextId = 11;
+  Node node, other(nullptr, _T("Other")), late;
+  EXPECT_EQ(helper.FindIndex(&node), -1);
+  helper.AddObj(&node);
+  EXPECT_EQ(helper.FindIndex(&other), -1);
+  EXPECT_EQ(document.nextId, 12u) << "the searches drew none";
+  helper.ReleaseIndexer(&node);
+  helper.ClearUnusedIndexers();
+  EXPECT_EQ(helper.FindIndex(&late), -1);
+  EXPECT_EQ(document.nextId, 12u) << "nor does an emptied class";
 }
 
-TEST_F(Indexer, ReleasingKeepsPositionsAndGoesByTheRegisteredName) {
-  CRuntimeClass tool = RecordNamed("Tool");
-  Node& first = Add(1);
-  Node& second = Add(2);
-  Add(3, &tool);
-  first.m_record = &tool;
-  m_helper.ReleaseIndexer(&first);
-  EXPECT_EQ(m_helper.FindIndex(&second), 1);
-  ExpectEntries({{u"QFObject", {1, 2}, 1}, {u"Tool", {3}, 1}});
-  for (int i = 0; i < 3; ++i) m_helper.ReleaseIndexer(&second);
-  ExpectEntries({{u"QFObject", {1, 2}, 0}, {u"Tool", {3}, 1}});
-  EXPECT_EQ(m_helper.FindIndex(&second), 1);
-  m_helper.ClearUnusedIndexers();
-  ExpectEntries({{u"QFObject", {}, 0}, {u"Tool", {3}, 1}});
-  EXPECT_EQ(m_helper.FindIndex(&second), -1);
-  Node fresh;
-  m_document.nextId = 8;
-  EXPECT_EQ(m_helper.FindIndex(&fresh), -1) << "an empty class draws no id";
-  EXPECT_EQ(m_document.nextId, 8u);
-  Add(9);
-  EXPECT_EQ(m_helper.FindIndex(m_nodes.back().get()), 0);
-  m_helper.RemoveAll();
-  ExpectEntries({});
-  EXPECT_EQ(m_helper.FindIndex(&second), -1);
+TEST(Indexer, MissingObjectsAndClassesHaveNoEffect) {
+  TestDocument document;
+  QFObjectIndexerHelper helper;
+  Node node, nameless(nullptr);
+  helper.AddObj(&node);
+  helper.AddObj(nullptr);
+  helper.AddObj(&nameless);
+  helper.ReleaseIndexer(nullptr);
+  helper.ReleaseIndexer(&nameless);  // its registered name is empty, and so is no entry's
+  helper.ReplaceObj(nullptr, &nameless);
+  helper.ReplaceObj(&nameless, &nameless);
+  helper.ReplaceObj(&node, nullptr);
+  EXPECT_EQ(helper.FindIndex(nullptr), -1);
+  EXPECT_EQ(helper.FindIndex(&nameless), -1);
+  const Model expected = {{{u"QFObject", {1}, 1}}};
+  EXPECT_EQ(StoredObject(helper), expected.Bytes());
 }
 
-TEST_F(Indexer, ReplacedObjectHandsItsPlaceOver) {
-  Node& old = Add(1);
-  Add(2);
-  Add(1);
-  Node& fresh = Make(3);
-  Node& stranger = Make(99);
-  stranger.SetRegNameForAutoIndexing(_T("kept"));
-  m_helper.ReplaceObj(&stranger, &fresh);
-  EXPECT_EQ(fresh.GetRegNameForAutoIndexing(), _T(""));
-  m_helper.ReplaceObj(&old, &fresh);
-  ExpectEntries({{u"QFObject", {3, 2, 1}, 3}});
-  EXPECT_EQ(fresh.GetRegNameForAutoIndexing(), _T("QFObject"));
-  EXPECT_EQ(m_helper.FindIndex(&fresh), 0);
-  EXPECT_EQ(m_helper.FindIndex(&old), 2) << "the second place of the id that was there twice";
-  m_helper.ReplaceObj(&old, &stranger);
-  m_helper.ReplaceObj(&old, &fresh);
-  ExpectEntries({{u"QFObject", {3, 2, 99}, 3}});
-  EXPECT_EQ(m_helper.FindIndex(&old), -1);
-}
-
-TEST_F(Indexer, CountsAreCorrectedByClass) {
-  std::map<CString, int> counts;
-  for (LPCTSTR name : {_T("QFToolStation"), _T("QFActiveToolSet"), _T("Hole"), _T("Slot")}) Add(1, nullptr, name);
-  m_helper.CorrectIndexersReferences(counts);
-  EXPECT_TRUE(counts.empty());
-  counts = {{_T("Hole"), 5}, {_T("QFToolStation"), 6}, {_T("hole"), 7}};
-  m_helper.CorrectIndexersReferences(counts);
-  ExpectEntries({{u"QFToolStation", {1}, 1}, {u"QFActiveToolSet", {1}, 1}, {u"Hole", {1}, 5}, {u"Slot", {1}, 0}});
-  EXPECT_EQ(counts.size(), 4u);
-  EXPECT_EQ(counts.at(_T("Slot")), 0);
-  m_helper.ClearUnusedIndexers();
-  ExpectEntries({{u"QFToolStation", {1}, 1}, {u"QFActiveToolSet", {1}, 1}, {u"Hole", {1}, 5}, {u"Slot", {}, 0}});
-}
-
-TEST_F(Indexer, DumpsEveryEntry) {
-  Add(1);
-  m_helper.DumpData(nullptr);
-  const std::string text = Dumped([&](FILE* file) { m_helper.DumpData(file); });
+TEST(Indexer, DumpsEveryEntry) {
+  TestDocument document;
+  QFObjectIndexerHelper helper;
+  Node node;
+  helper.AddObj(&node);
+  helper.DumpData(nullptr);
   const std::string rule = "============================";
-  EXPECT_EQ(text, "\n" + rule + " QFObjectIndexerHelper Start ====" + rule +
-                      "\n\nDumping for m_ObjIndexerList Start\n\n m_ObjIndexerList Total Items : 1\n"
-                      "\n m_ObjIndexerList count: 0\n\n" +
-                      rule + " QFObjectIndexer Start ====" + rule +
-                      "\n\n m_className: QFObject\n m_nIndexReferences: 1\n" + rule + " QFObjectIndexer End ====" +
-                      rule + "\n\nDumping for m_ObjIndexerList End\n\n m_nObjectSchemaNumber: 2\n" + rule +
-                      " QFObjectIndexerHelper End ====" + rule + "\n");
+  EXPECT_EQ(Dumped([&](FILE* file) { helper.DumpData(file); }),
+            "\n" + rule + " QFObjectIndexerHelper Start ====" + rule +
+                "\n\nDumping for m_ObjIndexerList Start\n\n m_ObjIndexerList Total Items : 1\n"
+                "\n m_ObjIndexerList count: 0\n\n" +
+                rule + " QFObjectIndexer Start ====" + rule + "\n\n m_className: QFObject\n m_nIndexReferences: 1\n" +
+                rule + " QFObjectIndexer End ====" + rule +
+                "\n\nDumping for m_ObjIndexerList End\n\n m_nObjectSchemaNumber: 2\n" + rule +
+                " QFObjectIndexerHelper End ====" + rule + "\n");
 }

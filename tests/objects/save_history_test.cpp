@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <regex>
 #include <vector>
 
 #include "companions/geometry/constants.h"
@@ -56,71 +55,33 @@ class History : public testing::Test {
 
 }  // namespace
 
-TEST_F(History, VersionsFromBeforeItAreKnownByTheirStorageVersion) {
+TEST_F(History, ReleasesFromBeforeItAreKnownByStorageVersionAndBuild) {
   const struct {
     float storage;
-    bool before;
-    LPCTSTR major;
-  } rows[] = {
-      {5.9f, true, _T("")},          {6.0f, true, _T("99")},       {7.0f, true, _T("2000")},  {8.0f, true, _T("2001")},
-      {8.2f, true, _T("2001Plus")},  {9.0f, true, _T("2001Plus")}, {10.1f, true, _T("2003")}, {11.2f, true, _T("2004")},
-      {12.0f, true, _T("2004Plus")}, {13.0f, true, _T("2005")},    {13.1f, false, _T("")},    {38.0f, false, _T("")},
-  };
-  for (const auto& row : rows) {
-    CString major(_T("?"));
-    EXPECT_EQ(FindVersionBeforeHistory(row.storage, major), row.before) << row.storage;
-    EXPECT_EQ(major, row.major) << row.storage;
-  }
-}
-
-TEST_F(History, OldVersionsAreLookedUpByVersionAndBuild) {
-  const struct {
     LPCTSTR major;
     LPCTSTR build;
-    double storage;
     LPCTSTR servicePack;
   } rows[] = {
-      {_T("2005"), _T("2005/0101"), 13.0, _T("Pre-release2")},
-      {_T("2004Plus"), _T(""), 12.0, _T("Beta1")},
-      {_T("2004"), _T("2004/0811"), 11.199999809265137, _T("SP3")},
-      {_T("2004"), _T("2004/0517"), 11.199999809265137, _T("SP2.1")},
-      {_T("2004"), _T("2004/0316"), 11.199999809265137, _T("SP2")},
-      {_T("2004"), _T("2004/0225"), 11.199999809265137, _T("SP1.1")},
-      {_T("2004"), _T("2004/0206"), 11.199999809265137, _T("SP1")},
-      {_T("2004"), _T("2004/0515"), 11.199999809265137, _T("SP0")},
-      {_T("2004"), _T("2003/1013"), 11.199999809265137, _T("SP0")},
-      {_T("2003"), _T("2003/1013"), 10.100000381469727, _T("SP4")},
-      {_T("2003"), _T("2003/0904"), 10.100000381469727, _T("SP3.1")},
-      {_T("2003"), _T("2003/0808"), 10.100000381469727, _T("SP3")},
-      {_T("2003"), _T("2003/0807"), 10.100000381469727, _T("SP2.1")},
-      {_T("2003"), _T("2003/0715"), 10.100000381469727, _T("SP2")},
-      {_T("2003"), _T("2003/0721"), 10.100000381469727, _T("SP2")},
-      {_T("2003"), _T("2003/0529"), 10.100000381469727, _T("SP1")},
-      {_T("2003"), _T(""), 10.100000381469727, _T("SP0")},
-      {_T("2001Plus"), _T("2003/0211"), 8.199999809265137, _T("SP6")},
-      {_T("2001Plus"), _T("2002/1219"), 8.199999809265137, _T("SP5")},
-      {_T("2001Plus"), _T("2002/0830"), 8.199999809265137, _T("SP4")},
-      {_T("2001Plus"), _T("2002/0624"), 8.199999809265137, _T("SP3")},
-      {_T("2001Plus"), _T("2002/0521"), 8.199999809265137, _T("SP2")},
-      {_T("2001Plus"), _T("2002/0403"), 8.199999809265137, _T("SP1")},
-      {_T("2001Plus"), _T("2002/0404"), 8.199999809265137, _T("SP0")},
-      {_T("2001"), _T("2003/0211"), 8.0, _T("-")},
-      {_T("2000"), _T(""), 7.0, _T("-")},
-      {_T("99"), _T(""), 6.0, _T("-")},
-      {_T("1999"), _T(""), 6.0, _T("-")},
-      {_T("2001plus"), _T("2003/0211"), -1.0, _T("-")},
-      {_T("2024"), _T("2024/0826"), -1.0, _T("-")},
+      {13.0f, _T("2005"), _T("2005/0101"), _T("Pre-release2")}, {11.2f, _T("2004"), _T("2004/0811"), _T("SP3")},
+      {11.2f, _T("2004"), _T("2003/1013"), _T("SP0")},          {10.1f, _T("2003"), _T("2003/0721"), _T("SP2")},
+      {8.2f, _T("2001Plus"), _T("2002/0403"), _T("SP1")},       {6.0f, _T("99"), _T(""), _T("-")},
   };
+  CString major;
   for (const auto& row : rows) {
     QFDocSrHistory record(row.major, row.build, _T("eve"), _T("then"));
-    SCOPED_TRACE(ToUtf8(CString(row.major) + _T(" ") + row.build));
-    EXPECT_EQ(record.GetStorageVersionNumber(), row.storage);
+    EXPECT_EQ(record.GetStorageVersionNumber(), double(row.storage));
     EXPECT_EQ(ToUtf8(record.GetServicePack()), ToUtf8(CString(row.servicePack)));
     EXPECT_EQ(record.GetMajorVersion(), row.major);
     EXPECT_EQ(record.InitForCurrentInfo(), 0) << "it is locked";
+    EXPECT_TRUE(FindVersionBeforeHistory(row.storage, major));
+    EXPECT_EQ(major, row.major);
   }
+  EXPECT_TRUE(FindVersionBeforeHistory(5.9, major));
+  EXPECT_EQ(major, _T("")) << "older than all that are known";
+  EXPECT_FALSE(FindVersionBeforeHistory(13.1, major));
+  const QFDocSrHistory unknown(_T("2001plus"), _T("2003/0211"), _T("u"), _T("d"));
+  EXPECT_EQ(unknown.GetStorageVersion() + unknown.GetServicePack(), _T(" -1.00-"));
   EXPECT_EQ(QFDocSrHistory(_T(""), _T("b"), _T("u"), _T("d")).GetMajorVersion(), _T("98 or before"));
-  EXPECT_EQ(QFDocSrHistory(_T("2004"), _T("b"), _T("u"), _T("d")).GetStorageVersion(), _T(" 11.20"));
 }
 
 TEST_F(History, OldDocumentGetsOneRecordUnlessItHasAny) {
@@ -130,11 +91,8 @@ TEST_F(History, OldDocumentGetsOneRecordUnlessItHasAny) {
   EXPECT_EQ(manager.AddHistoryForOldVersion(_T("2005"), _T("x"), _T("adam"), _T("later")), 1);
   ASSERT_EQ(Records(manager).size(), 1u);
   const QFDocSrHistory& record = *manager.GetLastHistoryObject();
-  EXPECT_EQ(record.GetMajorVersion(), _T("2003"));
-  EXPECT_EQ(record.GetBuildCode(), _T("2003/0721"));
-  EXPECT_EQ(record.GetUser(), _T("eve"));
-  EXPECT_EQ(record.GetDateAndTime(), _T("then"));
-  EXPECT_EQ(record.GetNumSaves(), _T("1"));
+  EXPECT_EQ(record.GetMajorVersion() + record.GetBuildCode(), _T("20032003/0721"));
+  EXPECT_EQ(record.GetUser() + record.GetDateAndTime() + record.GetNumSaves(), _T("evethen1"));
   StoredObject(manager);
   EXPECT_EQ(Saves(manager), "1 2 ");
   manager.DestroyHistory();
@@ -149,8 +107,7 @@ TEST_F(History, SaveRecordsThePresentBuildAndUser) {
   const std::string bytes = StoredObject(manager);
   ASSERT_EQ(Records(manager).size(), 1u);
   const QFDocSrHistory& record = *manager.GetLastHistoryObject();
-  const std::string stamp = ToUtf8(record.GetDateAndTime());
-  EXPECT_TRUE(std::regex_match(stamp, std::regex(R"(\d\d/\d\d/\d{4}::\d\d:\d\d)"))) << stamp;
+  EXPECT_FALSE(record.GetDateAndTime().IsEmpty());
   HistoryFields expected = Present();
   expected.dateAndTime = record.GetDateAndTime().View();
   expected.saves = 2;  // required, though it is the first
@@ -195,10 +152,8 @@ TEST_F(History, RecordUnlocksOnlyForTheCombinationThatWroteIt) {
     int expected;
   } rows[] = {
       {Present(), 1},
-      {with([](HistoryFields& f) { f.storage = 38.0 + 0.9 * RESABS; }), 1},
       {with([](HistoryFields& f) { f.storage = 38.0 - 0.9 * RESABS; }), 1},
       {with([](HistoryFields& f) { f.storage = 38.0 + 1.1 * RESABS; }), 0},
-      {with([](HistoryFields& f) { f.storage = 37.0; }), 0},
       {with([](HistoryFields& f) { f.storage = std::numeric_limits<double>::quiet_NaN(); }), 0},
       {with([](HistoryFields& f) { f.major = u"2023"; }), 0},
       {with([](HistoryFields& f) { f.servicePack = u"SP3"; }), 0},
@@ -237,12 +192,11 @@ TEST_F(History, EditionComesFromTheRunningProduct) {
   EXPECT_NE(StoredObject(record).find(RecordBytes().Text(u"Mill Pro 2024 SP4").Get()), std::string::npos)
       << "filled in once";
   RegSettingDeleteValue(HKEY_CURRENT_USER, kVersionDebugKey, _T("EnableKVTarnel"));
-  const char* const names[] = {"Unknown", "Mill", "Turn", "Mill-Turn", "WireEDM", "Unknown"};
-  for (int module = 0; module < 6; ++module) {
-    SetRunningModule(module);
-    EXPECT_EQ(ToUtf8(GetRunningModuleName()), names[module]);
-    EXPECT_EQ(GetRunningModule(), module);
-  }
+  SetRunningModule(KV_MODULE_MILL);
+  EXPECT_EQ(GetRunningModule(), KV_MODULE_MILL);
+  EXPECT_EQ(GetRunningModuleName(), _T("Mill"));
+  SetRunningModule(5);
+  EXPECT_EQ(GetRunningModuleName(), _T("Unknown"));
   SetRunningModule(-1);
   EXPECT_EQ(GetRunningModuleName(), _T("Unknown"));
 }

