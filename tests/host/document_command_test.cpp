@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
+#include <set>
 
 #include "tests/host/run_command.h"
 
@@ -43,36 +44,26 @@ TEST_F(DocumentCommand, ShowsATree) {
                  ""}));
 }
 
-TEST_F(DocumentCommand, NewIsDecidedByItsSeed) {
-  const auto nodes = [&](const char* name) {
-    return nlohmann::json::parse(Run({"show", "--json", File(name)}).out)["nodes"];
+TEST_F(DocumentCommand, NewIsDecidedByItsOptions) {
+  const auto made = [&](const char* seed) {
+    Make("a.kvdoc", {"--nodes", "500", "--seed", seed, "--units", "inch", "--force"});
+    return nlohmann::json::parse(Run({"show", "--json", File("a.kvdoc")}).out);
   };
-  Make("a.kvdoc", {"--nodes", "500", "--seed", "3"});
-  Make("b.kvdoc", {"--nodes", "500", "--seed", "3"});
-  Make("c.kvdoc", {"--nodes", "500", "--seed", "4"});
-  const auto a = nodes("a.kvdoc");
-  EXPECT_EQ(a, nodes("b.kvdoc"));
-  EXPECT_NE(a, nodes("c.kvdoc"));
-  ASSERT_EQ(a.size(), 500u);
-  std::map<std::string, int> classes, states;
+  const auto a = made("3");
+  EXPECT_EQ(a, made("3"));
+  EXPECT_NE(a, made("4"));
+  EXPECT_EQ(a["units"], "inch");
+  EXPECT_NE(a["nodes"][0]["facts"].get<std::string>().find("in, length"), std::string::npos);
+  ASSERT_EQ(a["nodes"].size(), 500u);
+  std::set<std::string> met;
   int with_tool = 0;
-  for (const auto& node : a) {
-    ++classes[node["class"]];
-    ++states[node["state"]];
+  for (const auto& node : a["nodes"]) {
+    met.insert({node["class"], node["state"]});
     with_tool += node.contains("tool") && !node["tool"].is_null();
   }
-  for (const char* name : {"HostTool", "HostSetup", "HostFeature", "HostOperation", "HostDrilling"})
-    EXPECT_GT(classes[name], 0) << name;
-  for (const char* state : {"active", "suppressed", "recycled", "locked"}) EXPECT_GT(states[state], 0) << state;
+  EXPECT_EQ(met, (std::set<std::string>{"HostDrilling", "HostFeature", "HostOperation", "HostSetup", "HostTool",
+                                        "active", "locked", "recycled", "suppressed"}));
   EXPECT_GT(with_tool, 100);
-}
-
-TEST_F(DocumentCommand, UnitsAreTheDocuments) {
-  Make("a.kvdoc", {"--nodes", "40", "--units", "inch"});
-  const auto json = nlohmann::json::parse(Run({"show", "--json", File("a.kvdoc")}).out);
-  EXPECT_EQ(json["units"], "inch");
-  EXPECT_EQ(json["storageVersion"], 38.0);
-  EXPECT_NE(json["nodes"][0]["facts"].get<std::string>().find("in, length"), std::string::npos);
 }
 
 TEST_F(DocumentCommand, ConvertKeepsAllNodesAndAddsToTheHistory) {
@@ -85,7 +76,6 @@ TEST_F(DocumentCommand, ConvertKeepsAllNodesAndAddsToTheHistory) {
   ASSERT_EQ(history.size(), 1u) << history;
   EXPECT_EQ(history[0]["version"], "2024");
   EXPECT_EQ(history[0]["saves"], 3) << "a record starts at 1";
-  EXPECT_EQ(history[0]["storageVersion"], 38.0);
   EXPECT_TRUE(Run({"history", File("b.kvdoc")}).out.starts_with("2024 SP4 build 2024/0826, storage version 38.00: 3 "));
 }
 
@@ -98,7 +88,6 @@ TEST_F(DocumentCommand, DumpPrintsEveryObject) {
     return found;
   };
   EXPECT_EQ(count("= QFObject Start ="), 31) << "the document and its nodes";
-  EXPECT_EQ(count("= HostDocument Start ="), 1);
   EXPECT_EQ(count("= QFObjectIndexerHelper Start ="), 1);
   EXPECT_EQ(count("= QFDocSrHistory Start ="), 1);
   EXPECT_EQ(count("= HostTool Start ="), 5);
@@ -146,16 +135,9 @@ TEST_F(DocumentCommand, OutputThatAFullDiskDidNotTakeIsAFailure) {
 }
 
 TEST_F(DocumentCommand, RefusesWrongUsage) {
-  for (const std::vector<std::string>& arguments :
-       std::vector<std::vector<std::string>>{{},
-                                             {"show"},
-                                             {"new", "a", "--nodes", "-1"},
-                                             {"new", "a", "--units", "m"},
-                                             {"new", "a", "--seed", "-1"},
-                                             {"new", "a", "--seed", "18446744073709551616"},
-                                             {"convert", "a"},
-                                             {"open", "a"}})
-    EXPECT_EQ(Run(arguments).exit_code, 2);
+  for (const char* option : {"--nodes=-1", "--units=m", "--seed=-1", "--seed=18446744073709551616"})
+    EXPECT_EQ(Run({"new", "a", option}).exit_code, 2) << option;
+  EXPECT_EQ(Run({"convert", "a"}).exit_code, 2);
 }
 
 }  // namespace

@@ -42,6 +42,9 @@ TEST_F(DocumentNodes, SayWhatMayBeDoneToThem) {
   drilling_.LockThis();
   EXPECT_EQ(drilling_.CanSuppress(), 0) << "locked";
   EXPECT_EQ(document_.CanSuppress() + document_.CanLock(), 0);
+  EXPECT_EQ(operation_.IsDirtyOnStockChange(), 0);
+  operation_.GetFlag()->SetFlag();
+  EXPECT_EQ(operation_.IsDirtyOnStockChange(), 1);
 }
 
 TEST_F(DocumentNodes, LeaveTheirToolAndAreLeftByIt) {
@@ -56,16 +59,6 @@ TEST_F(DocumentNodes, LeaveTheirToolAndAreLeftByIt) {
     drilling_.SetTool(&third);
   }
   EXPECT_EQ(drilling_.Tool(), nullptr) << "the tool is gone";
-}
-
-TEST_F(DocumentNodes, RaiseAFlagWhenTheStockHasChanged) {
-  EXPECT_EQ(operation_.IsDirtyOnStockChange(), 0);
-  EXPECT_EQ(feature_.GetFlag(), nullptr);
-  ASSERT_NE(operation_.GetFlag(), nullptr);
-  operation_.GetFlag()->SetFlag();
-  EXPECT_EQ(operation_.IsDirtyOnStockChange(), 1);
-  operation_.ResetFlagForStockChange();
-  EXPECT_EQ(operation_.IsDirtyOnStockChange(), 0);
 }
 
 TEST_F(DocumentNodes, ClonesAreLikeTheirOriginal) {
@@ -106,7 +99,6 @@ TEST_F(DocumentNodes, FeaturesAreComparedByProfileAndDepth) {
       {{{1, 1}, {0, 0}}, 0, PARTIAL_MATCH_SUBSET},
       {{{0, 0}, {5, 5}}, 0, PARTIAL_PROFILE_MATCH},
       {{{0, 0}, {5, 5}, {6, 6}}, 0, NO_MATCH},
-      {{}, 0, NO_MATCH},
   };
   for (const auto& c : kCases) {
     HostFeature other;

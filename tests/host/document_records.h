@@ -6,8 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "framework/stream_file.h"
 #include "host/document/document_header.h"
-#include "platform/storage.h"
+#include "platform/paths.h"
 #include "tests/objects/record_bytes.h"
 
 namespace kvtest {
@@ -163,13 +164,26 @@ inline std::string HeaderBytes(const std::string& objects, const std::string& hi
   return RecordBytes(bytes).Dword(ReferenceChecksum(bytes.Get())).Get();
 }
 
+// The bytes of a stream of a document's file.
+inline std::string StreamOf(const std::string& path, LPCTSTR name) {
+  IStorage* root = nullptr;
+  IStream* stream = nullptr;
+  const auto product = ProductPathFromSystem(path);
+  EXPECT_EQ(StgOpenStorage(product.c_str(), nullptr, STGM_READ | STGM_SHARE_DENY_WRITE, nullptr, 0, &root), S_OK);
+  EXPECT_EQ(root->OpenStream(name, nullptr, STGM_READ | STGM_SHARE_EXCLUSIVE, 0, &stream), S_OK);
+  COleStreamFile file(stream);
+  std::string bytes(std::size_t(file.GetLength()), '\0');
+  EXPECT_EQ(file.Read(bytes.data(), UINT(bytes.size())), bytes.size());
+  root->Release();
+  return bytes;
+}
+
 // Writes a compound file with the streams; one that is null is left out.
 inline void WriteDocumentFile(const std::string& path, const std::string* header, const std::string* objects,
                               const std::string* history) {
   constexpr DWORD kMode = STGM_READWRITE | STGM_SHARE_EXCLUSIVE | STGM_CREATE;
   IStorage* root = nullptr;
-  const std::u16string name(CString(path.c_str()).View());
-  ASSERT_EQ(StgCreateDocfile(name.c_str(), kMode, 0, &root), S_OK);
+  ASSERT_EQ(StgCreateDocfile(ProductPathFromSystem(path).c_str(), kMode, 0, &root), S_OK);
   for (const auto& [stream, bytes] : {std::pair{kestrova::kHeaderStream, header},
                                       {kestrova::kObjectsStream, objects},
                                       {kestrova::kHistoryStream, history}}) {

@@ -86,11 +86,6 @@ TEST_F(DocumentSalvage, WholeDocumentHasAllNodesAndNoFinding) {
   EXPECT_EQ(report.status, 0u);
   EXPECT_EQ(document->NodeAt(6).GetOwner(), &document->NodeAt(5));
   EXPECT_EQ(document->NodeAt(2).GetIsUsingThisObject(&document->NodeAt(5)), 1);
-  const ActiveDocument active(document.get());
-  EXPECT_EQ(document->NodeAt(0).Facts(), _T("drill, diameter 6mm, length 50mm"));
-  EXPECT_EQ(document->NodeAt(1).Facts(), _T("axis 0 0 1, turned 28.6479deg, clearance 25mm"));
-  EXPECT_EQ(document->NodeAt(2).Facts(), _T("2 points, depth 5mm"));
-  EXPECT_EQ(document->NodeAt(3).Facts(), _T("tool 1, feed 300mm/min, speed 2000/min, step 1mm, peck 2mm"));
 }
 
 TEST_F(DocumentSalvage, ArchiveCutAtEveryByteGivesTheWholeNodesAheadOfTheCut) {
@@ -116,8 +111,7 @@ TEST_F(DocumentSalvage, ArchiveCutAtEveryByteGivesTheWholeNodesAheadOfTheCut) {
   }
 }
 
-// A tool that a thousand operations use. Of most cuts the nodes that are promised would take far more memory than the
-// bytes that are left account for.
+// Of most cuts the nodes that are promised would take far more memory than the bytes that are left account for.
 TEST_F(DocumentSalvage, LargeDocumentCutShortKeepsItsFirstNodes) {
   constexpr int kOperations = 3000;
   std::vector<DocumentBytes::Node> nodes = {{"HostTool"}};
@@ -126,14 +120,12 @@ TEST_F(DocumentSalvage, LargeDocumentCutShortKeepsItsFirstNodes) {
     nodes.push_back({"HostOperation", -1, 0});
   }
   const DocumentBytes sample(nodes);
-  for (const std::size_t whole : {1, 2, 10, 100, 1000, 3000}) {
+  for (const std::size_t whole : {1, 100, 3000}) {
     LoadReport report;
     const auto document = Read(sample.Get().substr(0, sample.Ends()[whole - 1] + 3), report);
     ASSERT_EQ(document->NodeCount(), whole);
-    EXPECT_EQ(report.promised, DWORD(kOperations + 1));
     EXPECT_EQ(report.lost["HostOperation"], DWORD(kOperations + 1 - whole));
     EXPECT_EQ(document->NodeAt(0).GetCountOfUserObjects(), int(whole) - 1);
-    ExpectMendable(*document, report);
   }
 }
 
@@ -200,9 +192,8 @@ TEST_F(DocumentSalvage, UsesAreKnownOnBothSidesInWhateverOrder) {
     std::vector<DWORD> mended;
     int oneSided;
   } rows[] = {
-      {{1, 2}, {0, 0}, {1, 2}, 0}, {{2, 1}, {0, 0}, {2, 1}, 0}, {{1, 1, 2}, {0, 0}, {1, 2}, 0},
-      {{2}, {0, 0}, {2, 1}, 1},    {{1, 2}, {0, -1}, {1}, 1},   {{2, 1, 2}, {0, 0}, {2, 1}, 0},
-      {{}, {0, 0}, {1, 2}, 2},     {{1, 2}, {-1, -1}, {}, 2},
+      {{2, 1}, {0, 0}, {2, 1}, 0}, {{2}, {0, 0}, {2, 1}, 1},  {{1, 2}, {0, -1}, {1}, 1},
+      {{}, {0, 0}, {1, 2}, 2},     {{1, 2}, {-1, -1}, {}, 2}, {{2, 1, 2}, {0, 0}, {2, 1}, 0},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(testing::PrintToString(row.users) + " " + testing::PrintToString(row.tools));
@@ -233,21 +224,19 @@ TEST_F(DocumentSalvage, EndlessLabelIsCutWhereItIsTold) {
             "  Objects: HostOperation 2 \"" + std::string(80, 'n') + "...\" has 1 use that one side alone knows\n");
 }
 
-TEST_F(DocumentSalvage, RecycledNodeAheadOfItsOriginalOwnerStandsThereOnce) {
-  const DocumentBytes bytes({{"HostFeature", -1, -1, {}, 1}, {"HostFeature", -1, -1, {0}}});
-  LoadReport report;
-  const auto document = Load(bytes.Get(), DocumentLoader::Mode::kStrict, report);
-  EXPECT_EQ(document->NodeAt(0).GetOriginalOwner(), &document->NodeAt(1));
-  EXPECT_EQ(document->NodeAt(1).GetCountOfUserObjects(), 1);
-  EXPECT_EQ(report.findingCount, 0u) << FindingsText(report);
-}
-
-TEST_F(DocumentSalvage, ToolKeepsTheRecycledOperationThatItOwned) {
-  const DocumentBytes bytes({{"HostTool", -1, -1, {1}}, {"HostOperation", -1, -1, {}, 0}});
-  LoadReport report;
-  const auto document = Load(bytes.Get(), DocumentLoader::Mode::kStrict, report);
-  EXPECT_EQ(document->NodeAt(0).GetIsUsingThisObject(&document->NodeAt(1)), 1);
-  EXPECT_EQ(report.findingCount, 0u) << FindingsText(report);
+TEST_F(DocumentSalvage, RecycledNodeStaysAmongTheUsersOfItsOriginalOwnerOnce) {
+  const struct {
+    std::vector<DocumentBytes::Node> nodes;
+    DWORD owner, recycled;
+  } rows[] = {{{{"HostFeature", -1, -1, {}, 1}, {"HostFeature", -1, -1, {0}}}, 1, 0},
+              {{{"HostTool", -1, -1, {1}}, {"HostOperation", -1, -1, {}, 0}}, 0, 1}};
+  for (const auto& row : rows) {
+    LoadReport report;
+    const auto document = Load(DocumentBytes(row.nodes).Get(), DocumentLoader::Mode::kStrict, report);
+    EXPECT_EQ(document->NodeAt(row.recycled).GetOriginalOwner(), &document->NodeAt(row.owner));
+    EXPECT_EQ(document->NodeAt(row.owner).GetCountOfUserObjects(), 1);
+    EXPECT_EQ(report.findingCount, 0u) << FindingsText(report);
+  }
 }
 
 // Where a reference to a node is wanted, the bytes make a new one, which uses a node, and hold a list of another.

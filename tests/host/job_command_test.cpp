@@ -120,26 +120,9 @@ TEST_F(JobQueueTest, NothingBeginsOnceTheUserHasCancelled) {
   ToolpathCommand command(queue_, first_);
   EXPECT_EQ(command.Handle(eCommandRun, ToolpathCommand::kGenerate, first_), eThreadTerminated);
   Ask(first_, one_);
-  queue_.SetCanRunSeparateProcess(0);
+  queue_.SetCanRunSeparateProcess(0);  // jobs run on the asking thread
   Ask(second_, two_);
   EXPECT_THAT(Statuses(), testing::ElementsAre(7, 4));
-}
-
-TEST_F(JobQueueTest, RunsOnTheAskingThreadWhereItMustNotMakeOthers) {
-  queue_.SetCanRunSeparateProcess(0);
-  one_.go.release();
-  Ask(first_, one_);
-  EXPECT_THAT(Statuses(), testing::ElementsAre(1));
-}
-
-// A queue that goes waits for those that begin meanwhile too.
-TEST_F(JobQueueTest, AwaitsThoseThatFollow) {
-  Ask(first_, one_);
-  Ask(second_, two_);
-  Ask(third_, three_);
-  for (Waiting* command : {&one_, &two_, &three_}) command->go.release();
-  queue_.AwaitThreads();
-  EXPECT_THAT(Statuses(), testing::Each(1));
 }
 
 TEST(Toolpath, EndsWhateverTheNumbersAre) {
@@ -182,40 +165,31 @@ TEST(JobTable, HasColumnsAsWideAsTheirTexts) {
             " 45% Face   fitting arcs  1.2 s");
 }
 
-struct Row {
-  std::vector<std::string> options;
-  int exit_code;
-  std::vector<int> statuses;  // that every job has one of, by turns
-};
-
-class JobCommand : public testing::TestWithParam<Row> {};
-
-TEST_P(JobCommand, TellsWhatBecameOfEachJob) {
+TEST(JobCommand, ReportsWhatBecameOfEachJob) {
   const kvtest::ScratchFolder folder;
   const std::string file = (folder.Path() / "a.kvdoc").string();
   ASSERT_EQ(kvtest::RunCommand({"document", "new", file, "--nodes", "16"}).exit_code, 0);
-  std::vector<std::string> words = {"job", "run", file, "--json"};
-  words.insert(words.end(), GetParam().options.begin(), GetParam().options.end());
-  const auto result = kvtest::RunCommand(words);
-  EXPECT_EQ(result.exit_code, GetParam().exit_code) << result;
-  const Json jobs = Json::parse(result.out);
-  ASSERT_GE(jobs.size(), 2u);
-  for (std::size_t at = 0; at < jobs.size(); ++at) {
-    EXPECT_EQ(jobs[at]["status"], GetParam().statuses[at % GetParam().statuses.size()]) << jobs[at];
-    EXPECT_EQ(jobs[at]["timeTaken"].get<std::string>().empty(), GetParam().exit_code != 0);
+  const struct {
+    std::vector<std::string> options;
+    int exit_code, status;
+  } rows[] = {{{"--jobs", "2"}, 0, 1},
+              {{"--command", "recalculate", "--parents"}, 0, 1},
+              {{"--command", "fail"}, 1, 5},
+              {{"--command", "crash"}, 1, 5},
+              {{"--cancel-after", "0"}, 1, 4}};
+  for (const auto& row : rows) {
+    std::vector<std::string> words = {"job", "run", file, "--json"};
+    words.insert(words.end(), row.options.begin(), row.options.end());
+    const auto result = kvtest::RunCommand(words);
+    EXPECT_EQ(result.exit_code, row.exit_code) << result;
+    const Json jobs = Json::parse(result.out);
+    ASSERT_GE(jobs.size(), 2u);
+    for (const Json& job : jobs) {
+      EXPECT_EQ(job["status"], row.status) << row.options.back() << job;
+      EXPECT_EQ(job["timeTaken"].get<std::string>().empty(), row.exit_code != 0);
+    }
   }
 }
-
-INSTANTIATE_TEST_SUITE_P(Options, JobCommand,
-                         testing::Values(Row{{"--jobs", "2"}, 0, {1}},
-                                         Row{{"--command", "recalculate", "--parents"}, 0, {1}},
-                                         Row{{"--command", "fail"}, 1, {5}}, Row{{"--command", "crash"}, 1, {5}},
-                                         Row{{"--cancel-after", "0"}, 1, {4}}),
-                         [](const auto& row) {
-                           std::string name = row.param.options.back();
-                           std::erase(name, '-');
-                           return name;
-                         });
 
 TEST(JobCommand, RefusesWhatItDoesNotKnow) {
   EXPECT_EQ(kvtest::RunCommand({"job", "run", "none.kvdoc", "--command", "dance"}).exit_code, 2);
