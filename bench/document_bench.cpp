@@ -30,8 +30,8 @@
 #include "host/document/setup_node.h"
 #include "host/document/tool_node.h"
 #include "host/main_module.h"
-#include "share/env/document_messages.h"
-#include "share/env/version_info.h"
+#include "share/core/document_messages.h"
+#include "share/core/version_info.h"
 #include "share/objects/serialize_notify.h"
 
 // ---- the peers' node

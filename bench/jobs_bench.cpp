@@ -15,7 +15,7 @@
 #include "bench/ratio.h"
 #include "platform/clock.h"
 #include "platform/threads.h"
-#include "share/env/document_callbacks.h"
+#include "share/core/document_callbacks.h"
 #include "share/jobs/job_manager.h"
 #include "share/settings/settings_key.h"
 

@@ -12,7 +12,7 @@
 
 #include "bench/ratio.h"
 #include "platform/paths.h"
-#include "share/env/document_callbacks.h"
+#include "share/core/document_callbacks.h"
 #include "share/machine/machine.h"
 #include "share/settings/settings_key.h"
 

@@ -13,7 +13,7 @@
 #include "framework/archive.h"
 #include "framework/file.h"
 #include "framework/ob_list.h"
-#include "share/env/document_callbacks.h"
+#include "share/core/document_callbacks.h"
 #include "share/objects/object.h"
 
 namespace {

@@ -27,8 +27,8 @@
 #include <limits>
 
 #include "framework/block_pool.h"
-#include "framework/loaded_objects.h"
-#include "framework/stored_numbers.h"
+#include "framework/internal/loaded_objects.h"
+#include "framework/internal/stored_numbers.h"
 #include "platform/text.h"
 
 static_assert(std::endian::native == std::endian::little, "values are copied as they lie in memory");

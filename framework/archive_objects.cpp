@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "framework/archive.h"
-#include "framework/loaded_objects.h"
-#include "framework/stored_numbers.h"
+#include "framework/internal/loaded_objects.h"
+#include "framework/internal/stored_numbers.h"
 #include "platform/threads.h"
 
 namespace {

@@ -101,7 +101,7 @@ struct Store {
 constinit Store store;
 
 // One offset from the thread's register.
-[[gnu::tls_model("initial-exec")]] thread_local constinit Heap* t_heap = nullptr;
+KV_FAST_THREAD_LOCAL constinit Heap* t_heap = nullptr;
 
 // ---- pages
 

@@ -65,7 +65,7 @@ constexpr StatusCause kCauses[] = {
 // "FILE: TEXT", or the text alone.
 template <std::size_t N>
 std::string Message(const std::array<std::string_view, N>& texts, int cause, LPCTSTR fileName) {
-  std::string message = fileName ? ToUtf8(std::u16string_view(fileName)) : std::string();
+  std::string message = fileName ? ToUtf8(TextView(fileName)) : std::string();
   if (!message.empty()) message += ": ";
   const bool known = cause >= 0 && std::size_t(cause) < N;
   return message.append(known ? texts[std::size_t(cause)] : texts[1]);

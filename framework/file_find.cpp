@@ -8,7 +8,7 @@ BOOL CFileFind::FindFile(LPCTSTR pattern, DWORD) {
   const CString path = pattern ? pattern : _T("*.*");
   m_hContext = FindFirstFileW(path, &m_next);
   if (m_hContext == INVALID_HANDLE_VALUE) return FALSE;
-  m_strRoot = CString(path.View().substr(0, path.View().find_last_of(u"\\/:") + 1));
+  m_strRoot = CString(path.View().substr(0, path.View().find_last_of(_T("\\/:")) + 1));
   return TRUE;
 }
 
@@ -29,6 +29,6 @@ void CFileFind::Close() {
 CString CFileFind::GetFilePath() const { return m_strRoot + m_found.cFileName; }
 
 BOOL CFileFind::IsDots() const {
-  const std::u16string_view name = m_found.cFileName;
-  return name == u"." || name == u"..";
+  const TextView name = m_found.cFileName;
+  return name == _T(".") || name == _T("..");
 }

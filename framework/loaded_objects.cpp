@@ -1,5 +1,5 @@
 // The table of a loading archive, and the two hooks by which CObject takes part in taking a failed load back.
-#include "framework/loaded_objects.h"
+#include "framework/internal/loaded_objects.h"
 
 #include <unordered_set>
 

@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "framework/block_pool.h"
-#include "framework/loaded_objects.h"
+#include "framework/internal/loaded_objects.h"
 
 namespace {
 

@@ -26,17 +26,17 @@ int CheckedLength(std::size_t length) {
 }
 
 auto InSet(LPCTSTR set) {
-  const std::u16string_view view = set ? std::u16string_view(set) : std::u16string_view();
+  const TextView view = set ? TextView(set) : TextView();
   return [view](TCHAR unit) { return view.find(unit) != view.npos; };
 }
 
 // The number of leading (trailing) units that the test holds for.
 template <class Test>
-int CountFront(std::u16string_view text, Test test) {
+int CountFront(TextView text, Test test) {
   return int(std::find_if_not(text.begin(), text.end(), test) - text.begin());
 }
 template <class Test>
-int CountBack(std::u16string_view text, Test test) {
+int CountBack(TextView text, Test test) {
   return int(std::find_if_not(text.rbegin(), text.rend(), test) - text.rbegin());
 }
 
@@ -146,7 +146,7 @@ CString::CString(LPCTSTR text, int length) : data_(Nil()) { SetString(text, leng
 CString::CString(LPCSTR text) : data_(Nil()) {
   if (text) AssignUtf8(text);
 }
-CString::CString(std::u16string_view text) : data_(Nil()) { Assign(text); }
+CString::CString(TextView text) : data_(Nil()) { Assign(text); }
 CString::CString(TCHAR character, int repeat) : data_(Nil()) {
   if (repeat <= 0) return;
   std::fill_n(Own(repeat), repeat, character);
@@ -178,7 +178,7 @@ CString& CString::operator=(TCHAR character) {
   return *this;
 }
 
-CString CString::Concatenate(std::u16string_view a, std::u16string_view b) {
+CString CString::Concatenate(TextView a, TextView b) {
   CString sum;
   const int length = CheckedLength(a.size() + b.size());
   if (length == 0) return sum;
@@ -191,7 +191,7 @@ CString CString::Concatenate(std::u16string_view a, std::u16string_view b) {
 // ---- comparison
 
 int CString::Compare(LPCTSTR other) const noexcept {
-  const int order = std::u16string_view(data_).compare(ViewOf(other));
+  const int order = TextView(data_).compare(ViewOf(other));
   return order < 0 ? -1 : order > 0;
 }
 int CString::CompareNoCase(LPCTSTR other) const noexcept { return _wcsicmp(data_, other ? other : _T("")); }
@@ -231,20 +231,20 @@ CString CString::Tokenize(LPCTSTR separators, int& start) const {
 int CString::Find(TCHAR character, int start) const noexcept {
   if (start < 0 || start >= GetLength()) return -1;
   const std::size_t at = View().find(character, std::size_t(start));
-  return at == std::u16string_view::npos ? -1 : int(at);
+  return at == TextView::npos ? -1 : int(at);
 }
 int CString::Find(LPCTSTR text, int start) const noexcept {
   if (!text || start < 0 || start > GetLength()) return -1;
   const std::size_t at = View().find(text, std::size_t(start));
-  return at == std::u16string_view::npos ? -1 : int(at);
+  return at == TextView::npos ? -1 : int(at);
 }
 int CString::ReverseFind(TCHAR character) const noexcept {
   const std::size_t at = View().rfind(character);
-  return at == std::u16string_view::npos ? -1 : int(at);
+  return at == TextView::npos ? -1 : int(at);
 }
 int CString::FindOneOf(LPCTSTR set) const noexcept {
   const std::size_t at = View().find_first_of(ViewOf(set));
-  return at == std::u16string_view::npos ? -1 : int(at);
+  return at == TextView::npos ? -1 : int(at);
 }
 
 // ---- changing
@@ -257,7 +257,7 @@ void CString::SetAt(int position, TCHAR character) {
   if (position >= 0 && position < GetLength()) Own(GetLength())[position] = character;
 }
 void CString::SetString(LPCTSTR text, int length) {
-  Assign(text && length > 0 ? std::u16string_view(text, std::size_t(length)) : std::u16string_view());
+  Assign(text && length > 0 ? TextView(text, std::size_t(length)) : TextView());
 }
 void CString::Append(LPCTSTR text, int count) {
   if (!text || count <= 0) return;
@@ -339,7 +339,7 @@ CString& CString::Trim(TCHAR character) { return TrimRight(character).TrimLeft(c
 CString& CString::Trim(LPCTSTR set) { return TrimRight(set).TrimLeft(set); }
 
 int CString::Replace(TCHAR from, TCHAR to) {
-  const std::u16string_view text = View();
+  const TextView text = View();
   const int count = int(std::count(text.begin(), text.end(), from));
   if (count == 0 || from == to) return count;
   TCHAR* units = Own(GetLength());
@@ -347,14 +347,14 @@ int CString::Replace(TCHAR from, TCHAR to) {
   return count;
 }
 int CString::Replace(LPCTSTR from, LPCTSTR to) {
-  const std::u16string_view what = ViewOf(from);
+  const TextView what = ViewOf(from);
   if (what.empty()) return 0;
   const CString source = *this;
-  const std::u16string with(ViewOf(to));  // a copy: it may be a part of this text
+  const Text with(ViewOf(to));  // a copy: it may be a part of this text
   int count = 0;
-  std::u16string result;
+  Text result;
   std::size_t start = 0;
-  for (std::size_t at; (at = source.View().find(what, start)) != std::u16string_view::npos; start = at + what.size()) {
+  for (std::size_t at; (at = source.View().find(what, start)) != TextView::npos; start = at + what.size()) {
     result.append(source.View(), start, at - start).append(with);
     ++count;
   }
@@ -364,7 +364,7 @@ int CString::Replace(LPCTSTR from, LPCTSTR to) {
   return count;
 }
 int CString::Remove(TCHAR character) {
-  const std::u16string_view text = View();
+  const TextView text = View();
   const int count = int(std::count(text.begin(), text.end(), character));
   if (count == 0) return 0;
   TCHAR* units = Own(GetLength());
@@ -422,7 +422,7 @@ CString FromUtf8(std::string_view text) {
   return exact;
 }
 
-void AppendUtf8(std::string& out, std::u16string_view text) {
+void AppendUtf8(std::string& out, TextView text) {
   std::size_t ascii = 0;
   const std::size_t start = out.size();
   out.resize(start + text.size());
@@ -431,7 +431,7 @@ void AppendUtf8(std::string& out, std::u16string_view text) {
     ++ascii;
   }
   if (ascii == text.size()) return;
-  const std::u16string_view rest = text.substr(ascii);
+  const TextView rest = text.substr(ascii);
   const int units = CheckedLength(rest.size());
   const int bytes = WideCharToMultiByte(CP_UTF8, 0, rest.data(), units, nullptr, 0, nullptr, nullptr);
   if (bytes == 0) throw std::length_error("ToUtf8: text too long");
@@ -439,7 +439,7 @@ void AppendUtf8(std::string& out, std::u16string_view text) {
   WideCharToMultiByte(CP_UTF8, 0, rest.data(), units, out.data() + start + ascii, bytes, nullptr, nullptr);
 }
 
-std::string ToUtf8(std::u16string_view text) {
+std::string ToUtf8(TextView text) {
   std::string out;
   AppendUtf8(out, text);
   return out;

@@ -30,8 +30,8 @@ struct FormatArgument {
   FormatArgument(double value) : kind(Kind::kReal), real(value) {}
   FormatArgument(float value) : kind(Kind::kReal), real(value) {}
   FormatArgument(long double value) : kind(Kind::kReal), real(double(value)) {}
-  FormatArgument(LPCTSTR value) : kind(Kind::kText), text(value ? std::u16string_view(value) : u"(null)") {}
-  FormatArgument(std::u16string_view value) : kind(Kind::kText), text(value) {}
+  FormatArgument(LPCTSTR value) : kind(Kind::kText), text(value ? TextView(value) : _T("(null)")) {}
+  FormatArgument(TextView value) : kind(Kind::kText), text(value) {}
   FormatArgument(LPCSTR value) : kind(Kind::kNarrow), narrow(value ? std::string_view(value) : "(null)") {}
   FormatArgument(const void* value) : kind(Kind::kPointer), integer(reinterpret_cast<std::uintptr_t>(value)) {}
 
@@ -39,7 +39,7 @@ struct FormatArgument {
   int bytes = 8;
   ULONGLONG integer = 0;
   double real = 0;
-  std::u16string_view text = {};
+  TextView text = {};
   std::string_view narrow = {};
 };
 
@@ -54,7 +54,7 @@ class KVSHARE_API CString {
   CString(LPCTSTR text);
   CString(LPCTSTR text, int length);
   CString(LPCSTR text);
-  explicit CString(std::u16string_view text);
+  explicit CString(TextView text);
   explicit CString(TCHAR character, int repeat = 1);
   ~CString() { Release(); }
 
@@ -74,7 +74,7 @@ class KVSHARE_API CString {
   TCHAR operator[](int position) const noexcept { return GetAt(position); }
   LPCTSTR GetString() const noexcept { return data_; }
   operator LPCTSTR() const noexcept { return data_; }
-  std::u16string_view View() const noexcept { return {data_, std::size_t(GetLength())}; }
+  TextView View() const noexcept { return {data_, std::size_t(GetLength())}; }
 
   // Comparison by UTF-16 units: negative, 0 or positive. CompareNoCase folds each character by Unicode's simple case
   // folding first, the same in every locale.
@@ -177,7 +177,7 @@ class KVSHARE_API CString {
  private:
   friend class CArchive;  // reads texts as they lie in its buffer
   template <class>
-  friend class Supply;
+  friend class CountedBatch;
 
   // Stands ahead of the units, which end with a NUL. users is -1 for the one empty text that all share.
   struct Header {
@@ -189,8 +189,8 @@ class KVSHARE_API CString {
   static TCHAR* Nil() noexcept;
   static std::size_t BlockBytes(int capacity) noexcept;
   static TCHAR* Allocate(int capacity);
-  static std::u16string_view ViewOf(LPCTSTR text) noexcept { return text ? std::u16string_view(text) : u""; }
-  static CString Concatenate(std::u16string_view a, std::u16string_view b);
+  static TextView ViewOf(LPCTSTR text) noexcept { return text ? TextView(text) : _T(""); }
+  static CString Concatenate(TextView a, TextView b);
   static FormatArgument ToArgument(const CString& value) { return FormatArgument(value.View()); }
   template <class T>
   static FormatArgument ToArgument(const T& value) {
@@ -210,7 +210,7 @@ class KVSHARE_API CString {
     copy.data_ = counted.data_;
     return copy;
   }
-  void Assign(std::u16string_view text) { AssignUnits(text.data(), text.size()); }
+  void Assign(TextView text) { AssignUnits(text.data(), text.size()); }
   // As they lie in memory, which need not be where units may lie.
   void AssignUnits(const void* units, std::size_t count);
   void AssignUtf8(std::string_view text);
@@ -227,7 +227,7 @@ static_assert(sizeof(CString) == sizeof(void*), "a CString is one pointer wide")
 // The border between the product's text and UTF-8. Bytes that are no UTF-8 become U+FFFD, a lone surrogate becomes the
 // bytes of U+FFFD: neither fails.
 KVSHARE_API CString FromUtf8(std::string_view text);
-KVSHARE_API std::string ToUtf8(std::u16string_view text);
+KVSHARE_API std::string ToUtf8(TextView text);
 inline std::string ToUtf8(const CString& text) { return ToUtf8(text.View()); }
 // Appends to what stands in out.
-KVSHARE_API void AppendUtf8(std::string& out, std::u16string_view text);
+KVSHARE_API void AppendUtf8(std::string& out, TextView text);

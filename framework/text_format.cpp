@@ -15,7 +15,7 @@ constexpr int kMaximumField = 1 << 20;  // the largest width or precision that i
 
 // One conversion of a format, from the % to its letter.
 struct Conversion {
-  std::u16string_view flags;
+  TextView flags;
   int width = 0;
   int precision = -1;
   char letter = 0;
@@ -23,12 +23,12 @@ struct Conversion {
 
 class Formatter {
  public:
-  Formatter(std::u16string_view format, std::initializer_list<FormatArgument> arguments)
+  Formatter(TextView format, std::initializer_list<FormatArgument> arguments)
       : format_(format), next_(arguments.begin()), end_(arguments.end()) {}
 
-  std::u16string Run() {
+  Text Run() {
     while (at_ < format_.size()) {
-      const std::size_t percent = std::min(format_.find(u'%', at_), format_.size());
+      const std::size_t percent = std::min(format_.find(_T('%'), at_), format_.size());
       out_.append(format_, at_, percent - at_);
       at_ = percent;
       if (at_ == format_.size()) break;
@@ -44,35 +44,36 @@ class Formatter {
   }
 
  private:
-  char16_t Peek() const { return at_ < format_.size() ? format_[at_] : u'\0'; }
+  TCHAR Peek() const { return at_ < format_.size() ? format_[at_] : _T('\0'); }
 
   bool Number(int& number) {
-    if (Peek() == u'*') {
+    if (Peek() == _T('*')) {
       ++at_;
       if (next_ == end_ || next_->kind > FormatArgument::Kind::kUnsigned) return false;
       number = int(std::clamp<LONGLONG>(LONGLONG(next_++->integer), -kMaximumField, kMaximumField));
       return true;
     }
     number = 0;
-    for (; Peek() >= u'0' && Peek() <= u'9'; ++at_) number = std::min(number * 10 + (Peek() - u'0'), kMaximumField);
+    for (; Peek() >= _T('0') && Peek() <= _T('9'); ++at_)
+      number = std::min(number * 10 + (Peek() - _T('0')), kMaximumField);
     return true;
   }
 
   bool Parse(Conversion& conversion) {
     const std::size_t flags = ++at_;
-    at_ = std::min(format_.find_first_not_of(u"-+ #0", at_), format_.size());
+    at_ = std::min(format_.find_first_not_of(_T("-+ #0"), at_), format_.size());
     conversion.flags = format_.substr(flags, at_ - flags);
     if (!Number(conversion.width)) return false;
-    if (Peek() == u'.') {
+    if (Peek() == _T('.')) {
       ++at_;
       if (!Number(conversion.precision)) return false;
     }
     for (;;) {
-      if (format_.substr(at_, 3) == u"I64" || format_.substr(at_, 3) == u"I32") {
+      if (format_.substr(at_, 3) == _T("I64") || format_.substr(at_, 3) == _T("I32")) {
         at_ += 3;
-      } else if (Peek() == u'I') {
+      } else if (Peek() == _T('I')) {
         ++at_;
-      } else if (Peek() != 0 && std::u16string_view(u"hlLjztqw").find(Peek()) != std::u16string_view::npos) {
+      } else if (Peek() != 0 && TextView(_T("hlLjztqw")).find(Peek()) != TextView::npos) {
         ++at_;
       } else {
         break;
@@ -83,17 +84,15 @@ class Formatter {
     return true;
   }
 
-  static bool Has(const Conversion& conversion, char16_t flag) {
-    return conversion.flags.find(flag) != std::u16string_view::npos;
-  }
+  static bool Has(const Conversion& conversion, TCHAR flag) { return conversion.flags.find(flag) != TextView::npos; }
 
   // Lays a number out in its width; zeros go between its sign or 0x and its digits.
   void Pad(const Conversion& conversion, std::string number, bool zeros) {
     const std::size_t width = std::size_t(std::abs(conversion.width));
     const std::size_t missing = width > number.size() ? width - number.size() : 0;
-    if (conversion.width < 0 || Has(conversion, u'-')) {
+    if (conversion.width < 0 || Has(conversion, _T('-'))) {
       number.append(missing, ' ');
-    } else if (zeros && Has(conversion, u'0')) {
+    } else if (zeros && Has(conversion, _T('0'))) {
       std::size_t at = number.find_first_not_of("+- ");
       if (number.size() > at + 1 && (number[at + 1] == 'x' || number[at + 1] == 'X')) at += 2;
       number.insert(at, missing, '0');
@@ -103,14 +102,14 @@ class Formatter {
     out_.append(number.begin(), number.end());
   }
 
-  void Lay(const Conversion& conversion, std::u16string_view text) {
+  void Lay(const Conversion& conversion, TextView text) {
     if (conversion.precision >= 0) text = text.substr(0, std::size_t(conversion.precision));
-    const bool left = conversion.width < 0 || conversion.flags.find(u'-') != std::u16string_view::npos;
+    const bool left = conversion.width < 0 || conversion.flags.find(_T('-')) != TextView::npos;
     const std::size_t width = std::size_t(std::abs(conversion.width));
     const std::size_t blanks = width > text.size() ? width - text.size() : 0;
-    if (!left) out_.append(blanks, u' ');
+    if (!left) out_.append(blanks, _T(' '));
     out_.append(text);
-    if (left) out_.append(blanks, u' ');
+    if (left) out_.append(blanks, _T(' '));
   }
 
   bool PrintInteger(const Conversion& conversion, const FormatArgument& argument) {
@@ -123,7 +122,7 @@ class Formatter {
     if (conversion.letter == 'd' || conversion.letter == 'i') {
       const LONGLONG asSigned = LONGLONG(argument.integer << unused) >> unused;
       value = asSigned < 0 ? 0 - ULONGLONG(asSigned) : ULONGLONG(asSigned);
-      sign = asSigned < 0 ? "-" : Has(conversion, u'+') ? "+" : Has(conversion, u' ') ? " " : "";
+      sign = asSigned < 0 ? "-" : Has(conversion, _T('+')) ? "+" : Has(conversion, _T(' ')) ? " " : "";
     }
     Pad(conversion, sign + Digits(conversion, value), /*zeros=*/conversion.precision < 0);
     return true;
@@ -136,8 +135,8 @@ class Formatter {
     if (conversion.precision == 0 && value == 0) digits.clear();
     if (int(digits.size()) < conversion.precision)
       digits.insert(0, std::size_t(conversion.precision) - digits.size(), '0');
-    if (Has(conversion, u'#') && octal && !digits.starts_with('0')) digits.insert(0, 1, '0');
-    if (Has(conversion, u'#') && hex && value != 0) digits.insert(0, "0x");
+    if (Has(conversion, _T('#')) && octal && !digits.starts_with('0')) digits.insert(0, 1, '0');
+    if (Has(conversion, _T('#')) && hex && value != 0) digits.insert(0, "0x");
     if (conversion.letter == 'X') std::transform(digits.begin(), digits.end(), digits.begin(), UpperHex);
     return digits;
   }
@@ -149,7 +148,7 @@ class Formatter {
   bool PrintReal(const Conversion& conversion, const FormatArgument& argument) {
     if (argument.kind != FormatArgument::Kind::kReal) return false;
     std::string specification = "%";
-    for (const char16_t flag : {u'+', u' ', u'#'})
+    for (const TCHAR flag : {_T('+'), _T(' '), _T('#')})
       if (Has(conversion, flag)) specification += char(flag);
     if (conversion.precision >= 0) specification += '.' + std::to_string(conversion.precision);
     Pad(conversion, fmt::sprintf(specification + conversion.letter, argument.real), std::isfinite(argument.real));
@@ -170,7 +169,7 @@ class Formatter {
   bool PrintCharacter(const Conversion& conversion, const FormatArgument& argument) {
     if (argument.kind > FormatArgument::Kind::kUnsigned && argument.kind != FormatArgument::Kind::kCharacter)
       return false;
-    const char16_t unit = char16_t(argument.integer);
+    const TCHAR unit = TCHAR(argument.integer);
     Lay({conversion.flags, conversion.width, -1, 'c'}, {&unit, 1});
     return true;
   }
@@ -185,7 +184,7 @@ class Formatter {
   bool Print(const Conversion& conversion) {
     constexpr std::string_view kLetters = "diuoxXsScCfFeEgGaAp";
     if (conversion.letter == '%') {
-      out_ += u'%';
+      out_ += _T('%');
       return true;
     }
     if (next_ == end_ || kLetters.find(conversion.letter) == std::string_view::npos) return false;
@@ -206,17 +205,17 @@ class Formatter {
     }
   }
 
-  std::u16string_view format_;
+  TextView format_;
   std::size_t at_ = 0;
   const FormatArgument* next_;
   const FormatArgument* end_;
-  std::u16string out_;
+  Text out_;
 };
 
 }  // namespace
 
 void CString::AppendFormatted(LPCTSTR format, std::initializer_list<FormatArgument> arguments) {
-  const std::u16string text = Formatter(ViewOf(format), arguments).Run();
+  const Text text = Formatter(ViewOf(format), arguments).Run();
   Append(text.data(), int(std::min<std::size_t>(text.size(), std::numeric_limits<int>::max())));
 }
 

@@ -13,7 +13,7 @@
 #include "host/main_module.h"
 #include "platform/paths.h"
 #include "platform/process.h"
-#include "share/env/version_info.h"
+#include "share/core/version_info.h"
 #include "share/objects/structured_storage.h"
 
 namespace {

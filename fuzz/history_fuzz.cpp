@@ -7,8 +7,8 @@
 #include <string>
 
 #include "framework/archive.h"
+#include "share/core/document_callbacks.h"
 #include "share/env/app_env.h"
-#include "share/env/document_callbacks.h"
 #include "share/objects/object.h"
 #include "share/objects/object_indexer.h"
 #include "share/objects/save_history.h"

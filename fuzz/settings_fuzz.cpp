@@ -5,7 +5,7 @@
 
 #include "framework/file.h"
 #include "host/document/settings_stream.h"
-#include "share/env/document_callbacks.h"
+#include "share/core/document_callbacks.h"
 #include "share/objects/object.h"
 
 namespace {

@@ -10,12 +10,12 @@
 #include "platform/files.h"
 #include "platform/process.h"
 #include "platform/resources.h"
+#include "share/core/registry_access.h"
+#include "share/core/registry_key_handle.h"
+#include "share/core/registry_keys.h"
 #include "share/env/app_env.h"
 #include "share/env/feature_switches.h"
 #include "share/env/language_choice.h"
-#include "share/env/registry_access.h"
-#include "share/env/registry_keys.h"
-#include "share/settings/open_key.h"
 #include "share/settings/settings_key.h"
 #include "share/utilities/files_and_folders.h"
 #include "share/utilities/tech_db_config_file.h"
@@ -278,7 +278,7 @@ void ExamineApplications(const CKVEnvApp& env, Findings& findings) {
 // ---- registry
 
 void ExamineSwitches(std::span<const FeatureSwitch> switches, LPCTSTR path, Findings& findings) {
-  OpenKey key;
+  RegistryKeyHandle key;
   if (RegOpenKeyExW(HKEY_CURRENT_USER, path, 0, KEY_READ, key.Receive()) != ERROR_SUCCESS) return;
   for (const FeatureSwitch& feature : switches) {
     int value = 0;
@@ -298,7 +298,7 @@ void ExamineSwitches(std::span<const FeatureSwitch> switches, LPCTSTR path, Find
 }
 
 void ExamineRegistry(Findings& findings) {
-  OpenKey key;
+  RegistryKeyHandle key;
   const LSTATUS status = RegOpenKeyExW(HKEY_CURRENT_USER, kVersionKey, 0, KEY_WRITE, key.Receive());
   if (status == ERROR_BADDB) {
     findings.push_back(

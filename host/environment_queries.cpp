@@ -2,12 +2,12 @@
 #include "host/environment_queries.h"
 
 #include "companions/database/connection_strings.h"
+#include "share/core/document_callbacks.h"
+#include "share/core/version_info.h"
 #include "share/env/app_env.h"
-#include "share/env/document_callbacks.h"
 #include "share/env/language_choice.h"
 #include "share/env/product_edition.h"
 #include "share/env/product_identity.h"
-#include "share/env/version_info.h"
 
 namespace kestrova {
 

@@ -13,8 +13,8 @@
 #include "platform/console.h"
 #include "platform/errors.h"
 #include "platform/numbers.h"
+#include "share/core/registry_key_handle.h"
 #include "share/settings/feed_colors.h"
-#include "share/settings/open_key.h"
 
 namespace kestrova {
 namespace {
@@ -69,7 +69,7 @@ std::unique_ptr<QFFeedColorsSettings> Restored(const Arguments& arguments) {
   if (arguments.process == "turn") table = std::make_unique<QFTurnFeedColorsSettings>();
   if (arguments.process == "edm") table = std::make_unique<QFEdmFeedColorsSettings>();
   // A table that can't be opened would pass for an empty one.
-  OpenKey key;
+  RegistryKeyHandle key;
   TCHAR noClass[] = _T("");
   const LSTATUS status = RegCreateKeyExW(HKEY_CURRENT_USER, table->GetPath(), 0, noClass, 0, KEY_ALL_ACCESS, nullptr,
                                          key.Receive(), nullptr);

@@ -16,7 +16,7 @@
 #include "host/main_module.h"
 #include "platform/console.h"
 #include "platform/threads.h"
-#include "share/env/document_callbacks.h"
+#include "share/core/document_callbacks.h"
 
 namespace kestrova {
 namespace {

@@ -8,7 +8,7 @@
 #include "host/commands.h"
 #include "host/machine_tree.h"
 #include "platform/paths.h"
-#include "share/env/document_callbacks.h"
+#include "share/core/document_callbacks.h"
 #include "share/machine/machine.h"
 #include "share/machine/machine_check.h"
 #include "share/settings/settings_key.h"

@@ -7,10 +7,10 @@
 
 #include "host/document/host_document.h"
 #include "host/progress_bar.h"
+#include "share/core/document_callbacks.h"
+#include "share/core/document_messages.h"
+#include "share/core/registry_keys.h"
 #include "share/env/app_env.h"
-#include "share/env/document_callbacks.h"
-#include "share/env/document_messages.h"
-#include "share/env/registry_keys.h"
 #include "share/settings/application_settings.h"
 #include "share/settings/feed_colors.h"
 

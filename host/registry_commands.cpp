@@ -12,7 +12,7 @@
 #include "platform/console.h"
 #include "platform/errors.h"
 #include "platform/files.h"
-#include "share/settings/open_key.h"
+#include "share/core/registry_key_handle.h"
 #include "share/settings/registry_text.h"
 
 namespace kestrova {
@@ -193,8 +193,8 @@ void Check(LSTATUS status, const KeyName& key) {
   if (status != ERROR_SUCCESS) throw Failure(TextOf(registry_text::ErrorOf(status, key)));
 }
 
-OpenKey Open(const KeyName& key, REGSAM rights) {
-  OpenKey open;
+RegistryKeyHandle Open(const KeyName& key, REGSAM rights) {
+  RegistryKeyHandle open;
   Check(RegOpenKeyExW(key.hive, key.path.c_str(), 0, rights, open.Receive()), key);
   return open;
 }
@@ -244,7 +244,7 @@ KeyName Below(const KeyName& key, const Text& name) {
 
 // The key and, if asked for, all below it; with a name, only the keys that have that value.
 void Collect(const KeyName& key, const std::optional<Text>& name, bool below, std::vector<KeyContent>& contents) {
-  const OpenKey open = Open(key, KEY_READ);
+  const RegistryKeyHandle open = Open(key, KEY_READ);
   KeyContent content{key, {}, ReadSubKeys(key, open)};
   const std::vector<Text> sub_keys = content.sub_keys;
   RegistryValue value{name.value_or(Text()), REG_NONE, {}};
@@ -315,7 +315,7 @@ void AddCommand(const Arguments& arguments) {
   const std::string separator = arguments.Has("s") ? arguments.Get("s") : "\\0";
   if (separator.empty()) throw WrongUsage("/s needs a separator that is not empty");
   const std::vector<BYTE> data = DataFromText(*type, arguments.Get("d"), separator);
-  OpenKey open;
+  RegistryKeyHandle open;
   Check(RegCreateKeyExW(key.hive, key.path.c_str(), 0, nullptr, 0, KEY_READ | KEY_WRITE, nullptr, open.Receive(),
                         nullptr),
         key);
@@ -331,7 +331,7 @@ void AddCommand(const Arguments& arguments) {
 }
 
 void DeleteValues(const KeyName& key, const std::optional<Text>& name) {
-  const OpenKey open = Open(key, KEY_READ | KEY_SET_VALUE);
+  const RegistryKeyHandle open = Open(key, KEY_READ | KEY_SET_VALUE);
   if (name) {
     const LSTATUS status = RegDeleteValueW(open, name->c_str());
     if (status == ERROR_FILE_NOT_FOUND) {

@@ -12,11 +12,11 @@
 #include "host/open_document.h"
 #include "host/settings_values.h"
 #include "host/whole_file.h"
-#include "share/env/document_callbacks.h"
-#include "share/env/registry_keys.h"
+#include "share/core/document_callbacks.h"
+#include "share/core/registry_key_handle.h"
+#include "share/core/registry_keys.h"
 #include "share/settings/application_settings.h"
 #include "share/settings/document_settings.h"
-#include "share/settings/open_key.h"
 #include "share/settings/registry_text.h"
 
 namespace kestrova {
@@ -144,7 +144,7 @@ class Tree {
   static void AddSteps(const TreeValue& row, bool reset, std::vector<registry_text::Step>& steps) {
     using registry_text::Step;
     const registry_text::KeyName key{HKEY_CURRENT_USER, row.owner->GetPath().GetString()};
-    if (reset && !OpenKey(row.owner->GetHandleToKey(/*create=*/0, /*readOnly=*/1))) return;
+    if (reset && !RegistryKeyHandle(row.owner->GetHandleToKey(/*create=*/0, /*readOnly=*/1))) return;
     const CString name = row.value->GetName();
     steps.push_back({Step::Kind::kCreateKey, 0, key, {}, REG_NONE, {}});
     if (reset) {
@@ -410,7 +410,7 @@ std::vector<std::string> SettingsCandidates(const std::vector<std::string>& word
   std::unique_ptr<QFSettingsKey> tree;
   if (isDocument) {
     tree = std::make_unique<QFDocSettings>();
-  } else if (OpenKey(toolbar.GetHandleToKey(/*create=*/0, /*readOnly=*/1))) {
+  } else if (RegistryKeyHandle(toolbar.GetHandleToKey(/*create=*/0, /*readOnly=*/1))) {
     tree = std::make_unique<QFAppSettings>();
   } else {
     return {};

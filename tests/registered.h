@@ -4,7 +4,7 @@
 //   kvtest::Register({});  // none again
 #pragma once
 
-#include "share/env/document_callbacks.h"
+#include "share/core/document_callbacks.h"
 
 namespace kvtest {
 

@@ -7,8 +7,8 @@
 #include <tuple>
 
 #include "companions/database/connection_strings.h"
-#include "companions/database/drivers.h"
-#include "companions/database/odbc_calls.h"
+#include "companions/database/internal/drivers.h"
+#include "companions/database/internal/odbc_calls.h"
 #include "companions/database/recordset.h"
 #include "platform/odbc.h"
 
@@ -60,23 +60,23 @@ CString NameColumn(const Handle& statement, SQLUSMALLINT column) {
 
 // The word that a statement begins with, behind blanks, comments and open parentheses.
 CString FirstWord(const CString& sql) {
-  const std::u16string_view text = sql.View();
+  const TextView text = sql.View();
   std::size_t at = 0;
   while (at < text.size()) {
-    const std::u16string_view rest = text.substr(at);
-    if (rest.starts_with(u"--")) {
-      at = std::min(text.find(u'\n', at), text.size());
-    } else if (rest.starts_with(u"/*")) {
-      const std::size_t end = text.find(u"*/", at + 2);
+    const TextView rest = text.substr(at);
+    if (rest.starts_with(_T("--"))) {
+      at = std::min(text.find(_T('\n'), at), text.size());
+    } else if (rest.starts_with(_T("/*"))) {
+      const std::size_t end = text.find(_T("*/"), at + 2);
       at = end == text.npos ? text.size() : end + 2;
-    } else if (rest[0] <= u' ' || rest[0] == u'(') {
+    } else if (rest[0] <= _T(' ') || rest[0] == _T('(')) {
       ++at;
     } else {
       break;
     }
   }
   std::size_t end = at;
-  while (end < text.size() && ((text[end] | 0x20) >= u'a' && (text[end] | 0x20) <= u'z')) ++end;
+  while (end < text.size() && ((text[end] | 0x20) >= _T('a') && (text[end] | 0x20) <= _T('z'))) ++end;
   return CString(text.substr(at, end - at));
 }
 

@@ -1,9 +1,9 @@
 // Drivers by name, and the system's paths in connection strings.
-#include "companions/database/drivers.h"
+#include "companions/database/internal/drivers.h"
 
 #include <cstdio>
 
-#include "companions/database/odbc_calls.h"
+#include "companions/database/internal/odbc_calls.h"
 #include "platform/files.h"
 #include "platform/odbc.h"
 #include "platform/process.h"

@@ -1,5 +1,5 @@
 // Handles of ODBC, and what went wrong in words.
-#include "companions/database/odbc_calls.h"
+#include "companions/database/internal/odbc_calls.h"
 #include "platform/odbc.h"
 
 #include <limits>

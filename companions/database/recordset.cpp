@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <array>
 
-#include "companions/database/odbc_calls.h"
+#include "companions/database/internal/odbc_calls.h"
 #include "platform/odbc.h"
 
 using kvdatabase::Handle;

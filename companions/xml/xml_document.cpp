@@ -5,7 +5,7 @@
 #include <optional>
 #include <pugixml.hpp>
 
-#include "companions/xml/xml_text.h"
+#include "companions/xml/internal/xml_text.h"
 #include "platform/files.h"
 #include "platform/safe_file.h"
 

@@ -1,4 +1,4 @@
-#include "companions/xml/xml_text.h"
+#include "companions/xml/internal/xml_text.h"
 
 #include <cstring>
 
@@ -14,20 +14,20 @@ constexpr std::string_view kWesternNames[] = {"iso-8859-1", "windows-1252", "lat
 constexpr UINT kWesternCodePage = 1252;
 
 std::string FromUtf16(std::string_view bytes, bool bigEndian) {
-  std::u16string units(bytes.size() / 2, u'\0');
+  Text units(bytes.size() / 2, _T('\0'));
   for (std::size_t i = 0; i < units.size(); ++i) {
     const auto first = BYTE(bytes[2 * i]);
     const auto second = BYTE(bytes[2 * i + 1]);
-    units[i] = char16_t(bigEndian ? first << 8 | second : second << 8 | first);
+    units[i] = TCHAR(bigEndian ? first << 8 | second : second << 8 | first);
   }
-  return ToUtf8(std::u16string_view(units));
+  return ToUtf8(TextView(units));
 }
 
 std::string FromWestern(std::string_view bytes) {
   const int units = MultiByteToWideChar(kWesternCodePage, 0, bytes.data(), int(bytes.size()), nullptr, 0);
-  std::u16string wide(std::size_t(units), u'\0');
+  Text wide(std::size_t(units), _T('\0'));
   MultiByteToWideChar(kWesternCodePage, 0, bytes.data(), int(bytes.size()), wide.data(), units);
-  return ToUtf8(std::u16string_view(wide));
+  return ToUtf8(TextView(wide));
 }
 
 std::string ToUtf16(std::string_view text, bool bigEndian) {
@@ -101,7 +101,7 @@ std::string Encode(std::string_view text, Encoding encoding) {
   return {};
 }
 
-std::string EscapeAttribute(std::u16string_view value) {
+std::string EscapeAttribute(TextView value) {
   constexpr std::string_view kPlainToo = " !#$%()*+,-./:;=?@[]\\^_`{|}~";
   std::string out;
   for (std::size_t i = 0; i < value.size(); ++i) {

@@ -16,9 +16,9 @@
 #include "platform/errors.h"
 #include "platform/paths.h"
 #include "platform/safe_file.h"
-#include "share/env/document_callbacks.h"
-#include "share/env/document_messages.h"
-#include "share/env/version_info.h"
+#include "share/core/document_callbacks.h"
+#include "share/core/document_messages.h"
+#include "share/core/version_info.h"
 #include "share/objects/structured_storage.h"
 
 namespace kestrova {

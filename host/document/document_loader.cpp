@@ -12,8 +12,8 @@
 #include "host/document/object_archive.h"
 #include "host/document/settings_stream.h"
 #include "host/main_module.h"
-#include "share/env/document_messages.h"
-#include "share/env/version_info.h"
+#include "share/core/document_messages.h"
+#include "share/core/version_info.h"
 #include "share/objects/save_history.h"
 #include "share/objects/serialize_notify.h"
 

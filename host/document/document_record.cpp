@@ -23,8 +23,8 @@
 #include "host/document/document_status.h"
 #include "host/document/host_document.h"
 #include "host/progress_bar.h"
-#include "share/env/document_callbacks.h"
-#include "share/env/document_messages.h"
+#include "share/core/document_callbacks.h"
+#include "share/core/document_messages.h"
 
 namespace kestrova {
 

@@ -13,7 +13,7 @@
 #include "host/document/tool_node.h"
 #include "host/progress_bar.h"
 #include "host/text_table.h"
-#include "share/env/document_callbacks.h"
+#include "share/core/document_callbacks.h"
 
 namespace kestrova {
 namespace {

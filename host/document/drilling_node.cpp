@@ -1,7 +1,7 @@
 #include "host/document/drilling_node.h"
 
 #include "framework/archive.h"
-#include "share/objects/dump.h"
+#include "share/core/dump.h"
 #include "share/utilities/units.h"
 
 namespace kestrova {

@@ -5,7 +5,7 @@
 
 #include "companions/geometry/vectors.h"
 #include "framework/archive.h"
-#include "share/objects/dump.h"
+#include "share/core/dump.h"
 #include "share/utilities/units.h"
 
 namespace kestrova {

@@ -8,7 +8,7 @@
 #include <unordered_set>
 
 #include "framework/ob_list.h"
-#include "share/objects/dump.h"
+#include "share/core/dump.h"
 
 namespace kestrova {
 

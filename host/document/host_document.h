@@ -41,7 +41,7 @@ class HostDocument : public QFObject {
   // ---- the document as the library sees it
 
   CString GetClassNameW() override { return _T("HostDocument"); }
-  // The messages of share/env/core_messages.h: 1 for each of them, 0 for any other and for a null argument. Of 247, a
+  // The messages of share/core/core_messages.h: 1 for each of them, 0 for any other and for a null argument. Of 247, a
   // text that is no length or angle is answered by 0 and leaves the value alone; of 284 the answer is whether the
   // companion was selected.
   int SendQFCoreMessage(QF_CORE_MESSAGE_ID message, ULONGLONG argument, LONGLONG extra) override;

@@ -11,8 +11,8 @@
 #include "host/document/document_reading.h"
 #include "host/document/document_status.h"
 #include "host/document/host_document.h"
-#include "share/env/document_messages.h"
-#include "share/env/version_info.h"
+#include "share/core/document_messages.h"
+#include "share/core/version_info.h"
 
 namespace kestrova {
 namespace {
@@ -36,7 +36,7 @@ std::string NameOf(const HostDocument& document, DWORD place) {
   constexpr std::size_t kQuoted = 80;  // characters of UTF-16
   if (place == HostNode::kNoPlace) return "the document";
   HostNode& node = document.NodeAt(place);
-  const std::u16string_view name(node.Name());
+  const TextView name(node.Name());
   return fmt::format("{} {} \"{}{}\"", ToUtf8(node.GetClassNameW()), node.GetObjectId(),
                      ToUtf8(name.substr(0, kQuoted)), name.size() > kQuoted ? "..." : "");
 }

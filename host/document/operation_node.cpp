@@ -6,7 +6,7 @@
 #include "host/document/host_document.h"
 #include "host/document/tool_node.h"
 #include "host/jobs/operation_command.h"
-#include "share/objects/dump.h"
+#include "share/core/dump.h"
 #include "share/objects/storage_status.h"
 #include "share/utilities/units.h"
 

@@ -11,7 +11,7 @@
 #include "host/document/setup_node.h"
 #include "host/document/tool_node.h"
 #include "host/progress_bar.h"
-#include "share/env/document_callbacks.h"
+#include "share/core/document_callbacks.h"
 
 namespace kestrova {
 namespace {

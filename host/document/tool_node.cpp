@@ -3,7 +3,7 @@
 #include "framework/archive.h"
 #include "framework/ob_list.h"
 #include "host/document/operation_node.h"
-#include "share/objects/dump.h"
+#include "share/core/dump.h"
 #include "share/objects/serialize_notify.h"
 #include "share/utilities/units.h"
 

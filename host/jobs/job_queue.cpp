@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "platform/threads.h"
-#include "share/env/document_callbacks.h"
+#include "share/core/document_callbacks.h"
 #include "share/settings/settings_key.h"
 
 namespace kestrova {

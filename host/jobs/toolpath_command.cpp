@@ -6,7 +6,7 @@
 #include "host/document/operation_node.h"
 #include "host/document/tool_node.h"
 #include "host/jobs/job_queue.h"
-#include "share/env/document_callbacks.h"
+#include "share/core/document_callbacks.h"
 
 namespace kestrova {
 namespace {

@@ -36,7 +36,7 @@ struct StackRange {
 };
 
 // Of this thread; high is 0 until it is first asked for. At one offset from the thread's register.
-[[gnu::tls_model("initial-exec")]] thread_local constinit StackRange t_stack;
+KV_FAST_THREAD_LOCAL constinit StackRange t_stack;
 
 [[gnu::noinline]] void FindStackRange() {
   StackRange& range = t_stack;

@@ -1,9 +1,9 @@
 // The environment's life, the order of its initialisation, and the switches that it writes back.
 #include "share/env/app_env.h"
 
+#include "share/core/registry_access.h"
+#include "share/core/registry_keys.h"
 #include "share/env/feature_switches.h"
-#include "share/env/registry_access.h"
-#include "share/env/registry_keys.h"
 #include "share/settings/settings_key.h"
 
 // ---- life

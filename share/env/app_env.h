@@ -1,10 +1,10 @@
 // CKVEnvApp, the environment: where the product lies, which language and technology database are in force, what the
 // installation's switches are. One object, gathered once, at the first request.
 //
-// Order of start for a main module: InitShareDll, qfshare_init, QFShareRegisterDocCBK (share/env/document_callbacks.h),
-// InitAppEnv; of its end: CloseAppEnv, then unload. Nothing here shows a message or throws: trouble is in
-// GetEnvAPPInitResult. There is no lock: the first request has to come from the main thread ahead of any job, and so do
-// the setters; after that any thread may read.
+// Order of start for a main module: InitShareDll, qfshare_init, QFShareRegisterDocCBK
+// (share/core/document_callbacks.h), InitAppEnv; of its end: CloseAppEnv, then unload. Nothing here shows a message or
+// throws: trouble is in GetEnvAPPInitResult. There is no lock: the first request has to come from the main thread ahead
+// of any job, and so do the setters; after that any thread may read.
 //
 // Texts are wide, folders end in a backslash. A text that no step could fill is empty. Names and paths of libraries are
 // the product's own, the same on every platform.
@@ -370,3 +370,7 @@ KVSHARE_API void KVGetInstallPath(CString& path);
 KVSHARE_API CKVEnvApp* InitAppEnv();
 KVSHARE_API CKVEnvApp* AppEnv();
 KVSHARE_API void CloseAppEnv();
+
+// A tool's path as another installation stored it, rewritten for this one: the folder of data and what the path has
+// from the word "Tooling" on. 0 if the word is not in the path or begins it.
+KVSHARE_API int GetCorrectToolFilePath(const CString& path, CString& result);

@@ -2,9 +2,9 @@
 // file stands in share/env/app_env_forms.cpp.
 #include "platform/files.h"
 #include "platform/process.h"
+#include "share/core/registry_access.h"
+#include "share/core/registry_keys.h"
 #include "share/env/app_env.h"
-#include "share/env/registry_access.h"
-#include "share/env/registry_keys.h"
 #include "share/settings/settings_key.h"
 #include "share/utilities/tech_db_config_file.h"
 

@@ -7,6 +7,7 @@
 #include "platform/process.h"
 #include "platform/resources.h"
 #include "share/env/app_env.h"
+#include "share/env/help_contexts.h"
 
 namespace {
 
@@ -14,6 +15,8 @@ constexpr DWORD kFlagUnits = 50;
 
 // This library's link in the chain of resource modules, the chain's own; null before InitShareDll.
 CDynLinkLibrary* g_link = nullptr;
+
+HelpContexts* g_helpContexts = nullptr;
 
 bool IsYes(LPCTSTR variable) {
   TCHAR value[kFlagUnits] = {};
@@ -86,12 +89,14 @@ void CKVEnvApp::LoadResources() const {
   if (const HMODULE former = std::exchange(g_link->m_hResource, resources)) FreeLibrary(former);
 }
 
+void SetHelpContexts(HelpContexts* contexts) { g_helpContexts = contexts; }
+
 void CKVEnvApp::FindHelp() {
   CString folder = InInstall(m_LanguageFolder);
   const CString english = InEnglish(_T(""));
   if (folder != english && _waccess(folder + _T("Milling.chm"), 0) != 0) folder = english;
   SetKVHelpPath(folder);
-  // The help system's context table is loaded from there once there is a help system.
+  if (g_helpContexts) g_helpContexts->Load(folder);
 }
 
 // ---- user, time

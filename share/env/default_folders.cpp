@@ -1,10 +1,10 @@
 // The folders that a user or an administrator may move: where they are kept, what they are by default, and the repair
 // of those defaults at start.
+#include "share/core/document_callbacks.h"
+#include "share/core/registry_access.h"
+#include "share/core/registry_keys.h"
 #include "share/env/app_env.h"
-#include "share/env/document_callbacks.h"
-#include "share/env/kept_paths.h"
-#include "share/env/registry_access.h"
-#include "share/env/registry_keys.h"
+#include "share/env/internal/kept_paths.h"
 #include "share/settings/settings_key.h"
 
 namespace {

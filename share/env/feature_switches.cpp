@@ -1,12 +1,22 @@
 // Reading and writing back the feature switches.
 #include "share/env/feature_switches.h"
 
-#include "share/env/registry_access.h"
-#include "share/env/registry_keys.h"
+#include "share/core/registry_access.h"
+#include "share/core/registry_keys.h"
+#include "share/settings/settings_key.h"
 
 namespace {
 
 constexpr int kBrowserMode = 11001;
+
+// Reads one value through a settings key; what isn't there keeps the default.
+template <class Value>
+Value ReadSwitch(LPCTSTR path, const CString& name, Value value) {
+  QFSettingsKey key(_T("Debug"), path);
+  key.AddValue(name, value);
+  if (key.RestoreValuesFromRegistry()) key.GetValue(name, value);
+  return value;
+}
 
 void WriteIfMissing(LPCTSTR path, LPCTSTR name, int value) {
   int found = 0;
@@ -21,6 +31,29 @@ int ReadProductSwitch(const FeatureSwitch& feature) {
 }
 
 }  // namespace
+
+int GetDebugRegistryVal(const CString& name, int defaultValue) {
+  return ReadSwitch(kVersionDebugKey, name, defaultValue);
+}
+
+CString GetDebugRegistryVal(const CString& name, const CString& defaultValue) {
+  return ReadSwitch(kVersionDebugKey, name, defaultValue);
+}
+
+int GetVersionIndependentDebugRegistryVal(const CString& name, int defaultValue) {
+  return ReadSwitch(kProductDebugKey, name, defaultValue);
+}
+
+void GetLegacyTurnDataRegistryData(int& found, int& value) {
+  constexpr LPCTSTR kName = _T("LegacyTurnDataCorrection");
+  found = 0;
+  value = 0;
+  QFSettingsKey key(_T("Debug"), kVersionDebugKey);
+  key.AddValue(kName, 0);
+  if (!key.RestoreValuesFromRegistry()) return;
+  found = 1;
+  key.GetValue(kName, value);
+}
 
 int GetIsToolBlockEnabled() { return ReadVersionSwitch(kVersionSwitches[0]); }
 int GetIsPrimeTurningForFaceFinishRegSupport() { return ReadVersionSwitch(kVersionSwitches[1]); }

@@ -50,6 +50,15 @@ inline constexpr std::array<FeatureSwitch, 4> kProductSwitches = {{
     {_T("EnableDynamicWIPDisplay"), 0},
 }};
 
+// Switches by name, from this release's debug key or the one that survives upgrades. A missing value gives the default;
+// a present one its content, also if that is 0.
+KVSHARE_API int GetDebugRegistryVal(const CString& name, int defaultValue);
+KVSHARE_API CString GetDebugRegistryVal(const CString& name, const CString& defaultValue);
+KVSHARE_API int GetVersionIndependentDebugRegistryVal(const CString& name, int defaultValue);
+
+// The switch "LegacyTurnDataCorrection": found is 1 and value its content if it is there, else both are 0.
+KVSHARE_API void GetLegacyTurnDataRegistryData(int& found, int& value);
+
 KVSHARE_API int GetIsToolBlockEnabled();
 KVSHARE_API int GetIsPrimeTurningForFaceFinishRegSupport();
 KVSHARE_API int GetIsPrimeTurningSupportsAllStrategies();
@@ -66,7 +75,7 @@ KVSHARE_API int GetIsPrimeTurningRegSupport();
 KVSHARE_API int IsPrimeTurnSupported();
 
 // The row of kStartSwitches with that name, which has to be there.
-consteval FeatureSwitch StartSwitch(std::u16string_view name) {
+consteval FeatureSwitch StartSwitch(TextView name) {
   std::size_t row = 0;
   while (name != kStartSwitches.at(row).name) ++row;
   return kStartSwitches[row];

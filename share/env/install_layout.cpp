@@ -2,8 +2,9 @@
 #include <algorithm>
 
 #include "platform/files.h"
+#include "share/core/version_info.h"
 #include "share/env/app_env.h"
-#include "share/env/kept_paths.h"
+#include "share/env/internal/kept_paths.h"
 #include "share/env/language_choice.h"
 
 namespace {
@@ -23,7 +24,7 @@ bool Exists(const CString& path) { return _waccess(path, 0) == 0; }
 // The folder that a folder lies in; both end in a backslash.
 CString FolderAbove(const CString& folder) {
   const CString name = folder.Left(folder.GetLength() - 1);
-  return name.Left(name.ReverseFind(u'\\') + 1);
+  return name.Left(name.ReverseFind(_T('\\')) + 1);
 }
 
 }  // namespace
@@ -91,4 +92,28 @@ void CKVEnvApp::SetCIMCOEditorPath() {
   m_NCEditorPath = install + kNCEditor;
   if (!Exists(m_NCEditorPath)) m_NCEditorPath = FolderAbove(install) + kNCEditor;
   m_NCEditorArguments = _T("/lang=") + GetLanguageForSIMCO();
+}
+
+// ---- the same, for code that has no environment at hand
+
+CString CKVVersionInfo::OnKestrovaAllPDFFilePath() {
+  const CKVEnvApp* env = AppEnv();
+  return env ? env->GetManualPDFFilePath() : CString();
+}
+
+CString CKVVersionInfo::OnKestrovaTaskPaneINIFFilePath() {
+  const CKVEnvApp* env = AppEnv();
+  return env ? env->GetKVTaskPaneINIFilePath() : CString();
+}
+
+CString CKVVersionInfo::GetTaskPaneTabStringName() {
+  const CKVEnvApp* env = AppEnv();
+  return env ? env->GetTaskPaneTabStringID() : CString();
+}
+
+int GetCorrectToolFilePath(const CString& path, CString& result) {
+  const int at = path.Find(_T("Tooling"));
+  if (at <= 0) return 0;
+  result = AppEnv()->GetKVDataPath() + path.Mid(at);
+  return 1;
 }

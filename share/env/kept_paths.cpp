@@ -1,5 +1,5 @@
 // Paths kept in the registry and in the application settings.
-#include "share/env/kept_paths.h"
+#include "share/env/internal/kept_paths.h"
 
 #include "share/settings/settings_key.h"
 #include "share/utilities/files_and_folders.h"

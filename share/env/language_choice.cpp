@@ -1,14 +1,15 @@
 // The tables behind the choice of the language, and the environment's choice.
 #include "share/env/language_choice.h"
+#include "share/env/feature_switches.h"
 
 #include <algorithm>
 
 #include "platform/files.h"
 #include "platform/locale.h"
-#include "share/env/document_callbacks.h"
-#include "share/env/kept_paths.h"
-#include "share/env/registry_access.h"
-#include "share/env/registry_keys.h"
+#include "share/core/document_callbacks.h"
+#include "share/core/registry_access.h"
+#include "share/core/registry_keys.h"
+#include "share/env/internal/kept_paths.h"
 #include "share/settings/settings_key.h"
 
 namespace {

@@ -1,12 +1,13 @@
 // The running product, its edition and its host.
 #include "share/env/product_identity.h"
+#include "share/env/feature_switches.h"
 
 #include <utility>
 
 #include "platform/numbers.h"
-#include "share/env/document_callbacks.h"
-#include "share/env/registry_access.h"
-#include "share/env/version_info.h"
+#include "share/core/document_callbacks.h"
+#include "share/core/registry_access.h"
+#include "share/core/version_info.h"
 
 namespace {
 
@@ -78,14 +79,14 @@ CString GetSldWorksRevisionNumber() { return Host().revision; }
 
 int GetSldWorksRevisionNumber(long& major) {
   major = 0;
-  const int point = Host().revision.Find(u'.');
+  const int point = Host().revision.Find(_T('.'));
   if (point < 0) return 0;
   major = _wtoi(Host().revision.Left(point));
   return 1;
 }
 
 int GetSldWorksMinorRevisionNumber(CString& minor) {
-  const int point = Host().revision.Find(u'.');
+  const int point = Host().revision.Find(_T('.'));
   if (point < 0) return 0;
   minor = Host().revision.Right(point + 1);
   return 1;

@@ -1,6 +1,6 @@
 // Which product runs, in which host: the description that the main module supplies, the edition that the registry
 // selects, and the host facts that the main module passes in at start. The build's own constants stand in
-// share/env/version_info.h.
+// share/core/version_info.h.
 //
 // The host facts are set once, by the main module when it has connected to the host, ahead of any other thread; they
 // are kept to the end of the process and stored nowhere. After that any thread may call. Nothing fails: what is not
@@ -10,7 +10,7 @@
 #include "framework/text.h"
 
 // The running product in words. The main module owns the one record and hands it out through its callback
-// (share/env/document_callbacks.h); this library asks for it at each call and keeps no pointer.
+// (share/core/document_callbacks.h); this library asks for it at each call and keeps no pointer.
 struct ProductInfo {
   CString m_ProductName;
   CString m_ProductVersion;

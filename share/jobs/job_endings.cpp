@@ -4,7 +4,7 @@
 
 #include "platform/clock.h"
 #include "platform/threads.h"
-#include "share/jobs/job_walk.h"
+#include "share/jobs/internal/job_walk.h"
 #include "share/objects/job_lock.h"
 
 namespace {

@@ -4,10 +4,10 @@
 #include <utility>
 
 #include "platform/threads.h"
-#include "share/env/document_callbacks.h"
-#include "share/jobs/job_walk.h"
+#include "share/core/document_callbacks.h"
+#include "share/jobs/internal/job_walk.h"
+#include "share/objects/command_runner.h"
 #include "share/objects/job_lock.h"
-#include "share/objects/object_services.h"
 #include "share/settings/settings_key.h"
 
 std::atomic<QFThreadBaseMgr*> QFThreadBaseMgr::m_pInstance = nullptr;
@@ -24,15 +24,20 @@ int ReadSetting(LPCTSTR name, int fallback) {
 }
 
 // Nodes come here by QFObject::RunCommand.
-const bool g_registered = [] {
-  SetRunCommandService(&QFThreadBaseMgr::RunCommand);
-  return true;
-}();
+class Runner final : public CommandRunner {
+ public:
+  int RunCommand(QFObject* object, unsigned context, void* param, QFeThreadType type,
+                 QFeThreadEndType endType) override {
+    return QFThreadBaseMgr::RunCommand(object, context, param, type, endType);
+  }
+};
+
+constinit Runner g_runner;
 
 }  // namespace
 
 QFThreadBaseMgr::QFThreadBaseMgr() {
-  static_cast<void>(g_registered);
+  SetCommandRunner(&g_runner);
   m_SWThreadId = ::GetCurrentThreadId();
 }
 

@@ -12,10 +12,9 @@
 #include "platform/clock.h"
 #include "platform/process.h"
 #include "platform/threads.h"
-#include "share/env/document_callbacks.h"
+#include "share/core/document_callbacks.h"
 #include "share/jobs/job_manager.h"
 #include "share/objects/job_lock.h"
-#include "share/objects/object_services.h"
 
 IMPLEMENT_DYNAMIC(QFThreadData, QFObject)
 
@@ -47,25 +46,24 @@ void LetGo(HANDLE handle) {
 
 bool IsTestRun() {
   TCHAR text[4] = {};
-  return GetEnvironmentVariableW(_T("KV_TEST_ENV"), text, 4) == 3 && std::u16string_view(text) == u"YES";
+  return GetEnvironmentVariableW(_T("KV_TEST_ENV"), text, 4) == 3 && TextView(text) == _T("YES");
 }
 
 const QFThreadDataLink* Link(const void* param) { return static_cast<const QFThreadDataLink*>(param); }
 
 }  // namespace
 
-// What the nodes' own lists have to know of records.
-struct RecordService {
-  static bool IsRecord(const QFObject* user) { return user->IsKindOf(RUNTIME_CLASS(QFThreadData)); }
-  static void Hold(QFObject* record) { static_cast<QFThreadData*>(record)->Hold(); }
-  static void Release(QFObject* record) { static_cast<QFThreadData*>(record)->Release(); }
+// How a node keeps a record alive while it lets go of it.
+class RecordHolder final : public JobRecordHolder {
+ public:
+  bool IsRecord(const QFObject* user) const override { return user->IsKindOf(RUNTIME_CLASS(QFThreadData)); }
+  void Hold(QFObject* record) const override { static_cast<QFThreadData*>(record)->Hold(); }
+  void Release(QFObject* record) const override { static_cast<QFThreadData*>(record)->Release(); }
 };
 
 namespace {
 
-constexpr JobRecordService kService = {RecordService::IsRecord, RecordService::Hold, RecordService::Release};
-
-[[maybe_unused]] const bool g_registered = (SetJobRecordService(&kService), true);
+constinit const RecordHolder g_holder;
 
 }  // namespace
 
@@ -87,6 +85,7 @@ QFThreadData::QFThreadData(QFObject* caller, unsigned context, void* param, QFeT
       m_eThreadType(type),
       m_eThreadEndType(endType) {
   if (!caller) return;
+  SetJobRecordHolder(&g_holder);
   CountJobRecord(1);
   caller->AddToUserObjectsList(this, /*held=*/1);
 }

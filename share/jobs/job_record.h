@@ -118,7 +118,7 @@ class KVSHARE_API QFThreadData : public QFObject {
   friend class QFThreadBaseMgr;
   friend struct ReleaseRecord;
   friend HeldRecord Held(QFThreadData* record);
-  friend struct RecordService;
+  friend class RecordHolder;
 
   static DWORD ThreadEntry(void* record);
   bool BeginRun();

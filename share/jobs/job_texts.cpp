@@ -1,7 +1,7 @@
 // What a job's record says of itself: progress, step, times.
 #include "platform/threads.h"
+#include "share/core/dump.h"
 #include "share/jobs/job_record.h"
-#include "share/objects/dump.h"
 #include "share/objects/job_lock.h"
 
 namespace {

@@ -1,8 +1,8 @@
-#include "share/machine/check_findings.h"
+#include "share/machine/internal/check_findings.h"
 
 #include <fmt/format.h>
 
-#include "share/machine/machine_numbers.h"
+#include "share/machine/internal/machine_numbers.h"
 
 namespace kvmachine {
 namespace {

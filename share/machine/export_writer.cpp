@@ -1,4 +1,4 @@
-#include "share/machine/export_writer.h"
+#include "share/machine/internal/export_writer.h"
 
 #include <bit>
 #include <charconv>

@@ -1,7 +1,7 @@
 #include "share/machine/machine.h"
 
 #include "platform/files.h"
-#include "share/env/document_callbacks.h"
+#include "share/core/document_callbacks.h"
 #include "share/machine/machine_reader.h"
 #include "share/settings/settings_key.h"
 

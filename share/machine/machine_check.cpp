@@ -10,9 +10,9 @@
 #include <unordered_set>
 
 #include "platform/files.h"
-#include "share/machine/check_findings.h"
-#include "share/machine/machine_grammar.h"
-#include "share/machine/machine_numbers.h"
+#include "share/machine/internal/check_findings.h"
+#include "share/machine/internal/machine_grammar.h"
+#include "share/machine/internal/machine_numbers.h"
 #include "share/machine/shape_table.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "platform/safe_file.h"
-#include "share/machine/export_writer.h"
+#include "share/machine/internal/export_writer.h"
 #include "share/machine/machine.h"
 
 namespace {

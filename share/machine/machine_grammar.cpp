@@ -1,10 +1,10 @@
-#include "share/machine/machine_grammar.h"
+#include "share/machine/internal/machine_grammar.h"
 
 #include <algorithm>
 #include <limits>
 
+#include "share/machine/internal/machine_numbers.h"
 #include "share/machine/machine.h"
-#include "share/machine/machine_numbers.h"
 
 namespace kvmachine {
 namespace {

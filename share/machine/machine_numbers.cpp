@@ -1,4 +1,4 @@
-#include "share/machine/machine_numbers.h"
+#include "share/machine/internal/machine_numbers.h"
 
 #include <charconv>
 #include <limits>

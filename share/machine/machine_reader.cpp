@@ -3,9 +3,9 @@
 #include <bit>
 #include <cstdint>
 
+#include "share/machine/internal/machine_grammar.h"
+#include "share/machine/internal/machine_numbers.h"
 #include "share/machine/machine.h"
-#include "share/machine/machine_grammar.h"
-#include "share/machine/machine_numbers.h"
 
 namespace {
 

@@ -47,7 +47,7 @@ class KVSHARE_API AuditTrail {
 
  private:
   template <class>
-  friend class Supply;
+  friend class CountedBatch;
 
   struct Body {
     static void* operator new(std::size_t bytes) { return BlockPool::Allocate(bytes); }

@@ -3,8 +3,8 @@
 
 #include "companions/geometry/constants.h"
 #include "framework/archive.h"
-#include "share/env/document_messages.h"
-#include "share/objects/dump.h"
+#include "share/core/document_messages.h"
+#include "share/core/dump.h"
 
 IMPLEMENT_SERIAL(CFlaggedError, CObject, VERSIONABLE_SCHEMA | 2)
 

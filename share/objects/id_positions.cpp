@@ -1,5 +1,5 @@
 // The table from id to first position.
-#include "share/objects/id_positions.h"
+#include "share/objects/internal/id_positions.h"
 
 #include <algorithm>
 #include <bit>

@@ -40,11 +40,18 @@ class UsersLock {
   std::unique_lock<std::mutex> guard_;
 };
 
-// Keep a record alive, if the user is one, after it was taken out of its node's list under the lock.
-struct JobRecordService {
-  bool (*isRecord)(const QFObject* user);
-  void (*hold)(QFObject* record);     // under the lock
-  void (*release)(QFObject* record);  // not under the lock
+// Keeps a job's record alive after it was taken out of its node's list under the lock. Records are of a room above this
+// one, which sets the object when it builds its first record.
+class JobRecordHolder {
+ public:
+  virtual bool IsRecord(const QFObject* user) const = 0;
+  virtual void Hold(QFObject* record) const = 0;     // under the lock
+  virtual void Release(QFObject* record) const = 0;  // not under the lock
+
+ protected:
+  ~JobRecordHolder() = default;
 };
-void SetJobRecordService(const JobRecordService* service);
-const JobRecordService* GetJobRecordService();
+// The object lives to the end of the process. Any thread may call.
+void SetJobRecordHolder(const JobRecordHolder* holder);
+// Not null while there are records.
+const JobRecordHolder* GetJobRecordHolder();

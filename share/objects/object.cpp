@@ -1,13 +1,14 @@
 // The node's life, identity, stamps and companion, and the defaults that mean "not applicable".
 #include "share/objects/object.h"
 
+#include <atomic>
 #include <utility>
 
+#include "share/core/document_callbacks.h"
 #include "share/env/app_env.h"
-#include "share/env/document_callbacks.h"
+#include "share/objects/command_runner.h"
+#include "share/objects/internal/owner_depth_guard.h"
 #include "share/objects/object_indexer.h"
-#include "share/objects/object_services.h"
-#include "share/objects/owner_chain.h"
 
 QFObject::QFObject() = default;
 
@@ -114,11 +115,19 @@ void QFObject::AssociateParameters(QFObject* target) {
 
 // ---- jobs
 
+namespace {
+
+constinit std::atomic<CommandRunner*> g_runner = nullptr;
+
+}  // namespace
+
+void SetCommandRunner(CommandRunner* runner) { g_runner.store(runner, std::memory_order_release); }
+
 QFeThreadStatus QFObject::HandleCommand(QFeCommandType, unsigned, void*&) { return eThreadNotHandled; }
 
 int QFObject::RunCommand(unsigned context, void* param, QFeThreadType type, QFeThreadEndType endType) {
-  const RunCommandService run = GetRunCommandService();
-  return run ? run(this, context, param, type, endType) : 0;
+  CommandRunner* runner = g_runner.load(std::memory_order_acquire);
+  return runner ? runner->RunCommand(this, context, param, type, endType) : 0;
 }
 
 void QFObject::SetTimeTakenForGTP(CString text) { m_TimeTakenForGTP = std::move(text); }
@@ -139,3 +148,9 @@ void QFObject::iCreate() {}
 int QFObject::IsRebuildReqOnStockChange() { return 0; }
 int QFObject::IsDirtyOnStockChange() { return 0; }
 void QFObject::FindDangling(int) {}
+
+// ---- core messages
+
+int SendCoreMessage(QFObject* document, QF_CORE_MESSAGE_ID message, ULONGLONG value, LONGLONG second) {
+  return document ? document->SendQFCoreMessage(message, value, second) : 0;
+}

@@ -12,9 +12,9 @@
 // through HandleCommand, SetTimeTakenForGTP and Name, and takes its record out of the held list by itself.
 #pragma once
 
-#include "share/env/core_messages.h"
+#include "share/core/base_object.h"
+#include "share/core/core_messages.h"
 #include "share/objects/audit_trail.h"
-#include "share/objects/base_object.h"
 #include "share/objects/callback_helper.h"
 #include "share/objects/flagged_error.h"
 #include "share/objects/job_enums.h"
@@ -50,7 +50,7 @@ class KVSHARE_API QFObject : public QFBaseObject {
   // The node's error flag, owned by the node; null if its class has none.
   virtual CFlaggedError* GetFlag();
   // Asks the node, a document, something or tells it. The argument is the address of the value that the message's
-  // number stands for (share/env/core_messages.h). 0 if the node doesn't know the message.
+  // number stands for (share/core/core_messages.h). 0 if the node doesn't know the message.
   virtual int SendQFCoreMessage(QF_CORE_MESSAGE_ID message, ULONGLONG argument, LONGLONG extra);
   // To be called by whoever has made a new node: enters it in the active document's indexer (share/objects/
   // object_indexer.h), which draws its id. Does nothing without an indexer.

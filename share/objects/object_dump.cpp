@@ -1,8 +1,8 @@
 // What a node prints for support staff. Addresses are the nodes' own, so that dumps of several nodes can be laid side
 // by side.
-#include "share/objects/dump.h"
+#include "share/core/dump.h"
 #include "share/objects/object.h"
-#include "share/objects/object_services.h"
+#include "share/objects/object_patterns.h"
 
 namespace {
 
@@ -50,7 +50,7 @@ void QFObject::DumpData(FILE* file) {
   });
   DumpPrint(file, _T("\n m_CompareRes : %s"), TextOf(m_CompareRes));
   DumpPrint(file, _T("\n <---- m_pPatternMngr Start ---->"));
-  if (m_pPatternMngr) GetObjectPatternService()->toNode(m_pPatternMngr)->DumpData(file);
+  if (m_pPatternMngr) GetObjectPatterns()->NodeOf(m_pPatternMngr)->DumpData(file);
   DumpPrint(file, _T("\n <---- m_pPatternMngr End ---->"));
   DumpFlag(file, _T("m_bIsMerged"), m_bMerged);
   DumpFlag(file, _T("m_bMergeInProgress"), m_bMergeInProgress);

@@ -6,9 +6,9 @@
 #include <limits>
 
 #include "framework/archive.h"
-#include "share/objects/dump.h"
-#include "share/objects/id_positions.h"
-#include "share/objects/indexer_names.h"
+#include "share/core/dump.h"
+#include "share/objects/internal/id_positions.h"
+#include "share/objects/internal/indexer_names.h"
 #include "share/objects/object.h"
 #include "share/utilities/object_lists.h"
 

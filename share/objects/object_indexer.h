@@ -2,8 +2,8 @@
 // many of the nodes are still alive. FindIndex gives a node's place among all nodes of its class.
 //
 // A document owns one QFObjectIndexerHelper; the library asks for it by qf_getActiveAutoIdHelper
-// (share/env/document_callbacks.h). A node enters by QFObject::onCreate and leaves by ReleaseIndexer. Loading registers
-// nothing anew: ids come back as they were, and the counts, which old documents lack, are put right by
+// (share/core/document_callbacks.h). A node enters by QFObject::onCreate and leaves by ReleaseIndexer. Loading
+// registers nothing anew: ids come back as they were, and the counts, which old documents lack, are put right by
 // CorrectIndexersReferences once the whole document is in.
 //
 // The class name of a node is its GetRegisterNodeName(); where that is empty, the name of its
@@ -19,7 +19,7 @@
 #include <vector>
 
 #include "framework/ob_list.h"
-#include "share/objects/base_object.h"
+#include "share/core/base_object.h"
 
 class IdPositions;
 class IndexerNames;

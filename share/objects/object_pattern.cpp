@@ -1,37 +1,42 @@
-// The node's pattern, through the table that the pattern manager's folder fills, and drag and paste, in which a pattern
+// The node's pattern, through ObjectPatterns, and drag and paste, in which a pattern
 // manager stands for its base object.
 #include <utility>
 
+#include "share/objects/internal/owner_depth_guard.h"
 #include "share/objects/object.h"
-#include "share/objects/object_services.h"
-#include "share/objects/owner_chain.h"
+#include "share/objects/object_patterns.h"
 
 namespace {
 
+constinit const ObjectPatterns* g_patterns = nullptr;
+
 // The base object if the object is a pattern manager; else null.
 QFObject* BaseOfPattern(QFObject* object) {
-  const ObjectPatternService* patterns = GetObjectPatternService();
-  if (!patterns || !object || !object->IsKindOf(patterns->runtimeClass)) return nullptr;
-  return patterns->getBaseObjectToPattern(patterns->fromNode(object));
+  const ObjectPatterns* patterns = GetObjectPatterns();
+  if (!patterns || !object || !object->IsKindOf(patterns->RuntimeClass())) return nullptr;
+  return patterns->GetBaseObjectToPattern(patterns->ManagerOf(object));
 }
 
 }  // namespace
+
+void SetObjectPatterns(const ObjectPatterns* patterns) { g_patterns = patterns; }
+const ObjectPatterns* GetObjectPatterns() { return g_patterns; }
 
 // ---- pattern
 
 int QFObject::CreatePattern() {
   if (!GetIsPatternSupported()) return 0;
   if (m_pPatternMngr) return 1;
-  const ObjectPatternService* patterns = GetObjectPatternService();
+  const ObjectPatterns* patterns = GetObjectPatterns();
   if (!patterns) return 0;
-  m_pPatternMngr = patterns->create(this);
+  m_pPatternMngr = patterns->Create(this);
   if (!m_pPatternMngr) return 0;
-  patterns->toNode(m_pPatternMngr)->SetOwner(this);
+  patterns->NodeOf(m_pPatternMngr)->SetOwner(this);
   return 1;
 }
 
 int QFObject::DestroyPattern() {
-  if (m_pPatternMngr) delete GetObjectPatternService()->toNode(std::exchange(m_pPatternMngr, nullptr));
+  if (m_pPatternMngr) delete GetObjectPatterns()->NodeOf(std::exchange(m_pPatternMngr, nullptr));
   return 1;
 }
 
@@ -39,7 +44,7 @@ int QFObject::SetPatternMgr(QFObjectPatternMgr* source) {
   if (!source) return DestroyPattern();
   CreatePattern();
   if (!m_pPatternMngr) return 0;
-  if (m_pPatternMngr != source) GetObjectPatternService()->copyParameters(m_pPatternMngr, source);
+  if (m_pPatternMngr != source) GetObjectPatterns()->CopyParameters(m_pPatternMngr, source);
   return 1;
 }
 
@@ -51,19 +56,19 @@ int QFObject::CopyParameters(QFObject* source) {
   m_CompareRes = source->m_CompareRes;
   m_RegName = source->m_RegName;
   if (source->m_pPatternMngr && CreatePattern() && source != this)
-    GetObjectPatternService()->copyParameters(m_pPatternMngr, source->m_pPatternMngr);
+    GetObjectPatterns()->CopyParameters(m_pPatternMngr, source->m_pPatternMngr);
   return 1;
 }
 
 QFObjectPatternMgr* QFObject::GetPatternMgr() { return m_pPatternMngr; }
 
-int QFObject::RebuildPattern() { return m_pPatternMngr ? GetObjectPatternService()->rebuild(m_pPatternMngr) : 1; }
+int QFObject::RebuildPattern() { return m_pPatternMngr ? GetObjectPatterns()->Rebuild(m_pPatternMngr) : 1; }
 
 int QFObject::GetNumPattInstances(int activeOnly) {
   if (!m_pPatternMngr) return 1;
-  const ObjectPatternService& patterns = *GetObjectPatternService();
-  if (!activeOnly) return patterns.toNode(m_pPatternMngr)->GetNumPattInstances(1);
-  return patterns.getPatternActive(m_pPatternMngr) ? patterns.getNumActiveInstances(m_pPatternMngr) : 1;
+  const ObjectPatterns& patterns = *GetObjectPatterns();
+  if (!activeOnly) return patterns.NodeOf(m_pPatternMngr)->GetNumPattInstances(1);
+  return patterns.GetPatternActive(m_pPatternMngr) ? patterns.GetNumActiveInstances(m_pPatternMngr) : 1;
 }
 
 int QFObject::GetIsPatternSupported() { return 0; }
@@ -73,12 +78,12 @@ int QFObject::GetRefPointForPattern(FRPosition&) { return 0; }
 int QFObject::GetIsPatternObject() { return 0; }
 
 QFDirectionRestriction* QFObject::GetPatternDirectionRestriction() {
-  const OwnerStep step;
+  const OwnerDepthGuard step;
   return m_pOwner && step ? m_pOwner->GetPatternDirectionRestriction() : nullptr;
 }
 
 QFDirectionRestriction* QFObject::GetLinearPatternDirectionRestriction() {
-  const OwnerStep step;
+  const OwnerDepthGuard step;
   return m_pOwner && step ? m_pOwner->GetLinearPatternDirectionRestriction() : nullptr;
 }
 
@@ -91,12 +96,12 @@ int QFObject::GetPatternRestriction(int, QFeObjectPatternType& type) {
 
 int QFObject::IsDragOverValid(QFObject* object, unsigned long flags) {
   QFObject* base = BaseOfPattern(object);
-  const OwnerStep step;  // managers that are one another's base
+  const OwnerDepthGuard step;  // managers that are one another's base
   return base && base != this && step ? IsDragOverValid(base, flags) : 0;
 }
 
 int QFObject::DoPaste(QFObject* object, QFObject* target, unsigned long flags) {
   QFObject* base = BaseOfPattern(object);
-  const OwnerStep step;
+  const OwnerDepthGuard step;
   return base && base != this && step ? DoPaste(base, target, flags) : 0;
 }

@@ -20,9 +20,9 @@
 //   15  m_pPatternMngr        reference to a QFObjectPatternMgr          7  null
 //   16  m_RegName             text                                       8  name of GetRuntimeClassForAutoIndexing()
 #include "framework/archive.h"
+#include "share/objects/internal/recent_texts.h"
 #include "share/objects/object.h"
-#include "share/objects/object_services.h"
-#include "share/objects/recent_texts.h"
+#include "share/objects/object_patterns.h"
 #include "share/objects/storage_status.h"
 
 IMPLEMENT_SERIAL(QFObject, QFBaseObject, VERSIONABLE_SCHEMA | 8)
@@ -41,7 +41,7 @@ void QFObject::Serialize(CArchive& ar) {
 // ---- storing
 
 void QFObject::StoreRecord(CArchive& ar) {
-  const ObjectPatternService* patterns = GetObjectPatternService();
+  const ObjectPatterns* patterns = GetObjectPatterns();
   const AuditTrail::Texts& stamps = m_Trail.Get();
   m_UserObjects.Store(ar);
   ar << m_Label << stamps.createdBy << stamps.dateCreated << stamps.lastModified << m_ObjectId << LONG(m_iState);
@@ -49,7 +49,7 @@ void QFObject::StoreRecord(CArchive& ar) {
   ar << stamps.lastModifiedBy << m_NodeStatus;
   StoreReferenceOrNull(ar, m_pOriginalOwner);
   ar << m_DisplayColor;
-  StoreReferenceOrNull(ar, m_pPatternMngr ? patterns->toNode(m_pPatternMngr) : nullptr);
+  StoreReferenceOrNull(ar, m_pPatternMngr ? patterns->NodeOf(m_pPatternMngr) : nullptr);
   ar << m_RegName;
 }
 
@@ -111,13 +111,13 @@ void QFObject::LoadOriginalOwner(CArchive& ar) {
 void QFObject::LoadPattern(CArchive& ar) {
   // Without the pattern manager's folder there is no class that the reference could have: any but null raises.
   static constinit CRuntimeClass nobody = {"", 0, CRuntimeClass::kNoSchema, nullptr, nullptr};
-  const ObjectPatternService* patterns = GetObjectPatternService();
-  auto* manager = static_cast<QFObject*>(ar.ReadObject(patterns ? patterns->runtimeClass : &nobody));
-  if (m_pPatternMngr && manager != patterns->toNode(m_pPatternMngr)) DestroyPattern();
+  const ObjectPatterns* patterns = GetObjectPatterns();
+  auto* manager = static_cast<QFObject*>(ar.ReadObject(patterns ? patterns->RuntimeClass() : &nobody));
+  if (m_pPatternMngr && manager != patterns->NodeOf(m_pPatternMngr)) DestroyPattern();
   if (!manager || m_pPatternMngr) return;
   // One owner each, and no pattern of a pattern: damaged bytes must not make one be deleted twice.
   if (manager->m_bIsPatternOfLoaded || GetIsPatternObject())
     AfxThrowArchiveException(CArchiveException::badIndex, ar.m_strFileName);
   manager->m_bIsPatternOfLoaded = true;
-  m_pPatternMngr = patterns->fromNode(manager);
+  m_pPatternMngr = patterns->ManagerOf(manager);
 }

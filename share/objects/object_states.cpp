@@ -1,7 +1,7 @@
 // The node's state, status word and colour, and what the nodes of a list have in common.
 #include "framework/ob_list.h"
+#include "share/objects/internal/owner_depth_guard.h"
 #include "share/objects/object.h"
-#include "share/objects/owner_chain.h"
 
 // ---- state
 
@@ -15,7 +15,7 @@ int QFObject::IsEditable() const { return 1; }
 
 int QFObject::IsSuppressed1() const {
   if (m_iState == SUPPRESSED || !IsEditable()) return 1;
-  const OwnerStep step;
+  const OwnerDepthGuard step;
   return m_pOwner && step && m_pOwner->IsSuppressed1() != 0;
 }
 

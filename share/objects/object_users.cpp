@@ -47,7 +47,7 @@ void QFObject::DetachFromAllUserObjects() {
       QFObject* user = TakeFirstUser(*list, held);
       if (!user) break;
       user->RemoveFromUserObjectsList(this);
-      if (held) GetJobRecordService()->release(user);
+      if (held) GetJobRecordHolder()->Release(user);
     }
   }
 }
@@ -59,8 +59,8 @@ QFObject* QFObject::TakeFirstUser(UserObjects& list, bool& held) {
   while (!list.IsEmpty()) {
     auto* user = DYNAMIC_DOWNCAST(QFObject, list.RemoveHead());
     if (!user) continue;
-    held = AreThereJobRecords() && GetJobRecordService()->isRecord(user);
-    if (held) GetJobRecordService()->hold(user);
+    held = AreThereJobRecords() && GetJobRecordHolder()->IsRecord(user);
+    if (held) GetJobRecordHolder()->Hold(user);
     return user;
   }
   return nullptr;

@@ -8,7 +8,7 @@
 
 #include "companions/geometry/transforms.h"
 #include "framework/object.h"
-#include "share/env/version_info.h"
+#include "share/core/version_info.h"
 
 // The common root; it tells nothing.
 class KVSHARE_API QFParamHelper : public CObject {
@@ -25,7 +25,7 @@ class KVSHARE_API QFDocParamHelper : public QFParamHelper {
  public:
   explicit QFDocParamHelper(int units) : m_nDocUnits(units) {}
 
-  // The unit code: 0 millimetres, for the others see IsUnitsMetric (share/env/document_messages.h); -1 unknown.
+  // The unit code: 0 millimetres, for the others see IsUnitsMetric (share/core/document_messages.h); -1 unknown.
   int GetDocParamUnits() const { return m_nDocUnits; }
   void SetDocParamUnits(int units) { m_nDocUnits = units; }
   // 1 for millimetres.

@@ -1,5 +1,5 @@
 // Texts that records have in common, compared as they are stored.
-#include "share/objects/recent_texts.h"
+#include "share/objects/internal/recent_texts.h"
 
 #include <memory>
 

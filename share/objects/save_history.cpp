@@ -7,11 +7,11 @@
 
 #include "companions/geometry/constants.h"
 #include "framework/archive.h"
+#include "share/core/dump.h"
+#include "share/core/version_info.h"
 #include "share/env/app_env.h"
 #include "share/env/product_edition.h"
-#include "share/env/version_info.h"
 #include "share/objects/audit_trail.h"
-#include "share/objects/dump.h"
 #include "share/utilities/object_lists.h"
 
 IMPLEMENT_SERIAL(QFDocSrHistory, QFBaseObject, VERSIONABLE_SCHEMA | 3)

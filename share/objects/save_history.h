@@ -7,7 +7,7 @@
 #pragma once
 
 #include "framework/ob_list.h"
-#include "share/objects/base_object.h"
+#include "share/core/base_object.h"
 
 // The saves of one combination.
 class KVSHARE_API QFDocSrHistory : public QFBaseObject {

@@ -6,7 +6,7 @@
 #pragma once
 
 #include "framework/ob_list.h"
-#include "share/objects/base_object.h"
+#include "share/core/base_object.h"
 
 class KVSHARE_API QFSerializeNotify {
  public:

@@ -2,9 +2,9 @@
 #include "share/settings/application_settings.h"
 
 #include "platform/paths.h"
-#include "share/env/registry_keys.h"
-#include "share/settings/application_settings_table.h"
+#include "share/core/registry_keys.h"
 #include "share/settings/feed_colors.h"
+#include "share/settings/internal/application_settings_table.h"
 
 using namespace application_settings;
 

@@ -5,11 +5,12 @@
 //   int lines = 2;
 //   if (const QFSettingsKey* settings = GetAppSettingsCB()) settings->GetValue(_T("LineWidth"), lines);
 //
-// The names, types and defaults stand in share/settings/application_settings_table.h. Three groups declare a name twice
-// with two defaults: "EnableToolHolderOpenGLPreview", "StockDispType" and "DisplayToolHolderPreviewOnToolCrib". Both
-// values stay, which is required and shows: reading and changing by name meet the one declared last; saving writes it
-// first and then the other over it; restoring gives both what is stored. So a change of such a name lasts until the
-// tree is saved and restored; from then on both have what the one declared first had.
+// The names, types and defaults stand in share/settings/internal/application_settings_table.h. Three groups declare a
+// name twice with two defaults: "EnableToolHolderOpenGLPreview", "StockDispType" and
+// "DisplayToolHolderPreviewOnToolCrib". Both values stay, which is required and shows: reading and changing by name
+// meet the one declared last; saving writes it first and then the other over it; restoring gives both what is stored.
+// So a change of such a name lasts until the tree is saved and restored; from then on both have what the one declared
+// first had.
 //
 // Three of the keys are the tables of feed colours (share/settings/feed_colors.h), which hold what the user enters and
 // make every restore of the whole tree give 0.

@@ -2,7 +2,7 @@
 #include "share/settings/document_settings.h"
 
 #include "framework/archive.h"
-#include "share/settings/document_settings_table.h"
+#include "share/settings/internal/document_settings_table.h"
 
 using namespace document_settings;
 

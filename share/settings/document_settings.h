@@ -3,7 +3,7 @@
 // tree, and what the document lacks keeps its default (QFSettingsKey::Serialize). The tree of the active document
 // reaches the library through the callback behind GetActiveDocSettingsCB.
 //
-// The names, types and defaults stand in share/settings/document_settings_table.h. The groups "Operations",
+// The names, types and defaults stand in share/settings/internal/document_settings_table.h. The groups "Operations",
 // "Simulation" and "Rebuild" share their registry keys with groups of the application's settings. Of their names only
 // "ToolDisplay" is in both; the tree that is saved last sets it.
 #pragma once

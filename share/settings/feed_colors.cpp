@@ -7,10 +7,10 @@
 
 #include "companions/geometry/constants.h"
 #include "platform/numbers.h"
-#include "share/env/document_callbacks.h"
-#include "share/env/registry_keys.h"
-#include "share/objects/dump.h"
-#include "share/settings/open_key.h"
+#include "share/core/document_callbacks.h"
+#include "share/core/dump.h"
+#include "share/core/registry_key_handle.h"
+#include "share/core/registry_keys.h"
 
 IMPLEMENT_SERIAL(QFFeedColorsSettings, QFSettingsKey, VERSIONABLE_SCHEMA | 1)
 IMPLEMENT_SERIAL(QFTurnFeedColorsSettings, QFFeedColorsSettings, VERSIONABLE_SCHEMA | 1)
@@ -144,7 +144,7 @@ int QFFeedColorsSettings::SaveValuesToRegistry() { return SaveInPlaceOfAll(); }
 
 int QFFeedColorsSettings::RestoreValuesFromRegistry() {
   RemoveAll();
-  const OpenKey key(GetHandleToKey(/*create=*/1, /*readOnly=*/0));
+  const RegistryKeyHandle key(GetHandleToKey(/*create=*/1, /*readOnly=*/0));
   ForEachColor(key, [this](const CString& name, DWORD color) {
     QFSettingsKey::AddValue(name, static_cast<unsigned long>(color));
   });

@@ -1,5 +1,5 @@
 // How the runs of a save are written: each value by itself, or many in a transaction.
-#include "share/settings/registry_run.h"
+#include "share/settings/internal/registry_run.h"
 
 #include <algorithm>
 
@@ -75,10 +75,10 @@ bool RegistryRun::Write(HKEY opened) const {
   return all;
 }
 
-bool RegistryRun::Write() const { return Write(OpenKey(key_.GetHandleToKey(/*create=*/1, /*readOnly=*/0))); }
+bool RegistryRun::Write() const { return Write(RegistryKeyHandle(key_.GetHandleToKey(/*create=*/1, /*readOnly=*/0))); }
 
 bool RegistryRun::WriteIn(HANDLE transaction) const {
-  OpenKey opened;
+  RegistryKeyHandle opened;
   TCHAR noClass[] = _T("");
   return RegCreateKeyTransactedW(key_.m_Key, key_.m_Path, 0, noClass, 0, KEY_ALL_ACCESS, nullptr, opened.Receive(),
                                  nullptr, transaction, nullptr) == ERROR_SUCCESS &&

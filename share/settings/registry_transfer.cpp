@@ -6,7 +6,7 @@
 #include "framework/text.h"
 #include "platform/errors.h"
 #include "platform/handles.h"
-#include "share/settings/open_key.h"
+#include "share/core/registry_key_handle.h"
 #include "share/settings/registry_text.h"
 
 namespace registry_text {
@@ -56,7 +56,7 @@ class Import {
 
   // Deletes from the leaves up: a path is at most 512 levels deep.
   LSTATUS DeleteTree(HKEY hive, const Text& path) {
-    OpenKey key;
+    RegistryKeyHandle key;
     LSTATUS status =
         RegOpenKeyTransactedW(hive, path.c_str(), 0, KEY_ENUMERATE_SUB_KEYS, key.Receive(), transaction_, nullptr);
     while (status == ERROR_SUCCESS) {
@@ -71,7 +71,7 @@ class Import {
   }
 
   HANDLE transaction_;
-  OpenKey key_;  // of the last step that made one: its values follow
+  RegistryKeyHandle key_;  // of the last step that made one: its values follow
 };
 
 // ---- Writing ----
@@ -117,7 +117,7 @@ class Writer {
   }
 
   bool WriteKey(const KeyName& key) {
-    OpenKey open;
+    RegistryKeyHandle open;
     if (const LSTATUS status = RegOpenKeyExW(key.hive, key.path.c_str(), 0, KEY_READ, open.Receive())) {
       return Fail(ErrorOf(status, key));
     }

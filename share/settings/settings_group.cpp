@@ -1,8 +1,8 @@
 // How a group's table becomes its values.
 #include "share/settings/settings_group.h"
 
-#include "share/env/registry_keys.h"
-#include "share/objects/dump.h"
+#include "share/core/dump.h"
+#include "share/core/registry_keys.h"
 
 namespace {
 

@@ -7,9 +7,9 @@
 #include <utility>
 
 #include "framework/archive.h"
-#include "share/objects/dump.h"
-#include "share/settings/name_index.h"
-#include "share/settings/registry_run.h"
+#include "share/core/dump.h"
+#include "share/settings/internal/name_index.h"
+#include "share/settings/internal/registry_run.h"
 
 IMPLEMENT_SERIAL(QFSettingsKey, QFBaseObject, VERSIONABLE_SCHEMA | 1)
 
@@ -390,7 +390,7 @@ void QFSettingsKey::MergeContents(CObList& loaded, CObList& defaults) {
   ForgetNames();
   const auto nameOf = [this](CObject* item) { return GetName(DYNAMIC_DOWNCAST(QFBaseObject, item)); };
   const auto namesOf = [&](const CObList& list) {
-    std::unordered_set<std::u16string> names;
+    std::unordered_set<Text> names;
     ForEach(list, [&](CObject* item) { names.emplace(nameOf(item).View()); });
     return names;
   };
@@ -399,7 +399,7 @@ void QFSettingsKey::MergeContents(CObList& loaded, CObList& defaults) {
   for (POSITION at = loaded.GetHeadPosition(); at;) {
     const POSITION here = at;
     CObject* item = loaded.GetNext(at);
-    if (wanted.contains(std::u16string(nameOf(item).View())) && item) continue;
+    if (wanted.contains(Text(nameOf(item).View())) && item) continue;
     loaded.RemoveAt(here);
     delete item;
   }

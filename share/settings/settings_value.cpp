@@ -7,10 +7,10 @@
 
 #include "framework/archive.h"
 #include "platform/numbers.h"
-#include "share/objects/dump.h"
-#include "share/settings/registry_run.h"
+#include "share/core/dump.h"
+#include "share/settings/internal/registry_run.h"
+#include "share/settings/internal/text_scan.h"
 #include "share/settings/settings_key.h"
-#include "share/settings/text_scan.h"
 
 IMPLEMENT_SERIAL(QFSettingsValue, QFBaseObject, VERSIONABLE_SCHEMA | 1)
 IMPLEMENT_SERIAL(QFDoubleValue, QFSettingsValue, VERSIONABLE_SCHEMA | 1)
@@ -132,7 +132,7 @@ Stored Encode(const CArray<int, int>& data) {
 
 // Up to the first terminator.
 CString TextIn(const Stored& stored) {
-  std::u16string text((stored.bytes.size() + 1) / sizeof(TCHAR), u'\0');
+  Text text((stored.bytes.size() + 1) / sizeof(TCHAR), _T('\0'));
   std::memcpy(text.data(), stored.bytes.data(), stored.bytes.size());
   return CString(text.c_str());
 }
@@ -237,7 +237,8 @@ int QFTypedValue<Datum, Given>::SaveValueToRegistry(QFSettingsKey* key) {
     run->Add(m_Name, std::move(stored));
     return 1;
   }
-  return WriteStored(OpenKey(key ? key->GetHandleToKey(/*create=*/1, /*readOnly=*/0) : nullptr), m_Name, stored);
+  return WriteStored(RegistryKeyHandle(key ? key->GetHandleToKey(/*create=*/1, /*readOnly=*/0) : nullptr), m_Name,
+                     stored);
 }
 
 template <class Datum, class Given>
@@ -249,7 +250,7 @@ template <class Datum, class Given>
 int QFTypedValue<Datum, Given>::RestoreValueFromRegistry(QFSettingsKey* key) {
   Stored stored;
   RegistryRun* run = RunOf(key);
-  const OpenKey opened(key && !run ? key->GetHandleToKey(/*create=*/0, /*readOnly=*/1) : nullptr);
+  const RegistryKeyHandle opened(key && !run ? key->GetHandleToKey(/*create=*/0, /*readOnly=*/1) : nullptr);
   if (!ReadStored(run ? run->ToRead() : HKEY(opened), m_Name, stored)) return 0;
   if constexpr (std::is_class_v<Datum>) {
     return Decode(stored, m_Data);

@@ -24,7 +24,7 @@
 #include "framework/rectangle.h"
 #include "framework/time.h"
 #include "platform/registry.h"
-#include "share/objects/base_object.h"
+#include "share/core/base_object.h"
 
 class QFSettingsKey;
 class RegistryRun;

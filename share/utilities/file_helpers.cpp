@@ -6,7 +6,6 @@
 #include "platform/files.h"
 #include "platform/paths.h"
 #include "platform/time.h"
-#include "share/env/app_env.h"
 #include "share/utilities/files_and_folders.h"
 
 namespace {
@@ -23,10 +22,10 @@ bool IsDigitOrLetter(char c) { return IsCapital(c) || (c >= 'a' && c <= 'z') || 
 // Not _wsplitpath, which cuts parts of more than 255 characters.
 int ExtractPathAndFileName(CString path, CString& drive, CString& folder, CString& name, CString& extension) {
   if (path.IsEmpty()) return 0;
-  const std::u16string_view text = path.View();
-  const std::size_t drive_end = path[1] == u':' ? 2 : 0;
-  const std::size_t name_at = std::max(text.find_last_of(u"\\/") + 1, drive_end);  // npos + 1 is 0
-  const std::size_t point = std::min(text.find_last_of(u'.'), text.size());
+  const TextView text = path.View();
+  const std::size_t drive_end = path[1] == _T(':') ? 2 : 0;
+  const std::size_t name_at = std::max(text.find_last_of(_T("\\/")) + 1, drive_end);  // npos + 1 is 0
+  const std::size_t point = std::min(text.find_last_of(_T('.')), text.size());
   const std::size_t extension_at = point < name_at ? text.size() : point;
   drive = CString(text.substr(0, drive_end));
   folder = CString(text.substr(drive_end, name_at - drive_end));
@@ -60,7 +59,7 @@ int CreateTempFileName(const CString& folder, const CString& prefix, CString& pa
 }
 
 int DoesFileExistAtGivenPath(const CString& path) {
-  const int slash = path.ReverseFind(u'\\');
+  const int slash = path.ReverseFind(_T('\\'));
   const CString folder = path.Left(slash);
   const CString name = path.Mid(slash + 1);
   if (folder.IsEmpty() || name.IsEmpty()) return 0;
@@ -70,13 +69,6 @@ int DoesFileExistAtGivenPath(const CString& path) {
     if (names.GetNext(at).CompareNoCase(name) == 0) return 1;
   }
   return 0;
-}
-
-int GetCorrectToolFilePath(const CString& path, CString& result) {
-  const int at = path.Find(_T("Tooling"));
-  if (at <= 0) return 0;
-  result = AppEnv()->GetKVDataPath() + path.Mid(at);
-  return 1;
 }
 
 // ---- characters

@@ -25,10 +25,6 @@ KVSHARE_API int CreateTempFileName(const CString& folder, const CString& prefix,
 // empty, so for a file in a root without a drive too.
 KVSHARE_API int DoesFileExistAtGivenPath(const CString& path);
 
-// A tool's path as another installation stored it, rewritten for this one: the folder of data and what the path has
-// from the word "Tooling" on. 0 if the word is not in the path or begins it.
-KVSHARE_API int GetCorrectToolFilePath(const CString& path, CString& result);
-
 // ---- characters, of the text as UTF-8
 
 // 1 if there is a character that is no ASCII digit or letter nor one of ^ & @ { } [ ] , $ = ! _ # ( ) % . + ~ ` - (the

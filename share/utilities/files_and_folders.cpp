@@ -16,11 +16,11 @@ constexpr LPCTSTR kEverything = _T("*.*");
 
 bool EndsWithSlash(const CString& path) {
   const TCHAR last = path[path.GetLength() - 1];
-  return last == u'\\' || last == u'/';
+  return last == _T('\\') || last == _T('/');
 }
 
 CString Below(const CString& folder, LPCTSTR name) {
-  return EndsWithSlash(folder) ? folder + name : folder + u'\\' + name;
+  return EndsWithSlash(folder) ? folder + name : folder + _T('\\') + name;
 }
 
 // A search for the path without its backslash finds the link itself and not what it leads to.
@@ -199,17 +199,17 @@ int QFFileAndFolderUtilities::IsFileInTempDirectory(const CString& path) {
 // ---- texts of paths
 
 int QFFileAndFolderUtilities::EnsureFileExtHasDot(CString& extension) {
-  if (extension[0] != u'.') extension.Insert(0, u'.');
+  if (extension[0] != _T('.')) extension.Insert(0, _T('.'));
   return 1;
 }
 
 int QFFileAndFolderUtilities::EnsureFolderPathEndsWithSlash(CString& folder) {
-  if (folder[folder.GetLength() - 1] != u'\\') folder += u'\\';
+  if (folder[folder.GetLength() - 1] != _T('\\')) folder += _T('\\');
   return 1;
 }
 
 int QFFileAndFolderUtilities::ConcatFolderPathFileName(const CString& folder, const CString& name, CString& path) {
-  path = CString(folder).TrimRight(u'\\') + u'\\' + CString(name).TrimLeft(u'\\');
+  path = CString(folder).TrimRight(_T('\\')) + _T('\\') + CString(name).TrimLeft(_T('\\'));
   return 1;
 }
 

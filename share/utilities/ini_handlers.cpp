@@ -6,8 +6,8 @@
 
 #include "platform/files.h"
 #include "platform/profile.h"
-#include "share/env/registry_access.h"
-#include "share/env/registry_keys.h"
+#include "share/core/registry_access.h"
+#include "share/core/registry_keys.h"
 
 namespace {
 
@@ -20,7 +20,7 @@ void AppendNames(const CString& file, LPCTSTR section, CList<CString>& names) {
   if (file.IsEmpty()) return;
   std::vector<TCHAR> list(kListUnits);
   GetPrivateProfileStringW(section, nullptr, _T(""), list.data(), kListUnits, file);
-  for (LPCTSTR name = list.data(); *name; name += std::u16string_view(name).size() + 1) names.AddTail(name);
+  for (LPCTSTR name = list.data(); *name; name += TextView(name).size() + 1) names.AddTail(name);
 }
 
 }  // namespace

@@ -4,16 +4,10 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <vector>
 
-#include "share/objects/object.h"
 #include "share/utilities/pointer_set.h"
 
 namespace {
-
-void InsertAll(const CObList& list, PointerSet& set) {
-  for (POSITION at = list.GetHeadPosition(); at;) set.Insert(list.GetNext(at));
-}
 
 // Where a set operation works: see the header.
 CObList& TargetOf(CObList& a, CObList* result) {
@@ -21,8 +15,6 @@ CObList& TargetOf(CObList& a, CObList* result) {
   result->AddTail(&a);
   return *result;
 }
-
-bool IsNode(const CObject* object) { return object && object->IsKindOf(RUNTIME_CLASS(QFObject)); }
 
 }  // namespace
 
@@ -107,17 +99,6 @@ LONGLONG CObList_Xtion(CObList& a, CObList& b, CObList* result) {
   return target.GetCount();
 }
 
-void FindAndAdd(CObList& target, CObList& source) {
-  if (&source == &target) return;
-  if (target.IsEmpty()) return target.AddTail(&source);
-  PointerSet met(target.GetCount() + source.GetCount());
-  InsertAll(target, met);
-  for (POSITION at = source.GetHeadPosition(); at;) {
-    CObject* object = source.GetNext(at);
-    if (IsNode(object) && met.Insert(object)) target.AddTail(object);
-  }
-}
-
 // ---- sorting
 
 int CObList_Sort(CObList* list, CObListCompare compare) {
@@ -128,43 +109,4 @@ int CObList_Sort(CObList* list, CObListCompare compare) {
   LONGLONG i = 0;
   for (POSITION at = list->GetHeadPosition(); at; ++i) list->GetNext(at) = cells[i];
   return 1;
-}
-
-// ---- names
-
-namespace {
-
-// The number of the candidate that stands behind the common beginning: 1 for nothing, n for "n " as "%d " writes it; 0
-// for any other text and for a number above limit.
-LONGLONG CandidateNumber(std::u16string_view text, LONGLONG limit) {
-  if (text.empty()) return 1;
-  if (text.size() < 2 || text.back() != u' ' || text.front() == u'0') return 0;
-  text.remove_suffix(1);
-  LONGLONG number = 0;
-  for (const char16_t digit : text) {
-    if (digit < u'0' || digit > u'9') return 0;
-    number = number * 10 + (digit - u'0');
-    if (number > limit) return 0;
-  }
-  return number > 1 ? number : 0;
-}
-
-}  // namespace
-
-void ChangeNameForCopiedFeatAndOper(CObList& list, const CString& word, const CString& name, CString& result) {
-  CString candidate = name + _T(" - ") + word + _T(" ");
-  // With n elements one of the first n + 1 candidates is free.
-  const LONGLONG last = list.GetCount() + 1;
-  std::vector<bool> taken(std::size_t(last) + 1);
-  for (POSITION at = list.GetHeadPosition(); at;) {
-    CObject* object = list.GetNext(at);
-    if (!IsNode(object)) continue;
-    const CString used = static_cast<QFObject*>(object)->Name();
-    if (used.View().starts_with(candidate.View()))
-      taken[std::size_t(CandidateNumber(used.View().substr(candidate.View().size()), last))] = true;
-  }
-  LONGLONG number = 1;
-  while (taken[std::size_t(number)]) ++number;
-  if (number > 1) candidate.AppendFormat(_T("%d "), number);
-  result = candidate;
 }

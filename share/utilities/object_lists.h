@@ -43,10 +43,6 @@ KVSHARE_API LONGLONG CObList_Union(CObList& a, CObList& b, CObList* result);
 // Removes each element of the target that is not in b, also what the target held before.
 KVSHARE_API LONGLONG CObList_Xtion(CObList& a, CObList& b, CObList* result);
 
-// To an empty target appends every element of source, whatever it is. To any other only the nodes (QFObject) of source
-// that it doesn't have yet: nulls and other kinds of object are passed over.
-KVSHARE_API void FindAndAdd(CObList& target, CObList& source);
-
 // ---- sorting
 
 // As the standard library's qsort wants it: it gets pointers to two cells that hold CObject*, and gives a negative
@@ -56,11 +52,3 @@ using CObListCompare = int (*)(const void* left, const void* right);
 // The order of equal elements is not defined. Gives 1; 0, and does nothing, for a null or empty list and without a
 // comparison. If the comparison throws, the list is as it was.
 KVSHARE_API int CObList_Sort(CObList* list, CObListCompare compare);
-
-// ---- names
-
-// Gives a name for a copied feature or operation that no node of the list bears: the first free one of
-// "name - word ", "name - word 2 ", "name - word 3 " and so on, each with a blank at its end. Names are compared
-// exactly; elements that are no nodes are passed over. The result may be one of the texts handed in.
-KVSHARE_API void ChangeNameForCopiedFeatAndOper(CObList& list, const CString& word, const CString& name,
-                                                CString& result);

@@ -1,5 +1,5 @@
-// A set of pointers for a walk over object lists: which objects have been met. Open-addressed; up to some forty
-// pointers it asks the heap for nothing. Not public.
+// A set of pointers for one walk over object lists. Open-addressed; up to 42 pointers it allocates nothing. Not
+// copyable; one thread at a time.
 #pragma once
 
 #include <array>
@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "framework/ob_list.h"
 #include "platform/types.h"
 
 class PointerSet {
@@ -51,3 +52,8 @@ class PointerSet {
   std::uintptr_t* slots_ = small_.data();
   int shift_ = 64 - 6;
 };
+
+// Inserts every element of the list, null too.
+inline void InsertAll(const CObList& list, PointerSet& set) {
+  for (POSITION at = list.GetHeadPosition(); at;) set.Insert(list.GetNext(at));
+}

@@ -18,7 +18,7 @@ void QFRegionalDecimal::SetIsEnglishDecimal() {
 }
 
 void QFRegionalDecimal::ToEnglishDecimal(CString& text) const {
-  if (!m_bIsEnglishDecimal) text.Replace(TCHAR(BYTE(m_cRegionalDecimal)), u'.');
+  if (!m_bIsEnglishDecimal) text.Replace(TCHAR(BYTE(m_cRegionalDecimal)), _T('.'));
 }
 
 double QFRegionalDecimal::AtoF(char* text) const {

@@ -7,7 +7,7 @@
 #include "framework/text.h"
 #include "platform/console.h"
 #include "platform/handles.h"
-#include "share/utilities/process_calls.h"
+#include "share/utilities/internal/process_calls.h"
 
 namespace {
 

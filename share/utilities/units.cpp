@@ -1,7 +1,7 @@
 // The conversions that the active document makes. Without one a request stays as it was put.
 #include "share/utilities/units.h"
 
-#include "share/env/document_messages.h"
+#include "share/core/document_messages.h"
 
 namespace {
 

@@ -7,8 +7,8 @@
 #include "framework/resources.h"
 #include "platform/paths.h"
 #include "platform/process.h"
+#include "share/core/version_info.h"
 #include "share/env/feature_switches.h"
-#include "share/env/version_info.h"
 #include "tests/env/clean_environment.h"
 
 namespace {

@@ -2,7 +2,8 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
-#include "share/env/document_callbacks.h"
+#include "share/core/document_callbacks.h"
+#include "share/env/setting_queries.h"
 #include "share/settings/settings_key.h"
 #include "tests/registered.h"
 

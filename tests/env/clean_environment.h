@@ -3,9 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include "share/core/registry_access.h"
+#include "share/core/registry_keys.h"
 #include "share/env/app_env.h"
-#include "share/env/registry_access.h"
-#include "share/env/registry_keys.h"
 #include "tests/registered.h"
 #include "tests/registry_calls.h"
 

@@ -5,7 +5,7 @@
 
 #include <functional>
 
-#include "share/env/document_messages.h"
+#include "share/core/document_messages.h"
 #include "share/objects/object.h"
 #include "tests/registered.h"
 

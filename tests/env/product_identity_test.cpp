@@ -3,9 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include "share/env/registry_access.h"
-#include "share/env/registry_keys.h"
-#include "share/env/version_info.h"
+#include "share/core/registry_access.h"
+#include "share/core/registry_keys.h"
+#include "share/core/version_info.h"
 #include "tests/registered.h"
 
 namespace {

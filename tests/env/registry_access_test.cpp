@@ -1,5 +1,5 @@
 // Access to single registry values, and the switches that are read at each call.
-#include "share/env/registry_access.h"
+#include "share/core/registry_access.h"
 
 #include "share/env/feature_switches.h"
 #include "tests/env/clean_environment.h"

@@ -1,5 +1,5 @@
 // The table of a storing archive against a plain map, with keys as addresses lie: in runs, and far apart.
-#include "framework/stored_numbers.h"
+#include "framework/internal/stored_numbers.h"
 #include "tests/scratch.h"
 
 #include <gtest/gtest.h>

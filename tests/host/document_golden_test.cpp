@@ -3,7 +3,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "share/env/document_messages.h"
+#include "share/core/document_messages.h"
 #include "tests/host/document_fixture.h"
 #include "tests/host/document_records.h"
 #include "tests/host/run_command.h"

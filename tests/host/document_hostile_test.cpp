@@ -12,7 +12,7 @@
 #include "host/document/document_tree.h"
 #include "host/document/sample_document.h"
 #include "host/main_module.h"
-#include "share/env/version_info.h"
+#include "share/core/version_info.h"
 #include "tests/host/document_records.h"
 #include "tests/host/live_bytes.h"
 #include "tests/scratch.h"

@@ -7,7 +7,7 @@
 #include "host/document/document_check.h"
 #include "host/document/document_status.h"
 #include "host/document/object_archive.h"
-#include "share/env/document_callbacks.h"
+#include "share/core/document_callbacks.h"
 #include "share/objects/serialize_notify.h"
 #include "tests/host/document_fixture.h"
 #include "tests/host/document_records.h"

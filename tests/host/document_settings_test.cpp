@@ -5,7 +5,8 @@
 #include "host/document/checksum.h"
 #include "host/document/settings_stream.h"
 #include "platform/paths.h"
-#include "share/env/document_callbacks.h"
+#include "share/core/document_callbacks.h"
+#include "share/env/setting_queries.h"
 #include "tests/archive_bytes.h"
 #include "tests/host/document_fixture.h"
 

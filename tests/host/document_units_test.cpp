@@ -4,7 +4,7 @@
 #include <cmath>
 #include <limits>
 
-#include "share/env/document_messages.h"
+#include "share/core/document_messages.h"
 #include "share/utilities/units.h"
 #include "tests/host/document_fixture.h"
 

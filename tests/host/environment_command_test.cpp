@@ -4,7 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "share/env/registry_keys.h"
+#include "share/core/registry_keys.h"
 #include "tests/host/run_command.h"
 #include "tests/host/scratch_installation.h"
 

@@ -6,8 +6,8 @@
 #include <functional>
 #include <nlohmann/json.hpp>
 
-#include "share/env/registry_access.h"
-#include "share/env/registry_keys.h"
+#include "share/core/registry_access.h"
+#include "share/core/registry_keys.h"
 #include "tests/host/run_command.h"
 #include "tests/host/scratch_installation.h"
 

@@ -67,11 +67,25 @@ int LayerOf(const std::string& path) {
   return int(std::find(kLayers.begin(), kLayers.end(), path.substr(0, path.find('/'))) - kLayers.begin());
 }
 
-// Whether a room of share/ may include another.
-bool MayEnter(const std::string& from, const std::string& to) {
-  static const std::vector<std::string> open = {"objects", "settings", "env", "utilities"};
-  if (from == to || from.empty() || std::find(open.begin(), open.end(), to) != open.end()) return true;
-  return (from == "patterns" && to == "display") || (from == "interface" && to == "diagnostics");
+// Rooms of share/ by rank: each may include only rooms of a lower rank. Files directly in share/ may include every
+// room.
+constexpr struct {
+  int rank;
+  std::string_view room;
+} kRooms[] = {{0, "core"}, {1, "utilities"}, {2, "settings"},    {3, "env"},      {4, "objects"},  {5, "machine"},
+              {5, "jobs"}, {5, "display"},   {5, "diagnostics"}, {6, "patterns"}, {6, "interface"}};
+
+int RankOf(std::string_view room) {
+  for (const auto& row : kRooms)
+    if (row.room == room) return row.rank;
+  return -1;
+}
+
+// The folder that a header in an internal/ folder belongs to: share/machine/internal/x.h -> share/machine/. Empty for
+// any other path.
+std::string OwnerOfInternal(const std::string& path) {
+  const std::size_t at = path.find("/internal/");
+  return at == std::string::npos ? "" : path.substr(0, at + 1);
 }
 
 }  // namespace
@@ -85,9 +99,12 @@ TEST(House, IncludesPointDown) {
     const int from = LayerOf(include.line.file), to = LayerOf(include.target);
     EXPECT_LT(to, int(kLayers.size())) << "it names no layer: write the path from the root";
     EXPECT_LE(to, from) << "it points up";
-    if (from == LayerOf("share/") && to == from) {
-      EXPECT_TRUE(MayEnter(ShareRoom(include.line.file), ShareRoom(include.target))) << "rooms that don't know another";
-    }
+    EXPECT_TRUE(include.line.file.starts_with(OwnerOfInternal(include.target))) << "a header of another room's own";
+    if (from != LayerOf("share/") || to != from) continue;
+    const std::string room = ShareRoom(include.line.file), target = ShareRoom(include.target);
+    if (room.empty() || room == target) continue;
+    EXPECT_GE(RankOf(room), 0) << "a room without a rank";
+    EXPECT_GT(RankOf(room), RankOf(target)) << "rooms may include only rooms of a lower rank";
   }
 }
 
@@ -97,6 +114,15 @@ TEST(House, SystemHeadersStayInThePlatform) {
   for (const Include& include : AllIncludes()) {
     if (include.line.file.starts_with("platform/")) continue;
     EXPECT_FALSE(std::regex_search(include.target, foreign)) << include.line.place << " includes " << include.target;
+  }
+}
+
+TEST(House, TextIsWrittenWithTheTypesOfThePlatform) {
+  const std::regex fixed(R"re((^|[^A-Za-z0-9_%"'\\])u["']|\bchar16_t\b|u16string)re");
+  for (const auto& [line, match] : Matches(fixed)) {
+    const std::size_t comment = line.text.find("//");
+    if (line.file.starts_with("platform/linux/") || comment < std::size_t(match.position())) continue;
+    ADD_FAILURE() << line.place << " " << line.text << "\nwrite _T(...), TCHAR, TextView or Text";
   }
 }
 

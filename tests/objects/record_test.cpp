@@ -7,7 +7,7 @@
 #include <random>
 #include <vector>
 
-#include "share/env/document_messages.h"
+#include "share/core/document_messages.h"
 #include "share/objects/object.h"
 #include "tests/objects/loaded_object.h"
 #include "tests/objects/test_document.h"

@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "companions/geometry/constants.h"
+#include "share/core/registry_access.h"
+#include "share/core/registry_keys.h"
 #include "share/env/product_edition.h"
 #include "share/env/product_identity.h"
-#include "share/env/registry_access.h"
-#include "share/env/registry_keys.h"
 #include "tests/objects/history_bytes.h"
 #include "tests/objects/loaded_object.h"
 #include "tests/objects/test_document.h"

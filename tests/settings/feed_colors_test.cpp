@@ -3,7 +3,7 @@
 
 #include <random>
 
-#include "share/env/document_callbacks.h"
+#include "share/core/document_callbacks.h"
 #include "tests/archive_bytes.h"
 #include "tests/registry_calls.h"
 

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/paths.h"
-#include "share/env/registry_keys.h"
+#include "share/core/registry_keys.h"
 #include "tests/registry_calls.h"
 
 namespace {

@@ -1,5 +1,6 @@
 // Operations on whole lists: what each leaves in the list, what it gives, and that long lists are no trouble.
 #include "share/utilities/object_lists.h"
+#include "share/objects/node_lists.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "share/utilities/process_calls.h"
+#include "share/utilities/internal/process_calls.h"
 
 namespace {
 

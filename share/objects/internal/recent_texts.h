@@ -5,8 +5,8 @@
 
 #include <array>
 
-#include "framework/supply.h"
 #include "share/objects/audit_trail.h"
+#include "share/objects/internal/counted_batch.h"
 
 class CArchive;
 struct CRuntimeClass;
@@ -29,13 +29,13 @@ class RecentTexts {
  private:
   // Texts as they stand in a record, one behind the other. Of those that are too long nothing is known: 0 bytes.
   struct KnownTrail {
-    Supply<AuditTrail> trail;
+    CountedBatch<AuditTrail> trail;
     std::array<BYTE, 256> stored;
     std::size_t firstBytes = 0;  // of the first three
     std::size_t bytes = 0;
   };
   struct KnownName {
-    Supply<CString> name;
+    CountedBatch<CString> name;
     std::array<BYTE, 96> stored;
     std::size_t bytes = 0;
   };
@@ -43,7 +43,7 @@ class RecentTexts {
   static RecentTexts& Make();
   void Keep(const AuditTrail& trail);
 
-  [[gnu::tls_model("initial-exec")]] inline static thread_local constinit RecentTexts* t_texts = nullptr;
+  KV_FAST_THREAD_LOCAL inline static constinit RecentTexts* t_texts = nullptr;
 
   // Two: a node that somebody has changed stands between others that have one trail.
   std::array<KnownTrail, 2> m_trails;

@@ -1,5 +1,5 @@
 // Printing into object dumps.
-#include "share/objects/dump.h"
+#include "share/core/dump.h"
 
 void DumpText(FILE* file, const CString& text) {
   if (!file) return;

@@ -1,18 +1,18 @@
-// Supply, a counted value of which one thread wants many copies, such as a text that all records of a document have.
-// The counter of its users is changed once for many copies: an atomic change costs more than all the rest of a copy.
-// Not public.
+// CountedBatch, a counted value of which one thread wants many copies, such as a text that all records of a document
+// have. The counter of its users is changed once for many copies: an atomic change costs more than all the rest of a
+// copy. Not public.
 #pragma once
 
 #include <utility>
 
 // Counted has AddUsers(int), and Adopt(const Counted&), which gives a copy that has been counted already.
 template <class Counted>
-class Supply {
+class CountedBatch {
  public:
-  Supply() = default;
-  ~Supply() { value_.AddUsers(-left_); }
-  Supply(const Supply&) = delete;
-  Supply& operator=(const Supply&) = delete;
+  CountedBatch() = default;
+  ~CountedBatch() { value_.AddUsers(-left_); }
+  CountedBatch(const CountedBatch&) = delete;
+  CountedBatch& operator=(const CountedBatch&) = delete;
 
   const Counted& Get() const { return value_; }
   void Set(const Counted& value) {

@@ -71,13 +71,6 @@ KVSHARE_API QFSettingsKey* GetActiveDocSettingsCB();
 KVSHARE_API QFSettingsKey* GetAppSettingsCB();
 KVSHARE_API QFFeedColorsSettings* GetAppFeedColorSettingsCB();
 
-// Two values of the application's "Display" settings, 0 if they are not there.
-KVSHARE_API int GetLastopernDlgtab();
-KVSHARE_API int GetCollapseOnPreview();
-// "MaxFacetDeviation" of the active document's "Simulation" settings. -1.0 stands for the default: without such a
-// value, and for every value whose thousandfold is above 0.1, within RESABS.
-KVSHARE_API double GetSimulationSettingsFacetDeviation();
-
 // ---- jobs and messages
 
 // Long computations report their steps and ask, at their own pace, whether to stop. 0 if not registered. A job that was

@@ -25,15 +25,6 @@ KVSHARE_API int SetRegistryValueForString(HKEY hive, const CString& path, const 
 
 KVSHARE_API void RegSettingDeleteValue(HKEY hive, const CString& path, const CString& name);
 
-// Switches by name, from this release's debug key or the one that survives upgrades. A missing value gives the default;
-// a present one its content, also if that is 0.
-KVSHARE_API int GetDebugRegistryVal(const CString& name, int defaultValue);
-KVSHARE_API CString GetDebugRegistryVal(const CString& name, const CString& defaultValue);
-KVSHARE_API int GetVersionIndependentDebugRegistryVal(const CString& name, int defaultValue);
-
-// The switch "LegacyTurnDataCorrection": found is 1 and value its content if it is there, else both are 0.
-KVSHARE_API void GetLegacyTurnDataRegistryData(int& found, int& value);
-
 // 1 if that version of the office database is installed, in its 32-bit edition if is32Bit is 1.
 KVSHARE_API int CheckAccessVersionInstalled(int officeVersion, int is32Bit);
 

@@ -1,10 +1,14 @@
 // The numbers of the core messages: what the library says to a document, or asks of it, through
-// QFObject::SendQFCoreMessage. The functions that send them stand in share/env/document_messages.h and, for the
+// QFObject::SendQFCoreMessage. The functions that send them stand in share/core/document_messages.h and, for the
 // conversion of units, with the utilities.
 //
 // The message's first argument is the address of the value named here, unless it says otherwise; its second is 0. A
 // document answers nonzero to a message that it knows. Numbers in between belong to the modules.
 #pragma once
+
+#include "platform/types.h"
+
+class QFObject;
 
 enum QF_CORE_MESSAGE_ID : int {
   QF_CORE_GET_READ_STORAGE_UNITS = 201,      // float, out
@@ -23,3 +27,7 @@ enum QF_CORE_MESSAGE_ID : int {
   QF_CORE_REMOVE_NODE_FROM_SELECTION = 284,  // the ui_QFObject's own address
   QF_CORE_GET_DOC_SERVICE_PACK = 290,        // CString, out
 };
+
+// Sends the message to the document: its QFObject::SendQFCoreMessage. Returns the document's answer; 0 for null. Kept
+// apart from QFObject so that code below the nodes can send.
+KVSHARE_API int SendCoreMessage(QFObject* document, QF_CORE_MESSAGE_ID message, ULONGLONG value, LONGLONG second);

@@ -5,14 +5,14 @@
 
 #include "platform/registry.h"
 
-class OpenKey {
+class RegistryKeyHandle {
  public:
-  OpenKey() = default;
+  RegistryKeyHandle() = default;
   // Takes an open handle over; null is none.
-  explicit OpenKey(HKEY handle) : handle_(handle) {}
-  OpenKey(OpenKey&& other) noexcept : handle_(std::exchange(other.handle_, nullptr)) {}
-  OpenKey& operator=(OpenKey&&) = delete;
-  ~OpenKey() { Close(); }
+  explicit RegistryKeyHandle(HKEY handle) : handle_(handle) {}
+  RegistryKeyHandle(RegistryKeyHandle&& other) noexcept : handle_(std::exchange(other.handle_, nullptr)) {}
+  RegistryKeyHandle& operator=(RegistryKeyHandle&&) = delete;
+  ~RegistryKeyHandle() { Close(); }
 
   // Null before a key was opened, and where opening it failed: every call then gives ERROR_INVALID_HANDLE.
   operator HKEY() const { return handle_; }

@@ -2,14 +2,14 @@
 // stack holds: then the question has to end. Not public.
 #pragma once
 
-class OwnerStep {
+class OwnerDepthGuard {
  public:
   static constexpr int kMostLevels = 4096;
 
-  OwnerStep() { ++t_levels; }
-  ~OwnerStep() { --t_levels; }
-  OwnerStep(const OwnerStep&) = delete;
-  OwnerStep& operator=(const OwnerStep&) = delete;
+  OwnerDepthGuard() { ++t_levels; }
+  ~OwnerDepthGuard() { --t_levels; }
+  OwnerDepthGuard(const OwnerDepthGuard&) = delete;
+  OwnerDepthGuard& operator=(const OwnerDepthGuard&) = delete;
 
   // False if the next object must not be asked.
   explicit operator bool() const { return t_levels <= kMostLevels; }

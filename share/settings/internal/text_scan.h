@@ -8,7 +8,7 @@
 
 class TextScan {
  public:
-  explicit TextScan(std::u16string_view text) : rest_(text) {}
+  explicit TextScan(TextView text) : rest_(text) {}
 
   // A decimal number, cut to its low 32 bits; false, with the value untouched, if there is none.
   bool Integer(DWORD& value) {
@@ -30,8 +30,8 @@ class TextScan {
   }
 
  private:
-  char16_t At(std::size_t i) const { return i < rest_.size() ? rest_[i] : u'\0'; }
-  static bool IsDigit(char16_t c) { return c >= '0' && c <= '9'; }
+  TCHAR At(std::size_t i) const { return i < rest_.size() ? rest_[i] : _T('\0'); }
+  static bool IsDigit(TCHAR c) { return c >= '0' && c <= '9'; }
 
-  std::u16string_view rest_;
+  TextView rest_;
 };

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/types.h"
+
 namespace kvxml {
 
 // How a file's text lies in its bytes. Western is "windows-1252", which "iso-8859-1" is read as.
@@ -20,7 +22,7 @@ std::string Decode(std::string_view bytes, Encoding encoding);
 std::string Encode(std::string_view text, Encoding encoding);
 
 // A value as it stands between the quotes of an attribute, in ASCII alone, so that it fits every encoding.
-std::string EscapeAttribute(std::u16string_view value);
+std::string EscapeAttribute(TextView value);
 
 // The offset of the first byte of each line, the first line's 0 included. A line ends with LF.
 std::vector<std::size_t> LineStarts(std::string_view text);

@@ -22,7 +22,7 @@ class IndexerNames {
   }
 
   // Null if there is none; valid as long as this table.
-  const Entries* Find(std::u16string_view name) const {
+  const Entries* Find(TextView name) const {
     const auto found = m_entries.find(name);
     return found == m_entries.end() ? nullptr : &found->second;
   }
@@ -52,18 +52,16 @@ class IndexerNames {
 
   // Lengths decide most comparisons.
   struct ShorterFirst {
-    bool operator()(std::u16string_view a, std::u16string_view b) const {
-      return a.size() != b.size() ? a.size() < b.size() : a < b;
-    }
+    bool operator()(TextView a, TextView b) const { return a.size() != b.size() ? a.size() < b.size() : a < b; }
   };
 
   // False also for a name that is not plain ASCII.
   static bool IsNamed(const QFObjectIndexer& entry, LPCSTR name) {
-    for (const char16_t unit : entry.GetIndexedClassName().View())
+    for (const TCHAR unit : entry.GetIndexedClassName().View())
       if (BYTE(*name++) != unit || unit > 0x7F) return false;  // at the name's end the NUL differs
     return *name == 0;
   }
 
-  std::map<std::u16string_view, Entries, ShorterFirst> m_entries;
+  std::map<TextView, Entries, ShorterFirst> m_entries;
   std::array<Recent, 1 << kRecentBits> m_recent;
 };

@@ -1,4 +1,4 @@
-// What the library asks of the active document and tells it, by core messages (share/env/core_messages.h).
+// What the library asks of the active document and tells it, by core messages (share/core/core_messages.h).
 //
 // Every function works on GetActiveDocument() at the moment of the call. Without a document nothing is sent and the
 // result is 0, or an empty text, unless it says otherwise; a document that doesn't know the message leaves the same
@@ -6,7 +6,7 @@
 #pragma once
 
 #include "framework/text.h"
-#include "share/env/core_messages.h"
+#include "share/core/core_messages.h"
 
 class QFObject;
 class ui_QFObject;

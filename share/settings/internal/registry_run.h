@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "platform/handles.h"
-#include "share/settings/open_key.h"
+#include "share/core/registry_key_handle.h"
 #include "share/settings/settings_value.h"
 
 class QFSettingsKey;
@@ -44,7 +44,7 @@ class RegistryRun {
   bool clears_ = false;   // deletes what the registry key holds ahead of writing
   bool changes_ = false;  // has something to write
   bool tried_ = false;
-  OpenKey opened_;
+  RegistryKeyHandle opened_;
   std::vector<Value> values_;
 };
 

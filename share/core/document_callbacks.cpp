@@ -1,9 +1,7 @@
 // The slots and the functions that read through them.
-#include "share/env/document_callbacks.h"
+#include "share/core/document_callbacks.h"
 
-#include "companions/geometry/constants.h"
 #include "platform/threads.h"
-#include "share/settings/settings_key.h"
 
 namespace {
 
@@ -49,14 +47,6 @@ Result Ask(Result (*slot)(Parameters...), std::type_identity_t<Result> fallback,
 CString& SolidWorksLangName() {
   static CString name;
   return name;
-}
-
-int DisplaySetting(LPCTSTR name) {
-  int value = 0;
-  const QFSettingsKey* settings = GetAppSettingsCB();
-  if (const QFSettingsKey* display = settings ? settings->GetKey(_T("Display")) : nullptr)
-    display->GetValue(name, value);
-  return value;
 }
 
 }  // namespace
@@ -118,19 +108,6 @@ CString GetStockGroupName() { return Ask(g_slots.stockGroupName, CString()); }
 QFSettingsKey* GetActiveDocSettingsCB() { return Ask(g_slots.docSettings, nullptr); }
 QFSettingsKey* GetAppSettingsCB() { return Ask(g_slots.appSettings, nullptr); }
 QFFeedColorsSettings* GetAppFeedColorSettingsCB() { return Ask(g_slots.appFeedColorSettings, nullptr); }
-
-int GetLastopernDlgtab() { return DisplaySetting(_T("OpenOperationDialogToLastPage")); }
-int GetCollapseOnPreview() { return DisplaySetting(_T("CollapseOperationOnPreview")); }
-
-double GetSimulationSettingsFacetDeviation() {
-  double deviation = -1.0;
-  const QFSettingsKey* settings = GetActiveDocSettingsCB();
-  if (const QFSettingsKey* simulation = settings ? settings->GetKey(_T("Simulation")) : nullptr)
-    simulation->GetValue(_T("MaxFacetDeviation"), deviation);
-  // Only small deviations come through: that is required.
-  if (deviation > -1.0 + RESABS && deviation * 1000 > 0.1 - RESABS) deviation = -1.0;
-  return deviation;
-}
 
 // ---- jobs and messages
 

@@ -14,21 +14,21 @@ class NameTable {
     while (size < 2 * count) size *= 2;
     slots_.assign(size, {});
   }
-  void Enter(std::u16string_view name, Item* item) {
+  void Enter(TextView name, Item* item) {
     Slot& slot = SlotOf(name);
     if (!slot.item) slot = {Hash(name), name, item};
   }
-  Item* Find(std::u16string_view name) const { return const_cast<NameTable*>(this)->SlotOf(name).item; }
+  Item* Find(TextView name) const { return const_cast<NameTable*>(this)->SlotOf(name).item; }
 
  private:
   struct Slot {
     std::size_t hash = 0;
-    std::u16string_view name;
+    TextView name;
     Item* item = nullptr;
   };
 
-  static std::size_t Hash(std::u16string_view name) { return std::hash<std::u16string_view>()(name); }
-  Slot& SlotOf(std::u16string_view name) {
+  static std::size_t Hash(TextView name) { return std::hash<TextView>()(name); }
+  Slot& SlotOf(TextView name) {
     const std::size_t hash = Hash(name);
     std::size_t at = hash & (slots_.size() - 1);
     while (slots_[at].item && (slots_[at].hash != hash || slots_[at].name != name)) at = (at + 1) & (slots_.size() - 1);

@@ -1,11 +1,11 @@
 // The serial root and its gate for old documents.
-#include "share/objects/base_object.h"
+#include "share/core/base_object.h"
 
 #include <cmath>
 
 #include "companions/geometry/constants.h"
 #include "framework/archive.h"
-#include "share/env/document_messages.h"
+#include "share/core/document_messages.h"
 
 IMPLEMENT_SERIAL(QFBaseObject, CObject, VERSIONABLE_SCHEMA | 2)
 

@@ -1,17 +1,16 @@
 // Core messages to the active document.
-#include "share/env/document_messages.h"
+#include "share/core/document_messages.h"
 
 #include <utility>
 
 #include "companions/geometry/constants.h"
-#include "share/env/document_callbacks.h"
-#include "share/env/version_info.h"
-#include "share/objects/object.h"
+#include "share/core/document_callbacks.h"
+#include "share/core/version_info.h"
 
 namespace {
 
 int Send(QFObject* document, QF_CORE_MESSAGE_ID message, void* value) {
-  return document ? document->SendQFCoreMessage(message, reinterpret_cast<std::uintptr_t>(value), 0) : 0;
+  return SendCoreMessage(document, message, reinterpret_cast<std::uintptr_t>(value), 0);
 }
 
 // The value that the active document fills in; as built if it doesn't.
@@ -30,7 +29,7 @@ int SendToActiveDocument(QF_CORE_MESSAGE_ID message, void* value) { return Send(
 
 namespace {
 
-[[gnu::tls_model("initial-exec")]] thread_local constinit float* t_knownUnits = nullptr;
+KV_FAST_THREAD_LOCAL constinit float* t_knownUnits = nullptr;
 
 float AskForReadStorageUnits() {
   const float units = AskActiveDocument<float>(QF_CORE_GET_READ_STORAGE_UNITS);

@@ -1,11 +1,9 @@
-// Raw registry access, and reading switches through a settings key.
-#include "share/env/registry_access.h"
+// Raw registry access.
+#include "share/core/registry_access.h"
 
 #include <array>
 
-#include "share/env/registry_keys.h"
-#include "share/settings/open_key.h"
-#include "share/settings/settings_key.h"
+#include "share/core/registry_key_handle.h"
 
 namespace {
 
@@ -27,19 +25,10 @@ CString ReadText(HKEY key, LPCTSTR name) {
 }
 
 // A key that is not open for what it is wanted for is none.
-OpenKey Open(HKEY hive, LPCTSTR path, REGSAM rights) {
-  OpenKey key;
+RegistryKeyHandle Open(HKEY hive, LPCTSTR path, REGSAM rights) {
+  RegistryKeyHandle key;
   RegOpenKeyExW(hive, path, 0, rights, key.Receive());
   return key;
-}
-
-// Reads one value through a settings key; what isn't there keeps the default.
-template <class Value>
-Value ReadSwitch(LPCTSTR path, const CString& name, Value value) {
-  QFSettingsKey key(_T("Debug"), path);
-  key.AddValue(name, value);
-  if (key.RestoreValuesFromRegistry()) key.GetValue(name, value);
-  return value;
 }
 
 }  // namespace
@@ -56,7 +45,7 @@ int GetRegSettingDwordValue(HKEY hive, const CString& path, const CString& name,
 }
 
 void SetRegSettingDwordValue(HKEY hive, const CString& path, const CString& name, int value) {
-  OpenKey key;
+  RegistryKeyHandle key;
   TCHAR noClass[] = _T("");
   DWORD disposition = 0;
   if (RegOpenKeyExW(hive, path, 0, KEY_WRITE, key.Receive()) == ERROR_FILE_NOT_FOUND)
@@ -69,37 +58,14 @@ CString GetRegSettingStringValue(HKEY hive, const CString& path, const CString& 
 }
 
 int SetRegistryValueForString(HKEY hive, const CString& path, const CString& name, const CString& value) {
-  const OpenKey key = Open(hive, path, KEY_WRITE);
+  const RegistryKeyHandle key = Open(hive, path, KEY_WRITE);
   if (!key) return 0;  // a missing key is not created: that is required
   return RegSetValueExW(key, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(value.GetString()),
                         DWORD(value.GetLength()) * sizeof(TCHAR)) == ERROR_SUCCESS;
 }
 
 void RegSettingDeleteValue(HKEY hive, const CString& path, const CString& name) {
-  if (const OpenKey key = Open(hive, path, KEY_WRITE)) RegDeleteValueW(key, name);
-}
-
-int GetDebugRegistryVal(const CString& name, int defaultValue) {
-  return ReadSwitch(kVersionDebugKey, name, defaultValue);
-}
-
-CString GetDebugRegistryVal(const CString& name, const CString& defaultValue) {
-  return ReadSwitch(kVersionDebugKey, name, defaultValue);
-}
-
-int GetVersionIndependentDebugRegistryVal(const CString& name, int defaultValue) {
-  return ReadSwitch(kProductDebugKey, name, defaultValue);
-}
-
-void GetLegacyTurnDataRegistryData(int& found, int& value) {
-  constexpr LPCTSTR kName = _T("LegacyTurnDataCorrection");
-  found = 0;
-  value = 0;
-  QFSettingsKey key(_T("Debug"), kVersionDebugKey);
-  key.AddValue(kName, 0);
-  if (!key.RestoreValuesFromRegistry()) return;
-  found = 1;
-  key.GetValue(kName, value);
+  if (const RegistryKeyHandle key = Open(hive, path, KEY_WRITE)) RegDeleteValueW(key, name);
 }
 
 int CheckAccessVersionInstalled(int officeVersion, int is32Bit) {
@@ -111,16 +77,17 @@ int CheckAccessVersionInstalled(int officeVersion, int is32Bit) {
 }
 
 CString GetAppInstallPathFromReg(const CString& displayName, int is32Bit, const CString& fileName) {
-  const OpenKey list = Open(HKEY_LOCAL_MACHINE,
-                            is32Bit == 1 ? _T("Software\\Wow6432Node\\Microsoft\\Windows\\CurrentVersion\\Uninstall")
-                                         : _T("SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall"),
-                            KEY_READ);
+  const RegistryKeyHandle list =
+      Open(HKEY_LOCAL_MACHINE,
+           is32Bit == 1 ? _T("Software\\Wow6432Node\\Microsoft\\Windows\\CurrentVersion\\Uninstall")
+                        : _T("SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall"),
+           KEY_READ);
   if (!list) return CString();
   TCHAR name[kNameUnits];
   DWORD units = kNameUnits;
   for (DWORD i = 0; RegEnumKeyExW(list, i, name, &units, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
        ++i, units = kNameUnits) {
-    const OpenKey program = Open(list, name, KEY_READ);
+    const RegistryKeyHandle program = Open(list, name, KEY_READ);
     CString displayed = ReadText<kNameUnits>(program, _T("DisplayName"));
     if (!displayed.IsEmpty() && displayed.CompareNoCase(displayName) == 0)
       return ReadText<kNameUnits>(program, _T("InstallLocation")) + fileName;

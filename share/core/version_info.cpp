@@ -1,8 +1,7 @@
 // Comparing with this build's dates and versions, and the constants as texts.
-#include "share/env/version_info.h"
+#include "share/core/version_info.h"
 
 #include "platform/numbers.h"
-#include "share/env/app_env.h"
 
 namespace {
 
@@ -23,21 +22,6 @@ Date DateOf(const CString& text) {
 int CKVVersionInfo::IsGreater(const CString& date) { return DateOf(date) > DateOf(QF_VERSION_FOR_HELP_ABOUT); }
 
 int CKVVersionInfo::IsGreater(float version) { return version > QF_STORAGE_VERSION; }
-
-CString CKVVersionInfo::OnKestrovaAllPDFFilePath() {
-  const CKVEnvApp* env = AppEnv();
-  return env ? env->GetManualPDFFilePath() : CString();
-}
-
-CString CKVVersionInfo::OnKestrovaTaskPaneINIFFilePath() {
-  const CKVEnvApp* env = AppEnv();
-  return env ? env->GetKVTaskPaneINIFilePath() : CString();
-}
-
-CString CKVVersionInfo::GetTaskPaneTabStringName() {
-  const CKVEnvApp* env = AppEnv();
-  return env ? env->GetTaskPaneTabStringID() : CString();
-}
 
 CString GetKVVersion() { return CKVVersionInfo::QF_VERSION_MAJOR_FOR_SERVICE_PACK; }
 CString GetKVBuildDate() { return CKVVersionInfo::QF_BUILD_DATE_FOR_HELP_ABOUT; }

@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "share/machine/internal/machine_grammar.h"
 #include "share/machine/machine_check.h"
-#include "share/machine/machine_grammar.h"
 
 namespace kvmachine {
 

@@ -1,0 +1,53 @@
+# Building on Linux: the system's libraries, and the flags that only its compiler and linker know. The root CMakeLists.txt
+# includes the file named like the system; another platform adds a file like this and a folder in platform/.
+#
+# It sets KV_SYSTEM_LIBRARIES for platform/, KV_ODBC_LIBRARIES for companions/database, KV_SQLITE_LIBRARY for what reads
+# the registry's files beside the library, and defines kv_library_flags, kv_layer_flags and kv_program_flags.
+
+pkg_check_modules(SQLITE REQUIRED IMPORTED_TARGET sqlite3)
+pkg_check_modules(ODBC REQUIRED IMPORTED_TARGET odbc odbcinst)
+pkg_check_modules(ICU REQUIRED IMPORTED_TARGET icu-uc icu-i18n)
+set(KV_SYSTEM_LIBRARIES PkgConfig::SQLITE PkgConfig::ICU Threads::Threads ${CMAKE_DL_LIBS})
+set(KV_ODBC_LIBRARIES PkgConfig::ODBC)
+set(KV_SQLITE_LIBRARY PkgConfig::SQLITE)
+
+# ---- hardening, for every target
+
+option(KV_HARDENING "Stack protector, checked library calls, read-only relocations" ON)
+include(CheckCXXSourceCompiles)
+include(CheckPIESupported)
+check_pie_supported()
+if(KV_HARDENING)
+  target_compile_options(kv_options INTERFACE -fstack-protector-strong)
+  target_link_options(kv_options INTERFACE -Wl,-z,relro -Wl,-z,now)
+  # The checked calls need an optimising build, and the sanitizers check the same calls better.
+  if(CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT KV_SANITIZE)
+    set(CMAKE_REQUIRED_FLAGS "-O2 -Werror -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3")
+    check_cxx_source_compiles("#include <string.h>\nint main() { return 0; }" KV_HAS_FORTIFY_3)
+    unset(CMAKE_REQUIRED_FLAGS)
+    target_compile_options(kv_options INTERFACE -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=$<IF:$<BOOL:${KV_HAS_FORTIFY_3}>,3,2>)
+  endif()
+endif()
+
+# ---- the shared library, its layers, programs
+
+# The sources of one layer, by its name.
+function(kv_layer_flags target layer)
+  target_compile_options(${target} PRIVATE -fno-semantic-interposition)
+  if(layer STREQUAL "companions")
+    target_compile_options(${target} PRIVATE -fno-plt)  # the XML parser's accessors are called by the million
+  endif()
+endfunction()
+
+function(kv_library_flags target)
+  target_link_options(${target} PRIVATE -Wl,-Bsymbolic-functions)  # calls inside the library skip the import table
+  if(NOT KV_SANITIZE)  # the sanitizers' runtime may be in the program only
+    target_link_options(${target} PRIVATE -Wl,-z,defs)
+  endif()
+endfunction()
+
+# An installed program finds the library by RUNPATH, which LD_LIBRARY_PATH precedes.
+function(kv_program_flags target)
+  set_target_properties(${target} PROPERTIES BUILD_RPATH_USE_ORIGIN ON INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+  target_link_options(${target} PRIVATE -Wl,--enable-new-dtags)
+endfunction()
