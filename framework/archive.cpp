@@ -2,24 +2,24 @@
 //
 // The byte layout. All numbers are little-endian; there is no header, padding, checksum or terminator.
 //
-//   number            its 1, 2, 4 or 8 bytes; bool a byte
-//   text              length record, then the units without a terminator; stored wide, UTF-16LE
-//   length record     FF FE FF ahead of it if the text is wide, then n in units, or in bytes if it is narrow
+//   number            its 1, 2, 4 or 8 bytes; bool is one byte
+//   text              length record, then the units without a terminator; stored as UTF-16LE
+//   length record     FF FE FF first if the text is wide; then n in units, or in bytes if it is narrow
 //                       n < 0xFF               BYTE n
-//                       n < 0xFFFE             FF, WORD n          (0xFFFE would read as the mark of a wide text)
+//                       n < 0xFFFE             FF, WORD n          (WORD 0xFFFE is the mark of wide text)
 //                       n < 0xFFFFFFFF         FF FF FF, DWORD n
 //                       else                   FF seven times, QWORD n
 //   count             n < 0xFFFF WORD n, else FF FF, DWORD n; from 0xFFFFFFFF on FF six times, QWORD n
 //   reference         00 00                                        null
-//                     WORD n, n from 1 to 0x7FFE                   the object with that number
-//                     class record, then the object's own bytes    an object not met yet
-//   class record      FF FF, WORD schema, WORD length, name in single bytes     a class not met yet
-//                     WORD 0x8000 | n                                           the class with that number
-//   larger numbers    FF 7F, then DWORD n, for a class DWORD 0x80000000 | n, in place of the WORD
+//                     WORD n, n from 1 to 0x7FFE                   the object with this number
+//                     class record, then the object's own bytes    a new object
+//   class record      FF FF, WORD schema, WORD length, name in single bytes     a new class
+//                     WORD 0x8000 | n                                           the class with this number
+//   larger numbers    FF 7F, then DWORD n, for a class DWORD 0x80000000 | n, instead of the WORD
 //
-// Classes and objects share one running number from 1. A class takes its number ahead of its first object, an object
-// ahead of its bytes, so that references inside them may close a cycle. An archive holds at most 0x3FFFFFFE numbers.
-// Of a schema the low 16 bits are stored, so VERSIONABLE_SCHEMA is not.
+// Classes and objects share one running number from 1. A class gets its number before its first object, and an object
+// gets its number before its bytes are stored, so references inside it may form a cycle. An archive has at most
+// 0x3FFFFFFE numbers. Only the low 16 bits of a schema are stored, so without VERSIONABLE_SCHEMA.
 #include "framework/archive.h"
 
 #include <algorithm>
@@ -31,14 +31,14 @@
 #include "framework/internal/stored_numbers.h"
 #include "platform/text.h"
 
-static_assert(std::endian::native == std::endian::little, "values are copied as they lie in memory");
+static_assert(std::endian::native == std::endian::little, "values are copied as they are in memory");
 
 namespace {
 
 constexpr std::size_t kSmallestBuffer = 128;
-constexpr UINT kLargestTransfer = 1u << 30;  // of one call of CFile
+constexpr UINT kLargestTransfer = 1u << 30;  // bytes per CFile call
 constexpr ULONGLONG kLongestText = 0x3FFFFFFF;
-constexpr UINT kNarrowCodePage = 1252;  // narrow texts carry no code page
+constexpr UINT kNarrowCodePage = 1252;  // narrow texts do not store their code page
 
 std::size_t ReadFully(CFile& file, void* target, std::size_t bytes) {
   std::size_t done = 0;
@@ -82,7 +82,7 @@ CArchive::~CArchive() {
     try {
       Close();
     } catch (...) {
-      // A destructor can't tell; who wants to know calls Close. Abort below frees what Close left.
+      // A destructor cannot report a failure: callers that need it call Close. Abort below frees what Close left.
     }
   }
   Abort();
@@ -110,7 +110,7 @@ void CArchive::Flush() {
   } else {
     const std::size_t bytes = std::size_t(m_pOut - m_pBuffer);
     m_nFlushed += bytes;
-    m_pOut = m_pBuffer;  // ahead of the write: what failed once is not written again by the destructor
+    m_pOut = m_pBuffer;  // before the write, so that the destructor does not write again after a failure
     WriteFully(*m_pFile, m_pBuffer, bytes);
   }
 }
@@ -129,7 +129,7 @@ void CArchive::Abort() noexcept {
   m_pLoaded = nullptr;
 }
 
-// Room for any value: the smallest buffer holds the largest.
+// An empty buffer has room for any value: the smallest buffer is larger than the largest value.
 void CArchive::MakeRoom() {
   CheckStoring();
   Flush();
@@ -156,7 +156,7 @@ ULONGLONG CArchive::GetBytesLeft() const {
 
 void CArchive::EnsureLeft(ULONGLONG count, ULONGLONG elementBytes) {
   if (elementBytes == 0) return;
-  if (count <= ULONGLONG(m_pInEnd - m_pIn) / elementBytes) return;  // the usual case, without asking the file
+  if (count <= ULONGLONG(m_pInEnd - m_pIn) / elementBytes) return;  // the usual case needs no call to the file
   if (count > GetBytesLeft() / elementBytes) Fail(CArchiveException::endOfFile);
 }
 
@@ -172,7 +172,7 @@ std::size_t CArchive::Read(void* target, std::size_t bytes) {
   const std::size_t rest = bytes - buffered;
   if (rest == 0) return bytes;
   CheckLoading();
-  if (rest >= m_nBufferBytes) return buffered + ReadFully(*m_pFile, to + buffered, rest);  // past the buffer
+  if (rest >= m_nBufferBytes) return buffered + ReadFully(*m_pFile, to + buffered, rest);  // bypasses the buffer
   m_pIn = m_pBuffer;
   m_pInEnd = m_pBuffer + ReadFully(*m_pFile, m_pBuffer, m_nBufferBytes);
   const std::size_t got = std::min(rest, std::size_t(m_pInEnd - m_pIn));
@@ -215,7 +215,7 @@ void AfxWriteStringLength(CArchive& ar, std::size_t length, BOOL wide) {
 
 namespace {
 
-// The length behind a first byte FF: sets wide and starts over at the mark of a wide text.
+// Reads a length after a first byte FF. At the mark of wide text it sets `wide` and starts again.
 ULONGLONG ReadLongLength(CArchive& ar, bool& wide) {
   WORD word = 0;
   ar >> word;
@@ -225,7 +225,7 @@ ULONGLONG ReadLongLength(CArchive& ar, bool& wide) {
     ar >> byte;
     return byte < 0xFF ? byte : ReadLongLength(ar, wide);
   }
-  // Behind the mark, 0xFFFE is no length that is ever written: it can only be damage.
+  // After the mark, 0xFFFE is never written as a length, so the data is damaged.
   if (word == 0xFFFE) AfxThrowArchiveException(CArchiveException::endOfFile, ar.m_strFileName);
   if (word < 0xFFFE) return word;
   DWORD dword = 0;
@@ -284,7 +284,7 @@ CArchive& CArchive::operator>>(CString& text) {
     EnsureRead(text.GetBufferSetLength(int(length)), length * sizeof(TCHAR));
     return *this;
   }
-  TCHAR* const units = text.GetBufferSetLength(int(length));  // the code page has a unit for each byte
+  TCHAR* const units = text.GetBufferSetLength(int(length));  // the code page maps each byte to one unit
   char piece[256];
   for (std::size_t done = 0; done < length;) {
     const auto bytes = int(std::min(length - done, sizeof piece));

@@ -1,11 +1,15 @@
-// CArchive, a stream of values and objects in a fixed byte layout, over a CFile. The layout stands in
+// CArchive: a stream of values and objects in a fixed byte layout, on top of a CFile. The layout is described in
 // framework/archive.cpp.
 //
-// An archive either stores or loads, for its whole life. It works on the file from the file's position on; the file
-// stays the caller's and has to outlive the archive. One thread uses an archive from its first object to its end.
+// An archive either stores or loads, for its whole life. It starts at the file's current position. The file stays the
+// caller's and must outlive the archive. Only one thread may use an archive.
 //
-// Whatever fails raises CArchiveException or, from the file, CFileException. Loading takes no byte on trust: a length,
-// count or number is compared with what is left or known before anything is allocated.
+// Every failure raises CArchiveException or, from the file, CFileException, or what a class's own Serialize raises;
+// both directions can also run out of memory (std::bad_alloc). Loading checks every length, count and number of the
+// data before it allocates, so damaged bytes raise and never crash.
+//
+// A save can lose data without raising: the library then stores null for an object that it cannot store. So look at
+// GetSerializationStatus (share/objects/storage_status.h) after saving as well as after loading.
 #pragma once
 
 #include <concepts>
@@ -22,17 +26,17 @@
 class KVSHARE_API CArchiveException : public CException {
  public:
   enum {
-    none,              // 0 no cause told
-    genericException,  // 1 what no other cause tells: a graph too deep for the stack, use after Close
+    none,              // 0 no cause given
+    genericException,  // 1 any other cause: objects nested too deep for the stack, use after Close
     readOnly,          // 2 a write to an archive that loads
-    endOfFile,         // 3 fewer bytes than the data promises
+    endOfFile,         // 3 the data needs more bytes than the file has
     writeOnly,         // 4 a read from an archive that stores
-    badIndex,          // 5 a number that stands for nothing, or more numbers than an archive holds
-    badClass,          // 6 an object of an unknown class, of another class than asked for, or of one that is not serial
-    badSchema,         // 7 a layout that the class doesn't read
+    badIndex,          // 5 a class or object number that is not valid here, or too many numbers for one archive
+    badClass,          // 6 a class that is unknown, not the wanted one, or not serial
+    badSchema,         // 7 a layout version that the class cannot read
   };
 
-  // A null file name counts as empty.
+  // cause is one of the values above. A null file name counts as empty.
   explicit CArchiveException(int cause = none, LPCTSTR fileName = nullptr);
 
   int m_cause;
@@ -41,8 +45,9 @@ class KVSHARE_API CArchiveException : public CException {
 
 [[noreturn]] KVSHARE_API void AfxThrowArchiveException(int cause, LPCTSTR fileName = nullptr);
 
-// The numbers that an archive takes as they lie in memory. On some systems `long` is a 64-bit number and goes as one:
-// hand a 32-bit field such as a COLORREF over as DWORD. wchar_t and long double have no width of their own here.
+// The number types that an archive copies byte for byte. `long` has 64 bits on some systems and is then stored in 8
+// bytes: convert a 32-bit field such as a COLORREF to DWORD. wchar_t and long double differ between systems and are not
+// accepted.
 template <class T>
 concept ArchiveNumber = (std::integral<T> || std::same_as<T, float> || std::same_as<T, double>)&&sizeof(T) <= 8 &&
                         (!std::same_as<T, wchar_t> || sizeof(wchar_t) == 2);
@@ -53,13 +58,13 @@ class LoadedObjects;
 class KVSHARE_API CArchive {
  public:
   enum Mode : UINT { store = 0, load = 1, bNoFlushOnDelete = 2, bNoByteSwap = 4 };
-  static constexpr int kBufferBytes = (1 << 16) - 64;  // what a page of framework/block_pool.h holds
+  static constexpr int kBufferBytes = (1 << 16) - 64;  // one whole page of the block pool
 
-  // The file is open for the mode and is not null. bNoFlushOnDelete makes the destructor drop what Close would have
-  // written; bNoByteSwap changes nothing. A buffer handed in stays the caller's and has at least 128 bytes; with null
-  // the archive makes its own of bufferBytes, 128 at least.
+  // file is not null and is open for this mode. bNoFlushOnDelete makes the destructor drop buffered bytes instead of
+  // writing them; bNoByteSwap has no effect. A buffer that is passed in stays the caller's and has at least 128 bytes.
+  // For a null buffer the archive allocates bufferBytes, at least 128.
   CArchive(CFile* file, UINT mode, int bufferBytes = kBufferBytes, void* buffer = nullptr);
-  // Closes. What fails then is not told: to learn of it, call Close.
+  // Closes, and ignores failures. Call Close yourself to see them.
   ~CArchive();
   CArchive(const CArchive&) = delete;
   CArchive& operator=(const CArchive&) = delete;
@@ -70,28 +75,29 @@ class KVSHARE_API CArchive {
   // Null after Close and Abort.
   CFile* GetFile() const noexcept { return m_pFile; }
 
-  // The path of the file, taken when the archive was made; exceptions carry it.
+  // The path of the file when the archive was created; exceptions carry it.
   CString m_strFileName;
 
-  // Writes out what is buffered; when loading, sets the file's position to where the archive has got.
+  // Storing: writes the buffered bytes to the file. Loading: sets the file's position to the archive's own position.
   void Flush();
-  // Flushes and lets go of the file, which stays open. A second call does nothing.
+  // Flushes and releases the file, which stays open. A second call does nothing.
   void Close();
-  // Lets go of the file and drops what is buffered. Never raises.
+  // Releases the file and drops the buffered bytes. Never raises.
   void Abort() noexcept;
 
   // ---- bytes
 
-  // Gives the number of bytes read, less than asked for only at the end of the file.
+  // Returns the number of bytes read; it is smaller than `bytes` only at the end of the file.
   std::size_t Read(void* target, std::size_t bytes);
-  // Raises endOfFile if there are fewer; what there was has been read.
+  // Reads exactly that many bytes or raises endOfFile; the bytes before the file's end are then read already.
   void EnsureRead(void* target, std::size_t bytes);
   void Write(const void* source, std::size_t bytes);
-  // Makes sure that at least that many bytes, at most the buffer's size, stand in the buffer; else raises endOfFile.
+  // Makes at least that many bytes available in the buffer; raises endOfFile if the file has fewer. More than the
+  // buffer's size raises genericException.
   void FillBuffer(std::size_t bytesNeeded);
-  // The bytes between the archive's position and the file's end.
+  // The number of bytes from the archive's position to the file's end.
   ULONGLONG GetBytesLeft() const;
-  // Raises endOfFile unless count elements of that many bytes each are left.
+  // Raises endOfFile if fewer than count elements of elementBytes each are left.
   void EnsureLeft(ULONGLONG count, ULONGLONG elementBytes = 1);
 
   // ---- values
@@ -103,7 +109,7 @@ class KVSHARE_API CArchive {
     m_pOut += sizeof(T);
     return *this;
   }
-  // A bool is a byte, 0 or 1; any other byte is read as true.
+  // A bool is one byte, 0 or 1; any other byte is read as true.
   template <ArchiveNumber T>
   CArchive& operator>>(T& value) {
     if (std::size_t(m_pInEnd - m_pIn) < sizeof(T)) FillBuffer(sizeof(T));
@@ -115,109 +121,118 @@ class KVSHARE_API CArchive {
     m_pIn += sizeof(T);
     return *this;
   }
-  // Stored wide; a narrow text is read as code page 1252.
+  // Text is stored as UTF-16. Narrow text of old files is read as code page 1252.
   CArchive& operator<<(const CString& text);
   CArchive& operator>>(CString& text);
-  // Reads the next text if it is stored just as this one would be; else reads nothing and gives false, as it may do for
-  // a text that is equal, too. For texts that come again and again: what is known already needs no memory of its own.
+  // Reads the next text if its bytes are exactly those that `text` would be stored as, and returns true. Otherwise
+  // reads nothing and returns false; it may do so for an equal text too. Saves memory for texts that repeat: the caller
+  // keeps the text that it already has.
   bool ReadIfEqual(const CString& text);
-  // The same for bytes, one at least, such as several such texts in the form that StoredBytes gives them.
+  // The same for a sequence of bytes, at least one, for example several texts in the form of StoredBytes.
   bool ReadIfNext(const void* bytes, std::size_t count) {
     if (std::size_t(m_pInEnd - m_pIn) < count || std::memcmp(m_pIn, bytes, count) != 0) return false;
     m_pIn += count;
     return true;
   }
-  // Writes a text into the room just as it is stored, and gives the number of bytes; 0, with nothing written, for one
-  // of 255 units or more and for want of room.
+  // Writes the stored form of a text to `bytes` and returns its length. Returns 0 and writes nothing if the text has
+  // 255 units or more, or if `room` is too small.
   static std::size_t StoredBytes(const CString& text, BYTE* bytes, std::size_t room);
 
   void WriteCount(ULONGLONG count);
-  // Raises endOfFile if that many elements of at least elementBytes each can't be left. With 0 the count is taken as it
-  // stands, and the caller bounds it.
+  // Raises endOfFile if fewer than that many elements of elementBytes each can be left. With elementBytes 0 there is no
+  // check, and the caller must check the count.
   ULONGLONG ReadCount(ULONGLONG elementBytes = 0);
 
   // ---- objects
 
-  // Stores a reference: null, an object met before, or a new one with its class and its data. An object of a class that
-  // is not serial, or one too deep for the stack, raises before a byte of it is written.
+  // Stores a reference: null, an object stored before, or a new object with its class and its data. Raises badClass for
+  // a class that is not serial and genericException for an object that is nested too deep for the stack, both before
+  // any byte of that object is written.
   void WriteObject(const CObject* object);
-  // As WriteObject, but whole or not at all: if something inside the object raises, what had been written of it is
-  // taken back, bytes and numbers, so that the caller can go on with something else in its place. An object that failed
-  // for a class in it that is not serial is not tried again. What the file itself raises (CFileException) goes on with
-  // nothing taken back: the archive is then of no more use.
+  // As WriteObject, but stores the object completely or not at all: if something inside the object raises, its bytes
+  // and numbers are removed again, and the caller can store something else in its place. An object that failed because
+  // of a class that is not serial is not tried again. A CFileException removes nothing: the archive is then unusable.
   void WriteObjectWhole(const CObject* object);
-  // Reads a reference. A new object belongs to the caller once the call has returned, and so does every object read on
-  // the way: an archive gives each object out once for each reference to it and deletes none.
+  // Reads a reference; null for a null reference. The caller owns a new object after the call, with all objects that
+  // its Serialize read. An archive returns an object once for each reference to it and deletes none.
   //
-  // If the outermost call raises, the archive takes back what that call had made: every object that no destructor has
-  // deleted meanwhile is deleted, in order of creation, so that an owner goes ahead of what it owns. A destructor that
-  // reaches an object which has already gone that way finds a bare CObject in its place and may delete it once more, if
-  // its class is not final or nameless (the compiler then goes past what stands there).
-  // Objects of earlier outermost calls are the caller's.
+  // If the outermost call raises (objects nest: a Serialize reads other objects), everything that this call created is
+  // deleted, in the order of creation, so an owner is deleted before the objects it owns. Objects that a destructor has
+  // deleted already are skipped. Objects of earlier outermost calls stay the caller's. If a Serialize catches the
+  // exception itself, nothing is deleted, and the objects read so far stay.
   //
-  // Raises badClass, before an object is made, if the class is not the wanted one or below it; null wants any.
+  // So a destructor may run on an object whose Serialize never finished, and may find that objects it points to are
+  // gone. The memory of a gone object is kept until the end of the clean-up and holds a plain CObject: a destructor may
+  // ask it for its class (IsKindOf, DYNAMIC_DOWNCAST) and may delete it again; it must not use its fields. This does
+  // not work for classes that are final or in a nameless namespace, because the compiler then calls the destructor
+  // directly.
+  //
+  // Raises badClass, before an object is created, if the class is not `wanted` or derived from it; null accepts any
+  // class.
   CObject* ReadObject(const CRuntimeClass* wanted);
-  // Reads references of any class to objects that were met before, for as long as the next is such a one and stands in
-  // the buffer, at most count of them. Gives their number. For long lists of references.
+  // Reads up to count references to objects that were read before, of any class, and returns their number. Stops at the
+  // first reference of another kind and at the end of the buffered bytes. Fast path for long lists of references.
   std::size_t ReadKnownObjects(CObject** objects, std::size_t count);
-  // As ReadObject, for a reference that owns: raises badIndex if the object was met before, so that damaged bytes can't
-  // give one object two owners.
+  // As ReadObject, for a reference that owns its object: raises badIndex if the object was read before, so that damaged
+  // bytes cannot give one object two owners.
   CObject* ReadOwnedObject(const CRuntimeClass* wanted);
-  // Deletes those objects that ReadObject has made in this archive, that still live, and that the caller calls
-  // unwanted, as a failed load does. Gives their number. For whoever has read a whole document and found in it
-  // references to objects that nobody holds; nothing may point to them any more. unwanted must not delete anything
-  // itself.
+  // Deletes those objects which ReadObject created in this archive, which still exist, and for which `unwanted` returns
+  // true; returns their number. Destructors find gone neighbours as described at ReadObject. For a loader that has read
+  // a whole document and found objects that nobody owns. Nothing may point to them any more, and `unwanted` must not
+  // delete.
   ULONGLONG DeleteLoaded(const std::function<bool(const CObject*)>& unwanted);
-  // Gives an object that does not itself go through the archive the next number, so that references to it can.
-  // Both sides have to do so at the same place. A null does nothing. When loading, the object stays the caller's.
+  // Gives the next number to an object that is not itself stored, so that references to it can be stored. Storing and
+  // loading must do so at the same place. Null does nothing. On loading, the object stays the caller's.
   void MapObject(const CObject* object);
 
-  // A class record with nothing behind it. ReadClass gives the class and raises badClass if it is not the wanted one or
-  // below it; schema may be null.
+  // A class record without an object. ReadClass returns the class; it raises badClass if the class is not `wanted` or
+  // derived from it. Optional: wanted (null accepts any class) and schema (may be null).
   void WriteClass(const CRuntimeClass* record);
   CRuntimeClass* ReadClass(const CRuntimeClass* wanted = nullptr, UINT* schema = nullptr);
-  // One level's class record, at the beginning of its Serialize: writes it, or reads it, raising badClass if it is
-  // another's, and keeps its schema for GetObjectSchema.
+  // Stores or loads the class record of one level of a class hierarchy; raises badClass for the record of another
+  // class. Call it first in Serialize and then the base's Serialize, so that a class's own record comes before its
+  // base's. Afterwards GetObjectSchema returns the schema of this level.
   void SerializeClass(const CRuntimeClass* record) {
     const KnownClass& known = m_known[PlaceOf(record)];
-    if (known.record != record) return SerializeClassWhole(record);
+    if (known.record != record) return SerializeClassSlowly(record);
     if (std::size_t(m_pInEnd - m_pIn) >= sizeof known.tag) {
       ULONGLONG next = 0;
       std::memcpy(&next, m_pIn, sizeof next);
-      if (((next ^ known.tag) & known.TagMask()) != 0) return SerializeClassWhole(record);
+      if (((next ^ known.tag) & known.TagMask()) != 0) return SerializeClassSlowly(record);
       m_pIn += known.tagBytes;
       m_nSchema = known.schema;
     } else if (std::size_t(m_pOutEnd - m_pOut) >= sizeof known.tag) {
-      std::memcpy(m_pOut, &known.tag, sizeof known.tag);  // what is behind the tag is written over
+      std::memcpy(m_pOut, &known.tag, sizeof known.tag);  // the bytes after the tag are overwritten later
       m_pOut += known.tagBytes;
       m_nSchema = UINT(-1);
     } else {
-      SerializeClassWhole(record);
+      SerializeClassSlowly(record);
     }
   }
 
-  // The schema of the object or class record read last, without VERSIONABLE_SCHEMA; it answers once and then
-  // gives UINT(-1), as it does when storing, until the next one. After a nested reference it is again what it was
-  // ahead.
+  // The schema number of the object or class record that was read last, without VERSIONABLE_SCHEMA. Ask once, directly
+  // after SerializeClass (or first in Serialize, for a class without its own record), and keep the value: a second call
+  // returns UINT(-1), and the base's record replaces the number. Objects read in between change nothing: the number is
+  // restored after them. UINT(-1) when storing.
   UINT GetObjectSchema() noexcept { return std::exchange(m_nSchema, UINT(-1)); }
   void SetObjectSchema(UINT schema) noexcept { m_nSchema = schema; }
 
  private:
   struct Level;
 
-  // A class that this archive has met, with the tag by which it is met again. One for each place of a small table: of
-  // classes that share a place the last one is known.
+  // A class that this archive has stored or loaded, with the tag that refers to it. A small table has one entry per
+  // slot; a later class replaces an earlier one of the same slot.
   struct KnownClass {
     ULONGLONG TagMask() const { return (ULONGLONG{1} << tagBytes * 8) - 1; }
 
     CRuntimeClass* record = nullptr;
-    ULONGLONG tag = 0;  // its bytes, of which there are 2 or 6
+    ULONGLONG tag = 0;  // 2 or 6 bytes
     WORD tagBytes = 0;
     WORD schema = 0;
   };
   static constexpr std::size_t kKnownClasses = 32;
   static std::size_t PlaceOf(const CRuntimeClass* record) { return record->m_nNumber % kKnownClasses; }
-  void SerializeClassWhole(const CRuntimeClass* record);
+  void SerializeClassSlowly(const CRuntimeClass* record);
   static ULONGLONG TagOf(DWORD number, bool isClass, std::size_t& bytes);
   void NoteKnown(CRuntimeClass* record, DWORD number, UINT schema);
 
@@ -230,10 +245,10 @@ class KVSHARE_API CArchive {
   [[noreturn]] void Fail(int cause) const;
   bool ReadTag(DWORD& tag);
   void WriteTag(DWORD number, bool isClass);
-  void TakeBackStored(ULONGLONG position, DWORD count);
-  void EnterNumber();
+  void RollBackStored(ULONGLONG position, DWORD count);
+  void CheckNumbersLeft();
   CRuntimeClass* ReadNewClass(UINT& schema);
-  CRuntimeClass* ReadClassBehind(DWORD tag, UINT& schema);
+  CRuntimeClass* ReadClassAfterTag(DWORD tag, UINT& schema);
   CObject* NextKnownObject(std::size_t& bytes) const;
   CObject* ReadKnownObject(const CRuntimeClass* wanted);
   CRuntimeClass* ReadKnownClass(const CRuntimeClass* wanted, UINT& schema);
@@ -242,8 +257,8 @@ class KVSHARE_API CArchive {
   LoadedObjects& Loaded();
   StoredNumbers& Stored();
 
-  // What lies between m_pIn and m_pInEnd is still to be read, between m_pBuffer and m_pOut to be written. The pair of
-  // the other direction is null, which sends every value of the wrong direction to the slow path.
+  // m_pIn to m_pInEnd are the bytes still to read, m_pBuffer to m_pOut the bytes still to write. The pointers of the
+  // other direction are null, so a value of the wrong direction takes the slow path, which raises.
   BYTE* m_pIn = nullptr;
   BYTE* m_pInEnd = nullptr;
   BYTE* m_pOut = nullptr;
@@ -255,14 +270,14 @@ class KVSHARE_API CArchive {
   bool m_bLoading;
   bool m_bFlushOnDelete;
   UINT m_nSchema = UINT(-1);
-  int m_nDepth = 0;  // of ReadObject or WriteObject calls within one another
+  int m_nDepth = 0;  // number of nested ReadObject or WriteObject calls
   LoadedObjects* m_pLoaded = nullptr;
   std::unique_ptr<StoredNumbers> m_stored;
-  ULONGLONG m_nFlushed = 0;  // bytes handed to the file so far
+  ULONGLONG m_nFlushed = 0;  // bytes written to the file so far
   KnownClass m_known[kKnownClasses];
 };
 
-// References. operator>> for a class of its own comes from DECLARE_SERIAL.
+// References. DECLARE_SERIAL declares operator>> for pointers to its class.
 inline CArchive& operator<<(CArchive& ar, const CObject* object) {
   ar.WriteObject(object);
   return ar;
@@ -276,7 +291,7 @@ inline CArchive& operator>>(CArchive& ar, const CObject*& object) {
   return ar;
 }
 
-// The length record of a text, by itself. Reading gives the number of characters and sets charBytes to 1 or 2, and
-// raises endOfFile if that many are not left. On writing, wide tells which of the two forms.
+// The length record of a text without the text. Reading returns the number of characters and sets charBytes, the bytes
+// per character, to 1 or 2; it raises endOfFile if fewer characters are left. On writing, `wide` selects 2 bytes.
 KVSHARE_API std::size_t AfxReadStringLength(CArchive& ar, int& charBytes);
 KVSHARE_API void AfxWriteStringLength(CArchive& ar, std::size_t length, BOOL wide);

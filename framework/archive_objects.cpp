@@ -1,4 +1,4 @@
-// CArchive: references and classes. The byte layout stands in framework/archive.cpp.
+// CArchive: references and classes. framework/archive.cpp describes the byte layout.
 #include <algorithm>
 #include <iterator>
 #include <utility>
@@ -18,7 +18,7 @@ constexpr DWORD kBigClassBit = 0x80000000;
 constexpr DWORD kLastNumber = 0x3FFFFFFE;
 constexpr std::size_t kLongestTag = sizeof(WORD) + sizeof(DWORD);
 constexpr std::size_t kLongestClassName = 63;
-constexpr std::size_t kStackReserve = 128 * 1024;  // for what a Serialize itself needs
+constexpr std::size_t kStackReserve = 128 * 1024;  // bytes of stack for one Serialize
 constexpr UINT kNoSchemaYet = UINT(-1);
 
 // The part of a schema that is stored.
@@ -28,7 +28,7 @@ bool StackIsLow() { return StackBytesLeft() < kStackReserve; }
 
 }  // namespace
 
-// One call of ReadObject or WriteObject inside another: the schema of the outer object is there again behind it.
+// One call of ReadObject or WriteObject. Restores the outer object's schema when it ends.
 struct CArchive::Level {
   explicit Level(CArchive& archive) : ar(archive), schema(archive.m_nSchema) { ++ar.m_nDepth; }
   ~Level() {
@@ -54,7 +54,7 @@ StoredNumbers& CArchive::Stored() {
 
 // ---- storing
 
-// The tag's bytes, from the lowest on, and how many there are.
+// Returns the tag's bytes, the lowest first, and their number in `bytes`.
 ULONGLONG CArchive::TagOf(DWORD number, bool isClass, std::size_t& bytes) {
   const bool big = number >= kBigTag;
   bytes = big ? kLongestTag : sizeof(WORD);
@@ -66,7 +66,7 @@ void CArchive::WriteTag(DWORD number, bool isClass) {
   std::size_t bytes = 0;
   const ULONGLONG tag = TagOf(number, isClass, bytes);
   if (std::size_t(m_pOutEnd - m_pOut) < sizeof tag) MakeRoom();
-  std::memcpy(m_pOut, &tag, sizeof tag);  // what is behind the tag is written over
+  std::memcpy(m_pOut, &tag, sizeof tag);  // the bytes after the tag are overwritten later
   m_pOut += bytes;
 }
 
@@ -85,7 +85,7 @@ void CArchive::WriteObject(const CObject* object) {
   WriteClass(record);
   stored.Enter(object);
   const Level level(*this);
-  const_cast<CObject*>(object)->Serialize(*this);  // a storing Serialize changes nothing
+  const_cast<CObject*>(object)->Serialize(*this);  // Serialize does not change an object when it stores
 }
 
 void CArchive::WriteObjectWhole(const CObject* object) {
@@ -100,16 +100,16 @@ void CArchive::WriteObjectWhole(const CObject* object) {
   } catch (const CFileException&) {
     throw;
   } catch (const CArchiveException& failure) {
-    TakeBackStored(position, count);
+    RollBackStored(position, count);
     if (failure.m_cause == CArchiveException::badClass) Stored().NoteUnstorable(object);
     throw;
   } catch (...) {
-    TakeBackStored(position, count);
+    RollBackStored(position, count);
     throw;
   }
 }
 
-void CArchive::TakeBackStored(ULONGLONG position, DWORD count) {
+void CArchive::RollBackStored(ULONGLONG position, DWORD count) {
   CheckStoring();
   if (position >= m_nFlushed) {
     m_pOut = m_pBuffer + (position - m_nFlushed);
@@ -120,7 +120,7 @@ void CArchive::TakeBackStored(ULONGLONG position, DWORD count) {
     m_nFlushed = position;
     m_pOut = m_pBuffer;
   }
-  Stored().TakeBack(count);
+  Stored().RollBack(count);
   std::fill(std::begin(m_known), std::end(m_known), KnownClass{});
 }
 
@@ -147,7 +147,7 @@ void CArchive::WriteClass(const CRuntimeClass* record) {
   NoteKnown(const_cast<CRuntimeClass*>(record), number, StoredSchema(record));
 }
 
-// Behind a tag of that number, or the record to which it was given.
+// Remembers the class after its record or a tag with its number.
 void CArchive::NoteKnown(CRuntimeClass* record, DWORD number, UINT schema) {
   std::size_t bytes = 0;
   const ULONGLONG tag = TagOf(number, /*isClass=*/true, bytes);
@@ -156,8 +156,8 @@ void CArchive::NoteKnown(CRuntimeClass* record, DWORD number, UINT schema) {
 
 // ---- loading
 
-// Reads a tag. True: a class record, with the class's number in tag, or 0 for a new class, whose record follows. False:
-// an object's number, or 0 for null.
+// Reads a tag. Returns true for a class record: tag is the class's number, or 0 for a new class, whose record follows.
+// Returns false for an object: tag is its number, or 0 for null.
 bool CArchive::ReadTag(DWORD& tag) {
   WORD word = 0;
   *this >> word;
@@ -192,11 +192,11 @@ CRuntimeClass* CArchive::ReadNewClass(UINT& schema) {
   return record;
 }
 
-// The class of a record whose tag has been read. A new one is entered.
-CRuntimeClass* CArchive::ReadClassBehind(DWORD tag, UINT& schema) {
+// Returns the class of a record whose tag was read. A new class gets the next number.
+CRuntimeClass* CArchive::ReadClassAfterTag(DWORD tag, UINT& schema) {
   if (tag == 0) {
     CRuntimeClass* record = ReadNewClass(schema);
-    EnterNumber();
+    CheckNumbersLeft();
     Loaded().AddClass(record, schema);
     NoteKnown(record, Loaded().GetCount(), schema);
     return record;
@@ -208,8 +208,8 @@ CRuntimeClass* CArchive::ReadClassBehind(DWORD tag, UINT& schema) {
   return met->record;
 }
 
-// Before a number is handed out.
-void CArchive::EnterNumber() {
+// Raises badIndex if the archive has no more numbers.
+void CArchive::CheckNumbersLeft() {
   if (Loaded().GetCount() >= kLastNumber) Fail(CArchiveException::badIndex);
 }
 
@@ -223,7 +223,7 @@ CRuntimeClass* CArchive::ReadClass(const CRuntimeClass* wanted, UINT* schema) {
   CheckLoading();
   DWORD tag = 0;
   if (!ReadTag(tag)) Fail(CArchiveException::badIndex);
-  record = ReadClassBehind(tag, read);
+  record = ReadClassAfterTag(tag, read);
   if (wanted && !record->IsDerivedFrom(wanted)) Fail(CArchiveException::badClass);
   if (schema) *schema = read;
   return record;
@@ -233,8 +233,8 @@ CObject* CArchive::ReadObject(const CRuntimeClass* wanted) { return ReadReferenc
 
 CObject* CArchive::ReadOwnedObject(const CRuntimeClass* wanted) { return ReadReference(wanted, /*onlyNew=*/true); }
 
-// The object of the reference that is next, of which kLongestTag bytes stand in the buffer, and the bytes of its tag.
-// Null if it is null, new, or none that is valid.
+// Returns the object of the next reference and the length of its tag in bytes; kLongestTag bytes must be in the buffer.
+// Null if the reference is null, new or invalid.
 inline CObject* CArchive::NextKnownObject(std::size_t& bytes) const {
   WORD word = 0;
   std::memcpy(&word, m_pIn, sizeof word);
@@ -244,8 +244,8 @@ inline CObject* CArchive::NextKnownObject(std::size_t& bytes) const {
   return word <= kBigTag ? m_pLoaded->ObjectAt(number) : nullptr;
 }
 
-// Reads a reference to an object that was met before, if it stands in the buffer and is a valid one. Otherwise reads
-// nothing and gives null.
+// Reads a reference to an object that was read before, if the reference is in the buffer and valid. Otherwise reads
+// nothing and returns null.
 CObject* CArchive::ReadKnownObject(const CRuntimeClass* wanted) {
   if (std::size_t(m_pInEnd - m_pIn) < kLongestTag || !m_pLoaded) return nullptr;
   std::size_t bytes = 0;
@@ -268,7 +268,7 @@ std::size_t CArchive::ReadKnownObjects(CObject** objects, std::size_t count) {
   return done;
 }
 
-// The same for a class record.
+// Reads a class record of a known class in the same way.
 CRuntimeClass* CArchive::ReadKnownClass(const CRuntimeClass* wanted, UINT& schema) {
   WORD word = 0;
   if (std::size_t(m_pInEnd - m_pIn) < sizeof word || !m_pLoaded) return nullptr;
@@ -294,7 +294,7 @@ CObject* CArchive::ReadReference(const CRuntimeClass* wanted, bool onlyNew) {
     try {
       return ReadNewObject(tag, wanted);
     } catch (...) {
-      Loaded().TakeBack(count);
+      Loaded().RollBack(count);
       throw;
     }
   }
@@ -308,13 +308,13 @@ CObject* CArchive::ReadReference(const CRuntimeClass* wanted, bool onlyNew) {
 CObject* CArchive::ReadNewObject(DWORD tag, const CRuntimeClass* wanted) {
   if (StackIsLow()) Fail(CArchiveException::genericException);
   UINT schema = 0;
-  const CRuntimeClass* record = ReadClassBehind(tag, schema);
+  const CRuntimeClass* record = ReadClassAfterTag(tag, schema);
   if (wanted && !record->IsDerivedFrom(wanted)) Fail(CArchiveException::badClass);
-  EnterNumber();
+  CheckNumbersLeft();
   std::unique_ptr<CObject> fresh(record->CreateObject());
   if (!fresh) Fail(CArchiveException::badClass);
   Loaded().AddObject(fresh.get(), /*made=*/true);
-  CObject* object = fresh.release();  // from here on the table's to take back
+  CObject* object = fresh.release();  // the table now deletes it if the load fails
   const Level level(*this);
   m_nSchema = schema;
   object->Serialize(*this);
@@ -323,7 +323,7 @@ CObject* CArchive::ReadNewObject(DWORD tag, const CRuntimeClass* wanted) {
 
 ULONGLONG CArchive::DeleteLoaded(const std::function<bool(const CObject*)>& unwanted) {
   CheckLoading();
-  return m_pLoaded ? m_pLoaded->TakeBackIf(unwanted) : 0;
+  return m_pLoaded ? m_pLoaded->DeleteIf(unwanted) : 0;
 }
 
 // ---- both ways
@@ -332,7 +332,7 @@ void CArchive::MapObject(const CObject* object) {
   if (!object) return;
   if (m_bLoading) {
     if (!m_pLoaded) CheckLoading();
-    EnterNumber();
+    CheckNumbersLeft();
     Loaded().AddObject(object, /*made=*/false);
     return;
   }
@@ -342,7 +342,7 @@ void CArchive::MapObject(const CObject* object) {
   stored.Enter(object);
 }
 
-void CArchive::SerializeClassWhole(const CRuntimeClass* record) {
+void CArchive::SerializeClassSlowly(const CRuntimeClass* record) {
   if (!m_bLoading) {
     WriteClass(record);
     m_nSchema = kNoSchemaYet;

@@ -1,7 +1,8 @@
-// CArray, a growing row of elements in one block.
+// CArray: a growing array of values in one block.
 //
-// Indices run from 0 to GetCount() - 1. One array is used by one thread at a time. An index outside raises
-// std::out_of_range: a wrong index never reaches memory. ARG is how elements are handed in, usually T or const T&.
+// Indices go from 0 to GetCount() - 1. An index outside raises std::out_of_range and touches no memory. The array owns
+// its elements; pointers to them are valid until the size changes. One thread at a time may use an array. ARG is the
+// parameter type for elements, usually T or const T&.
 #pragma once
 
 #include <span>
@@ -22,8 +23,8 @@ class CArray : public CObject {
   // The highest index; -1 for an empty array.
   LONGLONG GetUpperBound() const { return GetSize() - 1; }
 
-  // Cuts or extends; new elements are value-initialised. Negative sizes raise std::out_of_range. Growth is geometric by
-  // itself: growBy is accepted for older callers and not used.
+  // Shrinks or extends; new elements are value-initialised. A negative size raises std::out_of_range. growBy is ignored
+  // and kept for existing callers.
   void SetSize(LONGLONG size, LONGLONG growBy = -1) {
     static_cast<void>(growBy);
     if (size < 0) throw std::out_of_range("CArray: negative size");
@@ -38,20 +39,20 @@ class CArray : public CObject {
   T& operator[](LONGLONG index) { return elements_.at(std::size_t(index)); }
   T& ElementAt(LONGLONG index) { return elements_.at(std::size_t(index)); }
   void SetAt(LONGLONG index, ARG element) { elements_.at(std::size_t(index)) = element; }
-  // As SetAt, extending the array first where it is too short.
+  // As SetAt, but extends the array first if the index is at or after the end.
   void SetAtGrow(LONGLONG index, ARG element) {
     const T copy = element;  // the argument may be an element of this array
     if (index >= GetSize()) SetSize(index + 1);
     SetAt(index, copy);
   }
 
-  // The elements in a row; null for an empty array. Valid until the size changes.
+  // The elements, one after the other; null for an empty array. Valid until the size changes.
   T* GetData() { return elements_.empty() ? nullptr : elements_.data(); }
   const T* GetData() const { return elements_.empty() ? nullptr : elements_.data(); }
   auto begin() const { return elements_.begin(); }
   auto end() const { return elements_.end(); }
 
-  // The index of the first element added.
+  // Both return the index of the first added element.
   LONGLONG Add(ARG element) {
     elements_.push_back(element);
     return GetUpperBound();
@@ -65,7 +66,7 @@ class CArray : public CObject {
   }
   void Copy(const CArray& other) { elements_ = other.elements_; }
 
-  // Inserts count copies ahead of the index; an index beyond the end extends the array up to it first.
+  // Inserts count copies before the index. An index after the end first extends the array to that index.
   void InsertAt(LONGLONG index, ARG element, LONGLONG count = 1) {
     if (index < 0 || count < 0) throw std::out_of_range("CArray: negative index or count");
     const T copy = element;
@@ -78,8 +79,9 @@ class CArray : public CObject {
     elements_.erase(elements_.begin() + index, elements_.begin() + index + count);
   }
 
-  // The count, then the elements (framework/elements.h), of at least one byte each.
-  // Loading replaces the content. A count that the archive can't hold raises endOfFile and leaves the array alone.
+  // The count, then the elements (framework/elements.h). Loading replaces the content. If fewer bytes are left than the
+  // count needs, loading raises endOfFile and leaves the array unchanged; if an element raises, the array has the
+  // elements read so far.
   void Serialize(CArchive& ar) override {
     if (ar.IsStoring()) {
       ar.WriteCount(elements_.size());
@@ -95,7 +97,7 @@ class CArray : public CObject {
       elements_.resize(std::size_t(count));
       ar.EnsureRead(elements_.data(), elements_.size() * sizeof(T));
     } else {
-      elements_.clear();  // and not resized: an element may be far larger here than in the archive
+      elements_.clear();  // no resize: an element may need far more memory than bytes in the archive
       for (ULONGLONG i = 0; i < count; ++i) LoadElement(ar, elements_.emplace_back());
     }
   }

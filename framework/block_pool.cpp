@@ -1,4 +1,5 @@
-// BlockPool: regions of the system, cut into pages of one block size each; free blocks are chained through themselves.
+// BlockPool: memory regions from the system are divided into pages with one block size each. Free blocks form a linked
+// list inside their own memory.
 #include "framework/block_pool.h"
 
 #include <array>
@@ -18,36 +19,36 @@ constexpr bool kPooled = false;
 constexpr bool kPooled = true;
 #endif
 
-constexpr std::size_t kPageBytes = BlockPool::kPageBytes;  // and the alignment of a page: a block's address tells its
-constexpr std::size_t kFirstRegionPages = 16;              // a small program stays small
-constexpr std::size_t kRegionPages = 32;                   // a huge page of common systems
-constexpr std::size_t kSpareRegions = 16;                  // kept empty, so that the next document asks nobody
-constexpr std::size_t kLentRegions = 512;                  // kept too, if the system doesn't need their memory
-constexpr std::size_t kStep = 8;  // a size that is a multiple of 16 is one of the steps, and its blocks are aligned so
+constexpr std::size_t kPageBytes = BlockPool::kPageBytes;  // and alignment: a block's address gives its page
+constexpr std::size_t kFirstRegionPages = 16;              // keeps small programs small
+constexpr std::size_t kRegionPages = 32;                   // the size of a huge page on common systems
+constexpr std::size_t kSpareRegions = 16;                  // kept for the next document
+constexpr std::size_t kLentRegions = 512;                  // also kept; the system may take their memory
+constexpr std::size_t kStep = 8;  // multiples of 16 are steps too, and their blocks are aligned to 16
 constexpr std::size_t kSteps = BlockPool::kLargestShared / kStep + 1;
 
 struct Heap;
 struct Region;
 
-// A block that is not in use.
+// A free block.
 struct Free {
   Free* next;
 };
 
-// Stands at the beginning of each page; the blocks follow.
+// The header of each page; the blocks follow it.
 struct alignas(64) Page {
   bool HasRoom() const { return free || fresh != end; }
   BYTE* Base() { return reinterpret_cast<BYTE*>(this); }
 
-  Heap* heap;   // whose thread takes from it
-  Free* free;   // blocks that came back
-  BYTE* fresh;  // blocks that were never handed out, up to end
+  Heap* heap;   // the heap whose thread allocates from this page
+  Free* free;   // freed blocks
+  BYTE* fresh;  // start of the blocks that were never used, up to end
   BYTE* end;
-  Page* next;  // in the heap's list, while it is listed
+  Page* next;  // in the heap's list, if listed
   Page* previous;
   Region* region;
-  std::uint32_t step;  // size of its blocks in steps
-  std::uint16_t used;  // blocks handed out
+  std::uint32_t step;  // block size in steps
+  std::uint16_t used;  // blocks in use
   bool listed;
 };
 
@@ -55,9 +56,9 @@ static_assert(sizeof(Page) == kPageBytes - BlockPool::kPageBlock);
 
 struct Region {
   BYTE* pages;
-  std::uint32_t free;  // a bit a page
+  std::uint32_t free;  // one bit per page
   std::uint32_t all;
-  Region* next;  // with free pages
+  Region* next;  // list of the regions with free pages
   Region* previous;
 
   std::size_t Bytes() const { return std::size_t(std::popcount(all)) * kPageBytes; }
@@ -77,30 +78,31 @@ void Unlink(T*& first, T* item) {
   if (item->next) item->next->previous = item->previous;
 }
 
-// What one thread takes from.
+// The pages of one thread.
 struct Heap {
-  std::array<Page*, kSteps> pages = {};   // by step: those with room, and perhaps a full one at the front
-  std::atomic<Free*> returned = nullptr;  // by other threads
+  std::array<Page*, kSteps> pages = {};   // per step: the pages with room; the first one may be full
+  std::atomic<Free*> returned = nullptr;  // blocks that other threads freed
   std::size_t taken = 0;
-  Heap* next = nullptr;  // of the heaps without a thread
+  Heap* next = nullptr;  // next heap without a thread
 };
 
-// The regions, and the heaps of threads that have ended. Trivial to destroy: statics that go late still give back.
+// The regions, and the heaps of ended threads. Needs no destructor, because statics that are destroyed late still free
+// blocks.
 struct Store {
   std::mutex lock;
-  Region* regions = nullptr;  // those with free pages
-  std::size_t empty = 0;      // how many of them are wholly free
+  Region* regions = nullptr;  // regions with free pages
+  std::size_t empty = 0;      // number of regions without used pages
   bool first = true;
   Heap* idle = nullptr;
 
-  Page* TakePage();
-  void GivePage(Page* page) noexcept;
+  Page* AcquirePage();
+  void ReleasePage(Page* page) noexcept;
   Region* NewRegion();
 };
 
 constinit Store store;
 
-// One offset from the thread's register.
+// Every allocation reads it, so the access must be fast.
 KV_FAST_THREAD_LOCAL constinit Heap* t_heap = nullptr;
 
 // ---- pages
@@ -121,7 +123,7 @@ Region* Store::NewRegion() {
   return region;
 }
 
-Page* Store::TakePage() {
+Page* Store::AcquirePage() {
   const std::lock_guard guard(lock);
   Region* region = regions ? regions : NewRegion();
   if (region->free == region->all) --empty;
@@ -133,7 +135,7 @@ Page* Store::TakePage() {
   return page;
 }
 
-void Store::GivePage(Page* page) noexcept {
+void Store::ReleasePage(Page* page) noexcept {
   const std::lock_guard guard(lock);
   Region* region = page->region;
   if (region->free == 0) PushFront(regions, region);
@@ -150,7 +152,7 @@ void Store::GivePage(Page* page) noexcept {
 
 // ---- heaps
 
-// Gives the thread's heap to the next thread when the thread ends.
+// Passes the heap to the next new thread when this thread ends.
 struct HeapLease {
   ~HeapLease() {
     const std::lock_guard guard(store.lock);
@@ -170,7 +172,7 @@ struct HeapLease {
   }
   if (!t_heap) t_heap = new Heap;
   t_heap->taken = 0;
-  // A thread that allocates once more when its lease has ended keeps that heap for itself.
+  // A thread that allocates again after its lease has ended keeps that heap.
   thread_local const HeapLease lease;
   static_cast<void>(lease);
   return t_heap;
@@ -180,7 +182,7 @@ Page* PageOf(void* block) {
   return reinterpret_cast<Page*>(reinterpret_cast<std::uintptr_t>(block) & ~std::uintptr_t(kPageBytes - 1));
 }
 
-void* TakeFrom(Page* page) {
+void* AllocateFrom(Page* page) {
   ++page->used;
   if (Free* block = page->free) {
     page->free = block->next;
@@ -191,25 +193,25 @@ void* TakeFrom(Page* page) {
   return block;
 }
 
-// Back into a page of this thread's heap.
-void GiveBack(Heap* heap, Page* page, void* block) noexcept {
+// Frees a block of this thread's heap.
+void FreeOwn(Heap* heap, Page* page, void* block) noexcept {
   page->free = new (block) Free{page->free};
   --page->used;
   Page*& first = heap->pages[page->step];
-  if (!page->listed) {  // it was full: others of its blocks are still in use
+  if (!page->listed) {  // the page was full, so other blocks of it are still in use
     page->listed = true;
     PushFront(first, page);
-  } else if (page->used == 0 && (page != first || page->next)) {  // the last of a size may be wanted again at once
+  } else if (page->used == 0 && (page != first || page->next)) {  // the last page of a size is often needed again soon
     Unlink(first, page);
-    store.GivePage(page);
+    store.ReleasePage(page);
   }
 }
 
-// The page at the front of a step has no room, or there is none.
+// Allocates when the first page of the step has no room or does not exist.
 [[gnu::noinline]] void* AllocateSlowly(Heap* heap, std::size_t step) {
   for (Free* block = heap->returned.exchange(nullptr, std::memory_order_acquire); block;) {
     Free* next = block->next;
-    GiveBack(heap, PageOf(block), block);
+    FreeOwn(heap, PageOf(block), block);
     block = next;
   }
   Page*& first = heap->pages[step];
@@ -218,7 +220,7 @@ void GiveBack(Heap* heap, Page* page, void* block) noexcept {
     Unlink(first, first);
   }
   if (!first) {
-    Page* page = store.TakePage();
+    Page* page = store.AcquirePage();
     page->heap = heap;
     page->step = std::uint32_t(step);
     page->fresh = page->Base() + sizeof(Page);
@@ -226,21 +228,21 @@ void GiveBack(Heap* heap, Page* page, void* block) noexcept {
     page->listed = true;
     PushFront(first, page);
   }
-  return TakeFrom(first);
+  return AllocateFrom(first);
 }
 
 bool HasOwnPage(std::size_t bytes) { return bytes > kPageBytes / 2 && bytes <= BlockPool::kPageBlock; }
 
 [[gnu::noinline]] void* AllocateLarge(std::size_t bytes) {
-  return kPooled && HasOwnPage(bytes) ? static_cast<void*>(store.TakePage() + 1) : ::operator new(bytes);
+  return kPooled && HasOwnPage(bytes) ? static_cast<void*>(store.AcquirePage() + 1) : ::operator new(bytes);
 }
 
 [[gnu::noinline]] void FreeLarge(void* block, std::size_t bytes) noexcept {
-  return kPooled && HasOwnPage(bytes) ? store.GivePage(PageOf(block)) : ::operator delete(block);
+  return kPooled && HasOwnPage(bytes) ? store.ReleasePage(PageOf(block)) : ::operator delete(block);
 }
 
-// Some other thread's.
-[[gnu::noinline]] void Return(Heap* heap, void* block) noexcept {
+// Frees a block of another thread's heap.
+[[gnu::noinline]] void FreeForeign(Heap* heap, void* block) noexcept {
   auto* returned = new (block) Free{heap->returned.load(std::memory_order_relaxed)};
   while (!heap->returned.compare_exchange_weak(returned->next, returned, std::memory_order_release,
                                                std::memory_order_relaxed)) {
@@ -256,7 +258,7 @@ void* BlockPool::Allocate(std::size_t bytes) {
   if (!kPooled || bytes > kLargestShared) return AllocateLarge(bytes);
   const std::size_t step = (bytes + kStep - 1 + (bytes == 0)) / kStep;
   Page* page = heap->pages[step];
-  return page && page->HasRoom() ? TakeFrom(page) : AllocateSlowly(heap, step);
+  return page && page->HasRoom() ? AllocateFrom(page) : AllocateSlowly(heap, step);
 }
 
 void BlockPool::Free(void* block, std::size_t bytes) noexcept {
@@ -264,7 +266,7 @@ void BlockPool::Free(void* block, std::size_t bytes) noexcept {
   if (!kPooled || bytes > kLargestShared) return FreeLarge(block, bytes);
   Page* page = PageOf(block);
   Heap* heap = page->heap;
-  return heap == t_heap ? GiveBack(heap, page, block) : Return(heap, block);
+  return heap == t_heap ? FreeOwn(heap, page, block) : FreeForeign(heap, block);
 }
 
 std::size_t BlockPool::TakenByThisThread() noexcept { return t_heap ? t_heap->taken : 0; }

@@ -1,16 +1,16 @@
-// Memory for the many small blocks of a document: objects, texts, nodes of lists; and for tables in pieces of a page.
-// Not public.
+// Memory for the many small blocks of a document: objects, texts, list nodes; and for page-sized pieces of tables. Not
+// public.
 //
-// Each thread takes from pages of its own, each of which holds blocks of one size, so that taking and giving back cost
-// a few instructions, no lock, and nothing that depends on what else the process has allocated. A block may be given
-// back on any thread: it then waits until its own thread runs out of blocks. The pages of a thread that has ended go to
-// the next one that begins. A page without blocks in use serves any thread and size, unless it is its thread's last one
-// of that size. With all its neighbours it goes back to the system; but some 32 MiB are kept for what comes next, and
-// up to 1 GiB more for as long as the system doesn't need the memory, so that the next large document doesn't have to
-// ask for each page anew.
+// Each thread allocates from its own pages, and a page holds blocks of one size. Allocating and freeing take a few
+// instructions and no lock, and do not depend on what else the process has allocated. Any thread may free a block; it
+// then waits in a queue until the owning thread runs out of blocks. The next new thread takes over the pages of a
+// thread that has ended. A page without used blocks can serve any thread and any size, except for the last page of a
+// size in its thread. When all its neighbours are unused too, their memory goes back to the system; about 32 MiB are
+// kept for later, and up to 1 GiB more as long as the system does not need the memory, so that the next large document
+// need not request each page again.
 //
-// Built with KV_BLOCKS_FROM_HEAP, as for the address sanitizer, every block comes from the heap, so that a tool sees
-// each.
+// With KV_BLOCKS_FROM_HEAP, used for the address sanitizer, every block comes from the heap, so that the tool sees each
+// block.
 #pragma once
 
 #include <cstddef>
@@ -20,17 +20,16 @@
 class KVSHARE_API BlockPool {
  public:
   static constexpr std::size_t kPageBytes = 64 * 1024;
-  // Blocks up to this size share pages. Larger ones come from the heap, but for those between half a page and
-  // kPageBlock, which have a page of their own.
+  // Blocks up to this size (bytes) share pages. Larger blocks come from the heap, except for those from half a page to
+  // kPageBlock, which get their own page.
   static constexpr std::size_t kLargestShared = 512;
   static constexpr std::size_t kPageBlock = kPageBytes - 64;
 
-  // Gives a block of that many bytes, aligned for any object of that size that is content with what operator new gives.
-  // Raises std::bad_alloc.
+  // Returns a block of that many bytes with the alignment that operator new would give. Raises std::bad_alloc.
   static void* Allocate(std::size_t bytes);
-  // Takes a block back; bytes is what Allocate was called with. A null block is ignored.
+  // Frees a block; `bytes` is the size given to Allocate. Null does nothing.
   static void Free(void* block, std::size_t bytes) noexcept;
 
-  // The number of blocks that this thread has taken so far, for tests and logs.
+  // The number of blocks that this thread has allocated so far, for tests and logs.
   static std::size_t TakenByThisThread() noexcept;
 };

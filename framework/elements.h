@@ -1,5 +1,6 @@
-// How CArray and CList store one element: a plain value by its bytes, everything else by its own ar << and ar >>. An
-// element with neither can be kept in memory; to serialize it raises CArchiveException badClass.
+// How CArray and CList store one element: trivially copyable values as their bytes, all other types through their
+// operators << and >>. A type without these operators can be kept in memory; serializing it raises CArchiveException
+// badClass.
 #pragma once
 
 #include <type_traits>
@@ -9,7 +10,7 @@
 template <class T>
 inline constexpr bool kStoredRaw = std::is_trivially_copyable_v<T> && !std::is_pointer_v<T>;
 
-// The fewest bytes that an element takes in an archive.
+// The smallest number of bytes that an element has in an archive.
 template <class T>
 inline constexpr std::size_t kElementBytes = kStoredRaw<T> ? sizeof(T) : 1;
 

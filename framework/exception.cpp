@@ -1,4 +1,4 @@
-// The framework's exceptions: their texts, and what the platform's statuses mean for a file.
+// The framework's exceptions: their texts, and the file causes of the platform's status codes.
 #include "framework/exception.h"
 
 #include <array>
@@ -12,17 +12,17 @@ namespace {
 
 // In the order of the causes.
 constexpr std::array<std::string_view, 8> kArchiveTexts = {
-    "no failure told",
+    "no failure given",
     "archive failure",
     "write to an archive that is being read",
     "the data ends too early",
     "read from an archive that is being written",
     "reference to an object that the archive does not hold",
     "object of an unknown or unexpected class",
-    "object written by a version that this one does not read",
+    "object of a version that this one cannot read",
 };
 constexpr std::array<std::string_view, 15> kFileTexts = {
-    "no failure told",
+    "no failure given",
     "file failure",
     "file not found",
     "folder not found or path malformed",
@@ -31,7 +31,7 @@ constexpr std::array<std::string_view, 15> kFileTexts = {
     "file is not open",
     "the current folder can't be removed",
     "no room for another file in the folder",
-    "position ahead of the file's start",
+    "position before the file's start",
     "the device fails",
     "file is in use by another program",
     "range is locked",
@@ -62,7 +62,7 @@ constexpr StatusCause kCauses[] = {
     {ERROR_GEN_FAILURE, CFileException::hardIO},
 };
 
-// "FILE: TEXT", or the text alone.
+// "FILE: TEXT", or only the text without a file name.
 template <std::size_t N>
 std::string Message(const std::array<std::string_view, N>& texts, int cause, LPCTSTR fileName) {
   std::string message = fileName ? ToUtf8(TextView(fileName)) : std::string();

@@ -1,7 +1,7 @@
-// CException, the root of the exceptions: the archive's, the file's and the database's. Everything else tells failure
-// by its result.
+// CException: the base of all exceptions of the library, which are those of the archive, the file and the database. All
+// other failures are return values.
 //
-// Both are thrown and caught by value or reference, never by pointer; nobody deletes one.
+// Exceptions are thrown by value and caught by reference, never by pointer. Nobody deletes one.
 #pragma once
 
 #include <exception>
@@ -11,9 +11,9 @@
 
 class KVSHARE_API CException : public std::exception {
  public:
-  // What went wrong and with which file, one line in English, for a log.
+  // The failure and the file's name, one line in English, for a log.
   CString GetErrorMessage() const { return FromUtf8(message_); }
-  // Shows that line in a message box (framework/message_box.h).
+  // Shows this line in a message box (framework/message_box.h).
   void ReportError() const;
   const char* what() const noexcept override { return message_.c_str(); }
   ~CException() override;

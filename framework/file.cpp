@@ -1,4 +1,4 @@
-// CFile, on the platform's file handles.
+// CFile, implemented with the platform's file handles.
 #include "framework/file.h"
 
 #include "platform/errors.h"

@@ -1,7 +1,8 @@
-// CFile, the bytes of a file on disk, and CMemFile, the same in memory. Both can stand below an archive.
+// CFile: a file on disk, and CMemFile: a file in memory. Both can be used under an archive.
 //
-// Positions and lengths are bytes. What fails raises CFileException, except Open, which gives FALSE. One file is used
-// by one thread at a time.
+// Positions and lengths are in bytes. All failures raise CFileException, except in Open, which returns FALSE, and in
+// Abort and the destructors, which ignore them. After a failure the file stays open and its position may have moved.
+// One thread at a time may use a file.
 #pragma once
 
 #include "framework/exception.h"
@@ -11,7 +12,7 @@ class KVSHARE_API CFileException : public CException {
  public:
   enum {
     none,              // 0 no failure
-    genericException,  // 1 what no other cause tells
+    genericException,  // 1 any other cause
     fileNotFound,      // 2
     badPath,           // 3 a folder of the path is missing, or the path is malformed
     tooManyOpenFiles,  // 4
@@ -19,17 +20,17 @@ class KVSHARE_API CFileException : public CException {
     invalidFile,       // 6 the file is not open
     removeCurrentDir,  // 7
     directoryFull,     // 8
-    badSeek,           // 9 a position ahead of the start
+    badSeek,           // 9 a position before the start
     hardIO,            // 10
     sharingViolation,  // 11
     lockViolation,     // 12
-    diskFull,          // 13 also: a CMemFile that may not grow
+    diskFull,          // 13 also: a CMemFile that cannot grow
     endOfFile,         // 14
   };
 
-  // osError is the platform's status, -1 for none.
+  // osError is the platform's status code, or -1. A null file name counts as empty.
   explicit CFileException(int cause = none, LONG osError = -1, LPCTSTR fileName = nullptr);
-  // The cause that a platform's status stands for.
+  // The cause for a platform status code; genericException for an unknown one.
   static int OsErrorToException(LONG osError) noexcept;
 
   int m_cause;
@@ -41,9 +42,9 @@ class KVSHARE_API CFile : public CObject {
   DECLARE_DYNAMIC(CFile)
 
  public:
-  // One of modeRead, modeWrite and modeReadWrite, with what else is wanted. modeCreate makes the file or empties it;
-  // with modeNoTruncate an existing one keeps its content. The share modes are the platform's; where it locks nothing
-  // they change nothing. The type flags change nothing: bytes are bytes.
+  // One of modeRead, modeWrite and modeReadWrite, combined with other flags. modeCreate creates the file or empties an
+  // existing one; with modeNoTruncate an existing file keeps its content. The share flags are passed to the platform
+  // and have no effect where it locks no files. The type flags have no effect: bytes are never translated.
   enum OpenFlags : UINT {
     modeRead = 0x0,
     modeWrite = 0x1,
@@ -62,67 +63,69 @@ class KVSHARE_API CFile : public CObject {
   };
   enum SeekPosition : UINT { begin = 0, current = 1, end = 2 };
 
-  // A file that is not open; one that is, or CFileException.
+  // A file that is not open. With a path: opens it or raises CFileException.
   CFile() = default;
   CFile(LPCTSTR path, UINT flags);
-  // Closes; what fails then is not told.
+  // Closes, and ignores failures.
   ~CFile() override;
 
-  // FALSE on failure, with the reason in error if it is not null. A file that was open is closed first.
+  // Returns FALSE on failure, with the reason in `error`. Optional: error. An open file is closed first.
   virtual BOOL Open(LPCTSTR path, UINT flags, CFileException* error = nullptr);
 
-  // Gives the number of bytes read, less than asked for only at the end.
+  // Returns the number of bytes read; it is smaller than `bytes` only at the end of the file. Read and Write raise
+  // invalidFile if the file is not open.
   virtual UINT Read(void* target, UINT bytes);
   virtual void Write(const void* source, UINT bytes);
-  // Gives the new position. Behind the end is allowed: a write there fills the gap with zeros.
+  // Returns the new position. A position after the end is allowed: a write there fills the gap with zeros. A position
+  // before the start raises badSeek.
   virtual ULONGLONG Seek(LONGLONG offset, UINT from);
   ULONGLONG SeekToEnd() { return Seek(0, end); }
   void SeekToBegin() { Seek(0, begin); }
   virtual ULONGLONG GetPosition() const;
   virtual ULONGLONG GetLength() const;
-  // Cuts or extends with zeros. The position stays, unless it lay behind the new end.
+  // Shortens the file or extends it with zeros. The position stays, but not after the new end.
   virtual void SetLength(ULONGLONG length);
-  // Returns when the content is on the disk.
+  // Writes the content to the disk before it returns.
   virtual void Flush();
-  // A second call does nothing.
+  // Closes the file; raises if that fails. A second call does nothing.
   virtual void Close();
-  // Closes without raising.
+  // Closes, and ignores failures.
   virtual void Abort();
 
-  // The path as it was given to Open; empty if the file has none, and after Close. GetFileName is its last component.
+  // The path that was given to Open; empty without a path and after Close. GetFileName is its last component.
   virtual CString GetFilePath() const { return m_strFileName; }
   virtual CString GetFileName() const;
   virtual void SetFilePath(LPCTSTR path) { m_strFileName = path; }
 
-  // The platform's handle; INVALID_HANDLE_VALUE while the file is not open.
+  // The platform's handle; INVALID_HANDLE_VALUE if the file is not open.
   HANDLE m_hFile = INVALID_HANDLE_VALUE;
 
  protected:
-  // Raises what the platform's last status stands for.
+  // Raises the exception for the platform's last status.
   [[noreturn]] void ThrowLastError() const;
 
   CString m_strFileName;
 };
 
-// A file in memory. It grows by itself, unless it stands on a caller's block.
+// A file in memory. It grows on demand, unless it uses a caller's block.
 class KVSHARE_API CMemFile : public CFile {
   DECLARE_DYNAMIC(CMemFile)
 
  public:
-  // growBytes is the least by which the block grows.
+  // growBytes is the smallest step by which the block grows.
   explicit CMemFile(UINT growBytes = 1024);
-  // On a caller's block, as Attach.
+  // On a caller's block; see Attach.
   CMemFile(BYTE* block, ULONGLONG bytes, UINT growBytes = 0);
   ~CMemFile() override;
 
-  // Stands on a block of the caller's, in place of what it held. With growBytes 0 the block is the file's content,
-  // stays the caller's, and a write behind its end raises diskFull. Otherwise the file starts empty and owns the block,
-  // which came from malloc.
+  // Frees the old content and uses the caller's block instead. With growBytes 0 the block is the file's content and
+  // stays the caller's; a write after its end raises diskFull. Otherwise the file starts empty and owns the block,
+  // which must come from malloc.
   void Attach(BYTE* block, ULONGLONG bytes, UINT growBytes = 0);
-  // Gives the block away and leaves an empty file: the caller frees it with free, unless it is his own from Attach.
-  // Null if nothing was ever written.
+  // Returns the block and leaves an empty file. The caller frees it with free, unless it is the caller's block from
+  // Attach. Null if nothing was written.
   BYTE* Detach();
-  // The content, GetLength() bytes; null if there is none. Valid until the next write.
+  // The content, GetLength() bytes; null if there is no content. Valid until the next write.
   const BYTE* GetData() const noexcept { return m_pBlock; }
 
   UINT Read(void* target, UINT bytes) override;
@@ -132,7 +135,7 @@ class KVSHARE_API CMemFile : public CFile {
   ULONGLONG GetLength() const override { return m_nLength; }
   void SetLength(ULONGLONG length) override;
   void Flush() override {}
-  // Frees the content, unless it is a caller's block.
+  // Frees the content, unless it is the caller's block.
   void Close() override;
   void Abort() override { CMemFile::Close(); }
 

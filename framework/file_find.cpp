@@ -1,4 +1,4 @@
-// CFileFind, which is always one entry ahead, so that it can tell whether there is another.
+// CFileFind reads one entry in advance, because FindNextFile returns whether another entry follows.
 #include "framework/file_find.h"
 
 IMPLEMENT_DYNAMIC(CFileFind, CObject)

@@ -1,4 +1,4 @@
-// CFileFind, a walk over the entries of a folder that match a pattern.
+// CFileFind: lists the entries of a folder that match a pattern.
 //
 //   CFileFind find;
 //   BOOL more = find.FindFile(_T("C:\\Data\\*.*"));
@@ -7,8 +7,8 @@
 //     if (!find.IsDots()) Use(find.GetFilePath());
 //   }
 //
-// Patterns, order and links are those of platform/folders.h. Nothing throws; the reason of a failure is in
-// GetLastError. One object is used by one thread at a time.
+// platform/folders.h describes patterns, order and links. Nothing throws; GetLastError has the reason of a failure. One
+// thread at a time may use an object.
 #pragma once
 
 #include "framework/object.h"
@@ -22,16 +22,16 @@ class KVSHARE_API CFileFind : public CObject {
   CFileFind() = default;
   ~CFileFind() override { CFileFind::Close(); }
 
-  // Starts a walk, ending one that was on its way; null is every entry of the current folder. FALSE if nothing matches.
-  // The first entry is not there yet: FindNextFile moves to it.
+  // Starts a listing and ends an earlier one; a null pattern means all entries of the current folder. Returns FALSE if
+  // nothing matches. There is no current entry yet: FindNextFile moves to the first one.
   virtual BOOL FindFile(LPCTSTR pattern = nullptr, DWORD unused = 0);
-  // Moves to the next entry. TRUE if there is one more behind it.
+  // Moves to the next entry. Returns TRUE if at least one more follows, so the last entry comes with FALSE.
   virtual BOOL FindNextFile();
   virtual void Close();
 
-  // Of the entry moved to; before any, empty, 0 and FALSE.
+  // The current entry; empty, 0 or FALSE before the first FindNextFile.
   virtual CString GetFileName() const { return m_found.cFileName; }
-  // The folder as the pattern had it, and the name.
+  // The folder as in the pattern, followed by the name.
   virtual CString GetFilePath() const;
   CString GetRoot() const { return m_strRoot; }
   // Bytes; 0 for a folder.

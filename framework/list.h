@@ -1,8 +1,11 @@
-// CList, a doubly linked list of values.
+// CList: a doubly linked list of values; the list owns its elements.
 //
-// As CObList (framework/ob_list.h) for positions and walking: a POSITION names an element until it is removed, null is
-// "none". GetHead, GetTail, RemoveHead and RemoveTail on an empty list raise std::out_of_range. One list is used by one
-// thread at a time. ARG is how elements are handed in.
+// A POSITION names one element until that element is removed; other changes keep it valid. Null means "no element". A
+// position must come from this list: null and removed positions are not checked and crash, except where a call says
+// what null does. GetHead, GetTail, RemoveHead and RemoveTail raise std::out_of_range on an empty list. Indices start
+// at 0. One thread at a time may use a list. ARG is the parameter type for elements.
+//
+//   for (POSITION at = list.GetHeadPosition(); at;) Use(list.GetNext(at));
 #pragma once
 
 #include <stdexcept>
@@ -14,7 +17,7 @@
 template <class T, class ARG = const T&>
 class CList : public CObject {
  public:
-  // The block size is accepted for older callers and not used.
+  // blockSize is ignored and kept for existing callers.
   explicit CList(LONGLONG blockSize = 10) { static_cast<void>(blockSize); }
   ~CList() override { RemoveAll(); }
 
@@ -31,7 +34,8 @@ class CList : public CObject {
   T RemoveTail() { return Remove(Existing(m_pTail)); }
   POSITION AddHead(ARG value) { return Insert(value, nullptr, m_pHead); }
   POSITION AddTail(ARG value) { return Insert(value, m_pTail, nullptr); }
-  // The other list's elements in their order; a list may be added to itself.
+  // Insert copies of another list's elements, in their order, before the head or after the tail. A list may be added to
+  // itself; null is not allowed.
   void AddHead(const CList* list) {
     const Node* at = list->m_pTail;
     for (LONGLONG left = list->m_nCount; left > 0; --left, at = at->previous) AddHead(at->value);
@@ -55,7 +59,7 @@ class CList : public CObject {
   const T& GetAt(POSITION position) const { return NodeAt(position)->value; }
   void SetAt(POSITION position, ARG value) { NodeAt(position)->value = value; }
   void RemoveAt(POSITION position) { Drop(NodeAt(position)); }
-  // With a null position: ahead of the head, behind the tail.
+  // Return the new element's position. A null position means before the head and after the tail.
   POSITION InsertBefore(POSITION position, ARG value) {
     Node* next = NodeAt(position);
     return next ? Insert(value, next->previous, next) : AddHead(value);
@@ -65,13 +69,13 @@ class CList : public CObject {
     return previous ? Insert(value, previous, previous->next) : AddTail(value);
   }
 
-  // The first equal element behind startAfter (from the head for null); null if there is none.
+  // Returns the first equal element after startAfter, or from the head for null; null if there is none.
   POSITION Find(ARG value, POSITION startAfter = nullptr) const {
     Node* node = startAfter ? NodeAt(startAfter)->next : m_pHead;
     while (node && !(node->value == value)) node = node->next;
     return PositionOf(node);
   }
-  // Null for an index below 0 or above the last.
+  // The element at an index from 0 to GetCount() - 1; null for any other index. Walks the list.
   POSITION FindIndex(LONGLONG index) const noexcept {
     if (index < 0 || index >= m_nCount) return nullptr;
     Node* node = m_pHead;
@@ -79,7 +83,8 @@ class CList : public CObject {
     return PositionOf(node);
   }
 
-  // The count, then the elements (framework/elements.h), of at least one byte each. Loading appends.
+  // The count, then the elements (framework/elements.h). Loading appends; if it raises, the list has the elements read
+  // so far.
   void Serialize(CArchive& ar) override {
     if (ar.IsStoring()) {
       ar.WriteCount(ULONGLONG(m_nCount));

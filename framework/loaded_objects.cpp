@@ -1,15 +1,15 @@
-// The table of a loading archive, and the two hooks by which CObject takes part in taking a failed load back.
+// The table of a loading archive, and the two functions that CObject calls during the clean-up of a failed load.
 #include "framework/internal/loaded_objects.h"
 
 #include <unordered_set>
 
 namespace {
 
-// Stands where an object was destroyed while a load is taken back: it answers GetRuntimeClass with CObject's record,
-// and may be destroyed again.
+// Replaces an object that was destroyed during a clean-up: GetRuntimeClass returns CObject's record, and it may be
+// destroyed again.
 class Tombstone final : public CObject {};
 
-// The blocks held while a load is taken back.
+// The memory blocks that are kept during a clean-up.
 struct Graveyard {
   struct Block {
     void* block;
@@ -32,7 +32,7 @@ struct Graveyard {
     tombstones.insert(object);
   }
 
-  std::vector<const CObject*> dead;  // destroyed, the block not yet given back
+  std::vector<const CObject*> dead;  // destroyed objects whose block is not freed yet
   std::vector<Block> blocks;
   std::unordered_set<const void*> tombstones;
 };
@@ -40,7 +40,7 @@ struct Graveyard {
 thread_local constinit LoadedObjects* t_first = nullptr;
 thread_local constinit Graveyard* t_graveyard = nullptr;
 
-// While one lives, objects that die are buried; the blocks go when the outermost ends.
+// While it exists, destroyed objects are replaced by tombstones. The outermost one frees the blocks at its end.
 class Burial {
  public:
   Burial() {
@@ -105,7 +105,8 @@ void LoadedObjects::AddClass(CRuntimeClass* record, UINT schema) {
   classes_.push_back({record, schema});
 }
 
-// An address may be used again by a later object: what died when there were fewer numbers was an earlier one.
+// A later object may have the same address. If there were fewer numbers at the destruction, an earlier object was
+// destroyed.
 bool LoadedObjects::IsDestroyed(const CObject* object, DWORD number) const {
   const auto found = destroyed_.find(object);
   return found != destroyed_.end() && found->second >= number;
@@ -131,7 +132,7 @@ void LoadedObjects::NoteDestroyed(const CObject* object) noexcept {
 bool LoadedObjects::KeepBlock(void* block, std::size_t bytes, std::align_val_t alignment) noexcept {
   Graveyard* graveyard = t_graveyard;
   if (!graveyard || !block) return false;
-  if (graveyard->tombstones.contains(block)) {  // deleted once more
+  if (graveyard->tombstones.contains(block)) {  // deleted again
     std::erase(graveyard->dead, block);
     graveyard->Bury(static_cast<CObject*>(block));
     return true;
@@ -147,14 +148,14 @@ bool LoadedObjects::KeepBlock(void* block, std::size_t bytes, std::align_val_t a
   return true;
 }
 
-void LoadedObjects::TakeBack(DWORD count) noexcept {
+void LoadedObjects::RollBack(DWORD count) noexcept {
   const Burial burial;
   for (DWORD number = count + 1; number <= GetCount(); ++number) {
     if ((EntryAt(number) & kMask) == kMade) delete ObjectAt(number);
   }
 }
 
-DWORD LoadedObjects::TakeBackIf(const std::function<bool(const CObject*)>& unwanted) {
+DWORD LoadedObjects::DeleteIf(const std::function<bool(const CObject*)>& unwanted) {
   std::vector<DWORD> numbers;
   for (DWORD number = 1; number <= GetCount(); ++number) {
     if ((EntryAt(number) & kMask) != kMade) continue;

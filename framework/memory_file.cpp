@@ -1,4 +1,4 @@
-// CMemFile, on one block of malloc's that grows by half.
+// CMemFile: one malloc block that grows by half.
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -37,7 +37,7 @@ void CMemFile::Close() {
   Detach();
 }
 
-// Makes room for that many bytes in all.
+// Makes the block large enough for `bytes` bytes in total.
 void CMemFile::Grow(ULONGLONG bytes) {
   if (bytes <= m_nCapacity) return;
   const ULONGLONG half = m_nCapacity + m_nCapacity / 2;
@@ -71,7 +71,7 @@ void CMemFile::Write(const void* source, UINT bytes) {
 
 ULONGLONG CMemFile::Seek(LONGLONG offset, UINT from) {
   const ULONGLONG base = from == begin ? 0 : from == current ? m_nPosition : m_nLength;
-  const ULONGLONG position = base + ULONGLONG(offset);  // wraps for a negative offset
+  const ULONGLONG position = base + ULONGLONG(offset);  // wraps around for a negative offset
   if (offset < 0 ? position > base : position < base) {
     throw CFileException(CFileException::badSeek, -1, m_strFileName);
   }

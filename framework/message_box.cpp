@@ -1,4 +1,4 @@
-// The way from the library's messages to whoever shows them.
+// Passes the library's messages to the main module's implementation.
 #include "framework/message_box.h"
 
 #include <cstdio>
@@ -8,7 +8,7 @@ namespace {
 
 MessageBoxes* g_boxes = nullptr;
 
-// The lines of a text on one.
+// Joins the lines of a text into one.
 std::string OneLine(const CString& text) {
   std::string line;
   for (const char c : ToUtf8(text)) {

@@ -1,7 +1,7 @@
-// Plain message boxes: how the library, which has no windows, tells a person something and waits for the answer.
+// Plain message boxes: the library has no windows and asks the user through this interface.
 //
-// Whoever has a person in front, the main module, sets an implementation. Without one the text goes to stderr as one
-// line, and the answer is no, so that nobody waits for someone who isn't there. Main thread only.
+// The main module sets an implementation. Without one, the text is printed to stderr as one line and the answer is
+// false, so that no program waits for a user who is not there. Main thread only.
 #pragma once
 
 #include "framework/text.h"
@@ -9,16 +9,17 @@
 class KVSHARE_API MessageBoxes {
  public:
   virtual ~MessageBoxes();
-  // Shows a text, which may have several lines, with an OK button, and waits. True for OK; false if the person wants no
-  // more of it.
+  // Shows a text, which may have several lines, with an OK button, and waits. Returns true for OK, and false if the
+  // user wants to see no more such messages.
   virtual bool Show(const CString& text, const CString& caption) = 0;
 };
 
-// Sets the implementation, which stays the caller's and is used until the next call; null for none. Gives the former.
+// Sets the implementation and returns the earlier one, or null. It stays the caller's and is used until the next call;
+// null means no implementation.
 KVSHARE_API MessageBoxes* SetMessageBoxes(MessageBoxes* boxes);
 
-// The caption of every box, which may be changed.
+// The caption of every box. The caller may change it.
 KVSHARE_API CString& MessageBoxCaption();
 
-// Shows a text in a box: its answer.
+// Shows a text in a box and returns its answer.
 KVSHARE_API bool ShowMessageBox(const CString& text);

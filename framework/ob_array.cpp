@@ -1,4 +1,4 @@
-// CObArray.
+// CObArray: the parts that are not in the header.
 #include "framework/ob_array.h"
 
 #include "framework/archive.h"
@@ -23,7 +23,7 @@ LONGLONG CObArray::Add(CObject* object) {
 
 LONGLONG CObArray::Append(const CObArray& other) {
   const LONGLONG first = GetSize();
-  const std::size_t count = other.m_objects.size();  // the other may be this array
+  const std::size_t count = other.m_objects.size();  // `other` may be this array
   m_objects.reserve(m_objects.size() + count);
   for (std::size_t i = 0; i < count; ++i) m_objects.push_back(other.m_objects[i]);
   return first;

@@ -1,8 +1,8 @@
-// CObArray, a growing row of object pointers, null ones too. The array owns none of the objects.
+// CObArray: a growing array of object pointers, which may be null. The array owns none of the objects.
 //
-// As CArray (framework/array.h) otherwise: indices from 0, an index outside raises std::out_of_range, one thread at a
-// time. Serialize stores the count and a reference for each element; loading replaces the content, and when it raises
-// the array holds what was read so far.
+// As CArray (framework/array.h) otherwise: indices from 0, std::out_of_range for an index outside, one thread at a
+// time. Serialize stores the count and a reference for each element. Loading replaces the content; if it raises, the
+// array has the elements read so far.
 #pragma once
 
 #include <stdexcept>
@@ -20,7 +20,7 @@ class KVSHARE_API CObArray : public CObject {
   LONGLONG GetCount() const { return LONGLONG(m_objects.size()); }
   bool IsEmpty() const { return m_objects.empty(); }
   LONGLONG GetUpperBound() const { return GetSize() - 1; }
-  // New elements are null. growBy is accepted for older callers and not used.
+  // New elements are null. A negative size raises std::out_of_range. growBy is ignored and kept for existing callers.
   void SetSize(LONGLONG size, LONGLONG growBy = -1);
   void RemoveAll() { m_objects = {}; }
   void FreeExtra() { m_objects.shrink_to_fit(); }
@@ -30,12 +30,12 @@ class KVSHARE_API CObArray : public CObject {
   CObject*& ElementAt(LONGLONG index) { return m_objects.at(std::size_t(index)); }
   CObject*& operator[](LONGLONG index) { return m_objects.at(std::size_t(index)); }
   CObject* operator[](LONGLONG index) const { return m_objects.at(std::size_t(index)); }
-  // Null for an empty array; valid until the size changes.
+  // Null for an empty array. Valid until the size changes.
   CObject** GetData() { return m_objects.empty() ? nullptr : m_objects.data(); }
   CObject* const* GetData() const { return m_objects.empty() ? nullptr : m_objects.data(); }
 
   void SetAtGrow(LONGLONG index, CObject* object);
-  // The index of the first element added.
+  // Both return the index of the first added element.
   LONGLONG Add(CObject* object);
   LONGLONG Append(const CObArray& other);
   void Copy(const CObArray& other) { m_objects = other.m_objects; }

@@ -1,4 +1,4 @@
-// CObList.
+// CObList: nodes, searching and the archive.
 #include "framework/ob_list.h"
 
 #include <cassert>
@@ -40,7 +40,7 @@ void CObList::RemoveAll() noexcept {
   m_nCount = 0;
 }
 
-// What the ends of an empty list refer to.
+// The element that GetHead and GetTail refer to for an empty list.
 CObject*& CObList::None() noexcept {
   thread_local CObject* none;
   return none = nullptr;

@@ -1,8 +1,9 @@
-// CObList, a doubly linked list of object pointers, null ones too. The list owns its nodes and none of the objects.
+// CObList: a doubly linked list of object pointers, which may be null. The list owns its nodes and none of the objects.
 //
-// A POSITION names an element until it is removed; null is "none" and stands behind the last. Positions handed in
-// belong to this list and are not null unless a call says otherwise. GetHead, GetTail, RemoveHead and RemoveTail want a
-// list that is not empty: on an empty one they give null. One list is used by one thread at a time.
+// A POSITION names one element until that element is removed; other changes keep it valid. Null means "no element". A
+// position must come from this list: null and removed positions are not checked and crash, except where a call says
+// what null does. GetHead, GetTail, RemoveHead and RemoveTail return null for an empty list. Indices start at 0. One
+// thread at a time may use a list.
 #pragma once
 
 #include "framework/object.h"
@@ -14,7 +15,7 @@ class KVSHARE_API CObList : public CObject {
   DECLARE_SERIAL(CObList)
 
  public:
-  // Each node is a block of its own (framework/block_pool.h): blockSize is accepted for older callers and not used.
+  // blockSize is ignored (each node is one block of framework/block_pool.h) and kept for existing callers.
   explicit CObList(LONGLONG blockSize = 10) noexcept { static_cast<void>(blockSize); }
   ~CObList() override;
 
@@ -27,18 +28,19 @@ class KVSHARE_API CObList : public CObject {
   CObject*& GetTail() { return m_pTail ? m_pTail->object : None(); }
   CObject* GetTail() const { return m_pTail ? m_pTail->object : nullptr; }
 
-  // Remove an end and give its object.
+  // Remove the first or last element and return its object, which is not deleted.
   CObject* RemoveHead();
   CObject* RemoveTail();
-  // Give the position of the new element. The forms with a list add its elements in their order, ahead of the head or
-  // behind the tail; a list may be added to itself.
+  // Return the new element's position. The forms with a list insert copies of its pointers, in their order, before the
+  // head or after the tail; a list may be added to itself.
   POSITION AddHead(CObject* object) { return PositionOf(Insert(object, nullptr, m_pHead)); }
   POSITION AddTail(CObject* object) { return PositionOf(Insert(object, m_pTail, nullptr)); }
   void AddHead(const CObList* list);
   void AddTail(const CObList* list);
   void RemoveAll() noexcept;
 
-  // Walking: GetNext and GetPrev give the element at the position and move it on; it is null after the last.
+  // Walking: GetNext and GetPrev return the element at the position, which is not null, and move the position on. It
+  // becomes null after the last element.
   POSITION GetHeadPosition() const noexcept { return PositionOf(m_pHead); }
   POSITION GetTailPosition() const noexcept { return PositionOf(m_pTail); }
   CObject*& GetNext(POSITION& position) { return Step(position, &Node::next); }
@@ -50,21 +52,21 @@ class KVSHARE_API CObList : public CObject {
   CObject* GetAt(POSITION position) const { return NodeAt(position)->object; }
   void SetAt(POSITION position, CObject* object) { NodeAt(position)->object = object; }
   void RemoveAt(POSITION position);
-  // With a null position: ahead of the head, behind the tail.
+  // Return the new element's position. A null position means before the head and after the tail.
   POSITION InsertBefore(POSITION position, CObject* object);
   POSITION InsertAfter(POSITION position, CObject* object);
 
-  // The first element with that pointer behind startAfter (from the head for null); null if there is none.
+  // Returns the first element with this pointer after startAfter, or from the head for null; null if there is none.
   POSITION Find(const CObject* object, POSITION startAfter = nullptr) const noexcept;
-  // Null for an index below 0 or above the last.
+  // The element at an index from 0 to GetCount() - 1; null for any other index. Walks the list.
   POSITION FindIndex(LONGLONG index) const noexcept;
 
-  // The count, then a reference for each element in list order. Loading appends to what is there; when it raises, the
-  // list holds what was read so far.
+  // The count, then a reference for each element in list order. Loading appends; if it raises, the list has the
+  // elements read so far.
   void Serialize(CArchive& ar) override;
-  // The same bytes, for a list that owns its elements: loading raises badIndex for an object that the archive gave out
-  // before, so that damaged bytes can't make an owner delete one twice, and badClass for one that is not of the class
-  // wanted (null wants any).
+  // The same bytes, for a list whose owner deletes the elements. Loading raises badIndex for an object that the archive
+  // returned before, so that damaged bytes cannot make an owner delete an object twice, and badClass for an object that
+  // is not of the class `wanted` (null accepts any class).
   void SerializeOwned(CArchive& ar, const CRuntimeClass* wanted = nullptr);
 
   void AssertValid() const override;

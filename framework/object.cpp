@@ -1,4 +1,4 @@
-// CObject, and the name table of serial classes.
+// CObject, and the table of serial classes by name.
 #include "framework/object.h"
 
 #include <array>
@@ -12,7 +12,7 @@
 
 namespace {
 
-// Chained hashing over a fixed number of places: the records bring their own link, so that entering a class in a static
+// A hash table with a fixed number of slots. The records contain the link, so registering a class in a static
 // initialiser allocates nothing.
 struct NameTable {
   std::shared_mutex lock;
@@ -22,7 +22,7 @@ struct NameTable {
   CRuntimeClass*& Place(std::string_view name) { return places[std::hash<std::string_view>()(name) % places.size()]; }
 };
 
-// Never destroyed: libraries are unloaded while other statics go.
+// Never destroyed, because libraries may be unloaded after static destructors have begun.
 NameTable& TheTable() {
   static auto* table = new NameTable;
   return *table;
@@ -33,7 +33,7 @@ NameTable& TheTable() {
 CRuntimeClassEntry::CRuntimeClassEntry(CRuntimeClass* record) : record_(record) {
   NameTable& table = TheTable();
   const std::unique_lock guard(table.lock);
-  CRuntimeClass** last = &table.Place(record->m_lpszClassName);  // at the end, so that the first of a name answers
+  CRuntimeClass** last = &table.Place(record->m_lpszClassName);  // appended: the first of a name wins
   while (*last) last = &(*last)->m_pNextClass;
   *last = record;
   record->m_nNumber = ++table.count;

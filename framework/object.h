@@ -1,15 +1,16 @@
-// CObject, the root of everything that knows its class at run time and can be kept in an archive, and CRuntimeClass,
-// the record of a class: its name, schema number, base and how to make an object of it.
+// CObject: the base of all classes that know their class at run time and can be stored in an archive. CRuntimeClass:
+// the record of a class, with its name, schema number, base and a function that creates an object.
 //
-// A class says in its declaration how much of this it takes part in, and repeats it once in its source:
+// A class says in its declaration which features it has, and repeats this once in its source:
 //
-//   DECLARE_DYNAMIC(C)     IMPLEMENT_DYNAMIC(C, Base)          IsKindOf and the casts work
+//   DECLARE_DYNAMIC(C)     IMPLEMENT_DYNAMIC(C, Base)          IsKindOf and the casts
 //   DECLARE_DYNCREATE(C)   IMPLEMENT_DYNCREATE(C, Base)        and CRuntimeClass::CreateObject
 //   DECLARE_SERIAL(C)      IMPLEMENT_SERIAL(C, Base, schema)   and archives, with operator>>(CArchive&, C*&)
 //
-// The default constructor that the last two need may be protected. A schema is a number from 0 to 0xFFFE, the same for
-// ever for one layout of the class's bytes; with VERSIONABLE_SCHEMA | number the class reads its older layouts too and
-// asks CArchive::GetObjectSchema which one stands before it.
+// The last two need a default constructor; it may be protected. A schema is a number from 0 to 0xFFFE for one layout of
+// the class's bytes; one layout keeps its number for ever. With VERSIONABLE_SCHEMA | number the class also reads its
+// older layouts and gets their number from CArchive::GetObjectSchema. Without it, another stored number raises
+// badSchema.
 #pragma once
 
 #include <cassert>
@@ -23,38 +24,39 @@ class CObject;
 
 inline constexpr UINT VERSIONABLE_SCHEMA = 0x80000000;
 
-// The record of one class. Records are static and constant from before the first initialiser runs; any thread reads
-// them. Made by the macros alone.
+// The record of one class. Records are static and initialised at compile time; any thread may read them. Only the
+// macros create them.
 struct KVSHARE_API CRuntimeClass {
   // The schema of a class that is not serial.
   static constexpr UINT kNoSchema = 0xFFFF;
 
   LPCSTR m_lpszClassName;
   int m_nObjectSize;                // bytes of one object
-  UINT m_wSchema;                   // with VERSIONABLE_SCHEMA where declared so; kNoSchema if the class is not serial
-  CObject* (*m_pfnCreateObject)();  // null if objects can't be made from the record
+  UINT m_wSchema;                   // with VERSIONABLE_SCHEMA if declared so; kNoSchema for a class that is not serial
+  CObject* (*m_pfnCreateObject)();  // null if the record cannot create objects
   CRuntimeClass* m_pBaseClass;      // null for CObject
-  CRuntimeClass* m_pNextClass = nullptr;  // next of the registered classes with the same place in the name table
-  UINT m_nNumber = 0;                     // running number of the registered classes, from 1: a place for small tables
+  CRuntimeClass* m_pNextClass = nullptr;  // the next registered class of the same slot in the name table
+  UINT m_nNumber = 0;                     // number of the registered class, from 1, for small tables
 
-  // A new object on the heap, owned by the caller; null if the class can't make any.
+  // A new object on the heap, which the caller owns; null if the class cannot create objects.
   CObject* CreateObject() const { return m_pfnCreateObject ? m_pfnCreateObject() : nullptr; }
-  // True for the class itself and everything below it. A null base gives false.
+  // True for the class itself and all classes derived from it. False for a null base.
   bool IsDerivedFrom(const CRuntimeClass* base) const noexcept {
     for (const CRuntimeClass* at = this; at; at = at->m_pBaseClass)
       if (at == base) return true;
     return false;
   }
 
-  // The serial class of that name, compared exactly, or null. Of several with one name (two loaded libraries that each
-  // bring their own) the one that came first answers, until its library is unloaded. Any thread may call.
+  // Returns the serial class of this name, or null; names are compared exactly. If two loaded libraries have a class of
+  // the same name, the one that was registered first is returned until its library is unloaded. Any thread may call.
   static CRuntimeClass* FromName(LPCSTR name);
   static CRuntimeClass* FromName(LPCSTR name, std::size_t length);
-  // A new object of the class of that name; null if there is no such class. The caller owns it.
+  // A new object of the class with this name, which the caller owns; null if there is no such class.
   static CObject* CreateObject(LPCSTR name);
 };
 
-// Enters a class in the name table while it lives; one for each IMPLEMENT_SERIAL. Any thread may load a library.
+// Registers a class in the name table for the lifetime of this entry. IMPLEMENT_SERIAL creates one. Libraries may be
+// loaded on any thread.
 class KVSHARE_API CRuntimeClassEntry {
  public:
   explicit CRuntimeClassEntry(CRuntimeClass* record);
@@ -66,7 +68,7 @@ class KVSHARE_API CRuntimeClassEntry {
   CRuntimeClass* record_;
 };
 
-// Takes what CObject::Dump prints.
+// Collects the text that CObject::Dump prints.
 class KVSHARE_API CDumpContext {
  public:
   CString m_Text;
@@ -85,27 +87,28 @@ class KVSHARE_API CDumpContext {
   }
 };
 
-// An object is used by one thread at a time. It can't be copied, unless its class says how.
+// One thread at a time may use an object. Objects cannot be copied, unless their class allows it.
 class KVSHARE_API CObject {
  public:
   static CRuntimeClass classCObject;
 
-  // The slots of every class, in this order.
+  // The first virtual functions of every class, in this order, because modules call them through the same table.
   virtual CRuntimeClass* GetRuntimeClass() const;
   virtual ~CObject();
-  // Writes the object's fields to a storing archive, in order, or reads them from a loading one. A class calls its
-  // base's first. CObject has no fields. Raises what the archive raises.
+  // Writes the object's fields to a storing archive or reads them from a loading one, in the same order. A derived
+  // class first calls CArchive::SerializeClass, if it has its own record, and then its base's Serialize. CObject has no
+  // fields. Raises what the archive raises.
   virtual void Serialize(CArchive& ar);
-  // Diagnostics. AssertValid stops a debug build in a broken object; Dump prints the class's name.
+  // For diagnosis. AssertValid stops a debug build if the object is damaged. Dump prints the class's name.
   virtual void AssertValid() const;
   virtual void Dump(CDumpContext& context) const;
 
-  // True if the object may go into an archive by reference.
+  // True if an archive can store references to the object.
   bool IsSerializable() const { return GetRuntimeClass()->m_wSchema != CRuntimeClass::kNoSchema; }
   bool IsKindOf(const CRuntimeClass* base) const { return GetRuntimeClass()->IsDerivedFrom(base); }
 
-  // Small objects come from pages of their thread (framework/block_pool.h), others from the heap. What is deleted while
-  // a failed load takes back what it had made (framework/archive.h) is held for that short while.
+  // Small objects come from pages of their thread (framework/block_pool.h), others from the heap. While a failed load
+  // is cleaned up (CArchive::ReadObject), the memory of deleted objects is kept until the clean-up ends.
   static void* operator new(std::size_t bytes);
   static void* operator new(std::size_t bytes, std::align_val_t alignment);
   static void* operator new(std::size_t, void* place) noexcept { return place; }
@@ -119,7 +122,7 @@ class KVSHARE_API CObject {
   CObject& operator=(const CObject&) = delete;
 };
 
-// CArchive::ReadObject, for the operators that DECLARE_SERIAL declares.
+// CArchive::ReadObject for the operators of DECLARE_SERIAL.
 KVSHARE_API CObject* ReadObjectOfClass(CArchive& ar, const CRuntimeClass* wanted);
 
 // ---- macros
@@ -135,8 +138,8 @@ KVSHARE_API CObject* ReadObjectOfClass(CArchive& ar, const CRuntimeClass* wanted
   DECLARE_DYNAMIC(class_name)         \
   static CObject* CreateObject();
 
-// The operator replaces the pointer by the reference read, which the archive's caller owns or shares; it raises
-// CArchiveException badClass if the object is of another class, and then leaves the pointer alone.
+// operator>> sets the pointer to the object that was read; CArchive::ReadObject says who owns it. If reading raises,
+// for example badClass for an object of another class, the pointer is unchanged.
 #define DECLARE_SERIAL(class_name)                                                       \
   DECLARE_DYNCREATE(class_name)                                                          \
   friend CArchive& operator>>(CArchive& ar, class_name*& object) {                       \
@@ -163,7 +166,7 @@ KVSHARE_API CObject* ReadObjectOfClass(CArchive& ar, const CRuntimeClass* wanted
 
 // ---- casts
 
-// The object as the class asked for, or null if it is null or of another class.
+// The object as the wanted class; null if it is null or of another class.
 template <class T>
 T* DynamicDowncast(const CRuntimeClass* wanted, CObject* object) {
   return object && object->IsKindOf(wanted) ? static_cast<T*>(object) : nullptr;
@@ -174,7 +177,8 @@ const T* DynamicDowncast(const CRuntimeClass* wanted, const CObject* object) {
 }
 #define DYNAMIC_DOWNCAST(class_name, object) (DynamicDowncast<class_name>(RUNTIME_CLASS(class_name), object))
 
-// The same for an object that is known to be of the class; a debug build stops if it is not.
+// The same for an object whose class is known: a debug build stops if the class is wrong, a release build does not
+// check.
 template <class T>
 T* StaticDowncast(const CRuntimeClass* wanted, CObject* object) {
   assert(!object || object->IsKindOf(wanted));

@@ -1,5 +1,12 @@
-// CPoint and CRect, whole numbers of pixels or cells. Plain values; a rectangle contains its left and top edge and not
-// its right and bottom one. In an archive a point is the LONGs x, y, a rectangle left, top, right, bottom.
+// CPoint and CRect: positions and rectangles in whole numbers, in pixels or in cells; the caller knows which. y grows
+// downwards on a screen: top is smaller than bottom.
+//
+// The left and top edges belong to a rectangle, the right and bottom edges do not: CRect(0, 0, 3, 2) has the columns 0,
+// 1, 2 and the rows 0, 1. Both are plain values without checks: a sum outside LONG is undefined, and edges in the wrong
+// order make an empty rectangle. Any thread may use its own values.
+//
+// In an archive a point is the LONGs x, y and a rectangle is left, top, right, bottom; loading raises CArchiveException
+// if the data ends too early.
 #pragma once
 
 #include <algorithm>
@@ -37,7 +44,7 @@ class CRect : public RECT {
   CPoint TopLeft() const { return {left, top}; }
   CPoint BottomRight() const { return {right, bottom}; }
   CPoint CenterPoint() const { return {left + Width() / 2, top + Height() / 2}; }
-  // No area: right not above left, or bottom not above top.
+  // True without area: right <= left or bottom <= top.
   bool IsRectEmpty() const { return right <= left || bottom <= top; }
   bool IsRectNull() const { return *this == CRect(); }
   bool PtInRect(const POINT& point) const {
@@ -46,7 +53,7 @@ class CRect : public RECT {
 
   void SetRect(LONG atLeft, LONG atTop, LONG atRight, LONG atBottom) { *this = {atLeft, atTop, atRight, atBottom}; }
   void SetRectEmpty() { *this = CRect(); }
-  // Swaps edges that stand the wrong way round.
+  // Swaps left with right and top with bottom where they are in the wrong order.
   void NormalizeRect() {
     if (left > right) std::swap(left, right);
     if (top > bottom) std::swap(top, bottom);
@@ -54,13 +61,14 @@ class CRect : public RECT {
   void OffsetRect(LONG byX, LONG byY) { SetRect(left + byX, top + byY, right + byX, bottom + byY); }
   void InflateRect(LONG byX, LONG byY) { SetRect(left - byX, top - byY, right + byX, bottom + byY); }
   void DeflateRect(LONG byX, LONG byY) { InflateRect(-byX, -byY); }
-  // The common part; false, with all edges 0, if there is none.
+  // Becomes the common part of both. Returns false and sets all edges to 0 if there is no common part.
   bool IntersectRect(const RECT& a, const RECT& b) {
     SetRect(std::max(a.left, b.left), std::max(a.top, b.top), std::min(a.right, b.right), std::min(a.bottom, b.bottom));
     if (IsRectEmpty()) SetRectEmpty();
     return !IsRectEmpty();
   }
-  // The smallest rectangle around both; an empty one doesn't count. False if both are empty.
+  // Becomes the smallest rectangle around both; an empty one is ignored. Returns false and sets all edges to 0 if both
+  // are empty.
   bool UnionRect(const RECT& a, const RECT& b) {
     const CRect first(a), second(b);
     if (first.IsRectEmpty() || second.IsRectEmpty()) {

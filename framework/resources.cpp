@@ -1,4 +1,4 @@
-// The chain of resource modules.
+// The list of resource modules.
 #include "framework/resources.h"
 
 #include <algorithm>
@@ -14,7 +14,7 @@ struct Chain {
   std::vector<CDynLinkLibrary*> entries;
 };
 
-// Never destroyed: entries may be asked for while other statics go.
+// Never destroyed, because strings may be looked up after static destructors have begun.
 Chain& TheChain() {
   static auto* chain = new Chain;
   return *chain;

@@ -1,14 +1,15 @@
-// The application's chain of resource modules, in which CString::LoadString looks a number up.
+// The application's list of resource modules, in which CString::LoadString looks up strings by number.
 //
-// An extension library enters itself by creating a CDynLinkLibrary on the heap; the chain owns it to the end of the
-// process. The library entered last is asked first. Entering and looking up may happen on any thread.
+// An extension library registers itself by creating a CDynLinkLibrary on the heap and never deletes it; it stays in the
+// list to the end of the process. The library that was registered last is searched first. Any thread may register and
+// look up.
 #pragma once
 
 #include "framework/text.h"
 
 class KVSHARE_API CDynLinkLibrary {
  public:
-  // Enters the module; its resources are those of resource, which may be null and may be set later.
+  // Registers the module. `resource` is the module with its strings; it may be null and may be set later.
   explicit CDynLinkLibrary(HINSTANCE module, HINSTANCE resource = nullptr);
   ~CDynLinkLibrary();
   CDynLinkLibrary(const CDynLinkLibrary&) = delete;
@@ -18,9 +19,9 @@ class KVSHARE_API CDynLinkLibrary {
   HINSTANCE m_hResource;
 };
 
-// The number of entries in the chain.
+// The number of registered modules.
 KVSHARE_API int GetDynLinkLibraryCount();
 
-// Both empty the text and give false if the number is not found.
+// Both set the text and return true; if there is no such number, the text is empty and the result false.
 KVSHARE_API bool LoadStringFromModule(HINSTANCE module, UINT id, CString& text);
 KVSHARE_API bool LoadStringFromChain(UINT id, CString& text);

@@ -32,7 +32,7 @@ IStream& COleStreamFile::Stream() const {
   return *m_lpStream;
 }
 
-// The codes of storages have the platform's status in their low half.
+// The low half of a storage result code is the platform's status code.
 void COleStreamFile::Check(HRESULT result) const {
   if (SUCCEEDED(result)) return;
   const LONG status = LONG(DWORD(result) & 0xFFFF);

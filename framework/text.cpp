@@ -1,4 +1,4 @@
-// CString. The units of a text lie behind a small header in one block; all empty texts share one static block.
+// CString. A small header precedes the units of a text in one block; all empty texts share one static block.
 #include "framework/text.h"
 
 #include <algorithm>
@@ -30,7 +30,7 @@ auto InSet(LPCTSTR set) {
   return [view](TCHAR unit) { return view.find(unit) != view.npos; };
 }
 
-// The number of leading (trailing) units that the test holds for.
+// The number of leading or trailing units for which the test is true.
 template <class Test>
 int CountFront(TextView text, Test test) {
   return int(std::find_if_not(text.begin(), text.end(), test) - text.begin());
@@ -40,7 +40,7 @@ int CountBack(TextView text, Test test) {
   return int(std::find_if_not(text.rbegin(), text.rend(), test) - text.rbegin());
 }
 
-// Copies the ASCII bytes at the front, eight at a time as long as there are so many; gives how many.
+// Copies the leading ASCII bytes, eight at a time as long as possible. Returns their number.
 int WidenAscii(std::string_view text, TCHAR* units) {
   constexpr ULONGLONG kHighBits = 0x8080808080808080;
   std::size_t at = 0;
@@ -81,7 +81,7 @@ TCHAR* CString::Allocate(int capacity) {
 void CString::Release() noexcept {
   if (data_ == Nil()) return;
   Header* head = Head();
-  // The last user needs no read-modify-write: nobody else can reach the text any more.
+  // The last user needs no atomic decrement: no other thread can reach the text.
   if (head->users.load(std::memory_order_acquire) == 1 || head->users.fetch_sub(1, std::memory_order_acq_rel) == 1) {
     BlockPool::Free(head, BlockBytes(head->capacity));
   }
@@ -93,7 +93,7 @@ void CString::SetLength(int length) noexcept {
   data_[length] = 0;
 }
 
-// Makes the text this object's own, with room for capacity units; what stands is kept.
+// Gives this object its own text with room for `capacity` units; keeps the content.
 TCHAR* CString::Own(int capacity) {
   if (capacity < 0 || capacity > kMaximumLength) throw std::length_error("CString: text too long");
   Header* head = Head();
@@ -116,7 +116,7 @@ void CString::AssignUnits(const void* units, std::size_t count) {
   const int length = CheckedLength(count);
   const Header* head = Head();
   if (head->users.load(std::memory_order_acquire) == 1 && head->capacity >= length) {
-    std::memmove(data_, units, count * sizeof(TCHAR));  // they may be a part of this text
+    std::memmove(data_, units, count * sizeof(TCHAR));  // the units may be part of this text
   } else {
     TCHAR* fresh = Allocate(length);
     std::memcpy(fresh, units, count * sizeof(TCHAR));
@@ -129,12 +129,12 @@ void CString::AssignUnits(const void* units, std::size_t count) {
 void CString::AssignUtf8(std::string_view text) {
   if (text.empty()) return Empty();
   const int bytes = CheckedLength(text.size());
-  TCHAR* const units = Allocate(bytes);  // no UTF-8 text has more units than bytes
+  TCHAR* const units = Allocate(bytes);  // UTF-8 text never has more units than bytes
   const int ascii = WidenAscii(text, units);
   int length = ascii;
   if (ascii < bytes)
     length += MultiByteToWideChar(CP_UTF8, 0, text.data() + ascii, bytes - ascii, units + ascii, bytes - ascii);
-  Release();  // only now: the bytes may lie in this text
+  Release();  // only now, because the bytes may be part of this text
   data_ = units;
   SetLength(length);
 }
@@ -263,7 +263,7 @@ void CString::Append(LPCTSTR text, int count) {
   if (!text || count <= 0) return;
   const int length = GetLength();
   const int sum = CheckedLength(std::size_t(length) + std::size_t(count));
-  const CString source = text >= data_ && text <= data_ + length ? *this : CString();  // keeps a part of itself alive
+  const CString source = text >= data_ && text <= data_ + length ? *this : CString();  // `text` may be a part of it
   std::memcpy(Own(sum) + length, text, std::size_t(count) * sizeof(TCHAR));
   SetLength(sum);
 }
@@ -350,7 +350,7 @@ int CString::Replace(LPCTSTR from, LPCTSTR to) {
   const TextView what = ViewOf(from);
   if (what.empty()) return 0;
   const CString source = *this;
-  const Text with(ViewOf(to));  // a copy: it may be a part of this text
+  const Text with(ViewOf(to));  // a copy, because it may be part of this text
   int count = 0;
   Text result;
   std::size_t start = 0;
@@ -396,7 +396,7 @@ LPTSTR CString::GetBufferSetLength(int length) {
 }
 void CString::ReleaseBuffer(int length) {
   const int capacity = Head()->capacity;
-  // A writer that filled all the room without a NUL gets the room, not a look behind it.
+  // Without a NUL in the buffer the text ends at the buffer's end.
   if (length < 0) length = int(std::find(data_, data_ + capacity, TCHAR(0)) - data_);
   SetLength(std::min(length, capacity));
 }
@@ -414,7 +414,7 @@ CString FromUtf8(std::string_view text) {
   TCHAR* units = result.GetBufferSetLength(bytes);
   const int ascii = WidenAscii(text, units);
   if (ascii == bytes) return result;
-  CString exact;  // other text has fewer units than bytes
+  CString exact;  // non-ASCII text has fewer units than bytes
   const int rest = MultiByteToWideChar(CP_UTF8, 0, text.data() + ascii, bytes - ascii, nullptr, 0);
   TCHAR* exact_units = exact.GetBufferSetLength(ascii + rest);
   std::copy_n(units, ascii, exact_units);

@@ -1,10 +1,10 @@
-// CString, the wide text of the whole product: UTF-16, counted, shared on copy.
+// CString: the text type of the whole product. UTF-16, reference-counted, shared on copy.
 //
-// A CString is one pointer wide. A copy shares the text of its source and counts its users atomically, so that copies
-// may be made, read and dropped on any thread; a change first makes the text the changer's own. One CString object
-// itself is changed by one thread at a time. An empty one allocates nothing. Positions and lengths are UTF-16 units;
-// a text may hold NUL units, though the operations that take a LPCTSTR end at the first. A null LPCTSTR counts as
-// empty. Only running out of memory (std::bad_alloc) and a length above 0x3FFFFFFF (std::length_error) throw.
+// A CString has the size of one pointer. A copy shares the text of its source and counts its users atomically, so any
+// thread may make, read and drop copies; a change first gives the object its own text. One CString object must be
+// changed by one thread at a time. An empty text allocates nothing. Positions and lengths are in UTF-16 units. A text
+// may contain NUL units, but operations with an LPCTSTR parameter stop at the first NUL. A null LPCTSTR counts as
+// empty. Calls raise only std::bad_alloc, and std::length_error for a length above 0x3FFFFFFF.
 #pragma once
 
 #include <atomic>
@@ -16,7 +16,7 @@
 
 #include "platform/types.h"
 
-// One argument of CString::Format, with the type it was given as. Made by the call itself.
+// One argument of CString::Format with its type. Created by the call itself.
 struct FormatArgument {
   enum class Kind { kSigned, kUnsigned, kReal, kText, kNarrow, kCharacter, kPointer };
 
@@ -47,7 +47,8 @@ class CArchive;
 
 class KVSHARE_API CString {
  public:
-  // Construction. Narrow text is UTF-8; a byte that is none becomes U+FFFD.
+  // Construction. Narrow text is UTF-8; invalid bytes become U+FFFD. A negative length or repeat count gives an empty
+  // text.
   CString() noexcept : data_(Nil()) {}
   CString(const CString& other) noexcept : data_(other.data_) { Share(); }
   CString(CString&& other) noexcept : data_(other.data_) { other.data_ = Nil(); }
@@ -64,8 +65,8 @@ class KVSHARE_API CString {
   CString& operator=(LPCSTR text);
   CString& operator=(TCHAR character);
 
-  // Reading. GetAt and operator[] take a position in the closed interval 0 to GetLength(); at GetLength() stands a NUL.
-  // A position outside gives NUL.
+  // Reading. GetAt and operator[] accept positions from 0 to GetLength(), both included; at GetLength() they return
+  // NUL, as they do for a position outside. GetString and View are valid until the text changes.
   int GetLength() const noexcept { return Head()->length; }
   bool IsEmpty() const noexcept { return Head()->length == 0; }
   TCHAR GetAt(int position) const noexcept {
@@ -76,20 +77,23 @@ class KVSHARE_API CString {
   operator LPCTSTR() const noexcept { return data_; }
   TextView View() const noexcept { return {data_, std::size_t(GetLength())}; }
 
-  // Comparison by UTF-16 units: negative, 0 or positive. CompareNoCase folds each character by Unicode's simple case
-  // folding first, the same in every locale.
+  // Comparison by UTF-16 units: -1, 0 or 1. CompareNoCase first folds each character by Unicode's simple case folding,
+  // the same in every locale.
   int Compare(LPCTSTR other) const noexcept;
   int CompareNoCase(LPCTSTR other) const noexcept;
 
-  // Cutting. Negative positions and counts count as 0, what reaches past the end is left out.
+  // Parts of the text. Negative positions and counts count as 0; a count beyond the end is cut off.
   CString Mid(int first) const;
   CString Mid(int first, int count) const;
   CString Left(int count) const;
   CString Right(int count) const;
   CString SpanIncluding(LPCTSTR set) const;
   CString SpanExcluding(LPCTSTR set) const;
-  // Gives the next piece between characters of the set, from start on, and moves start behind it; start becomes -1 and
-  // the piece is empty when there is none left. A start of -1 stays.
+  // Returns the next non-empty piece between separators, from `start` on, and moves `start` after it. Without another
+  // piece the result is empty and `start` becomes -1. A start of -1 stays -1.
+  //
+  //   int at = 0;
+  //   for (CString piece = text.Tokenize(_T(","), at); at != -1; piece = text.Tokenize(_T(","), at)) Use(piece);
   CString Tokenize(LPCTSTR separators, int& start) const;
 
   // Searching: a position, or -1. A start outside the text finds nothing.
@@ -98,8 +102,9 @@ class KVSHARE_API CString {
   int ReverseFind(TCHAR character) const noexcept;
   int FindOneOf(LPCTSTR set) const noexcept;
 
-  // Changing. Replace and Remove give the number of places changed, Insert and Delete the new length. Replace and
-  // Remove distinguish case. Replacing by a null or empty text removes.
+  // Changing. Replace and Remove return the number of replaced places, and they distinguish case; a null or empty new
+  // text removes. Insert and Delete return the new length. SetAt ignores a position outside. Arguments may be parts of
+  // the text itself.
   void Empty() noexcept;
   void SetAt(int position, TCHAR character);
   void SetString(LPCTSTR text, int length);
@@ -128,20 +133,21 @@ class KVSHARE_API CString {
   int Insert(int position, LPCTSTR text);
   int Delete(int position, int count = 1);
 
-  // Buffers. GetBuffer gives room for at least length units and a terminator, with the present text in it;
-  // ReleaseBuffer ends the writing with the new length, at the first NUL for -1. GetBufferSetLength sets the length
-  // at once; units beyond the old text are undefined until written. The buffer belongs to the CString.
+  // Direct access. GetBuffer returns a buffer for at least `length` units and a NUL, with the current text in it. After
+  // writing, call ReleaseBuffer with the new length, or with -1 to take the text up to the first NUL.
+  // GetBufferSetLength sets the length immediately; units after the old text are undefined until written. The buffer
+  // stays the CString's and is valid until its next change.
   LPTSTR GetBuffer(int length = 0);
   LPTSTR GetBufferSetLength(int length);
   void ReleaseBuffer(int length = -1);
   void Preallocate(int length);
   void FreeExtra();
 
-  // Text from a format in the manner of printf: flags, width, precision, "*", and d i u o x X c s S f F e E g G a A p
-  // %. The arguments are typed: length modifiers are read and ignored, an integer has the width it was given with, at
-  // least that of an int, and its conversion decides whether it is signed. %s takes wide and narrow text alike (widths
-  // and precisions count UTF-16 units). A conversion that does not fit its argument, which is used up, or has none, is
-  // left standing as text; reals always have the decimal point.
+  // Text from a printf format: flags, width, precision, "*", and the letters d i u o x X c C s S f F e E g G a A p %.
+  // The arguments have types, so length modifiers are ignored: an integer keeps its own width, at least that of an int,
+  // and the letter decides whether it is signed. %s and %S accept wide and narrow text; widths and precisions count
+  // UTF-16 units. A conversion without argument, or with an argument of the wrong kind (which is consumed), stays in
+  // the result as it is written. Reals always have a decimal point.
   template <class... Arguments>
   void Format(LPCTSTR format, const Arguments&... arguments) {
     CString text;
@@ -152,15 +158,15 @@ class KVSHARE_API CString {
   void AppendFormat(LPCTSTR format, const Arguments&... arguments) {
     AppendFormatted(format, {ToArgument(arguments)...});
   }
-  // The same with a format from the resource library; nothing changes if it has no such text.
+  // The same with format string `id` of the language library; nothing changes if there is no such string.
   template <class... Arguments>
   void Format(UINT id, const Arguments&... arguments) {
     CString format;
     if (format.LoadString(id)) Format(format.GetString(), arguments...);
   }
 
-  // Loads string number id of the given module, or of the first resource library in the application's chain that has
-  // it. False, with the text emptied, if there is none.
+  // Loads string number `id`, from the given module or from the registered resource modules (framework/resources.h). If
+  // there is no such string, the text becomes empty and the result is false.
   bool LoadString(UINT id);
   bool LoadString(HINSTANCE module, UINT id);
 
@@ -175,15 +181,15 @@ class KVSHARE_API CString {
   friend auto operator<=>(const CString& a, LPCTSTR b) noexcept { return a.View() <=> ViewOf(b); }
 
  private:
-  friend class CArchive;  // reads texts as they lie in its buffer
+  friend class CArchive;  // copies texts directly from its buffer
   template <class>
   friend class CountedBatch;
 
-  // Stands ahead of the units, which end with a NUL. users is -1 for the one empty text that all share.
+  // Precedes the units, which end with a NUL. users is -1 for the one empty text that all empty objects share.
   struct Header {
     std::atomic<int> users;
     int length;
-    int capacity;  // the block's size follows from it
+    int capacity;  // determines the block's size
   };
 
   static TCHAR* Nil() noexcept;
@@ -211,7 +217,7 @@ class KVSHARE_API CString {
     return copy;
   }
   void Assign(TextView text) { AssignUnits(text.data(), text.size()); }
-  // As they lie in memory, which need not be where units may lie.
+  // The units may have any alignment.
   void AssignUnits(const void* units, std::size_t count);
   void AssignUtf8(std::string_view text);
   void SetLength(int length) noexcept;
@@ -224,10 +230,10 @@ class KVSHARE_API CString {
 
 static_assert(sizeof(CString) == sizeof(void*), "a CString is one pointer wide");
 
-// The border between the product's text and UTF-8. Bytes that are no UTF-8 become U+FFFD, a lone surrogate becomes the
-// bytes of U+FFFD: neither fails.
+// Conversion between CString and UTF-8. Invalid bytes become U+FFFD; half a surrogate pair becomes the bytes of U+FFFD.
+// Neither call fails because of its input.
 KVSHARE_API CString FromUtf8(std::string_view text);
 KVSHARE_API std::string ToUtf8(TextView text);
 inline std::string ToUtf8(const CString& text) { return ToUtf8(text.View()); }
-// Appends to what stands in out.
+// Appends to `out`.
 KVSHARE_API void AppendUtf8(std::string& out, TextView text);

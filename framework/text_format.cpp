@@ -1,5 +1,5 @@
-// CString::Format: walks a printf format, lets {fmt} print each number and lays text in itself, so that widths and
-// precisions of text count UTF-16 units.
+// CString::Format: parses a printf format. {fmt} prints the numbers; text is padded here, so that widths and precisions
+// count UTF-16 units.
 #include <fmt/printf.h>
 
 #include <algorithm>
@@ -11,9 +11,9 @@
 
 namespace {
 
-constexpr int kMaximumField = 1 << 20;  // the largest width or precision that is honoured
+constexpr int kMaximumField = 1 << 20;  // the largest width or precision; larger ones are cut to it
 
-// One conversion of a format, from the % to its letter.
+// One conversion of a format: the part from the % to its letter.
 struct Conversion {
   TextView flags;
   int width = 0;
@@ -36,7 +36,7 @@ class Formatter {
       Conversion conversion;
       const bool parsed = Parse(conversion);
       if (parsed && Print(conversion)) continue;
-      // Left standing as text. An argument of the wrong kind is used up, so that the others keep their places.
+      // The conversion stays as text. It consumes an argument of the wrong kind, so the others keep their places.
       if (!parsed) next_ = first;
       out_.append(format_, percent, at_ - percent);
     }
@@ -86,8 +86,8 @@ class Formatter {
 
   static bool Has(const Conversion& conversion, TCHAR flag) { return conversion.flags.find(flag) != TextView::npos; }
 
-  // Lays a number out in its width; zeros go between its sign or 0x and its digits.
-  void Pad(const Conversion& conversion, std::string number, bool zeros) {
+  // Appends a number padded to its width. Zeros go between the sign or 0x and the digits.
+  void AppendNumber(const Conversion& conversion, std::string number, bool zeros) {
     const std::size_t width = std::size_t(std::abs(conversion.width));
     const std::size_t missing = width > number.size() ? width - number.size() : 0;
     if (conversion.width < 0 || Has(conversion, _T('-'))) {
@@ -102,7 +102,7 @@ class Formatter {
     out_.append(number.begin(), number.end());
   }
 
-  void Lay(const Conversion& conversion, TextView text) {
+  void AppendPadded(const Conversion& conversion, TextView text) {
     if (conversion.precision >= 0) text = text.substr(0, std::size_t(conversion.precision));
     const bool left = conversion.width < 0 || conversion.flags.find(_T('-')) != TextView::npos;
     const std::size_t width = std::size_t(std::abs(conversion.width));
@@ -115,7 +115,7 @@ class Formatter {
   bool PrintInteger(const Conversion& conversion, const FormatArgument& argument) {
     using Kind = FormatArgument::Kind;
     if (argument.kind == Kind::kReal || argument.kind == Kind::kText || argument.kind == Kind::kNarrow) return false;
-    // What is smaller than an int counts as one; then the conversion alone decides on the sign.
+    // An integer smaller than an int is widened to an int; then the conversion decides about the sign.
     const int unused = 64 - std::max(argument.bytes, 4) * 8;
     ULONGLONG value = argument.integer << unused >> unused;
     std::string sign;
@@ -124,7 +124,7 @@ class Formatter {
       value = asSigned < 0 ? 0 - ULONGLONG(asSigned) : ULONGLONG(asSigned);
       sign = asSigned < 0 ? "-" : Has(conversion, _T('+')) ? "+" : Has(conversion, _T(' ')) ? " " : "";
     }
-    Pad(conversion, sign + Digits(conversion, value), /*zeros=*/conversion.precision < 0);
+    AppendNumber(conversion, sign + Digits(conversion, value), /*zeros=*/conversion.precision < 0);
     return true;
   }
 
@@ -151,15 +151,16 @@ class Formatter {
     for (const TCHAR flag : {_T('+'), _T(' '), _T('#')})
       if (Has(conversion, flag)) specification += char(flag);
     if (conversion.precision >= 0) specification += '.' + std::to_string(conversion.precision);
-    Pad(conversion, fmt::sprintf(specification + conversion.letter, argument.real), std::isfinite(argument.real));
+    AppendNumber(conversion, fmt::sprintf(specification + conversion.letter, argument.real),
+                 std::isfinite(argument.real));
     return true;
   }
 
   bool PrintText(const Conversion& conversion, const FormatArgument& argument) {
     if (argument.kind == FormatArgument::Kind::kText) {
-      Lay(conversion, argument.text);
+      AppendPadded(conversion, argument.text);
     } else if (argument.kind == FormatArgument::Kind::kNarrow) {
-      Lay(conversion, FromUtf8(argument.narrow).View());
+      AppendPadded(conversion, FromUtf8(argument.narrow).View());
     } else {
       return false;
     }
@@ -170,7 +171,7 @@ class Formatter {
     if (argument.kind > FormatArgument::Kind::kUnsigned && argument.kind != FormatArgument::Kind::kCharacter)
       return false;
     const TCHAR unit = TCHAR(argument.integer);
-    Lay({conversion.flags, conversion.width, -1, 'c'}, {&unit, 1});
+    AppendPadded({conversion.flags, conversion.width, -1, 'c'}, {&unit, 1});
     return true;
   }
 

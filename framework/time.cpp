@@ -8,7 +8,7 @@ namespace {
 constexpr DWORD kWideTimeMark = 0x8000000A;
 
 CString FormatFields(const std::tm& fields, LPCTSTR format) {
-  const std::string narrow = ToUtf8(CString(format)) + ' ';  // so that no text is empty and 0 means "too small"
+  const std::string narrow = ToUtf8(CString(format)) + ' ';  // never empty, so 0 means "buffer too small"
   std::string text(narrow.size() * 4 + 64, '\0');
   std::size_t length = 0;
   while ((length = std::strftime(text.data(), text.size(), narrow.c_str(), &fields)) == 0) text.resize(text.size() * 2);
@@ -31,7 +31,7 @@ CTime::CTime(int year, int month, int day, int hour, int minute, int second, int
   m_time = _mktime64(&fields);
 }
 
-// Fields that make every accessor 0 if there is no date.
+// Returns the local fields; without a date, fields that make every getter return 0.
 std::tm CTime::Local() const {
   std::tm fields = {};
   if (_localtime64_s(&fields, &m_time) == 0) return fields;

@@ -1,8 +1,10 @@
-// CTime, a point in time to the second, and CTimeSpan, a length of time. Both are plain values of 64-bit seconds;
-// fields and texts are in the machine's local time unless the name says otherwise. Any thread may use its own.
+// CTime: a point in time in whole seconds since 1970-01-01 00:00:00 UTC. CTimeSpan: a length of time in seconds. Both
+// are plain 64-bit values; sums are not checked for overflow. Fields and texts are in the machine's local time, except
+// in FormatGmt. Any thread may use its own values.
 //
-// In an archive a CTime is the DWORD 0x8000000A and the 64-bit seconds since 1970 UTC; any other first DWORD read is
-// itself an old 32-bit time.
+// In an archive a CTime is the DWORD 0x8000000A and the 64-bit seconds. If the first DWORD is another number, loading
+// takes it as an old 32-bit time. Loading raises CArchiveException if the data ends too early, and accepts every number
+// of seconds.
 #pragma once
 
 #include <compare>
@@ -19,6 +21,8 @@ class CTimeSpan {
   CTimeSpan(LONG days, int hours, int minutes, int seconds)
       : m_timeSpan(seconds + 60 * (minutes + 60 * (hours + LONGLONG(24) * days))) {}
 
+  // GetDays, GetTimeSpan and the GetTotal calls return the whole span in their unit, rounded towards zero. GetHours
+  // (-23 to 23), GetMinutes and GetSeconds (-59 to 59) return the rest after the next larger unit.
   LONGLONG GetDays() const { return m_timeSpan / (24 * 3600); }
   LONGLONG GetTotalHours() const { return m_timeSpan / 3600; }
   LONG GetHours() const { return LONG(GetTotalHours() - GetDays() * 24); }
@@ -40,15 +44,17 @@ class KVSHARE_API CTime {
  public:
   static CTime GetCurrentTime();
 
-  // 1970-01-01 00:00:00 UTC.
+  // Zero seconds: 1970-01-01 00:00:00 UTC.
   CTime() = default;
   CTime(LONGLONG secondsSince1970) : m_time(secondsSince1970) {}
-  // Local fields: year from 1900, month from 1, day from 1. dst is as in std::tm: negative lets the system decide. The
-  // time is -1 if the fields name none.
+  // From local fields: the full year, month and day from 1, hour from 0. Fields outside their range carry over (month
+  // 13 is January of the next year). dst: positive for summer time, 0 for none, negative lets the system decide. Gives
+  // the time -1 if the system cannot convert the fields.
   CTime(int year, int month, int day, int hour, int minute, int second, int dst = -1);
 
   LONGLONG GetTime() const { return m_time; }
-  // Local fields; each gives 0 if the time has no calendar date. GetDayOfWeek counts from 1, Sunday.
+  // Local fields: year in full, month and day from 1, hour, minute and second from 0, day of the week from 1 for
+  // Sunday. All are 0 if the time is too far away to have a date.
   int GetYear() const;
   int GetMonth() const;
   int GetDay() const;
@@ -57,7 +63,8 @@ class KVSHARE_API CTime {
   int GetSecond() const;
   int GetDayOfWeek() const;
 
-  // Text by the codes of strftime in the C locale; empty if the time has no calendar date.
+  // Text by the format codes of strftime in the C locale. Empty if the time is too far away to have a date, and for a
+  // null or empty format. An unknown code gives what the system's strftime gives for it.
   CString Format(LPCTSTR format) const;
   CString FormatGmt(LPCTSTR format) const;
 

@@ -1,8 +1,8 @@
-// What a loading archive remembers of the numbers it has met: which class or object each one stands for, which of the
-// objects have been destroyed since, and how to take back what a failed load had made. Not public.
+// The table of a loading archive: the class or object of each number, which objects have been destroyed since, and how
+// to delete what a failed load created. Not public.
 //
-// While one stands open on a thread, CObject's destructor reports to it. So a reference to an object that is gone
-// raises instead of being followed, and taking back never deletes an object twice.
+// While a table is open on a thread, CObject's destructor reports to it. So a reference to a destroyed object raises
+// instead of following a dangling pointer, and the clean-up never deletes an object twice.
 #pragma once
 
 #include <algorithm>
@@ -20,8 +20,8 @@ class LoadedObjects {
  public:
   struct Class {
     CRuntimeClass* record;
-    UINT schema;                                  // as it stood in the archive
-    mutable const CRuntimeClass* base = nullptr;  // one that it is known to be below
+    UINT schema;                                  // as stored in the archive
+    mutable const CRuntimeClass* base = nullptr;  // a known base class of the record
 
     bool IsBelow(const CRuntimeClass* wanted) const {
       if (wanted == base) return true;
@@ -31,15 +31,15 @@ class LoadedObjects {
     }
   };
 
-  // Opened for this thread; Close it there. Closing it on another thread is allowed too: it then ends its reports and
-  // is freed when its own thread next looks.
+  // Opens a table for this thread; call Close on the same thread. Close on another thread is allowed: the table then
+  // gets no more reports and is freed when its own thread next destroys an object.
   static LoadedObjects* Open();
   void Close() noexcept;
 
-  // The numbers handed out so far: 1 to GetCount().
+  // The number of entries; their numbers are 1 to GetCount().
   DWORD GetCount() const { return count_; }
   void AddClass(CRuntimeClass* record, UINT schema);
-  // made: the archive made the object, and takes it back if the load fails.
+  // made: the archive created the object and deletes it if the load fails.
   void AddObject(const CObject* object, bool made) {
     const auto address = reinterpret_cast<std::uintptr_t>(object);
     AddEntry(address | (made ? kMade : kForeign));
@@ -47,7 +47,7 @@ class LoadedObjects {
     highest_ = std::max(highest_, address);
   }
 
-  // Null for a number that is none, is of the other sort, or whose object is gone.
+  // Both return null for an invalid number, for a number of the other kind, and for a destroyed object.
   const Class* ClassAt(DWORD number) const {
     if (number == 0 || number > count_) return nullptr;
     const std::uintptr_t entry = EntryAt(number);
@@ -63,14 +63,14 @@ class LoadedObjects {
                                                                                                         : object;
   }
 
-  // Deletes the objects with numbers above count that the archive made and that still live, in ascending order. Memory
-  // of what dies meanwhile is held until the end and answers as a bare CObject, so that a destructor may ask or delete
-  // an object that has gone ahead of it.
-  void TakeBack(DWORD count) noexcept;
-  // The same for those of all objects that are unwanted. Gives their number.
-  DWORD TakeBackIf(const std::function<bool(const CObject*)>& unwanted);
+  // Deletes the objects with numbers above count that the archive created and that still exist, in ascending order. The
+  // memory of objects that are destroyed meanwhile is kept until the end and holds a bare CObject, so that a destructor
+  // may query or delete an object that is already gone.
+  void RollBack(DWORD count) noexcept;
+  // The same for all objects for which `unwanted` returns true. Returns their number.
+  DWORD DeleteIf(const std::function<bool(const CObject*)>& unwanted);
 
-  // For CObject.
+  // Called by CObject.
   static bool AnyOpen() noexcept { return open_.load(std::memory_order_relaxed) != 0; }
   static void NoteDestroyed(const CObject* object) noexcept;
   static bool KeepBlock(void* block, std::size_t bytes, std::align_val_t alignment) noexcept;
@@ -85,9 +85,9 @@ class LoadedObjects {
 
   static std::atomic<int> open_;
 
-  // Pointers to objects, or places in classes_ times 4; the tag in the low bits. In chunks of a page, so that growing
-  // copies nothing, never holds the old and the new at once, and leaves the heap alone. Only the first one begins small
-  // and grows to a page: most archives are small, and a damaged one is to cost little.
+  // An entry is a pointer to an object, or an index into classes_ times 4; the low bits are the tag. Entries are stored
+  // in page-sized chunks, so that growing copies nothing and needs no heap memory. Only the first chunk starts small
+  // and grows to a page: most archives are small, and a damaged one must not cost much memory.
   static constexpr DWORD kChunkEntries = BlockPool::kPageBlock / sizeof(std::uintptr_t);
   static constexpr DWORD kFirstEntries = BlockPool::kLargestShared / sizeof(std::uintptr_t);
   static constexpr DWORD kGrowth = 4;
@@ -108,16 +108,16 @@ class LoadedObjects {
   };
   using Chunk = std::unique_ptr<std::uintptr_t[], FreeChunk>;
   std::vector<Chunk> chunks_;
-  std::uintptr_t* next_entry_ = nullptr;  // in the last chunk
+  std::uintptr_t* next_entry_ = nullptr;  // next free entry of the last chunk
   std::uintptr_t* entries_end_ = nullptr;
   DWORD count_ = 0;
   std::vector<Class> classes_;
-  std::unordered_map<const CObject*, DWORD> destroyed_;  // count of numbers at the last destruction at that address
-  std::uintptr_t lowest_ = UINTPTR_MAX;                  // of the addresses of objects: others need no note
+  std::unordered_map<const CObject*, DWORD> destroyed_;  // GetCount() at the last destruction at this address
+  std::uintptr_t lowest_ = UINTPTR_MAX;                  // lowest object address: other addresses are not noted
   std::uintptr_t highest_ = 0;
-  std::uintptr_t lowest_destroyed_ = UINTPTR_MAX;  // of those in destroyed_: all others live
+  std::uintptr_t lowest_destroyed_ = UINTPTR_MAX;  // lowest address in destroyed_: objects outside the range exist
   std::uintptr_t highest_destroyed_ = 0;
-  LoadedObjects** home_ = nullptr;  // the list of the thread
+  LoadedObjects** home_ = nullptr;  // the thread's list
   LoadedObjects* next_ = nullptr;
   std::atomic<bool> abandoned_ = false;
 };

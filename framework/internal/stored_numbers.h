@@ -1,8 +1,8 @@
-// Which number a storing archive gave to a class or object. Not public.
+// The table of a storing archive: the number of each class and object. Not public.
 //
-// A table from address to number that keeps neighbours together: objects that were made one after the other mostly lie,
-// and are stored, side by side, and a table that scatters its keys would leave the processor's caches at each of them.
-// It takes some 6 to 10 bytes for an object among others, and 120 for one that lies alone in its 4 KiB.
+// A hash table that keeps neighbouring addresses together: objects that were created one after the other are mostly
+// adjacent in memory and are stored one after the other, and a scattered table would miss the processor's caches for
+// each of them. It needs about 6 to 10 bytes per object, and 120 for an object that is alone in its 4 KiB.
 #pragma once
 
 #include <array>
@@ -26,43 +26,43 @@ class StoredNumbers {
   StoredNumbers(const StoredNumbers&) = delete;
   StoredNumbers& operator=(const StoredNumbers&) = delete;
 
-  // The numbers handed out so far: 1 to GetCount().
+  // The number of entries; their numbers are 1 to GetCount().
   DWORD GetCount() const { return count_; }
 
-  // 0 for a key that is not known. A key is a multiple of 8, as every object's address is.
+  // Returns the key's number, or 0 for an unknown key. A key is a multiple of 8, like every object's address.
   DWORD NumberOf(const void* key) const {
     const Address at(key);
     const Group* group = PlaceOf(at.group).group;
     return group ? group->NumberAt(at) : 0;
   }
 
-  // Gives a key that is not known the next number. 0, with nothing changed, for one that is known.
+  // Gives an unknown key the next number and returns it. For a known key changes nothing and returns 0.
   DWORD Enter(const void* key) {
     const Address at(key);
     Place* place = &PlaceOf(at.group);
     if (!place->group) place = &Open(at.group);
     if (place->group->Has(at)) return 0;
-    if (place->group->count == place->group->room) place->group = Widened(place->group);
+    if (place->group->count == place->group->room) place->group = Enlarged(place->group);
     place->group->Insert(at, ++count_);
     return count_;
   }
 
-  // Forgets the numbers above count: they are handed out again.
-  void TakeBack(DWORD count) {
+  // Removes the numbers above count; they are used again.
+  void RollBack(DWORD count) {
     if (count == count_) return;
     count_ = count;
     for (const Place& place : places_)
       if (place.group) place.group->Keep(count);
   }
 
-  // Objects that can't be stored, however often it is tried.
+  // Objects that could not be stored because of a class in them; another attempt would fail too.
   bool IsUnstorable(const void* key) const { return !unstorable_.empty() && unstorable_.contains(key); }
   void NoteUnstorable(const void* key) { unstorable_.insert(key); }
 
  private:
-  static constexpr int kWords = 8;  // of 64 bits; a bit stands for 8 bytes
+  static constexpr int kWords = 8;  // of 64 bits; one bit per 8 bytes of address
 
-  // A key as group of 4 KiB, word of the group and bit of the word.
+  // A key: its group of 4 KiB, the word of the group and the bit of the word.
   struct Address {
     explicit Address(const void* key) {
       const auto address = reinterpret_cast<std::uintptr_t>(key);
@@ -77,11 +77,11 @@ class StoredNumbers {
     std::uint64_t bit;
   };
 
-  // The numbers of the keys in one group stand in the order of their addresses; the set bits tell which keys there are.
-  // They follow the group in its block.
+  // The numbers of the keys of one group, in the order of their addresses; a set bit marks a known key. The numbers
+  // follow the group in its memory block.
   struct Group {
     std::uint64_t known[kWords];
-    WORD ahead[kWords];  // keys in the words ahead of each
+    WORD ahead[kWords];  // number of keys in the earlier words
     WORD count;
     WORD room;
 
@@ -101,7 +101,7 @@ class StoredNumbers {
       for (unsigned word = at.word + 1; word < kWords; ++word) ++ahead[word];
       ++count;
     }
-    // Drops the numbers above highest.
+    // Removes the numbers above `highest`.
     void Keep(DWORD highest) {
       const DWORD* number = Numbers();
       DWORD* kept = Numbers();
@@ -120,7 +120,7 @@ class StoredNumbers {
   };
   static constexpr WORD kFirstRoom = 4;
 
-  // Open addressing.
+  // A slot of the hash table (open addressing).
   struct Place {
     std::uintptr_t key = 0;
     Group* group = nullptr;
@@ -140,8 +140,8 @@ class StoredNumbers {
     return PlaceOf(key) = {key, group};
   }
 
-  // The same group with more room, in a block of its own.
-  static Group* Widened(Group* group) {
+  // Moves the group to a larger block.
+  static Group* Enlarged(Group* group) {
     const auto room = WORD(group->room * 2);
     auto* wider = static_cast<Group*>(BlockPool::Allocate(Group::Bytes(room)));
     std::memcpy(static_cast<void*>(wider), group, Group::Bytes(group->room));

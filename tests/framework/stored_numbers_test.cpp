@@ -1,4 +1,4 @@
-// The table of a storing archive against a plain map, with keys as addresses lie: in runs, and far apart.
+// The table of a storing archive compared with a plain map, for adjacent and scattered addresses.
 #include "framework/internal/stored_numbers.h"
 #include "tests/scratch.h"
 
@@ -30,7 +30,7 @@ TEST(StoredNumbers, AgreesWithAMap) {
     expected[at] = next;
     if (random() % 2000 != 0) continue;
     const auto kept = DWORD(random() % (next + 1));
-    numbers.TakeBack(kept);
+    numbers.RollBack(kept);
     std::erase_if(expected, [kept](const auto& item) { return item.second > kept; });
   }
   EXPECT_EQ(numbers.GetCount(), expected.size());
