@@ -1,7 +1,7 @@
-// Automation values: texts, values of any type and arrays of them, under the platform's names.
+// Automation values under the platform's names: texts, values of any type, and arrays of values.
 //
-// A value, text or array belongs to one thread at a time. What a call gives belongs to the caller, who frees it with
-// the call of its kind; an object pointer that comes out of an array is a reference, ended with Release.
+// One thread at a time may use a value, text or array. The caller owns every result and frees it with the matching
+// call; an object pointer from an array is a reference that the caller releases.
 #pragma once
 
 #include "platform/interfaces.h"
@@ -20,9 +20,9 @@ inline constexpr HRESULT DISP_E_BADINDEX = HRESULT(0x8002000B);
 
 using BSTR = WCHAR*;
 
-// Null for a null text and when memory runs out.
+// Returns a copy of the text; null for a null text or without memory.
 KVSHARE_API BSTR SysAllocString(LPCWSTR text);
-// With units from source, which may be null: then they are undefined.
+// Returns a text of that many units. Optional: source; without it the units are undefined. Null without memory.
 KVSHARE_API BSTR SysAllocStringLen(LPCWSTR source, UINT units);
 KVSHARE_API UINT SysStringLen(BSTR text);
 KVSHARE_API void SysFreeString(BSTR text);
@@ -53,11 +53,11 @@ enum VARENUM : VARTYPE {
   VT_UI8 = 21,
   VT_INT = 22,
   VT_UINT = 23,
-  VT_ARRAY = 0x2000,  // with one of the above: parray
-  VT_BYREF = 0x4000,  // with one of the above: byref points to the value, which is another's
+  VT_ARRAY = 0x2000,  // combined with a type above: parray is used
+  VT_BYREF = 0x4000,  // combined with a type above: byref points to the value, which the VARIANT does not own
 };
 
-// An object of the host's automation interface. This library only keeps and hands on references.
+// An object of the host's automation interface. This library only stores and passes on references.
 struct IDispatch : IUnknown {
  protected:
   ~IDispatch() = default;
@@ -104,29 +104,30 @@ struct VARIANT {
   };
 };
 
-// Makes an empty value of whatever stands there.
+// Sets the value to VT_EMPTY without freeing the old content.
 KVSHARE_API void VariantInit(VARIANT* value);
-// Frees what the value owns and empties it. DISP_E_BADVARTYPE, with the value left alone, for a type that there is not.
+// Frees the content that the value owns and sets VT_EMPTY. For an unknown type returns DISP_E_BADVARTYPE and changes
+// nothing.
 KVSHARE_API HRESULT VariantClear(VARIANT* value);
 
 // ---- arrays
-//
-// Elements are of one type: a number, VT_BOOL, VT_BSTR, VT_DISPATCH or VT_UNKNOWN. Dimensions count from 1, and there
-// is one only. A null array is E_INVALIDARG, another dimension or an index outside the bounds DISP_E_BADINDEX.
+// All elements have one type: a number, VT_BOOL, VT_BSTR, VT_DISPATCH or VT_UNKNOWN. Dimensions are numbered from 1,
+// and only arrays with one dimension are supported. A null array gives E_INVALIDARG, another dimension or an index
+// outside the bounds DISP_E_BADINDEX.
 
-// A new array of zeros and nulls; null for another type or number of dimensions, and when memory runs out.
+// Returns a new array whose elements are 0 or null. Null for another type or number of dimensions, or without memory.
 KVSHARE_API SAFEARRAY* SafeArrayCreate(VARTYPE type, UINT dimensions, SAFEARRAYBOUND* bounds);
-// With its texts, and ending its references.
+// Frees the array with its texts and releases its references.
 KVSHARE_API HRESULT SafeArrayDestroy(SAFEARRAY* array);
-// 0 for null.
+// The number of dimensions; 0 for null.
 KVSHARE_API UINT SafeArrayGetDim(SAFEARRAY* array);
 KVSHARE_API HRESULT SafeArrayGetVartype(SAFEARRAY* array, VARTYPE* type);
-// The first and the last index; the last is one below the first for an array without elements.
+// The first and the last index. An empty array has a last index one below the first.
 KVSHARE_API HRESULT SafeArrayGetLBound(SAFEARRAY* array, UINT dimension, LONG* bound);
 KVSHARE_API HRESULT SafeArrayGetUBound(SAFEARRAY* array, UINT dimension, LONG* bound);
-// Copies the element at the index: of a text a copy, of an object a further reference.
+// Copies the element: a text is copied, an object gets another reference; the caller frees both.
 KVSHARE_API HRESULT SafeArrayGetElement(SAFEARRAY* array, LONG* index, void* element);
-// Puts in a copy. A number is handed in by its address, a text or an object itself.
+// Stores a copy. `element` is the address of a number, or the text or object pointer itself.
 KVSHARE_API HRESULT SafeArrayPutElement(SAFEARRAY* array, LONG* index, void* element);
 
 #endif

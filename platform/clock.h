@@ -1,11 +1,10 @@
-// The clock that background work waits and stamps itself by: the system's, unless a test has put one of its own in its
-// place, which it then steps as it likes.
+// The clock for background work (pauses and time stamps): the system's clock, or a test's own clock.
 #pragma once
 
 #include "platform/time.h"
 #include "platform/types.h"
 
-// No function is null. Any thread calls them.
+// No function may be null. Any thread may call them.
 struct Clock {
   void (*sleep)(DWORD milliseconds);      // as Sleep
   void (*systemTime)(LPSYSTEMTIME time);  // as GetSystemTime
@@ -13,5 +12,5 @@ struct Clock {
 };
 
 KVSHARE_API const Clock& CurrentClock();
-// Null puts the system's back. The table stays the caller's and has to outlive its use.
+// Sets the clock; null restores the system's clock. The table stays the caller's and must live while it is set.
 KVSHARE_API void SetCurrentClock(const Clock* clock);

@@ -1,7 +1,7 @@
-// The status of the last platform call of the calling thread, and a line of English for a status.
+// The status of the calling thread's last failed platform call, and a short English text for a status.
 //
-// A call sets it when it fails; a call that succeeds leaves it alone unless its description says otherwise. The numbers
-// up to what types.h lists are those of all calls; the ones here come from files and processes only.
+// A failing call sets the status; a successful call leaves it unchanged unless its description says otherwise. types.h
+// lists the general status codes; the codes here come only from files and processes.
 #pragma once
 
 #include "platform/types.h"
@@ -25,6 +25,6 @@ KVSHARE_API void SetLastError(DWORD status);
 
 #endif
 
-// A few words of English for a status, such as "the disk is full", for a line to the user; "error 4711" for one that
-// has no words of its own. The text lives for ever; that of an unknown status until the thread's next call.
+// A short English text for a status, such as "the disk is full", for a message to the user; "error 4711" for a status
+// without text. The result is valid for ever, for a status without text until the thread's next call.
 KVSHARE_API const char* ErrorText(DWORD status);

@@ -1,6 +1,6 @@
-// Walking the entries of a folder, under the platform's names and by the product's paths (platform/paths.h).
+// Listing a folder's entries under the platform's names, with the product's paths (platform/paths.h).
 //
-// Any thread may call; one search is used by one thread at a time. What fails gives the reason in GetLastError.
+// Any thread may call; one thread at a time may use a search. GetLastError has the reason of a failure.
 #pragma once
 
 #include "platform/errors.h"
@@ -14,7 +14,7 @@ inline constexpr DWORD IO_REPARSE_TAG_SYMLINK = 0xA000000C;
 
 struct WIN32_FIND_DATAW {
   DWORD dwFileAttributes;
-  FILETIME ftCreationTime;  // of the last change of the entry's facts, where the system keeps no other
+  FILETIME ftCreationTime;  // on systems without a creation time, the last change of the entry's metadata
   FILETIME ftLastAccessTime;
   FILETIME ftLastWriteTime;
   DWORD nFileSizeHigh;
@@ -22,24 +22,24 @@ struct WIN32_FIND_DATAW {
   DWORD dwReserved0;   // IO_REPARSE_TAG_SYMLINK for a link, else 0
   DWORD dwReserved1;
   WCHAR cFileName[MAX_PATH];
-  WCHAR cAlternateFileName[14];  // always empty: there are no second names
+  WCHAR cAlternateFileName[14];  // always empty
 };
 using LPWIN32_FIND_DATAW = WIN32_FIND_DATAW*;
 
-// Starts a search and gives its first entry. The last component of the path is a name or a pattern of * and ?, compared
-// without case by the platform's rules: *.* is every name, *. every name without a point, and a ? at the end of a name
-// or ahead of a point may stand for nothing. "." and ".." are entries too.
+// Starts a search and returns its first entry. The last component of the path is a name or a pattern with * and ?,
+// compared without case by the platform's rules: *.* matches every name, *. every name without a dot, and a ? at the
+// end of a name or before a dot may match nothing. "." and ".." are entries too.
 //
-// The folder is read now, so that what the caller makes or removes meanwhile does not disturb the walk; the facts are
-// those of the moment at which an entry is given, and one that is gone by then is passed over. Entries come by their
-// upper-case names. A link has the mark, and the facts of what it leads to, if it leads anywhere. Names that can't be
-// told in the product's form (with a backslash, or no UTF-8) are left out.
+// The names are read now, so files that the caller creates or removes during the search do not disturb it. The other
+// fields are read when an entry is returned; an entry that is gone by then is skipped. Entries are sorted by their
+// upper-case names. A link has its own mark and the other fields of its target, if there is one. Names that contain a
+// backslash or are not UTF-8 are left out, because a product path cannot express them.
 //
-// INVALID_HANDLE_VALUE on failure: ERROR_FILE_NOT_FOUND if nothing matches or the path ends in a backslash,
-// ERROR_PATH_NOT_FOUND if there is no such folder, ERROR_DIRECTORY if it is none, ERROR_INVALID_NAME for a pattern in
+// Returns INVALID_HANDLE_VALUE on failure: ERROR_FILE_NOT_FOUND if nothing matches or the path ends in a backslash,
+// ERROR_PATH_NOT_FOUND for a missing folder, ERROR_DIRECTORY if it is not a folder, ERROR_INVALID_NAME for a pattern in
 // the folder's part.
 KVSHARE_API HANDLE FindFirstFileW(LPCWSTR path, LPWIN32_FIND_DATAW facts);
-// The next entry; FALSE with ERROR_NO_MORE_FILES at the end.
+// Returns the next entry; FALSE with ERROR_NO_MORE_FILES at the end.
 KVSHARE_API BOOL FindNextFileW(HANDLE search, LPWIN32_FIND_DATAW facts);
 // Ends the search.
 KVSHARE_API BOOL FindClose(HANDLE search);

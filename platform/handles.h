@@ -1,14 +1,14 @@
 // Handles of files, processes and threads.
 //
-// A handle names an object of the platform until CloseHandle; a number that names nothing, or an object of another
-// kind, fails a call with ERROR_INVALID_HANDLE. A call that another thread is in keeps the object alive while it runs.
+// A handle is valid until CloseHandle. Calls with an invalid handle, or with a handle of another kind, fail with
+// ERROR_INVALID_HANDLE. An object that another thread is using in a call lives until that call ends.
 #pragma once
 
 #include "platform/types.h"
 
 #ifndef _WIN32
 
-// FALSE with ERROR_INVALID_HANDLE if the handle names nothing.
+// FALSE with ERROR_INVALID_HANDLE for an invalid handle.
 KVSHARE_API BOOL CloseHandle(HANDLE handle);
 
 #endif

@@ -1,4 +1,4 @@
-// Results of calls on objects, and the root of the objects' interfaces.
+// Result codes of interface calls, and the base of the interfaces.
 #pragma once
 
 #include "platform/types.h"
@@ -32,7 +32,7 @@ inline constexpr HRESULT E_OUTOFMEMORY = HRESULT(0x8007000E);
 inline constexpr HRESULT E_INVALIDARG = HRESULT(0x80070057);
 
 struct IUnknown {
-  // Both give the number of references that are left. The last Release ends the object.
+  // Both return the new number of references. The last Release deletes the object.
   virtual ULONG AddRef() = 0;
   virtual ULONG Release() = 0;
 

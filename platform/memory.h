@@ -1,4 +1,4 @@
-// Memory straight from the system, in large pieces.
+// Large memory blocks directly from the system.
 #pragma once
 
 #include "platform/types.h"
@@ -13,17 +13,17 @@ inline constexpr DWORD MEM_RELEASE = 0x8000;
 inline constexpr DWORD MEM_RESET = 0x80000;
 inline constexpr DWORD PAGE_READWRITE = 0x04;
 
-// A new region of zeros that begins at a multiple of 64 KiB; what of it is never touched costs no memory. address must
-// be null, allocation MEM_RESERVE | MEM_COMMIT, protection PAGE_READWRITE and bytes above 0, else null comes with
-// ERROR_INVALID_PARAMETER; null with ERROR_NOT_ENOUGH_MEMORY if there is no room. Any thread may call.
+// With MEM_RESERVE | MEM_COMMIT and a null address: returns a new region of zeros, aligned to 64 KiB; parts that are
+// never touched cost no memory. protection must be PAGE_READWRITE and bytes above 0, otherwise null with
+// ERROR_INVALID_PARAMETER. Null with ERROR_NOT_ENOUGH_MEMORY without memory. Any thread may call.
 //
-// With MEM_RESET and the address and size of a region that stands: what it holds is of no interest any more. The system
-// may take the memory when it is short of it, and until then writing there costs nothing; what is read ahead of that is
-// anything. Gives the address.
+// With MEM_RESET and the address and size of an existing region: its content is no longer needed, and the system may
+// take the memory when it is short. Writing to the region later is allowed; reading before that gives undefined bytes.
+// Returns the address.
 KVSHARE_API void* VirtualAlloc(void* address, SIZE_T bytes, DWORD allocation, DWORD protection);
 
-// Gives a whole region back: address is what VirtualAlloc gave, bytes 0 and how MEM_RELEASE. FALSE with
-// ERROR_INVALID_PARAMETER for anything else. Any thread may call.
+// Frees a whole region: address is the result of VirtualAlloc, bytes is 0 and how is MEM_RELEASE. FALSE with
+// ERROR_INVALID_PARAMETER for other arguments. Any thread may call.
 KVSHARE_API BOOL VirtualFree(void* address, SIZE_T bytes, DWORD how);
 
 #endif

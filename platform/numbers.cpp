@@ -1,4 +1,4 @@
-// Numbers from text on std::from_chars, which knows no locale.
+// Numbers from text with std::from_chars, which does not depend on a locale.
 #include "platform/numbers.h"
 
 #include <algorithm>
@@ -9,7 +9,7 @@
 
 namespace {
 
-// Takes leading blanks and the sign off the text; gives whether the sign was a minus.
+// Removes leading blanks and the sign from the text. Returns true for a minus sign.
 bool TakeSign(std::string_view& text) {
   text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
   const bool negative = text.starts_with('-');
@@ -17,8 +17,8 @@ bool TakeSign(std::string_view& text) {
   return negative;
 }
 
-// Whether a number that a double can't hold is too large, and not too small: by the place of its first digit that is
-// not 0 and its exponent, which of hexadecimal digits counts bits.
+// For a number outside the range of double: true if it is too large, false if it is too small. Uses the position of its
+// first non-zero digit and its exponent, which counts bits for hexadecimal digits.
 bool IsTooLarge(std::string_view number, bool hex) {
   const std::size_t exponent_at = std::min(number.find_first_of(hex ? "pP" : "eE"), number.size());
   const std::string_view digits = number.substr(0, exponent_at);
@@ -28,7 +28,7 @@ bool IsTooLarge(std::string_view number, bool hex) {
   return (point - first) * (hex ? 4 : 1) + IntegerFromUtf8(exponent) > 0;
 }
 
-// The part of a wide text that can belong to a number, in single bytes.
+// The leading ASCII part of a wide text, which contains the whole number.
 std::string NumberPart(LPCWSTR text) {
   std::string part;
   for (; text && *text > 0 && *text < 0x80; ++text) part += static_cast<char>(*text);
@@ -45,7 +45,7 @@ bool ReadNumber(std::string_view text, double& value) {
   const char* const end = digits.data() + (digits.starts_with('-') ? 0 : digits.size());  // no second sign
   const auto format = hex ? std::chars_format::hex : std::chars_format::general;
   const std::from_chars_result result = std::from_chars(digits.data(), end, number, format);
-  if (result.ec == std::errc::invalid_argument && !hex) return false;  // of 0x alone the 0 is a number
+  if (result.ec == std::errc::invalid_argument && !hex) return false;  // "0x" without digits is the number 0
   if (result.ec == std::errc::result_out_of_range)
     number = IsTooLarge({digits.data(), result.ptr}, hex) ? std::numeric_limits<double>::infinity() : 0;
   value = negative ? -number : number;

@@ -1,24 +1,24 @@
-// Numbers from text, the same in every locale: the decimal sign is the point, whatever the user's is.
+// Numbers from text, the same in every locale: the decimal sign is always a point.
 //
-// All skip leading blanks (space, TAB, LF, VT, FF, CR), take an optional sign, read as far as the text makes a number
-// and ignore the rest; what has no number at its beginning is 0. Nothing fails and any thread may call.
+// All calls skip leading blanks (space, TAB, LF, VT, FF, CR), accept a sign, read the longest number at the start and
+// ignore the rest. Text without a number at its start gives 0. No call fails; any thread may call.
 #pragma once
 
 #include <string_view>
 
 #include "platform/types.h"
 
-// Digits with a point and an exponent, 0x with hexadecimal digits, inf and nan; what is too large becomes infinite,
-// what is too small 0.
+// Reads digits with a point and an exponent, 0x with hexadecimal digits, inf and nan. Too large a number gives
+// infinity, too small a number 0.
 KVSHARE_API double NumberFromUtf8(std::string_view text);
-// The same into value; false, with the value untouched, if the text doesn't begin with a number.
+// The same, into `value`. Returns false and leaves `value` unchanged if the text does not begin with a number.
 KVSHARE_API bool ReadNumber(std::string_view text, double& value);
-// Decimal digits; what is too large or too small becomes the largest or smallest int.
+// Reads decimal digits. Numbers out of range give the smallest or largest int.
 KVSHARE_API int IntegerFromUtf8(std::string_view text);
 
 #ifndef _WIN32
 
-// The same for wide text; null is 0.
+// The same for wide text; null gives 0.
 KVSHARE_API double _wtof(LPCWSTR text);
 KVSHARE_API int _wtoi(LPCWSTR text);
 

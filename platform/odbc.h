@@ -1,12 +1,12 @@
-// ODBC's own headers, made to go with the platform's types. For companions/database alone: a module needs no ODBC.
+// ODBC's own headers, adapted to the platform's types. Only for companions/database: a module needs no ODBC.
 #pragma once
 
 #include "platform/types.h"
 
 #ifndef _WIN32
 
-// The driver manager's headers bring types of the same names with other meanings, unless they are told that these are
-// there. Then they take the rest of theirs for given as well.
+// The driver manager's headers define types of the same names with other meanings, unless this macro says that they
+// exist already. The headers then expect all of these types.
 #define ALREADY_HAVE_WINDOWS_TYPE
 #define FAR
 #define CALLBACK
@@ -37,8 +37,8 @@ using SQLHWND = void*;
 #include <sql.h>
 #include <sqlext.h>
 
-// While it lives, a connection that this thread opens takes narrow texts for UTF-8 from then on where the driver has
-// only wide ones, whatever the process's locale says.
+// While it exists, connections that this thread opens use UTF-8 for narrow text, also later, where the driver has only
+// wide text. The process's locale then has no effect on them.
 class Utf8Connections {
  public:
   Utf8Connections();

@@ -1,11 +1,11 @@
-// Paths: the product's text and the system's, and taking paths apart.
+// Product paths and system paths, and splitting of paths.
 //
-// The product's path has backslashes, folders end in one, and a drive may stand in front. Every call of files.h takes
-// it in that form and turns it into a system path at that moment; nobody else does. On a system without drives, C: is
-// the folder KV_DRIVE_C of the environment, or else kestrova/drive_c in the user's data folder (XDG_DATA_HOME,
-// ~/.local/share), and so for the other letters; \a\b is the system's /a/b. A component that does not exist as written
-// is looked up without case; of several that match, the one whose bytes come first counts. Slashes are taken as
-// backslashes, a leading \\?\ is dropped.
+// A product path has backslashes, a folder ends in one, and a drive may come first. The calls of files.h convert it to
+// a system path when they use it; no other code does. On a system without drives, C: is the folder in the environment
+// variable KV_DRIVE_C, otherwise kestrova/drive_c in the user's data folder (XDG_DATA_HOME, ~/.local/share); other
+// drives work in the same way. \a\b is the system's /a/b. If a component does not exist as written, it is looked up
+// without case; if several names match, the one with the smallest bytes is used. Slashes count as backslashes, and a
+// leading \\?\ is ignored.
 #pragma once
 
 #include <string>
@@ -13,13 +13,12 @@
 
 #include "platform/types.h"
 
-// The system's path in UTF-8, for calls that are handed one. What does not exist stays as written. Empty for null or
-// "".
+// The system path in UTF-8, for other libraries. Components that do not exist stay as written. Empty for null or "".
 KVSHARE_API std::string SystemPathFromProduct(LPCWSTR path);
 
-// The product's form of a path that comes in from outside, such as the command line: /a/b gives \a\b, and what lies in
-// a drive's folder gets the drive, C:\a. A path that already is in the product's form stays as it is. The system's
-// names that contain a backslash or are no UTF-8 can't be told in this form.
+// The product form of a path from outside, such as the command line: /a/b becomes \a\b, and a path in a drive's folder
+// gets the drive, C:\a. A product path stays as it is. System names that contain a backslash or are not UTF-8 cannot be
+// expressed in this form.
 KVSHARE_API std::basic_string<TCHAR> ProductPathFromSystem(std::string_view path);
 
 #ifndef _WIN32
@@ -30,16 +29,16 @@ inline constexpr int _MAX_DIR = 256;
 inline constexpr int _MAX_FNAME = 256;
 inline constexpr int _MAX_EXT = 256;
 
-// Splits a path into "C:", "\folder\", "name" and ".ext" (from the last point on); a part that is not there is empty.
-// The targets have the sizes above and may be null; a part that is too long is cut.
+// Splits a path into "C:", "\folder\", "name" and ".ext" (from the last dot on); a missing part is empty. The buffers
+// have the sizes above; a part that is too long is cut off. Optional: each buffer.
 KVSHARE_API void _wsplitpath(LPCWSTR path, LPWSTR drive, LPWSTR folder, LPWSTR name, LPWSTR extension);
 
-// The path from the root on, with "." and ".." resolved in the text; the file need not exist. Gives the length, or the
-// size needed with the terminator if it doesn't fit, or 0. filePart, which may be null, receives the place of the last
-// component, or null if the path ends in a backslash.
+// The full path, with "." and ".." resolved in the text only; the file need not exist. Returns the length, or the size
+// needed with the terminator if it does not fit, or 0 on failure. Optional: filePart, which receives a pointer to the
+// last component, or null if the path ends in a backslash.
 KVSHARE_API DWORD GetFullPathNameW(LPCWSTR path, DWORD units, LPWSTR buffer, LPWSTR* filePart);
 
-// The folder for temporary files (TMPDIR, or \tmp\) with its backslash; length and size as above.
+// The folder for temporary files (TMPDIR, or \tmp\) with a backslash at its end; length and size as above.
 KVSHARE_API DWORD GetTempPathW(DWORD units, LPWSTR buffer);
 
 #endif

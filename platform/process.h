@@ -1,7 +1,7 @@
-// The running process and others: environment variables, modules, identity, starting, waiting and ending.
+// This process and others: environment variables, modules, identity, waiting and ending.
 //
-// Any thread may call. What fails gives FALSE, 0 or null and the reason in GetLastError. Paths are those of
-// platform/paths.h; handles those of platform/handles.h, to be closed by the caller.
+// Any thread may call. Failures return FALSE, 0 or null and set GetLastError. Paths are product paths
+// (platform/paths.h); the caller closes handles with CloseHandle (platform/handles.h).
 #pragma once
 
 #include "platform/errors.h"
@@ -12,27 +12,27 @@
 
 // ---- environment
 
-// Gives the length without the terminator if the value fits, the size needed with the terminator if not, and 0 if there
-// is no such variable. Names are case-sensitive where the system's are.
+// Returns the length without the terminator if the value fits, otherwise the size needed with the terminator; 0 if
+// there is no such variable. Names are case-sensitive where the system's names are.
 KVSHARE_API DWORD GetEnvironmentVariableW(LPCWSTR name, LPWSTR buffer, DWORD units);
 // A null value removes the variable.
 KVSHARE_API BOOL SetEnvironmentVariableW(LPCWSTR name, LPCWSTR value);
 
 // ---- modules
 
-// A loaded library by its name, with or without folder and extension and in any case: KVSHAREu and KVSHAREu.dll find
-// libKVSHAREu.so. Null is the program itself. The handle is the address that the module lies at; nothing is to be
-// closed. Null with ERROR_MOD_NOT_FOUND if no such library is loaded.
+// Finds a loaded library by its name, without case, with or without folder and extension: KVSHAREu and KVSHAREu.dll
+// find libKVSHAREu.so. Null means the program itself. The handle is the module's address and is not closed. Returns
+// null with ERROR_MOD_NOT_FOUND if no such library is loaded.
 KVSHARE_API HMODULE GetModuleHandleW(LPCWSTR name);
 
-// The product path of a module's file, of the program for null; also of a resource-only library. Gives the length; if
-// the buffer is too small the text is cut, terminated, and units comes back with ERROR_INSUFFICIENT_BUFFER.
+// The product path of a module's file, also of a resource-only library; null means the program. Returns the length. If
+// the buffer is too small, the text is cut and terminated, and the result is `units` with ERROR_INSUFFICIENT_BUFFER.
 KVSHARE_API DWORD GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD units);
 
 // ---- identity
 
-// The log-on name of the user. units goes in as the buffer's size and comes back as the length with the terminator, or
-// as the size needed, with FALSE and ERROR_INSUFFICIENT_BUFFER.
+// The user's log-on name. `units` is the buffer's size and receives the length with the terminator; if the buffer is
+// too small, the size needed, with FALSE and ERROR_INSUFFICIENT_BUFFER.
 KVSHARE_API BOOL GetUserNameW(LPWSTR buffer, LPDWORD units);
 
 KVSHARE_API DWORD GetCurrentProcessId();
@@ -70,22 +70,22 @@ inline constexpr DWORD PROCESS_VM_READ = 0x10;
 inline constexpr DWORD PROCESS_QUERY_INFORMATION = 0x400;
 inline constexpr DWORD SYNCHRONIZE = 0x100000;
 
-// A handle of a running process; ERROR_INVALID_PARAMETER if there is none of that number.
+// Returns a handle of a running process; null with ERROR_INVALID_PARAMETER if there is no process of this number.
 KVSHARE_API HANDLE OpenProcess(DWORD access, BOOL inherit, DWORD id);
 
 // The number of a handle's process; 0 on failure. It is the process's own only while that runs.
 KVSHARE_API DWORD GetProcessId(HANDLE process);
 
-// Ends a process at once, whatever it is doing. ERROR_ACCESS_DENIED if it has ended already or may not be ended. The
-// end itself may still take a moment.
+// Ends a process without asking it. ERROR_ACCESS_DENIED if it has ended already or may not be ended. The process may
+// still run for a moment after the call.
 KVSHARE_API BOOL TerminateProcess(HANDLE process, UINT exitCode);
 
 inline constexpr DWORD WAIT_OBJECT_0 = 0;
 inline constexpr DWORD WAIT_TIMEOUT = 258;
 inline constexpr DWORD WAIT_FAILED = 0xFFFFFFFF;
 
-// Waits until the process or thread has ended, at most that long: WAIT_OBJECT_0, WAIT_TIMEOUT or WAIT_FAILED. A time
-// of 0 only looks; INFINITE (platform/threads.h) waits as long as it takes.
+// Waits until the process or thread ends, at most that long. Returns WAIT_OBJECT_0, WAIT_TIMEOUT or WAIT_FAILED. 0
+// milliseconds only checks; INFINITE (platform/threads.h) waits without limit.
 KVSHARE_API DWORD WaitForSingleObject(HANDLE object, DWORD milliseconds);
 
 inline constexpr DWORD STILL_ACTIVE = 259;

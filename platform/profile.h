@@ -1,28 +1,26 @@
-// Profile files, INI text of [sections] with key=value lines, under the platform's names.
+// Profile files, under the platform's names: INI text with [sections] and key=value lines.
 //
-// Reading. A line whose first character that is not blank is ';' is a comment; '#' begins none, and a ';' further on is
-// text. Blanks (space, TAB, VT) around a section's name, a key and a value don't count; the first ']' ends a section's
-// name, without one the line's end does; one pair of " or ' around a whole value is taken off. Names compare without
-// case. Of several sections or keys of one name the first is found; lists have them all. A line without '=' is no key,
-// nor is one ahead of the first section. Lines end with CR LF, CR or LF; what stands behind a NUL in a line is not
-// read.
+// Reading. A line whose first non-blank character is ';' is a comment; '#' and a later ';' are ordinary text. Blanks
+// (space, TAB, VT) around a section's name, a key and a value are ignored. A section's name ends at the first ']', or
+// at the line's end. One pair of " or ' around a whole value is removed. Names are compared without case. If a section
+// or key occurs several times, the first one is found; lists contain all of them. A line without '=', or before the
+// first section, is not a key. Lines end with CR LF, CR or LF; text after a NUL in a line is ignored.
 //
-// Writing. A changed or new line is key=value without blanks and ends with CR LF, nothing is quoted or escaped, and a
-// name keeps the case that stands in the file; a new key goes behind the last line of its section that is not blank, a
-// new section to the end of the file. Every other byte of the file stays. The file is written beside and renamed
-// (safe_file.h), so a call either did all or nothing; a link stays one. Writers of one folder, also in other processes,
-// wait for one another up to ten seconds (then: ERROR_SHARING_VIOLATION), so that no value is lost; file systems
-// without locks can't promise that. Each call writes the whole file and brings it to the disk: many keys at once are
-// WritePrivateProfileSectionW's.
+// Writing. A changed or new line is key=value without blanks, ends with CR LF, and is not quoted or escaped. Names keep
+// the case of the file. A new key goes after the last non-blank line of its section, a new section to the end of the
+// file. All other bytes stay. The file is written to a temporary file and renamed (safe_file.h), so a call changes
+// everything or nothing; a link stays a link. Writers of one folder, in this and other processes, wait for each other
+// up to ten seconds (then ERROR_SHARING_VIOLATION), so that no value is lost; on file systems without locks values can
+// be lost. Every call writes the whole file to the disk: use WritePrivateProfileSectionW for many keys.
 //
-// A file that begins with FF FE is UTF-16LE and stays so. Any other is UTF-8, a mark ahead of it is kept, and bytes
-// that are none come out as U+FFFD and stay in the file. A new file is UTF-8 without a mark. A file above 32 MiB is
+// A file that begins with FF FE is UTF-16LE and stays so. Any other file is UTF-8: a mark at its start is kept, and
+// invalid bytes are read as U+FFFD but stay in the file. A new file is UTF-8 without a mark. A file above 32 MiB is
 // neither read nor written (ERROR_FILE_TOO_LARGE).
 //
-// Of the arguments only spaces at the ends are removed. Paths are those of paths.h, a relative one begins at the
-// current folder. Results come from the file as it is now: a call sees every write that ended before it began. What
-// can't be found or read gives the default or an empty list and its reason in GetLastError, ERROR_FILE_NOT_FOUND for a
-// missing section or key as well. Any thread may call.
+// Spaces at both ends of arguments are removed. Paths are product paths (paths.h); a relative path starts at the
+// current folder. Results always come from the file's current content. If a section, key or file is missing or cannot
+// be read, the result is the default or an empty list, and GetLastError has the reason (ERROR_FILE_NOT_FOUND for a
+// missing section or key). Any thread may call.
 #pragma once
 
 #include "platform/errors.h"
@@ -30,33 +28,32 @@
 
 #ifndef _WIN32
 
-// Gives the value of a key to a buffer of that many units. The result is its length; what doesn't fit is cut to
-// units - 1, with ERROR_MORE_DATA. A missing key gives the default without the spaces at its end; a null default is
-// empty. A null key asks for the names of the section's keys, a null section for those of all sections, both as lists:
-// each name with a NUL, and one NUL more at the end, which the result doesn't count; one that doesn't fit is cut to
-// units - 2. Names that are empty are left out of lists of names. 0 units give 0.
+// Copies a key's value to a buffer of `units` units and returns its length. A longer value is cut to units - 1, with
+// ERROR_MORE_DATA. A missing key gives the default text without the spaces at its end; null counts as empty.
+//
+// A null key asks for the names of the section's keys, a null section for the names of all sections. The result is then
+// a list: a NUL after each name and one more NUL at the end, which the returned length does not count; a longer list is
+// cut to units - 2. Empty names are left out. With units 0 the result is 0.
 KVSHARE_API DWORD GetPrivateProfileStringW(LPCWSTR section, LPCWSTR key, LPCWSTR defaultText, LPWSTR buffer,
                                            DWORD units, LPCWSTR path);
 
-// The value as a number: an optional sign and digits, what follows is ignored. A missing key gives the default, a text
-// that doesn't begin with a number 0; above 32 bits the low ones count.
+// Returns the value as a number: an optional sign and digits; the rest is ignored. A missing key gives the default, a
+// value that does not begin with a number gives 0. Of a number above 32 bits the low 32 bits are used.
 KVSHARE_API UINT GetPrivateProfileIntW(LPCWSTR section, LPCWSTR key, LONG defaultNumber, LPCWSTR path);
 
-// The list of the sections' names, as above.
+// Returns the list of the section names, as above.
 KVSHARE_API DWORD GetPrivateProfileSectionNamesW(LPWSTR buffer, DWORD units, LPCWSTR path);
 
-// The list of a section's keys with their values, each as key=value. Here a value keeps its quotes.
+// Returns the list of a section's keys and values, each as key=value. Values keep their quotes here.
 KVSHARE_API DWORD GetPrivateProfileSectionW(LPCWSTR section, LPWSTR buffer, DWORD units, LPCWSTR path);
 
-// Writes the value of a key, making the file, the section and the key as needed. A null value removes the key (the
-// first, if there are several), a null key the section with all that stands in it; removing what isn't there is done
-// at once and makes no file. A null section is refused (ERROR_INVALID_PARAMETER). Nothing looks whether the
-// file's form can hold the texts: with a line end, or a ']' or '=' in a name, they are written as they stand and read
-// as what they then are.
+// Writes a key's value and creates file, section and key if necessary. A null value removes the key (the first one of
+// that name), a null key removes the section with all its lines. Removing something that does not exist succeeds and
+// creates no file. A null section fails with ERROR_INVALID_PARAMETER. Texts are not checked: a line end, or a ']' or
+// '=' in a name, is written as it is and later read by the rules above.
 KVSHARE_API BOOL WritePrivateProfileStringW(LPCWSTR section, LPCWSTR key, LPCWSTR value, LPCWSTR path);
 
-// Writes a list of key=value in the place of all that the section has; its comments and blank lines stay. Null removes
-// the section.
+// Replaces all keys of a section by a list of key=value; comments and blank lines stay. Null removes the section.
 KVSHARE_API BOOL WritePrivateProfileSectionW(LPCWSTR section, LPCWSTR list, LPCWSTR path);
 
 #endif

@@ -1,9 +1,9 @@
-// Resource-only libraries: loading them as data, and their string tables by number.
+// Resource-only libraries: loading them as data, and reading their strings by number.
 //
-// A library is a file in the portable executable format, of 32 or 64 bits; nothing in it is ever run, so that any
-// system reads the language libraries of an installation. The file is read once and may be damaged or hostile: what
-// does not hold together fails to load or lacks the string. Any thread may call; a module must not be freed while
-// another thread uses it or a text that points into it. Failures give the reason in GetLastError.
+// A library is a file in the portable executable format, 32 or 64 bits. Nothing in it is executed, so every system can
+// read the language libraries of an installation. The file is read once and may be damaged or hostile: invalid parts
+// make loading fail, or strings missing. Any thread may call; a module must not be freed while another thread uses it
+// or a text inside it. GetLastError has the reason of a failure.
 #pragma once
 
 #include "platform/errors.h"
@@ -15,21 +15,22 @@ inline constexpr DWORD LOAD_LIBRARY_AS_DATAFILE = 0x2;
 inline constexpr DWORD LOAD_LIBRARY_AS_IMAGE_RESOURCE = 0x20;
 inline constexpr DWORD LOAD_LIBRARY_AS_DATAFILE_EXCLUSIVE = 0x40;
 
-// Loads a library as data by its product path (platform/paths.h), ".dll" added to a name without an extension. Null if
-// it can't be read, ERROR_BAD_EXE_FORMAT if it is no library. flags must have one of the three above; loading code is
-// ERROR_NOT_SUPPORTED. file must be null. Each call makes a module of its own, to be freed by FreeLibrary.
+// Loads a library as data from a product path (platform/paths.h); a name without extension gets ".dll". Returns null if
+// the file cannot be read; ERROR_BAD_EXE_FORMAT if it is not a library. flags must have one of the three values above;
+// without one the call fails with ERROR_NOT_SUPPORTED, because it loads no code. file must be null. Each call creates a
+// new module; free it with FreeLibrary.
 //
-// The handle of a data module has its lowest bit set, which the address of a running module never has.
+// A data module's handle has its lowest bit set; the address of a running module never has.
 KVSHARE_API HMODULE LoadLibraryExW(LPCWSTR path, HANDLE file, DWORD flags);
 
-// Frees a data module; texts that point into it die. FALSE with ERROR_MOD_NOT_FOUND if the handle is none.
+// Frees a data module; texts inside it become invalid. FALSE with ERROR_MOD_NOT_FOUND for an invalid handle.
 KVSHARE_API BOOL FreeLibrary(HMODULE module);
 
-// Copies string id of the module, cut to units - 1 and terminated, and gives the length of what was copied; 0 with an
-// empty buffer if there is none. With units 0, buffer receives a pointer to the text inside the module, which is not
-// terminated and lives as long as the module, and the result is the text's length. Only the low 16 bits of id count. Of
-// several languages the neutral one is taken, else the user's, else one with the user's primary language, else the
-// first. A running module has no strings here.
+// Copies string `id` of the module, cut to units - 1 and terminated, and returns the number of copied units; 0 and an
+// empty buffer if there is no such string. With units 0, buffer receives a pointer to the text inside the module, which
+// has no terminator and is valid as long as the module, and the result is the text's length. Only the low 16 bits of id
+// are used. If the string exists in several languages, the order is: neutral, the user's language, the user's primary
+// language, the first one. A running module has no strings on this system.
 KVSHARE_API int LoadStringW(HINSTANCE module, UINT id, LPWSTR buffer, int units);
 
 #endif

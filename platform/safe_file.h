@@ -1,11 +1,10 @@
-// SafeFile, the one way to write a file that matters: beside, flushed, renamed.
+// SafeFile: writes a file completely or not at all. Use it for every file that matters.
 //
-// The bytes go to a temporary file in the target's folder. Commit brings them to the disk and then gives the file its
-// name in one step, so that at every moment, also after a crash or a power cut, the name stands for the whole old file
-// or the whole new one. A new file over an old one keeps its rights, and a link to a file stays a link. A read-only
-// target is refused, and so is a folder, a device or a pipe. A process that is killed on the way can leave a file named
-// like the target, a tilde, a number and ".tmp" behind it, which nobody reads. One object is used by one thread at a
-// time.
+// The bytes go to a temporary file in the target's folder. Commit writes it to the disk and renames it to the target in
+// one step, so that at every moment, also after a crash or power failure, the target is the complete old or the
+// complete new file. A new file keeps the old file's permissions, and a link stays a link. A read-only target is
+// refused, and so are folders, devices and pipes. A killed process can leave an unused file named like the target plus
+// a tilde, a number and ".tmp". One thread at a time may use an object.
 #pragma once
 
 #include <memory>
@@ -16,28 +15,28 @@
 
 class KVSHARE_API SafeFile {
  public:
-  // Starts writing a file by its product path (platform/paths.h). A failure shows in Status and in every later call.
+  // Starts writing a file; the path is a product path (platform/paths.h). Status and every later call report a failure.
   explicit SafeFile(LPCWSTR path);
-  // Without Commit before: removes what was written and leaves the target as it was.
+  // Without Commit: removes the temporary file and leaves the target unchanged.
   ~SafeFile();
   SafeFile(const SafeFile&) = delete;
   SafeFile& operator=(const SafeFile&) = delete;
 
-  // Appends bytes. False if this or an earlier call failed; small pieces are collected, so a full disk may show later.
+  // Appends bytes. Returns false if this or an earlier call failed. Small pieces are buffered, so a full disk may be
+  // reported by a later call.
   bool Write(const void* bytes, std::size_t count);
   bool Write(std::string_view bytes) { return Write(bytes.data(), bytes.size()); }
 
-  // Ends the writing and puts the file in its place. False, with the target untouched and nothing left beside it, if
-  // this or an earlier call failed; if only bringing the new name to the disk failed, false comes with the file in
-  // place. Afterwards Write and Commit give false.
+  // Finishes the file and gives it the target's name. If this or an earlier call failed, returns false, leaves the
+  // target unchanged and removes the temporary file. If only writing the new name to the disk failed, returns false
+  // with the new file in place. After Commit, Write and Commit return false.
   bool Commit();
 
-  // The file that is to be written, in the system's form (platform/paths.h) and behind any link; for the platform's own
-  // sources.
+  // The target as a system path (platform/paths.h), with links resolved. Only for the platform's own sources.
   const std::string& SystemPath() const;
-  // ERROR_SUCCESS, or the status of the first failure.
+  // The status of the first failure, or ERROR_SUCCESS.
   LONG Status() const;
-  // The first failure as one line in UTF-8, "cannot write PATH: the disk is full"; empty if there was none.
+  // The first failure as one line in UTF-8, "cannot write PATH: the disk is full"; empty without a failure.
   std::string Reason() const;
 
  private:
@@ -45,21 +44,21 @@ class KVSHARE_API SafeFile {
   std::unique_ptr<State> state_;
 };
 
-// Hears how far the SafeFiles of its thread have got, from its making to its end: of a long save, which may lie below
-// calls that tell nothing (a compound file's Commit). The innermost one is told.
+// Reports the progress of the SafeFiles of its thread while it exists, also for files that are written inside other
+// calls (a compound file's Commit). If several exist, only the innermost one is called.
 class KVSHARE_API SafeFileProgress {
  public:
-  // bytes: how many the file that is being written has so far. Told now and then; must not raise.
-  using Tell = void (*)(ULONGLONG bytes);
+  // bytes: the number of bytes written to the current file so far. Called from time to time; must not raise.
+  using Report = void (*)(ULONGLONG bytes);
 
-  explicit SafeFileProgress(Tell tell);
+  explicit SafeFileProgress(Report report);
   ~SafeFileProgress();
   SafeFileProgress(const SafeFileProgress&) = delete;
   SafeFileProgress& operator=(const SafeFileProgress&) = delete;
 
  private:
-  Tell m_outer;
+  Report m_outer;
 };
 
-// The whole of a small file at once; gives the status, ERROR_SUCCESS if the file stands.
+// Writes a small file with one call. Returns ERROR_SUCCESS or the status of the failure.
 KVSHARE_API LONG WriteFileSafely(LPCWSTR path, std::string_view bytes);

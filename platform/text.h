@@ -1,8 +1,8 @@
-// Conversion and case of text: what the product asks of the platform for UTF-16.
+// Conversion and case of UTF-16 text.
 //
-// MultiByteToWideChar and WideCharToMultiByte know the code pages CP_UTF8, CP_ACP (UTF-8 here) and 1252; a size of 0
-// asks for the size needed; a source length of -1 means up to and with the terminator; 0 means failure. The folding
-// calls work on one UTF-16 unit sequence, by Unicode's simple mappings, the same in every locale. Any thread may call.
+// MultiByteToWideChar and WideCharToMultiByte support the code pages CP_UTF8, CP_ACP (UTF-8 on this system) and 1252. A
+// target size of 0 returns the size needed; a source length of -1 means up to and including the terminator; the result
+// 0 means failure. The case calls use Unicode's simple mappings, the same in every locale. Any thread may call.
 #pragma once
 
 #include "platform/types.h"
@@ -17,7 +17,7 @@ KVSHARE_API int MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR source, i
 KVSHARE_API int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR source, int sourceUnits, LPSTR target,
                                     int targetBytes, LPCSTR defaultCharacter, BOOL* usedDefault);
 
-// Change the units in place; the result is the number of units, which never changes.
+// Change the text in place and return its number of units, which never changes.
 KVSHARE_API DWORD CharUpperBuffW(LPWSTR text, DWORD units);
 KVSHARE_API DWORD CharLowerBuffW(LPWSTR text, DWORD units);
 

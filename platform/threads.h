@@ -1,7 +1,7 @@
-// Threads: starting them, waiting for them, suspending them, pausing, recursive locks, and how much stack is left.
+// Threads: starting, waiting, suspending, pausing, recursive locks, and the stack space left.
 //
-// Any thread may call. What fails gives the value told and the reason in GetLastError. A thread's handle is one of
-// platform/handles.h: closing it does not touch the thread, and the thread's end does not close it.
+// Any thread may call. Failures return the described value and set GetLastError. Thread handles are those of
+// platform/handles.h: closing a handle does not end the thread, and the thread's end does not close its handle.
 #pragma once
 
 #include "platform/errors.h"
@@ -13,7 +13,7 @@
 
 inline constexpr DWORD INFINITE = 0xFFFFFFFF;
 
-// A number of the calling thread that no other thread of the system has while it lives; never 0.
+// The calling thread's number; unique in the system while the thread runs; never 0.
 KVSHARE_API DWORD GetCurrentThreadId();
 
 // ---- threads
@@ -21,10 +21,10 @@ KVSHARE_API DWORD GetCurrentThreadId();
 using LPTHREAD_START_ROUTINE = DWORD (*)(void* parameter);
 inline constexpr DWORD CREATE_SUSPENDED = 0x4;
 
-// Starts a thread that runs the routine and ends with it. attributes must be null; stackBytes of 0 is the system's
-// default; flags is 0 or CREATE_SUSPENDED. The thread's number goes to id, if that is not null, before the call returns
-// and before the routine runs. Null with ERROR_NOT_ENOUGH_MEMORY if the system gives no more threads. The handle is
-// closed by the caller; WaitForSingleObject and WaitForMultipleObjects take it and see the thread's end.
+// Starts a thread that runs the routine. attributes must be null; stackBytes 0 means the system's default; flags is 0
+// or CREATE_SUSPENDED. Optional: id; it is set before the call returns and before the routine runs. Returns null with
+// ERROR_NOT_ENOUGH_MEMORY if the system gives no more threads. The caller closes the handle; WaitForSingleObject and
+// WaitForMultipleObjects wait for the thread's end.
 KVSHARE_API HANDLE CreateThread(SECURITY_ATTRIBUTES* attributes, std::size_t stackBytes, LPTHREAD_START_ROUTINE routine,
                                 void* parameter, DWORD flags, LPDWORD id);
 
@@ -35,30 +35,30 @@ KVSHARE_API HANDLE GetCurrentThread();
 inline constexpr DWORD MAXIMUM_SUSPEND_COUNT = 127;
 inline constexpr LONG ERROR_SIGNAL_REFUSED = 156;
 
-// Raise and lower how often the thread is suspended, and give the count before; a count of 0 stays 0. 0xFFFFFFFF on
-// failure: ERROR_ACCESS_DENIED for a thread that has ended, ERROR_SIGNAL_REFUSED above the maximum.
+// Raise and lower the thread's suspend count and return the count before; 0 stays 0. The thread runs while the count is
+// 0: resume it once per suspension. Return 0xFFFFFFFF on failure: ERROR_ACCESS_DENIED for a thread that has ended,
+// ERROR_SIGNAL_REFUSED above the maximum.
 //
-// A thread of this system stops where it calls SuspensionPoint (below), not in the middle of whatever it does: so it
-// holds none of the runtime's locks while it stands. One that never gets there runs on.
+// On this system a suspended thread stops at its next SuspensionPoint (below), not in the middle of other code, so that
+// it holds no lock of the runtime while it waits. A thread that never reaches one keeps running.
 KVSHARE_API DWORD SuspendThread(HANDLE thread);
 KVSHARE_API DWORD ResumeThread(HANDLE thread);
 
 // ---- waiting
 
-// Waits until all of the objects (threads or processes) have ended or, with all FALSE, one of them, at most that long.
-// WAIT_OBJECT_0, plus the place of the first that has ended with all FALSE; WAIT_TIMEOUT; WAIT_FAILED with
-// ERROR_INVALID_HANDLE, or ERROR_INVALID_PARAMETER for no handle at all. Of handles there may be any number here; other
-// systems stop at MAXIMUM_WAIT_OBJECTS. A handle that is closed meanwhile is still waited for.
+// Waits until all objects (threads or processes) have ended, or one of them if `all` is FALSE, at most that long.
+// Returns WAIT_OBJECT_0, plus the index of the first ended object if `all` is FALSE; WAIT_TIMEOUT; or WAIT_FAILED with
+// ERROR_INVALID_HANDLE, or ERROR_INVALID_PARAMETER for no handles. This system accepts any number of handles, others
+// only MAXIMUM_WAIT_OBJECTS. The call also waits for an object whose handle is closed during the call.
 inline constexpr DWORD MAXIMUM_WAIT_OBJECTS = 64;
 KVSHARE_API DWORD WaitForMultipleObjects(DWORD count, const HANDLE* handles, BOOL all, DWORD milliseconds);
 
-// Pauses the calling thread for at least that long. 0 lets another thread run that waits for the processor; INFINITE
-// never returns.
+// Pauses the calling thread for at least that long. 0 lets another waiting thread run; INFINITE never returns.
 KVSHARE_API void Sleep(DWORD milliseconds);
 
-// A recursive lock: the thread that holds it may enter again and leaves as often as it entered. The storage belongs to
-// the caller and must not be copied or moved. Between Initialize and Delete any thread may enter; entering before or
-// after, leaving without holding, and deleting while somebody holds it are errors of the caller with no defined result.
+// A recursive lock: a thread may enter again while it holds the lock, and must leave once per entry. The storage
+// belongs to the caller and must not be copied or moved. Any thread may enter between Initialize and Delete. Undefined:
+// entering at another time, leaving without holding, deleting while a thread holds it.
 struct CRITICAL_SECTION {
   alignas(8) BYTE storage[48];
 };
@@ -68,18 +68,17 @@ KVSHARE_API void InitializeCriticalSection(LPCRITICAL_SECTION section);
 KVSHARE_API void DeleteCriticalSection(LPCRITICAL_SECTION section);
 KVSHARE_API void EnterCriticalSection(LPCRITICAL_SECTION section);
 KVSHARE_API void LeaveCriticalSection(LPCRITICAL_SECTION section);
-// TRUE if the calling thread now holds the section, FALSE at once if another thread does.
+// Returns TRUE if the calling thread now holds the section, FALSE immediately if another thread holds it.
 KVSHARE_API BOOL TryEnterCriticalSection(LPCRITICAL_SECTION section);
 
 #endif
 
-// Holds the calling thread as long as it is suspended. The library calls this where code of a job enters it, and does
-// nothing in a thread that is inside a critical section, so that nobody waits for a lock of a thread that stands. On a
-// system that stops threads by itself it does nothing either.
+// Waits while the calling thread is suspended. The library calls it where a job's code calls into the library. Does
+// nothing inside a critical section, so that no other thread waits for a suspended one, and on systems that suspend
+// threads themselves.
 KVSHARE_API void SuspensionPoint();
 
-// The bytes between the caller's frame and the end of the calling thread's stack. Who recurses as deep as a file tells
-// it to compares this with what one level takes, and refuses the file in time. The limits are looked up once a thread,
-// so the call costs a few instructions. On a stack that is not the thread's own (a fibre, a signal stack) the answer
-// is 0.
+// The number of bytes left on the calling thread's stack. Code that recurses as deep as a file demands compares it with
+// the need of one level and refuses the file in time. Costs a few instructions, except for the first call of a thread.
+// Returns 0 on another stack than the thread's own (a fibre, a signal stack).
 KVSHARE_API std::size_t StackBytesLeft();

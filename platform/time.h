@@ -1,4 +1,4 @@
-// Seconds since 1970 UTC, and the times of files, to calendar fields and back. Any thread may call.
+// Conversion between times and calendar fields: seconds since 1970 UTC, and file times. Any thread may call.
 #pragma once
 
 #include <ctime>
@@ -9,11 +9,12 @@
 
 using __time64_t = LONGLONG;
 
-// Fill fields with the local (universal) time and give 0; EINVAL with fields set to -1 where a pointer is null or the
-// time has no calendar date here.
+// Fill `fields` with the local or the universal time and return 0. Return EINVAL, with all fields -1, for a null
+// pointer or a time that is too far away to have a date.
 KVSHARE_API int _localtime64_s(std::tm* fields, const __time64_t* time);
 KVSHARE_API int _gmtime64_s(std::tm* fields, const __time64_t* time);
-// The time of local fields, which it also normalises; -1 if there is none.
+// Converts local fields to a time, and carries fields outside their range over to the next one. Returns -1 if that is
+// not possible, and for null.
 KVSHARE_API __time64_t _mktime64(std::tm* fields);
 KVSHARE_API __time64_t _time64(__time64_t* time);
 
@@ -29,17 +30,16 @@ struct SYSTEMTIME {
 };
 using LPSYSTEMTIME = SYSTEMTIME*;
 
-// The present time in UTC.
+// The current time in UTC.
 KVSHARE_API void GetSystemTime(LPSYSTEMTIME time);
-// FALSE with ERROR_INVALID_PARAMETER, and the file time left alone, for a time that does not exist. The day of the week
-// does not count.
+// Returns FALSE with ERROR_INVALID_PARAMETER for a time that does not exist; fileTime is then unchanged. wDayOfWeek is
+// ignored.
 KVSHARE_API BOOL SystemTimeToFileTime(const SYSTEMTIME* time, FILETIME* fileTime);
 
-// Calendar fields of a file's time, in whatever zone it is. FALSE with ERROR_INVALID_PARAMETER for a time of 2^63 and
-// above.
+// Calendar fields of a file time, in the same time zone. FALSE with ERROR_INVALID_PARAMETER for a time of 2^63 or more.
 KVSHARE_API BOOL FileTimeToSystemTime(const FILETIME* time, LPSYSTEMTIME fields);
-// Moves a universal time to the local zone by the zone's present distance, also where another held at that time: that
-// is the platform's way. Fails as above, and where the result would be no time.
+// Converts a universal time to local time by the time zone's current offset, even if another offset was valid at that
+// time: existing programs expect the platform's result. Fails as above, also if the result is no valid time.
 KVSHARE_API BOOL FileTimeToLocalFileTime(const FILETIME* universal, FILETIME* local);
 
 #endif

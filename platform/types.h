@@ -1,7 +1,7 @@
-// The platform's basic types, constants and the export mark. Every other header of platform/ starts from this one.
+// The platform's basic types, constants and the export macro. Every other header of platform/ includes it.
 //
-// TCHAR is UTF-16 everywhere and a distinct type; DWORD and LONG are 32 bits everywhere. Where the system has these
-// names of its own, this header only includes it.
+// TCHAR is UTF-16 everywhere and a distinct type; DWORD and LONG have 32 bits everywhere. On a system that has these
+// names, this header only includes the system's header.
 #pragma once
 
 #ifdef _WIN32

@@ -1,4 +1,5 @@
-// Automation values on the heap. A text has its length, an array its type, ahead of what the pointer names.
+// Automation values on the heap. A block stores the text's length or the array's type before the address that the
+// caller gets.
 #include "platform/automation.h"
 
 #include <cstdlib>
@@ -8,9 +9,9 @@
 
 namespace {
 
-constexpr std::size_t kAhead = 16;  // keeps what follows aligned
+constexpr std::size_t kPrefixBytes = 16;  // bytes before the caller's part, a multiple of its alignment
 
-// Bytes of an element; 0 for a type that arrays don't have.
+// Bytes per element; 0 for a type that arrays cannot have.
 ULONG ElementBytes(VARTYPE type) {
   switch (type) {
     case VT_I1:
@@ -35,27 +36,27 @@ ULONG ElementBytes(VARTYPE type) {
 
 bool IsObject(VARTYPE type) { return type == VT_DISPATCH || type == VT_UNKNOWN; }
 
-// A block with a number ahead of the place that it gives; null when memory runs out.
+// Allocates a block, stores the number before it and returns the address after the number; null without memory.
 template <class Number>
 void* NewBlock(Number number, std::size_t bytes) {
-  char* const block = static_cast<char*>(std::calloc(1, kAhead + bytes));
+  char* const block = static_cast<char*>(std::calloc(1, kPrefixBytes + bytes));
   if (!block) return nullptr;
   std::memcpy(block, &number, sizeof number);
-  return block + kAhead;
+  return block + kPrefixBytes;
 }
 
 template <class Number>
-Number NumberAhead(const void* place) {
+Number StoredNumber(const void* place) {
   Number number;
-  std::memcpy(&number, static_cast<const char*>(place) - kAhead, sizeof number);
+  std::memcpy(&number, static_cast<const char*>(place) - kPrefixBytes, sizeof number);
   return number;
 }
 
 void FreeBlock(void* place) {
-  if (place) std::free(static_cast<char*>(place) - kAhead);
+  if (place) std::free(static_cast<char*>(place) - kPrefixBytes);
 }
 
-// Takes a copy of what a cell or a caller's place holds, of a type with a pointer.
+// Copies a pointer value: a text is duplicated, an object gets a reference. Returns false without memory.
 bool CopyPointer(VARTYPE type, void* const* from, void** to) {
   void* const source = *from;
   *to = source;
@@ -72,7 +73,7 @@ void FreePointer(VARTYPE type, void* pointer) {
 
 bool HoldsPointers(VARTYPE type) { return type == VT_BSTR || IsObject(type); }
 
-// The cell at the index, or a failure.
+// Finds the element at the index.
 HRESULT FindCell(SAFEARRAY* array, const LONG* index, void*& cell) {
   if (!array || !index) return E_INVALIDARG;
   const LONGLONG at = LONGLONG(*index) - array->rgsabound[0].lLbound;
@@ -101,7 +102,7 @@ BSTR SysAllocStringLen(LPCWSTR source, UINT units) {
   return text;
 }
 
-UINT SysStringLen(BSTR text) { return text ? NumberAhead<UINT>(text) : 0; }
+UINT SysStringLen(BSTR text) { return text ? StoredNumber<UINT>(text) : 0; }
 
 void SysFreeString(BSTR text) { FreeBlock(text); }
 
@@ -143,7 +144,7 @@ SAFEARRAY* SafeArrayCreate(VARTYPE type, UINT dimensions, SAFEARRAYBOUND* bounds
 
 HRESULT SafeArrayDestroy(SAFEARRAY* array) {
   if (!array) return E_INVALIDARG;
-  const auto type = NumberAhead<VARTYPE>(array);
+  const auto type = StoredNumber<VARTYPE>(array);
   if (HoldsPointers(type)) {
     auto* const cells = static_cast<void**>(array->pvData);
     for (ULONG i = 0; i < array->rgsabound[0].cElements; ++i) FreePointer(type, cells[i]);
@@ -157,7 +158,7 @@ UINT SafeArrayGetDim(SAFEARRAY* array) { return array ? array->cDims : 0; }
 
 HRESULT SafeArrayGetVartype(SAFEARRAY* array, VARTYPE* type) {
   if (!array || !type) return E_INVALIDARG;
-  *type = NumberAhead<VARTYPE>(array);
+  *type = StoredNumber<VARTYPE>(array);
   return S_OK;
 }
 
@@ -177,7 +178,7 @@ HRESULT SafeArrayGetElement(SAFEARRAY* array, LONG* index, void* element) {
   void* cell = nullptr;
   const HRESULT found = FindCell(array, index, cell);
   if (found != S_OK) return found;
-  const auto type = NumberAhead<VARTYPE>(array);
+  const auto type = StoredNumber<VARTYPE>(array);
   if (HoldsPointers(type))
     return CopyPointer(type, static_cast<void**>(cell), static_cast<void**>(element)) ? S_OK : E_OUTOFMEMORY;
   std::memcpy(element, cell, array->cbElements);
@@ -188,7 +189,7 @@ HRESULT SafeArrayPutElement(SAFEARRAY* array, LONG* index, void* element) {
   void* cell = nullptr;
   const HRESULT found = FindCell(array, index, cell);
   if (found != S_OK) return found;
-  const auto type = NumberAhead<VARTYPE>(array);
+  const auto type = StoredNumber<VARTYPE>(array);
   if (!HoldsPointers(type)) {
     std::memcpy(cell, element, array->cbElements);
     return S_OK;

@@ -1,6 +1,6 @@
-// The rules: blanks and tabs separate words outside quotes; 2n backslashes ahead of a quote are n and the quote opens
-// or closes, 2n + 1 are n and the quote is text; other backslashes are themselves; inside quotes a doubled quote is
-// one. The first word, the program, knows no escapes.
+// The rules: blanks and tabs outside quotes separate words. Before a quote, 2n backslashes give n backslashes, and the
+// quote opens or closes; 2n + 1 backslashes give n backslashes and a quote as text. Other backslashes are ordinary
+// characters. A doubled quote inside quotes is one quote. The first word, the program, has no escapes.
 #include "platform/linux/command_line.h"
 
 #include "platform/linux/utf8.h"

@@ -1,4 +1,4 @@
-// A command line of the product taken apart into words.
+// Splits a command line of the product into words.
 #pragma once
 
 #include <string>
@@ -6,5 +6,5 @@
 
 #include "platform/types.h"
 
-// The words in UTF-8; none for null or blanks only.
+// Returns the words in UTF-8; empty for null and blank text.
 std::vector<std::string> SplitCommandLine(LPCWSTR line);

@@ -1,11 +1,12 @@
-// The compound file format, version 3: where things lie in the header and in a directory entry, and the numbers that
-// mean something else than a sector. All numbers are little-endian.
+// The compound file format, version 3: the offsets in the header and in a directory entry, and the special sector
+// numbers. All numbers are little-endian.
 //
-// A file is a header and sectors of 512 bytes (version 4: of 4,096, the header padded to one), numbered from 0 behind
-// the header. The allocation table (FAT) gives each sector's successor, so that a stream is a chain of sectors; it lies
-// in sectors of its own, which the header and, above 109, a chain of index sectors (DIFAT) list. A stream below 4,096
-// bytes is a chain of 64-byte pieces in one stream of the root's, with a table of its own (mini FAT). The directory is
-// a chain of 128-byte entries; the elements of a storage form a red-black search tree by length and upper case of name.
+// A file consists of a header and sectors of 512 bytes (version 4: 4,096 bytes, with the header padded to one sector);
+// sectors are numbered from 0 after the header. The allocation table (FAT) has each sector's successor, so a stream is
+// a chain of sectors. The table's own sectors are listed in the header and, above 109, in a chain of index sectors
+// (DIFAT). A stream below 4,096 bytes is a chain of 64-byte sectors inside one stream of the root and has its own table
+// (mini FAT). The directory is a chain of 128-byte entries; the elements of a storage form a red-black search tree,
+// ordered by length and upper-case name.
 #pragma once
 
 #include <cstring>
@@ -35,7 +36,7 @@ inline constexpr DWORD kHeaderDifat = 109;
 
 // Directory entry.
 inline constexpr int kEntryBytes = 128;
-inline constexpr int kNameBytesAt = 64;  // with the terminator
+inline constexpr int kNameBytesAt = 64;  // includes the terminator
 inline constexpr int kTypeAt = 66;
 inline constexpr int kColourAt = 67;
 inline constexpr int kLeftAt = 68;
@@ -68,7 +69,7 @@ inline constexpr int kSectorShift = 9;
 inline constexpr int kBigSectorShift = 12;
 inline constexpr std::size_t kMaxNameUnits = 31;
 
-// What this implementation takes.
+// The limits of this implementation.
 inline constexpr ULONGLONG kMaxFileBytes = 0x7FFFFFFF;
 inline constexpr DWORD kMaxElements = 1 << 20;
 inline constexpr int kMaxDepth = 256;

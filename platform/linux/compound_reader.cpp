@@ -18,7 +18,7 @@ using namespace compound;
 
 namespace {
 
-// Adds a piece behind the others, to the last one where both lie side by side in the file.
+// Appends a run; extends the last run if both are adjacent in the file.
 void AddRun(ULONGLONG stream_offset, ULONGLONG file_offset, ULONGLONG bytes, std::vector<FileRun>& runs) {
   if (!runs.empty() && runs.back().file_offset + runs.back().bytes == file_offset) {
     runs.back().bytes += bytes;
@@ -35,7 +35,7 @@ CLSID ClassAt(const BYTE* at) {
   return id;
 }
 
-// False if the entry has no name that an element can have.
+// Returns false if the entry's name is not valid for an element.
 bool ReadName(const BYTE* entry, std::u16string& name) {
   const WORD bytes = Word(entry + kNameBytesAt);
   if (bytes < 4 || bytes % 2 != 0 || bytes / 2 - 1u > kMaxNameUnits) return false;
@@ -98,7 +98,7 @@ HRESULT CompoundReader::ReadSector(DWORD sector, BYTE* target) const {
   return sector < sectors_ ? ReadAt(SectorOffset(sector), target, std::size_t(1) << shift_) : STG_E_DOCFILECORRUPT;
 }
 
-// Reads table sectors until there is an entry for each sector of the file; what is listed beyond stands for nothing.
+// Reads table sectors until every sector of the file has an entry; further sectors are ignored.
 HRESULT CompoundReader::ReadFat(const BYTE* header) {
   const std::size_t bytes = std::size_t(1) << shift_;
   const DWORD numbers = DWORD(bytes / 4);
@@ -128,7 +128,7 @@ HRESULT CompoundReader::ReadMiniFat(const BYTE* header) {
   return result;
 }
 
-// A whole chain of table sectors, of at most that many bytes; the chain may also end earlier.
+// Reads a chain of table sectors, at most `limit` bytes; the chain may end earlier.
 HRESULT CompoundReader::ReadChain(DWORD start, ULONGLONG limit, std::vector<BYTE>& bytes) const {
   const std::size_t sector_bytes = std::size_t(1) << shift_;
   DWORD steps = 0;
@@ -142,8 +142,8 @@ HRESULT CompoundReader::ReadChain(DWORD start, ULONGLONG limit, std::vector<BYTE
 
 // ---- streams
 
-// The pieces of a chain in units of a table, their file offsets counted from unit 0. It has to be as long as the
-// stream; that also ends a chain that leads in a circle.
+// Returns the runs of a chain; file offsets count from unit 0. The chain must be exactly as long as the stream, which
+// also stops circular chains.
 HRESULT CompoundReader::ChainRuns(const Table& table, int shift, DWORD start, ULONGLONG bytes,
                                   std::vector<FileRun>& runs) const {
   const ULONGLONG unit = ULONGLONG(1) << shift;
@@ -157,7 +157,7 @@ HRESULT CompoundReader::ChainRuns(const Table& table, int shift, DWORD start, UL
   return S_OK;
 }
 
-// A piece of the stream of small streams, as the pieces of the file that hold it.
+// Converts a range of the stream of small streams to the file's runs.
 void CompoundReader::AddMiniRun(ULONGLONG stream_offset, ULONGLONG mini_offset, ULONGLONG bytes,
                                 std::vector<FileRun>& runs) const {
   auto run = std::upper_bound(mini_stream_.begin(), mini_stream_.end(), mini_offset,
@@ -197,14 +197,14 @@ HRESULT CompoundReader::ReadTree(const std::shared_ptr<CompoundReader>& self, St
   const std::size_t entries = bytes.size() / kEntryBytes;
   if (entries == 0 || bytes.size() > limit || bytes[kTypeAt] != kTypeRoot) return STG_E_DOCFILECORRUPT;
 
-  // The root's own stream holds the small streams.
+  // The root's stream contains the small streams.
   mini_bytes_ = Dword(&bytes[kSizeAt]);
   const DWORD mini_start = Dword(&bytes[kStartAt]);
   const HRESULT located = ChainRuns(fat_, shift_, mini_start, mini_bytes_, mini_stream_);
   if (FAILED(located)) return located;
   for (FileRun& run : mini_stream_) run.file_offset += SectorOffset(0);
 
-  // All streams together can't hold more than there is, so that no sector makes bytes for many of them.
+  // All streams together must not be larger than the file, so that no sector counts for several streams.
   ULONGLONG room = ULONGLONG(sectors_) << shift_;
   ULONGLONG mini_room = mini_bytes_;
   const auto take = [](ULONGLONG& from, ULONGLONG size) { return size <= from && (from -= size, true); };

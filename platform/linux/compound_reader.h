@@ -1,5 +1,5 @@
-// Reads compound files that anybody may have made: every sector number, chain, size and link of the directory is
-// checked before it is followed, and nothing larger than the file is allocated.
+// Reads compound files, which may be damaged or hostile: every sector number, chain, size and directory link is checked
+// before it is used, and nothing larger than the file is allocated.
 #pragma once
 
 #include <memory>
@@ -9,28 +9,29 @@
 
 struct StorageNode;
 
-// A piece of a stream that lies in the file in one piece.
+// A part of a stream that is contiguous in the file.
 struct FileRun {
   ULONGLONG stream_offset;
   ULONGLONG file_offset;
   ULONGLONG bytes;
 };
 
-// An open compound file. It stays readable as it was when another file takes its name.
+// An open compound file. It keeps its old content even if another file is renamed over it.
 class CompoundReader {
  public:
-  // Opens the file and reads its tables; STG_E_... if that fails. The path is the system's.
+  // Opens the file and reads its tables; returns an STG_E_ code on failure. The path is a system path.
   static HRESULT Open(const std::string& path, std::shared_ptr<CompoundReader>& reader);
   ~CompoundReader();
   CompoundReader(const CompoundReader&) = delete;
   CompoundReader& operator=(const CompoundReader&) = delete;
 
-  // Fills the root with everything that the directory holds. Streams keep the reader, which has to be this one.
+  // Builds the tree of all directory entries below `root`. Streams keep a reference to the reader, so `self` must be
+  // this reader.
   HRESULT ReadTree(const std::shared_ptr<CompoundReader>& self, StorageNode& root);
 
-  // Where a stream of that size lies. STG_E_DOCFILECORRUPT if its chain is shorter, or leads out of the table.
+  // Finds the runs of a stream of that size. STG_E_DOCFILECORRUPT if its chain is shorter or leaves the table.
   HRESULT Locate(DWORD start, ULONGLONG bytes, std::vector<FileRun>& runs) const;
-  // The bytes at an offset of the file; STG_E_DOCFILECORRUPT if the file has fewer.
+  // Reads bytes at a file offset; STG_E_DOCFILECORRUPT if the file has fewer.
   HRESULT ReadAt(ULONGLONG file_offset, void* target, std::size_t bytes) const;
 
  private:

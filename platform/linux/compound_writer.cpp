@@ -1,5 +1,5 @@
 // The file's order: header, large streams, the stream of small streams, mini FAT, directory, FAT, DIFAT. Every chain is
-// one run of sectors, so that all numbers are known before the first byte is written.
+// one run of sectors, so all numbers are known before the first byte is written.
 #include "platform/linux/compound_writer.h"
 
 #include <algorithm>
@@ -18,11 +18,11 @@ constexpr DWORD kEntriesInSector = DWORD(kSector / kEntryBytes);
 
 DWORD UnitsFor(ULONGLONG bytes, int shift) { return DWORD((bytes + (ULONGLONG(1) << shift) - 1) >> shift); }
 
-// A node with what its directory entry says.
+// A node and the fields of its directory entry.
 struct Entry {
   const StorageNode* node;
   DWORD start = kEndOfChain;
-  DWORD units = 0;  // sectors, or mini sectors of a small stream
+  DWORD units = 0;  // sectors, or mini sectors for a small stream
   DWORD left = kNoEntry;
   DWORD right = kNoEntry;
   DWORD child = kNoEntry;
@@ -70,13 +70,13 @@ class Writer {
   DWORD difat_start_ = kEndOfChain, difat_sectors_ = 0;
 };
 
-// Zeros up to the next multiple of the unit.
+// Writes zeros up to the next multiple of the unit.
 void Pad(SafeFile& file, ULONGLONG bytes, ULONGLONG unit) {
   static constexpr char kZeros[kSector] = {};
   if (bytes % unit != 0) file.Write(kZeros, std::size_t(unit - bytes % unit));
 }
 
-// Collects numbers of a table into its sectors.
+// Collects a table's numbers into sectors.
 class TableSink {
  public:
   explicit TableSink(SafeFile& file) : file_(file) {}
@@ -86,7 +86,7 @@ class TableSink {
     file_.Write(sector_, sizeof sector_);
     used_ = 0;
   }
-  // One run of units, each followed by the next.
+  // Appends the chain of one run of units.
   void PutChain(DWORD start, DWORD units) {
     for (DWORD i = 1; i < units; ++i) Put(start + i);
     if (units > 0) Put(kEndOfChain);
@@ -106,7 +106,7 @@ class TableSink {
 
 // ---- layout
 
-// Every storage's elements stand side by side, in the order of the search.
+// The elements of each storage are adjacent, in search order.
 bool Writer::CollectEntries() {
   entries_.push_back({&root_});
   for (std::size_t i = 0; i < entries_.size(); ++i) {
@@ -122,7 +122,8 @@ bool Writer::CollectEntries() {
   return true;
 }
 
-// The balanced tree of a run of entries; gives its top. Only the lowest level may have gaps, so it alone is red.
+// Builds a balanced tree from a run of entries and returns its root. Only the lowest level may be incomplete, so only
+// that level is red.
 DWORD Writer::LinkElements(DWORD first, DWORD count, int level, int levels) {
   if (count == 0) return kNoEntry;
   const DWORD before = count / 2;
@@ -154,7 +155,7 @@ bool Writer::LayOut() {
   take(mini_fat_start_, mini_fat_sectors_ = UnitsFor(ULONGLONG(mini_units_) * 4, kSectorShift));
   take(directory_start_, directory_sectors_ = UnitsFor(entries_.size() * kEntryBytes, kSectorShift));
   fat_start_ = next;
-  // The tables count themselves, which may take another sector.
+  // The tables contain their own sectors, which may need another sector.
   for (DWORD before = kFree; before != fat_sectors_ + difat_sectors_;) {
     before = fat_sectors_ + difat_sectors_;
     fat_sectors_ = (next + before + kNumbersInSector - 1) / kNumbersInSector;
@@ -210,7 +211,7 @@ void PutTime(BYTE* at, const FILETIME& time) {
   PutDword(at + 4, time.dwHighDateTime);
 }
 
-// A null entry is a free one.
+// A null entry writes a free directory entry.
 void PutEntry(SafeFile& file, const Entry* entry, bool is_root, DWORD start, ULONGLONG bytes) {
   BYTE at[kEntryBytes] = {};
   PutDword(at + kLeftAt, entry ? entry->left : kNoEntry);
@@ -228,7 +229,7 @@ void PutEntry(SafeFile& file, const Entry* entry, bool is_root, DWORD start, ULO
     PutWord(at + kClassAt + 6, node.clsid.Data3);
     std::memcpy(at + kClassAt + 8, node.clsid.Data4, sizeof node.clsid.Data4);
     PutDword(at + kStateBitsAt, node.state_bits);
-    if (!is_root) PutTime(at + kCreatedAt, node.created);  // the root's is the file's own, and zero here
+    if (!is_root) PutTime(at + kCreatedAt, node.created);  // the format has no creation time for the root
     PutTime(at + kModifiedAt, node.modified);
     PutDword(at + kStartAt, start);
     PutDword(at + kSizeAt, DWORD(bytes));
@@ -240,7 +241,7 @@ void Writer::PutDirectory(SafeFile& file) const {
   PutEntry(file, &entries_[0], /*is_root=*/true, mini_start_, ULONGLONG(mini_units_) << kMiniShift);
   for (std::size_t i = 1; i < entries_.size(); ++i) {
     const Entry& entry = entries_[i];
-    // A storage has no chain, and 0 is what its start is by the format.
+    // A storage has no chain; the format demands 0 as its start.
     const DWORD start = entry.node->is_storage ? 0 : entry.start;
     PutEntry(file, &entry, /*is_root=*/false, start, entry.node->is_storage ? 0 : entry.node->content.Size());
   }
@@ -259,7 +260,7 @@ void Writer::PutFat(SafeFile& file) const {
   table.Fill(kFree);
 }
 
-// The table's sectors beyond those that the header lists; each index sector ends in the number of the next.
+// The FAT sectors that are not listed in the header; each index sector ends with the number of the next one.
 void Writer::PutDifat(SafeFile& file) const {
   TableSink table(file);
   DWORD listed = kHeaderDifat;

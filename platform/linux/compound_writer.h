@@ -1,13 +1,13 @@
-// Writes a tree of storages as a compound file, from front to back in one go.
+// Writes a tree of storages as a compound file, sequentially.
 #pragma once
 
 #include "platform/storage.h"
 
 struct StorageNode;
 
-// Puts the file in its place whole, or leaves the old one: STG_E_MEDIUMFULL if the disk or the format's room is full,
-// what reading the content gave, or the STG_E_... code of what failed. The path is the product's.
+// Writes the complete file, or leaves the old one. Returns STG_E_MEDIUMFULL for a full disk or a file that is too large
+// for the format, the failure of reading a stream, or another STG_E_ code. The path is a product path.
 HRESULT WriteCompoundFile(LPCWSTR path, const StorageNode& root);
 
-// The storage's code for a status of the platform.
+// The STG_E_ code for a platform status.
 HRESULT StorageCodeOf(LONG status);

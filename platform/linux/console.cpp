@@ -13,7 +13,7 @@
 
 namespace {
 
-// From the first added to the last, then null ones. Read by the signal's handler.
+// In the order of adding, followed by null entries. The signal handler reads it.
 constinit std::array<std::atomic<PHANDLER_ROUTINE>, 4> g_routines = {};
 static_assert(std::atomic<PHANDLER_ROUTINE>::is_always_lock_free);
 constinit std::mutex g_routinesLock;

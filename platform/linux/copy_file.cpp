@@ -1,4 +1,4 @@
-// Copying a file by way of SafeFile.
+// CopyFileW, which writes through SafeFile.
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -22,7 +22,8 @@ struct Descriptor {
 
 constexpr std::size_t kPiece = 256 * 1024;
 
-// False, with the last status set, if the source can't be read to its end. What the target says is in its status.
+// Returns false and sets the last status if the source cannot be read to its end. Failures of the target are in its
+// status.
 bool CopyBytes(int from, SafeFile& to) {
   const auto bytes = std::make_unique<char[]>(kPiece);
   for (;;) {
@@ -37,14 +38,14 @@ bool CopyBytes(int from, SafeFile& to) {
 
 BOOL CopyFileW(LPCWSTR from, LPCWSTR to, BOOL failIfExists) {
   const std::string source = SystemPathFromProduct(from);
-  // A pipe without a writer would not open, and no other kind of file has an end to copy up to.
+  // O_NONBLOCK, because opening a pipe would wait for a writer. Only regular files have an end to copy to.
   const Descriptor in{open(source.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)};
   if (in.number < 0) return FailForPath(errno, source);
   struct stat facts;
   if (fstat(in.number, &facts) != 0) return FailWithErrno(errno);
   if (!S_ISREG(facts.st_mode)) return FailWithStatus(ERROR_ACCESS_DENIED);
   SafeFile out(to);
-  const std::string& target = out.SystemPath();  // asked for once: a new name is looked for in the whole folder
+  const std::string& target = out.SystemPath();  // computed once, because looking up a new name reads the whole folder
   struct stat old;
   if (stat(target.c_str(), &old) == 0) {
     if (failIfExists) return FailWithStatus(ERROR_FILE_EXISTS);
@@ -52,7 +53,7 @@ BOOL CopyFileW(LPCWSTR from, LPCWSTR to, BOOL failIfExists) {
   }
   if (!CopyBytes(in.number, out)) return FALSE;
   if (!out.Commit()) return FailWithStatus(out.Status());
-  // The content stands. File systems that know no rights, or no times, refuse these two.
+  // The content is complete. File systems without permissions or times refuse these two calls.
   const timespec times[] = {{0, UTIME_OMIT}, facts.st_mtim};
   utimensat(AT_FDCWD, target.c_str(), times, 0);
   chmod(target.c_str(), facts.st_mode & 0777);

@@ -1,5 +1,4 @@
-// Resource-only libraries that were loaded as data. Their handles have the lowest bit set, which no module's address
-// has.
+// Resource-only libraries that are loaded as data. Their handles have the lowest bit set; module addresses never have.
 #pragma once
 
 #include <string>
@@ -8,5 +7,5 @@
 
 inline bool IsDataModule(HINSTANCE module) { return (reinterpret_cast<std::uintptr_t>(module) & 1) != 0; }
 
-// The product path that the library was loaded from; empty if the handle names none.
+// The product path from which the library was loaded; empty for an invalid handle.
 std::u16string DataModulePath(HINSTANCE module);

@@ -1,13 +1,13 @@
-// The folders that stand for drives.
+// The system folders that represent drives.
 #pragma once
 
 #include <string>
 
 #include "platform/types.h"
 
-// The system folder of a drive, without a slash at its end. It need not exist.
+// The system folder of a drive, without a slash at its end. It may not exist.
 std::string DriveFolder(char letter);
-// That of the drive that a product path begins with; empty if it has none.
+// The folder of the drive at the start of a product path; empty without a drive.
 std::string DriveFolderOf(LPCWSTR path);
-// SystemPathFromProduct for a path that may be taken as it is written: nothing is looked up without case.
+// As SystemPathFromProduct, but without the search for other cases: the path is taken as written.
 std::string SystemPathAsWritten(LPCWSTR path);

@@ -1,10 +1,10 @@
-// errno turned into a status of the platform.
+// Conversion of errno to a platform status.
 #pragma once
 
 #include "platform/types.h"
 
-// ERROR_GEN_FAILURE for an errno that has no status of its own.
+// ERROR_GEN_FAILURE for an errno without its own status.
 LONG StatusFromErrno(int code);
-// Both set the thread's last status and give false, for `return FailWithErrno(errno)`.
+// Both set the thread's last status and return false, for `return FailWithErrno(errno)`.
 bool FailWithStatus(LONG status);
 bool FailWithErrno(int code);

@@ -1,4 +1,4 @@
-// The last status of a thread, and errno turned into a status.
+// A thread's last status, its text, and the conversion of errno.
 #include "platform/errors.h"
 
 #include <cerrno>
@@ -60,10 +60,10 @@ constexpr Words kWords[] = {
     {ERROR_INVALID_HANDLE, "the handle is not valid"},
     {ERROR_NOT_ENOUGH_MEMORY, "not enough memory"},
     {ERROR_INVALID_DATA, "the data is damaged"},
-    {ERROR_NOT_SAME_DEVICE, "the two paths lie on different devices"},
+    {ERROR_NOT_SAME_DEVICE, "the two paths are on different devices"},
     {ERROR_NO_MORE_FILES, "there are no more files"},
     {ERROR_NOT_READY, "the device is not ready"},
-    {ERROR_BAD_LENGTH, "a size is not what the call takes"},
+    {ERROR_BAD_LENGTH, "a size is not valid"},
     {ERROR_WRITE_FAULT, "writing to the device failed"},
     {ERROR_READ_FAULT, "reading from the device failed"},
     {ERROR_GEN_FAILURE, "the device failed"},
@@ -78,7 +78,7 @@ constexpr Words kWords[] = {
     {ERROR_INSUFFICIENT_BUFFER, "the buffer is too small"},
     {ERROR_INVALID_NAME, "the name is not valid"},
     {ERROR_MOD_NOT_FOUND, "no such library"},
-    {ERROR_NEGATIVE_SEEK, "a position ahead of the file's start"},
+    {ERROR_NEGATIVE_SEEK, "a position before the file's start"},
     {ERROR_DIRECTORY_NOT_EMPTY, "the folder is not empty"},
     {ERROR_ALREADY_EXISTS, "it exists already"},
     {ERROR_BAD_EXE_FORMAT, "not a valid library or program"},
@@ -87,13 +87,13 @@ constexpr Words kWords[] = {
     {ERROR_DIRECTORY, "the folder's name is not valid"},
     {ERROR_RESOURCE_DATA_NOT_FOUND, "the library has no resources"},
     {ERROR_RESOURCE_NAME_NOT_FOUND, "the library has no such resource"},
-    {ERROR_CANT_RESOLVE_FILENAME, "the links of the path lead in a circle"},
+    {ERROR_CANT_RESOLVE_FILENAME, "the path's links form a circle"},
     {ERROR_ENVVAR_NOT_FOUND, "no such environment variable"},
     {ERROR_INVALID_FLAGS, "a flag is not valid"},
     {ERROR_MORE_DATA, "there is more data than room"},
     {ERROR_NO_MORE_ITEMS, "there are no more items"},
     {ERROR_BAD_PATHNAME, "a key's path begins with a backslash"},
-    {ERROR_BADKEY, "there is no name of a key"},
+    {ERROR_BADKEY, "a key's name is missing"},
     {ERROR_KEY_DELETED, "the key was deleted meanwhile"},
     {ERROR_BADDB, "the registry's file is damaged"},
     {ERROR_REGISTRY_IO_FAILED, "reading or writing the registry's file failed"},

@@ -1,4 +1,4 @@
-// Open files on file descriptors.
+// Open files, implemented with file descriptors.
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -22,7 +22,7 @@ class File : public HandleObject {
   const int descriptor;
 };
 
-// The flags of open for a disposition; -1 for one that does not exist.
+// The open() flags for a disposition; -1 for an invalid one.
 int FlagsOf(DWORD disposition) {
   switch (disposition) {
     case CREATE_NEW: return O_CREAT | O_EXCL;
@@ -44,8 +44,8 @@ HANDLE Failed(LONG status) {
   return INVALID_HANDLE_VALUE;
 }
 
-// The handle of an open file; a folder gets none.
-HANDLE Opened(int descriptor) {
+// Creates the handle of an open file; fails for a folder.
+HANDLE NewFileHandle(int descriptor) {
   auto file = std::make_shared<File>(descriptor);
   struct stat facts;
   if (fstat(descriptor, &facts) == 0 && S_ISDIR(facts.st_mode)) return Failed(ERROR_ACCESS_DENIED);
@@ -63,13 +63,13 @@ HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD, LPSECURITY_ATTRIBUTES, DWO
   if (how & O_CREAT) EnsureDriveFolder(path);
   const bool reads = how == 0 && (access & GENERIC_WRITE) == 0;
   const int options = (flags & FILE_FLAG_WRITE_THROUGH ? O_DSYNC : 0) | O_CLOEXEC | O_NOCTTY;
-  std::string system = SystemPathAsWritten(path);  // which most files that are read are found by
+  std::string system = SystemPathAsWritten(path);  // most files exist as written
   int descriptor = reads ? open(system.c_str(), O_RDONLY | options) : -1;
-  if (descriptor >= 0) return Opened(descriptor);
+  if (descriptor >= 0) return NewFileHandle(descriptor);
   system = SystemPathFromProduct(path);
   const bool existed = (how & O_CREAT) != 0 && ::access(system.c_str(), F_OK) == 0;
   if (existed && disposition == CREATE_NEW) return Failed(ERROR_FILE_EXISTS);
-  // Emptying a read-only file is refused even if it is opened for reading only.
+  // A read-only file must not be emptied, even if it is opened for reading only.
   const bool writes = (access & GENERIC_WRITE) != 0 || (how & O_TRUNC) != 0;
   if (writes && RefusalToWrite(system) != 0) return Failed(ERROR_ACCESS_DENIED);
   descriptor = open(system.c_str(), AccessOf(access) | how | options, 0666);
@@ -78,7 +78,7 @@ HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD, LPSECURITY_ATTRIBUTES, DWO
     FailForPath(errno, system);
     return INVALID_HANDLE_VALUE;
   }
-  const HANDLE file = Opened(descriptor);
+  const HANDLE file = NewFileHandle(descriptor);
   if (file != INVALID_HANDLE_VALUE && (disposition == CREATE_ALWAYS || disposition == OPEN_ALWAYS))
     SetLastError(existed ? ERROR_ALREADY_EXISTS : 0);
   return file;

@@ -1,4 +1,4 @@
-// What the sources that deal with files share. All paths are the system's; results are errno codes, 0 for success.
+// Functions that the file sources share. All paths are system paths; results are errno codes, 0 for success.
 #pragma once
 
 #include <sys/stat.h>
@@ -7,17 +7,17 @@
 
 #include "platform/files.h"
 
-// Makes the folder of the drive that the product path begins with, if it is missing.
+// Creates the folder of the product path's drive if it is missing.
 void EnsureDriveFolder(LPCWSTR product_path);
-// The folder that the path's last component lies in; "." for a bare name.
+// The folder of the path's last component; "." for a path without a folder.
 std::string FolderOf(const std::string& path);
 int FlushFolder(const std::string& folder);
-// Why an existing file may not be opened for writing or replaced: EISDIR or, if it is read-only, EACCES.
+// Checks an existing file before writing or replacing: EISDIR for a folder, EACCES for a read-only file, 0 if allowed.
 int RefusalToWrite(const std::string& path);
-// The system's facts in the words of GetFileAttributesW and GetFileAttributesExW.
+// The attributes and file data of GetFileAttributesW and GetFileAttributesExW.
 DWORD AttributesOf(const struct stat& facts);
 WIN32_FILE_ATTRIBUTE_DATA FactsOf(const struct stat& facts);
-// Sets the last status for a call on the path and gives false.
+// Sets the last status for a failed call on the path and returns false.
 bool FailForPath(int code, const std::string& path);
-// The file that is written for the path: the target of a link, as far as there is one, so that the link stays.
+// Resolves links of the path's last component, so that writing replaces the target and the link stays.
 std::string PathBehindLinks(const std::string& path);

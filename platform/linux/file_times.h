@@ -1,15 +1,15 @@
-// The times of files: hundreds of nanoseconds since 1601.
+// File times: units of 100 ns since 1601.
 #pragma once
 
 #include <ctime>
 
 #include "platform/types.h"
 
-inline constexpr LONGLONG kFileTimeUnits = 10'000'000;  // in a second
+inline constexpr LONGLONG kFileTimeUnits = 10'000'000;  // per second
 
 constexpr ULONGLONG UnitsOf(const FILETIME& time) { return ULONGLONG(time.dwHighDateTime) << 32 | time.dwLowDateTime; }
 constexpr FILETIME FileTimeOf(ULONGLONG units) { return {DWORD(units), DWORD(units >> 32)}; }
-// A time outside the years 1601 to 30827 becomes the nearest inside.
+// A time outside the years 1601 to 30827 becomes the nearest one inside.
 constexpr FILETIME FileTimeOf(const timespec& time) {
   constexpr LONGLONG kFirst = -11'644'473'600;
   constexpr LONGLONG kLast = 910'670'515'199;

@@ -1,4 +1,4 @@
-// Whole files and folders on POSIX calls. What works on an open handle is in file_handles.cpp.
+// Files and folders, implemented with POSIX calls. file_handles.cpp has the calls with handles.
 #include "platform/files.h"
 
 #include <fcntl.h>
@@ -23,7 +23,7 @@ constexpr mode_t kWriteBits = 0222;
 
 bool IsReadOnly(const struct stat& facts) { return S_ISREG(facts.st_mode) && (facts.st_mode & kWriteBits) == 0; }
 
-// 0 if the file may be removed or replaced, else the errno; folders are for other calls.
+// Returns 0 if the file may be removed or replaced, else the errno. Folders are refused: other calls handle them.
 int RefusalToRemove(const std::string& path) {
   struct stat facts;
   if (lstat(path.c_str(), &facts) != 0) return errno;
@@ -41,7 +41,7 @@ int MakeFolder(LPCWSTR path) {
   return mkdir(SystemPathFromProduct(path).c_str(), 0777) == 0 ? 0 : errno;
 }
 
-// The result of a call of the C library's family.
+// The result of a C library call for an errno code.
 int CResult(int code) {
   if (code == 0) return 0;
   errno = code;
@@ -57,12 +57,12 @@ void EnsureDriveFolder(LPCWSTR path) {
   if (folder.empty() || access(folder.c_str(), F_OK) == 0) return;
   for (std::size_t slash = 0; slash != std::string::npos;) {
     slash = folder.find('/', slash + 1);
-    mkdir(folder.substr(0, slash).c_str(), 0777);  // one that can't be made shows in the caller's own call
+    mkdir(folder.substr(0, slash).c_str(), 0777);  // if this fails, the caller's own call fails too
   }
 }
 
 bool FailForPath(int code, const std::string& path) {
-  // A missing folder is told apart from a missing file.
+  // A missing folder has another status than a missing file.
   if (code == ENOENT && access(FolderOf(path).c_str(), F_OK) != 0) {
     SetLastError(ERROR_PATH_NOT_FOUND);
     return false;
@@ -80,7 +80,7 @@ std::string FolderOf(const std::string& path) {
 int FlushFolder(const std::string& folder) {
   const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (descriptor < 0) return errno;
-  // Some file systems can't flush a folder and say so with EINVAL; there is nothing better to do on those.
+  // Some file systems cannot flush a folder and return EINVAL; nothing better is possible there.
   const int code = fsync(descriptor) == 0 || errno == EINVAL ? 0 : errno;
   close(descriptor);
   return code;
@@ -130,7 +130,7 @@ int _waccess(LPCWSTR path, int mode) {
   const auto refused = [asked](const std::string& name) {
     return faccessat(AT_FDCWD, name.c_str(), asked, AT_EACCESS) != 0;
   };
-  std::string system = SystemPathAsWritten(path);  // which most paths may be taken as
+  std::string system = SystemPathAsWritten(path);  // most paths exist as written
   if (refused(system)) {
     const int code = errno;
     std::string found = SystemPathFromProduct(path);
@@ -146,7 +146,7 @@ int _wchmod(LPCWSTR path, int mode) {
   const std::string system = SystemPathFromProduct(path);
   struct stat facts;
   if (stat(system.c_str(), &facts) != 0) return -1;
-  if (S_ISDIR(facts.st_mode)) return 0;  // the mark means nothing for a folder, whose files may still be written
+  if (S_ISDIR(facts.st_mode)) return 0;  // write permission of a folder says nothing about its files
   const mode_t bits = facts.st_mode & 07777;
   return chmod(system.c_str(), mode & _S_IWRITE ? bits | S_IWUSR : bits & ~kWriteBits);
 }
@@ -162,7 +162,7 @@ int _wmkdir(LPCWSTR path) { return CResult(MakeFolder(path)); }
 
 BOOL RemoveDirectoryW(LPCWSTR path) {
   std::string system = SystemPathFromProduct(path);
-  while (system.size() > 1 && system.back() == '/') system.pop_back();  // which would lead through a link
+  while (system.size() > 1 && system.back() == '/') system.pop_back();  // a slash at the end would follow a link
   struct stat own;
   struct stat target;
   const bool is_link = lstat(system.c_str(), &own) == 0 && S_ISLNK(own.st_mode) && stat(system.c_str(), &target) == 0 &&
@@ -185,7 +185,7 @@ int _wremove(LPCWSTR path) { return CResult(RemoveFile(SystemPathFromProduct(pat
 
 namespace {
 
-// The target of a rename. A target that is the source itself, found without case, takes the name as it was asked for.
+// The target of a rename. If the target is the source itself in another case, the result has the requested case.
 std::string RenameTarget(const std::string& from, LPCWSTR to) {
   std::string target = SystemPathFromProduct(to);
   if (target != from) return target;
@@ -193,7 +193,7 @@ std::string RenameTarget(const std::string& from, LPCWSTR to) {
   return target.substr(0, target.rfind('/') + 1) + asked.substr(asked.find_last_of("\\/:") + 1);
 }
 
-// Renames without replacing; file systems that can't do it in one step get a look ahead first.
+// Renames without replacing. File systems that cannot do it in one step are checked for the target first.
 int RenameToNew(const std::string& from, const std::string& to) {
   if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return 0;
   if (errno != EINVAL && errno != ENOSYS) return errno;
@@ -254,7 +254,7 @@ UINT GetTempFileNameW(LPCWSTR folder, LPCWSTR prefix, UINT unique, LPWSTR buffer
 
 namespace {
 
-// The C library's own mode for a mode of the platform; empty if it is none.
+// The C library's mode for a mode of the platform; empty for an invalid one.
 std::string StreamMode(LPCWSTR mode) {
   const std::u16string_view text = mode ? mode : u"";
   const std::u16string_view letters = text.substr(0, text.find(u','));
@@ -272,7 +272,7 @@ std::string StreamMode(LPCWSTR mode) {
   return result + (update ? "+" : "") + (exclusive ? "x" : "") + "e";
 }
 
-// Whether a new file of the mode begins with FF FE.
+// True if the mode starts a new file with FF FE.
 bool BeginsWithUtf16Mark(LPCWSTR mode) {
   const std::u16string text = mode;
   const std::size_t name = text.find(u"ccs=");
@@ -302,7 +302,7 @@ FILE* _wfopen(LPCWSTR path, LPCWSTR mode) {
   struct stat facts = {};
   const bool known = fstat(fileno(file), &facts) == 0;
   int failure = 0;
-  // The C library opens a folder for reading and fails only later.
+  // Refuse a folder here: the C library would open it and fail only on reading.
   if (!writes && known && S_ISDIR(facts.st_mode)) failure = EACCES;
   if (letters.front() != 'r' && known && facts.st_size == 0 && BeginsWithUtf16Mark(mode) &&
       (std::fputs("\xFF\xFE", file) < 0 || std::fflush(file) != 0))

@@ -35,7 +35,7 @@ bool IsAscii(std::string_view text) {
   return std::none_of(text.begin(), text.end(), [](char character) { return static_cast<signed char>(character) < 0; });
 }
 
-// A name to be compared without case with many others, most of which differ at a glance.
+// A name for comparison without case with many others, most of which differ in an obvious way.
 class CaselessName {
  public:
   explicit CaselessName(std::string_view name) : name_(name), is_ascii_(IsAscii(name)), wide_(WideFromUtf8(name)) {}
@@ -63,28 +63,28 @@ void ForEachName(const Folder& folder, Visit visit) {
 
 // ---- folders that are remembered
 
-constexpr std::size_t kLarge = 100;  // names; to read fewer, of a folder that keeps changing, costs little
-constexpr time_t kSettled_s = 3;     // from a change on; the coarsest times are of two seconds
+constexpr std::size_t kLarge = 100;  // number of names; reading a smaller folder again and again costs little
+constexpr time_t kSettled_s = 3;     // seconds after a change; the coarsest file times have steps of two seconds
 constexpr std::size_t kMostNames = 200'000;
 constexpr std::size_t kMostFolders = 16;
 constexpr std::size_t kSearchesNoted = 4;
 constexpr std::uint32_t kComesOrGoes = IN_CREATE | IN_MOVED_TO | IN_DELETE | IN_MOVED_FROM;
 
-// Which folder it is, whatever way leads there.
+// Identifies a folder independently of its path.
 struct Identity {
   dev_t device = 0;
   ino_t number = 0;
   bool operator==(const Identity&) const = default;
 };
 
-// When a folder changed last. Each change of its names gives it another one.
+// The time of a folder's last change. Each change of its names gives a new stamp.
 struct Stamp {
   timespec written = {};
   timespec changed = {};
 
   explicit Stamp(const struct stat& facts) : written(facts.st_mtim), changed(facts.st_ctim) {}
   bool operator==(const Stamp& other) const { return Same(written, other.written) && Same(changed, other.changed); }
-  // Whether a change from now on can't have this one.
+  // True if every later change will get a different stamp.
   bool IsSettled() const {
     const time_t now = CurrentClock().time();
     return written.tv_sec + kSettled_s < now && changed.tv_sec + kSettled_s < now;
@@ -96,9 +96,9 @@ struct Stamp {
 
 struct Names {
   Identity folder;
-  Stamp stamp;                                                    // at which the names were read; holds without a watch
-  int watch = -1;                                                 // by which the system tells what comes and goes
-  std::unordered_map<std::string, std::set<std::string>> by_key;  // without case
+  Stamp stamp;     // the stamp when the names were read; used without a watch
+  int watch = -1;  // the system's watch for created and deleted names
+  std::unordered_map<std::string, std::set<std::string>> by_key;  // keys without case
 
   static std::string KeyOf(std::string_view name) {
     std::string key;
@@ -118,7 +118,7 @@ struct Names {
   }
 };
 
-// File systems that nobody changes but through this system's kernel, which so can tell of every change.
+// File systems that change only through this system's kernel, so that it can report every change.
 bool IsOfThisMachine(int folder) {
   constexpr std::uint32_t kKinds[] = {EXT4_SUPER_MAGIC, XFS_SUPER_MAGIC, BTRFS_SUPER_MAGIC,    F2FS_SUPER_MAGIC,
                                       TMPFS_MAGIC,      RAMFS_MAGIC,     OVERLAYFS_SUPER_MAGIC};
@@ -127,15 +127,15 @@ bool IsOfThisMachine(int folder) {
   return std::find(std::begin(kKinds), std::end(kKinds), std::uint32_t(about.f_type)) != std::end(kKinds);
 }
 
-class Memory {
+class FolderCache {
  public:
   std::mutex mutex;
 
   bool IsEmpty() const { return all_.empty(); }
 
-  // What the folder's name is, if the folder is remembered: none if it isn't.
+  // The matching name, if the folder is cached; no value if it is not.
   std::optional<std::string> Find(const struct stat& folder, std::string_view wanted) {
-    TakeNews();
+    ApplyChanges();
     const auto found = FindFolder(IdentityOf(folder));
     if (found == all_.end()) return std::nullopt;
     if (found->watch < 0 && !(found->stamp == Stamp(folder))) {
@@ -146,15 +146,15 @@ class Memory {
     return found->Find(wanted);
   }
 
-  // Whether the folder is one of those searched last; notes it.
-  bool IsSearchedAgain(const Identity& folder) {
+  // Returns true if the folder was searched recently; remembers it.
+  bool WasSearchedRecently(const Identity& folder) {
     if (std::find(searched_.begin(), searched_.end(), folder) != searched_.end()) return true;
     searched_[next_search_++ % kSearchesNoted] = folder;
     return false;
   }
 
-  // Remembers the names of an open folder, if what becomes of them can be told.
-  void Remember(const struct stat& facts, int descriptor, bool is_large) {
+  // Caches the names of an open folder if the system can report its changes.
+  void Add(const struct stat& facts, int descriptor, bool is_large) {
     Names names{IdentityOf(facts), Stamp(facts), -1, {}};
     if (FindFolder(names.folder) != all_.end() || !IsOfThisMachine(descriptor)) return;
     if (!names.stamp.IsSettled()) {
@@ -162,7 +162,7 @@ class Memory {
       names.watch = Watch(descriptor);
       if (names.watch < 0) return;
     }
-    // What changes while the names are read gives another stamp, or is told once more, which does no harm.
+    // A change while the names are read gives another stamp, or is reported again, which is harmless.
     const Folder listing(fdopendir(openat(descriptor, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)), closedir);
     std::size_t count = 0;
     if (listing) ForEachName(listing, [&](std::string_view name) { names.Add(name), ++count; });
@@ -171,10 +171,10 @@ class Memory {
     while (all_.size() > kMostFolders) Forget(std::prev(all_.end()));
   }
 
-  // In a child process: the news are the parent's.
+  // In a forked child: the watch descriptor belongs to the parent.
   void Abandon() {
-    if (news_ >= 0) close(news_);
-    news_ = -1;
+    if (changes_ >= 0) close(changes_);
+    changes_ = -1;
     all_.clear();
   }
 
@@ -186,21 +186,21 @@ class Memory {
   }
 
   int Watch(int folder) {
-    if (news_ < 0) news_ = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+    if (changes_ < 0) changes_ = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
     const std::string path = "/proc/self/fd/" + std::to_string(folder);
-    return news_ < 0 ? -1 : inotify_add_watch(news_, path.c_str(), kComesOrGoes | IN_ONLYDIR);
+    return changes_ < 0 ? -1 : inotify_add_watch(changes_, path.c_str(), kComesOrGoes | IN_ONLYDIR);
   }
 
   void Forget(std::list<Names>::iterator names) {
-    if (names->watch >= 0) inotify_rm_watch(news_, names->watch);
+    if (names->watch >= 0) inotify_rm_watch(changes_, names->watch);
     all_.erase(names);
   }
 
-  // Everything that has come or gone up to now.
-  void TakeNews() {
+  // Applies all changes that the system has reported so far.
+  void ApplyChanges() {
     alignas(inotify_event) std::array<char, 16 * 1024> buffer;
-    while (news_ >= 0) {
-      const ssize_t size = read(news_, buffer.data(), buffer.size());
+    while (changes_ >= 0) {
+      const ssize_t size = read(changes_, buffer.data(), buffer.size());
       if (size <= 0) return;
       inotify_event event;
       for (std::size_t at = 0; at < std::size_t(size); at += sizeof event + event.len) {
@@ -211,50 +211,50 @@ class Memory {
   }
 
   void Take(const inotify_event& event, std::string_view name) {
-    if (event.mask & IN_Q_OVERFLOW) return Abandon();  // some were lost
+    if (event.mask & IN_Q_OVERFLOW) return Abandon();  // reports were lost
     const auto names =
         std::find_if(all_.begin(), all_.end(), [&](const Names& each) { return each.watch == event.wd; });
     if (names == all_.end()) return;
     if (event.mask & (IN_CREATE | IN_MOVED_TO)) names->Add(name);
     if (event.mask & (IN_DELETE | IN_MOVED_FROM)) names->Remove(name);
-    if (event.mask & (IN_IGNORED | IN_UNMOUNT)) all_.erase(names);  // the folder is gone
+    if (event.mask & (IN_IGNORED | IN_UNMOUNT)) all_.erase(names);  // the folder was deleted or unmounted
   }
 
-  int news_ = -1;
-  std::list<Names> all_;  // the one searched last ahead
+  int changes_ = -1;
+  std::list<Names> all_;  // most recently searched first
   std::array<Identity, kSearchesNoted> searched_;
   std::size_t next_search_ = 0;
 };
 
-// Never destroyed: files are looked for up to the end of the process.
-Memory& Remembered() {
-  static Memory* const memory = [] {
-    pthread_atfork([] { Remembered().mutex.lock(); }, [] { Remembered().mutex.unlock(); },
+// Never destroyed, because paths are looked up until the process ends.
+FolderCache& TheCache() {
+  static FolderCache* const cache = [] {
+    pthread_atfork([] { TheCache().mutex.lock(); }, [] { TheCache().mutex.unlock(); },
                    [] {
-                     Remembered().Abandon();
-                     Remembered().mutex.unlock();
+                     TheCache().Abandon();
+                     TheCache().mutex.unlock();
                    });
-    return new Memory;
+    return new FolderCache;
   }();
-  return *memory;
+  return *cache;
 }
 
 }  // namespace
 
 std::string FindNameWithoutCase(const std::string& folder, std::string_view wanted) {
   const char* const path = folder.empty() ? "." : folder.c_str();
-  Memory& memory = Remembered();
+  FolderCache& cache = TheCache();
   struct stat facts;
   {
-    const std::lock_guard lock(memory.mutex);
-    if (!memory.IsEmpty()) {
+    const std::lock_guard lock(cache.mutex);
+    if (!cache.IsEmpty()) {
       if (stat(path, &facts) != 0) return {};
-      if (const auto known = memory.Find(facts, wanted)) return *known;
+      if (const auto known = cache.Find(facts, wanted)) return *known;
     }
   }
   const Folder listing(opendir(path), closedir);
   if (!listing) return {};
-  const bool is_known = fstat(dirfd(listing.get()), &facts) == 0;  // as it is ahead of reading
+  const bool is_known = fstat(dirfd(listing.get()), &facts) == 0;  // the state before reading
   const CaselessName name_wanted(wanted);
   std::string found;
   std::size_t count = 0;
@@ -262,8 +262,8 @@ std::string FindNameWithoutCase(const std::string& folder, std::string_view want
     ++count;
     if (name_wanted.Equals(name) && (found.empty() || name < found)) found = name;
   });
-  const std::lock_guard lock(memory.mutex);
-  if (is_known && memory.IsSearchedAgain(Memory::IdentityOf(facts)))
-    memory.Remember(facts, dirfd(listing.get()), count >= kLarge);
+  const std::lock_guard lock(cache.mutex);
+  if (is_known && cache.WasSearchedRecently(FolderCache::IdentityOf(facts)))
+    cache.Add(facts, dirfd(listing.get()), count >= kLarge);
   return found;
 }

@@ -1,14 +1,15 @@
-// The search for a name in a folder without case. Internal to platform/linux.
+// Finds a name in a folder without case. Internal to platform/linux.
 //
-// A folder has to be read whole for it. Of a large one that is searched again its names are remembered, so that making
-// or copying ten thousand files there takes ten thousand times as long as one: the system tells of every name that
-// comes or goes, whoever makes it, and what it has told is taken ahead of every answer. Where it can't tell, as of a
-// folder on another machine, nothing is remembered.
+// This needs the names of the whole folder. The names of a large folder that is searched repeatedly are cached, so that
+// creating ten thousand files there takes ten thousand times as long as one: the system reports every created and
+// deleted name, and these reports are applied before every search. Where it cannot report changes, such as in a folder
+// on another machine, nothing is cached.
 #pragma once
 
 #include <string>
 #include <string_view>
 
-// The name of the folder's entry that equals the wanted one without case, of several the first in the order of bytes;
-// empty if there is none, or if the folder can't be read. The empty folder is the current one. Any thread.
+// Returns the entry of the folder that equals the wanted name without case; the first one in byte order if there are
+// several; empty if there is none or the folder cannot be read. An empty folder path means the current one. Any thread
+// may call.
 std::string FindNameWithoutCase(const std::string& folder, std::string_view wanted);

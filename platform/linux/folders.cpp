@@ -1,4 +1,4 @@
-// Searches on directory streams, read whole at their start.
+// Folder searches, which read the whole directory at their start.
 #include "platform/folders.h"
 
 #include <dirent.h>
@@ -32,13 +32,13 @@ std::u16string UpperName(std::u16string name) {
   return name;
 }
 
-// The name in the product's form; empty if it has none.
+// The name in the product's form; empty if it cannot be expressed.
 std::u16string ProductName(std::string_view name) {
   const std::u16string wide = WideFromUtf8(name);
   return wide.size() < MAX_PATH && wide.find(u'\\') == wide.npos && Utf8FromWide(wide) == name ? wide : u"";
 }
 
-// False if there is no such entry any more.
+// Returns false if the entry no longer exists.
 bool GetFacts(int folder, const std::string& name, WIN32_FIND_DATAW& facts) {
   struct stat own;
   if (fstatat(folder, name.c_str(), &own, AT_SYMLINK_NOFOLLOW) != 0) return false;
@@ -60,7 +60,7 @@ bool GetFacts(int folder, const std::string& name, WIN32_FIND_DATAW& facts) {
            {},
            {}};
   if (is_link) {
-    if (facts.dwFileAttributes == FILE_ATTRIBUTE_NORMAL) facts.dwFileAttributes = 0;  // which stands alone only
+    if (facts.dwFileAttributes == FILE_ATTRIBUTE_NORMAL) facts.dwFileAttributes = 0;  // never combined
     facts.dwFileAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
     facts.dwReserved0 = IO_REPARSE_TAG_SYMLINK;
   }
@@ -73,7 +73,7 @@ class Search : public HandleObject {
  public:
   explicit Search(Folder folder) : folder_(std::move(folder)) {}
 
-  // What matches, in order; an errno if the folder could not be read.
+  // Collects the matching names in order. Returns an errno if the folder cannot be read.
   int Collect(const NamePattern& pattern) {
     for (;;) {
       errno = 0;
@@ -120,7 +120,7 @@ HANDLE FindOne(LPCWSTR path, WIN32_FIND_DATAW& facts) {
   const bool found = !ProductName(name).empty() && GetFacts(folder, name, facts);
   const int code = errno;
   close(folder);
-  if (found) return AddHandle(std::make_shared<Search>(Folder(nullptr, closedir)));  // with nothing behind it
+  if (found) return AddHandle(std::make_shared<Search>(Folder(nullptr, closedir)));  // a search without further entries
   return Failed(code == ENAMETOOLONG || code == EACCES ? StatusFromErrno(code) : ERROR_FILE_NOT_FOUND);
 }
 

@@ -1,4 +1,4 @@
-// The table behind handles: numbers to shared objects.
+// The handle table: maps handles to shared objects.
 #pragma once
 
 #include <memory>
@@ -13,23 +13,23 @@ class HandleObject {
   HandleObject& operator=(const HandleObject&) = delete;
 };
 
-// An object that ends once and stays ended.
+// An object that ends once and then stays ended, such as a thread or process.
 class WaitableObject : public HandleObject {
  public:
-  // Waits for its end, at most that long; below 0 as long as it takes. As poll: above 0 if it has ended, 0 at the end
-  // of the time, below 0, with errno, on failure.
+  // Waits for the object's end, at most that long, without limit if negative. As poll: above 0 if it has ended, 0 at
+  // the time limit, below 0, with errno, on failure.
   virtual int Wait(int milliseconds) const = 0;
 };
 
-// What GetCurrentThread gives.
+// The result of GetCurrentThread.
 inline constexpr std::uintptr_t kPseudoThread = std::uintptr_t(-2);
 
 HANDLE AddHandle(std::shared_ptr<HandleObject> object);
 
-// Null, with the last status set, if the handle names nothing.
+// Returns null and sets the last status for an invalid handle.
 std::shared_ptr<HandleObject> FindHandleObject(HANDLE handle);
 
-// The object behind the handle if it is of that kind; else null, with the last status set.
+// The handle's object if it has this type; otherwise null, and the last status is set.
 template <class Object>
 std::shared_ptr<Object> FindHandle(HANDLE handle) {
   auto object = std::dynamic_pointer_cast<Object>(FindHandleObject(handle));

@@ -1,5 +1,5 @@
-// The handle table. A handle carries its slot and the slot's generation, so that a closed one is not taken for the next
-// object in its slot.
+// The handle table. A handle contains its slot and the slot's generation, so that a closed handle is not taken for the
+// next object of its slot.
 #include "platform/handles.h"
 
 #include <mutex>
@@ -10,7 +10,7 @@
 namespace {
 
 constexpr std::uintptr_t kSlotBits = 24;
-// Generations count from 1, so that no handle is null, and stay below the bits of INVALID_HANDLE_VALUE.
+// Generations start at 1, so that no handle is null, and do not reach the bits of INVALID_HANDLE_VALUE.
 constexpr std::uintptr_t kGenerations = (std::uintptr_t(1) << 37) - 1;
 constexpr std::uintptr_t kSlotMask = (std::uintptr_t(1) << kSlotBits) - 1;
 
@@ -25,13 +25,13 @@ struct Table {
   std::vector<std::size_t> free;
 };
 
-// Never destroyed: statics that go late may still close what they hold.
+// Never destroyed, because static destructors may still close handles.
 Table& TheTable() {
   static auto* table = new Table;
   return *table;
 }
 
-// The slot that the handle names, or null. The table is locked.
+// The handle's slot, or null. The caller has locked the table.
 Slot* Find(Table& table, HANDLE handle) {
   const auto number = reinterpret_cast<std::uintptr_t>(handle);
   const std::uintptr_t slot = (number >> 2) & kSlotMask;
@@ -66,7 +66,7 @@ std::shared_ptr<HandleObject> FindHandleObject(HANDLE handle) {
 
 BOOL CloseHandle(HANDLE handle) {
   if (reinterpret_cast<std::uintptr_t>(handle) == kPseudoThread) return TRUE;
-  std::shared_ptr<HandleObject> last;  // dies after the lock is released: closing may take its time
+  std::shared_ptr<HandleObject> last;  // destroyed after the lock is released, because closing may
   Table& table = TheTable();
   const std::lock_guard guard(table.lock);
   Slot* slot = Find(table, handle);

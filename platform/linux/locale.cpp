@@ -1,4 +1,4 @@
-// Languages, pictures of dates and times, and locale facts on ICU.
+// Languages, date and time pictures, and other locale data, implemented with ICU.
 #include "platform/locale.h"
 
 #include <unicode/udat.h>
@@ -42,8 +42,8 @@ std::string LocaleName(LCID locale, const char* category) {
   return U_SUCCESS(status) && name[0] ? name : UserLocale(category);
 }
 
-// Gives a text with its terminator by the rule of this header's calls.
-int GiveText(std::u16string_view text, LPWSTR buffer, int units) {
+// Copies a text and its terminator to the caller by the rules of these calls.
+int CopyText(std::u16string_view text, LPWSTR buffer, int units) {
   const int needed = int(text.size()) + 1;
   if (units == 0) return needed;
   if (units < needed || !buffer) return FailWithStatus(ERROR_INSUFFICIENT_BUFFER);
@@ -53,11 +53,11 @@ int GiveText(std::u16string_view text, LPWSTR buffer, int units) {
 
 // ---- names of months, days and the like
 
-// Loaded when the first name is asked for: most pictures need digits only, and loading takes a thousand times as long.
+// Loaded with the first name: most pictures need only digits, and loading takes a thousand times as long.
 class Names {
  public:
   explicit Names(LCID locale) : locale_(locale) {}
-  // Entry number index of a table; empty without data.
+  // The entry at the index of a table; empty without data.
   std::u16string Get(UDateFormatSymbolType table, int index) const {
     UErrorCode status = U_ZERO_ERROR;
     UChar text[128];
@@ -86,9 +86,9 @@ std::u16string Digits(int value, int width) {
 
 // ---- pictures
 
-// Copies the picture, handing each run of one of the given letters to write(letter, length).
+// Copies the picture; for each run of one of the given letters calls write(letter, length).
 template <class Write>
-std::u16string Paint(std::u16string_view picture, std::u16string_view letters, Write write) {
+std::u16string ExpandPicture(std::u16string_view picture, std::u16string_view letters, Write write) {
   std::u16string out;
   bool quoted = false;
   for (std::size_t at = 0; at < picture.size();) {
@@ -110,10 +110,10 @@ std::u16string Paint(std::u16string_view picture, std::u16string_view letters, W
   return out;
 }
 
-// Whether a picture shows the day as a number, which puts the month's name into the genitive where there is one.
+// True if the picture shows the day as a number; the month's name is then in the genitive in languages that have one.
 bool ShowsDay(std::u16string_view picture) {
   bool shows = false;
-  Paint(picture, u"d", [&](char16_t, int length) {
+  ExpandPicture(picture, u"d", [&](char16_t, int length) {
     shows |= length <= 2;
     return std::u16string();
   });
@@ -133,7 +133,7 @@ int DayOfWeek(const SYSTEMTIME& date) {
 
 std::u16string DateText(const SYSTEMTIME& date, std::u16string_view picture, const Names& names) {
   const bool genitive = ShowsDay(picture);
-  return Paint(picture, u"dMyg", [&](char16_t letter, int length) -> std::u16string {
+  return ExpandPicture(picture, u"dMyg", [&](char16_t letter, int length) -> std::u16string {
     switch (letter) {
       case u'd':
         if (length <= 2) return Digits(date.wDay, length);
@@ -149,7 +149,7 @@ std::u16string DateText(const SYSTEMTIME& date, std::u16string_view picture, con
 }
 
 std::u16string TimeText(const SYSTEMTIME& time, std::u16string_view picture, const Names& names) {
-  return Paint(picture, u"hHmst", [&](char16_t letter, int length) -> std::u16string {
+  return ExpandPicture(picture, u"hHmst", [&](char16_t letter, int length) -> std::u16string {
     const int width = std::min(length, 2);
     switch (letter) {
       case u'h': return Digits((time.wHour + 11) % 12 + 1, width);
@@ -202,7 +202,7 @@ int GetDateFormatW(LCID locale, DWORD flags, const SYSTEMTIME* date, LPCWSTR pic
   const SYSTEMTIME& shown = date ? *date : now;
   if (flags != 0) return FailWithStatus(ERROR_INVALID_FLAGS);
   if (!picture || units < 0 || !IsDate(shown)) return FailWithStatus(ERROR_INVALID_PARAMETER);
-  return GiveText(DateText(shown, picture, Names(locale)), buffer, units);
+  return CopyText(DateText(shown, picture, Names(locale)), buffer, units);
 }
 
 int GetTimeFormatW(LCID locale, DWORD flags, const SYSTEMTIME* time, LPCWSTR picture, LPWSTR buffer, int units) {
@@ -212,7 +212,7 @@ int GetTimeFormatW(LCID locale, DWORD flags, const SYSTEMTIME* time, LPCWSTR pic
   const bool valid = shown.wHour < 24 && shown.wMinute < 60 && shown.wSecond < 60;
   if (flags != 0) return FailWithStatus(ERROR_INVALID_FLAGS);
   if (!picture || units < 0 || !valid) return FailWithStatus(ERROR_INVALID_PARAMETER);
-  return GiveText(TimeText(shown, picture, Names(locale)), buffer, units);
+  return CopyText(TimeText(shown, picture, Names(locale)), buffer, units);
 }
 
 // ---- facts
@@ -228,5 +228,5 @@ int GetLocaleInfoW(LCID locale, DWORD kind, LPWSTR buffer, int units) {
   const int length =
       U_SUCCESS(status) ? unum_getSymbol(format.get(), UNUM_DECIMAL_SEPARATOR_SYMBOL, text, 16, &status) : 0;
   if (U_FAILURE(status)) return FailWithStatus(ERROR_INVALID_PARAMETER);
-  return GiveText({text, std::size_t(length)}, buffer, units);
+  return CopyText({text, std::size_t(length)}, buffer, units);
 }

@@ -1,5 +1,5 @@
-// Regions on mmap. A large one is aligned for the system's huge pages and asks for them: one fault then brings what
-// would have taken hundreds.
+// Memory regions with mmap. Large regions are aligned to the system's huge pages and request them: one page fault then
+// replaces hundreds.
 #include "platform/memory.h"
 
 #include <sys/mman.h>
@@ -15,13 +15,13 @@ namespace {
 constexpr SIZE_T kGranularity = 64 * 1024;
 constexpr SIZE_T kHugePage = 2 * 1024 * 1024;
 
-// The regions that stand, by address, with their size in bytes.
+// The existing regions by address, with their size in bytes.
 struct Regions {
   std::mutex lock;
   std::unordered_map<void*, SIZE_T> sizes;
 };
 
-// Never destroyed: statics that go late may still give memory back.
+// Never destroyed, because static destructors may still free memory.
 Regions& TheRegions() {
   static auto* regions = new Regions;
   return *regions;
@@ -32,7 +32,7 @@ void* Failed(LONG status) {
   return nullptr;
 }
 
-// Maps with room to spare and gives back what lies ahead of the first multiple of the alignment, and behind the region.
+// Maps extra memory and unmaps the parts before the first multiple of the alignment and after the region.
 void* MapAligned(SIZE_T bytes, SIZE_T alignment) {
   const SIZE_T mapped = bytes + alignment;
   if (mapped < bytes) return nullptr;
@@ -54,7 +54,7 @@ void* Reset(void* address, SIZE_T bytes) {
   const std::lock_guard guard(regions.lock);
   const auto found = regions.sizes.find(address);
   if (found == regions.sizes.end() || bytes != found->second) return Failed(ERROR_INVALID_PARAMETER);
-  madvise(address, bytes, MADV_FREE);  // a system that can't goes on with what there is
+  madvise(address, bytes, MADV_FREE);  // optional: fails on systems without it, with no effect
   return address;
 }
 
@@ -70,7 +70,7 @@ void* VirtualAlloc(void* address, SIZE_T bytes, DWORD allocation, DWORD protecti
   const bool huge = size >= kHugePage;
   void* region = MapAligned(size, huge ? kHugePage : kGranularity);
   if (!region) return Failed(ERROR_NOT_ENOUGH_MEMORY);
-  if (huge) madvise(region, size, MADV_HUGEPAGE);  // a system without them goes on with small ones
+  if (huge) madvise(region, size, MADV_HUGEPAGE);  // optional: without huge pages the region uses small ones
   try {
     Regions& regions = TheRegions();
     const std::lock_guard guard(regions.lock);

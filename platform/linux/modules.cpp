@@ -1,4 +1,4 @@
-// Loaded modules, as the dynamic linker lists them. A module's handle is the address of its first page.
+// Loaded modules from the dynamic linker's list. A module's handle is the address of its first page.
 #include <link.h>
 #include <unistd.h>
 
@@ -23,7 +23,7 @@ HMODULE HandleOf(const dl_phdr_info& info) {
   return reinterpret_cast<HMODULE>(info.dlpi_addr + low);
 }
 
-// Calls visit for each module, the program first, until it gives true.
+// Calls visit for each module, the program first, until visit returns true.
 template <class Visit>
 void ForEachModule(Visit visit) {
   dl_iterate_phdr([](dl_phdr_info* info, std::size_t, void* data) { return int((*static_cast<Visit*>(data))(*info)); },
@@ -42,8 +42,8 @@ const std::string& ProgramFile() {
 std::string FileOf(const dl_phdr_info& info) {
   std::string name = info.dlpi_name;
   if (name.empty()) return ProgramFile();
-  if (name.find('/') == 0 || name.find('/') == std::string::npos) return name;  // the system's own page has no file
-  char path[PATH_MAX];                                                          // loaded by a relative path
+  if (name.find('/') == 0 || name.find('/') == std::string::npos) return name;  // the vDSO has no file
+  char path[PATH_MAX];                                                          // a module with a relative path
   return realpath(name.c_str(), path) ? path : name;
 }
 
@@ -51,7 +51,7 @@ bool SameWithoutCase(const std::string& a, const std::string& b) {
   return _wcsicmp(WideFromUtf8(a).c_str(), WideFromUtf8(b).c_str()) == 0;
 }
 
-// The stem of a library's file: without "lib", and up to the first of ".so", ".dll" and ".exe", whatever stands behind.
+// The base name of a library: without "lib", and up to the first ".so", ".dll" or ".exe".
 std::string Stem(std::string name) {
   if (name.size() > 3 && SameWithoutCase(name.substr(0, 3), "lib")) name.erase(0, 3);
   for (const char* extension : {".so", ".dll", ".exe"}) {

@@ -1,8 +1,8 @@
-// The platform rewrites a pattern before it compares, with three more signs that users can't type:
+// The platform converts a pattern before it compares, with three internal signs:
 //
-//   <  any characters but a name's last point      *. becomes <.
-//   >  one character, or none ahead of a point or at the end      ? becomes >
-//   "  a point, or nothing at the end      .? and .* become "? and "*
+//   <  any characters except a name's last dot                  *. becomes <.
+//   >  one character, or nothing before a dot or at the end     ? becomes >
+//   "  a dot, or nothing at the end                             .? and .* become "? and "*
 #include "platform/linux/name_pattern.h"
 
 #include <vector>
@@ -21,13 +21,13 @@ NamePattern::NamePattern(std::u16string_view upper) {
       expression_ += upper[i];
     }
   }
-  while (expression_.size() > 1 && expression_.back() == u'.') expression_.pop_back();  // names never end in a point
+  while (expression_.size() > 1 && expression_.back() == u'.') expression_.pop_back();  // names never end in a dot
 }
 
 bool NamePattern::Matches(std::u16string_view upper) const {
   const std::size_t size = expression_.size();
   const std::size_t last_point = upper.rfind(u'.');
-  // Which places of the expression the characters so far can lead to.
+  // The positions of the expression that the characters so far can reach.
   std::vector<char> places(size + 1);
   std::vector<char> next(size + 1);
   places[0] = 1;

@@ -1,4 +1,4 @@
-// Patterns of file names by the platform's rules.
+// File name patterns by the platform's rules.
 #pragma once
 
 #include <string>
@@ -6,11 +6,11 @@
 
 class NamePattern {
  public:
-  // Upper-case text of names, * and ?.
+  // An upper-case name or pattern with * and ?.
   explicit NamePattern(std::u16string_view upper);
   static bool IsPattern(std::u16string_view text) { return text.find_first_of(u"*?") != text.npos; }
 
-  // The name in upper case. Takes at most the product of both lengths.
+  // `upper` is the name in upper case. The time is at most proportional to the product of both lengths.
   bool Matches(std::u16string_view upper) const;
 
  private:

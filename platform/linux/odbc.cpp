@@ -1,4 +1,4 @@
-// The driver manager takes the encoding of narrow texts from the locale of the thread that connects.
+// The driver manager takes the encoding of narrow text from the locale of the connecting thread.
 #include "platform/odbc.h"
 
 #include <locale.h>

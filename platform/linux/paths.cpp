@@ -1,4 +1,4 @@
-// Paths: mapping onto the system's, the search without case, taking apart.
+// Paths: conversion to system paths, the search without case, and splitting.
 #include "platform/paths.h"
 
 #include <fcntl.h>
@@ -34,9 +34,9 @@ std::string UserDataFolder() {
 
 bool Exists(const std::string& path) { return faccessat(AT_FDCWD, path.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0; }
 
-// Takes each component of the rest below base (which ends in a slash or is empty) as written or, if that does not
-// exist, without case. From the first component that can't be found on, all stays as written. The whole doesn't exist
-// as it is written, but most often all but the last name does: so what does is sought from the end.
+// Resolves the components of `rest` below `base` (empty or ending in a slash): as written or, if that does not exist,
+// without case. From the first missing component on, the rest stays as written. Usually everything but the last
+// component exists as written, so the search for the existing part starts at the end.
 std::string LookUp(std::string base, std::string_view rest) {
   std::size_t existing = rest.rfind('/');
   while (existing != std::string_view::npos && existing > 0 && !Exists(base + std::string(rest.substr(0, existing))))
@@ -60,8 +60,8 @@ std::string LookUp(std::string base, std::string_view rest) {
   return base;
 }
 
-// The product's path with slashes and without the mark of a verbatim path.
-std::string Slashed(LPCWSTR path) {
+// The product path with slashes and without a leading \\?\.
+std::string WithSlashes(LPCWSTR path) {
   std::string text = Utf8FromWide(path);
   std::replace(text.begin(), text.end(), '\\', '/');
   if (text.starts_with("//?/UNC/")) return "//" + text.substr(8);
@@ -77,25 +77,25 @@ bool HasDrive(std::string_view slashed) { return slashed.size() >= 2 && IsLetter
 
 namespace {
 
-// The folder that the environment names for a drive; empty without one.
+// The folder that the environment sets for a drive; empty if not set.
 std::string NamedDriveFolder(char letter) {
   const char variable[] = {'K', 'V', '_', 'D', 'R', 'I', 'V', 'E', '_', char(letter & ~0x20), 0};
   const char* folder = std::getenv(variable);
   return folder ? WithoutTrailingSlashes(folder) : std::string();
 }
 
-// Where the other drives' folders lie, up to the letter.
-std::string DriveFoldersBegin() { return WithoutTrailingSlashes(UserDataFolder()) + "/kestrova/drive_"; }
+// The common start of the other drives' folder paths; the drive letter follows.
+std::string DriveFolderPrefix() { return WithoutTrailingSlashes(UserDataFolder()) + "/kestrova/drive_"; }
 
 }  // namespace
 
 std::string DriveFolder(char letter) {
   const std::string named = NamedDriveFolder(letter);
-  return named.empty() ? DriveFoldersBegin() + char(letter | 0x20) : named;
+  return named.empty() ? DriveFolderPrefix() + char(letter | 0x20) : named;
 }
 
 std::string DriveFolderOf(LPCWSTR path) {
-  const std::string slashed = Slashed(path);
+  const std::string slashed = WithSlashes(path);
   return HasDrive(slashed) ? DriveFolder(slashed[0]) : std::string();
 }
 
@@ -103,38 +103,38 @@ std::string DriveFolderOf(LPCWSTR path) {
 
 namespace {
 
-// The system's path as it is written: the folder of the drive, or nothing, and the rest behind it.
-struct Written {
+// The system path as written: the drive's folder, or empty, and the rest.
+struct PathParts {
   std::string base;
   std::string rest;
 };
 
-Written Write(LPCWSTR path) {
-  Written written = {{}, Slashed(path)};
-  std::string& rest = written.rest;
+PathParts PartsOf(LPCWSTR path) {
+  PathParts parts = {{}, WithSlashes(path)};
+  std::string& rest = parts.rest;
   if (HasDrive(rest)) {
-    written.base = DriveFolder(rest[0]) + '/';
+    parts.base = DriveFolder(rest[0]) + '/';
     rest.erase(0, rest.size() > 2 && rest[2] == '/' ? 3 : 2);
   }
-  return written;
+  return parts;
 }
 
 }  // namespace
 
 std::string SystemPathAsWritten(LPCWSTR path) {
-  const Written written = Write(path);
-  return written.base + written.rest;
+  const PathParts parts = PartsOf(path);
+  return parts.base + parts.rest;
 }
 
 std::string SystemPathFromProduct(LPCWSTR path) {
-  const Written written = Write(path);
-  const std::string whole = written.base + written.rest;
-  return whole.empty() || Exists(whole) ? whole : LookUp(written.base, written.rest);
+  const PathParts parts = PartsOf(path);
+  const std::string whole = parts.base + parts.rest;
+  return whole.empty() || Exists(whole) ? whole : LookUp(parts.base, parts.rest);
 }
 
 std::u16string ProductPathFromSystem(std::string_view path) {
   std::string text(path);
-  const std::string others = DriveFoldersBegin();
+  const std::string others = DriveFolderPrefix();
   for (char letter = 'A'; letter <= 'Z' && path.starts_with('/'); ++letter) {
     std::string folder = NamedDriveFolder(letter);
     if (folder.empty() && !path.starts_with(others)) continue;
@@ -176,7 +176,7 @@ std::u16string CurrentFolder() {
   return folder ? ProductPathFromSystem(folder.get()) : std::u16string();
 }
 
-// The root of an absolute path, "\", "C:\" or "\\" with server and share; empty for a relative one.
+// The root of an absolute path: "\", "C:\", or "\\" with server and share. Empty for a relative path.
 std::u16string_view RootOf(std::u16string_view path) {
   if (path.starts_with(u"\\\\")) {
     const std::size_t server = std::min(path.find(u'\\', 2), path.size());
@@ -188,7 +188,7 @@ std::u16string_view RootOf(std::u16string_view path) {
                                              : std::u16string_view();
 }
 
-// Appends the components of rest to the path, resolving "." and "..", which stops at the root.
+// Appends the components of `rest` to the path and resolves "." and ".."; ".." stops at the root.
 void AppendResolved(std::u16string& path, std::size_t root, std::u16string_view rest) {
   while (!rest.empty()) {
     const std::size_t end = std::min(rest.find(u'\\'), rest.size());

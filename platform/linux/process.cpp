@@ -1,12 +1,12 @@
-// Processes and the environment on POSIX calls; other processes by descriptors, so that a number that the system uses
-// again is never taken for the process that had it.
+// Processes and the environment, implemented with POSIX calls. Other processes are accessed by descriptors, so that a
+// process number which the system uses again is not mistaken for the earlier process.
 #include "platform/process.h"
 
 #include <poll.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
-extern "C" {  // the header of older C libraries does not say so itself
+extern "C" {  // older C library headers lack this
 #include <sys/pidfd.h>
 }
 
@@ -60,19 +60,19 @@ namespace {
 
 class Process;
 
-// The children that somebody holds a handle of, and those that ended unseen and are still to be collected.
+// The child processes with an open handle, and ended children without one that are not collected yet.
 struct Children {
   std::mutex lock;
   std::map<pid_t, std::weak_ptr<Process>> held;
   std::vector<pid_t> abandoned;
 
-  // Lets the system forget abandoned children that have ended. Locked by the caller.
+  // Collects ended children without a handle. The caller has locked the list.
   void Collect() {
     std::erase_if(abandoned, [](pid_t id) { return waitpid(id, nullptr, WNOHANG) != 0; });
   }
 };
 
-// Never destroyed: handles may be closed while statics go.
+// Never destroyed, because static destructors may still close handles.
 Children& TheChildren() {
   static auto* children = new Children;
   return *children;
@@ -96,7 +96,7 @@ class Process : public WaitableObject {
 
   bool HasEnded() const { return Wait(0) > 0; }
 
-  // Whether the system has forgotten it, so that its number may be another process's by now.
+  // True if the child is collected, so that its number may belong to another process.
   bool IsCollected() {
     const std::lock_guard guard(lock_);
     return exit_code_.has_value();
@@ -115,7 +115,7 @@ class Process : public WaitableObject {
     return true;
   }
 
-  // The exit code, of a child that has ended.
+  // The exit code of an ended child.
   std::optional<DWORD> ExitCode() {
     const std::lock_guard guard(lock_);
     if (exit_code_ || !ours_) return exit_code_;
@@ -138,7 +138,7 @@ class Process : public WaitableObject {
   std::optional<DWORD> exit_code_;
 };
 
-// Starts the program; 0 or the errno.
+// Starts the program. Returns 0 or the errno.
 int Spawn(const std::string& program, std::vector<std::string>& words, LPCWSTR folder, pid_t& id) {
   std::vector<char*> arguments;
   for (std::string& word : words) arguments.push_back(word.data());

@@ -1,4 +1,4 @@
-// The calls: their arguments, buffers and results. What a file says is in profile_text.cpp.
+// The profile calls: their arguments, buffers and results. profile_text.cpp parses the file.
 #include "platform/profile.h"
 
 #include <cerrno>
@@ -31,8 +31,8 @@ std::u16string_view Trimmed(LPCWSTR text) { return Trimmed(std::u16string_view(t
 
 // ---- results
 
-// A text that is cut shows in the status.
-DWORD GiveText(std::u16string_view text, LPWSTR buffer, DWORD units) {
+// Copies a text; the status reports a cut text.
+DWORD CopyText(std::u16string_view text, LPWSTR buffer, DWORD units) {
   const std::size_t count = std::min<std::size_t>(text.size(), units - 1);
   text.copy(buffer, count);
   buffer[count] = 0;
@@ -40,12 +40,12 @@ DWORD GiveText(std::u16string_view text, LPWSTR buffer, DWORD units) {
   return DWORD(count);
 }
 
-// A list with a NUL behind each entry, and one more.
-DWORD GiveList(std::u16string_view list, LPWSTR buffer, DWORD units) {
+// Copies a list: a NUL after each entry, and one more.
+DWORD CopyList(std::u16string_view list, LPWSTR buffer, DWORD units) {
   if (list.size() < units) {
     list.copy(buffer, list.size());
     buffer[list.size()] = 0;
-    if (list.empty() && units > 1) buffer[1] = 0;  // two, even so
+    if (list.empty() && units > 1) buffer[1] = 0;  // an empty list has two NULs
     return DWORD(list.size());
   }
   SetLastError(ERROR_MORE_DATA);
@@ -57,7 +57,7 @@ DWORD GiveList(std::u16string_view list, LPWSTR buffer, DWORD units) {
 
 // ---- the file
 
-// Null with the reason in the last status.
+// Returns null on failure and sets the last status.
 ProfilePointer Open(LPCWSTR path) {
   ProfilePointer profile;
   std::string system = SystemPathAsWritten(path);
@@ -71,7 +71,7 @@ ProfilePointer Open(LPCWSTR path) {
   return nullptr;
 }
 
-// Puts what change makes of the file in its place; nothing means that the file stays.
+// Replaces the file by the result of `change`; without a result the file stays.
 template <class Change>
 BOOL Write(LPCWSTR path, Change change) {
   if (!path || !*path) return FailWithStatus(ERROR_PATH_NOT_FOUND);
@@ -105,8 +105,8 @@ DWORD GetPrivateProfileStringW(LPCWSTR section, LPCWSTR key, LPCWSTR defaultText
   const bool found = profile && (key ? profile->FindValue(Trimmed(section), Trimmed(key), text)
                                      : profile->ListKeys(Trimmed(section), text));
   if (profile && !found) SetLastError(ERROR_FILE_NOT_FOUND);
-  if (!key) return GiveList(text, buffer, units);
-  return GiveText(found ? std::u16string_view(text) : WithoutTrailingSpaces(defaultText), buffer, units);
+  if (!key) return CopyList(text, buffer, units);
+  return CopyText(found ? std::u16string_view(text) : WithoutTrailingSpaces(defaultText), buffer, units);
 }
 
 UINT GetPrivateProfileIntW(LPCWSTR section, LPCWSTR key, LONG defaultNumber, LPCWSTR path) {
@@ -127,7 +127,7 @@ UINT GetPrivateProfileIntW(LPCWSTR section, LPCWSTR key, LONG defaultNumber, LPC
 DWORD GetPrivateProfileSectionNamesW(LPWSTR buffer, DWORD units, LPCWSTR path) {
   if (!buffer || units == 0) return 0;
   const ProfilePointer profile = Open(path);
-  return GiveList(profile ? profile->SectionNames() : std::u16string(), buffer, units);
+  return CopyList(profile ? profile->SectionNames() : std::u16string(), buffer, units);
 }
 
 DWORD GetPrivateProfileSectionW(LPCWSTR section, LPWSTR buffer, DWORD units, LPCWSTR path) {
@@ -136,14 +136,14 @@ DWORD GetPrivateProfileSectionW(LPCWSTR section, LPWSTR buffer, DWORD units, LPC
   std::u16string list;
   const bool found = section && profile && profile->ListLines(Trimmed(section), list);
   if (profile && !found) SetLastError(ERROR_FILE_NOT_FOUND);
-  return GiveList(list, buffer, units);
+  return CopyList(list, buffer, units);
 }
 
 // ---- writing
 
 BOOL WritePrivateProfileStringW(LPCWSTR section, LPCWSTR key, LPCWSTR value, LPCWSTR path) {
   if (!section) {
-    if (!key && !value) kvprofile::ForgetAll();  // what is kept is asked to be given up; the call fails all the same
+    if (!key && !value) kvprofile::ForgetAll();  // this form of the call drops the cache and still fails
     return FailWithStatus(ERROR_INVALID_PARAMETER);
   }
   return Write(path, [&](const Profile& profile) -> std::optional<std::string> {

@@ -1,7 +1,7 @@
-// The cache's rule. A file is known by its device, number, size and both its times. Those tell it from every later
-// state only if it had been left alone for some time when it was read, because a file system counts time in steps: a
-// change within the step of the last one leaves the times as they were. Until then the bytes are compared at each
-// call, which is still far cheaper than to read the lines again.
+// The cache's rule. Device, number, size and both times identify a file's state. They distinguish it from every later
+// state only if the file had been unchanged for some time when it was read, because file systems count time in steps:
+// another change within the same step leaves the times unchanged. Until then, each call compares the bytes, which is
+// still far faster than parsing the lines again.
 #include "platform/linux/profile_file.h"
 
 #include <fcntl.h>
@@ -27,7 +27,7 @@ using std::chrono::milliseconds;
 constexpr std::size_t kMostFiles = 16;
 constexpr std::size_t kMostKeptBytes = 2 * kMostBytes;
 constexpr std::int64_t kSecond = 1'000'000'000;
-// Above the kernel's own step (at most 10 ms), and that of a file system that keeps whole seconds (at most 2).
+// Larger than the kernel's time step (at most 10 ms) and than that of a file system with whole seconds (at most 2 s).
 constexpr std::int64_t kFineStep = 30'000'000;
 constexpr std::int64_t kCoarseStep = 21 * kSecond / 10;
 constexpr milliseconds kLockWait(10'000);
@@ -44,7 +44,7 @@ struct Stamp {
         touched(Nanoseconds(facts.st_ctim)) {}
   bool operator==(const Stamp&) const = default;
 
-  // Whether a change after that moment can't but show in the stamp.
+  // True if every change after that moment changes the stamp.
   bool IsSettledAt(std::int64_t moment) const {
     const bool whole_seconds = changed % kSecond == 0 || touched % kSecond == 0;
     return std::max(changed, touched) + (whole_seconds ? kCoarseStep : kFineStep) < moment;
@@ -57,30 +57,30 @@ struct Stamp {
   std::int64_t touched;
 };
 
-struct Kept {
+struct CachedFile {
   std::string path;
   Stamp stamp;
   bool settled;
   std::shared_ptr<const Profile> profile;
 };
 
-// The file used last stands last.
+// The most recently used file is the last one.
 struct Cache {
   std::mutex mutex;
-  std::vector<Kept> files;
+  std::vector<CachedFile> files;
 };
 
 Cache& TheCache() {
-  static Cache& cache = *new Cache;  // outlives whoever reads while the process ends
+  static Cache& cache = *new Cache;  // never destroyed: files may be read while the process ends
   return cache;
 }
 
-// Gives the profile that was kept for the path; settled tells whether it still holds for the stamp.
-std::shared_ptr<const Profile> Recall(const std::string& path, const Stamp& stamp, bool& settled) {
+// Returns the cached profile for the path, or null; `settled` says whether it is still valid for the stamp.
+std::shared_ptr<const Profile> FindCached(const std::string& path, const Stamp& stamp, bool& settled) {
   Cache& cache = TheCache();
   const std::lock_guard lock(cache.mutex);
   const auto found =
-      std::find_if(cache.files.rbegin(), cache.files.rend(), [&](const Kept& kept) { return kept.path == path; });
+      std::find_if(cache.files.rbegin(), cache.files.rend(), [&](const CachedFile& kept) { return kept.path == path; });
   if (found == cache.files.rend()) return nullptr;
   settled = found->settled && found->stamp == stamp;
   std::shared_ptr<const Profile> profile = found->profile;
@@ -88,10 +88,10 @@ std::shared_ptr<const Profile> Recall(const std::string& path, const Stamp& stam
   return profile;
 }
 
-void Keep(Kept kept) {
+void Keep(CachedFile kept) {
   Cache& cache = TheCache();
   const std::lock_guard lock(cache.mutex);
-  std::erase_if(cache.files, [&](const Kept& old) { return old.path == kept.path; });
+  std::erase_if(cache.files, [&](const CachedFile& old) { return old.path == kept.path; });
   cache.files.push_back(std::move(kept));
   std::size_t bytes = 0;
   std::size_t files = 0;
@@ -105,11 +105,11 @@ void Keep(Kept kept) {
 
 std::int64_t Now() {
   timespec now = {};
-  clock_gettime(CLOCK_REALTIME_COARSE, &now);  // the clock that stamps files
+  clock_gettime(CLOCK_REALTIME_COARSE, &now);  // the clock of file times
   return Nanoseconds(now);
 }
 
-// An open file; -1 and errno if it could not be opened.
+// An open file; number is -1, with errno, on failure.
 class Descriptor {
  public:
   explicit Descriptor(const char* path) : number(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)) {}
@@ -122,11 +122,11 @@ class Descriptor {
   const int number;
 };
 
-// All bytes of an open file, of which there may be more than it was said to have.
+// Reads all bytes of an open file, which may be more than expected.
 int ReadAll(int descriptor, std::size_t expected, std::string& bytes) {
   std::size_t have = 0;
   for (;;) {
-    // One byte more than expected, so that the end shows without another round.
+    // One byte more than expected, so that the end is found without another call.
     bytes.resize(std::max(expected + 1, have + have / 2));
     const ssize_t got = read(descriptor, bytes.data() + have, bytes.size() - have);
     if (got < 0 && errno == EINTR) continue;
@@ -147,10 +147,10 @@ int Read(const std::string& path, std::shared_ptr<const Profile>& profile) {
   struct stat facts;
   if (stat(path.c_str(), &facts) != 0) return errno;
   bool settled = false;
-  profile = Recall(path, Stamp(facts), settled);
+  profile = FindCached(path, Stamp(facts), settled);
   if (settled) return 0;
 
-  if (!S_ISREG(facts.st_mode)) return EACCES;  // nobody waits for a pipe to give its bytes
+  if (!S_ISREG(facts.st_mode)) return EACCES;  // a pipe could block forever
   const Descriptor file(path.c_str());
   if (file.number < 0) return errno;
   if (fstat(file.number, &facts) != 0) return errno;

@@ -1,5 +1,5 @@
-// Profile files on the disk: read through a cache that never gives what is no longer there, and locked for writers.
-// Paths are the system's; results are errno codes, 0 for success.
+// Profile files on the disk: cached for reading, with results that are never outdated, and locked for writing. Paths
+// are system paths; results are errno codes, 0 for success.
 #pragma once
 
 #include <memory>
@@ -9,12 +9,12 @@
 
 namespace kvprofile {
 
-// The file as it stands now. Only regular files are read.
+// Returns the current content of the file. Only regular files are read.
 int Read(const std::string& path, std::shared_ptr<const Profile>& profile);
-// Gives the memory of all that is kept back.
+// Frees all cached files.
 void ForgetAll();
 
-// Keeps other writers out of a folder, those of other processes and of other threads alike, until it is destroyed.
+// Keeps other writers of this and other processes out of a folder until it is destroyed.
 class FolderLock {
  public:
   FolderLock() = default;
@@ -22,7 +22,7 @@ class FolderLock {
   FolderLock(const FolderLock&) = delete;
   FolderLock& operator=(const FolderLock&) = delete;
 
-  // Waits for up to ten seconds, then EBUSY. On a file system without locks: 0, and nobody is kept out.
+  // Waits up to ten seconds, then returns EBUSY. On a file system without locks returns 0 and keeps nobody out.
   int Take(const std::string& folder);
 
  private:

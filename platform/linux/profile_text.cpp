@@ -1,4 +1,4 @@
-// Reads a profile file's lines in place, in its own encoding, so that a change leaves all other bytes alone.
+// Parses a profile file in its own encoding without copying, so that a change leaves all other bytes unchanged.
 #include "platform/linux/profile_text.h"
 
 #include <unicode/uchar.h>
@@ -69,7 +69,7 @@ bool EqualWithoutCase(std::basic_string_view<Unit> a, std::basic_string_view<Uni
   return i == a.size() && j == b.size();
 }
 
-// Differs from process to process, so that no file can be made whose names all meet in one slot.
+// The seed differs in each process, so that no file can be prepared whose names all collide.
 template <class Unit>
 std::uint32_t HashOf(std::basic_string_view<Unit> name, std::uint32_t parent) {
   static const std::uint64_t seed = std::uint64_t(std::random_device()()) << 32 | std::random_device()();
@@ -95,7 +95,7 @@ class Text final : public Profile {
   using View = std::basic_string_view<Unit>;
 
  public:
-  // The first units are the mark; behind the last unit there may be half a one more.
+  // The first `mark` units are the byte order mark; `half` is an incomplete last unit, if any.
   Text(String text, std::size_t mark, std::string half)
       : text_(std::move(text)), start_(std::uint32_t(mark)), half_(std::move(half)) {
     Index();
@@ -180,7 +180,7 @@ class Text final : public Profile {
     const Section* const found = FindSection(Encode(section, Unit()));
     if (!found) return Replaced(AtEnd(), HeaderOf(section) + put);
     String comments;
-    String blanks;  // behind the last comment; the new lines go ahead of them
+    String blanks;  // blanks after the last comment; new lines go before them
     for (std::uint32_t at = found->content; at < found->end;) {
       const Line line = LineAt(at);
       const View whole = ViewOf({at, line.next});
@@ -204,20 +204,20 @@ class Text final : public Profile {
   };
   struct Line {
     Kind kind = Kind::kBlank;
-    std::uint32_t next = 0;  // where the next line begins
+    std::uint32_t next = 0;  // start of the next line
     Range name = {};
     Range value = {};
   };
-  // The first section of its name.
+  // A section that is the first one of its name.
   struct Section {
     std::uint32_t header;
     std::uint32_t content;
-    std::uint32_t end;  // the next header, whatever its name, or the end of the text
+    std::uint32_t end;  // position of the next header or of the text's end
   };
-  // A name in the index: of a section, or the first of its name in a section.
+  // A name in the index: a section, or the first key of its name in a section.
   struct Slot {
     std::uint32_t hash = 0;
-    std::uint32_t parent = 0;  // its section's content; kTop for a section itself
+    std::uint32_t parent = 0;  // the section's content; kTop for a section
     std::uint32_t at = kFree;
     std::uint32_t length = 0;
   };
@@ -228,7 +228,7 @@ class Text final : public Profile {
     return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(Unit)};
   }
   static bool EndsLine(Unit unit) { return unit == '\r' || unit == '\n'; }
-  // Most units are letters, for which the first comparison is enough.
+  // The first comparison already excludes letters, which are most units.
   static bool EndsContent(Unit unit) { return unit <= '\r' && (EndsLine(unit) || unit == 0); }
   static void AppendLineEnd(String& text) {
     text += Unit('\r');
@@ -259,7 +259,7 @@ class Text final : public Profile {
     std::uint32_t at = begin;
     while (at < Length() && !EndsContent(text_[at])) ++at;
     const Range content = Trimmed({begin, at});
-    while (at < Length() && !EndsLine(text_[at])) ++at;  // what stands behind a NUL
+    while (at < Length() && !EndsLine(text_[at])) ++at;  // text after a NUL
     if (at < Length()) at += text_[at] == '\r' && at + 1 < Length() && text_[at + 1] == '\n' ? 2 : 1;
     Line line;
     line.next = at;
@@ -280,7 +280,7 @@ class Text final : public Profile {
     return line;
   }
 
-  // Where the line begins whose first character that is not blank is at that place.
+  // The start of the line whose first non-blank character is at this position.
   std::uint32_t LineBegin(std::uint32_t at) const {
     while (at > start_ && IsBlank(text_[at - 1])) --at;
     return at;
@@ -290,7 +290,7 @@ class Text final : public Profile {
 
   void Index() {
     slots_.resize(64);
-    bool counts = false;  // whether the lines belong to the first section of their name
+    bool counts = false;  // true inside the first section of a name
     for (std::uint32_t at = start_; at < Length();) {
       const Line line = LineAt(at);
       if (line.kind == Kind::kSection) {
@@ -304,7 +304,7 @@ class Text final : public Profile {
     }
   }
 
-  // False if the name is there already.
+  // Returns false if the name exists already.
   bool Enter(Range name, std::uint32_t parent) {
     const View text = ViewOf(name);
     const std::uint32_t hash = HashOf(text, parent);
@@ -326,7 +326,7 @@ class Text final : public Profile {
     }
   }
 
-  // The name's slot, or the free one where it would stand.
+  // The name's slot, or the free slot for it.
   const Slot* SlotOf(View name, std::uint32_t hash, std::uint32_t parent) const {
     for (std::size_t i = hash;; ++i) {
       const Slot& slot = slots_[i & (slots_.size() - 1)];
@@ -376,7 +376,7 @@ class Text final : public Profile {
     return header;
   }
 
-  // Behind the last line of the section that is not blank.
+  // The end of the section's last non-blank line.
   std::uint32_t LastLineEnd(const Section& section) const {
     std::uint32_t last = section.content;
     for (std::uint32_t at = section.content; at < section.end;) {
@@ -387,7 +387,7 @@ class Text final : public Profile {
     return last;
   }
 
-  // The file's bytes with other text in the range. Text that follows a line without an end gives it one.
+  // Returns the file's bytes with other text in the range. If the line before has no line end, it gets one.
   std::string Replaced(Range range, const String& put) const {
     String whole;
     whole.reserve(text_.size() + put.size() + 2);
@@ -406,7 +406,7 @@ class Text final : public Profile {
   const std::string half_;
   std::vector<Slot> slots_;
   std::size_t used_ = 0;
-  std::vector<Section> sections_;  // in the order of the file
+  std::vector<Section> sections_;  // in file order
 };
 
 }  // namespace

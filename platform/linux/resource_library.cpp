@@ -1,11 +1,10 @@
-// Reading string tables. Of the file only this is used: the header that says where the section table and the resources
-// are; the sections, which map the addresses of a loaded module to places in the file; three levels of directories
-// below the resources (kind, block, language); and the blocks of sixteen strings, a 16-bit length and that many units
-// each.
+// Reads string tables. These parts of the file are used: the header, which locates the section table and the resources;
+// the sections, which map the addresses of a loaded module to file offsets; three directory levels below the resources
+// (kind, block, language); and the blocks of sixteen strings, each with a 16-bit length and that many units.
 //
-// Every place is checked against the piece of the file that it must lie in. The levels are walked by loops, so a
-// directory that names itself leads nowhere. Directories may not overlap in a way that multiplies the work: in an
-// honest file there are no more entries than bytes divided by their size.
+// Every offset is checked against the part of the file that must contain it. The levels are walked in loops, so a
+// directory that contains itself does no harm. Overlapping directories cannot multiply the work: the number of entries
+// is limited to the number of bytes divided by the size of an entry.
 #include "platform/linux/resource_library.h"
 
 #include <algorithm>
@@ -20,10 +19,10 @@ constexpr DWORD kSubdirectory = 0x80000000;
 constexpr std::size_t kDirectoryHead = 16;
 constexpr std::size_t kDirectoryEntry = 8;
 constexpr std::size_t kSectionEntry = 40;
-constexpr std::size_t kMaximumSections = 96;  // the format's own limit
+constexpr std::size_t kMaximumSections = 96;  // limit of the format
 constexpr int kStringsInABlock = 16;
 
-// How well a language fits, 0 best.
+// The rank of a language; 0 is best.
 int RankOf(LANGID language, LANGID users) {
   if (language == 0) return 0;
   if (language == users) return 1;
@@ -49,7 +48,7 @@ std::optional<ResourceLibrary> ResourceLibrary::Parse(std::vector<std::byte> fil
   return library;
 }
 
-// Gives the address of the resources, 0 if there are none.
+// Finds the address of the resources; 0 if there are no resources.
 bool ResourceLibrary::ReadHeaders(DWORD& resources) {
   if (Read<WORD>(0) != 0x5A4D) return false;  // "MZ"
   const std::size_t start = Read<DWORD>(0x3C).value_or(0);
@@ -60,7 +59,7 @@ bool ResourceLibrary::ReadHeaders(DWORD& resources) {
   const auto magic = Read<WORD>(optional_header);
   if (!count || !optional_size || !magic || (*magic != 0x10B && *magic != 0x20B)) return false;
   if (!ReadSections(optional_header + *optional_size, *count)) return false;
-  // The table of directories starts behind the fields that differ between 32 and 64 bits; the resources are its third.
+  // The table of directories follows the fields that differ between 32 and 64 bits; the resources are its third entry.
   const std::size_t table = optional_header + (*magic == 0x10B ? 96 : 112);
   const bool has_entry = Read<DWORD>(table - 4).value_or(0) > 2 && table + 24 <= optional_header + *optional_size;
   resources = has_entry ? Read<DWORD>(table + 16).value_or(0) : 0;
@@ -81,7 +80,7 @@ bool ResourceLibrary::ReadSections(std::size_t table, std::size_t count) {
   return true;
 }
 
-// From the address to the end of its section.
+// The part of the file from the address to the end of its section.
 std::optional<ResourceLibrary::Piece> ResourceLibrary::PieceAt(DWORD address) const {
   for (const Section& section : sections_) {
     if (address < section.address || address - section.address >= section.raw.size) continue;
@@ -91,8 +90,8 @@ std::optional<ResourceLibrary::Piece> ResourceLibrary::PieceAt(DWORD address) co
   return std::nullopt;
 }
 
-// Calls visit(id, target) for each entry of a directory that has a number and no name. False if the directory does not
-// fit into the root's piece, the entries are too many, or visit gives false.
+// Calls visit(id, target) for each directory entry with a number instead of a name. Returns false if the directory does
+// not fit into the root's part, there are too many entries, or visit returns false.
 template <class Visit>
 bool ResourceLibrary::ForEachEntry(const Piece& root, DWORD directory, Visit visit) {
   if (directory > root.size || root.size - directory < kDirectoryHead) return false;
@@ -115,13 +114,13 @@ bool ResourceLibrary::ReadStringBlocks(DWORD resources) {
   const auto root = PieceAt(resources);
   if (!root) return false;
   entries_left_ = root->size / kDirectoryEntry;
-  std::optional<LANGID> users;  // asked for only if there is a choice
+  std::optional<LANGID> users;  // determined only if there are several languages
   const auto add = [&](DWORD block, DWORD language, DWORD target) {
     if ((target & kSubdirectory) != 0 || target > root->size || root->size - target < 16) return false;
     const std::size_t leaf = root->offset + target;
     const auto data = PieceAt(Read<DWORD>(leaf).value_or(0));
     const std::size_t size = Read<DWORD>(leaf + 4).value_or(0);
-    // Units must be aligned, as every resource compiler does; then a text can be handed out in place.
+    // Units must be aligned, as resource compilers write them, so that texts can be returned without a copy.
     if (!data || size > data->size || data->offset % sizeof(char16_t) != 0) return false;
     const Block found = {{data->offset, size}, LANGID(language)};
     const auto [at, isNew] = blocks_.try_emplace(block, found);

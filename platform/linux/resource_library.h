@@ -11,15 +11,15 @@
 
 class ResourceLibrary {
  public:
-  // Takes the bytes of a whole file and lists its string blocks; nothing if they are no library.
+  // Parses the bytes of a whole file; no value if it is not a library.
   static std::optional<ResourceLibrary> Parse(std::vector<std::byte> file);
 
-  // String number id, inside this object's bytes; empty if there is none.
+  // String number `id`, a view of this object's bytes; empty if there is no such string.
   std::u16string_view FindString(WORD id) const;
   bool HasStrings() const { return !blocks_.empty(); }
 
  private:
-  // A piece of the file.
+  // A part of the file.
   struct Piece {
     std::size_t offset = 0;
     std::size_t size = 0;
@@ -28,7 +28,7 @@ class ResourceLibrary {
     DWORD address = 0;
     Piece raw;
   };
-  // Sixteen strings in a row.
+  // A block of sixteen strings.
   struct Block {
     Piece data;
     LANGID language = 0;

@@ -1,4 +1,4 @@
-// Data modules and their strings.
+// Modules loaded as data, and their strings.
 #include "platform/resources.h"
 
 #include <fcntl.h>
@@ -35,21 +35,21 @@ struct Modules {
   std::unordered_map<HMODULE, std::unique_ptr<DataModule>> loaded;
 };
 
-// Never destroyed: a language library is used until the very end.
+// Never destroyed, because language libraries are used until the process ends.
 Modules& TheModules() {
   static auto* modules = new Modules;
   return *modules;
 }
 
-// The module behind a handle, or null. The table is locked.
+// The handle's module, or null. The caller has locked the table.
 const DataModule* Find(const Modules& modules, HMODULE module) {
   const auto found = modules.loaded.find(module);
   return found == modules.loaded.end() ? nullptr : found->second.get();
 }
 
-// Reads a whole regular file; 0 or the errno.
+// Reads a whole regular file. Returns 0 or the errno.
 int ReadWhole(const std::string& path, std::vector<std::byte>& bytes) {
-  // Not to be held up by a pipe of that name.
+  // O_NONBLOCK, because a pipe of this name could block.
   const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (descriptor < 0) return errno;
   struct stat facts;
@@ -62,7 +62,7 @@ int ReadWhole(const std::string& path, std::vector<std::byte>& bytes) {
     const ssize_t got = read(descriptor, bytes.data() + done, bytes.size() - done);
     if (got < 0 && errno == EINTR) continue;
     if (got < 0) code = errno;
-    if (got == 0) bytes.resize(done);  // the file became shorter meanwhile
+    if (got == 0) bytes.resize(done);  // the file became shorter while it was read
     if (got > 0) done += std::size_t(got);
   }
   close(descriptor);

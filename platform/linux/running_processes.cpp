@@ -1,5 +1,5 @@
-// Processes by the files of /proc. A number can be another process's by the time its files are read, so what was read
-// for a handle counts only if the handle's process still runs behind it.
+// Processes from the files of /proc. A process number may be reused before its files are read, so data for a handle is
+// valid only if the handle's process still runs afterwards.
 #include "platform/running_processes.h"
 
 #include <dirent.h>
@@ -21,11 +21,11 @@
 
 namespace {
 
-constexpr std::string_view kDeleted = " (deleted)";  // behind the path of a file that is gone
+constexpr std::string_view kDeleted = " (deleted)";  // follows the path of a deleted file
 constexpr LONG kNormalPriority = 8;
-constexpr DWORD kModuleBytes = sizeof(void*);  // of an HMODULE
+constexpr DWORD kModuleBytes = sizeof(void*);  // size of an HMODULE
 
-// False, with the last status set, if the list can't be read.
+// Returns false and sets the last status if the list cannot be read.
 bool ListProcesses(std::vector<DWORD>& ids) {
   const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir("/proc"), closedir);
   if (!folder) return FailWithErrno(errno);
@@ -39,7 +39,7 @@ bool ListProcesses(std::vector<DWORD>& ids) {
 
 std::string FileOf(DWORD id, const char* name) { return "/proc/" + std::to_string(id) + "/" + name; }
 
-// The name of the program's file; empty, with errno, if it may not be asked for or there is none.
+// The name of the program's file; empty, with errno, if it cannot be read.
 std::string ProgramName(DWORD id) {
   char path[PATH_MAX];
   const ssize_t length = readlink(FileOf(id, "exe").c_str(), path, sizeof path);
@@ -54,13 +54,13 @@ void CopyName(std::string_view name, LPWSTR target, std::size_t units) {
   target[wide.copy(target, units - 1)] = 0;
 }
 
-// False if the process has ended.
+// Returns false if the process has ended.
 bool Describe(DWORD id, PROCESSENTRY32W& entry) {
   const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(FileOf(id, "stat").c_str(), "re"), std::fclose);
   if (!file) return false;
   char line[1024];
   line[std::fread(line, 1, sizeof line - 1, file.get())] = '\0';
-  // "number (name) state parent ...": the name can hold anything, brackets too.
+  // The line is "number (name) state parent ..."; the name may contain anything, brackets too.
   const char* const open = std::strchr(line, '(');
   const char* const close = std::strrchr(line, ')');
   int parent = 0;
@@ -91,7 +91,7 @@ BOOL Next(Snapshot& snapshot, LPPROCESSENTRY32W entry) {
   return TRUE;
 }
 
-// The program of a handle's process; empty, with the last status set, on failure.
+// The program of a handle's process; on failure empty, with the last status set.
 std::string ProgramOf(HANDLE process) {
   const DWORD id = GetProcessId(process);
   if (id == 0) return {};
@@ -104,7 +104,7 @@ std::string ProgramOf(HANDLE process) {
   return name;
 }
 
-// Stands for the program itself.
+// The module handle of the program itself.
 HMODULE ProgramModule() { return reinterpret_cast<HMODULE>(std::uintptr_t(0x400000)); }
 
 }  // namespace

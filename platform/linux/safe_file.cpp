@@ -1,4 +1,4 @@
-// SafeFile on file descriptors.
+// SafeFile, implemented with file descriptors.
 #include "platform/safe_file.h"
 
 #include <fcntl.h>
@@ -22,12 +22,11 @@ namespace {
 
 constexpr std::size_t kCollected = 64 * 1024;
 constexpr int kTries = 100;
-constexpr std::size_t kMostNameBytes = 200;  // of the target's name in that of the file beside it
+constexpr std::size_t kMostNameBytes = 200;  // bytes of the target's name that the temporary file's name uses
 
-thread_local constinit SafeFileProgress::Tell t_tell = nullptr;
+thread_local constinit SafeFileProgress::Report t_report = nullptr;
 
-// Differs from those of other processes and of this one. One that is taken all the same, by the file of a process that
-// was killed, is passed over.
+// A number that no other SafeFile uses now. A file with this number that a killed process left behind is skipped.
 std::string NextNumber() {
   static std::atomic<unsigned> serial = 0;
   return std::to_string(getpid()) + std::to_string(serial.fetch_add(1, std::memory_order_relaxed));
@@ -35,10 +34,10 @@ std::string NextNumber() {
 
 }  // namespace
 
-// A link to nothing yet is followed as far as it can be told.
+// Links to files that do not exist yet are resolved as far as possible.
 std::string PathBehindLinks(const std::string& path) {
   struct stat facts;
-  if (lstat(path.c_str(), &facts) == 0 && !S_ISLNK(facts.st_mode)) return path;  // links in its folders don't matter
+  if (lstat(path.c_str(), &facts) == 0 && !S_ISLNK(facts.st_mode)) return path;  // links in its folders don't m
   char resolved[PATH_MAX];
   if (realpath(path.c_str(), resolved)) return resolved;
   const ssize_t length = readlink(path.c_str(), resolved, sizeof resolved);
@@ -48,9 +47,9 @@ std::string PathBehindLinks(const std::string& path) {
 }
 
 struct SafeFile::State {
-  std::string product_path;  // as given, for the reason
+  std::string product_path;  // for messages
   std::string target;
-  std::string temporary;  // empty when there is none to remove
+  std::string temporary;  // empty if there is nothing to remove
   std::string collected;
   ULONGLONG put = 0;  // bytes
   int descriptor = -1;
@@ -72,13 +71,13 @@ struct SafeFile::State {
     collected.clear();
   }
 
-  // Makes the temporary file, with the rights of the file that it will replace.
+  // Creates the temporary file with the permissions of the file that it will replace.
   bool Open() {
     if (const int refusal = RefusalToWrite(target)) return Fail(refusal);
     struct stat old;
     const bool there = stat(target.c_str(), &old) == 0;
-    if (there && !S_ISREG(old.st_mode)) return Fail(EACCES);  // a device or pipe would be gone for everybody
-    // A name that is as long as names may be leaves no room for more.
+    if (there && !S_ISREG(old.st_mode)) return Fail(EACCES);  // would remove it for all programs
+    // The target's name is cut, because a name of the greatest length leaves no room for the suffix.
     const std::string beside = target.substr(0, target.rfind('/') + 1 + kMostNameBytes);
     for (int i = 0; i < kTries && descriptor < 0; ++i) {
       temporary = beside + '~' + NextNumber() + ".tmp";
@@ -87,11 +86,12 @@ struct SafeFile::State {
     }
     if (descriptor < 0) {
       const int code = errno;
-      temporary.clear();  // not ours
+      temporary.clear();  // another process's file
       return Fail(code);
     }
     if (!there) return true;
-    // Only a privileged user can give a file away, or to a group that is not his; everybody else's new file is his own.
+    // Only a privileged user can change the owner, or set a group to which the user does not belong; others keep their
+    // own.
     if (fchown(descriptor, old.st_uid, old.st_gid) != 0 && errno != EPERM) return Fail(errno);
     return fchmod(descriptor, old.st_mode & 07777) == 0 || Fail(errno);
   }
@@ -104,7 +104,7 @@ struct SafeFile::State {
       bytes += written;
       count -= std::size_t(written);
       put += ULONGLONG(written);
-      if (t_tell) t_tell(put);
+      if (t_report) t_report(put);
     }
     return true;
   }
@@ -143,13 +143,13 @@ bool SafeFile::Commit() {
   State& state = *state_;
   if (state.descriptor < 0 || !state.PutCollected()) return false;
   if (fsync(state.descriptor) != 0) return state.Fail(errno);
-  // Some file systems report a failed write only here.
+  // Some file systems report a failed write only on close.
   const int closed = close(state.descriptor);
   state.descriptor = -1;
   if (closed != 0) return state.Fail(errno);
   if (rename(state.temporary.c_str(), state.target.c_str()) != 0) return state.Fail(errno);
   state.temporary.clear();
-  // The file has its name by now. What fails here is only the promise that the name outlasts a power cut.
+  // The file has its name already. If this fails, only the guarantee that the name survives a power failure is missing.
   const int flushed = FlushFolder(FolderOf(state.target));
   return flushed == 0 || state.Fail(flushed);
 }
@@ -163,9 +163,9 @@ std::string SafeFile::Reason() const {
   return "cannot write " + state_->product_path + ": " + ErrorText(DWORD(state_->status));
 }
 
-SafeFileProgress::SafeFileProgress(Tell tell) : m_outer(std::exchange(t_tell, tell)) {}
+SafeFileProgress::SafeFileProgress(Report report) : m_outer(std::exchange(t_report, report)) {}
 
-SafeFileProgress::~SafeFileProgress() { t_tell = m_outer; }
+SafeFileProgress::~SafeFileProgress() { t_report = m_outer; }
 
 LONG WriteFileSafely(LPCWSTR path, std::string_view bytes) {
   SafeFile file(path);

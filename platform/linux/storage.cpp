@@ -1,4 +1,4 @@
-// Storages as objects on the nodes of a tree in memory.
+// Storage objects, which refer to nodes of a tree in memory.
 #include "platform/storage.h"
 
 #include <cstdlib>
@@ -79,7 +79,7 @@ class Storage final : public NodeObject<IStorage> {
   }
 
  private:
-  // The last reference of a direct root writes; whoever wants to know how that went commits first.
+  // Releasing a direct root writes the file and ignores failures: commit before to see them.
   ~Storage() override {
     if (!is_root_ || node_->is_gone) return;
     const bool direct = (document_->mode & STGM_TRANSACTED) == 0;
@@ -232,7 +232,7 @@ HRESULT StgCreateDocfile(LPCWSTR path, DWORD mode, DWORD reserved, IStorage** st
   return Guarded([&] {
     const bool there = _waccess(path, 0) == 0;
     if (there && (mode & STGM_CREATE) == 0) return STG_E_FILEALREADYEXISTS;
-    // Whether the file can be written at all shows by beginning to.
+    // Starting to write shows whether the file can be written.
     if (const SafeFile probe(path); probe.Status() != ERROR_SUCCESS) return StorageCodeOf(probe.Status());
     auto document = std::make_shared<StorageDocument>();
     document->path = path;

@@ -1,4 +1,4 @@
-// An open compound file and what its objects share: the modes they take, the names, the facts they tell.
+// An open compound file, and the checks of modes and names that its objects share.
 #pragma once
 
 #include <memory>
@@ -10,15 +10,15 @@
 #include "platform/storage.h"
 
 struct StorageDocument {
-  std::u16string path;  // as it was given
+  std::u16string path;  // as the caller gave it
   DWORD mode = 0;
-  bool has_file = false;  // a file stands behind the tree: it was read from it, or committed to it
+  bool has_file = false;  // the tree was read from a file or committed to one
   bool changed = false;
   std::shared_ptr<StorageNode> root;
 
-  // Takes the tree from the file; on failure the old one stays.
+  // Reads the tree from the file; on failure the old tree stays.
   HRESULT Load();
-  // Begins with an empty tree.
+  // Starts with an empty tree.
   void Clear();
   // Writes the tree to the file.
   HRESULT Save();
@@ -27,7 +27,7 @@ struct StorageDocument {
   void Replace(std::shared_ptr<StorageNode> tree);
 };
 
-// S_OK, or what a call answers to such a mode. An element's also has to fit the mode of the storage that it lies in.
+// S_OK, or the failure for an invalid mode. An element's mode must also fit the mode of its storage.
 HRESULT CheckRootMode(DWORD mode);
 HRESULT CheckElementMode(DWORD mode, DWORD storage_mode, bool is_storage);
 bool CanRead(DWORD mode);
@@ -35,12 +35,12 @@ bool CanWrite(DWORD mode);
 HRESULT CheckElementName(LPCWSTR name);
 
 FILETIME StorageTimeNow();
-// A text that the caller frees with CoTaskMemFree.
+// Returns a copy that the caller frees with CoTaskMemFree.
 LPOLESTR CopyForCaller(std::u16string_view text);
-// Facts of a node under that name, which may be null.
+// Fills the data of a node. Optional: name.
 void FillFacts(const StorageNode& node, LPOLESTR name, DWORD mode, STATSTG* facts);
 
-// Runs a call; memory that is not there becomes its result.
+// Runs a call and converts std::bad_alloc to its result code.
 template <class Call>
 HRESULT Guarded(Call call) {
   try {
@@ -72,7 +72,7 @@ class Counted : public Interface {
   ULONG references_ = 1;
 };
 
-// An object that stands on a node and holds it open.
+// An object for a node; the node counts as open while the object exists.
 template <class Interface>
 class NodeObject : public Counted<Interface> {
  protected:
@@ -97,5 +97,5 @@ class NodeObject : public Counted<Interface> {
   const DWORD mode_;
 };
 
-// The stream object on a node, whose content is open. The caller has the only reference.
+// Creates the stream object of a node whose content is open. The caller owns the only reference.
 IStream* NewStreamObject(std::shared_ptr<StorageDocument> document, std::shared_ptr<StorageNode> node, DWORD mode);

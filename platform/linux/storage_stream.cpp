@@ -1,4 +1,4 @@
-// Stream objects: a position on a node's content.
+// Stream objects: a position in a node's content.
 #include "platform/linux/storage_document.h"
 
 namespace {
@@ -41,7 +41,7 @@ class Stream final : public NodeObject<IStream> {
     const ULONGLONG base = origin == STREAM_SEEK_SET   ? 0
                            : origin == STREAM_SEEK_CUR ? position_
                                                        : node_->content.Size();
-    const ULONGLONG to = base + ULONGLONG(distance.QuadPart);  // wraps for a negative distance
+    const ULONGLONG to = base + ULONGLONG(distance.QuadPart);  // wraps around for a negative distance
     if (distance.QuadPart < 0 ? to > base : to < base) return STG_E_INVALIDFUNCTION;
     position_ = to;
     if (position) position->QuadPart = to;

@@ -19,7 +19,7 @@ const StreamContent::Chunk* StreamContent::ChunkAt(std::size_t index) const {
   return index < chunks_.size() && !chunks_[index].empty() ? &chunks_[index] : nullptr;
 }
 
-// The bytes as the file has them, zeros behind its part.
+// Reads bytes from the file, and zeros after the file's part.
 HRESULT StreamContent::ReadFromFile(ULONGLONG at, BYTE* target, std::size_t bytes) const {
   const ULONGLONG behind = std::min(std::max(file_bytes_, at), at + bytes);
   std::memset(target + (behind - at), 0, std::size_t(at + bytes - behind));
@@ -55,12 +55,12 @@ HRESULT StreamContent::Read(ULONGLONG at, void* target, std::size_t bytes) const
   return S_OK;
 }
 
-// Gives the chunk memory of its own, with what the file has in that place.
-HRESULT StreamContent::Materialise(std::size_t index) {
+// Creates the chunk in memory with the file's bytes.
+HRESULT StreamContent::LoadChunk(std::size_t index) {
   if (index >= chunks_.size()) chunks_.resize(index + 1);
   Chunk& chunk = chunks_[index];
   if (!chunk.empty()) return S_OK;
-  if (index > 0) chunk.reserve(kChunk);  // a small stream has one chunk, which grows by itself
+  if (index > 0) chunk.reserve(kChunk);  // a small stream has one chunk, which grows on demand
   const ULONGLONG start = ULONGLONG(index) * kChunk;
   if (start >= file_bytes_) return S_OK;
   chunk.resize(std::size_t(std::min<ULONGLONG>(kChunk, file_bytes_ - start)));
@@ -73,10 +73,10 @@ HRESULT StreamContent::Write(ULONGLONG at, const void* source, std::size_t bytes
   if (at > compound::kMaxFileBytes || bytes > compound::kMaxFileBytes - at) return STG_E_MEDIUMFULL;
   const BYTE* from = static_cast<const BYTE*>(source);
   const ULONGLONG end = at + bytes;
-  // The partly overwritten chunks at both ends may need the file: first of all, as this can fail.
+  // Load the partly overwritten chunks at both ends first, because reading the file can fail.
   for (const ULONGLONG edge : {at, end}) {
     if (bytes == 0 || edge % kChunk == 0 || edge / kChunk * kChunk >= file_bytes_) continue;
-    if (const HRESULT result = Materialise(std::size_t(edge / kChunk)); FAILED(result)) return result;
+    if (const HRESULT result = LoadChunk(std::size_t(edge / kChunk)); FAILED(result)) return result;
   }
   while (at < end) {
     const std::size_t offset = std::size_t(at % kChunk);
@@ -88,7 +88,7 @@ HRESULT StreamContent::Write(ULONGLONG at, const void* source, std::size_t bytes
     const std::size_t behind = offset + part;
     if (chunk.size() < offset) chunk.resize(offset);
     const std::size_t over = std::min(chunk.size(), behind) - offset;
-    if (over != 0) std::memcpy(chunk.data() + offset, from, over);  // an empty chunk has no address
+    if (over != 0) std::memcpy(chunk.data() + offset, from, over);  // an empty chunk has a null address
     chunk.insert(chunk.end(), from + over, from + part);
     from += part;
     at += part;

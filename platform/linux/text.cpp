@@ -1,4 +1,4 @@
-// Text conversion and case on ICU. UTF-8 runs of ASCII, which most texts are, are copied without a decoder.
+// Text conversion and case, implemented with ICU. ASCII, the most frequent text, is copied without a decoder.
 #include "platform/text.h"
 
 #include <unicode/uchar.h>
@@ -12,14 +12,14 @@ namespace {
 
 constexpr UINT kCodePage1252 = 1252;
 
-// 0x80 to 0x9F of code page 1252; the five bytes without a character map to themselves.
+// 0x80 to 0x9F of code page 1252; the five undefined bytes map to themselves.
 constexpr char16_t kUpper1252[32] = {
     0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
     0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
     0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178,
 };
 
-// Collects what is written, or only counts it when there is no room asked for.
+// Collects the output, or only counts it if the caller gave no buffer.
 template <class Unit>
 class Sink {
  public:
@@ -28,7 +28,7 @@ class Sink {
     if (room_ != 0 && count_ < room_) target_[count_] = unit;
     ++count_;
   }
-  // The number of units, or 0 if they did not fit.
+  // The number of units; 0 if they do not fit.
   int Result() const {
     return (room_ != 0 && count_ > room_) || count_ > std::numeric_limits<int>::max() ? 0 : int(count_);
   }
@@ -95,7 +95,7 @@ int LengthOf(const Unit* text, int given) {
   return given >= 0 ? given : int(std::basic_string_view<Unit>(text).size()) + 1;
 }
 
-// Maps every character whose mapping is as long as itself, which all simple mappings within a plane are.
+// Maps every character whose mapping has the same length; this is true for all simple mappings within a plane.
 template <UChar32 (*Map)(UChar32)>
 DWORD MapUnits(char16_t* text, DWORD units) {
   for (DWORD i = 0; i < units;) {

@@ -1,4 +1,4 @@
-// Threads on pthreads.
+// Threads, implemented with pthreads.
 #include "platform/threads.h"
 
 #include <pthread.h>
@@ -29,38 +29,38 @@ pthread_mutex_t* Mutex(LPCRITICAL_SECTION section) {
   return std::launder(reinterpret_cast<pthread_mutex_t*>(section->storage));
 }
 
-// The addresses that the calling thread's frames may take, from low up to high.
+// The address range of the calling thread's stack.
 struct StackRange {
   std::uintptr_t low = 0;
   std::uintptr_t high = 0;
 };
 
-// Of this thread; high is 0 until it is first asked for. At one offset from the thread's register.
+// This thread's range; high is 0 until the first call.
 KV_FAST_THREAD_LOCAL constinit StackRange t_stack;
 
 [[gnu::noinline]] void FindStackRange() {
   StackRange& range = t_stack;
-  range.high = 1;  // asked
+  range.high = 1;  // marks it as determined
   pthread_attr_t attributes;
   if (pthread_getattr_np(pthread_self(), &attributes) != 0) return;
   void* lowest = nullptr;
   std::size_t size = 0;
   std::size_t guard = 0;
   if (pthread_attr_getstack(&attributes, &lowest, &size) == 0 && pthread_attr_getguardsize(&attributes, &guard) == 0) {
-    // Whether the guard lies inside the range differs between the main thread and others: it is taken off both times.
+    // The guard area is inside the range for some threads and outside for others: always exclude it.
     range.low = reinterpret_cast<std::uintptr_t>(lowest) + guard;
     range.high = reinterpret_cast<std::uintptr_t>(lowest) + size;
   }
   pthread_attr_destroy(&attributes);
 }
 
-// How many critical sections the calling thread is in.
+// The number of critical sections that the calling thread has entered.
 constinit thread_local int t_sections = 0;
 
 }  // namespace
 
 DWORD GetCurrentThreadId() {
-  // A forked child's only thread has another number than the one it was copied from, so the process is compared.
+  // After a fork the child's thread has another number than the cached one, so the process is compared.
   thread_local pid_t process = 0;
   thread_local DWORD id = 0;
   if (process != getpid()) {
@@ -76,49 +76,50 @@ namespace {
 
 using SteadyClock = std::chrono::steady_clock;
 
-// The ends of all threads, for whoever waits for some of them. Never destroyed: threads may outlive the statics.
-struct Ends {
+// Counts the ends of all threads and wakes the waiting ones. Never destroyed, because threads may outlive static
+// objects.
+struct ThreadExits {
   std::mutex lock;
   std::condition_variable changed;
   ULONGLONG count = 0;
 };
 
-Ends& TheEnds() {
-  static auto* ends = new Ends;
-  return *ends;
+ThreadExits& Exits() {
+  static auto* exits = new ThreadExits;
+  return *exits;
 }
 
 class Thread : public WaitableObject {
  public:
   explicit Thread(DWORD suspended = 0) : suspended_(suspended) {}
 
-  // The number is known once the thread itself has told it.
+  // Waits until the thread has published its number.
   DWORD AwaitId() const {
     id_.wait(0, std::memory_order_acquire);
     return id_.load(std::memory_order_acquire);
   }
-  void TellId(DWORD id) {
+  void PublishId(DWORD id) {
     id_.store(id, std::memory_order_release);
     id_.notify_all();
   }
 
   int Wait(int milliseconds) const override {
-    Ends& ends = TheEnds();
-    std::unique_lock guard(ends.lock);
+    ThreadExits& exits = Exits();
+    std::unique_lock guard(exits.lock);
     const auto ended = [&] { return ended_; };
-    if (milliseconds >= 0) return ends.changed.wait_for(guard, std::chrono::milliseconds(milliseconds), ended);
-    ends.changed.wait(guard, ended);
+    if (milliseconds >= 0) return exits.changed.wait_for(guard, std::chrono::milliseconds(milliseconds), ended);
+    exits.changed.wait(guard, ended);
     return 1;
   }
   void End() {
-    Ends& ends = TheEnds();
-    const std::lock_guard guard(ends.lock);
+    ThreadExits& exits = Exits();
+    const std::lock_guard guard(exits.lock);
     ended_ = true;
-    ++ends.count;
-    ends.changed.notify_all();
+    ++exits.count;
+    exits.changed.notify_all();
   }
 
-  // Change the count and give the one before; DWORD(-1), with the last status set, if that can't be.
+  // Change the suspend count and return the count before; on failure DWORD(-1), with the last status set.
   DWORD Suspend() {
     const std::lock_guard guard(lock_);
     const DWORD before = suspended_;
@@ -134,7 +135,7 @@ class Thread : public WaitableObject {
     if (before > 0 && --suspended_ == 0) resumed_.notify_all();
     return before;
   }
-  void StandWhileSuspended() {
+  void WaitWhileSuspended() {
     if (suspended_ == 0) return;
     std::unique_lock guard(lock_);
     resumed_.wait(guard, [&] { return suspended_ == 0; });
@@ -144,24 +145,25 @@ class Thread : public WaitableObject {
   static DWORD Refuse(LONG status) { return FailWithStatus(status) ? 0 : DWORD(-1); }
 
   std::atomic<DWORD> id_ = 0;
-  bool ended_ = false;  // under the lock of the ends
+  bool ended_ = false;  // protected by ThreadExits::lock
   std::mutex lock_;
   std::condition_variable resumed_;
-  std::atomic<DWORD> suspended_;  // changed under the lock
+  std::atomic<DWORD> suspended_;  // changed under lock_
 };
 
-// Of a thread that this module started, or that has named itself by the pseudo handle; else null.
+// The thread object of a thread that CreateThread started or that has used GetCurrentThread; else null.
 thread_local std::shared_ptr<Thread> t_thread;
 
-// Told when everything that the thread keeps for itself is gone: its end has to be the last that is seen of it.
+// Its destructor runs after the thread's other thread-local data is destroyed, so that the thread's end is its last
+// visible action.
 pthread_key_t EndKey() {
   static const pthread_key_t key = [] {
-    pthread_key_t made = 0;
-    pthread_key_create(&made, [](void* thread) {
+    pthread_key_t created = 0;
+    pthread_key_create(&created, [](void* thread) {
       const std::unique_ptr<std::shared_ptr<Thread>> ending(static_cast<std::shared_ptr<Thread>*>(thread));
       (*ending)->End();
     });
-    return made;
+    return created;
   }();
   return key;
 }
@@ -169,7 +171,7 @@ pthread_key_t EndKey() {
 const std::shared_ptr<Thread>& ThisThread() {
   if (!t_thread) {
     t_thread = std::make_shared<Thread>();
-    t_thread->TellId(GetCurrentThreadId());
+    t_thread->PublishId(GetCurrentThreadId());
     pthread_setspecific(EndKey(), new std::shared_ptr<Thread>(t_thread));
   }
   return t_thread;
@@ -191,7 +193,7 @@ void* RunThread(void* argument) {
   const std::unique_ptr<Start> start(static_cast<Start*>(argument));
   t_thread = start->thread;
   pthread_setspecific(EndKey(), new std::shared_ptr<Thread>(start->thread));
-  t_thread->TellId(GetCurrentThreadId());
+  t_thread->PublishId(GetCurrentThreadId());
   SuspensionPoint();
   start->routine(start->parameter);
   return nullptr;
@@ -214,7 +216,7 @@ HANDLE CreateThread(SECURITY_ATTRIBUTES*, std::size_t stackBytes, LPTHREAD_START
     FailWithStatus(ERROR_NOT_ENOUGH_MEMORY);
     return nullptr;
   }
-  static_cast<void>(start.release());  // the thread's
+  static_cast<void>(start.release());  // now owned by the thread
   const DWORD number = thread->AwaitId();
   if (id) *id = number;
   return AddHandle(std::move(thread));
@@ -233,7 +235,7 @@ DWORD ResumeThread(HANDLE handle) {
 }
 
 void SuspensionPoint() {
-  if (t_thread && t_sections == 0) t_thread->StandWhileSuspended();
+  if (t_thread && t_sections == 0) t_thread->WaitWhileSuspended();
 }
 
 // ---- waiting
@@ -245,7 +247,7 @@ class Deadline {
   explicit Deadline(DWORD milliseconds)
       : endless_(milliseconds == INFINITE), end_(SteadyClock::now() + std::chrono::milliseconds(milliseconds)) {}
   bool HasPassed() const { return !endless_ && SteadyClock::now() >= end_; }
-  // What is left, as Wait takes it.
+  // The remaining milliseconds in the form that Wait expects.
   int Left() const {
     if (endless_) return -1;
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(end_ - SteadyClock::now()).count();
@@ -271,30 +273,30 @@ DWORD WaitUntil(const WaitableObject& object, const Deadline& deadline) {
 
 using Waitables = std::vector<std::shared_ptr<WaitableObject>>;
 
-// No thread tells of the end of a process: then the objects are looked at again after a while.
-constexpr auto kBetweenLooks = std::chrono::milliseconds(10);
+// The end of a process wakes nobody, so processes are polled.
+constexpr auto kPollInterval = std::chrono::milliseconds(10);
 
 DWORD WaitForFirst(const Waitables& objects, const Deadline& deadline) {
-  Ends& ends = TheEnds();
+  ThreadExits& exits = Exits();
   const bool processes = !std::all_of(objects.begin(), objects.end(),
                                       [](const auto& object) { return dynamic_cast<const Thread*>(object.get()); });
   for (;;) {
-    std::unique_lock guard(ends.lock);
-    const ULONGLONG before = ends.count;
+    std::unique_lock guard(exits.lock);
+    const ULONGLONG before = exits.count;
     guard.unlock();
     for (std::size_t at = 0; at < objects.size(); ++at) {
       if (objects[at]->Wait(0) > 0) return DWORD(WAIT_OBJECT_0 + at);
     }
     if (deadline.HasPassed()) return WAIT_TIMEOUT;
     guard.lock();
-    const auto another = [&] { return ends.count != before; };
+    const auto another = [&] { return exits.count != before; };
     const int left = deadline.Left();
     if (processes) {
-      ends.changed.wait_for(guard, kBetweenLooks, another);
+      exits.changed.wait_for(guard, kPollInterval, another);
     } else if (left < 0) {
-      ends.changed.wait(guard, another);
+      exits.changed.wait(guard, another);
     } else {
-      ends.changed.wait_for(guard, std::chrono::milliseconds(left), another);
+      exits.changed.wait_for(guard, std::chrono::milliseconds(left), another);
     }
   }
 }

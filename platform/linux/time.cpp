@@ -1,4 +1,4 @@
-// Calendar fields: of the C library's times by its reentrant calls, of file times by the calendar of <chrono>.
+// Calendar fields: times of the C library with its thread-safe calls, file times with the calendar of <chrono>.
 #include "platform/time.h"
 
 #include <cerrno>

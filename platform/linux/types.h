@@ -23,7 +23,7 @@ using LCID = DWORD;
 using LSTATUS = LONG;
 using ACCESS_MASK = DWORD;
 using REGSAM = ACCESS_MASK;
-// A colour 0x00BBGGRR; its low 32 bits count.
+// A colour 0x00BBGGRR; only the low 32 bits are used.
 using COLORREF = unsigned long;
 
 using TCHAR = char16_t;
@@ -40,7 +40,7 @@ using LPDWORD = DWORD*;
 #define KV_TEXT_LITERAL(text) u##text
 #define _T(text) KV_TEXT_LITERAL(text)
 
-// Opaque handles. A null handle is "none" unless a call says otherwise.
+// Opaque handles. A null handle means "no object" unless a call says otherwise.
 struct HKEY__;
 struct HINSTANCE__;
 using HANDLE = void*;
@@ -65,21 +65,21 @@ inline constexpr BOOL TRUE = 1;
 inline constexpr DWORD MAX_PATH = 260;
 #define INVALID_HANDLE_VALUE (reinterpret_cast<HANDLE>(static_cast<std::intptr_t>(-1)))
 
-// Rights that each kind of object spells out in its own.
+// General access rights; each kind of object defines their meaning.
 inline constexpr ACCESS_MASK GENERIC_ALL = 0x10000000;
 inline constexpr ACCESS_MASK GENERIC_EXECUTE = 0x20000000;
 inline constexpr ACCESS_MASK GENERIC_WRITE = 0x40000000;
 inline constexpr ACCESS_MASK GENERIC_READ = 0x80000000;
 
-// A time: 100 ns units since the beginning of 1601, UTC.
+// A time in units of 100 ns since the beginning of 1601, UTC.
 struct FILETIME {
   DWORD dwLowDateTime;
   DWORD dwHighDateTime;
 };
-// Rights of a new object. Calls take one and ignore it: a null one is what they expect.
+// Access rights of a new object. Calls accept a null pointer and ignore any other.
 struct SECURITY_ATTRIBUTES;
 
-// Status codes, with the numbers that the platform's documentation gives them.
+// Status codes, with the numbers of the platform's documentation.
 inline constexpr LONG ERROR_SUCCESS = 0;
 inline constexpr LONG ERROR_FILE_NOT_FOUND = 2;
 inline constexpr LONG ERROR_PATH_NOT_FOUND = 3;

@@ -21,7 +21,7 @@ User Ask(uid_t id) {
 
 }  // namespace
 
-// The system's list of users is read once by each thread for each user that it meets.
+// Each thread reads the system's list of users once per user.
 User EffectiveUser() {
   thread_local std::optional<std::pair<uid_t, User>> known;
   const uid_t id = geteuid();

@@ -1,11 +1,11 @@
-// The user that this process works for, as the system's list of users has him.
+// The user of this process, from the system's list of users.
 #pragma once
 
 #include <string>
 
 struct User {
-  std::string name;  // the number, for a user who is not in the list, as in a container
-  std::string home;  // empty for him
+  std::string name;  // the user number if the user is not in the list
+  std::string home;  // empty if the user is not in the list
 };
 
 User EffectiveUser();

@@ -1,4 +1,4 @@
-// Texts of the product as the bytes that the system takes, and back.
+// Conversion between the product's text and the system's bytes (UTF-8).
 #pragma once
 
 #include <string>
@@ -6,12 +6,12 @@
 
 #include "platform/types.h"
 
-// Lone surrogates become U+FFFD. Null is empty.
+// Half surrogate pairs become U+FFFD. Null counts as empty.
 std::string Utf8FromWide(std::u16string_view text);
 std::string Utf8FromWide(LPCWSTR text);
-// Bytes that are no UTF-8 become U+FFFD.
+// Invalid bytes become U+FFFD.
 std::u16string WideFromUtf8(std::string_view bytes);
 
-// Gives a text to a caller's buffer by the rule that most calls share: its length if it fits with its terminator,
-// else the size needed with the terminator, and nothing is written.
+// Copies a text to a caller's buffer by the usual rule: returns the length if the text and its terminator fit,
+// otherwise the size needed with the terminator, and copies nothing.
 DWORD CopyToBuffer(std::u16string_view text, LPWSTR buffer, DWORD units);
