@@ -35,7 +35,7 @@ std::string Store(const std::function<void(CArchive&)>& write, int bufferBytes) 
 }
 
 void Load(std::string_view bytes, const std::function<void(CArchive&)>& read, int bufferBytes) {
-  std::vector<BYTE> copy(bytes.begin(), bytes.end());  // of its own, so that a sanitizer sees a step beyond its end
+  std::vector<BYTE> copy(bytes.begin(), bytes.end());  // a heap copy, so that sanitizers see reads after its end
   CMemFile file(copy.data(), copy.size());
   CArchive ar(&file, CArchive::load, bufferBytes);
   read(ar);

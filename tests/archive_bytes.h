@@ -1,4 +1,4 @@
-// Bytes in hexadecimal, and archives that are stored to memory and loaded from it.
+// Hexadecimal bytes, and archives in memory.
 #pragma once
 
 #include <functional>
@@ -9,19 +9,20 @@
 
 namespace kvtest {
 
-// Bytes from "FF FE 00", blanks ignored, and back with blanks.
+// Converts "FF FE 00" to bytes, ignoring blanks, and bytes to such a text.
 std::string Bytes(std::string_view hex);
 std::string Hex(std::string_view bytes);
 
-// What the callable writes.
+// Returns the bytes that the callable writes.
 std::string Store(const std::function<void(CArchive&)>& write, int bufferBytes = CArchive::kBufferBytes);
-// Lets the callable read the bytes. CauseOf gives the cause of the archive exception that it raises, or none.
+// Lets the callable read the bytes. CauseOf returns the cause of the archive exception that it raises, or
+// CArchiveException::none.
 void Load(std::string_view bytes, const std::function<void(CArchive&)>& read, int bufferBytes = CArchive::kBufferBytes);
 int CauseOf(std::string_view bytes, const std::function<void(CArchive&)>& read);
-// The same for anything that may raise one.
+// The same for any call.
 int CauseOf(const std::function<void()>& call);
 
-// Each shorter beginning of the bytes raises endOfFile; `behind` is called after each.
+// Expects that reading each proper prefix of the bytes raises endOfFile; calls `behind` after each.
 void ExpectPrefixesRaise(
     std::string_view bytes, const std::function<void(CArchive&)>& read, const std::function<void()>& behind = [] {});
 

@@ -1,4 +1,4 @@
-// Child processes of tests: what they answer, and a number that they share with their parent.
+// Child processes of tests: their results, and a number that they share with their parent.
 #pragma once
 
 #include <sys/mman.h>
@@ -10,7 +10,7 @@
 
 namespace kvtest {
 
-// Runs the body in a child process; true in it means success.
+// Runs the body in a child process; exit code 0 means that it returned true.
 inline pid_t InChild(const std::function<bool()>& body) {
   const pid_t child = fork();
   if (child == 0) _exit([&]() noexcept { return body() ? 0 : 1; }());

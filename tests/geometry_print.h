@@ -1,4 +1,4 @@
-// What tests of geometry share: values are shown when they differ, and rotations are computed by hand.
+// Helpers for geometry tests: printing of values, and rotation computed by hand.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -22,8 +22,8 @@ inline void ExpectNear(const FRVector& got, const FRVector& wanted, double toler
   ExpectNear(FRPosition() + got, FRPosition() + wanted, tolerance);
 }
 
-// The point turned about a unit axis through the origin, right-handed: its part along the axis stays, the part across
-// turns within its plane.
+// Rotates a point about a unit axis through the origin, right-handed: the part along the axis stays, the part across it
+// turns in its plane.
 inline FRPosition TurnByHand(const FRPosition& p, const FRVector& u, double angle) {
   const double along = p.x() * u.x() + p.y() * u.y() + p.z() * u.z();
   const double across[] = {p.x() - along * u.x(), p.y() - along * u.y(), p.z() - along * u.z()};

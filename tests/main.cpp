@@ -1,4 +1,4 @@
-// Runs one folder's tests in shuffled order with a printed seed, on a registry of their own.
+// Runs one folder's tests in shuffled order with a printed seed, with a private registry.
 #include <gtest/gtest.h>
 
 #include "tests/scratch.h"

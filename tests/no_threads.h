@@ -1,4 +1,4 @@
-// While it lives the process gets no more threads: each would need a stack that is larger than its addresses reach.
+// While it exists, no thread can be started: each would need a stack larger than the address space.
 #pragma once
 
 #include <pthread.h>

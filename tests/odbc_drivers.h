@@ -1,4 +1,4 @@
-// ODBC drivers for tests: those of the build's own registration, under other names if need be.
+// ODBC drivers for tests: those that the build registers, also under other names.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -13,7 +13,7 @@ namespace kvtest {
 
 inline CString ProductPath(const std::filesystem::path& path) { return ProductPathFromSystem(path.string()).c_str(); }
 
-// The library that the build registered for a driver's name.
+// The library that the build registered for a driver name.
 inline std::string DriverLibrary(const std::string& name) {
   const std::string text = ReadFile(KV_BIN_DIR "/../etc/kestrova/odbcinst.ini");
   const std::size_t section = text.find("[" + name + "]\nDriver=");
@@ -25,8 +25,8 @@ inline std::string DriverLibrary(const std::string& name) {
   return text.substr(begin, text.find('\n', begin) - begin);
 }
 
-// Makes SQLite the driver of Access files, in an odbcinst.ini of the tests' own, for this process and those that it
-// starts. The driver manager looks for that file once in a process: so this has to come ahead of every connection.
+// Registers SQLite as the driver of Access files for this process and its children, in an odbcinst.ini of the tests.
+// The driver manager reads this file once per process, so call this before any connection.
 inline void RegisterSQLiteForAccessFiles() {
   static const ScratchFolder folder;
   folder.Write("odbcinst.ini", "[Microsoft Access Driver (*.mdb, *.accdb)]\nDriver=" +

@@ -1,7 +1,7 @@
-// The main module's callbacks, of which a test needs one or two: those not named are null.
+// Registers the main module's callbacks that a test needs; all others are null.
 //
 //   kvtest::Register({.document = [] { return g_document; }});
-//   kvtest::Register({});  // none again
+//   kvtest::Register({});  // all null again
 #pragma once
 
 #include "share/core/document_callbacks.h"

@@ -1,4 +1,4 @@
-// Registry calls for tests: open keys, what stands in them byte by byte, and a registry of one's own for a while.
+// Registry calls for tests: open keys, values byte by byte, and a temporary registry.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -15,7 +15,7 @@ namespace kvtest {
 
 using Text = std::basic_string<TCHAR>;
 
-// An open key. Closed by the destructor.
+// An open key. The destructor closes it.
 class Key {
  public:
   Key() = default;
@@ -66,14 +66,14 @@ inline LSTATUS Set(HKEY key, LPCTSTR name, const Stored& value) {
                         DWORD(value.bytes.size()));
 }
 inline LSTATUS SetNumber(HKEY key, LPCTSTR name, DWORD number) { return Set(key, name, {REG_DWORD, Raw(number)}); }
-// The number, or the negative status.
+// Returns the number, or the negative status.
 inline LONGLONG Number(HKEY key, LPCTSTR name) {
   DWORD number = 0, size = sizeof number;
   const LSTATUS status = RegQueryValueExW(key, name, nullptr, nullptr, reinterpret_cast<BYTE*>(&number), &size);
   return status == ERROR_SUCCESS ? LONGLONG(number) : -LONGLONG(status);
 }
 
-// The same by the key's path; Put makes the key.
+// The same by the key's path. Put creates the key.
 inline void Put(HKEY under, LPCTSTR path, LPCTSTR name, const Stored& value) {
   Key key;
   ASSERT_EQ(RegCreateKeyExW(under, path, 0, nullptr, 0, KEY_WRITE, nullptr, &key, nullptr), ERROR_SUCCESS);
@@ -94,7 +94,7 @@ inline Stored Get(HKEY under, LPCTSTR path, LPCTSTR name) {
   return value;
 }
 
-// The names that an enumerating call gives, from number 0 up.
+// The names that an enumerating call returns, from index 0 on.
 template <class Enumerate>
 std::vector<Text> NamesBy(Enumerate enumerate) {
   std::vector<Text> names;
@@ -114,7 +114,7 @@ inline std::vector<Text> ValueNames(HKEY key) {
   });
 }
 
-// While it lives, the registry lies in that folder.
+// While it exists, the registry is in that folder.
 class RegistryIn {
  public:
   explicit RegistryIn(const std::filesystem::path& folder) { UseRegistry(folder); }

@@ -27,7 +27,7 @@ ScratchFolder::ScratchFolder(const std::filesystem::path& where) {
 }
 
 ScratchFolder::~ScratchFolder() {
-  std::error_code ignored;  // a test that took its own rights away leaves the folder behind, no more
+  std::error_code ignored;  // a test that removed its own permissions leaves the folder behind
   std::filesystem::remove_all(path_, ignored);
 }
 
@@ -55,7 +55,7 @@ unsigned PrintedSeed() {
     return unsigned(std::hash<std::string_view>()(test ? test->name() : ""));
   };
   const unsigned seed = draw();
-  std::cout << "seed " << seed << std::endl;  // now, should the test end in a crash
+  std::cout << "seed " << seed << std::endl;  // flushed in case the test crashes
   return seed;
 }
 

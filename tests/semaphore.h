@@ -1,5 +1,5 @@
-// A counting semaphore for tests whose threads wait for one another. The standard library's of GCC 12 can leave one of
-// several waiters asleep for ever (its bug 104928).
+// A counting semaphore for tests with several threads. The one in GCC 12's standard library can leave a waiting thread
+// asleep for ever (its bug 104928).
 #pragma once
 
 #include <condition_variable>

@@ -1,4 +1,4 @@
-// Connection strings: the product's, byte for byte, and reading any.
+// Connection strings: the product's exact strings, and parsing any string.
 #include "companions/database/connection_strings.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// Databases through ODBC: SQLite read and written, what is missing in one line, a server that doesn't answer.
+// Databases through ODBC: reading and writing SQLite, failures in one line, a server that does not answer.
 #include "companions/database/database.h"
 
 #include <arpa/inet.h>
@@ -22,7 +22,7 @@ using kvtest::ProductPath;
 using testing::HasSubstr;
 using Row = std::vector<std::string>;
 
-// Runs something that has to fail, and gives the exception's line.
+// Runs a call that must fail and returns the exception's line.
 template <class Call>
 std::string Failure(Call call) {
   try {
@@ -185,7 +185,7 @@ TEST_F(Database, TellsWhatIsMissingInOneLine) {
               HasSubstr("not a database"));
 }
 
-// A name or path must not bring along what a driver would obey, and no refusal repeats a password.
+// A name or path must not add options for a driver, and no failure text repeats a password.
 TEST_F(Database, ConnectionsThatSmuggleAreNotOpened) {
   const CString server = _T("Driver={SQL Server};SERVER=s;DATABASE=d;Uid=u;Pwd=secret");
   const std::pair<CString, const char*> rows[] = {
@@ -215,7 +215,7 @@ TEST_F(Database, AnInstallationsDriverGivesWayToTheMachines) {
   EXPECT_EQ(database_.GetDriverName(), kSQLiteDriver) << "found in the installation's registration";
 }
 
-// It accepts connections and never says a word.
+// The server accepts connections and sends nothing.
 TEST(DatabaseServer, ThatDoesNotAnswerFailsInTime) {
   kvtest::RegisterSQLiteForAccessFiles();
   const int listener = socket(AF_INET, SOCK_STREAM, 0);

@@ -1,4 +1,4 @@
-// The geometry companion under numbers that no model has: NaN, infinities, the ends of the range of doubles.
+// The geometry companion with numbers that no model has: NaN, infinities, the limits of double.
 #include <gtest/gtest.h>
 
 #include <algorithm>

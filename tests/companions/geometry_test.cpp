@@ -1,4 +1,4 @@
-// The geometry companion: the row-vector convention, the transforms that are made, tolerances and boxes.
+// The geometry companion: the row-vector convention, transforms, tolerances and boxes.
 #include <gtest/gtest.h>
 
 #include <random>

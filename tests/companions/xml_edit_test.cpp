@@ -1,4 +1,4 @@
-// XML documents that are changed and saved: every byte but the change stays.
+// Changing and saving XML documents: all other bytes stay.
 #include <gtest/gtest.h>
 
 #include "companions/xml/xml_document.h"
@@ -9,7 +9,7 @@ namespace {
 
 using namespace std::string_view_literals;
 
-// A document with the root loaded whole.
+// A document loaded with KeepWhole.
 struct Whole {
   explicit Whole(std::string_view text) {
     document.KeepWhole(true);

@@ -1,4 +1,4 @@
-// The XML documents that the product's readers are written against.
+// Reading XML documents as the product's readers use them.
 #include <gtest/gtest.h>
 
 #include "companions/xml/xml_document.h"
@@ -104,7 +104,7 @@ TEST(Xml, TellsMissingFromUnreadable) {
   EXPECT_EQ(document.LastFailure().kind, Kind::kNone);
 }
 
-// Written close together, apart, over lines, shortened by the parser, empty.
+// Attributes without gaps, with gaps, on several lines, shortened by the parser, and none.
 TEST(Xml, AttributesReadInARowAreThoseOfTheHandles) {
   using Rows = std::vector<std::pair<std::string_view, std::string_view>>;
   const std::pair<const char*, Rows> kCases[] = {

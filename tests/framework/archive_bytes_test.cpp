@@ -1,4 +1,4 @@
-// The archive's bytes, written by hand from the layout: what is stored is exactly these, and these load again.
+// The archive's bytes, written by hand from the layout: storing gives exactly these bytes, and they load again.
 #include <memory>
 #include <string>
 #include <vector>
@@ -9,10 +9,10 @@ namespace {
 
 using namespace kvtest;
 
-// "TNode", schema 1, not met before.
+// The class record of "TNode" with schema 1, the first time.
 const std::string kNewNode = Bytes("FF FF 01 00 05 00") + "TNode";
 
-// Each value takes its own width, and comes back from it.
+// Expects that the values are stored as these bytes and load again.
 template <class... Values>
 void ExpectStored(const char* hex, const Values&... values) {
   const std::string bytes = Store([&](CArchive& ar) { (ar << ... << values); });
@@ -104,8 +104,8 @@ TEST(ArchiveBytes, MappedObjectTakesANumberAndNoBytes) {
   });
 }
 
-// Numbers above 0x7FFE take the long tags: the class is 1, the first object 2, the last one with a short number the
-// 32,765th.
+// Numbers above 0x7FFE need long tags: the class has number 1, the first object 2, and the 32,765th object has the last
+// short number.
 TEST(ArchiveBytes, LongTagsBeginAboveNumber0x7FFE) {
   std::vector<std::unique_ptr<TLink>> links;
   for (int i = 0; i < 0x7FFF; ++i) links.push_back(std::make_unique<TLink>());
@@ -139,7 +139,7 @@ TEST(ArchiveBytes, LongTagsBeginAboveNumber0x7FFE) {
   });
 }
 
-// The same bytes whatever the buffer: values and texts across its end.
+// The buffer's size has no effect on the bytes, with values and texts across its end.
 TEST(ArchiveBytes, BufferSizeDoesNotShow) {
   TNode node(5);
   node.m_Text = CString(_T('q'), 300);

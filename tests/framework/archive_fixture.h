@@ -8,11 +8,11 @@
 
 namespace kvtest {
 
-// How many objects of the fixture's classes are alive.
+// The number of existing objects of the fixture's classes.
 inline int live_nodes = 0;
 
-// Owned children, a plain pointer and a text; schema 1, not versionable. An object that damaged bytes make where the
-// plain pointer stands is owned too, since nobody else would.
+// Owned children, a plain pointer and a text; schema 1, not versionable. If damaged bytes create an object for the
+// plain pointer, the node owns that object, because nobody else would.
 class TNode : public CObject {
   DECLARE_SERIAL(TNode)
 
@@ -31,7 +31,7 @@ class TNode : public CObject {
   TNode() { ++live_nodes; }
 };
 
-// Nothing but a link, owned; for chains.
+// One owned link, for chains.
 class TLink : public CObject {
   DECLARE_SERIAL(TLink)
 
@@ -43,8 +43,8 @@ class TLink : public CObject {
   TLink* m_pNext = nullptr;
 };
 
-// Two levels with a class record each; versionable, schemas 3 and 2. m_Seen is what GetObjectSchema answered at each
-// level.
+// Two levels, each with its own class record; versionable, schemas 3 and 2. m_Seen... is the result of GetObjectSchema
+// at each level.
 class TBase : public CObject {
   DECLARE_SERIAL(TBase)
 
@@ -67,7 +67,7 @@ class TDerived : public TBase {
   UINT m_SeenDerived = 0;
 };
 
-// Each shorter beginning of the bytes raises endOfFile, and leaves no object of the fixture behind.
+// Expects that reading each proper prefix of the bytes raises endOfFile and leaves no object behind.
 void ExpectEveryPrefixRaises(std::string_view bytes, const std::function<void(CArchive&)>& read);
 
 }  // namespace kvtest

@@ -1,5 +1,5 @@
-// Damaged and hostile archives: each ends in the exception that its damage calls for, takes no memory that its size
-// does not warrant, and leaves no object behind.
+// Damaged and hostile archives: each raises the exception for its damage, allocates no more than its size justifies,
+// and leaves no object behind.
 #include <cstdio>
 #include <memory>
 #include <random>
@@ -64,7 +64,7 @@ TEST(ArchiveHostile, CountBeyondTheDataAllocatesNothing) {
   EXPECT_TRUE(numbers.IsEmpty());
 }
 
-// What the wrong direction raises, with the archive's file name.
+// Reading while storing and storing while reading raise with the archive's file name.
 TEST(ArchiveHostile, WrongDirectionRaisesWithTheFileName) {
   CMemFile file;
   file.SetFilePath(_T("C:\\part.kv"));
@@ -86,14 +86,14 @@ TEST(ArchiveHostile, WrongDirectionRaisesWithTheFileName) {
   EXPECT_THROW(in >> value, CArchiveException);
 }
 
-// A chain of that many objects, each inside the one before.
+// The bytes of a chain of objects, each inside the one before.
 std::string Chain(int links) {
   std::string bytes = kNewLink;
   for (int i = 1; i < links; ++i) bytes.append("\x01\x80", 2);
   return bytes.append(2, '\0');
 }
 
-// scripts/test.sh leaves tests of this name out under the thread sanitizer.
+// scripts/test.sh skips tests named OfAMillion under the thread sanitizer.
 TEST(ArchiveHostile, LoadingAChainOfTenThousandWorksAndOfAMillionRaisesAndLeavesNothing) {
   const int before = live_nodes;
   Load(Chain(10'000), ReadAndDelete);
@@ -110,7 +110,7 @@ TEST(ArchiveHostile, StoringAChainOfAMillionRaises) {
   EXPECT_EQ(CauseOf([&] { Store([&](CArchive& ar) { ar << first.get(); }); }), CArchiveException::genericException);
 }
 
-// Every byte of a valid archive turned into others: an exception or a graph, and no object stays in either case.
+// Random changes of a valid archive: loading raises or gives a graph, and no object is left.
 TEST(ArchiveHostile, RandomDamageNeverCrashesOrLeaks) {
   TNode root(1);
   root.m_Text = _T("root");

@@ -1,4 +1,4 @@
-// Taking back a failed load: what it had made goes, what others own stays, nothing goes twice.
+// The clean-up of a failed load: its objects are deleted once, the objects of others stay.
 #include <memory>
 #include <string>
 #include <vector>
@@ -9,18 +9,18 @@ namespace kvtest {
 
 static std::vector<std::string> events;
 
-// Reads a list of commands: 'o' an owned reference, 'p' a plain one, 'd' deletes the object owned last, 'c' an owned
-// one whose failure is caught, '.' the end, any other raises. Its destructor deletes what it owns and asks what it
-// points to for its class.
+// Reads a list of commands: 'n' and a letter set the name, 'o' reads an owned reference, 'p' a plain one, 'd' deletes
+// the last owned object, 'c' reads a reference and catches a failure, '.' ends, and others raise. The destructor
+// deletes the owned objects and asks the plain one for its class.
 //
-// Not in a nameless namespace: a compiler that knows all classes below this one calls its destructor directly, past
-// what stands in the place of an object that has gone.
+// Not in a nameless namespace: a compiler that knows all derived classes calls the destructor directly, not the one of
+// the CObject that replaces a deleted object.
 class TScript : public CObject {
   DECLARE_SERIAL(TScript)
 
  public:
   TScript() { ++live_nodes; }
-  // The two may have been destroyed ahead of this: that is what is tested, and what a sanitizer would call wrong.
+  // Objects may be destroyed already here: that is what the test is for, and what a sanitizer would report.
   __attribute__((no_sanitize("vptr"))) ~TScript() override {
     --live_nodes;
     events.push_back(m_Name);
@@ -69,7 +69,7 @@ class ArchiveRollback : public testing::Test {
   void SetUp() override { events.clear(); }
   void TearDown() override { EXPECT_EQ(live_nodes, before_); }
 
-  // Reads one object from a text in which [ opens the record of a new object, and a digit stands for a reference.
+  // Converts a text to bytes: [ starts a new object, a digit is a reference to the object with that number.
   static std::string Script(std::string_view text) {
     std::string bytes;
     bool met = false;
@@ -92,8 +92,8 @@ class ArchiveRollback : public testing::Test {
 TEST_F(ArchiveRollback, DeletesEachObjectOnceAndOwnersFirst) {
   const std::pair<const char*, std::vector<std::string>> rows[] = {
       {"[nAo[nBo[nC.o[nD!", {"A", "B", "C", "D"}},
-      {"[nAo[nB.do[nC.!", {"B", "A", "C"}},  // A itself deletes B before the failure
-      // B comes through A's plain pointer; C, which is younger, owns it and deletes it once more.
+      {"[nAo[nB.do[nC.!", {"B", "A", "C"}},  // A deletes B itself before the failure
+      // A refers to B by its plain pointer; C, created later, owns B and deletes it again.
       {"[nAp[nB.p[nCo3p3.!", {"A", "A sees one", "B", "C"}},
   };
   for (const auto& [text, expected] : rows) {
@@ -121,7 +121,7 @@ TEST_F(ArchiveRollback, KeepsObjectsOfEarlierCallsAndOfOtherArchives) {
 }
 
 TEST_F(ArchiveRollback, ReferenceToAnObjectThatIsGoneRaises) {
-  // Within one call, and to an object of an earlier call that its owner has deleted.
+  // In one call, and to an object of an earlier call that its owner has deleted.
   EXPECT_EQ(CauseOf(Script("[nAo[nB.dp3."), [](CArchive& ar) { ar.ReadObject(nullptr); }), CArchiveException::badIndex);
   const auto read = [](CArchive& ar) {
     delete ar.ReadObject(nullptr);
@@ -131,7 +131,7 @@ TEST_F(ArchiveRollback, ReferenceToAnObjectThatIsGoneRaises) {
 }
 
 TEST_F(ArchiveRollback, AddressUsedAgainIsAnotherObject) {
-  // Each B has a good chance of the address of the one before.
+  // Each later object probably gets the address of the deleted one.
   const auto read = [](CArchive& ar) {
     std::unique_ptr<CObject> owner(ar.ReadObject(nullptr));
     EXPECT_NE(static_cast<TScript&>(*owner).m_pPlain, nullptr);
@@ -150,7 +150,7 @@ TEST_F(ArchiveRollback, CaughtFailureInsideLetsTheRestLoad) {
   EXPECT_EQ(CauseOf(Script("[nAc9o[nC.."), read), CArchiveException::none);
 }
 
-// A holds B, which it owns, and points to C, of which D is a part: nobody owns C.
+// A owns B and points to C, which contains D: nobody owns C.
 TEST_F(ArchiveRollback, UnwantedObjectsOfAWholeLoadGoAloneAndOnce) {
   Load(Script("[nAo[nB.p[nCo[nD..."), [&](CArchive& ar) {
     const std::unique_ptr<CObject> root(ar.ReadObject(nullptr));

@@ -1,4 +1,4 @@
-// Texts in an archive: each form of the length record, wide and narrow, and what a wrong length does.
+// Texts in an archive: each form of the length record, wide and narrow, and wrong lengths.
 #include <string>
 
 #include "tests/framework/archive_fixture.h"
@@ -10,7 +10,7 @@ using namespace kvtest;
 struct Form {
   std::size_t length;
   const char* wide;    // the length record of a wide text
-  const char* narrow;  // of a narrow one
+  const char* narrow;  // the length record of a narrow text
 };
 
 const Form kForms[] = {
@@ -43,7 +43,7 @@ TEST(ArchiveStrings, StoresWideWithTheShortestLengthRecord) {
     const auto read = [&](CArchive& ar) { ar >> loaded; };
     Load(bytes, read);
     EXPECT_TRUE(loaded == text) << form.length;
-    if (form.length <= 255) ExpectEveryPrefixRaises(bytes, read);  // of the longer ones that takes long
+    if (form.length <= 255) ExpectEveryPrefixRaises(bytes, read);  // longer texts would take too long
   }
   EXPECT_EQ(Hex(Store([](CArchive& ar) { AfxWriteStringLength(ar, 0xFFFFFFFF, /*wide=*/true); })),
             "FF FE FF FF FF FF FF FF FF FF FF FF FF FF 00 00 00 00");
@@ -99,7 +99,7 @@ TEST(ArchiveStrings, LengthBeyondTheDataRaisesBeforeAnythingIsAllocated) {
 
 TEST(ArchiveStrings, ReadIfEqualTakesAllOfAnEqualTextOrNothing) {
   const struct {
-    const char* bytes;  // a WORD stands ahead, so that the buffer is full, and behind
+    const char* bytes;  // a WORD comes before, which fills the buffer, and after
     LPCTSTR known;
     bool equal;
   } rows[] = {

@@ -1,14 +1,14 @@
-// References that are stored whole or not at all.
+// References that are stored completely or not at all.
 #include "tests/framework/archive_fixture.h"
 
 using namespace kvtest;
 
 namespace {
 
-// Not serial: storing one raises.
+// Not serial, so storing an object raises.
 class TForeign : public CObject {};
 
-// As a caller does that survives a reference which can't be stored.
+// Stores null instead of a reference that cannot be stored.
 void StoreOrNull(CArchive& ar, const CObject* object) {
   try {
     ar.WriteObjectWhole(object);
@@ -21,7 +21,7 @@ void StoreOrNull(CArchive& ar, const CObject* object) {
 }  // namespace
 
 TEST(ArchiveWhole, FailureInsideTakesBackBytesAndNumbers) {
-  // A small buffer is flushed in the middle of the object, a large one is not.
+  // The small buffer is flushed in the middle of the object, the large one is not.
   for (const int buffer : {128, 1 << 16}) {
     for (const std::size_t textLength : {3u, 200u, 5000u}) {
       TForeign foreign;

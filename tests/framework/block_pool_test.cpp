@@ -1,4 +1,4 @@
-// The pool of blocks: what is handed out is aligned, apart from everything else, and comes back on any thread.
+// The block pool: blocks are aligned and do not overlap, and any thread may free them.
 #include "framework/block_pool.h"
 #include "tests/scratch.h"
 
@@ -13,7 +13,7 @@
 
 namespace {
 
-// A block that knows what its bytes have to be.
+// A block with a known byte in all its places.
 struct Marked {
   unsigned char* at;
   std::size_t bytes;
@@ -24,7 +24,7 @@ struct Marked {
     std::memset(at, mark, bytes);
     return {at, bytes, mark};
   }
-  // False if somebody else has written to it.
+  // Frees the block. Returns false if its bytes have changed.
   bool Give() const {
     bool kept = true;
     for (std::size_t i = 0; i < bytes; ++i) kept = kept && at[i] == mark;
@@ -49,7 +49,7 @@ TEST(BlockPool, BlocksOfEverySizeAreAlignedAndApart) {
   BlockPool::Free(nullptr, 8);
 }
 
-// Each thread takes blocks and gives back whatever lies in the common store, its own and those of others.
+// Each thread allocates blocks into a common store and frees blocks from it, its own and others.
 TEST(BlockPool, BlocksComeBackOnAnyThread) {
   const unsigned seed = kvtest::PrintedSeed();
   std::mutex lock;
@@ -77,7 +77,7 @@ TEST(BlockPool, BlocksComeBackOnAnyThread) {
   EXPECT_EQ(spoilt, 0);
 }
 
-// Threads that come and go, their blocks given back by another: the pages of one round serve all.
+// Short-lived threads whose blocks another thread frees: all rounds use the pages of the first.
 TEST(BlockPool, PagesOfThreadsThatEndedServeTheNext) {
 #ifdef KV_BLOCKS_FROM_HEAP
   GTEST_SKIP() << "there are no pages";

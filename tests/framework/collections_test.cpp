@@ -1,4 +1,4 @@
-// The collections: order, positions and what they do at their ends, and their bytes in an archive.
+// The collections: order, positions, empty lists, and their bytes in an archive.
 #include <memory>
 #include <string>
 #include <vector>
@@ -15,7 +15,7 @@ using namespace kvtest;
 std::string NumberOf(int value) { return std::to_string(value); }
 std::string NumberOf(const CObject* node) { return std::to_string(static_cast<const TNode*>(node)->m_Number); }
 
-// The elements as text, walked from the head and checked against the walk from the tail.
+// The elements as text in list order; also counts them from the tail.
 template <class List>
 std::string Walk(const List& list) {
   std::string forward;
@@ -100,7 +100,7 @@ TEST_F(ObListTest, StoresCountAndReferences) {
   delete loaded.GetHead();
 }
 
-// Outside a ReadObject, what was read ahead of the failure is the caller's.
+// Outside ReadObject the caller owns the objects that were read before a failure.
 TEST_F(ObListTest, HoldsWhatWasReadAheadOfAFailure) {
   const std::string bytes = Bytes("03 00 FF FF 01 00 05 00 54 4C 69 6E 6B 00 00 02 00 09 00");
   EXPECT_EQ(CauseOf(bytes, [&](CArchive& ar) { list_.Serialize(ar); }), CArchiveException::badIndex);
@@ -186,7 +186,7 @@ TEST(List, KeepsOrderAndSerializesValues) {
   EXPECT_EQ(Walk(loaded), "1 3 1 3 ");
 }
 
-// A value without operators of its own may be kept, and is refused by the archive.
+// A value without archive operators can be in a list, and storing it raises.
 TEST(List, RefusesToSerializeWhatHasNoOperator) {
   CList<std::string> list;
   list.AddTail("x");

@@ -1,4 +1,4 @@
-// CFile on disk, in memory and on a stream of a compound file: the same operations, the same results.
+// CFile on disk, in memory and on a stream of a compound file: the same calls give the same results.
 #include "framework/file.h"
 
 #include <cstdlib>
@@ -128,7 +128,7 @@ TEST(MemFile, DetachGivesTheContentAway) {
   EXPECT_EQ(file.GetLength(), 0u);
 }
 
-// An archive on disk leaves the file where it has got to, so that others go on behind it.
+// An archive leaves the file at its own position, so that the caller can continue there.
 TEST(DiskFile, ArchiveLeavesTheFileAtItsOwnPosition) {
   const kvtest::ScratchFolder folder;
   CFile file(PathOf(folder, "a.kv"), CFile::modeReadWrite | CFile::modeCreate);

@@ -1,4 +1,4 @@
-// Run-time classes: kinds, casts, creation by name, and schema numbers as an archive keeps them.
+// Run-time classes: derivation, casts, creation by name, and schema numbers in archives.
 #include "framework/object.h"
 
 #include <memory>
@@ -99,7 +99,7 @@ TEST(Schema, EachLevelStoresItsClassRecord) {
 TEST(Schema, OlderLevelIsReadAsOldAndStaysSoInItsArchive) {
   const std::string oldBase = Bytes("FF FF 02 00 05 00") + "TBase";
   const std::string bytes = kDerived + Bytes("01 80") + oldBase + Bytes("01 00 03 00") +  // no m_New
-                            Bytes("01 80 01 80 03 80 07 00 09 00");                       // by numbers: as old
+                            Bytes("01 80 01 80 03 80 07 00 09 00");  // by numbers: the old schema again
   Load(bytes, [](CArchive& ar) {
     for (const WORD own : {WORD(3), WORD(9)}) {
       const std::unique_ptr<CObject> loaded(ar.ReadObject(RUNTIME_CLASS(TDerived)));

@@ -1,4 +1,4 @@
-// CString::Format: numbers as the C library prints them, text by UTF-16 units, and what doesn't fit left standing.
+// CString::Format: numbers as the C library prints them, text in UTF-16 units, and conversions that do not fit.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -15,7 +15,7 @@ std::string Formatted(const TCHAR* format, const Arguments&... arguments) {
   return ToUtf8(text);
 }
 
-// What the C library prints; the tests run in its "C" locale.
+// The C library's output; the tests run in its "C" locale.
 template <class... Arguments>
 std::string Printed(const std::string& format, Arguments... arguments) {
   char text[600];
@@ -23,7 +23,7 @@ std::string Printed(const std::string& format, Arguments... arguments) {
   return text;
 }
 
-// Compares each value in each shape under each letter with the C library.
+// Compares each value, shape and letter with the C library.
 template <class Number>
 void ExpectAsPrinted(std::string_view letters, std::initializer_list<const char*> shapes,
                      std::initializer_list<Number> values) {
@@ -36,8 +36,7 @@ void ExpectAsPrinted(std::string_view letters, std::initializer_list<const char*
   }
 }
 
-// Without the flags that C leaves undefined for a letter. %#g keeps one zero behind the point of a whole number, where
-// C may keep none.
+// Skips flags that C leaves undefined for a letter, and %#g, where whole numbers may have fewer zeros in C.
 TEST(TextFormat, NumbersLookAsTheCLibraryPrintsThem) {
   const auto whole = {0, 1, -1, 42, -123456, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()};
   ExpectAsPrinted("diuoxX", {"", "5", "-5", "05", ".0", ".3", "8.3", "-8.3"}, whole);

@@ -1,5 +1,5 @@
-// CString: construction, sharing, cutting, searching, changing, buffers, strings by number, the border to UTF-8. Format
-// is in text_format_test.cpp.
+// CString: construction, sharing, parts, searching, changing, buffers, strings by number, and UTF-8.
+// text_format_test.cpp tests Format.
 #include "framework/text.h"
 
 #include <gtest/gtest.h>
