@@ -1,37 +1,42 @@
-// The adapter by which the geometry kernel's persistence writes raw bytes into an archive.
+// CAFRArchiveStore, the adapter through which the geometry kernel's persistence writes raw bytes into an archive and
+// reads them from it.
 #pragma once
 
 #include "framework/archive.h"
 
-// A body of the geometry kernel. Only its name is needed here.
+// A body of the geometry kernel; never defined here.
 class MOD_BODY;
 
-// What the kernel's persistence reads from and writes to.
+// The store that the kernel's persistence writes to and reads from.
 class KVSHARE_API CPersistStoreBase {
  public:
   virtual ~CPersistStoreBase() = default;
   virtual void write(MOD_BODY* body) = 0;
-  // Gives the number of bytes written; unit is the caller's own.
+  // Returns the number of bytes written. unit is the size of one element; a store may ignore it.
   virtual ULONGLONG write(const void* data, ULONGLONG unit, ULONGLONG bytes) = 0;
   virtual void read(MOD_BODY* body) = 0;
-  // Gives the number of bytes that came.
+  // Returns the number of bytes read.
   virtual ULONGLONG read(void* data, ULONGLONG unit, ULONGLONG bytes) = 0;
 };
 
-// Bodies are not its affair: those two calls do nothing. The archive stays the caller's and has to outlive the store
-// and its copies; what it raises passes through.
+// Writes into one archive or reads from it, on that archive's thread. The archive belongs to the caller, must not be
+// null when bytes are written or read, and must outlive the store and its copies. Its exceptions pass through: after a
+// CFileException the archive is of no more use.
 class KVSHARE_API CAFRArchiveStore : public CPersistStoreBase {
  public:
   explicit CAFRArchiveStore(CArchive* archive) : m_pArchive(archive) {}
   CAFRArchiveStore(const CAFRArchiveStore&) = default;
   CAFRArchiveStore& operator=(const CAFRArchiveStore&) = default;
 
+  // Does nothing: bodies are stored by the kernel.
   void write(MOD_BODY* body) override;
-  // Only the low 32 bits of the count are written and all of it is returned: a data block above 4 GiB is cut without a
-  // word, as it always was. The unit isn't used.
+  // Writes as many bytes as the low 32 bits of the count say, but returns the whole count. A caller must split a block
+  // of 4 GiB or more. unit is ignored.
   ULONGLONG write(const void* data, ULONGLONG unit, ULONGLONG bytes) override;
+  // Does nothing.
   void read(MOD_BODY* body) override;
-  // As write, but the result tells how many bytes there were.
+  // Reads as many bytes as the low 32 bits of the count say. Returns the number read, which is smaller only at the end
+  // of the file. unit is ignored.
   ULONGLONG read(void* data, ULONGLONG unit, ULONGLONG bytes) override;
 
  private:

@@ -1,4 +1,4 @@
-// The texts of an audit trail, copied when one of several that share them changes, and the stamp that goes into them.
+// The shared texts of audit trails: copy on write, and the time stamp.
 #include "share/objects/audit_trail.h"
 
 #include <utility>

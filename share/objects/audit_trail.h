@@ -1,6 +1,14 @@
-// AuditTrail, who made a node and when, and who changed it last and when. One pointer; nodes with the same trail share
-// it, since most nodes of a document were made or changed together with others. An empty one allocates nothing. Copies
-// may be made and dropped on any thread, as a CString's.
+// AuditTrail, the four stamps of a node: who created it and when, who changed it last and when.
+//
+// A trail is a value of the size of one pointer. Copies share one block of four texts, because most nodes of a document
+// are created or changed together with others; Change() copies the block first if it is shared. The last trail that
+// uses a block deletes it. An empty trail has no block. Texts have no length limit.
+//
+// The trail has no record: QFObject stores it as the fields 5 to 7 and 11 of its record, four texts
+// (share/objects/object_record.cpp). Records of schema 1 and 2 lack lastModifiedBy, which then becomes createdBy.
+//
+// Nothing fails except by std::bad_alloc from Change(). Threads may copy, assign and destroy trails that share a block
+// at the same time; one trail object is used by one thread at a time.
 #pragma once
 
 #include <atomic>
@@ -12,10 +20,10 @@
 class KVSHARE_API AuditTrail {
  public:
   struct Texts {
-    CString createdBy;
-    CString dateCreated;
-    CString lastModified;
-    CString lastModifiedBy;
+    CString createdBy;       // user name
+    CString dateCreated;     // a stamp as Now() returns it
+    CString lastModified;    // a stamp
+    CString lastModifiedBy;  // user name
   };
 
   AuditTrail() = default;
@@ -35,14 +43,16 @@ class KVSHARE_API AuditTrail {
   }
   ~AuditTrail() { Release(); }
 
-  // The stamp of this moment, "date::time of day" as the environment tells them.
+  // The present local time as "MM/DD/YYYY::hh:mm", from the environment; empty without an environment.
   static CString Now();
 
-  // Good until this trail, or the last that shares its texts, is changed or dropped.
+  // The texts; all four are empty in an empty trail. The reference is valid until this trail is changed, assigned or
+  // destroyed.
   const Texts& Get() const { return m_pBody ? m_pBody->texts : Empty(); }
-  // The texts for changing, after making them this trail's own.
+  // The texts for writing; other trails keep theirs. The reference is valid until this trail is copied, assigned or
+  // destroyed: writing after a copy would change the copy, too.
   Texts& Change();
-  // Whether both have the same texts in the same memory; so have two that are empty.
+  // True if both trails use the same block, or both have none. Equal texts in two blocks give false.
   bool SharesWith(const AuditTrail& other) const { return m_pBody == other.m_pBody; }
 
  private:

@@ -1,6 +1,6 @@
-// QFCallbackHelper, the place where a module leaves the function that builds the user-interface companions of one
-// family of nodes. Each family has one, for the life of the process; the function is set at start and called by
-// QFObject::GetUiObject.
+// QFCallbackHelper, the slot for a module's function that builds the user-interface companions of one family of nodes.
+// Each family has one helper, which lives as long as the process. The module sets the function at start;
+// QFObject::GetUiObject calls it on the node's thread.
 #pragma once
 
 #include "platform/types.h"
@@ -10,10 +10,10 @@ class ui_QFObject;
 
 class KVSHARE_API QFCallbackHelper {
  public:
-  // Gives a new companion for the node, which will own it; null if the node has none.
+  // Returns a new companion, which the node then owns; null for a node without one.
   using UiObjCreateFn = ui_QFObject* (*)(QFObject* object);
 
-  // Null until set: nodes of the family then have no companion.
+  // Null until it is set: nodes of the family have no companion.
   UiObjCreateFn GetCBUiObjCreate() const { return m_pfnUiObjCreate; }
   void SetCBUiObjCreate(UiObjCreateFn create) { m_pfnUiObjCreate = create; }
 

@@ -1,4 +1,4 @@
-// The error flag's record and dump. Schemas: 1 the flag; 2 the type behind it.
+// The error flag's record and dump. Schemas: 1 stores the flag; 2 adds the type.
 #include "share/objects/flagged_error.h"
 
 #include "companions/geometry/constants.h"
@@ -22,7 +22,7 @@ LPCTSTR TextOf(FlaggedErrorEnum type) {
 
 }  // namespace
 
-// The limit is the float 32.002, which lies more than RESABS below the number.
+// The limit is the float nearest to 32.002, which is smaller than 32.002 by more than RESABS.
 bool HasFlaggedErrorRecord(float readStorageUnits) { return double(readStorageUnits) > double(32.002f) - RESABS; }
 
 CFlaggedError::CFlaggedError(const CFlaggedError& other)

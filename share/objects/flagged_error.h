@@ -1,5 +1,6 @@
-// CFlaggedError, the mark of a node that the user has to look at, such as one that a change of stock has made invalid.
-// A node that supports it gives its own from QFObject::GetFlag and owns it. Showing the mark is the module's business.
+// CFlaggedError, the mark on a node that the user has to check, for example because a change of stock made it invalid.
+// A node that supports the mark owns one and returns it from QFObject::GetFlag; it is used on the node's thread.
+// Modules show the mark.
 #pragma once
 
 #include <cstdio>
@@ -16,11 +17,11 @@ class KVSHARE_API CFlaggedError : public CObject {
   DECLARE_SERIAL(CFlaggedError)
 
  public:
-  // The flag is down at first. The id is that of the error's text in the module's resources.
+  // The flag starts as 0. id is the id of the error's text in the module's resources.
   CFlaggedError(int id, FlaggedErrorEnum type) : m_eFlaggedErrorType(type), m_iErrorStringID(id) {}
   CFlaggedError(const CFlaggedError& other);
   CFlaggedError& operator=(const CFlaggedError& other);
-  // A new record with the same five values, owned by the caller.
+  // Returns a new object with the same five values; the caller owns it.
   CFlaggedError* Clone() const { return new CFlaggedError(*this); }
 
   int GetFlag() const { return m_bFlag; }
@@ -28,20 +29,20 @@ class KVSHARE_API CFlaggedError : public CObject {
   void ResetFlag() { m_bFlag = 0; }
   FlaggedErrorEnum GetFlagErrorType() const { return m_eFlaggedErrorType; }
   void SetFlagErrorType(FlaggedErrorEnum type) { m_eFlaggedErrorType = type; }
-  // The id of the error's text; despite its name nothing is reported. -1 for none.
+  // Returns the id of the error's text, -1 for no text. It reports nothing, despite its name.
   int ReportError() const { return m_iErrorStringID; }
   void SetErrorString(int id) { m_iErrorStringID = id; }
-  // Whether the user may take the flag down.
+  // 1 if the user may clear the flag.
   int GetCanClearError() const { return m_bCanClearError; }
   void SetCanClearError(int flag) { m_bCanClearError = flag; }
-  // Whether the node can be edited while it is flagged.
+  // 1 if the node can be edited while the flag is set.
   int GetAllowEditingFlag() const { return m_bAllowEditing; }
   void SetAllowEditingFlag(int flag) { m_bAllowEditing = flag; }
 
-  // The class record (see HasFlaggedErrorRecord), the flag, the type. The other three values are not stored: they stay,
-  // and the owner sets them again. Raises what the archive raises.
+  // The record: class record (see HasFlaggedErrorRecord), flag, type, 32 bits each. The other three values are not
+  // stored; loading leaves them as they are, and the owner sets them. Passes the archive's exceptions on.
   void Serialize(CArchive& ar) override;
-  // Prints the fields; a null file is left alone.
+  // Prints the fields. A null file prints nothing.
   virtual void DumpData(FILE* file);
 
  protected:
@@ -55,6 +56,6 @@ class KVSHARE_API CFlaggedError : public CObject {
   int m_bAllowEditing = 0;
 };
 
-// Whether a document of that storage version holds a class record, and with it a type, for CFlaggedError: it does from
-// 32.002 on, that number itself included.
+// True if documents of that storage version have a class record, and so a type, for CFlaggedError: from version 32.002
+// on, 32.002 included.
 KVSHARE_API bool HasFlaggedErrorRecord(float readStorageUnits);

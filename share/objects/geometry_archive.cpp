@@ -1,4 +1,4 @@
-// Geometry values to and from an archive. The layouts stand in the header.
+// Geometry values to and from an archive. The header describes the layouts.
 #include "share/objects/geometry_archive.h"
 
 #include <cmath>

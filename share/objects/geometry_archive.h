@@ -7,8 +7,8 @@
 //   FRTransf               affine part, translation part, scaling part,       110
 //                          then rotate, reflect and shear flag, a WORD each
 //
-// Reading takes every bit pattern: what a damaged document holds comes in as it is, be it no number at all. All raise
-// what the archive raises; a value that is not whole is then left partly read.
+// Reading accepts every bit pattern: a damaged document can give NaN or infinite values. All operators pass the
+// archive's exceptions on; the value can then be partly read.
 #pragma once
 
 #include "companions/geometry/boxes.h"
@@ -28,6 +28,6 @@ KVSHARE_API CArchive& operator>>(CArchive& ar, FRMatrix& matrix);
 KVSHARE_API CArchive& operator<<(CArchive& ar, const FRTransf& transform);
 KVSHARE_API CArchive& operator>>(CArchive& ar, FRTransf& transform);
 
-// A direction is stored as an FRVector. Read, it keeps its bits if its length is 1 within RESNOR; any other length is
-// brought to 1, and what has no direction becomes (0, 0, 0).
+// A direction is stored as an FRVector. Reading keeps the bits of a vector whose length is 1 within RESNOR. It
+// normalises any other vector; one without a direction becomes (0, 0, 0).
 KVSHARE_API CArchive& operator>>(CArchive& ar, FRUnitVector& direction);

@@ -1,4 +1,4 @@
-// The table from id to first position.
+// The hash table from an id to its first position.
 #include "share/objects/internal/id_positions.h"
 
 #include <algorithm>
@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t kFewestSlots = 16;
 
-// Drawn once; any thread may be the first.
+// Drawn once per process, by the first thread that needs it.
 ULONGLONG ProcessSeed() {
   static const ULONGLONG seed = [] {
     std::random_device device;
@@ -47,7 +47,7 @@ void IdPositions::Reserve(std::size_t ids) {
 
 void IdPositions::CatchUp(const std::vector<DWORD>& ids) {
   if (m_known == ids.size()) return;
-  // Room for doubles too: a row that is mostly doubles is rare.
+  // Reserves for repeated ids, too: they are rare.
   Reserve(m_used + (ids.size() - m_known));
   for (; m_known < ids.size(); ++m_known) {
     Slot& slot = m_slots[PlaceOf(ids[m_known])];
@@ -86,13 +86,13 @@ void IdPositions::Enter(DWORD id, DWORD position) {
   }
 }
 
-// Frees the id's slot and moves what had been pushed past it back, so that every id is found from its home.
+// Frees the id's slot and moves displaced ids back into it, so that probing from each id's home slot still finds it.
 void IdPositions::Erase(DWORD id) {
   const std::size_t mask = m_slots.size() - 1;
   std::size_t hole = PlaceOf(id);
   --m_used;
   for (std::size_t at = (hole + 1) & mask; m_slots[at].position != kNone; at = (at + 1) & mask) {
-    if (((at - HomeOf(m_slots[at].id)) & mask) < ((at - hole) & mask)) continue;  // it doesn't reach back that far
+    if (((at - HomeOf(m_slots[at].id)) & mask) < ((at - hole) & mask)) continue;  // the hole is before its home slot
     m_slots[hole] = m_slots[at];
     hole = at;
   }

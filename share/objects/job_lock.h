@@ -1,11 +1,11 @@
-// What nodes and jobs share between threads: one short lock over the manager's list, the records' fields that belong
-// together, and the lists in which nodes hold their records. For the library's own folders, not for modules.
+// The job lock: one mutex for the job manager's list, the fields of job records that change together, and the lists in
+// which nodes hold their job records. Not public.
 //
-// A job's thread takes its record out of its node's list when it ends, at a time that nobody can foresee. A node is
-// used by one thread at a time, so it is these removals alone that its lists have to be guarded from, and only while
-// there are records: UsersLock costs one load otherwise.
+// A job's thread removes its record from its node's list when the job ends, at any time. All other changes of a node's
+// lists come from the one thread that uses the node. So the lists need the lock only while job records exist: without
+// records a UsersLock costs one atomic load.
 //
-// Who holds the lock calls nothing of a module, and waits for nothing.
+// Code that holds the lock must not call a module and must not wait.
 #pragma once
 
 #include <mutex>
@@ -14,10 +14,10 @@
 
 class QFObject;
 
-// The lock itself; never destroyed.
+// The mutex; it is never destroyed.
 std::mutex& TheJobLock();
 
-// How many records there are. Counted by the records, while a node holds them.
+// The number of job records that nodes hold. Each record adds 1 and later -1.
 void CountJobRecord(int change);
 bool AreThereJobRecords();
 
@@ -29,7 +29,7 @@ class JobLock {
   std::lock_guard<std::mutex> guard_;
 };
 
-// The lock over a node's lists of users, taken only if there are records.
+// Locks a node's lists of users; takes the mutex only if job records exist.
 class UsersLock {
  public:
   UsersLock() {
@@ -40,18 +40,18 @@ class UsersLock {
   std::unique_lock<std::mutex> guard_;
 };
 
-// Keeps a job's record alive after it was taken out of its node's list under the lock. Records are of a room above this
-// one, which sets the object when it builds its first record.
+// Keeps a job record alive after a node removed it from its list under the lock. share/jobs implements this interface
+// and sets the object with its first record.
 class JobRecordHolder {
  public:
   virtual bool IsRecord(const QFObject* user) const = 0;
-  virtual void Hold(QFObject* record) const = 0;     // under the lock
-  virtual void Release(QFObject* record) const = 0;  // not under the lock
+  virtual void Hold(QFObject* record) const = 0;     // call it under the lock
+  virtual void Release(QFObject* record) const = 0;  // call it without the lock
 
  protected:
   ~JobRecordHolder() = default;
 };
-// The object lives to the end of the process. Any thread may call.
+// The holder must exist until the process ends. Any thread may call.
 void SetJobRecordHolder(const JobRecordHolder* holder);
-// Not null while there are records.
+// Null before the first job record.
 const JobRecordHolder* GetJobRecordHolder();

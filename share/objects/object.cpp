@@ -1,4 +1,4 @@
-// The node's life, identity, stamps and companion, and the defaults that mean "not applicable".
+// The node's lifetime, identity, stamps and companion, and the defaults that mean "not applicable".
 #include "share/objects/object.h"
 
 #include <atomic>
@@ -12,8 +12,8 @@
 
 QFObject::QFObject() = default;
 
-// An object that this one points to may be gone already, if a failed load is being taken back: those that go through a
-// pointer ask it first what it is.
+// After a failed load, objects that this node points to may be deleted already (share/objects/object.h): code that
+// follows such a pointer first checks the object's class.
 QFObject::~QFObject() {
   delete std::exchange(m_pUiObject, nullptr);
   DestroyPattern();

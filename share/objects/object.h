@@ -1,15 +1,33 @@
-// QFObject, the node: what every feature, operation and tool of the modules derives from. It has a label, an audit
-// trail, an identity within its document, one of four states, an owner, the objects that use it, and on demand a
+// QFObject, the node: the base class of every feature, operation and tool of the modules. A node has a label, an audit
+// trail, an id within its document, one of four states, an owner, a list of the objects that use it, and on demand a
 // pattern and a user-interface companion.
 //
-// Almost every virtual operation has a default that means "not applicable here"; the library works through these
-// defaults and what the modules override. Results are values: 1 yes or done, 0 no, a null pointer for none; nothing
-// but Serialize raises, and null arguments are answered, not followed.
+// Almost every virtual operation has a default that means "not applicable"; modules override what they support. Results
+// are values: 1 for yes or done, 0 for no, null for no object. Only Serialize raises exceptions. Null arguments are
+// allowed.
 //
-// Ownership: a node owns its companion and its pattern manager. Pointers from node to node are plain. A node that goes
-// tells those that use it (RemoveFromUserObjectsList); it does not tell its owner, nor its original owner: who owns the
-// node ends those links first. Nodes have no lock and are used by one thread at a time; a job touches its node only
-// through HandleCommand, SetTimeTakenForGTP and Name, and takes its record out of the held list by itself.
+// Ownership: a node owns its companion and its pattern manager. Pointers between nodes own nothing. The destructor
+// calls RemoveFromUserObjectsList(this) on every node in its two lists of users. It does not remove the node from its
+// owner or from its original owner's list: remove it there before you delete it.
+//
+// Threads: one thread at a time uses a node; nodes have no lock. A job calls only HandleCommand, SetTimeTakenForGTP and
+// Name of its node, and removes its own record from the list of held users.
+//
+// Serialize of a derived class stores its own class record first, then the base's record, then its fields:
+//
+//   void Hole::Serialize(CArchive& ar) {
+//     ar.SerializeClass(RUNTIME_CLASS(Hole));
+//     const UINT schema = ar.GetObjectSchema();  // once, before the base: the base's record replaces it
+//     QFObject::Serialize(ar);
+//     if (ar.IsStoring()) ar << m_depth; else if (schema > 1) ar >> m_depth;
+//   }
+//
+// A failed load: if the outermost CArchive::ReadObject raises, the archive deletes every object that this call created,
+// in order of creation, and the caller gets no object. So a destructor can run although Serialize stopped halfway or
+// never ran, and after objects that it points to were deleted. Until the archive is done, a deleted object answers as a
+// plain CObject: call IsKindOf or DYNAMIC_DOWNCAST before you use a pointer to another node. Objects of earlier calls
+// stay and belong to the caller, but their lists of users may still hold deleted nodes of the failed call: end with
+// them, too, or load a document as one root object.
 #pragma once
 
 #include "share/core/base_object.h"
@@ -33,27 +51,29 @@ class KVSHARE_API QFObject : public QFBaseObject {
   DECLARE_SERIAL(QFObject)
 
  public:
-  // No id, no stamp, no entry in an indexer yet: see onCreate and GetUiObject.
+  // A new node has no id, no stamps and no entry in an indexer: see onCreate and GetUiObject.
   QFObject();
-  // Deletes the companion, then the pattern, then leaves everything that uses this node.
+  // Deletes the companion, then the pattern manager, then calls DetachFromAllUserObjects.
   ~QFObject() override;
 
   CString GetClassNameW() override;
   void DumpData(FILE* file) override;
-  // The record; its layout stands in share/objects/object_record.cpp. Raises what the archive raises.
+  // Stores or loads the record; share/objects/object_record.cpp describes the layout. Passes the archive's exceptions
+  // on. A user that cannot be stored raises; an owner, original owner or pattern manager that cannot be stored becomes
+  // null, which only the status word reports (share/objects/storage_status.h): look at it after saving, too.
   void Serialize(CArchive& ar) override;
   void OnPostLoadFromStorageNotify() override;
   CRuntimeClass* GetRuntimeClassForAutoIndexing() override;
 
   // ---- the slots of every node, in this order
 
-  // The node's error flag, owned by the node; null if its class has none.
+  // The node's error flag, owned by the node; null for a class without one.
   virtual CFlaggedError* GetFlag();
-  // Asks the node, a document, something or tells it. The argument is the address of the value that the message's
-  // number stands for (share/core/core_messages.h). 0 if the node doesn't know the message.
+  // Handles a core message, mostly sent to a document. argument is the address of the value that belongs to the message
+  // (share/core/core_messages.h). 0 for an unknown message.
   virtual int SendQFCoreMessage(QF_CORE_MESSAGE_ID message, ULONGLONG argument, LONGLONG extra);
-  // To be called by whoever has made a new node: enters it in the active document's indexer (share/objects/
-  // object_indexer.h), which draws its id. Does nothing without an indexer.
+  // Call it after you create a node: it enters the node in the active document's indexer
+  // (share/objects/object_indexer.h), which gives it an id. Does nothing without an indexer.
   virtual void onCreate();
 
   virtual CString Name();
@@ -63,20 +83,20 @@ class KVSHARE_API QFObject : public QFBaseObject {
   // A value outside QFObjState is ignored.
   virtual void SetState(QFObjState state);
   virtual int IsEditable() const;
-  // 1 if the node is suppressed, or not editable, or below a suppressed owner. Owners are asked up to 4096 levels
-  // above: a ring, which only damaged bytes can make, counts as not suppressed.
+  // 1 if the node is suppressed or not editable, or if an owner is, up to 4096 levels above. A cycle of owners, which
+  // only a damaged file can have, counts as not suppressed.
   virtual int IsSuppressed1() const;
-  // Whether it makes sense to suppress the node: not below a suppressed owner.
+  // 0 below a suppressed owner, where suppressing the node changes nothing; else 1.
   virtual int CanSuppress() const;
   virtual int CanEditLabel() const;
   virtual int CanHide() const;
-  // The given bits of the status word. Bit 2 is the display flag, the others belong to the modules.
+  // The status word ANDed with bits. The value 2 is the display flag; modules use the other bits.
   virtual int GetNodeStatus(unsigned short bits) const;
-  // With on nonzero sets the bits. Otherwise the word is ANDed with the logical negation of bits, not their complement:
-  // any bits clear the whole word, and no bits leave its lowest. That is required.
+  // Nonzero on: sets the bits. Zero on: nonzero bits clear the whole word, and bits 0 keeps only its lowest bit. Kept
+  // for existing modules.
   virtual void SetNodeStatus(unsigned short bits, int on);
-  // What the nodes of a list have in common; a null or empty list has no children. The list is read up to its first
-  // null. "All" and "none" go by the first child; one that differs gives "mixed".
+  // What the nodes of a list have in common. "No children" for a null or empty list. Compares each child with the
+  // first one, up to the first element that is null or no node; a difference gives "mixed".
   virtual e_QFSelSetDisplayState GetChildrenDisplayState(CObList* children);
   virtual e_QFSelSetSuppressState GetChildrenSuppressedState(CObList* children);
   virtual int IsLocked() const;
@@ -84,171 +104,176 @@ class KVSHARE_API QFObject : public QFBaseObject {
   virtual e_QFSelSetLockState GetChildrenLockedState(CObList* children);
   virtual int CanHideDisplay();
 
-  // Copies state and label to the target. Does nothing for null.
+  // Copies state and label to the target; nothing for null.
   virtual void AssociateParameters(QFObject* target);
   virtual COMPARE_RESULT Compare(QFObject* other);
-  // Whether the object may be dropped here, and the drop itself. A pattern manager stands for its base object; a node
-  // refuses everything else, and itself.
+  // IsDragOverValid returns 1 if the object may be dropped on this node; DoPaste drops it. For a pattern manager, both
+  // call themselves with its base object. The defaults refuse every other object, and a manager of this node.
   virtual int IsDragOverValid(QFObject* object, unsigned long flags);
   virtual int DoPaste(QFObject* object, QFObject* target, unsigned long flags);
-  // What shared code may know of the node's parameters; owned by the node, null if its class has none.
+  // The node's parameters that shared code may read; owned by the node, null for a class without them.
   virtual const QFParamHelper* GetParamHelper() const;
 
-  // The object is going, or doesn't use this node any longer: takes it out of both lists, wherever it stands there, and
-  // ends its being the original owner. 1 if it stood in a list.
+  // Removes every occurrence of the object from both lists of users. If it is the original owner, that becomes null.
+  // Call it when the object no longer uses this node. 1 if a list held the object.
   virtual int RemoveFromUserObjectsList(QFObject* object);
-  // 1 for the original owner and for the objects of both lists; 0 for null.
+  // 1 for the original owner and for an object in either list; 0 for null.
   virtual int GetIsUsingThisObject(QFObject* object);
 
   virtual int GetIsPatternSupported();
-  // The point of the node that a pattern repeats. 0, with the position left alone, if it has none.
+  // Sets position to the point of the node that a pattern repeats: 1. Without such a point: 0, position unchanged.
   virtual int GetRefPointForPattern(FRPosition& position);
-  // 1 if there is no pattern to rebuild.
+  // The pattern manager's result; 1 without a pattern.
   virtual int RebuildPattern();
-  // How many times the node stands there because of its pattern: 1 without one. With activeOnly 0 it is 1, too, as it
-  // is the pattern manager's own number: that is required.
+  // Nonzero activeOnly: the number of active instances of the node's pattern, 1 without an active pattern. Zero: the
+  // instances of the pattern manager itself as a node, so normally 1. Kept for existing modules.
   virtual int GetNumPattInstances(int activeOnly);
   // 1 for a pattern manager.
   virtual int GetIsPatternObject();
-  // Owned by the node; null without a pattern.
+  // The pattern manager, owned by the node; null without a pattern.
   virtual QFObjectPatternMgr* GetPatternMgr();
-  // What the directions of a pattern may be; the owner's answer, null if nobody restricts them.
+  // The restriction of a pattern's directions: the owner's, up to 4096 levels above; null for no restriction.
   virtual QFDirectionRestriction* GetPatternDirectionRestriction();
   virtual QFDirectionRestriction* GetLinearPatternDirectionRestriction();
-  // Which type of pattern number index is restricted to; 0 and type none if it isn't.
+  // Sets type to the pattern type to which restriction number index limits the node: 1. Otherwise 0 and type none.
   virtual int GetPatternRestriction(int index, QFeObjectPatternType& type);
 
-  // Takes over state, node status, display colour, result of comparison, registered name and pattern. 0 for null.
+  // Copies state, status word, display colour, compare result, registered name and pattern of the source: 1. 0 for
+  // null.
   virtual int CopyParameters(QFObject* source);
-  // A new node like this one, owned by the caller; null if its class can't be cloned.
+  // A new node like this one, owned by the caller; null for a class that cannot be cloned.
   virtual QFObject* Clone();
 
-  // Carries out a command, which the context's number names, or hears of a job's end. Its result becomes the job's
-  // status; param may be replaced. Called on the job's thread.
+  // Runs the command with number context, or handles the end of a job (share/objects/job_enums.h). The result becomes
+  // the job's status. It may replace param, which is then the job's parameter. Called on the job's thread, or on the
+  // thread that QFeCommandType names.
   virtual QFeThreadStatus HandleCommand(QFeCommandType type, unsigned context, void*& param);
-  // As IsLocked, for classes that do more than check there.
+  // As IsLocked without side effects, for classes whose IsLocked has some.
   virtual int IsLockedCheckOnly() const;
 
  protected:
   virtual void iCreate();
 
  public:
-  // Where the node's family keeps the function that builds companions; null for none.
+  // The helper of the node's family with the function that builds companions; null for no companions.
   virtual QFCallbackHelper* GetCallbackHelper();
 
-  // Makes the node nobody: no id, no label. 1 if done.
+  // Clears id and label: 1. An override may refuse: 0.
   virtual int Invalidate();
-  // With an object: that object is merged away, into this one, by other->Merge(null). With null: this node invalidates
-  // itself. The result is Invalidate's, and stays readable.
+  // With another node: merges that node into this one by other->Merge(null). With null: invalidates this node; IsMerged
+  // then returns 1 if Invalidate did. Returns 1 if the merged node was invalidated.
   virtual int Merge(QFObject* other);
   virtual int IsMerged();
   virtual void SetMergeInProgress(int flag);
   virtual int IsMergeInProgress();
 
-  // Into the bin and back, always 1. In the bin the node keeps its owner, has the owner as original owner too, and
-  // stands in its list of users. Restore gives state ACTIVE whatever it was.
+  // Recycle sets state DELETED and makes the owner the original owner, so that the node is in the owner's list of
+  // users. Restore sets state ACTIVE, whatever it was, and clears the original owner. Always 1.
   virtual int Recycle();
   virtual int Restore();
   virtual int IsRecycled();
-  // Always 1. A node has one state: an unlocked one is active, whatever it was before.
+  // Set state LOCKED, and ACTIVE whatever it was before. Always 1.
   virtual int LockThis();
   virtual int UnLockThis();
 
-  // 0x00BBGGRR; all ones means none. Bits above the low 32 are dropped. Always 1.
+  // 0x00BBGGRR; 0xFFFFFFFF for no colour. Only the low 32 bits are used. Always 1.
   virtual int SetDisplayColor(unsigned long color);
   virtual unsigned long GetDisplayColor() const;
 
-  // Drops the text: that is required. A class that keeps one overrides both.
+  // The default ignores the text. A class with a description overrides both.
   virtual void SetNodeDesc(CString text);
   virtual CString GetNodeDesc() const;
-  // The name under which the node is indexed if it isn't its run-time class's; else empty.
+  // The name under which the indexer lists the node; empty for the name of its run-time class.
   virtual CString GetRegisterNodeName();
 
-  // Print for support staff; a null file is left alone. The first prints nothing here.
+  // Print for support staff; nothing for a null file. The default of the first prints nothing.
   virtual void DumpKestrovaObjects(FILE* file);
   virtual void DumpUserObjs(FILE* file);
 
-  // The time that the last measured job took, as text.
+  // The duration of the last measured job, as text.
   virtual void SetTimeTakenForGTP(CString text);
   virtual CString GetTimeTakenForGTP();
 
   virtual int IsRebuildReqOnStockChange();
   virtual int IsDirtyOnStockChange();
-  // Takes the error flag down and tells the companion, which is built if need be.
+  // Clears the error flag and calls ResetFlagForStockChange of the companion, which is built if necessary.
   virtual void ResetFlagForStockChange();
 
   // ---- identity and stamps
 
-  // The id within the document. A node without one asks the main module for the next (GetNextObjectIdCB) and keeps it;
-  // 0, to be asked again, if there is none to be had.
+  // The id within the document. A node without one gets the next from the main module (GetNextObjectIdCB) and keeps it.
+  // 0 if the main module gives none; the next call tries again.
   unsigned GetObjectId();
-  // "CLASS-ID".
+  // "CLASS-ID", with the class name of GetClassNameW.
   CString GetObjNamePlusObjID();
-  // Stamps the node with "date::time of day" and the user's name, both the environment's.
+  // Sets the two stamps of the last change to the present time and user (share/objects/audit_trail.h). The environment
+  // must exist.
   void UpdateLastModified();
   CString GetCreatedBy() const { return m_Trail.Get().createdBy; }
   CString GetDateCreated() const { return m_Trail.Get().dateCreated; }
   CString GetLastModified() const { return m_Trail.Get().lastModified; }
   CString GetLastModifiedBy() const { return m_Trail.Get().lastModifiedBy; }
-  // The class name under which the indexer holds the id; empty if it doesn't.
+  // The class name under which the indexer lists the id; empty if it does not.
   const CString& GetRegNameForAutoIndexing() const { return m_RegName; }
   void SetRegNameForAutoIndexing(const CString& name) { m_RegName = name; }
 
-  // The companion, owned by the node; null if no module makes one. While there is none, each call tries to build it and
-  // stamps the node; the first one also fills the stamps of its creation.
+  // The companion, owned by the node; null if no module builds one. While there is none, each call tries to build it
+  // and sets the stamps of the last change, and the stamps of the creation where they are empty.
   ui_QFObject* GetUiObject();
 
   // ---- links to other nodes
 
   QFObject* GetOwner() const { return m_pOwner; }
   void SetOwner(QFObject* owner) { m_pOwner = owner; }
-  // The owner at the time of recycling. Setting it takes the node out of the former one's lists of users and puts it
-  // at the end of the new one's.
+  // The owner at the time of recycling. Setting it removes the node from the previous one's lists of users and appends
+  // it to the new one's. Null only removes.
   QFObject* GetOriginalOwner() const { return m_pOriginalOwner; }
   void SetOriginalOwner(QFObject* owner);
-  // The counterpart in a comparison, its id at that moment, and the result.
+  // The matching node of a comparison, its id when it was set, and the result. The pointer is not updated when that
+  // node is deleted.
   QFObject* GetMatch() const { return m_pMatch; }
   void SetMatch(QFObject* match);
   unsigned GetMatchId() const { return m_MatchId; }
   COMPARE_RESULT GetCompareResult() const { return m_CompareRes; }
   void SetCompareResult(COMPARE_RESULT result) { m_CompareRes = result; }
 
-  // Puts the object at the end of the list of those that use this node, or with held nonzero of those that do so only
-  // for the time being, which is never stored. It then stands in that list once and not in the other. 0 for null or for
-  // want of memory, else 1.
+  // Appends the object to the list of users, or with nonzero held to the list of held users, which is never stored. The
+  // object is then in that list once and not in the other. 1; 0 for null or without memory.
   int AddToUserObjectsList(QFObject* object, int held);
-  // These see only the list that is stored. GetAllUserObjects appends to the list given.
+  // These use only the stored list. GetAllUserObjects appends to the given list; nothing for null.
   int GetCountOfUserObjects() const { return m_UserObjects.GetCount(); }
   void GetAllUserObjects(CObList* objects) const;
-  // The same without a copy, until the list changes: nothing if objects have been taken out between others, or there
-  // are none.
+  // The same elements without a copy, valid until the list changes. Empty after a removal from the middle of the list:
+  // use GetAllUserObjects then.
   std::span<CObject* const> UserObjectsAsTheyLie() const { return m_UserObjects.Elements(); }
-  // Empties both lists and tells each object that this node is gone. Job records among them are destroyed by that.
+  // Empties both lists and calls RemoveFromUserObjectsList(this) on each node in them, which deletes a job record.
   void DetachFromAllUserObjects();
-  // Keeps the first occurrence of each.
+  // Keeps the first occurrence of each object in the stored list.
   void RemoveDuplicatesFromUserObjects();
 
   // ---- pattern
 
-  // 1 if there is a pattern manager now; 0 if the class supports none.
+  // Creates the pattern manager if there is none: 1. 0 for a class without patterns.
   int CreatePattern();
-  // Always 1.
+  // Deletes the pattern manager, if there is one. Always 1.
   int DestroyPattern();
   int GetIsPatterned() const { return m_pPatternMngr != nullptr; }
-  // Copies the other manager's pattern; null destroys the node's own. 0 if the node can't have one.
+  // Copies the other manager's pattern: 1. Null deletes the node's own pattern manager: 1. 0 if the node cannot have a
+  // pattern.
   int SetPatternMgr(QFObjectPatternMgr* source);
 
   int IsSuppressed() const { return IsSuppressed1(); }
 
-  // Lets the job manager run command number context of this node. 0 if there is no manager or it refuses; else the
-  // job's thread, or 1 if the command has run already.
+  // Requests a job that runs command number context of this node. param is null or a QFThreadDataLink of the caller
+  // (share/jobs/job_link.h). Returns the id of the job's thread, 1 if the command ran during this call, or 0 without a
+  // job manager or if it refuses the job.
   int RunCommand(unsigned context, void* param, QFeThreadType type, QFeThreadEndType endType);
 
-  // Does nothing; kept for modules that call it.
+  // Does nothing; kept for existing modules that call it.
   static void FindDangling(int);
 
  protected:
-  // All four stamps, for a class that takes a node over from elsewhere.
+  // Sets all four stamps, for a class that imports a node.
   void SetStamps(const AuditTrail::Texts& stamps) { m_Trail.Change() = stamps; }
 
   CString m_Label;
@@ -261,11 +286,11 @@ class KVSHARE_API QFObject : public QFBaseObject {
   void LoadPattern(CArchive& ar);
 
   static QFObject* TakeFirstUser(UserObjects& list, bool& held);
-  // Takes a job's record out of the lists, on any thread, under the lock of share/objects/job_lock.h.
+  // Removes a job's record from the lists; any thread, under the lock of share/objects/job_lock.h.
   friend class QFThreadData;
   void ForgetJobRecord(const QFObject* record);
 
-  // Not in the order of the record: packed.
+  // Ordered for size, not as in the record.
   AuditTrail m_Trail;
   CString m_RegName;
   CString m_TimeTakenForGTP;
@@ -284,5 +309,5 @@ class KVSHARE_API QFObject : public QFBaseObject {
   WORD m_NodeStatus = 0;
   bool m_bMerged : 1 = false;
   bool m_bMergeInProgress : 1 = false;
-  bool m_bIsPatternOfLoaded : 1 = false;  // a node that was read owns this one, a pattern manager
+  bool m_bIsPatternOfLoaded : 1 = false;  // this pattern manager belongs to a loaded node
 };

@@ -1,5 +1,5 @@
-// What a node prints for support staff. Addresses are the nodes' own, so that dumps of several nodes can be laid side
-// by side.
+// The dumps of a node for support staff. They print the nodes' addresses, so that dumps of several nodes can be
+// compared.
 #include "share/core/dump.h"
 #include "share/objects/object.h"
 #include "share/objects/object_patterns.h"

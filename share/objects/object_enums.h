@@ -1,15 +1,15 @@
-// The states and results of a node: whether it is in force, how a comparison ended, what its children have in common.
+// Enumerations of a node: its state, the result of a comparison, and what its children have in common.
 #pragma once
 
 // Stored as 32 bits.
 enum QFObjState : int {
   ACTIVE = 0,
-  SUPPRESSED = 1,  // left out by the user
-  DELETED = 2,     // recycled: kept below its owner, to be restored
+  SUPPRESSED = 1,  // the user excluded it from the job
+  DELETED = 2,     // recycled: still below its owner, can be restored
   LOCKED = 3,
 };
 
-// How far two nodes agree. What counts as agreement is the matter of the class that compares.
+// How far two nodes match; each class defines its own criteria.
 enum COMPARE_RESULT : int {
   NO_MATCH = 0,
   COMPLETE_MATCH = 1,
@@ -18,7 +18,7 @@ enum COMPARE_RESULT : int {
   PARTIAL_MATCH_SUBSET = 4,
 };
 
-// What the children of a node have in common, as a check box with three states shows it.
+// What the children of a node have in common, for a check box with three states.
 enum e_QFSelSetDisplayState : int {
   e_QFSelSetDisplay_Mixed = 0,
   e_QFSelSetDisplay_All = 1,

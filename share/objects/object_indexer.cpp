@@ -1,4 +1,4 @@
-// The indexer's entries and their helper.
+// The object indexer: one entry per class, and the helper that owns the entries.
 #include "share/objects/object_indexer.h"
 
 #include <algorithm>
@@ -43,7 +43,7 @@ bool QFObjectIndexer::ReplaceId(DWORD oldId, DWORD newId) {
   return true;
 }
 
-// Counts from a document may be anything: at the ends of their range they stay.
+// A document can hold any count, so both operations stop at the limits of int.
 void QFObjectIndexer::AddReference() {
   if (m_nIndexReferences < std::numeric_limits<int>::max()) ++m_nIndexReferences;
 }
@@ -138,7 +138,7 @@ void QFObjectIndexerHelper::ReplaceObj(QFObject* oldObject, QFObject* newObject)
   if (!oldObject || !newObject) return;
   const DWORD oldId = oldObject->GetObjectId();
   for (QFObjectIndexer* entry : EntriesOf(*oldObject)) {
-    if (entry->FindId(oldId) < 0) continue;  // the new node draws its id only when it gets a place
+    if (entry->FindId(oldId) < 0) continue;  // don't give the new node an id unless it gets a place
     entry->ReplaceId(oldId, newObject->GetObjectId());
     newObject->SetRegNameForAutoIndexing(entry->GetIndexedClassName());
   }
@@ -147,7 +147,7 @@ void QFObjectIndexerHelper::ReplaceObj(QFObject* oldObject, QFObject* newObject)
 int QFObjectIndexerHelper::FindIndex(QFObject* object) {
   if (!object) return -1;
   for (QFObjectIndexer* entry : EntriesOf(*object)) {
-    if (!entry->HasIds()) continue;  // so that a class without nodes draws no id
+    if (!entry->HasIds()) continue;  // don't give the node an id for an empty class
     const int position = entry->FindId(object->GetObjectId());
     if (position >= 0) return position;
   }

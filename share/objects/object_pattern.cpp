@@ -1,5 +1,4 @@
-// The node's pattern, through ObjectPatterns, and drag and paste, in which a pattern
-// manager stands for its base object.
+// The node's pattern, and drag and paste of pattern managers, through ObjectPatterns.
 #include <utility>
 
 #include "share/objects/internal/owner_depth_guard.h"
@@ -10,7 +9,7 @@ namespace {
 
 constinit const ObjectPatterns* g_patterns = nullptr;
 
-// The base object if the object is a pattern manager; else null.
+// The base object of a pattern manager; null for any other object.
 QFObject* BaseOfPattern(QFObject* object) {
   const ObjectPatterns* patterns = GetObjectPatterns();
   if (!patterns || !object || !object->IsKindOf(patterns->RuntimeClass())) return nullptr;
@@ -96,7 +95,7 @@ int QFObject::GetPatternRestriction(int, QFeObjectPatternType& type) {
 
 int QFObject::IsDragOverValid(QFObject* object, unsigned long flags) {
   QFObject* base = BaseOfPattern(object);
-  const OwnerDepthGuard step;  // managers that are one another's base
+  const OwnerDepthGuard step;  // two managers can be each other's base
   return base && base != this && step ? IsDragOverValid(base, flags) : 0;
 }
 

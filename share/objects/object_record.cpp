@@ -1,7 +1,7 @@
 // The node's record in an archive.
 //
-// The layout, in order, and the schema since which each field is there. Always stored whole; of an older record the
-// fields that are missing get the value named here.
+// The fields in order, with the schema that added each one. Storing writes all fields. Loading an older record sets the
+// missing fields to the value in the last column.
 //
 //    1  class record of QFObject
 //    2  record of QFBaseObject
@@ -57,7 +57,7 @@ void QFObject::StoreRecord(CArchive& ar) {
 
 namespace {
 
-constexpr BYTE kNothing[sizeof(WORD)] = {};  // a null reference, and an empty list
+constexpr BYTE kNothing[sizeof(WORD)] = {};  // a null reference, or an empty list
 
 }  // namespace
 
@@ -102,20 +102,20 @@ void QFObject::LoadOriginalOwner(CArchive& ar) {
     if (m_pOriginalOwner && !m_pOriginalOwner->m_UserObjects.Contains(this))
       m_pOriginalOwner->AddToUserObjectsList(this, /*held=*/0);
   } catch (const CException&) {
-    m_pOriginalOwner = nullptr;  // a broken original owner doesn't stop a load
+    m_pOriginalOwner = nullptr;  // a load continues without a damaged original owner
   }
-  // No object is recycled under its present owner.
+  // An object is not recycled below its present owner.
   if (m_pOwner && m_pOwner == m_pOriginalOwner) SetOriginalOwner(nullptr);
 }
 
 void QFObject::LoadPattern(CArchive& ar) {
-  // Without the pattern manager's folder there is no class that the reference could have: any but null raises.
+  // Without the pattern service no class is allowed here: every reference but null raises.
   static constinit CRuntimeClass nobody = {"", 0, CRuntimeClass::kNoSchema, nullptr, nullptr};
   const ObjectPatterns* patterns = GetObjectPatterns();
   auto* manager = static_cast<QFObject*>(ar.ReadObject(patterns ? patterns->RuntimeClass() : &nobody));
   if (m_pPatternMngr && manager != patterns->NodeOf(m_pPatternMngr)) DestroyPattern();
   if (!manager || m_pPatternMngr) return;
-  // One owner each, and no pattern of a pattern: damaged bytes must not make one be deleted twice.
+  // A manager has one owner, and a pattern manager has no pattern: otherwise damaged bytes could cause a double delete.
   if (manager->m_bIsPatternOfLoaded || GetIsPatternObject())
     AfxThrowArchiveException(CArchiveException::badIndex, ar.m_strFileName);
   manager->m_bIsPatternOfLoaded = true;

@@ -1,4 +1,4 @@
-// The node's state, status word and colour, and what the nodes of a list have in common.
+// The node's state, status word and colour, and the common state of the nodes of a list.
 #include "framework/ob_list.h"
 #include "share/objects/internal/owner_depth_guard.h"
 #include "share/objects/object.h"
@@ -62,7 +62,7 @@ int QFObject::IsRecycled() { return GetState() == DELETED; }
 int QFObject::GetNodeStatus(unsigned short bits) const { return m_NodeStatus & bits; }
 
 void QFObject::SetNodeStatus(unsigned short bits, int on) {
-  m_NodeStatus = WORD(on ? m_NodeStatus | bits : m_NodeStatus & WORD(!bits));  // logical: that is required
+  m_NodeStatus = WORD(on ? m_NodeStatus | bits : m_NodeStatus & WORD(!bits));  // logical not: kept for existing modules
 }
 
 int QFObject::SetDisplayColor(unsigned long color) {
@@ -78,7 +78,7 @@ namespace {
 
 constexpr unsigned short kDisplayBit = 2;
 
-// The numbers of all three enumerations.
+// The values of all three enumerations.
 enum { kMixed, kAll, kNoneOfThem, kNoChildren };
 
 template <class Value>

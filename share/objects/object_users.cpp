@@ -1,7 +1,8 @@
-// The objects that use a node: the two lists, and the original owner, in whose list a recycled node stands.
+// The objects that use a node: the stored list, the list of held users, and the original owner, which has a recycled
+// node in its stored list.
 //
-// Job records go on their own threads. They stand in the list of what is held, so that whatever reads or changes that
-// list takes the lock first; the other list is the node's alone.
+// Jobs remove their records on their own threads. Records are in the list of held users, so code that uses that list
+// takes the job lock. Only the node's thread uses the stored list.
 #include <new>
 
 #include "framework/ob_list.h"
@@ -52,8 +53,8 @@ void QFObject::DetachFromAllUserObjects() {
   }
 }
 
-// The first node in the list, which is taken out of it together with what stands ahead; null if there is none. A job
-// record is held: it stays alive until it is released.
+// Removes the elements up to the first node and returns that node; null for a list without nodes. Sets held for a job
+// record, which then stays alive until it is released.
 QFObject* QFObject::TakeFirstUser(UserObjects& list, bool& held) {
   const UsersLock lock;
   while (!list.IsEmpty()) {
@@ -74,7 +75,7 @@ void QFObject::RemoveDuplicatesFromUserObjects() {
   try {
     m_UserObjects.RemoveDuplicates();
   } catch (const std::bad_alloc&) {
-    // What was done so far stands; duplicates do no harm.
+    // The remaining duplicates do no harm.
   }
 }
 

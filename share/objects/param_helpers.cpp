@@ -1,4 +1,4 @@
-// Records of the helpers, and the setup's frame.
+// The records of the helpers, and the setup's frame.
 #include "share/objects/param_helpers.h"
 
 #include "share/objects/geometry_archive.h"

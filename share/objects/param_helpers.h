@@ -1,16 +1,15 @@
-// What a node tells shared code of its parameters, without that code knowing the node's class: the helpers that
-// QFObject::GetParamHelper hands out. One is for a document, one for the frame of a setup.
+// Helpers that QFObject::GetParamHelper returns: shared code reads a node's parameters through them without knowing the
+// node's class. One helper is for a document, one for the frame of a setup.
 //
-// A helper is the node's own and is used on the node's thread. As an object in an archive each has its header and its
-// record; there is no class record inside, so the header's schema is all the version there is. Serialize raises what
-// the archive raises.
+// The node owns its helper, which is used on the node's thread. The records have no class record of their own: their
+// only version is the schema of the object in the archive. Serialize passes the archive's exceptions on.
 #pragma once
 
 #include "companions/geometry/transforms.h"
 #include "framework/object.h"
 #include "share/core/version_info.h"
 
-// The common root; it tells nothing.
+// The common base class, without data.
 class KVSHARE_API QFParamHelper : public CObject {
   DECLARE_DYNAMIC(QFParamHelper)
 
@@ -18,30 +17,30 @@ class KVSHARE_API QFParamHelper : public CObject {
   QFParamHelper() = default;
 };
 
-// What a document says of itself.
+// The parameters of a document.
 class KVSHARE_API QFDocParamHelper : public QFParamHelper {
   DECLARE_SERIAL(QFDocParamHelper)
 
  public:
   explicit QFDocParamHelper(int units) : m_nDocUnits(units) {}
 
-  // The unit code: 0 millimetres, for the others see IsUnitsMetric (share/core/document_messages.h); -1 unknown.
+  // The unit code: 0 for millimetres, -1 for unknown; IsUnitsMetric (document_messages.h) lists the others.
   int GetDocParamUnits() const { return m_nDocUnits; }
   void SetDocParamUnits(int units) { m_nDocUnits = units; }
   // 1 for millimetres.
   int IsDocumentUnitsMm() const { return m_nDocUnits == 0; }
 
-  // The storage version of the document that is being read; 38.0, the current one, to begin with.
+  // The storage version of the document that is being read; at first 38.0, the present version.
   float GetDocParamReadStorageUnits() const { return m_fReadStorageUnits; }
   void SetDocParamReadStorageUnits(float units) { m_fReadStorageUnits = units; }
   int IsDocumentModified() const { return m_bDocumentModified; }
   void SetDocumentModifiedFlag(int flag) { m_bDocumentModified = flag; }
 
-  // The units alone, 32 bits: the other two stay what they are.
+  // Stores and loads the units only, 32 bits; loading leaves the other two values unchanged.
   void Serialize(CArchive& ar) override;
 
  protected:
-  // By the run-time class: units unknown.
+  // For the run-time class: unknown units.
   QFDocParamHelper() = default;
 
  private:
@@ -55,7 +54,7 @@ class KVSHARE_API QFSetupParamHelper : public QFParamHelper {
   DECLARE_SERIAL(QFSetupParamHelper)
 
  public:
-  // The tool axis is (0, 0, 1), everything else 0.
+  // The tool axis is (0, 0, 1); all other values are 0.
   QFSetupParamHelper() = default;
 
   // The tool axis.
@@ -72,13 +71,13 @@ class KVSHARE_API QFSetupParamHelper : public QFParamHelper {
   double Clearance() const { return m_Clearance; }
   void SetClearance(double clearance) { m_Clearance = clearance; }
 
-  // From the document's frame to the setup's: moves the origin to (0, 0, 0), turns the opposite of the direction to the
-  // Z axis (get_transform_to_xy_plane), then turns by the angle about (0, 0, -1). A new helper therefore makes a half
-  // turn about the Y axis.
+  // The transform from the document's frame to the setup's. It moves the origin to (0, 0, 0), turns the opposite of the
+  // direction to the Z axis (get_transform_to_xy_plane), then turns by the angle about (0, 0, -1). So the transform of
+  // a new helper is a half turn about the Y axis.
   FRTransf Transform() const;
 
-  // Direction, reference position, from point, clearance, angle: not in the order of the fields. A direction that is
-  // none comes in as (0, 0, 0).
+  // The record, in this order: direction, reference position, from point, clearance, angle. A stored direction of
+  // length 0 or of values that are not finite is read as (0, 0, 0).
   void Serialize(CArchive& ar) override;
 
  private:

@@ -1,14 +1,14 @@
-// The kinds and instances of patterns, as far as a node speaks of them.
+// The enumerations of patterns that a node uses.
 #pragma once
 
-// Which kind of pattern. All kinds but none belong to the modules.
+// The type of a pattern. Modules define all types but "none".
 enum QFeObjectPatternType : int {
   eObjectPatternNone = 0,
 };
 
-// What stands at one place of a pattern.
+// The status of one instance of a pattern.
 enum QFeObjectPatternInstanceStatus : int {
-  ePatternInstanceNone = 0,  // there is no such instance
+  ePatternInstanceNone = 0,  // no such instance
   ePatternInstanceActive = 1,
-  ePatternInstanceNotActive = 2,  // the user has left it out
+  ePatternInstanceNotActive = 2,  // excluded by the user
 };

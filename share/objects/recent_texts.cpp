@@ -1,4 +1,4 @@
-// Texts that records have in common, compared as they are stored.
+// The texts of the last records, compared with the archive's bytes in stored form.
 #include "share/objects/internal/recent_texts.h"
 
 #include <memory>
@@ -52,7 +52,7 @@ void RecentTexts::MakeLastStamp(AuditTrail& trail) {
   Keep(trail);
 }
 
-// In the place of the older one.
+// Replaces the older of the two trails.
 void RecentTexts::Keep(const AuditTrail& trail) {
   if (m_trails[m_newest].bytes != 0 && trail.SharesWith(m_trails[m_newest].trail.Get())) return;
   KnownTrail& known = m_trails[m_newest = 1 - m_newest];

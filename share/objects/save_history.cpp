@@ -1,4 +1,4 @@
-// The records of who saved a document, their manager, and what is known of the versions before there was a history.
+// The records of a document's saves, their manager, and the table of releases before the history existed.
 #include "share/objects/save_history.h"
 
 #include <cmath>
@@ -17,7 +17,7 @@
 IMPLEMENT_SERIAL(QFDocSrHistory, QFBaseObject, VERSIONABLE_SCHEMA | 3)
 IMPLEMENT_SERIAL(QFDocSrHistoryMngr, QFBaseObject, VERSIONABLE_SCHEMA | 1)
 
-// ---- versions from before there was a history
+// ---- releases before the history existed
 
 namespace {
 
@@ -30,7 +30,7 @@ struct OldVersion {
   LPCTSTR majorVersion;
   double storageVersion;
   std::span<const OldBuild> builds;
-  LPCTSTR otherBuilds;  // the service pack of every build that is not in the list
+  LPCTSTR otherBuilds;  // the service pack of all builds that the list lacks
 };
 
 constexpr OldBuild kBuilds2004[] = {
@@ -38,7 +38,7 @@ constexpr OldBuild kBuilds2004[] = {
     {_T("2004/0225"), _T("SP1.1")}, {_T("2004/0206"), _T("SP1")},
 };
 
-// Two builds were shipped as SP2.
+// SP2 had two builds.
 constexpr OldBuild kBuilds2003[] = {
     {_T("2003/1013"), _T("SP4")},   {_T("2003/0904"), _T("SP3.1")}, {_T("2003/0808"), _T("SP3")},
     {_T("2003/0807"), _T("SP2.1")}, {_T("2003/0715"), _T("SP2")},   {_T("2003/0721"), _T("SP2")},
@@ -50,7 +50,7 @@ constexpr OldBuild kBuilds2001Plus[] = {
     {_T("2002/0624"), _T("SP3")}, {_T("2002/0521"), _T("SP2")}, {_T("2002/0403"), _T("SP1")},
 };
 
-// From the latest to the first. Three storage versions were single precision and are kept as what that widens to.
+// Latest first. Three storage versions are floats widened to double, as those releases stored them.
 constexpr OldVersion kOldVersions[] = {
     {_T("2005"), 13.0, {}, _T("Pre-release2")},
     {_T("2004Plus"), 12.0, {}, _T("Beta1")},
@@ -127,7 +127,7 @@ int QFDocSrHistory::InitForCurrentInfo() {
   m_ProductEdition = GetProductEditionText();
   m_ActiveModule = GetRunningModuleName();
   if (m_EditionInfo.IsEmpty()) m_EditionInfo = GetProductEditionInfo();
-  if (m_NumSaves < std::numeric_limits<int>::max()) ++m_NumSaves;  // a file may hold any number
+  if (m_NumSaves < std::numeric_limits<int>::max()) ++m_NumSaves;  // a file can hold any number
   return 1;
 }
 
@@ -226,7 +226,7 @@ int QFDocSrHistoryMngr::AddOrUpdateCurrentHistoryObj() {
 
 void QFDocSrHistoryMngr::Serialize(CArchive& ar) {
   ar.SerializeClass(RUNTIME_CLASS(QFDocSrHistoryMngr));
-  ar.GetObjectSchema();  // nothing depends on it yet; asking ends the record
+  ar.GetObjectSchema();  // unused; completes the class record
   QFBaseObject::Serialize(ar);
   if (ar.IsStoring()) AddOrUpdateCurrentHistoryObj();
   try {

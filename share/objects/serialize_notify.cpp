@@ -1,4 +1,4 @@
-// The list of objects to be told.
+// The list of objects that wait for the end of a load.
 #include "share/objects/serialize_notify.h"
 
 #include <utility>
@@ -46,6 +46,6 @@ void QFSerializeNotify::iPostLoadFromStorageNotify() {
   m_pNext = m_Objects.GetHeadPosition();
   while (m_pNext) {
     static_cast<QFBaseObject*>(m_Objects.GetNext(m_pNext))->OnPostLoadFromStorageNotify();
-    if (m_pInstance != this) return;  // cleared by the object
+    if (m_pInstance != this) return;  // the object called Clear
   }
 }

@@ -1,8 +1,11 @@
-// QFSerializeNotify, the list of objects that finish their work once a whole document is in.
+// QFSerializeNotify, the list of objects that finish their work after the whole document is loaded.
 //
-// A class registers itself in its Serialize and overrides QFBaseObject::OnPostLoadFromStorageNotify; the host calls
-// PostLoadFromStorageNotify after the last object, then Clear. An object that dies in between has to be removed, or
-// the list cleared: the list owns none and can't know. Used by the thread that loads; no lock.
+// A class registers its object in Serialize and overrides QFBaseObject::OnPostLoadFromStorageNotify. The host calls
+// PostLoadFromStorageNotify after the last object, then Clear. After a failed load the host calls only Clear: the
+// archive has deleted the objects of that load, and the list still has their pointers.
+//
+// The list owns no object. Remove an object from it before you delete the object, or call Clear. Only the loading
+// thread may use the list; it has no lock.
 #pragma once
 
 #include "framework/ob_list.h"
@@ -10,16 +13,16 @@
 
 class KVSHARE_API QFSerializeNotify {
  public:
-  // The one list; built on the first request.
+  // The process's list; created by the first call.
   static QFSerializeNotify* Instance();
-  // Appends; an object that registers twice is told twice. 0 for null, else 1.
+  // Appends the object: 1. An object that is registered twice is called twice. 0 for null.
   static int RegisterForNotification(QFBaseObject* object);
-  // Removes the object's last registration. 0 for null, else 1, also if there was none.
+  // Removes the object's last registration. 1, also if there was none; 0 for null.
   static int RemoveFromNotification(QFBaseObject* object);
-  // Calls OnPostLoadFromStorageNotify on each object in order of registration; they stay in the list. An object may
-  // remove any other meanwhile. Does nothing without a list.
+  // Calls OnPostLoadFromStorageNotify of each object in order of registration; the objects stay in the list. A called
+  // object may remove objects, itself included, and may call Clear. Does nothing without a list.
   static void PostLoadFromStorageNotify();
-  // Deletes the list and touches no object. The next request builds a new one.
+  // Deletes the list, not the objects. The next call creates a new list.
   static void Clear();
 
   QFSerializeNotify(const QFSerializeNotify&) = delete;
@@ -37,5 +40,5 @@ class KVSHARE_API QFSerializeNotify {
 
  private:
   CObList m_Objects{10};
-  POSITION m_pNext = nullptr;  // whose turn is next while the objects are told
+  POSITION m_pNext = nullptr;  // the next object during PostLoadFromStorageNotify
 };

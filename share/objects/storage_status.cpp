@@ -1,4 +1,4 @@
-// The status word, and the guard around storing a reference.
+// The status word, and storing a reference or null.
 #include "share/objects/storage_status.h"
 
 #include "framework/archive.h"
@@ -10,7 +10,7 @@ constexpr unsigned kFlagBit = 0x2;
 constexpr unsigned kFirstLocation = 0x20;
 constexpr unsigned kLastLocation = 0x4000;
 
-unsigned g_status = 0;  // of the one thread that stores or loads
+unsigned g_status = 0;  // used only by the thread that stores or loads
 
 }  // namespace
 

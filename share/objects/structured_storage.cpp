@@ -2,7 +2,7 @@
 
 StructuredStorage::~StructuredStorage() { CloseAll(); }
 
-// Keeps the result, and tells whether it is a success without a remark.
+// Keeps the result as the last one. True for S_OK only.
 bool StructuredStorage::Keep(HRESULT result) {
   m_lastResult = result;
   return result == 0;
@@ -32,7 +32,7 @@ bool StructuredStorage::OpenFile(LPCWSTR name, unsigned long mode) {
 }
 
 void StructuredStorage::Attach(IStorage* root) {
-  if (root) root->AddRef();  // ahead of the release: it may be the one that is open
+  if (root) root->AddRef();  // before the release: it may be the open root
   CloseAll();
   if (root) m_storages.push_back(root);
 }

@@ -1,8 +1,8 @@
-// StructuredStorage, a walk through a compound file with nested storages: the root at the bottom of a stack, the
-// current storage on top. It knows no name of its own; the caller gives each.
+// StructuredStorage walks through a compound file with nested storages. It keeps the open storages in a stack, with the
+// root at the bottom and the current storage on top.
 //
-// Nothing raises and nothing is shown: false and the last result are the whole report. Names and modes are handed on as
-// they stand (platform/storage.h). One object belongs to one thread.
+// A failed operation returns false and sets the last result; nothing raises and nothing is shown. Names and modes go to
+// the platform unchanged (platform/storage.h). One thread uses an object.
 #pragma once
 
 #include <string>
@@ -13,48 +13,49 @@
 class KVSHARE_API StructuredStorage {
  public:
   StructuredStorage() = default;
-  // Releases all storages. A direct root that was changed is written then, and a failure of that is told to nobody:
-  // commit the root first.
+  // Releases all storages. Releasing a changed root in direct mode writes it, and a failure is lost: commit the root
+  // first.
   virtual ~StructuredStorage();
   StructuredStorage(const StructuredStorage&) = delete;
   StructuredStorage& operator=(const StructuredStorage&) = delete;
 
-  // ---- the file; each closes everything first, and leaves nothing open when it fails
+  // ---- the file; each operation first closes everything, and leaves nothing open on failure
 
   bool CreateFileW(LPCWSTR name, unsigned long mode);
   bool OpenFile(LPCWSTR name, unsigned long mode);
-  // Takes a reference of its own to the storage and makes it the root. The path stays empty. A null only closes.
+  // Makes the storage the root and adds a reference to it. The path stays empty. Null only closes everything.
   void Attach(IStorage* root);
-  // Closes everything and hands the root over: the caller releases it. Null if nothing was open.
+  // Closes everything and returns the root, which the caller releases; null if nothing was open.
   IStorage* Detach();
-  // Releases all storages, the current one first; the path becomes empty and the last result 0.
+  // Releases all storages, the current one first. The path becomes empty and the last result 0.
   void CloseAll();
 
-  // ---- below the current storage; with nothing open the last result becomes E_POINTER
+  // ---- below the current storage; they fail with E_POINTER if nothing is open
 
-  // With enter the new storage becomes the current one.
+  // If enter is true, the new storage becomes the current one.
   bool CreateStorage(LPCWSTR name, bool enter, unsigned long mode);
-  // The storage becomes the current one.
+  // The opened storage becomes the current one.
   bool OpenStorage(LPCWSTR name, unsigned long mode);
-  // Leaves the current storage for the one above. False for the root, which stays open, and with nothing open.
+  // Releases the current storage; the one above becomes current. False for the root, which stays open, and if nothing
+  // is open; the last result does not change.
   bool CloseStorage();
   bool Destroy(LPCWSTR name);
-  // The stream belongs to the caller, who releases it. On any failure *out is null.
+  // The caller releases the stream. *out is null after a failure.
   bool CreateStream(IStream** out, LPCWSTR name, unsigned long mode);
-  // As CreateStream, but where the open itself fails *out is what the platform makes of it.
+  // As CreateStream, but if the platform's call fails, *out is what that call left there.
   bool OpenStream(IStream** out, LPCWSTR name, unsigned long mode);
 
-  // ---- what is open; storages stay this object's, and are null where there is none
+  // ---- the open storages; owned by this object, null if not open
 
   IStorage* GetCurrentStorage() const;
   IStorage* GetRootStorage() const;
   // 0 is the root.
   IStorage* GetStorage(std::size_t depth) const;
-  // The name that CreateFileW or OpenFile was given.
+  // The name that CreateFileW or OpenFile received; otherwise empty.
   const std::basic_string<WCHAR>& GetFullPath() const { return m_fullPath; }
-  // The names of the open storages from the root up, each with "|" behind; empty with nothing open.
+  // The names of the open storages from the root on, each followed by "|"; empty if nothing is open.
   std::basic_string<WCHAR> GetCurrentPath() const;
-  // What the last call of the platform gave.
+  // The result of the last platform call; 0 after CloseAll.
   HRESULT GetLastResult() const { return m_lastResult; }
 
  private:

@@ -2,12 +2,12 @@
 //
 //   const QFCorrectionForRESNOR correction(1e-6);   // until the end of the block
 //
-// The tolerance is the whole process's: other threads see the change, too. Guards are nested like blocks.
+// The tolerance belongs to the process: other threads see the change, too. Guards may be nested like blocks.
 #pragma once
 
 #include "companions/geometry/constants.h"
 
-// What all guards have: whether the old value comes back.
+// The base of all guards.
 class QFCorrectionForGlobalData {
  public:
   int m_bRestore;  // nonzero: the destructor restores
@@ -17,7 +17,8 @@ class QFCorrectionForGlobalData {
   ~QFCorrectionForGlobalData() = default;
 };
 
-// Sets RESNOR to value. With restore 0 the new value stays in force. A copy restores the same old value as its source.
+// Sets RESNOR to value; the destructor restores the old value unless restore is 0. A copy does not change RESNOR and
+// restores the same value as its source.
 class QFCorrectionForRESNOR : public QFCorrectionForGlobalData {
  public:
   explicit QFCorrectionForRESNOR(double value, int restore = 1)

@@ -1,4 +1,4 @@
-// The companion's defaults: nothing.
+// The companion's defaults, which do nothing.
 #include "share/objects/ui_object.h"
 
 IMPLEMENT_DYNAMIC(ui_QFObject, CObject)

@@ -1,5 +1,5 @@
-// ui_QFObject, the user-interface companion of a node: what a module's tree shows and edits. The node builds it on
-// demand (QFObject::GetUiObject) and owns it. It is never stored.
+// ui_QFObject, the user-interface companion of a node, which a module's tree shows and edits. The node builds it on
+// demand (QFObject::GetUiObject), owns it, and uses it on its own thread. It is never stored.
 #pragma once
 
 #include "framework/object.h"
@@ -10,19 +10,19 @@ class KVSHARE_API ui_QFObject : public CObject {
   DECLARE_DYNAMIC(ui_QFObject)
 
  public:
-  // The node outlives its companion and is not owned.
+  // The companion does not own the node, which must outlive it.
   explicit ui_QFObject(QFObject* object) : m_pObject(object) {}
 
   QFObject* GetObject() const { return m_pObject; }
 
-  // Writes and reads nothing.
+  // Stores and loads nothing.
   void Serialize(CArchive& ar) override;
 
-  // The slots of every companion, in this order.
+  // The virtual operations of every companion, in this order (kept for existing modules).
 
-  // Gives the name that a new label starts from; leaves the text alone here.
+  // Sets the name from which a new label starts. The default leaves it unchanged.
   virtual void BaseName(CString& name) const;
-  // Called when a change of stock no longer matters to the node; nothing here.
+  // Called when the node's mark for a change of stock is cleared. The default does nothing.
   virtual void ResetFlagForStockChange();
 
  protected:

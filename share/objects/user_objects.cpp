@@ -1,4 +1,4 @@
-// The list of a node's users: an array with gaps, and beside a long one an index.
+// The list of a node's users: an array with gaps, and a hash index for long lists.
 #include "share/objects/user_objects.h"
 
 #include <algorithm>
@@ -12,8 +12,8 @@
 
 namespace {
 
-constexpr DWORD kFirstCapacity = 3;  // with the body, the size of one small heap block
-constexpr DWORD kIndexedFrom = 48;   // elements: below, looking through the list is as fast
+constexpr DWORD kFirstCapacity = 3;  // with the body, one small heap block
+constexpr DWORD kIndexedFrom = 48;   // elements; a shorter list is searched as fast without it
 constexpr DWORD kLargestReserve = 4096;
 constexpr ULONGLONG kShortestReference = 2;  // bytes
 
@@ -29,7 +29,7 @@ std::size_t UserObjects::BytesFor(DWORD capacity) { return sizeof(Body) + std::s
 
 void UserObjects::Reserve(DWORD capacity) {
   if (m_pBody) {
-    DropIndex();  // its size goes with the array's
+    DropIndex();  // its size depends on the array's
     m_pBody->duplicates = false;
     if (capacity <= m_pBody->capacity) return;
   }
@@ -50,7 +50,7 @@ void UserObjects::MakeRoom() {
   Reserve(m_pBody->capacity * 2);
 }
 
-// Moves the elements together.
+// Removes the gaps.
 void UserObjects::Compact() {
   DropIndex();
   m_pBody->duplicates = false;
@@ -72,7 +72,7 @@ void UserObjects::LeaveGap(DWORD place) {
   ++m_pBody->gaps;
 }
 
-// Behind a removal: the first element is an element, and a list without any allocates nothing.
+// Called after a removal: moves `first` to an element, and frees an empty list.
 void UserObjects::Tidy() {
   if (GetCount() == 0) return RemoveAll();
   while (Slots()[m_pBody->first] == Gap()) {
@@ -97,11 +97,11 @@ bool UserObjects::Remove(const CObject* object) {
   const DWORD place = m_pBody ? Find(object) : kNone;
   if (place == kNone) return false;
   LeaveGap(place);
-  if (!m_pBody->index) {  // there may be more
+  if (!m_pBody->index) {  // without an index there can be further occurrences
     for (DWORD at = place + 1; at < m_pBody->end; ++at) {
       if (Slots()[at] != object) continue;
       LeaveGap(at);
-      m_pBody->duplicates = false;  // perhaps it was the only one: the next search finds out
+      m_pBody->duplicates = false;  // perhaps the last duplicate: the next search checks
     }
   }
   Tidy();
@@ -139,7 +139,7 @@ DWORD UserObjects::Find(const CObject* object) const {
   }
 }
 
-// Enters the element at the place; gives the place of an equal one that stands in the index already, or its own.
+// Adds the element at place to the index. Returns place, or the place of an equal element that is already in it.
 DWORD UserObjects::EnterInIndex(DWORD place) {
   const CObject* object = Slots()[place];
   std::size_t at = HashOf(object);
@@ -151,9 +151,9 @@ DWORD UserObjects::EnterInIndex(DWORD place) {
   return place;
 }
 
-// False if there is no index now: for want of memory, or because of a duplicate that is to stay.
+// False without an index: no memory, or a duplicate that must stay.
 bool UserObjects::BuildIndex(bool dropDuplicates) {
-  const std::size_t size = std::bit_ceil(std::size_t(m_pBody->capacity) * 2);  // half full when the array is
+  const std::size_t size = std::bit_ceil(std::size_t(m_pBody->capacity) * 2);  // half full for a full array
   m_pBody->duplicates = false;
   m_pBody->index = static_cast<DWORD*>(std::calloc(size, sizeof(DWORD)));
   m_pBody->indexMask = DWORD(size - 1);
@@ -181,7 +181,7 @@ void UserObjects::Store(CArchive& ar) const {
   ForEach([&](CObject* object) { ar.WriteObject(object); });
 }
 
-// Takes up to count references to objects that the archive has met before, as many as there is room for.
+// Reads up to count references to objects that the archive has read before, if there is room. Returns their number.
 DWORD UserObjects::LoadKnown(CArchive& ar, ULONGLONG count) {
   if (!m_pBody || m_pBody->index) return 0;
   const DWORD room = m_pBody->capacity - m_pBody->end;
@@ -194,7 +194,7 @@ void UserObjects::Load(CArchive& ar) {
   const ULONGLONG count = ar.ReadCount(kShortestReference);
   if (count == 0) return;
   Reserve(DWORD(std::min<ULONGLONG>(count, kLargestReserve)) + DWORD(GetCount()));
-  // An object that is read here may add itself meanwhile: the document decides whether it then stands here twice.
+  // Reading an object may append that object to this list; then the list has it twice.
   for (ULONGLONG left = count; left > 0;) {
     const DWORD known = LoadKnown(ar, left);
     left -= known;

@@ -1,6 +1,8 @@
-// UserObjects, the list of the objects that use a node, in the order in which they came. It owns none of them. Made for
-// a million nodes of which most have none or few, and a few have many: a list is one pointer, empty ones allocate
-// nothing, and a long one finds and removes an object in constant time. In an archive it looks like a CObList.
+// UserObjects, the list of the objects that use a node, in order of addition. It owns no object.
+//
+// Designed for a million nodes, most with no or few users and some with many: a list has the size of one pointer, an
+// empty list allocates nothing, and a long list finds and removes an object in constant time. One thread at a time uses
+// a list. Append and RemoveDuplicates raise std::bad_alloc without memory.
 #pragma once
 
 #include <span>
@@ -14,27 +16,28 @@ class KVSHARE_API UserObjects {
   UserObjects(const UserObjects&) = delete;
   UserObjects& operator=(const UserObjects&) = delete;
 
-  // Null elements count, too: a document may hold them.
+  // Counts null elements, too: a damaged document can have them.
   int GetCount() const { return m_pBody ? int(m_pBody->end - m_pBody->first - m_pBody->gaps) : 0; }
   bool IsEmpty() const { return GetCount() == 0; }
   bool Contains(const CObject* object) const { return m_pBody && Find(object) != kNone; }
 
-  // The elements as they lie in memory, until the list changes; none for a list with gaps where elements were removed.
+  // The elements without a copy, valid until the list changes. Empty for a list with gaps after removals.
   std::span<CObject* const> Elements() const {
     if (!m_pBody || m_pBody->gaps != 0) return {};
     return {Slots() + m_pBody->first, Slots() + m_pBody->end};
   }
 
   void Append(CObject* object);
-  // Every occurrence. True if there was one.
+  // Removes every occurrence. True if there was one.
   bool Remove(const CObject* object);
-  // Gives the first element, removed; null from an empty list.
+  // Removes and returns the first element; null for an empty list.
   CObject* RemoveHead();
-  // Keeps the first occurrence of each.
+  // Keeps the first occurrence of each object.
   void RemoveDuplicates();
   void RemoveAll() noexcept;
 
-  // Calls visit(CObject*) for each element in order. Elements that come or go meanwhile are seen, or not, accordingly.
+  // Calls visit(CObject*) for each element in order. visit may remove elements, which are then skipped; if it appends,
+  // other elements may be skipped, too.
   template <class Visit>
   void ForEach(Visit visit) const {
     for (DWORD at = m_pBody ? m_pBody->first : 0; m_pBody && at < m_pBody->end; ++at) {
@@ -43,24 +46,25 @@ class KVSHARE_API UserObjects {
     }
   }
 
-  // A count, then a reference for each element. Loading appends; when it raises, the list holds what was read so far.
+  // The record, the same as a CObList's: a count, then a reference per element. Loading appends; if it raises, the list
+  // keeps the elements that were read. Both pass the archive's exceptions on.
   void Store(CArchive& ar) const;
   void Load(CArchive& ar);
 
  private:
   static constexpr DWORD kNone = 0xFFFFFFFF;
 
-  // Stands ahead of the slots. Elements lie between first and end; one that was removed leaves a gap.
+  // The header before the slots. Elements are between first and end; a removed element leaves a gap.
   struct Body {
     DWORD capacity;
     DWORD first;
     DWORD end;
     DWORD gaps;
-    // Places of elements plus 1, hashed by pointer; 0 is free. Null for a list that is short, or not searched yet, or
-    // has duplicates.
+    // A hash table of places plus 1, by pointer; 0 is free. Null for a list that is short, was not searched yet, or has
+    // duplicates.
     DWORD* index;
     DWORD indexMask;
-    bool duplicates;  // one was met: searching goes through the list
+    bool duplicates;  // one was found: searches go through the list
   };
 
   static CObject* Gap() { return reinterpret_cast<CObject*>(std::uintptr_t(1)); }

@@ -1,4 +1,4 @@
-// Lines of a text file by the C library's line read.
+// Lines of a text file, read with the C library.
 #include "share/utilities/ascii_file_browse.h"
 
 #include <cstring>
@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr std::size_t kMostBytes = 254;  // of a line in one call
+constexpr std::size_t kMostBytes = 254;  // the most that one call reads
 
 }  // namespace
 
@@ -49,7 +49,7 @@ int QFAsciFileBrowse::GetFirstLine(CString& line) { return InitialiseFile() ? Ge
 int QFAsciFileBrowse::GetNextLine(CString& line) {
   char bytes[kMostBytes + 1] = {};
   if (!m_pFile || !std::fgets(bytes, sizeof bytes, m_pFile)) return 0;
-  if (bytes[kMostBytes - 1] == '\r') {  // a CR LF that the piece would break
+  if (bytes[kMostBytes - 1] == '\r') {  // keep CR LF together
     const int next = std::getc(m_pFile);
     if (next == '\n') {
       bytes[kMostBytes - 1] = '\n';

@@ -1,8 +1,7 @@
 // QFAsciFileBrowse reads a plain text file line by line.
 //
-// The text is UTF-8; CR LF and LF end a line. Whatever the file holds, a call reads at most 254 bytes of it: a longer
-// line comes in pieces. What follows a NUL in such a piece is not seen. Nothing throws; one object is used by one
-// thread at a time.
+// The text is UTF-8; CR LF and LF end a line. One call reads at most 254 bytes: a longer line comes in pieces. In each
+// piece, the text after a NUL is lost. Nothing throws. One thread at a time uses an object.
 #pragma once
 
 #include <cstdio>
@@ -16,24 +15,24 @@ class KVSHARE_API QFAsciFileBrowse {
   QFAsciFileBrowse(const QFAsciFileBrowse&) = delete;
   QFAsciFileBrowse& operator=(const QFAsciFileBrowse&) = delete;
 
-  // Takes another file (platform/paths.h) and opens it: 1, also if it can't be opened. With the path that it has
-  // already it does nothing, doesn't rewind either, and gives 0.
+  // Closes the file and opens another by its product path (platform/paths.h): 1, also if that fails. 0 for the same
+  // path as before; then it does nothing, and does not rewind.
   int SetFilePath(const CString& path);
   const CString& GetFilePath() const { return m_Path; }
 
-  // Opens the file, or rewinds it if it is open. 1 if it is open then.
+  // Opens the file, or rewinds an open file: 1. 0 if it cannot be opened.
   int InitialiseFile();
 
-  // The file's bytes, asked once of the file system and kept until SetFilePath takes another path; 0xFFFFFFFFFFFFFFFF
-  // if it can't tell, and then asked again the next time.
+  // The file's size in bytes, read once and kept until SetFilePath sets another path. 0xFFFFFFFFFFFFFFFF for a folder
+  // or a missing file; the next call then reads it again.
   ULONGLONG GetFileSize();
 
-  // Read the next line, from the start for the first, and give what stands ahead of its first tab, which may be
-  // nothing. 0, with line left alone, at the end of the file or without one.
+  // Read the first or the next line and set line to its text before the first tab: 1. 0 at the end of the file or
+  // without an open file; line does not change.
   int GetFirstLine(CString& line);
   int GetNextLine(CString& line);
 
-  // 1 if reading came to the end of the file, which shows only by trying to read beyond, or if no file is open.
+  // 1 if a read reached the end of the file, or if no file is open. 0 after a read that ended exactly there.
   int IsEndOfFile() const;
 
  private:

@@ -1,4 +1,4 @@
-// Automation arrays and values.
+// Conversions of automation arrays and values.
 #include "share/utilities/automation_values.h"
 
 #include <limits>
@@ -11,10 +11,10 @@ struct Bounds {
   LONGLONG Count() const { return LONGLONG(upper) - lower + 1; }
 };
 
-// False unless the value is a readable array of that type, with no more elements than an int counts.
+// False unless the value is an array of that type with one dimension and at most INT_MAX elements.
 bool GetBounds(const VARIANT& value, VARTYPE type, Bounds& bounds) {
   if (value.vt != (VT_ARRAY | type)) return false;
-  VARTYPE held = VT_EMPTY;  // the value's mark alone is not believed
+  VARTYPE held = VT_EMPTY;  // the array's own type must match the value's
   return SafeArrayGetDim(value.parray) == 1 && SafeArrayGetVartype(value.parray, &held) == S_OK && held == type &&
          SafeArrayGetLBound(value.parray, 1, &bounds.lower) == S_OK &&
          SafeArrayGetUBound(value.parray, 1, &bounds.upper) == S_OK && bounds.Count() >= 0 &&

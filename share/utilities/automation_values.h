@@ -1,7 +1,7 @@
-// Automation arrays and values (platform/automation.h) as C++ arrays, lists and texts, and back.
+// Conversions between automation arrays and values (platform/automation.h) and C++ arrays, lists and texts.
 //
-// A value that is handed in stays the caller's and unchanged. Values by reference and arrays of more than one dimension
-// are of a wrong type here. Nothing throws but for memory; a value is used by one thread at a time.
+// The caller owns a value that it passes; const values do not change. Values by reference and arrays of more than one
+// dimension count as a wrong type. Only missing memory throws. One thread at a time uses a value.
 #pragma once
 
 #include "framework/list.h"
@@ -10,17 +10,19 @@
 
 // The number of elements of an array of doubles; -1 for any other value.
 KVSHARE_API int GetNumberOfElementsFromSafearrayDoubleVal(const VARIANT& value);
-// Fills out, which has room for them all, and gives their number; -1 for a null pointer or any other value.
+// Copies the elements of an array of doubles to out, which must have room for all, and returns their number. -1 for a
+// null out or any other value.
 KVSHARE_API int UnpackFromSafearrayDoubleVal(const VARIANT& value, double* out);
 
-// Appends each object of an array of objects that is not null, and gives how many; -1 for any other value. Each is a
-// reference of the caller's own, to be ended with Release.
+// Appends the objects of an array of objects to the list, without nulls, and returns their number; -1 for any other
+// value. The caller gets a reference to each object and must call Release.
 KVSHARE_API int UnpackIDispPointersFromSafearray(const VARIANT& value, CList<IDispatch*>& list);
 
-// Makes value an array of the list's objects, from index 0, with references of its own: VariantClear frees it. What
-// stood in value is overwritten, not freed. E_FAIL, with an empty value, for an empty list; E_OUTOFMEMORY.
+// Sets value to an array of the list's objects from index 0, with its own references; VariantClear frees it. The old
+// content of value is overwritten without being freed. Returns S_OK; E_FAIL with an empty value for an empty list;
+// E_OUTOFMEMORY.
 KVSHARE_API HRESULT PackIDispatchPointersToVariant(const CList<IDispatch*>& list, VARIANT& value);
 
-// The text of a value: a text itself (also one by reference), a number in decimal with up to 15 digits and a point, -1
-// or 0 for a truth. Empty for anything else.
+// The value as text: a text itself (also by reference), a number with up to 15 digits and a decimal point (7 digits for
+// a float), -1 or 0 for a Boolean. Empty for any other value.
 KVSHARE_API CString VARIANT2CString(const VARIANT& value);

@@ -1,4 +1,4 @@
-// Cells of a file of comma-separated values. Only the cells that were asked for are kept, whatever the file holds.
+// Cells of a file of comma-separated values. Only the requested cells are kept in memory.
 #include "share/utilities/csv_reader.h"
 
 #include <cstdio>
@@ -13,18 +13,18 @@ namespace {
 constexpr std::size_t kPiece = 64 * 1024;
 constexpr std::size_t kMostCellBytes = 1024 * 1024;
 
-// The line that a row's letter stands for, from 1; below that for none.
+// The line number of a row's letter, from 1; less than 1 for a character that is no row.
 int LineOf(char row) {
   const char upper = row >= 'a' && row <= 'z' ? char(row - 'a' + 'A') : row;
   return static_cast<signed char>(upper) - 64;
 }
 
-// Takes the bytes of one line, piece by piece.
+// Splits one line into cells; the line comes in pieces.
 class LineSplitter {
  public:
   LineSplitter(LONGLONG first_column, int count) : first_(first_column), cells_(std::size_t(count)) {}
 
-  // True once nothing that follows in the line matters.
+  // True if the rest of the line is not needed.
   bool IsDone() const { return hidden_ || column_ - first_ >= LONGLONG(cells_.size()); }
 
   void Take(std::string_view bytes) {
@@ -39,7 +39,7 @@ class LineSplitter {
     }
   }
 
-  // Behind the last byte ahead of a LF.
+  // Call it at the LF.
   void EndLine() {
     if (IsDone() || column_ < first_) return;
     std::string& last = cells_[std::size_t(column_ - first_)];
@@ -62,7 +62,7 @@ class LineSplitter {
   const LONGLONG first_;
   std::vector<std::string> cells_;
   LONGLONG column_ = 1;
-  bool hidden_ = false;  // behind a NUL
+  bool hidden_ = false;  // after a NUL
 };
 
 }  // namespace

@@ -1,13 +1,13 @@
-// CSVReader gives single cells of a file of comma-separated values, addressed by a letter for the row and a number for
-// the column: GetStringFromCell('B', 3) is the third field of the second line.
+// CSVReader reads single cells of a file of comma-separated values by row letter and column number:
+// GetStringFromCell('B', 3) is the third field of the second line.
 //
-// The text is UTF-8; CR LF and LF end a line. A cell is what stands between two commas, blanks and quotes included; it
-// may be empty. Each call reads the file anew from its start, so that it sees what others wrote meanwhile, and takes
-// time in proportion to what stands ahead of the end of the row. A file that can't be read and a row or column that is
-// not there give an empty text, and 0. So does a cell of more than a megabyte. What follows a NUL in a line is not
-// seen. Nothing throws, and any thread may call.
+// The text is UTF-8; CR LF and LF end a line. A cell is the text between two commas, with blanks and quotes; it may be
+// empty. Each call reads the file again from its start to the end of the row, so it sees changes by others. A file that
+// cannot be read, a missing row or column, and a cell of more than 1 MiB give an empty text or 0. The rest of a line
+// after a NUL is lost. Only missing memory throws, and any thread may call.
 //
-// Rows are 'A' or 'a' for the first line and so on, and the characters behind 'Z' go on: '[' is line 27.
+// Row 'A' or 'a' is the first line, and so on; the characters after 'Z' continue: '[' is line 27. Column 1 is the
+// first.
 #pragma once
 
 #include <string>
@@ -18,25 +18,25 @@
 
 class KVSHARE_API CSVReader {
  public:
-  // By a product path (platform/paths.h), which is not looked at before the first call.
+  // Takes a product path (platform/paths.h); the first read opens the file.
   explicit CSVReader(const CString& fileName) : m_FileName(fileName) {}
 
   CString GetStringFromCell(char row, int column) const;
-  // The number that the text begins with (platform/numbers.h), 0 for none.
+  // The number at the beginning of the text (platform/numbers.h), 0 without one.
   double GetDoubleFromCell(char row, int column) const;
   int GetIntFromCell(char row, int column) const;
 
-  // The numbers of column and the two behind it. A direction that is none is (0, 0, 0).
+  // The numbers of the column and the two columns after it. A direction of length 0 is (0, 0, 0).
   FRPosition GetPositionFromCell(char row, int column) const;
   FRVector GetVectorFromCell(char row, int column) const;
   FRUnitVector GetUnitVectorFromCell(char row, int column) const;
 
-  // The cell is the top left corner of a block of four rows of three numbers: the rows of the affine part and, as the
-  // fourth, the translation. Scaling and flags are those of a default transform.
+  // The cell is the top left corner of a block of four rows of three numbers: three rows of the affine part, then the
+  // translation. Scaling and flags are those of a default transform.
   FRTransf GetTransformFromCell(char row, int column) const;
 
  private:
-  // The cells of a row from a column on, as bytes.
+  // count cells of a row from a column on, as bytes.
   std::vector<std::string> GetCells(char row, LONGLONG column, int count) const;
 
   CString m_FileName;

@@ -1,4 +1,4 @@
-// Helpers for paths, names and times of files.
+// Free helpers for paths, names and times of files.
 #include "share/utilities/file_helpers.h"
 
 #include <string_view>
@@ -17,9 +17,9 @@ bool IsDigitOrLetter(char c) { return IsCapital(c) || (c >= 'a' && c <= 'z') || 
 
 }  // namespace
 
-// ---- taking paths apart
+// ---- parts of paths
 
-// Not _wsplitpath, which cuts parts of more than 255 characters.
+// Not _wsplitpath, which cuts parts after 255 characters.
 int ExtractPathAndFileName(CString path, CString& drive, CString& folder, CString& name, CString& extension) {
   if (path.IsEmpty()) return 0;
   const TextView text = path.View();

@@ -1,5 +1,5 @@
-// Files and folders on the platform's calls. Walks keep a list of what is still to be done instead of recursing, so
-// that no depth of folders is too much for the stack.
+// Files and folders on the platform's calls. Walks keep a list of folders instead of recursing, so that deep folders do
+// not overflow the stack.
 #include "share/utilities/files_and_folders.h"
 
 #include <vector>
@@ -23,7 +23,7 @@ CString Below(const CString& folder, LPCTSTR name) {
   return EndsWithSlash(folder) ? folder + name : folder + _T('\\') + name;
 }
 
-// A search for the path without its backslash finds the link itself and not what it leads to.
+// Without the backslash, a search finds the link itself, not its target.
 CString WithoutTrailingSlashes(CString path) {
   while (path.GetLength() > 1 && EndsWithSlash(path)) path.Delete(path.GetLength() - 1);
   return path;
@@ -36,12 +36,12 @@ bool IsLink(const CString& path) {
   return find.IsLink() != FALSE;
 }
 
-// Calls use(find) for each entry but "." and "..". False if the folder cannot be read.
+// Calls use(find) for each entry except "." and "..". False if the folder cannot be read.
 template <class Use>
 bool ForEachEntry(const CString& folder, LPCTSTR pattern, Use use) {
   CFileFind find;
   BOOL more = find.FindFile(Below(folder, pattern));
-  if (!more) return GetLastError() == DWORD(ERROR_FILE_NOT_FOUND);  // the folder is there, and nothing matches
+  if (!more) return GetLastError() == DWORD(ERROR_FILE_NOT_FOUND);  // the folder exists, and nothing matches
   while (more) {
     more = find.FindNextFile();
     if (!find.IsDots()) use(find);
@@ -69,7 +69,7 @@ int QFFileAndFolderUtilities::DeleteDirectory(CString& path) {
   if (path.IsEmpty()) return 0;
   if (IsLink(path)) return RemoveDirectoryW(path) ? 1 : 0;
   bool done = true;
-  std::vector<CString> folders = {path};  // a folder stands ahead of those in it
+  std::vector<CString> folders = {path};  // a folder comes before its subfolders
   for (std::size_t i = 0; i < folders.size(); ++i) {
     const CString folder = folders[i];
     done &= ForEachEntry(folder, kEverything, [&](const CFileFind& find) {
@@ -89,7 +89,8 @@ int QFFileAndFolderUtilities::DeleteDirectory(CString& path) {
 
 int QFFileAndFolderUtilities::CopyDirectoryWithContents(const CString& source, const CString& target) {
   if (source.IsEmpty() || target.IsEmpty()) return 0;
-  // All is listed ahead of the first copy, so that a target inside the source is not copied into itself for ever.
+  // List everything before the first copy: otherwise a target inside the source would be copied into itself without
+  // end.
   std::vector<CString> folders = {CString()};  // relative to source
   std::vector<CString> files;
   bool done = true;

@@ -1,11 +1,11 @@
-// QFFileAndFolderUtilities, operations on files and folders by their paths.
+// QFFileAndFolderUtilities, operations on files and folders by path.
 //
-// Paths are the product's (platform/paths.h). Every operation gives 1 for success and 0 for failure unless it says
-// otherwise; nothing throws and nothing is shown. An object holds no data, is made where it is needed and may be used
-// on any thread. A file here is anything but a folder; a link counts as what it leads to.
+// Paths are product paths (platform/paths.h). Every operation returns 1 on success and 0 on failure, if it says nothing
+// else. Nothing throws and nothing is shown. An object has no data and may be used on any thread. Everything except a
+// folder is a file here; a link counts as its target.
 //
-// Names that are too long for the system, folders without rights and full disks are failures like any other: the
-// operation gives 0, and what stood under a name is whole.
+// Names that are too long for the system, missing rights and full disks are ordinary failures: the operation returns 0,
+// and an existing file keeps its whole content.
 #pragma once
 
 #include "framework/list.h"
@@ -20,58 +20,60 @@ class KVSHARE_API QFFileAndFolderUtilities {
 
   // ---- folders
 
-  // Makes one folder level; 0 also if the folder is there already.
+  // Creates a folder in an existing folder. 0 also if the folder exists.
   int CreateDirectoryW(CString& path);
-  // Deletes a folder with all that lies in it, of whatever depth. A link is deleted, never what it leads to, also where
-  // the path itself is one. 0 if anything could not be deleted; the rest is gone.
+  // Deletes a folder with everything in it, at any depth. Deletes links, also if the path is one, but never their
+  // targets. 0 if an entry could not be deleted; the other entries are deleted.
   int DeleteDirectory(CString& path);
-  // Copies a folder with all that lies in it into target, which is made as needed (its parent has to exist) and may lie
-  // inside the source. Files that are there are replaced; each is copied beside and renamed, so that none is ever half
-  // there. Links to files are copied as what they lead to; links to folders are left out. 0 if anything was left out
-  // or could not be copied; the rest stands. Where names are kept with their case, each new file costs a look through
-  // its folder: thousands of files in one folder take seconds.
+  // Copies everything in a folder to target. target is created if necessary (its parent must exist) and may be inside
+  // the source. Existing files are replaced: each file is copied under another name and renamed, so that no file is
+  // ever incomplete. Copies the target of a link to a file; skips links to folders. 0 if an entry was skipped or could
+  // not be copied; the other entries are copied. On a file system with case-sensitive names each new file needs a
+  // search of its folder: thousands of files in one folder take seconds.
   int CopyDirectoryWithContents(const CString& source, const CString& target);
 
-  // ---- lists; 0, with nothing appended, if the folder cannot be read
+  // ---- lists; 0 and nothing appended if the folder cannot be read
 
-  // Append the names of the folder's files, of those that are not empty, and of the folders in it.
+  // Append the names of the folder's files, of its files that are not empty, and of its subfolders.
   int GetFileNameListFromFolder(const CString& folder, CList<CString>& names);
   int GetNonZeroSizeFileNameListFromFolder(const CString& folder, CList<CString>& names);
   int GetDirectoriesInFolder(const CString& folder, CList<CString>& names);
-  // The name of the first file that matches a pattern with * and ?; 0, with name left alone, if there is none.
+  // Sets name to the first file that matches a pattern with * and ?. 0 without a match; name does not change.
   int GetFirstMatchingFileInFolder(const CString& folder, const CString& pattern, CString& name);
 
   // ---- files
 
   int DoesFileExist(const CString& path);
-  // The file's size as text: "%.2f KB" of 1024 bytes with the flag, "%d bytes" without. Empty for an empty file and for
-  // none.
+  // The file's size as text: "%.2f KB" of 1024 bytes for nonzero inKilobytes, else "%d bytes". Empty for an empty or
+  // missing file.
   CString GetFileSize(const CString& path, int inKilobytes);
-  // Tries it: makes a file "test_%d_%d_%d" in the folder and deletes it again.
+  // 1 if a file can be created in the folder. Tries it with a file "test_%d_%d_%d", which it deletes.
   int HasCreateFilePermission(CString folder);
 
   // ---- temporary files
 
-  // A new empty file with a unique name in the folder for temporary files. path is left alone on failure.
+  // Creates an empty file with a unique name in the folder for temporary files, and sets path. On failure path does not
+  // change.
   int CreateTempFileName(CString& path);
-  // The folder for temporary files, ending in a backslash; 0, with an empty text, if it has 260 characters or more.
+  // Sets folder to the folder for temporary files, with a backslash at the end. 0 and an empty text if the path has 260
+  // characters or more.
   int GetTempFolderLocation(CString& folder);
-  // 1 if the text of the path begins with that folder, in any case.
+  // 1 if the path begins with the folder for temporary files, compared without case.
   int IsFileInTempDirectory(const CString& path);
 
-  // ---- texts of paths; they touch no file
+  // ---- texts of paths; these operations use no file
 
-  // Puts a point ahead of an extension that has none; an empty one becomes ".".
+  // Adds a point before an extension without one; an empty extension becomes ".".
   int EnsureFileExtHasDot(CString& extension);
-  // Puts a backslash behind a path that does not end in one; an empty one becomes "\".
+  // Adds a backslash to a path that does not end with one; an empty path becomes "\".
   int EnsureFolderPathEndsWithSlash(CString& folder);
-  // Both joined with exactly one backslash.
+  // Sets path to folder and name, joined with exactly one backslash.
   int ConcatFolderPathFileName(const CString& folder, const CString& name, CString& path);
-  // What stands behind the last backslash: name and extension. 0 for an empty path.
+  // The name with the extension. 0 for an empty path.
   int GetFileName(const CString& path, CString& name);
   // The drive and the folder, with its backslash. 0 for an empty path.
   int GetDirectoryName(const CString& path, CString& folder);
-  // Replaces doubled backslashes by single ones until there are none from the second character on: the two at the start
-  // of a network path stay.
+  // Reduces each row of backslashes to one, from the second character on. So the two at the start of a network path
+  // stay.
   int RemoveExtraSlaces(CString& path);
 };

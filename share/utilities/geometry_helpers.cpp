@@ -1,4 +1,4 @@
-// Frames, angles, boxes and the taking apart of transforms.
+// Frames, components of transforms, boxes and angles.
 #include "share/utilities/geometry_helpers.h"
 
 #include <algorithm>
@@ -8,7 +8,7 @@ namespace {
 
 constexpr FRPosition kOrigin;
 
-// The cosine, or 1 or -1 if it is near that.
+// Returns 1 or -1 for a cosine near it, else the cosine.
 using Snap = double (*)(double cosine);
 
 double SnapCosine(double cosine) {
@@ -27,21 +27,21 @@ struct Turn {
   FRVector axis;
 };
 
-// The turn that takes the Z axis to the normal.
+// The rotation of the Z axis to the normal.
 Turn TiltOf(const FRUnitVector& normal, Snap snap) {
   if (FRZAxis == -normal) return {PI, FRYAxis};
   return {std::acos(snap(FRZAxis % normal)), FRZAxis * normal};
 }
 
-// The turn that takes the X axis to the direction.
+// The rotation of the X axis to the direction.
 Turn SpinOf(const FRUnitVector& direction, Snap snap) {
   const double cosine = snap(FRXAxis % direction);
-  // A snapped direction counts as the axis itself, so that its perpendicular can't come from the two.
+  // A snapped direction counts as the axis itself, so their perpendicular is not usable.
   if (cosine == -1 || FRXAxis == -direction) return {PI, FRZAxis};
   return {std::acos(cosine), FRXAxis * direction};
 }
 
-// The rotation that takes a turn back; none for an angle too small to count.
+// The inverse rotation; the identity for an angle within RESABS.
 FRTransf Undo(const Turn& turn) {
   return std::abs(turn.angle) > RESABS ? GetRotateTransf(-turn.angle, normalise(turn.axis)) : FRTransf();
 }
@@ -58,9 +58,9 @@ FRVector Row(const FRMatrix& matrix, int row) {
 
 bool IsWithin(double value, double tolerance) { return std::abs(value) <= tolerance; }
 
-// The axis u of a rotation by an angle with that cosine, up to its sign. The matrix's symmetric part is
-// cos I + (1 - cos) u u', so its rows less the cosine on the diagonal are all along u, and the longest, that of the
-// axis's largest component, is the most exact.
+// The axis u of a rotation with that cosine, up to its sign. The symmetric part of the matrix is cos I + (1 - cos) u
+// u'. Without the cosine on the diagonal, all its rows are parallel to u. The row of u's largest component is the
+// longest and so the most exact.
 FRUnitVector AxisFromSymmetricPart(const FRMatrix& matrix, double cosine) {
   int pivot = 0;
   for (int row = 1; row < 3; ++row)
@@ -72,7 +72,7 @@ FRUnitVector AxisFromSymmetricPart(const FRMatrix& matrix, double cosine) {
   return normalise(along);
 }
 
-// The third axis, if the transform takes two of the axes to their opposites and the third to itself.
+// The axis that the transform keeps if it reverses the other two; null for any other transform.
 const FRUnitVector* AxisOfHalfTurn(const FRTransf& transform) {
   const FRUnitVector* const axes[] = {&FRXAxis, &FRYAxis, &FRZAxis};
   bool flipped[3];
@@ -87,8 +87,8 @@ const FRUnitVector* AxisOfHalfTurn(const FRTransf& transform) {
   return nullptr;
 }
 
-// Axis and angle of a rotation. acos of half the trace less 1 would lose half of the digits near 0 and PI, so the sine
-// takes part: the matrix's skew part is the axis by the sine, that is M12 - M21 = 2 sin x and so on around.
+// Axis and angle of a rotation. The acos of (trace - 1) / 2 loses half of the digits near 0 and PI, so the sine is
+// used, too: the skew part of the matrix is the axis times the sine, M12 - M21 = 2 sin x and so on.
 Turn TurnOf(const FRMatrix& m) {
   const FRVector skew(m.element(1, 2) - m.element(2, 1), m.element(2, 0) - m.element(0, 2),
                       m.element(0, 1) - m.element(1, 0));
@@ -123,7 +123,7 @@ FRTransf GetTransformToTurnXY(FRUnitVector normal, FRPosition origin, FRUnitVect
   return FrameOf(normal, origin, x_direction, SnapThousandfold);
 }
 
-// ---- taking transforms apart
+// ---- components of transforms
 
 int ExtractTransformComponents(const FRTransf& transform, FRUnitVector& axis, double& angle_radians,
                                FRVector& translation) {
@@ -194,7 +194,7 @@ int GetPerpendicularVector(const FRUnitVector& a, FRUnitVector* b, FRUnitVector*
   const double z = given.z();
   FRVector found(1, 1, 1);
   int done = 1;
-  // The component that makes found % given 0.
+  // Set the component that makes found % given 0.
   if (std::abs(z) > RESABS) {
     found.set_z((-x - y) / z);
   } else if (std::abs(y) > RESABS) {

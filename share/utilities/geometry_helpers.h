@@ -1,9 +1,8 @@
-// Frames, angles, boxes and the taking apart of transforms, on top of the geometry library.
+// Frames, components of transforms, boxes and angles, on top of the geometry library.
 //
-// Row vectors throughout: p * (A * B) is (p * A) * B. Angles are in radians, right-handed about their axis. Nothing
-// here fails or allocates, and any thread may call. A direction that is (0, 0, 0) is none: it is told at each function
-// what comes of it. Numbers that are not finite do no harm; where the result is then not finite either, that is told
-// by the rules of doubles.
+// Vectors are row vectors: p * (A * B) is (p * A) * B. Angles are in radians, right-handed about their axis. Nothing
+// fails or allocates, and any thread may call. (0, 0, 0) is no direction; each function says what it does with it.
+// Numbers that are not finite give results by the rules of double arithmetic.
 #pragma once
 
 #include "companions/geometry/boxes.h"
@@ -11,60 +10,60 @@
 
 // ---- frames: from the model to the XY plane of a setup
 
-// Moves the origin to (0, 0, 0), then turns the negated normal to the Z axis (get_transform_to_xy_plane), then turns by
-// the angle about (0, 0, -1).
+// Moves the origin to (0, 0, 0), turns the negated normal to the Z axis (get_transform_to_xy_plane), then turns by the
+// angle about (0, 0, -1).
 KVSHARE_API FRTransf GetXYTransform(FRUnitVector normal, FRPosition origin, double angle_radians);
 
-// Moves the origin to (0, 0, 0), then turns the negated normal to the Z axis about their common perpendicular, then
-// turns what has become of the X direction to the X axis. An X direction that is not perpendicular to the normal is
-// taken to the X axis all the same, and the normal then leaves the Z axis. A direction that is (0, 0, 0) is not turned.
+// Moves the origin to (0, 0, 0), turns the negated normal to the Z axis about their common perpendicular, then turns
+// the turned X direction to the X axis. An X direction that is not perpendicular to the normal also goes to the X axis;
+// the normal then leaves the Z axis. For a direction of (0, 0, 0) there is no turn.
 //
-// Within 1e-10 of 1 or -1 a cosine counts as that number, so directions up to 1.4e-5 radians from an axis count as it.
-// The normal (0, 0, 1) itself makes a half turn about the Y axis, an X direction opposite to the X axis one about the
-// Z axis.
+// A cosine within 1e-10 of 1 or -1 counts as that number: directions up to 1.4e-5 radians from an axis count as the
+// axis. The normal (0, 0, 1) gives a half turn about the Y axis; an X direction opposite to the X axis gives a half
+// turn about the Z axis.
 KVSHARE_API FRTransf GetXYTransform(FRUnitVector normal, FRPosition origin, FRUnitVector x_direction);
 
-// The same for the turning frame: it is the normal itself that is turned to the Z axis, and a cosine counts as 1 or -1
-// if its thousandfold is within RESABS of 1000 or -1000.
+// The same for the frame of a turning machine, with two differences: it turns the normal itself to the Z axis, and a
+// cosine counts as 1 or -1 if 1000 times the cosine is within RESABS of 1000 or -1000.
 KVSHARE_API FRTransf GetTransformToTurnXY(FRUnitVector normal, FRPosition origin, FRUnitVector x_direction);
 
-// ---- taking transforms apart
+// ---- components of transforms
 
-// Gives the axis and the angle, from 0 to PI, of the transform's affine part, and its translation part; the scaling
-// part counts for neither. GetRotateTransf(angle, axis) gives the affine part back. Half turns about X, Y and Z are
-// recognised by the images of the axes alone, also if the affine part stretches. 1 if there is a rotation to tell, also
-// one by 0; 0, with angle 0, if the affine part is none. An angle within RESNOR of 0 is given as 0 with the axis
-// (0, 0, 0).
+// Returns the axis and the angle, from 0 to PI, of the affine part, and the translation part; it ignores the scaling
+// part. GetRotateTransf(angle, axis) is the affine part again. An angle within RESNOR of 0 becomes 0 with the axis
+// (0, 0, 0). Half turns about X, Y and Z are recognised from the images of the axes only, also if the affine part
+// stretches. 1 for a rotation, also by 0; 0 with angle 0 if the affine part is no rotation.
 KVSHARE_API int ExtractTransformComponents(const FRTransf& transform, FRUnitVector& axis, double& angle_radians,
                                            FRVector& translation);
 
-// 1 if the rows have length 1, are perpendicular to one another and make a right-handed frame, each within RESABS.
+// 1 if the rows have length 1, are perpendicular to each other and form a right-handed frame, each within RESABS.
 KVSHARE_API int IsPureRotationMatrix(const FRMatrix& matrix);
 
-// The axis of a rotation by PI; of the two opposite ones that with its largest component positive. (0, 0, 0) for a
-// matrix that has none, such as the negated identity.
+// The axis of a rotation by PI. Of the two opposite axes it returns the one whose largest component is positive.
+// (0, 0, 0) for a matrix without such an axis, for example the negated identity.
 KVSHARE_API FRUnitVector GetRotationAxisForPIRotation(const FRMatrix& matrix);
 
 // ---- boxes
 
-// The box along the axes around the transformed box: larger than it if the transform turns. result may be box itself.
+// Sets result to the axis-aligned box around the transformed box, which is larger if the transform turns. result may be
+// the same object as box.
 KVSHARE_API void TransformBox(const FRBox& box, const FRTransf& transform, FRBox& result);
 
-// The box around the centre with these edge lengths, three of them, and a margin on each side. Null counts as a size
-// of 0.
+// The box around the centre with the three edge lengths in size and a margin on each side. A null size counts as 0, 0,
+// 0.
 KVSHARE_API FRBox CreateBoundingBox(const double* size, const FRPosition& centre, double margin);
 
 // ---- directions and angles
 
-// The direction of v seen along the normal, in the plane through the origin. (0, 0, 0), which is no direction, if v is
-// none or lies along the normal: to be tested for. A normal of (0, 0, 0) leaves v as it is.
+// The direction of v, projected onto the plane through the origin with that normal. (0, 0, 0) if v is (0, 0, 0) or
+// parallel to the normal: check for it. A normal of (0, 0, 0) returns v.
 KVSHARE_API FRUnitVector project_uv_on_plane(const FRUnitVector& v, const FRUnitVector& normal);
 
-// The angle from a to b, seen along the normal of a plane; a plane of (0, 0, 0) takes the vectors as they are. From 0
-// to PI, unless a x b is opposite to the plane's normal: then PI / 2 minus the angle, which is required, however it
-// looks. An a or b without direction in the plane is perpendicular to everything.
+// The angle from a to b, projected onto the plane with that normal; a plane of (0, 0, 0) means no projection. From 0 to
+// PI. If a x b is opposite to the normal, the result is PI / 2 minus the angle; kept for existing modules, which expect
+// this value. A vector without a direction in the plane counts as perpendicular to the other.
 KVSHARE_API double CalculateAngle(const FRUnitVector& a, const FRUnitVector& b, FRUnitVector plane);
 
-// Two directions b and c that make a right-angled frame with a: c is a x b. 1 if done; 0, with c left alone, if b or c
-// is null or no component of a is outside RESABS. They may point to a itself.
+// Sets b and c to two directions that form a right-angled frame with a, where c is a x b: 1. 0 with c unchanged if b or
+// c is null, or if all components of a are within RESABS. b and c may point to a.
 KVSHARE_API int GetPerpendicularVector(const FRUnitVector& a, FRUnitVector* b, FRUnitVector* c);

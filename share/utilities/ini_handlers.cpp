@@ -15,7 +15,7 @@ constexpr DWORD kValueUnits = 1024;
 constexpr DWORD kListUnits = 32767;
 constexpr LPCTSTR kConditions = _T("StrategyCondition1");
 
-// The names of the section's keys, of the sections for a null one.
+// Appends the names of the section's keys; for a null section, the names of all sections.
 void AppendNames(const CString& file, LPCTSTR section, CList<CString>& names) {
   if (file.IsEmpty()) return;
   std::vector<TCHAR> list(kListUnits);
@@ -25,7 +25,7 @@ void AppendNames(const CString& file, LPCTSTR section, CList<CString>& names) {
 
 }  // namespace
 
-// ---- what both do
+// ---- both handlers
 
 CString QFINIFile::GetValue(const CString& section, const CString& key) const {
   if (m_FileName.IsEmpty()) return CString();

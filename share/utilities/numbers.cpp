@@ -1,4 +1,4 @@
-// Rounding to the tolerance's raster, and narrowing.
+// Rounding to multiples of the tolerance, and narrowing.
 #include "share/utilities/numbers.h"
 
 #include <cmath>
@@ -7,15 +7,15 @@
 
 namespace {
 
-// To the nearest whole number, down at exactly a half.
+// Rounds to the nearest whole number, and an exact half down.
 double Whole(double value) {
   double whole = 0;
   const double fraction = std::modf(value, &whole);
   return fraction > 0.5 ? whole + 1 : whole;
 }
 
-// That many steps as an exact point of the raster, which takes a raster of which a whole number of steps makes 1. The
-// division by that number is rounded once, so it gives the nearest double, which the multiplication by a step doesn't.
+// steps * step. If a whole number of steps makes 1, it divides by that number instead: the division is rounded once and
+// so gives the nearest double, the multiplication does not.
 double PointOfRaster(double steps, double step) {
   const double steps_in_unit = std::nearbyint(1.0 / step);
   const bool divides = std::abs(steps_in_unit * step - 1) < 1e-12;

@@ -3,16 +3,17 @@
 
 #include "platform/types.h"
 
-// The value rounded to the raster of ten times RESABS (companions/geometry/constants.h), by default to five decimals,
-// with the sign put back last, so that a value and its opposite round alike.
+// Rounds the value to a multiple of 10 * RESABS (companions/geometry/constants.h), by default to five decimals. The
+// sign does not matter: a value and its opposite round to opposite results.
 //
-// It is rounded twice, to RESABS and then to ten times that, each time down at exactly a half: 14.6 RESABS becomes 15,
-// then 1 times the raster. That is required. Below 2147483647 the result is the double nearest to the raster's point
-// if a whole number of the raster's steps makes 1; otherwise the error of one multiplication stays.
+// The value is rounded twice, to RESABS and then to 10 * RESABS, and an exact half is rounded down each time: 14.6
+// RESABS becomes 15 RESABS, then 10 RESABS. Kept for existing files, which hold such values. Below 2147483647 the
+// result is the double nearest to the multiple if a whole number of steps of 10 * RESABS makes 1; otherwise the error
+// of one multiplication remains.
 //
-// With a flag of 1 a value that rounds to 0 comes back unchanged: one too small for the raster is kept. A value too
-// large to be scaled, or not finite, comes back unchanged, and so does every value while RESABS gives no raster.
+// With flag 1, a value that would become 0 is returned unchanged. A value that is not finite or too large is returned
+// unchanged, and so is every value while RESABS is 0, negative or not finite.
 KVSHARE_API double RoundOffDouble(double value, int flag);
 
-// The value, or -1 if it is above 0x7FFFFFFF.
+// Returns the value; -1 if it is above 0x7FFFFFFF.
 KVSHARE_API int size_t2int(ULONGLONG value);

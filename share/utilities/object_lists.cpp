@@ -1,5 +1,5 @@
-// The operations on whole lists. Membership is looked up in a set of pointers made for the one call, so that none of
-// them walks a list once for each element of another.
+// The operations on whole lists. A set of pointers, built for each call, answers whether a list has an element, so that
+// no operation walks one list for each element of another.
 #include "share/utilities/object_lists.h"
 
 #include <algorithm>
@@ -9,7 +9,7 @@
 
 namespace {
 
-// Where a set operation works: see the header.
+// The target of a set operation: see the header.
 CObList& TargetOf(CObList& a, CObList* result) {
   if (!result) return a;
   result->AddTail(&a);

@@ -1,54 +1,53 @@
 // Operations on whole lists and arrays of objects: deleting, searching, sorting, set operations, names for copies.
 //
-// Elements are compared as pointers, and null is an element like any other unless an operation says otherwise. Lists
-// and arrays own nothing by themselves: only the operations named Delete delete objects. A list may be given twice to
-// one call. The time of a call grows with the number of elements, that of CObList_Sort as n log n. One list is used by
-// one thread at a time.
+// Elements are compared as pointers. Null is an element like any other, if an operation says nothing else. Lists and
+// arrays own no objects: only the operations named Delete delete objects. The order in a list says nothing about
+// owners: the element before a node need not be its parent. One call may get the same list twice. The time of a call is
+// proportional to the number of elements, to n log n for CObList_Sort. One thread at a time uses a list.
 #pragma once
 
 #include "framework/ob_array.h"
 #include "framework/ob_list.h"
 
-// ---- deleting; an object that stands in the list twice may not be given
+// ---- deleting; a list must not have an object twice
 
-// Delete each element that is not null and leave the list empty. Elements go from the first on, each taken off its list
-// ahead of its destructor. Give the number of elements before.
+// Delete all elements and empty the list. The list's operation starts at the first element and removes each element
+// before it calls the destructor; the array's operation empties the array first. Return the previous number of
+// elements, nulls included.
 KVSHARE_API LONGLONG DeleteAllElements_CObList(CObList& list);
 KVSHARE_API LONGLONG DeleteAllElements_CObArray(CObArray& array);
 
-// Deletes each element and then the list itself, which was made by new: the caller's pointer is left dangling. Gives 1,
-// or 0 for a null list.
+// Deletes all elements and then the list, which must have been created with new: 1. 0 for a null list.
 KVSHARE_API int DeleteCObListWithCObject(CObList* list);
 
 // ---- searching, purging, copying
 
-// The index of the first such element, from 0; -1 if there is none.
+// Returns the object's first index, from 0; -1 if the list does not have it.
 KVSHARE_API LONGLONG GetIndexOfObject(CObList& list, CObject* object);
 
-// Removes every null element. Gives the number removed.
+// Removes all null elements and returns their number.
 KVSHARE_API LONGLONG PurgeNullNodesFromList(CObList& list);
 
-// Replace the target's content by the source's elements in their order. Give the target's new count.
+// Replace the target's elements by the source's, in their order. Return the target's new count.
 KVSHARE_API LONGLONG CObArray_To_CObList(CObArray& source, CObList& target);
 KVSHARE_API LONGLONG CObList_To_CObArray(CObList& source, CObArray& target);
 
 // ---- set operations
 //
-// The target is result if it is given: then a is first appended to it, and what it held stays. With null, a itself is
-// the target. Both give the target's count.
+// The target is result, to which a is appended first; its previous elements stay. If result is null, the target is a.
+// Both operations return the target's count.
 
-// Appends each element of b that is not in the target yet, so once each. Duplicates that stood in the target stay.
+// Appends each element of b that the target does not have, once. Duplicates in the target stay.
 KVSHARE_API LONGLONG CObList_Union(CObList& a, CObList& b, CObList* result);
 
-// Removes each element of the target that is not in b, also what the target held before.
+// Removes each element of the target that b does not have, also previous elements of result.
 KVSHARE_API LONGLONG CObList_Xtion(CObList& a, CObList& b, CObList* result);
 
 // ---- sorting
 
-// As the standard library's qsort wants it: it gets pointers to two cells that hold CObject*, and gives a negative
-// number, 0 or a positive one.
+// A comparison for std::qsort. left and right point to CObject*; the result is negative, 0 or positive.
 using CObListCompare = int (*)(const void* left, const void* right);
 
-// The order of equal elements is not defined. Gives 1; 0, and does nothing, for a null or empty list and without a
-// comparison. If the comparison throws, the list is as it was.
+// Sorts the list: 1. 0 for a null or empty list or a null comparison. The order of equal elements is not defined. If
+// the comparison throws, the list does not change.
 KVSHARE_API int CObList_Sort(CObList* list, CObListCompare compare);

@@ -1,5 +1,5 @@
-// A set of pointers for one walk over object lists. Open-addressed; up to 42 pointers it allocates nothing. Not
-// copyable; one thread at a time.
+// PointerSet, a hash table of pointers with open addressing, for walks over object lists. Up to 42 pointers need no
+// heap memory. One thread at a time uses a set.
 #pragma once
 
 #include <array>
@@ -12,7 +12,7 @@
 
 class PointerSet {
  public:
-  // For at most that many pointers.
+  // most: the largest number of different pointers that will be inserted.
   explicit PointerSet(LONGLONG most) {
     if (std::size_t(most) <= kSmall * 2 / 3) return;
     large_.resize(std::bit_ceil(std::size_t(most) * 3 / 2));
@@ -23,7 +23,7 @@ class PointerSet {
   PointerSet& operator=(const PointerSet&) = delete;
 
   bool Contains(const void* pointer) const { return slots_[PlaceOf(KeyOf(pointer))] != 0; }
-  // False if it was there already. Null is a pointer like any other.
+  // False if the set has the pointer already. Null is a pointer like any other.
   bool Insert(const void* pointer) {
     const std::uintptr_t key = KeyOf(pointer);
     std::uintptr_t& slot = slots_[PlaceOf(key)];
@@ -34,13 +34,13 @@ class PointerSet {
 
  private:
   static constexpr std::size_t kSmall = 64;
-  static constexpr std::uintptr_t kNullKey = 1;  // no object lies at an odd address
+  static constexpr std::uintptr_t kNullKey = 1;  // no object has an odd address
 
   static std::uintptr_t KeyOf(const void* pointer) {
     return pointer ? reinterpret_cast<std::uintptr_t>(pointer) : kNullKey;
   }
   std::size_t Slots() const { return std::size_t(1) << (64 - shift_); }
-  // Where the key stands, or the free slot for it.
+  // The slot that holds the key, or the free slot where it belongs.
   std::size_t PlaceOf(std::uintptr_t key) const {
     std::size_t at = (key * 0x9E3779B97F4A7C15u) >> shift_;
     while (slots_[at] != 0 && slots_[at] != key) at = (at + 1) & (Slots() - 1);

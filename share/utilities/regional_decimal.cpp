@@ -1,4 +1,4 @@
-// Decimal signs in the user's text.
+// The decimal sign of the C runtime and of the user's system settings.
 #include "share/utilities/regional_decimal.h"
 
 #include <cstdio>

@@ -1,33 +1,33 @@
-// The decimal sign of the user's text: QFRegionalDecimal follows the C runtime's locale, in which a module may have set
-// the numeric category; KVGetLocaleDecimalFormat follows the operating system's setting for the user.
+// The decimal sign in the user's text. QFRegionalDecimal uses the C runtime's locale, whose numeric category a module
+// may have set; KVGetLocaleDecimalFormat uses the operating system's setting of the user.
 //
-// This library's own texts and files always have the point and need neither.
+// Texts and files of this library always have a decimal point and need neither.
 #pragma once
 
 #include "framework/text.h"
 
-// One reading of the C runtime's decimal sign, taken when the object is made. The reading and AtoF are for threads that
-// don't change the process's locale meanwhile.
+// The C runtime's decimal sign, read by the constructor. Do not change the process's locale during the constructor or
+// AtoF.
 class KVSHARE_API QFRegionalDecimal {
  public:
   QFRegionalDecimal() { SetIsEnglishDecimal(); }
   virtual ~QFRegionalDecimal() = default;
 
-  // 1 if the sign is the point, or none of one byte.
+  // 1 if the sign is a point, or if it has more than one byte.
   int GetIsEnglishDecimal() const { return m_bIsEnglishDecimal; }
-  // 1 if texts have to be changed between point and sign; the opposite of GetIsEnglishDecimal.
+  // 1 if points must be replaced by the sign; the opposite of GetIsEnglishDecimal.
   int GetReplaceDecimal() const { return !m_bIsEnglishDecimal; }
-  // The sign itself, the point to begin with.
+  // The sign; the point if GetIsEnglishDecimal is 1.
   char GetRegionalDecimal() const { return m_cRegionalDecimal; }
 
-  // Replaces every sign in the text by a point; does nothing if the sign is the point.
+  // Replaces each sign in the text by a point.
   void ToEnglishDecimal(CString& text) const;
-  // The number at the beginning of the text by the C runtime's rules, 0.0 for none and for null. If the sign is not the
-  // point, the first point in the caller's text is overwritten by the sign: that is required.
+  // The number at the beginning of the text by the C runtime's rules; 0.0 without a number and for null. If the sign is
+  // not the point, it replaces the first point in the caller's text by the sign; kept for existing modules.
   double AtoF(char* text) const;
 
  protected:
-  // Reads the sign off the runtime's own printing of 0.1.
+  // Reads the sign from 0.1 as the runtime prints it.
   void SetIsEnglishDecimal();
 
  private:
@@ -35,5 +35,5 @@ class KVSHARE_API QFRegionalDecimal {
   char m_cRegionalDecimal = '.';
 };
 
-// Replaces every point in the text by the user's decimal sign. A system that tells none leaves the text as it is.
+// Replaces each point in the text by the user's decimal sign. Does nothing if the system has no such setting.
 KVSHARE_API void KVGetLocaleDecimalFormat(CString& text);

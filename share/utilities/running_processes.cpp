@@ -52,7 +52,7 @@ int FindInList(const CString& upper, const ProcessCalls& calls) {
   return 0;
 }
 
-// Whether a process of the snapshot is the wanted one; false, too, for one that can't be walked.
+// True if wanted(name) is true for a process of the snapshot; false, too, for an unreadable snapshot.
 template <class Wanted>
 bool FindInSnapshot(const Handle& snapshot, const ProcessCalls& calls, Wanted wanted) {
   PROCESSENTRY32W entry = {};

@@ -6,8 +6,8 @@
 
 namespace {
 
-// The text from a word on, up to the next semicolon or the end; position moves behind it. Empty, with the position
-// left alone, if the word doesn't follow.
+// The text from a word on, up to the next semicolon or the end; position moves after it. Empty with position unchanged
+// if the word does not follow.
 CString Part(const CString& text, LPCTSTR word, int& position) {
   const int begin = text.Find(word, position);
   if (begin < 0) return CString();
@@ -27,7 +27,7 @@ CString QFTechDBConfigData::GetDisplayName() const {
 CString ServerPartsOfConnection(const CString& connection) {
   int position = 0;
   const CString server = Part(connection, _T("SERVER"), position);
-  CString database = Part(connection, _T("DATABASE"), position);  // not one within the server's name
+  CString database = Part(connection, _T("DATABASE"), position);  // not the word within the server's name
   if (database.IsEmpty()) database = Part(connection, _T("DATABASE"), position = 0);
   return server + _T(";") + database;
 }

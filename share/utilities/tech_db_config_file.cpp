@@ -1,4 +1,4 @@
-// Reading, mending and writing "database.config".
+// Reads, repairs and writes "database.config".
 #include "share/utilities/tech_db_config_file.h"
 
 #include <iterator>
@@ -17,7 +17,7 @@ constexpr LPCTSTR kTypes[] = {_T("sqlite"), _T("ms-access"), _T("sql")};
 
 bool Same(const CString& text, LPCTSTR other) { return text.CompareNoCase(other) == 0; }
 
-// The value of the first child element of that name; empty if there is none.
+// The value of the first child element with that name; empty without one.
 CString ValueOf(KVXMLNode& setting, LPCTSTR name) {
   KVXMLNodeList& children = *setting.GetChildNodes();
   for (long i = 0; i < children.GetSize(); ++i) {
@@ -32,14 +32,14 @@ CString AttributeOf(const KVXMLNode& node, LPCTSTR name) {
   return value;
 }
 
-// Whether a node is a database; type receives what it says of itself.
+// True for the node of a database; sets type to its type attribute.
 bool IsSetting(const KVXMLNode& node, CString& type) {
   return Same(node.GetNodeName(), _T("setting")) && node.GetAttributeValue(kType, type);
 }
 
 // ---- entries
 
-// Each fills an entry from its element; false if a value that it can't do without is missing.
+// Each function fills an entry from its element; false if a necessary value is missing.
 
 bool ReadFilePath(KVXMLNode& setting, const CString& folder, QFTechDBConfigData& entry) {
   const CString path = ValueOf(setting, _T("filePath"));
@@ -85,7 +85,7 @@ void ReadSetting(KVXMLNode& setting, const CString& type, const CString& folder,
 
 // ---- the file
 
-// The file with its list of databases, whose children count comments and texts.
+// The file and its list of databases; comments and texts are children of the list, too.
 struct ConfigFile {
   explicit ConfigFile(const CString& filePath) : path(filePath) {
     document.KeepPlaces(false);
@@ -106,8 +106,8 @@ struct ConfigFile {
   KVXMLNodeList* settings = nullptr;
 };
 
-// A file with one database needs no mark to work: it gets it. Of two entries with nothing ahead of them the last counts
-// as that one, which is the active one without a mark, too.
+// Marks the only database of a file as active and saves the file. If both of two children are databases, the last one
+// gets the mark: it is the active one without a mark, too.
 void Mend(ConfigFile& file) {
   if (file.settings->GetSize() != 2) return;
   CString type;

@@ -1,4 +1,4 @@
-// The conversions that the active document makes. Without one a request stays as it was put.
+// Conversions by the active document. Without a document a request does not change.
 #include "share/utilities/units.h"
 
 #include "share/core/document_messages.h"

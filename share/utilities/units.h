@@ -1,9 +1,9 @@
-// Lengths and angles between the internal unit, in which everything is computed, and the text in the active document's
-// unit that users read and type. The document converts: each function here puts its request to it as core message 247.
+// Conversions of lengths and angles between the internal unit, in which the product computes, and texts in the active
+// document's unit. The document converts: each function sends it core message 247.
 //
-// To be called on the thread that uses the document. Without an active document, or with one that doesn't know the
-// message, a text is empty and a number 0; nothing fails. Which unit the document has and how it prints is its own
-// affair, as is what it makes of a text that is no number.
+// Call them on the thread that uses the document. Without an active document, or if it does not know the message, a
+// text result is empty and a number 0; nothing fails. The document defines its units, its number format, and the result
+// for a text that is no number.
 #pragma once
 
 #include "framework/text.h"
@@ -19,15 +19,15 @@ enum QFeUnitEntityType : int {
   QF_UNITS_ANGLE = 1,
 };
 
-// A request to the document, and its answer: which of value and text is the question depends on the conversion type.
+// A request to the document and its answer. The conversion type says which of value and text is the input.
 class KVSHARE_API QFUnitsConversion {
  public:
   QFUnitsConversion(QFeUnitsConversionType type, QFeUnitEntityType entity) : m_eType(type), m_eEntity(entity) {}
 
-  // 0 to begin with.
+  // At first 0.
   double GetSysVal() const { return m_dSysVal; }
   void SetSysVal(double value) { m_dSysVal = value; }
-  // Empty to begin with.
+  // At first empty.
   const CString& GetUserUnit() const { return m_UserUnit; }
   void SetUserUnit(const CString& text) { m_UserUnit = text; }
   QFeUnitsConversionType GetUnitConversionType() const { return m_eType; }

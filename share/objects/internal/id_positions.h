@@ -1,4 +1,5 @@
-// Where each id of a row stands first. Kept beside the row by QFObjectIndexer, which has the row itself. Not public.
+// IdPositions, the first position of each id in a row of ids. QFObjectIndexer owns the row and this index of it.
+// Not public.
 #pragma once
 
 #include <set>
@@ -7,20 +8,19 @@
 
 #include "platform/types.h"
 
-// An open-addressed table from an id to its first position; positions count from 0. The ids may come from a damaged or
-// hostile document: their places in the table depend on a number drawn by the process, so that nobody can choose ids
-// that crowd together.
+// A hash table with open addressing; positions count from 0. Ids may come from a hostile document, so the hash uses a
+// random seed of the process: a document cannot choose ids that collide.
 class IdPositions {
  public:
   static constexpr DWORD kNone = 0xFFFFFFFF;
 
   IdPositions();
 
-  // Takes in what was appended to the row since the last call.
+  // Adds the ids that were appended to the row since the last call.
   void CatchUp(const std::vector<DWORD>& ids);
-  // kNone if the id is not there.
+  // Returns the first position of the id; kNone if the row does not have it.
   DWORD Find(DWORD id) const;
-  // The row's element at the position, the first of oldId, has become newId.
+  // Records that the row's element at position, the first occurrence of oldId, is newId now.
   void Replace(DWORD oldId, DWORD newId, DWORD position);
 
  private:
@@ -30,7 +30,7 @@ class IdPositions {
   };
 
   std::size_t HomeOf(DWORD id) const;
-  // The id's slot, or the free one for it.
+  // The slot that holds the id, or the free slot where it belongs.
   std::size_t PlaceOf(DWORD id) const;
   void Enter(DWORD id, DWORD position);
   void Erase(DWORD id);
@@ -40,6 +40,6 @@ class IdPositions {
   int m_shift = 0;
   std::size_t m_used = 0;
   ULONGLONG m_seed;
-  DWORD m_known = 0;                          // how much of the row is in
-  std::set<std::pair<DWORD, DWORD>> m_later;  // id and position of every occurrence but the first
+  DWORD m_known = 0;                          // number of row elements in the table
+  std::set<std::pair<DWORD, DWORD>> m_later;  // (id, position) of each further occurrence
 };

@@ -1,4 +1,4 @@
-// A helper's entries by class name. Not public.
+// IndexerNames, a helper's entries by class name. Not public.
 #pragma once
 
 #include <array>
@@ -8,26 +8,26 @@
 
 #include "share/objects/object_indexer.h"
 
-// The entries, and the texts of their names, stay the helper's.
+// The helper owns the entries and their names, which this table refers to.
 class IndexerNames {
  public:
-  // Entries of one name in the order of the list: one, unless a document brings more.
+  // The entries of one name in list order: one, or more in a damaged document.
   using Entries = std::vector<QFObjectIndexer*>;
 
-  // To be called in the order of the helper's list. With the record that gave the entry its name, which may be null.
+  // Call it in the order of the helper's list. record is the run-time class that gave the entry its name; may be null.
   void Append(QFObjectIndexer* entry, const CRuntimeClass* record) {
     Entries& entries = m_entries[entry->GetIndexedClassName().View()];
     entries.push_back(entry);
     if (record) RecentOf(record) = {record, &entries};
   }
 
-  // Null if there is none; valid as long as this table.
+  // Null for an unknown name. Valid as long as this table.
   const Entries* Find(TextView name) const {
     const auto found = m_entries.find(name);
     return found == m_entries.end() ? nullptr : &found->second;
   }
-  // By the name of a run-time class. Goes by the record's address and only makes sure of the name, which differs when
-  // another library has been loaded in the place of one that was unloaded.
+  // By a run-time class. Looks the address up in a cache and checks the name: it differs if another library was loaded
+  // at the address of an unloaded one.
   const Entries* Find(const CRuntimeClass* record) {
     Recent& recent = RecentOf(record);
     if (recent.record != record || !IsNamed(*recent.entries->front(), record->m_lpszClassName)) {
@@ -50,12 +50,12 @@ class IndexerNames {
     return m_recent[(reinterpret_cast<std::uintptr_t>(record) * 0x9E3779B97F4A7C15u) >> (64 - kRecentBits)];
   }
 
-  // Lengths decide most comparisons.
+  // The lengths alone decide most comparisons.
   struct ShorterFirst {
     bool operator()(TextView a, TextView b) const { return a.size() != b.size() ? a.size() < b.size() : a < b; }
   };
 
-  // False also for a name that is not plain ASCII.
+  // False, too, for a name that is not ASCII.
   static bool IsNamed(const QFObjectIndexer& entry, LPCSTR name) {
     for (const TCHAR unit : entry.GetIndexedClassName().View())
       if (BYTE(*name++) != unit || unit > 0x7F) return false;  // at the name's end the NUL differs

@@ -1,5 +1,5 @@
-// How far a question goes up from owner to owner. Damaged bytes can close a ring of owners, or make a chain that no
-// stack holds: then the question has to end. Not public.
+// Depth guard for calls that walk up the owners: a damaged file can have a cycle of owners, or a chain that overflows
+// the stack. Not public.
 #pragma once
 
 class OwnerDepthGuard {
@@ -11,7 +11,7 @@ class OwnerDepthGuard {
   OwnerDepthGuard(const OwnerDepthGuard&) = delete;
   OwnerDepthGuard& operator=(const OwnerDepthGuard&) = delete;
 
-  // False if the next object must not be asked.
+  // False at the limit: do not call the next object.
   explicit operator bool() const { return t_levels <= kMostLevels; }
 
  private:

@@ -1,6 +1,6 @@
-// What the records had that this thread has loaded last: their audit trails, and the registered name of each class.
-// Most nodes of a document have the same texts as one just ahead of them: they are then read at one stroke, and share
-// the memory. Not public.
+// RecentTexts, the texts of the records that this thread loaded last: two audit trails, and the registered names by
+// class. Most nodes of a document have the same texts as a node shortly before them. Such texts are read with one
+// comparison and share memory. Not public.
 #pragma once
 
 #include <array>
@@ -13,25 +13,25 @@ struct CRuntimeClass;
 
 class RecentTexts {
  public:
-  // Those of the calling thread.
+  // The calling thread's object.
   static RecentTexts& OfThread() { return t_texts ? *t_texts : Make(); }
 
-  // A record has the stamps in two places. The first call reads createdBy, dateCreated and lastModified, the second one
-  // lastModifiedBy; in between other records may have been read.
+  // A record has the stamps in two places. LoadFirstStamps reads createdBy, dateCreated and lastModified, LoadLastStamp
+  // reads lastModifiedBy. Other records may be loaded between the two calls.
   void LoadFirstStamps(CArchive& ar, AuditTrail& trail);
   void LoadLastStamp(CArchive& ar, AuditTrail& trail);
-  // In place of the second call, for records that have no lastModifiedBy: that is createdBy.
+  // Instead of LoadLastStamp for records without lastModifiedBy: sets it to createdBy.
   void MakeLastStamp(AuditTrail& trail);
 
-  // The registered name of a node of that class.
+  // Reads the registered name of a node of that class.
   void LoadName(CArchive& ar, const CRuntimeClass* record, CString& name);
 
  private:
-  // Texts as they stand in a record, one behind the other. Of those that are too long nothing is known: 0 bytes.
+  // stored holds the texts as in a record, one after the other; 0 bytes if they are too long for it.
   struct KnownTrail {
     CountedBatch<AuditTrail> trail;
     std::array<BYTE, 256> stored;
-    std::size_t firstBytes = 0;  // of the first three
+    std::size_t firstBytes = 0;  // of the first three texts
     std::size_t bytes = 0;
   };
   struct KnownName {
@@ -45,8 +45,8 @@ class RecentTexts {
 
   KV_FAST_THREAD_LOCAL inline static constinit RecentTexts* t_texts = nullptr;
 
-  // Two: a node that somebody has changed stands between others that have one trail.
+  // Two, because single changed nodes are often between nodes with equal trails.
   std::array<KnownTrail, 2> m_trails;
   std::size_t m_newest = 0;
-  std::array<KnownName, 16> m_names;  // by the class's number
+  std::array<KnownName, 16> m_names;  // index: class number modulo 16
 };

@@ -1,11 +1,10 @@
-// The platform's calls that the search for a process stands on, as a table, so that a test can put others in their
-// place. Not public.
+// The platform's calls for the search of a process, in a table that a test can replace. Not public.
 #pragma once
 
 #include "platform/running_processes.h"
 
 struct ProcessCalls {
-  // A null one counts as lacking.
+  // Null: the platform lacks the call.
   decltype(&GetVersionExW) version;
   decltype(&EnumProcesses) list;
   decltype(&EnumProcessModules) modules;
@@ -15,9 +14,9 @@ struct ProcessCalls {
   decltype(&Process32NextW) next;
 };
 
-// The platform's own.
+// The table with the platform's calls.
 KVSHARE_API const ProcessCalls& PlatformProcessCalls();
 
-// IsProcessAlreadyRunning and IsProcessAlreadyRunning2 on given calls.
+// IsProcessAlreadyRunning and IsProcessAlreadyRunning2 with a table of calls.
 KVSHARE_API int FindProcess(const char* name, const ProcessCalls& calls);
 KVSHARE_API int FindProcessInSnapshot(LPCWSTR name, const ProcessCalls& calls);
