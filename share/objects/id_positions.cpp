@@ -45,16 +45,16 @@ void IdPositions::Reserve(std::size_t ids) {
     if (slot.position != kNone) m_slots[PlaceOf(slot.id)] = slot;
 }
 
-void IdPositions::CatchUp(const std::vector<DWORD>& ids) {
-  if (m_known == ids.size()) return;
+void IdPositions::AddNewIds(const std::vector<DWORD>& ids) {
+  if (m_indexed == ids.size()) return;
   // Reserves for repeated ids, too: they are rare.
-  Reserve(m_used + (ids.size() - m_known));
-  for (; m_known < ids.size(); ++m_known) {
-    Slot& slot = m_slots[PlaceOf(ids[m_known])];
+  Reserve(m_used + (ids.size() - m_indexed));
+  for (; m_indexed < ids.size(); ++m_indexed) {
+    Slot& slot = m_slots[PlaceOf(ids[m_indexed])];
     if (slot.position != kNone) {
-      m_later.emplace_hint(m_later.end(), ids[m_known], m_known);
+      m_later.emplace_hint(m_later.end(), ids[m_indexed], m_indexed);
     } else {
-      slot = {ids[m_known], m_known};
+      slot = {ids[m_indexed], m_indexed};
       ++m_used;
     }
   }

@@ -285,7 +285,7 @@ class KVSHARE_API QFObject : public QFBaseObject {
   void LoadOriginalOwner(CArchive& ar);
   void LoadPattern(CArchive& ar);
 
-  static QFObject* TakeFirstUser(UserObjects& list, bool& held);
+  static QFObject* RemoveFirstUser(UserObjects& list, bool& held);
   // Removes a job's record from the lists; any thread, under the lock of share/objects/job_lock.h.
   friend class QFThreadData;
   void ForgetJobRecord(const QFObject* record);

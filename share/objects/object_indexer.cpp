@@ -25,7 +25,7 @@ QFObjectIndexer::~QFObjectIndexer() = default;
 
 IdPositions& QFObjectIndexer::Positions() {
   if (!m_positions) m_positions = std::make_unique<IdPositions>();
-  m_positions->CatchUp(m_ObjectIds);
+  m_positions->AddNewIds(m_ObjectIds);
   return *m_positions;
 }
 

@@ -78,7 +78,7 @@ void QFObject::LoadRecord(CArchive& ar, unsigned version) {
   if (version > 2) {
     recent.LoadLastStamp(ar, m_Trail);
   } else {
-    recent.MakeLastStamp(m_Trail);
+    recent.SetLastStampToCreator(m_Trail);
   }
   if (version > 3) ar >> m_NodeStatus;
   if (version > 4) LoadOriginalOwner(ar);

@@ -45,7 +45,7 @@ void QFObject::DetachFromAllUserObjects() {
   for (UserObjects* list : {&m_UserObjects, &m_HeldUserObjects}) {
     for (;;) {
       bool held = false;
-      QFObject* user = TakeFirstUser(*list, held);
+      QFObject* user = RemoveFirstUser(*list, held);
       if (!user) break;
       user->RemoveFromUserObjectsList(this);
       if (held) GetJobRecordHolder()->Release(user);
@@ -55,7 +55,7 @@ void QFObject::DetachFromAllUserObjects() {
 
 // Removes the elements up to the first node and returns that node; null for a list without nodes. Sets held for a job
 // record, which then stays alive until it is released.
-QFObject* QFObject::TakeFirstUser(UserObjects& list, bool& held) {
+QFObject* QFObject::RemoveFirstUser(UserObjects& list, bool& held) {
   const UsersLock lock;
   while (!list.IsEmpty()) {
     auto* user = DYNAMIC_DOWNCAST(QFObject, list.RemoveHead());

@@ -5,7 +5,7 @@
 
 #include "framework/archive.h"
 
-RecentTexts& RecentTexts::Make() {
+RecentTexts& RecentTexts::Create() {
   struct Owner {
     ~Owner() { delete std::exchange(t_texts, nullptr); }
   };
@@ -43,17 +43,17 @@ void RecentTexts::LoadLastStamp(CArchive& ar, AuditTrail& trail) {
       ar.ReadIfNext(newest.stored.data() + newest.firstBytes, newest.bytes - newest.firstBytes))
     return;
   if (!ar.ReadIfEqual(trail.Get().lastModifiedBy)) ar >> trail.Change().lastModifiedBy;
-  Keep(trail);
+  Remember(trail);
 }
 
-void RecentTexts::MakeLastStamp(AuditTrail& trail) {
+void RecentTexts::SetLastStampToCreator(AuditTrail& trail) {
   const CString creator = trail.Get().createdBy;
   if (trail.Get().lastModifiedBy != creator) trail.Change().lastModifiedBy = creator;
-  Keep(trail);
+  Remember(trail);
 }
 
 // Replaces the older of the two trails.
-void RecentTexts::Keep(const AuditTrail& trail) {
+void RecentTexts::Remember(const AuditTrail& trail) {
   if (m_trails[m_newest].bytes != 0 && trail.SharesWith(m_trails[m_newest].trail.Get())) return;
   KnownTrail& known = m_trails[m_newest = 1 - m_newest];
   known.bytes = 0;

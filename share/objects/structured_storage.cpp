@@ -3,7 +3,7 @@
 StructuredStorage::~StructuredStorage() { CloseAll(); }
 
 // Keeps the result as the last one. True for S_OK only.
-bool StructuredStorage::Keep(HRESULT result) {
+bool StructuredStorage::SetResult(HRESULT result) {
   m_lastResult = result;
   return result == 0;
 }
@@ -20,14 +20,14 @@ bool StructuredStorage::EnterRoot(LPCWSTR name, IStorage* root) {
 bool StructuredStorage::CreateFileW(LPCWSTR name, unsigned long mode) {
   CloseAll();
   IStorage* root = nullptr;
-  Keep(StgCreateDocfile(name, DWORD(mode), /*reserved=*/0, &root));
+  SetResult(StgCreateDocfile(name, DWORD(mode), /*reserved=*/0, &root));
   return EnterRoot(name, root);
 }
 
 bool StructuredStorage::OpenFile(LPCWSTR name, unsigned long mode) {
   CloseAll();
   IStorage* root = nullptr;
-  Keep(StgOpenStorage(name, /*priority=*/nullptr, DWORD(mode), /*exclude=*/nullptr, /*reserved=*/0, &root));
+  SetResult(StgOpenStorage(name, /*priority=*/nullptr, DWORD(mode), /*exclude=*/nullptr, /*reserved=*/0, &root));
   return EnterRoot(name, root);
 }
 
@@ -54,22 +54,22 @@ void StructuredStorage::CloseAll() {
 
 bool StructuredStorage::CreateStorage(LPCWSTR name, bool enter, unsigned long mode) {
   IStorage* const current = GetCurrentStorage();
-  if (!current) return Keep(E_POINTER);
-  IStorage* made = nullptr;
-  if (!Keep(current->CreateStorage(name, DWORD(mode), 0, 0, &made))) return false;
+  if (!current) return SetResult(E_POINTER);
+  IStorage* created = nullptr;
+  if (!SetResult(current->CreateStorage(name, DWORD(mode), 0, 0, &created))) return false;
   if (enter) {
-    m_storages.push_back(made);
+    m_storages.push_back(created);
   } else {
-    made->Release();
+    created->Release();
   }
   return true;
 }
 
 bool StructuredStorage::OpenStorage(LPCWSTR name, unsigned long mode) {
   IStorage* const current = GetCurrentStorage();
-  if (!current) return Keep(E_POINTER);
+  if (!current) return SetResult(E_POINTER);
   IStorage* opened = nullptr;
-  if (!Keep(current->OpenStorage(name, nullptr, DWORD(mode), nullptr, 0, &opened))) return false;
+  if (!SetResult(current->OpenStorage(name, nullptr, DWORD(mode), nullptr, 0, &opened))) return false;
   m_storages.push_back(opened);
   return true;
 }
@@ -83,21 +83,21 @@ bool StructuredStorage::CloseStorage() {
 
 bool StructuredStorage::Destroy(LPCWSTR name) {
   IStorage* const current = GetCurrentStorage();
-  return Keep(current ? current->DestroyElement(name) : E_POINTER);
+  return SetResult(current ? current->DestroyElement(name) : E_POINTER);
 }
 
 bool StructuredStorage::CreateStream(IStream** out, LPCWSTR name, unsigned long mode) {
   IStorage* const current = GetCurrentStorage();
-  if (Keep(current ? current->CreateStream(name, DWORD(mode), 0, 0, out) : E_POINTER)) return true;
+  if (SetResult(current ? current->CreateStream(name, DWORD(mode), 0, 0, out) : E_POINTER)) return true;
   if (out) *out = nullptr;
   return false;
 }
 
 bool StructuredStorage::OpenStream(IStream** out, LPCWSTR name, unsigned long mode) {
   IStorage* const current = GetCurrentStorage();
-  if (current) return Keep(current->OpenStream(name, nullptr, DWORD(mode), 0, out));
+  if (current) return SetResult(current->OpenStream(name, nullptr, DWORD(mode), 0, out));
   if (out) *out = nullptr;
-  return Keep(E_POINTER);
+  return SetResult(E_POINTER);
 }
 
 // ---- what is open

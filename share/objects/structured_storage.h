@@ -59,7 +59,7 @@ class KVSHARE_API StructuredStorage {
   HRESULT GetLastResult() const { return m_lastResult; }
 
  private:
-  bool Keep(HRESULT result);
+  bool SetResult(HRESULT result);
   bool EnterRoot(LPCWSTR name, IStorage* root);
 
   std::basic_string<WCHAR> m_fullPath;

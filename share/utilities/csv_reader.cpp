@@ -27,14 +27,14 @@ class LineSplitter {
   // True if the rest of the line is not needed.
   bool IsDone() const { return hidden_ || column_ - first_ >= LONGLONG(cells_.size()); }
 
-  void Take(std::string_view bytes) {
+  void Append(std::string_view bytes) {
     for (const char c : bytes) {
       if (c == '\0') hidden_ = true;
       if (IsDone()) return;
       if (c == ',') {
         ++column_;
       } else if (column_ >= first_) {
-        Keep(c);
+        AppendToCell(c);
       }
     }
   }
@@ -54,7 +54,7 @@ class LineSplitter {
   }
 
  private:
-  void Keep(char c) {
+  void AppendToCell(char c) {
     std::string& cell = cells_[std::size_t(column_ - first_)];
     if (cell.size() <= kMostCellBytes) cell += c;
   }
@@ -80,7 +80,7 @@ std::vector<std::string> CSVReader::GetCells(char row, LONGLONG column, int coun
       const std::size_t end = std::min(rest.find('\n'), rest.size());
       const bool line_ends = end < rest.size();
       if (line == wanted) {
-        splitter.Take(rest.substr(0, end));
+        splitter.Append(rest.substr(0, end));
         if (line_ends) splitter.EndLine();
         if (line_ends || splitter.IsDone()) return splitter.Cells();
       }

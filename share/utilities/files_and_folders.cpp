@@ -19,7 +19,7 @@ bool EndsWithSlash(const CString& path) {
   return last == _T('\\') || last == _T('/');
 }
 
-CString Below(const CString& folder, LPCTSTR name) {
+CString JoinPath(const CString& folder, LPCTSTR name) {
   return EndsWithSlash(folder) ? folder + name : folder + _T('\\') + name;
 }
 
@@ -40,7 +40,7 @@ bool IsLink(const CString& path) {
 template <class Use>
 bool ForEachEntry(const CString& folder, LPCTSTR pattern, Use use) {
   CFileFind find;
-  BOOL more = find.FindFile(Below(folder, pattern));
+  BOOL more = find.FindFile(JoinPath(folder, pattern));
   if (!more) return GetLastError() == DWORD(ERROR_FILE_NOT_FOUND);  // the folder exists, and nothing matches
   while (more) {
     more = find.FindNextFile();
@@ -97,8 +97,8 @@ int QFFileAndFolderUtilities::CopyDirectoryWithContents(const CString& source, c
   for (std::size_t i = 0; i < folders.size(); ++i) {
     const CString folder = folders[i];
     const bool listed =
-        ForEachEntry(folder.IsEmpty() ? source : Below(source, folder), kEverything, [&](const CFileFind& find) {
-          const CString name = folder.IsEmpty() ? find.GetFileName() : Below(folder, find.GetFileName());
+        ForEachEntry(folder.IsEmpty() ? source : JoinPath(source, folder), kEverything, [&](const CFileFind& find) {
+          const CString name = folder.IsEmpty() ? find.GetFileName() : JoinPath(folder, find.GetFileName());
           if (!find.IsDirectory()) {
             files.push_back(name);
           } else if (find.IsLink()) {
@@ -111,10 +111,10 @@ int QFFileAndFolderUtilities::CopyDirectoryWithContents(const CString& source, c
     done &= listed;
   }
   for (const CString& folder : folders) {
-    const CString made = folder.IsEmpty() ? target : Below(target, folder);
-    done &= ::CreateDirectoryW(made, nullptr) || (GetFileAttributesW(made) & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    const CString copy = folder.IsEmpty() ? target : JoinPath(target, folder);
+    done &= ::CreateDirectoryW(copy, nullptr) || (GetFileAttributesW(copy) & FILE_ATTRIBUTE_DIRECTORY) != 0;
   }
-  for (const CString& file : files) done &= CopyFileW(Below(source, file), Below(target, file), FALSE) != FALSE;
+  for (const CString& file : files) done &= CopyFileW(JoinPath(source, file), JoinPath(target, file), FALSE) != FALSE;
   return done ? 1 : 0;
 }
 
@@ -136,7 +136,7 @@ int QFFileAndFolderUtilities::GetFirstMatchingFileInFolder(const CString& folder
                                                            CString& name) {
   if (folder.IsEmpty() || pattern.IsEmpty()) return 0;
   CFileFind find;
-  BOOL more = find.FindFile(Below(folder, pattern));
+  BOOL more = find.FindFile(JoinPath(folder, pattern));
   while (more) {
     more = find.FindNextFile();
     if (!IsFile(find)) continue;
@@ -171,7 +171,7 @@ int QFFileAndFolderUtilities::HasCreateFilePermission(CString folder) {
   if (folder.IsEmpty()) return 0;
   CString name;
   name.Format(_T("test_%d_%d_%d"), int(GetCurrentProcessId()), int(GetCurrentThreadId()), 1);
-  const CString path = Below(folder, name);
+  const CString path = JoinPath(folder, name);
   const HANDLE file = CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
   if (file == INVALID_HANDLE_VALUE) return 0;
   CloseHandle(file);

@@ -188,13 +188,13 @@ double CalculateAngle(const FRUnitVector& a, const FRUnitVector& b, FRUnitVector
 
 int GetPerpendicularVector(const FRUnitVector& a, FRUnitVector* b, FRUnitVector* c) {
   if (!b || !c) return 0;
-  const FRUnitVector given = a;  // b or c may point to a
-  const double x = given.x();
-  const double y = given.y();
-  const double z = given.z();
+  const FRUnitVector input = a;  // b or c may point to a
+  const double x = input.x();
+  const double y = input.y();
+  const double z = input.z();
   FRVector found(1, 1, 1);
   int done = 1;
-  // Set the component that makes found % given 0.
+  // Set the component that makes found % input 0.
   if (std::abs(z) > RESABS) {
     found.set_z((-x - y) / z);
   } else if (std::abs(y) > RESABS) {
@@ -205,6 +205,6 @@ int GetPerpendicularVector(const FRUnitVector& a, FRUnitVector* b, FRUnitVector*
     done = 0;
   }
   *b = normalise(found);
-  if (done) *c = normalise(given * *b);
+  if (done) *c = normalise(input * *b);
   return done;
 }

@@ -8,7 +8,7 @@
 namespace {
 
 // Rounds to the nearest whole number, and an exact half down.
-double Whole(double value) {
+double RoundHalfDown(double value) {
   double whole = 0;
   const double fraction = std::modf(value, &whole);
   return fraction > 0.5 ? whole + 1 : whole;
@@ -16,7 +16,7 @@ double Whole(double value) {
 
 // steps * step. If a whole number of steps makes 1, it divides by that number instead: the division is rounded once and
 // so gives the nearest double, the multiplication does not.
-double PointOfRaster(double steps, double step) {
+double MultipleOf(double steps, double step) {
   const double steps_in_unit = std::nearbyint(1.0 / step);
   const bool divides = std::abs(steps_in_unit * step - 1) < 1e-12;
   return divides ? steps / steps_in_unit : steps * step;
@@ -29,9 +29,9 @@ double RoundOffDouble(double value, int flag) {
   const double scaled = std::abs(value) * (1.0 / RESABS);
   const double step = 1.0 / (1.0 / (RESABS * 10.0));
   if (!std::isfinite(scaled) || !std::isfinite(step) || step <= 0) return value;
-  const double steps = Whole(Whole(scaled) / 10.0);
+  const double steps = RoundHalfDown(RoundHalfDown(scaled) / 10.0);
   double rounded = steps * step;
-  if (rounded < kLargestExact) rounded = PointOfRaster(steps, step);
+  if (rounded < kLargestExact) rounded = MultipleOf(steps, step);
   if (rounded == 0 && flag == 1) return value;
   return std::copysign(rounded, value);
 }

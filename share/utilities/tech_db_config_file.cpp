@@ -108,7 +108,7 @@ struct ConfigFile {
 
 // Marks the only database of a file as active and saves the file. If both of two children are databases, the last one
 // gets the mark: it is the active one without a mark, too.
-void Mend(ConfigFile& file) {
+void AddMissingMark(ConfigFile& file) {
   if (file.settings->GetSize() != 2) return;
   CString type;
   KVXMLNode* found = nullptr;
@@ -125,7 +125,7 @@ int ReadTechDBConfig(const CString& folder, const CString& defaultDatabase, QFTe
   ConfigFile file(folder + kTechDBConfigFile);
   if (!file.IsMissing()) {
     if (!file.settings) return 0;
-    Mend(file);
+    AddMissingMark(file);
     CString type;
     for (long i = 0; i < file.settings->GetSize() && info.GetCount() < kTechDBConfigMostEntries; ++i) {
       KVXMLNode& node = *(*file.settings)[i];

@@ -17,7 +17,7 @@ class IdPositions {
   IdPositions();
 
   // Adds the ids that were appended to the row since the last call.
-  void CatchUp(const std::vector<DWORD>& ids);
+  void AddNewIds(const std::vector<DWORD>& ids);
   // Returns the first position of the id; kNone if the row does not have it.
   DWORD Find(DWORD id) const;
   // Records that the row's element at position, the first occurrence of oldId, is newId now.
@@ -40,6 +40,6 @@ class IdPositions {
   int m_shift = 0;
   std::size_t m_used = 0;
   ULONGLONG m_seed;
-  DWORD m_known = 0;                          // number of row elements in the table
+  DWORD m_indexed = 0;                        // number of row elements in the table
   std::set<std::pair<DWORD, DWORD>> m_later;  // (id, position) of each further occurrence
 };

@@ -14,14 +14,14 @@ struct CRuntimeClass;
 class RecentTexts {
  public:
   // The calling thread's object.
-  static RecentTexts& OfThread() { return t_texts ? *t_texts : Make(); }
+  static RecentTexts& OfThread() { return t_texts ? *t_texts : Create(); }
 
   // A record has the stamps in two places. LoadFirstStamps reads createdBy, dateCreated and lastModified, LoadLastStamp
   // reads lastModifiedBy. Other records may be loaded between the two calls.
   void LoadFirstStamps(CArchive& ar, AuditTrail& trail);
   void LoadLastStamp(CArchive& ar, AuditTrail& trail);
   // Instead of LoadLastStamp for records without lastModifiedBy: sets it to createdBy.
-  void MakeLastStamp(AuditTrail& trail);
+  void SetLastStampToCreator(AuditTrail& trail);
 
   // Reads the registered name of a node of that class.
   void LoadName(CArchive& ar, const CRuntimeClass* record, CString& name);
@@ -40,8 +40,8 @@ class RecentTexts {
     std::size_t bytes = 0;
   };
 
-  static RecentTexts& Make();
-  void Keep(const AuditTrail& trail);
+  static RecentTexts& Create();
+  void Remember(const AuditTrail& trail);
 
   KV_FAST_THREAD_LOCAL inline static constinit RecentTexts* t_texts = nullptr;
 
