@@ -1,4 +1,4 @@
-// What an object's dump prints.
+// The text that an object's dump prints.
 #pragma once
 
 #include <cstdio>
@@ -6,7 +6,7 @@
 
 namespace kvtest {
 
-// dump(FILE*) writes to a file of its own.
+// Calls dump(FILE*) with a new file and returns the file's text.
 template <class Dump>
 std::string Dumped(Dump dump) {
   FILE* file = std::tmpfile();

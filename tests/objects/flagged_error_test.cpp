@@ -1,4 +1,4 @@
-// The error flag: its record, the gate for old documents, its copies.
+// The error flag: its record in old and new documents, and its copies.
 #include <gtest/gtest.h>
 
 #include "share/objects/flagged_error.h"

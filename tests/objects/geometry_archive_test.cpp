@@ -7,7 +7,7 @@
 
 namespace {
 
-// Doubles by hand: 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, -0.5, and a NaN with a payload.
+// Doubles built by hand: 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, -0.5, and a NaN with a payload.
 const std::string k0 = "00 00 00 00 00 00 00 00 ", k1 = "00 00 00 00 00 00 F0 3F ", k2 = "00 00 00 00 00 00 00 40 ",
                   k3 = "00 00 00 00 00 00 08 40 ", k4 = "00 00 00 00 00 00 10 40 ", k5 = "00 00 00 00 00 00 14 40 ",
                   k6 = "00 00 00 00 00 00 18 40 ", k7 = "00 00 00 00 00 00 1C 40 ", k8 = "00 00 00 00 00 00 20 40 ",
@@ -26,7 +26,7 @@ Value Loaded(const std::string& hex) {
   return value;
 }
 
-// The bytes give a value with the same ones; what is cut off raises.
+// The bytes load as a value that is stored as the same bytes; each shorter prefix raises.
 template <class Value>
 void ExpectLoads(const std::string& hex) {
   EXPECT_EQ(StoredHex(Loaded<Value>(hex)), hex);

@@ -1,4 +1,4 @@
-// Records of the save history by hand, and the environment that names user and edition.
+// Records of the save history built by hand, and an environment with user and edition.
 #pragma once
 
 #include <string>
@@ -17,7 +17,7 @@ inline CKVEnvApp& FreshEnvironment() {
   return *AppEnv();
 }
 
-// What the present build writes, but for user and stamp.
+// The values that the present build writes, except user and stamp.
 struct HistoryFields {
   std::u16string major = u"2024";
   std::u16string servicePack = u"SP4";
@@ -30,7 +30,7 @@ struct HistoryFields {
   std::u16string info = u"";
 };
 
-// Appends what stands behind the class records.
+// Appends the fields after the class records.
 inline RecordBytes& AddFields(RecordBytes& bytes, const HistoryFields& fields, int schema = 3) {
   bytes.Text(fields.major).Text(fields.servicePack).Text(fields.build).Double(fields.storage);
   bytes.Text(fields.dateAndTime).Text(fields.user).Raw(fields.saves);
@@ -39,7 +39,7 @@ inline RecordBytes& AddFields(RecordBytes& bytes, const HistoryFields& fields, i
   return bytes;
 }
 
-// One record alone. Numbers: its class 1, itself 2, the base's class 3.
+// One record. Archive numbers: its class 1, the object 2, the base's class 3.
 inline std::string RecordOf(const HistoryFields& fields, int schema = 3, bool base = true) {
   RecordBytes bytes;
   bytes.NewClass("QFDocSrHistory", schema).Class(1);
@@ -47,12 +47,12 @@ inline std::string RecordOf(const HistoryFields& fields, int schema = 3, bool ba
   return AddFields(bytes, fields, schema).Get();
 }
 
-// A manager's class 1, itself 2, the base's class 3.
+// The start of a manager. Archive numbers: its class 1, the object 2, the base's class 3.
 inline RecordBytes StartOfManager() {
   return RecordBytes().NewClass("QFDocSrHistoryMngr", 1).Class(1).NewClass("QFBaseObject", 2);
 }
 
-// A whole manager: the records' class 4, the records from 5 on.
+// A whole manager: the records' class has number 4, the records 5 and so on.
 inline std::string ManagerOf(const std::vector<HistoryFields>& records) {
   RecordBytes bytes = StartOfManager().Word(int(records.size()));
   for (const HistoryFields& fields : records) {

@@ -1,4 +1,4 @@
-// Single objects stored to memory and loaded from bytes.
+// Stores single objects to memory and loads them from bytes.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -14,7 +14,7 @@ inline std::string StoredObject(CObject& object) {
   return Store([&](CArchive& ar) { ar.WriteObject(&object); });
 }
 
-// Raises what the archive raises.
+// Passes the archive's exceptions on.
 template <class T>
 std::unique_ptr<T> LoadedObject(std::string_view bytes) {
   Reader reader(bytes);
@@ -25,7 +25,7 @@ std::unique_ptr<T> LoadedObject(std::string_view bytes) {
   return owned;
 }
 
-// The cause with which loading the bytes as a T raises; none if it doesn't.
+// The cause of the archive exception that loading the bytes as a T raises; none without an exception.
 template <class T>
 int LoadCause(std::string_view bytes) {
   return CauseOf(bytes, [](CArchive& ar) {

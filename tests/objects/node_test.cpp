@@ -86,7 +86,7 @@ TEST_F(Node, StampIsDateColonsTimeOfDay) {
   QFObject node;
   const auto now = [] { return AppEnv()->GetCurrentDate() + _T("::") + AppEnv()->GetTickCount(); };
   CString before;
-  do {  // until the minute stays the same
+  do {  // repeat if the minute changes
     before = now();
     node.UpdateLastModified();
   } while (now() != before);

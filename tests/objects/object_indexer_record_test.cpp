@@ -17,8 +17,8 @@ RecordBytes& AddIds(RecordBytes& bytes, std::initializer_list<DWORD> ids) {
   return bytes;
 }
 
-// The beginning of a helper's record: its class 1, itself 2, the base's class 3. Behind it the indexer's class is 4,
-// the first entry 5.
+// The start of a helper's record. Archive numbers: its class 1, the object 2, the base's class 3; then the entries'
+// class is 4 and the first entry 5.
 RecordBytes StartOfHelper(int entries) {
   return RecordBytes().NewClass("QFObjectIndexerHelper", 2).Class(1).NewClass("QFBaseObject", 2).Word(entries);
 }
@@ -32,8 +32,8 @@ std::string Present(int references) {
   return AddIds(bytes, {}).Raw(0).Get();
 }
 
-// The same of schema 1 and without records of the base, as documents up to storage version 6.1 have it: the helper's
-// class 1, itself 2, the indexer's class 3.
+// The same in schema 1 without the base's records, as in documents before storage version 6.1. Archive numbers: the
+// helper's class 1, the helper 2, the entries' class 3.
 std::string Oldest() {
   RecordBytes bytes;
   bytes.NewClass("QFObjectIndexerHelper", 1).Class(1).Word(2);
@@ -117,7 +117,7 @@ TEST(IndexerRecord, LoadingIntoAUsedHelperAppends) {
   document.nextId = 99;
   helper.AddObj(&hole);
   EXPECT_EQ(PositionOf(helper, document, 99), 0);
-  RecordBytes bytes;  // a member, no object of its own
+  RecordBytes bytes;  // the helper is a member here, not an object of the archive
   bytes.NewClass("QFObjectIndexerHelper", 2).NewClass("QFBaseObject", 2).Word(1);
   AddIds(bytes.NewClass("QFObjectIndexer", 2).Class(3).Class(2).Text(u"Hole"), {7, 8}).Raw(2);
   Reader reader(bytes.Get());

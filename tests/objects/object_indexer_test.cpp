@@ -1,5 +1,5 @@
-// The object indexer against a walk through plain rows, and what a walk doesn't show: ids that are not drawn, missing
-// objects, long rows, the dump.
+// The object indexer against a model that searches plain rows; then ids that must not be given out, missing objects,
+// long rows, and the dump.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -16,7 +16,7 @@ namespace {
 
 using namespace kvtest;
 
-// A node whose run-time class for the indexer, and whose own name for it, can be chosen.
+// A node with a chosen run-time class and a chosen name for the indexer.
 class Node : public QFObject {
  public:
   explicit Node(CRuntimeClass* record = RUNTIME_CLASS(QFObject), const CString& name = CString())
@@ -35,7 +35,7 @@ struct Entry {
   int references = 0;
 };
 
-// The indexer by walking rows. Several entries may have one name.
+// The model. Several entries may have the same name.
 struct Model {
   std::vector<Entry> entries;
 
@@ -79,7 +79,7 @@ struct Model {
       if (!entry.name.empty() && entry.name != u"QFToolStation" && entry.name != u"QFActiveToolSet")
         entry.references = entry.name == counted ? count : 0;
   }
-  // A helper with these entries, as it is stored.
+  // The record of a helper with these entries.
   std::string Bytes() const {
     RecordBytes bytes;
     bytes.NewClass("QFObjectIndexerHelper", 2).Class(1).NewClass("QFBaseObject", 2).Word(int(entries.size()));
@@ -104,10 +104,10 @@ TEST(Indexer, RandomOperationsAsByWalking) {
   TestDocument document;
   CRuntimeClass foreign = {"Fr\xC3\xA4ser", 0, CRuntimeClass::kNoSchema, nullptr, nullptr};
   CRuntimeClass station = {"QFToolStation", 0, CRuntimeClass::kNoSchema, nullptr, nullptr};
-  // The first three by their own names, case counting; the others by their run-time classes.
+  // Nodes have the first three as their own names, the others through their run-time classes. Case differs.
   const std::vector<std::u16string> names = {u"Hole", u"hole", u"QFActiveToolSet", u"Fr\u00E4ser", u"QFToolStation"};
   for (int round = 0; round < 60; ++round) {
-    // Half of the helpers come from documents in which names stand twice.
+    // Half of the helpers come from documents that have a name twice.
     Model model;
     if (round % 2 == 0)
       model.entries = {{u"Hole", {1, 2, 1}, 2}, {u"", {5}, 1}, {u"Hole", {2, 3}, -1}, {u"hole", {}, 0}};
@@ -174,7 +174,7 @@ TEST(Indexer, RandomOperationsAsByWalking) {
   }
 }
 
-// By walking, these would take some 10^10 steps each.
+// With a search through the row, each loop would take 10^10 steps.
 TEST(Indexer, TimeOfACallDoesNotGrowWithTheRow) {
   constexpr DWORD kCount = 200'000;
   TestDocument document;
@@ -188,7 +188,7 @@ TEST(Indexer, TimeOfACallDoesNotGrowWithTheRow) {
   }
   document.nextId = kCount;
   same.GetObjectId();
-  for (DWORD id = kCount - 1; id > 0; --id) {  // every place gets one and the same id, from the end on
+  for (DWORD id = kCount - 1; id > 0; --id) {  // from the end on, every position gets the same id
     document.nextId = id;
     node.Invalidate();
     helper.ReplaceObj(&node, &same);
@@ -219,7 +219,7 @@ TEST(Indexer, MissingObjectsAndClassesHaveNoEffect) {
   helper.AddObj(nullptr);
   helper.AddObj(&nameless);
   helper.ReleaseIndexer(nullptr);
-  helper.ReleaseIndexer(&nameless);  // its registered name is empty, and so is no entry's
+  helper.ReleaseIndexer(&nameless);  // its registered name is empty; no entry has an empty name
   helper.ReplaceObj(nullptr, &nameless);
   helper.ReplaceObj(&nameless, &nameless);
   helper.ReplaceObj(&node, nullptr);

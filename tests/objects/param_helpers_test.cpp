@@ -1,4 +1,4 @@
-// What documents and setups tell of their parameters, and their objects in an archive.
+// The parameter helpers of documents and setups, and their records.
 #include "share/objects/param_helpers.h"
 
 #include <gtest/gtest.h>
@@ -20,7 +20,7 @@ TEST(DocParamHelper, ArchiveHoldsTheUnitsAlone) {
   EXPECT_EQ(loaded->GetDocParamReadStorageUnits(), 38.0f);
   EXPECT_EQ(loaded->IsDocumentModified(), 0);
   ExpectEveryPrefixRaises<QFDocParamHelper>(bytes);
-  // As the run-time class makes it.
+  // Created by the run-time class.
   const std::unique_ptr<CObject> fresh(RUNTIME_CLASS(QFDocParamHelper)->CreateObject());
   EXPECT_EQ(DYNAMIC_DOWNCAST(QFDocParamHelper, fresh.get())->GetDocParamUnits(), -1);
 }

@@ -1,4 +1,4 @@
-// Records built by hand: the bytes of an archive, value after value, and what the tests of records share.
+// Records built by hand, value after value, and an archive that reads them.
 #pragma once
 
 #include <string>
@@ -9,7 +9,7 @@
 
 namespace kvtest {
 
-// Appends values as the archive's layout lays them down; knows nothing of the archive itself.
+// Appends values in the archive's layout, without using the archive's code.
 class RecordBytes {
  public:
   template <class Number>
@@ -30,7 +30,7 @@ class RecordBytes {
     return *this;
   }
   RecordBytes& Null() { return Word(0); }
-  // An object or class met before, by its number.
+  // A known object or class by its number.
   RecordBytes& Object(int number) { return Word(number); }
   RecordBytes& Class(int number) { return Word(0x8000 | number); }
   RecordBytes& NewClass(std::string_view name, int schema) {
@@ -45,7 +45,7 @@ class RecordBytes {
   std::string bytes_;
 };
 
-// An archive that reads a copy of the bytes of its own, so that a sanitizer sees a step beyond the end.
+// An archive that reads its own copy of the bytes, so that a sanitizer finds a read after their end.
 class Reader {
  public:
   explicit Reader(std::string_view bytes) : bytes_(bytes.begin(), bytes.end()) {}

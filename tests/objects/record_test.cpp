@@ -1,4 +1,4 @@
-// The record of a node: its exact bytes, and what each older layout gives.
+// The record of a node: its exact bytes, and loading of each older layout.
 #include <gtest/gtest.h>
 
 #include <fmt/format.h>
@@ -17,7 +17,7 @@ using namespace kvtest;
 
 namespace {
 
-// A node as a module has one: indexed under another class's name.
+// A module's node, indexed under the name of another class.
 class RecordNode : public QFObject {
   DECLARE_SERIAL(RecordNode)
 
@@ -34,8 +34,8 @@ IMPLEMENT_SERIAL(RecordNode, QFObject, VERSIONABLE_SCHEMA | 8)
 constexpr float kVersions[] = {6.0f, 6.1f, 38.0f};
 constexpr unsigned kSentinel = 0xCAFEBABE;
 
-// The record of a node of the given schema in a document of the given storage version, with a number behind it. The
-// node is its own user and original owner, so that nothing else has to live. Numbers: class 1, object 2.
+// The record of a node of that schema in a document of that storage version, followed by a number. The node is its own
+// user and original owner, so that no other object is necessary. Archive numbers: class 1, object 2.
 std::string RecordOf(int schema, float units) {
   RecordBytes bytes;
   bytes.NewClass("QFObject", schema).Class(1);
@@ -81,7 +81,7 @@ void ExpectRecord(const std::string& bytes, int schema) {
 }  // namespace
 
 TEST(NodeRecord, HasItsExactBytes) {
-  TestDocument document(6.0f);  // the version that is read doesn't matter when storing
+  TestDocument document(6.0f);  // storing does not depend on the document's version
   RecordNode owner(_T("O")), node(_T("N"));
   node.SetOwner(&owner);
   node.AddToUserObjectsList(&owner, 0);
@@ -136,8 +136,8 @@ TEST(NodeRecord, EveryTruncationRaisesEndOfFileAtEverySchema) {
     for (std::size_t length = 0; length < record.size(); ++length) {
       const int cause = LoadCause<QFObject>(record.substr(0, length));
       int expected = CArchiveException::endOfFile;
-      // An end inside the list of users is told as a fault of the list, and a reference to the original owner that ends
-      // early is a broken one, which a load survives.
+      // An end inside the list of users counts as a fault of the list. An end inside the reference to the original
+      // owner does not fail the load.
       if (schema > 1 && length >= 34 && length < 40) expected = CArchiveException::genericException;
       if (schema == 5 && length >= record.size() - 2) expected = CArchiveException::none;
       EXPECT_EQ(cause, expected) << "schema " << schema << ", " << length << " bytes";
@@ -159,8 +159,8 @@ TEST(NodeRecord, RegisteredNameOfOlderRecordsComesFromTheIndexedClass) {
   }
 }
 
-// Loaded nodes share texts that are equal: none may notice. Every third has an owner, whose record stands inside its
-// own.
+// Loaded nodes share equal texts; a change of one node must not change another. Every third node has an owner, whose
+// record is inside the node's record.
 TEST(NodeRecord, StampsAndNamesThatComeAgainAreEachNodesOwn) {
   const TestDocument document(38.0f);
   const CString longest(_T('x'), 300);
@@ -191,7 +191,7 @@ TEST(NodeRecord, StampsAndNamesThatComeAgainAreEachNodesOwn) {
     EXPECT_EQ(node.GetLastModified(), expected.trail.lastModified);
     EXPECT_EQ(node.GetLastModifiedBy(), expected.trail.lastModifiedBy);
     EXPECT_EQ(node.GetRegNameForAutoIndexing(), expected.name);
-    node.Stamp({_T("another"), {}, {}, {}});  // which no other node gets
+    node.Stamp({_T("another"), {}, {}, {}});  // must not change other nodes
   };
   std::vector<std::unique_ptr<RecordNode>> loaded(400);
   for (std::size_t i = 0; i < 300; ++i) {
@@ -205,7 +205,7 @@ TEST(NodeRecord, StampsAndNamesThatComeAgainAreEachNodesOwn) {
   for (std::size_t i = 300; i < 400; ++i) expect(*loaded[i], nodes[i]);
 }
 
-// References that are known already come beside new ones, a null one, and one to an object that is no node.
+// Known references together with new ones, a null one, and one to an object that is no node.
 TEST(NodeRecord, LongListOfUsersKeepsItsOrder) {
   const TestDocument document(38.0f);
   RecordBytes bytes;

@@ -1,4 +1,4 @@
-// References between nodes: those that can't be stored, those that come back broken, and loads that are taken back.
+// References between nodes that cannot be stored or are damaged, and failed loads.
 #include <gtest/gtest.h>
 
 #include "framework/ob_list.h"
@@ -33,10 +33,10 @@ IMPLEMENT_DYNAMIC(UnstorableNode, QFObject)
 
 constexpr unsigned kLost = 0x9001;
 
-// The fields 4 to 9 of a record, empty.
+// The fields 4 to 9 of a record with empty values.
 RecordBytes& Head(RecordBytes& bytes) { return bytes.Text(u"").Text(u"").Text(u"").Text(u"").Dword(1).Dword(0); }
 
-// A node of schema 8, object 2 of the archive, up to and with its status word; its owner is what the caller appends.
+// A node of schema 8 (object 2 of the archive) up to its field 9; the caller appends the owner and the rest.
 RecordBytes NodeUpToOwner() {
   RecordBytes bytes;
   bytes.NewClass("QFObject", 8).Class(1).NewClass("QFBaseObject", 2).Word(0);

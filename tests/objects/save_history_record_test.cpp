@@ -79,7 +79,7 @@ TEST_F(HistoryRecord, DamagedListLeavesAUsableManager) {
   HistoryFields wild = Fields();
   wild.user = AppEnv()->GetUserNameW().View();
   wild.saves = INT32_MAX;
-  // A manager that is no object of its own: its class 1, the base's class 2, the records' class 3.
+  // The manager is a member here. Archive numbers: its class 1, the base's class 2, the records' class 3.
   RecordBytes cut;
   cut.NewClass("QFDocSrHistoryMngr", 1).NewClass("QFBaseObject", 2).Word(3).Null();
   AddFields(cut.NewClass("QFDocSrHistory", 3).Class(3).Class(2), wild);

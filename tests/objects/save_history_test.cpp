@@ -1,4 +1,4 @@
-// The save history: what a save records, which records it may change, and the versions from before there was one.
+// The save history: what a save records, which records it may change, and releases before the history existed.
 #include "share/objects/save_history.h"
 
 #include <gtest/gtest.h>
@@ -26,13 +26,13 @@ class History : public testing::Test {
   }
   void TearDown() override { CloseAppEnv(); }
 
-  // As the present build writes it; the tests change what is to differ.
+  // The values that the present build writes; tests change some of them.
   HistoryFields Present() const {
     HistoryFields fields;
     fields.user = m_user.View();
     return fields;
   }
-  // A manager as loaded from a document with these records.
+  // A manager loaded from a document with these records.
   static std::unique_ptr<QFDocSrHistoryMngr> LoadedWith(const std::vector<HistoryFields>& records) {
     return LoadedObject<QFDocSrHistoryMngr>(ManagerOf(records));
   }
@@ -110,7 +110,7 @@ TEST_F(History, SaveRecordsThePresentBuildAndUser) {
   EXPECT_FALSE(record.GetDateAndTime().IsEmpty());
   HistoryFields expected = Present();
   expected.dateAndTime = record.GetDateAndTime().View();
-  expected.saves = 2;  // required, though it is the first
+  expected.saves = 2;  // 2 already for the first save
   EXPECT_EQ(bytes, ManagerOf({expected}));
   EXPECT_EQ(record.GetStorageVersion(), _T(" 38.00"));
   EXPECT_EQ(record.GetActiveModule(), _T("Mill-Turn"));
@@ -136,7 +136,7 @@ TEST_F(History, SaveChangesOnlyTheLatestRecordOfThePresentCombination) {
     StoredObject(*manager);
     EXPECT_EQ(Saves(*manager), row.saves);
   }
-  // The others are stored as they came.
+  // The other records do not change.
   RecordBytes bytes;
   EXPECT_NE(StoredObject(*LoadedWith({other, same})).find(AddFields(bytes, other).Get()), std::string::npos);
 }

@@ -1,4 +1,4 @@
-// States, status word and colour of a node, what its children have in common, and where owners come in.
+// States and status word of a node, the effect of its owners, and the common state of its children.
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -115,7 +115,7 @@ TEST(States, StatusWordIsClearedByLogicalNegation) {
 }
 
 TEST(ChildrenStates, GoByTheFirstChildUpToTheFirstNull) {
-  // Each letter a child: S has the property, n has not, 0 is null, x is no node.
+  // Each letter is a child: S has the property, n has not, 0 is null, x is no node.
   const struct {
     const char* children;
     int expected;
@@ -139,7 +139,7 @@ TEST(ChildrenStates, GoByTheFirstChildUpToTheFirstNull) {
   }
   QFObject node;
   EXPECT_EQ(node.GetChildrenDisplayState(nullptr), e_QFSelSetDisplay_NoChildren);
-  // Values differ as a whole, not only as truths.
+  // Values are compared, not only zero and nonzero.
   FixedNode two;
   two.suppressed = 2;
   CObList children;

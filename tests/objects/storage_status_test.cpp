@@ -1,4 +1,4 @@
-// What stands around a load: the status word, those that are told of its end, the tolerance guard.
+// The status word, the notification after a load, and the tolerance guard.
 #include <gtest/gtest.h>
 
 #include <functional>

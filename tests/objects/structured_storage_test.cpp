@@ -1,4 +1,4 @@
-// The walk through nested storages, and the adapter that writes raw bytes into an archive.
+// Nested storages, and the adapter for raw bytes in an archive.
 #include "share/objects/structured_storage.h"
 
 #include <gtest/gtest.h>
@@ -17,7 +17,7 @@ constexpr unsigned long kRead = STGM_READ | STGM_SHARE_EXCLUSIVE;
 class StructuredStorages : public testing::Test {
  protected:
   std::u16string PathOf(const char* name) const { return (folder_.Path() / name).u16string(); }
-  // Opens a new file.
+  // Creates a new file.
   void SetUp() override { ASSERT_TRUE(storage_.CreateFileW(PathOf("a.bin").c_str(), kCreate)); }
 
   const kvtest::ScratchFolder folder_;
@@ -48,7 +48,7 @@ TEST_F(StructuredStorages, NothingOpenIsAnInvalidPointer) {
   IStream* stream = nullptr;
   const auto refused = [&](bool done) {
     const bool right = !done && storage_.GetLastResult() == HRESULT(0x80004003) && !stream;
-    storage_.CloseAll();  // the last result is 0 again
+    storage_.CloseAll();  // sets the last result to 0
     stream = reinterpret_cast<IStream*>(&storage_);
     return right && storage_.GetLastResult() == 0;
   };

@@ -1,5 +1,5 @@
-// A document as a main module has one, active for as long as it lives: it answers the core messages that these tests
-// need and hands out ids.
+// TestDocument, the active document as long as it exists. It answers the core messages that these tests need and gives
+// out ids.
 #pragma once
 
 #include "share/objects/object.h"

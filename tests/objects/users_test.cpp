@@ -1,4 +1,4 @@
-// The objects that use a node: the two lists, the original owner, and the ends of all of them.
+// The objects that use a node: the two lists, the original owner, and destructors.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -22,7 +22,7 @@ std::vector<CObject*> UsersOf(const QFObject& node) {
   return users;
 }
 
-// Forgets the node that it uses, as a job record does, by removing itself from the node's lists.
+// Removes itself from the lists of a deleted node, as a job record does.
 class SelfRemovingUser : public QFObject {
  public:
   int RemoveFromUserObjectsList(QFObject* object) override {
@@ -37,7 +37,7 @@ using Users = std::vector<CObject*>;
 
 }  // namespace
 
-// Here and below, what is used is declared last: it goes first, and its users forget it.
+// In these tests the used node is declared last, so it is destroyed before its users.
 TEST(Users, StandInOneListOnce) {
   QFObject a, b, node;
   EXPECT_EQ(node.AddToUserObjectsList(&a, 0), 1);
@@ -89,7 +89,7 @@ TEST(Users, NodeThatGoesIsForgottenByAll) {
   EXPECT_EQ(held.told, 1);
 }
 
-// The list against the plainest one that could be: a vector that is searched from its beginning.
+// The list against a vector that is searched from its beginning.
 TEST(UserObjectsList, BehavesAsASearchedVector) {
   std::mt19937 random(kvtest::PrintedSeed());
   std::vector<std::unique_ptr<CObject>> objects;

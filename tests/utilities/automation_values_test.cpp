@@ -1,4 +1,4 @@
-// Automation arrays and values: what comes out of honest and of wrong ones, and who owns what afterwards.
+// Conversions of valid and wrong automation values, and their references.
 #include "share/utilities/automation_values.h"
 
 #include <gtest/gtest.h>
@@ -19,7 +19,7 @@ SAFEARRAY* Array(VARTYPE type, ULONG count, LONG lower) {
   return SafeArrayCreate(type, 1, &bound);
 }
 
-// A value that frees what it owns.
+// A value with a destructor.
 struct Value : VARIANT {
   Value() { VariantInit(this); }
   Value(VARTYPE type, SAFEARRAY* array) : Value() {
@@ -51,7 +51,7 @@ TEST(AutomationValues, DoublesComeOutFromTheirLowerBoundOn) {
 
 TEST(AutomationValues, WrongValuesAreRefused) {
   SAFEARRAY* const flat = Array(VT_R8, 2, 0);
-  flat->cDims = 2;  // as if a second dimension stood behind
+  flat->cDims = 2;  // as if it had a second dimension
   const Value rows[] = {
       {VT_EMPTY, nullptr},
       {VT_R8, nullptr},

@@ -1,4 +1,4 @@
-// The scales of the system's neighbours.
+// Conversions to the units of other libraries.
 #include "share/utilities/convert_units.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// The free file helpers: what each gives for a row of texts.
+// The free helpers for paths, names and times of files.
 #include "share/utilities/file_helpers.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// Files and folders: what each operation gives, and what is on the disk afterwards.
+// Operations on files and folders: their results, and the files on the disk afterwards.
 #include "share/utilities/files_and_folders.h"
 
 #include <gtest/gtest.h>
@@ -19,7 +19,7 @@ class FilesAndFolders : public testing::Test {
   }
   fs::path On(const std::string& name) const { return folder.Path() / name; }
 
-  // Everything below a folder, "folder/ folder/file=content ", in order.
+  // The sorted content of a folder: "folder/ folder/file=content ".
   std::string Tree(const std::string& name) const {
     std::vector<std::string> entries;
     for (const auto& entry : fs::recursive_directory_iterator(On(name))) {

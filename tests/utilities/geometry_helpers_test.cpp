@@ -1,4 +1,4 @@
-// Frames, parts of transforms, boxes and angles, each against a computation by hand.
+// Frames, components of transforms, boxes and angles, compared with computations by hand.
 #include "share/utilities/geometry_helpers.h"
 
 #include <gtest/gtest.h>
@@ -74,14 +74,14 @@ TEST(XYFrameAlongTheAxes, HalfTurnsAreAboutYAndZ) {
   }
 }
 
-// An X direction opposite to the X axis, but for a little, must not lose its half turn.
+// An X direction that is almost opposite to the X axis must keep its half turn.
 TEST(XYFrameAlongTheAxes, DirectionsNearAnAxisCountAsIt) {
   for (const double off : {1e-9, 1e-5}) {
     SCOPED_TRACE(off);
     ExpectNear(FRPosition(1, 2, 3) * GetXYTransform(-FRZAxis, {}, FRUnitVector(-1, off, 0)), {-1, -2, 3}, 3 * off);
-    // Leaning out of the plane, the common perpendicular would be Y, and the half turn would flip the plane.
+    // Here the common perpendicular would be Y, and the half turn would flip the plane.
     ExpectNear(FRPosition(1, 2, 3) * GetXYTransform(-FRZAxis, {}, FRUnitVector(-1, 0, off)), {-1, -2, 3}, 1e-14);
-    // Near the half turn about Y the tilt is about the common perpendicular, here X.
+    // Near the half turn about Y, the tilt is about the common perpendicular, here X.
     ExpectNear(FRPosition(1, 2, 3) * GetXYTransform(FRUnitVector(0, off, 1), {}, FRXAxis), {1, -2, -3}, 4 * off);
   }
   const FRPosition far(0, 1000, 0);
@@ -90,7 +90,7 @@ TEST(XYFrameAlongTheAxes, DirectionsNearAnAxisCountAsIt) {
   EXPECT_NE((far * GetXYTransform(FRUnitVector(0, 4e-5, -1), {}, FRXAxis)).z(), 0.0);
 }
 
-// ---- parts of transforms
+// ---- components of transforms
 
 TEST_F(Components, AxisAndAngleComeBack) {
   const double angles[] = {1e-9, 1e-7, 1e-4, 0.5, 1.5707, 2.0, 2.1, 3, PI - 1e-4, PI - 1e-7, PI - 1e-9};
@@ -253,7 +253,7 @@ TEST(Perpendicular, DividesByTheLastComponentThatIsThere) {
   }
   FRUnitVector a(1, 2, 4), c;
   EXPECT_EQ(GetPerpendicularVector(a, &a, &c), 1);
-  ExpectNear(a * c, FRUnitVector(1, 2, 4), 1e-15);  // b x c is what a was
+  ExpectNear(a * c, FRUnitVector(1, 2, 4), 1e-15);  // b x c is the former a
 }
 
 TEST(Perpendicular, ZeroLeavesTheSecondAlone) {

@@ -1,4 +1,4 @@
-// The INI handlers: how each finds its file, what they write, and the generation of a file.
+// The INI handlers: their files, the bytes that they write, and the version of a file.
 #include "share/utilities/ini_handlers.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
-// Files and folders on a full disk, without rights, with names that are too long and paths with "..": what is answered,
-// and that nothing is left half-written. Each case runs in a child process, which may give up its rights.
+// Files and folders on a full disk, without rights, with names that are too long, and paths with "..": the results, and
+// that no file is incomplete. Some cases run in a child process, which can give up its rights.
 #include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/mount.h>
@@ -15,7 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int kCannot = 77;  // exit code of a child that may not do what the case needs
+constexpr int kCannot = 77;  // exit code of a child that cannot set up the case
 
 class HostileFiles : public testing::Test {
  protected:
@@ -24,7 +24,7 @@ class HostileFiles : public testing::Test {
   }
   fs::path On(const std::string& name) const { return folder.Path() / name; }
 
-  // Runs the body in a child; its expectations count. False if the child could not do what the case needs.
+  // Runs the body in a child process and fails if its expectations fail. False if the child could not set up the case.
   static bool InChild(const std::function<bool()>& body) {
     const pid_t child = fork();
     if (child == 0) _exit(!body() ? kCannot : HasFailure());
@@ -32,7 +32,7 @@ class HostileFiles : public testing::Test {
     EXPECT_TRUE(code == 0 || code == kCannot) << "the child's expectations failed";
     return code != kCannot;
   }
-  // A file system of that size for the child alone.
+  // Mounts a file system of that size for the child only.
   bool MountSmall(const char* name, const char* size) const {
     fs::create_directory(On(name));
     return unshare(CLONE_NEWNS) == 0 && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&

@@ -1,4 +1,4 @@
-// Rounding to the tolerance's raster against whole-number arithmetic, and narrowing.
+// Rounding to the tolerance, compared with integer arithmetic, and narrowing.
 #include "share/utilities/numbers.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +14,7 @@
 
 namespace {
 
-// Sets the tolerance and puts it back.
+// Sets the tolerance; the destructor restores it.
 class Tolerance {
  public:
   explicit Tolerance(double value) : former_(RESABS) { RESABS = value; }
@@ -24,13 +24,13 @@ class Tolerance {
   double former_;
 };
 
-// Rounds a number of millionths of RESABS = 1e-6 as a person does: to RESABS, then to its tens, halves down.
+// Rounds billionths to millionths (RESABS = 1e-6), then to hundred-thousandths, halves down.
 long long HundredThousandths(long long billionths) {
   const long long millionths = billionths / 1000 + (billionths % 1000 > 500);
   return millionths / 10 + (millionths % 10 > 5);
 }
 
-// The double nearest to that many hundred-thousandths, by way of its decimal digits.
+// The double nearest to that many hundred-thousandths, through its decimal digits.
 double FromDigits(long long hundredThousandths) {
   char digits[40];
   std::snprintf(digits, sizeof digits, "%lld.%05lld", hundredThousandths / 100000, hundredThousandths % 100000);
@@ -42,7 +42,7 @@ TEST(RoundOff, RandomValuesAgreeWithWholeNumbers) {
   for (int round = 0; round < 20000; ++round) {
     const long long limit = round % 4 == 0 ? 100'000 : round % 4 == 1 ? 1'000'000'000 : 10'000'000'000'000;
     const long long billionths = std::uniform_int_distribution<long long>(0, limit)(random);
-    if (billionths % 1000 == 500) continue;  // no double lies exactly there
+    if (billionths % 1000 == 500) continue;  // no double has this value
     const double value = double(billionths) / 1e9;
     const double wanted = FromDigits(HundredThousandths(billionths));
     ASSERT_EQ(RoundOffDouble(value, 0), wanted) << billionths;
@@ -56,12 +56,12 @@ TEST(RoundOff, HalvesGoDownTwice) {
     double tolerance, value, wanted;
   } rows[] = {
       {1e-6, 2147483646.123456, 2147483646.12346},
-      // Halves that a double holds exactly: RESABS is the raster of the first rounding, its tenfold that of the second.
+      // Exact halves: the first rounding is to RESABS, the second to 10 * RESABS.
       {0.5, 0.25, 0},
       {0.5, 3.0, 5},    // 6, 0.6, 1
       {0.5, 2.75, 0},   // 5.5, 5, 0.5, 0
       {0.5, 2.875, 5},  // 5.75, 6, 0.6, 1
-      {0.125, 3, 2.5},  // steps of which no whole number makes 1
+      {0.125, 3, 2.5},  // 1 is no whole number of steps
       {0.125, 0.75, 1.25},
   };
   for (const auto& row : rows) {

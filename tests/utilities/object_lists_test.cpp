@@ -1,4 +1,4 @@
-// Operations on whole lists: what each leaves in the list, what it gives, and that long lists are no trouble.
+// Operations on whole lists: their results and the lists afterwards.
 #include "share/utilities/object_lists.h"
 #include "share/objects/node_lists.h"
 
@@ -33,7 +33,7 @@ class Thing : public CObject {
   ~Thing() override { --live_things; }
 };
 
-// Objects by letters: 'a' to 'z' are nodes, 'A' to 'Z' objects of another kind, '.' is null.
+// Objects by letter: 'a' to 'z' are nodes, 'A' to 'Z' are other objects, '.' is null.
 class ObjectLists : public testing::Test {
  protected:
   CObject* Of(char letter) {
@@ -88,7 +88,7 @@ TEST_F(ObjectLists, RandomListsAsByWalkingThem) {
   std::mt19937 random(kvtest::PrintedSeed());
   const std::string letters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ.";
   const auto text = [&] {
-    std::string some(random() % (random() % 4 == 0 ? 3 : 90), ' ');  // short sets are kept elsewhere than long ones
+    std::string some(random() % (random() % 4 == 0 ? 3 : 90), ' ');  // small and large pointer sets
     for (char& letter : some) letter = letters[random() % (1 + random() % letters.size())];
     return some;
   };
@@ -164,7 +164,7 @@ TEST_F(ObjectLists, SortsByTheCellsAndSurvivesAComparisonThatThrows) {
 }
 
 TEST(ObjectListDeletion, DeletesWhatTheListHolds) {
-  // Deleting the first takes the last off the list and deletes it.
+  // The destructor removes the last element and deletes it.
   class Owner : public Thing {
    public:
     explicit Owner(CObList& list) : m_list(list) {}
@@ -204,7 +204,7 @@ TEST(ObjectListNames, FirstFreeNameOfACopy) {
       {{"Hole", "Hole - Copy", "Hole - Copy  ", "hole - copy "}, "Hole - Copy "},
       {{"Hole - Copy 3 ", "Hole - Copy ", "Hole - Copy ", "Hole - Copy 2 "}, "Hole - Copy 4 "},
       {{"Hole - Copy ", "Hole - Copy 3 "}, "Hole - Copy 2 "},
-      // None of these is a name that a copy gets.
+      // No copy gets one of these names.
       {{"Hole - Copy ", "Hole - Copy 2", "Hole - Copy 02 ", "Hole - Copy +2 ", "Hole - Copy  2 ", "Hole - Copy 2  "},
        "Hole - Copy 2 "},
       {{"Hole - Copy ", "Hole - Copy 99999999999999999999999 ", "Hole - Copy 1 ", "Hole - Copy 0 "}, "Hole - Copy 2 "},

@@ -1,4 +1,4 @@
-// Decimal signs under a locale with a comma, which is compiled for the test.
+// Decimal signs in a locale with a comma, which the test compiles.
 #include "share/utilities/regional_decimal.h"
 
 #include <gtest/gtest.h>
@@ -20,7 +20,7 @@ class RegionalDecimal : public testing::Test {
     SetEnvironmentVariableW(_T("LC_ALL"), nullptr);
   }
 
-  // Compiles the locale from the system's sources and has the C runtime print numbers by it.
+  // Compiles the locale from the system's sources and sets it in the C runtime.
   void UseGerman() {
     const std::string target = (folder_.Path() / "de_DE.UTF-8").string();
     ASSERT_EQ(std::system(("localedef -i de_DE -f UTF-8 '" + target + "'").c_str()), 0)

@@ -1,4 +1,4 @@
-// The searches for a running program: on this machine's processes, and on calls that fail or belong to an older system.
+// The searches for a running program with this machine's processes, with failing calls, and with an older system's.
 #include "share/utilities/running_processes.h"
 
 #include <gtest/gtest.h>
@@ -64,7 +64,7 @@ TEST(RunningProcesses, FailuresHaveTheirCodes) {
   int number = 0;
   for (const auto& row : rows) EXPECT_EQ(FindProcess(row.name.c_str(), row.calls), row.result) << "row " << number++;
   EXPECT_EQ(IsProcessAlreadyRunning(nullptr), 632);
-  // The walk of the snapshot tells the debugger that it can't start.
+  // A failed snapshot is reported to the debugger.
   testing::internal::CaptureStderr();
   EXPECT_EQ(FindProcessInSnapshot(_T("test_utilities"), with(own, &ProcessCalls::snapshot, NoSnapshot)), 0);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "!!! Failed to gather information on system processes! \n");

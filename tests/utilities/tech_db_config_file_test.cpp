@@ -1,4 +1,4 @@
-// "database.config": what is read from it, how it is mended, what a write changes in it.
+// "database.config": reading it, adding a missing mark, and writing the marks.
 #include "share/utilities/tech_db_config_file.h"
 
 #include <gtest/gtest.h>
@@ -110,7 +110,7 @@ TEST_F(TechDBConfigFile, WithoutItTheDeliveredDatabaseIsTheOne) {
   EXPECT_EQ(Write(), 0) << "there is no file to write into";
 }
 
-// A setting with one node ahead of it is marked; every other file stays as it is.
+// The only setting among two children gets a mark; all other files do not change.
 TEST_F(TechDBConfigFile, MarksTheOnlyDatabase) {
   const std::string bare = "<setting databaseType='sqlite'><filePath>a</filePath></setting>";
   const std::string marked = "<setting databaseType='sqlite' Default=\"True\"><filePath>a</filePath></setting>";
@@ -152,8 +152,8 @@ TEST_F(TechDBConfigFile, WritesOnlyIntoTheListsOwnFile) {
   const std::string a = "<setting databaseType='sqlite'><filePath>a</filePath></setting>";
   const std::string b = "<setting databaseType='ms-access'><filePath>b</filePath></setting>";
   const std::string rows[] = {
-      a + b,                                               // nothing ahead of the entries
-      "<!--c-->" + a + b + "<setting databaseType='x'/>",  // an entry that is not in the list
+      a + b,                                               // no node before the entries
+      "<!--c-->" + a + b + "<setting databaseType='x'/>",  // an entry that the list lacks
       "<!--c-->" + a,                                      // one less
       "<!--c-->" + b + a,                                  // another order
       "<!--c-->" + a + "<other databaseType='ms-access'/>",

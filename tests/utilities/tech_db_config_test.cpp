@@ -9,7 +9,7 @@ namespace {
 
 using Data = QFTechDBConfigData;
 
-// One entry a character, 'a' an active one; its path is its number.
+// One entry per character, active for 'a'; its path is its index.
 QFTechDBConfigInfo List(std::string_view entries) {
   QFTechDBConfigInfo info;
   for (const char kind : entries) {

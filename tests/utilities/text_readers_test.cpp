@@ -1,4 +1,4 @@
-// QFAsciFileBrowse and CSVReader: lines and cells of honest and of hostile files.
+// QFAsciFileBrowse and CSVReader with valid and hostile files.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -17,10 +17,10 @@ class TextReaders : public testing::Test {
   CString Write(const std::string& name, const std::string& bytes) {
     return CString(ProductPathFromSystem(folder.Write(name, bytes).string()).c_str());
   }
-  kvtest::ScratchFolder folder{kvtest::FastFolder()};  // where a hole of 4 GiB is read at the speed of memory
+  kvtest::ScratchFolder folder{kvtest::FastFolder()};  // fast for a sparse file of 4 GiB
 };
 
-// Every line that is read, in brackets.
+// All lines of the file, in brackets.
 std::string Lines(QFAsciFileBrowse& file) {
   std::string all;
   CString line;
@@ -94,7 +94,7 @@ TEST_F(TextReaders, SizeIsReadOncePerPath) {
 
 TEST_F(TextReaders, LineOfFourGigabytesComesInPieces) {
   const CString path = Write("huge", "begin");
-  fs::resize_file(folder.Path() / "huge", std::uintmax_t(4) << 30);  // NULs, which take no room on the disk
+  fs::resize_file(folder.Path() / "huge", std::uintmax_t(4) << 30);  // a sparse file of NULs
   std::ofstream(folder.Path() / "huge", std::ios::app) << "\nend\n";
   QFAsciFileBrowse file;
   file.SetFilePath(path);
