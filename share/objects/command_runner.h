@@ -1,5 +1,5 @@
-// How QFObject::RunCommand reaches the job manager, which is in a room above this one. The manager sets itself when it
-// is built; until then a node runs no command.
+// CommandRunner, the interface through which QFObject::RunCommand calls the job manager of share/jobs. The manager's
+// constructor sets it; before that, QFObject::RunCommand returns 0.
 #pragma once
 
 #include "share/objects/job_enums.h"
@@ -8,7 +8,7 @@ class QFObject;
 
 class CommandRunner {
  public:
-  // Arguments and result of QFThreadBaseMgr::RunCommand.
+  // The same arguments and result as QFThreadBaseMgr::RunCommand.
   virtual int RunCommand(QFObject* object, unsigned context, void* param, QFeThreadType type,
                          QFeThreadEndType endType) = 0;
 
@@ -16,5 +16,5 @@ class CommandRunner {
   ~CommandRunner() = default;
 };
 
-// The object stays the caller's and lives to the end of the process. Any thread may call.
+// The caller owns the object, which must exist until the process ends. Any thread may call.
 void SetCommandRunner(CommandRunner* runner);

@@ -1,4 +1,4 @@
-// The lock's own data.
+// The mutex, the number of job records, and the record holder.
 #include "share/objects/job_lock.h"
 
 #include <atomic>
@@ -15,7 +15,7 @@ std::mutex& TheJobLock() {
   return *lock;
 }
 
-// A thread that reads 0 sees all that was done to nodes for the records that there were.
+// A thread that reads 0 sees all earlier changes of nodes' lists by job records.
 void CountJobRecord(int change) { g_recordCount.fetch_add(change, std::memory_order_acq_rel); }
 bool AreThereJobRecords() { return g_recordCount.load(std::memory_order_acquire) > 0; }
 

@@ -1,4 +1,4 @@
-// Operations on lists that ask an element whether it is a node.
+// Operations on lists that check whether an element is a node.
 #include "share/objects/node_lists.h"
 
 #include <vector>
@@ -27,8 +27,8 @@ void FindAndAdd(CObList& target, CObList& source) {
 
 namespace {
 
-// The number of the candidate that stands behind the common beginning: 1 for nothing, n for "n " as "%d " writes it; 0
-// for any other text and for a number above limit.
+// The number of a candidate from the text after the common beginning: 1 for an empty text, n for "n " as "%d " writes
+// it; 0 for any other text and for a number above limit.
 LONGLONG CandidateNumber(TextView text, LONGLONG limit) {
   if (text.empty()) return 1;
   if (text.size() < 2 || text.back() != _T(' ') || text.front() == _T('0')) return 0;
@@ -46,7 +46,7 @@ LONGLONG CandidateNumber(TextView text, LONGLONG limit) {
 
 void ChangeNameForCopiedFeatAndOper(CObList& list, const CString& word, const CString& name, CString& result) {
   CString candidate = name + _T(" - ") + word + _T(" ");
-  // With n elements one of the first n + 1 candidates is free.
+  // With n elements, one of the first n + 1 candidates is free.
   const LONGLONG last = list.GetCount() + 1;
   std::vector<bool> taken(std::size_t(last) + 1);
   for (POSITION at = list.GetHeadPosition(); at;) {

@@ -26,8 +26,8 @@
 // in order of creation, and the caller gets no object. So a destructor can run although Serialize stopped halfway or
 // never ran, and after objects that it points to were deleted. Until the archive is done, a deleted object answers as a
 // plain CObject: call IsKindOf or DYNAMIC_DOWNCAST before you use a pointer to another node. Objects of earlier calls
-// stay and belong to the caller, but their lists of users may still hold deleted nodes of the failed call: end with
-// them, too, or load a document as one root object.
+// still belong to the caller, but their lists of users can keep pointers to deleted nodes of the failed call. So read a
+// document as one root object.
 #pragma once
 
 #include "share/core/base_object.h"
@@ -43,7 +43,7 @@
 
 class CObList;
 class FRPosition;
-class QFDirectionRestriction;  // the modules'
+class QFDirectionRestriction;  // defined by modules
 class QFObjectPatternMgr;
 class QFParamHelper;
 
@@ -76,19 +76,23 @@ class KVSHARE_API QFObject : public QFBaseObject {
   // (share/objects/object_indexer.h), which gives it an id. Does nothing without an indexer.
   virtual void onCreate();
 
+  // The label.
   virtual CString Name();
   virtual void ChangeName(const CString& name);
 
   virtual QFObjState GetState();
   // A value outside QFObjState is ignored.
   virtual void SetState(QFObjState state);
+  // 1 by default.
   virtual int IsEditable() const;
   // 1 if the node is suppressed or not editable, or if an owner is, up to 4096 levels above. A cycle of owners, which
   // only a damaged file can have, counts as not suppressed.
   virtual int IsSuppressed1() const;
   // 0 below a suppressed owner, where suppressing the node changes nothing; else 1.
   virtual int CanSuppress() const;
+  // 1 if the node is editable and not locked.
   virtual int CanEditLabel() const;
+  // 1 by default.
   virtual int CanHide() const;
   // The status word ANDed with bits. The value 2 is the display flag; modules use the other bits.
   virtual int GetNodeStatus(unsigned short bits) const;
@@ -100,12 +104,15 @@ class KVSHARE_API QFObject : public QFBaseObject {
   virtual e_QFSelSetDisplayState GetChildrenDisplayState(CObList* children);
   virtual e_QFSelSetSuppressState GetChildrenSuppressedState(CObList* children);
   virtual int IsLocked() const;
+  // 0 if the owner is locked; else 1. Asks only the owner, not the owners above it.
   virtual int CanLock() const;
   virtual e_QFSelSetLockState GetChildrenLockedState(CObList* children);
+  // 0 by default.
   virtual int CanHideDisplay();
 
   // Copies state and label to the target; nothing for null.
   virtual void AssociateParameters(QFObject* target);
+  // NO_MATCH by default.
   virtual COMPARE_RESULT Compare(QFObject* other);
   // IsDragOverValid returns 1 if the object may be dropped on this node; DoPaste drops it. For a pattern manager, both
   // call themselves with its base object. The defaults refuse every other object, and a manager of this node.
@@ -120,6 +127,7 @@ class KVSHARE_API QFObject : public QFBaseObject {
   // 1 for the original owner and for an object in either list; 0 for null.
   virtual int GetIsUsingThisObject(QFObject* object);
 
+  // 0 by default.
   virtual int GetIsPatternSupported();
   // Sets position to the point of the node that a pattern repeats: 1. Without such a point: 0, position unchanged.
   virtual int GetRefPointForPattern(FRPosition& position);
@@ -152,6 +160,7 @@ class KVSHARE_API QFObject : public QFBaseObject {
   virtual int IsLockedCheckOnly() const;
 
  protected:
+  // Does nothing by default; the library does not call it.
   virtual void iCreate();
 
  public:
@@ -194,6 +203,7 @@ class KVSHARE_API QFObject : public QFBaseObject {
   virtual void SetTimeTakenForGTP(CString text);
   virtual CString GetTimeTakenForGTP();
 
+  // Both 0 by default.
   virtual int IsRebuildReqOnStockChange();
   virtual int IsDirtyOnStockChange();
   // Clears the error flag and calls ResetFlagForStockChange of the companion, which is built if necessary.

@@ -1,5 +1,5 @@
-// What a node needs of its pattern manager, which is a node of a room above this one. That room implements the class
-// and sets it once; until then no node has a pattern.
+// ObjectPatterns, the interface through which a node uses its pattern manager. A higher room implements it and sets it
+// once; before that no node has a pattern.
 #pragma once
 
 #include "framework/object.h"
@@ -7,15 +7,15 @@
 class QFObject;
 class QFObjectPatternMgr;
 
-// The operations of QFObjectPatternMgr that QFObject calls. Managers and nodes passed in are never null.
+// The operations of QFObjectPatternMgr that QFObject calls. The managers and nodes in the arguments are never null.
 class ObjectPatterns {
  public:
-  // The manager's class: what a reference to a manager in an archive has to be.
+  // The run-time class of managers, which a reference to a manager in an archive must have.
   virtual const CRuntimeClass* RuntimeClass() const = 0;
-  // Casts between a manager and the node that it is. ManagerOf: only for a node of RuntimeClass().
+  // Casts between a manager and its node base class. ManagerOf needs a node of RuntimeClass().
   virtual QFObject* NodeOf(QFObjectPatternMgr* manager) const = 0;
   virtual QFObjectPatternMgr* ManagerOf(QFObject* node) const = 0;
-  // A new manager for the base object, owned by the caller; null if it can't be created.
+  // Creates a manager for the base object; the caller owns it. Null on failure.
   virtual QFObjectPatternMgr* Create(QFObject* base) const = 0;
   virtual int Rebuild(QFObjectPatternMgr* manager) const = 0;
   virtual int CopyParameters(QFObjectPatternMgr* manager, QFObjectPatternMgr* source) const = 0;
@@ -27,8 +27,8 @@ class ObjectPatterns {
   ~ObjectPatterns() = default;
 };
 
-// Set before the first pattern is created or loaded. The object stays the caller's and outlives every node. Null, while
-// no node has a pattern, removes it.
+// Call it before a pattern is created or loaded. The caller owns the object, which must outlive all nodes. Null removes
+// it, while no node has a pattern.
 KVSHARE_API void SetObjectPatterns(const ObjectPatterns* patterns);
-// Null if none is set.
+// Null if it was not set.
 const ObjectPatterns* GetObjectPatterns();

@@ -109,7 +109,7 @@ void QFObject::LoadOriginalOwner(CArchive& ar) {
 }
 
 void QFObject::LoadPattern(CArchive& ar) {
-  // Without the pattern service no class is allowed here: every reference but null raises.
+  // Without ObjectPatterns no class is allowed here: every reference except null raises.
   static constinit CRuntimeClass nobody = {"", 0, CRuntimeClass::kNoSchema, nullptr, nullptr};
   const ObjectPatterns* patterns = GetObjectPatterns();
   auto* manager = static_cast<QFObject*>(ar.ReadObject(patterns ? patterns->RuntimeClass() : &nobody));

@@ -26,7 +26,6 @@ KVSHARE_API int CreateTempFileName(const CString& folder, const CString& prefix,
 // two parts is empty, for example in "\name".
 KVSHARE_API int DoesFileExistAtGivenPath(const CString& path);
 
-
 // ---- characters
 
 // 1 if the text has a character other than ASCII letters, digits and ^ & @ { } [ ] , $ = ! _ # ( ) % . + ~ ` - (a blank

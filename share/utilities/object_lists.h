@@ -1,9 +1,9 @@
-// Operations on whole lists and arrays of objects: deleting, searching, sorting, set operations, names for copies.
+// Operations on whole lists and arrays of objects: deleting, searching, set operations, sorting.
 //
 // Elements are compared as pointers. Null is an element like any other, if an operation says nothing else. Lists and
-// arrays own no objects: only the operations named Delete delete objects. The order in a list says nothing about
-// owners: the element before a node need not be its parent. One call may get the same list twice. The time of a call is
-// proportional to the number of elements, to n log n for CObList_Sort. One thread at a time uses a list.
+// arrays own no objects: only the operations named Delete delete objects. One call may get the same list twice. The
+// time of a call is proportional to the number of elements, for CObList_Sort to n log n. One thread at a time uses a
+// list.
 #pragma once
 
 #include "framework/ob_array.h"

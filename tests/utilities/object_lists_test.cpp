@@ -1,6 +1,5 @@
 // Operations on whole lists: their results and the lists afterwards.
 #include "share/utilities/object_lists.h"
-#include "share/objects/node_lists.h"
 
 #include <gtest/gtest.h>
 
@@ -11,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "share/objects/node_lists.h"
 #include "share/objects/object.h"
 #include "tests/scratch.h"
 

@@ -1,11 +1,11 @@
-// CountedBatch, a counted value of which one thread wants many copies, such as a text that all records of a document
-// have. The counter of its users is changed once for many copies: an atomic change costs more than all the rest of a
-// copy. Not public.
+// CountedBatch, a reference-counted value that one thread copies often, for example a text that all records of a
+// document have. It raises the atomic counter once for 64 copies, because an atomic change costs more than the rest of
+// a copy. Not public.
 #pragma once
 
 #include <utility>
 
-// Counted has AddUsers(int), and Adopt(const Counted&), which gives a copy that has been counted already.
+// Counted has AddUsers(int) and Adopt(const Counted&), which returns a copy without counting it.
 template <class Counted>
 class CountedBatch {
  public:
@@ -29,5 +29,5 @@ class CountedBatch {
   static constexpr int kAtOnce = 64;
 
   Counted value_;
-  int left_ = 0;  // copies that are counted and not taken yet
+  int left_ = 0;  // counted copies that Take has not returned yet
 };
