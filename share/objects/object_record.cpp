@@ -5,7 +5,7 @@
 //
 //    1  class record of QFObject
 //    2  record of QFBaseObject
-//    3  m_UserObjects         count, references                          2  none
+//    3  m_UserObjects         count, references                          2  empty
 //    4  m_Label               text                                       1
 //    5  m_CreatedBy           text                                       1
 //    6  m_DateCreated         text                                       1
@@ -16,7 +16,7 @@
 //   11  m_LastModifiedBy      text                                       3  m_CreatedBy
 //   12  m_NodeStatus          WORD                                       4  0
 //   13  m_pOriginalOwner      reference to a QFObject                    5  null
-//   14  m_DisplayColor        DWORD                                      6  none
+//   14  m_DisplayColor        DWORD                                      6  no colour
 //   15  m_pPatternMngr        reference to a QFObjectPatternMgr          7  null
 //   16  m_RegName             text                                       8  name of GetRuntimeClassForAutoIndexing()
 #include "framework/archive.h"

@@ -17,7 +17,7 @@ class KVSHARE_API QFSerializeNotify {
   static QFSerializeNotify* Instance();
   // Appends the object: 1. An object that is registered twice is called twice. 0 for null.
   static int RegisterForNotification(QFBaseObject* object);
-  // Removes the object's last registration. 1, also if there was none; 0 for null.
+  // Removes the object's last registration. 1, also if it was not registered; 0 for null.
   static int RemoveFromNotification(QFBaseObject* object);
   // Calls OnPostLoadFromStorageNotify of each object in order of registration; the objects stay in the list. A called
   // object may remove objects, itself included, and may call Clear. Does nothing without a list.

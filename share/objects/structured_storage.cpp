@@ -100,7 +100,7 @@ bool StructuredStorage::OpenStream(IStream** out, LPCWSTR name, unsigned long mo
   return SetResult(E_POINTER);
 }
 
-// ---- what is open
+// ---- the open storages
 
 IStorage* StructuredStorage::GetCurrentStorage() const { return m_storages.empty() ? nullptr : m_storages.back(); }
 
