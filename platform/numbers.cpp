@@ -10,7 +10,7 @@
 namespace {
 
 // Removes leading blanks and the sign from the text. Returns true for a minus sign.
-bool TakeSign(std::string_view& text) {
+bool ReadSign(std::string_view& text) {
   text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
   const bool negative = text.starts_with('-');
   if (negative || text.starts_with('+')) text.remove_prefix(1);
@@ -38,7 +38,7 @@ std::string NumberPart(LPCWSTR text) {
 }  // namespace
 
 bool ReadNumber(std::string_view text, double& value) {
-  const bool negative = TakeSign(text);
+  const bool negative = ReadSign(text);
   const bool hex = text.starts_with("0x") || text.starts_with("0X");
   const std::string_view digits = hex ? text.substr(2) : text;
   double number = 0;
@@ -59,7 +59,7 @@ double NumberFromUtf8(std::string_view text) {
 }
 
 int IntegerFromUtf8(std::string_view text) {
-  const bool negative = TakeSign(text);
+  const bool negative = ReadSign(text);
   constexpr long long kLimit = static_cast<long long>(std::numeric_limits<int>::max()) + 1;
   long long value = 0;
   for (; !text.empty() && text.front() >= '0' && text.front() <= '9'; text.remove_prefix(1))

@@ -36,7 +36,7 @@ class Writer {
   Writer(LPCWSTR path, const StorageNode& root) : path_(path), root_(root) {}
 
   HRESULT Write() {
-    if (!CollectEntries() || !LayOut()) return STG_E_MEDIUMFULL;
+    if (!CollectEntries() || !AssignSectors()) return STG_E_MEDIUMFULL;
     SafeFile file(path_);
     PutHeader(file);
     for (const bool small : {false, true}) {
@@ -52,7 +52,7 @@ class Writer {
  private:
   bool CollectEntries();
   DWORD LinkElements(DWORD first, DWORD count, int level, int levels);
-  bool LayOut();
+  bool AssignSectors();
   void PutHeader(SafeFile& file) const;
   HRESULT PutStreams(SafeFile& file, bool small) const;
   void PutMiniFat(SafeFile& file) const;
@@ -134,7 +134,7 @@ DWORD Writer::LinkElements(DWORD first, DWORD count, int level, int levels) {
   return first + before;
 }
 
-bool Writer::LayOut() {
+bool Writer::AssignSectors() {
   ULONGLONG bytes = 0;
   for (const Entry& entry : entries_) bytes += entry.node->is_storage ? 0 : entry.node->content.Size() + kSector;
   if (bytes > kMaxFileBytes) return false;

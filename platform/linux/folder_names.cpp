@@ -205,12 +205,12 @@ class FolderCache {
       inotify_event event;
       for (std::size_t at = 0; at < std::size_t(size); at += sizeof event + event.len) {
         std::memcpy(&event, buffer.data() + at, sizeof event);
-        Take(event, event.len ? buffer.data() + at + sizeof event : "");
+        Apply(event, event.len ? buffer.data() + at + sizeof event : "");
       }
     }
   }
 
-  void Take(const inotify_event& event, std::string_view name) {
+  void Apply(const inotify_event& event, std::string_view name) {
     if (event.mask & IN_Q_OVERFLOW) return Abandon();  // reports were lost
     const auto names =
         std::find_if(all_.begin(), all_.end(), [&](const Names& each) { return each.watch == event.wd; });

@@ -78,7 +78,7 @@ BOOL Write(LPCWSTR path, Change change) {
   EnsureDriveFolder(path);
   const std::string target = PathBehindLinks(SystemPathFromProduct(path));
   kvprofile::FolderLock lock;
-  if (const int code = lock.Take(FolderOf(target))) return FailForPath(code, target);
+  if (const int code = lock.Lock(FolderOf(target))) return FailForPath(code, target);
   ProfilePointer profile;
   const int code = kvprofile::Read(target, profile);
   if (code == ENOENT)

@@ -175,7 +175,7 @@ FolderLock::~FolderLock() {
   if (descriptor_ >= 0) close(descriptor_);
 }
 
-int FolderLock::Take(const std::string& folder) {
+int FolderLock::Lock(const std::string& folder) {
   descriptor_ = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (descriptor_ < 0) return errno;
   const auto end = std::chrono::steady_clock::now() + kLockWait;

@@ -23,7 +23,7 @@ class FolderLock {
   FolderLock& operator=(const FolderLock&) = delete;
 
   // Waits up to ten seconds, then returns EBUSY. On a file system without locks returns 0 and keeps nobody out.
-  int Take(const std::string& folder);
+  int Lock(const std::string& folder);
 
  private:
   int descriptor_ = -1;

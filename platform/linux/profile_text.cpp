@@ -45,7 +45,7 @@ UChar32 Folded(UChar32 character) {
   return u_foldCase(character, U_FOLD_CASE_DEFAULT);
 }
 
-UChar32 TakeFolded(std::string_view text, std::size_t& at) {
+UChar32 NextFolded(std::string_view text, std::size_t& at) {
   UChar32 character = static_cast<unsigned char>(text[at]);
   if (character < 0x80)
     ++at;
@@ -53,7 +53,7 @@ UChar32 TakeFolded(std::string_view text, std::size_t& at) {
     U8_NEXT_OR_FFFD(reinterpret_cast<const std::uint8_t*>(text.data()), at, text.size(), character);
   return Folded(character);
 }
-UChar32 TakeFolded(std::u16string_view text, std::size_t& at) {
+UChar32 NextFolded(std::u16string_view text, std::size_t& at) {
   UChar32 character = 0;
   U16_NEXT(text.data(), at, text.size(), character);
   return Folded(character);
@@ -64,7 +64,7 @@ bool EqualWithoutCase(std::basic_string_view<Unit> a, std::basic_string_view<Uni
   std::size_t i = 0;
   std::size_t j = 0;
   while (i < a.size() && j < b.size()) {
-    if (TakeFolded(a, i) != TakeFolded(b, j)) return false;
+    if (NextFolded(a, i) != NextFolded(b, j)) return false;
   }
   return i == a.size() && j == b.size();
 }
@@ -76,7 +76,7 @@ std::uint32_t HashOf(std::basic_string_view<Unit> name, std::uint32_t parent) {
   std::uint64_t hash = seed ^ parent;
   for (std::size_t at = 0; at < name.size();) {
     const auto product =
-        static_cast<unsigned __int128>(hash ^ std::uint64_t(TakeFolded(name, at))) * 0x9E3779B97F4A7C15u;
+        static_cast<unsigned __int128>(hash ^ std::uint64_t(NextFolded(name, at))) * 0x9E3779B97F4A7C15u;
     hash = std::uint64_t(product) ^ std::uint64_t(product >> 64);
   }
   return std::uint32_t(hash ^ hash >> 32);

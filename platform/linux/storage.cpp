@@ -49,25 +49,25 @@ class Storage final : public NodeObject<IStorage> {
   HRESULT CreateStream(LPCWSTR name, DWORD mode, DWORD reserved1, DWORD reserved2, IStream** stream) override {
     std::shared_ptr<StorageNode> made;
     const HRESULT result = Create(name, mode, reserved1 | reserved2, /*is_storage=*/false, stream, made);
-    return SUCCEEDED(result) ? GiveStream(std::move(made), mode, stream) : result;
+    return SUCCEEDED(result) ? NewStream(std::move(made), mode, stream) : result;
   }
   HRESULT OpenStream(LPCWSTR name, void* reserved1, DWORD mode, DWORD reserved2, IStream** stream) override {
     std::shared_ptr<StorageNode> found;
     const bool reserved = reserved1 || reserved2 != 0;
     const HRESULT result = Find(name, mode, reserved, /*is_storage=*/false, stream, found);
-    return SUCCEEDED(result) ? GiveStream(std::move(found), mode, stream) : result;
+    return SUCCEEDED(result) ? NewStream(std::move(found), mode, stream) : result;
   }
   HRESULT CreateStorage(LPCWSTR name, DWORD mode, DWORD reserved1, DWORD reserved2, IStorage** storage) override {
     std::shared_ptr<StorageNode> made;
     const HRESULT result = Create(name, mode, reserved1 | reserved2, /*is_storage=*/true, storage, made);
-    return SUCCEEDED(result) ? GiveStorage(std::move(made), mode, storage) : result;
+    return SUCCEEDED(result) ? NewStorage(std::move(made), mode, storage) : result;
   }
   HRESULT OpenStorage(LPCWSTR name, IStorage* priority, DWORD mode, SNB exclude, DWORD reserved,
                       IStorage** storage) override {
     std::shared_ptr<StorageNode> found;
     const bool more = priority || exclude || reserved != 0;
     const HRESULT result = Find(name, mode, more, /*is_storage=*/true, storage, found);
-    return SUCCEEDED(result) ? GiveStorage(std::move(found), mode, storage) : result;
+    return SUCCEEDED(result) ? NewStorage(std::move(found), mode, storage) : result;
   }
 
   HRESULT Commit(DWORD flags) override;
@@ -102,8 +102,8 @@ class Storage final : public NodeObject<IStorage> {
   template <class Out>
   HRESULT Find(LPCWSTR name, DWORD mode, bool reserved, bool is_storage, Out** out,
                std::shared_ptr<StorageNode>& found) const;
-  HRESULT GiveStream(std::shared_ptr<StorageNode> node, DWORD mode, IStream** stream) const;
-  HRESULT GiveStorage(std::shared_ptr<StorageNode> node, DWORD mode, IStorage** storage) const;
+  HRESULT NewStream(std::shared_ptr<StorageNode> node, DWORD mode, IStream** stream) const;
+  HRESULT NewStorage(std::shared_ptr<StorageNode> node, DWORD mode, IStorage** storage) const;
   void Remove(const std::shared_ptr<StorageNode>& element);
 
   const bool is_root_;
@@ -143,7 +143,7 @@ HRESULT Storage::Find(LPCWSTR name, DWORD mode, bool reserved, bool is_storage, 
   return found->is_open ? STG_E_ACCESSDENIED : S_OK;
 }
 
-HRESULT Storage::GiveStream(std::shared_ptr<StorageNode> node, DWORD mode, IStream** stream) const {
+HRESULT Storage::NewStream(std::shared_ptr<StorageNode> node, DWORD mode, IStream** stream) const {
   return Guarded([&] {
     const HRESULT result = node->content.Open();
     if (SUCCEEDED(result)) *stream = NewStreamObject(document_, std::move(node), mode & ~STGM_CREATE);
@@ -151,7 +151,7 @@ HRESULT Storage::GiveStream(std::shared_ptr<StorageNode> node, DWORD mode, IStre
   });
 }
 
-HRESULT Storage::GiveStorage(std::shared_ptr<StorageNode> node, DWORD mode, IStorage** storage) const {
+HRESULT Storage::NewStorage(std::shared_ptr<StorageNode> node, DWORD mode, IStorage** storage) const {
   return Guarded([&] {
     *storage = new Storage(document_, std::move(node), mode & ~STGM_CREATE);
     return S_OK;
@@ -211,7 +211,7 @@ HRESULT Storage::Revert() {
   });
 }
 
-HRESULT GiveRoot(std::shared_ptr<StorageDocument> document, IStorage** storage) {
+HRESULT NewRoot(std::shared_ptr<StorageDocument> document, IStorage** storage) {
   const DWORD mode = document->mode;
   auto root = document->root;
   *storage = new Storage(std::move(document), std::move(root), mode);
@@ -239,7 +239,7 @@ HRESULT StgCreateDocfile(LPCWSTR path, DWORD mode, DWORD reserved, IStorage** st
     document->mode = mode & ~STGM_CREATE;
     document->Clear();
     document->changed = true;
-    return GiveRoot(std::move(document), storage);
+    return NewRoot(std::move(document), storage);
   });
 }
 
@@ -256,7 +256,7 @@ HRESULT StgOpenStorage(LPCWSTR path, IStorage* priority, DWORD mode, SNB exclude
     document->path = path;
     document->mode = mode;
     if (const HRESULT result = document->Load(); FAILED(result)) return result;
-    return GiveRoot(std::move(document), storage);
+    return NewRoot(std::move(document), storage);
   });
 }
 

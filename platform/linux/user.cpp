@@ -10,7 +10,7 @@
 
 namespace {
 
-User Ask(uid_t id) {
+User ReadUser(uid_t id) {
   passwd entry = {};
   passwd* found = nullptr;
   std::vector<char> texts(1024);
@@ -25,6 +25,6 @@ User Ask(uid_t id) {
 User EffectiveUser() {
   thread_local std::optional<std::pair<uid_t, User>> known;
   const uid_t id = geteuid();
-  if (!known || known->first != id) known.emplace(id, Ask(id));
+  if (!known || known->first != id) known.emplace(id, ReadUser(id));
   return known->second;
 }
