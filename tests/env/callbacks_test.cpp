@@ -1,4 +1,4 @@
-// The callback table: each function calls its slot, and has a result of its own for an empty one.
+// The callback table: each function calls its slot, or returns its default for an empty slot.
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
@@ -61,7 +61,7 @@ class Callbacks : public testing::Test {
 
 }  // namespace
 
-TEST_F(Callbacks, EmptySlotHasItsResult) {
+TEST_F(Callbacks, EmptySlotGivesItsDefault) {
   EXPECT_EQ(Results(), "1:1 2:0 3:0 5:0 6:0 9:0 10:0 11: 12:-1 13:0 14: 15:0 16:english 17:0 18:0");
   EXPECT_EQ(GetActiveDocSettingsCB(), nullptr);
   EXPECT_EQ(GetAppSettingsCB(), nullptr);

@@ -57,7 +57,7 @@ TEST_F(Product, TextsNameTheProductAndItsHost) {
   EXPECT_EQ(GetProductSpecificString2(_T("SOLIDWORKS, Solidworks, kestrova, Kestrovas")),
             _T("Y, Solidworks, kestrova, Xs"));
   info_.m_ProductName = _T("SolidWorks CAM");
-  EXPECT_EQ(GetProductSpecificString2(_T("Kestrova")), _T("Y CAM")) << "the product goes in first";
+  EXPECT_EQ(GetProductSpecificString2(_T("Kestrova")), _T("Y CAM")) << "the product's name is replaced first";
   g_info = nullptr;
   EXPECT_EQ(GetProductSpecificString2(_T("Kestrova for SolidWorks")), _T("Kestrova for SolidWorks"));
 }
@@ -82,7 +82,7 @@ TEST_F(Product, RegistrySelectsTheEditionAndItsMakersWord) {
   }
 }
 
-TEST_F(Product, HostRevisionIsTakenApart) {
+TEST_F(Product, HostRevisionIsSplitAtItsFirstDot) {
   const struct {
     LPCTSTR revision;
     int hasPoint;

@@ -1,4 +1,4 @@
-// The technology database in force: the repair of its registry values, and configuration mode.
+// The current technology database: the repair of its registry values, and configuration mode.
 #include <csignal>
 
 #include "tests/child_process.h"

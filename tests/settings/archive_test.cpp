@@ -33,14 +33,14 @@ void Load(QFSettingsKey& key, const std::string& bytes) {
   kvtest::Load(bytes, [&](CArchive& ar) { key.Serialize(ar); });
 }
 
-// -1 for a name that is not there.
+// -1 for a missing name.
 int IntOf(const QFSettingsKey& key, LPCTSTR name) {
   int value = -1;
   key.GetValue(name, value);
   return value;
 }
 
-// A class record not met yet.
+// The record of a class that is new to the archive.
 std::string NewClass(int schema, const std::string& name) {
   return std::string("\xFF\xFF", 2) + char(schema) + '\0' + char(name.size()) + '\0' + name;
 }
@@ -60,8 +60,8 @@ TEST(SettingsArchive, TreeHasItsExactBytes) {
   key.AddValue(_T("t"), CTime(5));
   key.AddValue(_T("l"), 2.0L);
   key.AddValue(_T("a"), numbers);
-  // Head first, so the reverse of the order above. Numbers: QFBaseObject 1, then a class and an object for each value;
-  // inside each value the class record of QFBaseObject, which is number 1.
+  // Head first, so in reverse order. QFBaseObject has number 1; each value adds a class and an object, and holds a
+  // class record of QFBaseObject.
   std::string expected = NewClass(2, "QFBaseObject") + Bytes("09 00");
   const auto expect = [&](const char* name, char letter, const char* datum) {
     expected += NewClass(1, name) + Bytes("01 80 FF FE FF 01") + letter + '\0' + Bytes(datum);
@@ -94,7 +94,7 @@ TEST(SettingsArchive, LoadedTreeAndLoadedSubKeyAreSeenFromTheRoot) {
   EXPECT_EQ(IntOf(root, _T("kept")), 20);
 }
 
-TEST(SettingsArchive, MergesByNameInOrder) {
+TEST(SettingsArchive, MergeKeepsItsOrder) {
   QFSettingsKey key;
   CObList loaded, defaults;
   loaded.AddTail(new QFIntValue(_T("b"), 20));
@@ -110,26 +110,26 @@ TEST(SettingsArchive, MergesByNameInOrder) {
     auto* value = DYNAMIC_DOWNCAST(QFIntValue, loaded.GetNext(at));
     names += ToUtf8(value->GetName()) + std::to_string(value->GetValue()) + " ";
   }
-  EXPECT_EQ(names, "c3 a1 b20 ") << "new ones to the head, one after the other; of a duplicate only the first";
+  EXPECT_EQ(names, "c3 a1 b20 ") << "defaults move to the head one by one; of a duplicate name only the first";
   EXPECT_EQ(defaults.GetCount(), 2);
   key.ResetContent(loaded);
   key.ResetContent(defaults);
   EXPECT_TRUE(loaded.IsEmpty());
 }
 
-TEST(SettingsArchive, EveryTruncationRaisesAndLeavesAUsableKey) {
+TEST(SettingsArchive, EveryTruncationThrowsAndLeavesAUsableKey) {
   TestRoot stored;
   const std::string bytes = Saved(stored);
   for (std::size_t length = 0; length < bytes.size(); ++length) {
     TestRoot loaded;
     QFSettingsKey* former = loaded.GetKey(_T("Test"));
     EXPECT_THROW(Load(loaded, bytes.substr(0, length)), CArchiveException) << length;
-    EXPECT_EQ(former->GetName(), _T("Test")) << "the defaults still live";
+    EXPECT_EQ(former->GetName(), _T("Test")) << "the defaults still exist";
     EXPECT_EQ(loaded.GetKey(_T("nothing")), nullptr);
   }
 }
 
-TEST(SettingsArchive, ItemWithTwoOwnersRaises) {
+TEST(SettingsArchive, ItemWithTwoOwnersThrows) {
   QFSettingsKey key(_T("k"), _T(""));
   key.AddValue(_T("i"), 1);
   std::string bytes = Saved(key);

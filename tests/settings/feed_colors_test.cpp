@@ -1,4 +1,4 @@
-// Feed colours: the search against a plain walk, the rows in the registry, who keeps rows that are taken out.
+// Feed colours: the search against a plain walk, the rows in the registry, the lifetime of removed rows.
 #include "share/settings/feed_colors.h"
 
 #include <random>
@@ -62,7 +62,7 @@ TEST_F(FeedColors, RowCoversTheFeedsUpToItsOwn) {
   for (const auto& [feed, color] : rows) EXPECT_EQ(table.GetColorForFeed(feed), color) << feed;
 }
 
-TEST_F(FeedColors, DocumentSwitchesThemOff) {
+TEST_F(FeedColors, DocumentSwitchesColorsOff) {
   QFMillFeedColorsSettings table;
   table.AddValue(100, kRed);
   QFSettingsKey document(_T("Document"), _T(""));
@@ -98,12 +98,12 @@ TEST_F(FeedColors, SearchFindsWhatTheWalkFindsInAnyOrder) {
     double next = -1;
     unsigned long color = 0;
     const bool more = found != model.end() && ++found != model.end();
-    ASSERT_EQ(table.GetNextValue(next, color), int(more)) << "the cursor stands behind the row found, step " << step;
+    ASSERT_EQ(table.GetNextValue(next, color), int(more)) << "the cursor is after the row found, step " << step;
     ASSERT_EQ(next, more ? found->first : -1) << "step " << step;
   }
 }
 
-TEST_F(FeedColors, RowsAddedLaterStandAheadUntilTheNextRestore) {
+TEST_F(FeedColors, AddedRowsComeFirstUntilTheNextRestore) {
   QFMillFeedColorsSettings table;
   PutColor(_T("100.00"), kRed);
   EXPECT_EQ(table.RestoreValuesFromRegistry(), 0);
@@ -117,7 +117,7 @@ TEST_F(FeedColors, RowsAddedLaterStandAheadUntilTheNextRestore) {
   EXPECT_EQ(table.GetColorForFeed(50), kRed);
 }
 
-TEST_F(FeedColors, RestoreSortsByNumberAndStopsAtWhatIsNoColor) {
+TEST_F(FeedColors, RestoreSortsByNumberAndStopsAtALongerValue) {
   for (LPCTSTR name : {_T("1000.00"), _T("20"), _T("3.5mm"), _T("")}) PutColor(name, kRed);
   kvtest::Put(HKEY_CURRENT_USER, kMillPath, _T("7.00"), {REG_BINARY, std::string("\x01\x02\0\0", 4)});
   kvtest::Put(HKEY_CURRENT_USER, kMillPath, _T("8.00"), {REG_BINARY, std::string(5, '\x01')});
@@ -135,7 +135,7 @@ TEST_F(FeedColors, EmptyRegistryGivesOneRowInARandomColorAndTheKey) {
   QFSettingsKey tree(_T("tree"), _T("Software\\Other"));
   auto* table = new QFMillFeedColorsSettings;
   tree.AddKey(table);
-  EXPECT_EQ(tree.RestoreValuesFromRegistry(), 0) << "the table's 0 makes the whole 0";
+  EXPECT_EQ(tree.RestoreValuesFromRegistry(), 0) << "the table's 0 is the tree's result";
   EXPECT_EQ(RowsOf(*table), (Rows{{100000, red | green << 8 | blue << 16}}));
   EXPECT_EQ(kvtest::Open(HKEY_CURRENT_USER, kMillPath), ERROR_SUCCESS);
   EXPECT_EQ(kvtest::Open(HKEY_CURRENT_USER, _T("Software\\Other")), ERROR_FILE_NOT_FOUND);
@@ -168,7 +168,7 @@ TEST_F(FeedColors, RemovedRowsLiveAsLongAsTheTable) {
   }
 }
 
-TEST_F(FeedColors, ArchiveBringsTheRowsThatTheTableHas) {
+TEST_F(FeedColors, LoadKeepsTheRowsThatTheTableHas) {
   QFMillFeedColorsSettings stored, table;
   stored.AddValue(1, kRed);
   stored.AddValue(2, kRed);

@@ -29,10 +29,10 @@ void AddRow(CObject* item, const char* type, Json& row) {
   row["value"] = row["default"] = ToJson(value->GetValue());
 }
 
-// Adds a row for each value of the key, then of those below it, in the order of declaration.
+// Adds a row for each value of the key and of its sub-keys, in the order of declaration.
 void Collect(const QFSettingsKey& key, Json& rows) {
   const auto* group = dynamic_cast<const SettingsGroup*>(&key);
-  if (!group) return;  // feed colours hold what the user enters
+  if (!group) return;  // feed colours have no defaults
   for (POSITION at = key.GetList().GetTailPosition(); at;) {
     CObject* item = key.GetList().GetPrev(at);
     if (const auto* below = DYNAMIC_DOWNCAST(QFSettingsKey, item)) {
@@ -65,7 +65,7 @@ void ExpectGolden(const QFSettingsKey& tree, const std::string& name, std::size_
 
 }  // namespace
 
-TEST(SettingsGolden, ApplicationTree) {
+TEST(SettingsGolden, ApplicationTreeHasItsNamesTypesAndDefaults) {
   RegDeleteTreeW(HKEY_CURRENT_USER, _T("Software"));
   setenv("TMPDIR", "/tmp", 1);
   setenv("TZ", "UTC", 1);
@@ -79,4 +79,4 @@ TEST(SettingsGolden, ApplicationTree) {
   FreeLibrary(english);
 }
 
-TEST(SettingsGolden, DocumentTree) { ExpectGolden(QFDocSettings(), "document", 192); }
+TEST(SettingsGolden, DocumentTreeHasItsNamesTypesAndDefaults) { ExpectGolden(QFDocSettings(), "document", 192); }

@@ -17,7 +17,7 @@ int IntOf(const QFSettingsKey& key, LPCTSTR name) {
   return value;
 }
 
-// The tree from an archive, with its class record, as documents hold it.
+// The tree in an archive, with its class record, as in a document.
 std::string Stored(QFSettingsKey& tree) {
   return kvtest::Store([&](CArchive& ar) { ar.WriteObject(&tree); });
 }
@@ -28,11 +28,11 @@ std::unique_ptr<Tree> Loaded(const std::string& bytes) {
   return std::unique_ptr<Tree>(tree);
 }
 
-// A name as a value's record holds it.
+// The bytes of a name in a value's record.
 std::string Recorded(const std::string& name) {
   return kvtest::Bytes("FF FE FF") + char(name.size()) + kvtest::Wide(std::u16string(name.begin(), name.end()));
 }
-// Makes a name foreign, of the same length: "Feature" becomes "#eature".
+// Replaces a name by an unknown one of the same length: "Feature" becomes "#eature".
 std::string WithForeign(std::string bytes, const std::string& name) {
   const std::size_t at = bytes.find(Recorded(name));
   EXPECT_NE(at, std::string::npos) << name;
@@ -49,7 +49,7 @@ class SettingsGroups : public testing::Test {
 
 // ---- application
 
-TEST_F(SettingsGroups, BuildingTheTreeWritesTheToolbarAlone) {
+TEST_F(SettingsGroups, ConstructionWritesOnlyTheToolbar) {
   const QFAppSettings settings;
   kvtest::Key product;
   ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, _T("Software\\Zemlor\\Kestrova"), 0, KEY_READ, &product), ERROR_SUCCESS);
@@ -62,7 +62,7 @@ TEST_F(SettingsGroups, BuildingTheTreeWritesTheToolbarAlone) {
 
 TEST_F(SettingsGroups, StoredToolbarGrowsByButtonsThatAreOn) {
   const std::pair<int, std::vector<int>> rows[] = {
-      // numbers stored, each of them 7, and those added to them
+      // stored numbers, each 7; numbers added to them
       {0, {0, 1, 1, 1, 2, 1, 3, 1, 4, 1, 5, 1, 6, 1, 7, 1, 8, 1, 9, 1, 10, 1}},
       {20, {10, 1}},
       {21, {10, 1}},
@@ -83,7 +83,7 @@ TEST_F(SettingsGroups, StoredToolbarGrowsByButtonsThatAreOn) {
   }
 }
 
-TEST_F(SettingsGroups, OfADuplicateNameTheRegistryKeepsTheFirstDeclared) {
+TEST_F(SettingsGroups, RegistryKeepsTheFirstDeclaredOfADuplicateName) {
   QFAppSettings settings;
   EXPECT_EQ(IntOf(settings, _T("StockDispType")), 3);
   settings.SetValue(_T("StockDispType"), 9);
@@ -144,7 +144,7 @@ TEST_F(SettingsGroups, FirstSchemaOfSimulationGivesTheTargetItsValues) {
   settings.SetValue(_T("MaxFacetDeviation"), 0.001);
   settings.SetValue(_T("TessellationQuality"), 50);
   std::string bytes = Stored(settings);
-  bytes[2] = 1;  // the schema, behind the mark of a new class
+  bytes[2] = 1;  // the schema, after the tag of a new class
   for (const bool known : {true, false}) {
     if (!known) bytes = WithForeign(WithForeign(bytes, "MaxFacetDeviation"), "TessellationQuality");
     const auto loaded = Loaded<QFSimulationSettings>(bytes);

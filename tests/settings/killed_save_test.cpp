@@ -1,4 +1,4 @@
-// Saving the application's settings that is killed: all values are the old ones or all are the new ones.
+// Kills processes that save the application settings: the registry has all old values or all new values.
 #include <csignal>
 #include <random>
 #include <thread>
@@ -22,7 +22,7 @@ void ForEachValue(const QFSettingsKey& key, Visit visit) {
   }
 }
 
-// Calls visit(value, datum) with the value as its own class and the datum that holds the round.
+// Calls visit(value, datum) with the value cast to its class and the datum for the round.
 template <class Visit>
 void WithDatum(QFSettingsValue& value, int round, Visit visit) {
   CString text;
@@ -57,7 +57,7 @@ bool IsOf(QFSettingsValue& value, int round) {
   return same;
 }
 
-// A table whose rows tell the round, by their number and their feeds too.
+// Fills the table for a round: the number of rows, the feeds and the colours depend on it.
 void FillTable(QFFeedColorsSettings& table, int round) {
   table.RemoveAll();
   for (int row = 0; row < 10 + round % 7; ++row)
@@ -76,7 +76,7 @@ bool TableIsOf(QFFeedColorsSettings& table, int round) {
 
 }  // namespace
 
-TEST(KilledSettingsSave, LeavesEachValueOldOrNew) {
+TEST(KilledSettingsSave, LeavesAllValuesOldOrAllNew) {
   std::mt19937 random(kvtest::PrintedSeed());
   const kvtest::ScratchFolder folder;
   const kvtest::RegistryIn registry(folder.Path());
@@ -91,7 +91,7 @@ TEST(KilledSettingsSave, LeavesEachValueOldOrNew) {
     return all;
   };
   ASSERT_TRUE(save(1));
-  int between = 0;  // the commit and its return
+  int between = 0;  // kills between the commit and the return of the save
   for (int kill = 0; kill < kKills && !HasFailure(); ++kill) {
     const int start = *saved;
     const pid_t child = kvtest::InChild([&] {
@@ -119,7 +119,7 @@ TEST(KilledSettingsSave, LeavesEachValueOldOrNew) {
     between += changed > 0;
     table.RestoreValuesFromRegistry();
     EXPECT_TRUE(TableIsOf(table, old) || TableIsOf(table, old + 1)) << "round " << old;
-    ASSERT_TRUE(save(old + 2)) << "what was left disturbs";
+    ASSERT_TRUE(save(old + 2)) << "a leftover of the kill prevents the next save";
   }
-  std::printf("%d kills, %d of them behind a commit that had not returned, %d saves\n", kKills, between, int(*saved));
+  std::printf("%d kills, %d of them after a commit and before its return, %d saves\n", kKills, between, int(*saved));
 }

@@ -1,4 +1,4 @@
-// Documents older and newer than the class that reads them, and with foreign values, against a model of the merge.
+// Documents of older and newer releases, against a model of the merge with the defaults.
 #include <map>
 #include <random>
 
@@ -8,9 +8,9 @@
 
 namespace {
 
-// A value by its kind and number: what the class declares, and what the model expects.
+// The kind and the number of a value.
 struct Datum {
-  int kind = 0;  // of kKinds
+  int kind = 0;  // 0 to kKinds - 1
   int number = 0;
   bool operator==(const Datum&) const = default;
   friend std::ostream& operator<<(std::ostream& out, const Datum& d) { return out << d.kind << ':' << d.number; }
@@ -56,7 +56,7 @@ Data Found(const QFSettingsKey& key) {
   return data;
 }
 
-// A root with a group below, whose values are what the release at hand declares.
+// The values that a release declares in the root and in its group.
 struct Release {
   Data root, group;
 };
@@ -81,7 +81,7 @@ class ModelRoot : public QFSettingsKey {
 };
 IMPLEMENT_SERIAL(ModelRoot, QFSettingsKey, VERSIONABLE_SCHEMA | 1)
 
-// What the class declares, from the document where that has it, of whatever kind it is there.
+// The declared values; those that the document has come from there, with their kind there.
 Data Merged(const Data& document, const Data& declared) {
   Data merged = declared;
   for (auto& [i, datum] : merged) {
@@ -103,7 +103,7 @@ std::unique_ptr<ModelRoot> Loaded(const std::string& bytes) {
 
 }  // namespace
 
-TEST(SettingsMergeModel, ThousandDocumentsOfOtherReleases) {
+TEST(SettingsMergeModel, LoadsThousandDocumentsOfOtherReleases) {
   std::mt19937 random(kvtest::PrintedSeed());
   const auto draw = [&](int names) {
     Data data;
@@ -126,7 +126,7 @@ TEST(SettingsMergeModel, ThousandDocumentsOfOtherReleases) {
     ASSERT_NE(group, nullptr);
     ASSERT_EQ(Found(*group), Merged(written.group, read.group));
     ASSERT_EQ(loaded->GetList().GetCount(), LONGLONG(read.root.size()) + 1);
-    // Saved by this release, the document is whole for it.
+    // This release loses nothing when it saves and loads the document again.
     const auto again = Loaded(Stored(*loaded));
     ASSERT_EQ(Found(*again), Found(*loaded));
   }

@@ -66,7 +66,7 @@ TEST_F(SettingsRegistry, EveryTypeHasItsExactBytes) {
     EXPECT_EQ(kvtest::Get(HKEY_CURRENT_USER, kPath, row.name), row.stored) << ToUtf8(CString(row.name));
 }
 
-TEST_F(SettingsRegistry, RestoresWhatIsThereAndKeepsTheRest) {
+TEST_F(SettingsRegistry, RestoresReadableFieldsAndKeepsTheOthers) {
   const std::string twelve(12, '\x01');
   ExpectRestored<QFIntValue>("int", {REG_DWORD, Raw(-7)}, 1, 5, -7);
   ExpectRestored<QFIntValue>("int of another type", {REG_BINARY, Raw(9)}, 1, 5, 9);
@@ -102,7 +102,7 @@ TEST_F(SettingsRegistry, ArrayTakesBinaryOnly) {
     EXPECT_EQ(value.RestoreValueFromRegistry(&key), 1) << stored;
     return std::vector<int>(value.GetValue().begin(), value.GetValue().end());
   };
-  EXPECT_EQ(restored({REG_SZ, Wide(u"12")}), std::vector<int>({5})) << "as it was, and the result is 1";
+  EXPECT_EQ(restored({REG_SZ, Wide(u"12")}), std::vector<int>({5})) << "unchanged, with result 1";
   EXPECT_EQ(restored({REG_BINARY, ""}), std::vector<int>());
   EXPECT_EQ(restored({REG_BINARY, Raw(1) + Raw(2)}), std::vector<int>({1, 2}));
   EXPECT_EQ(restored({REG_BINARY, Raw(1) + "xy"}), std::vector<int>({1}));
@@ -120,7 +120,7 @@ TEST_F(SettingsRegistry, RestoringCreatesNothingAndSavingCreatesEveryKey) {
   EXPECT_TRUE(Exists(_T("Software\\SettingsTest\\Root")));
   EXPECT_TRUE(Exists(_T("Software\\SettingsTest\\Elsewhere")));
   EXPECT_EQ(root.RestoreValuesFromRegistry(), 1);
-  // One that fails makes the whole 0, and the others are read all the same.
+  // A failure makes the result 0; the other values are read all the same.
   root.AddValue(_T("missing"), 3);
   root.SetValue(_T("a"), 10);
   EXPECT_EQ(root.RestoreValuesFromRegistry(), 0);
@@ -129,7 +129,7 @@ TEST_F(SettingsRegistry, RestoringCreatesNothingAndSavingCreatesEveryKey) {
   EXPECT_EQ(a, 1);
 }
 
-TEST_F(SettingsRegistry, HiveIsTheKeysOwn) {
+TEST_F(SettingsRegistry, HiveBelongsToOneKey) {
   QFSettingsKey root(_T("root"), kPath);
   auto* child = new QFSettingsKey(_T("child"), _T("Software\\SettingsTest\\Child"));
   root.AddKey(child);
@@ -158,7 +158,7 @@ TEST_F(SettingsRegistry, SavingWhereNothingCanBeOpenedGivesZero) {
 
 namespace {
 
-// As many values as are worth writing at once.
+// Adds enough values for a transaction.
 void AddMany(QFSettingsKey& key, int value) {
   for (int i = 0; i < 50; ++i) {
     CString name;
@@ -167,7 +167,7 @@ void AddMany(QFSettingsKey& key, int value) {
   }
 }
 
-// A module's own key: what stands in the registry when its turn comes.
+// A module's key. It reads the registry when it is saved.
 class ModuleKey : public QFSettingsKey {
  public:
   int SaveValuesToRegistry() override {
@@ -180,17 +180,17 @@ class ModuleKey : public QFSettingsKey {
 
 }  // namespace
 
-TEST_F(SettingsRegistry, OneThatCantBeWrittenTakesNoOtherWithIt) {
+TEST_F(SettingsRegistry, UnwritableValueStopsNoOther) {
   QFSettingsKey key(_T("key"), kPath);
   AddMany(key, 3);
   key.AddValue(CString(_T('x'), 16384), 1);
   AddMany(key, 4);
   EXPECT_EQ(key.SaveValuesToRegistry(), 0);
   for (LPCTSTR name : {_T("v0"), _T("v49")})
-    EXPECT_EQ(kvtest::Get(HKEY_CURRENT_USER, kPath, name), (Stored{REG_DWORD, Raw(3)})) << "the one declared first";
+    EXPECT_EQ(kvtest::Get(HKEY_CURRENT_USER, kPath, name), (Stored{REG_DWORD, Raw(3)})) << "the value declared first";
 }
 
-TEST_F(SettingsRegistry, KeyOfAModuleFindsWhatStandsAheadOfItSaved) {
+TEST_F(SettingsRegistry, KeyOfAModuleFindsTheItemsBeforeItSaved) {
   QFSettingsKey root(_T("root"), kPath);
   auto* own = new ModuleKey;
   AddMany(root, 1);

@@ -89,7 +89,7 @@ TEST(SettingsTree, GetKeyFindsAtAnyDepthAndNeverItself) {
   EXPECT_EQ(root.GetKey(_T("deep")), second);
 }
 
-TEST(SettingsTree, RefusesCirclesAndSecondOwners) {
+TEST(SettingsTree, RefusesCyclesAndSecondOwners) {
   QFSettingsKey root(_T("root"), _T(""));
   QFSettingsKey other(_T("other"), _T(""));
   auto* child = new QFSettingsKey(_T("child"), _T(""));
@@ -104,7 +104,7 @@ TEST(SettingsTree, RefusesCirclesAndSecondOwners) {
   EXPECT_EQ(child->GetKey(_T("root")), nullptr);
 }
 
-// The values "0", "1" and so on hold one type each, the last one an array.
+// The values "0", "1" and so on have one type each; the last one is an array.
 template <class... Values>
 void ExpectEachTypeFindsItsOwn(const Values&... stored) {
   constexpr int kArray = sizeof...(stored);
@@ -138,7 +138,7 @@ void ExpectEachTypeFindsItsOwn(const Values&... stored) {
   }
 }
 
-TEST(SettingsTree, EveryTypeComesBackAndOtherTypesAreLeftAlone) {
+TEST(SettingsTree, EveryTypeReadsAndWritesOnlyItsOwnValues) {
   ExpectEachTypeFindsItsOwn(-5, 2.5, CString(_T("t")), 0xFFFFFFFFul, CPoint(1, 2), CRect(1, 2, 3, 4), CTime(1ll << 40),
                             0.25L);
 }
