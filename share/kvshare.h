@@ -1,7 +1,7 @@
-// Everything public of the shared library, for a module that wants one include: #include <kvshare/kvshare.h>.
+// All public headers of the shared library in one: #include <kvshare/kvshare.h>.
 //
-// Of the platform these are the calls for what the library hands out and takes: keys, paths, files, resource libraries,
-// statuses. The others (processes, threads, locales, compound files) have headers of their own.
+// Of the platform it includes the calls for types in the library's interface: registry keys, paths, files, resource
+// libraries, error codes. Include the other platform headers (processes, threads, locales, compound files) yourself.
 #pragma once
 
 #include "companions/database/connection_strings.h"

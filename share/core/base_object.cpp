@@ -1,4 +1,4 @@
-// The serial root and its gate for old documents.
+// The class record of QFBaseObject, which old documents lack.
 #include "share/core/base_object.h"
 
 #include <cmath>
@@ -14,7 +14,7 @@ bool HasBaseObjectRecord(float readStorageUnits) { return std::abs(double(readSt
 void QFBaseObject::Serialize(CArchive& ar) {
   if (ar.IsStoring() || HasBaseObjectRecord(GetActiveDocReadStorageUnits())) {
     ar.SerializeClass(RUNTIME_CLASS(QFBaseObject));
-    ar.GetObjectSchema();  // nothing depends on it yet; asking ends the record
+    ar.GetObjectSchema();  // not used; reading it ends the record
   }
   CObject::Serialize(ar);
 }

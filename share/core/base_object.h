@@ -1,6 +1,6 @@
-// QFBaseObject, the root of everything of the product that is kept in a document: nodes, settings, histories.
+// QFBaseObject: the base class of all objects that a document stores, such as nodes, settings and histories.
 //
-// It has no fields. Its record in an archive is one class record, which documents up to storage version 6.1 lack.
+// It has no fields. In an archive it is one class record, which documents older than storage version 6.1 lack.
 #pragma once
 
 #include <cstdio>
@@ -11,25 +11,25 @@ class KVSHARE_API QFBaseObject : public CObject {
   DECLARE_SERIAL(QFBaseObject)
 
  public:
-  // Writes or reads the class record of this level. On loading, a document of an old storage version (see
-  // HasBaseObjectRecord) has none, and no byte is read. Raises what the archive raises.
+  // Writes or reads the class record of this class. Reads nothing while the active document's storage version has no
+  // such record (HasBaseObjectRecord). Throws the archive's exceptions.
   void Serialize(CArchive& ar) override;
 
-  // The slots of every class below, in this order.
+  // Derived classes override these. Keep their order: existing modules are compiled with it.
 
-  // The class's name for texts. "QFBaseObject" unless a class says otherwise.
+  // The name of the class for texts.
   virtual CString GetClassNameW();
-  // Prints the object's fields for support staff; nothing here. A null file is left alone.
+  // Prints the fields for support staff. Here it prints nothing. Does nothing for a null file.
   virtual void DumpData(FILE* file);
-  // Called once the whole document is in, for a class that has asked for it; does nothing here.
+  // Called after the whole document has been loaded, for objects that have registered for it. Does nothing here.
   virtual void OnPostLoadFromStorageNotify();
-  // The class under whose name the object's id is counted: its own run-time class unless a class says otherwise.
+  // The class under whose name the object indexer counts the object. Here: the run-time class of the object.
   virtual CRuntimeClass* GetRuntimeClassForAutoIndexing();
 
  protected:
   QFBaseObject() = default;
 };
 
-// Whether a document of that storage version holds a class record for QFBaseObject: it does if the version's absolute
-// value is above 6.1, within RESABS.
+// Whether documents of that storage version have a class record of QFBaseObject: the version's absolute value is 6.1 or
+// more, within RESABS.
 KVSHARE_API bool HasBaseObjectRecord(float readStorageUnits);

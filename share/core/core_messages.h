@@ -1,9 +1,10 @@
-// The numbers of the core messages: what the library says to a document, or asks of it, through
-// QFObject::SendQFCoreMessage. The functions that send them stand in share/core/document_messages.h and, for the
-// conversion of units, with the utilities.
+// The numbers of the core messages, which the library sends to a document through QFObject::SendQFCoreMessage. The
+// functions that send them are in share/core/document_messages.h and, for the conversion of units, in
+// share/utilities/units.h.
 //
-// The message's first argument is the address of the value named here, unless it says otherwise; its second is 0. A
-// document answers nonzero to a message that it knows. Numbers in between belong to the modules.
+// The first argument of a message is the address of the value named here, unless noted; the second is 0. "in": the
+// document reads the value; "out": it writes it. A document returns nonzero for a message that it handles. Modules use
+// the numbers in between.
 #pragma once
 
 #include "platform/types.h"
@@ -24,10 +25,10 @@ enum QF_CORE_MESSAGE_ID : int {
   QF_CORE_IS_TOOL_TREE_ACTIVE = 271,         // int, out
   QF_CORE_GET_SHOW_EXCEPTION_MESSAGE = 275,  // int, out
   QF_CORE_SET_SHOW_EXCEPTION_MESSAGE = 276,  // int, in
-  QF_CORE_REMOVE_NODE_FROM_SELECTION = 284,  // the ui_QFObject's own address
+  QF_CORE_REMOVE_NODE_FROM_SELECTION = 284,  // the address of the ui_QFObject
   QF_CORE_GET_DOC_SERVICE_PACK = 290,        // CString, out
 };
 
-// Sends the message to the document: its QFObject::SendQFCoreMessage. Returns the document's answer; 0 for null. Kept
-// apart from QFObject so that code below the nodes can send.
+// Calls QFObject::SendQFCoreMessage of the document and returns its answer; 0 for a null document. A free function, so
+// that code in rooms below QFObject can send messages.
 KVSHARE_API int SendCoreMessage(QFObject* document, QF_CORE_MESSAGE_ID message, ULONGLONG value, LONGLONG second);

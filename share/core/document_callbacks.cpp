@@ -1,4 +1,4 @@
-// The slots and the functions that read through them.
+// The slots of the callbacks and the functions that call them.
 #include "share/core/document_callbacks.h"
 
 #include "platform/threads.h"
@@ -33,14 +33,14 @@ struct DocumentSlots {
   int (*isDocFullyLoaded)();
 };
 
-// Written at start, ahead of any other thread, and only read afterwards.
+// Written at start, before other threads exist; only read after that.
 Helpers g_helpers = {};
 DocumentSlots g_slots = {};
 
-// Calls the slot; an empty one gives the fallback.
+// Calls the slot; the fallback for an empty one.
 template <class Result, class... Parameters>
-Result Ask(Result (*slot)(Parameters...), std::type_identity_t<Result> fallback,
-           std::type_identity_t<Parameters>... arguments) {
+Result Call(Result (*slot)(Parameters...), std::type_identity_t<Result> fallback,
+            std::type_identity_t<Parameters>... arguments) {
   return slot ? slot(arguments...) : fallback;
 }
 
@@ -89,39 +89,39 @@ void QFShareRegisterDocCBK(int (*isMetricUnit)(), unsigned long (*nextObjectId)(
 
 // ---- helpers
 
-QFObjectIndexerHelper* qf_getActiveAutoIdHelper() { return Ask(g_helpers.autoId, nullptr); }
-QFObject* qf_getActivePPMHelper() { return Ask(g_helpers.ppm, nullptr); }
-QFObject* qf_getActiveBasePPMHelper() { return Ask(g_helpers.basePpm, nullptr); }
-QFObject* qf_getActiveCorePPMHelper() { return Ask(g_helpers.corePpm, nullptr); }
+QFObjectIndexerHelper* qf_getActiveAutoIdHelper() { return Call(g_helpers.autoId, nullptr); }
+QFObject* qf_getActivePPMHelper() { return Call(g_helpers.ppm, nullptr); }
+QFObject* qf_getActiveBasePPMHelper() { return Call(g_helpers.basePpm, nullptr); }
+QFObject* qf_getActiveCorePPMHelper() { return Call(g_helpers.corePpm, nullptr); }
 
 // ---- document
 
-QFObject* GetActiveDocument() { return Ask(g_slots.activeDocument, nullptr); }
-QFObject* GetCorrespondingDoc(QFObject* document) { return Ask(g_slots.correspondingDoc, nullptr, document); }
-int GetIsDocFullyLoaded() { return Ask(g_slots.isDocFullyLoaded, 0); }
-int IsMetricUnit() { return Ask(g_slots.isMetricUnit, 1); }
-unsigned long GetNextObjectIdCB() { return Ask(g_slots.nextObjectId, 0); }
-CString GetStockGroupName() { return Ask(g_slots.stockGroupName, CString()); }
+QFObject* GetActiveDocument() { return Call(g_slots.activeDocument, nullptr); }
+QFObject* GetCorrespondingDoc(QFObject* document) { return Call(g_slots.correspondingDoc, nullptr, document); }
+int GetIsDocFullyLoaded() { return Call(g_slots.isDocFullyLoaded, 0); }
+int IsMetricUnit() { return Call(g_slots.isMetricUnit, 1); }
+unsigned long GetNextObjectIdCB() { return Call(g_slots.nextObjectId, 0); }
+CString GetStockGroupName() { return Call(g_slots.stockGroupName, CString()); }
 
 // ---- settings
 
-QFSettingsKey* GetActiveDocSettingsCB() { return Ask(g_slots.docSettings, nullptr); }
-QFSettingsKey* GetAppSettingsCB() { return Ask(g_slots.appSettings, nullptr); }
-QFFeedColorsSettings* GetAppFeedColorSettingsCB() { return Ask(g_slots.appFeedColorSettings, nullptr); }
+QFSettingsKey* GetActiveDocSettingsCB() { return Call(g_slots.docSettings, nullptr); }
+QFSettingsKey* GetAppSettingsCB() { return Call(g_slots.appSettings, nullptr); }
+QFFeedColorsSettings* GetAppFeedColorSettingsCB() { return Call(g_slots.appFeedColorSettings, nullptr); }
 
 // ---- jobs and messages
 
 int QFProgressCallback(LONGLONG step) {
   SuspensionPoint();
-  return Ask(g_slots.progress, 0, step);
+  return Call(g_slots.progress, 0, step);
 }
 
 int IsUserJobCancelled() {
   SuspensionPoint();
-  return Ask(g_slots.isUserJobCancelled, 0);
+  return Call(g_slots.isUserJobCancelled, 0);
 }
 
-int gGetAppSilentModeFlag() { return Ask(g_slots.appSilentModeFlag, 0); }
+int gGetAppSilentModeFlag() { return Call(g_slots.appSilentModeFlag, 0); }
 
 void GetAppDisplayAlerts(short* flag) {
   if (!flag) return;
@@ -129,17 +129,17 @@ void GetAppDisplayAlerts(short* flag) {
   if (g_slots.displayAlerts) g_slots.displayAlerts(flag);
 }
 
-int IsCrashReportPermittedCB() { return Ask(g_slots.isCrashReportPermitted, 0); }
+int IsCrashReportPermittedCB() { return Call(g_slots.isCrashReportPermitted, 0); }
 
 // ---- product
 
-ProductInfo* GetProductInfoCB() { return Ask(g_slots.productInfo, nullptr); }
-CString GetProductSpecificStringCB(unsigned id) { return Ask(g_slots.productSpecificString, CString(), id); }
+ProductInfo* GetProductInfoCB() { return Call(g_slots.productInfo, nullptr); }
+CString GetProductSpecificStringCB(unsigned id) { return Call(g_slots.productSpecificString, CString(), id); }
 CString GetProductSpecificString(unsigned id) { return GetProductSpecificStringCB(id); }
 
 CString GetSolidWorksLangName() {
   CString& name = SolidWorksLangName();
-  if (name.IsEmpty()) name = Ask(g_slots.solidWorksLangName, CString(_T("english")));
+  if (name.IsEmpty()) name = Call(g_slots.solidWorksLangName, CString(_T("english")));
   return name;
 }
 

@@ -1,8 +1,8 @@
-// What the library asks of the active document and tells it, by core messages (share/core/core_messages.h).
+// Messages between the library and the active document (share/core/core_messages.h).
 //
-// Every function works on GetActiveDocument() at the moment of the call. Without a document nothing is sent and the
-// result is 0, or an empty text, unless it says otherwise; a document that doesn't know the message leaves the same
-// result. Called on the thread that owns the document.
+// Every function uses the document that GetActiveDocument() returns now. Without a document nothing is sent, and the
+// result is 0 or an empty text unless it says otherwise; the same if the document doesn't handle the message. Call them
+// on the thread that owns the document.
 #pragma once
 
 #include "framework/text.h"
@@ -11,18 +11,20 @@
 class QFObject;
 class ui_QFObject;
 
-// Sends the active document a message about a value, which it reads or fills; which type, the message's number says.
-// Gives the document's answer; 0, with the value left alone, without a document. For messages without a function below.
+// Sends a message with a value to the active document, for messages without a function below. QF_CORE_MESSAGE_ID says
+// the type of the value and whether the document reads or writes it. Returns the document's answer; 0, with the value
+// unchanged, without a document.
 KVSHARE_API int SendToActiveDocument(QF_CORE_MESSAGE_ID message, void* value);
 
 // ---- reading and saving
 
-// The storage version of the document that is being read. A document that answers 0, within RESABS, counts as current:
-// 38.0; so does having none.
+// The storage version of the document that is being read. 38.0, the current version, if the document answers 0 (within
+// RESABS) or there is no document.
 KVSHARE_API float GetActiveDocReadStorageUnits();
-// While one lives, the calling thread asks the document no more: GetActiveDocReadStorageUnits gives what it gave when
-// this was made, or what SetActiveDocReadStorageUnits has brought about since. For a host that reads many objects one
-// behind the other, while the active document stays the same and changes its answer in no other way.
+// Caches the storage version for the calling thread: while one exists, GetActiveDocReadStorageUnits sends no message.
+// SetActiveDocReadStorageUnits updates the cache. For a host that reads many objects in sequence. Use it only while the
+// active document stays the same and its storage version changes only through SetActiveDocReadStorageUnits. Scopes may
+// nest.
 class KVSHARE_API ReadStorageUnitsScope {
  public:
   ReadStorageUnitsScope();
@@ -34,9 +36,9 @@ class KVSHARE_API ReadStorageUnitsScope {
   float m_units;
   float* m_outer;
 };
-// Tells the document which one to answer from now on.
+// Sets the storage version that the document answers from now on.
 KVSHARE_API void SetActiveDocReadStorageUnits(float units);
-// To the document given, or to the active one for null.
+// Sets the flag of the given document; null means the active one.
 KVSHARE_API void SetDocumentModifiedFlag(int flag, QFObject* document);
 KVSHARE_API int IsDocumentModified();
 KVSHARE_API CString GetDocTitle();
@@ -46,20 +48,20 @@ KVSHARE_API CString GetDocServicePack();
 // ---- units
 
 KVSHARE_API int IsDocumentUnitsMm();
-// The code of the document's units; 0, millimetres, without a document.
+// The code of the document's units. 0 (millimetres) without a document.
 KVSHARE_API int GetDocumentUnits();
-// 1 for the unit codes 0, 1, 2, 6, 7 and 8.
+// 1 for the metric unit codes: 0, 1, 2, 6, 7 and 8.
 KVSHARE_API int IsUnitsMetric(int units);
 KVSHARE_API int IsDocumentUnitsMetric();
 
 // ---- user interface
 
-// Whether the tree of features, operations or tools is the one shown.
+// 1 if the tree of features, operations or tools is shown.
 KVSHARE_API int IsFEATTreeActive();
 KVSHARE_API int IsOPERTreeActive();
 KVSHARE_API int IsToolTreeActive();
-// Whether messages of exceptions are shown to the user. They give the document's answer.
+// Read or set the document's flag whether messages of exceptions are shown to the user. Return the document's answer.
 KVSHARE_API int GetShowExceptionMsgFlag(int& flag);
 KVSHARE_API int SetShowExceptionMsgFlag(int& flag);
-// Gives the document's answer; 0 for null.
+// Removes the node from the selection. Returns the document's answer; 0 for null.
 KVSHARE_API int RemoveNodeFromSelection(ui_QFObject* node);

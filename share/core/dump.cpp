@@ -1,4 +1,4 @@
-// Printing into object dumps.
+// Printing into dumps.
 #include "share/core/dump.h"
 
 void DumpText(FILE* file, const CString& text) {

@@ -1,4 +1,4 @@
-// Raw registry access.
+// Direct access to single registry values.
 #include "share/core/registry_access.h"
 
 #include <array>
@@ -10,21 +10,21 @@ namespace {
 constexpr DWORD kTextBufferBytes = 2000;
 constexpr DWORD kNameUnits = 2048;
 
-// Reads a value into a buffer of that many bytes.
+// Reads a value of at most that many bytes.
 bool Read(HKEY key, LPCTSTR name, void* buffer, DWORD bytes) {
   return RegQueryValueExW(key, name, nullptr, nullptr, static_cast<BYTE*>(buffer), &bytes) == ERROR_SUCCESS;
 }
 
-// Reads a text that fits the buffer; its last unit stays a terminator.
+// Reads a text of at most kUnits units with its terminator; empty for a longer one.
 template <std::size_t kUnits>
 CString ReadText(HKEY key, LPCTSTR name) {
   std::array<TCHAR, kUnits> buffer = {};
   if (!Read(key, name, buffer.data(), DWORD(kUnits * sizeof(TCHAR)))) return CString();
-  buffer.back() = 0;  // a text as long as the buffer may come without one
+  buffer.back() = 0;  // a stored text may lack its terminator
   return CString(buffer.data());
 }
 
-// A key that is not open for what it is wanted for is none.
+// Null if the key can't be opened with these rights.
 RegistryKeyHandle Open(HKEY hive, LPCTSTR path, REGSAM rights) {
   RegistryKeyHandle key;
   RegOpenKeyExW(hive, path, 0, rights, key.Receive());
@@ -41,7 +41,7 @@ int GetRegSettingDwordValue(HKEY hive, const CString& path, const CString& name,
   int value = 0;
   const bool read = Read(Open(hive, path, KEY_QUERY_VALUE), name, &value, sizeof value);
   if (found) *found = read;
-  return read ? value : 1;  // 1 for a missing value is required
+  return read ? value : 1;  // 1 for a missing value, kept for existing modules
 }
 
 void SetRegSettingDwordValue(HKEY hive, const CString& path, const CString& name, int value) {
@@ -59,7 +59,7 @@ CString GetRegSettingStringValue(HKEY hive, const CString& path, const CString& 
 
 int SetRegistryValueForString(HKEY hive, const CString& path, const CString& name, const CString& value) {
   const RegistryKeyHandle key = Open(hive, path, KEY_WRITE);
-  if (!key) return 0;  // a missing key is not created: that is required
+  if (!key) return 0;  // creates no key, kept for existing modules
   return RegSetValueExW(key, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(value.GetString()),
                         DWORD(value.GetLength()) * sizeof(TCHAR)) == ERROR_SUCCESS;
 }

@@ -1,34 +1,35 @@
-// Raw access to single registry values, for code that needs no settings tree.
+// Direct access to single registry values, for code that needs no settings tree.
 //
-// A path is relative to the hive or key handed in, which stays the caller's. Each call opens and closes its own key,
-// may be made on any thread, and is a registry read: not for inner loops. Nothing is reported and nothing throws. What
-// is missing gives the result told at the call.
+// A path is relative to the given hive or open key; the caller keeps the handle. Each call opens and closes the
+// registry key: don't call it in a loop. Any thread may call. No call throws or reports an error; a missing value gives
+// the result stated at the call.
 #pragma once
 
 #include "framework/text.h"
 #include "platform/registry.h"
 
-// Read four bytes. A missing key or value gives 1, not 0: that is required. found receives 1 if there was one, else 0;
-// it may be null.
+// Read a value of at most four bytes as a 32-bit integer. The result is 1, not 0, if the key or value is missing,
+// longer or can't be read. This is kept for existing modules, to which a missing switch means "on". To distinguish a
+// missing value from a stored 1, pass found: it is set to 1 if the value was read, else to 0. found may be null.
 KVSHARE_API int GetRegSettingDwordValue(HKEY hive, const CString& path, const CString& name);
 KVSHARE_API int GetRegSettingDwordValue(HKEY hive, const CString& path, const CString& name, int* found);
 
-// Writes a 32-bit integer, creating the key if it does not exist. A key that exists but may not be written is left
-// alone.
+// Writes a 32-bit integer. Creates the key if it is missing. Does nothing if the key can't be opened for writing.
 KVSHARE_API void SetRegSettingDwordValue(HKEY hive, const CString& path, const CString& name, int value);
 
-// A text of at most 999 characters; empty if it is missing or longer.
+// A text of at most 999 characters. Empty if it is missing or longer.
 KVSHARE_API CString GetRegSettingStringValue(HKEY hive, const CString& path, const CString& name);
 
-// Writes a text, without a terminator in its data. 1 if written; creates no key: a missing one gives 0.
+// Writes a text; its data has no terminator. 1 if written. Creates no key: 0 if the key is missing.
 KVSHARE_API int SetRegistryValueForString(HKEY hive, const CString& path, const CString& name, const CString& value);
 
+// Deletes a value. Does nothing if the key or value is missing.
 KVSHARE_API void RegSettingDeleteValue(HKEY hive, const CString& path, const CString& name);
 
-// 1 if that version of the office database is installed, in its 32-bit edition if is32Bit is 1.
+// 1 if Access of that office version is installed: the 32-bit edition if is32Bit is 1, else the 64-bit edition.
 KVSHARE_API int CheckAccessVersionInstalled(int officeVersion, int is32Bit);
 
-// The install folder, with fileName appended, of the installed program with that display name, compared without case;
-// in the list of 32-bit programs if is32Bit is 1. The first match counts; none gives an empty text. Names and values of
-// more than 2,047 characters are passed over.
+// The install folder, with fileName appended, of the first installed program with that display name, compared without
+// case. is32Bit 1: searches the list of 32-bit programs. Empty if there is no such program. Texts of more than 2,047
+// characters count as missing.
 KVSHARE_API CString GetAppInstallPathFromReg(const CString& displayName, int is32Bit, const CString& fileName);

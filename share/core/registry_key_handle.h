@@ -1,4 +1,4 @@
-// An open registry key, closed at the end of its scope. Not public.
+// An open registry key that the destructor closes.
 #pragma once
 
 #include <utility>
@@ -8,15 +8,15 @@
 class RegistryKeyHandle {
  public:
   RegistryKeyHandle() = default;
-  // Takes an open handle over; null is none.
+  // Takes ownership of an open handle; null: no key.
   explicit RegistryKeyHandle(HKEY handle) : handle_(handle) {}
   RegistryKeyHandle(RegistryKeyHandle&& other) noexcept : handle_(std::exchange(other.handle_, nullptr)) {}
   RegistryKeyHandle& operator=(RegistryKeyHandle&&) = delete;
   ~RegistryKeyHandle() { Close(); }
 
-  // Null before a key was opened, and where opening it failed: every call then gives ERROR_INVALID_HANDLE.
+  // Null if no key was opened or opening failed. Registry calls on null return ERROR_INVALID_HANDLE.
   operator HKEY() const { return handle_; }
-  // Where an opening call puts its handle. The key that was open before is closed.
+  // The address for the result of an opening call. Closes the key that is open.
   PHKEY Receive() {
     Close();
     return &handle_;

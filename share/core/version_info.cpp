@@ -1,4 +1,4 @@
-// Comparing with this build's dates and versions, and the constants as texts.
+// Comparisons with this build's date and storage version, and its constants as texts.
 #include "share/core/version_info.h"
 
 #include "platform/numbers.h"

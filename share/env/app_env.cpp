@@ -1,4 +1,4 @@
-// The environment's life, the order of its initialisation, and the switches that it writes back.
+// The environment: creation, the order of its initialisation, the switches that it writes to the registry.
 #include "share/env/app_env.h"
 
 #include "share/core/registry_access.h"
@@ -13,7 +13,7 @@ CKVEnvApp* CKVEnvApp::m_envAppInstance = nullptr;
 
 CKVEnvApp* CKVEnvApp::Instance() {
   if (!m_IsEnvObjectCreated) {
-    // Flag and pointer stand ahead of Init, so that what Init calls finds this object and builds no second one.
+    // Set before Init, so that code called by Init gets this object and builds no second one.
     m_IsEnvObjectCreated = 1;
     m_envAppInstance = new CKVEnvApp;
     m_envAppInstance->Init();
@@ -43,8 +43,8 @@ void CKVEnvApp::Init() {
   SetKVResourceDllName();
   SetKVDebugResourceDllName();
 
-  // The database's names come from its configuration file, below the install path, or from the registry alone: hence
-  // the two orders.
+  // Configuration mode reads the database's names from a file that may be below the install folder, so it needs the
+  // location first. Forms mode reads them from the registry.
   if (m_bConfigData) {
     StoreLocation();
     SetKVDefLangAndDataRelPath();
@@ -65,7 +65,7 @@ void CKVEnvApp::Init() {
   try {
     SetKVTechDBPath(/*write=*/0);
   } catch (...) {
-    m_InitResult = ENVAPP_INIT_TECHDB_FAILED;  // start-up goes on: the main module decides
+    m_InitResult = ENVAPP_INIT_TECHDB_FAILED;  // the start continues: the main module decides
   }
   SetUserName();
   SetResourcePaths();
@@ -138,8 +138,8 @@ void CKVEnvApp::SetTurnBAxisConTlpKeepArcMove() {
   WriteBackStartSwitch(StartSwitch(_T("ContinuousBAxisTlpKeepArcMoves")));
 }
 
-// Four bytes are asked for, which no text of more than one character fits: so the value goes back to its default at
-// each start. And a missing key is not created. Both are required.
+// Reads the text into four bytes, so a text of more than one character counts as missing and gets the default at each
+// start. A missing key is not created. Both are kept for existing installations.
 void CKVEnvApp::SetTurnBAxisConLLForArcFacet() {
   constexpr LPCTSTR kName = _T("LinearLengthForArcFacet");
   int found = 0;

@@ -1,13 +1,20 @@
-// CKVEnvApp, the environment: where the product lies, which language and technology database are in force, what the
-// installation's switches are. One object, gathered once, at the first request.
+// CKVEnvApp, the environment: the folders of the installation, the current language and technology database, the
+// feature switches. One object, built at the first request.
 //
-// Order of start for a main module: InitShareDll, qfshare_init, QFShareRegisterDocCBK
-// (share/core/document_callbacks.h), InitAppEnv; of its end: CloseAppEnv, then unload. Nothing here shows a message or
-// throws: trouble is in GetEnvAPPInitResult. There is no lock: the first request has to come from the main thread ahead
-// of any job, and so do the setters; after that any thread may read.
+// A main module starts in this order: InitShareDll; qfshare_init and QFShareRegisterDocCBK
+// (share/core/document_callbacks.h); InitAppEnv. It ends with CloseAppEnv, and then may unload the library.
 //
-// Texts are wide, folders end in a backslash. A text that no step could fill is empty. Names and paths of libraries are
-// the product's own, the same on every platform.
+// The start (InitAppEnv) reads and completes the application settings that GetAppSettingsCB returns, writes missing
+// folders and switches into the registry, and loads the language library GetKVResourceDllPath(). From then on
+// CString::LoadString finds its texts, if InitShareDll was called before. The language library stays loaded until the
+// process ends or another start replaces it. Without it LoadString finds no text; nothing else fails.
+//
+// No call throws. Only forms mode shows message boxes (SetKVTechDBPath). GetEnvAPPInitResult returns the last failure
+// of the start. There is no lock: make the first request on the main thread before any job starts, and call setters
+// only there; after that any thread may read.
+//
+// Folders end in a backslash. A text that the start could not determine is empty. Names and paths of libraries are the
+// product's own, the same on every platform.
 #pragma once
 
 #include "framework/text.h"
@@ -15,8 +22,8 @@
 
 enum EnvAPP_Init_Result_e {
   ENVAPP_INIT_OK = 0,
-  ENVAPP_INIT_TECHDB_FILE_MISSING = 1,  // the active technology database is a file, and there is none at its path
-  ENVAPP_INIT_TECHDB_FAILED = 2,        // no active technology database, or opening it failed
+  ENVAPP_INIT_TECHDB_FILE_MISSING = 1,  // the file of the active technology database is missing
+  ENVAPP_INIT_TECHDB_FAILED = 2,        // no technology database is active, or opening it failed
 };
 
 // The languages of resources and of the technology database.
@@ -38,15 +45,15 @@ enum QFDatabaseLang_e {
   QF_DBLANG_GREEK = 14,
 };
 
-// How features are made from mill geometry. The numbers belong to the modules; this library only keeps one.
+// How features are created from mill geometry. Modules define the values; this library only stores one.
 enum QFFeatMillExtractionMethods : int {};
 
 class KVSHARE_API CKVEnvApp {
  public:
-  // The object; built and initialised by the first call. Code that asks while it is being initialised gets the object
-  // as far as it is.
+  // The one object, never null. The first call builds and initialises it. Calls during the initialisation return the
+  // object in its present state.
   static CKVEnvApp* Instance();
-  // Deletes the object, if there is one. The next request builds a fresh one.
+  // Deletes the object, if it exists. The next request builds a new one.
   static void DestroyInstance();
 
   static int m_IsEnvObjectCreated;
@@ -56,71 +63,73 @@ class KVSHARE_API CKVEnvApp {
   CKVEnvApp& operator=(const CKVEnvApp&) = default;
   ~CKVEnvApp() = default;
 
-  // The last failure of the initialisation.
+  // The last failure of the initialisation or of a later SetKVTechDBPath(int).
   EnvAPP_Init_Result_e GetEnvAPPInitResult() const { return m_InitResult; }
 
-  // ---- where the product lies: this library's own file
+  // ---- location of the product: the file of this library
 
   const CString& GetKVModuleDllName() const { return m_ModuleDllName; }  // "KESTROVAu"
-  // "KESTROVAu" too, whatever this library's file is named.
+  // Also "KESTROVAu", even if the file of this library has another name. Kept for existing modules.
   const CString& GetKVModuleName() const { return m_ModuleName; }
-  const CString& GetKVModuleExt() const { return m_ModuleExt; }  // with its point
-  const CString& GetKVDrive() const { return m_Drive; }          // such as "C:"; empty where there are none
-  const CString& GetKVPath() const { return m_InstallPath; }     // without the drive, a backslash at both ends
-  // The language folder below it, such as "lang\English\".
+  const CString& GetKVModuleExt() const { return m_ModuleExt; }  // with its dot
+  const CString& GetKVDrive() const { return m_Drive; }          // such as "C:"; empty for a path without a drive
+  const CString& GetKVPath() const { return m_InstallPath; }     // without the drive; begins and ends with a backslash
+  // The language folder, relative to the install folder, such as "lang\English\".
   const CString& GetKVDefDataRelPath() const { return m_LanguageFolder; }
   const CString& GetKVHelpPath() const { return m_HelpPath; }
   void SetKVHelpPath(const CString& path) { m_HelpPath = path; }
 
-  // Manuals, what's new, the help of additive manufacturing: in the English folder, whatever the language.
+  // Manuals, release notes, help for additive manufacturing: always in the English folder.
   CString GetManualPDFFilePath() const;
   CString GetWhatsNewPDFFilePath() const;
   CString GetKVAMHelpPath() const;
-  // The folder of tutorials, without a backslash behind: of the language if they are translated and there, else the
-  // English one.
+  // The folder of tutorials, without a backslash at the end: that of the language if its tutorials are translated and
+  // installed, else the English one.
   CString GetTutorialsPath() const;
   CString GetTechDBAppPath() const;
-  // The NC editor's program, in the install folder or beside it, whether or not it exists; and its arguments, such as
-  // "/lang=de-DE".
+  // The NC editor's program in the install folder if it exists there, else in the folder above, where it may be
+  // missing; and its arguments, such as "/lang=de-DE".
   const CString& GetCIMCOEditorPath() const { return m_NCEditorPath; }
   const CString& GetCIMCOEditorCmdArg() const { return m_NCEditorArguments; }
 
-  // ---- the folder of data, and what lies there; each a registry read
+  // ---- the folder of data and its contents; each call reads the registry
 
-  // "KVDataPath" of the user's, then of the machine's key of this release; without either the install folder, which is
-  // then written into the machine's key.
+  // The first non-empty "KVDataPath" of this release's key in the user's and in the machine's hive; else the install
+  // folder, which is then written to the machine's hive.
   CString GetKVDataPath() const;
-  // "KVCommonDataPath" of the user's key; "\" without one: that is required.
+  // "KVCommonDataPath" from the user's hive. "\" if it is missing, kept for existing modules.
   CString GetKVCommonDataPath() const;
   CString GetKVTaskPaneINIFilePath() const;
   CString GetTechDBConfigFilePath() const;  // a folder
   CString GetDefaultSQLiteDBPath() const;
-  // Makes the folder if it is missing; whether that worked doesn't show.
+  // Creates the folder if it is missing. Returns the path even if that fails.
   CString GetSimulationRecordingFolderPath() const;
-  // The language's folder below the folder of data; the getter sets the field first.
+  // The language folder below the folder of data. The getter also computes it anew.
   CString GetKVDefaultToolInsertPath();
   void SetKVDefaultToolInsertPath();
 
-  // ---- folders that a user may move; each ends in a backslash, the empty one is "\"
+  // ---- folders that a user may move; each ends in a backslash, an empty path is "\"
 
-  // From the application settings; without them from the registry, the user's key first, and for the simulation's
-  // folders then the machine's. Settings that are there and hold an empty text don't fall through: that is required.
+  // From the application settings. Only if GetAppSettingsCB returns null, from the registry: the user's hive, and for
+  // the folders of the simulation then the machine's hive. An empty text in the settings is not replaced by the
+  // registry's, kept for existing modules.
   CString GetSetupSheetImagePath() const;
   CString GetSetupSheetTemplatePath() const;
   CString GetSubSpindleOperFolderPath() const;
   CString GetDefaultSimulationMachineFolderPath() const;
   CString GetDefaultSimulationControllerFolderPath() const;
   CString GetDefaultSimulationJobFolderPath() const;
-  // As it is kept, which may be empty: "SaveStyleSheetTo" of the settings, else of the machine's key.
+  // "SaveStyleSheetTo" of the settings; if that is empty, of the machine's hive. No backslash is added; may be empty.
   CString GetVersionIndependentSetupSheetTemplatePath() const;
-  // The simulator as the machine's key has it, and as the user has it, with a backslash behind even if a program is
-  // named; both may be empty.
+  // The simulator from the machine's hive, unchanged; and from the user's settings or registry, always with a backslash
+  // at the end, even after the name of a program (kept for existing modules). Both may be empty.
   CString GetVirtualMachinePath() const;
   CString GetIMSExePath() const;
-  // What the EDM application's settings say, else folders below the folder of data; empty without those settings.
+  // From the EDM application's settings; if a path there is empty, a folder below the folder of data. Empty without
+  // these settings.
   CString ExtractEDMCuttingConditionPath() const;
   CString ExtractEDMPostFilePath() const;
-  // The paths in use, empty until set. Setting one copies it to the EDM application's settings, if there are any.
+  // The paths in use, empty until set. A setter also copies the path to the EDM application's settings, if they exist.
   const CString& GetEDMCuttingConditionPath() const { return m_EDMCuttingConditionPath; }
   void SetEDMCuttingConditionPath(const CString& path);
   const CString& GetEDMPostFilePath() const { return m_EDMPostFilePath; }
@@ -128,14 +137,14 @@ class KVSHARE_API CKVEnvApp {
 
   // ---- language
 
-  // The language in force, for resources and for the technology database (share/env/language_choice.h).
+  // The current language of resources and of the technology database (share/env/language_choice.h).
   QFDatabaseLang_e GetTechDBLang() const { return m_TechDBLang; }
-  // The number of the language of that name, compared exactly; English for a name that is none, and for "Greek".
+  // The language of that name, compared exactly; English for any other name, and for "Greek".
   QFDatabaseLang_e GetCorrespondingDBLangName(const CString& name) const;
-  // The code of the language in force as the NC editor takes it, such as "de-DE".
+  // The NC editor's code of the current language, such as "de-DE".
   CString GetLanguageForSIMCO() const;
 
-  // ---- libraries beside it, by name and full path
+  // ---- libraries in the install folder: name and full path
 
   const CString& GetKVResourceDllName() const { return m_ResourceDllName; }
   const CString& GetKVResourceDllPath() const { return m_ResourceDllPath; }
@@ -147,11 +156,11 @@ class KVSHARE_API CKVEnvApp {
   const CString& GetKVAPIDllPath() const { return m_InterfaceDllPath; }
   const CString& GetKV5AxisDllName() const { return m_FiveAxisDllName; }
   CString GetKV5AxisDllPath() const;
-  CString GetEDMResourceDllPath() const;  // the folder alone: that is required
+  CString GetEDMResourceDllPath() const;  // only the folder, kept for existing modules
   CString GetUtilitiesDllName() const;
-  CString GetUtilitiesDllPath() const;  // the folder alone
+  CString GetUtilitiesDllPath() const;  // only the folder
   const CString& GetVisiDllName() const { return m_VisiDllName; }
-  const CString& GetVisiDllPath() const { return m_VisiDllPath; }  // the folder alone: that is required
+  const CString& GetVisiDllPath() const { return m_VisiDllPath; }  // only the folder, kept for existing modules
   const CString& GetEDConnectorDllName() const { return m_EDConnectorDllName; }
   const CString& GetEDConnectorDllPath() const { return m_EDConnectorDllPath; }
   const CString& GetEDConnectorPngDllName() const { return m_EDConnectorPngDllName; }
@@ -164,14 +173,15 @@ class KVSHARE_API CKVEnvApp {
   const CString& GetKVTechDBName() const { return m_TechDBName; }
   const CString& GetKVTechDBPath() const { return m_TechDBPath; }
   void SetKVTechDBPath(const CString& path) { m_TechDBPath = path; }
-  // Sets it to the database's name in the language's folder below the folder of data, and gives it.
+  // Sets the path to the database's name in the language folder below the folder of data. Returns the new path.
   CString SetKVDefaultTechDBPath();
-  // From the active entry in configuration mode. In forms mode from the forms file, which is opened for it; with write
-  // 1 the other way, into the forms file. Waits, by message boxes, until a missing forms file is there; if the user
-  // gives up, the init result is ENVAPP_INIT_TECHDB_FAILED. What the forms file can't do is reported in a box.
+  // Configuration mode: sets the path to the file of the active entry. Forms mode: opens the forms file and reads the
+  // path from it, or, with write not 0, writes the path to it. While the forms file is missing, message boxes ask the
+  // user for it; if the user cancels, the init result is ENVAPP_INIT_TECHDB_FAILED. Errors of the forms file go to a
+  // message box.
   void SetKVTechDBPath(int write);
   const CString& GetKVTechDBFormsName() const { return m_TechDBFormsName; }
-  // Of the program or forms file that serves the database the whole path, the name up to its point, and the extension.
+  // The program or forms file for the database: full path; name before its first dot; extension.
   CString GetKVTechDBFormsPath() const;
   CString GetKVNameOnlyOfTechDBForms() const;
   CString GetKVDataFileExtOfTechDBForms() const;
@@ -179,28 +189,29 @@ class KVSHARE_API CKVEnvApp {
   CString GetKVNameOnlyOfTechDB() const;  // "TechDB"
   CString GetKVExtOfTechDB() const;       // empty for a server
   void SetKVTechDBName();
-  // 1 if the stand-alone application serves it: the registry value "TechDBForms" reads "TechDB App". This is
-  // configuration mode; else it is forms mode, with everything in a forms database.
+  // 1 in configuration mode: the registry value "TechDBForms" is "TechDB App", a stand-alone application serves the
+  // database, and "database.config" lists the databases. 0 in forms mode: a forms database has the path.
   int GetConfigDataUseStatus() const { return m_bConfigData; }
   int Is64BitDatabaseInUse() const { return m_b64BitDatabase; }
   int IsSQLiteDatabaseInUse() const { return m_bSQLiteDatabase; }
   int Is64BitAccessInstalled() const { return m_b64BitAccess; }
-  // Set these three anew, after a change of the active entry.
+  // Compute these three anew. Call them after a change of the active entry.
   void Set64BitDatabaseInUseStatus();
   void SetSQLiteDatabaseInUseStatus();
   void Set64BitAccessDatabaseInstallStatus();
-  // Detects the installed Access editions anew and keeps them in the registry, if the active entry is of Access.
+  // If the active entry is an Access database: detects the installed Access editions and writes them to the registry.
   void SetDatabaseInstallationData();
-  // 1 if a server holds the database; the second is always 0 in forms mode.
+  // 1 if the database is on a server. The second is always 0 in forms mode.
   int IsConnectedToTechDBSQL() const;
   int IsConnectedToTechDBSQLServerDirectly() const;
-  // The server and database as SERVER=x;DATABASE=y, without user and password; empty unless a server holds it.
+  // Server and database as SERVER=x;DATABASE=y, without user and password; empty if the database is not on a server.
   CString GetTechDBSQLInfo() const;
-  // The same, or the active entry's file path; empty without an active entry, so always in forms mode.
+  // The same, or the file path of the active entry. Empty without an active entry, so always in forms mode.
   CString GetActiveDBname() const;
-  // The list of "database.config" (share/utilities/tech_db_config_file.h), the environment's own. Read appends to it,
-  // Update clears it first; both give the reader's result. UpdateDBConfigData is the list's CopyFrom, WriteDBConfigData
-  // writes the active flags into the file: 1 if it was saved.
+  // The list of databases in "database.config" (share/utilities/tech_db_config_file.h), owned by the environment.
+  // ReadDBConfigData appends the file's entries to it; UpdateTechDBConfigInfo clears it first; both return the result
+  // of ReadTechDBConfig. UpdateDBConfigData is the list's CopyFrom. WriteDBConfigData writes the active flags to the
+  // file: 1 if it was saved. GetActiveTechDBConfigData returns null without an active entry.
   QFTechDBConfigInfo* GetTechDBConfigInfo() { return &m_TechDBConfig; }
   const QFTechDBConfigInfo* GetTechDBConfigInfo() const { return &m_TechDBConfig; }
   QFTechDBConfigData* GetActiveTechDBConfigData() const { return m_TechDBConfig.GetActiveConfigData(); }
@@ -209,27 +220,27 @@ class KVSHARE_API CKVEnvApp {
   int UpdateTechDBConfigInfo();
   int UpdateDBConfigData(const QFTechDBConfigInfo* info) { return m_TechDBConfig.CopyFrom(info); }
   int WriteDBConfigData() const;
-  // The running database application's process, kept for other modules; 0xFFFFFFFF for none.
+  // The process id of the running database application, stored for other modules; 0xFFFFFFFF: no process.
   DWORD GetTechDBProcessID() const { return m_TechDBProcessID; }
   void SetTechDBProcessID(DWORD id) { m_TechDBProcessID = id; }
-  // Ends that process with exit code 999: nonzero if it was ended, and also if there is none.
+  // Ends that process with exit code 999. Nonzero if it was ended, and also if there is no process.
   int KillTechDBProcess() const;
 
   // ---- user, time, switches
 
-  // The log-on name, as it was at start.
+  // The log-on name, read at start.
   const CString& GetUserNameW() const { return m_UserName; }
-  // Today's local date, "MM/dd/yyyy", and, despite its name, the local time of day, "HH:mm".
+  // The local date, "MM/dd/yyyy"; and, despite its name, the local time of day, "HH:mm".
   CString GetCurrentDate() const;
   CString GetTickCount() const;
-  // 1 if the environment variable "_KVDEBUG" read "YES", in any case, at start.
+  // 1 if the environment variable "_KVDEBUG" was "YES", in any case, at start.
   int IsKVDebugEnabled() const { return m_bDebug; }
-  // 1 if the flag is set and the environment variable "KV_TESTING" reads "YES", in any case, now.
+  // 1 if ConfigureForTesting has set the flag and the environment variable "KV_TESTING" is "YES", in any case, now.
   int IsKVRunningInTestMode() const;
   void ConfigureForTesting(int flag) { m_bTesting = flag; }
   int GetMultiSurfaceByID() const { return m_nMultiSurfaceByID; }
 
-  // ---- kept for others
+  // ---- stored for other modules
 
   void SetPartFileNameforRelativePathCreation(const CString& name) { m_PartFileName = name; }
   void SetIs3dSetUpSheet(int flag) { m_bIs3dSetUpSheet = flag; }
@@ -240,20 +251,20 @@ class KVSHARE_API CKVEnvApp {
   void SetIsXMLSetUpSheet(int flag) { m_bXMLSetUpSheet = flag; }
   const CString& GetXMLSetUpSheetPath() const { return m_XMLSetUpSheetPath; }
   void SetXMLSetUpSheetPath(const CString& path) { m_XMLSetUpSheetPath = path; }
-  // For reports that lie beside their part: the image folder, relative, and the part's name that was set.
+  // For reports in the folder of their part: the relative image folder and the part name that was set.
   CString GetXMLReportRelativePathInfo() const;
 
-  // The two window controls in the host's panes.
+  // The program ids of the two window controls in the host's panes.
   CString GetTreeTabProgID() const;
   CString GetTaskPaneTabStringID() const;
 
  protected:
   CKVEnvApp();
 
-  // The whole initialisation, in its fixed order.
+  // The whole initialisation. Its order is fixed: later steps use the results of earlier ones.
   void Init();
 
-  // Its parts. Each Set... of a switch writes the switch back if it is missing (share/env/feature_switches.h).
+  // Steps of Init. Those of a switch write its default to the registry if it is missing (share/env/feature_switches.h).
   void SetDefaultTechDBForms();
   void SetConfigDataUseStatus();
   void SetKVModuleDllName();
@@ -295,7 +306,7 @@ class KVSHARE_API CKVEnvApp {
   void StoreLocation();
   void SetTechDBNamesAndFlags();
   void ExchangeTechDBPathWithForms(int write);
-  int FormsFileNamesWideEdition() const;
+  int IsFormsFile64Bit() const;
   bool HasActiveTechDB(int type) const;
   void SetDefaultFolders();
   void SetFirstSwitches();
@@ -359,18 +370,19 @@ class KVSHARE_API CKVEnvApp {
   int m_nMultiSurfaceByID = 0;
 };
 
-// Links this library into the application's chain of resource modules. To be called once: a second call makes a second
-// link.
+// Links this library into the application's chain of resource modules, which CString::LoadString searches. Call it
+// once, before InitAppEnv: a second call adds a second link.
 KVSHARE_API void InitShareDll();
 
-// The environment's GetKVPath: the install folder without its drive.
+// Sets path to AppEnv()->GetKVPath(), the install folder without its drive.
 KVSHARE_API void KVGetInstallPath(CString& path);
 
-// All three are CKVEnvApp::Instance and CKVEnvApp::DestroyInstance under the names that modules use.
+// The names that modules use: InitAppEnv and AppEnv are CKVEnvApp::Instance, CloseAppEnv is DestroyInstance.
 KVSHARE_API CKVEnvApp* InitAppEnv();
 KVSHARE_API CKVEnvApp* AppEnv();
 KVSHARE_API void CloseAppEnv();
 
-// A tool's path as another installation stored it, rewritten for this one: the folder of data and what the path has
-// from the word "Tooling" on. 0 if the word is not in the path or begins it.
+// Converts a tool's path of another installation to this one: sets result to the folder of data followed by the path
+// from "Tooling" on. 1 if converted; 0, with result unchanged, if the path does not contain "Tooling" or begins with
+// it.
 KVSHARE_API int GetCorrectToolFilePath(const CString& path, CString& result);

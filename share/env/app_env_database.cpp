@@ -1,5 +1,5 @@
-// The technology database: which one is in force, what serves it, and how it is reached. The exchange with a forms
-// file stands in share/env/app_env_forms.cpp.
+// The technology database: the current one, the program or forms file that serves it, the connection. The exchange with
+// a forms file is in share/env/app_env_forms.cpp.
 #include "platform/files.h"
 #include "platform/process.h"
 #include "share/core/registry_access.h"
@@ -20,7 +20,7 @@ constexpr LPCTSTR kBasicForms32 = _T("TechDBForms_basic.mde (32bit)");
 constexpr LPCTSTR kForms64 = _T("TechDBFormsx64.mde (64bit)");
 
 constexpr int kOfficeVersions[] = {16, 15, 14, 12, 11};
-constexpr UINT kKilled = 999;
+constexpr UINT kKilledExitCode = 999;
 
 int IsAccessFound(int is32Bit) {
   for (const int version : kOfficeVersions) {
@@ -29,29 +29,29 @@ int IsAccessFound(int is32Bit) {
   return 0;
 }
 
-// What serves the database, and the Access editions found, in the registry. What is missing there is empty and 0.
-struct Installed {
+// The program or forms file and the Access editions, as the registry has them; empty and 0 if missing.
+struct Installation {
   CString forms;
   int access32 = 0;
   int access64 = 0;
-  bool operator==(const Installed&) const = default;
+  bool operator==(const Installation&) const = default;
 };
 
-Installed Stored() {
+Installation ReadInstallation() {
   QFSettingsKey key(CString(), kVersionKey);
   key.AddValue(kForms, CString());
   key.AddValue(kAccess32, 0);
   key.AddValue(kAccess64, 0);
   key.RestoreValuesFromRegistry();
-  Installed stored;
+  Installation stored;
   key.GetValue(kForms, stored.forms);
   key.GetValue(kAccess32, stored.access32);
   key.GetValue(kAccess64, stored.access64);
   return stored;
 }
 
-// Saves what differs, in one write.
-void Save(const Installed& stored, const Installed& found) {
+// Saves the differences in one write.
+void SaveChanges(const Installation& stored, const Installation& found) {
   QFSettingsKey key(CString(), kVersionKey);
   if (found.forms != stored.forms) key.AddValue(kForms, found.forms);
   if (found.access32 != stored.access32) key.AddValue(kAccess32, found.access32);
@@ -59,37 +59,37 @@ void Save(const Installed& stored, const Installed& found) {
   if (found != stored) key.SaveValuesToRegistry();
 }
 
-// A forms file of the edition that is not there gives way to that of the one that is.
-CString FormsFor(const Installed& found) {
+// Replaces the forms file of an edition that is not installed by that of the installed one.
+CString FormsFor(const Installation& found) {
   const CString& forms = found.forms;
   if (found.access64 && !found.access32 && (forms == kForms32 || forms == kBasicForms32)) return kForms64;
   if (found.access32 && !found.access64 && forms == kForms64) return kForms32;
   return forms;
 }
 
-// 0 if the flag of the 32-bit edition is set at present. The other's flag says nothing then, and without both the
-// answer is 1 all the same: that is required.
-int IsWideEditionInUse() { return Stored().access32 != 1; }
+// 0 if the registry has the 32-bit edition, whether or not it has the 64-bit one. 1 without either, kept for existing
+// modules.
+int Is64BitEditionInUse() { return ReadInstallation().access32 != 1; }
 
 }  // namespace
 
 // ---- what is installed
 
 void CKVEnvApp::SetDefaultTechDBForms() {
-  const Installed stored = Stored();
-  Installed found{stored.forms, IsAccessFound(/*is32Bit=*/1), IsAccessFound(/*is32Bit=*/0)};
+  const Installation stored = ReadInstallation();
+  Installation found{stored.forms, IsAccessFound(/*is32Bit=*/1), IsAccessFound(/*is32Bit=*/0)};
   if (found.forms.IsEmpty()) {
     found.forms = kApplication;
     SetRegSettingDwordValue(HKEY_CURRENT_USER, kEdmDebugKey, _T("UseConfigData"), 1);
   }
   found.forms = FormsFor(found);
-  Save(stored, found);
+  SaveChanges(stored, found);
 }
 
 void CKVEnvApp::SetDatabaseInstallationData() {
   if (!HasActiveTechDB(QF_TECHDB_ACCESS)) return;
-  const Installed stored = Stored();
-  Save(stored, {stored.forms, IsAccessFound(/*is32Bit=*/1), IsAccessFound(/*is32Bit=*/0)});
+  const Installation stored = ReadInstallation();
+  SaveChanges(stored, {stored.forms, IsAccessFound(/*is32Bit=*/1), IsAccessFound(/*is32Bit=*/0)});
 }
 
 void CKVEnvApp::SetConfigDataUseStatus() {
@@ -145,7 +145,7 @@ void CKVEnvApp::SetKVTechDBFormsName() {
   m_TechDBFormsName = GetKVNameOnlyOfTechDBForms() + GetKVDataFileExtOfTechDBForms();
 }
 
-// In configuration mode the application may stand beside the program's folder as well.
+// In configuration mode the application is in the install folder or in the folder above.
 CString CKVEnvApp::GetKVTechDBFormsPath() const {
   if (!m_bConfigData) return GetKVDataPath() + m_LanguageFolder + m_TechDBFormsName;
   CString inside = GetTechDBAppPath() + m_TechDBFormsName;
@@ -157,16 +157,16 @@ CString CKVEnvApp::GetKVTechDBFormsPath() const {
 
 // ---- flags
 
-int CKVEnvApp::FormsFileNamesWideEdition() const { return m_TechDBFormsName.Find(_T("x64")) >= 0; }
+int CKVEnvApp::IsFormsFile64Bit() const { return m_TechDBFormsName.Find(_T("x64")) >= 0; }
 
 void CKVEnvApp::Set64BitDatabaseInUseStatus() {
-  m_b64BitDatabase = !m_bConfigData                      ? FormsFileNamesWideEdition()
-                     : HasActiveTechDB(QF_TECHDB_ACCESS) ? IsWideEditionInUse()
+  m_b64BitDatabase = !m_bConfigData                      ? IsFormsFile64Bit()
+                     : HasActiveTechDB(QF_TECHDB_ACCESS) ? Is64BitEditionInUse()
                                                          : 1;
 }
 
 void CKVEnvApp::Set64BitAccessDatabaseInstallStatus() {
-  m_b64BitAccess = m_bConfigData ? IsWideEditionInUse() : FormsFileNamesWideEdition();
+  m_b64BitAccess = m_bConfigData ? Is64BitEditionInUse() : IsFormsFile64Bit();
 }
 
 void CKVEnvApp::SetSQLiteDatabaseInUseStatus() { m_bSQLiteDatabase = HasActiveTechDB(QF_TECHDB_SQLITE); }
@@ -193,6 +193,6 @@ CString CKVEnvApp::GetActiveDBname() const {
 int CKVEnvApp::KillTechDBProcess() const {
   const HANDLE process = OpenProcess(PROCESS_TERMINATE, FALSE, m_TechDBProcessID);
   if (!process) return 1;
-  TerminateProcess(process, kKilled);
+  TerminateProcess(process, kKilledExitCode);
   return CloseHandle(process);
 }

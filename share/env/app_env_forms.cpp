@@ -1,4 +1,4 @@
-// The technology database's path in a forms file, which is opened for it: forms mode.
+// Forms mode: reads the technology database's path from a forms file and writes it there.
 #include "companions/database/recordset.h"
 #include "framework/message_box.h"
 #include "platform/files.h"
@@ -6,7 +6,7 @@
 
 namespace {
 
-// Waits until the forms file is there and may be written. False if the person asked for it gives up.
+// Asks the user until the forms file exists, and makes it writable. False if the user cancels.
 bool WaitForFormsFile(const CString& path, const CString& name, const CString& folder) {
   while (_waccess(path, 0) != 0) {
     if (!ShowMessageBox(name + _T(" could not be found at ") + folder +
@@ -14,7 +14,7 @@ bool WaitForFormsFile(const CString& path, const CString& name, const CString& f
       return false;
   }
   if (_waccess(path, 6) != 0) {
-    // The name in the text is always this one: that is required.
+    // The text always has this name, kept for existing installations.
     ShowMessageBox(_T("Changing File Attributes to Read/Write for the file :TechDBForms.mde"));
     _wchmod(path, _S_IREAD | _S_IWRITE);
   }
@@ -41,7 +41,7 @@ void CKVEnvApp::ExchangeTechDBPathWithForms(int write) try {
   forms.Open(path);
   CDaoRecordset paths(&forms);
   paths.SetCursorLocation(CDaoRecordset::useClient);
-  paths.SetMostRecords(1);  // further ones don't matter
+  paths.SetMostRecords(1);  // the path is in the first row
   paths.Open(_T("SELECT [path] FROM TechDBFormsPathTable;"));
   if (paths.GetRecordCount() > 0) {
     const CDaoFieldExchange exchange(write ? CDaoFieldExchange::StoreField : CDaoFieldExchange::LoadField);

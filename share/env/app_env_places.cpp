@@ -1,4 +1,4 @@
-// Where the product lies and what lies beside it; the user, the time, the flags of the process's environment.
+// The location of the product and of its libraries; user, time, flags from environment variables.
 #include <utility>
 
 #include "framework/resources.h"
@@ -13,7 +13,7 @@ namespace {
 
 constexpr DWORD kFlagUnits = 50;
 
-// This library's link in the chain of resource modules, the chain's own; null before InitShareDll.
+// This library's link in the chain of resource modules, which owns it. Null before InitShareDll.
 CDynLinkLibrary* g_link = nullptr;
 
 HelpContexts* g_helpContexts = nullptr;
@@ -27,12 +27,12 @@ bool IsYes(LPCTSTR variable) {
 }  // namespace
 
 void InitShareDll() {
-  g_link = new CDynLinkLibrary(GetModuleHandleW(_T("KVSHAREu")));  // the chain's own from here on
+  g_link = new CDynLinkLibrary(GetModuleHandleW(_T("KVSHAREu")));  // the chain owns it
 }
 
 // ---- this library's own file
 
-// A path too long for the platform's buffers leaves all of it empty.
+// A path that is too long for the platform's buffers leaves all parts empty.
 void CKVEnvApp::StoreLocation() {
   TCHAR loadedFrom[MAX_PATH] = {};
   TCHAR file[MAX_PATH] = {};
@@ -41,12 +41,12 @@ void CKVEnvApp::StoreLocation() {
   TCHAR name[_MAX_FNAME] = {};
   TCHAR extension[_MAX_EXT] = {};
   const DWORD length = GetModuleFileNameW(GetModuleHandleW(m_ShareDllName), loadedFrom, MAX_PATH);
-  // The loader may have come over "..", which no path that is built from this one should carry on.
+  // The loader's path may contain ".."; resolve it before other paths are built from it.
   if (length > 0 && length < MAX_PATH && GetFullPathNameW(loadedFrom, MAX_PATH, file, nullptr) < MAX_PATH)
     _wsplitpath(file, drive, folder, name, extension);
   m_Drive = drive;
   m_InstallPath = folder;
-  m_ModuleName = m_ModuleDllName;  // and not the name of the file: that is required
+  m_ModuleName = m_ModuleDllName;  // not the name of the file, kept for existing modules
   m_ModuleExt = extension;
 }
 
@@ -80,8 +80,8 @@ void CKVEnvApp::SetResourcePaths() {
   m_DebugResourceDllPath = InInstall(m_LanguageFolder + m_DebugResourceDllName);
 }
 
-// Makes the language's texts answer CString::LoadString, if this library is in the chain. The resource library stays
-// loaded to the end of the process: its texts may be asked for after the environment has gone.
+// Loads the language library, so that CString::LoadString finds its texts if this library is in the chain. It stays
+// loaded after CloseAppEnv, because texts may still be needed; the next start replaces it.
 void CKVEnvApp::LoadResources() const {
   if (!g_link) return;
   const HMODULE resources = LoadLibraryExW(m_ResourceDllPath, nullptr, LOAD_LIBRARY_AS_DATAFILE);

@@ -1,10 +1,10 @@
-// The folders that a user or an administrator may move: where they are kept, what they are by default, and the repair
-// of those defaults at start.
+// The folders that a user or an administrator may move: where their paths are stored, their defaults, and the repair of
+// missing paths at start.
 #include "share/core/document_callbacks.h"
 #include "share/core/registry_access.h"
 #include "share/core/registry_keys.h"
 #include "share/env/app_env.h"
-#include "share/env/internal/kept_paths.h"
+#include "share/env/internal/stored_paths.h"
 #include "share/settings/settings_key.h"
 
 namespace {
@@ -17,56 +17,57 @@ constexpr LPCTSTR kEdmKey = _T("EDMApp");
 constexpr LPCTSTR kEdmCuttingConditions = _T("EdmCutCondPath");
 constexpr LPCTSTR kEdmPosts = _T("EdmPostFilePath");
 
-// A folder that is looked up in the application settings, without them in the registry.
-struct KeptFolder {
+// A folder whose path is in the application settings, or, if there are none, in the registry.
+struct MovableFolder {
   LPCTSTR name;
   enum Hives { kUser, kUserThenMachine } hives;
-  // The default: below the language folder of the install folder, or below the folder of data.
+  // The default is below the language folder of the install folder, or below the folder of data.
   enum Root { kLanguage, kData } root;
   LPCTSTR rest;
 };
 
-constexpr KeptFolder kSetupSheetImages = {_T("SSImgPath"), KeptFolder::kUser, KeptFolder::kLanguage,
-                                          _T("Setup_Sheet_Images\\")};
-constexpr KeptFolder kSetupSheetTemplates = {_T("SSTemplatePath"), KeptFolder::kUser, KeptFolder::kLanguage,
-                                             _T("Setup_Sheet_Templates\\")};
-constexpr KeptFolder kSubSpindleOperations = {_T("SSOperationPath"), KeptFolder::kUser, KeptFolder::kData,
-                                              _T("SubSpindleOps")};
-constexpr KeptFolder kMachines = {_T("SimulationMachinePath"), KeptFolder::kUserThenMachine, KeptFolder::kData,
-                                  _T("MachSim\\Machines")};
-// The same folder as the machines': that is required.
-constexpr KeptFolder kControllers = {_T("SimulationControllerPath"), KeptFolder::kUserThenMachine, KeptFolder::kData,
+constexpr MovableFolder kSetupSheetImages = {_T("SSImgPath"), MovableFolder::kUser, MovableFolder::kLanguage,
+                                             _T("Setup_Sheet_Images\\")};
+constexpr MovableFolder kSetupSheetTemplates = {_T("SSTemplatePath"), MovableFolder::kUser, MovableFolder::kLanguage,
+                                                _T("Setup_Sheet_Templates\\")};
+constexpr MovableFolder kSubSpindleOperations = {_T("SSOperationPath"), MovableFolder::kUser, MovableFolder::kData,
+                                                 _T("SubSpindleOps")};
+constexpr MovableFolder kMachines = {_T("SimulationMachinePath"), MovableFolder::kUserThenMachine, MovableFolder::kData,
                                      _T("MachSim\\Machines")};
-constexpr KeptFolder kJobs = {_T("SimulationJobPath"), KeptFolder::kUserThenMachine, KeptFolder::kData,
-                              _T("MachSim\\Jobs")};
+// The same folder as the machines', kept for existing installations.
+constexpr MovableFolder kControllers = {_T("SimulationControllerPath"), MovableFolder::kUserThenMachine,
+                                        MovableFolder::kData, _T("MachSim\\Machines")};
+constexpr MovableFolder kJobs = {_T("SimulationJobPath"), MovableFolder::kUserThenMachine, MovableFolder::kData,
+                                 _T("MachSim\\Jobs")};
 
-// The form that all repairs share: a missing value gets its default in the user's key, and settings that lack it get
-// what the key holds then. 1 if the key was written.
+// Writes the default to the user's hive if the path is missing there; then copies the user's path to settings that lack
+// it. 1 if the registry was written.
 template <class MakeDefault>
 int Repair(LPCTSTR name, MakeDefault makeDefault) {
-  CString path = ReadKeptText(HKEY_CURRENT_USER, kVersionKey, name);
+  CString path = ReadStoredText(HKEY_CURRENT_USER, kVersionKey, name);
   const bool missing = path.IsEmpty();
   if (missing) {
     path = makeDefault();
-    KeepText(HKEY_CURRENT_USER, kVersionKey, name, path);
+    StoreText(HKEY_CURRENT_USER, kVersionKey, name, path);
   }
   QFSettingsKey* settings = GetAppSettingsCB();
   if (settings && TextOf(settings, name).IsEmpty()) settings->SetValue(name, path);
   return missing;
 }
 
-int Repair(const CKVEnvApp& env, const KeptFolder& folder) {
+int Repair(const CKVEnvApp& env, const MovableFolder& folder) {
   return Repair(folder.name, [&] {
-    return folder.root == KeptFolder::kData
+    return folder.root == MovableFolder::kData
                ? env.GetKVDataPath() + folder.rest
                : env.GetKVDrive() + env.GetKVPath() + env.GetKVDefDataRelPath() + folder.rest;
   });
 }
 
-CString Look(const KeptFolder& folder) {
+CString ReadFolder(const MovableFolder& folder) {
   if (const QFSettingsKey* settings = GetAppSettingsCB()) return EndingInBackslash(TextOf(settings, folder.name));
-  return EndingInBackslash(folder.hives == KeptFolder::kUser ? ReadKeptText(HKEY_CURRENT_USER, kVersionKey, folder.name)
-                                                             : ReadKeptTextOfUserOrMachine(kVersionKey, folder.name));
+  return EndingInBackslash(folder.hives == MovableFolder::kUser
+                               ? ReadStoredText(HKEY_CURRENT_USER, kVersionKey, folder.name)
+                               : ReadStoredTextOfUserOrMachine(kVersionKey, folder.name));
 }
 
 QFSettingsKey* EdmSettings() {
@@ -74,7 +75,8 @@ QFSettingsKey* EdmSettings() {
   return settings ? settings->GetKey(kEdmKey) : nullptr;
 }
 
-// The EDM application's own folder, or the one below the folder of data. Empty without its settings.
+// The folder from the EDM application's settings, or the default below the folder of data. Empty without these
+// settings.
 CString ExtractEdmPath(const CKVEnvApp& env, LPCTSTR name, LPCTSTR rest) {
   const QFSettingsKey* settings = EdmSettings();
   if (!settings) return CString();
@@ -91,21 +93,21 @@ void CopyToEdmSettings(LPCTSTR name, const CString& path) {
 // ---- the folder of data
 
 CString CKVEnvApp::GetKVDataPath() const {
-  CString path = ReadKeptTextOfUserOrMachine(kVersionKey, kDataPath);
+  CString path = ReadStoredTextOfUserOrMachine(kVersionKey, kDataPath);
   if (path.IsEmpty()) {
     path = InInstall(CString());
-    KeepText(HKEY_LOCAL_MACHINE, kVersionKey, kDataPath, path);
+    StoreText(HKEY_LOCAL_MACHINE, kVersionKey, kDataPath, path);
   }
   return EndingInBackslash(path);
 }
 
 CString CKVEnvApp::GetKVCommonDataPath() const {
-  return EndingInBackslash(ReadKeptText(HKEY_CURRENT_USER, kVersionKey, _T("KVCommonDataPath")));
+  return EndingInBackslash(ReadStoredText(HKEY_CURRENT_USER, kVersionKey, _T("KVCommonDataPath")));
 }
 
 int CKVEnvApp::SetDefaultKVDataPath() {
-  if (!ReadKeptText(HKEY_CURRENT_USER, kVersionKey, kDataPath).IsEmpty()) return 0;
-  KeepText(HKEY_CURRENT_USER, kVersionKey, kDataPath, GetKVDataPath());
+  if (!ReadStoredText(HKEY_CURRENT_USER, kVersionKey, kDataPath).IsEmpty()) return 0;
+  StoreText(HKEY_CURRENT_USER, kVersionKey, kDataPath, GetKVDataPath());
   return 1;
 }
 
@@ -115,7 +117,7 @@ int CKVEnvApp::SetDefaultSetupSheetImagePath() { return Repair(*this, kSetupShee
 int CKVEnvApp::SetDefaultSetupSheetTemplatePath() { return Repair(*this, kSetupSheetTemplates); }
 int CKVEnvApp::SetDefaultSubSpndleOperFolderPath() { return Repair(*this, kSubSpindleOperations); }
 
-// Without a simulator on the machine the default is empty, and is kept so.
+// Without a simulator in the machine's hive the default is empty and is stored as an empty text.
 int CKVEnvApp::SetDefaultMachineSimulationApplicationPath() {
   return Repair(kSimulation, [this] {
     return GetVirtualMachinePath().IsEmpty() ? CString() : InInstall(_T("KVVirtualMachine\\KVVirtualMachine.exe"));
@@ -126,31 +128,31 @@ int CKVEnvApp::SetDefaultSimulationMachineFolderPath() { return Repair(*this, kM
 int CKVEnvApp::SetDefaultSimulationControllerFolderPath() { return Repair(*this, kControllers); }
 int CKVEnvApp::SetDefaultSimulationJobFolderPath() { return Repair(*this, kJobs); }
 
-// The post processor finds its folder in the settings or in the user's key. What only the machine's key has is copied
-// to both, if there are settings.
+// The post processor reads its folder from the settings or from the user's hive. If only the machine's hive has it, it
+// is copied to both, provided that there are settings.
 void CKVEnvApp::SetDefaultControllerPath() {
   QFSettingsKey* settings = GetAppSettingsCB();
   if (!TextOf(settings, kControllerPath).IsEmpty()) return;
-  if (!ReadKeptText(HKEY_CURRENT_USER, kPostDataKey, kControllerPath).IsEmpty()) return;
-  const CString path = ReadKeptText(HKEY_LOCAL_MACHINE, kPostDataKey, kControllerPath);
+  if (!ReadStoredText(HKEY_CURRENT_USER, kPostDataKey, kControllerPath).IsEmpty()) return;
+  const CString path = ReadStoredText(HKEY_LOCAL_MACHINE, kPostDataKey, kControllerPath);
   if (path.IsEmpty() || !settings) return;
   settings->SetValue(kControllerPath, path);
-  KeepText(HKEY_CURRENT_USER, kPostDataKey, kControllerPath, path);
+  StoreText(HKEY_CURRENT_USER, kPostDataKey, kControllerPath, path);
 }
 
-// ---- reading them later
+// ---- reading
 
-CString CKVEnvApp::GetSetupSheetImagePath() const { return Look(kSetupSheetImages); }
-CString CKVEnvApp::GetSetupSheetTemplatePath() const { return Look(kSetupSheetTemplates); }
-CString CKVEnvApp::GetSubSpindleOperFolderPath() const { return Look(kSubSpindleOperations); }
-CString CKVEnvApp::GetDefaultSimulationMachineFolderPath() const { return Look(kMachines); }
-CString CKVEnvApp::GetDefaultSimulationControllerFolderPath() const { return Look(kControllers); }
-CString CKVEnvApp::GetDefaultSimulationJobFolderPath() const { return Look(kJobs); }
+CString CKVEnvApp::GetSetupSheetImagePath() const { return ReadFolder(kSetupSheetImages); }
+CString CKVEnvApp::GetSetupSheetTemplatePath() const { return ReadFolder(kSetupSheetTemplates); }
+CString CKVEnvApp::GetSubSpindleOperFolderPath() const { return ReadFolder(kSubSpindleOperations); }
+CString CKVEnvApp::GetDefaultSimulationMachineFolderPath() const { return ReadFolder(kMachines); }
+CString CKVEnvApp::GetDefaultSimulationControllerFolderPath() const { return ReadFolder(kControllers); }
+CString CKVEnvApp::GetDefaultSimulationJobFolderPath() const { return ReadFolder(kJobs); }
 
 CString CKVEnvApp::GetVersionIndependentSetupSheetTemplatePath() const {
   constexpr LPCTSTR kName = _T("SaveStyleSheetTo");
   CString path = TextOf(GetAppSettingsCB(), kName);
-  return path.IsEmpty() ? ReadKeptText(HKEY_LOCAL_MACHINE, kSetupSheetKey, kName) : path;
+  return path.IsEmpty() ? ReadStoredText(HKEY_LOCAL_MACHINE, kSetupSheetKey, kName) : path;
 }
 
 // ---- simulator
@@ -159,10 +161,11 @@ CString CKVEnvApp::GetVirtualMachinePath() const {
   return GetRegSettingStringValue(HKEY_LOCAL_MACHINE, kVersionKey, kSimulatorPath);
 }
 
-// The backslash goes behind the name of a program too: that is required.
+// Appends a backslash even to the name of a program, kept for existing modules.
 CString CKVEnvApp::GetIMSExePath() const {
   const QFSettingsKey* settings = GetAppSettingsCB();
-  CString path = settings ? TextOf(settings, kSimulatorPath) : ReadKeptTextOfUserOrMachine(kVersionKey, kSimulatorPath);
+  CString path =
+      settings ? TextOf(settings, kSimulatorPath) : ReadStoredTextOfUserOrMachine(kVersionKey, kSimulatorPath);
   if (path.IsEmpty()) {
     path = TextOf(settings, kSimulation);
     if (path.Find(_T("Eureka.exe")) < 0) path.Empty();

@@ -1,4 +1,4 @@
-// Reading and writing back the feature switches.
+// Reads the feature switches and writes missing ones with their defaults.
 #include "share/env/feature_switches.h"
 
 #include "share/core/registry_access.h"
@@ -9,7 +9,7 @@ namespace {
 
 constexpr int kBrowserMode = 11001;
 
-// Reads one value through a settings key; what isn't there keeps the default.
+// Reads one value; the default if it is missing.
 template <class Value>
 Value ReadSwitch(LPCTSTR path, const CString& name, Value value) {
   QFSettingsKey key(_T("Debug"), path);

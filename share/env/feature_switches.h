@@ -1,8 +1,8 @@
-// The feature switches: registry values by which an installation is steered without a new release.
+// The feature switches: registry values that change the behaviour of an installation without a new release.
 //
-// Three tables hold them all. Those of kStartSwitches are written back with their default when the environment starts,
-// if they are missing, so that support staff find them; the others are read on demand and never written. An existing
-// value is never changed. Each Get... is a registry read: call it once, not in a loop. Any thread may call.
+// Three tables hold all switches. The environment's start writes the missing ones of kStartSwitches with their
+// defaults, so that support staff find them; the others are read on demand and never written. An existing value is
+// never changed. Each Get... reads the registry: call it once, not in a loop. Any thread may call.
 #pragma once
 
 #include <array>
@@ -15,7 +15,7 @@ struct FeatureSwitch {
   int defaultValue;
 };
 
-// Table 1, in this release's debug key, in the order of the switches' operations in share/env/app_env.h.
+// Table 1: in this release's debug key, in the order in which the start writes them.
 inline constexpr std::array<FeatureSwitch, 14> kStartSwitches = {{
     {_T("ShowCustomChuckOptions"), 1},
     {_T("CalMaxFitCirInThreads"), 0},
@@ -33,8 +33,8 @@ inline constexpr std::array<FeatureSwitch, 14> kStartSwitches = {{
     {_T("PostingPerformanceImprovements"), 1},
 }};
 
-// Table 2, in this release's debug key, read on demand. Two of its switches are texts or belong to other services:
-// "EnableKVTarnel" (product identity), "BrenmarkLanguage" (language), "LogAnalyticsData" (diagnostics).
+// Table 2: in this release's debug key, read on demand. The same key has "EnableKVTarnel"
+// (share/env/product_identity.h) and "BrenmarkLanguage" (share/env/language_choice.h).
 inline constexpr std::array<FeatureSwitch, 4> kVersionSwitches = {{
     {_T("EnableToolBlock"), 1},
     {_T("PrimeTurningSupportForFaceFinish"), 0},
@@ -42,7 +42,7 @@ inline constexpr std::array<FeatureSwitch, 4> kVersionSwitches = {{
     {_T("PrimeTurningSupportsRetractDistance"), 0},
 }};
 
-// Table 3, in the debug key that survives upgrades, read on demand.
+// Table 3: in the debug key that survives upgrades, read on demand.
 inline constexpr std::array<FeatureSwitch, 4> kProductSwitches = {{
     {_T("EnableWIPImprovement"), 1},
     {_T("EnableWIPInvalidateOnTPDelete"), 1},
@@ -50,13 +50,13 @@ inline constexpr std::array<FeatureSwitch, 4> kProductSwitches = {{
     {_T("EnableDynamicWIPDisplay"), 0},
 }};
 
-// Switches by name, from this release's debug key or the one that survives upgrades. A missing value gives the default;
-// a present one its content, also if that is 0.
+// Switches by name: GetDebugRegistryVal from this release's debug key, the other from the debug key that survives
+// upgrades. The default if the value is missing; a stored 0 counts.
 KVSHARE_API int GetDebugRegistryVal(const CString& name, int defaultValue);
 KVSHARE_API CString GetDebugRegistryVal(const CString& name, const CString& defaultValue);
 KVSHARE_API int GetVersionIndependentDebugRegistryVal(const CString& name, int defaultValue);
 
-// The switch "LegacyTurnDataCorrection": found is 1 and value its content if it is there, else both are 0.
+// The switch "LegacyTurnDataCorrection": sets found to 1 and value to its number; both to 0 if it is missing.
 KVSHARE_API void GetLegacyTurnDataRegistryData(int& found, int& value);
 
 KVSHARE_API int GetIsToolBlockEnabled();
@@ -69,20 +69,21 @@ KVSHARE_API int GetIsWIPInvalidateOnTPDeleteEnabled();
 KVSHARE_API int GetIs3AxisFeatImprovementEnabled();
 KVSHARE_API int GetIsDynamicWIPDisplayEnabled();
 
-// Always 1, without a read.
+// Always 1. No registry read.
 KVSHARE_API int qf_getIsCRF1363ShareRegistryEnabled();
 KVSHARE_API int GetIsPrimeTurningRegSupport();
 KVSHARE_API int IsPrimeTurnSupported();
 
-// The row of kStartSwitches with that name, which has to be there.
+// The row of kStartSwitches with that name; an unknown name does not compile.
 consteval FeatureSwitch StartSwitch(TextView name) {
   std::size_t row = 0;
   while (name != kStartSwitches.at(row).name) ++row;
   return kStartSwitches[row];
 }
-// Writes the switch into the user's hive if it is missing.
+// Writes the default to the user's hive if the switch is missing.
 void WriteBackStartSwitch(const FeatureSwitch& feature);
 
-// Have the host's embedded web control emulate browser mode 11001, unless a mode is set. The main module calls them.
+// Make the host's embedded web control emulate browser mode 11001, unless the registry has a mode for it. The main
+// module calls them.
 KVSHARE_API void SetSolidWorksExeNameToRegistry();
 KVSHARE_API void SetSolidEdgeExeNameToRegistry();

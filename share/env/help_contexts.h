@@ -1,4 +1,5 @@
-// How the environment's start loads the help system's context table; the help system is in a room above this one.
+// The interface through which the environment's start loads the context table of the help system, which is in a higher
+// room.
 #pragma once
 
 #include "framework/text.h"
@@ -13,6 +14,6 @@ class HelpContexts {
   ~HelpContexts() = default;
 };
 
-// Set before the environment starts; without one no table is loaded. The object stays the caller's and lives to the end
-// of the process. Null removes it.
+// Registers the help system. Call it before InitAppEnv; without it no table is loaded. The caller keeps the object,
+// which must exist until the process ends. Null removes it.
 KVSHARE_API void SetHelpContexts(HelpContexts* contexts);

@@ -1,10 +1,10 @@
-// The install folder and what hangs on it by name alone: libraries, manuals, reports, the NC editor.
+// Paths below the install folder and the folder of data: libraries, manuals, reports, the NC editor.
 #include <algorithm>
 
 #include "platform/files.h"
 #include "share/core/version_info.h"
 #include "share/env/app_env.h"
-#include "share/env/internal/kept_paths.h"
+#include "share/env/internal/stored_paths.h"
 #include "share/env/language_choice.h"
 
 namespace {
@@ -21,7 +21,7 @@ constexpr QFDatabaseLang_e kTutorialLanguages[] = {QF_DBLANG_GERMAN,
 
 bool Exists(const CString& path) { return _waccess(path, 0) == 0; }
 
-// The folder that a folder lies in; both end in a backslash.
+// The parent folder. Both paths end in a backslash.
 CString FolderAbove(const CString& folder) {
   const CString name = folder.Left(folder.GetLength() - 1);
   return name.Left(name.ReverseFind(_T('\\')) + 1);
@@ -76,7 +76,7 @@ CString CKVEnvApp::SetKVDefaultTechDBPath() {
 
 CString CKVEnvApp::GetSimulationRecordingFolderPath() const {
   const CString folder = GetKVDataPath() + _T("SimulationRecordings");
-  ::CreateDirectoryW(folder, nullptr);  // there already, as a rule
+  ::CreateDirectoryW(folder, nullptr);  // usually exists already
   return EndingInBackslash(folder);
 }
 
@@ -86,7 +86,7 @@ CString CKVEnvApp::GetXMLReportRelativePathInfo() const { return _T("Setup_Sheet
 
 // ---- NC editor
 
-// In the install folder or beside it. The path is kept whether or not there is an editor.
+// The editor in the install folder if it exists, else the one in the folder above, even if it is missing.
 void CKVEnvApp::SetCIMCOEditorPath() {
   const CString install = InInstall(CString());
   m_NCEditorPath = install + kNCEditor;
@@ -94,7 +94,7 @@ void CKVEnvApp::SetCIMCOEditorPath() {
   m_NCEditorArguments = _T("/lang=") + GetLanguageForSIMCO();
 }
 
-// ---- the same, for code that has no environment at hand
+// ---- the same for code without an environment pointer
 
 CString CKVVersionInfo::OnKestrovaAllPDFFilePath() {
   const CKVEnvApp* env = AppEnv();

@@ -1,4 +1,4 @@
-// The tables behind the choice of the language, and the environment's choice.
+// The tables of languages, and the environment's choice.
 #include "share/env/language_choice.h"
 #include "share/env/feature_switches.h"
 
@@ -9,14 +9,14 @@
 #include "share/core/document_callbacks.h"
 #include "share/core/registry_access.h"
 #include "share/core/registry_keys.h"
-#include "share/env/internal/kept_paths.h"
+#include "share/env/internal/stored_paths.h"
 #include "share/settings/settings_key.h"
 
 namespace {
 
 constexpr LPCTSTR kAutomatic = _T("Automatic");
 
-// What a system's language becomes: sub-languages as a set of bits, bit n for sub-language n.
+// The language for a system's language. subLanguages is a set of bits: bit n for sub-language n.
 struct SystemLanguage {
   WORD primary;
   unsigned long long subLanguages;
@@ -42,7 +42,7 @@ constexpr SystemLanguage kSystemLanguages[] = {
     {31, kAny, QF_DBLANG_TURKISH},
 };
 
-// The host's names that don't become a folder's name by a capital letter alone; the first one's spelling is the host's.
+// The host's names of languages, in the host's spelling, and their folders.
 constexpr struct {
   LPCTSTR host;
   LPCTSTR folder;
@@ -63,7 +63,7 @@ constexpr struct {
     {_T("chinese-simplified"), _T("Chinese")},
 };
 
-// 1 if the user told the host to speak English.
+// 1 if the user has set the host to English.
 int HostIsSetToEnglish() {
   constexpr LPCTSTR kName = _T("Use English language");
   QFSettingsKey key(CString(), kHostGeneralKey);
@@ -117,7 +117,8 @@ CString CKVEnvApp::GetLanguageForSIMCO() const {
   return kInstallLanguages[known ? m_TechDBLang : QF_DBLANG_ENGLISH].editorCode;
 }
 
-// The automatic choice doesn't look whether its folder exists, and the choice by name does: both are required.
+// The automatic choice doesn't check whether its folder exists, the choice by name does. Kept for existing
+// installations.
 void CKVEnvApp::SetKVDefLangAndDataRelPath() {
   m_TechDBLang = QF_DBLANG_ENGLISH;
   m_LanguageFolder = GetLanguageFolder(QF_DBLANG_ENGLISH);

@@ -1,7 +1,11 @@
-// The languages of an installation, and which of them the user gets.
+// The languages of an installation, and the choice of the user's language.
 //
-// A language is a folder below "lang\" in the install folder, with its resource library in it; its number also names
-// the language of the technology database. The choice itself is made when the environment starts (share/env/app_env.h).
+// A language is a folder below "lang\" in the install folder with a resource library, "KVRESu.DLL". Its number also
+// selects the language of the technology database. The environment's start (InitAppEnv, share/env/app_env.h) chooses
+// the language by the registry value "Language" of this release: a name counts if its folder has a resource library,
+// else English is chosen; "Automatic", the default, means English if the host is set to it, else the language of the
+// system, even if its folder is missing. The start then loads the resource library, and CString::LoadString finds its
+// texts from then on. A change of the value takes effect at the next start.
 #pragma once
 
 #include <array>
@@ -10,12 +14,12 @@
 
 struct InstallLanguage {
   LPCTSTR name;  // of the folder, in English
-  // Whether GetCorrespondingDBLangName knows the name. Greek it does not: that is required.
+  // Whether GetCorrespondingDBLangName knows the name. It doesn't know Greek, kept for existing databases.
   bool isNamed;
-  LPCTSTR editorCode;  // for the NC editor, which has neither Turkish nor Greek
+  LPCTSTR editorCode;  // for the NC editor, which has no Turkish and no Greek
 };
 
-// By QFDatabaseLang_e.
+// Indexed by QFDatabaseLang_e.
 inline constexpr std::array<InstallLanguage, 15> kInstallLanguages = {{
     {_T("English"), true, _T("en-US")},
     {_T("German"), true, _T("de-DE")},
@@ -34,14 +38,14 @@ inline constexpr std::array<InstallLanguage, 15> kInstallLanguages = {{
     {_T("Greek"), false, _T("en-US")},
 }};
 
-// The language for a user whose system has that language identifier; English if there is none for it. Portuguese counts
-// in its Brazilian form only.
+// The language for the language identifier of a system; English for identifiers without a language here. Of Portuguese
+// only the Brazilian form has one.
 KVSHARE_API QFDatabaseLang_e GetLanguageOfSystem(WORD languageId);
 
-// The folder below the install folder, such as "lang\German\"; the English one for a number that is no language.
+// The folder relative to the install folder, such as "lang\German\"; the English one for an unknown number.
 KVSHARE_API CString GetLanguageFolder(QFDatabaseLang_e language);
 
-// Puts the name of the language folder that fits the host CAD into the argument: what the switch "BrenmarkLanguage"
-// says, else the host's own language (GetSolidWorksLangName), in any case. A host in a language that there is none for
-// leaves the argument as it was. Costs a registry read.
+// Sets the argument to the name of the language folder for the host CAD: the switch "BrenmarkLanguage" if it is not
+// empty, else the folder for GetSolidWorksLangName(), compared without case. For an unknown host language the argument
+// stays unchanged. Reads the registry.
 KVSHARE_API void GetLangAlignedToSWLang(CString& language);

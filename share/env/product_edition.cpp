@@ -7,7 +7,7 @@
 
 namespace {
 
-// By KVModule.
+// Indexed by KVModule.
 constexpr LPCTSTR kModuleNames[] = {_T("Unknown"), _T("Mill"), _T("Turn"), _T("Mill-Turn"), _T("WireEDM")};
 
 int g_runningModule = KV_MODULE_UNKNOWN;

@@ -1,5 +1,5 @@
-// What the running product says of itself where a document is stamped: its edition, and the module in use. Which
-// product runs is told in share/env/product_identity.h.
+// The edition of the running product and the module in use, for the stamps in documents. The product itself is in
+// share/env/product_identity.h.
 #pragma once
 
 #include "framework/text.h"
@@ -13,18 +13,18 @@ enum KVModule {
   KV_MODULE_WIRE_EDM = 4,
 };
 
-// Where the language library keeps the names of the full product's edition and of the edition Tarnel.
+// String ids in the language library: the names of the full edition and of the Tarnel edition.
 inline constexpr UINT kFullEditionTextId = 2814;
 inline constexpr UINT kTarnelEditionTextId = 2815;
 
-// The running edition's name in the user's language; empty if no language library is loaded or it lacks the string.
+// The edition's name in the user's language. Empty if no language library is loaded or it lacks the text.
 KVSHARE_API CString GetProductEditionText();
-// Further text of the edition: the product's name and version. Empty if the main module gives no description.
+// The product's name and version. Empty if the main module has no ProductInfo.
 KVSHARE_API CString GetProductEditionInfo();
 
-// The main module tells which module runs, on its main thread, whenever that changes; unknown until then. Numbers
-// outside KVModule are kept, and have the name of the unknown.
+// The running module. The main module sets it on its main thread at each change; KV_MODULE_UNKNOWN until then. Numbers
+// outside KVModule are stored too; their name is "Unknown".
 KVSHARE_API void SetRunningModule(int module);
 KVSHARE_API int GetRunningModule();
-// "Mill", "Turn", "Mill-Turn", "WireEDM" or "Unknown": the same in every language.
+// "Mill", "Turn", "Mill-Turn", "WireEDM" or "Unknown", in every language.
 KVSHARE_API CString GetRunningModuleName();

@@ -1,20 +1,19 @@
-// Which product runs, in which host: the description that the main module supplies, the edition that the registry
-// selects, and the host facts that the main module passes in at start. The build's own constants stand in
-// share/core/version_info.h.
+// The running product and its host: the description from the main module, the edition from the registry, and the host's
+// version from the main module. The constants of the build are in share/core/version_info.h.
 //
-// The host facts are set once, by the main module when it has connected to the host, ahead of any other thread; they
-// are kept to the end of the process and stored nowhere. After that any thread may call. Nothing fails: what is not
-// known is empty, 0 or the result told.
+// The main module sets the host's version once, after it has connected to the host and before it starts any other
+// thread. After that any thread may call. No call fails: an unknown text is empty, an unknown number 0 unless it says
+// otherwise.
 #pragma once
 
 #include "framework/text.h"
 
-// The running product in words. The main module owns the one record and hands it out through its callback
-// (share/core/document_callbacks.h); this library asks for it at each call and keeps no pointer.
+// The description of the running product. The main module owns the one record and returns it from its callback
+// (share/core/document_callbacks.h). This library calls it at each use and keeps no pointer.
 struct ProductInfo {
   CString m_ProductName;
   CString m_ProductVersion;
-  CString m_HostProductWord;  // what texts call the host
+  CString m_HostProductWord;  // the host's name in texts
   CString m_CADName;
   CString m_CADVersion;
   CString m_CADMinorVersion;
@@ -31,44 +30,44 @@ enum KVKernelType {
 
 // ---- product
 
-// Null if the main module has none.
+// Null if the main module has no description.
 KVSHARE_API ProductInfo* GetProductInfo();
-// Fields of it, empty without one.
+// Fields of the description; empty without one.
 KVSHARE_API CString GetProductName();
 KVSHARE_API CString GetProductVersion();
 KVSHARE_API CString GetCADName();
 KVSHARE_API CString GetCADVersion();
 KVSHARE_API CString GetCADMinorVersion();
-// Name, one blank, version; the blank alone without a ProductInfo.
+// Name, one blank, version; only the blank without a ProductInfo.
 KVSHARE_API CString GetProductAndVersionString();
-// The decimal number with which the product version begins; 0 if there is none.
+// The decimal number at the start of the product version; 0 if it starts with no number.
 KVSHARE_API long GetKVVersionLong();
 
 // Always KV_KERNEL_DEFAULT.
 KVSHARE_API KVKernelType GetKernelType();
-// KV_PRODUCT_TARNEL if the switch "EnableKVTarnel" of this release's debug key is there and not 0. A registry read:
+// KV_PRODUCT_TARNEL if the switch "EnableKVTarnel" in this release's debug key exists and is not 0. Reads the registry:
 // call it once, not in a loop.
 KVSHARE_API KVProductType GetProductType();
 
 // ---- texts for this product
 
-// Replaces "Kestrova" by the product's name, then "SolidWorks" and "SOLIDWORKS" by the host's word; case counts.
-// Without a ProductInfo the text comes back as it is.
+// The text with "Kestrova" replaced by the product's name, and then "SolidWorks" and "SOLIDWORKS" by the host's word;
+// case counts. Without a ProductInfo the text is returned unchanged.
 KVSHARE_API CString GetProductSpecificString2(CString text);
-// Brings the maker's word in line with the edition: in the OEM edition, which is KV_PRODUCT_TARNEL, a text without
-// "Brenmark" has each "Kestrova" replaced by it; in the other each "Brenmark" becomes "Kestrova". Case counts.
+// Replaces the maker's name by that of the edition; case counts. KV_PRODUCT_TARNEL: in a text without "Brenmark" each
+// "Kestrova" becomes "Brenmark". KV_PRODUCT_FULL: each "Brenmark" becomes "Kestrova".
 KVSHARE_API void UpdateStringForTarnel(CString& text);
 
 // ---- host
 
-// Date code and revision text, such as "32.1.0"; -1 and empty until set.
+// The host's date code and revision, such as "32.1.0"; -1 and empty until set.
 KVSHARE_API void SetSldWorksDateCode(long dateCode, CString revision);
 KVSHARE_API long GetSldWorksDateCode();
 KVSHARE_API CString GetSldWorksRevisionNumber();
-// The number ahead of the revision's first point. 1 if there is a point; else 0, and major is 0.
+// Sets major to the number before the first dot of the revision. 1 if there is a dot; else 0, and major is 0.
 KVSHARE_API int GetSldWorksRevisionNumber(long& major);
-// With the first point at index p the last p + 1 characters of the revision: what follows the point in "31.3.0", but
-// not in "31.12.0", which gives "2.0"; that is required. 1 if there is a point; else 0, and minor stays.
+// Sets minor to the last p + 1 characters of the revision, where p is the index of its first dot: "3.0" for "31.3.0",
+// but "2.0" for "31.12.0". Kept for existing modules. 1 if there is a dot; else 0, and minor is unchanged.
 KVSHARE_API int GetSldWorksMinorRevisionNumber(CString& minor);
-// 0 if the host's major revision is above what this build accepts; 1 also if it is not known.
+// 0 if the host's major revision is newer than this build supports, else 1; 1 if the revision is unknown.
 KVSHARE_API int IsValidSWVersion();

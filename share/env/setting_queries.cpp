@@ -1,4 +1,4 @@
-// Lookups in the trees that the main module registered.
+// Searches for single values in the main module's settings trees.
 #include "share/env/setting_queries.h"
 
 #include "companions/geometry/constants.h"
@@ -25,7 +25,7 @@ double GetSimulationSettingsFacetDeviation() {
   const QFSettingsKey* settings = GetActiveDocSettingsCB();
   if (const QFSettingsKey* simulation = settings ? settings->GetKey(_T("Simulation")) : nullptr)
     simulation->GetValue(_T("MaxFacetDeviation"), deviation);
-  // Only small deviations come through: that is required.
+  // Larger deviations mean the default, kept for existing modules.
   if (deviation > -1.0 + RESABS && deviation * 1000 > 0.1 - RESABS) deviation = -1.0;
   return deviation;
 }

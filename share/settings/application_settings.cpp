@@ -1,4 +1,4 @@
-// The application's groups, and the order in which they stand in the tree.
+// The groups of the application settings, and their order in the tree.
 #include "share/settings/application_settings.h"
 
 #include "platform/paths.h"
@@ -12,7 +12,7 @@ using namespace application_settings;
 
 namespace application_settings {
 
-// The folder's text is a menu's, with the mark of its key in front.
+// The name is the text of a menu item and begins with "&", the mark of its access key.
 CString ProductFolderInTemp() {
   TCHAR temp[255] = {};
   GetTempPathW(255, temp);
@@ -27,7 +27,7 @@ CString LanguageName() {
   return name;
 }
 
-// A date ahead of all releases, in local time.
+// A date before all releases, in local time.
 CTime NeverChecked() { return {1999, 11, 28, 0, 0, 0}; }
 
 }  // namespace application_settings
@@ -43,7 +43,7 @@ KV_IMPLEMENT_SETTINGS_GROUP(QFAppAssemblySettings, _T("Assembly"), _T("Assembly"
 KV_IMPLEMENT_SETTINGS_GROUP(QFAppCLDataSettings, _T("CLData"), _T("CLData"), kAppCLDataRows)
 KV_IMPLEMENT_SETTINGS_GROUP(QFDisplaySettings, _T("Display"), _T("Display"), kDisplayRows)
 KV_IMPLEMENT_SETTINGS_GROUP(QFWorkpieceSettings, _T("Workpiece"), _T("Workpiece"), kWorkpieceRows)
-// Its values lie beside the root's.
+// Its values are in the root's registry key.
 KV_IMPLEMENT_SETTINGS_GROUP(QFAppEdmSettings, _T("EDMApp"), kVersionName, kAppEdmRows)
 KV_IMPLEMENT_SETTINGS_GROUP(QFToolHolderPreviewSettings, _T("ToolHolderPreview"), _T("ToolHolderPreview"),
                             kToolHolderPreviewRows)
@@ -68,7 +68,7 @@ IMPLEMENT_SERIAL(QFToolbarSettings, QFSettingsKey, VERSIONABLE_SCHEMA | 1)
 
 void QFToolbarSettings::GetDefaultButtons(CArray<int, int>& buttons) {
   buttons.RemoveAll();
-  for (const int index : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 11}) {  // 10 is left out: that is required
+  for (const int index : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 11}) {  // no 10: kept for existing toolbars
     buttons.Add(index);
     buttons.Add(1);
   }
@@ -89,7 +89,7 @@ QFToolbarSettings::QFToolbarSettings()
   GetValue(kButtons, buttons);
   const LONGLONG stored = buttons.GetSize();
   if (stored >= wanted) return;
-  // Always whole pairs: an odd length ends one longer than the default, as required.
+  // Adds whole pairs: a stored list of odd length ends one longer than the default. Kept for existing toolbars.
   for (LONGLONG at = stored; at < wanted; at += 2) {
     buttons.SetAtGrow(at, int(at / 2));
     buttons.SetAtGrow(at + 1, 1);

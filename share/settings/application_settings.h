@@ -1,49 +1,49 @@
-// QFAppSettings, the settings that belong to the user and the machine, as opposed to one document: 678 values in 23
-// groups and the root. The main module owns the one live tree, restores it from the registry, saves it on changes, and
-// hands it to the library through the callback behind GetAppSettingsCB:
+// QFAppSettings: the settings of the user and the machine, as opposed to those of one document. 678 values in the root
+// and 23 groups. The main module owns the one live tree, restores it from the registry, saves it after changes, and
+// returns it from the callback that GetAppSettingsCB calls:
 //
 //   int lines = 2;
 //   if (const QFSettingsKey* settings = GetAppSettingsCB()) settings->GetValue(_T("LineWidth"), lines);
 //
-// The names, types and defaults stand in share/settings/internal/application_settings_table.h. Three groups declare a
-// name twice with two defaults: "EnableToolHolderOpenGLPreview", "StockDispType" and
-// "DisplayToolHolderPreviewOnToolCrib". Both values stay, which is required and shows: reading and changing by name
-// meet the one declared last; saving writes it first and then the other over it; restoring gives both what is stored.
-// So a change of such a name lasts until the tree is saved and restored; from then on both have what the one declared
-// first had.
+// Names, types and defaults are in share/settings/internal/application_settings_table.h. Three groups declare a name
+// twice, with two defaults: "EnableToolHolderOpenGLPreview", "StockDispType" and "DisplayToolHolderPreviewOnToolCrib".
+// Both values are kept for existing modules. Access by name uses the value declared last. Saving writes that value
+// first and then overwrites it with the other one; restoring sets both to the stored number. So a change of such a name
+// is lost when the tree is saved and restored: both values then have the number of the value declared first.
 //
-// Three of the keys are the tables of feed colours (share/settings/feed_colors.h), which hold what the user enters and
-// make every restore of the whole tree give 0.
+// Three of the keys are the tables of feed colours (share/settings/feed_colors.h). They hold the user's rows, and they
+// make every restore of the whole tree return 0.
 //
-// Some defaults come from the language library, which has to be loaded ahead of building the tree: without it they are
-// empty.
+// The defaults of "AutoSaveDirectory", "ImportExportDirectory" and "Language" contain texts of the language library.
+// The environment's start loads this library, but it also reads and completes this tree (share/env/app_env.h). So a
+// main module builds the tree before InitAppEnv, and after it sets these three from a second tree. Before that the two
+// folders are the temporary folder, and "Language" is empty.
 #pragma once
 
 #include "share/settings/settings_group.h"
 
-// The root, "Application". Its registry key is the release's own; the groups' are shared by all releases.
+// The root, "Application". Its registry key belongs to this release; all releases share the keys of the groups.
 class KVSHARE_API QFAppSettings : public SettingsGroup {
   DECLARE_SERIAL(QFAppSettings)
 
  public:
-  // Builds the whole tree. See QFToolbarSettings for what that may write into the registry.
+  // Builds the whole tree. QFToolbarSettings may write into the registry meanwhile.
   QFAppSettings();
 
-  // Hardware rendering is 1 or 2: brings "UseHardwareRendering" of the display group back to 1 from anything else.
-  // Saves nothing.
+  // Sets "UseHardwareRendering" of the display group to 1 unless it is 1 or 2. Saves nothing.
   void ResetTheOpenGLOptionsValue();
 };
 
-// "ToolbarButtons", pairs of a button's index and a flag. This group alone reads and writes the registry while it is
-// being built: what is stored there is taken over; a list that is shorter than the present one is filled up with
-// buttons that are on, and saved; without a stored list the default is saved.
+// "ToolbarButtons": pairs of a button's index and a flag, 1 for shown. Only this group reads and writes the registry in
+// its constructor: it takes the stored list; fills a list that is shorter than the default with shown buttons, and
+// saves it; and saves the default if no list is stored.
 class KVSHARE_API QFToolbarSettings : public SettingsGroup {
   DECLARE_SERIAL(QFToolbarSettings)
 
  public:
   QFToolbarSettings();
 
-  // The list without the registry: all buttons, and all are on.
+  // The default list, without the registry: all buttons, all shown.
   static void GetDefaultButtons(CArray<int, int>& buttons);
 };
 
@@ -55,18 +55,18 @@ class KVSHARE_API QFOperFilterSettings : public SettingsGroup {
   QFOperFilterSettings(const CString& name, const CString& path);
 
  protected:
-  // For archives, which hold neither name nor path: what is read has none.
+  // For archives only. An archive stores neither name nor path, so a loaded filter has none.
   QFOperFilterSettings();
 };
 
-// The square necks of turning tools. It has no run-time class of its own: an archive takes it for a QFSettingsKey and
-// can't bring it back.
+// The square necks of turning tools. The class has no run-time class: an archive stores it as a QFSettingsKey and can't
+// restore it.
 class KVSHARE_API QFToolingSettings : public SettingsGroup {
  public:
   QFToolingSettings();
 };
 
-// The groups that are nothing but their tables.
+// Groups without members besides their tables.
 KV_SETTINGS_GROUP(QFPostSettings)
 KV_SETTINGS_GROUP(QFDebugSettings)
 KV_SETTINGS_GROUP(QFServicePackSettings)
@@ -85,10 +85,10 @@ KV_SETTINGS_GROUP(QFLibFeatAppSettings)
 KV_SETTINGS_GROUP(QFToolpathSettings)
 KV_SETTINGS_GROUP(QFDialogPositionSettings)
 
-// ---- outside the tree; built where they are needed
+// ---- outside the tree; build one where you need it
 
-// "Language", the language of the utilities, which run apart from the product. Without a run-time class of its own, as
-// QFToolingSettings.
+// "Language": the language of the utilities, which are programs of their own. Like QFToolingSettings it has no run-time
+// class.
 class KVSHARE_API QFKVUtilitiesSettings : public SettingsGroup {
  public:
   QFKVUtilitiesSettings();

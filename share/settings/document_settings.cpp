@@ -1,4 +1,4 @@
-// The document's groups, the order in which they stand in the tree, and the one version step.
+// The groups of the document settings, their order in the tree, and the one schema upgrade.
 #include "share/settings/document_settings.h"
 
 #include "framework/archive.h"

@@ -1,22 +1,21 @@
-// QFDocSettings, the settings that travel with a document: 192 values for feature recognition, colours, operations and
-// simulation. A new document gets a fresh tree. A document that is read brings its own: CArchive::ReadObject makes the
-// tree, and what the document lacks keeps its default (QFSettingsKey::Serialize). The tree of the active document
-// reaches the library through the callback behind GetActiveDocSettingsCB.
+// QFDocSettings: the settings stored in a document, 192 values for feature recognition, colours, operations and
+// simulation. A new document gets a new tree. For a document that is read, CArchive::ReadObject creates the tree;
+// values that the document lacks keep their defaults (QFSettingsKey::Serialize). GetActiveDocSettingsCB returns the
+// tree of the active document, which the main module owns.
 //
-// The names, types and defaults stand in share/settings/internal/document_settings_table.h. The groups "Operations",
-// "Simulation" and "Rebuild" share their registry keys with groups of the application's settings. Of their names only
+// Names, types and defaults are in share/settings/internal/document_settings_table.h. The groups "Operations",
+// "Simulation" and "Rebuild" share their registry keys with groups of the application settings. Only the name
 // "ToolDisplay" is in both; the tree that is saved last sets it.
 #pragma once
 
 #include "share/settings/settings_group.h"
 
-// The root, "Document". It has groups and no values of its own.
+// The root, "Document". It holds groups and no values.
 KV_SETTINGS_GROUP(QFDocSettings)
 
-// "Simulation". Its archive record has schema 2:
-//   1  "MaxFacetDeviation" and "TessellationQuality" held for the target too
-//   2  "MaxFacetDevTarget" and "TessQualityTarget" beside them. A record of schema 1 gives them the former two's
-//   values.
+// "Simulation". Schemas of its archive record:
+//   1  "MaxFacetDeviation" and "TessellationQuality" also apply to the target
+//   2  adds "MaxFacetDevTarget" and "TessQualityTarget"; loading schema 1 copies the former two values to them
 class KVSHARE_API QFSimulationSettings : public SettingsGroup {
   DECLARE_SERIAL(QFSimulationSettings)
 
@@ -32,10 +31,10 @@ class KVSHARE_API QFNodeDisplaySettings : public SettingsGroup {
   QFNodeDisplaySettings();
   void Serialize(CArchive& ar) override;
 
-  int m_bSerialized = 0;  // 1 once it was stored or read
+  int m_bSerialized = 0;  // 1 after the object was saved or loaded
 };
 
-// The groups that are nothing but their tables. QFFeatSettings has QFTurnFeatSettings below it.
+// Groups without members besides their tables. QFFeatSettings holds the sub-key QFTurnFeatSettings.
 KV_SETTINGS_GROUP(QFFeatSettings)
 KV_SETTINGS_GROUP(QFTurnFeatSettings)
 KV_SETTINGS_GROUP(QFColorSettings)

@@ -1,4 +1,4 @@
-// The tables of feed colours: their rows in memory and in the registry, and the search for a feed's colour.
+// The tables of feed colours: their rows in memory and in the registry, and the search by feed.
 #include "share/settings/feed_colors.h"
 
 #include <algorithm>
@@ -24,7 +24,7 @@ constexpr DWORD kNameUnits = 256;
 
 double FeedOf(const QFColorValue& row) { return _wtof(row.GetName()); }
 
-// For CObList_Sort: ascending, feeds within RESABS of one another are equal.
+// For CObList_Sort: ascending; feeds that differ by no more than RESABS are equal.
 int CompareFeeds(const void* left, const void* right) {
   const double a = FeedOf(*STATIC_DOWNCAST(QFColorValue, *static_cast<CObject* const*>(left)));
   const double b = FeedOf(*STATIC_DOWNCAST(QFColorValue, *static_cast<CObject* const*>(right)));
@@ -32,16 +32,16 @@ int CompareFeeds(const void* left, const void* right) {
   return a > b + RESABS ? 1 : 0;
 }
 
-// rand(), whose range differs from runtime to runtime, brought to 0 to 32767.
-int Draw() { return std::rand() / (RAND_MAX / 32768 + 1); }
+// rand() scaled to 0..32767: its range differs between C runtimes.
+int RandomNumber() { return std::rand() / (RAND_MAX / 32768 + 1); }
 
 unsigned long RandomColor() {
   unsigned long color = 0;
-  for (const int shift : {0, 8, 16}) color |= static_cast<unsigned long>(BYTE(Draw() / 255)) << shift;
+  for (const int shift : {0, 8, 16}) color |= static_cast<unsigned long>(BYTE(RandomNumber() / 255)) << shift;
   return color;
 }
 
-// Calls visit(name, color) with each value up to the first that doesn't fit.
+// Calls visit(name, color) for each value up to the first that is longer than a colour.
 template <class Visit>
 void ForEachColor(HKEY key, Visit visit) {
   for (DWORD index = 0;; ++index) {
@@ -65,7 +65,7 @@ bool IsUsedByDocument() {
   return use != 0;
 }
 
-// A class's own banners enclose nothing: that is required.
+// The banners of the class enclose nothing; the form is kept for existing readers of dumps.
 void DumpTable(QFSettingsKey& table, FILE* file, LPCTSTR className) {
   if (!file) return;
   DumpBanner(file, className, _T("Start"));
@@ -87,8 +87,8 @@ void QFFeedColorsSettings::AddValue(double feed, unsigned long color) {
   QFSettingsKey::AddValue(name, color);
 }
 
-// The next row at the position or behind it, which moves on; null behind the last.
-QFColorValue* QFFeedColorsSettings::TakeRow(POSITION& position) const {
+// The first row from the position on; the position moves to the item after it. Null after the last row.
+QFColorValue* QFFeedColorsSettings::NextRow(POSITION& position) const {
   while (position) {
     if (auto* row = DYNAMIC_DOWNCAST(QFColorValue, GetList().GetNext(position))) return row;
   }
@@ -101,7 +101,7 @@ int QFFeedColorsSettings::GetFirstValue(double& feed, unsigned long& color) {
 }
 
 int QFFeedColorsSettings::GetNextValue(double& feed, unsigned long& color) {
-  const QFColorValue* row = TakeRow(m_Pos);
+  const QFColorValue* row = NextRow(m_Pos);
   if (!row) return 0;
   feed = FeedOf(*row);
   color = row->GetValue();
@@ -120,15 +120,15 @@ void QFFeedColorsSettings::CollectSteps() {
   if (m_nStepsVersion == GetListVersion()) return;
   m_Steps.clear();
   double reach = -std::numeric_limits<double>::infinity();
-  for (POSITION at = GetList().GetHeadPosition(); const QFColorValue* row = TakeRow(at);) {
+  for (POSITION at = GetList().GetHeadPosition(); const QFColorValue* row = NextRow(at);) {
     const double feed = FeedOf(*row);
-    if (feed > reach) reach = feed;  // false for what is no number
+    if (feed > reach) reach = feed;  // false for NaN
     m_Steps.push_back({reach, row, at});
   }
   m_nStepsVersion = GetListVersion();
 }
 
-// The first row that is above a feed is the first one that raises the highest threshold so far above it.
+// The first row with a threshold above the feed is the first one whose running maximum is above it.
 unsigned long QFFeedColorsSettings::GetColorForFeed(double feed) {
   if (!IsUsedByDocument()) return kNoFeedColor;
   CollectSteps();
@@ -140,7 +140,7 @@ unsigned long QFFeedColorsSettings::GetColorForFeed(double feed) {
 
 // ---- registry, archive, dump
 
-int QFFeedColorsSettings::SaveValuesToRegistry() { return SaveInPlaceOfAll(); }
+int QFFeedColorsSettings::SaveValuesToRegistry() { return SaveReplacingAll(); }
 
 int QFFeedColorsSettings::RestoreValuesFromRegistry() {
   RemoveAll();
@@ -164,15 +164,15 @@ void QFFeedColorsSettings::DumpData(FILE* file) { DumpTable(*this, file, _T("QFF
 
 QFTurnFeedColorsSettings::QFTurnFeedColorsSettings()
     : QFFeedColorsSettings(_T("Turn"), CString(kProductRoot) + _T("FeedColors\\Turn")) {
-  SetOwnClass(typeid(QFTurnFeedColorsSettings));
+  SetLibraryClass(typeid(QFTurnFeedColorsSettings));
 }
 QFMillFeedColorsSettings::QFMillFeedColorsSettings()
     : QFFeedColorsSettings(_T("Mill"), CString(kProductRoot) + _T("FeedColors\\Mill")) {
-  SetOwnClass(typeid(QFMillFeedColorsSettings));
+  SetLibraryClass(typeid(QFMillFeedColorsSettings));
 }
 QFEdmFeedColorsSettings::QFEdmFeedColorsSettings()
     : QFFeedColorsSettings(_T("Edm"), CString(kProductRoot) + _T("FeedColors\\Edm")) {
-  SetOwnClass(typeid(QFEdmFeedColorsSettings));
+  SetLibraryClass(typeid(QFEdmFeedColorsSettings));
 }
 
 void QFTurnFeedColorsSettings::DumpData(FILE* file) { DumpTable(*this, file, _T("QFTurnFeedColorsSettings")); }

@@ -1,82 +1,83 @@
-// Colours of toolpaths by their feed rate: a table of thresholds with a colour each, one table for each kind of
-// process. Each threshold stands for the feeds up to and including itself.
+// Colours of toolpaths by feed rate: a table of thresholds, each with a colour; one table per kind of process. A
+// threshold covers the feeds up to and including itself.
 //
 //   QFMillFeedColorsSettings table;
 //   table.RestoreValuesFromRegistry();
 //   const unsigned long color = table.GetColorForFeed(150.0);  // 0x00BBGGRR, or kNoFeedColor
 //
-// A row is a QFColorValue of the key's list: its name is the threshold with two decimals, which is what the registry
-// holds. After a restore the rows stand in ascending order; AddValue puts a row ahead of them all, and a walk follows
-// that order, sorted or not: that is required. Items of other kinds, which only a module or an archive can bring in,
-// are passed over.
+// A row is a QFColorValue in the key's list. Its name is the threshold with two decimals; the registry stores this
+// name. A restore sorts the rows in ascending order. AddValue puts a row before all others, and walks and searches
+// follow the list order even if it is not sorted, which is kept for existing modules. Walks and searches skip items of
+// other classes, which only a module or an archive can add.
 //
-// Rows that are taken out of the table (by RemoveAll and by each restore) are not deleted, as required: they stay the
-// table's, out of its reach, and go with it. A table is used by one thread at a time, also for reading.
+// RemoveAll and each restore take rows out of the table without deleting them, because existing modules may still read
+// them: the table deletes them in its destructor. One thread at a time may use a table, also for reading.
 #pragma once
 
 #include <vector>
 
 #include "share/settings/settings_key.h"
 
-// What GetColorForFeed gives for a feed without a colour.
+// The result of GetColorForFeed for a feed without a colour.
 inline constexpr unsigned long kNoFeedColor = 0xFFFFFFFF;
 
 class KVSHARE_API QFFeedColorsSettings : public QFSettingsKey {
   DECLARE_SERIAL(QFFeedColorsSettings)
 
  public:
-  // Without rows. The default constructor leaves name and path empty, which stands for the hive itself: such a table
-  // is not for saving.
+  // Builds a table without rows. The default constructor leaves name and path empty. An empty path means the hive
+  // itself: don't save such a table.
   QFFeedColorsSettings();
   QFFeedColorsSettings(const CString& name, const CString& path);
 
-  // Puts a row ahead of the others. The threshold is rounded to two decimals; a second row of the same one is not
-  // prevented, and of such rows the registry keeps the one that stands last.
+  // Puts a row before the others. The threshold is rounded to two decimals. Two rows may have the same threshold; the
+  // registry then keeps the later one in list order.
   void AddValue(double feed, unsigned long color);
 
-  // Walk through the rows: 1 and the row, or 0 behind the last, with both variables untouched. There is one cursor; it
-  // ends when rows are taken out, and GetColorForFeed moves it.
+  // Walk the rows in list order. 1 and the row; 0 after the last row, with both variables unchanged. The table has one
+  // cursor: GetColorForFeed moves it, and the walk ends when rows are taken out.
   int GetFirstValue(double& feed, unsigned long& color);
   int GetNextValue(double& feed, unsigned long& color);
 
-  // Empties the table; 1.
+  // Takes all rows out. Always 1.
   int RemoveAll();
 
-  // The colour of the first row in list order whose threshold isn't below the feed (within RESABS); kNoFeedColor if
-  // there is none, and for every feed while "UseFeedColors" of the active document's "Colors" is 0. Without such
-  // settings the table applies. Takes the time of a binary search, in any order of the rows, after one walk for each
-  // change of them.
+  // The colour of the first row in list order whose threshold isn't below the feed, within RESABS. kNoFeedColor if
+  // there is no such row, and for every feed while the group "Colors" of the active document's settings lacks
+  // "UseFeedColors" or has it 0. Without such a group the table applies. A binary search in any order of the rows; the
+  // first call after a change walks them once.
   unsigned long GetColorForFeed(double feed);
 
-  // Replaces all that the registry key holds by the rows, at once: whatever ends the process meanwhile, the registry
-  // has the old table or the new one. 1 if all were written.
+  // Replaces all values of the registry key by the rows, in one transaction: if the process is killed meanwhile, the
+  // registry has the old table or the new one. 1 if all rows were written.
   int SaveValuesToRegistry() override;
-  // Takes the rows from the registry, in ascending order, up to the first value that is longer than a colour. Unlike
-  // other settings it creates the key, and its result is always 0, also for the tree that it stands in: both are
-  // required. An empty key gives one row, up to 100000, in a random colour by the C runtime's rand().
+  // Replaces the rows by those of the registry key, sorted in ascending order; reading stops at the first value longer
+  // than a colour. An empty key gives one row, up to 100000, in a random colour from the C runtime's rand(). Kept for
+  // existing modules, unlike other keys: it creates the registry key, and it always returns 0, so that a tree which
+  // holds a table returns 0 too.
   int RestoreValuesFromRegistry() override;
 
-  // As of every key: an archive's rows are kept only where the table that loads them has a row of the same name.
+  // As for every key: of an archive's rows only those are loaded whose names the table has.
   void Serialize(CArchive& ar) override;
   void DumpData(FILE* file) override;
 
  private:
-  // A row in list order, with the highest threshold up to here, for a binary search.
+  // A row in list order, with the highest threshold of the rows up to it: ascending, for the binary search.
   struct Step {
     double reach;
     const QFColorValue* row;
     POSITION next;
   };
 
-  QFColorValue* TakeRow(POSITION& position) const;
+  QFColorValue* NextRow(POSITION& position) const;
   void CollectSteps();
 
   POSITION m_Pos = nullptr;
   std::vector<Step> m_Steps;
-  ULONGLONG m_nStepsVersion = ~ULONGLONG{0};  // GetListVersion() when they were collected
+  ULONGLONG m_nStepsVersion = ~ULONGLONG{0};  // GetListVersion() at the last collection
 };
 
-// The three tables, each with its name and path.
+// The product's tables. Each sets its name and path.
 class KVSHARE_API QFTurnFeedColorsSettings : public QFFeedColorsSettings {
   DECLARE_SERIAL(QFTurnFeedColorsSettings)
 

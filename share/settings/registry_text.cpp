@@ -1,5 +1,5 @@
-// Reading registry text. A line is taken apart from left to right by a cursor; the first thing that doesn't fit ends
-// the reading with its line.
+// Parsing registry text. A cursor reads each line from left to right; the first error ends parsing and reports its
+// line.
 #include "share/settings/registry_text.h"
 
 #include <algorithm>
@@ -42,7 +42,7 @@ int HexDigit(TCHAR unit) {
   return -1;
 }
 
-// The text of a file in UTF-16, by its mark.
+// Converts a file to UTF-16 by its byte order mark.
 bool Decode(std::string_view bytes, Text& text, Error& error) {
   if (bytes.size() > kMostBytes) {
     error = {0, "the file is larger than 64 MiB", "split it"};
@@ -71,7 +71,7 @@ bool Decode(std::string_view bytes, Text& text, Error& error) {
   return true;
 }
 
-// Reads one line, or several that "\" joins.
+// Reads one line from left to right. A Take... call that returns false may have moved the cursor.
 class Cursor {
  public:
   Cursor(TextView line) : rest_(line) {}
@@ -92,7 +92,7 @@ class Cursor {
     if (found) rest_.remove_prefix(word.size());
     return found;
   }
-  // One to most digits; false without any or with more.
+  // 1 to `most` hexadecimal digits; false for none or more.
   bool TakeHex(int most, DWORD& number) {
     int digits = 0;
     for (number = 0; HexDigit(Peek()) >= 0; ++digits) {
@@ -102,7 +102,7 @@ class Cursor {
     }
     return digits > 0;
   }
-  // A text in quotes, in which "\" makes the unit behind it plain.
+  // A text in quotes; "\" escapes the next unit.
   bool TakeQuoted(Text& text) {
     if (!Take('"')) return false;
     while (!rest_.empty() && Peek() != '"') {
@@ -112,7 +112,7 @@ class Cursor {
     }
     return Take('"');
   }
-  // Nothing but blanks and a comment is left.
+  // Whether only blanks and a comment are left. Skips the blanks.
   bool AtLineEnd() {
     SkipBlanks();
     return AtEnd() || Peek() == ';';
@@ -160,7 +160,7 @@ class Parser {
     rest_.remove_prefix(std::min(end, rest_.size() - 1) + 1);
     if (line.ends_with(TCHAR('\r'))) line.remove_suffix(1);
     if (line.size() > kMostLineUnits) return Fail("the line is too long", "break hex data with \"\\\"");
-    if (line.find(TCHAR(0)) != TextView::npos) return Fail("the line holds a NUL character", kAskForExport);
+    if (line.find(TCHAR(0)) != TextView::npos) return Fail("the line contains a NUL character", kAskForExport);
     return true;
   }
 
@@ -176,8 +176,9 @@ class Parser {
     cursor.Take('[');
     const bool deletes = cursor.Take('-');
     const std::size_t end = cursor.Rest().rfind(TCHAR(']'));
-    if (end == TextView::npos) return Fail("the key's name has no \"]\" behind it", "close it");
-    if (!Cursor(cursor.Rest().substr(end + 1)).AtLineEnd()) return Fail("text behind \"]\"", "begin a line for it");
+    if (end == TextView::npos) return Fail("no \"]\" after the key's name", "close it");
+    if (!Cursor(cursor.Rest().substr(end + 1)).AtLineEnd())
+      return Fail("text after \"]\"", "put it on a line of its own");
     Step step;
     if (!ParseKeyName(cursor.Rest().substr(0, end), step.key)) {
       return Fail("not a key: " + ToUtf8(cursor.Rest().substr(0, std::min<std::size_t>(end, 200))),
@@ -191,17 +192,17 @@ class Parser {
   bool ReadValue(Cursor& cursor) {
     Step step;
     if (!cursor.Take('@') && !cursor.TakeQuoted(step.name)) {
-      return Fail("neither a key, nor a value, nor a comment", "a value begins with its name in quotes, or with @");
+      return Fail("not a key, a value or a comment", "begin a value with its name in quotes, or with @");
     }
     if (step.name.size() > kMostValueNameUnits) return Fail("the value's name is too long", "16,383 characters fit");
     if (!key_.hive) return Fail("a value without a key", "put the line below a [key]");
     step.key = key_;
     cursor.SkipBlanks();
-    if (!cursor.Take('=')) return Fail("no \"=\" behind the value's name", "write \"name\"=data");
+    if (!cursor.Take('=')) return Fail("no \"=\" after the value's name", "write \"name\"=data");
     cursor.SkipBlanks();
     const bool deletes = cursor.Take('-');
     if (!deletes && !ReadData(cursor, step)) return false;
-    if (!cursor.AtLineEnd()) return Fail("text behind the data", "begin a line for it");
+    if (!cursor.AtLineEnd()) return Fail("text after the data", "put it on a line of its own");
     return Add(deletes ? Step::Kind::kDeleteValue : Step::Kind::kSetValue, std::move(step));
   }
 
@@ -215,7 +216,7 @@ class Parser {
     if (cursor.Take('(') && (!cursor.TakeHex(8, step.type) || !cursor.Take(')'))) {
       return Fail("no type between \"hex(\" and \")\"", "write it with 1 to 8 hexadecimal digits");
     }
-    if (!cursor.Take(':')) return Fail("no \":\" behind hex", "write hex:01,02");
+    if (!cursor.Take(':')) return Fail("no \":\" after hex", "write hex:01,02");
     return ReadBytes(cursor, step);
   }
 
@@ -241,14 +242,14 @@ class Parser {
     return true;
   }
 
-  // Bytes divided by commas, over as many lines as end in "\". No bytes at all are fine.
+  // Bytes separated by commas; "\" continues them on the next line. There may be none.
   bool ReadBytes(Cursor& cursor, Step& step) {
     for (bool more = false;;) {
       cursor.SkipBlanks();
       DWORD byte = 0;
       if (cursor.Take('\\')) {
         TextView line;
-        if (!cursor.AtLineEnd()) return Fail("text behind \"\\\"", "end the line with it");
+        if (!cursor.AtLineEnd()) return Fail("text after \"\\\"", "end the line with it");
         if (!NextLine(line)) return Fail("the file ends in the middle of a value", kAskForExport);
         cursor = Cursor(line);
       } else if (!more && cursor.AtLineEnd()) {

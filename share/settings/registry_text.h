@@ -1,12 +1,12 @@
-// Registry text, the ".reg" form in which support staff pass settings on: reading it into steps, carrying the steps out
-// all or none, and writing a key with all below it.
+// Registry text, the ".reg" files in which support staff exchange settings: parse a text into steps, apply the steps in
+// one transaction, write a key with everything below it as text.
 //
-// A text begins with the line "Windows Registry Editor Version 5.00". "[HKEY_CURRENT_USER\Key]" makes a key and is
-// followed by its values, "[-HKEY_CURRENT_USER\Key]" deletes one with all below it. "name"="text",
-// "name"=dword:0000002a, "name"=hex:01,02 (binary) and "name"=hex(2):... (type 2 by its bytes) write a value, "name"=-
-// deletes it, @ stands for the default value. "\" before the end of a line continues hex on the next one; ";" begins a
-// comment. Reading takes UTF-16LE with its mark, or UTF-8 with or without one; writing gives UTF-16LE with the mark and
-// lines ending in CR LF.
+// A text begins with the line "Windows Registry Editor Version 5.00". "[HKEY_CURRENT_USER\Key]" creates a key; lines
+// for its values follow. "[-HKEY_CURRENT_USER\Key]" deletes a key with everything below it. "name"="text",
+// "name"=dword:0000002a, "name"=hex:01,02 (binary) and "name"=hex(2):... (the bytes of type 2) write a value; "name"=-
+// deletes it; @ is the name of the default value. A "\" at the end of a line continues hex data on the next line; ";"
+// begins a comment. Parsing accepts UTF-16LE with a byte order mark and UTF-8 with or without one; writing produces
+// UTF-16LE with a mark and CR LF line ends.
 #pragma once
 
 #include <string>
@@ -17,36 +17,37 @@
 
 namespace registry_text {
 
-// Bounds of a text that is read: what exceeds them is refused.
+// Limits of a text to parse. Parse refuses a larger one.
 inline constexpr std::size_t kMostBytes = std::size_t{64} << 20;
 inline constexpr std::size_t kMostSteps = 1'000'000;
 inline constexpr std::size_t kMostLineUnits = std::size_t{4} << 20;
 
-// Why a text or an operation was refused. line counts from 1; 0 means that no line of the text is to blame. The texts
-// are for people, in UTF-8: the reason without a stop at the end, and what to do about it.
+// Why a text or a call failed. line counts from 1; 0: the error belongs to no line. The texts are UTF-8 for people: the
+// reason, without a full stop, and the remedy.
 struct Error {
   int line = 0;
   std::string reason;
   std::string remedy;
 };
 
-// A key by its hive and its path below it; an empty path is the hive itself.
+// A hive and a path below it. An empty path is the hive itself.
 struct KeyName {
   HKEY hive = nullptr;
   std::basic_string<TCHAR> path;
 };
 
-// Takes a name such as "HKCU\Software" apart: the hives' short and long names, in any case; one trailing "\" is left
-// out. False if it names neither hive, or a name in it is empty or too long, or there are too many levels.
+// Splits a name such as "HKCU\Software". Takes the short and the long name of a hive, in any case, and ignores one "\"
+// at the end. False if the hive is unknown, a part is empty or longer than 255 characters, or there are more than 512
+// levels.
 KVSHARE_API bool ParseKeyName(std::basic_string_view<TCHAR> text, KeyName& key);
 
-// The full name, which begins with the hive's long name.
+// The full name with the long name of the hive.
 KVSHARE_API std::basic_string<TCHAR> FullName(const KeyName& key);
 
-// The error for a registry call on a key that gave a status other than 0.
+// The error for a failed registry call on the key. status is the call's result.
 KVSHARE_API Error ErrorOf(LSTATUS status, const KeyName& key, int line = 0);
 
-// One thing that a text asks for. name, type and data mean something for the kinds that speak of a value only.
+// One change that a text asks for. name is used for values only; type and data for kSetValue only.
 struct Step {
   enum class Kind { kCreateKey, kDeleteKey, kSetValue, kDeleteValue };
 
@@ -58,16 +59,16 @@ struct Step {
   std::vector<BYTE> data;
 };
 
-// Reads a whole text. True with its steps in order, or false with the error and no steps.
+// Parses a whole text. True and its steps, in order; or false, the error and no steps.
 KVSHARE_API bool Parse(std::string_view bytes, std::vector<Step>& steps, Error& error);
 
-// Carries out the steps in one transaction: true, or false with the error and the registry as it was. Deleting what is
-// not there is no error.
+// Applies the steps in one transaction. False and the error if a step fails; the registry is then unchanged. Deleting a
+// missing key or value is no error.
 KVSHARE_API bool Apply(const std::vector<Step>& steps, Error& error);
 
-// Gives the bytes of a text with the key and all below it: values in the order in which they were made, sub-keys in the
-// order of their names. False if the key is missing or cannot be read, or a name in it has a line break, which the form
-// cannot hold.
+// Writes the key and everything below it as the bytes of a text: values in the order of their creation, sub-keys by
+// name. False and the error if the key is missing or can't be read, or if a name has a line break, for which the format
+// has no form.
 KVSHARE_API bool Write(const KeyName& key, std::string& bytes, Error& error);
 
 }  // namespace registry_text

@@ -1,4 +1,4 @@
-// Registry text and the registry: carrying out steps, and writing a key.
+// Applies the steps of registry text to the registry, and writes a key as text.
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -18,7 +18,7 @@ using TextView = std::basic_string_view<TCHAR>;
 
 constexpr std::size_t kNameRoom = 16384;
 
-// ---- Carrying out ----
+// ---- applying
 
 class Import {
  public:
@@ -54,7 +54,7 @@ class Import {
                                    nullptr, transaction_, nullptr);
   }
 
-  // Deletes from the leaves up: a path is at most 512 levels deep.
+  // Deletes the leaves first. A path has at most 512 levels.
   LSTATUS DeleteTree(HKEY hive, const Text& path) {
     RegistryKeyHandle key;
     LSTATUS status =
@@ -71,10 +71,10 @@ class Import {
   }
 
   HANDLE transaction_;
-  RegistryKeyHandle key_;  // of the last step that made one: its values follow
+  RegistryKeyHandle key_;  // the key of the last kCreateKey step; the steps for its values follow
 };
 
-// ---- Writing ----
+// ---- writing
 
 class Writer {
  public:
@@ -175,7 +175,7 @@ class Writer {
     }
   }
 
-  // Breaks lines where the well-known editor of such files does.
+  // Breaks lines at the column at which the usual editor of such files breaks them.
   void WriteHex(std::basic_string_view<BYTE> data) {
     constexpr std::size_t kLastColumn = 76;
     for (std::size_t i = 0; i < data.size(); ++i) {
@@ -188,7 +188,7 @@ class Writer {
     }
   }
 
-  // Text that reads back as the same bytes: one terminator at the end, no line break.
+  // Whether the data parses back to the same bytes from a quoted text: one terminator, at the end, and no line break.
   static bool IsPlainText(std::basic_string_view<BYTE> data, Text& text) {
     if (data.size() < 2 || data.size() % 2 != 0) return false;
     for (std::size_t i = 0; i < data.size(); i += 2) text.push_back(TCHAR(data[i] | data[i + 1] << 8));
@@ -212,7 +212,7 @@ Error ErrorOf(LSTATUS status, const KeyName& key, int line) {
     case ERROR_FILE_NOT_FOUND: return {line, fmt::format("there is no key {}", name), "check the name"};
     case ERROR_ACCESS_DENIED:
       return {line, fmt::format("access to {} is denied", name), "run as a user who has the rights"};
-    case ERROR_BADDB: return {line, fmt::format("{}: {}", name, ErrorText(ERROR_BADDB)), "put a copy in its place"};
+    case ERROR_BADDB: return {line, fmt::format("{}: {}", name, ErrorText(ERROR_BADDB)), "restore it from a backup"};
     default: return {line, fmt::format("{}: {}", name, ErrorText(DWORD(status))), "try again"};
   }
 }

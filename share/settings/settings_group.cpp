@@ -1,4 +1,4 @@
-// How a group's table becomes its values.
+// Builds a group's values from its table.
 #include "share/settings/settings_group.h"
 
 #include "share/core/dump.h"
@@ -6,17 +6,17 @@
 
 namespace {
 
-// The value that a row's default is added as.
-CString Made(LPCTSTR text) { return text; }
-unsigned long Made(SettingsColor color) { return color.bgr; }
-CPoint Made(const POINT& point) { return point; }
-CRect Made(const RECT& rect) { return rect; }
+// The default of a row in the type that AddValue takes.
+CString DefaultOf(LPCTSTR text) { return text; }
+unsigned long DefaultOf(SettingsColor color) { return color.bgr; }
+CPoint DefaultOf(const POINT& point) { return point; }
+CRect DefaultOf(const RECT& rect) { return rect; }
 template <class Value>
-Value Made(Value (*make)()) {
+Value DefaultOf(Value (*make)()) {
   return make();
 }
 template <class Number>
-Number Made(Number number) {
+Number DefaultOf(Number number) {
   return number;
 }
 
@@ -25,9 +25,9 @@ Number Made(Number number) {
 SettingsGroup::SettingsGroup(const std::type_info& type, LPCTSTR className, const CString& name, const CString& path,
                              std::span<const SettingsRow> rows)
     : QFSettingsKey(name, path), m_ClassName(className) {
-  SetOwnClass(type);
+  SetLibraryClass(type);
   for (const SettingsRow& row : rows) {
-    std::visit([&](const auto& value) { AddValue(row.name, Made(value)); }, row.value);
+    std::visit([&](const auto& value) { AddValue(row.name, DefaultOf(value)); }, row.value);
   }
 }
 

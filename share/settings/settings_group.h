@@ -1,8 +1,8 @@
-// SettingsGroup, a settings key that its constructor builds whole from a table: the form of every group of the
-// application's and the document's settings (share/settings/application_settings.h, document_settings.h).
+// SettingsGroup: a settings key whose constructor adds the values of a table. Every group of the application settings
+// and the document settings is one (share/settings/application_settings.h, document_settings.h).
 //
-// A group is one class with one registry key below HKEY_CURRENT_USER. What it holds stands in a table, one row a value;
-// the class itself adds its name, by which archives and dumps know it:
+// A group is a class with one registry key below HKEY_CURRENT_USER. A table has its values, one per row; archives and
+// dumps use the name of the class:
 //
 //   constexpr SettingsRow kConfigRows[] = {
 //       {_T("ConfigurationSave"), 1},
@@ -22,7 +22,8 @@ struct SettingsColor {
   DWORD bgr;
 };
 
-// A value by its name and its default, whose type is the value's. A function makes the default when the group is made.
+// The name and the default of a value. The type of the default selects the type of the value; a function is called in
+// the group's constructor.
 struct SettingsRow {
   LPCTSTR name;
   std::variant<int, double, LPCTSTR, SettingsColor, POINT, RECT, CString (*)(), CTime (*)()> value;
@@ -30,25 +31,26 @@ struct SettingsRow {
 
 class KVSHARE_API SettingsGroup : public QFSettingsKey {
  public:
-  // The banners of the class, start and end with nothing between them, then the key's dump: that is required.
+  // Prints the start and the end banner of the class with nothing between them, and then the dump of the key. The form
+  // is kept for existing readers of dumps.
   void DumpData(FILE* file) override;
 
-  // The name of the class, also of the few that have no run-time class of their own.
+  // The name of the class; also of a class without a run-time class.
   CString GetGroupClassName() const { return m_ClassName; }
 
  protected:
-  // Adds the rows in their order. The class's name is kept by its address.
+  // Adds the rows in order. className is not copied: it must outlive the group.
   SettingsGroup(const std::type_info& type, LPCTSTR className, const CString& name, const CString& path,
                 std::span<const SettingsRow> rows);
 
-  // A path below the product's own registry key.
+  // The path below the product's registry key.
   static CString InProductRoot(LPCTSTR path);
 
  private:
   LPCTSTR m_ClassName;
 };
 
-// Declares a group that has nothing beyond its table: default constructor, run-time class, archive operator.
+// Declares a group without members besides its table: default constructor, run-time class, archive operator.
 #define KV_SETTINGS_GROUP(class_name)                   \
   class KVSHARE_API class_name : public SettingsGroup { \
     DECLARE_SERIAL(class_name)                          \
@@ -57,10 +59,10 @@ class KVSHARE_API SettingsGroup : public QFSettingsKey {
     class_name();                                       \
   };
 
-// Defines it: the key's name, its path below the product's registry key, its rows. Schema 1.
+// Defines such a group: the name of the key, its path below the product's registry key, its rows. Schema 1.
 #define KV_IMPLEMENT_SETTINGS_GROUP(class_name, name, path, rows)     \
   IMPLEMENT_SERIAL(class_name, QFSettingsKey, VERSIONABLE_SCHEMA | 1) \
   class_name::class_name() : SettingsGroup(typeid(class_name), _T(#class_name), name, InProductRoot(path), rows) {}
 
-// The registry key of an outside product, which stands in both trees. It declares no values.
+// The registry key of another maker's product, in both trees. It has no values.
 KV_SETTINGS_GROUP(QFAdv3AxisSettings)

@@ -1,4 +1,4 @@
-// The settings tree: shape, searches, registry walks, records.
+// The settings tree: shape, searches, registry, archive.
 #include "share/settings/settings_key.h"
 
 #include <optional>
@@ -9,7 +9,7 @@
 #include "framework/archive.h"
 #include "share/core/dump.h"
 #include "share/settings/internal/name_index.h"
-#include "share/settings/internal/registry_run.h"
+#include "share/settings/internal/registry_batch.h"
 
 IMPLEMENT_SERIAL(QFSettingsKey, QFBaseObject, VERSIONABLE_SCHEMA | 1)
 
@@ -21,8 +21,7 @@ constexpr LPCTSTR kMillFeatureCreationStyle = _T("MillFeatureCreationStyle");
 QFSettingsValue* AsValue(CObject* item) { return DYNAMIC_DOWNCAST(QFSettingsValue, item); }
 QFSettingsKey* AsKey(CObject* item) { return DYNAMIC_DOWNCAST(QFSettingsKey, item); }
 
-// Calls visit(item) for each item of the list that is not null, head first, until it gives something that is not null;
-// gives that.
+// Calls visit(item) for each non-null item, head first, until the result is not null. Returns the last result.
 template <class Visit>
 auto FirstOf(const CObList& list, Visit visit) -> decltype(visit(nullptr)) {
   for (POSITION at = list.GetHeadPosition(); at;) {
@@ -33,8 +32,8 @@ auto FirstOf(const CObList& list, Visit visit) -> decltype(visit(nullptr)) {
   return nullptr;
 }
 
-// Whether saving and restoring the value runs no code but the library's.
-bool IsOwnClass(const QFSettingsValue& value) {
+// Whether saving and restoring the value runs library code only.
+bool IsLibraryValueClass(const QFSettingsValue& value) {
   const std::type_info& type = typeid(value);
   for (const std::type_info* own : {&typeid(QFIntValue), &typeid(QFColorValue), &typeid(QFStringValue),
                                     &typeid(QFDoubleValue), &typeid(QFPointValue), &typeid(QFRectValue),
@@ -58,18 +57,18 @@ void ForEach(const CObList& list, Visit visit) {
 QFSettingsKey::QFSettingsKey() : QFSettingsKey(CString(), CString()) {}
 
 QFSettingsKey::QFSettingsKey(const CString& name, const CString& path)
-    : m_Name(name), m_Path(path), m_Key(HKEY_CURRENT_USER), m_List(kBlockSize), m_Former(kBlockSize) {}
+    : m_Name(name), m_Path(path), m_Key(HKEY_CURRENT_USER), m_List(kBlockSize), m_TakenOut(kBlockSize) {}
 
 QFSettingsKey::~QFSettingsKey() {
   DestroyList();
-  ResetContent(m_Former);
+  ResetContent(m_TakenOut);
   m_Key = nullptr;
 }
 
 void QFSettingsKey::AddItem(QFSettingsValue* value) {
   m_List.AddHead(value);
   value->m_pOwner = this;
-  ForgetNames();
+  DropIndexes();
 }
 
 void QFSettingsKey::AddValue(const CString& name, int value) { AddItem(new QFIntValue(name, value)); }
@@ -91,7 +90,7 @@ void QFSettingsKey::AddKey(QFSettingsKey* key) {
   }
   m_List.AddHead(key);
   key->m_pOwner = this;
-  ForgetNames();
+  DropIndexes();
 }
 
 void QFSettingsKey::AdoptAll() {
@@ -102,18 +101,18 @@ void QFSettingsKey::AdoptAll() {
 }
 
 void QFSettingsKey::DestroyList() {
-  ForgetNames();
+  DropIndexes();
   ResetContent(m_List);
 }
 
 void QFSettingsKey::TakeOutAll() {
-  ForgetNames();
-  m_Former.AddTail(&m_List);
+  DropIndexes();
+  m_TakenOut.AddTail(&m_List);
   m_List.RemoveAll();
 }
 
 void QFSettingsKey::SortList(CObListCompare compare) {
-  ForgetNames();  // of equal names another one may come first
+  DropIndexes();  // the first item of a duplicate name may change
   CObList_Sort(&m_List, compare);
 }
 
@@ -140,7 +139,7 @@ class QFSettingsKey::NameIndex {
   QFSettingsKey* Key(const CString& name) const { return m_Keys.Find(name.View()); }
 
  private:
-  // In the order of the walk, so that the first of a name is entered first.
+  // In search order: the first item of a name is entered first.
   static void Collect(const QFSettingsKey& root, std::vector<QFSettingsValue*>& values,
                       std::vector<QFSettingsKey*>& keys) {
     ForEach(root.m_List, [&](CObject* item) {
@@ -156,20 +155,20 @@ class QFSettingsKey::NameIndex {
   NameTable<QFSettingsKey> m_Keys;
 };
 
-// Null at the first search after a change: a key that is built to read one value never pays for an index. Readers on
-// several threads may build one each; the first to finish is kept.
+// Null at the first search after a change, so that a key built to read one value needs no index. Several reading
+// threads may each build one; the first one finished is kept.
 const QFSettingsKey::NameIndex* QFSettingsKey::GetIndex() const {
   if (const NameIndex* index = m_pIndex.load(std::memory_order_acquire)) return index;
   if (m_nSearches.fetch_add(1, std::memory_order_relaxed) == 0) return nullptr;
-  const auto* made = new NameIndex(*this);
+  const auto* index = new NameIndex(*this);
   const NameIndex* present = nullptr;
-  if (m_pIndex.compare_exchange_strong(present, made, std::memory_order_acq_rel)) return made;
-  delete made;
+  if (m_pIndex.compare_exchange_strong(present, index, std::memory_order_acq_rel)) return index;
+  delete index;
   return present;
 }
 
-// The indexes of this key and of all above it cover what has just changed.
-void QFSettingsKey::ForgetNames() {
+// Drops the indexes of this key and of all keys above: they contain its names.
+void QFSettingsKey::DropIndexes() {
   for (QFSettingsKey* key = this; key; key = key->m_pOwner) {
     delete key->m_pIndex.exchange(nullptr, std::memory_order_acq_rel);
     key->m_nSearches.store(0, std::memory_order_relaxed);
@@ -295,13 +294,13 @@ int QFSettingsKey::GetHasPermissionsToWriteToHKLM() {
   return status == ERROR_SUCCESS;
 }
 
-// While it lives, the key's values take part in the run.
-class QFSettingsKey::InRun {
+// Makes the key's values use the batch while it exists.
+class QFSettingsKey::InBatch {
  public:
-  InRun(QFSettingsKey& key, RegistryRun& run) : key_(key) { key_.m_pRun = &run; }
-  ~InRun() { key_.m_pRun = nullptr; }
-  InRun(const InRun&) = delete;
-  InRun& operator=(const InRun&) = delete;
+  InBatch(QFSettingsKey& key, RegistryBatch& batch) : key_(key) { key_.m_pBatch = &batch; }
+  ~InBatch() { key_.m_pBatch = nullptr; }
+  InBatch(const InBatch&) = delete;
+  InBatch& operator=(const InBatch&) = delete;
 
  private:
   QFSettingsKey& key_;
@@ -309,52 +308,52 @@ class QFSettingsKey::InRun {
 
 int QFSettingsKey::SaveValuesToRegistry() { return SaveItems(/*clears=*/false); }
 
-// Whether saving the key runs no code but the library's. Of a class that was derived from the library's nobody knows.
-bool QFSettingsKey::IsOwnKeyClass() const {
+// Whether saving the key runs library code only. False for classes that a module derived.
+bool QFSettingsKey::IsLibraryKeyClass() const {
   const std::type_info& type = typeid(*this);
-  return type == typeid(QFSettingsKey) || (m_pOwnClass && type == *m_pOwnClass);
+  return type == typeid(QFSettingsKey) || (m_pLibraryClass && type == *m_pLibraryClass);
 }
 
-// The key above, which is being saved, writes what this one adds.
+// Adds this key's values to the save of the key above.
 int QFSettingsKey::SaveWithin(RegistrySave& save) {
   m_pSave = &save;
   return SaveValuesToRegistry();
 }
 
-// A class of a module's own, whose operations may use the registry themselves, finds all that stands ahead of it saved.
+// Items of a module's class may use the registry themselves: everything before such an item is saved first.
 int QFSettingsKey::SaveItems(bool clears) {
   RegistrySave own;
   RegistrySave* const above = std::exchange(m_pSave, nullptr);
   RegistrySave& save = above ? *above : own;
-  RegistryRun* run = &save.Begin(*this, clears);
+  RegistryBatch* batch = &save.AddBatch(*this, clears);
   bool all = true;
   ForEach(m_List, [&](CObject* item) {
     QFSettingsValue* value = AsValue(item);
-    if (value && IsOwnClass(*value)) {
-      const InRun inRun(*this, *run);
+    if (value && IsLibraryValueClass(*value)) {
+      const InBatch inBatch(*this, *batch);
       all = value->SaveValueToRegistry(this) && all;
       return;
     }
     QFSettingsKey* key = AsKey(item);
-    if (key && key->IsOwnKeyClass()) {
+    if (key && key->IsLibraryKeyClass()) {
       all = key->SaveWithin(save) && all;
     } else {
       all = save.Finish() && all;
       if (value) all = value->SaveValueToRegistry(this) && all;
       if (key) all = key->SaveValuesToRegistry() && all;
     }
-    run = &save.Begin(*this, /*clears=*/false);
+    batch = &save.AddBatch(*this, /*clears=*/false);
   });
   return (above || save.Finish()) && all;
 }
 
 int QFSettingsKey::RestoreValuesFromRegistry() {
-  RegistryRun run(*this);
+  RegistryBatch batch(*this);
   bool all = true;
   ForEach(m_List, [&](CObject* item) {
     if (QFSettingsValue* value = AsValue(item)) {
-      std::optional<InRun> inRun;
-      if (IsOwnClass(*value)) inRun.emplace(*this, run);
+      std::optional<InBatch> inBatch;
+      if (IsLibraryValueClass(*value)) inBatch.emplace(*this, batch);
       all = value->RestoreValueFromRegistry(this) && all;
     }
     if (QFSettingsKey* key = AsKey(item)) all = key->RestoreValuesFromRegistry() && all;
@@ -370,14 +369,14 @@ void QFSettingsKey::Serialize(CArchive& ar) {
     m_List.Serialize(ar);
     return;
   }
-  ForgetNames();
+  DropIndexes();
   CObList defaults(kBlockSize);
   defaults.AddTail(&m_List);
   m_List.RemoveAll();
   try {
     m_List.SerializeOwned(ar);
   } catch (...) {
-    m_Former.AddTail(&defaults);  // somebody may still hold one of them
+    m_TakenOut.AddTail(&defaults);  // a caller may still hold a pointer to one
     AdoptAll();
     throw;
   }
@@ -387,7 +386,7 @@ void QFSettingsKey::Serialize(CArchive& ar) {
 }
 
 void QFSettingsKey::MergeContents(CObList& loaded, CObList& defaults) {
-  ForgetNames();
+  DropIndexes();
   const auto nameOf = [this](CObject* item) { return GetName(DYNAMIC_DOWNCAST(QFBaseObject, item)); };
   const auto namesOf = [&](const CObList& list) {
     std::unordered_set<Text> names;

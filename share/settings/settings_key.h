@@ -1,22 +1,21 @@
-// QFSettingsKey, a named key of settings: a tree of keys whose leaves are typed values
+// QFSettingsKey: a named key of settings. Keys form a tree; its leaves are typed values
 // (share/settings/settings_value.h).
 //
-// The tree lives in memory, in the registry (one registry key for each key, under the key's own absolute path and hive)
-// and in a document's archive. It is also the way to read a single registry value:
+// A tree can be saved to the registry (one registry key per key, at the key's own absolute path and hive) and to a
+// document's archive. A key is also the simplest way to read a single registry value:
 //
 //   QFSettingsKey key(_T("Path"), _T("Software\\Zemlor\\Kestrova\\Kestrova 2024x64"));
 //   key.AddValue(_T("KVDataPath"), CString());            // the name and the default
-//   key.RestoreValuesFromRegistry();                      // 0 if it isn't there: the default stands
+//   key.RestoreValuesFromRegistry();                      // 0 if the value is missing: the default stays
 //   CString path;
 //   key.GetValue(_T("KVDataPath"), path);
 //
-// Names compare exactly. Searches walk depth first, each list from its head, and a list runs in the reverse of the
-// order of declaration: of several values with one name the one declared last is found, and a sub-key declared after a
-// value is searched ahead of it. Values are found through an index of names, made at the second search after a change
-// of shape, so that repeated access costs the same at any size of the tree.
+// Names compare exactly, case included. A search walks depth first, each list from its head. Adding puts an item at the
+// head, so a list is in reverse order of declaration: of several values with one name the search finds the one declared
+// last, and it searches a sub-key before the values declared before that sub-key. The second search after a change
+// builds an index of names; later searches take the same time in a tree of any size.
 //
-// A key owns everything below it. A tree has no lock: it is changed by one thread at a time, and read by many only
-// while nobody changes it.
+// A key owns everything below it. A tree has no lock: several threads may read it while no thread changes it.
 #pragma once
 
 #include <atomic>
@@ -33,14 +32,15 @@ class KVSHARE_API QFSettingsKey : public QFBaseObject {
   DECLARE_SERIAL(QFSettingsKey)
 
  public:
-  // An empty name and path, which stands for the hive itself. Every key begins in HKEY_CURRENT_USER.
+  // The default constructor leaves name and path empty; an empty path means the hive itself. The hive of a new key is
+  // HKEY_CURRENT_USER (see SetKey).
   QFSettingsKey();
   QFSettingsKey(const CString& name, const CString& path);
   ~QFSettingsKey() override;
 
   // ---- shape
 
-  // Each puts a new value ahead of what the key holds. Duplicate names are not prevented.
+  // Add a value at the head of the list. Several values may have one name.
   void AddValue(const CString& name, int value);
   void AddValue(const CString& name, double value);
   void AddValue(const CString& name, const CString& value);
@@ -50,14 +50,14 @@ class KVSHARE_API QFSettingsKey : public QFBaseObject {
   void AddValue(const CString& name, const CTime& value);
   void AddValue(const CString& name, long double value);
   void AddValue(const CString& name, const CArray<int, int>& value);
-  // Puts the key, from the heap, ahead of what this one holds, and owns it from then on. Null, a key that stands in a
-  // tree already, and this key or one above it are left alone.
+  // Adds a sub-key at the head of the list and takes ownership; allocate it with new. Does nothing, and takes no
+  // ownership, for null, for a key that has an owner, for this key and for a key above it.
   void AddKey(QFSettingsKey* key);
 
   // ---- access
 
-  // Find the value of that name at any depth. SetValue then changes it, GetValue copies it to the variable. Without
-  // such a value, or with one of another type, nothing happens: give the variable your fallback first.
+  // Search for the value of that name at any depth. SetValue changes it; GetValue copies it to the variable. Nothing
+  // happens if the value is missing or has another type, so set the variable to your default before GetValue.
   void SetValue(const CString& name, int value);
   void SetValue(const CString& name, double value);
   void SetValue(const CString& name, const CString& value);
@@ -77,72 +77,73 @@ class KVSHARE_API QFSettingsKey : public QFBaseObject {
   void GetValue(const CString& name, long double& value) const;
   void GetValue(const CString& name, CArray<int, int>& value) const;
 
-  // Two names for one operation: the first key of that name below this one, at any depth, or null. It stays the tree's.
+  // Both search for the first key of that name below this one, at any depth. Null if there is none. The tree keeps
+  // ownership.
   QFSettingsKey* GetKey(const CString& name) const;
   QFSettingsKey* GetSettingsKey(const CString& name) const { return GetKey(name); }
 
-  // The key's own name, and that of a value or key; empty for null and for any other object.
+  // The name of this key; the name of a value or key, empty for null and for objects of other classes.
   const CString& GetName() const { return m_Name; }
   CString GetName(QFBaseObject* item) const;
 
   const CString& GetPath() const { return m_Path; }
-  // The items, head first; they stay the tree's. The list changes through the operations of this class alone, which
-  // keep the index of names right.
+  // The items, head first, owned by the tree. Only the operations of this class may change the list: they keep the
+  // index of names valid.
   const CObList& GetList() const { return m_List; }
 
   // ---- registry
 
-  // Sets the hive of this key, not of those below it; gives the former one.
+  // Sets the hive of this key, not of its sub-keys. Returns the former hive.
   HKEY SetKey(HKEY hive);
-  // Opens the key's path, creating it if create is not 0, with KEY_READ or KEY_ALL_ACCESS. Null if that fails. The
-  // caller closes the handle.
+  // Opens the registry key of this key, with KEY_READ if readOnly is not 0, else with KEY_ALL_ACCESS. With create not 0
+  // a missing registry key is created. Null on failure. The caller closes the handle.
   HKEY GetHandleToKey(int create, int readOnly) const;
-  // 1 if this process may write in HKEY_LOCAL_MACHINE. Trying it creates the key "Software" there if it is missing.
+  // 1 if this process may write in HKEY_LOCAL_MACHINE. The call creates the key "Software" there if it is missing.
   static int GetHasPermissionsToWriteToHKLM();
 
-  // Write or read every value of the tree, each key under its own path and hive. 1 if every item succeeded; a failure
-  // doesn't stop the walk. Saving creates registry keys, restoring never does; what can't be read keeps what it had.
-  // Whatever ends the process meanwhile, a value is the old one or the new one; where more than two have changed, all
-  // of them are new or none. A value or a key of a module's own class in the tree parts what stands ahead of it from
-  // what follows.
+  // Write or read every value of the tree, each key at its own path and hive. 1 if every value succeeded; a failure
+  // doesn't stop the walk. Saving creates missing registry keys; restoring creates none, and a value that can't be read
+  // stays unchanged. If the process is killed during a save, each value in the registry is the old or the new one. A
+  // save of three or more changed values is one transaction: the registry then has all changes or none. A value or key
+  // of a module's class ends the current transaction; the rest is saved in another.
   virtual int SaveValuesToRegistry();
   virtual int RestoreValuesFromRegistry();
 
   // ---- archive
 
-  // The record of QFBaseObject, then the list. The key's name, path and hive are not stored. Loading keeps the values
-  // of the class by name: see MergeContents. Raises what the archive raises, and badIndex for an item that the archive
-  // holds elsewhere too; the key then holds what was read so far, and its former content is out of reach but lives as
-  // long as the key does.
+  // The record of QFBaseObject, then the list. Name, path and hive of the key are not stored. Loading merges the list
+  // with the current items, the defaults, by name (MergeContents). Throws the archive's exceptions, and
+  // CArchiveException badIndex for an item that the archive holds twice. The key then has the items read so far; its
+  // former items are in no list any more but live as long as the key.
   void Serialize(CArchive& ar) override;
 
-  // Deletes every item of the list and empties it.
+  // Deletes all items of the list and empties it.
   void ResetContent(CObList& list);
-  // Brings a loaded list in line with the defaults: items whose name no default has are deleted, and defaults whose
-  // name no loaded item has move to the head of the loaded list. An integer named "MillFeatureCreationStyle" that moves
-  // this way is set to 0: documents older than it have that style.
+  // Merges a loaded list with the defaults: deletes loaded items whose name no default has, and moves defaults whose
+  // name no loaded item has to the head of the loaded list. An integer "MillFeatureCreationStyle" that moves is set to
+  // 0, the style of documents older than this value.
   void MergeContents(CObList& loaded, CObList& defaults);
 
   void DumpData(FILE* file) override;
 
  protected:
-  // The first value or key of that name in the walk described above, or null. The key itself is never compared.
+  // The first value or key of that name in search order, or null. The key itself is not compared.
   QFSettingsValue* FindSettingsValue(const CString& name) const;
   QFSettingsKey* FindSettingsKey(const CString& name) const;
 
-  // SaveValuesToRegistry of a key whose registry key holds the values of its list and nothing else: what stood there
-  // before is deleted, at once with the writing of the values that stand ahead of any key.
-  int SaveInPlaceOfAll() { return SaveItems(/*clears=*/true); }
-  // For a class of the library, by whose code alone objects of exactly that class are saved: the tree's writing of
-  // their values may be put off. Lives as long as the key.
-  void SetOwnClass(const std::type_info& type) { m_pOwnClass = &type; }
+  // SaveValuesToRegistry for a key whose registry key holds only the values of its list: deletes all other values, in
+  // the transaction that writes the values before the first sub-key.
+  int SaveReplacingAll() { return SaveItems(/*clears=*/true); }
+  // Call it in the constructor of a library class that saves with library code only. A tree may then put the values of
+  // objects of exactly this class into a common transaction. type must outlive the key.
+  void SetLibraryClass(const std::type_info& type) { m_pLibraryClass = &type; }
   void DestroyList();
-  // Takes every item out of the list without deleting it. No search finds it there any more, but it lives, and stays
-  // this key's, until the key itself is deleted: whoever holds one may go on reading it, and nobody else deletes it.
+  // Takes all items out of the list without deleting them. Searches don't find them any more. The key deletes them in
+  // its destructor, so a caller with a pointer to one may go on reading it.
   void TakeOutAll();
   // See CObList_Sort.
   void SortList(CObListCompare compare);
-  // Another number whenever the list, or a name in it, may have changed.
+  // Increases whenever the list or a name in it may have changed.
   ULONGLONG GetListVersion() const { return m_nListVersion; }
 
   CString m_Name;
@@ -151,25 +152,25 @@ class KVSHARE_API QFSettingsKey : public QFBaseObject {
 
  private:
   friend class QFSettingsValue;
-  friend class RegistryRun;
+  friend class RegistryBatch;
   class NameIndex;
-  class InRun;
+  class InBatch;
 
   void AddItem(QFSettingsValue* value);
-  bool IsOwnKeyClass() const;
+  bool IsLibraryKeyClass() const;
   int SaveWithin(RegistrySave& save);
   int SaveItems(bool clears);
   void AdoptAll();
-  void ForgetNames();
+  void DropIndexes();
   const NameIndex* GetIndex() const;
 
   CObList m_List;
-  CObList m_Former;  // taken out of the list
+  CObList m_TakenOut;  // deleted by the destructor
   QFSettingsKey* m_pOwner = nullptr;
-  const std::type_info* m_pOwnClass = nullptr;
-  RegistrySave* m_pSave = nullptr;  // of the key above, for the next save
-  RegistryRun* m_pRun = nullptr;    // while one of its values is being saved or restored
+  const std::type_info* m_pLibraryClass = nullptr;
+  RegistrySave* m_pSave = nullptr;    // the save of the key above that this key's next save joins
+  RegistryBatch* m_pBatch = nullptr;  // set while one of its values is saved or restored
   ULONGLONG m_nListVersion = 0;
   mutable std::atomic<const NameIndex*> m_pIndex = nullptr;
-  mutable std::atomic<int> m_nSearches = 0;  // since the last change of shape
+  mutable std::atomic<int> m_nSearches = 0;  // since the last change
 };

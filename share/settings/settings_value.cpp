@@ -1,4 +1,4 @@
-// The typed values: how each datum stands in archives, in dumps and in the registry.
+// The typed values: each datum's form in archives, dumps and the registry.
 #include "share/settings/settings_value.h"
 
 #include <cstring>
@@ -8,7 +8,7 @@
 #include "framework/archive.h"
 #include "platform/numbers.h"
 #include "share/core/dump.h"
-#include "share/settings/internal/registry_run.h"
+#include "share/settings/internal/registry_batch.h"
 #include "share/settings/internal/text_scan.h"
 #include "share/settings/settings_key.h"
 
@@ -45,7 +45,7 @@ void Transfer(CArchive& ar, CRect& data) {
   for (LONG* side : {&data.left, &data.top, &data.right, &data.bottom}) Transfer(ar, *side);
 }
 
-// The count is 32 bits wide here, unlike the counts of the framework's own arrays.
+// The count has 32 bits here, unlike the counts of the framework's arrays.
 void Transfer(CArchive& ar, CArray<int, int>& data) {
   if (ar.IsStoring()) {
     ar << DWORD(data.GetSize());
@@ -59,9 +59,9 @@ void Transfer(CArchive& ar, CArray<int, int>& data) {
   }
 }
 
-// ---- dumps: the name in the banners, and what stands between them
+// ---- dumps: the name in the banners, and the text between them
 
-template <class Given>
+template <class Parameter>
 constexpr LPCTSTR kBannerOf = nullptr;
 template <>
 constexpr LPCTSTR kBannerOf<double> = _T("QFDoubleValue");
@@ -105,7 +105,7 @@ Stored BytesOf(DWORD type, const void* data, std::size_t size) {
   return {type, std::string(static_cast<const char*>(data), size)};
 }
 
-// With its terminator.
+// The text with its terminator.
 Stored TextOf(const CString& text) {
   return BytesOf(REG_SZ, text.GetString(), std::size_t(text.GetLength() + 1) * sizeof(TCHAR));
 }
@@ -123,22 +123,22 @@ Stored Encode(int data) { return BytesOf(REG_DWORD, &data, sizeof data); }
 Stored Encode(unsigned long data) { return Encode(int(DWORD(data))); }
 Stored Encode(const CPoint& data) { return Print(_T("%ld %ld"), data.x, data.y); }
 Stored Encode(const CRect& data) { return Print(_T("%ld %ld %ld %ld"), data.left, data.top, data.right, data.bottom); }
-// Cut to 32 bits, as the format requires.
+// The low 32 bits only, kept for existing registries.
 Stored Encode(const CTime& data) { return Print(_T("%ld"), LONG(data.GetTime())); }
 Stored Encode(long double data) { return Print(_T("%lf"), double(data)); }
 Stored Encode(const CArray<int, int>& data) {
   return BytesOf(REG_BINARY, data.GetData(), std::size_t(data.GetSize()) * sizeof(int));
 }
 
-// Up to the first terminator.
+// The text up to the first terminator.
 CString TextIn(const Stored& stored) {
   Text text((stored.bytes.size() + 1) / sizeof(TCHAR), _T('\0'));
   std::memcpy(text.data(), stored.bytes.data(), stored.bytes.size());
   return CString(text.c_str());
 }
 
-// Each gives whether the value counts as read; only then may it change the datum. A number takes no more bytes than it
-// has itself, of whatever type.
+// True if the value counts as read; if false, the datum is unchanged. A number is read from a value of any type that
+// has no more bytes than the number.
 template <class Number>
 bool Decode(const Stored& stored, Number& data) {
   if (stored.bytes.size() > sizeof data) return false;
@@ -156,7 +156,7 @@ bool Decode(const Stored& stored, CString& data) {
   data = TextIn(stored);
   return true;
 }
-// The scan's result doesn't count, as required: the fields that it reached are taken.
+// Always true, even if the text is no point (see QFPointValue).
 bool Decode(const Stored& stored, CPoint& data) {
   const CString text = TextIn(stored);
   TextScan scan(text.View());
@@ -167,13 +167,13 @@ bool Decode(const Stored& stored, CRect& data) {
   const CString text = TextIn(stored);
   TextScan scan(text.View());
   for (LONG* side : {&data.left, &data.top, &data.right, &data.bottom}) {
-    if (!scan.Integer(*side)) break;  // as for a point
+    if (!scan.Integer(*side)) break;
   }
   return true;
 }
 bool Decode(const Stored& stored, CTime& data) {
   const CString text = TextIn(stored);
-  DWORD low = 0;  // only the low half of the 64 bits is ever filled: a negative text becomes a large positive time
+  DWORD low = 0;  // the upper 32 bits stay 0: a negative number becomes a large positive time
   TextScan(text.View()).Integer(low);
   data = CTime(LONGLONG(low));
   return true;
@@ -184,7 +184,7 @@ bool Decode(const Stored& stored, long double& data) {
   return true;
 }
 bool Decode(const Stored& stored, CArray<int, int>& data) {
-  if (stored.type != REG_BINARY) return true;  // required: another type counts as read and changes nothing
+  if (stored.type != REG_BINARY) return true;  // counts as read and changes nothing (see QFIntArrayValue)
   data.SetSize(LONGLONG(stored.bytes.size() / sizeof(int)));
   if (!data.IsEmpty()) std::memcpy(data.GetData(), stored.bytes.data(), std::size_t(data.GetSize()) * sizeof(int));
   return true;
@@ -196,8 +196,8 @@ bool Decode(const Stored& stored, CArray<int, int>& data) {
 
 void QFSettingsValue::Serialize(CArchive& ar) {
   QFBaseObject::Serialize(ar);
-  // A value that is read while it stands in a tree may get another name.
-  if (ar.IsLoading() && m_pOwner) m_pOwner->ForgetNames();
+  // Loading a value of a tree may change its name.
+  if (ar.IsLoading() && m_pOwner) m_pOwner->DropIndexes();
   Transfer(ar, m_Name);
 }
 
@@ -208,7 +208,7 @@ void QFSettingsValue::DumpData(FILE* file) {
   DumpBanner(file, _T("QFSettingsValue"), _T("End"));
 }
 
-RegistryRun* QFSettingsValue::RunOf(QFSettingsKey* key) { return key ? key->m_pRun : nullptr; }
+RegistryBatch* QFSettingsValue::BatchOf(QFSettingsKey* key) { return key ? key->m_pBatch : nullptr; }
 
 int QFSettingsValue::SaveValueToRegistry(QFSettingsKey*) { return 0; }
 
@@ -216,46 +216,46 @@ int QFSettingsValue::RestoreValueFromRegistry(QFSettingsKey*) { return 0; }
 
 // ---- typed values
 
-template <class Datum, class Given>
-void QFTypedValue<Datum, Given>::Serialize(CArchive& ar) {
+template <class Datum, class Parameter>
+void QFTypedValue<Datum, Parameter>::Serialize(CArchive& ar) {
   QFSettingsValue::Serialize(ar);
   Transfer(ar, m_Data);
 }
 
-template <class Datum, class Given>
-void QFTypedValue<Datum, Given>::DumpData(FILE* file) {
+template <class Datum, class Parameter>
+void QFTypedValue<Datum, Parameter>::DumpData(FILE* file) {
   if (!file) return;
-  DumpBanner(file, kBannerOf<Given>, _T("Start"));
-  DumpDatum(file, Given(m_Data));
-  DumpBanner(file, kBannerOf<Given>, _T("End"));
+  DumpBanner(file, kBannerOf<Parameter>, _T("Start"));
+  DumpDatum(file, Parameter(m_Data));
+  DumpBanner(file, kBannerOf<Parameter>, _T("End"));
 }
 
-template <class Datum, class Given>
-int QFTypedValue<Datum, Given>::SaveValueToRegistry(QFSettingsKey* key) {
+template <class Datum, class Parameter>
+int QFTypedValue<Datum, Parameter>::SaveValueToRegistry(QFSettingsKey* key) {
   Stored stored = ToStored();
-  if (RegistryRun* run = RunOf(key)) {
-    run->Add(m_Name, std::move(stored));
+  if (RegistryBatch* batch = BatchOf(key)) {
+    batch->Add(m_Name, std::move(stored));
     return 1;
   }
   return WriteStored(RegistryKeyHandle(key ? key->GetHandleToKey(/*create=*/1, /*readOnly=*/0) : nullptr), m_Name,
                      stored);
 }
 
-template <class Datum, class Given>
-StoredValue QFTypedValue<Datum, Given>::ToStored() const {
-  return Encode(Given(m_Data));
+template <class Datum, class Parameter>
+StoredValue QFTypedValue<Datum, Parameter>::ToStored() const {
+  return Encode(Parameter(m_Data));
 }
 
-template <class Datum, class Given>
-int QFTypedValue<Datum, Given>::RestoreValueFromRegistry(QFSettingsKey* key) {
+template <class Datum, class Parameter>
+int QFTypedValue<Datum, Parameter>::RestoreValueFromRegistry(QFSettingsKey* key) {
   Stored stored;
-  RegistryRun* run = RunOf(key);
-  const RegistryKeyHandle opened(key && !run ? key->GetHandleToKey(/*create=*/0, /*readOnly=*/1) : nullptr);
-  if (!ReadStored(run ? run->ToRead() : HKEY(opened), m_Name, stored)) return 0;
+  RegistryBatch* batch = BatchOf(key);
+  const RegistryKeyHandle opened(key && !batch ? key->GetHandleToKey(/*create=*/0, /*readOnly=*/1) : nullptr);
+  if (!ReadStored(batch ? batch->OpenForReading() : HKEY(opened), m_Name, stored)) return 0;
   if constexpr (std::is_class_v<Datum>) {
     return Decode(stored, m_Data);
   } else {
-    Given data = m_Data;
+    Parameter data = m_Data;
     if (!Decode(stored, data)) return 0;
     m_Data = Datum(data);
     return 1;

@@ -1,11 +1,11 @@
-// The leaves of a settings tree: QFSettingsValue, a name, and nine typed classes that add one datum each.
+// The leaves of a settings tree: QFSettingsValue has a name; nine typed classes add a datum each.
 //
-// A value lives in a QFSettingsKey, which owns it, and goes to three places: a document's archive, the registry (one
-// registry value of the same name, under its key's path), and dumps. The registry operations give 1 or 0, report
-// nothing and throw nothing; a failed restore leaves the datum as it was. They open and close the key by themselves. A
-// null key gives 0. Values have no lock: like their tree, they are used by one thread at a time; several may read.
+// A QFSettingsKey owns its values. A value can be saved to a document's archive and to the registry (one registry value
+// of the same name, at the key's path), and printed into dumps. The registry operations return 1 or 0 and throw
+// nothing; they open and close the registry key themselves. A failed restore leaves the datum unchanged. A null key
+// gives 0. Values have no lock: several threads may read a tree while no thread changes it.
 //
-//   class                  datum                    registry                              archive, behind the name
+//   class                  datum                    registry                              archive, after the name
 //   QFDoubleValue          double                   REG_BINARY, 8 bytes                   8 bytes
 //   QFStringValue          CString                  REG_SZ with terminator                wide text
 //   QFIntValue             int                      REG_DWORD                             4 bytes
@@ -27,9 +27,9 @@
 #include "share/core/base_object.h"
 
 class QFSettingsKey;
-class RegistryRun;
+class RegistryBatch;
 
-// A registry value: what a datum is saved as, or what was found.
+// The type and the bytes of a registry value.
 struct StoredValue {
   DWORD type = REG_NONE;
   std::string bytes;
@@ -44,39 +44,40 @@ class KVSHARE_API QFSettingsValue : public QFBaseObject {
 
   const CString& GetName() const { return m_Name; }
 
-  // The record of QFBaseObject, then the name. The typed classes add their datum. Raises what the archive raises.
+  // The record of QFBaseObject, then the name; the typed classes add their datum. Throws the archive's exceptions.
   void Serialize(CArchive& ar) override;
-  // Prints the name. The typed classes print their datum and not the name: that is required.
+  // Prints the name. The typed classes print their datum and not the name, which is kept for existing readers of dumps.
   void DumpData(FILE* file) override;
 
-  // Writes the datum under the key's path, which is created if missing. 1 if written. A value without a datum gives 0.
+  // Writes the datum to the registry key of `key`, which is created if missing. 1 if written; 0 for a value without a
+  // datum.
   virtual int SaveValueToRegistry(QFSettingsKey* key);
-  // Reads the datum; creates no registry key. 1 if read.
+  // Reads the datum. Creates no registry key. 1 if read.
   virtual int RestoreValueFromRegistry(QFSettingsKey* key);
-  // What SaveValueToRegistry writes, for those who write it by themselves. REG_NONE for a value without a datum.
+  // The type and bytes that SaveValueToRegistry writes. REG_NONE for a value without a datum.
   virtual StoredValue ToStored() const { return {}; }
 
  protected:
   QFSettingsValue() = default;
 
-  // The run of values that the key is saving or restoring at this moment; null outside one.
-  static RegistryRun* RunOf(QFSettingsKey* key);
+  // The batch in which the key is saving or restoring this value; null if it does neither.
+  static RegistryBatch* BatchOf(QFSettingsKey* key);
 
   CString m_Name;
 
  private:
   friend class QFSettingsKey;
-  QFSettingsKey* m_pOwner = nullptr;  // the key in whose list it stands
+  QFSettingsKey* m_pOwner = nullptr;  // the key that has it in its list
 };
 
-// What the typed classes share: the datum, and the four operations by its type. Given is the type in which the datum is
-// handed in and out. The library makes it for the nine below alone.
-template <class Datum, class Given = std::conditional_t<std::is_class_v<Datum>, const Datum&, Datum>>
+// The base of the typed classes: the datum and the operations for its type. Parameter is the type of the datum in calls
+// and results. The library instantiates it for the nine classes below only.
+template <class Datum, class Parameter = std::conditional_t<std::is_class_v<Datum>, const Datum&, Datum>>
 class KVSHARE_API QFTypedValue : public QFSettingsValue {
  public:
-  QFTypedValue(const CString& name, Given value) : QFSettingsValue(name) { SetValue(value); }
-  Given GetValue() const { return m_Data; }
-  void SetValue(Given value) {
+  QFTypedValue(const CString& name, Parameter value) : QFSettingsValue(name) { SetValue(value); }
+  Parameter GetValue() const { return m_Data; }
+  void SetValue(Parameter value) {
     if constexpr (requires { m_Data.Copy(value); }) {
       m_Data.Copy(value);
     } else {
@@ -136,7 +137,7 @@ class KVSHARE_API QFIntValue : public QFTypedValue<int> {
   QFIntValue() = default;
 };
 
-// A colour with red in the low byte. Bits above the low 32 are dropped.
+// A colour with red in the low byte. Only the low 32 bits are kept.
 class KVSHARE_API QFColorValue : public QFTypedValue<DWORD, unsigned long> {
   DECLARE_SERIAL(QFColorValue)
 
@@ -147,8 +148,8 @@ class KVSHARE_API QFColorValue : public QFTypedValue<DWORD, unsigned long> {
   QFColorValue() = default;
 };
 
-// On restoring, a text that doesn't scan leaves the fields that the scan didn't reach as they were; the result is 1 all
-// the same. QFRectValue does likewise.
+// Restoring a text that is no point changes only the fields before the first error, and still gives 1. QFRectValue does
+// the same. Kept for existing registries.
 class KVSHARE_API QFPointValue : public QFTypedValue<CPoint> {
   DECLARE_SERIAL(QFPointValue)
 
@@ -169,8 +170,8 @@ class KVSHARE_API QFRectValue : public QFTypedValue<CRect> {
   QFRectValue() = default;
 };
 
-// Through the registry a time travels as the low 32 bits of its seconds, which come back without sign: -1 comes back as
-// 4294967295. The format requires that; an archive keeps all 64 bits. A text that doesn't scan comes back as 0.
+// The registry has the low 32 bits of the seconds, and restoring reads them as unsigned: -1 comes back as 4294967295.
+// Kept for existing registries; an archive stores all 64 bits. A text that is no number gives 0.
 class KVSHARE_API QFTimeValue : public QFTypedValue<CTime> {
   DECLARE_SERIAL(QFTimeValue)
 
@@ -181,8 +182,8 @@ class KVSHARE_API QFTimeValue : public QFTypedValue<CTime> {
   QFTimeValue() = default;
 };
 
-// A real that the registry keeps as text, cut to six decimals. It has the width of a double in memory and in archives.
-// A text that doesn't scan leaves it as it was. The banners of its dump name "QFDoubleStrValue": that is required.
+// A real number that the registry has as text, rounded to six decimals. In memory and in archives it is a double. A
+// text that is no number leaves it unchanged. Its dump says "QFDoubleStrValue", kept for existing readers of dumps.
 class KVSHARE_API QFLongDoubleStrValue : public QFTypedValue<double, long double> {
   DECLARE_SERIAL(QFLongDoubleStrValue)
 
@@ -193,7 +194,8 @@ class KVSHARE_API QFLongDoubleStrValue : public QFTypedValue<double, long double
   QFLongDoubleStrValue() = default;
 };
 
-// Restoring from a registry value of a type other than REG_BINARY gives 1 and leaves the array alone: that is required.
+// Restoring from a registry value of another type than REG_BINARY gives 1 and leaves the array unchanged, which is kept
+// for existing registries.
 class KVSHARE_API QFIntArrayValue : public QFTypedValue<CArray<int, int>> {
   DECLARE_SERIAL(QFIntArrayValue)
 

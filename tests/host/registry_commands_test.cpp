@@ -138,7 +138,7 @@ TEST_F(RegistryCommands, DamagedHiveIsToldInOneLine) {
   const std::string key = "HKEY_CURRENT_USER\\Software\\KvHost: ";
   EXPECT_EQ(Reg("query @"), Refused(1, key + "there is more data than room; try again"));
   folder_.Write("user.hive", "no hive");
-  const RunResult damaged = Refused(1, key + "the registry's file is damaged; put a copy in its place");
+  const RunResult damaged = Refused(1, key + "the registry's file is damaged; restore it from a backup");
   EXPECT_EQ(Reg("query @"), damaged);
   EXPECT_EQ(Reg("export @ " + (folder_.Path() / "out.reg").string()), damaged);
 }

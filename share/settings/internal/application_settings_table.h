@@ -1,12 +1,12 @@
-// The values of the application settings, group by group in the order of declaration. Names are registry names: their
-// blanks, case and misspellings are part of them. Not public.
+// The values of the application settings, group by group, in the order of declaration. The names are registry names:
+// blanks, case and misspellings included. Not public.
 #pragma once
 
 #include "share/settings/settings_group.h"
 
 namespace application_settings {
 
-// Defaults that are made when their group is.
+// Defaults that the group's constructor computes.
 CString ProductFolderInTemp();
 CString LanguageName();
 CTime NeverChecked();

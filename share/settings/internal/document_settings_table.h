@@ -1,4 +1,4 @@
-// The values of the document settings, group by group in the order of declaration. Names are registry names. Not
+// The values of the document settings, group by group, in the order of declaration. The names are registry names. Not
 // public.
 #pragma once
 
@@ -8,8 +8,8 @@
 
 namespace document_settings {
 
-// Deviations and diameters are in metres, 1.27e-05 being half a thousandth of an inch, angles in radians. "SeqFaceFeat"
-// to "SeqMultiSurfaceFeat" rank the kinds of features, from 0 on.
+// Deviations and diameters are in metres (1.27e-05 is half a thousandth of an inch), angles in radians. "SeqFaceFeat"
+// to "SeqMultiSurfaceFeat" rank the kinds of features, from 0.
 constexpr SettingsRow kFeatRows[] = {
     {_T("3AxisPartDeviation"), 1.27e-05},
     {_T("SplineDeviation"), 2.54e-05},

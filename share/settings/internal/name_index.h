@@ -1,19 +1,20 @@
-// The index of names of a settings tree: the first value and the first key of each name. Not public.
+// A hash table by name for the index of a settings tree: the first item of each name. Not public.
 #pragma once
 
 #include <string_view>
 #include <vector>
 
-// An open-addressed table from a name to the first item entered under it. The names stay the items'.
+// An open-addressed hash table. The items own the names, which must outlive the table.
 template <class Item>
 class NameTable {
  public:
-  // Makes room for that many names; to be called once, before Enter.
+  // Reserves space for that many names. Call it once, before Enter.
   void Reserve(std::size_t count) {
     std::size_t size = 8;
     while (size < 2 * count) size *= 2;
     slots_.assign(size, {});
   }
+  // Keeps the first item of a name.
   void Enter(TextView name, Item* item) {
     Slot& slot = SlotOf(name);
     if (!slot.item) slot = {Hash(name), name, item};

@@ -1,5 +1,5 @@
-// Reads numbers from a text in the manner of scanf: blanks ahead of a number are skipped, and the first number that
-// doesn't stand there ends the scan. Not public.
+// Reads numbers from a text like scanf: skips white space before a number; the first missing number ends the scan. Not
+// public.
 #pragma once
 
 #include <string_view>
@@ -10,7 +10,7 @@ class TextScan {
  public:
   explicit TextScan(TextView text) : rest_(text) {}
 
-  // A decimal number, cut to its low 32 bits; false, with the value untouched, if there is none.
+  // Reads a decimal number, modulo 2^32. False and the value unchanged if there is no number.
   bool Integer(DWORD& value) {
     while (At(0) == ' ' || (At(0) >= '\t' && At(0) <= '\r')) rest_.remove_prefix(1);
     const bool negative = At(0) == '-';

@@ -1,10 +1,10 @@
-// Paths kept in the registry and in the application settings.
-#include "share/env/internal/kept_paths.h"
+// Paths in the registry and in the application settings.
+#include "share/env/internal/stored_paths.h"
 
 #include "share/settings/settings_key.h"
 #include "share/utilities/files_and_folders.h"
 
-CString ReadKeptText(HKEY hive, LPCTSTR path, LPCTSTR name) {
+CString ReadStoredText(HKEY hive, LPCTSTR path, LPCTSTR name) {
   QFSettingsKey key(CString(), path);
   key.SetKey(hive);
   QFStringValue text(name, CString());
@@ -12,12 +12,12 @@ CString ReadKeptText(HKEY hive, LPCTSTR path, LPCTSTR name) {
   return text.GetValue();
 }
 
-CString ReadKeptTextOfUserOrMachine(LPCTSTR path, LPCTSTR name) {
-  CString text = ReadKeptText(HKEY_CURRENT_USER, path, name);
-  return text.IsEmpty() ? ReadKeptText(HKEY_LOCAL_MACHINE, path, name) : text;
+CString ReadStoredTextOfUserOrMachine(LPCTSTR path, LPCTSTR name) {
+  CString text = ReadStoredText(HKEY_CURRENT_USER, path, name);
+  return text.IsEmpty() ? ReadStoredText(HKEY_LOCAL_MACHINE, path, name) : text;
 }
 
-void KeepText(HKEY hive, LPCTSTR path, LPCTSTR name, const CString& text) {
+void StoreText(HKEY hive, LPCTSTR path, LPCTSTR name, const CString& text) {
   QFSettingsKey key(CString(), path);
   key.SetKey(hive);
   QFStringValue(name, text).SaveValueToRegistry(&key);

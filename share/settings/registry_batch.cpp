@@ -1,0 +1,163 @@
+// Writes the batches of a save: one by one, or in one transaction.
+#include "share/settings/internal/registry_batch.h"
+
+#include <algorithm>
+
+#include "platform/handles.h"
+#include "share/settings/settings_key.h"
+
+namespace {
+
+// Longer values count as unreadable.
+constexpr DWORD kMostBytes = 0x1FFFFFFF;
+// From this number of changed values on a transaction is faster than single writes.
+constexpr std::size_t kLeastForTransaction = 3;
+constexpr DWORD kNameUnits = 256;
+
+void DeleteAllValues(HKEY key) {
+  TCHAR name[kNameUnits];
+  for (DWORD units = kNameUnits;
+       RegEnumValueW(key, 0, name, &units, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS; units = kNameUnits) {
+    if (RegDeleteValueW(key, name) != ERROR_SUCCESS) return;
+  }
+}
+
+}  // namespace
+
+bool ReadStored(HKEY key, LPCTSTR name, StoredValue& stored) {
+  DWORD size = 8;  // most values are numbers
+  LSTATUS status = ERROR_MORE_DATA;
+  while (status == ERROR_MORE_DATA && size <= kMostBytes) {
+    stored.bytes.resize(size);
+    status = RegQueryValueExW(key, name, nullptr, &stored.type, reinterpret_cast<BYTE*>(stored.bytes.data()), &size);
+  }
+  if (status == ERROR_SUCCESS) stored.bytes.resize(size);
+  return status == ERROR_SUCCESS;
+}
+
+bool WriteStored(HKEY key, LPCTSTR name, const StoredValue& stored) {
+  return RegSetValueExW(key, name, 0, stored.type, reinterpret_cast<const BYTE*>(stored.bytes.data()),
+                        DWORD(stored.bytes.size())) == ERROR_SUCCESS;
+}
+
+// ---- one batch
+
+HKEY RegistryBatch::OpenForReading() {
+  if (!tried_) *opened_.Receive() = key_.GetHandleToKey(/*create=*/0, /*readOnly=*/1);
+  tried_ = true;
+  return opened_;
+}
+
+bool RegistryBatch::HasSameKey(const RegistryBatch& other) const {
+  return key_.m_Key == other.key_.m_Key && key_.m_Path.CompareNoCase(other.key_.m_Path) == 0;
+}
+
+bool RegistryBatch::IsStored(const Value& value) const {
+  StoredValue stored;
+  return ReadStored(opened_, value.name, stored) && stored == value.stored;
+}
+
+// Whether the registry key holds exactly the values of the batch, in order.
+bool RegistryBatch::IsWholeKeyStored() const {
+  TCHAR name[kNameUnits];
+  for (std::size_t i = 0;; ++i) {
+    DWORD units = kNameUnits;
+    const LSTATUS status = RegEnumValueW(opened_, DWORD(i), name, &units, nullptr, nullptr, nullptr, nullptr);
+    if (status != ERROR_SUCCESS) return status == ERROR_NO_MORE_ITEMS && i == values_.size();
+    if (i == values_.size() || values_[i].name != name || !IsStored(values_[i])) return false;
+  }
+}
+
+bool RegistryBatch::Write(HKEY opened) const {
+  if (clears_) DeleteAllValues(opened);
+  bool all = true;
+  for (const Value& value : values_) all = WriteStored(opened, value.name, value.stored) && all;
+  return all;
+}
+
+bool RegistryBatch::Write() const {
+  return Write(RegistryKeyHandle(key_.GetHandleToKey(/*create=*/1, /*readOnly=*/0)));
+}
+
+bool RegistryBatch::WriteIn(HANDLE transaction) const {
+  RegistryKeyHandle opened;
+  TCHAR noClass[] = _T("");
+  return RegCreateKeyTransactedW(key_.m_Key, key_.m_Path, 0, noClass, 0, KEY_ALL_ACCESS, nullptr, opened.Receive(),
+                                 nullptr, transaction, nullptr) == ERROR_SUCCESS &&
+         Write(opened);
+}
+
+// ---- the save
+
+RegistryBatch& RegistrySave::AddBatch(const QFSettingsKey& key, bool clears) {
+  RegistryBatch& batch = batches_.emplace_back(key);
+  batch.clears_ = clears;
+  return batch;
+}
+
+// Whether the registry has a value of that name, and the save writes another value to it later: some names are declared
+// twice, and the last write decides.
+bool RegistrySave::IsOverwrittenLater(Batch batch, std::size_t value) const {
+  const CString& name = batch->values_[value].name;
+  StoredValue stored;
+  if (!ReadStored(batch->opened_, name, stored)) return false;
+  const auto has = [&](const RegistryBatch& later, std::size_t from) {
+    return std::any_of(later.values_.begin() + std::ptrdiff_t(from), later.values_.end(),
+                       [&](const RegistryBatch::Value& other) { return other.name.CompareNoCase(name) == 0; });
+  };
+  if (has(*batch, value + 1)) return true;
+  return std::any_of(std::next(batch), batches_.end(),
+                     [&](const RegistryBatch& later) { return later.HasSameKey(*batch) && has(later, 0); });
+}
+
+// Stops counting in a batch once there are enough changes for a transaction.
+void RegistrySave::FindChanges() {
+  for (auto batch = batches_.begin(); batch != batches_.end(); ++batch) {
+    if (batch->values_.empty() && !batch->clears_) continue;
+    *batch->opened_.Receive() = batch->key_.GetHandleToKey(/*create=*/0, /*readOnly=*/0);
+    if (batch->clears_) {
+      batch->changes_ = !batch->IsWholeKeyStored();
+      changes_ += batch->changes_ ? kLeastForTransaction : 0;
+      continue;
+    }
+    for (std::size_t i = 0; i < batch->values_.size() && (!batch->changes_ || changes_ < kLeastForTransaction); ++i) {
+      if (batch->IsStored(batch->values_[i]) || IsOverwrittenLater(batch, i)) continue;
+      batch->changes_ = true;
+      ++changes_;
+    }
+  }
+  // A change in one batch may overwrite a name of another batch of the same registry key: write that one again too.
+  for (RegistryBatch& batch : batches_) {
+    batch.changes_ = batch.changes_ ||
+                     (!batch.values_.empty() && std::any_of(batches_.begin(), batches_.end(), [&](const auto& other) {
+                       return other.changes_ && other.HasSameKey(batch);
+                     }));
+  }
+}
+
+bool RegistrySave::WriteInTransaction() const {
+  const HANDLE transaction = CreateTransaction(nullptr, nullptr, 0, 0, 0, 0, nullptr);
+  if (transaction == INVALID_HANDLE_VALUE) return false;
+  const bool all =
+      std::all_of(batches_.begin(), batches_.end(),
+                  [&](const RegistryBatch& batch) { return !batch.changes_ || batch.WriteIn(transaction); }) &&
+      CommitTransaction(transaction);
+  CloseHandle(transaction);
+  return all;
+}
+
+bool RegistrySave::WriteEach() const {
+  bool all = true;
+  for (const RegistryBatch& batch : batches_) all = (!batch.changes_ || batch.Write()) && all;
+  return all;
+}
+
+bool RegistrySave::Finish() {
+  FindChanges();
+  bool all = changes_ == 0;
+  if (changes_ >= kLeastForTransaction) all = WriteInTransaction();
+  if (!all) all = WriteEach();  // one value that can't be written makes the whole transaction fail
+  batches_.clear();
+  changes_ = 0;
+  return all;
+}
