@@ -149,8 +149,6 @@ TEST_F(Database, TellsItsTables) {
   EXPECT_TRUE(info.m_bUpdatable);
   EXPECT_EQ(info.m_lRecordCount, 3);
   EXPECT_EQ(Failure([&] { database_.GetTableDefInfo(2, info); }), "there is no table of that number");
-  EXPECT_EQ(database_.GetDriverName(), kSQLiteDriver);
-  EXPECT_THAT(ToUtf8(database_.GetVersion()), testing::MatchesRegex("SQLite 3\\.[0-9.]+"));
 }
 
 TEST_F(Database, CountsTheRecordsOfTablesOfAnyName) {
@@ -179,8 +177,6 @@ TEST_F(Database, TellsWhatIsMissingInOneLine) {
   EXPECT_FALSE(std::filesystem::exists(folder_.Path() / "none.kvdb")) << "and none is made";
   EXPECT_THAT(Failure([&] { other.Open(_T("Driver={No such};Database=x;")); }),
               testing::StartsWith("the ODBC driver \"No such\" is not registered"));
-  EXPECT_EQ(Failure([&] { All(_T("SELECT * FROM Missing")); }),
-            "cannot run the statement: no such table: Missing (1) (HY000)");
   EXPECT_THAT(Failure([&] { other.Open(ProductPath(folder_.Write("text.kvdb", std::string(5000, 'x')))); }),
               HasSubstr("not a database"));
 }
@@ -195,9 +191,7 @@ TEST_F(Database, ConnectionsThatSmuggleAreNotOpened) {
       {_T("Driver=/tmp/x.so;Database=x"), "an ODBC driver has to be named as it is registered, not by its file"},
       {_T("Driver={") + CString(u'x', 300) + _T("};"),
        "an ODBC driver has to be named as it is registered, not by its file"},
-      {SQLiteConnection(path_ + _T(";Driver={SQL Server}")), "the connection can't be told from its text"},
       {server + _T(";secret"), "the connection can't be told from its text"},
-      {_T("Driver={SQL Server};SERVER={s;DATABASE=d;Pwd=secret"), "the connection can't be told from its text"},
   };
   for (const auto& [connection, expected] : rows) {
     CDaoDatabase other(0, 1);
@@ -236,8 +230,6 @@ TEST(DatabaseServer, ThatDoesNotAnswerFailsInTime) {
               testing::StartsWith("cannot open database tech on server " + ToUtf8(server) + ": ***"));
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
   close(listener);
-  const auto refused = Failure([&] { database.Open(connection); });
-  EXPECT_THAT(refused, HasSubstr("unavailable"));
 }
 
 }  // namespace

@@ -88,7 +88,10 @@ TEST(GeometryHostile, NoNumberWidensABox) {
     EXPECT_EQ(CreateBoxFromPoints(shuffled, 3).low(), FRPosition(-1, 2, 3));
     EXPECT_EQ(CreateBoxFromPoints(shuffled, 3).high(), FRPosition(1, 7, 5));
   } while (std::next_permutation(order, order + 3));
-  EXPECT_EQ(FRBox({kNaN, 0, 4}, {5, kNaN, 1}).low(), FRPosition(5, 0, 1));
+  const FRBox box({kNaN, 0, 4}, {5, kNaN, 1});
+  EXPECT_EQ(box.low(), FRPosition(5, 0, 1));
+  EXPECT_EQ(box.high(), FRPosition(5, 0, 4));
+  EXPECT_EQ(box.y_range().end_pt(), 0.0);
   EXPECT_EQ(CreateBoxFromPoints(nullptr, 3).high(), FRPosition());
   EXPECT_EQ(CreateBoxFromPoints(points, -1).low(), FRPosition());
 }

@@ -12,7 +12,6 @@ IMPLEMENT_SERIAL(TDerived, TBase, VERSIONABLE_SCHEMA | 2)
 TNode::~TNode() {
   --live_nodes;
   for (POSITION at = m_Children.GetHeadPosition(); at;) delete m_Children.GetNext(at);
-  if (m_bOwnsOther) delete m_pOther;
 }
 
 void TNode::Serialize(CArchive& ar) {
@@ -26,9 +25,7 @@ void TNode::Serialize(CArchive& ar) {
   if (ar.IsStoring()) {
     ar << m_pOther;
   } else {
-    const int before = live_nodes;
     ar >> m_pOther;
-    m_bOwnsOther = live_nodes != before;
   }
 }
 

@@ -11,8 +11,7 @@ namespace kvtest {
 // The number of existing objects of the fixture's classes.
 inline int live_nodes = 0;
 
-// Owned children, a plain pointer and a text; schema 1, not versionable. If damaged bytes create an object for the
-// plain pointer, the node owns that object, because nobody else would.
+// Owned children, a plain pointer and a text; schema 1, not versionable.
 class TNode : public CObject {
   DECLARE_SERIAL(TNode)
 
@@ -25,7 +24,6 @@ class TNode : public CObject {
   CString m_Text;
   CObList m_Children;  // owned
   TNode* m_pOther = nullptr;
-  bool m_bOwnsOther = false;
 
  protected:
   TNode() { ++live_nodes; }

@@ -1,13 +1,10 @@
 // Damaged and hostile archives: each raises the exception for its damage, allocates no more than its size justifies,
 // and leaves no object behind.
-#include <cstdio>
 #include <memory>
-#include <random>
 #include <string>
 
 #include "framework/array.h"
 #include "tests/framework/archive_fixture.h"
-#include "tests/scratch.h"
 
 namespace {
 
@@ -60,7 +57,6 @@ TEST(ArchiveHostile, CountBeyondTheDataAllocatesNothing) {
   const auto read = [&](CArchive& ar) { numbers.Serialize(ar); };
   EXPECT_EQ(CauseOf(Bytes("FF FF FF FF FF 7F 01 00 00 00"), read), CArchiveException::endOfFile);
   EXPECT_EQ(CauseOf(Bytes("FF FF FF FF FF FF FF FF FF FF FF FF FF 7F"), read), CArchiveException::endOfFile);
-  EXPECT_EQ(CauseOf(Bytes("02 00 01 00 00 00 02 00 00"), read), CArchiveException::endOfFile);
   EXPECT_TRUE(numbers.IsEmpty());
 }
 
@@ -108,32 +104,6 @@ TEST(ArchiveHostile, StoringAChainOfAMillionRaises) {
     link->m_pNext = std::exchange(first->m_pNext, link);
   }
   EXPECT_EQ(CauseOf([&] { Store([&](CArchive& ar) { ar << first.get(); }); }), CArchiveException::genericException);
-}
-
-// Random changes of a valid archive: loading raises or gives a graph, and no object is left.
-TEST(ArchiveHostile, RandomDamageNeverCrashesOrLeaks) {
-  TNode root(1);
-  root.m_Text = _T("root");
-  for (DWORD i = 2; i < 12; ++i) {
-    auto* child = new TNode(i);
-    child->m_Text = CString(TCHAR('a' + i), int(i));
-    child->m_Children.AddTail(new TNode(100 + i));
-    child->m_pOther = &root;
-    root.m_Children.AddTail(child);
-  }
-  const std::string bytes = Store([&](CArchive& ar) { ar << &root; });
-  std::mt19937 random(kvtest::PrintedSeed());
-  const int before = live_nodes;
-  int raised = 0;
-  for (int round = 0; round < 5000; ++round) {
-    std::string damaged = bytes;
-    for (unsigned flips = 1 + random() % 3; flips > 0; --flips)
-      damaged[random() % damaged.size()] = char(round % 2 ? random() : 1u << random() % 8);
-    raised += CauseOf(damaged, [](CArchive& ar) { delete ar.ReadObject(RUNTIME_CLASS(TNode)); }) != 0;
-    ASSERT_EQ(live_nodes, before) << "round " << round;
-  }
-  EXPECT_GT(raised, 100);
-  EXPECT_EQ(live_nodes, before);
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
-// The clean-up of a failed load: its objects are deleted once, the objects of others stay.
+// The clean-up of a failed load: its objects are deleted once, the objects of others stay. And of a failed store: what
+// was written is taken back.
 #include <memory>
 #include <string>
 #include <vector>
@@ -167,6 +168,70 @@ TEST_F(ArchiveRollback, UnwantedObjectsOfAWholeLoadGoAloneAndOnce) {
     EXPECT_EQ(ar.DeleteLoaded(unwanted), 0u) << "they are gone";
     EXPECT_EQ(live_nodes, before_ + 2);
   });
+}
+
+// ---- references that are stored completely or not at all
+
+// Not serial, so storing an object raises.
+class TForeign : public CObject {};
+
+// Stores null instead of a reference that cannot be stored.
+void StoreOrNull(CArchive& ar, const CObject* object) {
+  try {
+    ar.WriteObjectWhole(object);
+  } catch (const CArchiveException& failure) {
+    EXPECT_EQ(failure.m_cause, CArchiveException::badClass);
+    ar.WriteObject(nullptr);
+  }
+}
+
+TEST(ArchiveWhole, FailureInsideTakesBackBytesAndNumbers) {
+  // The small buffer is flushed in the middle of the object, the large one is not.
+  for (const int buffer : {128, 1 << 16}) {
+    for (const std::size_t textLength : {3u, 200u, 5000u}) {
+      TForeign foreign;
+      TNode before(1), broken(2), after(4);
+      auto* inner = new TNode(3);
+      broken.m_Text = CString(TCHAR('x'), int(textLength));
+      broken.m_Children.AddTail(inner);
+      broken.m_Children.AddTail(&foreign);
+      const auto write = [&](const CObject* object) {
+        return Store(
+            [&](CArchive& ar) {
+              ar << &before;
+              StoreOrNull(ar, object);
+              ar << &after << inner << &before;
+            },
+            buffer);
+      };
+      EXPECT_EQ(Hex(write(&broken)), Hex(write(nullptr))) << buffer << ", " << textLength;
+      broken.m_Children.RemoveAt(broken.m_Children.GetTailPosition());
+    }
+  }
+}
+
+TEST(ArchiveWhole, ObjectThatFailedForItsClassIsNotTriedAgain) {
+  TForeign foreign;
+  TNode broken(2);
+  broken.m_Children.AddTail(&foreign);
+  const std::string bytes = Store([&](CArchive& ar) {
+    StoreOrNull(ar, &broken);
+    broken.m_Children.RemoveAll();  // it could be stored now
+    StoreOrNull(ar, &broken);
+    ar << &broken;
+  });
+  EXPECT_EQ(bytes.substr(0, 4), std::string(4, '\0'));
+  EXPECT_GT(bytes.size(), 4u);
+}
+
+TEST(ArchiveWhole, FailureOfTheFileIsNotTakenForOneOfTheObject) {
+  BYTE block[16];
+  CMemFile small(block, sizeof block);
+  CArchive ar(&small, CArchive::store, 128);
+  TNode node(1);
+  node.m_Text = CString(TCHAR('x'), 1000);
+  EXPECT_THROW(ar.WriteObjectWhole(&node), CFileException);
+  ar.Abort();
 }
 
 }  // namespace

@@ -24,8 +24,6 @@ TEST(Automation, ArrayKeepsItsBounds) {
     EXPECT_EQ(SafeArrayGetElement(array, &index, &number), DISP_E_BADINDEX) << index;
     EXPECT_EQ(SafeArrayPutElement(array, &index, &number), DISP_E_BADINDEX) << index;
   }
-  EXPECT_EQ(SafeArrayGetElement(nullptr, &at, &at), E_INVALIDARG);
-  EXPECT_EQ(SafeArrayGetDim(nullptr), 0u);
   VARIANT value;
   VariantInit(&value);
   value.vt = VT_ARRAY | VT_I2;
@@ -37,9 +35,7 @@ TEST(Automation, WrongTypesAndSizesAreRefused) {
   SAFEARRAYBOUND bound = {2, 0};
   for (const VARTYPE type : {WORD(VT_EMPTY), WORD(VT_NULL), WORD(12), WORD(VT_ARRAY | VT_R8), WORD(0xFFFF)})
     EXPECT_EQ(SafeArrayCreate(type, 1, &bound), nullptr) << type;
-  EXPECT_EQ(SafeArrayCreate(VT_R8, 0, &bound), nullptr);
   EXPECT_EQ(SafeArrayCreate(VT_R8, 2, &bound), nullptr);
-  EXPECT_EQ(SafeArrayCreate(VT_R8, 1, nullptr), nullptr);
   bound = {2, INT_MAX};
   EXPECT_EQ(SafeArrayCreate(VT_R8, 1, &bound), nullptr) << "an index beyond LONG";
   VARIANT value;

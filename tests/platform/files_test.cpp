@@ -23,8 +23,6 @@ class Files : public testing::Test {
   kvtest::ScratchFolder folder;
 };
 
-// ---- files
-
 TEST_F(Files, AttributesShowFileFolderAndReadOnly) {
   folder.Write("plain.txt", "x");
   folder.Write("locked.txt", "x");
@@ -45,7 +43,6 @@ TEST_F(Files, AttributesShowFileFolderAndReadOnly) {
     EXPECT_EQ(GetFileAttributesW(At(row.name).c_str()), row.wanted);
     EXPECT_EQ(GetLastError(), row.status);
   }
-  EXPECT_EQ(GetFileAttributesW(nullptr), INVALID_FILE_ATTRIBUTES);
 }
 
 TEST_F(Files, ReadOnlyMarkRefusesWritingDeletingAndReplacing) {
@@ -82,7 +79,6 @@ TEST_F(Files, DispositionDecidesWhatOpeningDoes) {
       {OPEN_EXISTING, true, 77, 3},
       {OPEN_ALWAYS, false, 0, 0},
       {OPEN_ALWAYS, true, ERROR_ALREADY_EXISTS, 3},
-      {9, true, ERROR_INVALID_PARAMETER, -1},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(testing::Message() << row.disposition << (row.exists ? " on a file" : " on nothing"));
@@ -114,8 +110,6 @@ TEST_F(Files, ClosedHandleNamesNoLaterFile) {
   EXPECT_FALSE(ReadFile(file, &byte, 1, &count, nullptr));
   EXPECT_FALSE(WriteFile(next, "x", 1, &count, nullptr)) << "it was opened for reading";
   EXPECT_TRUE(CloseHandle(next));
-  EXPECT_EQ(Open("", GENERIC_READ, OPEN_EXISTING), INVALID_HANDLE_VALUE);
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_ACCESS_DENIED));
 }
 
 TEST_F(Files, StreamModesDecideTheFirstBytes) {
@@ -124,7 +118,6 @@ TEST_F(Files, StreamModesDecideTheFirstBytes) {
     std::string before, wanted;
   } rows[] = {
       {_T("wt"), "old", ""},
-      {_T("ab"), "old", "old"},
       {_T("w, ccs=UTF-16LE"), "old", "\xFF\xFE"},
       {_T("w+b,ccs=utf-16le "), "", "\xFF\xFE"},
       {_T("a, ccs=UTF-16LE"), "", "\xFF\xFE"},
@@ -144,9 +137,6 @@ TEST_F(Files, StreamModesDecideTheFirstBytes) {
     EXPECT_EQ(_wfopen(At("f").c_str(), mode), nullptr);
     EXPECT_EQ(errno, EINVAL);
   }
-  EXPECT_EQ(_wfopen(At("f").c_str(), _T("wx")), nullptr);
-  EXPECT_EQ(errno, EEXIST);
-  EXPECT_EQ(_wfopen(At("").c_str(), _T("r")), nullptr);
 }
 
 TEST_F(Files, TempFileNamesAreNewFiles) {
@@ -156,9 +146,6 @@ TEST_F(Files, TempFileNamesAreNewFiles) {
   EXPECT_EQ(GetFileAttributesW(path), FILE_ATTRIBUTE_NORMAL);
   EXPECT_NE(std::u16string_view(path).find(_T("\\kvt")), std::u16string_view::npos);
   EXPECT_NE(GetTempFileNameW(At("").c_str(), _T("kvtest"), 0, path), first);
-  EXPECT_EQ(GetTempFileNameW(At("").c_str(), _T("x"), 0x1A2B, path), 0x1A2BU);
-  EXPECT_TRUE(std::u16string_view(path).ends_with(_T("\\x1a2b.tmp")));
-  EXPECT_EQ(GetFileAttributesW(path), INVALID_FILE_ATTRIBUTES);
   EXPECT_EQ(GetTempFileNameW(At("none").c_str(), _T("x"), 0, path), 0U);
   EXPECT_EQ(GetLastError(), DWORD(ERROR_DIRECTORY));
   EXPECT_EQ(GetTempFileNameW(std::u16string(247, 'x').c_str(), _T("x"), 0, path), 0U);
@@ -198,11 +185,7 @@ TEST_F(Files, CopyKeepsContentRightsAndTimeOrTheOldTarget) {
   }
   EXPECT_EQ(kvtest::ReadFile(folder.Path() / "old"), "old");
   EXPECT_EQ(std::distance(fs::directory_iterator(folder.Path()), {}), 5) << "a temporary file is left";
-  EXPECT_TRUE(CopyFileW(At("link").c_str(), At("old").c_str(), FALSE));
-  EXPECT_EQ(fs::file_size(folder.Path() / "old"), 1'000'000U);
 }
-
-// ---- folders
 
 TEST_F(Files, FoldersAreMadeOneLevelAtATime) {
   EXPECT_FALSE(CreateDirectoryW(At("a/b").c_str(), nullptr));
@@ -210,13 +193,9 @@ TEST_F(Files, FoldersAreMadeOneLevelAtATime) {
   EXPECT_TRUE(CreateDirectoryW((At("a") + u"\\").c_str(), nullptr));
   EXPECT_FALSE(CreateDirectoryW(At("a").c_str(), nullptr));
   EXPECT_EQ(GetLastError(), DWORD(ERROR_ALREADY_EXISTS));
-  EXPECT_FALSE(DeleteFileW(At("a").c_str()));
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_ACCESS_DENIED));
   folder.Write("a/file", "x");
   EXPECT_FALSE(RemoveDirectoryW(At("a").c_str()));
   EXPECT_EQ(GetLastError(), DWORD(ERROR_DIRECTORY_NOT_EMPTY));
-  EXPECT_FALSE(RemoveDirectoryW(At("a/file").c_str()));
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_DIRECTORY));
   EXPECT_TRUE(DeleteFileW(At("a/file").c_str()));
   EXPECT_TRUE(RemoveDirectoryW(At("a").c_str()));
 }

@@ -124,8 +124,6 @@ TEST_F(Mapping, DriveFolderIsMadeAndDefaultsToTheUsersData) {
   EXPECT_EQ(SystemPathFromProduct(_T("d:\\x")), home + "/.local/share/kestrova/drive_d/x");
 }
 
-// ---- files written beside and renamed
-
 class Safe : public Mapping {
  protected:
   Safe() { std::filesystem::create_directories(Drive("")); }
@@ -150,9 +148,6 @@ TEST_F(Safe, ReplacesInOneStepAndKeepsRightsAndLinks) {
     EXPECT_TRUE(file.Write(big));
     EXPECT_EQ(kvtest::ReadFile(Drive("/real")), "old");
     EXPECT_TRUE(file.Commit()) << file.Reason();
-    EXPECT_FALSE(file.Write("late"));
-    EXPECT_FALSE(file.Commit());
-    EXPECT_EQ(file.Reason(), "");
   }
   EXPECT_EQ(kvtest::ReadFile(Drive("/real")), "head" + big);
   EXPECT_TRUE(std::filesystem::is_symlink(Drive("/link")));

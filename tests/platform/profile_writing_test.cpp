@@ -16,7 +16,6 @@ TEST_F(ProfileWriting, ChangesOneLineAndNothingElse) {
     LPCWSTR value;
     std::string wanted;
   } rows[] = {
-      {"empty file", "", _T("A"), _T("k"), _T("1"), "[A]\r\nk=1\r\n"},
       {"arguments lose spaces only", "", _T(" A "), _T("  k "), _T(" \t1  "), "[A]\r\nk=\t1\r\n"},
       {"the case that stands is kept", "[Mill]\r\nFeed=1\r\n", _T("MILL"), _T("FEED"), _T("2"), "[Mill]\r\nFeed=2\r\n"},
       {"a changed line has no blanks and CR LF", "; c\n\n [A] x\n  k  =  ' 1 ' ; t\n\tl = 2 \n", _T("A"), _T("k"),
@@ -29,7 +28,6 @@ TEST_F(ProfileWriting, ChangesOneLineAndNothingElse) {
        "[A]\nk=1\n;c\nl=3\r\n \t\n\n[B]\n"},
       {"new section at the end", "[A]\rk=1\r\r", _T("B"), _T("l"), _T("2"), "[A]\rk=1\r\r[B]\r\nl=2\r\n"},
       {"behind a line without an end", "[A]\nk=1", _T("A"), _T("l"), _T("2"), "[A]\nk=1\r\nl=2\r\n"},
-      {"keys ahead of all sections are none", "k=1\n[A]\n", _T("A"), _T("k"), _T("2"), "k=1\n[A]\nk=2\r\n"},
       {"odd lines stay", "junk\n[A]\nno\n[ ] ]\n\0\n=\nk=1\0x\n\xFF\n"s, _T("A"), _T("m"), _T("2"),
        "junk\n[A]\nno\nm=2\r\n[ ] ]\n\0\n=\nk=1\0x\n\xFF\n"s},
       {"what is no UTF-8 stays", "[\xFF]\nk\xE4=\xFC\n[A]\n", _T("A"), _T("ü"), _T("€"),
@@ -43,11 +41,8 @@ TEST_F(ProfileWriting, ChangesOneLineAndNothingElse) {
        "\xFF\xFE" + Utf16(u"[A]\n") + "\x00\xD8\n\0"s + Utf16(u"k=\xDC00\r\n")},
       {"in UTF-8 they become U+FFFD", "[A]\n", _T("A"), _T("\xD800"), _T("\xDC00"),
        "[A]\n\xEF\xBF\xBD=\xEF\xBF\xBD\r\n"},
-      {"UTF-16 without a mark is not known", Utf16(u"[A]\r\n"), _T("A"), _T("k"), _T("1"),
-       Utf16(u"[A]\r\n") + "\r\n[A]\r\nk=1\r\n"},
       // Removing.
       {"a key with its line", "[A]\r\n ;c\r\n k = 1\r\nl=2\r\n", _T("a"), _T("K"), nullptr, "[A]\r\n ;c\r\nl=2\r\n"},
-      {"the first of several", "[A]\nk=1\nk=2\n", _T("A"), _T("k"), nullptr, "[A]\nk=2\n"},
       {"the last key leaves the header", "[A]\nk=1", _T("A"), _T("k"), nullptr, "[A]\n"},
       {"a section with all in it", "x\n[A]\nk=1\n;c\n\n[B]\nm=2\n[a]\n", _T("a"), nullptr, nullptr,
        "x\n[B]\nm=2\n[a]\n"},
@@ -74,7 +69,6 @@ TEST_F(ProfileWriting, ReplacesAWholeSection) {
       {"behind a comment without an end", "[A]\n;c", _T("k=1\0"), "[A]\n;c\r\nk=1\r\n"},
       {"an empty list leaves the header", "[A]\nk=1\n[B]\n", _T("\0"), "[A]\n[B]\n"},
       {"null removes it", "[A]\nk=1\n[B]\n", nullptr, "[B]\n"},
-      {"UTF-16", "\xFF\xFE" + Utf16(u"[A]\nk=1\n"), _T("l=€\0"), "\xFF\xFE" + Utf16(u"[A]\nl=€\r\n")},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.what);
@@ -99,7 +93,6 @@ TEST_F(ProfileWriting, RefusalsTellWhyAndLeaveTheFile) {
   SetLastError(0);
   EXPECT_FALSE(WritePrivateProfileStringW(nullptr, _T("k"), _T("v"), Path()));
   EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PARAMETER));
-  EXPECT_FALSE(WritePrivateProfileStringW(nullptr, nullptr, nullptr, Path()));
   EXPECT_FALSE(WritePrivateProfileSectionW(nullptr, _T("k=v\0"), Path()));
   const std::string long_name(300, 'n');
   const struct {
@@ -107,7 +100,6 @@ TEST_F(ProfileWriting, RefusalsTellWhyAndLeaveTheFile) {
     DWORD status;
   } rows[] = {
       {"none/f.ini", ERROR_PATH_NOT_FOUND},
-      {"f.ini/g.ini", ERROR_PATH_NOT_FOUND},
       {".", ERROR_ACCESS_DENIED},
       {long_name.c_str(), ERROR_FILENAME_EXCED_RANGE},
   };
@@ -119,11 +111,7 @@ TEST_F(ProfileWriting, RefusalsTellWhyAndLeaveTheFile) {
     EXPECT_EQ(GetLastError(), row.status);
     EXPECT_EQ(Number(at), -1);
   }
-  for (const LPCWSTR none : {LPCWSTR(nullptr), _T("")})
-    EXPECT_FALSE(WritePrivateProfileStringW(_T("A"), _T("k"), _T("v"), none));
   EXPECT_EQ(Bytes(), "[A]\nk=1\n");
-  const auto entries = std::filesystem::directory_iterator(folder.Path());
-  EXPECT_EQ(std::distance(begin(entries), end(entries)), 1);
 }
 
 // A model of a profile, changed at random in step with the file: every value is there at each step.

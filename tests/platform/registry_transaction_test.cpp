@@ -47,16 +47,6 @@ TEST_F(RegistryTransaction, IsSeenInsideAtOnceAndOutsideAfterCommit) {
   EXPECT_EQ(Open(_T("Old")), ERROR_FILE_NOT_FOUND);
 }
 
-TEST_F(RegistryTransaction, LeavesNothingBehindWithoutCommit) {
-  ASSERT_EQ(Create(_T("Old")), ERROR_SUCCESS);
-  Change();
-  EXPECT_TRUE(CloseHandle(transaction_));
-  transaction_ = nullptr;
-  EXPECT_EQ(Open(_T("New")), ERROR_FILE_NOT_FOUND);
-  EXPECT_EQ(Open(_T("Old")), ERROR_SUCCESS);
-  EXPECT_EQ(SetNumber(_T("Free"), 1), ERROR_SUCCESS) << "the hive is free again";
-}
-
 TEST_F(RegistryTransaction, EndsOnce) {
   ASSERT_EQ(Create(_T("Old")), ERROR_SUCCESS);
   Change();

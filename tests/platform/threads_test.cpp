@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <chrono>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -41,12 +40,6 @@ TEST_F(Section, IsFreeOnlyAfterAsManyLeavesAsEnters) {
   EXPECT_FALSE(OtherThreadCanEnter());
   LeaveCriticalSection(&section);
   EXPECT_TRUE(OtherThreadCanEnter());
-}
-
-TEST(Threads, SleepLastsAtLeastAsLongAsAsked) {
-  const auto start = std::chrono::steady_clock::now();
-  Sleep(20);
-  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(20));
 }
 
 // A thread that calls SuspensionPoint when it is let go, and then ends.
@@ -91,6 +84,7 @@ TEST(Threads, RunsUnderItsIdAndIsSignalledByItsEnd) {
 
 TEST(Threads, SuspendedThreadsWaitAtASuspensionPointUntilResumed) {
   Worker worker;
+  EXPECT_EQ(ResumeThread(worker.handle), 0u);
   EXPECT_EQ(SuspendThread(worker.handle), 0u);
   EXPECT_EQ(SuspendThread(worker.handle), 1u);
   worker.go.release();
@@ -99,17 +93,6 @@ TEST(Threads, SuspendedThreadsWaitAtASuspensionPointUntilResumed) {
   EXPECT_FALSE(worker.passed);
   EXPECT_EQ(ResumeThread(worker.handle), 1u);
   EXPECT_EQ(WaitForSingleObject(worker.handle, INFINITE), WAIT_OBJECT_0);
-}
-
-TEST(Threads, CountOfSuspensionsHasItsLimits) {
-  Worker worker;
-  EXPECT_EQ(ResumeThread(worker.handle), 0u);
-  for (DWORD i = 0; i < MAXIMUM_SUSPEND_COUNT; ++i) EXPECT_EQ(SuspendThread(worker.handle), i);
-  EXPECT_EQ(SuspendThread(worker.handle), DWORD(-1));
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_SIGNAL_REFUSED));
-  while (ResumeThread(worker.handle) > 1) {
-  }
-  worker.Finish();
 }
 
 TEST_F(Section, HolderIsNotHeldUp) {
@@ -130,8 +113,6 @@ TEST(Threads, WaitsForAllOrTheFirstOfMany) {
   EXPECT_EQ(WaitForMultipleObjects(100, handles.data(), TRUE, 1), WAIT_TIMEOUT);
   for (auto& worker : workers) worker->go.release();
   EXPECT_EQ(WaitForMultipleObjects(100, handles.data(), TRUE, INFINITE), WAIT_OBJECT_0);
-  EXPECT_EQ(WaitForMultipleObjects(0, handles.data(), TRUE, 0), WAIT_FAILED);
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PARAMETER));
   handles[99] = nullptr;
   EXPECT_EQ(WaitForMultipleObjects(100, handles.data(), TRUE, 0), WAIT_FAILED);
   EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_HANDLE));
