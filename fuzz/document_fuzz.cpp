@@ -7,10 +7,11 @@
 #include <string>
 
 #include "framework/stream_file.h"
-#include "host/commands.h"
+#include "host/document/active_document.h"
 #include "host/document/document_loader.h"
 #include "host/document/document_tree.h"
-#include "host/main_module.h"
+#include "host/module/main_module.h"
+#include "host/shell/failure.h"
 #include "platform/paths.h"
 #include "platform/process.h"
 #include "share/core/version_info.h"

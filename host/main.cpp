@@ -4,10 +4,11 @@
 #include <string>
 #include <vector>
 
-#include "host/commands.h"
-#include "host/completion.h"
-#include "host/main_module.h"
-#include "host/text_table.h"
+#include "host/commands/commands.h"
+#include "host/commands/completion_commands.h"
+#include "host/module/main_module.h"
+#include "host/shell/failure.h"
+#include "host/shell/text_table.h"
 
 namespace {
 

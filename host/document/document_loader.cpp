@@ -7,11 +7,11 @@
 
 #include "framework/archive.h"
 #include "framework/ob_list.h"
-#include "host/commands.h"
+#include "host/document/active_document.h"
 #include "host/document/document_status.h"
 #include "host/document/object_archive.h"
 #include "host/document/settings_stream.h"
-#include "host/main_module.h"
+#include "host/shell/failure.h"
 #include "share/core/document_messages.h"
 #include "share/core/version_info.h"
 #include "share/objects/save_history.h"

@@ -22,7 +22,7 @@
 #include "host/document/document_reading.h"
 #include "host/document/document_status.h"
 #include "host/document/host_document.h"
-#include "host/progress_bar.h"
+#include "host/shell/progress_bar.h"
 #include "share/core/document_callbacks.h"
 #include "share/core/document_messages.h"
 

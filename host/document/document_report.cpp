@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
-#include "host/text_table.h"
+#include "host/shell/text_table.h"
 #include "share/objects/storage_status.h"
 
 namespace kestrova {

@@ -11,8 +11,8 @@
 #include "host/document/host_document.h"
 #include "host/document/operation_node.h"
 #include "host/document/tool_node.h"
-#include "host/progress_bar.h"
-#include "host/text_table.h"
+#include "host/shell/progress_bar.h"
+#include "host/shell/text_table.h"
 #include "share/core/document_callbacks.h"
 
 namespace kestrova {

@@ -4,8 +4,8 @@
 
 #include "framework/archive.h"
 #include "host/document/host_document.h"
+#include "host/document/operation_command.h"
 #include "host/document/tool_node.h"
-#include "host/jobs/operation_command.h"
 #include "share/core/dump.h"
 #include "share/objects/storage_status.h"
 #include "share/utilities/units.h"

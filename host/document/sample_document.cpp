@@ -10,7 +10,7 @@
 #include "host/document/host_document.h"
 #include "host/document/setup_node.h"
 #include "host/document/tool_node.h"
-#include "host/progress_bar.h"
+#include "host/shell/progress_bar.h"
 #include "share/core/document_callbacks.h"
 
 namespace kestrova {

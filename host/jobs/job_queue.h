@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "host/jobs/operation_command.h"
+#include "host/document/operation_command.h"
 #include "share/jobs/job_manager.h"
 
 namespace kestrova {

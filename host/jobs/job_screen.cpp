@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
-#include "host/text_table.h"
+#include "host/shell/text_table.h"
 #include "platform/console.h"
 
 namespace kestrova {

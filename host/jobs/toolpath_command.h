@@ -4,7 +4,7 @@
 #include <atomic>
 #include <string>
 
-#include "host/jobs/operation_command.h"
+#include "host/document/operation_command.h"
 #include "host/jobs/toolpath.h"
 
 namespace kestrova {

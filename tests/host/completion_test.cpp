@@ -3,7 +3,7 @@
 
 #include <set>
 
-#include "host/commands.h"
+#include "host/commands/commands.h"
 #include "tests/host/run_command.h"
 
 TEST(Commands, HelpListsTheTableInItsOrderAndCompletionOffersIt) {

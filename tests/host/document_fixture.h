@@ -3,12 +3,13 @@
 
 #include <gtest/gtest.h>
 
+#include "host/document/active_document.h"
 #include "host/document/document_loader.h"
 #include "host/document/drilling_node.h"
 #include "host/document/feature_node.h"
 #include "host/document/setup_node.h"
 #include "host/document/tool_node.h"
-#include "host/main_module.h"
+#include "host/module/main_module.h"
 #include "tests/scratch.h"
 
 namespace kvtest {

@@ -3,6 +3,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "host/document/active_document.h"
 #include "share/core/document_messages.h"
 #include "tests/host/document_fixture.h"
 #include "tests/host/document_records.h"

@@ -7,11 +7,12 @@
 #include <cstdio>
 #include <random>
 
-#include "host/commands.h"
+#include "host/document/active_document.h"
 #include "host/document/document_loader.h"
 #include "host/document/document_tree.h"
 #include "host/document/sample_document.h"
-#include "host/main_module.h"
+#include "host/module/main_module.h"
+#include "host/shell/failure.h"
 #include "share/core/version_info.h"
 #include "tests/host/document_records.h"
 #include "tests/host/live_bytes.h"

@@ -1,6 +1,7 @@
 // The document's answers to the library's core messages, and what the library's callbacks give of the active one.
-#include "share/core/document_messages.h"
+#include "host/document/active_document.h"
 #include "share/core/document_callbacks.h"
+#include "share/core/document_messages.h"
 #include "tests/host/document_fixture.h"
 
 using namespace kestrova;

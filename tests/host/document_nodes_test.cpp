@@ -2,6 +2,7 @@
 #include <vector>
 
 #include "framework/ob_list.h"
+#include "host/document/active_document.h"
 #include "host/document/operation_node.h"
 #include "tests/host/document_fixture.h"
 

@@ -3,10 +3,11 @@
 #include <fmt/format.h>
 
 #include "framework/ob_list.h"
-#include "host/commands.h"
+#include "host/document/active_document.h"
 #include "host/document/document_check.h"
 #include "host/document/document_status.h"
 #include "host/document/object_archive.h"
+#include "host/shell/failure.h"
 #include "share/core/document_callbacks.h"
 #include "share/objects/serialize_notify.h"
 #include "tests/host/document_fixture.h"

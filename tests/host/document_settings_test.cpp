@@ -1,9 +1,10 @@
 // The settings that travel with a document: in its file, to the library, and what becomes of damaged ones.
 #include "framework/archive.h"
 #include "framework/stream_file.h"
-#include "host/commands.h"
+#include "host/document/active_document.h"
 #include "host/document/checksum.h"
 #include "host/document/settings_stream.h"
+#include "host/shell/failure.h"
 #include "platform/paths.h"
 #include "share/core/document_callbacks.h"
 #include "share/env/setting_queries.h"

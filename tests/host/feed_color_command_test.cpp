@@ -3,8 +3,8 @@
 
 #include <nlohmann/json.hpp>
 
-#include "host/color_text.h"
-#include "host/feed_color_table.h"
+#include "host/settings/feed_color_table.h"
+#include "host/shell/color_text.h"
 #include "tests/host/run_command.h"
 #include "tests/registry_calls.h"
 

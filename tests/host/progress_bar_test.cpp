@@ -1,5 +1,5 @@
 // The bar on the terminal.
-#include "host/progress_bar.h"
+#include "host/shell/progress_bar.h"
 
 #include <gtest/gtest.h>
 

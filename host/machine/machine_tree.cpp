@@ -1,4 +1,4 @@
-#include "host/machine_tree.h"
+#include "host/machine/machine_tree.h"
 
 #include <fmt/format.h>
 

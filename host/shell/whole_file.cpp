@@ -1,11 +1,11 @@
-#include "host/whole_file.h"
+#include "host/shell/whole_file.h"
 
 #include <fmt/format.h>
 
 #include <cstdio>
 #include <vector>
 
-#include "host/commands.h"
+#include "host/shell/failure.h"
 #include "platform/errors.h"
 #include "platform/files.h"
 #include "platform/paths.h"

@@ -2,7 +2,6 @@
 // A command runs from CLI11's callback; one that fails throws Failure.
 #pragma once
 
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -11,21 +10,6 @@ class App;
 }
 
 namespace kestrova {
-
-// The command was refused or failed: main prints the message as one line on stderr and ends with exit code 1.
-class Failure : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
-
-// The command line was wrong in a way that only the command itself could see: one line on stderr, exit code 2.
-class WrongUsage : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
-
-// A command whose finding is its answer (exit code 1) without a line on stderr, such as a check that found errors.
-class FoundErrors {};
 
 // What may stand in the place of the last of a command's words, for a command that reads them by a grammar of its own;
 // see host/completion.h.

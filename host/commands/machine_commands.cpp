@@ -5,8 +5,9 @@
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
-#include "host/commands.h"
-#include "host/machine_tree.h"
+#include "host/commands/commands.h"
+#include "host/machine/machine_tree.h"
+#include "host/shell/failure.h"
 #include "platform/paths.h"
 #include "share/core/document_callbacks.h"
 #include "share/machine/machine.h"

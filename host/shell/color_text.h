@@ -9,6 +9,8 @@
 
 namespace kestrova {
 
+inline constexpr DWORD kHighestColor = 0xFFFFFF;  // no higher number is an #RRGGBB
+
 // "#RRGGBB"; a number above 0xFFFFFF, which is no plain colour, as "0x" and eight digits.
 std::string ColorText(DWORD color);
 // Back from #RRGGBB, or from the number itself, decimal or "0x" and hexadecimal, up to 32 bits; none for other texts.

@@ -1,5 +1,5 @@
 // The doctor's examinations, a function a subject.
-#include "host/environment_doctor.h"
+#include "host/environment/environment_doctor.h"
 
 #include <fmt/format.h>
 

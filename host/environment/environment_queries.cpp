@@ -1,5 +1,5 @@
 // The tables of queries.
-#include "host/environment_queries.h"
+#include "host/environment/environment_queries.h"
 
 #include "companions/database/connection_strings.h"
 #include "share/core/document_callbacks.h"

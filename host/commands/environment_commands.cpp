@@ -4,11 +4,12 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
-#include "host/commands.h"
-#include "host/environment_doctor.h"
-#include "host/environment_queries.h"
-#include "host/main_module.h"
-#include "host/noted_boxes.h"
+#include "host/commands/commands.h"
+#include "host/environment/environment_doctor.h"
+#include "host/environment/environment_queries.h"
+#include "host/module/main_module.h"
+#include "host/module/noted_boxes.h"
+#include "host/shell/failure.h"
 #include "share/env/app_env.h"
 
 namespace kestrova {

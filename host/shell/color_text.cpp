@@ -1,4 +1,4 @@
-#include "host/color_text.h"
+#include "host/shell/color_text.h"
 
 #include <fmt/format.h>
 
@@ -6,8 +6,6 @@
 
 namespace kestrova {
 namespace {
-
-constexpr DWORD kHighestColor = 0xFFFFFF;
 
 // Red stands first for people and last in the number.
 DWORD WithRedAndBlueSwapped(DWORD color) { return (color & 0xFF) << 16 | (color & 0xFF00) | (color >> 16 & 0xFF); }

@@ -1,4 +1,4 @@
-#include "host/registry_values.h"
+#include "host/registry/registry_values.h"
 
 #include <fmt/format.h>
 
@@ -8,7 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include "framework/text.h"
-#include "host/commands.h"
+#include "host/shell/failure.h"
 
 namespace kestrova {
 

@@ -1,5 +1,5 @@
 // Tables for a terminal.
-#include "host/text_table.h"
+#include "host/shell/text_table.h"
 
 #include <algorithm>
 

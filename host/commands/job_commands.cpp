@@ -7,13 +7,15 @@
 #include <deque>
 #include <nlohmann/json.hpp>
 
-#include "host/commands.h"
+#include "host/commands/commands.h"
+#include "host/document/active_document.h"
 #include "host/document/document_loader.h"
 #include "host/document/operation_node.h"
 #include "host/jobs/job_queue.h"
 #include "host/jobs/job_screen.h"
 #include "host/jobs/toolpath_command.h"
-#include "host/main_module.h"
+#include "host/module/main_module.h"
+#include "host/shell/failure.h"
 #include "platform/console.h"
 #include "platform/threads.h"
 #include "share/core/document_callbacks.h"

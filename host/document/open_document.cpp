@@ -1,4 +1,4 @@
-#include "host/open_document.h"
+#include "host/document/open_document.h"
 
 #include <fmt/format.h>
 

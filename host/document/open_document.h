@@ -4,8 +4,8 @@
 #include <memory>
 #include <string>
 
+#include "host/document/active_document.h"
 #include "host/document/document_loader.h"
-#include "host/main_module.h"
 
 namespace kestrova {
 

@@ -1,12 +1,13 @@
 // The callbacks of the command line, and its start and stop.
-#include "host/main_module.h"
+#include "host/module/main_module.h"
 
 #include <atomic>
 #include <memory>
 #include <utility>
 
+#include "host/document/active_document.h"
 #include "host/document/host_document.h"
-#include "host/progress_bar.h"
+#include "host/shell/progress_bar.h"
 #include "share/core/document_callbacks.h"
 #include "share/core/document_messages.h"
 #include "share/core/registry_keys.h"
@@ -16,10 +17,10 @@
 
 namespace {
 
+using kestrova::ActiveDocument;
 using kestrova::HostDocument;
 
 std::unique_ptr<QFAppSettings> g_settings;
-HostDocument* g_document = nullptr;  // the active one
 bool g_registered = false;
 constinit std::atomic<bool> g_cancelled = false;
 
@@ -45,7 +46,7 @@ QFFeedColorsSettings* MillFeedColors() {
   return g_settings ? DYNAMIC_DOWNCAST(QFFeedColorsSettings, g_settings->GetKey(_T("Mill"))) : nullptr;
 }
 
-unsigned long NextObjectId() { return g_document ? g_document->DrawId() : 0; }
+HostDocument* Active() { return ActiveDocument::Get(); }
 
 CString ProductText(unsigned id) {
   CString text;
@@ -55,16 +56,16 @@ CString ProductText(unsigned id) {
 
 void RegisterCallbacks() {
   // No post processors.
-  qfshare_init([] { return g_document ? &g_document->Indexer() : nullptr; }, []() -> QFObject* { return nullptr; },
+  qfshare_init([] { return Active() ? &Active()->Indexer() : nullptr; }, []() -> QFObject* { return nullptr; },
                []() -> QFObject* { return nullptr; }, []() -> QFObject* { return nullptr; });
   QFShareRegisterDocCBK(
-      /*isMetricUnit=*/[] { return g_document ? IsUnitsMetric(g_document->Units().code) : 1; },
-      /*nextObjectId=*/NextObjectId,
-      /*activeDocument=*/[]() -> QFObject* { return g_document; },
+      /*isMetricUnit=*/[] { return Active() ? IsUnitsMetric(Active()->Units().code) : 1; },
+      /*nextObjectId=*/[]() -> unsigned long { return Active() ? Active()->DrawId() : 0; },
+      /*activeDocument=*/[]() -> QFObject* { return Active(); },
       /*message=*/[](unsigned, char*&) { return 0; },
       /*progress=*/kestrova::ProgressBar::Step,
       /*isUserJobCancelled=*/[] { return int(g_cancelled); },
-      /*docSettings=*/[]() -> QFSettingsKey* { return g_document ? &g_document->Settings() : nullptr; },
+      /*docSettings=*/[]() -> QFSettingsKey* { return Active() ? &Active()->Settings() : nullptr; },
       /*appSettings=*/[]() -> QFSettingsKey* { return g_settings.get(); },
       /*appFeedColorSettings=*/MillFeedColors,
       /*productInfo=*/[]() -> ProductInfo* { return nullptr; },
@@ -75,7 +76,7 @@ void RegisterCallbacks() {
       /*correspondingDoc=*/[](QFObject*) -> QFObject* { return nullptr; },
       /*solidWorksLangName=*/[] { return CString(_T("english")); },
       /*appSilentModeFlag=*/[] { return 1; },
-      /*isDocFullyLoaded=*/[] { return g_document ? g_document->IsFullyLoaded() : 0; });
+      /*isDocFullyLoaded=*/[] { return Active() ? Active()->IsFullyLoaded() : 0; });
 }
 
 }  // namespace
@@ -106,9 +107,5 @@ bool CancelUserJob() { return g_cancelled.exchange(true); }
 
 UserJobScope::UserJobScope() { g_cancelled = false; }
 UserJobScope::~UserJobScope() { g_cancelled = false; }
-
-ActiveDocument::ActiveDocument(HostDocument* document) : before_(std::exchange(g_document, document)) {}
-
-ActiveDocument::~ActiveDocument() { g_document = before_; }
 
 }  // namespace kestrova

@@ -8,17 +8,19 @@
 #include <nlohmann/json.hpp>
 
 #include "framework/ob_list.h"
-#include "host/commands.h"
+#include "host/commands/commands.h"
+#include "host/document/active_document.h"
 #include "host/document/document_check.h"
 #include "host/document/document_file.h"
 #include "host/document/document_report.h"
 #include "host/document/document_tree.h"
 #include "host/document/host_document.h"
+#include "host/document/open_document.h"
 #include "host/document/sample_document.h"
-#include "host/main_module.h"
-#include "host/open_document.h"
-#include "host/text_table.h"
-#include "host/whole_file.h"
+#include "host/module/main_module.h"
+#include "host/shell/failure.h"
+#include "host/shell/text_table.h"
+#include "host/shell/whole_file.h"
 #include "share/objects/save_history.h"
 
 namespace kestrova {

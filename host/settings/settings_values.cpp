@@ -1,4 +1,4 @@
-#include "host/settings_values.h"
+#include "host/settings/settings_values.h"
 
 #include <fmt/format.h>
 
@@ -11,9 +11,9 @@
 #include <tuple>
 
 #include "framework/ob_list.h"
-#include "host/color_text.h"
-#include "host/commands.h"
-#include "host/text_table.h"
+#include "host/shell/color_text.h"
+#include "host/shell/failure.h"
+#include "host/shell/text_table.h"
 
 namespace kestrova {
 namespace {

@@ -7,11 +7,12 @@
 #include <set>
 
 #include "framework/ob_list.h"
-#include "host/commands.h"
+#include "host/commands/commands.h"
 #include "host/document/document_file.h"
-#include "host/open_document.h"
-#include "host/settings_values.h"
-#include "host/whole_file.h"
+#include "host/document/open_document.h"
+#include "host/settings/settings_values.h"
+#include "host/shell/failure.h"
+#include "host/shell/whole_file.h"
 #include "share/core/document_callbacks.h"
 #include "share/core/registry_key_handle.h"
 #include "share/core/registry_keys.h"

@@ -1,4 +1,4 @@
-#include "host/completion.h"
+#include "host/commands/completion_commands.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "host/commands.h"
+#include "host/commands/commands.h"
 
 namespace kestrova {
 

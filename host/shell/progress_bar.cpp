@@ -1,4 +1,4 @@
-#include "host/progress_bar.h"
+#include "host/shell/progress_bar.h"
 
 #include <fmt/format.h>
 

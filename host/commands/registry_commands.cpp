@@ -6,9 +6,10 @@
 #include <iostream>
 
 #include "framework/text.h"
-#include "host/commands.h"
-#include "host/registry_values.h"
-#include "host/whole_file.h"
+#include "host/commands/commands.h"
+#include "host/registry/registry_values.h"
+#include "host/shell/failure.h"
+#include "host/shell/whole_file.h"
 #include "platform/console.h"
 #include "platform/errors.h"
 #include "platform/files.h"

@@ -7,8 +7,6 @@
 
 namespace kestrova {
 
-class HostDocument;
-
 // Makes the library usable for a command that writes no settings: its link in the resource chain, and the callbacks.
 // A second call does nothing.
 void UseLibrary();
@@ -37,19 +35,6 @@ class UserJobScope {
   ~UserJobScope();
   UserJobScope(const UserJobScope&) = delete;
   UserJobScope& operator=(const UserJobScope&) = delete;
-};
-
-// Makes a document the active one, on which the library's callbacks work, for as long as this object lives; then it is
-// the one before again. Null for none. The document stays the caller's.
-class ActiveDocument {
- public:
-  explicit ActiveDocument(HostDocument* document);
-  ~ActiveDocument();
-  ActiveDocument(const ActiveDocument&) = delete;
-  ActiveDocument& operator=(const ActiveDocument&) = delete;
-
- private:
-  HostDocument* before_;
 };
 
 }  // namespace kestrova

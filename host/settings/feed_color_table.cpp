@@ -1,10 +1,10 @@
-#include "host/feed_color_table.h"
+#include "host/settings/feed_color_table.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 
-#include "host/color_text.h"
+#include "host/shell/color_text.h"
 
 namespace kestrova {
 namespace {

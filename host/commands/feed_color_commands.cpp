@@ -7,9 +7,10 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
-#include "host/color_text.h"
-#include "host/commands.h"
-#include "host/feed_color_table.h"
+#include "host/commands/commands.h"
+#include "host/settings/feed_color_table.h"
+#include "host/shell/color_text.h"
+#include "host/shell/failure.h"
 #include "platform/console.h"
 #include "platform/errors.h"
 #include "platform/numbers.h"
@@ -23,7 +24,6 @@ using Json = nlohmann::ordered_json;
 using Rows = std::vector<FeedColorRow>;
 
 constexpr double kHighestFeed = 1e9;
-constexpr DWORD kHighestColor = 0xFFFFFF;
 constexpr int kStdout = 1;
 
 constexpr char kHelp[] = R"(

@@ -7,7 +7,8 @@
 #include <set>
 
 #include "framework/text.h"
-#include "host/commands.h"
+#include "host/commands/commands.h"
+#include "host/shell/failure.h"
 #include "platform/paths.h"
 #include "platform/profile.h"
 
