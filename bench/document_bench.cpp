@@ -103,7 +103,7 @@ Document LoadQuietly(std::string& bytes) {
   CMemFile file(reinterpret_cast<BYTE*>(bytes.data()), bytes.size());
   CArchive ar(&file, CArchive::load);
   Document document(static_cast<HostDocument*>(ar.ReadObject(RUNTIME_CLASS(HostDocument))));
-  if (!document->MendLinks().empty()) std::abort();
+  if (!document->RepairLinks().empty()) std::abort();
   document->SetFullyLoaded();
   return document;
 }

@@ -1,4 +1,4 @@
-// The command line kestrova: starts the library as a product's main module does, runs one command, closes it again.
+// The command line kestrova: runs one command as a main module of the library.
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <string>
@@ -12,7 +12,7 @@
 
 namespace {
 
-// The parser says of a wrong word in a command's place only that the command is missing.
+// For an unknown command the parser only reports that a command is missing.
 void RefuseUnknownCommand(const CLI::App& app) {
   std::string path = "kestrova";
   const CLI::App* at = &app;
@@ -22,7 +22,8 @@ void RefuseUnknownCommand(const CLI::App& app) {
   }
   const std::vector<std::string> words = at->remaining();
   if (at->get_require_subcommand_min() == 0 || words.empty() || words.front().starts_with('-')) return;
-  throw kestrova::WrongUsage(words.front() + " is no command of " + path + "; " + path + " --help lists them");
+  throw kestrova::WrongUsage(words.front() + " is not a command of " + path + "; " + path +
+                             " --help lists the commands");
 }
 
 int Run(int argc, char** argv) {
@@ -39,7 +40,8 @@ int Run(int argc, char** argv) {
     command.add(*group);
   }
   app.footer(footer +
-             "Exit codes: 0 done, 1 refused or failed, 2 wrong usage. KV_REGISTRY names the registry's folder.");
+             "Exit codes: 0 done; 1 the answer is no, or the command failed; 2 wrong usage.\n"
+             "KV_REGISTRY names the registry's folder.");
   kestrova::AddCompletionWords(app);
   try {
     app.parse(argc, argv);
@@ -63,9 +65,9 @@ int Fail(std::string reason, int exitCode) {
 int main(int argc, char** argv) {
   try {
     const int exitCode = Run(argc, argv);
-    // What a full disk has not taken may show only now.
+    // Output that a full disk does not take may fail only here.
     if (std::fflush(stdout) != 0 || std::ferror(stdout))
-      return Fail("the output was not written whole; is the disk full?", 1);
+      return Fail("the output is incomplete; check whether the disk is full", 1);
     return exitCode;
   } catch (const kestrova::WrongUsage& error) {
     return Fail(error.what(), 2);
@@ -74,6 +76,6 @@ int main(int argc, char** argv) {
   } catch (const std::exception& error) {
     return Fail(error.what(), 1);
   } catch (...) {
-    return Fail("an error without a reason", 1);
+    return Fail("unknown error", 1);
   }
 }

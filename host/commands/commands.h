@@ -1,5 +1,5 @@
-// The commands of the command line: how one ends that isn't done, and the table that main, help and completion read.
-// A command runs from CLI11's callback; one that fails throws Failure.
+// The table of commands, which main, the help and the completion read. CLI11's callback runs a command; a command that
+// fails throws an exception of host/shell/failure.h.
 #pragma once
 
 #include <string>
@@ -11,15 +11,16 @@ class App;
 
 namespace kestrova {
 
-// What may stand in the place of the last of a command's words, for a command that reads them by a grammar of its own;
-// see host/completion.h.
+// Candidates for the last of a command's words, for a command that completes more than its CLI11 options; see
+// completion_commands.h.
 using Candidates = std::vector<std::string> (*)(const std::vector<std::string>& words);
 
 std::vector<std::string> RegistryCandidates(const std::vector<std::string>& words);
-// Names of settings behind `settings get`, `set` and `reset`; nothing elsewhere.
+// Names of settings after `settings get`, `set` and `reset`; none after other words.
 std::vector<std::string> SettingsCandidates(const std::vector<std::string>& words);
 
-// Each fills the command's own CLI11 application, whose name, summary and example the table gives.
+// Adds subcommands and options to the command's CLI11 application, which has its name, summary and example from the
+// table.
 void AddMachineCommands(CLI::App& group);
 void AddDocumentCommands(CLI::App& group);
 void AddJobCommands(CLI::App& group);
@@ -39,7 +40,7 @@ struct Command {
   Candidates candidates = nullptr;
 };
 
-// Every command, in the order of the help. A new one is a declaration above and a row here.
+// Every command, in the order of the help. A new command needs a declaration above and a row here.
 inline constexpr Command kCommands[] = {
     {"machine", "Machine definitions: export, show, check", AddMachineCommands,
      "machine show --machines examples/machines --type MillTurn TwinTurret12"},
@@ -51,9 +52,9 @@ inline constexpr Command kCommands[] = {
     {"settings", "Settings: list, get, set, reset, export, import, diff", AddSettingsCommands,
      "settings list --changed", SettingsCandidates},
     {"env", "Start the environment and print every query; doctor finds faults", AddEnvironmentCommands, "env doctor"},
-    {"techdb", "The technology database: which is in force, and what is in it", AddTechDatabaseCommands, "techdb test"},
-    {"reg", "Look at settings in the registry and change them", AddRegistryCommands,
-     "reg query HKCU\\Software\\Zemlor /s", RegistryCandidates},
+    {"techdb", "Technology databases: list, activate, test, tables, query", AddTechDatabaseCommands, "techdb test"},
+    {"reg", "Registry values: query, add, delete, export, import", AddRegistryCommands,
+     "reg query 'HKCU\\Software\\Zemlor' /s", RegistryCandidates},
     {"ini", "INI files: list, get, set, remove", AddIniCommands, "ini get shopfloor.ini Tool Diameter"},
     {"completion", "Print the completion script for a shell", AddCompletionCommands,
      "completion bash > /etc/bash_completion.d/kestrova"},

@@ -22,7 +22,7 @@ complete -o default -F _kestrova kestrova
 
 constexpr char kHiddenCommand[] = "complete-words";
 
-// The choices that stand in an option's type as {a,b,c}.
+// The choices of an option: its type is then {a,b,c}.
 std::vector<std::string> Choices(const CLI::Option& option) {
   const std::string type = option.get_type_name();
   const std::size_t open = type.find('{');
@@ -35,7 +35,7 @@ const CLI::Option* FindOption(const CLI::App& app, const std::string& word) {
   return word.size() > 1 && word[0] == '-' ? app.get_option_no_throw(word) : nullptr;
 }
 
-// Follows the subcommands among the words; what is an option's value is no subcommand.
+// The innermost subcommand that the words name. Skips values of options.
 const CLI::App* Descend(const CLI::App& app, const std::vector<std::string>& words) {
   const CLI::App* at = &app;
   for (std::size_t i = 0; i + 1 < words.size(); ++i) {
@@ -50,7 +50,7 @@ const CLI::App* Descend(const CLI::App& app, const std::vector<std::string>& wor
   return at;
 }
 
-// What the application's own commands and options let follow.
+// Candidates from the application's commands and options.
 std::vector<std::string> Following(const CLI::App& app, const std::vector<std::string>& words) {
   const std::string& last = words.back();
   const CLI::App* at = Descend(app, words);

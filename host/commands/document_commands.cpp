@@ -1,4 +1,4 @@
-// kestrova document: documents made, shown, converted, checked and repaired.
+// kestrova document: creates, shows, converts, checks and repairs documents.
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
@@ -27,58 +27,56 @@ namespace kestrova {
 namespace {
 
 constexpr char kNewHelp[] = R"(
-Makes a document to try things with: tools, setups, their features and operations, some of them suppressed, recycled or
-locked. The same seed gives the same nodes.
+Creates a sample document: tools, setups, their features and operations, some of them suppressed, recycled or locked.
+The same seed gives the same nodes.
 
   kestrova document new part.kvdoc
   kestrova document new big.kvdoc --nodes 1000000 --units inch --seed 7
 )";
 
 constexpr char kShowHelp[] = R"(
-Shows the nodes as a tree: class, id, label, state, what is set, who made and changed it when.
+Shows the nodes as a tree: class, id, label, state, parameters, who created and changed the node, and when.
 
   kestrova document show part.kvdoc
   kestrova document show part.kvdoc --json
 )";
 
 constexpr char kDumpHelp[] = R"(
-Prints what the objects print of themselves for support staff: the document with its indexer and history, then each node.
+Prints the objects' dumps for support staff: the document with its indexer and history, then each node.
 
   kestrova document dump part.kvdoc > part.txt
 )";
 
 constexpr char kHistoryHelp[] = R"(
-Shows which builds of the product have saved the document, how often, for whom and when last.
+Shows the builds of the product that saved the document, how often, the user and the time of the last save.
 
   kestrova document history part.kvdoc
   kestrova document history part.kvdoc --json
 )";
 
 constexpr char kConvertHelp[] = R"(
-Reads a document of any version and saves it as this build does.
+Reads a document of any version and saves it in the current version.
 
   kestrova document convert old.kvdoc new.kvdoc
 )";
 
 constexpr char kVerifyHelp[] = R"(
-Reads the document as far as it goes, as repair would, and tells what is wrong: bytes that have changed or are missing,
-with their place; references to what isn't there; objects that no list holds; ids, states and the indexer's counts. Ends
-with 1 if there is anything. Changes nothing.
+Reads as much of the document as possible and lists the faults: changed or missing bytes with their position, references
+to objects outside the document, objects in no list, wrong ids, states and indexer counts. Changes nothing. The exit code
+is 1 if there are faults.
 
   kestrova document verify part.kvdoc
   kestrova document verify part.kvdoc --json
 )";
 
 constexpr char kRepairHelp[] = R"(
-Reads a damaged document as far as it goes, puts right what can be put right, and saves the rest: of nodes all those
-ahead of the first that is not whole, without references to the others. Says what was lost. FILE stays as it is. What
-was saved passes verify.
+Reads as much of a damaged document as possible, corrects the faults and saves the result in OUT: all nodes before the
+first damaged one, without references to the others. Lists what was lost. FILE stays as it is; OUT passes verify.
 
   kestrova document repair part.kvdoc saved.kvdoc
 )";
 
-// What the command line said.
-struct Given {
+struct Options {
   std::string file;
   std::string out;
   DWORD nodes = 100;
@@ -92,32 +90,32 @@ using Json = nlohmann::ordered_json;
 
 void PrintJson(const Json& json) { fmt::print("{}\n", json.dump(2, ' ', false, Json::error_handler_t::replace)); }
 
-void New(const Given& given) {
-  CheckTarget(given.file, given.force);
+void New(const Options& options) {
+  CheckTarget(options.file, options.force);
   StartMainModule();
   HostDocument document;
   const ActiveDocument active(&document);
-  document.SetUnits(FindLengthUnit(given.units)->code);
-  FillWithSample(document, given.nodes, given.seed);
-  SaveDocument(document, given.file);
+  document.SetUnits(FindLengthUnit(options.units)->code);
+  FillWithSample(document, options.nodes, options.seed);
+  SaveDocument(document, options.file);
 }
 
-void Show(const Given& given) {
+void Show(const Options& options) {
   UseLibrary();
-  const OpenDocument opened(given.file);
-  (given.json ? WriteTreeJson : WriteTree)(*opened.document, stdout);
+  const OpenDocument opened(options.file);
+  (options.json ? WriteTreeJson : WriteTree)(*opened.document, stdout);
 }
 
-void Dump(const Given& given) {
+void Dump(const Options& options) {
   UseLibrary();
-  const OpenDocument opened(given.file);
+  const OpenDocument opened(options.file);
   opened.document->DumpData(stdout);
   opened.document->Walk([](HostNode& node, int) { node.DumpData(stdout); });
 }
 
-void History(const Given& given) {
+void History(const Options& options) {
   UseLibrary();
-  const OpenDocument opened(given.file);
+  const OpenDocument opened(options.file);
   CObList records;
   opened.document->History().GetAllHistoryObjects(records);
   Json all = Json::array();
@@ -132,7 +130,7 @@ void History(const Given& given) {
                    {"lastSave", text(record.GetDateAndTime())},
                    {"saves", std::stoi(text(record.GetNumSaves()))},
                    {"edition", text(record.GetProductEdition())}});
-    if (!given.json) {
+    if (!options.json) {
       const std::string build = text(record.GetBuildCode());
       std::string line = fmt::format("{} {} build {}, storage version {}: {} saves, last {} by {}",
                                      text(record.GetMajorVersion()), text(record.GetServicePack()),
@@ -142,102 +140,102 @@ void History(const Given& given) {
       fmt::print("{}\n", line);
     }
   }
-  if (given.json) PrintJson(all);
+  if (options.json) PrintJson(all);
 }
 
-void Convert(const Given& given) {
-  CheckTarget(given.out, given.force);
+void Convert(const Options& options) {
+  CheckTarget(options.out, options.force);
   StartMainModule();
-  const OpenDocument opened(given.file);
+  const OpenDocument opened(options.file);
   opened.document->FreezeIds(false);
-  SaveDocument(*opened.document, given.out);
+  SaveDocument(*opened.document, options.out);
 }
 
 // ---- verify and repair
 
-void Verify(const Given& given) {
+void Verify(const Options& options) {
   UseLibrary();
-  DocumentLoader loader(given.file, DocumentLoader::Mode::kSalvage);
+  DocumentLoader loader(options.file, DocumentLoader::Mode::kSalvage);
   const auto document = loader.Load();
   const ActiveDocument active(document.get());
   LoadReport report = loader.Report();
-  CheckDocument(*document, CheckMode::kLook, report);
-  if (given.json) {
-    PrintJson(ReportJson(given.file, report));
+  CheckDocument(*document, CheckMode::kReport, report);
+  if (options.json) {
+    PrintJson(ReportJson(options.file, report));
   } else {
-    fmt::print("{}", ReportText(given.file, report));
+    fmt::print("{}", ReportText(options.file, report));
   }
   if (report.findingCount > 0) throw FoundErrors();
 }
 
-void Repair(const Given& given) {
-  CheckTarget(given.out, given.force);
+void Repair(const Options& options) {
+  CheckTarget(options.out, options.force);
   std::error_code unknown;
-  if (std::filesystem::equivalent(given.file, given.out, unknown))
-    throw Failure(fmt::format("{} is the damaged document itself, which repair keeps; name another file", given.out));
+  if (std::filesystem::equivalent(options.file, options.out, unknown))
+    throw Failure(fmt::format("{} is the damaged document; name another file for the result", options.out));
   StartMainModule();
-  DocumentLoader loader(given.file, DocumentLoader::Mode::kSalvage);
+  DocumentLoader loader(options.file, DocumentLoader::Mode::kSalvage);
   const auto document = loader.Load();
   const ActiveDocument active(document.get());
   LoadReport report = loader.Report();
   if (report.part <= DocumentReading::Part::kFields)
-    throw Failure(fmt::format("nothing of {} can be saved: stream {}: {}", given.file, report.findings.back().stream,
+    throw Failure(fmt::format("nothing of {} can be saved: stream {}: {}", options.file, report.findings.back().stream,
                               report.findings.back().text));
-  CheckDocument(*document, CheckMode::kMend, report);
-  SaveDocument(*document, given.out);
-  if (given.json) return PrintJson(ReportJson(given.file, report));
-  fmt::print("{}: {} of {} nodes saved{}\n{}", given.out, report.whole, report.promised, LostText(report),
+  CheckDocument(*document, CheckMode::kRepair, report);
+  SaveDocument(*document, options.out);
+  if (options.json) return PrintJson(ReportJson(options.file, report));
+  fmt::print("{}: {} of {} nodes saved{}\n{}", options.out, report.whole, report.promised, LostText(report),
              FindingsText(report));
 }
 
-// The option parser itself takes a minus and numbers that are too large.
+// The option parser accepts a minus and numbers that are too large.
 std::string Seed(const std::string& text) {
   ULONGLONG seed = 0;
   const char* const end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, seed);
-  return error == std::errc() && stop == end ? "" : text + " is no whole number from 0 to 18446744073709551615";
+  return error == std::errc() && stop == end ? "" : text + " is not a whole number from 0 to 18446744073709551615";
 }
 
-CLI::App& AddCommand(CLI::App& group, const char* name, const char* what, const char* help, Given& given,
-                     void (*run)(const Given&)) {
+CLI::App& AddCommand(CLI::App& group, const char* name, const char* what, const char* help, Options& options,
+                     void (*run)(const Options&)) {
   CLI::App* command = group.add_subcommand(name, what);
   command->footer(help);
-  command->add_option("FILE", given.file, "The document's file")->required();
-  command->callback([&given, run] { run(given); });
+  command->add_option("FILE", options.file, "The document's file")->required();
+  command->callback([&options, run] { run(options); });
   return *command;
 }
 
-void AddForce(CLI::App& command, Given& given) {
-  command.add_flag("--force", given.force, "Replace a file that exists");
+void AddForce(CLI::App& command, Options& options) {
+  command.add_flag("--force", options.force, "Replace a file that exists");
 }
-void AddJson(CLI::App& command, Given& given) { command.add_flag("--json", given.json, "As JSON"); }
-void AddOut(CLI::App& command, Given& given) {
-  command.add_option("OUT", given.out, "The file to be written")->required();
-  AddForce(command, given);
+void AddJson(CLI::App& command, Options& options) { command.add_flag("--json", options.json, "As JSON"); }
+void AddOut(CLI::App& command, Options& options) {
+  command.add_option("OUT", options.out, "The new file")->required();
+  AddForce(command, options);
 }
 
 }  // namespace
 
 void AddDocumentCommands(CLI::App& group) {
-  static Given given;
+  static Options options;
   group.require_subcommand(1);
-  const auto add = [&](const char* name, const char* what, const char* help, void (*run)(const Given&)) -> CLI::App& {
-    return AddCommand(group, name, what, help, given, run);
+  const auto add = [&](const char* name, const char* what, const char* help, void (*run)(const Options&)) -> CLI::App& {
+    return AddCommand(group, name, what, help, options, run);
   };
-  CLI::App& fresh = add("new", "Make a document to try things with", kNewHelp, New);
-  fresh.add_option("--nodes", given.nodes, "How many nodes, 100 unless told")->check(CLI::Range(0, 5'000'000));
-  fresh.add_option("--units", given.units, "The document's units, mm unless told")
+  CLI::App& create = add("new", "Create a sample document", kNewHelp, New);
+  create.add_option("--nodes", options.nodes, "Number of nodes; default 100")->check(CLI::Range(0, 5'000'000));
+  create.add_option("--units", options.units, "Units of the document; default mm")
       ->check(CLI::IsMember({"mm", "inch"}));
-  fresh.add_option("--seed", given.seed, "What the nodes are drawn from, 1 unless told")->check(Seed);
-  AddForce(fresh, given);
-  AddJson(add("show", "Show the nodes as a tree", kShowHelp, Show), given);
-  add("dump", "Print the objects' own dumps", kDumpHelp, Dump);
-  AddJson(add("history", "Show who saved the document", kHistoryHelp, History), given);
-  AddOut(add("convert", "Save a document of any version as this build does", kConvertHelp, Convert), given);
-  AddJson(add("verify", "Read a document as far as it goes and tell what is wrong", kVerifyHelp, Verify), given);
-  CLI::App& repair = add("repair", "Save what is whole of a damaged document", kRepairHelp, Repair);
-  AddOut(repair, given);
-  AddJson(repair, given);
+  create.add_option("--seed", options.seed, "Seed of the random nodes; default 1")->check(Seed);
+  AddForce(create, options);
+  AddJson(add("show", "Show the nodes as a tree", kShowHelp, Show), options);
+  add("dump", "Print the objects' dumps", kDumpHelp, Dump);
+  AddJson(add("history", "Show which builds saved the document", kHistoryHelp, History), options);
+  AddOut(add("convert", "Save a document of any version in the current one", kConvertHelp, Convert), options);
+  AddJson(add("verify", "List the faults of a document", kVerifyHelp, Verify), options);
+  CLI::App& repair = add("repair", "Save the intact nodes of a damaged document", kRepairHelp, Repair);
+  AddOut(repair, options);
+  AddJson(repair, options);
 }
 
 }  // namespace kestrova

@@ -1,4 +1,4 @@
-// `kestrova env`: where things lie and what is in force; `kestrova env doctor`: what is wrong with it.
+// `kestrova env` prints the paths and settings of the environment; `kestrova env doctor` finds faults in it.
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -8,7 +8,7 @@
 #include "host/environment/environment_doctor.h"
 #include "host/environment/environment_queries.h"
 #include "host/module/main_module.h"
-#include "host/module/noted_boxes.h"
+#include "host/module/recorded_message_boxes.h"
 #include "host/shell/failure.h"
 #include "share/env/app_env.h"
 
@@ -18,7 +18,7 @@ namespace {
 
 constexpr char kEnvHelp[] =
     "Starts the environment as the product does: missing switches and folders get their defaults in the registry, and\n"
-    "the folder of simulation recordings is made.\n"
+    "the folder of simulation recordings is created.\n"
     "JSON: {\"initResult\": {\"value\", \"text\"}, \"start\": {OPERATION: VALUE, ...}, \"installation\": {...},\n"
     "\"language\": {...}, \"folders\": {...}, \"technologyDatabase\": {...}, \"product\": {...}}.\n"
     "Examples:\n"
@@ -27,9 +27,10 @@ constexpr char kEnvHelp[] =
     "  kestrova env doctor";
 
 constexpr char kDoctorHelp[] =
-    "Starts the environment as the product does, then looks for what is missing or suspicious, and says what to do.\n"
-    "Errors keep the product from working, warnings a part of it; notes are worth knowing. Exit code 1 if there is an\n"
-    "error.\n"
+    "Starts the environment as the product does, lists what is missing or suspicious, and gives a remedy for each.\n"
+    "An error stops the product, a warning a part of it; a note may explain odd behaviour. The exit code is 1 if "
+    "there\n"
+    "are errors.\n"
     "JSON: {\"errors\", \"warnings\", \"notes\": numbers, \"findings\": [{\"grade\", \"subject\", \"text\", "
     "\"remedy\"}]}.\n"
     "Example:\n"
@@ -71,7 +72,7 @@ std::string Counted(std::ptrdiff_t count, const char* what) {
 }
 
 void RunDoctor(bool asJson) {
-  const NotedBoxes boxes;  // what they would say are findings
+  const RecordedMessageBoxes boxes;  // the findings report the same faults
   StartMainModule();
   const std::vector<EnvironmentFinding> findings = ExamineEnvironment(*AppEnv());
   const auto count = [&](FindingGrade grade) {
@@ -106,7 +107,7 @@ void AddEnvironmentCommands(CLI::App& group) {
   group.footer(kEnvHelp);
   group.require_subcommand(0, 1);
   group.add_flag("--json", json, "As JSON");
-  CLI::App* doctor = group.add_subcommand("doctor", "Find what is missing or suspicious in installation and registry");
+  CLI::App* doctor = group.add_subcommand("doctor", "Find faults of the installation and the registry");
   doctor->footer(kDoctorHelp);
   doctor->add_flag("--json", doctorJson, "As JSON");
   doctor->callback([] { RunDoctor(json || doctorJson); });

@@ -1,4 +1,4 @@
-// kestrova feedcolors: the tables of colours by feed rate, shown and changed.
+// kestrova feedcolors: shows and changes the tables of colours by feed rate.
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
@@ -27,16 +27,16 @@ constexpr double kHighestFeed = 1e9;
 constexpr int kStdout = 1;
 
 constexpr char kHelp[] = R"(
-Toolpaths are coloured by their feed: each row's colour stands for the feeds up to and including its threshold, down to
-the row below it. Feeds above all thresholds have no colour. Thresholds have two decimals.
+Toolpaths are coloured by their feed. A row's colour is for feeds up to and including its threshold and above the
+threshold of the row before. Feeds above all thresholds have no colour. Thresholds have two decimals.
 
   kestrova feedcolors show   --process mill
   kestrova feedcolors add    --process mill 1200 '#FF8000'
   kestrova feedcolors remove --process mill 1200
   kestrova feedcolors color  --process mill 950.5
 
-A COLOR is #RRGGBB, or the number that the registry holds, 0xBBGGRR or decimal. A table without rows has one up to
-100000 in a random colour, which is kept when another row is added.
+A COLOR is #RRGGBB, or the number in the registry, 0xBBGGRR or decimal. An empty table gets a row up to 100000 in a
+random colour, which stays when you add another row.
 )";
 
 struct Arguments {
@@ -49,13 +49,13 @@ struct Arguments {
     double value = 0;
     const bool plain = feed.find_first_not_of("0123456789.") == std::string::npos && feed.find('.') == feed.rfind('.');
     if (!plain || !ReadNumber(feed, value) || value > kHighestFeed)
-      throw WrongUsage("FEED is a number from 0 to 1000000000, such as 120 or 99.5: \"" + feed + "\"");
+      throw WrongUsage("FEED \"" + feed + "\" is not a number from 0 to 1000000000, such as 120 or 99.5");
     return value;
   }
   unsigned long Color() const {
     const auto value = ColorFromText(color);
     if (value && *value <= kHighestColor) return *value;
-    throw WrongUsage("COLOR is #RRGGBB, or 0xBBGGRR as the registry has it, such as '#FF8000': \"" + color + "\"");
+    throw WrongUsage("COLOR \"" + color + "\" is neither #RRGGBB nor 0xBBGGRR; write it like '#FF8000'");
   }
 };
 
@@ -63,18 +63,19 @@ struct Arguments {
 
 std::string KeyName(const QFSettingsKey& table) { return "HKCU\\" + ToUtf8(table.GetPath()); }
 
-std::unique_ptr<QFFeedColorsSettings> Restored(const Arguments& arguments) {
+std::unique_ptr<QFFeedColorsSettings> RestoreTable(const Arguments& arguments) {
   std::unique_ptr<QFFeedColorsSettings> table;
   if (arguments.process == "mill") table = std::make_unique<QFMillFeedColorsSettings>();
   if (arguments.process == "turn") table = std::make_unique<QFTurnFeedColorsSettings>();
   if (arguments.process == "edm") table = std::make_unique<QFEdmFeedColorsSettings>();
-  // A table that can't be opened would pass for an empty one.
+  // Restoring a key that cannot be opened would look like an empty table.
   RegistryKeyHandle key;
   TCHAR noClass[] = _T("");
   const LSTATUS status = RegCreateKeyExW(HKEY_CURRENT_USER, table->GetPath(), 0, noClass, 0, KEY_ALL_ACCESS, nullptr,
                                          key.Receive(), nullptr);
   if (status != ERROR_SUCCESS)
-    throw Failure(fmt::format("cannot open {}: {}; see KV_REGISTRY", KeyName(*table), ErrorText(DWORD(status))));
+    throw Failure(fmt::format("cannot open {}: {}; check the registry's folder, which KV_REGISTRY names",
+                              KeyName(*table), ErrorText(DWORD(status))));
   table->RestoreValuesFromRegistry();
   return table;
 }
@@ -87,8 +88,8 @@ Rows RowsOf(QFFeedColorsSettings& table) {
   return rows;
 }
 
-// In ascending order, as the next restore gives them. Of rows that look alike the first stays, which is the one that
-// is found; the registry would keep the last.
+// Saves the rows in ascending order, as the next restore returns them. Of rows with the same text the first stays: a
+// search finds that one, but the registry would keep the last.
 void Save(QFFeedColorsSettings& table, Rows rows) {
   std::stable_sort(rows.begin(), rows.end(), [](const auto& a, const auto& b) { return a.up_to < b.up_to; });
   const auto alike = [](const auto& a, const auto& b) { return FeedText(a.up_to) == FeedText(b.up_to); };
@@ -115,7 +116,7 @@ Json ColorJson(unsigned long color) {
 }
 
 void Show(const Arguments& arguments) {
-  const auto table = Restored(arguments);
+  const auto table = RestoreTable(arguments);
   const Rows rows = RowsOf(*table);
   if (!arguments.json) {
     fmt::print("{}", FeedColorsText(rows, OnColorTerminal()));
@@ -132,7 +133,7 @@ void Show(const Arguments& arguments) {
 
 void Add(const Arguments& arguments) {
   const FeedColorRow row{arguments.Feed(), arguments.Color()};
-  const auto table = Restored(arguments);
+  const auto table = RestoreTable(arguments);
   Rows rows = RowsOf(*table);
   EraseRow(rows, row.up_to);
   rows.push_back(row);
@@ -141,7 +142,7 @@ void Add(const Arguments& arguments) {
 
 void Remove(const Arguments& arguments) {
   const double feed = arguments.Feed();
-  const auto table = Restored(arguments);
+  const auto table = RestoreTable(arguments);
   Rows rows = RowsOf(*table);
   if (!EraseRow(rows, feed)) {
     std::string present;
@@ -153,7 +154,7 @@ void Remove(const Arguments& arguments) {
 
 void Color(const Arguments& arguments) {
   const double feed = arguments.Feed();
-  const unsigned long color = Restored(arguments)->GetColorForFeed(feed);
+  const unsigned long color = RestoreTable(arguments)->GetColorForFeed(feed);
   if (arguments.json) {
     Json found = {{"process", arguments.process}, {"feed", feed}};
     found.update(ColorJson(color));
@@ -167,7 +168,7 @@ CLI::App* AddCommand(CLI::App& group, const char* name, const char* what, Argume
                      void (*run)(const Arguments&)) {
   CLI::App* command = group.add_subcommand(name, what);
   command->footer(kHelp);
-  command->add_option("--process", arguments.process, "Whose table: mill, turn or edm")
+  command->add_option("--process", arguments.process, "The table: mill, turn or edm")
       ->check(CLI::IsMember({"mill", "turn", "edm"}))
       ->required();
   command->callback([&arguments, run] { run(arguments); });
@@ -181,11 +182,11 @@ void AddFeedColorCommands(CLI::App& group) {
   group.require_subcommand(1);
   group.footer(kHelp);
   CLI::App* show = AddCommand(group, "show", "Show the rows", arguments, Show);
-  CLI::App* add = AddCommand(group, "add", "Add a row, or give one another colour", arguments, Add);
+  CLI::App* add = AddCommand(group, "add", "Add a row, or change its colour", arguments, Add);
   CLI::App* remove = AddCommand(group, "remove", "Remove a row", arguments, Remove);
-  CLI::App* color = AddCommand(group, "color", "Tell the colour of a feed", arguments, Color);
+  CLI::App* color = AddCommand(group, "color", "Show the colour of a feed", arguments, Color);
   for (CLI::App* command : {add, remove, color})
-    command->add_option("FEED", arguments.feed, "In the units of the program")->required();
+    command->add_option("FEED", arguments.feed, "The feed, in the units of the program")->required();
   add->add_option("COLOR", arguments.color, "#RRGGBB or 0xBBGGRR")->required();
   for (CLI::App* command : {show, color}) command->add_flag("--json", arguments.json, "As JSON");
 }

@@ -1,4 +1,4 @@
-// kestrova job: the operations of a document run as background jobs.
+// kestrova job: computes the operations of a document as background jobs.
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
@@ -24,10 +24,10 @@ namespace kestrova {
 namespace {
 
 constexpr char kRunHelp[] = R"(
-Computes a toolpath for each operation of the document that is neither suppressed nor recycled, as background jobs: at
-most N at a time, the application's setting ThreadNum unless told. Shows a line a job while they run, and a table at the
-end. Ctrl-C cancels: jobs that run stop at their next step, those that wait don't begin; a second one ends the process.
-The document is not changed. Ends with 1 unless all jobs are done.
+Computes a toolpath for each operation of the document that is neither suppressed nor recycled, as background jobs. At
+most N jobs run at a time; the default is the application's setting ThreadNum. Shows a line per running job, and a table
+at the end. Ctrl-C cancels: running jobs stop at their next step, waiting jobs do not start; a second Ctrl-C ends the
+process. The document stays as it is. The exit code is 1 unless all jobs are done.
 
   kestrova job run part.kvdoc
   kestrova job run part.kvdoc --jobs 4 --parents
@@ -35,12 +35,12 @@ The document is not changed. Ends with 1 unless all jobs are done.
   kestrova job run part.kvdoc --cancel-after 250
 )";
 
-constexpr DWORD kBetweenLooks_ms = 40;
+constexpr DWORD kPollInterval_ms = 40;
 
-struct Given {
+struct Options {
   std::string file;
   std::string command = "generate";
-  int jobs = 0;  // 0 for the setting
+  int jobs = 0;  // 0: the setting ThreadNum
   bool parents = false;
   int cancel_after_ms = -1;
   bool json = false;
@@ -48,7 +48,7 @@ struct Given {
 
 BOOL OnControl(DWORD event) { return event == CTRL_C_EVENT && !CancelUserJob(); }
 
-// Ctrl-C is the user's cancel while this lives.
+// Ctrl-C cancels the user's jobs while this object lives.
 class ControlScope {
  public:
   ControlScope() { SetConsoleCtrlHandler(OnControl, TRUE); }
@@ -57,40 +57,40 @@ class ControlScope {
   ControlScope& operator=(const ControlScope&) = delete;
 };
 
-void AskForJobs(const HostDocument& document, JobQueue& queue, const Given& given,
-                std::deque<ToolpathCommand>& commands) {
-  // Without threads a parent would wait for ever: nothing ends it.
-  const bool parents = given.parents && queue.RunsThreads();
+void RequestJobs(const HostDocument& document, JobQueue& queue, const Options& options,
+                 std::deque<ToolpathCommand>& commands) {
+  // Without threads nothing ends a parent that waits for its child.
+  const bool parents = options.parents && queue.RunsThreads();
   const auto parentEnd = parents ? eThreadEndWaitForChild : QFeThreadEndType(0);
   document.Walk([&](HostNode& node, int) {
     auto* operation = DYNAMIC_DOWNCAST(HostOperation, &node);
     if (!operation || operation->IsSuppressed() || operation->IsRecycled()) return;
-    const unsigned context = ToolpathCommand::ContextOf(given.command);
-    queue.Ask(*operation, context, commands.emplace_back(queue, *operation), QFeThreadType(0), parentEnd);
+    const unsigned context = ToolpathCommand::ContextOf(options.command);
+    queue.Request(*operation, context, commands.emplace_back(queue, *operation), QFeThreadType(0), parentEnd);
     if (parents)
-      queue.Ask(*operation, ToolpathCommand::kLink, commands.emplace_back(queue, *operation), eThreadTypeChild,
-                QFeThreadEndType(0));
+      queue.Request(*operation, ToolpathCommand::kLink, commands.emplace_back(queue, *operation), eThreadTypeChild,
+                    QFeThreadEndType(0));
   });
 }
 
-void RunJobs(const Given& given) {
+void RunJobs(const Options& options) {
   StartMainModule();
-  DocumentLoader loader(given.file, DocumentLoader::Mode::kStrict);
+  DocumentLoader loader(options.file, DocumentLoader::Mode::kStrict);
   const auto document = loader.Load();
   const ActiveDocument active(document.get());
   const UserJobScope user;
   const ControlScope control;
   std::deque<ToolpathCommand> commands;
-  JobQueue queue(given.jobs);
+  JobQueue queue(options.jobs);
   JobScreen screen;
   const auto begin = std::chrono::steady_clock::now();
-  AskForJobs(*document, queue, given, commands);
+  RequestJobs(*document, queue, options, commands);
   bool cancelled = false;
   while (!queue.IsIdle()) {
     screen.Show(queue.Jobs());
-    Sleep(kBetweenLooks_ms);
+    Sleep(kPollInterval_ms);
     const auto passed = std::chrono::steady_clock::now() - begin;
-    if (given.cancel_after_ms >= 0 && passed >= std::chrono::milliseconds(given.cancel_after_ms)) CancelUserJob();
+    if (options.cancel_after_ms >= 0 && passed >= std::chrono::milliseconds(options.cancel_after_ms)) CancelUserJob();
     if (!cancelled && IsUserJobCancelled()) {
       cancelled = true;
       queue.TerminateAllThreadsInThisDoc(document.get());
@@ -100,7 +100,7 @@ void RunJobs(const Given& given) {
   queue.AwaitThreads();
   const std::vector<JobView> jobs = queue.Jobs();
   screen.Finish(jobs);
-  if (given.json) {
+  if (options.json) {
     fmt::print("{}\n", JobsJson(jobs).dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
   } else {
     fmt::print("{}", JobsTable(jobs));
@@ -111,19 +111,19 @@ void RunJobs(const Given& given) {
 }  // namespace
 
 void AddJobCommands(CLI::App& group) {
-  static Given given;
+  static Options options;
   group.require_subcommand(1);
   CLI::App* run = group.add_subcommand("run", "Run a command on the operations of a document");
   run->footer(kRunHelp);
-  run->add_option("FILE", given.file, "The document's file")->required();
-  run->add_option("--command", given.command, "What to run, generate unless told")
+  run->add_option("FILE", options.file, "The document's file")->required();
+  run->add_option("--command", options.command, "The command to run; default generate")
       ->check(CLI::IsMember({"generate", "recalculate", "fail", "crash"}));
-  run->add_option("--jobs", given.jobs, "How many at a time")->check(CLI::Range(1, 1000));
-  run->add_flag("--parents", given.parents, "Let each job wait for a child that links its moves");
-  run->add_option("--cancel-after", given.cancel_after_ms, "Cancel after so many milliseconds")
+  run->add_option("--jobs", options.jobs, "The largest number of jobs at a time")->check(CLI::Range(1, 1000));
+  run->add_flag("--parents", options.parents, "Let each job wait for a child that links its moves");
+  run->add_option("--cancel-after", options.cancel_after_ms, "Cancel the jobs after this time in milliseconds")
       ->check(CLI::Range(0, 3'600'000));
-  run->add_flag("--json", given.json, "The table as JSON");
-  run->callback([] { RunJobs(given); });
+  run->add_flag("--json", options.json, "The table as JSON");
+  run->callback([] { RunJobs(options); });
 }
 
 }  // namespace kestrova

@@ -1,4 +1,4 @@
-// kestrova machine: the machine definitions of the simulator, exported, shown and checked.
+// kestrova machine: exports, shows and checks the machine definitions of the simulator.
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
@@ -20,34 +20,32 @@ namespace {
 constexpr LPCTSTR kMachinePathSetting = _T("SimulationMachinePath");
 
 constexpr char kExportHelp[] = R"(
-Writes KestrovaAPT.txt beside the definition, for the simulator. A file that stands there is replaced only by a whole
-new one.
+Writes KestrovaAPT.txt for the simulator beside the definition. If that fails, an old file stays as it was.
 
   kestrova machine export --machines examples/machines --type Mill Vertical850
 )";
 
 constexpr char kShowHelp[] = R"(
-Shows channels, tool targets, stations, fixtures, shapes below their parents and shape lists, as they were read.
+Shows channels, tool targets, stations, fixtures, shapes below their parents and shape lists, as the reader got them.
 
   kestrova machine show --machines examples/machines --type MillTurn TwinTurret12
   kestrova machine show --machines examples/machines --type MillTurn TwinTurret12 --json
 )";
 
 constexpr char kCheckHelp[] = R"(
-Tells what the forgiving reader passes over in silence, as FILE:LINE:COLUMN: GRADE: TEXT. Ends with 1 if there is an
-error among it: something that is lost, replaced or never exported.
+Lists the faults that the reader ignores, as FILE:LINE:COLUMN: GRADE: TEXT. An error is something that is lost, replaced
+or never exported. The exit code is 1 if there are errors.
 
   kestrova machine check --machines examples/machines --type Mill Trunnion500
 )";
 
-// Which machine is meant.
-struct Chosen {
+struct Options {
   std::string machines;
   std::string type;
   std::string name;
   bool json = false;
 
-  // The folder of the machines in the product's form, with its backslash.
+  // The folder of the machines as a product path with a backslash at the end.
   CString Folder() const {
     CString folder(ProductPathFromSystem(machines).c_str());
     if (folder.IsEmpty() || folder[folder.GetLength() - 1] != _T('\\')) folder += _T('\\');
@@ -65,7 +63,7 @@ struct Chosen {
 
 std::string SystemPath(const CString& path) { return SystemPathFromProduct(path); }
 
-// The application settings of this run, where the host has none of its own. They live in memory alone.
+// Application settings in memory, for a process without application settings.
 QFSettingsKey* RunSettings() {
   static QFSettingsKey* const settings = [] {
     static QFSettingsKey tree;
@@ -96,29 +94,29 @@ std::string ReadingFailure(const CString& file, const KVXMLFailure& failure) {
   }
 }
 
-void CheckName(const Chosen& chosen) {
-  if (chosen.name.empty() || chosen.name.find_first_of("/\\") != std::string::npos || chosen.name == "." ||
-      chosen.name == "..") {
-    throw WrongUsage("NAME is the name of a machine's folder, not a path: \"" + chosen.name + "\"");
+void CheckName(const Options& options) {
+  if (options.name.empty() || options.name.find_first_of("/\\") != std::string::npos || options.name == "." ||
+      options.name == "..") {
+    throw WrongUsage("NAME \"" + options.name + "\" is not the name of a machine's folder");
   }
 }
 
-void Load(const Chosen& chosen, KVVMMachine& machine) {
-  CheckName(chosen);
-  SetMachinePath(chosen.Folder());
-  CString name = FromUtf8(chosen.name);
-  if (machine.LoadMachine(chosen.Type(), name)) return;
+void Load(const Options& options, KVVMMachine& machine) {
+  CheckName(options);
+  SetMachinePath(options.Folder());
+  CString name = FromUtf8(options.name);
+  if (machine.LoadMachine(options.Type(), name)) return;
   const MachineLoadFailure& failure = machine.GetLoadFailure();
   if (failure.kind == MachineLoadFailure::Kind::kDefinition) throw Failure(ReadingFailure(failure.file, failure.xml));
   throw Failure("the machine could not be loaded: no application settings");
 }
 
-void Export(const Chosen& chosen) {
+void Export(const Options& options) {
   KVVMMachine machine;
-  Load(chosen, machine);
+  Load(options, machine);
   machine.ExportData();
   const MachineExportFailure& failure = machine.GetExportFailure();
-  const std::string definition = SystemPath(chosen.Definition());
+  const std::string definition = SystemPath(options.Definition());
   switch (failure.kind) {
     case MachineExportFailure::Kind::kNone: break;
     case MachineExportFailure::Kind::kNoChannels:
@@ -130,10 +128,10 @@ void Export(const Chosen& chosen) {
   fmt::print("{}\n{}\n", SystemPath(failure.file), MachineSummary(machine));
 }
 
-void Show(const Chosen& chosen) {
+void Show(const Options& options) {
   KVVMMachine machine;
-  Load(chosen, machine);
-  fmt::print("{}", chosen.json ? MachineJson(machine).dump(2) + "\n" : MachineTree(machine));
+  Load(options, machine);
+  fmt::print("{}", options.json ? MachineJson(machine).dump(2) + "\n" : MachineTree(machine));
 }
 
 std::string FindingsText(const std::string& file, const MachineCheckResult& result) {
@@ -165,41 +163,41 @@ std::string FindingsJson(const std::string& file, const MachineCheckResult& resu
   return all.dump(2) + "\n";
 }
 
-void Check(const Chosen& chosen) {
-  CheckName(chosen);
-  const CString definition = chosen.Definition();
+void Check(const Options& options) {
+  CheckName(options);
+  const CString definition = options.Definition();
   const MachineCheckResult result = CheckMachineFile(definition);
   if (result.failure.kind != KVXMLFailure::Kind::kNone) throw Failure(ReadingFailure(definition, result.failure));
   const std::string file = SystemPath(definition);
-  fmt::print("{}", chosen.json ? FindingsJson(file, result) : FindingsText(file, result));
+  fmt::print("{}", options.json ? FindingsJson(file, result) : FindingsText(file, result));
   if (result.Count(MachineFindingGrade::kError) > 0) throw FoundErrors();
 }
 
-CLI::App* AddCommand(CLI::App& group, const char* name, const char* what, const char* help, Chosen& chosen,
-                     void (*run)(const Chosen&)) {
+CLI::App* AddCommand(CLI::App& group, const char* name, const char* what, const char* help, Options& options,
+                     void (*run)(const Options&)) {
   CLI::App* command = group.add_subcommand(name, what);
   command->footer(help);
-  command->add_option("--machines", chosen.machines, "The folder that holds the folders Mill, Turn and MillTurn")
+  command->add_option("--machines", options.machines, "The folder with the folders Mill, Turn and MillTurn")
       ->type_name("DIR")
       ->required();
-  command->add_option("--type", chosen.type, "The kind of machine")
+  command->add_option("--type", options.type, "The kind of machine")
       ->check(CLI::IsMember({"Mill", "Turn", "MillTurn"}))
       ->required();
-  command->add_option("NAME", chosen.name, "The machine's name, which is its folder's")->required();
-  command->callback([&chosen, run] { run(chosen); });
+  command->add_option("NAME", options.name, "The machine's name, which is its folder's name")->required();
+  command->callback([&options, run] { run(options); });
   return command;
 }
 
 }  // namespace
 
 void AddMachineCommands(CLI::App& group) {
-  static Chosen chosen;
+  static Options options;
   group.require_subcommand(1);
-  AddCommand(group, "export", "Write the text file for the simulator", kExportHelp, chosen, Export);
-  CLI::App* show = AddCommand(group, "show", "Show a machine as a tree", kShowHelp, chosen, Show);
-  show->add_flag("--json", chosen.json, "As JSON");
-  CLI::App* check = AddCommand(group, "check", "Find faults in a definition", kCheckHelp, chosen, Check);
-  check->add_flag("--json", chosen.json, "As JSON");
+  AddCommand(group, "export", "Write the text file for the simulator", kExportHelp, options, Export);
+  CLI::App* show = AddCommand(group, "show", "Show a machine as a tree", kShowHelp, options, Show);
+  show->add_flag("--json", options.json, "As JSON");
+  CLI::App* check = AddCommand(group, "check", "Find faults in a definition", kCheckHelp, options, Check);
+  check->add_flag("--json", options.json, "As JSON");
 }
 
 }  // namespace kestrova

@@ -1,4 +1,4 @@
-// kestrova reg: looking at settings and changing them, with the words that support staff know.
+// kestrova reg: shows and changes registry values, with the syntax that support staff know.
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
@@ -25,7 +25,7 @@ using Text = std::basic_string<TCHAR>;
 
 constexpr char kDone[] = "The operation completed successfully.";
 
-constexpr char kOverview[] = R"(Looks at settings and changes them.
+constexpr char kOverview[] = R"(Shows and changes values of the registry.
 
   kestrova reg query  KEY [/v NAME | /ve] [/s] [--json]
   kestrova reg add    KEY [/v NAME | /ve] [/t TYPE] [/d DATA] [/s SEPARATOR] [/f]
@@ -34,10 +34,10 @@ constexpr char kOverview[] = R"(Looks at settings and changes them.
   kestrova reg import FILE
 
 A KEY begins with HKCU or HKLM, or their long names. A switch may be written with / or -, in any case.
-"kestrova reg query /?" tells more about a command.
+"kestrova reg query /?" shows the help of a command.
 )";
 
-// ---- The words behind a command ----
+// ---- the words after a command
 
 struct Arguments;
 
@@ -47,41 +47,39 @@ void DeleteCommand(const Arguments& arguments);
 void ExportCommand(const Arguments& arguments);
 void ImportCommand(const Arguments& arguments);
 
-// A command: its name and what it does, how many words that are no switches it takes, its switches with a value and
-// without, help.
 struct CommandForm {
   const char* name;
   void (*run)(const Arguments& arguments);
-  std::size_t words;
-  const char* with_value;
+  std::size_t words;       // number of words that are not switches
+  const char* with_value;  // switches with a value, separated by blanks
   const char* without_value;
   const char* help;
 };
 
 constexpr CommandForm kForms[] = {
-    {"query", QueryCommand, 1, "v", "ve s -json", R"(Shows a key: its values and the keys below it.
+    {"query", QueryCommand, 1, "v", "ve s -json", R"(Shows the values of a key and the keys below it.
 
   kestrova reg query KEY [/v NAME | /ve] [/s] [--json]
 
   /v NAME  that value only      /ve     the default value only
   /s       all keys below, too  --json  as JSON
-Ends with 1 if the key or the value is missing.
+The exit code is 1 if the key or the value is missing.
 
   kestrova reg query "HKCU\Software\Zemlor\Kestrova" /s
   kestrova reg query "HKCU\Software\Zemlor\Kestrova\Debug" /v LOG_KV
 )"},
-    {"add", AddCommand, 1, "v t d s", "ve f", R"(Makes a key, or writes a value.
+    {"add", AddCommand, 1, "v t d s", "ve f", R"(Creates a key, or writes a value.
 
   kestrova reg add KEY [/v NAME | /ve] [/t TYPE] [/d DATA] [/s SEPARATOR] [/f]
 
   /v NAME  the value's name           /ve  the default value
-  /t TYPE  REG_SZ (unless told), REG_EXPAND_SZ, REG_MULTI_SZ, REG_DWORD, REG_QWORD, REG_BINARY, REG_NONE
+  /t TYPE  REG_SZ (default), REG_EXPAND_SZ, REG_MULTI_SZ, REG_DWORD, REG_QWORD, REG_BINARY, REG_NONE
   /d DATA  a text; a number, decimal or 0x2a; binary as 0A1B; a list with \0, or the SEPARATOR, between its texts
-  /f       without asking, if the value exists
+  /f       overwrite a value without asking
 
   kestrova reg add "HKCU\Software\Zemlor\Kestrova\Debug" /v LOG_KV /t REG_DWORD /d 1 /f
 )"},
-    {"delete", DeleteCommand, 1, "v", "ve va f", R"(Deletes a key with all below it, or values.
+    {"delete", DeleteCommand, 1, "v", "ve va f", R"(Deletes a key with everything below it, or values.
 
   kestrova reg delete KEY [/v NAME | /ve | /va] [/f]
 
@@ -90,16 +88,16 @@ Ends with 1 if the key or the value is missing.
 
   kestrova reg delete "HKCU\Software\Zemlor\Kestrova\Debug" /v LOG_KV /f
 )"},
-    {"export", ExportCommand, 2, "", "y", R"(Writes a key with all below it into a file.
+    {"export", ExportCommand, 2, "", "y", R"(Writes a key with everything below it into a file.
 
   kestrova reg export KEY FILE [/y]
 
-  /y  without asking, if the file exists
+  /y  overwrite a file without asking
 
   kestrova reg export "HKCU\Software\Zemlor\Kestrova" settings.reg /y
 )"},
     {"import", ImportCommand, 1, "", "",
-     R"(Writes what a file tells into the registry: all of it or, if anything is wrong, nothing.
+     R"(Writes the keys and values of a file into the registry. If one line is wrong, nothing is changed.
 
   kestrova reg import FILE
 
@@ -121,7 +119,7 @@ const CommandForm* FormOf(const std::string& word) {
 
 std::vector<std::string> WordsOf(const char* list) { return CLI::detail::split_up(list); }
 
-bool Lists(const char* list, const std::string& word) {
+bool Contains(const char* list, const std::string& word) {
   const std::vector<std::string> words = WordsOf(list);
   return std::find(words.begin(), words.end(), word) != words.end();
 }
@@ -139,29 +137,31 @@ struct Arguments {
   std::string Get(const char* name) const { return Has(name) ? switches.at(name) : ""; }
 };
 
-// The word behind a switch with a value is its value, whatever it begins with.
-Arguments ReadArguments(const CommandForm& form, const std::vector<std::string>& given) {
+// The word after a switch with a value is its value, even if it begins with / or -.
+Arguments ReadArguments(const CommandForm& form, const std::vector<std::string>& words) {
   Arguments read;
   const auto wrong = [&](const std::string& what) {
     return WrongUsage(fmt::format("{}; see kestrova reg {} --help", what, form.name));
   };
-  for (std::size_t i = 1; i < given.size(); ++i) {
-    const std::string& word = given[i];
+  for (std::size_t i = 1; i < words.size(); ++i) {
+    const std::string& word = words[i];
     const std::string name = LowerAscii(word.substr(std::min<std::size_t>(1, word.size())));
     const bool marked = word.size() > 1 && (word[0] == '/' || word[0] == '-');
-    if (marked && Lists(form.with_value, name)) {
-      if (i + 1 == given.size()) throw wrong(fmt::format("{} needs a value behind it", word));
-      if (!read.switches.emplace(name, given[++i]).second) throw wrong(fmt::format("{} is given twice", word));
-    } else if (marked && Lists(form.without_value, name)) {
+    if (marked && Contains(form.with_value, name)) {
+      if (i + 1 == words.size()) throw wrong(fmt::format("{} needs a value", word));
+      if (!read.switches.emplace(name, words[++i]).second) throw wrong(fmt::format("{} is given twice", word));
+    } else if (marked && Contains(form.without_value, name)) {
       read.switches.emplace(name, "");
     } else if (read.words.size() < form.words) {
       read.words.push_back(word);
     } else {
-      throw wrong(fmt::format("{} is not expected", word));
+      throw wrong(fmt::format("{} is unexpected", word));
     }
   }
   if (read.words.size() < form.words)
-    throw wrong(form.words == 2 ? "a key and a file are needed" : "a name is missing");
+    throw wrong(form.words == 2             ? "KEY or FILE is missing"
+                : form.run == ImportCommand ? "FILE is missing"
+                                            : "KEY is missing");
   if (int(read.Has("v")) + int(read.Has("ve")) + int(read.Has("va")) > 1) {
     throw wrong("only one of /v, /ve and /va can be given");
   }
@@ -172,21 +172,22 @@ KeyName KeyOf(const std::string& text) {
   KeyName key;
   const CString wide = FromUtf8(text);
   if (!registry_text::ParseKeyName(wide.View(), key)) {
-    throw WrongUsage(fmt::format("{} is no key; a key begins with HKCU\\ or HKLM\\, in quotes for the shell", text));
+    throw WrongUsage(
+        fmt::format("{} is not a key; a key begins with HKCU\\ or HKLM\\ and needs quotes in the shell", text));
   }
   return key;
 }
 
-// Whether a value is meant, and which.
+// The name of the value that the switches select; nullopt if they select none.
 std::optional<Text> ValueNameOf(const Arguments& arguments) {
   if (arguments.Has("v")) return Text(FromUtf8(arguments.Get("v")).View());
   if (arguments.Has("ve")) return Text();
   return std::nullopt;
 }
 
-std::string Shown(const Text& value_name) { return value_name.empty() ? "(Default)" : ToUtf8(value_name); }
+std::string ShownName(const Text& value_name) { return value_name.empty() ? "(Default)" : ToUtf8(value_name); }
 
-// ---- The registry ----
+// ---- the registry
 
 std::string TextOf(const registry_text::Error& error) { return fmt::format("{}; {}", error.reason, error.remedy); }
 
@@ -243,7 +244,7 @@ KeyName Below(const KeyName& key, const Text& name) {
   return {key.hive, key.path.empty() ? name : key.path + TCHAR('\\') + name};
 }
 
-// The key and, if asked for, all below it; with a name, only the keys that have that value.
+// Appends the key and, if `below`, all keys below it; with a name only the keys that have that value.
 void Collect(const KeyName& key, const std::optional<Text>& name, bool below, std::vector<KeyContent>& contents) {
   const RegistryKeyHandle open = Open(key, KEY_READ);
   KeyContent content{key, {}, ReadSubKeys(key, open)};
@@ -258,9 +259,9 @@ void Collect(const KeyName& key, const std::optional<Text>& name, bool below, st
   for (std::size_t i = 0; below && i < sub_keys.size(); ++i) Collect(Below(key, sub_keys[i]), name, below, contents);
 }
 
-// ---- Asking ----
+// ---- questions
 
-// Asks on a terminal; without one, refuses and names the switch that answers the question.
+// Asks the user on a terminal. Without a terminal throws the refusal, which names the switch that answers yes.
 void Confirm(const std::string& question, const std::string& refusal) {
   if (!_isatty(0)) throw Failure(refusal);
   std::fprintf(stderr, "%s (Yes/No)? ", question.c_str());
@@ -272,7 +273,7 @@ void Confirm(const std::string& question, const std::string& refusal) {
 
 void Done() { std::printf("%s\n", kDone); }
 
-// ---- The commands ----
+// ---- commands
 
 void PrintContents(const std::vector<KeyContent>& contents, bool sub_keys) {
   for (const KeyContent& content : contents) {
@@ -280,7 +281,7 @@ void PrintContents(const std::vector<KeyContent>& contents, bool sub_keys) {
     if (!content.values.empty() || content.sub_keys.empty()) {
       std::printf("\n%s\n", name.c_str());
       for (const RegistryValue& value : content.values) {
-        std::printf("    %s    %s    %s\n", Shown(value.name).c_str(), TypeName(value.type).c_str(),
+        std::printf("    %s    %s    %s\n", ShownName(value.name).c_str(), TypeName(value.type).c_str(),
                     DataText(value).c_str());
       }
     }
@@ -298,7 +299,7 @@ void QueryCommand(const Arguments& arguments) {
   std::vector<KeyContent> contents;
   Collect(key, name, below, contents);
   if (contents.empty()) {
-    throw Failure(fmt::format("there is no value {} in {}", Shown(*name), ToUtf8(registry_text::FullName(key))));
+    throw Failure(fmt::format("there is no value {} in {}", ShownName(*name), ToUtf8(registry_text::FullName(key))));
   }
   if (arguments.Has("-json")) {
     std::printf("%s\n", ContentsJson(contents).c_str());
@@ -312,7 +313,7 @@ void AddCommand(const Arguments& arguments) {
   std::optional<Text> name = ValueNameOf(arguments);
   if (!name && (arguments.Has("d") || arguments.Has("t"))) name = Text();
   const std::optional<DWORD> type = TypeOf(arguments.Has("t") ? arguments.Get("t") : "REG_SZ");
-  if (!type) throw WrongUsage(fmt::format("/t {} is no type; see kestrova reg add --help", arguments.Get("t")));
+  if (!type) throw WrongUsage(fmt::format("/t {} is not a type; see kestrova reg add --help", arguments.Get("t")));
   const std::string separator = arguments.Has("s") ? arguments.Get("s") : "\\0";
   if (separator.empty()) throw WrongUsage("/s needs a separator that is not empty");
   const std::vector<BYTE> data = DataFromText(*type, arguments.Get("d"), separator);
@@ -323,8 +324,8 @@ void AddCommand(const Arguments& arguments) {
   if (name) {
     RegistryValue old{*name, REG_NONE, {}};
     if (!arguments.Has("f") && ReadValue(open, old)) {
-      const std::string what = fmt::format("Value {} exists, overwrite", Shown(*name));
-      Confirm(what, fmt::format("value {} exists; add /f to overwrite it", Shown(*name)));
+      const std::string what = fmt::format("Value {} exists, overwrite", ShownName(*name));
+      Confirm(what, fmt::format("value {} exists; add /f to overwrite it", ShownName(*name)));
     }
     Check(RegSetValueExW(open, name->c_str(), 0, *type, data.data(), DWORD(data.size())), key);
   }
@@ -336,7 +337,7 @@ void DeleteValues(const KeyName& key, const std::optional<Text>& name) {
   if (name) {
     const LSTATUS status = RegDeleteValueW(open, name->c_str());
     if (status == ERROR_FILE_NOT_FOUND) {
-      throw Failure(fmt::format("there is no value {} in {}", Shown(*name), ToUtf8(registry_text::FullName(key))));
+      throw Failure(fmt::format("there is no value {} in {}", ShownName(*name), ToUtf8(registry_text::FullName(key))));
     }
     Check(status, key);
     return;
@@ -351,9 +352,9 @@ void DeleteCommand(const Arguments& arguments) {
   const std::optional<Text> name = ValueNameOf(arguments);
   const std::string full = ToUtf8(registry_text::FullName(key));
   if (!arguments.Has("f")) {
-    const std::string what = name                  ? fmt::format("the value {} of {}", Shown(*name), full)
+    const std::string what = name                  ? fmt::format("the value {} of {}", ShownName(*name), full)
                              : arguments.Has("va") ? fmt::format("all values of {}", full)
-                                                   : fmt::format("the key {} with all below it", full);
+                                                   : fmt::format("the key {} with everything below it", full);
     Confirm("Delete " + what, "deleting " + what + " needs /f");
   }
   if (name || arguments.Has("va")) {
@@ -392,25 +393,25 @@ void ImportCommand(const Arguments& arguments) {
   Done();
 }
 
-void RunRegistryCommand(const std::vector<std::string>& given) {
-  if (given.empty()) throw WrongUsage("reg needs a command; see kestrova reg --help");
-  if (AsksForHelp(given[0])) {
+void RunRegistryCommand(const std::vector<std::string>& words) {
+  if (words.empty()) throw WrongUsage("reg needs a command; see kestrova reg --help");
+  if (AsksForHelp(words[0])) {
     std::fputs(kOverview, stdout);
     return;
   }
-  const CommandForm* const form = FormOf(given[0]);
-  if (!form) throw WrongUsage(fmt::format("reg has no command {}; see kestrova reg --help", given[0]));
-  if (given.size() == 2 && AsksForHelp(given[1])) {
+  const CommandForm* const form = FormOf(words[0]);
+  if (!form) throw WrongUsage(fmt::format("reg has no command {}; see kestrova reg --help", words[0]));
+  if (words.size() == 2 && AsksForHelp(words[1])) {
     std::fputs(form->help, stdout);
   } else {
-    form->run(ReadArguments(*form, given));
+    form->run(ReadArguments(*form, words));
   }
 }
 
 }  // namespace
 
 void AddRegistryCommands(CLI::App& group) {
-  // The words behind "reg" have a grammar of their own, in which a value may begin with - or /.
+  // RunRegistryCommand reads the words after "reg": a value may begin with - or /.
   group.prefix_command();
   group.set_help_flag();
   group.callback([&group] { RunRegistryCommand(group.remaining()); });
@@ -424,12 +425,12 @@ std::vector<std::string> RegistryCandidates(const std::vector<std::string>& word
   }
   const CommandForm* const form = FormOf(words.front());
   const std::string& last = words.back();
-  const std::string ahead = LowerAscii(words[words.size() - 2]);
-  if (form && (ahead == "/t" || ahead == "-t") && Lists(form->with_value, "t")) return TypeNames();
+  const std::string before = LowerAscii(words[words.size() - 2]);
+  if (form && (before == "/t" || before == "-t") && Contains(form->with_value, "t")) return TypeNames();
   if (!form || (!last.starts_with('/') && !last.starts_with('-'))) return candidates;
   for (const char* list : {form->with_value, form->without_value}) {
     for (const std::string& name : WordsOf(list)) {
-      if (last[0] == '-' || name[0] != '-') candidates.push_back(last[0] + name);  // --json has one form only
+      if (last[0] == '-' || name[0] != '-') candidates.push_back(last[0] + name);  // --json has no form with /
     }
   }
   return candidates;

@@ -1,4 +1,4 @@
-// kestrova settings: the application's and a document's settings, listed, changed, exported and compared.
+// kestrova settings: lists, changes, exports and compares the settings of the application and of a document.
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
@@ -10,6 +10,7 @@
 #include "host/commands/commands.h"
 #include "host/document/document_file.h"
 #include "host/document/open_document.h"
+#include "host/module/main_module.h"
 #include "host/settings/settings_values.h"
 #include "host/shell/failure.h"
 #include "host/shell/whole_file.h"
@@ -28,9 +29,9 @@ constexpr char kDocument[] = "document";
 constexpr std::size_t kMostImportBytes = 64 << 20;
 
 constexpr char kGroupHelp[] = R"(
-The application's settings lie in the registry, those of a document in its file, which --document names. A name that
-stands in several groups means the one that programs find, declared last; GROUP/NAME names one of a group. Changing a
-document saves it.
+The registry stores the application's settings; a document's file, which --document names, stores the document's. If
+several groups have a name, the one declared last is meant, which programs find too; GROUP/NAME names one group's value.
+A change of a document's setting saves the document.
 
   kestrova settings list --changed
   kestrova settings set Display/LineWidth 3
@@ -38,7 +39,7 @@ document saves it.
   kestrova settings export mine.json)";
 
 constexpr char kListHelp[] = R"(
-Shows every value in the order of declaration. Without --document, --tree document shows what a new document has.
+Shows every value in the order of declaration. --tree document without --document shows the values of a new document.
 
   kestrova settings list
   kestrova settings list --tree document --document part.kvdoc --changed --json)";
@@ -48,36 +49,35 @@ constexpr char kGetHelp[] = R"(
   kestrova settings get Oper_Filter3/DiaTo --json)";
 
 constexpr char kSetHelp[] = R"(
-VALUE is a number; a text; a colour as #RRGGBB; a point as x,y; a rect as left,top,right,bottom; a time in seconds since
-1970; an int array as numbers with commas. Behind -- it may begin with a minus.
+VALUE is a number, a text, a colour as #RRGGBB, a point as x,y, a rect as left,top,right,bottom, a time in seconds since
+1970, or an int array as numbers with commas. Write -- before a VALUE that begins with a minus.
 
   kestrova settings set ThreadNum 8
   kestrova settings set ToolBarLocation -- -20,143)";
 
 constexpr char kResetHelp[] = R"(
-Gives a value its default again: it is taken out of the registry.
+Sets a value to its default: removes it from the registry.
 
   kestrova settings reset LineWidth)";
 
 constexpr char kExportHelp[] = R"(
-Writes what list --json prints into FILE.
+Writes the output of list --json into FILE.
 
   kestrova settings export mine.json
   kestrova settings export colours.json --document part.kvdoc)";
 
 constexpr char kImportHelp[] = R"(
-Takes over the values that FILE holds, in the form that export writes; values may be missing there. Everything is
-checked first: one wrong value, and nothing is changed.
+Sets the values in FILE, which has the form of an export and may contain only some of the values. All values are checked
+first; one wrong value, and nothing is changed.
 
   kestrova settings import mine.json)";
 
 constexpr char kDiffHelp[] = R"(
-Shows the values that differ from those in FILE, which export wrote. Ends with 1 if there are any.
+Shows the values that differ from an export in FILE. The exit code is 1 if there are differences.
 
   kestrova settings diff mine.json)";
 
-// What the command line said.
-struct Given {
+struct Options {
   std::string tree;
   std::string document;
   std::string name;
@@ -96,12 +96,12 @@ class Tree {
  public:
   enum class For { kReading, kChanging };
 
-  // Opens the tree that was asked for: the application's unless a document is named.
-  Tree(const Given& given, For use) : file_(given.document) {
-    const bool isDocument = given.tree.empty() ? !file_.empty() : given.tree == kDocument;
-    if (!isDocument && !file_.empty()) throw WrongUsage("--document doesn't go with --tree application");
+  // Opens the tree that the options name; by default the document's if there is a document, else the application's.
+  Tree(const Options& options, For use) : file_(options.document) {
+    const bool isDocument = options.tree.empty() ? !file_.empty() : options.tree == kDocument;
+    if (!isDocument && !file_.empty()) throw WrongUsage("--document cannot be combined with --tree application");
     name_ = isDocument ? kDocument : kApplication;
-    // A new document's settings lie nowhere.
+    // The settings of a new document are not stored.
     if (isDocument && file_.empty() && use == For::kChanging)
       throw WrongUsage("the document is missing: add --document FILE");
     (isDocument && use == For::kReading ? UseLibrary : StartMainModule)();
@@ -111,7 +111,7 @@ class Tree {
       tree_ = document_ ? &document_->document->Settings() : &fresh_.emplace();
     } else {
       defaults_ = std::make_unique<QFAppSettings>();
-      CArray<int, int> buttons;  // the tree itself begins with what is stored
+      CArray<int, int> buttons;  // a new tree has the stored buttons, not the defaults
       QFToolbarSettings::GetDefaultButtons(buttons);
       defaults_->SetValue(_T("ToolbarButtons"), buttons);
       tree_ = GetAppSettingsCB();
@@ -122,7 +122,7 @@ class Tree {
   const char* Name() const { return name_; }
   std::vector<TreeValue>& Values() { return values_; }
 
-  // Saves what has been changed: all of it or, with Failure, nothing. What `reset` names leaves the registry.
+  // Saves all changed values, or none and throws Failure. `reset` removes the values from the registry.
   void Save(const std::vector<TreeValue*>& changed, bool reset) {
     if (document_) {
       document_->document->FreezeIds(false);
@@ -140,8 +140,8 @@ class Tree {
   }
 
  private:
-  // Writes all values of that name as saving the tree does: head first, so that of a name that is declared twice the
-  // first declaration stays.
+  // Adds the steps for all values of that name, in the order in which the tree saves them. Of a name that is declared
+  // twice the registry keeps the first declaration.
   static void AddSteps(const TreeValue& row, bool reset, std::vector<registry_text::Step>& steps) {
     using registry_text::Step;
     const registry_text::KeyName key{HKEY_CURRENT_USER, row.owner->GetPath().GetString()};
@@ -170,7 +170,7 @@ class Tree {
   std::vector<TreeValue> values_;
 };
 
-// ---- what is shown
+// ---- output
 
 Json RowOf(const TreeValue& row) {
   return {{"group", row.group},          {"path", row.path},          {"name", row.name}, {"type", TypeOf(*row.value)},
@@ -193,59 +193,59 @@ std::string LineOf(const TreeValue& row) {
   return line;
 }
 
-void List(const Given& given) {
-  Tree tree(given, Tree::For::kReading);
-  if (given.json) return Print(AllOf(tree, given.changed));
+void List(const Options& options) {
+  Tree tree(options, Tree::For::kReading);
+  if (options.json) return Print(AllOf(tree, options.changed));
   const QFSettingsKey* group = nullptr;
   for (const TreeValue& row : tree.Values()) {
-    if (given.changed && !IsChanged(row)) continue;
+    if (options.changed && !IsChanged(row)) continue;
     if (std::exchange(group, row.owner) != row.owner) fmt::print("{}  {}  {}\n", row.key, row.group, row.path);
     fmt::print("  {:<40} {}\n", row.name, LineOf(row));
   }
 }
 
-void Get(const Given& given) {
-  Tree tree(given, Tree::For::kReading);
-  const TreeValue& row = FindValue(tree.Values(), given.name);
-  if (given.json) return Print(RowOf(row));
+void Get(const Options& options) {
+  Tree tree(options, Tree::For::kReading);
+  const TreeValue& row = FindValue(tree.Values(), options.name);
+  if (options.json) return Print(RowOf(row));
   fmt::print("{} = {}\n", row.FullName(), LineOf(row));
 }
 
 // ---- changes
 
-// What becomes of a change to a name that is declared twice.
-void TellOfDuplicate(Tree& tree, const TreeValue& row) {
+// Tells the user that a changed value with a name that is declared twice does not last.
+void PrintDuplicateNote(Tree& tree, const TreeValue& row) {
   for (const TreeValue& first : tree.Values()) {
     if (first.owner != row.owner || first.name != row.name || first.number != 0) continue;
     if (row.number == 0) return;
-    fmt::print("{} is declared twice: the registry keeps the first one's value, {}, so that the change does not last\n",
+    fmt::print("{} is declared twice: the registry keeps the value of the first, {}; this change does not last\n",
                row.FullName(), TextOf(*first.value, DataOf(*first.value)));
     return;
   }
 }
 
-void Change(const Given& given, bool reset) {
-  Tree tree(given, Tree::For::kChanging);
-  TreeValue& row = FindValue(tree.Values(), given.name);
-  const Json data = reset ? row.defaultData : DataFromText(*row.value, given.value);
+void Change(const Options& options, bool reset) {
+  Tree tree(options, Tree::For::kChanging);
+  TreeValue& row = FindValue(tree.Values(), options.name);
+  const Json data = reset ? row.defaultData : DataFromText(*row.value, options.value);
   if (!Takes(*row.value, data))
-    throw Failure(fmt::format("{} takes {}, not \"{}\"", row.FullName(), WantedBy(*row.value), given.value));
+    throw Failure(fmt::format("{} takes {}, not \"{}\"", row.FullName(), ExpectedBy(*row.value), options.value));
   const std::string before = TextOf(*row.value, DataOf(*row.value));
   SetData(*row.value, data);
   tree.Save({&row}, reset);
   fmt::print("{}: {} -> {}\n", row.FullName(), before, TextOf(*row.value, data));
-  if (!reset) TellOfDuplicate(tree, row);
+  if (!reset) PrintDuplicateNote(tree, row);
 }
 
-void Set(const Given& given) { Change(given, /*reset=*/false); }
-void Reset(const Given& given) { Change(given, /*reset=*/true); }
+void Set(const Options& options) { Change(options, /*reset=*/false); }
+void Reset(const Options& options) { Change(options, /*reset=*/true); }
 
 // ---- files
 
-void Export(const Given& given) {
-  CheckTarget(given.file, given.force);
-  Tree tree(given, Tree::For::kReading);
-  WriteWholeFile(given.file,
+void Export(const Options& options) {
+  CheckTarget(options.file, options.force);
+  Tree tree(options, Tree::For::kReading);
+  WriteWholeFile(options.file,
                  AllOf(tree, /*changedOnly=*/false).dump(2, ' ', false, Json::error_handler_t::replace) + '\n');
 }
 
@@ -259,22 +259,22 @@ class SettingsFile {
  public:
   SettingsFile(const std::string& file, Tree& tree) : file_(file), tree_(tree) {
     const std::string bytes = ReadWholeFile(file, kMostImportBytes);
-    if (bytes.size() > kMostImportBytes) Refuse("it is too long");
+    if (bytes.size() > kMostImportBytes) Refuse(fmt::format("it is longer than {} MiB", kMostImportBytes >> 20));
     Json json;
     try {
       json = Json::parse(bytes);
     } catch (const Json::parse_error& error) {
-      Refuse(fmt::format("byte {}: it is no JSON", error.byte));
+      Refuse(fmt::format("byte {}: not valid JSON", error.byte));
     } catch (const Json::out_of_range&) {
-      Refuse("a number in it is larger than any setting takes");
+      Refuse("a number is larger than any setting takes");
     }
     const auto name = json.is_object() ? json.find("tree") : json.end();
     const auto rows = json.is_object() ? json.find("values") : json.end();
     if (!json.is_object() || name == json.end() || !name->is_string() || rows == json.end() || !rows->is_array())
-      Refuse("it is no export of settings: \"tree\" and \"values\" are missing");
+      Refuse("it is not an export of settings: \"tree\" and \"values\" are missing");
     if (*name != tree.Name())
-      Refuse(fmt::format("it holds {} settings, not {} ones; see --tree and --document", name->get<std::string>(),
-                         tree.Name()));
+      Refuse(fmt::format("it contains {} settings, not {} settings; see --tree and --document",
+                         name->get<std::string>(), tree.Name()));
     for (const Json& row : *rows) Add(row);
   }
 
@@ -292,26 +292,25 @@ class SettingsFile {
 
   void Add(const Json& row) {
     const std::string group = Text(row, "group"), path = Text(row, "path"), name = Text(row, "name");
-    // The second row of a name is for its second declaration.
+    // The second row of a name belongs to its second declaration.
     const int number = seen_[{group, path, name}]++;
     TreeValue* found = nullptr;
     for (TreeValue& value : tree_.Values()) {
       if (value.name == name && value.group == group && value.path == path && value.number == number) found = &value;
     }
-    if (!found && number > 0)
-      Refuse(fmt::format("value {}: {} {} stands there too often", values_.size(), group, name));
+    if (!found && number > 0) Refuse(fmt::format("value {}: {} {} is listed too often", values_.size(), group, name));
     try {
       if (!found) found = &FindValue(tree_.Values(), group + '/' + name);
     } catch (const Failure& failure) {
       Refuse(fmt::format("value {}: {}", values_.size(), failure.what()));
     }
     if (found->path != path)
-      Refuse(fmt::format("value {}: {} {} lies in {}, not {}", values_.size(), group, name, found->path, path));
+      Refuse(fmt::format("value {}: {} {} is stored in {}, not in {}", values_.size(), group, name, found->path, path));
     const auto data = row.find("value");
     if (Text(row, "type") != TypeOf(*found->value))
-      Refuse(fmt::format("value {}: {} is of the type {}", values_.size(), found->FullName(), TypeOf(*found->value)));
+      Refuse(fmt::format("value {}: {} has the type {}", values_.size(), found->FullName(), TypeOf(*found->value)));
     if (data == row.end() || !Takes(*found->value, *data))
-      Refuse(fmt::format("value {}: {} takes {}", values_.size(), found->FullName(), WantedBy(*found->value)));
+      Refuse(fmt::format("value {}: {} takes {}", values_.size(), found->FullName(), ExpectedBy(*found->value)));
     values_.push_back({found, *data});
   }
 
@@ -321,9 +320,9 @@ class SettingsFile {
   std::map<std::tuple<std::string, std::string, std::string>, int> seen_;
 };
 
-void Import(const Given& given) {
-  Tree tree(given, Tree::For::kChanging);
-  const SettingsFile file(given.file, tree);
+void Import(const Options& options) {
+  Tree tree(options, Tree::For::kChanging);
+  const SettingsFile file(options.file, tree);
   std::vector<TreeValue*> changed;
   for (const FileValue& value : file.Values()) {
     if (DataOf(*value.row->value) == value.data) continue;
@@ -332,12 +331,12 @@ void Import(const Given& given) {
   }
   if (!changed.empty()) tree.Save(changed, /*reset=*/false);
   fmt::print("{} of {} values changed\n", changed.size(), file.Values().size());
-  for (const TreeValue* row : changed) TellOfDuplicate(tree, *row);
+  for (const TreeValue* row : changed) PrintDuplicateNote(tree, *row);
 }
 
-void Diff(const Given& given) {
-  Tree tree(given, Tree::For::kReading);
-  const SettingsFile file(given.file, tree);
+void Diff(const Options& options) {
+  Tree tree(options, Tree::For::kReading);
+  const SettingsFile file(options.file, tree);
   Json rows = Json::array();
   for (const FileValue& value : file.Values()) {
     const TreeValue& row = *value.row;
@@ -349,10 +348,10 @@ void Diff(const Given& given) {
                     {"type", TypeOf(*row.value)},
                     {"value", data},
                     {"file", value.data}});
-    if (!given.json)
+    if (!options.json)
       fmt::print("{}: {}, in the file {}\n", row.FullName(), TextOf(*row.value, data), TextOf(*row.value, value.data));
   }
-  if (given.json) Print({{"tree", tree.Name()}, {"differences", rows}});
+  if (options.json) Print({{"tree", tree.Name()}, {"differences", rows}});
   if (!rows.empty()) throw FoundErrors();
 }
 
@@ -362,39 +361,39 @@ struct CommandForm {
   const char* name;
   const char* what;
   const char* help;
-  void (*run)(const Given& given);
+  void (*run)(const Options& options);
 };
 
 constexpr CommandForm kForms[] = {
     {"list", "Show the values", kListHelp, List},
     {"get", "Show one value", kGetHelp, Get},
     {"set", "Change a value", kSetHelp, Set},
-    {"reset", "Give a value its default again", kResetHelp, Reset},
+    {"reset", "Set a value to its default", kResetHelp, Reset},
     {"export", "Write all values into a file", kExportHelp, Export},
-    {"import", "Take over the values of a file", kImportHelp, Import},
+    {"import", "Set the values of a file", kImportHelp, Import},
     {"diff", "Compare with a file", kDiffHelp, Diff},
 };
 
 }  // namespace
 
 void AddSettingsCommands(CLI::App& group) {
-  static Given given;
+  static Options options;
   group.require_subcommand(1);
   group.footer(kGroupHelp);
   for (const CommandForm& form : kForms) {
     CLI::App& command = *group.add_subcommand(form.name, form.what);
     command.footer(form.help);
-    command.add_option("--tree", given.tree, "Whose settings; a document's if --document is given")
+    command.add_option("--tree", options.tree, "Whose settings; the document's if there is --document")
         ->check(CLI::IsMember({kApplication, kDocument}));
-    command.add_option("--document", given.document, "The document's file");
+    command.add_option("--document", options.document, "The document's file");
     const bool named = form.run == Get || form.run == Set || form.run == Reset;
-    if (named) command.add_option("NAME", given.name, "The value's name, or GROUP/NAME")->required();
-    if (form.run == Set) command.add_option("VALUE", given.value, "What it is to be")->required();
-    if (!named && form.run != List) command.add_option("FILE", given.file, "The file")->required();
-    if (form.run == List) command.add_flag("--changed", given.changed, "Only what differs from its default");
-    if (form.run == Export) command.add_flag("--force", given.force, "Replace a file that exists");
-    if (form.run == List || form.run == Get || form.run == Diff) command.add_flag("--json", given.json, "As JSON");
-    command.callback([run = form.run] { run(given); });
+    if (named) command.add_option("NAME", options.name, "The value's name, or GROUP/NAME")->required();
+    if (form.run == Set) command.add_option("VALUE", options.value, "The new value")->required();
+    if (!named && form.run != List) command.add_option("FILE", options.file, "The file")->required();
+    if (form.run == List) command.add_flag("--changed", options.changed, "Only values that differ from their default");
+    if (form.run == Export) command.add_flag("--force", options.force, "Replace a file that exists");
+    if (form.run == List || form.run == Get || form.run == Diff) command.add_flag("--json", options.json, "As JSON");
+    command.callback([run = form.run] { run(options); });
   }
 }
 
@@ -405,8 +404,8 @@ std::vector<std::string> SettingsCandidates(const std::vector<std::string>& word
   std::size_t at = 1;
   for (; at + 1 < words.size() && kWithValue.contains(words[at]); at += 2)
     isDocument = isDocument || words[at] == "--document" || words[at + 1] == kDocument;
-  if (at + 1 != words.size()) return {};  // the name stands there already, or an option's value is missing
-  // Building the application's tree for the first time writes into the registry, which a completion doesn't.
+  if (at + 1 != words.size()) return {};  // the words already have a name, or an option has no value
+  // The first QFAppSettings of a user writes the toolbar into the registry; a completion must not.
   const QFSettingsKey toolbar(CString(), CString(kProductRoot) + _T("Toolbar"));
   std::unique_ptr<QFSettingsKey> tree;
   if (isDocument) {
@@ -418,7 +417,7 @@ std::vector<std::string> SettingsCandidates(const std::vector<std::string>& word
   }
   std::set<std::string> names;
   for (const TreeValue& row : ValuesOf(*tree, *tree)) {
-    if (row.name.find(' ') == std::string::npos) names.insert(row.name);  // the shell would take it apart
+    if (row.name.find(' ') == std::string::npos) names.insert(row.name);  // the shell would split it
   }
   return {names.begin(), names.end()};
 }

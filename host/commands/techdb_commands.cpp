@@ -1,4 +1,4 @@
-// kestrova techdb: the technology databases that can be chosen, the one in force, and what is in it.
+// kestrova techdb: lists and activates technology databases and shows the contents of the active one.
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
@@ -11,7 +11,7 @@
 #include "companions/database/recordset.h"
 #include "host/commands/commands.h"
 #include "host/module/main_module.h"
-#include "host/module/noted_boxes.h"
+#include "host/module/recorded_message_boxes.h"
 #include "host/shell/failure.h"
 #include "host/shell/text_table.h"
 #include "platform/files.h"
@@ -25,7 +25,7 @@ using Json = nlohmann::ordered_json;
 
 constexpr char kHelp[] = R"(
 Examples:
-  kestrova techdb list                     # which can be chosen; * is in force
+  kestrova techdb list                     # all databases; * is the active one
   kestrova techdb activate 2
   kestrova techdb test                     # connects: driver, file or server, version, time
   kestrova techdb tables --count
@@ -43,12 +43,12 @@ struct Options {
   std::string sql;
 };
 
-// The environment, started. What it had to say is the command's failure, unless it found a database all the same, as in
-// a forms file that it had to make writable.
+// Starts the environment. Its message is the command's failure, unless it found a database all the same: it also
+// reports that it made a forms file writable.
 CKVEnvApp& Environment() {
-  const NotedBoxes boxes;
+  const RecordedMessageBoxes boxes;
   StartMainModule();
-  if (!boxes.Said().empty() && AppEnv()->GetKVTechDBPath().IsEmpty()) throw Failure(boxes.Said());
+  if (!boxes.Last().empty() && AppEnv()->GetKVTechDBPath().IsEmpty()) throw Failure(boxes.Last());
   return *AppEnv();
 }
 
@@ -66,7 +66,7 @@ std::string ConfigFile(const CKVEnvApp& env) { return ToUtf8(env.GetTechDBConfig
 void RequireConfiguration(const CKVEnvApp& env) {
   if (!env.GetConfigDataUseStatus())
     throw Failure("there is no list of databases: the forms file " + ToUtf8(env.GetKVTechDBFormsPath()) +
-                  " names the one in force (registry value TechDBForms)");
+                  " names the active one (registry value TechDBForms)");
 }
 
 // ---- list, activate
@@ -116,27 +116,27 @@ void Activate(const Options& options) {
   RequireConfiguration(env);
   const std::string file = ConfigFile(env);
   if (_waccess(env.GetTechDBConfigFilePath() + kTechDBConfigFile, 0) != 0)
-    throw Failure("there is no file " + file + " to write the choice into");
+    throw Failure("cannot store the choice: there is no file " + file);
   QFTechDBConfigInfo list = *env.GetTechDBConfigInfo();
   if (!list.GetTechDBConfigData(options.number - 1))
-    throw Failure(fmt::format("{} lists no database {}, only {}", file, options.number, list.GetCount()));
+    throw Failure(fmt::format("there is no database {}; {} lists {}", options.number, file, list.GetCount()));
   for (int i = 0; i < list.GetCount(); ++i) list.GetTechDBConfigData(i)->SetActiveFlag(i == options.number - 1);
   env.UpdateDBConfigData(&list);
   if (!env.WriteDBConfigData())
     throw Failure("cannot write " + file +
-                  ": it has to be writable, with one node, such as a comment, ahead of the databases, and nothing else "
-                  "but whole databases behind it");
+                  ": it must be writable, with one node, such as a comment, before the databases and only whole "
+                  "databases after it");
   fmt::print("{}\n", ToUtf8(list.GetActiveConfigData()->GetDisplayName()));
 }
 
-// ---- what is in it
+// ---- contents
 
-// The database in force, connected.
-struct Connected {
-  Connected() : env(Environment()), database(env.Is64BitDatabaseInUse(), env.IsSQLiteDatabaseInUse()) {
+// A connection to the active database.
+struct Connection {
+  Connection() : env(Environment()), database(env.Is64BitDatabaseInUse(), env.IsSQLiteDatabaseInUse()) {
     const QFTechDBConfigData* active = env.GetActiveTechDBConfigData();
     if (env.GetConfigDataUseStatus() && !active)
-      throw Failure("there is no technology database: neither " + ConfigFile(env) + " names one, nor is there a file " +
+      throw Failure("there is no technology database: " + ConfigFile(env) + " names none and there is no file " +
                     ToUtf8(env.GetDefaultSQLiteDBPath()));
     if (!active && env.GetKVTechDBPath().IsEmpty())
       throw Failure("the forms file " + ToUtf8(env.GetKVTechDBFormsPath()) + " names no database");
@@ -153,30 +153,30 @@ struct Connected {
 };
 
 void Test(const Options& options) {
-  const Connected connected;
-  const std::string driver = ToUtf8(connected.database.GetDriverName());
-  const std::string file = ToUtf8(connected.database.GetDriverFile());
-  const std::string version = ToUtf8(connected.database.GetVersion());
+  const Connection connection;
+  const std::string driver = ToUtf8(connection.database.GetDriverName());
+  const std::string file = ToUtf8(connection.database.GetDriverFile());
+  const std::string version = ToUtf8(connection.database.GetVersion());
   if (options.json) {
-    fmt::print("{}\n", Json{{"database", connected.name},
+    fmt::print("{}\n", Json{{"database", connection.name},
                             {"driver", driver},
                             {"driver file", file},
                             {"version", version},
-                            {"milliseconds", connected.milliseconds}}
+                            {"milliseconds", connection.milliseconds}}
                            .dump(2));
     return;
   }
-  fmt::print("database  {}\ndriver    {}{}\nversion   {}\nconnected in {:.1f} ms\n", connected.name, driver,
-             file.empty() ? file : " (" + file + ")", version, connected.milliseconds);
+  fmt::print("database  {}\ndriver    {}{}\nversion   {}\nconnected in {:.1f} ms\n", connection.name, driver,
+             file.empty() ? file : " (" + file + ")", version, connection.milliseconds);
 }
 
 void Tables(const Options& options) {
-  Connected connected;
+  Connection connection;
   Json tables = Json::array();
   TextTable text({{"name", false}, {"kind", false}, {options.count ? "records" : "", true}});
-  for (int i = 0; i < connected.database.GetTableDefCount(); ++i) {
+  for (int i = 0; i < connection.database.GetTableDefCount(); ++i) {
     CDaoTableDefInfo info;
-    connected.database.GetTableDefInfo(i, info, options.count);
+    connection.database.GetTableDefInfo(i, info, options.count);
     const std::string name =
         ToUtf8(info.m_strSchema.IsEmpty() ? info.m_strName : info.m_strSchema + _T(".") + info.m_strName);
     const char* kind = info.m_bUpdatable ? "table" : "view";
@@ -187,7 +187,7 @@ void Tables(const Options& options) {
   fmt::print("{}", options.json ? tables.dump(2) + "\n" : text.Text());
 }
 
-// A number as a number; the driver's text for one that JSON has not.
+// A numeric value as a number, or as the driver's text if JSON has no such number.
 Json ValueJson(const std::optional<CString>& value, bool numeric) {
   if (!value) return nullptr;
   const std::string text = ToUtf8(*value);
@@ -197,8 +197,8 @@ Json ValueJson(const std::optional<CString>& value, bool numeric) {
 }
 
 void Query(const Options& options) {
-  Connected connected;
-  CDaoRecordset records(&connected.database);
+  Connection connection;
+  CDaoRecordset records(&connection.database);
   records.SetMostRecords(LONG(options.rows));
   records.Open(FromUtf8(options.sql));
   std::vector<TextTable::Column> columns;
@@ -229,7 +229,7 @@ void Query(const Options& options) {
     return;
   }
   fmt::print("{}", text.Text());
-  if (records.HasMore()) fmt::print("the first {} rows; --rows gives more\n", options.rows);
+  if (records.HasMore()) fmt::print("the first {} rows; --rows shows more\n", options.rows);
 }
 
 }  // namespace
@@ -240,21 +240,20 @@ void AddTechDatabaseCommands(CLI::App& group) {
   group.footer(kHelp);
   const auto add = [&group](const char* name, const char* text, void (*run)(const Options&), bool json = true) {
     CLI::App* command = group.add_subcommand(name, text);
-    if (json) command->add_flag("--json", options.json, "For programs");
+    if (json) command->add_flag("--json", options.json, "As JSON");
     command->callback([run] { run(options); });
     return command;
   };
-  add("list", "List the databases that can be chosen; * marks the one in force", List);
-  add("activate", "Choose a database by its number in the list", Activate, /*json=*/false)
+  add("list", "List the databases; * marks the active one", List);
+  add("activate", "Activate a database by its number in the list", Activate, /*json=*/false)
       ->add_option("number", options.number, "From 1")
       ->required();
-  add("test", "Connect to the database in force; tell driver, file or server, version and time", Test);
-  add("tables", "List the tables and views of the database in force", Tables)
-      ->add_flag("--count", options.count, "With the number of records, which takes a query each");
-  CLI::App* query =
-      add("query", "Run a query in the database in force, which changes nothing there, and print what it gives", Query);
+  add("test", "Connect to the active database; show driver, file or server, version and time", Test);
+  add("tables", "List the tables and views of the active database", Tables)
+      ->add_flag("--count", options.count, "With the number of records, by a query per table");
+  CLI::App* query = add("query", "Run a read-only query in the active database and print the rows", Query);
   query->add_option("sql", options.sql, "One query, such as \"SELECT * FROM Tools\"")->required();
-  query->add_option("--rows", options.rows, "The most rows that are read")
+  query->add_option("--rows", options.rows, "The largest number of rows")
       ->check(CLI::Range(1L, kMostRows))
       ->capture_default_str();
 }

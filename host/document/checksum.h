@@ -1,5 +1,4 @@
-// CRC-32, the checksum of archives and network frames (polynomial 0xEDB88320): it tells bytes that were changed by
-// accident.
+// CRC-32 (polynomial 0xEDB88320). It detects accidental changes of bytes.
 #pragma once
 
 #include <cstddef>
@@ -11,7 +10,7 @@ namespace kestrova {
 class Checksum {
  public:
   void Add(const void* bytes, std::size_t count);
-  // Of everything added so far; 0 for nothing.
+  // The checksum of all bytes so far; 0 before the first.
   DWORD Get() const { return state_; }
 
  private:

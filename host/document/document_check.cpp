@@ -12,12 +12,12 @@ namespace {
 
 constexpr char kObjects[] = "Objects";
 constexpr DWORD kLastId = 0xFFFFFFFF;
-constexpr UINT kFirstCountedSchema = 2;  // of the indexer: before, a count was the number of ids
+constexpr UINT kFirstCountedSchema = 2;  // of the indexer; in schema 1 a count was the number of ids
 
 class Check {
  public:
   Check(HostDocument& document, CheckMode mode, LoadReport& report)
-      : document_(document), mend_(mode == CheckMode::kMend), report_(report) {}
+      : document_(document), repair_(mode == CheckMode::kRepair), report_(report) {}
 
   void Run() {
     FindRepeatedIds();
@@ -36,7 +36,7 @@ class Check {
     report_.Add(location, kObjects, fmt::format(format, std::forward<Values>(values)...));
   }
 
-  static std::string Labelled(HostNode& node) {
+  static std::string LabelOf(HostNode& node) {
     return fmt::format("{} \"{}\"", ToUtf8(node.GetClassNameW()), ToUtf8(node.Name()));
   }
 
@@ -47,21 +47,21 @@ class Check {
     for (std::size_t i = 1; i < ids.size(); ++i)
       if (ids[i] == ids[i - 1] && (repeated_.empty() || repeated_.back() != ids[i])) repeated_.push_back(ids[i]);
     taken_.resize(repeated_.size());
-    while (!ids.empty() && ids.back() == kLastId) ids.pop_back();  // CheckId's matter
+    while (!ids.empty() && ids.back() == kLastId) ids.pop_back();  // CheckId reports it
     const DWORD last = ids.empty() ? 0 : ids.back();
     if (last < document_.NextId()) return;
     if (document_.NextId() == 0) {
-      Found(kFaultInFields, "the document has no id for a new node");
+      Found(kFaultInFields, "the document has no id left for new nodes");
     } else {
       Found(kFaultInFields, "the document's next id is {}, and {} is in use", document_.NextId(), last);
     }
-    if (mend_) document_.SetNextId(last + 1);
+    if (repair_) document_.SetNextId(last + 1);
   }
 
   void CheckState(HostNode& node) {
     if (node.GetState() >= ACTIVE && node.GetState() <= LOCKED) return;
-    Found(kFaultInNodes, "{} has the state {}, which is none", Labelled(node), int(node.GetState()));
-    if (mend_) node.SetState(ACTIVE);
+    Found(kFaultInNodes, "{} has the invalid state {}", LabelOf(node), int(node.GetState()));
+    if (repair_) node.SetState(ACTIVE);
   }
 
   // The first node with an id keeps it.
@@ -69,19 +69,19 @@ class Check {
     const DWORD id = node.GetObjectId();
     if (id != 0 && id != kLastId && !IsTaken(id)) return;
     if (id == 0) {
-      Found(kFaultInNodes, "{} has no id", Labelled(node));
+      Found(kFaultInNodes, "{} has no id", LabelOf(node));
     } else if (id == kLastId) {
-      Found(kFaultInNodes, "{} has the id {}, behind which there is none for a new node", Labelled(node), id);
+      Found(kFaultInNodes, "{} has the id {}, which leaves no id for new nodes", LabelOf(node), id);
     } else {
-      Found(kFaultInNodes, "{} has the id {}, as another node has", Labelled(node), id);
+      Found(kFaultInNodes, "{} has the id {} of another node", LabelOf(node), id);
     }
-    if (!mend_) return;
+    if (!repair_) return;
     const CString label = node.Name();
     node.Invalidate();
     node.ChangeName(label);
   }
 
-  // Whether an earlier node has the id. Asked once for each node.
+  // True if an earlier node has the id. Call it once per node.
   bool IsTaken(DWORD id) {
     const auto found = std::lower_bound(repeated_.begin(), repeated_.end(), id);
     if (found == repeated_.end() || *found != id) return false;
@@ -93,25 +93,25 @@ class Check {
 
   void CheckEntry(HostNode& node) {
     if (document_.Indexer().FindIndex(&node) >= 0) return;
-    Found(kFaultInIndexer, "{} is not in the indexer", Labelled(node));
-    if (mend_) document_.Indexer().AddObj(&node);
+    Found(kFaultInIndexer, "{} is not in the indexer", LabelOf(node));
+    if (repair_) document_.Indexer().AddObj(&node);
   }
 
   void CheckCounts() {
     if (document_.Indexer().GetObjectSchemaNumber() >= kFirstCountedSchema) {
       for (const LoadReport::IndexerCount& count : report_.indexer) {
         if (count.stored == count.alive) continue;
-        Found(kFaultInIndexer, "the indexer counts {} of {}, and there are {}", count.stored, ToUtf8(count.name),
+        Found(kFaultInIndexer, "the indexer counts {} of {}; the document has {}", count.stored, ToUtf8(count.name),
               count.alive);
       }
     }
-    if (!mend_) return;
+    if (!repair_) return;
     document_.CorrectIndexer();
     document_.Indexer().ClearUnusedIndexers();
   }
 
   HostDocument& document_;
-  bool mend_;
+  bool repair_;
   LoadReport& report_;
   std::vector<DWORD> repeated_;  // ids that several nodes have, in ascending order
   std::vector<bool> taken_;      // which of them a node has kept
@@ -120,7 +120,7 @@ class Check {
 }  // namespace
 
 void CheckDocument(HostDocument& document, CheckMode mode, LoadReport& report) {
-  document.FreezeIds(mode == CheckMode::kLook);
+  document.FreezeIds(mode == CheckMode::kReport);
   Check(document, mode, report).Run();
 }
 

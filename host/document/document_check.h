@@ -1,5 +1,4 @@
-// What a document can have wrong although all of it was read: ids, states, counts. Links between nodes are put right by
-// the loader already.
+// Checks a loaded document for wrong ids, states and counts. The loader has repaired the links between nodes already.
 #pragma once
 
 #include "host/document/document_loader.h"
@@ -7,13 +6,14 @@
 namespace kestrova {
 
 enum class CheckMode {
-  kLook,  // changes nothing
-  kMend,  // puts right what is found: a new id for a node without one of its own, state active for one without a state,
-          // an entry in the indexer for every node, true counts
+  kReport,  // changes nothing
+  // Also repairs: a new id for a missing or repeated one, the state active for an invalid one, an entry in the indexer
+  // for every node, correct counts.
+  kRepair,
 };
 
-// Adds what is found to the report of the document's load, with it the counts that the indexer had wrong. The document
-// is the active one. After mending a second check finds nothing.
+// Appends the faults to the report of the document's load, which also has the indexer's stored counts. The document
+// must be the active one. After kRepair a second check finds nothing.
 void CheckDocument(HostDocument& document, CheckMode mode, LoadReport& report);
 
 }  // namespace kestrova

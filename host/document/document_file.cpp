@@ -33,13 +33,14 @@ constexpr ULONGLONG kLeastPiece = 1024;
 std::string StorageText(HRESULT result) {
   switch (result) {
     case STG_E_MEDIUMFULL: return "the disk is full, or the document has 2 GiB or more";
-    case STG_E_FILEALREADYEXISTS: return "it is no document: no compound file; check the name";
-    case STG_E_INVALIDNAME: return "the name is empty";
-    case STG_E_ACCESSDENIED: return "access denied; check that it is a file, and its rights and its folder's";
+    case STG_E_FILEALREADYEXISTS: return "it is not a document (not a compound file); check the name";
+    case STG_E_INVALIDNAME: return "the name is empty; name a file";
+    case STG_E_ACCESSDENIED:
+      return "access denied; check that it is a file, and the permissions of the file and its folder";
     case STG_E_FILENOTFOUND:
     case STG_E_PATHNOTFOUND: return fmt::format("{}; check the path", ErrorText(DWORD(result) & 0xFFFF));
-    case STG_E_DOCFILECORRUPT: return "it is damaged or was cut off";
-    case STG_E_UNKNOWN: return "a failure that the system has no words for";
+    case STG_E_DOCFILECORRUPT: return "it is damaged or truncated";
+    case STG_E_UNKNOWN: return "unknown system error";
     default: return ErrorText(DWORD(result) & 0xFFFF);
   }
 }
@@ -75,9 +76,9 @@ StreamFacts FactsOf(CFile& stream) {
 
 namespace {
 
-class Saving {
+class DocumentSaver {
  public:
-  Saving(HostDocument& document, const std::string& path) : document_(document), path_(path) {}
+  DocumentSaver(HostDocument& document, const std::string& path) : document_(document), path_(path) {}
 
   void Run() {
     if (!storage_.CreateFileW(ProductPathFromSystem(path_).c_str(), kCreateFile)) Refuse(storage_.GetLastResult());
@@ -88,7 +89,7 @@ class Saving {
     header.objects = Store(kObjectsStream, &document_);
     header.history = Store(kHistoryStream, &document_.History());
     WriteSettings(document_.Settings(), *OpenStream(kSettingsStream));
-    if (IsErrorDetected()) Refuse("a reference between objects can't be stored");
+    if (IsErrorDetected()) Refuse("a reference between objects cannot be stored");
     const std::string bytes = header.ToBytes();
     OpenStream(kHeaderStream)->Write(bytes.data(), UINT(bytes.size()));
     const ProgressBar bar("writing the file", header.objects.bytes + header.history.bytes);
@@ -128,7 +129,7 @@ void SaveDocument(HostDocument& document, const std::string& path) {
   document.RebuildTree();
   document.SetServicePack(GetKVServicePack());
   try {
-    Saving(document, path).Run();
+    DocumentSaver(document, path).Run();
   } catch (const CException& failure) {
     throw Failure(fmt::format("cannot save {}: {}; nothing was written", path, failure.what()));
   }
@@ -152,7 +153,7 @@ DocumentSource::~DocumentSource() {
 }
 
 std::unique_ptr<std::string> DocumentSource::Header() const {
-  constexpr std::size_t kMost = 4096;  // far more than any header has
+  constexpr std::size_t kMost = 4096;  // much longer than any header
   IStream* stream = nullptr;
   if (!m_root || FAILED(m_root->OpenStream(kHeaderStream, nullptr, kReadStream, 0, &stream))) return nullptr;
   COleStreamFile file(stream);
@@ -174,24 +175,24 @@ DocumentSource::Archive DocumentSource::Open(LPCTSTR stream, std::string_view ro
   return {std::make_unique<COleStreamFile>(opened), false};
 }
 
-// Looks for the class record with which an archive of that root begins. Streams that this build writes lie in one
-// piece, so that the archive goes on from there.
+// Searches the file for the class record at the start of an archive with that root. This build writes a stream in one
+// piece, so the archive continues from there.
 DocumentSource::Archive DocumentSource::Find(std::string_view rootClass) const {
-  constexpr std::size_t kAhead = 4;  // the tag of a new class and its schema
+  constexpr std::size_t kTagBytes = 4;  // the tag of a new class and its schema, before its name
   auto file = std::make_unique<CFile>();
   if (!file->Open(m_path.c_str(), CFile::modeRead)) return {};
-  file->SetFilePath(_T(""));  // as that of a stream: what is told of it stands behind the document's name
+  file->SetFilePath(_T(""));  // as for a stream: messages name the document, not this file
   const std::string name = char(rootClass.size()) + std::string(1, '\0') + std::string(rootClass);
   std::string window;
   std::vector<char> piece(std::size_t(BufferBytesFor(*file)));
   for (ULONGLONG start = 0; const UINT count = file->Read(piece.data(), UINT(piece.size()));) {
     window.append(piece.data(), count);
     for (std::size_t at = window.find(name); at != std::string::npos; at = window.find(name, at + 1)) {
-      if (at < kAhead || window.compare(at - kAhead, 2, "\xFF\xFF") != 0) continue;
-      file->Seek(LONGLONG(start + at - kAhead), CFile::begin);
+      if (at < kTagBytes || window.compare(at - kTagBytes, 2, "\xFF\xFF") != 0) continue;
+      file->Seek(LONGLONG(start + at - kTagBytes), CFile::begin);
       return {std::move(file), true};
     }
-    const std::size_t kept = std::min(window.size(), name.size() + kAhead);
+    const std::size_t kept = std::min(window.size(), name.size() + kTagBytes);
     start += window.size() - kept;
     window.erase(0, window.size() - kept);
   }

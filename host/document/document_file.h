@@ -12,32 +12,32 @@ namespace kestrova {
 
 class HostDocument;
 
-// Saves the document under the system's path: a whole new file is put in the place of an old one, or the old one stays
-// and Failure is thrown. The history gets its entry; the document then has the file's title and is not modified.
-// It is the active document, and the environment has been started. Links that lead out of the document are dropped, and
-// so is what uses the document itself: they could not be stored.
+// Saves the document under the system's path, adds an entry to its history, sets its title to the file's name and
+// clears the modified flag. Throws Failure on an error; an old file then stays as it was. The document must be the
+// active one and the environment started. Removes links to objects outside the document, and users of the document
+// itself, which cannot be stored.
 void SaveDocument(HostDocument& document, const std::string& path);
 
-// The streams of a file that is read. A file that is damaged as a compound file, or was cut off, is looked through for
-// the beginnings of its archives.
+// The streams of a file to read. In a file that is damaged as a compound file, or truncated, it searches for the starts
+// of the archives.
 class DocumentSource {
  public:
-  // Throws Failure if the file can't be read, or is neither a compound file nor the beginning of one.
+  // Throws Failure if the file cannot be read, or is neither a compound file nor the start of one.
   explicit DocumentSource(const std::string& path);
   ~DocumentSource();
   DocumentSource(const DocumentSource&) = delete;
   DocumentSource& operator=(const DocumentSource&) = delete;
 
-  // What is wrong with the compound file; empty if it is whole.
+  // The fault of the compound file; empty if it has none.
   const std::string& Damage() const { return m_damage; }
-  // The header's bytes; null without such a stream, or if it can't be read.
+  // The header's bytes; null if the stream is missing or cannot be read.
   std::unique_ptr<std::string> Header() const;
 
   struct Archive {
-    std::unique_ptr<CFile> file;  // positioned at the archive's beginning; null if there is none
-    bool found = false;           // by its first bytes in a damaged file: where it ends, nobody knows
+    std::unique_ptr<CFile> file;  // positioned at the start of the archive; null if there is no archive
+    bool found = false;           // found by its first bytes in a damaged file: its end is unknown
   };
-  // One of each at a time.
+  // Keep at most one Archive of each stream open.
   Archive Objects() const { return Open(kObjectsStream, "HostDocument"); }
   Archive History() const { return Open(kHistoryStream, "QFDocSrHistoryMngr"); }
   Archive Settings() const { return Open(kSettingsStream, "QFDocSettings"); }
@@ -46,16 +46,15 @@ class DocumentSource {
   Archive Open(LPCTSTR stream, std::string_view rootClass) const;
   Archive Find(std::string_view rootClass) const;
 
-  std::basic_string<TCHAR> m_path;  // the product's
+  std::basic_string<TCHAR> m_path;  // product path
   IStorage* m_root = nullptr;       // null for a damaged file
   std::string m_damage;
 };
 
-// How much of a stream is read at once: a small part of it, so that a file that turns out damaged has cost little.
+// Buffer size for reading a stream: a small part of it, so that refusing a damaged file takes little memory.
 int BufferBytesFor(const CFile& stream);
 
-// The length and checksum of a stream, read from its beginning to its end; the position is the beginning again. Raises
-// CFileException.
+// Reads the whole stream and returns its length and checksum; the position is then the start. Throws CFileException.
 StreamFacts FactsOf(CFile& stream);
 
 }  // namespace kestrova

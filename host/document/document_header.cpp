@@ -19,7 +19,7 @@ DWORD ChecksumOf(std::string_view bytes) {
   return checksum.Get();
 }
 
-// Calls each(field) for the fields in the order of the disk.
+// Calls each(field) for the fields in the order on disk.
 template <class Header, class Each>
 void ForEachField(Header& header, Each each) {
   each(header.format);
@@ -42,8 +42,8 @@ std::string DocumentHeader::ToBytes() const {
 }
 
 std::string DocumentHeader::FromBytes(std::string_view bytes) {
-  if (!bytes.starts_with(kMagic.substr(0, bytes.size())) || bytes.empty()) return "it is none of a document";
-  if (bytes.size() < kBytes) return fmt::format("it ends after {} of {} bytes", bytes.size(), kBytes);
+  if (!bytes.starts_with(kMagic.substr(0, bytes.size())) || bytes.empty()) return "it is not the header of a document";
+  if (bytes.size() < kBytes) return fmt::format("it is truncated after {} of {} bytes", bytes.size(), kBytes);
   std::string_view rest = bytes.substr(kMagic.size());
   ForEachField(*this, [&](auto& field) {
     std::memcpy(&field, rest.data(), sizeof field);

@@ -1,4 +1,4 @@
-// The header of a document file, the small stream by which it is known and its other streams are checked.
+// The header of a document file: a small stream that identifies the file and has the checksums of other streams.
 #pragma once
 
 #include <string>
@@ -10,12 +10,12 @@ namespace kestrova {
 
 // The streams of a document's compound file.
 inline constexpr LPCTSTR kHeaderStream = _T("Header");
-inline constexpr LPCTSTR kObjectsStream = _T("Objects");  // an archive, the document its root
-// An archive, a QFDocSrHistoryMngr its root. Documents of the first storage versions have none.
+inline constexpr LPCTSTR kObjectsStream = _T("Objects");  // an archive whose root is the document
+// An archive whose root is a QFDocSrHistoryMngr. Documents of the first storage versions have no such stream.
 inline constexpr LPCTSTR kHistoryStream = _T("History");
-inline constexpr LPCTSTR kSettingsStream = _T("Settings");  // settings_stream.h; documents from before it have none
+inline constexpr LPCTSTR kSettingsStream = _T("Settings");  // settings_stream.h; old documents have no such stream
 
-// Format 1 is the first.
+// History: 1 is the first format.
 inline constexpr DWORD kDocumentFormat = 1;
 
 struct StreamFacts {
@@ -25,8 +25,7 @@ struct StreamFacts {
   bool operator==(const StreamFacts&) const = default;
 };
 
-// On disk 48 bytes, little-endian: "KVDOC" 0D 0A 1A, then the fields in this order, then the checksum of the 44 bytes
-// ahead of it.
+// 48 bytes on disk, little-endian: "KVDOC" 0D 0A 1A, the fields in this order, the checksum of the 44 bytes before it.
 struct DocumentHeader {
   DWORD format = kDocumentFormat;
   float storageVersion = 0;
@@ -35,8 +34,8 @@ struct DocumentHeader {
   StreamFacts history;
 
   std::string ToBytes() const;
-  // Reads it from the whole stream. An empty text, or what is wrong in a few words; the fields then are what the bytes
-  // say as far as there are any.
+  // Reads the bytes of the whole stream. Returns an empty text, or the fault in a few words; the fields then have the
+  // values of the bytes that there are.
   std::string FromBytes(std::string_view bytes);
 };
 

@@ -25,7 +25,7 @@ constexpr char kObjects[] = "Objects";
 constexpr char kHistory[] = "History";
 constexpr char kSettings[] = "Settings";
 
-// Told to all objects that waited for it, in every case: none may be called once it is gone.
+// Clears the list of objects that wait for the end of the load, also after an exception: they may be deleted by then.
 struct Notification {
   ~Notification() { QFSerializeNotify::Clear(); }
 };
@@ -41,15 +41,15 @@ void DocumentLoader::Refuse(const std::string& reason) const {
 
 void DocumentLoader::RefuseDamage(const std::string& stream, const std::string& reason) const {
   if (m_salvage) return;
-  Refuse(fmt::format("{}{}; kestrova document repair saves what is whole",
+  Refuse(fmt::format("{}{}; kestrova document repair saves the intact nodes",
                      stream.empty() ? "" : "stream " + stream + ", ", reason));
 }
 
 std::unique_ptr<HostDocument> DocumentLoader::Load() {
   InitialiseSerializationStatus(0);
   const Notification notification;
-  HostDocument opening;  // for the time of reading
-  const ActiveDocument standIn(&opening);
+  HostDocument empty;  // active while the document is read
+  const ActiveDocument reading(&empty);
   ReadHeader();
   SetActiveDocReadStorageUnits(m_report.storageVersion);
   auto history = ReadHistory();
@@ -79,10 +79,10 @@ void DocumentLoader::ReadHeader() {
     return;
   }
   const auto bytes = m_source.Header();
-  std::string reason = bytes ? m_header.FromBytes(*bytes) : "there is none: the file is no document";
+  std::string reason = bytes ? m_header.FromBytes(*bytes) : "it is missing: the file is not a document";
   const float version = m_header.storageVersion;
   const bool later = m_header.format > kDocumentFormat || CKVVersionInfo::IsGreater(version);
-  if (reason.empty() && !(version > 0 && std::isfinite(version))) reason = "its storage version is none";
+  if (reason.empty() && !(version > 0 && std::isfinite(version))) reason = "its storage version is invalid";
   if (later && reason.empty()) reason = fmt::format("it has storage version {}", version);
   if (reason.empty()) {
     m_hasHeader = true;
@@ -90,12 +90,11 @@ void DocumentLoader::ReadHeader() {
     return;
   }
   m_report.Add(kFaultInHeader, kHeader, reason);
-  if (later)
-    Refuse(fmt::format("stream {}, {}: a later release wrote it, and only such a one reads it", kHeader, reason));
+  if (later) Refuse(fmt::format("stream {}, {}; a later release saved it: open it there", kHeader, reason));
   RefuseDamage(kHeader, reason);
 }
 
-// Whether the stream is as long as the header says, and has its checksum.
+// True if the stream has the length and the checksum of the header.
 bool DocumentLoader::CheckFacts(CFile& stream, const char* name, const StreamFacts& facts, unsigned location) {
   const StreamFacts found = FactsOf(stream);
   if (found == facts) return true;
@@ -110,8 +109,8 @@ std::unique_ptr<QFDocSrHistoryMngr> DocumentLoader::ReadHistory() {
   const auto source = m_source.History();
   if (!source.file && IsFromBeforeHistory()) return nullptr;
   if (!source.file) {
-    m_report.Add(kFaultInHistory, kHistory, "there is none");
-    RefuseDamage(kHistory, "there is none");
+    m_report.Add(kFaultInHistory, kHistory, "it is missing");
+    RefuseDamage(kHistory, "it is missing");
     return nullptr;
   }
   try {
@@ -123,8 +122,8 @@ std::unique_ptr<QFDocSrHistoryMngr> DocumentLoader::ReadHistory() {
     return nullptr;
   }
   CArchive ar(source.file.get(), CArchive::load, BufferBytesFor(*source.file));
-  DocumentReading reading(/*keepWhatIsWhole=*/false);
-  std::string reason = "its root is null";
+  DocumentReading reading(/*salvage=*/false);
+  std::string reason = "the root is null";
   try {
     if (CObject* root = ar.ReadObject(RUNTIME_CLASS(QFDocSrHistoryMngr)))
       return std::unique_ptr<QFDocSrHistoryMngr>(static_cast<QFDocSrHistoryMngr*>(root));
@@ -137,13 +136,13 @@ std::unique_ptr<QFDocSrHistoryMngr> DocumentLoader::ReadHistory() {
   return nullptr;
 }
 
-// A header that promises a history is of a document that has lost it.
+// False if the header has a length and checksum of a history: the history is lost then.
 bool DocumentLoader::IsFromBeforeHistory() const {
   CString version;
   return m_hasHeader && m_header.history == StreamFacts{} && FindVersionBeforeHistory(m_report.storageVersion, version);
 }
 
-// By what the document itself says of its last change. No such document tells the build that wrote it.
+// Uses the stamp of the document's last change. Such a document does not store the build.
 void DocumentLoader::AddHistory(HostDocument& document) const {
   CString version;
   FindVersionBeforeHistory(m_report.storageVersion, version);
@@ -153,7 +152,7 @@ void DocumentLoader::AddHistory(HostDocument& document) const {
 
 // ---- settings
 
-// Null, for those of a new document, if there are none: documents from before them have no such stream.
+// Null if the file has no settings, as old documents; the document then has those of a new one.
 std::unique_ptr<QFDocSettings> DocumentLoader::ReadSettings() {
   const auto source = m_source.Settings();
   if (!source.file) return nullptr;
@@ -171,8 +170,8 @@ std::unique_ptr<QFDocSettings> DocumentLoader::ReadSettings() {
 std::unique_ptr<HostDocument> DocumentLoader::ReadObjects() {
   const auto source = m_source.Objects();
   if (!source.file) {
-    m_report.Add(kFaultInFields, kObjects, "there is none");
-    RefuseDamage(kObjects, "there is none");
+    m_report.Add(kFaultInFields, kObjects, "it is missing");
+    RefuseDamage(kObjects, "it is missing");
     return std::make_unique<HostDocument>();
   }
   if (m_hasHeader) {
@@ -189,7 +188,7 @@ std::unique_ptr<HostDocument> DocumentLoader::ReadObjects() {
   if (m_report.fault || !document) {
     RefuseDamage(kObjects, m_report.findings.back().text);
   } else if (!source.found && end < length) {
-    m_report.Add(kFaultInNodes, kObjects, fmt::format("{} bytes stand behind the last record", length - end));
+    m_report.Add(kFaultInNodes, kObjects, fmt::format("{} bytes follow the last record", length - end));
   }
   if (damaged) RefuseDamage(m_report.findings.front().stream, m_report.findings.front().text);
   return document ? std::move(document) : std::make_unique<HostDocument>();

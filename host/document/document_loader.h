@@ -1,9 +1,14 @@
-// DocumentLoader reads a document from its file in the order in which a host does it, and keeps what it noticed.
+// DocumentLoader reads a document from its file, in the order that a host must follow, and reports the faults.
 //
-// The steps: the serialization status is cleared; the stand-in for the document that is coming becomes active and is
-// told the storage version; the history, the settings and the objects are read; a document from before there was a
-// history gets its one record; links are put right and objects that nobody owns deleted; objects that wait for it are
-// told that all is in; the status word is taken; the indexer's counts are set to what is there.
+// The steps:
+//   1. clear the serialization status
+//   2. make an empty document active and set its storage version: reading objects asks the active document
+//   3. read the history, the settings and the objects
+//   4. repair links, delete objects without an owner
+//   5. give a document of a version without history its one record
+//   6. call the objects that wait for the end of the load
+//   7. take the status word
+//   8. set the indexer's counts to the nodes of the document
 #pragma once
 
 #include <memory>
@@ -18,16 +23,15 @@ namespace kestrova {
 class DocumentLoader {
  public:
   enum class Mode {
-    kStrict,   // damage is refused
-    kSalvage,  // whatever came whole is kept
+    kStrict,   // refuses damage
+    kSalvage,  // keeps everything that is intact
   };
 
   DocumentLoader(const std::string& path, Mode mode);
 
-  // The document; not null. Throws Failure if the file can't be read or is no document, and in strict mode if its bytes
-  // are damaged: in the text stands what, where and what to do. Links and counts that were wrong are put right in
-  // either mode, and stand in the report. With salvage the document has at least no nodes.
-  // Its ids are frozen.
+  // Returns the document, never null, with frozen ids. Both modes repair wrong links and counts and report them. With
+  // kSalvage the document may have no nodes. Throws Failure if the file cannot be read or is not a document, and with
+  // kStrict if bytes are damaged; the text has the fault, its place and the next step.
   std::unique_ptr<HostDocument> Load();
 
   const LoadReport& Report() const { return m_report; }

@@ -1,4 +1,4 @@
-// The document's answers to the core messages.
+// HostDocument: answers to the core messages.
 #include <algorithm>
 
 #include "host/document/host_document.h"

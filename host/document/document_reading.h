@@ -1,5 +1,5 @@
-// What a loader tells a document that is being read, and what the document tells it: an archive hands the document's
-// Serialize nothing but itself. One for each reading; it is known to the document by living on the same thread.
+// DocumentReading, the state that a loader and HostDocument::Serialize share while a document is read: Serialize gets
+// only the archive. The document finds it as the current one of its thread.
 #pragma once
 
 #include <optional>
@@ -9,34 +9,34 @@
 
 namespace kestrova {
 
-// Why a reading ended ahead of its end.
+// The fault that ended a reading.
 struct DocumentFault {
-  std::string what;      // what the exception said
-  ULONGLONG offset = 0;  // the byte at which the reading stood
+  std::string what;      // text of the exception
+  ULONGLONG offset = 0;  // byte position of the reading
 };
 
 class DocumentReading {
  public:
-  // How far the reading has got: what is being read now.
+  // The part that is read now.
   enum class Part { kRoot, kFields, kIndexer, kClasses, kNodes, kEnd };
 
-  // With salvage the document keeps what came whole ahead of a fault, and raises nothing.
-  explicit DocumentReading(bool keepWhatIsWhole) : salvage(keepWhatIsWhole), outer_(t_current) { t_current = this; }
+  // With `salvaging` the document keeps the intact nodes before a fault, and throws nothing.
+  explicit DocumentReading(bool salvaging) : salvage(salvaging), outer_(t_current) { t_current = this; }
   ~DocumentReading() { t_current = outer_; }
   DocumentReading(const DocumentReading&) = delete;
   DocumentReading& operator=(const DocumentReading&) = delete;
 
-  // The innermost of this thread; null for none.
+  // The innermost reading of this thread; null if there is none.
   static DocumentReading* Current() { return t_current; }
 
-  // To be called while the exception is handled and the archive is open. The first fault stays.
+  // Records the first fault; later ones are ignored. Call it while the archive is open.
   void NoteFault(const CArchive& ar, const std::exception& failure);
 
   const bool salvage;
   Part part = Part::kRoot;
-  DWORD promised = 0;        // nodes that the document says it has
-  DWORD whole = 0;           // of them, from the first: the others did not come, or not whole
-  std::string partialClass;  // of the node that was being read at the fault
+  DWORD promised = 0;        // number of nodes in the document's table
+  DWORD whole = 0;           // number of intact nodes, from the first one on
+  std::string partialClass;  // class of the node that was read at the fault
   std::optional<DocumentFault> fault;
 
  private:

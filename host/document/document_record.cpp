@@ -1,20 +1,20 @@
-// The document's object archive, the root of which is the document.
+// HostDocument: its record in the object archive, whose root it is.
 //
-// The layout of its record, in order:
+// The layout of the record, in order:
 //
 //   1  class record of HostDocument, schema 1
 //   2  record of QFObject
 //   3  units              LONG     document_units.h
 //   4  next id            DWORD
 //   5  service pack       text
-//   6  the indexer        reference to a QFObjectIndexerHelper, which is here
+//   6  the indexer        reference to a QFObjectIndexerHelper, whose record is here
 //   7  number of nodes    count
-//   8  of each node, in the tree's order, a class record; with it the node takes its number
-//   9  the nodes' records, in the same order, one behind the other
+//   8  a class record per node, in the tree's order; it also gives the node its number
+//   9  the records of the nodes, in the same order
 //
-// So every node is known before the first of their records: whatever stands in them about another node, or about the
-// document, is a number, nothing is nested with the size of the document, and damage costs the records from the damaged
-// one on and no other.
+// All nodes have their numbers before the first of their records. So every reference to a node or to the document is a
+// number, the depth of nesting does not grow with the document, and damage costs only the records from the damaged one
+// on.
 #include <algorithm>
 #include <exception>
 
@@ -32,22 +32,21 @@ IMPLEMENT_SERIAL(HostDocument, QFObject, VERSIONABLE_SCHEMA | 1)
 
 namespace {
 
-// A class record, and the least of a node's record in any schema: class records, five texts, id, state, owner.
+// The smallest record of a node in any schema: class record, class records of the levels, five texts, id, state, owner.
 constexpr ULONGLONG kLeastNodeBytes = 20;
 constexpr ULONGLONG kClassRecordBytes = 2;
-// What a row of the table costs in the archive's own table, and a node beside itself: its place in the document's list,
-// which doubles as it grows.
+// Memory per row in the archive's table, and per node in the document's list, which doubles as it grows.
 constexpr ULONGLONG kRowBytes = 8;
 constexpr ULONGLONG kNodeOverhead = 16;
-// Nodes are made ahead of their records. Together they are not larger than so many times the bytes that are left, of
-// which any document has more than enough: only a damaged one promises more.
+// Nodes are created before their records are read. Their memory is limited to a multiple of the bytes left in the
+// archive; only a damaged document needs more.
 constexpr ULONGLONG kMemoryFactor = 3;
 constexpr ULONGLONG kMemorySlack = 1024;
 constexpr DWORD kProgressEvery = 4096;
 
 ULONGLONG NodeBytes(const CRuntimeClass* record) { return ULONGLONG(record->m_nObjectSize) + kNodeOverhead; }
 
-void TellProgress(DWORD done) {
+void ReportProgress(DWORD done) {
   if (done % kProgressEvery == 0) QFProgressCallback(done);
 }
 
@@ -59,7 +58,7 @@ void DocumentReading::NoteFault(const CArchive& ar, const std::exception& failur
   try {
     fault->offset = ar.GetFile()->GetLength() - ar.GetBytesLeft();
   } catch (const CException&) {
-    // A file that can't be asked any more: the offset stays 0.
+    // The file cannot be read any more; the offset stays 0.
   }
 }
 
@@ -74,7 +73,7 @@ void HostDocument::Serialize(CArchive& ar) {
 // ---- storing
 
 void HostDocument::StoreRecord(CArchive& ar) {
-  // A user of the document would be stored ahead of the table that gives the nodes their numbers.
+  // The archive would store a user of the document before the table that gives the nodes their numbers.
   if (GetCountOfUserObjects() > 0) AfxThrowArchiveException(CArchiveException::genericException, ar.m_strFileName);
   ar.SerializeClass(RUNTIME_CLASS(HostDocument));
   QFObject::Serialize(ar);
@@ -91,7 +90,7 @@ void HostDocument::StoreRecord(CArchive& ar) {
   const ProgressBar bar("writing nodes", nodes.size());
   for (DWORD done = 0; done < nodes.size(); ++done) {
     nodes[done]->Serialize(ar);
-    TellProgress(done);
+    ReportProgress(done);
   }
 }
 
@@ -99,7 +98,7 @@ void HostDocument::StoreRecord(CArchive& ar) {
 
 void HostDocument::LoadRecord(CArchive& ar) {
   DocumentReading* const reading = DocumentReading::Current();
-  // A document inside another is damage, and this reading is not of it.
+  // A document inside another one is damage, and `reading` belongs to the outer one.
   if (reading && reading->part != DocumentReading::Part::kRoot)
     AfxThrowArchiveException(CArchiveException::badClass, ar.m_strFileName);
   const auto enter = [&](DocumentReading::Part part) {
@@ -131,7 +130,7 @@ void HostDocument::LoadOwnFields(CArchive& ar) {
   QFObject::Serialize(ar);
   int units = 0;
   ar >> units >> m_nextId >> m_servicePack;
-  if (!SetUnits(units)) LogSerializationError(kFaultInFields);  // millimetres, then
+  if (!SetUnits(units)) LogSerializationError(kFaultInFields);  // the document stays in millimetres
 }
 
 void HostDocument::LoadIndexer(CArchive& ar) {
@@ -139,8 +138,8 @@ void HostDocument::LoadIndexer(CArchive& ar) {
   if (indexer) m_indexer.reset(indexer);
 }
 
-// Nodes are made as long as they can have records. Whoever salvages a document that was cut off still wants the numbers
-// of the others, which the first ones refer to: one object of each class stands in for all of them.
+// Creates the nodes of the table. A salvaging reader also needs the numbers of nodes that have no memory or record
+// left, since the first nodes refer to them: one placeholder per class has all these numbers.
 void HostDocument::MakeNodes(CArchive& ar, DocumentReading* reading) {
   const bool salvage = reading && reading->salvage;
   const ULONGLONG room = ar.GetBytesLeft() * kMemoryFactor + kMemorySlack;
@@ -156,7 +155,7 @@ void HostDocument::MakeNodes(CArchive& ar, DocumentReading* reading) {
       memory += NodeBytes(record);
       ar.MapObject(MakeNode(ar, record));
     } else if (salvage) {
-      ar.MapObject(StandIn(ar, record));
+      ar.MapObject(Placeholder(ar, record));
     } else {
       AfxThrowArchiveException(CArchiveException::endOfFile, ar.m_strFileName);
     }
@@ -172,13 +171,13 @@ HostNode* HostDocument::MakeNode(CArchive& ar, const CRuntimeClass* record) {
   return static_cast<HostNode*>(fresh.release());
 }
 
-HostNode* HostDocument::StandIn(CArchive& ar, const CRuntimeClass* record) {
+HostNode* HostDocument::Placeholder(CArchive& ar, const CRuntimeClass* record) {
   ++m_lostByClass[record->m_lpszClassName];
-  for (HostNode* node : m_standIns)
+  for (HostNode* node : m_placeholders)
     if (node->GetRuntimeClass() == record) return node;
   std::unique_ptr<CObject> fresh(record->CreateObject());
   if (!fresh) AfxThrowArchiveException(CArchiveException::badClass, ar.m_strFileName);
-  m_standIns.push_back(static_cast<HostNode*>(fresh.get()));
+  m_placeholders.push_back(static_cast<HostNode*>(fresh.get()));
   return static_cast<HostNode*>(fresh.release());
 }
 
@@ -188,17 +187,17 @@ void HostDocument::LoadNodes(CArchive& ar, DocumentReading* reading) {
   DWORD done = 0;
   try {
     for (; done < NodeCount(); ++done) {
-      FetchAhead(done);
+      Prefetch(done);
       m_nodes[done]->Serialize(ar);
       if (reading) reading->whole = done + 1;
-      TellProgress(done);
+      ReportProgress(done);
     }
   } catch (const std::exception&) {
     if (reading) reading->partialClass = m_nodes[done]->GetRuntimeClass()->m_lpszClassName;
     throw;
   }
-  // Whatever records follow, there was no room for their nodes.
-  if (!m_standIns.empty()) AfxThrowArchiveException(CArchiveException::endOfFile, ar.m_strFileName);
+  // The placeholders' nodes have no objects to read their records into.
+  if (!m_placeholders.empty()) AfxThrowArchiveException(CArchiveException::endOfFile, ar.m_strFileName);
 }
 
 }  // namespace kestrova

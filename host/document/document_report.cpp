@@ -23,7 +23,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr std::size_t kMostLines = 50;  // of a text; JSON has more
+constexpr std::size_t kMostLines = 50;  // in a text; JSON has kMostFindings
 
 Json FaultJson(const LoadReport& report) {
   if (!report.fault) return {};
@@ -82,15 +82,16 @@ std::string FindingsText(const LoadReport& report) {
 
 std::string ReportText(const std::string& file, const LoadReport& report) {
   std::string text = fmt::format(
-      "{}: storage version {}, {} of {} nodes whole{}, status {:#06x}, error location {:#06x}\n", file,
+      "{}: storage version {}, {} of {} nodes intact{}, status {:#06x}, error location {:#06x}\n", file,
       report.storageVersion, report.whole, report.promised, LostText(report), report.status, report.errorLocation);
   for (const LoadReport::IndexerCount& count : report.indexer) {
     std::string name = ToUtf8(count.name);
     BlankControls(name);
     text += fmt::format("  indexer {}: {} stored, {} alive\n", name, count.stored, count.alive);
   }
-  if (report.findingCount == 0) return text + "nothing found\n";
-  return text + FindingsText(report) + fmt::format("{} found\n", report.findingCount);
+  if (report.findingCount == 0) return text + "no faults found\n";
+  return text + FindingsText(report) +
+         fmt::format("{} fault{} found\n", report.findingCount, report.findingCount == 1 ? "" : "s");
 }
 
 }  // namespace kestrova

@@ -1,4 +1,4 @@
-// What a loader noticed while it read a document, for people and for programs.
+// LoadReport, the faults that a loader found in a document, and its forms for users and programs.
 #pragma once
 
 #include <map>
@@ -13,20 +13,20 @@
 namespace kestrova {
 
 struct LoadReport {
-  // One thing that is not as it should be.
+  // One fault.
   struct Finding {
     std::string stream;  // "Header", "Objects", "History", "Settings", or empty for the file
     std::string text;
   };
-  // Of one class, as the document had it and as it is.
+  // The number of nodes of a class: as stored in the indexer and as in the document.
   struct IndexerCount {
     CString name;
     int stored = 0;
     int alive = 0;
   };
 
-  // Notes a finding, control characters in it as blanks, and logs its location bit. Beyond kMostFindings they are only
-  // counted.
+  // Appends a finding, with blanks for control characters, and logs its location bit. After kMostFindings it only
+  // counts.
   void Add(unsigned location, std::string stream, std::string text);
 
   static constexpr std::size_t kMostFindings = 1000;
@@ -34,30 +34,29 @@ struct LoadReport {
   float storageVersion = 0;
   std::vector<Finding> findings;
   std::size_t findingCount = 0;
-  // The reading of the objects: how many nodes were promised, how many came whole, what ended it.
+  // The result of reading the objects, as in DocumentReading.
   DWORD promised = 0;
   DWORD whole = 0;
   DocumentReading::Part part = DocumentReading::Part::kRoot;
   std::string partialClass;
-  std::map<std::string, DWORD> lost;  // nodes that did not come whole, by class, as far as their classes came
+  std::map<std::string, DWORD> lost;  // number of lost nodes by class, as far as the table was read
   std::optional<DocumentFault> fault;
-  // References to what no list of the document owns, uses that one side alone knew, and objects that no list owned.
-  int dangling = 0;
-  int oneSided = 0;
-  int strays = 0;
+  int dangling = 0;  // references to objects outside the document
+  int oneSided = 0;  // uses that only one of the two nodes had
+  int strays = 0;    // objects that no list of the document owned
   std::vector<IndexerCount> indexer;
-  // At the end of the load.
+  // The status word and the location bits at the end of the load.
   unsigned status = 0;
   unsigned errorLocation = 0;
 };
 
 // "byte 512: the data ends too early".
 std::string TextOf(const DocumentFault& fault);
-// ", 17 lost: 12 HostOperation, 5 HostFeature"; empty if none are.
+// ", 17 lost: 12 HostOperation, 5 HostFeature"; empty if no node is lost.
 std::string LostText(const LoadReport& report);
-// The first of the findings, one a line; empty if there are none.
+// The first findings, one per line; empty if there are none.
 std::string FindingsText(const LoadReport& report);
-// Everything in lines; the file is named first.
+// The whole report in lines; the first one names the file.
 std::string ReportText(const std::string& file, const LoadReport& report);
 nlohmann::ordered_json ReportJson(const std::string& file, const LoadReport& report);
 

@@ -18,7 +18,7 @@
 namespace kestrova {
 namespace {
 
-constexpr int kDeepestIndent = 20;  // what hangs deeper stands below one another
+constexpr int kDeepestIndent = 20;  // deeper nodes have the same indent
 constexpr std::size_t kPiece = 1 << 16;
 
 const char* TextOf(QFObjState state) {
@@ -31,11 +31,11 @@ const char* TextOf(QFObjState state) {
   return "unknown state";
 }
 
-std::string Labelled(HostNode& node) {
+std::string LabelOf(HostNode& node) {
   return fmt::format("{} {} \"{}\"", ToUtf8(node.GetClassNameW()), node.GetObjectId(), ToUtf8(node.Name()));
 }
 
-// Collects lines, so that a million of them cost few calls.
+// Collects lines: a million nodes take few calls of fwrite.
 class Output {
  public:
   explicit Output(std::FILE* out) : out_(out) {}
@@ -58,7 +58,7 @@ class Output {
   std::string text_;
 };
 
-// Calls write(node, depth) for each node and keeps the terminal informed.
+// Calls write(node, depth) for each node and reports progress.
 template <class Write>
 void WalkWithProgress(const HostDocument& document, Write write) {
   const ProgressBar bar("writing nodes", document.NodeCount());
@@ -81,7 +81,7 @@ void AppendQuoted(std::string& out, const CString& text) {
   }
 }
 
-// One node as a JSON object. Written by hand: a million of them built by a library take three times as long.
+// Appends one node as a JSON object. Not with the JSON library, which takes three times as long for a million nodes.
 void AppendNodeJson(std::string& out, HostNode& node, int depth, bool suppressed) {
   const auto number = [&](const char* name, auto value) {
     fmt::format_to(std::back_inserter(out), ", \"{}\": {}", name, value);
@@ -130,7 +130,7 @@ void WriteTree(const HostDocument& document, std::FILE* out) {
     std::string& text = output.Text();
     const std::size_t start = text.size();
     text.append(std::size_t(std::min(depth + 1, kDeepestIndent)) * 2, ' ');
-    fmt::format_to(std::back_inserter(text), "{}, {}, {}; made by {} {}", Labelled(node), TextOf(node.GetState()),
+    fmt::format_to(std::back_inserter(text), "{}, {}, {}; made by {} {}", LabelOf(node), TextOf(node.GetState()),
                    ToUtf8(node.Facts()), ToUtf8(node.GetCreatedBy()), ToUtf8(node.GetDateCreated()));
     if (!(node.GetLastModified() == node.GetDateCreated()))
       fmt::format_to(std::back_inserter(text), ", changed by {} {}", ToUtf8(node.GetLastModifiedBy()),
@@ -146,7 +146,7 @@ void WriteTreeJson(const HostDocument& document, std::FILE* out) {
   output.Text() += fmt::format(", \"units\": \"{}\", \"storageVersion\": {}, \"nodes\": [", document.Units().name,
                                document.ReadStorageUnits());
   const char* between = "\n";
-  std::vector<bool> suppressed;  // by depth, on the way to the node: as IsSuppressed, without its walk up for each
+  std::vector<bool> suppressed;  // of the owners by depth; as IsSuppressed, which would walk up for each node
   WalkWithProgress(document, [&](HostNode& node, int depth) {
     const auto at = std::size_t(depth);
     const bool below = depth > 0 && suppressed[at - 1];

@@ -1,4 +1,4 @@
-// A document as people and programs read it: its tree, written node after node.
+// Writes the tree of a document for users and for programs.
 #pragma once
 
 #include <cstdio>
@@ -7,12 +7,12 @@ namespace kestrova {
 
 class HostDocument;
 
-// The document in a line, then each node in one, below its owner: class, id, label, state, facts, stamps. The document
-// is the active one.
+// Writes one line for the document and one for each node, below its owner: class, id, label, state, facts, stamps. The
+// document must be the active one.
 void WriteTree(const HostDocument& document, std::FILE* out);
 
-// The same as one JSON object: title, units, storage version, and the nodes in the tree's order, each with its owner's
-// id. UTF-8; one node a line.
+// Writes the same as one JSON object in UTF-8: title, units, storage version, and the nodes in the tree's order, one
+// per line, each with its owner's id.
 void WriteTreeJson(const HostDocument& document, std::FILE* out);
 
 }  // namespace kestrova

@@ -18,7 +18,7 @@ constexpr LengthUnit kUnits[] = {
     {kInches, "inch", "in", 0.0254, 5, 0.00254},
 };
 
-// What a text may end in, and how much of the internal unit that is.
+// A unit at the end of a text, and its length in metres or its angle in radians.
 struct Suffix {
   std::string_view text;
   double scale;
@@ -27,7 +27,7 @@ constexpr Suffix kLengthSuffixes[] = {{"mm", 0.001},    {"cm", 0.01},   {"m", 1}
                                       {"inch", 0.0254}, {"\"", 0.0254}, {"ft", 0.3048}, {"'", 0.3048}};
 constexpr std::string_view kDegreeSign = "\xC2\xB0";
 constexpr int kAngleDecimals = 4;
-constexpr double kLargestFixed = 1e15;  // above, a text with all its digits tells nothing more
+constexpr double kLargestFixed = 1e15;  // larger numbers have an exponent
 
 std::string NumberText(double value, int decimals) {
   if (!(std::abs(value) < kLargestFixed)) return fmt::format("{:g}", value);
@@ -48,7 +48,7 @@ bool Parse(const CString& text, double scale, std::span<const Suffix> suffixes, 
   std::string utf8 = ToUtf8(text);
   if (utf8.find('.') == std::string::npos && std::count(utf8.begin(), utf8.end(), ',') == 1) utf8[utf8.find(',')] = '.';
   std::string_view rest = Trimmed(utf8);
-  if (rest.starts_with('+') && !rest.starts_with("+-")) rest.remove_prefix(1);  // which from_chars doesn't know
+  if (rest.starts_with('+') && !rest.starts_with("+-")) rest.remove_prefix(1);  // from_chars refuses it
   double number = 0;
   const auto [end, error] = std::from_chars(rest.data(), rest.data() + rest.size(), number);
   if (error != std::errc() || !std::isfinite(number)) return false;

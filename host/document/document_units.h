@@ -1,7 +1,6 @@
-// The units of a document: what a length and an angle look like to the user, and back.
+// The units of a document: converts lengths and angles to text for the user and back.
 //
-// The internal unit of lengths is the metre, that of angles the radian: the outside strategy library, which counts in
-// millimetres, works in a scale of a thousand to the system's. Any thread may call; nothing fails but by its result.
+// Internal lengths are in metres, angles in radians. Any thread may call these functions; they throw nothing.
 #pragma once
 
 #include <string_view>
@@ -10,32 +9,33 @@
 
 namespace kestrova {
 
-// A unit in which a document can have its lengths.
+// A length unit of a document.
 struct LengthUnit {
-  int code;               // as messages 205 and 206 tell it: 0 for millimetres, see IsUnitsMetric
+  int code;               // the answer to message 206: 0 for millimetres, see IsUnitsMetric
   std::string_view name;  // on the command line
   std::string_view symbol;
-  double metres;     // in one of the unit
-  int decimals;      // at most, in a text
+  double metres;     // length of one unit
+  int decimals;      // the most in a text
   double increment;  // of a spin button, in metres
 };
 
 inline constexpr int kMillimetres = 0;
 inline constexpr int kInches = 3;
 
-// Null for a code or name that is no document's unit.
+// Null if no unit of a document has the code or name.
 const LengthUnit* FindLengthUnit(int code);
 const LengthUnit* FindLengthUnit(std::string_view name);
 
-// "12.5mm", "0.4921in", "30deg": no more decimals than needed, always with a point.
+// "12.5mm", "0.4921in", "30deg": without trailing zeros, always with a decimal point.
 CString LengthText(double metres, const LengthUnit& unit);
 CString AngleText(double radians);
 // One degree.
 double AngleIncrement();
 
-// Read what a user types: a number with a point or one comma, then the unit's symbol or nothing, blanks around either.
-// A length may name any of mm, cm, m, in, inch, ", ft and ', an angle deg, the degree sign or rad; without one it is in
-// the document's unit, or in degrees. False, with the value left alone, for anything else and for what is not finite.
+// Read a text that a user types: a number with a point or one comma, and optionally a unit; blanks are allowed around
+// both. Units of a length are mm, cm, m, in, inch, ", ft and '; units of an angle are deg, the degree sign and rad. The
+// default is the document's unit, or degrees. For any other text, or a number that is not finite, they return false and
+// leave the value unchanged.
 bool ParseLength(const CString& text, const LengthUnit& unit, double& metres);
 bool ParseAngle(const CString& text, double& radians);
 

@@ -1,4 +1,4 @@
-// HostDrilling, an operation that goes down in pecks. It is counted among the operations.
+// HostDrilling, an operation that drills in pecks. The indexer counts it as a HostOperation.
 #pragma once
 
 #include "host/document/operation_node.h"
@@ -11,7 +11,7 @@ class HostDrilling : public HostOperation {
  public:
   HostDrilling() = default;
 
-  // The depth of one peck; 0 goes down in one.
+  // The depth of one peck; 0: no pecks.
   double Peck() const { return m_peck; }
   void SetPeck(double peck) { m_peck = peck; }
 

@@ -16,13 +16,13 @@ namespace {
 
 using Point = HostFeature::Point;
 
-static_assert(sizeof(Point) == 16, "points are stored as they lie in memory");
+static_assert(sizeof(Point) == 16, "the record has the points as in memory");
 
 bool SamePoint(const Point& a, const Point& b) { return SameLength(a.x, b.x) && SameLength(a.y, b.y); }
 
 }  // namespace
 
-// From the pages of small blocks: a document has as many profiles as features.
+// From the block pool: a document has many small profiles.
 HostFeature::Points HostFeature::NewPoints(std::size_t count) {
   if (count == 0) return {};
   return Points(static_cast<Point*>(BlockPool::Allocate(count * sizeof(Point))), {count});
@@ -42,7 +42,7 @@ void HostFeature::Serialize(CArchive& ar) {
     ar.Write(m_points.get(), Profile().size_bytes());
     ar << m_depth;
   } else {
-    m_points = NewPoints(std::size_t(ar.ReadCount(sizeof(Point))));  // what is left of a file bounds it
+    m_points = NewPoints(std::size_t(ar.ReadCount(sizeof(Point))));  // bounded by the bytes left in the file
     ar.EnsureRead(m_points.get(), Profile().size_bytes());
     ar >> m_depth;
   }
@@ -63,7 +63,7 @@ COMPARE_RESULT HostFeature::Compare(QFObject* other) {
   return shared * 2 >= theirs.size() ? PARTIAL_PROFILE_MATCH : NO_MATCH;
 }
 
-// Compare has an order of its own and doesn't come here.
+// Not called: this class overrides Compare.
 bool HostFeature::IsLike(const HostNode&) const { return false; }
 
 int HostFeature::CopyParameters(QFObject* source) {

@@ -1,5 +1,4 @@
-// The document's nodes and their tree, ids, and what it prints. Messages: document_messages.cpp; the archive:
-// document_record.cpp.
+// HostDocument: nodes, tree, ids and dump. Messages are in document_messages.cpp, the archive in document_record.cpp.
 #include "host/document/host_document.h"
 
 #include <algorithm>
@@ -36,40 +35,40 @@ QFDocSettings& HostDocument::Settings() {
   return *m_settings;
 }
 
-DWORD HostDocument::DrawId() {
-  if (m_idsFrozen || m_nextId == 0) return 0;  // 0 again behind the last of all ids
+DWORD HostDocument::NewId() {
+  if (m_idsFrozen || m_nextId == 0) return 0;  // the increment after the last id gives 0
   return m_nextId++;
 }
 
 // ---- uses
 
-// Whether each use is known on both of its sides: the node that uses another, or lies in its bin, stands in that one's
-// list of users, once, and nobody else does. A node is met once, in the order of the list. Lists mostly have their
-// users in that order, too, and then are followed element by element, and nothing has to be searched for.
+// Checks that both sides of each use agree: a node's list of users contains every node that uses it, or is recycled
+// into it, exactly once, and no other. Add the nodes in the order of the document's list. Most lists of users have the
+// same order; a list is searched only if its order differs.
 class HostDocument::UseCheck {
  public:
   explicit UseCheck(const HostDocument& document) : document_(document), uses_(document.NodeCount()) {}
 
-  void Meet(const HostNode& node) {
-    if (const QFObject* owner = node.GetOriginalOwner()) MeetUse(node, owner);
-    if (const HostNode* used = node.UsedNode()) MeetUse(node, used);
+  void Add(const HostNode& node) {
+    if (const QFObject* owner = node.GetOriginalOwner()) AddUse(node, owner);
+    if (const HostNode* used = node.UsedNode()) AddUse(node, used);
     users_ += node.GetCountOfUserObjects();
   }
 
-  // To be asked when all have been met.
-  bool Agree() const {
-    return !lost_ && met_ == users_ &&
+  // The result after all nodes are added.
+  bool AllAgree() const {
+    return !lost_ && added_ == users_ &&
            std::all_of(shuffled_.begin(), shuffled_.end(), [&](DWORD place) { return HoldsItsUsers(place); });
   }
 
  private:
-  // Of one node, how many have told that they use it; and whether its list had others in their place.
+  // Of one node: the number of its users so far; 1 if its list has another order.
   struct Uses {
     DWORD count : 31 = 0;
     DWORD shuffled : 1 = 0;
   };
 
-  void MeetUse(const HostNode& node, const QFObject* used) {
+  void AddUse(const HostNode& node, const QFObject* used) {
     if (!document_.Owns(used)) {
       lost_ = true;
       return;
@@ -82,17 +81,17 @@ class HostDocument::UseCheck {
       shuffled_.push_back(place);
     }
     ++uses.count;
-    ++met_;
+    ++added_;
   }
 
-  // Whether the list has those that told of it and no other, in whatever order.
+  // True if the list has exactly the users of the node, in any order.
   bool HoldsItsUsers(DWORD place) const {
     const HostNode* used = document_.m_nodes[place];
     const auto users = used->UserObjectsAsTheyLie();
     if (users.size() != uses_[place].count) return false;
-    std::unordered_set<const CObject*> met;
+    std::unordered_set<const CObject*> seen;
     return std::all_of(users.begin(), users.end(), [&](const CObject* object) {
-      if (!document_.Owns(object) || !met.insert(object).second) return false;
+      if (!document_.Owns(object) || !seen.insert(object).second) return false;
       const auto* user = static_cast<const HostNode*>(object);
       return user->GetOriginalOwner() == used || user->UsedNode() == used;
     });
@@ -101,15 +100,15 @@ class HostDocument::UseCheck {
   const HostDocument& document_;
   std::vector<Uses> uses_;       // by place
   std::vector<DWORD> shuffled_;  // places
-  std::size_t met_ = 0;
+  std::size_t added_ = 0;
   std::size_t users_ = 0;
-  bool lost_ = false;  // something is used that is not the document's
+  bool lost_ = false;  // a node uses an object outside the document
 };
 
 // ---- nodes
 
-// Whoever goes through the nodes one by one finds the next ones in the processor's cache.
-void HostDocument::FetchAhead(DWORD place) const {
+// Prefetches the node eight places on into the processor's cache.
+void HostDocument::Prefetch(DWORD place) const {
   constexpr DWORD kAhead = 8;
   constexpr std::size_t kLine = 64;
   if (const HostNode* node = AtOrNull(place + kAhead))
@@ -147,7 +146,7 @@ void HostDocument::AppendToTree(HostNode& node, HostNode* owner) {
   last = node.m_place;
 }
 
-// Climbs from each node to one that is known to lead to the top. A node that is met twice on the way closes a ring.
+// Walks up from each node to one with a known way to the top. A node met twice on the way closes a ring.
 void HostDocument::CutRings() {
   enum : BYTE { kUnknown, kOnTheWay, kKnown };
   std::vector<BYTE> state(m_nodes.size(), kUnknown);
@@ -167,10 +166,10 @@ void HostDocument::RebuildTree() {
   for (HostNode* node : m_nodes) {
     node->m_firstChild = node->m_lastChild = node->m_next = HostNode::kNoPlace;
     if (!Owns(node->GetOwner())) node->SetOwner(nullptr);
-    uses.Meet(*node);
+    uses.Add(*node);
   }
-  if (!uses.Agree())
-    for (HostNode* node : m_nodes) node->MendLinks(*this);
+  if (!uses.AllAgree())
+    for (HostNode* node : m_nodes) node->RepairLinks(*this);
   CutRings();
   for (HostNode* node : m_nodes) AppendToTree(*node, static_cast<HostNode*>(node->GetOwner()));
 }
@@ -189,8 +188,8 @@ HostNode* HostDocument::StepInTree(const HostNode& node, int& depth) const {
 
 // ---- the end of a load
 
-// A document is nobody's user and has none.
-LinkFaults HostDocument::MendOwnLinks() {
+// A document has no owner, uses nothing and has no users.
+LinkFaults HostDocument::RepairOwnLinks() {
   LinkFaults faults;
   if (GetOwner()) ++faults.dangling;
   SetOwner(nullptr);
@@ -199,34 +198,35 @@ LinkFaults HostDocument::MendOwnLinks() {
   CObList users;
   GetAllUserObjects(&users);
   for (POSITION at = users.GetHeadPosition(); at; ++faults.dangling)
-    RemoveFromUserObjectsList(reinterpret_cast<QFObject*>(users.GetNext(at)));  // an address: it may be no QFObject
+    RemoveFromUserObjectsList(
+        reinterpret_cast<QFObject*>(users.GetNext(at)));  // only the address is used: it may not be a QFObject
   return faults;
 }
 
-// False if the owner was none that the node can have.
-bool HostDocument::MendOwner(HostNode& node) {
+// Drops an owner that the node cannot have. False if that is a fault.
+bool HostDocument::RepairOwner(HostNode& node) {
   QFObject* const owner = node.GetOwner();
   if (!owner) return true;
   if (Owns(owner) && static_cast<HostNode*>(owner)->m_place < node.m_place) return true;
   node.SetOwner(nullptr);
-  return owner == this;  // which is to be on top
+  return owner == this;  // no fault: a node of the document itself is a top node
 }
 
-std::vector<HostDocument::MendedLinks> HostDocument::MendLinks() {
-  std::vector<MendedLinks> mended;
-  if (const LinkFaults faults = MendOwnLinks(); faults.Count() > 0) mended.push_back({HostNode::kNoPlace, faults});
-  std::vector<DWORD> ownerless;  // places of those whose owner was none that they can have
+std::vector<HostDocument::RepairedLinks> HostDocument::RepairLinks() {
+  std::vector<RepairedLinks> mended;
+  if (const LinkFaults faults = RepairOwnLinks(); faults.Count() > 0) mended.push_back({HostNode::kNoPlace, faults});
+  std::vector<DWORD> ownerless;  // places of nodes with a dropped owner
   UseCheck uses(*this);
   for (HostNode* node : m_nodes) {
-    FetchAhead(node->m_place);
-    if (!MendOwner(*node)) ownerless.push_back(node->m_place);
-    uses.Meet(*node);
+    Prefetch(node->m_place);
+    if (!RepairOwner(*node)) ownerless.push_back(node->m_place);
+    uses.Add(*node);
     AppendToTree(*node, static_cast<HostNode*>(node->GetOwner()));
   }
-  if (ownerless.empty() && uses.Agree()) return mended;
+  if (ownerless.empty() && uses.AllAgree()) return mended;
   auto next = ownerless.cbegin();
   for (HostNode* node : m_nodes) {
-    LinkFaults faults = node->MendLinks(*this);
+    LinkFaults faults = node->RepairLinks(*this);
     if (next != ownerless.cend() && *next == node->m_place) {
       faults.ownerLost = true;
       ++faults.dangling;
@@ -238,14 +238,14 @@ std::vector<HostDocument::MendedLinks> HostDocument::MendLinks() {
 }
 
 void HostDocument::DeleteLostNodes() {
-  m_lost.insert(m_lost.end(), m_standIns.begin(), m_standIns.end());
-  m_standIns.clear();
+  m_lost.insert(m_lost.end(), m_placeholders.begin(), m_placeholders.end());
+  m_placeholders.clear();
   for (HostNode* node : m_lost) node->DropLinks();
   for (auto at = m_lost.rbegin(); at != m_lost.rend(); ++at) delete *at;
   m_lost.clear();
 }
 
-// False if the node has another name then, because the indexer doesn't list it under its present one.
+// Gives the node the current name of its class. False, and no change, if the indexer does not list it under that name.
 bool HostDocument::CorrectRegisteredName(HostNode& node) {
   CString name = node.GetRegisterNodeName();
   if (name.IsEmpty()) name = node.GetRuntimeClassForAutoIndexing()->m_lpszClassName;
@@ -257,20 +257,20 @@ bool HostDocument::CorrectRegisteredName(HostNode& node) {
 
 void HostDocument::CorrectIndexer() {
   std::map<CString, int> alive;
-  alive[GetClassNameW()] = 0;  // an empty map, as of a document without nodes, would leave all counts as they are
+  alive[GetClassNameW()] = 0;  // an empty map would leave all counts unchanged
   struct Counted {
     const CRuntimeClass* record = nullptr;
-    CString name;  // the present one of the class's nodes, which mostly share its text
+    CString name;  // current name of the class's nodes, which mostly share its text
     int* count = nullptr;
   };
-  std::array<Counted, 16> last;  // by the class's number
+  std::array<Counted, 16> last;  // cache by the class's number
   for (HostNode* node : m_nodes) {
     const CRuntimeClass* record = node->GetRuntimeClass();
     Counted& counted = last[record->m_nNumber % last.size()];
     if (counted.record != record || counted.name.GetString() != node->GetRegNameForAutoIndexing().GetString()) {
-      const bool present = CorrectRegisteredName(*node);
+      const bool correct = CorrectRegisteredName(*node);
       const CString& name = node->GetRegNameForAutoIndexing();
-      if (!present) {
+      if (!correct) {
         ++alive[name];
         continue;
       }

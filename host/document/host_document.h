@@ -1,11 +1,11 @@
-// HostDocument, the document of this host: it answers the library's core messages, and owns the nodes, the indexer of
-// their ids and the history of its saves.
+// HostDocument, the document of this host. It answers the library's core messages and owns the nodes, the indexer of
+// their ids, the settings and the history of its saves.
 //
-// All nodes stand in one list; their tree is told by GetOwner, of which a node on top has none, and kept in links from
-// place to place, so that walking it allocates nothing. A document is used by one thread. The library's callbacks work
-// on the active document (host/main_module.h): nodes are adopted, converted and dumped while theirs is the active one.
+// All nodes are in one list. GetOwner defines their tree; a top node has no owner. The nodes also have links to
+// neighbours by place in the list, so a walk allocates nothing. Use a document on one thread only. The library's
+// callbacks work on the active document (active_document.h): make it active to adopt, convert or dump its nodes.
 //
-// Loading and saving a file is the matter of document_loader.h and document_file.h.
+// document_loader.h loads a document from a file, document_file.h saves it.
 #pragma once
 
 #include <map>
@@ -30,85 +30,84 @@ class HostDocument : public QFObject {
   DECLARE_SERIAL(HostDocument)
 
  public:
-  // Which of the three trees the user looks at.
+  // The tree that the user sees.
   enum class Tree { kFeatures, kOperations, kTools };
 
   // New and empty, in millimetres, not modified.
   HostDocument();
-  // Deletes all nodes, which first let go of one another.
+  // Drops the links between the nodes, then deletes the nodes.
   ~HostDocument() override;
 
-  // ---- the document as the library sees it
+  // ---- overrides for the library
 
   CString GetClassNameW() override { return _T("HostDocument"); }
-  // The messages of share/core/core_messages.h: 1 for each of them, 0 for any other and for a null argument. Of 247, a
-  // text that is no length or angle is answered by 0 and leaves the value alone; of 284 the answer is whether the
+  // Returns 1 for the messages of share/core/core_messages.h, 0 for any other and for a null argument. Message 247
+  // returns 0 and leaves the value unchanged if the text is not a length or angle. Message 284 returns 1 if the
   // companion was selected.
   int SendQFCoreMessage(QF_CORE_MESSAGE_ID message, ULONGLONG argument, LONGLONG extra) override;
   const QFParamHelper* GetParamHelper() const override { return &m_params; }
   int CanSuppress() const override { return 0; }
   int CanLock() const override { return 0; }
-  // The object archive; its layout stands in document_record.cpp. Raises what the archive raises, unless a
-  // DocumentReading says that what came whole is to be kept.
+  // The document's record; document_record.cpp has the layout. Throws the archive's exceptions; with a salvaging
+  // DocumentReading it keeps the intact nodes instead.
   void Serialize(CArchive& ar) override;
-  // The document's own fields, indexer and history; not the nodes.
+  // Dumps fields, indexer and history; not the nodes.
   void DumpData(FILE* file) override;
 
-  // ---- what it says of itself
+  // ---- properties
 
   const LengthUnit& Units() const;
-  // A code that FindLengthUnit knows; false, with nothing changed, for any other.
+  // False, and no change, for a code that FindLengthUnit does not know.
   bool SetUnits(int code);
   const CString& Title() const { return m_title; }
   void SetTitle(const CString& title) { m_title = title; }
-  // Of the product that saved it last; empty for a new document.
+  // The service pack of the product that saved the document last; empty for a new document.
   const CString& ServicePack() const { return m_servicePack; }
   void SetServicePack(const CString& text) { m_servicePack = text; }
   bool IsModified() const { return m_params.IsDocumentModified() != 0; }
   float ReadStorageUnits() const { return m_params.GetDocParamReadStorageUnits(); }
-  // 1 unless its reading has begun and is not over.
+  // 0 while the document is loaded, else 1.
   int IsFullyLoaded() const { return !m_loading; }
   void SetShownTree(Tree tree) { m_tree = tree; }
 
-  // The companions that the user has selected; they stay their nodes'. Removing is message 284.
+  // The companions that the user has selected; their nodes own them. Message 284 removes one.
   void Select(ui_QFObject* companion) { m_selection.push_back(companion); }
   const std::vector<ui_QFObject*>& Selection() const { return m_selection; }
 
   QFObjectIndexerHelper& Indexer() { return *m_indexer; }
   QFDocSrHistoryMngr& History() { return *m_history; }
   void SetHistory(std::unique_ptr<QFDocSrHistoryMngr> history) { m_history = std::move(history); }
-  // The settings that travel with the document; those of a new one until others are set.
+  // The settings in the document's file; those of a new document until SetSettings.
   QFDocSettings& Settings();
   void SetSettings(std::unique_ptr<QFDocSettings> settings) { m_settings = std::move(settings); }
 
   // ---- ids
 
-  // The id for the next new node: 0, none, while ids are frozen.
-  DWORD DrawId();
-  // A document that is only looked at gives nothing new: a node without an id then shows as one.
+  // Takes the next id for a new node; 0 while ids are frozen and after the last id.
+  DWORD NewId();
+  // Frozen ids keep a document that is only read unchanged: a node without an id stays visible as such.
   void FreezeIds(bool frozen) { m_idsFrozen = frozen; }
-  // The id that DrawId gives next.
+  // The id that NewId returns next.
   DWORD NextId() const { return m_nextId; }
   void SetNextId(DWORD id) { m_nextId = id; }
 
   // ---- nodes; places count from 0
 
-  // Takes the node over, as the last child of its owner or, for null, on top, and enters it in the indexer (onCreate):
-  // the document is the active one.
+  // Takes ownership of the node and calls its onCreate, which enters it in the indexer. The node becomes the last child
+  // of `owner`, or the last top node for null. The document must be the active one.
   HostNode& Adopt(std::unique_ptr<HostNode> node, HostNode* owner);
   DWORD NodeCount() const { return DWORD(m_nodes.size()); }
   HostNode& NodeAt(DWORD place) const { return *m_nodes[place]; }
-  // Whether the object is a node of this document. It has to be alive, of whatever class; null is none.
+  // True if the object is a node of this document. The object may be of any class and null, but not deleted.
   bool Owns(const CObject* object) const;
-  // To be called when a node's owner has been set to another, ahead of the next walk, and ahead of saving: drops links
-  // to what the document doesn't own, and makes the tree anew. Children stand in the order of their places. Of a ring
-  // of owners one link is dropped.
+  // Rebuilds the tree from the owners. Call it after a change of an owner, before the next walk or save. Drops links to
+  // objects outside the document and one link of each ring of owners. Children are in the order of their places.
   void RebuildTree();
-  // Null where there is none; FirstChild of null is the first node on top.
+  // Null if there is no such node. FirstChild(nullptr) is the first top node.
   HostNode* FirstChild(const HostNode* owner) const;
   HostNode* NextSibling(const HostNode& node) const { return AtOrNull(node.m_next); }
 
-  // Calls visit(HostNode&, int depth) for each node in the tree's order: an owner, then what is below it.
+  // Calls visit(HostNode&, int depth) for each node in the tree's order: an owner, then the nodes below it.
   template <class Visit>
   void Walk(Visit visit) const {
     int depth = 0;
@@ -118,23 +117,23 @@ class HostDocument : public QFObject {
     }
   }
 
-  // ---- the end of a load, in this order; all objects that the archive made still live
+  // ---- the end of a load, in this order; no object of the archive is deleted before
 
-  // What one node's links had.
-  struct MendedLinks {
+  // The faults of one node's links.
+  struct RepairedLinks {
     DWORD place;
     LinkFaults faults;
   };
-  // Drops links of all nodes to what the document doesn't own, completes what is told on one side alone, and builds the
-  // tree. An owner stands ahead of what it owns, so that there is no ring: any other is dropped. Gives the nodes with
-  // faults; a fault of the document's own record has the place kNoPlace.
-  std::vector<MendedLinks> MendLinks();
-  // How many nodes were promised and did not come whole, by class, as far as their classes came.
+  // Drops links to objects outside the document, completes uses that only one side has, and builds the tree. It also
+  // drops an owner that comes after its node, so there is no ring. Returns the nodes with faults; a fault of the
+  // document itself has the place kNoPlace.
+  std::vector<RepairedLinks> RepairLinks();
+  // The number of lost nodes by class, as far as the table of nodes was read.
   const std::map<std::string, DWORD>& LostByClass() const { return m_lostByClass; }
-  // Deletes what there is of them.
+  // Deletes the objects of lost nodes.
   void DeleteLostNodes();
-  // Sets the indexer's counts to the nodes that there are. A node that it lists under its class's present name has that
-  // as its registered name from now on: old records tell none, damaged ones another.
+  // Sets the indexer's counts to the document's nodes. A node that the indexer lists under the current name of its
+  // class gets that registered name: old records have no name, damaged ones a wrong one.
   void CorrectIndexer();
   void SetFullyLoaded() { m_loading = false; }
 
@@ -144,10 +143,10 @@ class HostDocument : public QFObject {
   HostNode* AtOrNull(DWORD place) const { return place < m_nodes.size() ? m_nodes[place] : nullptr; }
   HostNode* StepInTree(const HostNode& node, int& depth) const;
   void AppendToTree(HostNode& node, HostNode* owner);
-  void FetchAhead(DWORD place) const;
-  LinkFaults MendOwnLinks();
+  void Prefetch(DWORD place) const;
+  LinkFaults RepairOwnLinks();
   bool CorrectRegisteredName(HostNode& node);
-  bool MendOwner(HostNode& node);
+  bool RepairOwner(HostNode& node);
   void CutRings();
   int ConvertUnits(QFUnitsConversion& request) const;
   int RemoveFromSelection(ui_QFObject* companion);
@@ -158,13 +157,13 @@ class HostDocument : public QFObject {
   void LoadIndexer(CArchive& ar);
   void MakeNodes(CArchive& ar, DocumentReading* reading);
   HostNode* MakeNode(CArchive& ar, const CRuntimeClass* record);
-  HostNode* StandIn(CArchive& ar, const CRuntimeClass* record);
+  HostNode* Placeholder(CArchive& ar, const CRuntimeClass* record);
   void LoadNodes(CArchive& ar, DocumentReading* reading);
 
   std::vector<HostNode*> m_nodes;  // owned
-  // Owned; between the reading of a damaged archive and DeleteLostNodes.
+  // Owned; empty except between reading a damaged archive and DeleteLostNodes.
   std::vector<HostNode*> m_lost;
-  std::vector<HostNode*> m_standIns;
+  std::vector<HostNode*> m_placeholders;
   std::map<std::string, DWORD> m_lostByClass;
   DWORD m_firstChild = HostNode::kNoPlace;
   DWORD m_lastChild = HostNode::kNoPlace;
@@ -178,7 +177,7 @@ class HostDocument : public QFObject {
   CString m_servicePack;
   std::unique_ptr<QFObjectIndexerHelper> m_indexer;
   std::unique_ptr<QFDocSrHistoryMngr> m_history;
-  std::unique_ptr<QFDocSettings> m_settings;  // null until they are asked for
+  std::unique_ptr<QFDocSettings> m_settings;  // null before the first use
   std::vector<ui_QFObject*> m_selection;
 };
 

@@ -47,21 +47,21 @@ void HostNode::DropLinks() {
   DetachFromAllUserObjects();
 }
 
-LinkFaults HostNode::MendLinks(const HostDocument& document) {
+LinkFaults HostNode::RepairLinks(const HostDocument& document) {
   LinkFaults faults;
   if (GetOriginalOwner() && !document.Owns(GetOriginalOwner())) {
-    RemoveFromUserObjectsList(GetOriginalOwner());  // the node's own link alone: nothing is known of the other side
+    RemoveFromUserObjectsList(GetOriginalOwner());  // drops only this node's link: the other object may be damaged
     ++faults.dangling;
   }
   if (GetCountOfUserObjects() == 0) return faults;
-  // A recycled node that was read ahead of its original owner entered itself there, and then the owner's list came.
+  // A recycled node that is read before its original owner enters itself there; the owner's record then has it again.
   if (GetCountOfUserObjects() > 1) RemoveDuplicatesFromUserObjects();
   CObList users;
   GetAllUserObjects(&users);
   for (POSITION at = users.GetHeadPosition(); at;) {
     CObject* user = users.GetNext(at);
     if (document.Owns(user)) continue;
-    RemoveFromUserObjectsList(reinterpret_cast<QFObject*>(user));  // its address alone counts: it may be no QFObject
+    RemoveFromUserObjectsList(reinterpret_cast<QFObject*>(user));  // only the address is used: it may not be a QFObject
     ++faults.dangling;
   }
   return faults;

@@ -31,7 +31,7 @@ unsigned LocationOf(DocumentReading::Part part) {
   return kFaultInNodes;
 }
 
-// A damaged document may have a name as long as itself: a finding quotes its beginning.
+// The node for a finding. A damaged label may be very long; a finding has only its start.
 std::string NameOf(const HostDocument& document, DWORD place) {
   constexpr std::size_t kQuoted = 80;  // characters of UTF-16
   if (place == HostNode::kNoPlace) return "the document";
@@ -41,7 +41,7 @@ std::string NameOf(const HostDocument& document, DWORD place) {
                      ToUtf8(name.substr(0, kQuoted)), name.size() > kQuoted ? "..." : "");
 }
 
-void TakeOver(const DocumentReading& reading, LoadReport& report) {
+void CopyResult(const DocumentReading& reading, LoadReport& report) {
   report.promised = reading.promised;
   report.whole = reading.whole;
   report.part = reading.part;
@@ -50,14 +50,14 @@ void TakeOver(const DocumentReading& reading, LoadReport& report) {
   if (!reading.fault) return;
   std::string text = TextOf(*reading.fault);
   if (reading.part == DocumentReading::Part::kNodes)
-    text += fmt::format(", in node {} of {}, a {}", reading.whole + 1, reading.promised, reading.partialClass);
+    text += fmt::format(", in node {} of {} ({})", reading.whole + 1, reading.promised, reading.partialClass);
   report.Add(LocationOf(reading.part), kObjects, text);
 }
 
-// Documents of earlier versions did not keep both sides of a use: completing them is no finding.
-void MendLinks(HostDocument& document, LoadReport& report) {
+// Documents of earlier versions stored only one side of a use: completing the other is no fault.
+void RepairLinks(HostDocument& document, LoadReport& report) {
   const bool current = !(GetActiveDocReadStorageUnits() < CKVVersionInfo::QF_STORAGE_VERSION);
-  for (auto [place, faults] : document.MendLinks()) {
+  for (auto [place, faults] : document.RepairLinks()) {
     if (!current) faults.oneSided = 0;
     if (faults.Count() == 0) continue;
     report.dangling += faults.dangling;
@@ -67,13 +67,13 @@ void MendLinks(HostDocument& document, LoadReport& report) {
     const auto add = [&](int count, const char* one, const char* many) {
       if (count > 0) text += fmt::format("{}{} {}", text.empty() ? "" : ", ", count, count == 1 ? one : many);
     };
-    add(faults.dangling, "reference to what the document doesn't hold", "references to what the document doesn't hold");
-    add(faults.oneSided, "use that one side alone knows", "uses that one side alone knows");
+    add(faults.dangling, "reference to an object outside the document", "references to objects outside the document");
+    add(faults.oneSided, "use that only one side has", "uses that only one side has");
     report.Add(kFaultInLinks, kObjects, fmt::format("{} has {}", NameOf(document, place), text));
   }
 }
 
-// What the archive made, and neither the document nor its indexer holds.
+// Deletes the objects of the archive that neither the document nor its indexer owns.
 void DeleteStrays(CArchive& ar, HostDocument& document, LoadReport& report) {
   CObList entries;
   document.Indexer().GetAllIndexers(entries);
@@ -93,22 +93,22 @@ void DeleteStrays(CArchive& ar, HostDocument& document, LoadReport& report) {
 
 }  // namespace
 
-std::unique_ptr<HostDocument> ReadObjectArchive(CFile& file, bool keepWhatIsWhole, LoadReport& report) {
+std::unique_ptr<HostDocument> ReadObjectArchive(CFile& file, bool salvage, LoadReport& report) {
   CArchive ar(&file, CArchive::load, BufferBytesFor(file));
-  DocumentReading reading(keepWhatIsWhole);
+  DocumentReading reading(salvage);
   std::unique_ptr<HostDocument> document;
   try {
     document.reset(static_cast<HostDocument*>(ar.ReadObject(RUNTIME_CLASS(HostDocument))));
   } catch (const std::exception& failure) {
     reading.NoteFault(ar, failure);
   }
-  TakeOver(reading, report);
+  CopyResult(reading, report);
   if (!document) {
-    if (!reading.fault) report.Add(kFaultInFields, kObjects, "its root is null");
+    if (!reading.fault) report.Add(kFaultInFields, kObjects, "the root is null");
     return nullptr;
   }
   report.lost = document->LostByClass();
-  MendLinks(*document, report);
+  RepairLinks(*document, report);
   document->DeleteLostNodes();
   DeleteStrays(ar, *document, report);
   return document;

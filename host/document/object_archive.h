@@ -1,4 +1,4 @@
-// Reads a document's object archive (layout: document_record.cpp), and puts right what it holds.
+// Reads a document's object archive (layout: document_record.cpp) and repairs its links.
 #pragma once
 
 #include <memory>
@@ -10,14 +10,14 @@ namespace kestrova {
 
 class HostDocument;
 
-// Reads the document that begins at the file's position. The active document is another one, which answers the storage
-// version; the serialization status has been cleared.
+// Reads the document at the file's position. Clear the serialization status first and make another document active,
+// which answers the storage version.
 //
-// With keepWhatIsWhole a fault ends the reading and not the document: it has the nodes ahead of the fault. Otherwise,
-// and where nothing came at all, the result is null. What was found stands in the report in either case.
+// With `salvage` the result has the nodes before the first fault. Without it a fault makes the result null; so does a
+// fault before the document itself. The report has the faults in each case.
 //
-// The document's links are right: no node refers to one that it doesn't hold, and what the archive made beside it is
-// deleted. Its ids are frozen. Objects that asked for it wait for QFSerializeNotify::PostLoadFromStorageNotify.
-std::unique_ptr<HostDocument> ReadObjectArchive(CFile& file, bool keepWhatIsWhole, LoadReport& report);
+// The result's links are correct and its ids frozen; objects that no list of the document owns are deleted. Objects
+// that wait for the end of the load still wait for QFSerializeNotify::PostLoadFromStorageNotify.
+std::unique_ptr<HostDocument> ReadObjectArchive(CFile& file, bool salvage, LoadReport& report);
 
 }  // namespace kestrova

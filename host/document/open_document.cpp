@@ -8,10 +8,10 @@ namespace kestrova {
 
 OpenDocument::OpenDocument(const std::string& path)
     : OpenDocument(DocumentLoader(path, DocumentLoader::Mode::kStrict)) {
-  const std::size_t mended = report.findingCount;
-  if (mended > 0)
-    fmt::print(stderr, "kestrova: {}: {} fault{} put right while reading; see kestrova document verify\n", path, mended,
-               mended == 1 ? " was" : "s were");
+  const std::size_t repaired = report.findingCount;
+  if (repaired > 0)
+    fmt::print(stderr, "kestrova: {}: {} fault{} repaired while reading; kestrova document verify lists {}\n", path,
+               repaired, repaired == 1 ? " was" : "s were", repaired == 1 ? "it" : "them");
 }
 
 OpenDocument::OpenDocument(DocumentLoader loader)

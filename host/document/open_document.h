@@ -1,4 +1,4 @@
-// A document that a command has loaded from its file, as the active one.
+// OpenDocument loads a document from its file for a command and makes it the active one.
 #pragma once
 
 #include <memory>
@@ -10,7 +10,7 @@
 namespace kestrova {
 
 struct OpenDocument {
-  // Throws Failure if it is damaged. Faults that were put right are told on stderr.
+  // Throws Failure if the document is damaged. Prints a line on stderr if the loader repaired faults.
   explicit OpenDocument(const std::string& path);
 
   std::unique_ptr<HostDocument> document;

@@ -1,4 +1,4 @@
-// What a job does with an operation: the parameter of its request, which the operation hands its calls on to.
+// OperationCommand, the parameter of a job on an operation: HostOperation::HandleCommand calls it.
 #pragma once
 
 #include "share/jobs/job_link.h"
@@ -10,7 +10,7 @@ class HostOperation;
 
 class OperationCommand : public QFThreadDataLink {
  public:
-  // As QFObject::HandleCommand. Run and ended on different threads.
+  // As QFObject::HandleCommand. eCommandRun and the other types may come on different threads.
   virtual QFeThreadStatus Handle(QFeCommandType type, unsigned context, HostOperation& operation) = 0;
 };
 

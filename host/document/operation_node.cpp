@@ -16,15 +16,15 @@ IMPLEMENT_SERIAL(HostOperation, HostNode, VERSIONABLE_SCHEMA | 1)
 
 namespace {
 
-constexpr int kStockChangedText = 31000;  // of the module's resources
+constexpr int kStockChangedText = 31000;  // id in the module's resources
 
-CFlaggedError FlagThatIsDown() { return {kStockChangedText, FLAGGED_ERROR_NORMAL}; }
+CFlaggedError ClearedFlag() { return {kStockChangedText, FLAGGED_ERROR_NORMAL}; }
 
 }  // namespace
 
 // ---- tool
 
-// If a failed load is being taken back the tool may have gone already: what stands in its place says what it is.
+// After a failed load the tool may be deleted already: the run-time class of the object in its place shows that.
 HostOperation::~HostOperation() {
   CObject* const tool = m_tool;
   if (auto* present = DYNAMIC_DOWNCAST(HostTool, tool)) present->RemoveFromUserObjectsList(this);
@@ -50,8 +50,8 @@ void HostOperation::DropLinks() {
   HostNode::DropLinks();
 }
 
-LinkFaults HostOperation::MendLinks(const HostDocument& document) {
-  LinkFaults faults = HostNode::MendLinks(document);
+LinkFaults HostOperation::RepairLinks(const HostDocument& document) {
+  LinkFaults faults = HostNode::RepairLinks(document);
   if (m_tool && !document.Owns(m_tool)) {
     m_tool = nullptr;
     ++faults.dangling;
@@ -73,27 +73,27 @@ void HostOperation::SetCutting(double feed, double speed, double step) {
 }
 
 CFlaggedError* HostOperation::GetFlag() {
-  if (!m_flag) m_flag = std::make_unique<CFlaggedError>(FlagThatIsDown());
+  if (!m_flag) m_flag = std::make_unique<CFlaggedError>(ClearedFlag());
   return m_flag.get();
 }
 
 void HostOperation::Serialize(CArchive& ar) {
   BeginLevel(ar, RUNTIME_CLASS(HostOperation));
   HostNode::Serialize(ar);
-  // One flag for all records: an archive is told of each that goes.
-  thread_local const CFlaggedError down = FlagThatIsDown();
-  thread_local CFlaggedError flag = down;
+  // One flag object for all records: the archive keeps track of every deleted object.
+  thread_local const CFlaggedError cleared = ClearedFlag();
+  thread_local CFlaggedError flag = cleared;
   if (ar.IsStoring()) {
     StoreReferenceOrNull(ar, m_tool);
     ar << m_feed << m_speed << m_step;
-    flag = m_flag ? *m_flag : down;
+    flag = m_flag ? *m_flag : cleared;
     flag.Serialize(ar);
   } else {
     ar >> m_tool >> m_feed >> m_speed >> m_step;
-    flag = m_flag ? *m_flag : down;
+    flag = m_flag ? *m_flag : cleared;
     flag.Serialize(ar);
-    const bool says_something = flag.GetFlag() || flag.GetFlagErrorType() != FLAGGED_ERROR_NORMAL;
-    m_flag = says_something ? std::make_unique<CFlaggedError>(flag) : nullptr;
+    const bool is_set = flag.GetFlag() || flag.GetFlagErrorType() != FLAGGED_ERROR_NORMAL;
+    m_flag = is_set ? std::make_unique<CFlaggedError>(flag) : nullptr;
   }
 }
 
@@ -119,7 +119,7 @@ CString HostOperation::Facts() const {
   if (m_tool) text.Format(_T("tool %d, "), m_tool->GetObjectId());
   text.AppendFormat(_T("feed %s/min, speed %g/min, step %s"), ConvertLengthToUserUnits(m_feed), m_speed,
                     ConvertLengthToUserUnits(m_step));
-  if (IsFlagged()) text += _T(", to be made anew");
+  if (IsFlagged()) text += _T(", toolpath outdated");
   return text;
 }
 

@@ -22,12 +22,12 @@ constexpr DWORD kMostTools = 60;
 constexpr DWORD kToolKinds = 5;
 constexpr DWORD kFeaturesInASetup = 30;
 
-// SplitMix64: a few lines that give the same numbers everywhere, as the standard library's distributions don't.
-class Dice {
+// SplitMix64. The distributions of the standard library differ between systems.
+class Random {
  public:
-  explicit Dice(ULONGLONG seed) : state_(seed) {}
+  explicit Random(ULONGLONG seed) : state_(seed) {}
 
-  // Of the closed interval 0 to sides - 1.
+  // A number from 0 to sides - 1.
   DWORD Below(DWORD sides) {
     ULONGLONG z = state_ += 0x9E3779B97F4A7C15;
     z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9;
@@ -35,7 +35,7 @@ class Dice {
     return DWORD(((z ^ (z >> 31)) >> 32) * sides >> 32);
   }
   bool OneIn(DWORD chances) { return Below(chances) == 0; }
-  // Steps of a tenth of the unit, so that texts stay short.
+  // A multiple of a tenth between low and high, which has a short text.
   double Tenths(DWORD low, DWORD high) { return (low + Below((high - low) * 10 + 1) / 10.0); }
 
  private:
@@ -49,7 +49,7 @@ struct Step {
 struct FeatureKind {
   LPCTSTR name;
   DWORD corners;
-  std::array<Step, 3> steps;  // a null name from the last on
+  std::array<Step, 3> steps;  // a null name ends the steps
 };
 constexpr Step kRough = {_T("Rough Mill"), ToolKind::kFlatEndMill};
 constexpr Step kContour = {_T("Contour Mill"), ToolKind::kBallEndMill};
@@ -67,7 +67,7 @@ constexpr LPCTSTR kUsers[] = {_T("weber"), _T("okafor"), _T("lindqvist"), _T("mo
 
 class Sample {
  public:
-  Sample(HostDocument& document, DWORD nodes, ULONGLONG seed) : document_(document), left_(nodes), dice_(seed) {}
+  Sample(HostDocument& document, DWORD nodes, ULONGLONG seed) : document_(document), left_(nodes), random_(seed) {}
 
   void Fill() {
     const ProgressBar bar("making nodes", left_);
@@ -92,26 +92,26 @@ class Sample {
     return text;
   }
 
-  // Each draw is a statement of its own: the order of arguments is the compiler's.
+  // One draw per statement: the compiler may evaluate arguments in any order.
   CString Moment(DWORD year) {
-    const DWORD month = 1 + dice_.Below(12);
-    const DWORD day = 1 + dice_.Below(28);
-    const DWORD hour = 6 + dice_.Below(14);
+    const DWORD month = 1 + random_.Below(12);
+    const DWORD day = 1 + random_.Below(28);
+    const DWORD hour = 6 + random_.Below(14);
     CString text;
-    text.Format(_T("%02u/%02u/%u::%02u:%02u"), month, day, year, hour, dice_.Below(60));
+    text.Format(_T("%02u/%02u/%u::%02u:%02u"), month, day, year, hour, random_.Below(60));
     return text;
   }
 
-  CString User() { return kUsers[dice_.Below(DWORD(std::size(kUsers)))]; }
+  CString User() { return kUsers[random_.Below(DWORD(std::size(kUsers)))]; }
 
-  // What is made in one go has one stamp.
+  // The nodes until the next call get the same stamp.
   void BeginSession() {
     creator_ = User();
     created_ = Moment(2023);
   }
 
   void Stamp(HostNode& node) {
-    if (!dice_.OneIn(8)) return node.StampAs(creator_, created_, creator_, created_);
+    if (!random_.OneIn(8)) return node.StampAs(creator_, created_, creator_, created_);
     const CString changer = User();
     node.StampAs(creator_, created_, changer, Moment(2024));
   }
@@ -124,7 +124,7 @@ class Sample {
       CString label;
       label.Format(_T("\u00D8%u %s"), diameter, TextOf(kind));
       auto& tool = Add<HostTool>(nullptr, label);
-      tool.Set(kind, diameter * kMm, (40 + dice_.Below(80)) * kMm);
+      tool.Set(kind, diameter * kMm, (40 + random_.Below(80)) * kMm);
       tools_[std::size_t(kind)].push_back(&tool);
     }
   }
@@ -133,20 +133,20 @@ class Sample {
     BeginSession();
     auto& setup = Add<HostSetup>(nullptr, Numbered(_T("Mill Part Setup"), ++setups_));
     static const FRUnitVector kAxes[] = {FRZAxis, -FRZAxis, FRXAxis, -FRXAxis, FRYAxis, -FRYAxis};
-    setup.Frame().SetDirection(kAxes[dice_.Below(DWORD(std::size(kAxes)))]);
-    const double x = dice_.Tenths(0, 200) * kMm;
-    setup.Frame().SetReferencePosition({x, dice_.Tenths(0, 150) * kMm, 0});
-    setup.Frame().SetAngle(dice_.Below(4) * PI_2);
+    setup.Frame().SetDirection(kAxes[random_.Below(DWORD(std::size(kAxes)))]);
+    const double x = random_.Tenths(0, 200) * kMm;
+    setup.Frame().SetReferencePosition({x, random_.Tenths(0, 150) * kMm, 0});
+    setup.Frame().SetAngle(random_.Below(4) * PI_2);
     setup.Frame().SetClearance(25 * kMm);
-    if (dice_.OneIn(20)) setup.SetState(SUPPRESSED);
+    if (random_.OneIn(20)) setup.SetState(SUPPRESSED);
     for (DWORD i = 0; i < kFeaturesInASetup && left_ > 0; ++i) MakeFeature(setup);
   }
 
   void MakeFeature(HostNode& setup) {
-    const FeatureKind& kind = kFeatureKinds[dice_.Below(DWORD(std::size(kFeatureKinds)))];
+    const FeatureKind& kind = kFeatureKinds[random_.Below(DWORD(std::size(kFeatureKinds)))];
     auto& feature = Add<HostFeature>(&setup, Numbered(kind.name, ++features_));
-    const double x = dice_.Tenths(0, 300);
-    const double y = dice_.Tenths(0, 200);
+    const double x = random_.Tenths(0, 300);
+    const double y = random_.Tenths(0, 200);
     std::vector<HostFeature::Point> points;
     for (DWORD i = 0; i < kind.corners; ++i) {
       const double dx = i * 4 < kind.corners * 2 ? i * 10.0 : (kind.corners - 1 - i) * 10.0;  // out and back
@@ -154,33 +154,33 @@ class Sample {
       points.push_back({(x + dx) * kMm, (y + dy) * kMm});
     }
     feature.SetProfile(points);
-    feature.SetDepth(dice_.Tenths(1, 40) * kMm);
-    if (dice_.OneIn(25)) feature.SetState(SUPPRESSED);
-    if (dice_.OneIn(40)) feature.LockThis();
-    if (dice_.OneIn(10)) feature.SetDisplayColor(dice_.Below(0x1000000));
+    feature.SetDepth(random_.Tenths(1, 40) * kMm);
+    if (random_.OneIn(25)) feature.SetState(SUPPRESSED);
+    if (random_.OneIn(40)) feature.LockThis();
+    if (random_.OneIn(10)) feature.SetDisplayColor(random_.Below(0x1000000));
     for (const auto& [name, tool] : kind.steps) {
       if (!name || left_ == 0) break;
       if (kind.corners == 1) {
         auto& drilling = Add<HostDrilling>(&feature, Numbered(name, ++operations_));
-        drilling.SetPeck(dice_.Below(4) * kMm);
+        drilling.SetPeck(random_.Below(4) * kMm);
         Finish(drilling, tool);
       } else {
         Finish(Add<HostOperation>(&feature, Numbered(name, ++operations_)), tool);
       }
     }
-    if (dice_.OneIn(60)) feature.Recycle();
+    if (random_.OneIn(60)) feature.Recycle();
   }
 
   void Finish(HostOperation& operation, ToolKind kind) {
     const auto& tools = tools_[std::size_t(kind)];  // none of that kind in a small document
-    if (!tools.empty()) operation.SetTool(tools[dice_.Below(DWORD(tools.size()))]);
-    const double feed = dice_.Tenths(200, 1200) * kMm;
-    const double speed = 1000 + 50 * dice_.Below(200);
-    operation.SetCutting(feed, speed, dice_.Tenths(1, 6) * kMm);
-    if (dice_.OneIn(25)) operation.SetState(SUPPRESSED);
-    if (dice_.OneIn(30)) operation.LockThis();
-    if (dice_.OneIn(35)) operation.Recycle();
-    if (dice_.OneIn(15)) {
+    if (!tools.empty()) operation.SetTool(tools[random_.Below(DWORD(tools.size()))]);
+    const double feed = random_.Tenths(200, 1200) * kMm;
+    const double speed = 1000 + 50 * random_.Below(200);
+    operation.SetCutting(feed, speed, random_.Tenths(1, 6) * kMm);
+    if (random_.OneIn(25)) operation.SetState(SUPPRESSED);
+    if (random_.OneIn(30)) operation.LockThis();
+    if (random_.OneIn(35)) operation.Recycle();
+    if (random_.OneIn(15)) {
       operation.GetFlag()->SetFlag();
       operation.GetFlag()->SetFlagErrorType(FLAGGED_ERROR_STOCK);
     }
@@ -188,7 +188,7 @@ class Sample {
 
   HostDocument& document_;
   DWORD left_;
-  Dice dice_;
+  Random random_;
   CString creator_;
   CString created_;
   DWORD setups_ = 0;

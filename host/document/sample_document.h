@@ -1,5 +1,5 @@
-// A document to try things with: setups with their features and operations, tools that the operations use, and among
-// them suppressed, recycled, locked and flagged nodes. The same seed gives the same document, on every system.
+// Fills a document with sample nodes: setups with features and operations, tools for the operations, some of them
+// suppressed, recycled, locked or flagged. The same seed gives the same document on every system.
 #pragma once
 
 #include "platform/types.h"
@@ -8,7 +8,7 @@ namespace kestrova {
 
 class HostDocument;
 
-// Adopts exactly so many nodes into the document, which is the active one and empty.
+// Adds exactly `nodes` nodes. The document must be empty and the active one.
 void FillWithSample(HostDocument& document, DWORD nodes, ULONGLONG seed);
 
 }  // namespace kestrova

@@ -12,7 +12,7 @@
 namespace kestrova {
 namespace {
 
-constexpr ULONGLONG kMostBytes = 16 << 20;  // a thousand times what the product's values take
+constexpr ULONGLONG kMostBytes = 16 << 20;  // a thousand times the size of the product's values
 
 DWORD ChecksumOf(const void* bytes, std::size_t count) {
   Checksum checksum;
@@ -60,8 +60,8 @@ std::unique_ptr<QFDocSettings> ReadSettings(CFile& stream, bool endIsKnown) {
   CMemFile file(reinterpret_cast<BYTE*>(bytes.data()), bytes.size());
   CArchive ar(&file, CArchive::load, BufferBytesFor(file));
   std::unique_ptr<QFDocSettings> settings(static_cast<QFDocSettings*>(ar.ReadObject(RUNTIME_CLASS(QFDocSettings))));
-  if (!settings) throw std::runtime_error("there is no tree in it");
-  // Objects that the archive made beside the tree belong to nobody.
+  if (!settings) throw std::runtime_error("it has no settings tree");
+  // Deletes objects of the archive that are not in the tree.
   std::unordered_set<const CObject*> items;
   Collect(*settings, items);
   ar.DeleteLoaded([&](const CObject* object) { return !items.contains(object); });

@@ -1,4 +1,5 @@
-// A document's settings in its file: an archive, a QFDocSettings its root, then the CRC-32 of the archive's bytes.
+// The stream of a document's settings: an archive whose root is a QFDocSettings, then the CRC-32 of the archive's
+// bytes.
 #pragma once
 
 #include <memory>
@@ -8,12 +9,12 @@
 
 namespace kestrova {
 
-// Raises what the archive and the file raise.
+// Throws the exceptions of the archive and the file.
 void WriteSettings(QFDocSettings& settings, CFile& stream);
 
-// Reads from the stream's position on. What the archive lacks has its default. Without a known end there is no checksum
-// to compare, and what stands behind the archive is left alone. Raises std::exception with what is wrong, for people;
-// nothing of what was read is left then. The active document answers the storage version.
+// Reads the settings at the stream's position. Values that the archive does not have get their defaults. If
+// `endIsKnown` is false the checksum is not compared and bytes after the archive are ignored. Throws an std::exception
+// whose text is the fault, and then keeps nothing. The active document answers the storage version.
 std::unique_ptr<QFDocSettings> ReadSettings(CFile& stream, bool endIsKnown);
 
 }  // namespace kestrova

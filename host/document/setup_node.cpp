@@ -37,7 +37,7 @@ bool HostSetup::IsLike(const HostNode& other) const {
 CString HostSetup::Facts() const {
   const FRUnitVector axis = m_frame.Direction();
   CString text;
-  // Adding 0 takes the sign off a zero.
+  // Adding 0 turns -0 into 0.
   text.Format(_T("axis %g %g %g, turned %s, clearance %s"), axis.x() + 0, axis.y() + 0, axis.z() + 0,
               ConvertAngleToUserUnits(m_frame.GetAngle()), ConvertLengthToUserUnits(m_frame.Clearance()));
   return text;

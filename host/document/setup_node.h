@@ -1,4 +1,4 @@
-// HostSetup, one clamping of the part: the frame in which everything below it is machined.
+// HostSetup, one clamping of the part: the coordinate frame for machining everything below it.
 #pragma once
 
 #include "host/document/node.h"
@@ -14,7 +14,7 @@ class HostSetup : public HostNode {
 
   QFSetupParamHelper& Frame() { return m_frame; }
 
-  // Schema 1: the frame's record.
+  // Schema 1: record of the frame.
   void Serialize(CArchive& ar) override;
   void DumpData(FILE* file) override;
   const QFParamHelper* GetParamHelper() const override { return &m_frame; }

@@ -42,7 +42,8 @@ void HostTool::Serialize(CArchive& ar) {
   int kind = 0;
   ar >> kind >> m_diameter >> m_length;
   m_kind = ToolKind(kind);
-  m_awaitsNotice = QFSerializeNotify::RegisterForNotification(this) != 0;  // last: a damaged tool is never told
+  m_awaitsNotice = QFSerializeNotify::RegisterForNotification(this) !=
+                   0;  // last: a damaged tool does not wait for the end of the load
 }
 
 void HostTool::OnPostLoadFromStorageNotify() {
@@ -50,8 +51,8 @@ void HostTool::OnPostLoadFromStorageNotify() {
   RemoveDuplicatesFromUserObjects();
 }
 
-LinkFaults HostTool::MendLinks(const HostDocument& document) {
-  LinkFaults faults = HostNode::MendLinks(document);
+LinkFaults HostTool::RepairLinks(const HostDocument& document) {
+  LinkFaults faults = HostNode::RepairLinks(document);
   CObList users;
   GetAllUserObjects(&users);
   for (POSITION at = users.GetHeadPosition(); at;) {

@@ -1,4 +1,4 @@
-// HostTool, a cutting tool of the document. The operations that use it stand in its list of users.
+// HostTool, a cutting tool of the document. Its list of users has the operations that use it.
 #pragma once
 
 #include "host/document/node.h"
@@ -29,18 +29,19 @@ class HostTool : public HostNode {
   double Length() const { return m_length; }
   void Set(ToolKind kind, double diameter, double length);
 
-  // Schema 1: kind, diameter and length, doubles. A loaded tool asks to be told when the whole document is in.
+  // Schema 1: kind (32 bits), diameter and length (doubles). A loaded tool registers for the end of the load.
   void Serialize(CArchive& ar) override;
-  // Each operation that uses the tool stands in its list once, whatever the order in which they were read.
+  // Removes duplicates from the users: a recycled operation that is read before its tool enters itself, and the tool's
+  // record has it too.
   void OnPostLoadFromStorageNotify() override;
   void DumpData(FILE* file) override;
-  // Tools are counted apart from what the part's nodes are counted by.
+  // The indexer counts tools under this name, apart from the other nodes.
   CString GetRegisterNodeName() override { return _T("HostToolCrib"); }
-  // A tool is there or not: operations are suppressed, not their tools.
+  // Operations can be suppressed, tools cannot.
   int CanSuppress() const override { return 0; }
   int CopyParameters(QFObject* source) override;
   QFObject* Clone() override;
-  LinkFaults MendLinks(const HostDocument& document) override;
+  LinkFaults RepairLinks(const HostDocument& document) override;
   CString Facts() const override;
 
  protected:

@@ -1,4 +1,4 @@
-// The doctor's examinations, a function a subject.
+// One function per subject.
 #include "host/environment/environment_doctor.h"
 
 #include <fmt/format.h>
@@ -60,7 +60,7 @@ int CountTexts(HMODULE library, UINT& firstMissing, HMODULE other) {
   return count;
 }
 
-// Texts that the English library has and this one lacks.
+// Reports texts of the English library that this one does not have.
 void CompareWithEnglish(const CKVEnvApp& env, HMODULE library, Findings& findings) {
   const CString path =
       env.GetKVDrive() + env.GetKVPath() + GetLanguageFolder(QF_DBLANG_ENGLISH) + env.GetKVResourceDllName();
@@ -88,24 +88,22 @@ void ExamineLanguage(const CKVEnvApp& env, Findings& findings) {
   if (!isAutomatic && env.GetKVDefDataRelPath() != _T("lang\\") + chosen + _T("\\")) {
     findings.push_back(
         {kWarning, "language",
-         fmt::format("the language \"{}\" was chosen and has no resource library below {}; English is in "
-                     "force",
-                     ToUtf8(chosen), System(env.GetKVDrive() + env.GetKVPath() + _T("lang"))),
-         "install that language, or choose one that is there: " + SetCommand(kVersionKey, kName, "Automatic")});
+         fmt::format("the chosen language \"{}\" has no resource library below {}; English is used", ToUtf8(chosen),
+                     System(env.GetKVDrive() + env.GetKVPath() + _T("lang"))),
+         "install that language, or choose an installed one: " + SetCommand(kVersionKey, kName, "Automatic")});
   } else if (!isAutomatic && chosen != _T("English") && env.GetTechDBLang() == QF_DBLANG_ENGLISH) {
     findings.push_back(
         {kNote, "language",
-         fmt::format("the language \"{}\" is none that the technology database knows by name; that is asked "
-                     "in English",
+         fmt::format("the technology database does not know the language \"{}\" and is queried in English",
                      ToUtf8(chosen)),
-         "nothing to do, if that is meant"});
+         "nothing to do if this is intended"});
   }
   const HMODULE library = LoadLibraryExW(env.GetKVResourceDllPath(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
   if (!library) {
     findings.push_back(
         {kError, "language",
-         fmt::format("{} {}: there are no texts", System(env.GetKVResourceDllPath()),
-                     Exists(env.GetKVResourceDllPath()) ? "is no readable resource library" : "is missing"),
+         fmt::format("{} {}; the product has no texts", System(env.GetKVResourceDllPath()),
+                     Exists(env.GetKVResourceDllPath()) ? "is not a readable resource library" : "is missing"),
          "install the language again, or choose another: " + SetCommand(kVersionKey, kName, "English")});
     return;
   }
@@ -133,7 +131,7 @@ constexpr FolderToExamine kFolders[] = {
     {&CKVEnvApp::GetDefaultSimulationJobFolderPath, _T("SimulationJobPath"), kWarning, "simulation jobs"},
 };
 
-// The root alone is what an empty value looks like.
+// An empty value reads as the root alone.
 bool IsFullPath(const CString& path) {
   if (path == _T("\\")) return false;
   const bool hasDrive = path.GetLength() > 2 && path[1] == ':';
@@ -141,7 +139,7 @@ bool IsFullPath(const CString& path) {
   return first == '\\' || first == '/';
 }
 
-// The folder of machines is there: does it hold any?
+// True if the folder, which exists, has a machine definition.
 bool HasMachines(const CString& folder) {
   QFFileAndFolderUtilities files;
   for (LPCTSTR type : {_T("Mill\\"), _T("Turn\\"), _T("MillTurn\\")}) {
@@ -157,30 +155,31 @@ void ExamineFolders(const CKVEnvApp& env, Findings& findings) {
   const CString data = env.GetKVDataPath();
   for (const FolderToExamine& folder : kFolders) {
     const CString path = (env.*folder.get)();
-    if (!IsFolder(data) && path != data && path.View().starts_with(data.View())) continue;  // goes without saying
+    if (!IsFolder(data) && path != data && path.View().starts_with(data.View()))
+      continue;  // the missing data folder is reported
     const std::string name = Utf8(folder.name);
     if (!IsFullPath(path)) {
-      findings.push_back(
-          {folder.grade, "folders",
-           fmt::format("the folder of {}, {} in the registry, is no full path: {}", folder.purpose, name, ToUtf8(path)),
-           "give it whole: " + SetCommand(kVersionKey, folder.name, "'C:\\...'")});
+      findings.push_back({folder.grade, "folders",
+                          fmt::format("the folder of {}, {} in the registry, is not a full path: {}", folder.purpose,
+                                      name, ToUtf8(path)),
+                          "set a full path: " + SetCommand(kVersionKey, folder.name, "'C:\\...'")});
     } else if (!IsFolder(path)) {
       findings.push_back(
           {folder.grade, "folders",
            fmt::format("the folder of {}, {} in the registry, is missing: {}", folder.purpose, name, System(path)),
-           "make it, or name another: " + SetCommand(kVersionKey, folder.name, "'C:\\...'")});
+           "create it, or set another: " + SetCommand(kVersionKey, folder.name, "'C:\\...'")});
     }
   }
   if (IsFolder(data) && !QFFileAndFolderUtilities().HasCreateFilePermission(data)) {
-    findings.push_back({kWarning, "folders", fmt::format("no file can be made in the folder of data: {}", System(data)),
-                        "give the user the right to write there, or copy it elsewhere and name the copy: " +
+    findings.push_back({kWarning, "folders", fmt::format("no file can be created in the data folder: {}", System(data)),
+                        "give the user write permission, or copy the folder elsewhere and set the copy: " +
                             SetCommand(kVersionKey, _T("KVDataPath"), "'C:\\...'")});
   }
   const CString recordings = env.GetSimulationRecordingFolderPath();
   if (IsFolder(data) && !IsFolder(recordings)) {
     findings.push_back({kWarning, "folders",
-                        fmt::format("the folder of recordings can't be made: {}", System(recordings)),
-                        "make it, and give the user the right to write there"});
+                        fmt::format("the folder of recordings cannot be created: {}", System(recordings)),
+                        "create it, and give the user write permission"});
   }
   const CString machines = env.GetDefaultSimulationMachineFolderPath();
   if (IsFolder(machines) && !HasMachines(machines)) {
@@ -191,7 +190,7 @@ void ExamineFolders(const CKVEnvApp& env, Findings& findings) {
 
 // ---- technology database
 
-// A file is opened. A server isn't: it may take as long as the connection string allows.
+// Opens a database file. Not for a server, which may take as long as the connection string allows.
 void OpenDatabase(const CKVEnvApp& env, const CString& target, const std::string& remedy, Findings& findings) try {
   CDaoDatabase(env.Is64BitDatabaseInUse(), env.IsSQLiteDatabaseInUse()).Open(target);
 } catch (const CDaoException& failure) {
@@ -201,14 +200,14 @@ void OpenDatabase(const CKVEnvApp& env, const CString& target, const std::string
 void ExamineForms(const CKVEnvApp& env, Findings& findings) {
   const CString forms = env.GetKVTechDBFormsPath();
   const CString& target = env.GetKVTechDBPath();
-  const std::string remedy = "put it there, or go over to the stand-alone application: " +
+  const std::string remedy = "put it there, or switch to the stand-alone application: " +
                              SetCommand(kVersionKey, _T("TechDBForms"), "'TechDB App'");
   if (!Exists(forms)) {
     findings.push_back(
         {kError, "technology database", fmt::format("the forms file is missing: {}", System(forms)), remedy});
   } else if (target.IsEmpty()) {
     findings.push_back({kError, "technology database",
-                        fmt::format("the forms file names no database, or can't be read: {}", System(forms)),
+                        fmt::format("the forms file names no database, or cannot be read: {}", System(forms)),
                         "enter the database's path in its table TechDBFormsPathTable"});
   } else if (ShownTarget(target) == target) {
     OpenDatabase(env, target, remedy, findings);
@@ -226,36 +225,37 @@ void ExamineDatabase(const CKVEnvApp& env, Findings& findings) {
     case ENVAPP_INIT_OK:
       if (active && active->GetDatabaseType() != QF_TECHDB_SQLSERVER)
         OpenDatabase(env, active->GetConnectionString(),
-                     "mend that, or choose another database: kestrova techdb list, kestrova techdb activate N",
+                     "correct this, or choose another database: kestrova techdb list, kestrova techdb activate N",
                      findings);
       return;
     case ENVAPP_INIT_TECHDB_FILE_MISSING:
       findings.push_back({kError, "technology database",
-                          fmt::format("the active one is a file, and it is missing: {}", System(env.GetKVTechDBPath())),
+                          fmt::format("the file of the active database is missing: {}", System(env.GetKVTechDBPath())),
                           "put the file there, or choose another database in " + list});
       return;
     case ENVAPP_INIT_TECHDB_FAILED:
       findings.push_back(
-          {kError, "technology database", "there is no active one, or it could not be opened",
-           "enter one in " + list + ", or put the file " + System(env.GetDefaultSQLiteDBPath()) + " there"});
+          {kError, "technology database", "no database is active, or the active one could not be opened",
+           "add one to " + list + ", or put the file " + System(env.GetDefaultSQLiteDBPath()) + " there"});
       return;
   }
 }
 
-// ---- what lies beside the library
+// ---- help, editor, modules
 
 void ExamineApplications(const CKVEnvApp& env, Findings& findings) {
   if (!Exists(env.GetKVHelpPath() + _T("Milling.chm"))) {
     findings.push_back({kNote, "help", fmt::format("there is no Milling.chm in {}", System(env.GetKVHelpPath())),
-                        "install the help if it is wanted"});
+                        "install the help if you need it"});
   }
   if (!IsFolder(env.GetTutorialsPath())) {
     findings.push_back({kNote, "help", fmt::format("there are no manuals at {}", System(env.GetTutorialsPath())),
-                        "install them if they are wanted"});
+                        "install them if you need them"});
   }
   if (!Exists(env.GetCIMCOEditorPath())) {
-    findings.push_back({kNote, "NC editor", fmt::format("there is none at {}", System(env.GetCIMCOEditorPath())),
-                        "install it if it is wanted"});
+    findings.push_back({kNote, "NC editor",
+                        fmt::format("not installed: {}", System(env.GetCIMCOEditorPath())),
+                        "install it if you need it"});
   }
   std::string missing;
   for (const CString& library :
@@ -266,11 +266,11 @@ void ExamineApplications(const CKVEnvApp& env, Findings& findings) {
   }
   if (!missing.empty()) {
     findings.push_back(
-        {kNote, "modules", fmt::format("not installed: {}", missing), "install the modules whose commands are wanted"});
+        {kNote, "modules", fmt::format("not installed: {}", missing), "install the modules that you need"});
   }
   const CString simulator = env.GetIMSExePath();
   if (!simulator.IsEmpty() && !Exists(simulator.Left(simulator.GetLength() - 1))) {
-    findings.push_back({kWarning, "simulator", fmt::format("there is nothing at {}", System(simulator)),
+    findings.push_back({kWarning, "simulator", fmt::format("there is no simulator at {}", System(simulator)),
                         "install it there, or correct EurekaExePath in the registry"});
   }
 }
@@ -286,7 +286,7 @@ void ExamineSwitches(std::span<const FeatureSwitch> switches, LPCTSTR path, Find
     const LSTATUS status = RegQueryValueExW(key, feature.name, nullptr, &type, reinterpret_cast<BYTE*>(&value), &bytes);
     if (status == ERROR_FILE_NOT_FOUND) continue;
     const std::string name = Utf8(feature.name);
-    const std::string remedy = "back to the default: " + DeleteCommand(path, feature.name);
+    const std::string remedy = "restore the default: " + DeleteCommand(path, feature.name);
     if (status != ERROR_SUCCESS || type != REG_DWORD || bytes != sizeof value) {
       findings.push_back(
           {kWarning, "switches", fmt::format("{} is not a number of 32 bits (REG_DWORD)", name), remedy});
@@ -302,11 +302,11 @@ void ExamineRegistry(Findings& findings) {
   const LSTATUS status = RegOpenKeyExW(HKEY_CURRENT_USER, kVersionKey, 0, KEY_WRITE, key.Receive());
   if (status == ERROR_BADDB) {
     findings.push_back(
-        {kError, "registry", "the file user.hive is damaged; no setting can be read or kept",
-         "move the file away (kestrova --help tells its folder) and import a saved copy: kestrova reg import FILE"});
+        {kError, "registry", "the file user.hive is damaged; no setting can be read or stored",
+         "move the file away (KV_REGISTRY names its folder) and import a saved copy: kestrova reg import FILE"});
   } else if (status != ERROR_SUCCESS) {
-    findings.push_back({kError, "registry", fmt::format("the user's settings can't be kept (status {})", status),
-                        "give the user the right to write in the registry's folder, which KV_REGISTRY names"});
+    findings.push_back({kError, "registry", fmt::format("the user's settings cannot be stored (status {})", status),
+                        "give the user write permission in the registry's folder, which KV_REGISTRY names"});
   }
   ExamineSwitches(kStartSwitches, kVersionDebugKey, findings);
   ExamineSwitches(kVersionSwitches, kVersionDebugKey, findings);

@@ -1,4 +1,4 @@
-// What is missing or suspicious in an installation and its registry, and what to do about it.
+// Finds missing and suspicious things in an installation and its registry, with a remedy for each.
 #pragma once
 
 #include <string>
@@ -9,24 +9,24 @@ class CKVEnvApp;
 namespace kestrova {
 
 enum class FindingGrade {
-  kError,    // the product doesn't work
-  kWarning,  // a part of it doesn't, or not as somebody meant it
-  kNote,     // worth knowing when something looks odd
+  kError,    // the product does not work
+  kWarning,  // a part of the product does not work, or not as configured
+  kNote,     // may explain odd behaviour
 };
 
 // "error", "warning" or "note".
 const char* TextOf(FindingGrade grade);
 
-// All texts are one line; paths are the system's.
+// Each text is one line; a path is the system's.
 struct EnvironmentFinding {
   FindingGrade grade = FindingGrade::kNote;
   std::string subject;  // "language", "folders", "technology database", ...
-  std::string text;     // what, and where
-  std::string remedy;   // what to do
+  std::string text;     // the fault and its place
+  std::string remedy;   // the next step
 };
 
-// Looks at the running environment. Nothing is changed, but the folder of recordings is made if it is missing, and a
-// file is made and deleted again in the folder of data to see whether that works.
+// Examines the running environment. Creates the recordings folder if it is missing, and creates and deletes a file in
+// the data folder to test the permission; changes nothing else.
 std::vector<EnvironmentFinding> ExamineEnvironment(CKVEnvApp& env);
 
 }  // namespace kestrova

@@ -1,4 +1,4 @@
-// The tables of queries.
+// One table of queries per group.
 #include "host/environment/environment_queries.h"
 
 #include "companions/database/connection_strings.h"
@@ -16,10 +16,10 @@ namespace {
 QueryAnswer Answer(const CString& text) { return text; }
 QueryAnswer Answer(long long number) { return number; }
 
-// In forms mode it may be a connection string with a password in it.
+// In forms mode the path may be a connection string; ShownTarget hides its password.
 QueryAnswer ShownDatabasePath(CKVEnvApp& env) { return ShownTarget(env.GetKVTechDBPath()); }
 
-// One row: an operation of the environment, or a free function, by its name.
+// A row of a table: an operation of the environment, or a free function, and its name.
 #define KV_OPERATION(name)                                    \
   {                                                           \
 #name, [](CKVEnvApp & env) { return Answer(env.name()); } \

@@ -1,4 +1,4 @@
-// Every query of the environment by its operation's name, for `kestrova env`.
+// All queries of the environment by the name of their operation, for `kestrova env`.
 #pragma once
 
 #include <span>
@@ -23,10 +23,10 @@ struct EnvironmentQueryGroup {
   std::span<const EnvironmentQuery> queries;
 };
 
-// In the order in which they are printed. They live as long as the process.
+// In the order of the output. The span stays valid for the whole process.
 std::span<const EnvironmentQueryGroup> EnvironmentQueryGroups();
 
-// What the result of the environment's start means.
+// The result of the environment's start in words.
 const char* InitResultInWords(const CKVEnvApp& env);
 
 }  // namespace kestrova

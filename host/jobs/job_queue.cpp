@@ -45,12 +45,12 @@ JobQueue::~JobQueue() {
   m_pInstance = nullptr;
 }
 
-bool JobQueue::Ask(QFObject& node, unsigned context, OperationCommand& command, QFeThreadType type,
-                   QFeThreadEndType endType) {
+bool JobQueue::Request(QFObject& node, unsigned context, OperationCommand& command, QFeThreadType type,
+                       QFeThreadEndType endType) {
   QFThreadDataLink* const link = &command;
   QFThreadData* data = nullptr;
   {
-    // StartNext is not to lose a thread that is being terminated here.
+    // Keeps StartNext from using a job that this call terminates.
     const QFAutoCriticalSection section(m_CriticalSection);
     if (FindThreadData(&node, context, link)) return false;
     SetLastIdentifiers(context, link);
@@ -59,10 +59,10 @@ bool JobQueue::Ask(QFObject& node, unsigned context, OperationCommand& command, 
     data->SetThreadStatus(eThreadWaitingToRun);
     {
       const std::lock_guard guard(lock_);
-      Look(*data, jobs_.emplace_back());
+      UpdateView(*data, jobs_.emplace_back());
       live_[data] = &jobs_.back();
     }
-    AppendThreadData(data);  // no repeat, as nobody else asks
+    AppendThreadData(data);  // never a repeat: only this thread appends
   }
   if (RunsThreads()) {
     StartNext();
@@ -82,26 +82,27 @@ void JobQueue::StartNext() {
   int running = GetNumThreadsNotDone();
   CObList all;
   GetAllThreads(all);
-  QFThreadData* ahead = nullptr;
+  QFThreadData* previous = nullptr;
   for (POSITION at = all.GetHeadPosition(); at && running < limit_;) {
     auto* data = static_cast<QFThreadData*>(all.GetNext(at));
-    if (!MayStart(*data, std::exchange(ahead, data))) continue;
+    if (!MayStart(*data, std::exchange(previous, data))) continue;
     if (data->RunCommand(/*multi=*/1) == 0) {
       data->SetThreadStatus(eThreadNotHandled);
       continue;
     }
     ++running;
     const std::lock_guard guard(lock_);
-    threads_.push_back(data->GetThreadHandle());  // still there: OnBeginThread and who terminates take the section
+    threads_.push_back(
+        data->GetThreadHandle());  // still valid: a thread that begins or terminates the job needs the section
     live_[data]->started = true;
   }
 }
 
-// A child that is quicker than its parent would end it.
-bool JobQueue::MayStart(QFThreadData& data, QFThreadData* ahead) {
+// A child that ends before its parent would end the parent.
+bool JobQueue::MayStart(QFThreadData& data, QFThreadData* previous) {
   if (!data.GetIsThreadWaitingToRun()) return false;
-  return data.GetThreadType() != eThreadTypeChild || !ahead ||
-         !(ahead->GetIsThreadRunning() || ahead->GetIsThreadWaitingToRun());
+  return data.GetThreadType() != eThreadTypeChild || !previous ||
+         !(previous->GetIsThreadRunning() || previous->GetIsThreadWaitingToRun());
 }
 
 bool JobQueue::IsIdle() {
@@ -119,14 +120,14 @@ void JobQueue::AwaitThreads() {
     const std::vector<HANDLE> threads = std::exchange(threads_, {});
     guard.unlock();
     if (threads.empty()) return;
-    // One by one: that of a job long ended may be closed, and then there is nothing to wait for.
+    // One handle per wait: the handle of a job that ended long ago may be closed, and its wait fails.
     for (const HANDLE thread : threads) WaitForMultipleObjects(1, &thread, /*all=*/TRUE, INFINITE);
   }
 }
 
-// ---- what became of them
+// ---- results
 
-void JobQueue::Look(QFThreadData& data, JobView& view) {
+void JobQueue::UpdateView(QFThreadData& data, JobView& view) {
   view.name = ToUtf8(data.GetProcessName());
   view.action = ToUtf8(data.GetCurrentAction());
   view.step = ToUtf8(data.GetActionString());
@@ -140,28 +141,28 @@ void JobQueue::Look(QFThreadData& data, JobView& view) {
 std::vector<JobView> JobQueue::Jobs() {
   const QFAutoCriticalSection section(m_CriticalSection);
   const std::lock_guard guard(lock_);
-  for (auto& [data, view] : live_) Look(*data, *view);
+  for (auto& [data, view] : live_) UpdateView(*data, *view);
   return {jobs_.begin(), jobs_.end()};
 }
 
-void JobQueue::Keep(QFThreadData* data) {
+void JobQueue::KeepResult(QFThreadData* data) {
   const std::lock_guard guard(lock_);
   const auto found = live_.find(data);
   if (found == live_.end()) return;
-  Look(*data, *found->second);
+  UpdateView(*data, *found->second);
   live_.erase(found);
 }
 
-void JobQueue::Tell(int percent, const char* step) {
+void JobQueue::SetProgress(int percent, const char* step) {
   QFThreadData* data = FindThreadDataForCurrentThread();
-  if (!data) return;  // terminated, or on the thread of the request
+  if (!data) return;  // the job is terminated, or runs on the requesting thread
   data->SetActionProgress(percent);
   data->SetActionString(FromUtf8(step));
 }
 
 // ---- hooks
 
-// Behind the rest of the StartNext that has started it.
+// Waits until the StartNext that started the job has left the section.
 int JobQueue::OnBeginThread(QFThreadData* data) {
   const QFAutoCriticalSection section(m_CriticalSection);
   return QFThreadBaseMgr::OnBeginThread(data);
@@ -174,7 +175,7 @@ int JobQueue::OnDoneRunningThreadData(QFThreadData* data) {
 }
 
 int JobQueue::OnDestroyThreadData(QFThreadData* data) {
-  Keep(data);
+  KeepResult(data);
   return QFThreadBaseMgr::OnDestroyThreadData(data);
 }
 

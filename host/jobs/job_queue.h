@@ -1,6 +1,6 @@
-// JobQueue, this host's job manager: at most so many jobs run at a time, the others wait with status 7 in the order in
-// which they were asked for. It keeps what became of each, as the records go with their jobs. DeleteAllDoneThreads,
-// which tells no hook, is not for it.
+// JobQueue, this host's job manager: runs a limited number of jobs at a time; the others wait with status 7 in the
+// order of their requests. It keeps the result of each job, since a job's record is deleted with the job. Do not call
+// DeleteAllDoneThreads, which calls no hook.
 #pragma once
 
 #include <deque>
@@ -14,43 +14,45 @@
 
 namespace kestrova {
 
-// One job as the user sees it. Texts are UTF-8 and those of its record (share/jobs/job_record.h); times are empty where
-// the record has none.
+// One job as the user sees it. Texts are those of its record (share/jobs/job_record.h) in UTF-8; a time that the record
+// does not have is empty.
 struct JobView {
   std::string name, action;
   QFeThreadStatus status = eThreadNotStarted;
   std::string step, start, end, taken;
   LONGLONG percent = 0;
-  bool started = false;  // on a thread of its own
+  bool started = false;  // on its own thread
 };
 
 class JobQueue : public QFThreadBaseMgr {
  public:
-  // limit of 0 is the application's setting "ThreadNum". The queue is the process's manager while it lives.
+  // A limit of 0 means the application's setting "ThreadNum". The queue is the process's manager while it lives.
   explicit JobQueue(int limit);
-  // Waits until all jobs have run, but for those that were terminated.
+  // Waits for the threads of all jobs.
   ~JobQueue() override;
 
-  // Asks for a job, which begins when its turn comes; on this thread if the application's settings want no others.
-  // False for a repeat. The command has to live until AwaitThreads has returned. Main thread only.
-  bool Ask(QFObject& node, unsigned context, OperationCommand& command, QFeThreadType type, QFeThreadEndType endType);
-  // Whether jobs get threads of their own.
+  // Requests a job; it starts when the limit allows, or immediately on this thread if the application's settings forbid
+  // other threads. False if the queue has the same job already. The command must live until AwaitThreads returns. Main
+  // thread only.
+  bool Request(QFObject& node, unsigned context, OperationCommand& command, QFeThreadType type,
+               QFeThreadEndType endType);
+  // True if jobs run on their own threads.
   bool RunsThreads() const;
-  // Starts what may start now: jobs as long as the limit allows, a child once the job ahead of it has done its part;
-  // none once the user has cancelled. One that gets no thread has failed. Called by itself when a job ends; to be
-  // called now and then as well, as a parent that begins to wait tells nobody.
+  // Starts waiting jobs up to the limit, a child only when the job before it has done its part; none after the user has
+  // cancelled. A job that gets no thread has failed. The queue calls this when a job ends; call it from time to time,
+  // too, since a parent that begins to wait calls no hook.
   void StartNext();
-  // Whether all jobs are over.
+  // True if no job runs or waits.
   bool IsIdle();
-  // Until the threads of all jobs have ended, those of terminated ones and those that begin meanwhile too. Nothing is
-  // to be asked for meanwhile.
+  // Waits for the threads of all jobs, also of terminated jobs and of jobs that start meanwhile. Request no job
+  // meanwhile.
   void AwaitThreads();
 
   // All jobs so far, in the order of their requests.
   std::vector<JobView> Jobs();
 
-  // For the command that runs on this thread: tells step and progress.
-  void Tell(int percent, const char* step);
+  // Sets progress and step of the job whose command runs on this thread.
+  void SetProgress(int percent, const char* step);
 
  protected:
   int OnBeginThread(QFThreadData* data) override;
@@ -58,18 +60,18 @@ class JobQueue : public QFThreadBaseMgr {
   int OnDestroyThreadData(QFThreadData* data) override;
 
  private:
-  bool MayStart(QFThreadData& data, QFThreadData* ahead);
-  static void Look(QFThreadData& data, JobView& view);
-  void Keep(QFThreadData* data);
+  bool MayStart(QFThreadData& data, QFThreadData* previous);
+  static void UpdateView(QFThreadData& data, JobView& view);
+  void KeepResult(QFThreadData* data);
 
   const int limit_;
-  std::mutex lock_;  // taken behind m_CriticalSection, never ahead of it
+  std::mutex lock_;  // never held while entering m_CriticalSection
   std::deque<JobView> jobs_;
-  std::map<QFThreadData*, JobView*> live_;  // of those in the list
+  std::map<QFThreadData*, JobView*> live_;  // of jobs with a record
   std::vector<HANDLE> threads_;
 };
 
-// "waiting", "running", "done", ... for people.
+// "waiting", "running", "done", ... for users.
 const char* TextOf(QFeThreadStatus status);
 
 }  // namespace kestrova

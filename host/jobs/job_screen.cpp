@@ -34,8 +34,8 @@ void JobScreen::Show(const std::vector<JobView>& jobs) {
   static const bool terminal = _isatty(kStderr) != 0;
   const auto now = std::chrono::steady_clock::now();
   for (std::size_t place = 0; place < jobs.size(); ++place)
-    if (IsRunning(jobs[place])) begins_.try_emplace(place, now);
-  terminal ? Draw(jobs) : Tell(jobs);
+    if (IsRunning(jobs[place])) starts_.try_emplace(place, now);
+  terminal ? Draw(jobs) : PrintChanges(jobs);
 }
 
 void JobScreen::Finish(const std::vector<JobView>& jobs) {
@@ -46,8 +46,8 @@ void JobScreen::Finish(const std::vector<JobView>& jobs) {
   }
 }
 
-// Up to the first line, then each line over the former one, and nothing below. What is too long is cut off by the
-// terminal: a line that wraps would be two.
+// Moves up to the first line, writes each line over the old one, and clears the lines below. Line wrap is off: the
+// terminal truncates a long line, which would take two lines otherwise.
 void JobScreen::Draw(const std::vector<JobView>& jobs) {
   std::string text = drawn_ > 0 ? fmt::format("\x1b[{}A", drawn_) : "";
   text += "\x1b[?7l";
@@ -55,19 +55,19 @@ void JobScreen::Draw(const std::vector<JobView>& jobs) {
   const auto now = std::chrono::steady_clock::now();
   for (std::size_t place = 0; place < jobs.size(); ++place) {
     if (!IsRunning(jobs[place])) continue;
-    const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(now - begins_[place]);
+    const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(now - starts_[place]);
     text += "\r\x1b[K" + Line(jobs[place], elapsed) + "\n";
     ++drawn_;
   }
   fmt::print(stderr, "{}\x1b[J\x1b[?7h", text);
 }
 
-void JobScreen::Tell(const std::vector<JobView>& jobs) {
+void JobScreen::PrintChanges(const std::vector<JobView>& jobs) {
   for (std::size_t place = 0; place < jobs.size(); ++place) {
     const JobView& job = jobs[place];
-    QFeThreadStatus& told = told_[place];
-    if (told == job.status || !(IsRunning(job) || IsOver(job))) continue;
-    told = job.status;
+    QFeThreadStatus& printed = printed_[place];
+    if (printed == job.status || !(IsRunning(job) || IsOver(job))) continue;
+    printed = job.status;
     std::string line = fmt::format("{}, {}: {}", job.name, job.action, TextOf(job.status));
     BlankControls(line);
     fmt::print(stderr, "{}\n", line);

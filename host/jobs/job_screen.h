@@ -1,4 +1,4 @@
-// What the user sees of jobs: lines while they run, a table when they are over.
+// Shows jobs to the user: lines while they run, a table at the end.
 #pragma once
 
 #include <chrono>
@@ -11,12 +11,12 @@
 
 namespace kestrova {
 
-// On a terminal one line a running job with percentage, step and elapsed time, drawn anew at each Show; else a line
-// when a job begins and one when it is over. All on stderr.
+// On a terminal, one line per running job with percentage, step and elapsed time, redrawn by each Show. Otherwise a
+// line when a job starts and one when it ends. All output goes to stderr.
 class JobScreen {
  public:
   void Show(const std::vector<JobView>& jobs);
-  // Wipes the lines, or writes those that are missing.
+  // Clears the lines of a terminal; otherwise writes the missing lines.
   void Finish(const std::vector<JobView>& jobs);
 
   // " 45% Rough Mill 12  fitting arcs  0.3 s"
@@ -24,16 +24,16 @@ class JobScreen {
 
  private:
   void Draw(const std::vector<JobView>& jobs);
-  void Tell(const std::vector<JobView>& jobs);
+  void PrintChanges(const std::vector<JobView>& jobs);
 
   int drawn_ = 0;                                                        // lines on the terminal
-  std::map<std::size_t, std::chrono::steady_clock::time_point> begins_;  // by place
-  std::map<std::size_t, QFeThreadStatus> told_;
+  std::map<std::size_t, std::chrono::steady_clock::time_point> starts_;  // by place in the list of jobs
+  std::map<std::size_t, QFeThreadStatus> printed_;
 };
 
-// Name, action, status, start, end and time taken, a row a job, columns as wide as they need be.
+// A row per job: name, action, status, start, end and time taken.
 std::string JobsTable(const std::vector<JobView>& jobs);
-// The same as an array of objects; the status as number and text.
+// The same as an array of objects; the status is a number and a text.
 nlohmann::ordered_json JobsJson(const std::vector<JobView>& jobs);
 bool AreAllDone(const std::vector<JobView>& jobs);
 

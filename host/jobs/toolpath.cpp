@@ -17,10 +17,10 @@ constexpr int kMostLevels = 8;
 constexpr int kMostContours = 8;
 constexpr double kChord = 0.002 * kMm;  // between the points of an offset corner
 constexpr std::size_t kFewestPoints = 2000;
-constexpr double kMostCornerPoints = 20'000;    // of one corner
-constexpr double kMostRoundedPoints = 400'000;  // of all of a contour's corners
+constexpr double kMostCornerPoints = 20'000;    // per corner
+constexpr double kMostRoundedPoints = 400'000;  // per contour, at its corners
 constexpr double kLongest = 1000;               // metres
-constexpr std::size_t kArcPoints = 32;          // an arc takes at most so many points
+constexpr std::size_t kArcPoints = 32;          // the most points of an arc
 
 double Distance(Point a, Point b) { return std::hypot(a.x - b.x, a.y - b.y); }
 
@@ -29,10 +29,10 @@ struct Circle {
   double radius;
 };
 
-// The documents' numbers are anything at all: no number counts as the least.
+// Clamps a number of a document, which may be anything; a NaN becomes `least`.
 double Within(double value, double least, double most) { return value > least ? std::min(value, most) : least; }
 
-// None through three points on a line.
+// nullopt for three points on a line.
 std::optional<Circle> CircleThrough(Point a, Point b, Point c) {
   const double bx = b.x - a.x, by = b.y - a.y, cx = c.x - a.x, cy = c.y - a.y;
   const double twiceArea = bx * cy - by * cx;
@@ -42,7 +42,7 @@ std::optional<Circle> CircleThrough(Point a, Point b, Point c) {
   return Circle{{a.x + x, a.y + y}, std::hypot(x, y)};
 }
 
-// The corners of the profile; a hole's are those of a circle.
+// The corners of the profile, or of a circle for a hole.
 std::vector<Point> Corners(const ToolpathTask& task) {
   std::vector<Point> corners;
   for (const Point& point : task.profile)
@@ -65,7 +65,7 @@ double TwiceArea(const std::vector<Point>& corners) {
   return sum;
 }
 
-// The contour at a distance outside of the corners: edges moved out, joined by rounded corners where they part.
+// The contour at a distance outside the corners: edges moved out, and rounded corners where they separate.
 std::vector<Point> Offset(const std::vector<Point>& corners, double distance) {
   std::vector<Point> contour;
   const std::size_t count = corners.size();
@@ -94,7 +94,7 @@ std::vector<Point> Offset(const std::vector<Point>& corners, double distance) {
   return contour;
 }
 
-// Whether the circle goes within the tolerance of the points of a run.
+// True if all points of the run are within the tolerance of the circle.
 bool Fits(const Circle& circle, const std::vector<Point>& points, std::size_t first, std::size_t last,
           double tolerance) {
   for (std::size_t at = first; at <= last; ++at)
@@ -102,7 +102,7 @@ bool Fits(const Circle& circle, const std::vector<Point>& points, std::size_t fi
   return true;
 }
 
-// The longest run from a point on that one arc, or one line, goes through.
+// Divides the points into the longest runs that fit one arc or one line, and counts these.
 void FitRuns(const std::vector<Point>& points, double tolerance, Toolpath& path) {
   for (std::size_t first = 0; first + 1 < points.size();) {
     std::size_t last = first + 1;

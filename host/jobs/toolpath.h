@@ -1,6 +1,5 @@
-// A toolpath in the plane: contours of a profile at distances of a step, with arcs fitted to their points, at every
-// level down to the depth. Small against a real one, but work of the same kind: deterministic, and some hundred
-// milliseconds long.
+// A sample toolpath in the plane: contours around a profile at distances of a step, with fitted arcs, at every level
+// down to the depth. It is deterministic and takes some hundred milliseconds, as work for jobs.
 #pragma once
 
 #include <functional>
@@ -29,10 +28,10 @@ struct Toolpath {
   bool operator==(const Toolpath&) const = default;
 };
 
-// Tells how much is done, 0 to 100, and of what; false asks to stop.
+// Gets the percentage and the step; returns false to stop.
 using ToolpathProgress = std::function<bool(int percent, const char* step)>;
 
-// Stopped, it gives what there is.
+// Stopped by `progress`, it returns the contours so far.
 Toolpath ComputeToolpath(const ToolpathTask& task, const ToolpathProgress& progress);
 
 }  // namespace kestrova

@@ -24,7 +24,7 @@ constexpr struct {
 constexpr double kTolerance = 1e-6;      // metres
 constexpr double kFineTolerance = 2e-7;  // of a recalculation
 
-// What the operation says of its geometry, with something in the place of what is missing.
+// The operation's geometry, with defaults for what is missing.
 ToolpathTask TaskOf(const HostOperation& operation) {
   ToolpathTask task;
   if (const auto* feature = DYNAMIC_DOWNCAST(HostFeature, operation.GetOwner())) {
@@ -61,12 +61,12 @@ QFeThreadStatus ToolpathCommand::Compute(unsigned context, const HostOperation& 
   const bool half = context == kFail || context == kCrash;
   bool cancelled = false;
   ComputeToolpath(task, [&](int percent, const char* step) {
-    queue_.Tell(percent, context == kLink ? "linking" : step);
+    queue_.SetProgress(percent, context == kLink ? "linking" : step);
     cancelled = stop_ || IsUserJobCancelled();
     return !cancelled && !(half && percent >= 50);
   });
-  if (cancelled) return eThreadTerminated;  // the queue may not have got to it yet
-  if (context == kCrash) throw std::runtime_error("the command crashed half way");
+  if (cancelled) return eThreadTerminated;  // the queue may not have terminated it yet
+  if (context == kCrash) throw std::runtime_error("the command crashed halfway");
   return context == kFail ? eThreadNotStarted : eThreadDone;
 }
 

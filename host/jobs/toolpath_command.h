@@ -1,4 +1,4 @@
-// What the jobs of `kestrova job run` do with an operation.
+// ToolpathCommand, the work of the jobs of `kestrova job run` on an operation.
 #pragma once
 
 #include <atomic>
@@ -13,20 +13,20 @@ class JobQueue;
 
 class ToolpathCommand : public OperationCommand {
  public:
-  // Contexts: also the numbers of the texts in the language library that name the action.
+  // Contexts. Also the ids of the action's name in the language library.
   static constexpr unsigned kGenerate = 31101;
   static constexpr unsigned kRecalculate = 31102;
   static constexpr unsigned kFail = 31103;
   static constexpr unsigned kCrash = 31104;
   static constexpr unsigned kLink = 31105;
-  // By the name on the command line; 0 for an unknown one.
+  // The context of a name on the command line; 0 for an unknown name.
   static unsigned ContextOf(const std::string& name);
 
-  // The operation is the target: a new command on it ends one that runs.
+  // The operation is the target: a new command on it ends a running one.
   ToolpathCommand(JobQueue& queue, HostOperation& operation) : queue_(queue) { SetIdentifierA(&operation); }
 
-  // Run: generate and recalculate give status 1; fail goes half the way and gives none, which counts as 5; crash goes
-  // half the way and throws. Whichever is cancelled stops at its next step, with status 4.
+  // eCommandRun: generate and recalculate return status 1; fail returns 0 halfway, which the record changes to 5; crash
+  // throws halfway. A cancelled command returns status 4 at its next step.
   QFeThreadStatus Handle(QFeCommandType type, unsigned context, HostOperation& operation) override;
 
  private:

@@ -15,7 +15,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr int kDeepestIndent = 20;  // shapes that hang deeper stand below one another
+constexpr int kDeepestIndent = 20;  // deeper shapes have the same indent
 
 template <class Object>
 std::vector<const Object*> ObjectsOf(const CObList& list) {
@@ -129,7 +129,7 @@ class Tree {
     Line(2, "{}", line);
   }
 
-  // Each shape stands below its parent. What hangs on no shape comes first; what hangs in a ring comes last.
+  // Each shape comes after its parent, indented. Shapes without a parent come first, rings of parents last.
   void WriteShapes() {
     const auto shapes = ObjectsOf<CQVMShape>(machine_.GetShapes());
     if (!shapes.empty()) Line(1, "shapes");

@@ -1,4 +1,4 @@
-// A machine as text that a person can read, and as JSON.
+// A machine as text for users and as JSON for programs.
 #pragma once
 
 #include <nlohmann/json_fwd.hpp>
@@ -8,12 +8,11 @@ class KVVMMachine;
 
 namespace kestrova {
 
-// Channels, tool targets, stations, fixtures, shapes by parent and shape lists, one line each, indented. Walks the
-// machine's shapes.
+// Channels, tool targets, stations, fixtures, shapes by parent and shape lists, one indented line each.
 std::string MachineTree(KVVMMachine& machine);
 nlohmann::ordered_json MachineJson(KVVMMachine& machine);
 
-// One line: how many channels, stations, fixtures, shapes and shape lists it has.
+// "1 channel, 2 stations, 0 fixtures, 3 shapes, 1 shape list".
 std::string MachineSummary(KVVMMachine& machine);
 
 }  // namespace kestrova

@@ -1,4 +1,3 @@
-// The callbacks of the command line, and its start and stop.
 #include "host/module/main_module.h"
 
 #include <atomic>
@@ -24,7 +23,7 @@ std::unique_ptr<QFAppSettings> g_settings;
 bool g_registered = false;
 constinit std::atomic<bool> g_cancelled = false;
 
-// Some defaults are texts of the language library, which is there only once the environment has been started.
+// Some defaults are texts of the language library, which the start of the environment loads.
 void CompleteDefaults(QFAppSettings& settings) {
   constexpr LPCTSTR kNames[] = {_T("AutoSaveDirectory"), _T("ImportExportDirectory"), _T("Language")};
   const QFAppSettings complete;
@@ -41,7 +40,7 @@ void CompleteDefaults(QFAppSettings& settings) {
   }
 }
 
-// There is one callback and a table for each kind of process: milling is what most documents hold.
+// The library has one callback for three tables (mill, turn, EDM). Most documents are milled.
 QFFeedColorsSettings* MillFeedColors() {
   return g_settings ? DYNAMIC_DOWNCAST(QFFeedColorsSettings, g_settings->GetKey(_T("Mill"))) : nullptr;
 }
@@ -55,12 +54,12 @@ CString ProductText(unsigned id) {
 }
 
 void RegisterCallbacks() {
-  // No post processors.
+  // The three null callbacks: this host has no post processors.
   qfshare_init([] { return Active() ? &Active()->Indexer() : nullptr; }, []() -> QFObject* { return nullptr; },
                []() -> QFObject* { return nullptr; }, []() -> QFObject* { return nullptr; });
   QFShareRegisterDocCBK(
       /*isMetricUnit=*/[] { return Active() ? IsUnitsMetric(Active()->Units().code) : 1; },
-      /*nextObjectId=*/[]() -> unsigned long { return Active() ? Active()->DrawId() : 0; },
+      /*nextObjectId=*/[]() -> unsigned long { return Active() ? Active()->NewId() : 0; },
       /*activeDocument=*/[]() -> QFObject* { return Active(); },
       /*message=*/[](unsigned, char*&) { return 0; },
       /*progress=*/kestrova::ProgressBar::Step,
@@ -92,7 +91,7 @@ void UseLibrary() {
 void StartMainModule() {
   if (g_settings) return;
   UseLibrary();
-  g_settings = std::make_unique<QFAppSettings>();  // ahead of the environment, whose start looks into them
+  g_settings = std::make_unique<QFAppSettings>();  // the start of the environment reads them
   g_settings->RestoreValuesFromRegistry();
   InitAppEnv();
   CompleteDefaults(*g_settings);

@@ -1,21 +1,21 @@
-// The main module of the command line: what a product's own main module is to the library. It registers the callbacks,
-// owns the application settings, and opens and closes the environment.
+// The main module of the command line. As a product's main module it registers the callbacks, owns the application
+// settings, and opens and closes the environment.
 //
-// It is started by the first command that needs it, and not by the others: starting writes missing switches back into
-// the registry, which a mere query must not do. One per process, on the main thread.
+// Only commands that need the environment start it: the start writes missing switches into the registry, which a query
+// must not do. One per process, main thread only.
 #pragma once
 
 namespace kestrova {
 
-// Makes the library usable for a command that writes no settings: its link in the resource chain, and the callbacks.
+// Links the library into the resource chain and registers the callbacks; enough for a command that writes no settings.
 // A second call does nothing.
 void UseLibrary();
 
-// Starts the module if it isn't running: what UseLibrary does, the application settings from the registry, then the
-// environment.
+// Calls UseLibrary, reads the application settings from the registry and starts the environment. A second call does
+// nothing.
 void StartMainModule();
 
-// Closes the environment when main ends, on whatever road, if the module was started.
+// The destructor closes the environment if the module was started. Keep one for the time of main.
 class MainModuleScope {
  public:
   MainModuleScope() = default;
@@ -24,11 +24,11 @@ class MainModuleScope {
   MainModuleScope& operator=(const MainModuleScope&) = delete;
 };
 
-// The user doesn't want the running jobs any more: IsUserJobCancelled says so until the scope's end. Any thread may
-// call, and a signal's handler. True if it had been said before.
+// Cancels the user's jobs: IsUserJobCancelled returns 1 until the UserJobScope ends. Any thread and a signal handler
+// may call it. True if the jobs were cancelled already.
 bool CancelUserJob();
 
-// Within it jobs run that the user may cancel.
+// Jobs that the user may cancel run within this scope; its start and end clear the cancellation.
 class UserJobScope {
  public:
   UserJobScope();

@@ -50,7 +50,7 @@ std::vector<std::string> List(const std::vector<BYTE>& data) {
   return texts;
 }
 
-// The number of a numeric type, if the data has its size.
+// The value of a numeric type; nullopt for another type or a wrong size.
 std::optional<std::uint64_t> Number(const RegistryValue& value) {
   const std::size_t size = value.type == REG_QWORD ? 8 : 4;
   const bool numeric = value.type == REG_DWORD || value.type == REG_QWORD || value.type == REG_DWORD_BIG_ENDIAN;

@@ -1,4 +1,4 @@
-// Values of the registry as the command line shows and takes them: type names, and data as text.
+// Registry values as the command line shows and reads them: type names, and data as text.
 #pragma once
 
 #include <optional>
@@ -16,7 +16,7 @@ struct RegistryValue {
   std::vector<BYTE> data;
 };
 
-// What a key holds, or the one value that was asked for.
+// The contents of a key, or the one value that the user asked for.
 struct KeyContent {
   registry_text::KeyName key;
   std::vector<RegistryValue> values;
@@ -25,18 +25,19 @@ struct KeyContent {
 
 // "REG_SZ" and so on; a type without a name as "0x1234".
 std::string TypeName(DWORD type);
-// The type of a name, in any case.
 std::vector<std::string> TypeNames();
+// The type with that name, in any case; nullopt for an unknown name.
 std::optional<DWORD> TypeOf(std::string_view name);
 
-// Data on one line: texts as they are (those of a list with \0 between), numbers as 0x2a, all else, and what doesn't
-// have its type's size, as hexadecimal digits in upper case.
+// Data on one line: a text as it is, the texts of a list with \0 between them, a number as 0x2a. All other data, and a
+// number of the wrong size, as hexadecimal digits in upper case.
 std::string DataText(const RegistryValue& value);
-// Keys as JSON, in which data is a text, a number, an array of texts, or a text of hexadecimal digits.
+// The keys as JSON. Data is a text, a number, an array of texts, or a text of hexadecimal digits.
 std::string ContentsJson(const std::vector<KeyContent>& contents);
 
-// The bytes for a text given on the command line; WrongUsage if it is none of the type. Numbers are decimal or 0x2a, a
-// negative one counts from the top; binary is pairs of hexadecimal digits; a list is divided by the separator.
+// The bytes of a text from the command line. A number is decimal or 0x2a, and may be negative (two's complement);
+// binary data is pairs of hexadecimal digits; the separator divides a list. Throws WrongUsage if the text is not of the
+// type.
 std::vector<BYTE> DataFromText(DWORD type, std::string_view text, std::string_view separator);
 
 }  // namespace kestrova

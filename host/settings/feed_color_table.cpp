@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t kBarCells = 64;
 
-// A text on a background of the colour, by 24 bits.
+// A text on a background of the colour (24-bit escape sequence).
 std::string OnColor(unsigned long color, const std::string& text) {
   return fmt::format("\x1b[48;2;{};{};{}m{}\x1b[0m", color & 0xFF, color >> 8 & 0xFF, color >> 16 & 0xFF, text);
 }

@@ -1,5 +1,4 @@
-// A table of feed colours as the command line shows it: lines of text, on a terminal with a bar in the colours
-// themselves.
+// A table of feed colours as lines of text; on a terminal with a bar in these colours.
 #pragma once
 
 #include <string>
@@ -13,13 +12,13 @@ struct FeedColorRow {
   bool operator==(const FeedColorRow&) const = default;
 };
 
-// "100.00": thresholds that look alike are one row.
+// "100.00". Thresholds with the same text count as one row.
 std::string FeedText(double feed);
 
-// "#RRGGBB" with a patch of the colour ahead of it, if `colored`.
+// "#RRGGBB"; if `colored`, after a patch of the colour.
 std::string ColorPatch(unsigned long color, bool colored);
-// One line a row, ascending as they are given, and one for the feeds above. `colored` puts a bar and its legend ahead:
-// a segment of equal width for each row, its threshold below its end where there is room.
+// One line per row and one for the feeds above the last row. If `colored`, a bar and its legend come first: segments of
+// equal width, and each threshold below the end of its segment where there is room.
 std::string FeedColorsText(const std::vector<FeedColorRow>& rows, bool colored);
 
 }  // namespace kestrova

@@ -22,7 +22,7 @@ constexpr LONGLONG kMostDword = 0xFFFFFFFF;
 
 // ---- numbers in texts
 
-// All of the text as a number, decimal or 0x and hexadecimal.
+// True if the whole text is a number, decimal or 0x and hexadecimal.
 bool ReadWhole(std::string_view text, LONGLONG& number) {
   const bool negative = text.starts_with('-');
   if (negative) text.remove_prefix(1);
@@ -126,7 +126,7 @@ void Set(QFSettingsValue& value, const Json& data) {
 struct Type {
   const CRuntimeClass* record;
   const char* name;
-  const char* wanted;
+  const char* expected;
   Json (*get)(const QFSettingsValue& value);
   void (*set)(QFSettingsValue& value, const Json& data);
   bool (*takes)(const Json& data);
@@ -135,9 +135,9 @@ struct Type {
 };
 
 template <class Value>
-Type TypeFor(const CRuntimeClass* record, const char* name, const char* wanted, bool (*takes)(const Json&),
+Type TypeFor(const CRuntimeClass* record, const char* name, const char* expected, bool (*takes)(const Json&),
              Json (*fromText)(const std::string&), std::string (*toText)(const Json&)) {
-  return {record, name, wanted, Get<Value>, Set<Value>, takes, fromText, toText};
+  return {record, name, expected, Get<Value>, Set<Value>, takes, fromText, toText};
 }
 
 const Type kTypes[] = {
@@ -149,14 +149,14 @@ const Type kTypes[] = {
     TypeFor<QFPointValue>(RUNTIME_CLASS(QFPointValue), "point", "x,y", IsPoint, NumbersFromText, NumbersText),
     TypeFor<QFRectValue>(RUNTIME_CLASS(QFRectValue), "rect", "left,top,right,bottom", IsRect, NumbersFromText,
                          NumbersText),
-    // The registry keeps 32 bits of a time.
+    // The registry stores 32 bits of a time.
     TypeFor<QFTimeValue>(RUNTIME_CLASS(QFTimeValue), "time", "seconds since 1970, below 4294967296", IsDword,
                          WholeFromText, TimeText),
     TypeFor<QFIntArrayValue>(RUNTIME_CLASS(QFIntArrayValue), "int array", "whole numbers with commas", AreInts,
                              NumbersFromText, NumbersText),
 };
 
-// Null for a value of a kind that no tree declares.
+// Null for a type that no tree declares.
 const Type* FindType(const QFSettingsValue& value) {
   for (const Type& type : kTypes) {
     if (value.IsKindOf(type.record)) return &type;
@@ -189,7 +189,7 @@ std::string Lower(std::string text) {
   return text;
 }
 
-// How many letters have to be put in, left out or changed to come from one to the other.
+// Number of letters to insert, delete or replace to get from one text to the other.
 std::size_t EditDistance(const std::string& a, const std::string& b) {
   std::vector<std::size_t> row(b.size() + 1);
   for (std::size_t j = 0; j <= b.size(); ++j) row[j] = j;
@@ -204,10 +204,10 @@ std::size_t EditDistance(const std::string& a, const std::string& b) {
   return row[b.size()];
 }
 
-// Up to three of the names, nearest first; none that has hardly a letter in common.
+// Up to three names, nearest first; leaves out names with few letters in common.
 std::string Nearest(const std::set<std::string>& names, const std::string& wanted) {
   constexpr std::size_t kMost = 3;
-  constexpr std::size_t kLongest = 256;  // no name is as long
+  constexpr std::size_t kLongest = 256;  // longer than any name
   if (wanted.size() > kLongest) return "";
   std::vector<std::pair<std::size_t, std::string>> ranked;
   for (const std::string& name : names) {
@@ -236,7 +236,7 @@ std::vector<TreeValue> ValuesOf(QFSettingsKey& tree, QFSettingsKey& defaults) {
   std::vector<TreeValue> declared, present;
   Collect(defaults, declared);
   Collect(tree, present);
-  // A tree that was read from a document has the document's order.
+  // A tree from a document has the document's order; the result has the order of declaration.
   std::map<std::tuple<std::string, std::string, std::string, int>, const TreeValue*> places;
   for (const TreeValue& row : present) places.emplace(std::tuple(row.group, row.path, row.name, row.number), &row);
   std::vector<TreeValue> values;
@@ -252,7 +252,7 @@ std::vector<TreeValue> ValuesOf(QFSettingsKey& tree, QFSettingsKey& defaults) {
 }
 
 const char* TypeOf(const QFSettingsValue& value) { return FindType(value)->name; }
-const char* WantedBy(const QFSettingsValue& value) { return FindType(value)->wanted; }
+const char* ExpectedBy(const QFSettingsValue& value) { return FindType(value)->expected; }
 Json DataOf(const QFSettingsValue& value) { return FindType(value)->get(value); }
 bool Takes(const QFSettingsValue& value, const Json& data) { return FindType(value)->takes(data); }
 void SetData(QFSettingsValue& value, const Json& data) { FindType(value)->set(value, data); }

@@ -7,7 +7,7 @@
 namespace kestrova {
 namespace {
 
-// Red stands first for people and last in the number.
+// #RRGGBB has red in its highest byte, the number in its lowest.
 DWORD WithRedAndBlueSwapped(DWORD color) { return (color & 0xFF) << 16 | (color & 0xFF00) | (color >> 16 & 0xFF); }
 
 }  // namespace

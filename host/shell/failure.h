@@ -1,5 +1,4 @@
-// How a command ends that is not done: main prints the text of an exception as one line on stderr and gives the exit
-// code.
+// How a command fails: main prints the exception's text as one line on stderr and returns the exit code.
 #pragma once
 
 #include <stdexcept>

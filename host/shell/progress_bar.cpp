@@ -15,7 +15,7 @@ constexpr LONGLONG kSilent_ms = 500;
 constexpr LONGLONG kBetween_ms = 100;
 constexpr ULONGLONG kCells = 20;
 constexpr int kStderr = 2;
-constexpr char kWipe[] = "\r\x1b[K";
+constexpr char kClearLine[] = "\r\x1b[K";
 
 ProgressBar* g_bar = nullptr;
 
@@ -33,7 +33,7 @@ ProgressBar::ProgressBar(const char* what, ULONGLONG total)
 
 ProgressBar::~ProgressBar() {
   g_bar = outer_;
-  if (shown_) std::fputs(kWipe, stderr);
+  if (shown_) std::fputs(kClearLine, stderr);
 }
 
 int ProgressBar::Step(LONGLONG done) {
@@ -46,7 +46,7 @@ void ProgressBar::Draw(ULONGLONG done) {
   next_ms_ = Now_ms() + kBetween_ms;
   if (!terminal) return;
   shown_ = true;
-  fmt::print(stderr, "{}{}", kWipe, Text(what_, done, total_));
+  fmt::print(stderr, "{}{}", kClearLine, Text(what_, done, total_));
 }
 
 std::string ProgressBar::Text(const char* what, ULONGLONG done, ULONGLONG total) {

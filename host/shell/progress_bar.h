@@ -1,8 +1,8 @@
-// A progress bar on the terminal, on stderr, for what takes longer than half a second. Where stderr is no terminal
-// nothing is written.
+// A progress bar on stderr for work that takes longer than half a second. It writes nothing if stderr is not a
+// terminal.
 //
-// Whoever does the work makes a bar for its scope and reports by the library's QFProgressCallback, which the main
-// module hands to Step: what the library itself reports then shows in the same bar. On the main thread alone.
+// Create a bar for the scope of the work and report progress with the library's QFProgressCallback, which the main
+// module passes on to Step. So the library's own reports show in the same bar. Main thread only.
 #pragma once
 
 #include <string>
@@ -15,15 +15,15 @@ class ProgressBar {
  public:
   // what is a literal, such as "reading nodes".
   ProgressBar(const char* what, ULONGLONG total);
-  // Wipes the line.
+  // Clears the line.
   ~ProgressBar();
   ProgressBar(const ProgressBar&) = delete;
   ProgressBar& operator=(const ProgressBar&) = delete;
 
-  // Tells the innermost bar how much is done. Does nothing without one. Always 1.
+  // Sets how much of the innermost bar's total is done; without a bar it does nothing. Always returns 1.
   static int Step(LONGLONG done);
 
-  // The line: "[##########----------]  50% reading nodes". Of nothing, all is done.
+  // The line: "[##########----------]  50% reading nodes". A total of 0 is shown as 100 %.
   static std::string Text(const char* what, ULONGLONG done, ULONGLONG total);
 
  private:
@@ -31,7 +31,7 @@ class ProgressBar {
 
   const char* what_;
   ULONGLONG total_;
-  LONGLONG next_ms_;  // when it may be drawn
+  LONGLONG next_ms_;  // time of the next drawing
   bool shown_ = false;
   ProgressBar* outer_;
 };

@@ -1,4 +1,3 @@
-// Tables for a terminal.
 #include "host/shell/text_table.h"
 
 #include <algorithm>
@@ -8,7 +7,7 @@ namespace {
 
 constexpr std::size_t kGap = 2;
 
-// Characters, as one place each.
+// Every character counts as one column.
 std::size_t Width(const std::string& text) {
   return std::size_t(std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xC0) != 0x80; }));
 }
@@ -16,7 +15,7 @@ std::size_t Width(const std::string& text) {
 }  // namespace
 
 void BlankControls(std::string& text, std::size_t from) {
-  constexpr char kC1Lead = '\xC2';  // ahead of 80 to 9F: U+0080 to U+009F
+  constexpr char kC1Lead = '\xC2';  // first byte of U+0080 to U+009F, with 80 to 9F as the second
   for (std::size_t i = from; i < text.size(); ++i) {
     const auto c = static_cast<unsigned char>(text[i]);
     if (c < ' ' || c == 0x7F) {
@@ -38,7 +37,7 @@ void TextTable::Add(std::vector<std::string> cells) {
 
 std::string TextTable::Line(const std::vector<std::string>& cells, const std::vector<std::size_t>& widths) const {
   std::string line;
-  std::size_t due = 0;  // blanks that stand ahead of the next cell, if it has one
+  std::size_t due = 0;  // blanks before the next cell that is not empty
   for (std::size_t i = 0; i < cells.size(); ++i) {
     const std::size_t fill = widths[i] - Width(cells[i]);
     if (columns_[i].right) due += fill;

@@ -1,4 +1,4 @@
-// A table for a terminal: columns as wide as what stands in them, two blanks between.
+// A table for a terminal: columns as wide as their widest cell, two blanks between them.
 #pragma once
 
 #include <string>
@@ -6,22 +6,22 @@
 
 namespace kestrova {
 
-// Makes the control characters of a UTF-8 text blanks, from that byte on: what comes from a file must not end a line or
-// command the terminal.
+// Replaces the control characters of a UTF-8 text by blanks, from byte `from` on. Text from a file must not end a line
+// or control the terminal.
 void BlankControls(std::string& text, std::size_t from = 0);
 
 class TextTable {
  public:
   struct Column {
     std::string title;
-    bool right;  // aligned to the right, as numbers are
+    bool right;  // right-aligned, as for numbers
   };
   // Titles and cells are UTF-8; control characters in them become blanks.
   explicit TextTable(std::vector<Column> columns);
 
-  // One cell a column.
+  // One cell per column.
   void Add(std::vector<std::string> cells);
-  // The titles, unless all are empty, then the rows, each a line.
+  // One line per row; before them the titles, unless all titles are empty.
   std::string Text() const;
 
  private:

@@ -23,7 +23,7 @@ std::string ReadWholeFile(const std::string& file, std::size_t mostBytes) {
     bytes.append(piece.data(), count);
   const bool failed = std::ferror(stream) != 0;
   std::fclose(stream);
-  if (failed) throw Failure(fmt::format("cannot read {}; is it a file?", file));
+  if (failed) throw Failure(fmt::format("cannot read {}; check that it is a file", file));
   return bytes;
 }
 

@@ -1,4 +1,4 @@
-// Files that a command reads or writes as a whole, by the system's path.
+// Files that a command reads or writes as a whole. A path is the system's.
 #pragma once
 
 #include <string>
@@ -6,14 +6,15 @@
 
 namespace kestrova {
 
-// The file's bytes, of a longer file the first mostBytes + 1, which is enough to refuse it. Throws Failure if it can't
-// be read.
+// The file's bytes; of a longer file the first mostBytes + 1, so that the caller can refuse it. Throws Failure if the
+// file cannot be read.
 std::string ReadWholeFile(const std::string& file, std::size_t mostBytes);
 
-// Writes beside and renames. Throws Failure, with an old file as it was, if that fails.
+// Writes a temporary file beside the target and renames it. Throws Failure on an error; an old file then stays as it
+// was.
 void WriteWholeFile(const std::string& file, std::string_view bytes);
 
-// Throws Failure if the file exists, unless force says that it may be replaced.
+// Throws Failure if the file exists and `force` is false.
 void CheckTarget(const std::string& file, bool force);
 
 }  // namespace kestrova

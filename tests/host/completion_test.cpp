@@ -1,4 +1,4 @@
-// What the completion script asks for and gets.
+// The completion of the command line.
 #include <gtest/gtest.h>
 
 #include <set>
@@ -21,10 +21,11 @@ TEST(Commands, HelpListsTheTableInItsOrderAndCompletionOffersIt) {
   EXPECT_EQ(kvtest::RunCommand({"complete-words", ""}).out, offered);
 }
 
-TEST(Commands, AWordThatIsNoneIsNamed) {
+TEST(Commands, NamesAnUnknownCommand) {
   const auto refused = [](const char* path) {
     return kvtest::RunResult{
-        2, "", std::string("kestrova: frob is no command of ") + path + "; " + path + " --help lists them\n"};
+        2, "",
+        std::string("kestrova: frob is not a command of ") + path + "; " + path + " --help lists the commands\n"};
   };
   EXPECT_EQ(kvtest::RunCommand({"frob"}), refused("kestrova"));
   EXPECT_EQ(kvtest::RunCommand({"document", "frob", "x"}), refused("kestrova document"));

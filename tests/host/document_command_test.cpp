@@ -44,7 +44,7 @@ TEST_F(DocumentCommand, ShowsATree) {
                  ""}));
 }
 
-TEST_F(DocumentCommand, NewIsDecidedByItsOptions) {
+TEST_F(DocumentCommand, NewFollowsItsOptions) {
   const auto made = [&](const char* seed) {
     Make("a.kvdoc", {"--nodes", "500", "--seed", seed, "--units", "inch", "--force"});
     return nlohmann::json::parse(Run({"show", "--json", File("a.kvdoc")}).out);
@@ -94,7 +94,7 @@ TEST_F(DocumentCommand, DumpPrintsEveryObject) {
   EXPECT_EQ(count("\n Total Nodes: 30"), 1);
 }
 
-TEST_F(DocumentCommand, ReplacesAFileOnlyWhenToldTo) {
+TEST_F(DocumentCommand, ReplacesAFileOnlyWithForce) {
   const std::string file = folder_.Write("a.kvdoc", "mine").string();
   Make("b.kvdoc", {"--nodes", "3"});
   const RunResult refused = {1, "", "kestrova: " + file + " exists; add --force to replace it\n"};
@@ -114,23 +114,24 @@ TEST_F(DocumentCommand, ExplainsFailuresInOneLine) {
   } kCases[] = {
       {{"show", File("none")}, "cannot read " + File("none") + ": no such file; check the path"},
       {{"verify", folder},
-       "cannot read " + folder + ": access denied; check that it is a file, and its rights and its folder's"},
-      {{"show", ""}, "cannot read : the name is empty"},
+       "cannot read " + folder +
+           ": access denied; check that it is a file, and the permissions of the file and its folder"},
+      {{"show", ""}, "cannot read : the name is empty; name a file"},
       {{"repair", File("a.kvdoc"), File("./a.kvdoc"), "--force"},
-       File("./a.kvdoc") + " is the damaged document itself, which repair keeps; name another file"},
+       File("./a.kvdoc") + " is the damaged document; name another file for the result"},
       {{"new", File("no/folder")},
        "cannot save " + File("no/folder") + ": the folder does not exist; check the path; nothing was written"},
   };
   for (const auto& c : kCases) EXPECT_EQ(Run(c.arguments), (RunResult{1, "", "kestrova: " + c.message + "\n"}));
 }
 
-TEST_F(DocumentCommand, OutputThatAFullDiskDidNotTakeIsAFailure) {
+TEST_F(DocumentCommand, FailsIfTheDiskIsFullForTheOutput) {
   Make("a.kvdoc", {"--nodes", "3"});
   for (const char* command : {"show", "dump", "verify"}) {
     const std::string line = std::string(KV_BIN_DIR "/kestrova document ") + command + " \"" + File("a.kvdoc") +
                              "\" >/dev/full 2>\"" + File("err") + "\"";
     EXPECT_EQ(WEXITSTATUS(std::system(line.c_str())), 1) << command;
-    EXPECT_EQ(kvtest::ReadFile(File("err")), "kestrova: the output was not written whole; is the disk full?\n");
+    EXPECT_EQ(kvtest::ReadFile(File("err")), "kestrova: the output is incomplete; check whether the disk is full\n");
   }
 }
 

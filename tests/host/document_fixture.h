@@ -1,4 +1,4 @@
-// A document that is the active one, as a host has it, and its file in a folder that is gone afterwards.
+// A fixture with an active document and a temporary folder.
 #pragma once
 
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
-// Documents of earlier releases, kept byte for byte, and what this one makes of them.
+// Documents of earlier releases: this release reads and converts them, and writes the same bytes for the current
+// version.
 #include <fmt/format.h>
 
 #include <nlohmann/json.hpp>
@@ -21,7 +22,7 @@ std::string Fixture(const std::string& name) { return KV_TEST_FILES "/fixtures/"
 struct Golden {
   const char* file;
   float storageVersion;
-  const char* changer;  // of records that don't tell it: who made the node
+  const char* changer;  // the creator in versions that do not store it
   // The first record of the history.
   const char* version;
   const char* user;
@@ -40,8 +41,8 @@ std::string ExpectedTree(const Golden& golden) {
          "    HostFeature 3 \"Hole 1\", locked, 3 points, depth 12.5mm" + stamps +
          "      HostDrilling 4 \"Drill 1\", active, tool 1, feed 300mm/min, speed 2000/min, step 1mm, peck 2mm" +
          stamps +
-         "      HostOperation 5 \"Contour Mill 2\", suppressed, feed 300mm/min, speed 2000/min, step 1mm, to be made "
-         "anew" +
+         "      HostOperation 5 \"Contour Mill 2\", suppressed, feed 300mm/min, speed 2000/min, step 1mm, toolpath "
+         "outdated" +
          stamps;
 }
 
@@ -57,12 +58,12 @@ TEST_F(DocumentGolden, EveryVersionShowsTheSameTreeAndVerifies) {
     EXPECT_EQ(
         RunCommand({"document", "verify", Fixture(golden.file)}),
         (RunResult{0,
-                   fmt::format("{}: storage version {}, 5 of 5 nodes whole, status 0x0000, error location 0x0000\n"
+                   fmt::format("{}: storage version {}, 5 of 5 nodes intact, status 0x0000, error location 0x0000\n"
                                "  indexer HostToolCrib: 1 stored, 1 alive\n"
                                "  indexer HostSetup: 1 stored, 1 alive\n"
                                "  indexer HostFeature: 1 stored, 1 alive\n"
                                "  indexer HostOperation: 2 stored, 2 alive\n"
-                               "nothing found\n",
+                               "no faults found\n",
                                Fixture(golden.file), golden.storageVersion),
                    ""}));
   }
@@ -84,13 +85,13 @@ TEST_F(DocumentGolden, EveryVersionIsConvertedToTheCurrentOne) {
   }
 }
 
-TEST_F(DocumentGolden, ADocumentFromBeforeThereWasAHistoryGetsItsRecord) {
+TEST_F(DocumentGolden, DocumentOfAVersionWithoutHistoryGetsARecord) {
   EXPECT_EQ(
       RunCommand({"document", "history", Fixture("storage11.2.kvdoc")}),
       (RunResult{0, "2004 SP0 build unknown, storage version 11.20: 1 saves, last 05/06/2004::07:08 by moreau\n", ""}));
 }
 
-// What was written by hand, and what this build writes of the same nodes: the same bytes.
+// A script wrote the fixture from the layout.
 TEST_F(DocumentGolden, SavingWritesTheGoldenBytes) {
   const std::string golden = Fixture("storage38.0.kvdoc");
   const auto document = DocumentLoader(golden, DocumentLoader::Mode::kStrict).Load();

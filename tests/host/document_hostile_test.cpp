@@ -1,6 +1,5 @@
-// Damaged documents: a file, and the archive of its objects, cut off anywhere and with any byte changed. Each is
-// refused, or gives a document that can be used and deleted; neither takes long, keeps memory, or takes more of it than
-// the file can account for.
+// Damaged documents: a file truncated at any byte, and a file or its streams with any byte changed. The loader refuses
+// each, or returns a document that can be used and deleted, in limited time and memory.
 #include <fmt/format.h>
 
 #include <chrono>
@@ -33,14 +32,12 @@ constexpr std::size_t kPrefixStep = 1;
 #endif
 constexpr DWORD kNodes = 200;
 constexpr std::size_t kUseEvery = 16;  // dumps take longer than loads
-// What loading may take from its beginning to its end, the findings about a damaged file included: so many times the
-// file's size, and what the bookkeeping of such a small document takes. Without the latter a file of no bytes could not
-// be refused.
+// The most memory of a load, with its findings: a multiple of the file's size, and a base for an empty file.
 constexpr std::ptrdiff_t kMemoryFactor = 3;
 constexpr std::ptrdiff_t kMemoryBase = 48 * 1024;
 constexpr std::chrono::seconds kLongest{5};
 
-// What stands in the streams of a document's file.
+// The streams of a document's file.
 struct Parts {
   std::string objects;
   std::string history;
@@ -51,7 +48,7 @@ StreamFacts FactsOfBytes(std::string bytes) {
   return FactsOf(file);
 }
 
-// A compound file whose header fits its streams, so that no checksum stands between the damage and the archive.
+// Writes a compound file with a correct header, so that the checksums accept the damage.
 void WriteParts(const std::string& path, const Parts& parts) {
   DocumentHeader header;
   header.storageVersion = CKVVersionInfo::QF_STORAGE_VERSION;
@@ -80,7 +77,7 @@ class HostileDocuments : public testing::Test {
     std::printf("%zu refused, %zu loaded\n", refused_, loaded_);
   }
 
-  // Loads the file at path_; 1 if that gave a document, which was then used and deleted, and 0 if it was refused.
+  // Loads the file at path_. 1: a document, which it uses and deletes; 0: refused.
   int Load(const std::string& damage, Mode mode) {
     const std::ptrdiff_t before = LiveBytes();
     kvtest::TakePeakBytes();
@@ -117,7 +114,7 @@ class HostileDocuments : public testing::Test {
     Load(damage, Mode::kSalvage);
   }
 
-  // Changes one byte at a place for as long as try() runs.
+  // Changes a random byte while attempt() runs.
   template <class Try>
   static void WithChange(std::string& bytes, std::mt19937_64& random, const char* what, Try attempt) {
     const std::size_t place = std::size_t(random() % bytes.size());

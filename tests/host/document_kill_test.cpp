@@ -1,6 +1,5 @@
-// Saving that is killed: whenever the process ends, the file of the document is the old one or the new one, whole, and
-// what was left over is in nobody's way. The process is traced, and killed ahead of each call that changes something on
-// the disk, one after the other: no moment between two of them is left out, and none is left to chance.
+// A killed save leaves the whole old file or the whole new one, and its temporary files disturb no later save. The test
+// traces the process and kills it before each system call that changes the disk.
 #include <fcntl.h>
 #include <linux/filter.h>
 #include <linux/seccomp.h>
@@ -21,18 +20,18 @@
 
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__)  // whose processes take a second each to begin and end
+#if defined(__SANITIZE_ADDRESS__)  // its processes take a second to start and end
 constexpr int kKills = 30;
 constexpr const char* kSizes[] = {"2000"};
 #else
 constexpr int kKills = 100;
 constexpr const char* kSizes[] = {"10", "2000", "5000"};
 #endif
-// Of openat only the calls that may make a file count.
+// An openat counts only if it may create a file.
 constexpr unsigned kChanging[] = {SYS_write,  SYS_pwrite64, SYS_rename, SYS_renameat2, SYS_fsync, SYS_fdatasync,
                                   SYS_unlink, SYS_fchmod,   SYS_fchown, SYS_ftruncate, SYS_openat};
 
-// Has this process stop ahead of each of these calls; all others go on as fast as ever.
+// Stops this process before each of these calls.
 bool StopAtChanges() {
   std::vector<sock_filter> program = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr))};
   for (const unsigned call : kChanging) {
@@ -44,8 +43,8 @@ bool StopAtChanges() {
   return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 && prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) == 0;
 }
 
-// `kestrova document new FILE` over a file that exists, in a process of its own that says nothing and stops ahead of
-// each call that changes the disk.
+// `kestrova document new FILE` over an existing file, in a silent process that stops before each call that changes the
+// disk.
 class TracedSave {
  public:
   TracedSave(const std::string& file, const char* nodes, const char* seed) {
@@ -53,7 +52,7 @@ class TracedSave {
     if (process_ == 0) {
       const int nowhere = open("/dev/null", O_WRONLY);
       for (const int output : {1, 2}) dup2(nowhere, output);
-      setenv("ASAN_OPTIONS", "detect_leaks=0", /*overwrite=*/1);  // which would trace the process itself
+      setenv("ASAN_OPTIONS", "detect_leaks=0", /*overwrite=*/1);  // the leak check would trace the process
       if (ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0 || raise(SIGSTOP) != 0 || !StopAtChanges()) _exit(126);
       execl(KV_BIN_DIR "/kestrova", "kestrova", "document", "new", file.c_str(), "--force", "--nodes", nodes, "--seed",
             seed, nullptr);
@@ -67,8 +66,7 @@ class TracedSave {
   TracedSave(const TracedSave&) = delete;
   TracedSave& operator=(const TracedSave&) = delete;
 
-  // Runs until so many calls that change the disk have been made and the next one is about to be. False if the process
-  // ended before that.
+  // Runs to the stop after this number of calls that change the disk. False if the process ended before that.
   bool RunThrough(int calls) {
     while (WIFSTOPPED(status_)) {
       if (IsAboutToChange() && calls-- == 0) return true;
@@ -84,7 +82,7 @@ class TracedSave {
     kill(process_, SIGKILL);
     Wait();
   }
-  // Of waitpid.
+  // As from waitpid.
   int Status() const { return status_; }
 
  private:
@@ -102,7 +100,7 @@ class TracedSave {
   int status_ = 0;
 };
 
-// The nodes as JSON. They depend on --seed alone; the time of a save, which differs, does not show in them.
+// The nodes as JSON, which depend only on --seed.
 std::string Shown(const std::string& file) {
   const kvtest::RunResult shown = kvtest::RunCommand({"document", "show", file, "--json"});
   EXPECT_EQ(shown.exit_code, 0) << shown.err;
@@ -118,7 +116,7 @@ class KilledSaves : public testing::Test {
     ASSERT_TRUE(WIFEXITED(save.Status()) && WEXITSTATUS(save.Status()) == 0) << "status " << save.Status();
   }
 
-  // One save after the other, each killed a call later than the one ahead of it, until one comes to its end.
+  // Kills one save after the other, each one call later, until a save ends.
   void KillAtEachCall(const char* nodes) {
     SaveWhole(nodes, "1");
     const std::string fresh = Shown(file_);

@@ -1,7 +1,7 @@
-// The document's answers to the library's core messages, and what the library's callbacks give of the active one.
+// The document's answers to the library's core messages, and the callbacks for the active document.
+#include "share/core/document_messages.h"
 #include "host/document/active_document.h"
 #include "share/core/document_callbacks.h"
-#include "share/core/document_messages.h"
 #include "tests/host/document_fixture.h"
 
 using namespace kestrova;
@@ -10,7 +10,7 @@ namespace {
 
 using DocumentMessages = kvtest::DocumentTest;
 
-TEST_F(DocumentMessages, TellAndTakeWhatTheyAreFor) {
+TEST_F(DocumentMessages, ReadAndSetTheDocumentsProperties) {
   EXPECT_EQ(GetActiveDocReadStorageUnits(), 38.0f) << "a new document is of the current version";
   SetActiveDocReadStorageUnits(31.6f);
   EXPECT_EQ(GetActiveDocReadStorageUnits(), 31.6f);
@@ -39,7 +39,7 @@ TEST_F(DocumentMessages, TellAndTakeWhatTheyAreFor) {
   EXPECT_EQ(flag, 0);
 }
 
-TEST_F(DocumentMessages, TellWhichTreeIsShown) {
+TEST_F(DocumentMessages, ReportTheShownTree) {
   const struct {
     HostDocument::Tree tree;
     int features, operations, tools;
@@ -54,7 +54,7 @@ TEST_F(DocumentMessages, TellWhichTreeIsShown) {
   }
 }
 
-TEST_F(DocumentMessages, TakeACompanionOffTheSelection) {
+TEST_F(DocumentMessages, RemoveACompanionFromTheSelection) {
   ui_QFObject a(&document_), b(&document_);
   document_.Select(&a);
   EXPECT_EQ(RemoveNodeFromSelection(&b), 0) << "it was not selected";
@@ -62,7 +62,7 @@ TEST_F(DocumentMessages, TakeACompanionOffTheSelection) {
   EXPECT_TRUE(document_.Selection().empty());
 }
 
-TEST_F(DocumentMessages, UnknownOnesAndNullArgumentsAreAnsweredByZero) {
+TEST_F(DocumentMessages, ReturnZeroForUnknownMessagesAndNull) {
   int value = 7;
   for (const int message : {0, 207, 248, 291}) {
     EXPECT_EQ(SendToActiveDocument(QF_CORE_MESSAGE_ID(message), &value), 0) << message;

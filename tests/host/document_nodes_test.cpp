@@ -1,4 +1,4 @@
-// The nodes of a document as modules derive them: what they override, and the links between them.
+// The nodes of a document: their overrides and the links between them.
 #include <vector>
 
 #include "framework/ob_list.h"
@@ -19,7 +19,7 @@ class DocumentNodes : public kvtest::DocumentTest {
   HostOperation& operation_ = Add<HostOperation>(&feature_, _T("Milling"));
 };
 
-TEST_F(DocumentNodes, StandInTheTreeAndTheIndexer) {
+TEST_F(DocumentNodes, AreInTheTreeAndTheIndexer) {
   std::vector<std::pair<HostNode*, int>> walk;
   document_.Walk([&](HostNode& node, int depth) { walk.emplace_back(&node, depth); });
   const std::vector<std::pair<HostNode*, int>> expected = {
@@ -33,7 +33,7 @@ TEST_F(DocumentNodes, StandInTheTreeAndTheIndexer) {
   EXPECT_EQ(setup_.GetParamHelper(), &setup_.Frame());
 }
 
-TEST_F(DocumentNodes, SayWhatMayBeDoneToThem) {
+TEST_F(DocumentNodes, ReportWhichChangesAreAllowed) {
   EXPECT_EQ(tool_.CanSuppress(), 0);
   EXPECT_EQ(feature_.CanSuppress(), 1);
   setup_.SetState(SUPPRESSED);
@@ -48,7 +48,7 @@ TEST_F(DocumentNodes, SayWhatMayBeDoneToThem) {
   EXPECT_EQ(operation_.IsDirtyOnStockChange(), 1);
 }
 
-TEST_F(DocumentNodes, LeaveTheirToolAndAreLeftByIt) {
+TEST_F(DocumentNodes, LoseTheirToolOnBothSides) {
   drilling_.SetTool(&tool_);
   EXPECT_EQ(tool_.GetIsUsingThisObject(&drilling_), 1);
   HostTool other;
@@ -117,7 +117,7 @@ TEST_F(DocumentNodes, TreeFollowsOwnersWhenItIsRebuilt) {
   feature_.SetOwner(nullptr);
   operation_.SetOwner(&drilling_);
   drilling_.SetOwner(&operation_);  // a ring
-  setup_.SetOwner(&document_);      // on top
+  setup_.SetOwner(&document_);      // a top node
   HostFeature outside;
   outside.AddToUserObjectsList(&operation_, /*held=*/0);
   tool_.AddToUserObjectsList(&outside, /*held=*/0);
@@ -130,8 +130,8 @@ TEST_F(DocumentNodes, TreeFollowsOwnersWhenItIsRebuilt) {
   EXPECT_EQ(tool_.GetCountOfUserObjects(), 0) << "the document doesn't hold that user";
 }
 
-// A document deletes nodes that use one another in every order; the address sanitizer would see a step astray.
-TEST_F(DocumentNodes, OfADocumentThatGoesLetGoOfOneAnotherFirst) {
+// The nodes use one another; the address sanitizer finds a use after delete.
+TEST_F(DocumentNodes, DropTheirLinksBeforeTheDocumentDeletesThem) {
   auto document = std::make_unique<HostDocument>();
   {
     const ActiveDocument active(document.get());

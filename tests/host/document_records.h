@@ -1,4 +1,4 @@
-// A document's streams built by hand, byte after byte, and the file around them.
+// Builds a document's streams byte by byte, and the file with them.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -13,12 +13,12 @@
 
 namespace kvtest {
 
-// The object archive of a document of this release: tools, a setup, its features, their operations. Knows the layout
-// and nothing of the code that reads it. Classes and objects have the numbers
+// The object archive of a document of this release. It follows the layout and uses no code of the reader. Classes and
+// objects have the numbers
 //
 //   1 HostDocument   2 the document   3 QFObject   4 QFBaseObject   5 QFObjectIndexerHelper   6 the helper
 //
-// then those of the table of nodes: each new class one, each node one.
+// then each new class and each node of the table of nodes.
 class DocumentBytes {
  public:
   // One row of the table of nodes.
@@ -30,7 +30,7 @@ class DocumentBytes {
     int originalOwner = -1;       // row
   };
 
-  // firstNumber is that of the table's first row, for an indexer that is put in later.
+  // firstNumber is the number of the table's first row; WithIndexer needs a higher one.
   explicit DocumentBytes(std::vector<Node> nodes, int firstNumber = 7) : nodes_(std::move(nodes)), next_(firstNumber) {
     bytes_.NewClass("HostDocument", 1).Class(1).NewClass("QFObject", 8).NewClass("QFBaseObject", 2);
     Base({}, u"", 0, -1, -1, u"");
@@ -46,7 +46,7 @@ class DocumentBytes {
   }
 
   const std::string& Get() const { return bytes_.Get(); }
-  // Behind the table of nodes, and behind each node's record.
+  // The byte after the table of nodes, and after each node's record.
   std::size_t TableEnd() const { return tableEnd_; }
   const std::vector<std::size_t>& Ends() const { return ends_; }
   // The label of a row's node.
@@ -78,7 +78,7 @@ class DocumentBytes {
     }
   }
 
-  // Behind the class records of the two base levels.
+  // The fields after the class records of the two base levels.
   void Base(const std::vector<int>& users, std::u16string_view label, unsigned id, int owner, int originalOwner,
             std::u16string_view name) {
     bytes_.Word(int(users.size()));
@@ -117,7 +117,7 @@ class DocumentBytes {
     }
   }
 
-  // Classes that are met within records for the first time.
+  // Class records of levels, which may come first in a record.
   void OperationLevel() { LevelMet("HostOperation", 1); }
   void FlagLevel() { LevelMet("CFlaggedError", 2); }
   void LevelMet(const std::string& name, int schema) {
@@ -145,7 +145,7 @@ inline std::string EmptyHistory() {
   return RecordBytes().NewClass("QFDocSrHistoryMngr", 1).Class(1).NewClass("QFBaseObject", 2).Word(0).Get();
 }
 
-// The header for these streams, its checksums by the reference form of CRC-32: bit after bit.
+// The header for these streams, with a bitwise CRC-32.
 inline DWORD ReferenceChecksum(std::string_view bytes) {
   DWORD state = 0xFFFFFFFF;
   for (const char byte : bytes) {
@@ -178,7 +178,7 @@ inline std::string StreamOf(const std::string& path, LPCTSTR name) {
   return bytes;
 }
 
-// Writes a compound file with the streams; one that is null is left out.
+// Writes a compound file with the streams that are not null.
 inline void WriteDocumentFile(const std::string& path, const std::string* header, const std::string* objects,
                               const std::string* history) {
   constexpr DWORD kMode = STGM_READWRITE | STGM_SHARE_EXCLUSIVE | STGM_CREATE;
@@ -197,7 +197,7 @@ inline void WriteDocumentFile(const std::string& path, const std::string* header
   root->Release();
 }
 
-// A whole file around an object archive.
+// Writes a file with the object archive and a correct header.
 inline void WriteDocumentFile(const std::string& path, const std::string& objects) {
   const std::string history = EmptyHistory();
   const std::string header = HeaderBytes(objects, history);

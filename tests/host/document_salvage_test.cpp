@@ -1,5 +1,4 @@
-// What a loader that salvages keeps of damaged documents: the whole nodes ahead of the damage, and nothing that leads
-// to the others.
+// A salvaging loader keeps the intact nodes before the damage, without references to the others.
 #include <fmt/format.h>
 
 #include "framework/ob_list.h"
@@ -41,25 +40,25 @@ class DocumentSalvage : public DocumentTest {
     return document;
   }
 
-  // Reads the bytes as an object archive, keeping what is whole.
+  // Reads the bytes as an object archive and keeps the intact nodes.
   std::unique_ptr<HostDocument> Read(std::string objects, LoadReport& report) {
     CMemFile file(reinterpret_cast<BYTE*>(objects.data()), objects.size());
-    auto document = ReadObjectArchive(file, /*keepWhatIsWhole=*/true, report);
+    auto document = ReadObjectArchive(file, /*salvage=*/true, report);
     QFSerializeNotify::PostLoadFromStorageNotify();
     QFSerializeNotify::Clear();
     return document;
   }
 
-  // What a second check finds behind one that mends: nothing.
+  // A check after a repairing one finds nothing.
   static void ExpectMendable(HostDocument& document, LoadReport& report) {
     const ActiveDocument active(&document);
-    CheckDocument(document, CheckMode::kMend, report);
+    CheckDocument(document, CheckMode::kRepair, report);
     LoadReport second;
-    CheckDocument(document, CheckMode::kLook, second);
+    CheckDocument(document, CheckMode::kReport, second);
     EXPECT_EQ(second.findingCount, 0u) << FindingsText(second);
   }
 
-  // The document has the first so many nodes, and no link leads out of it.
+  // The document has the first `count` nodes and no link to other objects.
   void ExpectFirst(const HostDocument& document, std::size_t count) {
     ASSERT_EQ(document.NodeCount(), count);
     for (DWORD place = 0; place < count; ++place) {
@@ -79,7 +78,7 @@ class DocumentSalvage : public DocumentTest {
   }
 };
 
-TEST_F(DocumentSalvage, WholeDocumentHasAllNodesAndNoFinding) {
+TEST_F(DocumentSalvage, IntactDocumentHasAllNodesAndNoFinding) {
   LoadReport report;
   const auto document = Load(Sample().Get(), DocumentLoader::Mode::kStrict, report);
   ExpectFirst(*document, 7);
@@ -89,7 +88,7 @@ TEST_F(DocumentSalvage, WholeDocumentHasAllNodesAndNoFinding) {
   EXPECT_EQ(document->NodeAt(2).GetIsUsingThisObject(&document->NodeAt(5)), 1);
 }
 
-TEST_F(DocumentSalvage, ArchiveCutAtEveryByteGivesTheWholeNodesAheadOfTheCut) {
+TEST_F(DocumentSalvage, ArchiveCutAtAnyByteKeepsTheNodesBeforeTheCut) {
   const DocumentBytes& sample = Sample();
   for (std::size_t cut = 0; cut < sample.Get().size() && !HasFailure(); ++cut) {
     SCOPED_TRACE(fmt::format("cut at byte {} of {}", cut, sample.Get().size()));
@@ -112,7 +111,7 @@ TEST_F(DocumentSalvage, ArchiveCutAtEveryByteGivesTheWholeNodesAheadOfTheCut) {
   }
 }
 
-// Of most cuts the nodes that are promised would take far more memory than the bytes that are left account for.
+// The table has more nodes than the bytes left allow memory for.
 TEST_F(DocumentSalvage, LargeDocumentCutShortKeepsItsFirstNodes) {
   constexpr int kOperations = 3000;
   std::vector<DocumentBytes::Node> nodes = {{"HostTool"}};
@@ -130,7 +129,7 @@ TEST_F(DocumentSalvage, LargeDocumentCutShortKeepsItsFirstNodes) {
   }
 }
 
-TEST_F(DocumentSalvage, FileCutWithinItsNodesIsLookedThroughForThem) {
+TEST_F(DocumentSalvage, FileCutWithinItsNodesIsSearchedForThem) {
   const std::string objects = Sample().Get();
   WriteDocumentFile(File("a.kvdoc"), objects);
   const std::string file = ReadFile(File("a.kvdoc"));
@@ -141,7 +140,7 @@ TEST_F(DocumentSalvage, FileCutWithinItsNodesIsLookedThroughForThem) {
     folder_.Write("b.kvdoc", file.substr(0, start + end + 1));
     DocumentLoader loader(File("b.kvdoc"), DocumentLoader::Mode::kSalvage);
     ExpectFirst(*loader.Load(), whole);
-    EXPECT_TRUE(FindingsText(loader.Report()).starts_with("  it is damaged or was cut off\n"));
+    EXPECT_TRUE(FindingsText(loader.Report()).starts_with("  it is damaged or truncated\n"));
     DocumentLoader strict(File("b.kvdoc"), DocumentLoader::Mode::kStrict);
     EXPECT_THROW(strict.Load(), Failure);
   }
@@ -164,8 +163,8 @@ TEST_F(DocumentSalvage, StrictLoaderRefusesWhatTheSalvagingOneKeeps) {
   EXPECT_EQ(FindingsText(salvaging.Report()), "  Objects: its checksum is wrong: bytes have changed\n");
 }
 
-// Node 2 as owner of node 1, itself as owner, a user that is the document, an operation that its tool doesn't know.
-TEST_F(DocumentSalvage, LinksThatCannotBeArePutRight) {
+// Node 2 is the owner of node 1 and of itself; the tool does not have the operation as its user.
+TEST_F(DocumentSalvage, ImpossibleLinksAreRepaired) {
   const DocumentBytes bytes(
       {{"HostTool", -1, -1, {1}}, {"HostFeature", 2}, {"HostFeature", 2}, {"HostOperation", 2, 0}});
   LoadReport report;
@@ -176,17 +175,17 @@ TEST_F(DocumentSalvage, LinksThatCannotBeArePutRight) {
   EXPECT_EQ(report.dangling, 2);
   EXPECT_EQ(report.oneSided, 1);
   EXPECT_EQ(FindingsText(report),
-            "  Objects: HostFeature 2 \"N1\" has 1 reference to what the document doesn't hold\n"
-            "  Objects: HostFeature 3 \"N2\" has 1 reference to what the document doesn't hold\n"
-            "  Objects: HostOperation 4 \"N3\" has 1 use that one side alone knows\n");
+            "  Objects: HostFeature 2 \"N1\" has 1 reference to an object outside the document\n"
+            "  Objects: HostFeature 3 \"N2\" has 1 reference to an object outside the document\n"
+            "  Objects: HostOperation 4 \"N3\" has 1 use that only one side has\n");
   EXPECT_EQ(GetSerializationStatus(), kReferenceLost | kFaultInLinks | 1u) << "an owner came back null";
   int walked = 0;
   document->Walk([&](HostNode&, int) { ++walked; });
   EXPECT_EQ(walked, 4);
 }
 
-// A tool and two operations: whom the tool's list has, which tool each operation has, and what comes of it.
-TEST_F(DocumentSalvage, UsesAreKnownOnBothSidesInWhateverOrder) {
+// A tool and two operations: the users of the tool, the tool of each operation, and the repaired users.
+TEST_F(DocumentSalvage, UsesAgreeOnBothSidesInAnyOrder) {
   const struct {
     std::vector<int> users;
     int tools[2];
@@ -213,8 +212,8 @@ TEST_F(DocumentSalvage, UsesAreKnownOnBothSidesInWhateverOrder) {
   }
 }
 
-// Which only damage makes, of up to half the file: what is told of it is short.
-TEST_F(DocumentSalvage, EndlessLabelIsCutWhereItIsTold) {
+// Damage can make a label of half the file.
+TEST_F(DocumentSalvage, LongLabelIsTruncatedInAFinding) {
   auto& tool = Add<HostTool>(nullptr, _T("T"));
   auto& operation = Add<HostOperation>(nullptr, CString(_T('n'), 300));
   operation.SetTool(&tool);
@@ -222,7 +221,7 @@ TEST_F(DocumentSalvage, EndlessLabelIsCutWhereItIsTold) {
   LoadReport report;
   Read(Store([&](CArchive& ar) { ar << &document_; }), report);
   EXPECT_EQ(FindingsText(report),
-            "  Objects: HostOperation 2 \"" + std::string(80, 'n') + "...\" has 1 use that one side alone knows\n");
+            "  Objects: HostOperation 2 \"" + std::string(80, 'n') + "...\" has 1 use that only one side has\n");
 }
 
 TEST_F(DocumentSalvage, RecycledNodeStaysAmongTheUsersOfItsOriginalOwnerOnce) {
@@ -240,8 +239,8 @@ TEST_F(DocumentSalvage, RecycledNodeStaysAmongTheUsersOfItsOriginalOwnerOnce) {
   }
 }
 
-// Where a reference to a node is wanted, the bytes make a new one, which uses a node, and hold a list of another.
-TEST_F(DocumentSalvage, ObjectsThatNoListHoldsAreDeletedAndTold) {
+// The bytes have a new object in the place of a reference to a user.
+TEST_F(DocumentSalvage, ObjectsInNoListAreDeletedAndReported) {
   const DocumentBytes bytes({{"HostTool"}, {"HostFeature"}});
   std::string objects = bytes.Get();
   // The count of the feature's users becomes 1, and the user an object of class 9, HostFeature, like itself.
@@ -253,7 +252,7 @@ TEST_F(DocumentSalvage, ObjectsThatNoListHoldsAreDeletedAndTold) {
   ExpectFirst(*document, 2);
   EXPECT_EQ(report.strays, 1);
   EXPECT_EQ(FindingsText(report),
-            "  Objects: HostFeature 2 \"N1\" has 1 reference to what the document doesn't hold\n"
+            "  Objects: HostFeature 2 \"N1\" has 1 reference to an object outside the document\n"
             "  Objects: objects in no list of the document: 1 HostFeature\n");
 }
 

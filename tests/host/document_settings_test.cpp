@@ -1,4 +1,4 @@
-// The settings that travel with a document: in its file, to the library, and what becomes of damaged ones.
+// The settings of a document: in its file, in the library, and damaged.
 #include "framework/archive.h"
 #include "framework/stream_file.h"
 #include "host/document/active_document.h"
@@ -24,7 +24,7 @@ int IntOf(const QFSettingsKey& settings, LPCTSTR name) {
 
 class DocumentSettings : public kvtest::DocumentTest {
  protected:
-  // Saves the document, then puts the bytes in the place of its settings.
+  // Saves the document, then replaces its settings by the bytes.
   void SaveWith(const std::string& bytes) {
     SaveDocument(document_, File("a.kvdoc"));
     IStorage* root = nullptr;
@@ -55,7 +55,7 @@ std::string WithChecksum(const std::string& bytes) {
 
 }  // namespace
 
-TEST_F(DocumentSettings, TravelWithTheDocumentAndReachTheLibrary) {
+TEST_F(DocumentSettings, AreInTheFileAndReachTheLibrary) {
   document_.Settings().SetValue(_T("SeqHoleFeat"), 2);
   document_.Settings().SetValue(_T("MaxFacetDeviation"), 0.00005);
   SaveDocument(document_, File("a.kvdoc"));
@@ -72,7 +72,7 @@ TEST_F(DocumentSettings, TravelWithTheDocumentAndReachTheLibrary) {
   EXPECT_EQ(GetActiveDocSettingsCB(), nullptr);
 }
 
-TEST_F(DocumentSettings, DocumentFromBeforeThemHasTheDefaults) {
+TEST_F(DocumentSettings, OldDocumentHasTheDefaults) {
   const auto loaded = Load(Mode::kStrict, KV_TEST_FILES "/fixtures/storage38.0.kvdoc");
   EXPECT_EQ(findings_, "");
   EXPECT_EQ(IntOf(loaded->Settings(), _T("SeqHoleFeat")), 5);
@@ -91,7 +91,7 @@ TEST_F(DocumentSettings, DamageIsRefusedOrTheDefaultsAreTaken) {
   } rows[] = {
       {"a changed byte", changed, "its checksum is wrong: bytes have changed"},
       {"nothing", "", "the data ends too early"},
-      {"a null", WithChecksum(std::string(2, '\0')), "there is no tree in it"},
+      {"a null", WithChecksum(std::string(2, '\0')), "it has no settings tree"},
       {"cut off", WithChecksum(whole.substr(0, whole.size() - 1)), "the data ends too early"},
       {"a group", WithChecksum(kvtest::Store([&](CArchive& ar) { ar.WriteObject(&colors); })),
        "object of an unknown or unexpected class"},

@@ -14,7 +14,7 @@ namespace {
 
 constexpr double kPi = 3.14159265358979323846;
 
-TEST(DocumentUnits, ShowAsFewDecimalsAsNeeded) {
+TEST(DocumentUnits, OmitTrailingZeros) {
   const struct {
     double metres;
     const char* mm;
@@ -36,7 +36,7 @@ TEST(DocumentUnits, ShowAsFewDecimalsAsNeeded) {
   EXPECT_EQ(ToUtf8(AngleText(1)), "57.2958deg");
 }
 
-TEST(DocumentUnits, ReadWhatUsersType) {
+TEST(DocumentUnits, ReadUserInput) {
   const struct {
     const char* text;
     double mm;  // in metres, in a document of millimetres
@@ -83,7 +83,7 @@ TEST_F(DocumentUnitsOfALibrary, AreTheActiveDocuments) {
   EXPECT_EQ(ConvertLengthUserUnitsToSysValue(_T("wide")), 0) << "no number, no value";
 }
 
-TEST_F(DocumentUnitsOfALibrary, RefuseWhatIsNoRequest) {
+TEST_F(DocumentUnitsOfALibrary, RefuseUnknownRequests) {
   QFUnitsConversion request(QFeUnitsConversionType(3), QF_UNITS_LENGTH);
   EXPECT_EQ(SendToActiveDocument(QF_CORE_CONVERT_UNITS, &request), 0);
   QFUnitsConversion other(QF_UNITS_SYS_TO_USER, QFeUnitEntityType(2));

@@ -18,7 +18,7 @@ class DocumentVerify : public testing::Test {
     arguments.insert(arguments.begin(), {"document", command});
     return RunCommand(arguments);
   }
-  // The findings alone, without the lines ahead of them and the count behind.
+  // The lines of the faults.
   std::string Findings(const char* name) {
     const RunResult result = Run("verify", {File(name)});
     EXPECT_EQ(result.exit_code, 1) << result;
@@ -35,14 +35,14 @@ class DocumentVerify : public testing::Test {
   const DocumentBytes sample_{{{"HostTool", -1, -1, {2}}, {"HostSetup"}, {"HostOperation", 1, 0}}};
 };
 
-// The bytes of an indexer's entry in place of the list without any, and so verifiable nodes.
+// The objects with `list` as the entries of the indexer, which has none.
 std::string WithIndexer(const std::string& objects, const RecordBytes& list) {
   const std::string empty = RecordBytes().NewClass("QFObjectIndexerHelper", 2).Class(5).Class(4).Get();
   const std::size_t at = objects.find(empty) + empty.size();
   return objects.substr(0, at) + list.Get() + objects.substr(at + 2);
 }
 
-TEST_F(DocumentVerify, TellsEachFindingWithItsStream) {
+TEST_F(DocumentVerify, ReportsEachFaultWithItsStream) {
   const std::string& good = sample_.Get();
   const std::string header = HeaderBytes(good, history_);
   std::string changed = good;
@@ -65,21 +65,21 @@ TEST_F(DocumentVerify, TellsEachFindingWithItsStream) {
     const std::string *header, *objects, *history;
     std::string findings;
   } kCases[] = {
-      {"no header", nullptr, &good, &history_, "Header: there is none: the file is no document\n" + unlisted},
-      {"another header", &magic, &good, &history_, "Header: it is none of a document\n" + unlisted},
+      {"no header", nullptr, &good, &history_, "Header: it is missing: the file is not a document\n" + unlisted},
+      {"another header", &magic, &good, &history_, "Header: it is not the header of a document\n" + unlisted},
       {"a header that changed", &format, &good, &history_, "Header: its checksum is wrong\n" + unlisted},
       {"objects that changed", &header, &changed, &history_,
        "Objects: its checksum is wrong: bytes have changed\n" + unlisted},
-      {"no objects", &header, nullptr, &history_, "Objects: there is none\n"},
+      {"no objects", &header, nullptr, &history_, "Objects: it is missing\n"},
       {"more behind", &header, &longer, &history_,
-       wrongSize("Objects", longer.size(), good.size()) + "Objects: 4 bytes stand behind the last record\n" + unlisted},
-      {"no history", &header, &good, nullptr, "History: there is none\n" + unlisted},
-      {"a history that is null", &nullHistory, &good, &null, "History: its root is null\n" + unlisted},
+       wrongSize("Objects", longer.size(), good.size()) + "Objects: 4 bytes follow the last record\n" + unlisted},
+      {"no history", &header, &good, nullptr, "History: it is missing\n" + unlisted},
+      {"a history that is null", &nullHistory, &good, &null, "History: the root is null\n" + unlisted},
       {"objects cut off", &header, &cut, &history_,
        wrongSize("Objects", cut.size(), good.size()) +
-           fmt::format("Objects: byte {}: the data ends too early, in node 3 of 3, a HostOperation\n", cut.size()) +
+           fmt::format("Objects: byte {}: the data ends too early, in node 3 of 3 (HostOperation)\n", cut.size()) +
 
-           "Objects: HostTool 1 \"N0\" has 1 reference to what the document doesn't hold\n"
+           "Objects: HostTool 1 \"N0\" has 1 reference to an object outside the document\n"
            "Objects: HostTool \"N0\" is not in the indexer\nObjects: HostSetup \"N1\" is not in the indexer\n"},
   };
   for (const auto& c : kCases) {
@@ -89,11 +89,11 @@ TEST_F(DocumentVerify, TellsEachFindingWithItsStream) {
 }
 
 TEST_F(DocumentVerify, ComparesIdsStatesAndTheIndexerWithTheNodes) {
-  // Two classes with wrong counts, one of them without the node's id.
+  // Two classes with wrong counts, the first without the node's id.
   RecordBytes list;
   list.Word(2).NewClass("QFObjectIndexer", 2).Class(7).Class(4).Text(u"HostToolCrib").Dword(1).Dword(1).Dword(3);
   list.Class(7).Class(7).Class(4).Text(u"HostSetup").Dword(1).Dword(9).Dword(0);
-  // Three more numbers: the class and the two entries.
+  // Numbers 7 to 9: the class and the two entries.
   DocumentBytes bytes({{"HostTool"}, {"HostSetup"}, {"HostSetup"}}, /*firstNumber=*/10);
   std::string objects = WithIndexer(bytes.Get(), list);
   const std::size_t moved = objects.size() - bytes.Get().size();
@@ -109,16 +109,16 @@ TEST_F(DocumentVerify, ComparesIdsStatesAndTheIndexerWithTheNodes) {
   EXPECT_EQ(Findings("a.kvdoc"),
             "Objects: the document's next id is 4, and 7 is in use\n"
             "Objects: HostSetup \"N1\" is not in the indexer\n"
-            "Objects: HostSetup \"N2\" has the state 12, which is none\n"
-            "Objects: HostSetup \"N2\" has the id 7, as another node has\n"
+            "Objects: HostSetup \"N2\" has the invalid state 12\n"
+            "Objects: HostSetup \"N2\" has the id 7 of another node\n"
             "Objects: HostSetup \"N2\" is not in the indexer\n"
-            "Objects: the indexer counts 3 of HostToolCrib, and there are 1\n"
-            "Objects: the indexer counts 0 of HostSetup, and there are 2\n");
+            "Objects: the indexer counts 3 of HostToolCrib; the document has 1\n"
+            "Objects: the indexer counts 0 of HostSetup; the document has 2\n");
   EXPECT_EQ(Run("repair", {File("a.kvdoc"), File("b.kvdoc")}).exit_code, 0);
   EXPECT_TRUE(
       Run("verify", {File("b.kvdoc")})
           .out.ends_with(
-              "  indexer HostToolCrib: 1 stored, 1 alive\n  indexer HostSetup: 2 stored, 2 alive\nnothing found\n"));
+              "  indexer HostToolCrib: 1 stored, 1 alive\n  indexer HostSetup: 2 stored, 2 alive\nno faults found\n"));
   const auto nodes = nlohmann::json::parse(Run("show", {"--json", File("b.kvdoc")}).out)["nodes"];
   EXPECT_EQ(nodes[1]["id"], 7);
   EXPECT_EQ(nodes[2]["id"], 8) << "the next";
@@ -141,16 +141,16 @@ TEST_F(DocumentVerify, FindsAListedNodeByItsClassAndItsId) {
   objects.replace(objects.size() - kId, 4, "\xFF\xFF\xFF\xFF");
   WriteDocumentFile(File("a.kvdoc"), objects);
   EXPECT_EQ(Findings("a.kvdoc"),
-            "Objects: HostSetup \"N1\" has the id 4294967295, behind which there is none for a new node\n"
+            "Objects: HostSetup \"N1\" has the id 4294967295, which leaves no id for new nodes\n"
             "Objects: HostSetup \"N1\" is not in the indexer\n");
   EXPECT_EQ(Run("repair", {File("a.kvdoc"), File("b.kvdoc")}).exit_code, 0);
   EXPECT_EQ(Run("verify", {File("b.kvdoc")}).out,
             File("b.kvdoc") +
-                ": storage version 38, 2 of 2 nodes whole, status 0x0000, error location 0x0000\n"
-                "  indexer HostSetup: 2 stored, 2 alive\nnothing found\n");
+                ": storage version 38, 2 of 2 nodes intact, status 0x0000, error location 0x0000\n"
+                "  indexer HostSetup: 2 stored, 2 alive\nno faults found\n");
 }
 
-TEST_F(DocumentVerify, TellsProgramsInJson) {
+TEST_F(DocumentVerify, ReportsAsJson) {
   const std::string objects = sample_.Get().substr(0, sample_.Ends()[1] + 40);
   const std::string header = HeaderBytes(objects, history_);
   WriteDocumentFile(File("a.kvdoc"), &header, &objects, &history_);
@@ -182,7 +182,7 @@ TEST_F(DocumentVerify, RepairSaysWhatWasLost) {
   EXPECT_EQ(Run("verify", {File("c.kvdoc")}).exit_code, 0);
 }
 
-TEST_F(DocumentVerify, RefusesWhatIsNoDocumentOrALaterOne) {
+TEST_F(DocumentVerify, RefusesOtherFilesAndLaterVersions) {
   const std::string text = folder_.Write("text", std::string(600, 'x')).string();
   const std::string& good = sample_.Get();
   std::string format = HeaderBytes(good, history_);
@@ -191,12 +191,12 @@ TEST_F(DocumentVerify, RefusesWhatIsNoDocumentOrALaterOne) {
   WriteDocumentFile(File("format"), &format, &good, &history_);
   WriteDocumentFile(File("version"), &version, &good, &history_);
   WriteDocumentFile(File("empty"), nullptr, nullptr, nullptr);
-  const std::string later = ": a later release wrote it, and only such a one reads it";
+  const std::string later = "; a later release saved it: open it there";
   const struct {
     std::string file;
     std::string message;
   } kCases[] = {
-      {text, "cannot read " + text + ": it is no document: no compound file; check the name"},
+      {text, "cannot read " + text + ": it is not a document (not a compound file); check the name"},
       {File("format"),
        "cannot read " + File("format") + ": stream Header, it has format 2; this build reads 1" + later},
       {File("version"), "cannot read " + File("version") + ": stream Header, it has storage version 38.5" + later},
@@ -209,7 +209,7 @@ TEST_F(DocumentVerify, RefusesWhatIsNoDocumentOrALaterOne) {
   }
   EXPECT_EQ(
       Run("repair", {File("empty"), File("out")}),
-      (RunResult{1, "", "kestrova: nothing of " + File("empty") + " can be saved: stream Objects: there is none\n"}));
+      (RunResult{1, "", "kestrova: nothing of " + File("empty") + " can be saved: stream Objects: it is missing\n"}));
   EXPECT_FALSE(std::filesystem::exists(File("out")));
 }
 

@@ -1,4 +1,4 @@
-// `kestrova env`, which starts the whole module: in what it prints, and in what kinds of installation.
+// kestrova env: its output, in different installations.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -56,7 +56,7 @@ TEST(EnvironmentCommand, JsonHasEveryGroupByItsOperations) {
   EXPECT_TRUE(std::filesystem::is_directory(installation.Lib("SimulationRecordings")));
 }
 
-TEST(EnvironmentCommand, HelpIsEnglishWhereTheLanguageHasNone) {
+TEST(EnvironmentCommand, HelpIsEnglishIfTheLanguageHasNoHelp) {
   const ScratchInstallation installation;
   ChooseLanguage("German");
   const std::string install = ScratchInstallation::Product(installation.Lib("").string());
@@ -71,7 +71,7 @@ TEST(EnvironmentCommand, HelpIsEnglishWhereTheLanguageHasNone) {
   EXPECT_EQ(all.at("GetTutorialsPath"), install + "lang\\English\\Manuals");
 }
 
-TEST(EnvironmentCommand, EditorLiesInTheInstallationOrBesideIt) {
+TEST(EnvironmentCommand, EditorIsInTheInstallationOrBesideIt) {
   const ScratchInstallation installation;
   const auto editor = [] { return Environment().at("installation").at("GetCIMCOEditorPath"); };
   const std::string root = ScratchInstallation::Product(installation.Path().string());
@@ -82,7 +82,7 @@ TEST(EnvironmentCommand, EditorLiesInTheInstallationOrBesideIt) {
   EXPECT_EQ(editor(), root + "\\lib\\nceditor\\KestrovaNCEditor.exe") << "found in any case, named as ever";
 }
 
-TEST(EnvironmentCommand, LiesWhereTheLoaderFoundTheLibrary) {
+TEST(EnvironmentCommand, PathIsTheFolderOfTheLoadedLibrary) {
   const ScratchInstallation installation;
   std::filesystem::create_directory_symlink("lib", installation.Path() / "link");
   const std::string root = ScratchInstallation::Product(installation.Path().string());

@@ -23,8 +23,8 @@ struct Case {
   std::function<void(const ScratchInstallation&)> harm;
   const char* grade;
   const char* subject;
-  const char* text;    // a part of it
-  const char* remedy;  // a part of it
+  const char* text;    // part of the text
+  const char* remedy;  // part of the remedy
 };
 
 void Keep(LPCTSTR name, const std::string& text) { kvtest::KeepText(HKEY_CURRENT_USER, kVersionKey, name, text); }
@@ -32,15 +32,15 @@ void Overwrite(const fs::path& file) { std::ofstream(file, std::ios::binary) << 
 
 const Case kCases[] = {
     {"language that is not installed", [](const auto&) { Keep(_T("Language"), "Spanish"); }, "warning", "language",
-     "\"Spanish\" was chosen and has no resource library below", "/v Language /d Automatic /f"},
+     "the chosen language \"Spanish\" has no resource library below", "/v Language /d Automatic /f"},
     {"language without a number",
      [](const auto& here) {
        fs::copy(here.Lib("lang/German"), here.Lib("lang/Greek"));
        Keep(_T("Language"), "Greek");
      },
-     "note", "language", "\"Greek\" is none that the technology database knows", "nothing to do"},
+     "note", "language", "the technology database does not know the language \"Greek\"", "nothing to do"},
     {"library damaged", [](const auto& here) { Overwrite(here.Lib("lang/English/KVRESu.DLL")); }, "error", "language",
-     "lang/English/KVRESu.DLL is no readable resource library", "/v Language /d English /f"},
+     "lang/English/KVRESu.DLL is not a readable resource library", "/v Language /d English /f"},
     {"library of another release",
      [](const auto& here) {
        fs::copy_file(KV_SOURCE_DIR "/fuzz/seeds/resources/languages.dll", here.Lib("lang/German/KVRESu.DLL"),
@@ -57,11 +57,11 @@ const Case kCases[] = {
     {"data folder missing", [](const auto& here) { Keep(_T("KVDataPath"), (here.Path() / "gone").string()); }, "error",
      "folders", "KVDataPath in the registry, is missing: ", "/v KVDataPath /d"},
     {"data folder relative", [](const auto&) { Keep(_T("KVDataPath"), "data\\here"); }, "error", "folders",
-     "KVDataPath in the registry, is no full path: data\\here\\", "give it whole"},
+     "KVDataPath in the registry, is not a full path: data\\here\\", "set a full path"},
     {"data folder closed", [](const auto&) { Keep(_T("KVDataPath"), "/proc"); }, "warning", "folders",
-     "no file can be made in the folder of data: /proc", "give the user the right to write there"},
+     "no file can be created in the data folder: /proc", "give the user write permission"},
     {"jobs missing", [](const auto& here) { fs::remove_all(here.Lib("MachSim/Jobs")); }, "warning", "folders",
-     "SimulationJobPath in the registry, is missing", "make it"},
+     "SimulationJobPath in the registry, is missing", "create it"},
     {"no machines",
      [](const auto& here) {
        fs::remove_all(here.Lib("MachSim/Machines"));
@@ -69,11 +69,11 @@ const Case kCases[] = {
      },
      "warning", "folders", "there is no machine definition below", "Mill/NAME/KestrovaAPT.xml"},
     {"recordings blocked", [](const auto& here) { Overwrite(here.Lib("SimulationRecordings")); }, "warning", "folders",
-     "the folder of recordings can't be made", "the right to write"},
+     "the folder of recordings cannot be created", "write permission"},
     {"no database", [](const auto& here) { fs::remove_all(here.Lib("TechDB")); }, "error", "technology database",
-     "there is no active one", "TechDB/TechDB.kvdb there"},
+     "no database is active", "TechDB/TechDB.kvdb there"},
     {"database missing", [](const auto& here) { fs::remove(here.Lib("TechDB/TechDB.kvdb")); }, "error",
-     "technology database", "the active one is a file, and it is missing", "put the file there"},
+     "technology database", "the file of the active database is missing", "put the file there"},
     {"database damaged", [](const auto& here) { Overwrite(here.Lib("TechDB/TechDB.kvdb")); }, "error",
      "technology database", "not a database", "kestrova techdb activate N"},
     {"driver missing", [](const auto& here) { fs::remove(here.Path() / "etc"); }, "error", "technology database",
@@ -85,7 +85,7 @@ const Case kCases[] = {
        Keep(_T("TechDBForms"), "TechDBForms.mde (32bit)");
        Overwrite(here.Lib("lang/English/TechDBForms.mde"));
      },
-     "error", "technology database", "the forms file names no database, or can't be read: ", "TechDBFormsPathTable"},
+     "error", "technology database", "the forms file names no database, or cannot be read: ", "TechDBFormsPathTable"},
     {"database of the forms missing",
      [](const auto& here) {
        Keep(_T("TechDBForms"), "TechDBForms.mde (32bit)");
@@ -93,7 +93,7 @@ const Case kCases[] = {
      },
      "error", "technology database", "there is no database file D:\\T\\DB.mdb", "put it there"},
     {"simulator gone", [](const auto&) { Keep(_T("EurekaExePath"), "C:\\Gone"); }, "warning", "simulator",
-     "there is nothing at", "EurekaExePath"},
+     "there is no simulator at", "EurekaExePath"},
     {"switch set",
      [](const auto&) { SetRegSettingDwordValue(HKEY_CURRENT_USER, kVersionDebugKey, _T("GetWIPArcSupport"), 5); },
      "note", "switches", "GetWIPArcSupport is 5; the default is 1",
@@ -152,7 +152,7 @@ TEST(EnvironmentDoctor, NamesEachFaultAndItsRemedy) {
   }
 }
 
-TEST(EnvironmentDoctor, SpeaksPlainlyToAPerson) {
+TEST(EnvironmentDoctor, PrintsFindingsWithTheirRemedies) {
   const ScratchInstallation installation;
   SetEnvironmentVariableW(_T("_KVDEBUG"), _T("yes"));
   fs::remove(installation.Lib("lang/English/KVRESu.DLL"));
@@ -162,7 +162,7 @@ TEST(EnvironmentDoctor, SpeaksPlainlyToAPerson) {
   EXPECT_EQ(result.err, "");
   EXPECT_TRUE(
       result.out.starts_with("error: language: " + installation.Lib("lang/English/KVRESu.DLL").string() +
-                             " is missing: there are no texts\n    install the language again, or choose "
+                             " is missing; the product has no texts\n    install the language again, or choose "
                              "another: kestrova reg add 'HKCU\\Software\\Zemlor\\Kestrova\\Kestrova 2024x64' /v "
                              "Language /d English /f\n"))
       << result;

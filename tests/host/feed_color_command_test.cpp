@@ -1,4 +1,4 @@
-// kestrova feedcolors, as a user runs it, and the bar that a terminal gets.
+// kestrova feedcolors, as a user runs it, and the bar on a terminal.
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
@@ -42,7 +42,7 @@ TEST_F(FeedColorCommand, AddsReplacesRemovesAndLooksUp) {
                        "200.00\n"}));
 }
 
-TEST_F(FeedColorCommand, RowsThatLookAlikeKeepTheColorThatIsFound) {
+TEST_F(FeedColorCommand, OfRowsWithTheSameTextTheFoundColorStays) {
   for (const auto& [name, color] : {std::pair{_T("50.004"), DWORD{2}}, std::pair{_T("5e1"), DWORD{1}}})
     kvtest::Put(HKEY_CURRENT_USER, _T("Software\\Zemlor\\Kestrova\\FeedColors\\Mill"), name,
                 {REG_DWORD, kvtest::Raw(color)});
@@ -66,18 +66,18 @@ TEST_F(FeedColorCommand, RefusesBadFeedsAndColors) {
   for (const char* feed : {"", "nan", "1e3", "1.2.3", "1000000001"}) {
     EXPECT_EQ(Feed({"add", feed, "#000000"}),
               (RunResult{2, "",
-                         std::string("kestrova: FEED is a number from 0 to 1000000000, such as 120 or 99.5: \"") +
-                             feed + "\"\n"}));
+                         std::string("kestrova: FEED \"") + feed +
+                             "\" is not a number from 0 to 1000000000, such as 120 or 99.5\n"}));
   }
   for (const char* color : {"", "#12345", "#1234567", "#12345G", "0x", "0x100000000", "-1", "12 "}) {
     EXPECT_EQ(ColorFromText(color), std::nullopt) << color;
   }
   EXPECT_EQ(ColorText(*ColorFromText("0xff000001")), "0xFF000001") << "no plain colour, but a number that can be kept";
   for (const std::string color : {"red", "0x1000000"}) {
-    EXPECT_EQ(Feed({"add", "1", color}),
-              (RunResult{2, "",
-                         "kestrova: COLOR is #RRGGBB, or 0xBBGGRR as the registry has it, such as '#FF8000': \"" +
-                             color + "\"\n"}));
+    EXPECT_EQ(
+        Feed({"add", "1", color}),
+        (RunResult{2, "",
+                   "kestrova: COLOR \"" + color + "\" is neither #RRGGBB nor 0xBBGGRR; write it like '#FF8000'\n"}));
   }
   EXPECT_EQ(Feed({"show"}, "laser").exit_code, 2);
 }

@@ -20,7 +20,7 @@ namespace {
 using namespace kestrova;
 using Json = nlohmann::json;
 
-// A command that says that it runs and waits to be let go.
+// A command that releases `running` and waits for `go`.
 class Waiting : public OperationCommand {
  public:
   Waiting() { SetIdentifierA(this); }
@@ -42,11 +42,11 @@ class JobQueueTest : public kvtest::DocumentTest {
     for (const JobView& job : queue_.Jobs()) statuses.push_back(job.status);
     return statuses;
   }
-  bool Ask(HostOperation& node, Waiting& command, QFeThreadType type = QFeThreadType(0),
-           QFeThreadEndType end = QFeThreadEndType(0), unsigned context = 1) {
-    return queue_.Ask(node, context, command, type, end);
+  bool Request(HostOperation& node, Waiting& command, QFeThreadType type = QFeThreadType(0),
+               QFeThreadEndType end = QFeThreadEndType(0), unsigned context = 1) {
+    return queue_.Request(node, context, command, type, end);
   }
-  // Until the job ahead has left its command and the queue has had a look.
+  // Waits until the job has the status.
   void Await(int place, QFeThreadStatus status) {
     while (queue_.Jobs()[std::size_t(place)].status != status) Sleep(1);
   }
@@ -58,11 +58,11 @@ class JobQueueTest : public kvtest::DocumentTest {
   JobQueue queue_{2};
 };
 
-TEST_F(JobQueueTest, RunsAsManyAsItMayAndTheNextWhenOneEnds) {
-  EXPECT_TRUE(Ask(first_, one_));
-  EXPECT_TRUE(Ask(second_, two_));
-  EXPECT_TRUE(Ask(third_, three_));
-  EXPECT_FALSE(Ask(third_, three_)) << "a repeat of one that waits";
+TEST_F(JobQueueTest, RunsUpToItsLimitAndTheNextWhenOneEnds) {
+  EXPECT_TRUE(Request(first_, one_));
+  EXPECT_TRUE(Request(second_, two_));
+  EXPECT_TRUE(Request(third_, three_));
+  EXPECT_FALSE(Request(third_, three_)) << "a repeat of one that waits";
   EXPECT_THAT(Statuses(), testing::ElementsAre(2, 2, 7));
   one_.running.acquire();
   two_.running.acquire();
@@ -77,8 +77,8 @@ TEST_F(JobQueueTest, RunsAsManyAsItMayAndTheNextWhenOneEnds) {
 }
 
 TEST_F(JobQueueTest, ChildWaitsForItsParentsPart) {
-  Ask(first_, one_, QFeThreadType(0), eThreadEndWaitForChild);
-  Ask(first_, two_, eThreadTypeChild, QFeThreadEndType(0), 2);
+  Request(first_, one_, QFeThreadType(0), eThreadEndWaitForChild);
+  Request(first_, two_, eThreadTypeChild, QFeThreadEndType(0), 2);
   EXPECT_THAT(Statuses(), testing::ElementsAre(2, 7));
   one_.go.release();
   Await(0, eThreadWaitingForChild);
@@ -90,10 +90,10 @@ TEST_F(JobQueueTest, ChildWaitsForItsParentsPart) {
   EXPECT_TRUE(one_.child_done);
 }
 
-TEST_F(JobQueueTest, EndOfTheDocumentReachesThoseThatWait) {
-  Ask(first_, one_);
-  Ask(second_, two_);
-  Ask(third_, three_);
+TEST_F(JobQueueTest, EndOfTheDocumentTerminatesWaitingJobs) {
+  Request(first_, one_);
+  Request(second_, two_);
+  Request(third_, three_);
   queue_.TerminateAllThreadsInThisDoc(&document_);
   EXPECT_TRUE(queue_.IsIdle());
   EXPECT_THAT(Statuses(), testing::Each(4));
@@ -104,28 +104,28 @@ TEST_F(JobQueueTest, EndOfTheDocumentReachesThoseThatWait) {
   EXPECT_EQ(queue_.Jobs()[2].start, "");
 }
 
-TEST_F(JobQueueTest, WithoutThreadsToBeHadJobsFail) {
+TEST_F(JobQueueTest, JobsFailIfNoThreadCanBeCreated) {
   {
     const kvtest::NoThreads none;
-    Ask(first_, one_, QFeThreadType(0), eThreadEndWaitForChild);
-    Ask(first_, two_, eThreadTypeChild, QFeThreadEndType(0), 2);
+    Request(first_, one_, QFeThreadType(0), eThreadEndWaitForChild);
+    Request(first_, two_, eThreadTypeChild, QFeThreadEndType(0), 2);
   }
   EXPECT_THAT(Statuses(), testing::ElementsAre(5, 5));
   EXPECT_TRUE(queue_.IsIdle());
 }
 
-TEST_F(JobQueueTest, NothingBeginsOnceTheUserHasCancelled) {
+TEST_F(JobQueueTest, NothingStartsAfterTheUserCancelled) {
   const UserJobScope user;
   CancelUserJob();
   ToolpathCommand command(queue_, first_);
   EXPECT_EQ(command.Handle(eCommandRun, ToolpathCommand::kGenerate, first_), eThreadTerminated);
-  Ask(first_, one_);
+  Request(first_, one_);
   queue_.SetCanRunSeparateProcess(0);  // jobs run on the asking thread
-  Ask(second_, two_);
+  Request(second_, two_);
   EXPECT_THAT(Statuses(), testing::ElementsAre(7, 4));
 }
 
-TEST(Toolpath, EndsWhateverTheNumbersAre) {
+TEST(Toolpath, EndsForAnyNumbers) {
   constexpr double kNone = std::numeric_limits<double>::quiet_NaN(), kEndless = std::numeric_limits<double>::infinity();
   const auto go = [](int, const char*) { return true; };
   const HostFeature::Point odd[] = {{0, 0}, {kNone, 1e300}, {-kEndless, 5}, {1, kNone}};
@@ -142,7 +142,7 @@ TEST(Toolpath, GoesAroundAtEachStepAndLevel) {
   const Toolpath path = ComputeToolpath({square, 0.012, 0.008, 0.002, 1e-6}, go);
   EXPECT_EQ(path.levels, 3);
   EXPECT_EQ(path.contours, 24);
-  // Eight contours a level, each the sides and a circle about the corners.
+  // Eight contours per level: the sides, and a circle for the corners.
   double length = 0;
   for (int i = 0; i < 8; ++i) length += 0.06 + 2 * 3.14159265358979 * (0.004 + 0.002 * i);
   EXPECT_NEAR(path.length, 3 * length, 1e-3 * length);
@@ -191,7 +191,7 @@ TEST(JobCommand, ReportsWhatBecameOfEachJob) {
   }
 }
 
-TEST(JobCommand, RefusesWhatItDoesNotKnow) {
+TEST(JobCommand, RefusesUnknownCommandsAndFiles) {
   EXPECT_EQ(kvtest::RunCommand({"job", "run", "none.kvdoc", "--command", "dance"}).exit_code, 2);
   EXPECT_EQ(kvtest::RunCommand({"job", "run", "none.kvdoc"}).exit_code, 1);
 }

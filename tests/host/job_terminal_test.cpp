@@ -1,4 +1,4 @@
-// kestrova job run as somebody sees it who sits in front of it: the lines on a terminal, and Ctrl-C.
+// kestrova job run on a terminal: the lines of running jobs, and Ctrl-C.
 #include <gmock/gmock.h>
 #include <pty.h>
 
@@ -12,7 +12,7 @@
 
 namespace {
 
-// What a child process does: it becomes the command, with the streams that it has.
+// Replaces a child process by the command, with the same streams.
 [[noreturn]] void Become(std::vector<std::string> words) {
   words.insert(words.begin(), KV_BIN_DIR "/kestrova");
   std::vector<char*> arguments;
@@ -24,7 +24,7 @@ namespace {
 
 class JobTerminal : public testing::Test {
  protected:
-  // A document with so many nodes.
+  // Creates a document with this number of nodes.
   std::string Document(const char* nodes) {
     const std::string file = (folder_.Path() / "a.kvdoc").string();
     EXPECT_EQ(kvtest::RunCommand({"document", "new", file, "--nodes", nodes}).exit_code, 0);
@@ -44,7 +44,7 @@ TEST_F(JobTerminal, ShowsALineAJobAndThenTheTable) {
     bytes.append(block.data(), std::size_t(got));
   close(terminal);
   EXPECT_EQ(kvtest::ExitCode(child), 0) << bytes;
-  // A drawing goes up to its first line, writes a line a job over the former ones, and clears what is below.
+  // A drawing moves up to its first line, writes a line per job over the old ones, and clears the lines below.
   const std::regex drawing("^(?:\x1b\\[(\\d+)A)?\x1b\\[\\?7l((?:\r\x1b\\[K[^\r]*\r\n)*)\x1b\\[J\x1b\\[\\?7h");
   const std::regex line(
       "\r\x1b\\[K *\\d+% (Rough|Contour) Mill [12]  (offsetting|fitting arcs|done|)  \\d+\\.\\d s\r\n");
@@ -61,7 +61,7 @@ TEST_F(JobTerminal, ShowsALineAJobAndThenTheTable) {
   EXPECT_THAT(bytes, testing::MatchesRegex("Name [^\n]*\n[^\n]* 1 done [^\n]*\n[^\n]* 1 done [^\n]*\n"));
 }
 
-TEST_F(JobTerminal, CtrlCEndsTheJobsAndTheTableSaysSo) {
+TEST_F(JobTerminal, CtrlCTerminatesTheJobs) {
   const std::string file = Document("400");
   const std::string out = (folder_.Path() / "out").string();
   std::array<int, 2> errors;

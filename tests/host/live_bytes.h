@@ -1,15 +1,14 @@
-// Counts the bytes that the running thread holds from operator new, in this program and in the libraries it uses.
-// Blocks of the library's pool are among them only where the pool takes them from the heap, as it does under the
-// address sanitizer (framework/block_pool.h); elsewhere its pages are not counted.
+// Counts the bytes that the thread has from operator new, in the program and its libraries. Blocks of the library's
+// pool count only if the pool takes them from the heap, as under the address sanitizer (framework/block_pool.h).
 #pragma once
 
 #include <cstddef>
 
 namespace kvtest {
 
-// What stands allocated; only differences mean anything.
+// The allocated bytes; use only differences.
 std::ptrdiff_t LiveBytes();
-// The highest LiveBytes since the last call of it, or since the thread began.
+// The highest LiveBytes since the last call, or since the start of the thread.
 std::ptrdiff_t TakePeakBytes();
 
 }  // namespace kvtest

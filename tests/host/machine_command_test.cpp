@@ -14,7 +14,7 @@ constexpr char kGood[] =
     "<R><CHANNELS NUM='1'><CHANNEL ID='1' NAME='Main'><TARGET TYPE='Head'/></CHANNEL></CHANNELS>\n"
     "<SHAPES NUM='1'><SHAPE NAME='Bed' ID='3' PATH='bed.stl'/></SHAPES></R>";
 
-// A folder of machines with one mill, VMC, in it.
+// A folder of machines with one mill, VMC.
 class MachineCommand : public testing::Test {
  protected:
   void Write(const std::string& definition) { folder_.Write("Mill/VMC/KestrovaAPT.xml", definition); }
@@ -65,7 +65,7 @@ TEST_F(MachineCommand, SaysThatThereIsNoDefinition) {
 
 TEST_F(MachineCommand, RefusesWrongUsage) {
   EXPECT_EQ(Run("export", "../VMC"),
-            (RunResult{2, "", "kestrova: NAME is the name of a machine's folder, not a path: \"../VMC\"\n"}));
+            (RunResult{2, "", "kestrova: NAME \"../VMC\" is not the name of a machine's folder\n"}));
   EXPECT_EQ(RunCommand({"machine", "export", "--type", "Mill", "VMC"}).exit_code, 2);
   EXPECT_EQ(RunCommand({"machine", "show", "--machines", ".", "--type", "mill", "VMC"}).exit_code, 2);
 }

@@ -1,4 +1,4 @@
-// The bar on the terminal.
+// The progress bar.
 #include "host/shell/progress_bar.h"
 
 #include <gtest/gtest.h>
@@ -17,8 +17,8 @@ TEST(ProgressBar, ShowsThePartThatIsDone) {
 
 TEST(ProgressBar, StepWithoutABarDoesNothing) { EXPECT_EQ(ProgressBar::Step(1), 1); }
 
-// The run takes long enough to show one.
-TEST(ProgressBar, IsNotWrittenWhereNobodyLooks) {
+// The command takes long enough for a bar.
+TEST(ProgressBar, IsNotWrittenWithoutATerminal) {
   const kvtest::ScratchFolder folder;
   const std::string file = (folder.Path() / "a.kvdoc").string();
   EXPECT_EQ(kvtest::RunCommand({"document", "new", file, "--nodes", "200000"}), (kvtest::RunResult{0, "", ""}));

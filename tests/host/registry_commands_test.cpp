@@ -20,7 +20,7 @@ class RegistryCommands : public testing::Test {
   void SetUp() override { RegDeleteTreeW(HKEY_CURRENT_USER, _T("Software\\KvHost")); }
   void TearDown() override { RegDeleteTreeW(HKEY_CURRENT_USER, _T("Software\\KvHost")); }
 
-  // Runs kestrova reg with words divided by blanks, in which @ stands for the tests' key.
+  // Runs kestrova reg with the words of a line; @ is the tests' key.
   static RunResult Reg(const std::string& line, const std::vector<std::string>& more = {}) {
     std::vector<std::string> words = {"reg"};
     std::istringstream in(line);
@@ -91,7 +91,7 @@ TEST_F(RegistryCommands, AsksBeforeItDestroys) {
       {"export @ " + file, " /y", file + " exists; add /y to overwrite it"},
       {"delete @ /v x", " /f", "deleting the value x of " + key + " needs /f"},
       {"delete @ /va", " /f", "deleting all values of " + key + " needs /f"},
-      {"delete @", " /f", "deleting the key " + key + " with all below it needs /f"},
+      {"delete @", " /f", "deleting the key " + key + " with everything below it needs /f"},
   };
   for (const auto& row : rows) {
     EXPECT_EQ(Reg(row.words), Refused(1, row.refusal));
@@ -114,11 +114,11 @@ TEST_F(RegistryCommands, SaysWhatIsMissingOrWrong) {
       {1, "import /no/such/file.reg", "cannot read /no/such/file.reg; check the name"},
       {2, "", "reg needs a command; see kestrova reg --help"},
       {2, "search", "reg has no command search; see kestrova reg --help"},
-      {2, "query", "a name is missing; see kestrova reg query --help"},
-      {2, "query HKCR\\X", "HKCR\\X is no key; a key begins with HKCU\\ or HKLM\\, in quotes for the shell"},
-      {2, "query HKCU /x", "/x is not expected; see kestrova reg query --help"},
+      {2, "query", "KEY is missing; see kestrova reg query --help"},
+      {2, "query HKCR\\X", "HKCR\\X is not a key; a key begins with HKCU\\ or HKLM\\ and needs quotes in the shell"},
+      {2, "query HKCU /x", "/x is unexpected; see kestrova reg query --help"},
       {2, "query HKCU /v a /ve", "only one of /v, /ve and /va can be given; see kestrova reg query --help"},
-      {2, "add @ /v a /t REG_X", "/t REG_X is no type; see kestrova reg add --help"},
+      {2, "add @ /v a /t REG_X", "/t REG_X is not a type; see kestrova reg add --help"},
       {2, "add @ /v a /t REG_DWORD /d 4294967296",
        "/d 4294967296 is not a number of 32 bits; give it in decimal or as 0x2a"},
       {2, "add @ /v a /t REG_BINARY /d abc", "/d abc is not binary data; give pairs of hexadecimal digits"},
@@ -127,8 +127,8 @@ TEST_F(RegistryCommands, SaysWhatIsMissingOrWrong) {
   for (const auto& row : rows) EXPECT_EQ(Reg(row.words), Refused(row.exit_code, row.line));
 }
 
-// In a hive of its own: the command ends with one line whatever stands in the file.
-TEST_F(RegistryCommands, DamagedHiveIsToldInOneLine) {
+// In a separate hive, which the test damages.
+TEST_F(RegistryCommands, DamagedHiveIsReportedInOneLine) {
   const kvtest::RegistryIn own(folder_.Path());
   Reg("add @ /v X /d 1");
   sqlite3* connection = nullptr;

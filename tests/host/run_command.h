@@ -1,4 +1,4 @@
-// Runs the built command line as a user would, and gives what came out.
+// Runs the built command line as a user would.
 #pragma once
 
 #include <cstdlib>
@@ -12,7 +12,7 @@
 namespace kvtest {
 
 struct RunResult {
-  // 128 and more if a signal ended the command.
+  // 128 or more: a signal ended the command.
   int exit_code = 0;
   std::string out;
   std::string err;
@@ -23,8 +23,8 @@ struct RunResult {
   }
 };
 
-// Runs kestrova with the arguments, each passed on as it stands, in this process's registry; `input` is what it reads
-// on its standard input, which is no terminal.
+// Runs kestrova with exactly these arguments in this process's registry. `input` is its standard input, which is not a
+// terminal.
 inline RunResult RunCommand(const std::vector<std::string>& arguments, const std::string& input = "") {
   const ScratchFolder folder;
   const auto quoted = [](const std::string& text) {
@@ -40,7 +40,7 @@ inline RunResult RunCommand(const std::vector<std::string>& arguments, const std
   line += " <" + quoted(folder.Write("in", input).string());
   line += " >" + quoted((folder.Path() / "out").string()) + " 2>" + quoted((folder.Path() / "err").string());
   const int status = std::system(line.c_str());
-  // The C library gives the exit code itself or, where signals exist, above eight bits for the signal.
+  // std::system returns the exit code, or on systems with signals the exit code above eight bits of the signal.
   const int code = status >= 256 ? status >> 8 : status == 0 ? 0 : 128 + (status & 127);
   return {code, ReadFile(folder.Path() / "out"), ReadFile(folder.Path() / "err")};
 }

@@ -1,5 +1,5 @@
-// A small installation of its own: the library under test in a folder with the languages, data and machines of the
-// example installation, all of which a test may damage. While it lives, commands that a test runs are of it.
+// A small installation that a test may damage: the library under test with the languages, data and machines of the
+// example installation. Commands of the test use it while the object lives.
 #pragma once
 
 #include <cstdlib>
@@ -26,7 +26,7 @@ class ScratchInstallation {
   }
   ~ScratchInstallation() { SetEnvironmentVariableW(_T("LD_LIBRARY_PATH"), nullptr); }
 
-  // Has the library loaded by another name of its folder.
+  // Commands load the library from this folder.
   static void UseLibraryIn(const std::string& folder) {
     SetEnvironmentVariableW(_T("LD_LIBRARY_PATH"), std::filesystem::path(folder).u16string().c_str());
   }
@@ -43,7 +43,7 @@ class ScratchInstallation {
   RegistryIn registry_{folder_.Path() / "registry"};
 };
 
-// Writes a text of the user's or the machine's.
+// Writes a text value.
 inline void KeepText(HKEY hive, LPCTSTR path, LPCTSTR name, const std::string& utf8) {
   const std::u16string text = std::filesystem::path(utf8).u16string();
   Put(hive, path, name, {REG_SZ, Wide({text.c_str(), text.size() + 1})});

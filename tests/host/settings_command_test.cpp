@@ -24,7 +24,7 @@ class SettingsCommand : public testing::Test {
     words.insert(words.begin(), "settings");
     return RunCommand(words);
   }
-  // What the command prints if it succeeds.
+  // The output of a command that must succeed.
   static std::string Out(const std::vector<std::string>& words) {
     const RunResult result = Run(words);
     EXPECT_EQ(result.exit_code, 0) << result;
@@ -49,7 +49,7 @@ TEST_F(SettingsCommand, ListsBothTreesAsTheyAreDeclared) {
     Json golden = Json::parse(kvtest::ReadFile(KV_SOURCE_DIR "/tests/settings/golden/" + tree + "_settings.json"));
     Json listed = Json::parse(Out({"list", "--tree", tree, "--json"}));
     ASSERT_EQ(listed["values"].size(), golden["values"].size());
-    // The start of the environment fills in folders: of the values it is the defaults that are told beforehand.
+    // The start of the environment sets folders, so only the defaults are compared.
     for (Json* all : {&golden, &listed}) {
       for (Json& row : (*all)["values"]) row.erase("value");
     }
@@ -76,14 +76,14 @@ TEST_F(SettingsCommand, SetsGetsAndResetsInTheRegistry) {
 
 TEST_F(SettingsCommand, TakesEveryTypeAndRefusesOthers) {
   const struct {
-    const char *name, *text, *shown;  // null for what is refused
+    const char *name, *text, *shown;  // null if the text is refused
   } rows[] = {
       {"ThreadNum", "0x10", "16"},
       {"ThreadNum", "2147483648", nullptr},
       {"ThreadNum", "", nullptr},
       {"DiaFrom", "1e-3", "0.001"},
       {"TechDBPath", "C:\\Ä b", "\"C:\\Ä b\""},
-      {"TechDBPath", "a\n\x1B[1m", "\"a  [1m\""},  // nothing for the terminal to obey
+      {"TechDBPath", "a\n\x1B[1m", "\"a  [1m\""},  // no control characters for the terminal
       {"ToolBarLocation", "-20,143", "-20,143"},
       {"ThreadDlgRect", "1,2,,4", nullptr},
       {"LastCheckTime", "4294967295", "4294967295 (2106-02-07 06:28:15)"},
@@ -104,16 +104,15 @@ TEST_F(SettingsCommand, UnknownNamesAreRefusedWithTheNearest) {
 }
 
 TEST_F(SettingsCommand, ChangeOfADuplicateNameDoesNotLast) {
-  EXPECT_EQ(
-      Out({"set", "StockDispType", "9"}),
-      "Display/StockDispType: 3 -> 9\nDisplay/StockDispType is declared twice: the registry keeps the first one's "
-      "value, 1, so that the change does not last\n");
+  EXPECT_EQ(Out({"set", "StockDispType", "9"}),
+            "Display/StockDispType: 3 -> 9\nDisplay/StockDispType is declared twice: the registry keeps the value of "
+            "the first, 1; this change does not last\n");
   EXPECT_EQ(Out({"get", "StockDispType"}), "Display/StockDispType = 1  (default 3)\n");
   Out({"reset", "StockDispType"});
   EXPECT_EQ(Out({"get", "StockDispType"}), "Display/StockDispType = 3\n");
 }
 
-TEST_F(SettingsCommand, ADocumentsSettingsLieInItsFile) {
+TEST_F(SettingsCommand, DocumentSettingsAreInTheFile) {
   const std::string file = Document();
   EXPECT_EQ(Out({"set", "Feature", "#0102FF", "--document", file}), "Colors/Feature: #00FF00 -> #0102FF\n");
   EXPECT_EQ(Out({"list", "--changed", "--document", file}),
@@ -127,7 +126,7 @@ TEST_F(SettingsCommand, ADocumentsSettingsLieInItsFile) {
   EXPECT_EQ(Run({"list", "--tree", "application", "--document", file}).exit_code, 2);
 }
 
-TEST_F(SettingsCommand, AnExportIsComparedAndTakenOver) {
+TEST_F(SettingsCommand, ExportIsComparedAndImported) {
   const std::string file = File("all.json");
   Out({"set", "TechDBPath", "D:\\x"});
   Out({"export", file});
@@ -142,7 +141,7 @@ TEST_F(SettingsCommand, AnExportIsComparedAndTakenOver) {
   EXPECT_EQ(Out({"diff", file}), "");
 }
 
-TEST_F(SettingsCommand, ImportIsCheckedWholeAheadOfTheFirstChange) {
+TEST_F(SettingsCommand, ImportIsCheckedBeforeTheFirstChange) {
   Out({"set", "ThreadNum", "8"});
   const std::string good =
       R"({"group":"QFAppSettings","path":"Software\\Zemlor\\Kestrova\\Kestrova 2024x64","name":"ThreadNum",)"
@@ -155,20 +154,20 @@ TEST_F(SettingsCommand, ImportIsCheckedWholeAheadOfTheFirstChange) {
   const struct {
     std::string text, reason;
   } rows[] = {
-      {"{", "byte 2: it is no JSON"},
-      {"[1]", "it is no export of settings: \"tree\" and \"values\" are missing"},
+      {"{", "byte 2: not valid JSON"},
+      {"[1]", "it is not an export of settings: \"tree\" and \"values\" are missing"},
       {R"({"tree":"document","values":[]})",
-       "it holds document settings, not application ones; see --tree and --document"},
+       "it contains document settings, not application settings; see --tree and --document"},
       {whole(good + ",7"), "value 1 has no \"group\""},
-      {whole(good + ',' + good), "value 1: QFAppSettings ThreadNum stands there too often"},
+      {whole(good + ',' + good), "value 1: QFAppSettings ThreadNum is listed too often"},
       {whole(good + ',' + with("ThreadNum", "ThredMulti")),
        "value 1: there is no setting QFAppSettings/ThredMulti; the nearest: Application/ThreadMulti"},
       {whole(with("Kestrova 2024x64", "Else")),
-       "value 0: QFAppSettings ThreadNum lies in Software\\Zemlor\\Kestrova\\Kestrova 2024x64, not "
+       "value 0: QFAppSettings ThreadNum is stored in Software\\Zemlor\\Kestrova\\Kestrova 2024x64, not in "
        "Software\\Zemlor\\Kestrova\\Else"},
-      {whole(with("\"int\"", "\"double\"")), "value 0: Application/ThreadNum is of the type int"},
+      {whole(with("\"int\"", "\"double\"")), "value 0: Application/ThreadNum has the type int"},
       {whole(with("9", "9.5")), "value 0: Application/ThreadNum takes a whole number of 32 bits"},
-      {whole(with("9", "1e999")), "a number in it is larger than any setting takes"},
+      {whole(with("9", "1e999")), "a number is larger than any setting takes"},
   };
   for (const auto& row : rows) {
     const std::string file = folder_.Write("in.json", row.text).string();

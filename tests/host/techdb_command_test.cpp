@@ -1,4 +1,4 @@
-// `kestrova techdb`: the list, the choice, and the database itself, on a data folder of the test's own.
+// kestrova techdb: list, choice and contents, in a data folder of the test.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -44,7 +44,7 @@ class TechDBCommand : public testing::Test {
     arguments.insert(arguments.begin(), "techdb");
     return RunCommand(arguments);
   }
-  // One line on stderr, and nothing else.
+  // The one line on stderr of a refused command.
   static std::string Refusal(const std::vector<std::string>& arguments) {
     const RunResult result = TechDB(arguments);
     EXPECT_EQ(result.exit_code, 1) << result;
@@ -71,7 +71,7 @@ TEST_F(TechDBCommand, ListsAndActivates) {
   EXPECT_EQ(list["databases"][1]["active"], true);
   EXPECT_EQ(list["databases"][1]["missing"], true);
   EXPECT_EQ(list["databases"][2]["name"], "SERVER=127.0.0.1,1;DATABASE=tech");
-  EXPECT_EQ(Refusal({"activate", "4"}), "kestrova: " + tech + "database.config lists no database 4, only 3\n");
+  EXPECT_EQ(Refusal({"activate", "4"}), "kestrova: there is no database 4; " + tech + "database.config lists 3\n");
   EXPECT_EQ(TechDB({"activate", "x"}).exit_code, 2);
 }
 
@@ -87,7 +87,7 @@ TEST_F(TechDBCommand, ConnectsAndShowsWhatIsInIt) {
       "ToolID  Name         DiameterMm\n"
       "     6  Drill D6.8          6.8\n"
       "     9  CNMG 120408\n"
-      "the first 2 rows; --rows gives more\n");
+      "the first 2 rows; --rows shows more\n");
   EXPECT_EQ(nlohmann::json::parse(TechDB({"query", "SELECT 9 AS a, 'b', NULL", "--json"}).out),
             nlohmann::json::parse(R"({"columns":["a","'b'","NULL"],"rows":[[9,"b",null]],"more":false})"));
   EXPECT_EQ(TechDB({"query", "SELECT 'x\x1B\u009By' AS \"a\x1B[b\""}).out, "a [b\nx  y\n")
@@ -112,7 +112,7 @@ TEST_F(TechDBCommand, AQueryChangesNothing) {
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder_.Path() / "TechDB"), {}), 2) << "no new file";
 }
 
-TEST_F(TechDBCommand, WhatIsMissingIsOneLine) {
+TEST_F(TechDBCommand, FailuresAreOneLine) {
   EXPECT_EQ(Refusal({"query", "SELECT * FROM Absent"}),
             "kestrova: cannot run the statement: no such table: Absent (1) (HY000)\n");
   TechDB({"activate", "2"});
@@ -124,11 +124,11 @@ TEST_F(TechDBCommand, WhatIsMissingIsOneLine) {
   EXPECT_THAT(refusal, HasSubstr("kestrova: cannot open database tech on server 127.0.0.1,1: "));
   EXPECT_THAT(refusal, testing::Not(HasSubstr("unavailable"))) << "the password";
   Configure("");
-  EXPECT_THAT(Refusal({"tables"}), HasSubstr("there is no technology database: neither "));
-  EXPECT_THAT(Refusal({"activate", "1"}), HasSubstr("lists no database 1, only 0"));
+  EXPECT_THAT(Refusal({"tables"}), HasSubstr("there is no technology database: "));
+  EXPECT_THAT(Refusal({"activate", "1"}), HasSubstr("there is no database 1; "));
 }
 
-// A file that Access itself has made, through the driver that the installation brings for it.
+// A file written by Access, read by the driver of the installation.
 TEST_F(TechDBCommand, AccessFilesAreRead) {
   const std::filesystem::path forms = KV_TEST_FILES "/fixtures/TechDBForms.mdb";
   std::filesystem::copy(forms, folder_.Path() / "TechDB/old.mdb");
