@@ -9,8 +9,6 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <iomanip>
-#include <sstream>
 
 #include "companions/database/connection_strings.h"
 #include "companions/database/recordset.h"
@@ -154,9 +152,9 @@ TEST_F(Database, TellsItsTables) {
 TEST_F(Database, CountsTheRecordsOfTablesOfAnyName) {
   const std::vector<std::string> names = {"a b", "a\"b", "a'b", "a?b", "a]; DROP TABLE Tools; --", "a{d}", "\u00E4"};
   for (const std::string& name : names) {
-    std::ostringstream quoted;
-    quoted << std::quoted(name, '"', '"');
-    database_.Execute(FromUtf8("CREATE TABLE " + quoted.str() + " AS SELECT 1 AS x UNION SELECT 2"));
+    CString quoted = FromUtf8(name);
+    quoted.Replace(_T("\""), _T("\"\""));
+    database_.Execute(_T("CREATE TABLE \"") + quoted + _T("\" AS SELECT 1 AS x UNION SELECT 2"));
   }
   CDaoDatabase other(0, 1);
   other.Open(path_);

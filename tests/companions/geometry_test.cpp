@@ -5,7 +5,6 @@
 #include <type_traits>
 
 #include "companions/geometry/boxes.h"
-#include "companions/geometry/point_list.h"
 #include "companions/geometry/transforms.h"
 #include "tests/geometry_print.h"
 #include "tests/scratch.h"
@@ -106,14 +105,6 @@ TEST(Geometry, PlaneTransformTakesNormalToZAndPositionToOrigin) {
 TEST(Geometry, ProjectsOnPlane) {
   EXPECT_EQ(FRPosition(1, 2, 9).project_on_plane({0, 0, 5}, FRZAxis), FRPosition(1, 2, 5));
   EXPECT_EQ(FRPosition(1, 2, 9).project_on_plane({0, 0, 5}, FRUnitVector()), FRPosition(1, 2, 9));
-}
-
-TEST(Geometry, PointListKeepsItsOrder) {
-  AFR_Lin_List list;
-  for (int i = 0; i < 3; ++i) list.append({double(i), 0, 0});
-  double wanted = 0;
-  for (AFR_Lin_List::iterator at = list.begin(); at != list.end(); ++at) EXPECT_EQ((*at).x(), wanted++);
-  EXPECT_EQ(wanted, 3.0);
 }
 
 }  // namespace

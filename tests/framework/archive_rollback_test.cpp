@@ -1,5 +1,5 @@
-// The clean-up of a failed load: its objects are deleted once, the objects of others stay. And of a failed store: what
-// was written is taken back.
+// Failed loads and stores: a failed load deletes each of its objects once and keeps the objects of others; a failed
+// store removes its bytes and numbers from the archive.
 #include <memory>
 #include <string>
 #include <vector>

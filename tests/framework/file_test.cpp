@@ -101,6 +101,8 @@ TEST(DiskFile, TellsWhyItDoesNotOpen) {
   EXPECT_FALSE(file.Open(PathOf(folder, "none.bin"), CFile::modeRead, &failure));
   EXPECT_EQ(failure.m_cause, CFileException::fileNotFound);
   EXPECT_EQ(failure.m_lOsError, ERROR_FILE_NOT_FOUND);
+  EXPECT_FALSE(file.Open(PathOf(folder, "no/none.bin"), CFile::modeRead, &failure));
+  EXPECT_EQ(failure.m_cause, CFileException::badPath);
   EXPECT_EQ(CauseOf([&] { CFile(PathOf(folder, "none.bin"), CFile::modeRead); }), CFileException::fileNotFound);
   char byte = 0;
   EXPECT_EQ(CauseOf([&] { file.Read(&byte, 1); }), CFileException::invalidFile);

@@ -1,5 +1,5 @@
-// The registry's files: when they are made, who may use them, what damage does to them, and many users at once: forked
-// children, eight processes and their threads, and writers that are killed.
+// The registry's files: when they are made, which users have access, what damage does, and many processes: forked
+// children, eight processes with two threads each, and writers that are killed.
 #include <sqlite3.h>
 #include <sys/stat.h>
 
@@ -102,7 +102,7 @@ TEST_F(LinuxRegistry, TransactionsGoToTheHiveThatIsThere) {
   ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, kPath, 0, KEY_ALL_ACCESS, &kept), ERROR_SUCCESS);
   fs::remove_all(folder_);
   write(_T("c"));
-  EXPECT_EQ(SetNumber(kept, _T("a"), 1), ERROR_KEY_DELETED) << "a key of the old hive names none of the new one";
+  EXPECT_EQ(SetNumber(kept, _T("a"), 1), ERROR_KEY_DELETED) << "the key went with the old hive";
   EXPECT_TRUE(IsTrueInChild(
       [] { return Get(HKEY_CURRENT_USER, _T("b")) == -ERROR_FILE_NOT_FOUND && Get(HKEY_CURRENT_USER, _T("c")) == 1; }));
 }
@@ -187,7 +187,7 @@ TEST_F(LinuxRegistry, ReaderWithoutRightsSeesLaterWrites) {
   EXPECT_EQ(ExitCode(child), 0);
 }
 
-// ---- many users at once
+// ---- many processes
 
 // Each child is forked while other threads open and close keys, and uses the registry itself.
 TEST_F(LinuxRegistry, ForksAmongOpeningThreadsGoOn) {

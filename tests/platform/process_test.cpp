@@ -49,10 +49,11 @@ TEST(ProcessItself, ModuleFileNameIsCutToTheBuffer) {
   EXPECT_EQ(cut[length], '#');
 }
 
-TEST(ProcessItself, UserNameHasItsLength) {
+TEST(ProcessItself, UserNameReturnsTheSizeNeeded) {
   TCHAR name[257];
-  DWORD units = 257;
-  ASSERT_TRUE(GetUserNameW(name, &units));
+  DWORD units = 1;
+  EXPECT_FALSE(GetUserNameW(name, &units));
+  ASSERT_TRUE(GetUserNameW(name, &units)) << "the size needed comes back";
   EXPECT_EQ(std::u16string(name).size() + 1, units);
   EXPECT_GT(units, 1U);
 }

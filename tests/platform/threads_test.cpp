@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -40,6 +41,12 @@ TEST_F(Section, IsFreeOnlyAfterAsManyLeavesAsEnters) {
   EXPECT_FALSE(OtherThreadCanEnter());
   LeaveCriticalSection(&section);
   EXPECT_TRUE(OtherThreadCanEnter());
+}
+
+TEST(Threads, SleepLastsAtLeastAsLongAsAsked) {
+  const auto start = std::chrono::steady_clock::now();
+  Sleep(20);
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(20));
 }
 
 // A thread that calls SuspensionPoint when it is let go, and then ends.
