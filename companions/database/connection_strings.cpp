@@ -1,4 +1,4 @@
-// Connection strings, written and read.
+// Writing and parsing connection strings.
 #include "companions/database/connection_strings.h"
 
 #include <algorithm>
@@ -10,8 +10,8 @@ constexpr std::string_view kHidden = "***";
 
 CString Trimmed(CString text) { return text.Trim(); }
 
-// Where the piece that begins at a position ends: at its semicolon, or at the end of the text. Braces count only where
-// they are closed.
+// The end of the piece that starts at begin: its semicolon or the end of the text. Semicolons inside closed braces
+// don't count.
 int PieceEnd(const CString& text, int begin) {
   const int sign = text.Find(_T('='), begin);
   const int plain = text.Find(_T(';'), begin);
@@ -26,8 +26,8 @@ int PieceEnd(const CString& text, int begin) {
     ++at;
   }
   if (at >= text.GetLength()) return end;
-  const int behind = text.Find(_T(';'), at);
-  return behind < 0 ? text.GetLength() : behind;
+  const int semicolon = text.Find(_T(';'), at);
+  return semicolon < 0 ? text.GetLength() : semicolon;
 }
 
 bool IsBraced(const CString& value) {
@@ -92,7 +92,7 @@ void ConnectionPieces::Add(const CString& raw) {
   const auto is = [&key](LPCTSTR other) { return key.CompareNoCase(other) == 0; };
   const bool password = std::any_of(std::begin(kPasswordKeys), std::end(kPasswordKeys), is);
   sound_ = sound_ && !Value(key) && (value[0] != _T('{') || IsBraced(value)) &&
-           (password || value.Find(_T(';')) < 0);  // which may be another piece with a password, taken in by its brace
+           (password || value.Find(_T(';')) < 0);  // a brace may have swallowed another piece, even a password
   pieces_.push_back({raw, key, Unbraced(value)});
 }
 
@@ -134,7 +134,7 @@ CString ShownTarget(const CString& pathOrConnection) {
   for (LPCTSTR key : kPasswordKeys) connection = connection || pieces.Value(key);
   if (!connection) return pathOrConnection;
   const auto shown = [&pieces](LPCTSTR key) {
-    return pieces.Value(key).value_or(CString()).SpanExcluding(_T(";"));  // behind it may be a password
+    return pieces.Value(key).value_or(CString()).SpanExcluding(_T(";"));  // a password may follow the semicolon
   };
   return _T("SERVER=") + shown(_T("SERVER")) + _T(";DATABASE=") + shown(_T("DATABASE"));
 }

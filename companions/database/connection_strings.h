@@ -1,5 +1,6 @@
-// Connection strings: those of the product's databases, and reading any. A connection string is a row of key=value
-// pieces, each ended by ";", keys without case; a value in braces may hold semicolons and has a closing brace doubled.
+// Connection strings: writing those of the product's databases, and parsing any. A connection string is a sequence of
+// key=value pieces, each ended by ";". Keys compare without case. A value in braces may contain semicolons, and a
+// closing brace in it is doubled.
 #pragma once
 
 #include <optional>
@@ -12,38 +13,38 @@ inline constexpr LPCTSTR kSQLiteDriver = _T("Kestrova SQLite3 ODBC Driver");
 inline constexpr LPCTSTR kAccessDriver = _T("Microsoft Access Driver (*.mdb, *.accdb)");
 inline constexpr LPCTSTR kServerDriver = _T("SQL Server");
 
-// The string for a file by its path; for a server and the operating system's own user; for one with a password. The
-// texts are put in as they are, without braces: that is required.
+// The connection string for a file by its path, for a server with the operating system's user, and for a server with
+// user and password. The texts are inserted unchanged and without braces; kept for existing data sources.
 KVSHARE_API CString SQLiteConnection(const CString& filePath);
 KVSHARE_API CString AccessConnection(const CString& filePath);
 KVSHARE_API CString ServerConnection(const CString& server, const CString& database);
 KVSHARE_API CString ServerConnection(const CString& server, const CString& database, const CString& user,
                                      const CString& password);
 
-// A connection string in pieces. What isn't touched stays as it was written.
+// A parsed connection string. Pieces that are not changed by Set keep their exact text.
 class KVSHARE_API ConnectionPieces {
  public:
   explicit ConnectionPieces(const CString& text);
 
-  // False for a text that drivers may take in more ways than one, as it comes about when a path, name or password
-  // holds a semicolon or begins with a brace: a piece without "=", a key that stands twice, a brace left open, a
-  // semicolon in anything but a password, where braces make it plain. False too for more than kMostUnits characters,
-  // which are not looked at.
+  // False for a text that drivers may read in different ways: a piece without "=", a key that occurs twice, a brace
+  // that is not closed, or a semicolon in a value other than a password in braces. This happens if a path, name or
+  // password contains a semicolon or begins with a brace. Also false for more than kMostUnits characters, which are not
+  // parsed.
   bool IsSound() const { return sound_; }
   static constexpr int kMostUnits = 8192;
-  // The value of the first piece of that key, without its braces; none if there is no such piece. A brace that nothing
-  // closes is a character like others.
+  // The value of the first piece with that key, without its braces; empty optional if there is no such piece. A brace
+  // that is not closed is an ordinary character.
   std::optional<CString> Value(LPCTSTR key) const;
-  // Those of all its pieces.
+  // The values of all pieces with that key, in order.
   std::vector<CString> Values(LPCTSTR key) const;
-  // Writes the first piece of that key anew as key=value, or adds it at the end.
+  // Replaces the first piece with that key by key=value, or appends it. The value is not put in braces.
   void Set(LPCTSTR key, const CString& value);
-  // All pieces, each with its semicolon.
+  // All pieces, each followed by a semicolon.
   CString Text() const;
 
  private:
   struct Piece {
-    CString raw;  // without the semicolon
+    CString raw;  // the piece as written, without the semicolon
     CString key;
     CString value;
   };
@@ -53,9 +54,9 @@ class KVSHARE_API ConnectionPieces {
   bool sound_ = true;
 };
 
-// What may be shown of a path or connection string: a path as it is, of a string its SERVER=x;DATABASE=y. A text with a
-// driver, a data source or a password in it is a string.
+// A text for messages that contains no password: a path unchanged; for a connection string "SERVER=x;DATABASE=y". A
+// text with a Driver, DSN or password key, or one too long to parse, is treated as a connection string.
 KVSHARE_API CString ShownTarget(const CString& pathOrConnection);
 
-// A text of a driver or of the system, which may repeat the connection string, without the passwords in it.
+// Replaces the passwords of the connection string in a message of a driver, which may repeat that string, by "***".
 KVSHARE_API std::string WithoutPassword(std::string text, const ConnectionPieces& pieces);

@@ -1,4 +1,4 @@
-// Connections: opened, asked about themselves and their tables, closed.
+// Connections: opening, closing, properties and the list of tables.
 #include "companions/database/database.h"
 
 #include <algorithm>
@@ -23,7 +23,7 @@ constexpr LPCTSTR kTimeout = _T("Connection Timeout");
 constexpr long kMostSeconds = 24 * 60 * 60;
 constexpr std::size_t kMostTables = 100'000;
 constexpr int kNameBytes = 1024;
-// Longer texts are bound as such.
+// Longer texts are bound as SQL_WLONGVARCHAR.
 constexpr std::size_t kShortBytes = 4000;
 
 SQLCHAR* Narrow(const std::string& text) { return reinterpret_cast<SQLCHAR*>(const_cast<char*>(text.c_str())); }
@@ -32,7 +32,7 @@ bool StartsWith(const CString& text, LPCTSTR start) {
   return text.Left(CString(start).GetLength()).CompareNoCase(start) == 0;
 }
 
-// What is to be opened, for a message: file or server and database.
+// The target of a connection for a message: the file or data source, or server and database.
 std::string Target(const ConnectionPieces& pieces) {
   for (LPCTSTR file : {_T("DBQ"), _T("DSN")}) {
     if (const auto value = pieces.Value(file)) return ToUtf8(*value);
@@ -49,7 +49,7 @@ CString Information(const Handle& link, SQLUSMALLINT kind) {
   return FromUtf8(text);
 }
 
-// A column of the current row; empty for NULL. What is longer than a name can be is cut.
+// A text column of the current row; empty for NULL. Cut after kNameBytes - 1 bytes.
 CString NameColumn(const Handle& statement, SQLUSMALLINT column) {
   char text[kNameBytes] = {};
   SQLLEN bytes = 0;
@@ -58,7 +58,7 @@ CString NameColumn(const Handle& statement, SQLUSMALLINT column) {
   return FromUtf8(text);
 }
 
-// The word that a statement begins with, behind blanks, comments and open parentheses.
+// The first word of a statement after blanks, comments and open parentheses.
 CString FirstWord(const CString& sql) {
   const TextView text = sql.View();
   std::size_t at = 0;
@@ -80,18 +80,18 @@ CString FirstWord(const CString& sql) {
   return CString(text.substr(at, end - at));
 }
 
-// What can change nothing begins with one of these; not all that does changes nothing.
+// A first check only: a statement that begins with one of these words may still change data.
 void RequireQuery(const CString& sql) {
   const CString word = FirstWord(sql);
   for (LPCTSTR query : {_T("SELECT"), _T("WITH"), _T("VALUES"), _T("EXPLAIN")}) {
     if (word.CompareNoCase(query) == 0) return;
   }
-  Throw("the database is open for reading alone: a query begins with SELECT, WITH, VALUES or EXPLAIN, not with \"" +
+  Throw("the database is open for reading only: a query begins with SELECT, WITH, VALUES or EXPLAIN, not with \"" +
         ToUtf8(word) + "\"");
 }
 
-// A name as a statement has it. The drivers' own readers of statements pass over what stands in quotes, and not over
-// what stands in brackets, which all databases understand.
+// A name quoted for a statement: in brackets, which all databases understand, or in double quotes if it contains a
+// character that a driver's parser would interpret inside brackets.
 CString Quoted(CString name) {
   if (name.FindOneOf(_T("];?{}\"'")) < 0) return _T("[") + name + _T("]");
   name.Replace(_T("\""), _T("\"\""));
@@ -139,8 +139,8 @@ void CDaoDatabase::Open(const CString& pathOrConnection, bool readOnly) {
   auto connection = std::make_unique<Connection>(text);
   if (!connection->pieces.IsSound()) {
     Throw(
-        "the connection can't be told from its text: a path or name in it holds a semicolon or begins with a brace, or "
-        "the password does and is not in braces as a whole");
+        "the connection string is ambiguous: a path or name in it contains a semicolon or begins with a brace, or the "
+        "password does and is not in braces");
   }
   const std::string forManager = ToUtf8(kvdatabase::ForDriverManager(connection->pieces));
   const Utf8Connections utf8;
@@ -148,10 +148,10 @@ void CDaoDatabase::Open(const CString& pathOrConnection, bool readOnly) {
   SQLSetEnvAttr(connection->environment.Get(), SQL_ATTR_ODBC_VERSION, reinterpret_cast<void*>(SQL_OV_ODBC3), 0);
   connection->link = Handle(SQL_HANDLE_DBC, connection->environment.Get());
   const long seconds = std::atol(ToUtf8(connection->pieces.Value(kTimeout).value_or(CString())).c_str());
-  if (seconds > 0)  // a driver that knows no such thing has nobody to wait for
+  if (seconds > 0)  // a driver of local files may not support it
     SQLSetConnectAttr(connection->link.Get(), SQL_ATTR_LOGIN_TIMEOUT,
                       reinterpret_cast<void*>(std::min(seconds, kMostSeconds)), SQL_IS_UINTEGER);
-  if (readOnly)  // a hint, which not every driver takes
+  if (readOnly)  // a hint; some drivers ignore it
     SQLSetConnectAttr(connection->link.Get(), SQL_ATTR_ACCESS_MODE, reinterpret_cast<void*>(SQL_MODE_READ_ONLY),
                       SQL_IS_UINTEGER);
   if (!Succeeded(SQLDriverConnect(connection->link.Get(), nullptr, Narrow(forManager), SQL_NTS, nullptr, 0, nullptr,
@@ -162,11 +162,11 @@ void CDaoDatabase::Open(const CString& pathOrConnection, bool readOnly) {
   connection->takes_semicolons = program != _T("MDBTOOLS");
   std::vector<Parameter> none;
   const bool isSQLite = program == _T("SQLite");
-  if (isSQLite)  // whose driver opens any file and reads it later
+  if (isSQLite)  // its driver accepts any file and fails only at the first query
     connection->Run(_T("SELECT COUNT(*) FROM sqlite_master"), none);
   if (readOnly && isSQLite) {
     connection->Run(_T("PRAGMA query_only = 1"), none);
-  } else if (readOnly) {  // what isn't committed is taken back
+  } else if (readOnly) {  // changes are rolled back when the connection closes
     SQLSetConnectAttr(connection->link.Get(), SQL_ATTR_AUTOCOMMIT, reinterpret_cast<void*>(SQL_AUTOCOMMIT_OFF),
                       SQL_IS_UINTEGER);
   }
@@ -211,7 +211,8 @@ int CDaoDatabase::GetTableDefCount() {
     info.m_strName = NameColumn(statement, 3);
     const CString kind = NameColumn(statement, 4);
     info.m_bUpdatable = kind == _T("TABLE");
-    if (info.m_bUpdatable || kind == _T("VIEW")) tables.push_back(std::move(info));  // some drivers give all kinds
+    if (info.m_bUpdatable || kind == _T("VIEW"))
+      tables.push_back(std::move(info));  // some drivers list other kinds too
   }
   if (!Succeeded(result) && result != SQL_NO_DATA) Throw(statement, "cannot list the tables", connection.pieces);
   std::sort(tables.begin(), tables.end(), [](const auto& a, const auto& b) {
@@ -223,7 +224,7 @@ int CDaoDatabase::GetTableDefCount() {
 }
 
 void CDaoDatabase::GetTableDefInfo(int index, CDaoTableDefInfo& info, bool countRecords) {
-  if (index < 0 || index >= GetTableDefCount()) Throw("there is no table of that number");
+  if (index < 0 || index >= GetTableDefCount()) Throw("there is no table with that index");
   CDaoTableDefInfo& table = connection_->tables[std::size_t(index)];
   if (countRecords && table.m_lRecordCount < 0) {
     const CString owner = table.m_strSchema.IsEmpty() ? CString() : Quoted(table.m_strSchema) + _T(".");

@@ -1,11 +1,12 @@
-// CDaoDatabase, a connection to a database through ODBC, under the name that the product's database wrapper has.
+// CDaoDatabase, a connection to a database through ODBC.
 //
-// What fails throws CDaoException, by value, with one line that tells what, where and why and never holds a password;
-// the destructors don't throw. Texts are wide. A database, its recordsets included, is used by one thread at a time.
+// An operation that fails throws CDaoException by value, with a message of one line that names the operation, the
+// target and the reason and contains no password. Destructors do not throw. One thread at a time may use a database and
+// its recordsets.
 //
-// Drivers are found by the name in the connection string: first as the machine or the user registered them
-// (odbcinst.ini of unixODBC's folders, or of the folder ODBCSYSINI), then in etc/kestrova/odbcinst.ini beside this
-// library's folder, which its installation writes. Nothing of the machine's own registration is changed.
+// A driver is found by the name in the connection string: first in the registrations of the machine or user
+// (odbcinst.ini in unixODBC's folders, or in the folder ODBCSYSINI), then in etc/kestrova/odbcinst.ini beside the
+// folder of this library, which the installation writes. The registrations of the machine are never changed.
 #pragma once
 
 #include <memory>
@@ -17,51 +18,55 @@ class KVSHARE_API CDaoException : public CException {
  public:
   CDaoException(std::string message, CString state, LONG native);
 
-  CString m_strState;  // the five characters of SQLSTATE; empty if it wasn't the driver that failed
-  LONG m_lNative;      // the database's own number for it, or 0
+  CString m_strState;  // the five characters of SQLSTATE; empty if the failure is not the driver's
+  LONG m_lNative;      // the database's own error number, or 0
 };
 
-// What a database tells of one of its tables.
+// One table or view of a database.
 struct CDaoTableDefInfo {
   CString m_strName;
-  CString m_strSchema;        // its owner's, or empty
-  BOOL m_bUpdatable = FALSE;  // a table; views are none
-  LONG m_lRecordCount = -1;   // if asked for, else -1
+  CString m_strSchema;        // empty if the database has no schemas
+  BOOL m_bUpdatable = FALSE;  // TRUE for a table, FALSE for a view
+  LONG m_lRecordCount = -1;   // -1 if not counted
 };
 
 class KVSHARE_API CDaoDatabase {
  public:
-  // The flags say which driver opens a file that is given by its path alone. The edition makes no difference here.
+  // isSQLite selects the driver for Open with a file path: nonzero for SQLite, 0 for Access. is64Bit is ignored; kept
+  // for existing modules.
   CDaoDatabase(int is64Bit, int isSQLite);
   ~CDaoDatabase();
   CDaoDatabase(const CDaoDatabase&) = delete;
   CDaoDatabase& operator=(const CDaoDatabase&) = delete;
 
-  // Opens a file by its path in the product's form, or what a connection string that begins with "Driver=" or "DSN="
-  // names. In it, a Database or Dbq with a backslash is a path, and a file has to exist: none is made. "Connection
-  // Timeout", in seconds, is how long the server may take to answer. An open database is closed first. A text that can
-  // be taken in more ways than one (connection_strings.h) fails, so does one that names a driver by its file or has
-  // drivers load code or write files.
+  // Opens a file by its path in the product's form, or the target of a connection string that begins with "Driver=" or
+  // "DSN=". In a connection string, a Database or Dbq value with a backslash is such a path. The file must exist; it is
+  // not created. "Connection Timeout" is the time limit for connecting, in seconds. An open database is closed first.
+  // Throws for an ambiguous connection string (ConnectionPieces::IsSound), for a driver named by its file, and for a
+  // key that makes drivers load code or write files.
   //
-  // Open for reading alone, a database takes no statement but a query: one that doesn't begin with SELECT, WITH, VALUES
-  // or EXPLAIN fails. SQLite refuses whatever else would change something, and a server takes it back at the end.
+  // With readOnly, a statement must begin with SELECT, WITH, VALUES or EXPLAIN, otherwise it throws. A query that would
+  // change data anyway is refused by SQLite; other databases roll the change back when the connection closes.
   void Open(const CString& pathOrConnection, bool readOnly = false);
   bool IsOpen() const;
-  // Its recordsets have to be closed before.
+  // Destroy or close its recordsets first. Does nothing if the database is not open.
   void Close();
 
-  // The driver's name as the connection string or flag has it, its file and version (empty if it tells neither), the
-  // database's program and version such as "SQLite 3.40.1".
+  // The driver's name in the connection string; its file and version, empty if the driver reports neither; the
+  // database program and its version, such as "SQLite 3.40.1".
   CString GetDriverName() const;
   CString GetDriverFile() const;
   CString GetVersion() const;
 
-  // The number of tables and views, system tables left out, read by the first call; and one of them, from 0 up, in the
-  // order of their names. An index outside fails. Counting the records takes a query.
+  // The number of tables and views without system tables, at most 100,000. The first call reads the list and keeps it
+  // until Close.
   int GetTableDefCount();
+  // The table at an index from 0, sorted by schema and name; throws for any other index. countRecords runs a query that
+  // counts the records.
   void GetTableDefInfo(int index, CDaoTableDefInfo& info, bool countRecords = false);
 
-  // Runs a statement that gives no records; gives the number of records changed, -1 if the driver doesn't tell.
+  // Runs a statement that returns no records. Returns the number of changed records, or -1 if the driver does not
+  // report it.
   LONG Execute(const CString& sql);
 
  private:

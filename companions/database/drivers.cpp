@@ -1,4 +1,4 @@
-// Drivers by name, and the system's paths in connection strings.
+// Looking up drivers by name, and converting paths in connection strings.
 #include "companions/database/internal/drivers.h"
 
 #include <cstdio>
@@ -12,23 +12,23 @@
 namespace kvdatabase {
 namespace {
 
-constexpr int kMostPathBytes = 1000;  // as much as the driver manager has room for
+constexpr int kMostPathBytes = 1000;  // the driver manager's limit
 constexpr std::size_t kMostNameBytes = 255;
 
-// What has a driver or the driver manager load code, write files or take over settings. A name or path that smuggles
-// it into a connection string gets no farther than here.
+// Keys that make a driver or the driver manager load code, write files or change settings. A path or name could smuggle
+// one into a connection string.
 constexpr LPCTSTR kRefused[] = {_T("LoadExt"),  _T("TraceFile"), _T("DumpFile"),   _T("DumpFileAppend"), _T("FileDSN"),
                                 _T("SaveFile"), _T("DMEnvAttr"), _T("DMConnAttr"), _T("DMStmtAttr")};
 
-// The library that the machine's or the user's registrations name for a driver; empty if they have none.
+// The driver's library in the registrations of the machine or user; empty if the driver is not registered there.
 std::string Registered(const std::string& driver) {
   char library[kMostPathBytes] = {};
   SQLGetPrivateProfileString(driver.c_str(), "Driver", "", library, sizeof library, "odbcinst.ini");
   return library;
 }
 
-// etc/kestrova/odbcinst.ini beside the folder that this library lies in; empty if that is nowhere. The driver manager
-// can't be asked for it: it takes every file of that name for the machine's.
+// The path of etc/kestrova/odbcinst.ini beside the folder of this library; empty if that folder is unknown. It is not
+// read through the driver manager, which would read the machine's file for any file of that name.
 CString OwnRegistrations() {
   TCHAR file[MAX_PATH] = {};
   const DWORD length = GetModuleFileNameW(GetModuleHandleW(_T("KVSHAREu")), file, MAX_PATH);
@@ -38,12 +38,12 @@ CString OwnRegistrations() {
   return folder + _T("\\etc\\kestrova\\odbcinst.ini");
 }
 
-// The driver's library, put into the pieces if the driver manager can't find it by the name.
+// Returns the driver's library. Writes its path to the pieces if the driver manager does not know the driver's name.
 std::string FindDriver(ConnectionPieces& pieces) {
   std::string name = ToUtf8(pieces.Value(_T("Driver")).value_or(CString()));
-  if (name.empty()) return name;  // a data source
+  if (name.empty()) return name;  // a DSN names its driver itself
   if (name.size() > kMostNameBytes || name.find('/') != std::string::npos)
-    Throw("an ODBC driver has to be named as it is registered, not by its file");
+    Throw("name the ODBC driver as it is registered, not by its file");
   std::string library = Registered(name);
   if (!library.empty()) return library;
   const CString own = OwnRegistrations();
@@ -57,7 +57,8 @@ std::string FindDriver(ConnectionPieces& pieces) {
   return ToUtf8(CString(path));
 }
 
-// Whether the file begins as Access files do. The Access driver says of others on stderr that they are not there.
+// Whether the file has the signature of an Access file. For any other file the Access driver prints a misleading "not
+// found" to stderr.
 bool IsAccessFile(const CString& path) {
   std::string start(20, '\0');
   FILE* const file = _wfopen(path, _T("rb"));
@@ -67,38 +68,37 @@ bool IsAccessFile(const CString& path) {
   return start.find("Standard Jet DB") == 4 || start.find("Standard ACE DB") == 4;
 }
 
-// Paths come in the product's form, and only here become the system's. The Access driver knows its key in upper case
-// alone.
+// Checks that the database file exists and converts its path to the system's form. The keys are written in upper case,
+// because the Access driver accepts no other form.
 void FindFile(ConnectionPieces& pieces, bool access) {
   for (LPCTSTR key : {_T("DATABASE"), _T("DBQ")}) {
     const std::optional<CString> path = pieces.Value(key);
     if (!path || path->Find(_T('\\')) < 0) continue;
     const std::string file = SystemPathFromProduct(*path);
     if (_waccess(*path, 0) != 0) Throw("there is no database file " + ToUtf8(*path));
-    if (access && !IsAccessFile(*path)) Throw(ToUtf8(*path) + " is no Access database, or can't be read");
-    if (file.find(';') != std::string::npos) Throw("a database file can't have a semicolon in its path: " + file);
+    if (access && !IsAccessFile(*path)) Throw(ToUtf8(*path) + " is not an Access database or cannot be read");
+    if (file.find(';') != std::string::npos) Throw("the path of a database file cannot contain a semicolon: " + file);
     pieces.Set(key, FromUtf8(file));
   }
 }
 
 }  // namespace
 
-CString ForDriverManager(const ConnectionPieces& given) {
-  ConnectionPieces pieces = given;
+CString ForDriverManager(const ConnectionPieces& connection) {
+  ConnectionPieces pieces = connection;
   for (LPCTSTR key : kRefused) {
-    if (pieces.Value(key)) Throw("a connection string with \"" + ToUtf8(CString(key)) + "\" is not opened");
+    if (pieces.Value(key)) Throw("the key \"" + ToUtf8(CString(key)) + "\" is not allowed in a connection string");
   }
   std::string library = FindDriver(pieces);
   library.erase(0, library.rfind('/') + 1);
   const auto is = [&library](const char* driver) { return library.find(driver) != std::string::npos; };
   FindFile(pieces, is("mdbodbc"));
-  // Left to find out the protocol's version by itself, this driver tries one after the other, each for the whole time
-  // that was allowed for all.
+  // Without a version this driver tries each protocol version in turn, and each try takes the full timeout.
   if (is("tdsodbc") && !pieces.Value(_T("TDS_Version"))) pieces.Set(_T("TDS_Version"), _T("7.4"));
   if (is("tdsodbc")) pieces.Set(_T("ClientCharset"), _T("UTF-8"));
   if (is("sqlite")) {
     pieces.Set(_T("NoCreat"), _T("1"));
-    // Under the Access driver's name it is told the file by the other's key.
+    // The SQLite driver may be registered under the Access driver's name; then the file is in DBQ.
     const std::optional<CString> file = pieces.Value(_T("DBQ"));
     if (file && !pieces.Value(_T("DATABASE"))) pieces.Set(_T("DATABASE"), *file);
   }

@@ -1,4 +1,4 @@
-// Handles of ODBC, and what went wrong in words.
+// ODBC handles and error messages.
 #include "companions/database/internal/odbc_calls.h"
 #include "platform/odbc.h"
 
@@ -9,10 +9,10 @@ namespace kvdatabase {
 namespace {
 
 constexpr int kMostReasons = 3;
-// The most that a driver can tell: in a message that was cut a password could stand cut, too.
+// The longest message of a driver. A shorter buffer could cut a password, which then would not be recognised.
 constexpr SQLSMALLINT kMessageBytes = std::numeric_limits<SQLSMALLINT>::max();
 
-// Without the names of the layers in brackets that stand ahead, and on one line, without what controls a terminal.
+// Removes the layer names in brackets at the start, and replaces control characters by blanks.
 std::string Plain(CString text) {
   while (text[0] == _T('[') && text.Find(_T(']')) > 0) text = text.Mid(text.Find(_T(']')) + 1);
   for (int i = 0; i < text.GetLength(); ++i) {
@@ -38,7 +38,7 @@ Handle& Handle::operator=(Handle&& other) noexcept {
   return *this;
 }
 
-void Throw(const Handle& handle, const std::string& tried, const ConnectionPieces& pieces) {
+void Throw(const Handle& handle, const std::string& action, const ConnectionPieces& pieces) {
   std::string reasons;
   CString first;
   SQLINTEGER native = 0;
@@ -60,7 +60,7 @@ void Throw(const Handle& handle, const std::string& tried, const ConnectionPiece
   }
   if (reasons.empty()) reasons = "the driver gives no reason";
   if (!first.IsEmpty()) reasons += " (" + ToUtf8(first) + ")";
-  throw CDaoException(WithoutPassword(tried + ": " + reasons, pieces), first, native);
+  throw CDaoException(WithoutPassword(action + ": " + reasons, pieces), first, native);
 }
 
 void Throw(const std::string& message) { throw CDaoException(message, CString(), 0); }

@@ -1,4 +1,4 @@
-// Records read, and one of them written back.
+// Reading records, and updating one.
 #include "companions/database/recordset.h"
 
 #include <algorithm>
@@ -28,14 +28,14 @@ CString WithoutBrackets(CString name) {
   return name;
 }
 
-// A name as a statement has it; one with a bracket can't be told there.
+// A name quoted for a statement. A name with a bracket cannot be quoted this way and throws.
 CString Bracketed(const CString& name) {
   if (name.IsEmpty() || name.FindOneOf(_T("[]")) >= 0)
-    Throw("the record can't be updated: its table or field has no name");
+    Throw("the record cannot be updated: the name of its table or of a field is unknown or contains a bracket");
   return _T("[") + name + _T("]");
 }
 
-// The words of a statement, names in brackets or quotes being one, a semicolon and a comma words of their own.
+// The words of a statement. A name in brackets or quotes is one word; a semicolon and a comma are words too.
 std::vector<CString> Words(const CString& sql) {
   constexpr LPCTSTR kBlanks = _T(" \t\r\n");
   std::vector<CString> words;
@@ -59,25 +59,24 @@ std::vector<CString> Words(const CString& sql) {
   return words;
 }
 
-// The one table that a query reads; empty if it is none, more, or the like.
+// The table of a SELECT from exactly one table; empty for any other statement.
 CString TableOf(const CString& sql) {
   const std::vector<CString> words = Words(sql);
   const auto is = [](LPCTSTR word) { return [word](const CString& other) { return other.CompareNoCase(word) == 0; }; };
   if (words.empty() || !is(_T("SELECT"))(words[0])) return CString();
   const auto from = std::find_if(words.begin(), words.end(), is(_T("FROM")));
   if (words.end() - from < 2) return CString();
-  const auto behind = from + 2;
-  const bool alone =
-      behind == words.end() || *behind == _T(";") || is(_T("WHERE"))(*behind) || is(_T("ORDER"))(*behind);
+  const auto next = from + 2;
+  const bool alone = next == words.end() || *next == _T(";") || is(_T("WHERE"))(*next) || is(_T("ORDER"))(*next);
   CString name = WithoutBrackets(from[1]);
   return alone ? name.Trim(_T('"')) : CString();
 }
 
-// A column of the current row. What it takes goes off from what is left.
+// The value of a column of the current row. Subtracts its memory from left and throws if that is too little.
 std::optional<CString> Value(const Handle& statement, SQLUSMALLINT column, const ConnectionPieces& pieces,
                              std::size_t& left) {
   const auto take = [&left](std::size_t bytes) {
-    if (bytes > left) Throw("the records are too long to be read");
+    if (bytes > left) Throw("the records are too large to read");
     left -= bytes;
   };
   take(sizeof(std::optional<CString>));
@@ -86,15 +85,15 @@ std::optional<CString> Value(const Handle& statement, SQLUSMALLINT column, const
   for (;;) {
     SQLLEN bytes = 0;
     const short result = SQLGetData(statement.Get(), column, SQL_C_CHAR, chunk.data(), SQLLEN(chunk.size()), &bytes);
-    if (result == SQL_NO_DATA) return FromUtf8(text);  // the last piece was the last
+    if (result == SQL_NO_DATA) return FromUtf8(text);  // the value ended exactly at the end of a chunk
     if (!Succeeded(result)) Throw(statement, "cannot read a value", pieces);
     if (bytes == SQL_NULL_DATA) return std::nullopt;
     const bool whole = bytes >= 0 && std::size_t(bytes) < chunk.size();
-    const std::size_t got = whole ? std::size_t(bytes) : chunk.size() - 1;  // a piece has a terminator
+    const std::size_t got = whole ? std::size_t(bytes) : chunk.size() - 1;  // a chunk ends with a NUL
     take(got);
     text.append(chunk.data(), got);
     if (whole) return FromUtf8(text);
-    if (text.size() > CDaoRecordset::kMostFieldBytes) Throw("a value is too long to be read");
+    if (text.size() > CDaoRecordset::kMostFieldBytes) Throw("a value is too long to read");
   }
 }
 
@@ -142,7 +141,7 @@ void CDaoRecordset::Close() {
   m_Fields.clear();
   m_Records.clear();
   m_nCurrent = 0;
-  m_Noted.clear();
+  m_Stored.clear();
 }
 
 const std::optional<CString>& CDaoRecordset::GetFieldValue(int field) const {
@@ -161,7 +160,7 @@ std::size_t CDaoRecordset::FieldOf(const CString& column) const {
 void CDaoRecordset::DFX_Text(const CDaoFieldExchange* exchange, const CString& column, CString& value) {
   const std::size_t field = FieldOf(column);
   if (exchange->m_nOperation == CDaoFieldExchange::StoreField) {
-    m_Noted.emplace_back(field, value);
+    m_Stored.emplace_back(field, value);
   } else {
     value = GetFieldValue(int(field)).value_or(CString());
   }
@@ -169,25 +168,25 @@ void CDaoRecordset::DFX_Text(const CDaoFieldExchange* exchange, const CString& c
 
 void CDaoRecordset::Update() {
   if (IsEOF()) Throw("there is no record to update");
-  if (m_Noted.empty()) return;
+  if (m_Stored.empty()) return;
   CDaoDatabase::Connection& connection = m_pDatabase->Opened();
   Record& record = m_Records[m_nCurrent];
   std::vector<Parameter> parameters;
   CString sql = _T("UPDATE ") + Bracketed(m_Table) + _T(" SET ");
-  for (const auto& [field, value] : m_Noted) {
+  for (const auto& [field, value] : m_Stored) {
     if (!parameters.empty()) sql += _T(", ");
     sql += Bracketed(m_Fields[field].name) + _T(" = ?");
     parameters.emplace_back(value);
   }
-  LPCTSTR ahead = _T(" WHERE ");
-  for (std::size_t i = 0; i < record.size(); ++i, ahead = _T(" AND ")) {
-    sql += ahead + Bracketed(m_Fields[i].name) + (record[i] ? _T(" = ?") : _T(" IS NULL"));
+  LPCTSTR joint = _T(" WHERE ");
+  for (std::size_t i = 0; i < record.size(); ++i, joint = _T(" AND ")) {
+    sql += joint + Bracketed(m_Fields[i].name) + (record[i] ? _T(" = ?") : _T(" IS NULL"));
     if (record[i]) parameters.emplace_back(record[i]);
   }
   const Handle statement = connection.Run(sql, parameters);
   SQLLEN changed = 0;
   SQLRowCount(statement.Get(), &changed);
   if (changed == 0) Throw("the record has changed or gone since it was read");
-  for (auto& [field, value] : m_Noted) record[field] = std::move(value);
-  m_Noted.clear();
+  for (auto& [field, value] : m_Stored) record[field] = std::move(value);
+  m_Stored.clear();
 }

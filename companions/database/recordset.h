@@ -1,5 +1,4 @@
-// CDaoRecordset, the records that a query gives; CDaoFieldExchange, the way of a column's value into a variable or
-// back.
+// CDaoRecordset, the result of a query; CDaoFieldExchange, which copies a column's value to a variable or back.
 //
 //   CDaoRecordset records(&database);
 //   records.Open(_T("SELECT [path] FROM Paths;"));
@@ -9,7 +8,7 @@
 //     records.Update();
 //   }
 //
-// What fails throws CDaoException. Values are texts as the driver writes them.
+// An operation that fails throws CDaoException. Values are texts in the driver's format.
 #pragma once
 
 #include <memory>
@@ -21,7 +20,7 @@
 
 class KVSHARE_API CDaoFieldExchange {
  public:
-  enum Operation { LoadField, StoreField };
+  enum Operation { LoadField, StoreField };  // record to variable; variable to record
   explicit CDaoFieldExchange(Operation operation) : m_nOperation(operation) {}
 
   Operation m_nOperation;
@@ -31,22 +30,23 @@ class KVSHARE_API CDaoRecordset {
  public:
   enum CursorLocation { useServer = 2, useClient = 3 };
 
-  // On an open database, which must outlive it.
+  // The database must be open at Open and must outlive the recordset.
   explicit CDaoRecordset(CDaoDatabase* database);
   ~CDaoRecordset();
   CDaoRecordset(const CDaoRecordset&) = delete;
   CDaoRecordset& operator=(const CDaoRecordset&) = delete;
 
-  // Kept only: the records are always read at once, which is what a cursor of the client means.
+  // The value is stored and has no effect: Open always reads all records, as a client-side cursor does.
   void SetCursorLocation(CursorLocation location) { m_nCursorLocation = location; }
   CursorLocation GetCursorLocation() const { return m_nCursorLocation; }
-  // The most records that the next Open reads; more are left out, which HasMore tells.
+  // The maximum number of records that the next Open reads. HasMore returns whether there were more.
   void SetMostRecords(LONG records) { m_nMostRecords = records; }
-  // The most bytes of UTF-8 that its values may have together, 16 more for each value; what needs more fails.
+  // The memory limit of the next Open: the bytes of all values as UTF-8 plus a fixed cost for each value. Open throws
+  // if the records need more.
   void SetMostBytes(std::size_t bytes) { m_nMostBytes = bytes; }
 
-  // Runs a query and stands on its first record. A statement that gives no records makes an empty set without fields.
-  // A record with more than kMostFieldBytes in one field fails. After a failure the set is closed.
+  // Runs a query, reads its records and moves to the first one. A statement without a result gives an empty set without
+  // fields. Throws if a field is longer than kMostFieldBytes. After a failure the recordset is closed.
   void Open(const CString& sql);
   bool IsOpen() const { return m_bOpen; }
   void Close();
@@ -60,14 +60,16 @@ class KVSHARE_API CDaoRecordset {
   int GetFieldCount() const { return int(m_Fields.size()); }
   const CString& GetFieldName(int field) const { return m_Fields[std::size_t(field)].name; }
   bool IsFieldNumeric(int field) const { return m_Fields[std::size_t(field)].numeric; }
-  // Of the current record; none for NULL.
+  // The value in the current record; empty optional for NULL. Throws if there is no current record or no such field.
   const std::optional<CString>& GetFieldValue(int field) const;
 
-  // Copies a column of the current record to the variable, NULL as an empty text; or notes the variable's value for
-  // Update. Column names are taken without case and without brackets.
+  // LoadField copies a column of the current record to value; NULL becomes an empty text. StoreField keeps a copy of
+  // value for Update. Column names compare without case, and brackets around them are ignored. Throws for an unknown
+  // column.
   void DFX_Text(const CDaoFieldExchange* exchange, const CString& column, CString& value);
-  // Writes what was noted into the current record, if the query was a SELECT from one table: the record is found by the
-  // values that were read of it. Fails if it isn't there any more as it was, and if nothing may be written.
+  // Writes the stored values to the current record with an UPDATE statement that selects the record by all values read
+  // from it. Works for a SELECT from one table. Throws if the record has changed or gone meanwhile, if the table is
+  // unknown, or if the database is open for reading only. Without stored values it does nothing.
   void Update();
 
  private:
@@ -85,9 +87,9 @@ class KVSHARE_API CDaoRecordset {
   std::size_t m_nMostBytes = std::size_t{256} << 20;
   bool m_bOpen = false;
   bool m_bMore = false;
-  CString m_Table;  // that the records are of; empty if that can't be told
+  CString m_Table;  // the table of the records; empty if unknown
   std::vector<Field> m_Fields;
   std::vector<Record> m_Records;
   std::size_t m_nCurrent = 0;
-  std::vector<std::pair<std::size_t, CString>> m_Noted;  // field and value
+  std::vector<std::pair<std::size_t, CString>> m_Stored;  // field index and value, for Update
 };

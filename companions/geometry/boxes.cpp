@@ -12,7 +12,7 @@ FRInterval Range(double low, double high) {
   return range;
 }
 
-// Unlike std::min, std::fmin gives the other one for a value that is no number, whichever comes first.
+// std::fmin and std::fmax return the other argument if one is NaN, in either order; std::min and std::max do not.
 FRInterval Around(const FRInterval& range, double value) {
   return Range(std::fmin(range.start_pt(), value), std::fmax(range.end_pt(), value));
 }

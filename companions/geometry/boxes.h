@@ -1,11 +1,11 @@
-// Intervals and axis-aligned boxes: FRInterval and FRBox. Plain values; nothing fails. A coordinate that is no number
-// widens no box; it stays in one only if no point has a number there.
+// Intervals and axis-aligned boxes: FRInterval and FRBox. Both are plain values, and no operation fails. Lengths are in
+// the caller's unit. A box ignores NaN coordinates; it has a NaN bound only if all points have NaN there.
 #pragma once
 
 #include "companions/geometry/vectors.h"
 
-// A closed interval from start_pt to end_pt; default-built it is [0, 0]. The ends are kept as set, also when the low
-// one is above the high one.
+// The closed interval from start_pt to end_pt. The default is [0, 0]. Both ends are kept as set, even if low is above
+// high.
 class KVSHARE_API FRInterval {
  public:
   constexpr FRInterval() = default;
@@ -20,11 +20,11 @@ class KVSHARE_API FRInterval {
   double high_ = 0;
 };
 
-// A box with its edges along the axes; default-built it is the origin alone.
+// A box with its edges along the axes. The default contains only the origin.
 class KVSHARE_API FRBox {
  public:
   constexpr FRBox() = default;
-  // The smallest box with both positions in it; they may be any two opposite corners, in any order.
+  // The smallest box that contains both positions, which are any two opposite corners in any order.
   FRBox(const FRPosition& corner, const FRPosition& opposite);
 
   constexpr FRPosition low() const { return {x_.start_pt(), y_.start_pt(), z_.start_pt()}; }
@@ -42,5 +42,5 @@ class KVSHARE_API FRBox {
   FRInterval z_;
 };
 
-// The smallest box around the first count positions; with null or a count below 1 the origin alone.
+// The smallest box around the first count positions. If points is null or count is below 1, the default box.
 KVSHARE_API FRBox CreateBoxFromPoints(const FRPosition* points, int count);

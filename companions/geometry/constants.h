@@ -1,20 +1,20 @@
-// The geometry library's global numbers: the circle and the two tolerances by which doubles are compared.
+// The geometry library's global numbers: the circle and the two tolerances for comparing doubles.
 //
-// All are variables, read at each use: a piece of code that needs another tolerance changes it for a while and puts it
-// back, and every thread sees the change. They are constants before any initialiser of a static object runs.
+// All are variables and are read at each use. Code that needs another tolerance may change it and restore it later. The
+// change holds for every thread, and there is no lock. The values are set before any static object is initialised.
 #pragma once
 
 #include "platform/types.h"
 
 extern KVSHARE_API double PI;
-// Half of PI, not twice: the name reads "PI over 2".
+// PI divided by 2.
 extern KVSHARE_API double PI_2;
-// Degrees in a radian: an angle in radians times this one is in degrees.
+// Multiply an angle in radians by this to get degrees.
 extern KVSHARE_API double RADIAN_TO_DEGREE;
 
-// The absolute tolerance, 1e-6 at start: lengths and coordinates that differ by less are the same, and a length below
-// it is none. It is also the raster from which the rounding of numbers is derived.
+// The absolute tolerance for lengths and coordinates, in the model's unit of length; 1e-6 at the start. Lengths that
+// differ by less are equal, and a smaller length is zero. The rounding of numbers is derived from it too.
 extern KVSHARE_API double RESABS;
-// The normal tolerance, 1e-10 at start: for quantities of length 1, sines and factors. Well above the error of a chain
-// of some thousand double operations, well below any angle that matters at the size of a machine.
+// The tolerance for quantities without a unit: directions, sines and factors; 1e-10 at the start. It is far above the
+// rounding error of some thousand double operations, and far below any angle that matters on a machine.
 extern KVSHARE_API double RESNOR;

@@ -1,5 +1,5 @@
-// AFR_Lin_List, the linked list of positions in which a polyline is handed over. The list owns its positions; positions
-// stay where they are in memory until the list dies.
+// AFR_Lin_List, the linked list of positions that represents a polyline. The list owns its positions. A position keeps
+// its address until the list is destroyed.
 #pragma once
 
 #include <list>
@@ -15,7 +15,7 @@ class KVSHARE_API AFR_Lin_List {
   iterator end() { return points_.end(); }
   const_iterator begin() const { return points_.begin(); }
   const_iterator end() const { return points_.end(); }
-  // Puts the position at the end.
+  // Appends a copy of the position.
   void append(const FRPosition& position) { points_.push_back(position); }
 
  private:

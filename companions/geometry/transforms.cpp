@@ -1,4 +1,4 @@
-// Matrices and transforms on Eigen. Its column-vector rotations are transposed where they enter.
+// Matrices and transforms with Eigen. Eigen rotates column vectors, so its rotations are transposed here.
 #include "companions/geometry/transforms.h"
 
 #include <Eigen/Dense>
@@ -68,7 +68,7 @@ FRTransf& FRTransf::operator*=(const FRTransf& next) { return *this = *this * ne
 FRTransf FRTransf::inverse() const {
   const Matrix matrix = ToEigen(affine_);
   Matrix back = matrix.transpose();
-  // The transpose of a rotation is its exact inverse; anything else is solved for.
+  // The transpose of a rotation is its exact inverse; any other matrix is inverted numerically.
   if (!(matrix * back).isIdentity(RESNOR)) {
     bool invertible = false;
     matrix.computeInverseWithCheck(back, invertible, /*absDeterminantThreshold=*/0);
@@ -92,7 +92,7 @@ FRTransf get_transform_to_xy_plane(const FRUnitVector& normal, const FRPosition&
   const double off_axis = a * a + b * b;
   FRMatrix turn;
   if (off_axis > RESNOR * RESNOR) {
-    // 1 / (1 + c), in a form that keeps its digits when the normal nearly opposes the Z axis.
+    // 1 / (1 + c), in a form that keeps its precision if the normal is nearly opposite to the Z axis.
     const double f = c > 0 ? 1 / (1 + c) : (1 - c) / off_axis;
     turn = FRMatrix({1 - a * a * f, -a * b * f, a}, {-a * b * f, 1 - b * b * f, b}, {-a, -b, c});
   } else if (c < 0) {

@@ -1,16 +1,17 @@
-// Matrices and transforms: FRMatrix, FRTransf, and the functions that make transforms of one kind.
+// Matrices and transforms: FRMatrix, FRTransf, and functions that make a rotation, translation or scaling.
 //
-// Points are row vectors, so p * (A * B) equals (p * A) * B: the left factor acts first. Both classes are plain values
-// without allocations. Row and column numbers are 0, 1 or 2; angles are in radians, right-handed about the axis.
+// Points are row vectors: p * (A * B) equals (p * A) * B, so the left factor acts first. Both classes are plain values
+// and allocate nothing. Row and column numbers are 0, 1 or 2 and are not checked. Angles are in radians, right-handed
+// about the axis.
 #pragma once
 
 #include "companions/geometry/vectors.h"
 
-// A 3x3 matrix; default-built it is the identity.
+// A 3x3 matrix. The default is the identity.
 class KVSHARE_API FRMatrix {
  public:
   constexpr FRMatrix() = default;
-  // The three vectors are the rows, that is the images of the axes.
+  // The three vectors are the rows: the images of the X, Y and Z axes.
   constexpr FRMatrix(const FRVector& row0, const FRVector& row1, const FRVector& row2)
       : e_{{row0.x(), row0.y(), row0.z()}, {row1.x(), row1.y(), row1.z()}, {row2.x(), row2.y(), row2.z()}} {}
 
@@ -24,9 +25,9 @@ class KVSHARE_API FRMatrix {
 
 KVSHARE_API FRMatrix operator*(const FRMatrix& a, const FRMatrix& b);
 
-// An affine map: p * T is (p * affine) * scaling + translation. The scaling factor stands apart, so that the affine
-// part of a rigid motion stays a rotation however often it is scaled. The flags tell a reader what the affine part is
-// made of; they are stored and combined by products but never believed: no result depends on them.
+// An affine map: p * T is (p * affine) * scaling + translation. The scaling factor is separate, so the affine part of a
+// rigid motion remains a rotation after any scaling. The flags describe the affine part (0 or 1: it rotates, reflects,
+// shears). They are stored and combined by products, but no result depends on them.
 class KVSHARE_API FRTransf {
  public:
   // The identity, with no flag set.
@@ -55,16 +56,15 @@ class KVSHARE_API FRTransf {
   constexpr void set_reflect_flag(int flag) { reflect_ = flag; }
   constexpr void set_shear_flag(int flag) { shear_ = flag; }
 
-  // The scaling factor; the name is the older one.
+  // The same as get_scaling_part; kept for existing modules.
   constexpr double GetScalingMatrix() const { return scale_; }
 
-  // The map back. A transform that flattens space has none, nor has one whose numbers or whose inverse's numbers are
-  // not finite: the result is the identity.
+  // The inverse map. The result is the identity if there is no inverse (the affine part is singular, or the scale is 0)
+  // or if a number of the transform or of its inverse is not finite.
   FRTransf inverse() const;
   FRTransf& operator*=(const FRTransf& next);
   KVSHARE_API friend FRTransf operator*(const FRTransf& first, const FRTransf& next);
-  // Equal if they move points alike: affine part and scaling within RESNOR, translation within RESABS. The flags don't
-  // count.
+  // Equal if affine part and scaling agree within RESNOR and the translation within RESABS. Flags are ignored.
   KVSHARE_API friend bool operator==(const FRTransf& a, const FRTransf& b);
 
  private:
@@ -76,19 +76,19 @@ class KVSHARE_API FRTransf {
   int shear_ = 0;
 };
 
-// Moves the position to the origin and turns the normal to the Z axis by the smallest angle; the opposite of the Z
-// axis is turned by a half turn about the Y axis. A normal of (0, 0, 0) gives the move alone.
+// Moves the position to the origin and turns the normal to the Z axis by the smallest angle. A normal opposite to the Z
+// axis is turned by 180 degrees about the Y axis. With a normal of (0, 0, 0) the result is only the translation.
 //
 // With n = (a, b, c) and the axis n x Z, Rodrigues' formula becomes, since cos = c and sin^2 = a^2 + b^2, the rows
 // (1 - a a f, -a b f, a), (-a b f, 1 - b b f, b), (-a, -b, c) with f = 1 / (1 + c).
 KVSHARE_API FRTransf get_transform_to_xy_plane(const FRUnitVector& normal, const FRPosition& position);
-// The rotation about an axis through the origin, of any length; the identity for an axis without direction. An angle
-// that is not finite gives NaN throughout.
+// The rotation about an axis through the origin. The axis may have any length; one shorter than RESNOR or not finite
+// gives the identity. An infinite or NaN angle gives a matrix of NaN.
 //
 // Rodrigues' formula: v cos + (u x v) sin + u (u . v) (1 - cos) for the unit axis u.
 KVSHARE_API FRTransf GetRotateTransf(double angle_radians, const FRVector& axis);
 KVSHARE_API FRTransf GetTranslateTransf(const FRVector& vector);
-// The scaling about the origin; GetScaleTransf(1.0) is the identity.
+// The uniform scaling about the origin.
 KVSHARE_API FRTransf GetScaleTransf(double scale);
-// The matrix with the factor on its diagonal.
+// The diagonal matrix with the factor in each place of the diagonal.
 KVSHARE_API FRMatrix GetScalingMatrix(double scale);

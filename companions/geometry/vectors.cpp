@@ -1,4 +1,4 @@
-// The global numbers, and what of points, vectors and directions is too long for the header.
+// The global numbers, and the longer functions of points, vectors and directions.
 #include "companions/geometry/vectors.h"
 
 #include <algorithm>
@@ -15,13 +15,13 @@ constinit const FRUnitVector FRZAxis = FRUnitVector::AsGiven(0, 0, 1);
 
 FRVector& FRVector::normalize() {
   double length = len();
-  // The squares of components above 1e154 have no room in a double, those of their ratios do.
+  // The square of a component above 1e154 overflows; dividing by the largest component first avoids that.
   if (std::isinf(length)) {
     const double largest = std::max({std::abs(c_[0]), std::abs(c_[1]), std::abs(c_[2])});
     *this = {c_[0] / largest, c_[1] / largest, c_[2] / largest};
     length = len();
   }
-  // Written so that a length which is no number, and any length under a tolerance of 0, go the safe way.
+  // A NaN length fails both comparisons. The first one also guards a zero length if RESNOR was set to 0.
   const bool has_direction = length > 0 && length >= RESNOR;
   return *this = has_direction ? FRVector(c_[0] / length, c_[1] / length, c_[2] / length) : FRVector();
 }
@@ -37,7 +37,7 @@ int parallel(const FRVector& a, const FRVector& b) {
   const FRUnitVector u = normalise(a);
   const FRUnitVector v = normalise(b);
   const double cosine = u % v;
-  // The sine alone would be 0 for a vector without direction as well.
+  // The cosine is tested too, because the sine is also 0 for a vector without direction.
   if (cosine == 0 || (u * v).len() > RESNOR) return 0;
   return cosine > 0 ? 1 : -1;
 }

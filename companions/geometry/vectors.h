@@ -1,11 +1,11 @@
 // Points, vectors and directions: FRPosition, FRVector and FRUnitVector, three doubles each.
 //
-// They are plain values in one right-handed frame: copying costs three doubles, nothing is allocated, nothing fails,
-// and any thread may use its own. Default-built values are (0, 0, 0). Comparisons are within a tolerance of
-// constants.h, so equality is not transitive. Points and directions stand on the left of a transform: p * T.
+// They are plain values in one right-handed frame: nothing is allocated, no operation fails, and there is no shared
+// state. The default is (0, 0, 0). Comparisons use a tolerance of constants.h, so equality is not transitive. Points
+// and directions are the left operand of a transform: p * T.
 //
-// Infinities and NaN go through sums and products by the rules of doubles and are equal to nothing. A vector with one
-// of them has no direction.
+// Infinity and NaN follow the rules of doubles in sums and products. A value that contains one equals nothing, and a
+// vector that contains one has no direction.
 #pragma once
 
 #include <cmath>
@@ -16,7 +16,7 @@ class FRMatrix;
 class FRTransf;
 class FRUnitVector;
 
-// A free vector: a difference of positions, a size, an axis of any length.
+// A free vector: for example a difference of positions, or an axis of any length.
 class KVSHARE_API FRVector {
  public:
   constexpr FRVector() = default;
@@ -34,7 +34,7 @@ class KVSHARE_API FRVector {
   constexpr void get_coords(double& x, double& y, double& z) const { x = c_[0], y = c_[1], z = c_[2]; }
 
   double len() const { return std::sqrt(c_[0] * c_[0] + c_[1] * c_[1] + c_[2] * c_[2]); }
-  // Brings the vector to length 1; one shorter than RESNOR, or not finite, has no direction and becomes (0, 0, 0).
+  // Scales the vector to length 1. A vector shorter than RESNOR, or not finite, has no direction: it becomes (0, 0, 0).
   FRVector& normalize();
 
   constexpr FRVector operator-() const { return {-c_[0], -c_[1], -c_[2]}; }
@@ -46,7 +46,7 @@ class KVSHARE_API FRVector {
   friend constexpr double operator%(const FRVector& a, const FRVector& b) {
     return a.x() * b.x() + a.y() * b.y() + a.z() * b.z();
   }
-  // The row times the matrix.
+  // The row vector times the matrix.
   KVSHARE_API friend FRVector operator*(const FRVector& row, const FRMatrix& matrix);
   // Equal if the tips are no further apart than RESABS.
   friend bool operator==(const FRVector& a, const FRVector& b) {
@@ -57,21 +57,22 @@ class KVSHARE_API FRVector {
   double c_[3] = {0, 0, 0};
 };
 
-// A direction: a vector of length 1, or (0, 0, 0) where there is none, which callers test for.
+// A direction: a vector of length 1, or (0, 0, 0) for "no direction". Test for (0, 0, 0) where the input may have no
+// direction.
 class KVSHARE_API FRUnitVector : public FRVector {
  public:
   constexpr FRUnitVector() = default;
-  // The direction of (x, y, z), which may have any length; (0, 0, 0) if that is below RESNOR.
+  // The direction of (x, y, z), which may have any length; (0, 0, 0) as FRVector::normalize says.
   FRUnitVector(double x, double y, double z) : FRVector(x, y, z) { normalize(); }
-  // Takes components that are known to have length 1 bit for bit.
+  // Stores the components unchanged. Their length must be 1.
   static constexpr FRUnitVector AsGiven(double x, double y, double z) { return FRUnitVector(FRVector(x, y, z)); }
 
   constexpr FRUnitVector operator-() const { return FRUnitVector(FRVector::operator-()); }
-  // Equal within RESNOR, which is tighter than for vectors of any length.
+  // Equal if the tips are no further apart than RESNOR. FRVector uses the larger RESABS.
   friend bool operator==(const FRUnitVector& a, const FRUnitVector& b) {
     return FRVector(a.x() - b.x(), a.y() - b.y(), a.z() - b.z()).len() <= RESNOR;
   }
-  // The direction after the transform: only its affine part counts, and the result has length 1 again.
+  // The direction after the transform. Only the affine part of the transform is applied; the result is normalised.
   KVSHARE_API friend FRUnitVector operator*(const FRUnitVector& direction, const FRTransf& transform);
   FRUnitVector& operator*=(const FRTransf& transform);
 
@@ -79,7 +80,7 @@ class KVSHARE_API FRUnitVector : public FRVector {
   explicit constexpr FRUnitVector(const FRVector& unit) : FRVector(unit) {}
 };
 
-// The axes of the frame; constants before any initialiser of a static object runs.
+// The axes of the frame. They are set before any static object is initialised.
 extern KVSHARE_API const FRUnitVector FRXAxis;
 extern KVSHARE_API const FRUnitVector FRYAxis;
 extern KVSHARE_API const FRUnitVector FRZAxis;
@@ -102,7 +103,8 @@ class KVSHARE_API FRPosition {
   constexpr void get_coords(double& x, double& y, double& z) const { x = c_[0], y = c_[1], z = c_[2]; }
 
   double distance(const FRPosition& other) const { return (*this - other).len(); }
-  // The foot of the perpendicular on the plane through the point; a normal of (0, 0, 0) gives this position itself.
+  // The foot of the perpendicular from this position to the plane through point_on_plane. A normal of (0, 0, 0) gives
+  // this position.
   FRPosition project_on_plane(const FRPosition& point_on_plane, const FRUnitVector& normal) const;
 
   friend constexpr FRVector operator-(const FRPosition& a, const FRPosition& b) {
@@ -111,21 +113,21 @@ class KVSHARE_API FRPosition {
   friend constexpr FRPosition operator+(const FRPosition& a, const FRVector& b) {
     return {a.x() + b.x(), a.y() + b.y(), a.z() + b.z()};
   }
-  // Each coordinate divided; dividing by 0 follows the rules of doubles.
+  // Divides each coordinate. Division by 0 follows the rules of doubles.
   friend constexpr FRPosition operator/(const FRPosition& a, double divisor) {
     return {a.x() / divisor, a.y() / divisor, a.z() / divisor};
   }
   KVSHARE_API friend FRPosition operator*(const FRPosition& point, const FRTransf& transform);
   FRPosition& operator*=(const FRTransf& transform);
-  // Equal if no further apart than RESABS.
+  // Equal if the distance is not above RESABS.
   friend bool operator==(const FRPosition& a, const FRPosition& b) { return a.distance(b) <= RESABS; }
 
  private:
   double c_[3] = {0, 0, 0};
 };
 
-// The direction of the vector; (0, 0, 0) if it is shorter than RESNOR.
+// The direction of the vector; (0, 0, 0) as FRVector::normalize says.
 KVSHARE_API FRUnitVector normalise(const FRVector& vector);
-// 1 if the vectors point the same way, -1 if they are opposite, 0 if they are not parallel, that is if the sine of the
-// angle between them is above RESNOR. A vector shorter than RESNOR is parallel to nothing.
+// 1 if the vectors have the same direction, -1 if the opposite one, else 0. They are parallel if the sine of their
+// angle is not above RESNOR. A vector without direction is not parallel to any vector.
 KVSHARE_API int parallel(const FRVector& a, const FRVector& b);

@@ -13,8 +13,8 @@ namespace {
 
 constexpr std::size_t kNodesPerBlock = 256;
 
-// The parser's handles are one pointer, which is what this library's handles hold. Going from one to the other by bits
-// spares a call of the parser's library each time.
+// A handle of the parser consists of one pointer, and so does a handle of this library. Converting by std::bit_cast
+// avoids a call into the parser's library.
 static_assert(sizeof(pugi::xml_node) == sizeof(void*) && sizeof(pugi::xml_attribute) == sizeof(void*));
 
 pugi::xml_node NodeOf(void* parsed) { return std::bit_cast<pugi::xml_node>(parsed); }
@@ -24,16 +24,16 @@ void* BitsOf(Handle handle) {
   return std::bit_cast<void*>(handle);
 }
 
-// The node itself or the next of its siblings that is an element. Of what the parser keeps only elements have a name.
+// The first element among the node and its next siblings. Of the nodes that the parser keeps, only elements have names.
 void* FirstElement(pugi::xml_node node) {
   while (BitsOf(node) && *node.name() == '\0') node = node.next_sibling();
   return BitsOf(node);
 }
 
-// The text at begin, which a NUL of the parser's ends. Mostly two characters part it from the next one, =" or a quote
-// and a blank, and the parser has put the NUL into the first of them, unless it has shortened the text: then nothing
-// has to be searched.
-std::string_view TextAhead(const char* begin, const char* next) {
+// The NUL-terminated text at begin; next is the start of the following text. Usually two characters separate them (="
+// or a quote and a blank) and the parser has written the NUL to the first. Then the length follows without a search.
+// If the parser has shortened the text, because of entities, the NUL is searched.
+std::string_view TextBefore(const char* begin, const char* next) {
   return next - begin >= 2 && next[-2] == '\0' ? std::string_view(begin, std::size_t(next - begin - 2)) : begin;
 }
 
@@ -45,7 +45,7 @@ bool IsPlainName(std::string_view name) {
   return !name.empty() && letter(name[0]) && std::all_of(name.begin(), name.end(), further);
 }
 
-// The parser's own words are short and plain; only the one that a reader can't act on is replaced.
+// The parser's description, starting in lower case; one that is hard to understand is replaced.
 std::string ReasonOf(const pugi::xml_parse_result& result) {
   if (result.status == pugi::status_no_document_element) return "there is no root element";
   std::string reason = result.description();
@@ -53,7 +53,7 @@ std::string ReasonOf(const pugi::xml_parse_result& result) {
   return reason;
 }
 
-// A file open for reading, or not.
+// A file opened for reading; false if that failed.
 struct FileHandle {
   explicit FileHandle(LPCTSTR path)
       : handle(CreateFileW(path, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr)) {}
@@ -105,8 +105,8 @@ bool KVXMLAttributeReader::Next(std::string_view& name, std::string_view& value)
   const pugi::xml_attribute next = at.next_attribute();
   const char* const begin = at.value();
   const char* const next_name = BitsOf(next) ? next.name() : nullptr;
-  name = TextAhead(name_, begin);
-  value = next_name ? TextAhead(begin, next_name) : std::string_view(begin);
+  name = TextBefore(name_, begin);
+  value = next_name ? TextBefore(begin, next_name) : std::string_view(begin);
   parsed_ = BitsOf(next);
   name_ = next_name;
   return true;
@@ -172,7 +172,7 @@ bool KVXMLNode::SetAttributeValue(CString name, CString value) {
   const KVXMLAttribute at = Find(ToUtf8(name));
   if (!at || !document_->IsWhole()) return false;
   KVXMLDocument::Change change{at.parsed_, 0, 0, {}, kvxml::EscapeAttribute(value.View()), {}};
-  if (document_->IsInText(at.Name().data())) {  // else it was added, and stands among the changes already
+  if (document_->IsInText(at.Name().data())) {  // else it was added, and changes_ holds it already
     change.at = document_->ValueAt(document_->OffsetOf(at.Name().data()));
     change.bytes = document_->ValueEnd(change.at) - change.at;
   }
@@ -242,7 +242,7 @@ void KVXMLDocument::MakeRoom(std::size_t size) {
   size_ = size;
 }
 
-// The source's text as UTF-8 with a NUL behind it.
+// Reads the source into text_ and converts it to UTF-8 with a NUL at the end.
 bool KVXMLDocument::ReadText(const Source& source) {
   if (!source()) return false;
   const kvxml::Encoding encoding = kvxml::EncodingOf(Text());
@@ -279,7 +279,7 @@ KVXMLNode* KVXMLDocument::Load(const Source& source) {
   return node;
 }
 
-// To tell the place, text that was parsed already is read once more.
+// The parser has changed text_, so the text is read again to find the place, unless the line starts are known.
 KVXMLNode* KVXMLDocument::FailMalformed(const Source& source, std::size_t byte, std::string reason) {
   parsed_.reset();
   if (line_starts_.empty() && ReadText(source)) line_starts_ = kvxml::LineStarts(Text());
@@ -291,7 +291,7 @@ KVXMLNode* KVXMLDocument::FailMalformed(const Source& source, std::size_t byte, 
 
 void KVXMLDocument::Fail(KVXMLFailure::Kind kind, std::string reason) { failure_ = {kind, {}, 0, std::move(reason)}; }
 
-// Hands out neighbours from the open block, or opens a block that has room for all of them.
+// Returns that many consecutive nodes, from the last block or from a new one that is large enough.
 KVXMLNode* KVXMLDocument::NewNodes(std::size_t count) {
   if (count > room_ - used_) {
     room_ = std::max(count, kNodesPerBlock);
@@ -305,12 +305,13 @@ KVXMLNode* KVXMLDocument::NewNodes(std::size_t count) {
 
 // Changing ------------------------------------------------------------------------------------------------------------
 
-// What the parser made of the text lies where it stood in it, but for what was set or added later.
+// Whether the piece is part of the loaded text. The parser works in place, so all names and values are, except those
+// that were set or added after the load.
 bool KVXMLDocument::IsInText(const char* piece) const noexcept {
   return piece && std::less_equal<>()(text_.get(), piece) && std::less<>()(piece, text_.get() + size_);
 }
 
-// An attribute's value begins behind the name, blanks, the sign, blanks and the quote; it ends at the same quote.
+// The value begins after the name, "=", optional blanks and a quote; it ends at the same quote.
 std::size_t KVXMLDocument::ValueAt(std::size_t name) const noexcept {
   std::size_t at = source_.find('=', name) + 1;
   while (IsBlank(source_[at])) ++at;
@@ -335,7 +336,7 @@ std::optional<std::string> KVXMLDocument::SavedBytes() const {
   std::string text;
   std::size_t done = 0;
   for (const Change& change : changes_) {
-    text.append(source_, done, change.at - done).append(change.ahead).append(change.value).append(change.behind);
+    text.append(source_, done, change.at - done).append(change.before).append(change.value).append(change.after);
     done = change.at + change.bytes;
   }
   text.append(source_, done);
@@ -349,7 +350,7 @@ bool KVXMLDocument::Save(CString fileName) const {
 
 KVXMLPlace KVXMLDocument::PlaceOfByte(std::size_t byte) const {
   const auto next = std::upper_bound(line_starts_.begin(), line_starts_.end(), byte);
-  if (next == line_starts_.begin()) return {};  // not kept
+  if (next == line_starts_.begin()) return {};  // the line starts are not kept
   return {int(next - line_starts_.begin()), int(byte - *(next - 1)) + 1};
 }
 

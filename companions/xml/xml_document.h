@@ -1,9 +1,9 @@
-// KVXMLDocument reads one XML file and owns its nodes: the XML library that the product's readers are written against.
-// Attributes can be changed and added; saving leaves everything else of the file as its author wrote it.
+// KVXMLDocument reads one XML file and owns its nodes. Attributes can be changed and added; saving keeps every other
+// byte of the file.
 //
-// A file may be UTF-8, UTF-16 (marked, or without mark), or declare "iso-8859-1" or "windows-1252"; anything else is
-// taken as UTF-8. Nothing outside the file is ever fetched, entities of a document type are not expanded, and neither
-// depth nor number of elements can exhaust the stack. One thread at a time may load.
+// A file may be UTF-8 or UTF-16 with or without a byte order mark, or declare "iso-8859-1" or "windows-1252"; anything
+// else is read as UTF-8. The document fetches nothing from outside the file and expands no entities of a document type.
+// Deep or wide documents do not exhaust the stack. One thread at a time may load.
 #pragma once
 
 #include <cstddef>
@@ -16,29 +16,29 @@
 
 #include "companions/xml/xml_node.h"
 
-// A place in the document's text, as UTF-8. Lines and columns count from 1, columns in bytes; 0 means unknown.
+// A place in the document's text. Lines and columns count from 1; a column counts bytes of UTF-8. 0 means unknown.
 struct KVXMLPlace {
   int line = 0;
   int column = 0;
 };
 
-// Why the last load gave no root.
+// Why the last load returned null.
 struct KVXMLFailure {
   enum class Kind {
-    kNone,        // it did give one, or nothing was loaded yet
-    kMissing,     // there is no such file
-    kUnreadable,  // it is there and cannot be read: rights, a folder, a fault of the disk
-    kTooLarge,    // more than may be read
-    kMalformed,   // it is no well-formed XML; place and byte say where
+    kNone,        // the last load succeeded, or nothing was loaded yet
+    kMissing,     // the file does not exist
+    kUnreadable,  // the file exists but cannot be read: no permission, a folder, a disk error
+    kTooLarge,    // the file or text is larger than the limit
+    kMalformed,   // the XML is not well-formed; place and byte say where
   };
 
   Kind kind = Kind::kNone;
   KVXMLPlace place;
-  std::size_t byte = 0;  // offset from the start of the text as UTF-8, the mark counted
-  std::string reason;    // for a human reader, a half sentence such as "start and end tags do not match"
+  std::size_t byte = 0;  // offset in the text converted to UTF-8, a byte order mark included
+  std::string reason;    // for the user, in lower case and without a stop: "start and end tags do not match"
 };
 
-// Larger files are refused before anything is allocated for them, unless a smaller limit is set.
+// The largest file or text that is loaded, 256 MiB. The size is checked before memory is allocated.
 inline constexpr std::size_t kXMLMostBytes = std::size_t{256} << 20;
 
 class KVSHARE_API KVXMLDocument {
@@ -48,32 +48,34 @@ class KVSHARE_API KVXMLDocument {
   KVXMLDocument(const KVXMLDocument&) = delete;
   KVXMLDocument& operator=(const KVXMLDocument&) = delete;
 
-  // Reads a file, named by a path in the product's form. Gives the root element, which the document owns, or null when
-  // the file cannot be read or parsed; LastFailure then says why. Nodes of an earlier load are gone in either case.
+  // Reads a file; the path is in the product's form. Returns the root element, which the document owns. Returns null if
+  // the file cannot be read or parsed; LastFailure says why. Either way all nodes of an earlier load become invalid.
   KVXMLNode* LoadFromFile(CString fileName);
   // The same for text in memory, which is copied.
   KVXMLNode* LoadFromMemory(std::string_view bytes);
 
   const KVXMLFailure& LastFailure() const noexcept { return failure_; }
 
-  // Whether later loads keep what the PlaceOf calls need, which costs a walk through the text: true until told
-  // otherwise. Without it every place is unknown, but for that of a failure.
+  // Whether later loads keep the line starts that PlaceOf needs, at the cost of one pass over the text. The default is
+  // true. If false, PlaceOf returns unknown places; a failure still has its place.
   void KeepPlaces(bool keep) noexcept { keep_places_ = keep; }
 
-  // Whether later loads keep the document whole, so that it can be changed and saved: comments and texts count as
-  // nodes, and a copy of the text stays. False until told otherwise; who only reads pays for none of it.
+  // Whether later loads keep the whole document, so that it can be changed and saved: comments and texts become nodes,
+  // and a copy of the text is kept. The default is false, which is faster for a reader.
   void KeepWhole(bool keep) noexcept { keep_whole_ = keep; }
-  // The size above which later loads refuse a file, at most kXMLMostBytes.
+  // The size limit of later loads in bytes, at most kXMLMostBytes.
   void SetMostBytes(std::size_t bytes) noexcept { most_bytes_ = bytes < kXMLMostBytes ? bytes : kXMLMostBytes; }
 
-  // Writes what was loaded with the changes since: every other byte stays, in the encoding that the file has. The file
-  // is written beside and renamed. False, with the file as it was, if that fails, or if SavedBytes has none.
+  // Writes the loaded document with its changes, in the file's encoding; all other bytes are as loaded. Writes a
+  // temporary file first and renames it. Returns false, with the old file unchanged, if that fails or if SavedBytes
+  // returns no bytes.
   bool Save(CString fileName) const;
-  // What Save writes. None if no document was loaded whole, or if its bytes can't be given back, as those of broken
-  // UTF-16.
+  // The bytes that Save writes. Empty if no document was loaded whole, or if its original bytes cannot be reproduced
+  // (for example invalid UTF-16).
   std::optional<std::string> SavedBytes() const;
 
-  // Where an element's name, an attribute's name or an attribute's value begins. Of none: unknown.
+  // The start of an element's name, of an attribute's name and of an attribute's value. An empty handle, and an
+  // attribute added or changed after the load, may give an unknown place.
   KVXMLPlace PlaceOf(KVXMLElement element) const;
   KVXMLPlace PlaceOf(KVXMLAttribute attribute) const;
   KVXMLPlace PlaceOfValue(KVXMLAttribute attribute) const;
@@ -81,21 +83,21 @@ class KVSHARE_API KVXMLDocument {
  private:
   friend class KVXMLNode;
   struct Parsed;
-  // A change of the text: so many bytes at that offset give way to others.
+  // Replaces a number of bytes of source_ by before + value + after.
   struct Change {
-    const void* attribute;  // the parser's, which the change is of
-    std::size_t at;
+    const void* attribute;  // the changed attribute, as the parser's pointer
+    std::size_t at;         // offset in source_
     std::size_t bytes;
-    std::string ahead;  // of the value: name and quote of an added attribute
+    std::string before;  // name, "=" and quote of an added attribute, else empty
     std::string value;
-    std::string behind;
+    std::string after;
   };
-  // Fills text_ from where the text comes from; false, with the failure set, if that can't be.
+  // Fills text_ from a file or from memory. Returns false and sets the failure if that fails.
   using Source = std::function<bool()>;
 
   void MakeRoom(std::size_t size);
   bool ReadText(const Source& source);
-  // Loaded whole, and not gone since.
+  // Whether the current document was loaded whole.
   bool IsWhole() const noexcept { return whole_ && parsed_; }
   bool IsInText(const char* piece) const noexcept;
   std::size_t OffsetOf(const char* inText) const noexcept { return std::size_t(inText - text_.get()); }
@@ -111,18 +113,18 @@ class KVSHARE_API KVXMLDocument {
   KVXMLPlace PlaceInText(std::string_view piece) const;
   void Clear();
 
-  std::unique_ptr<char[]> text_;  // the file, and a NUL; the parser writes into it
+  std::unique_ptr<char[]> text_;  // the text as UTF-8, NUL-terminated; the parser changes it in place
   std::size_t size_ = 0;
   std::unique_ptr<Parsed> parsed_;
   bool keep_places_ = true;
   bool keep_whole_ = false;
-  bool whole_ = false;  // what is loaded now
+  bool whole_ = false;  // keep_whole_ at the time of the last load
   std::size_t most_bytes_ = kXMLMostBytes;
-  std::string source_;                               // of a whole document: the text ahead of the parser
-  std::optional<int> encoding_;                      // and that of the file, if its bytes can be given back
-  std::vector<Change> changes_;                      // in the order of their places
-  std::vector<std::size_t> line_starts_;             // of the text ahead of the parser; empty if not kept
-  std::vector<std::unique_ptr<KVXMLNode[]>> nodes_;  // blocks; the last one is filled up to used_
+  std::string source_;                               // whole documents only: the text before parsing
+  std::optional<int> encoding_;                      // of the file; empty if its bytes cannot be reproduced
+  std::vector<Change> changes_;                      // sorted by offset
+  std::vector<std::size_t> line_starts_;             // offsets before parsing; empty if not kept
+  std::vector<std::unique_ptr<KVXMLNode[]>> nodes_;  // blocks; used_ and room_ belong to the last one
   std::size_t used_ = 0;
   std::size_t room_ = 0;
   KVXMLFailure failure_;

@@ -1,11 +1,11 @@
-// The elements of a parsed XML document. KVXMLNode and KVXMLNodeList are what the product's readers walk; KVXMLElement
-// and KVXMLAttribute are the fast lane for a reader that visits every attribute: plain handles that copy no text.
+// The elements of a parsed XML document, with two interfaces. KVXMLNode and KVXMLNodeList return wide texts and can
+// change attributes. KVXMLElement and KVXMLAttribute are handles that copy no text, for a reader of every attribute.
 //
-// Everything here belongs to its KVXMLDocument and dies with it, or with its next load. Names and values of the fast
-// lane are UTF-8, with entities already replaced, and are parts of the document's text. Comments and text are nodes
-// only of a document that was loaded whole (KVXMLDocument::KeepWhole), and never on the fast lane; processing
-// instructions are left out. KVXMLDocument::PlaceOf gives the line and column of an element or attribute. One thread at
-// a time may use the KVXMLNodes of a document; the fast lane may be read from many, while nothing is changed.
+// The document owns everything here; nodes, handles and texts are valid until its next load or its destruction. Names
+// and values of the handles are UTF-8 views of the document's text, with entities replaced. Comments and texts are
+// KVXMLNodes only if the document was loaded whole (KVXMLDocument::KeepWhole), and are never handles; processing
+// instructions are skipped. KVXMLDocument::PlaceOf gives line and column. One thread at a time may use the KVXMLNodes
+// of a document. Many threads may read through handles while no thread changes the document.
 #pragma once
 
 #include <string_view>
@@ -15,14 +15,13 @@
 class KVXMLDocument;
 class KVXMLNode;
 
-// One attribute, or none. Attributes stand in file order; a name that is written twice is seen twice. Copying it copies
-// a pointer.
+// A handle of one attribute, or empty. Attributes are in file order; a name that occurs twice is listed twice.
 class KVSHARE_API KVXMLAttribute {
  public:
   KVXMLAttribute() = default;
   explicit operator bool() const noexcept { return parsed_ != nullptr; }
 
-  // Of none: an empty text whose data is null, and none.
+  // An empty handle gives a view whose data is null, and an empty handle.
   std::string_view Name() const noexcept;
   std::string_view Value() const noexcept;
   KVXMLAttribute Next() const noexcept;
@@ -36,13 +35,13 @@ class KVSHARE_API KVXMLAttribute {
   void* parsed_ = nullptr;  // the parser's attribute
 };
 
-// One element, or none. Copying it copies a pointer.
+// A handle of one element, or empty.
 class KVSHARE_API KVXMLElement {
  public:
   KVXMLElement() = default;
   explicit operator bool() const noexcept { return parsed_ != nullptr; }
 
-  // Of none: an empty text whose data is null, and none.
+  // An empty handle gives a view whose data is null, and empty handles.
   std::string_view Name() const noexcept;
   KVXMLElement FirstChild() const noexcept;
   KVXMLElement NextSibling() const noexcept;
@@ -57,24 +56,25 @@ class KVSHARE_API KVXMLElement {
   void* parsed_ = nullptr;  // the parser's node
 };
 
-// Goes through an element's attributes, the first being what the first Next gives: quicker than handle by handle.
+// Iterates over an element's attributes, faster than KVXMLAttribute::Next.
 class KVSHARE_API KVXMLAttributeReader {
  public:
   explicit KVXMLAttributeReader(KVXMLElement element) noexcept;
-  // False, with both texts left alone, when there is none left.
+  // Sets both texts from the next attribute, the first one at the first call. Returns false, with both texts unchanged,
+  // after the last one.
   bool Next(std::string_view& name, std::string_view& value) noexcept;
 
  private:
-  void* parsed_;      // the attribute that Next gives
-  const char* name_;  // and its name
+  void* parsed_;      // the attribute that the next call of Next returns
+  const char* name_;  // the name of that attribute
 };
 
-// The children of a node, in file order: its elements, and its comments and texts if the document was loaded whole.
-// Text of blanks alone is no node.
+// The children of a node in file order: elements, and also comments and texts if the document was loaded whole. Text
+// that consists of blanks only is not a node.
 class KVSHARE_API KVXMLNodeList {
  public:
   long GetSize() const noexcept { return size_; }
-  // Null for an index outside the list. The document owns the node.
+  // The child at the index; null if the index is outside the list. The document owns the node.
   KVXMLNode* operator[](long index) const noexcept;
 
  private:
@@ -89,37 +89,37 @@ class KVSHARE_API KVXMLNode {
   KVXMLNode(const KVXMLNode&) = delete;
   KVXMLNode& operator=(const KVXMLNode&) = delete;
 
-  // The children; an element without children has an empty list. Never null for an element of a loaded document; null
-  // for a node that is none. Built by the first call, so only what is walked is paid for.
+  // The children of an element, possibly an empty list; null for a comment or text. The first call builds the list. The
+  // document owns it.
   KVXMLNodeList* GetChildNodes();
   // An element's name, or "#comment" or "#text".
   CString GetNodeName() const;
-  // The text that stands in an element itself, not in those below it, with the pieces around comments and elements
-  // joined; of a comment or text what it says.
+  // The text of a comment or text; for an element its own text pieces joined, without those of its child elements.
   CString GetNodeValue() const;
-  // True, and the value, if the attribute exists; false, and value untouched, if not. Names compare with case; of a
-  // name that is written twice the first counts.
+  // Returns true and sets value if the attribute exists, else false with value unchanged. Names compare with case. If a
+  // name occurs twice, the first one is used.
   bool GetAttributeValue(CString name, CString& value) const;
 
-  // Change an attribute that exists, the first of that name, or add one behind the others. False, with nothing changed,
-  // if there is none or one already, if the name is no plain XML name of ASCII letters, or if the document was not
-  // loaded whole. KVXMLDocument::Save writes the change.
+  // Set changes an existing attribute, the first of that name; Add appends a new one. Set returns false if the
+  // attribute does not exist. Add returns false if it exists, or if the name is not a plain XML name of ASCII
+  // characters (no colon). Both return false, with nothing changed, if the document was not loaded whole.
+  // KVXMLDocument::Save writes the changes.
   bool SetAttributeValue(CString name, CString value);
   bool AddAttribute(CString name, CString value);
 
-  // The same element on the fast lane; none for a comment or text.
+  // The handle of this element; empty for a comment or text.
   KVXMLElement Element() const noexcept { return element_; }
 
  private:
   friend class KVXMLDocument;
   friend class KVXMLNodeList;
 
-  // The first attribute of that name, or none.
+  // The first attribute of that name, or an empty handle.
   KVXMLAttribute Find(std::string_view name) const;
 
   KVXMLDocument* document_ = nullptr;
   KVXMLElement element_;
-  void* other_ = nullptr;  // the parser's node of a comment or text
+  void* other_ = nullptr;  // the parser's node if this is a comment or text, else null
   KVXMLNodeList children_;
   bool listed_ = false;
 };

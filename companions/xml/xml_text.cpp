@@ -8,8 +8,8 @@
 namespace kvxml {
 namespace {
 
-// Narrow encodings that a declaration may name, without case. The first is read as the second, its superset, as
-// browsers do: its 32 extra places are control characters that no definition holds.
+// Names of one-byte encodings in an XML declaration, in lower case. All are read as windows-1252, as browsers do: it
+// differs from iso-8859-1 only in 32 control characters, which XML files do not use.
 constexpr std::string_view kWesternNames[] = {"iso-8859-1", "windows-1252", "latin1"};
 constexpr UINT kWesternCodePage = 1252;
 
@@ -52,7 +52,7 @@ std::string ToWestern(std::string_view text) {
 
 char Lower(char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; }
 
-// The encoding that the declaration names, in lower case; empty if there is none.
+// The encoding named in the XML declaration, in lower case; empty without one.
 std::string DeclaredEncoding(std::string_view text) {
   if (!text.starts_with("<?xml")) return {};
   std::string_view declaration = text.substr(0, text.find("?>"));

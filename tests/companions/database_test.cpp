@@ -85,10 +85,10 @@ TEST_F(Database, TooMuchFailsAndLeavesAClosedSet) {
   records.Open(long_text);
   EXPECT_EQ(records.GetRecordCount(), 3);
   records.SetMostBytes(3 * (4000 + 16) - 1);
-  EXPECT_EQ(Failure([&] { records.Open(long_text); }), "the records are too long to be read");
+  EXPECT_EQ(Failure([&] { records.Open(long_text); }), "the records are too large to read");
   EXPECT_FALSE(records.IsOpen());
   EXPECT_EQ(records.GetRecordCount() + records.GetFieldCount(), 0);
-  EXPECT_EQ(Failure([&] { All(_T("SELECT hex(zeroblob(9000000))")); }), "a value is too long to be read");
+  EXPECT_EQ(Failure([&] { All(_T("SELECT hex(zeroblob(9000000))")); }), "a value is too long to read");
 }
 
 TEST_F(Database, ReadsTextOfAnyLength) {
@@ -146,7 +146,7 @@ TEST_F(Database, TellsItsTables) {
   EXPECT_EQ(info.m_strName, _T("Tools"));
   EXPECT_TRUE(info.m_bUpdatable);
   EXPECT_EQ(info.m_lRecordCount, 3);
-  EXPECT_EQ(Failure([&] { database_.GetTableDefInfo(2, info); }), "there is no table of that number");
+  EXPECT_EQ(Failure([&] { database_.GetTableDefInfo(2, info); }), "there is no table with that index");
 }
 
 TEST_F(Database, CountsTheRecordsOfTablesOfAnyName) {
@@ -183,13 +183,13 @@ TEST_F(Database, TellsWhatIsMissingInOneLine) {
 TEST_F(Database, ConnectionsThatSmuggleAreNotOpened) {
   const CString server = _T("Driver={SQL Server};SERVER=s;DATABASE=d;Uid=u;Pwd=secret");
   const std::pair<CString, const char*> rows[] = {
-      {SQLiteConnection(path_ + _T(";LoadExt=/tmp/x.so")), "a connection string with \"LoadExt\" is not opened"},
-      {SQLiteConnection(path_ + _T(";tracefile=/tmp/x")), "a connection string with \"TraceFile\" is not opened"},
-      {server + _T(";DumpFile=/tmp/x"), "a connection string with \"DumpFile\" is not opened"},
-      {_T("Driver=/tmp/x.so;Database=x"), "an ODBC driver has to be named as it is registered, not by its file"},
-      {_T("Driver={") + CString(u'x', 300) + _T("};"),
-       "an ODBC driver has to be named as it is registered, not by its file"},
-      {server + _T(";secret"), "the connection can't be told from its text"},
+      {SQLiteConnection(path_ + _T(";LoadExt=/tmp/x.so")), "the key \"LoadExt\" is not allowed in a connection string"},
+      {SQLiteConnection(path_ + _T(";tracefile=/tmp/x")),
+       "the key \"TraceFile\" is not allowed in a connection string"},
+      {server + _T(";DumpFile=/tmp/x"), "the key \"DumpFile\" is not allowed in a connection string"},
+      {_T("Driver=/tmp/x.so;Database=x"), "name the ODBC driver as it is registered, not by its file"},
+      {_T("Driver={") + CString(u'x', 300) + _T("};"), "name the ODBC driver as it is registered, not by its file"},
+      {server + _T(";secret"), "the connection string is ambiguous"},
   };
   for (const auto& [connection, expected] : rows) {
     CDaoDatabase other(0, 1);

@@ -98,7 +98,7 @@ TEST_F(TechDBCommand, AQueryChangesNothing) {
   const std::filesystem::path file = folder_.Path() / "TechDB/TechDB.kvdb";
   const std::string before = kvtest::ReadFile(file);
   const std::string alone =
-      "kestrova: the database is open for reading alone: a query begins with SELECT, WITH, VALUES or EXPLAIN, not with "
+      "kestrova: the database is open for reading only: a query begins with SELECT, WITH, VALUES or EXPLAIN, not with "
       "\"";
   for (const std::string word : {"Delete FROM Tools", "PRAGMA query_only = 0", "ATTACH 'other.kvdb' AS other"})
     EXPECT_EQ(Refusal({"query", "/* SELECT */ -- SELECT\n(" + word}), alone + word.substr(0, word.find(' ')) + "\"\n");
@@ -118,7 +118,8 @@ TEST_F(TechDBCommand, FailuresAreOneLine) {
   TechDB({"activate", "2"});
   EXPECT_EQ(Refusal({"test"}), "kestrova: there is no database file " + Product() + "TechDB\\old.mdb\n");
   folder_.Write("TechDB/old.mdb", std::string(5000, 'x'));
-  EXPECT_EQ(Refusal({"test"}), "kestrova: " + Product() + "TechDB\\old.mdb is no Access database, or can't be read\n");
+  EXPECT_EQ(Refusal({"test"}),
+            "kestrova: " + Product() + "TechDB\\old.mdb is not an Access database or cannot be read\n");
   TechDB({"activate", "3"});
   const std::string refusal = Refusal({"test"});
   EXPECT_THAT(refusal, HasSubstr("kestrova: cannot open database tech on server 127.0.0.1,1: "));

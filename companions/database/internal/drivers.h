@@ -1,13 +1,13 @@
-// Where a driver's library lies, and what a connection string of the product becomes for it.
+// Finds a driver's library and adapts a connection string of the product to it.
 #pragma once
 
 #include "companions/database/connection_strings.h"
 
 namespace kvdatabase {
 
-// The string that goes to the driver manager: the driver by its library if only this library's own registration knows
-// it, file paths as the system takes them, what a driver needs besides. Throws CDaoException for a driver that nobody
-// registered, and for a file that is not there.
-CString ForDriverManager(const ConnectionPieces& given);
+// The connection string for the driver manager: file paths in the system's form, further keys that a driver needs, and
+// the path of the driver's library if the driver is registered only in this library's own odbcinst.ini. Throws
+// CDaoException for a driver that is not registered, for a missing file and for a key that is not allowed.
+CString ForDriverManager(const ConnectionPieces& connection);
 
 }  // namespace kvdatabase

@@ -1,7 +1,7 @@
-// What the sources of this folder share: handles of ODBC and what a failed call says.
+// Shared by the sources of this folder: ODBC handles, statements and errors.
 //
-// Texts go to the drivers and come from them as UTF-8, by the narrow calls. The packaged SQLite driver has no others,
-// and what the driver manager makes of wide texts for such a one loses every character beyond the first 65,536.
+// Texts are exchanged with the drivers as UTF-8, through the narrow calls. The packaged SQLite driver has only these,
+// and the driver manager's conversion from wide texts loses all characters above U+FFFF.
 #pragma once
 
 #include <string>
@@ -13,11 +13,11 @@
 
 namespace kvdatabase {
 
-// A handle of ODBC, freed by the destructor.
+// An ODBC handle, freed by the destructor.
 class Handle {
  public:
   Handle() = default;
-  // Of a kind (SQL_HANDLE_...) below another; throws if there is none to be had.
+  // Allocates a handle of a kind (SQL_HANDLE_...) under a parent, which is null for an environment. Throws on failure.
   Handle(short kind, void* parent);
   ~Handle();
   Handle(Handle&& other) noexcept;
@@ -30,14 +30,14 @@ class Handle {
   void* handle_ = nullptr;
 };
 
-// Throws what the handle's last call said, with what was tried ahead of it and without the password of the pieces.
-[[noreturn]] void Throw(const Handle& handle, const std::string& tried, const ConnectionPieces& pieces);
-// Throws a failure of our own.
+// Throws CDaoException with "<action>: <diagnostics of the handle's last call>", without the password in the pieces.
+[[noreturn]] void Throw(const Handle& handle, const std::string& action, const ConnectionPieces& pieces);
+// Throws CDaoException with that message and no SQLSTATE.
 [[noreturn]] void Throw(const std::string& message);
 
 bool Succeeded(short result);
 
-// One value as text, to be bound to a parameter; none is NULL. It must outlive the statement's run.
+// A text bound to a parameter of a statement; an empty optional is NULL. It must live until the statement has run.
 struct Parameter {
   explicit Parameter(const std::optional<CString>& text) : null(!text), value(text ? ToUtf8(*text) : std::string()) {}
 
@@ -52,15 +52,15 @@ struct CDaoDatabase::Connection {
   explicit Connection(const CString& text) : pieces(text) {}
   ~Connection();
 
-  // A statement with the parameters, run. Throws if that fails.
+  // Runs a statement with the parameters and returns its handle. Throws on failure.
   kvdatabase::Handle Run(const CString& sql, std::vector<kvdatabase::Parameter>& parameters) const;
 
-  ConnectionPieces pieces;  // as they were given
+  ConnectionPieces pieces;  // before ForDriverManager
   kvdatabase::Handle environment;
   kvdatabase::Handle link;
   bool connected = false;
   bool read_only = false;
-  bool takes_semicolons = true;  // behind a statement
+  bool takes_semicolons = true;  // at the end of a statement
   bool tables_read = false;
   std::vector<CDaoTableDefInfo> tables;
 };

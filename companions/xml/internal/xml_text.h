@@ -1,4 +1,4 @@
-// What happens to a file's bytes before they are parsed: conversion to UTF-8 and the table of line starts.
+// The steps before parsing and saving: detecting the encoding, conversion to UTF-8 and back, and the line starts.
 #pragma once
 
 #include <cstddef>
@@ -10,21 +10,21 @@
 
 namespace kvxml {
 
-// How a file's text lies in its bytes. Western is "windows-1252", which "iso-8859-1" is read as.
+// The encoding of a file. kWestern is "windows-1252"; "iso-8859-1" is read as it too.
 enum class Encoding { kUtf8, kUtf16LittleEndian, kUtf16BigEndian, kWestern };
 
-// By its mark, its first bytes or its declaration; text that tells nothing known is taken as UTF-8.
+// Detects the encoding by the byte order mark, the first bytes or the XML declaration; otherwise UTF-8.
 Encoding EncodingOf(std::string_view bytes);
 
-// The text as UTF-8 and back. What can't be told becomes U+FFFD, or a question mark, so the way there and back need not
-// give the same bytes. Of UTF-8 both give a copy.
+// Convert bytes to UTF-8 and back; for kUtf8 both return a copy. Decode replaces invalid input by U+FFFD, and Encode
+// writes a question mark for a character that the encoding lacks, so a round trip need not give the same bytes.
 std::string Decode(std::string_view bytes, Encoding encoding);
 std::string Encode(std::string_view text, Encoding encoding);
 
-// A value as it stands between the quotes of an attribute, in ASCII alone, so that it fits every encoding.
+// The value escaped for an attribute in quotes. The result is ASCII, so it is valid in every encoding.
 std::string EscapeAttribute(TextView value);
 
-// The offset of the first byte of each line, the first line's 0 included. A line ends with LF.
+// The offset of each line's first byte; the first one is 0. A line ends with LF.
 std::vector<std::size_t> LineStarts(std::string_view text);
 
 }  // namespace kvxml
