@@ -19,10 +19,10 @@
 
 namespace {
 
-constexpr int kChildren = 8;   // of every inner node
-constexpr int kLinkEvery = 4;  // every fourth node refers back to the node above it
+constexpr int kChildren = 8;   // of each inner node
+constexpr int kLinkEvery = 4;  // every fourth node refers to its parent
 
-// What every node holds beside its children, the same for all contenders.
+// The fields of each node apart from its children, the same for all contenders.
 int NumberOf(std::size_t i) { return int(i * 7919 % 100003); }
 double WeightOf(std::size_t i) { return double(i) * 0.5; }
 std::string LabelOf(std::size_t i) { return "node " + std::to_string(i); }
@@ -89,7 +89,7 @@ struct SharedNode {
 
 namespace {
 
-// Node i's children are kChildren * i + 1 and on; a tree of nodes in breadth-first order.
+// A tree in breadth-first order: the children of node i begin at kChildren * i + 1.
 template <class Make, class Adopt, class Link>
 void Build(std::size_t count, Make make, Adopt adopt, Link link) {
   for (std::size_t i = 0; i < count; ++i) make(i);
@@ -149,7 +149,7 @@ std::string SaveOurs(Node& root) {
   return std::string(reinterpret_cast<const char*>(file.GetData()), file.GetLength());
 }
 
-// Saves without the copy into a string, which only the set-up needs.
+// Saves without the copy into a string that the set-up makes.
 void SaveOursOnly(Node& root) {
   CMemFile file(1 << 20);
   CArchive ar(&file, CArchive::store);
@@ -164,7 +164,7 @@ Node* LoadOurs(std::string& bytes) {
   return static_cast<Node*>(ar.ReadObject(RUNTIME_CLASS(Node)));
 }
 
-// The peers read from a stream; this one costs them no copy.
+// The peers read from a stream. This one reads the bytes without a copy.
 class MemoryBuffer : public std::streambuf {
  public:
   explicit MemoryBuffer(const std::string& bytes) {

@@ -1,5 +1,4 @@
-// Teaches Boost.Serialization std::u16string, which it does not know: the units go as one block, as those of its own
-// std::wstring do.
+// Adds std::u16string to Boost.Serialization. The code units are written as one block, like those of std::wstring.
 #pragma once
 
 #include <boost/serialization/level.hpp>

@@ -1,7 +1,7 @@
-// Saves and loads the command line's documents: the tree of tools, setups, features and operations that `kestrova
-// document new` makes. The peers save and load plain structs with the same texts, numbers and links, all in one struct,
-// which spares them what telling a node's class costs. Of peers, pointers are followed and met again: they are Boost's
-// tracked pointers and cereal's shared ones.
+// Saves and loads documents of the command line: the tree of tools, setups, features and operations that `kestrova
+// document new` creates. The peers save and load plain structs with the same texts, numbers and links. They use one
+// struct for all nodes, which saves them the class records. Links are Boost's tracked pointers and cereal's shared
+// pointers.
 #include <unistd.h>
 
 #include <boost/archive/binary_iarchive.hpp>
@@ -42,7 +42,7 @@ struct PlainFields {
   std::uint32_t id = 0, state = 0, colour = 0;
   std::uint16_t status = 0;
   std::int32_t kind = 0, flag = 0, flag_type = 0;
-  std::vector<double> numbers;  // of the node's class: frame, profile and depth, cutting, or measures
+  std::vector<double> numbers;  // by class: frame, profile and depth, cutting values, or dimensions
 
   template <class Archive>
   void Fields(Archive& ar) {
@@ -98,7 +98,7 @@ void Save(const HostDocument& document, CFile& file) {
   ar.Close();
 }
 
-// With the links checked, by which the tree is built.
+// Includes the check of the links that build the tree.
 Document LoadQuietly(std::string& bytes) {
   CMemFile file(reinterpret_cast<BYTE*>(bytes.data()), bytes.size());
   CArchive ar(&file, CArchive::load);
@@ -114,7 +114,7 @@ Document Load(std::string& bytes) {
   return document;
 }
 
-// What a host does beyond that to know that all is well: notify, repair the counts of the indexer, walk the tree.
+// The further steps of a host after loading: notify, repair the counts of the indexer, walk the tree.
 Document LoadAndVerify(std::string& bytes) {
   Document document = LoadQuietly(bytes);
   QFSerializeNotify::PostLoadFromStorageNotify();
@@ -142,7 +142,7 @@ std::vector<double> NumbersOf(HostNode& node) {
     for (const HostFeature::Point& point : feature->Profile()) numbers.insert(numbers.end(), {point.x, point.y});
     numbers.push_back(feature->Depth());
   } else {
-    numbers.resize(11);  // a setup's: three vectors, an angle, a height
+    numbers.resize(11);  // of a setup: three vectors, an angle, a height
   }
   return numbers;
 }
@@ -161,7 +161,8 @@ void CopyFields(HostNode& node, PlainFields& to) {
   to.numbers = NumbersOf(node);
 }
 
-// The document's nodes, in its order, as the peer has them; link(node, place) gives the peer's pointer to a node.
+// The document's nodes as the peer's structs, in the same order; link(node, place) returns the peer's pointer to a
+// node.
 template <class Nodes>
 void CopyDocument(const HostDocument& document, Nodes& nodes) {
   for (DWORD place = 0; place < document.NodeCount(); ++place) {
@@ -204,10 +205,10 @@ Shared MakeShared(const HostDocument& document) {
   return shared;
 }
 
-// ---- the least that any loader could do: as many objects, allocated and filled
+// ---- the lower bound for any loader: the same number of objects, allocated and filled
 
-// The host's nodes with the plainest members: as many texts, lists, links and numbers. Companions, patterns and raised
-// flags are null in most nodes and stay so here.
+// The host's nodes with plain members: the same number of texts, lists, links and numbers. Companions, patterns and
+// flags are null in most nodes, and are null here.
 struct FilledNode {
   virtual ~FilledNode() = default;
 
@@ -247,7 +248,7 @@ struct FilledDrilling : FilledOperation {
 
 using Filled = std::vector<std::unique_ptr<FilledNode>>;
 
-// What they are filled from: the nodes, and by place what they refer to. An owner and a tool stand ahead.
+// The source of the values: the nodes, and their links by place. An owner and a tool precede the nodes that use them.
 struct Originals {
   static constexpr DWORD kNone = HostNode::kNoPlace;
   struct Links {
@@ -344,7 +345,7 @@ Filled AllocateAndFill(const Originals& originals) {
 
 // ---- archives of the peers
 
-// The peers read from a stream; this one costs them no copy.
+// The peers read from a stream. This one reads the bytes without a copy.
 class MemoryBuffer : public std::streambuf {
  public:
   explicit MemoryBuffer(const std::string& bytes) {
@@ -401,7 +402,7 @@ class Folder {
       std::filesystem::temp_directory_path() / ("document_bench-" + std::to_string(getpid()));
 };
 
-// As safely as a document: flushed to the disk.
+// Flushed to the disk, as a document is.
 void WriteBytes(const std::string& path, const std::string& bytes) {
   std::FILE* file = std::fopen(path.c_str(), "wb");
   if (!file || std::fwrite(bytes.data(), 1, bytes.size(), file) != bytes.size()) std::abort();
@@ -425,14 +426,14 @@ std::string Megabytes(std::size_t bytes) {
   return text;
 }
 
-// Seconds for a node.
+// Seconds per node.
 struct PerNode {
   double save = 0;
   double load = 0;
   double verify = 0;
 };
 
-// What loading holds at most, and what stays: the document itself.
+// The peak of memory while loading, compared with the memory of the loaded document.
 void PeakRow(std::size_t size, std::string& bytes) {
   Document kept;
   std::ptrdiff_t stays = 0;
@@ -510,7 +511,7 @@ PerNode Documents(std::size_t size) {
 int main() {
   StartMainModule();
   const MainModuleScope scope;
-  HostDocument opening;  // stands in for the documents that are read
+  HostDocument opening;  // the active document while others are read
   const ActiveDocument active(&opening);
   SetActiveDocReadStorageUnits(CKVVersionInfo::QF_STORAGE_VERSION);
   PerNode small;

@@ -1,6 +1,6 @@
-// The environment's start against the registry calls that it makes, made alone; and the whole process of `kestrova env`
-// against the shortest process of an interpreter. The calls are those of a real start: they are noted by functions of
-// the same names in this program, which the library finds ahead of its own.
+// The environment's start compared with only its registry calls, and the whole process of `kestrova env` compared with
+// the shortest process of an interpreter. The calls are recorded from a real start by functions of the same names in
+// this program, which override those of the library.
 #include <dlfcn.h>
 
 #include <cstdio>
@@ -25,12 +25,12 @@ namespace fs = std::filesystem;
 struct Call {
   enum Kind { kOpen, kCreate, kClose, kQuery, kSet } kind;
   static constexpr std::size_t kNone = std::size_t(-1);
-  HKEY key = nullptr;  // predefined, or none that is open; else `slot` is the number of the call that opened it
+  HKEY key = nullptr;  // a predefined or invalid key; else `slot` is the index of the call that opened it
   std::size_t slot = kNone;
-  std::u16string name = {};  // a path, or a value's
+  std::u16string name = {};  // a path or a value's name
   REGSAM rights = 0;
   DWORD type = 0;
-  bool has_data = false;  // a query's buffer, and its size; or what is set
+  bool has_data = false;  // a query has a buffer (data gives its size), or a value is set
   bool has_size = false;
   std::string data = {};
 };
@@ -57,7 +57,7 @@ Notes notes;
 
 std::u16string NameOf(LPCWSTR text) { return text ? text : u""; }
 
-// The library's own function of the name that this program's has.
+// The library's function that the function of this name overrides.
 template <class Function>
 Function* Real(Function* ours) {
   Dl_info about = {};
@@ -116,7 +116,7 @@ LSTATUS RegSetValueExW(HKEY key, LPCWSTR name, DWORD reserved, DWORD type, const
   return real(key, name, reserved, type, data, bytes);
 }
 
-// No start takes one; if one ever does, these notes have to learn it.
+// No start begins a transaction. If one does, the recording must be extended.
 HANDLE CreateTransaction(SECURITY_ATTRIBUTES* security, void* unit, DWORD options, DWORD level, DWORD flags,
                          DWORD timeout_ms, LPWSTR description) {
   static auto* const real = Real(CreateTransaction);
@@ -129,7 +129,7 @@ HANDLE CreateTransaction(SECURITY_ATTRIBUTES* security, void* unit, DWORD option
 
 namespace {
 
-// Makes the calls as they were made, through the library's own functions.
+// Repeats the recorded calls through the library's functions.
 class Calls {
  public:
   explicit Calls(std::vector<Call> calls) : calls_(std::move(calls)), opened_(calls_.size()) {}
@@ -173,7 +173,7 @@ class Calls {
 
 void UseRegistry(const fs::path& folder) { SetEnvironmentVariableW(_T("KV_REGISTRY"), folder.u16string().c_str()); }
 
-// Copies of a registry that nobody has open, one after the other.
+// Copies of a registry, each used once, so that no process has it open.
 class Copies {
  public:
   Copies(const fs::path& registry, const fs::path& where) : where_(where) {
@@ -184,7 +184,7 @@ class Copies {
     }
   }
   void UseNext() const {
-    if (next_ == kCount) std::abort();  // more than one sample needs
+    if (next_ == kCount) std::abort();  // kCount is more than one sample needs
     UseRegistry(Folder(next_++));
   }
 
@@ -224,7 +224,7 @@ void BenchStart(kvbench::Table& table, const fs::path& folder) {
         UseRegistry(folder / ("theirs" + std::to_string(theirs++)));
         empty.Make();
       });
-  // A process's first start on a registry that earlier ones have filled.
+  // The first start of a process with a registry that earlier starts have filled.
   UseRegistry(folder / "noted");
   Calls full = CallsOfAStart();
   const Copies first(folder / "ours0", folder / "first"), second(folder / "ours0", folder / "second");

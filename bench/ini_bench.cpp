@@ -1,5 +1,5 @@
-// Profile files beside SimpleIni. Each platform call answers from the file as it is and each write saves it, so the
-// peer does its work at two levels: as a program would use it, and with what the calls promise on top.
+// Profile files compared with SimpleIni. Each platform call reads the current file and each write saves it. So the peer
+// is measured twice: as a program normally uses it, and with the same guarantees as the platform calls.
 #define SI_CONVERT_ICU
 #include <SimpleIni.h>
 #include <fcntl.h>
@@ -43,7 +43,7 @@ std::vector<Key> Keys(int count) {
   return keys;
 }
 
-// Saves as the platform's call does: to a file beside, which is brought to the disk and takes the name.
+// Saves as the platform call does: writes a temporary file, flushes it to the disk and renames it.
 void SaveSafely(const CSimpleIniA& ini, const std::string& file) {
   const std::string beside = file + ".tmp";
   ini.SaveFile(beside.c_str());
@@ -74,7 +74,7 @@ struct Bench {
   }
 
   void Read(bool cold) const {
-    if (cold) WritePrivateProfileStringW(nullptr, nullptr, nullptr, path.c_str());  // gives up what was kept
+    if (cold) WritePrivateProfileStringW(nullptr, nullptr, nullptr, path.c_str());  // drops the cached file
     TCHAR value[64];
     for (const Key& key : keys)
       kvbench::Keep(
@@ -163,7 +163,7 @@ struct Bench {
   int round = 0;
 };
 
-// Every key by a call of its own, once: what a program pays that saves its values one by one.
+// Writes each key once by a separate call, as a program does that saves its values one by one.
 void WriteOneByOne(const std::string& folder, int count) {
   const std::vector<Key> keys = Keys(count);
   const Text path = ProductPathFromSystem(folder + "/one_by_one.ini");

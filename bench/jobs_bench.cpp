@@ -1,6 +1,5 @@
-// Jobs: from the request to the first line of the command against threads of others, what a thousand live jobs cost,
-// and what a direct run adds to the command itself. The fixed wait ahead of a job is taken out by a clock that does not
-// wait.
+// Jobs: the time from the request to the command's first line compared with other thread libraries, the cost of a
+// thousand live jobs, and the overhead of a direct run. A clock that does not wait removes the fixed wait before a job.
 #include <oneapi/tbb/task_arena.h>
 #include <oneapi/tbb/task_group.h>
 
@@ -28,7 +27,7 @@ class BenchManager : public QFThreadBaseMgr {
   using QFThreadBaseMgr::TerminateSimiliarDuplicateThreads;
 };
 
-// Lets the one who waits go on as soon as the command begins.
+// Releases the semaphore when the command begins.
 class Node : public QFObject {
  public:
   QFeThreadStatus HandleCommand(QFeCommandType type, unsigned, void*&) override {
@@ -49,7 +48,7 @@ std::string Text(double seconds) {
   return text;
 }
 
-// A row for a time that may be so many microseconds at most.
+// Prints a row for a time that may be at most most_us microseconds.
 void Later(const char* what, double seconds, double most_us) {
   kvbench::Table::Row({what, 1, "what is allowed", /*goal=*/1}, Text(seconds), Text(most_us * 1e-6),
                       seconds * 1e6 / most_us);
@@ -57,7 +56,7 @@ void Later(const char* what, double seconds, double most_us) {
 
 double Now() { return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count(); }
 
-// Median seconds until what start() sets going releases the semaphore; finish() ends it outside the clock.
+// Median seconds from start() until its work releases the semaphore. finish() cleans up outside the measured time.
 template <class Start, class Finish>
 double Latency(std::counting_semaphore<>& begun, Start start, Finish finish) {
   std::vector<double> seconds;
@@ -103,15 +102,15 @@ void RequestToBegin(BenchManager& manager) {
   Later("begins later than a std::thread by", ours - plain, 100);
 }
 
-// Ahead of a job's begin: no wait, or one that lasts until the gate opens.
+// Replaces the wait before a job: none, or until g_held becomes false.
 std::atomic<bool> g_held = false;
 
-void SleepAhead(DWORD milliseconds) {
+void SleepBeforeJob(DWORD milliseconds) {
   if (milliseconds != 100) return Sleep(milliseconds);
   g_held.wait(true);
 }
 
-// Kilobytes in memory, as the system counts them.
+// The resident memory of the process in kilobytes.
 long ResidentKilobytes() {
   long pages = 0, resident = 0;
   if (std::FILE* file = std::fopen("/proc/self/statm", "r")) {
@@ -166,7 +165,7 @@ void LiveJobs(BenchManager& manager, std::size_t size) {
   manager.WaitForAllThreadsToBeDone();
   while (!manager.DeleteAllDoneThreads() && manager.AnyThreadsRunning()) Sleep(0);
   while (manager.FindThreadData(nodes.back().get(), 7, nullptr)) Sleep(1);
-  Sleep(100);  // nodes and links outlive the threads
+  Sleep(100);  // nodes and links must outlive the threads
 }
 
 void DirectRun(BenchManager& manager) {
@@ -186,7 +185,7 @@ void DirectRun(BenchManager& manager) {
 }  // namespace
 
 int main() {
-  static constexpr Clock kNoWait = {SleepAhead, GetSystemTime, [] { return _time64(nullptr); }};
+  static constexpr Clock kNoWait = {SleepBeforeJob, GetSystemTime, [] { return _time64(nullptr); }};
   SetCurrentClock(&kNoWait);
   QFSettingsKey settings(_T("Settings"), _T("Software\\Zemlor\\Kestrova\\Bench"));
   for (LPCTSTR name : {_T("ThreadMulti"), _T("ThreadDel")}) settings.AddValue(name, 1);

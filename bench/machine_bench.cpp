@@ -1,6 +1,6 @@
-// A machine definition loaded and exported: loading against pugixml parsing the same file alone, the export against
-// plain fprintf of the same fields to the same folder. Everything lies in a memory file system where there is one, so
-// that no disk is measured.
+// Loading a machine definition compared with pugixml that only parses the same file, and the export compared with
+// fprintf of the same fields to the same folder. The files are in a memory file system if there is one, so that the
+// disk is not measured.
 #include <pugixml.hpp>
 
 #include <cmath>
@@ -27,7 +27,7 @@ fs::path Folder() {
   return (fs::is_directory(memory) ? memory : fs::temp_directory_path()) / "kvbench-machine";
 }
 
-// A definition as authors write them: every shape with limits, an offset and display attributes.
+// A typical definition: each shape has limits, an offset and display attributes.
 void WriteDefinition(const fs::path& file, std::size_t shapes) {
   fs::create_directories(file.parent_path());
   std::ofstream out(file);
@@ -48,7 +48,7 @@ void WriteDefinition(const fs::path& file, std::size_t shapes) {
          "  </SHAPELISTS>\n</KESTROVAAPT>\n";
 }
 
-// What a straightforward author writes for one shape.
+// The straightforward export of one shape with fprintf.
 void PrintShape(std::FILE* out, const CQVMShape& shape, const std::string& name, const std::string& parent,
                 const std::string& path, const char* type) {
   std::fprintf(out, "SHAPE NAME=%s ID=%d PARENT=%s PTYPE=%s ", name.c_str(), shape.GetID(), parent.c_str(), type);
@@ -77,7 +77,7 @@ void PrintShape(std::FILE* out, const CQVMShape& shape, const std::string& name,
   six("MAX", shape.m_maxXYZ, shape.m_maxABC);
 }
 
-// The same export in the plain way. The texts are narrow already, which spares fprintf their conversion.
+// A shape for the fprintf export. Its texts are converted to UTF-8 beforehand.
 struct PlainShape {
   const CQVMShape* shape;
   std::string name, parent, path;

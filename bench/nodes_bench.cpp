@@ -1,5 +1,5 @@
-// Loads and saves documents of nodes, and fills and empties a list of users. The peer of loading is the least
-// that any loader could do: to allocate as many nodes with the same texts and lists.
+// Loads and saves documents of nodes, and fills and empties a list of users. The peer of loading is a lower bound for
+// any loader: it allocates the same number of nodes with the same texts and lists.
 #include <cereal/archives/binary.hpp>
 #include <cereal/types/string.hpp>
 #include <cereal/types/vector.hpp>
@@ -18,11 +18,11 @@
 
 namespace {
 
-constexpr std::size_t kChildren = 8;   // of every inner node
-constexpr std::size_t kUsedEvery = 3;  // every third node is used by the one ahead of it
-constexpr std::size_t kSession = 200;  // nodes made or changed in one minute
+constexpr std::size_t kChildren = 8;   // of each inner node
+constexpr std::size_t kUsedEvery = 3;  // every third node is used by the node before it
+constexpr std::size_t kSession = 200;  // nodes created or changed in one minute
 
-// What every node holds, the same for all contenders.
+// The fields of each node, the same for all contenders.
 std::string LabelOf(std::size_t i) { return "Rectangular pocket " + std::to_string(i); }
 std::string StampOf(std::size_t i) {
   char text[32];
@@ -45,7 +45,7 @@ class BenchNode : public QFObject {
 };
 IMPLEMENT_SERIAL(BenchNode, QFObject, VERSIONABLE_SCHEMA | 1)
 
-// The same fields one by one, as the plainest node would have them.
+// A plain node with the same fields.
 class PlainestNode : public CObject {
  public:
   CString label, createdBy, dateCreated, lastModified, lastModifiedBy, nodeDesc, regName, timeTaken;
@@ -75,7 +75,7 @@ struct Texts {
 
 using Nodes = std::vector<std::unique_ptr<BenchNode>>;
 
-// From the last to the first, so that what uses a node goes ahead of it.
+// Deletes from the last to the first, so that the users of a node are deleted before it.
 struct Document {
   Nodes nodes;
   Document() = default;
@@ -115,7 +115,7 @@ std::vector<std::unique_ptr<PlainestNode>> Allocate(std::size_t count, const Tex
   return nodes;
 }
 
-// Two phases, as a document does it: the classes and numbers of all nodes, then their records.
+// Loads in two phases as a document does: first the classes and numbers of all nodes, then their records.
 void Save(const Document& document, CFile& file) {
   CArchive ar(&file, CArchive::store);
   ar << ULONGLONG(document.nodes.size());
@@ -223,7 +223,7 @@ void Documents(std::size_t size) {
                       Megabytes(built), double(ours) / double(built));
 }
 
-// All users of one node come, and go in another order.
+// Adds all users of one node, and removes them in another order.
 void Users(kvbench::Table& table, std::size_t size) {
   Nodes users;
   for (std::size_t i = 0; i < size; ++i) users.push_back(std::make_unique<BenchNode>());

@@ -1,5 +1,5 @@
-// Nodes and their lists: the indexer of 1,000 to 1,000,000 nodes over 40 classes, the helpers of object lists, a node's
-// list of users.
+// Nodes and their lists: the indexer with 1,000 to 1,000,000 nodes of 40 classes, the helpers of object lists, and a
+// node's list of users.
 #include <memory>
 #include <numeric>
 #include <random>
@@ -20,7 +20,7 @@
 namespace {
 
 constexpr std::size_t kClasses = 40;
-constexpr std::size_t kFinds = 1000;  // of one call
+constexpr std::size_t kFinds = 1000;  // per call
 
 // A node of one of the classes.
 class Node : public QFObject {
@@ -31,7 +31,7 @@ class Node : public QFObject {
   CRuntimeClass* m_record;
 };
 
-// Names of the length that node classes have.
+// Names as long as those of node classes.
 struct Classes {
   Classes() {
     for (std::size_t i = 0; i < kClasses; ++i)
@@ -48,14 +48,14 @@ std::vector<std::unique_ptr<Node>> MakeNodes(Classes& classes, std::size_t count
   std::vector<std::unique_ptr<Node>> nodes;
   for (std::size_t i = 0; i < count; ++i) {
     nodes.push_back(std::make_unique<Node>(&classes.records[i % kClasses]));
-    nodes.back()->GetObjectId();  // drawn outside the clock
+    nodes.back()->GetObjectId();  // assigns the id outside the measured time
   }
   return nodes;
 }
 
 // ---- peers of the indexer
 
-// Entries and ids in linked lists, each searched from its head.
+// Entries and ids in linked lists, searched from the head.
 struct WalkedEntry {
   CString name;
   CList<DWORD, DWORD> ids;
@@ -99,7 +99,7 @@ std::u16string WideName(Node& node) {
   return {name.begin(), name.end()};
 }
 
-// A row by class name; with kPositions the place of each id beside it.
+// A row for each class name; with kPositions also the position of each id.
 template <bool kPositions>
 class MappedIndexer {
  public:
@@ -182,7 +182,7 @@ std::unique_ptr<QFObjectIndexerHelper> Loaded(std::string& bytes) {
       static_cast<QFObjectIndexerHelper*>(ar.ReadObject(RUNTIME_CLASS(QFObjectIndexerHelper))));
 }
 
-// The first search in each class, which makes the index of its ids, when a document is in.
+// The first search in each class after a document is loaded; it builds the index of the class's ids.
 void PairFirstFind(kvbench::Table& table, QFObjectIndexerHelper& helper,
                    const std::vector<std::unique_ptr<Node>>& nodes) {
   std::string bytes = Saved(helper);
@@ -226,7 +226,7 @@ void BenchIndexer(kvbench::Table& table, std::size_t size) {
 
 using Objects = std::vector<std::unique_ptr<QFObject>>;
 
-// Two lists that have half of their elements in common, each in an order of its own.
+// Two lists in different order that share half of their elements.
 void Fill(CObList& a, CObList& b, Objects& objects, std::size_t size) {
   for (std::size_t i = 0; i < size + size / 2; ++i) objects.push_back(std::make_unique<QFObject>());
   std::vector<QFObject*> row;
@@ -269,7 +269,7 @@ void DropDuplicates(CObList& list) {
   }
 }
 
-// A node's list of users. Only a document brings duplicates, so that list is filled by itself.
+// A node's list of users. Duplicates come only from a document, so that list is filled directly.
 void BenchUsers(kvbench::Table& table, const Objects& objects) {
   QFObject used;
   for (const auto& object : objects) used.AddToUserObjectsList(object.get(), /*held=*/0);

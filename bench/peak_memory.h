@@ -1,6 +1,6 @@
-// Counts what a benchmark holds allocated: include in exactly one source of a benchmark, which thereby replaces malloc
-// and its kin, and mmap, for the whole process, libraries included. Counting is off except inside PeakBytes, where it
-// costs each contender the same. Works with the GNU C library only. Single-threaded.
+// Measures the peak of allocated memory. Include it in exactly one source of a benchmark: it replaces malloc, calloc,
+// realloc, free, mmap and munmap for the whole process, libraries included. It counts only inside PeakBytes, where the
+// cost is the same for each contender. Works only with the GNU C library. Single-threaded.
 #pragma once
 
 #include <sys/mman.h>
@@ -26,7 +26,7 @@ struct MemoryCount {
   bool on = false;
   std::ptrdiff_t live = 0;
   std::ptrdiff_t peak = 0;
-  std::ptrdiff_t mapped = 0;  // by mmap, counted always
+  std::ptrdiff_t mapped = 0;  // bytes mapped by mmap; always counted
 
   void* Enter(void* block) {
     if (on && block) {
@@ -38,7 +38,8 @@ struct MemoryCount {
   void Leave(void* block) {
     if (on && block) live -= std::ptrdiff_t(malloc_usable_size(block));
   }
-  // What is mapped only to be cut to size is no peak: mapping is noted when the cutting, or the next block, comes.
+  // An allocator may map more than it needs and unmap the rest immediately. So a mapping raises the peak only at the
+  // next unmapping or allocation.
   void Map(std::ptrdiff_t bytes) {
     mapped += bytes;
     if (on) live += bytes;
@@ -50,7 +51,7 @@ struct MemoryCount {
 };
 inline constinit MemoryCount memory_count;
 
-// Takes every page that the pool of blocks holds ready, so that what a measured run takes has to be mapped, and counts.
+// Allocates all free pages of the block pool, so that a measured run maps every page that it uses and is counted.
 class DrainedPool {
  public:
   DrainedPool() {
@@ -72,7 +73,7 @@ class DrainedPool {
   std::vector<void*> pages_;
 };
 
-// The highest number of bytes that stood allocated at once while run() ran, beyond what stood before.
+// The peak of allocated bytes while run() runs, without the bytes that were allocated before.
 template <class F>
 std::size_t PeakBytes(F run) {
   const DrainedPool drained;

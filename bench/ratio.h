@@ -1,13 +1,12 @@
-// Benchmarks as ratios: what is measured and its peer run alternately in one process, and the median of the pairs'
-// ratios is the result. A row prints as one line of a Markdown table.
+// Benchmarks as ratios: our code and its peer run alternately in one process, and the result is the median of the
+// pairs' ratios. Each row prints one line of a Markdown table.
 //
 //   kvbench::Table table("Registry");
 //   table.Pair({.name = "open, query, close", .size = 100, .peer = "SQLite C interface", .goal = 2.0},
 //              [&] { OpenQueryClose(); }, [&] { StepPreparedStatement(); });
 //
-// Both callables do one whole operation; set-up stands outside, and what they give is destroyed outside. A sample
-// repeats the operation until it lasts at least the minimum time, after one warm-up that also finds the number of
-// repetitions. Single-threaded.
+// Each callable performs one whole operation. Set-up belongs outside, and results are destroyed outside the measured
+// time. One warm-up run determines how many repetitions a sample needs to last the minimum time. Single-threaded.
 #pragma once
 
 #include <algorithm>
@@ -22,7 +21,7 @@
 
 namespace kvbench {
 
-// Keeps the optimiser from dropping a result.
+// Prevents the optimiser from removing the computation of a result.
 template <class T>
 inline void Keep(const T& value) {
   asm volatile("" : : "r,m"(value) : "memory");
@@ -32,9 +31,9 @@ struct Case {
   std::string name;
   std::size_t size = 0;
   std::string peer;
-  // The ratio of time to the peer's time that is aimed at, at most; 0 for none.
+  // The largest ratio of our time to the peer's time that meets the goal; 0: no goal.
   double goal = 0;
-  // How many operations one call of the callable does: times are printed per operation.
+  // Operations per call of the callable; times are printed per operation.
   std::size_t operations = 1;
 };
 
@@ -52,20 +51,21 @@ inline double Now() {
   return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
-// Seconds for one run. What the runs give is kept until the clock has stopped, so that its destruction isn't measured.
+// Seconds per run. The results of the runs are kept until the clock has stopped, so their destruction is not measured.
 template <class F>
 double Sample(F& run, std::size_t repetitions) {
-  using Given = decltype(run());
-  // The heap joins what the other contender has given back when the next large block is asked for: ahead of the clock.
+  using Result = decltype(run());
+  // The next large allocation makes the heap merge the blocks that the other contender has freed. Do it before the
+  // clock starts.
   void* volatile block = std::malloc(1 << 14);
   std::free(block);
   double seconds = 0;
-  if constexpr (std::is_void_v<Given>) {
+  if constexpr (std::is_void_v<Result>) {
     const double start = Now();
     for (std::size_t i = 0; i < repetitions; ++i) run();
     seconds = Now() - start;
   } else {
-    std::vector<Given> kept;
+    std::vector<Result> kept;
     kept.reserve(repetitions);
     const double start = Now();
     for (std::size_t i = 0; i < repetitions; ++i) kept.push_back(run());
@@ -95,7 +95,7 @@ inline std::string Time(double seconds) {
 
 }  // namespace detail
 
-// Alternates ours and peer: `pairs` pairs, each sample at least `minimum` seconds.
+// Measures ours and peer alternately: `pairs` pairs of samples of at least `minimum` seconds each.
 template <class Ours, class Peer>
 Ratio Measure(Ours ours, Peer peer, int pairs = 7, double minimum = 0.02) {
   const std::size_t ours_repetitions = detail::WarmUp(ours, minimum);
@@ -125,7 +125,7 @@ class Table {
     return ratio;
   }
 
-  // A row from figures taken elsewhere, such as peak memory; both are printed as given, with their unit.
+  // Prints a row of figures measured by the caller, such as peak memory. Both texts contain their unit.
   static void Row(const Case& what, const std::string& ours, const std::string& peer, double ratio) {
     std::printf("| %s | %zu | %s | %s | %s | %.2f | %s |\n", what.name.c_str(), what.size, ours.c_str(),
                 what.peer.c_str(), peer.c_str(), ratio, Goal(what, ratio).c_str());

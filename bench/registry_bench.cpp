@@ -1,4 +1,4 @@
-// The registry beside SQLite itself, on the same row of the same hive, and beside settings kept in an INI file.
+// The registry compared with SQLite on the same row of the same hive, and with settings in an INI file.
 #include <sqlite3.h>
 
 #include <QSettings>
@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 
 constexpr LPCTSTR kPath = _T("Software\\Zemlor\\Kestrova\\Debug");
 constexpr int kValues = 500;
-constexpr int kFewValues = 50;  // of the same 500: each save of an INI file takes milliseconds
+constexpr int kFewValues = 50;  // of the 500, because each save of an INI file takes milliseconds
 
 std::basic_string<TCHAR> NameOf(int number) {
   const std::string text = "Value" + std::to_string(number);
@@ -39,7 +39,7 @@ void OpenSetClose(LPCTSTR name, DWORD number) {
   RegCloseKey(key);
 }
 
-// Walks through the sub-keys of a key by number; the peer steps one statement through the same rows.
+// Enumerates the sub-keys of a key by index; the peer steps one statement through the same rows.
 void BenchWalk(kvbench::Table& table, sqlite3* connection, int count) {
   const auto path = NameOf(count);
   HKEY key = nullptr;
@@ -94,7 +94,7 @@ int main() {
   sqlite3_stmt* write = nullptr;
   sqlite3_open((folder / "user.hive").c_str(), &connection);
   sqlite3_exec(connection, "PRAGMA synchronous = NORMAL", nullptr, nullptr, nullptr);
-  // The peer knows the key's number beforehand: one look-up by the primary key is all it does.
+  // The peer already knows the key's id, so it only looks up one row by the primary key.
   sqlite3_prepare_v2(connection, "SELECT max(id) FROM key", -1, &read, nullptr);
   sqlite3_step(read);
   const sqlite3_int64 id = sqlite3_column_int64(read, 0);

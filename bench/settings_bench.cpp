@@ -1,6 +1,6 @@
-// Settings: reading one value of a tree by name against a hash map and against QSettings, restoring and saving a tree
-// of 700 values, building the application's tree, restoring and saving its values against SQLite itself, and the
-// search for a feed's colour.
+// Settings: reading a value by name compared with a hash map and with QSettings, restoring and saving a tree of 700
+// values, building the application's tree, restoring and saving its values compared with SQLite, and the search for the
+// colour of a feed.
 #include <sqlite3.h>
 
 #include <QSettings>
@@ -24,7 +24,7 @@ CString NameOf(int i) {
   return name;
 }
 
-// A tree of that many integers in sub-keys, named in the order of their numbers.
+// A tree of that many integers in sub-keys; the names are in numerical order.
 void Fill(QFSettingsKey& root, int count) {
   for (int i = 0; i < count;) {
     CString name;
@@ -56,7 +56,7 @@ void BenchGetValue(kvbench::Table& table, int count) {
     root.GetValue(names[std::size_t(step(a))], value);
     kvbench::Keep(value);
   };
-  for (int i = 0; i < 2; ++i) ours();  // the index is made at the second search, outside the clock
+  for (int i = 0; i < 2; ++i) ours();  // the second search builds the index, outside the measured time
   table.Pair({.name = "GetValue", .size = std::size_t(count), .peer = "std::unordered_map", .goal = 3.0}, ours,
              [&] { kvbench::Keep(map.find(texts[std::size_t(step(b))])->second); });
   table.Pair({.name = "GetValue", .size = std::size_t(count), .peer = "QSettings::value", .goal = 1.0}, ours,
@@ -88,7 +88,7 @@ void BenchRegistry(kvbench::Table& table, const std::string& folder) {
 
 // ---- the application's tree
 
-// The values of the hive in a file of the same tables and durability, through prepared statements alone.
+// The values of the hive in a file with the same tables and durability, accessed only by prepared statements.
 class PlainSqlite {
  public:
   explicit PlainSqlite(const std::filesystem::path& hive) {
@@ -117,7 +117,7 @@ class PlainSqlite {
   }
 
   std::size_t Count() const { return rows_.size(); }
-  // As another process would: the next reader finds a changed file.
+  // Changes the file as another process would, so that the next reader finds a changed file.
   void Touch() { Run("UPDATE key SET written = written + 1 WHERE id = 1"); }
   void Begin() { Run("BEGIN"); }
   void Commit() { Run("COMMIT"); }
@@ -131,7 +131,7 @@ class PlainSqlite {
       sqlite3_reset(read_);
     }
   }
-  // Every value changed. With `per_key`, one transaction for each key.
+  // Changes every value. With `per_key`, each key is one transaction.
   void WriteAll(bool per_key) {
     ++round_;
     sqlite3_int64 key = 0;
@@ -183,7 +183,7 @@ class PlainSqlite {
   int round_ = 0;
 };
 
-// The values of a tree, each with what gives it the datum of a round.
+// The values of a tree, each with a function that sets its datum for a round.
 class Changes {
  public:
   explicit Changes(const QFSettingsKey& tree) { Collect(tree); }
@@ -240,7 +240,7 @@ void BenchApplication(kvbench::Table& table, const std::filesystem::path& folder
   const auto restore = [&] { kvbench::Keep(settings.RestoreValuesFromRegistry()); };
   table.Pair({.name = "restore the application's tree", .size = count, .peer = kPeer, .goal = 1.5}, restore,
              [&] { peer.ReadAll(); });
-  sqlite3* another = nullptr;  // in the place of another process
+  sqlite3* another = nullptr;  // acts as another process
   sqlite3_open((folder / "user.hive").c_str(), &another);
   sqlite3_exec(another, "PRAGMA synchronous = NORMAL", nullptr, nullptr, nullptr);
   const auto touch = [another] {

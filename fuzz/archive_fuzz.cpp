@@ -1,5 +1,5 @@
-// A loading archive on any bytes: objects with texts, owned lists, plain references, arrays and versions. Whatever does
-// not load has to raise, and nothing that was made may stay.
+// Loads any bytes as an archive of objects with texts, owned lists, plain references, arrays and versions. A failed
+// load must throw CArchiveException, and no object may leak.
 #include <cstdlib>
 
 #include "framework/archive.h"
@@ -29,7 +29,7 @@ class FNode : public CObject {
     m_children.SerializeOwned(ar, RUNTIME_CLASS(FNode));
     const int before = live;
     if (schema > 1) ar >> m_other;
-    m_ownsOther = live != before;  // made where a plain reference stands: nobody else owns it
+    m_ownsOther = live != before;  // a plain reference created a new object, which has no other owner
   }
 
   CString m_text;

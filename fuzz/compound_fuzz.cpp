@@ -1,5 +1,5 @@
-// Any bytes as a compound file: walking it and reading every stream stays inside it, and what was read is still there
-// when the file has been written anew with one stream more.
+// Reads any bytes as a compound file: walks it and reads all streams without access outside the bytes. After adding one
+// stream and saving, the content must be the same.
 #include <cstdlib>
 #include <functional>
 #include <string>
@@ -14,10 +14,10 @@ namespace {
 constexpr DWORD kRead = STGM_READ | STGM_SHARE_EXCLUSIVE;
 constexpr DWORD kWrite = STGM_READWRITE | STGM_SHARE_EXCLUSIVE;
 
-// A file from outside may have names that no call takes.
+// Whether the file has an element whose name the calls refuse.
 bool unreachable = false;
 
-// The whole content, by name: sums of the streams' bytes. False if a stream is damaged.
+// Appends all names and a checksum of each stream to content. Returns false if a stream is damaged.
 bool Walk(IStorage* storage, std::u16string& content) {
   bool whole = true;
   IEnumSTATSTG* elements = nullptr;

@@ -1,5 +1,5 @@
-// Any bytes as a file of comma-separated values, behind two that choose row and column: each cell is what a reading of
-// the whole in memory says.
+// Reads any bytes as a file of comma-separated values. The first two bytes choose row and column. The cell must equal
+// the result of a simple reader that has the whole text in memory.
 #include <cstdlib>
 #include <string>
 #include <string_view>

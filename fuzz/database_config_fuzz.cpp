@@ -1,4 +1,4 @@
-// The bytes of a "database.config": read, every mark turned round, written, read again.
+// Reads any bytes as "database.config", inverts every active flag, writes the file and reads it again.
 #include <unistd.h>
 
 #include <cstddef>
@@ -13,14 +13,14 @@
 
 namespace {
 
-// A folder of this process's own in memory.
+// A folder of this process in a memory file system.
 const std::filesystem::path& Folder() {
   static const auto& folder = *new std::filesystem::path([] {
     std::filesystem::path path = "/dev/shm/kv_database_config_" + std::to_string(getpid());
     std::filesystem::create_directory(path);
     std::atexit([] { std::filesystem::remove_all(Folder()); });
     return path;
-  }());  // never destroyed: the end of the process needs it
+  }());  // never destroyed: the exit handler uses it
   return folder;
 }
 

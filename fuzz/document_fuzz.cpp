@@ -1,6 +1,6 @@
-// Any bytes as a document. The first byte says what the rest is: 0 the archive of the objects, 1 the whole file; with 2
-// added, damage is refused, without it what came whole is kept. What loads can be shown and dumped, saves, and then
-// loads as the same document, without a fault.
+// Loads any bytes as a document. Bit 0 of the first byte: the rest is the objects' archive (0) or the whole file (1).
+// Bit 1: keep the undamaged part (0) or refuse damage (1). A loaded document can be shown, dumped and saved; the saved
+// file must load as the same document without a finding.
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -42,7 +42,7 @@ void WriteBytes(std::string_view bytes) {
   std::fclose(file);
 }
 
-// The archive in a file whose header fits it, with a history that is null.
+// Writes a file that contains the archive, a matching header and a null history.
 void WriteObjects(std::string_view bytes) {
   constexpr DWORD kWrite = STGM_READWRITE | STGM_SHARE_EXCLUSIVE | STGM_CREATE;
   StructuredStorage storage;
@@ -62,7 +62,7 @@ void WriteObjects(std::string_view bytes) {
   Require(storage.GetRootStorage()->Commit(STGC_DEFAULT) == S_OK);
 }
 
-// Null if it was refused.
+// Null if the load was refused.
 std::unique_ptr<HostDocument> Load(Mode mode, std::size_t* findings = nullptr) {
   try {
     DocumentLoader loader(Path(), mode);
@@ -75,7 +75,7 @@ std::unique_ptr<HostDocument> Load(Mode mode, std::size_t* findings = nullptr) {
   }
 }
 
-// As JSON, with what the document prints of itself for support staff going nowhere.
+// The document as JSON. Also dumps the document and its nodes to a file that discards everything.
 std::string Shown(HostDocument& document) {
   const ActiveDocument active(&document);
   document.DumpData(nowhere);

@@ -1,6 +1,6 @@
-// What a document keeps of its saves and its nodes' ids, on any bytes: the save history and the object indexer. The
-// first byte says whether the storage version of the document is the present one or 6.0. What does not load has to
-// raise; what loads has to work, and to load again once it is stored.
+// Loads any bytes as a save history and as an object indexer. The first byte chooses the storage version of the
+// document: the current one or 6.0. A failed load must throw CArchiveException. A loaded object must work, and must
+// load again after it is stored.
 #include <cstdlib>
 #include <map>
 #include <memory>
@@ -58,7 +58,7 @@ std::string Stored(CObject& object) {
   return {reinterpret_cast<const char*>(file.GetData()), std::size_t(file.GetLength())};
 }
 
-// What was stored loads in the present storage version and is stored the same again.
+// Loads stored bytes in the current storage version.
 template <class T>
 std::unique_ptr<T> Reload(const std::string& bytes) {
   g_units = 38.0f;

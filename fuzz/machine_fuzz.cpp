@@ -1,4 +1,4 @@
-// The bytes of a machine definition: loaded, checked and exported to memory.
+// Loads, checks and exports any bytes as a machine definition, all in memory.
 #include <cstddef>
 #include <cstdint>
 #include <string>

@@ -1,5 +1,5 @@
-// Nodes of a document from any bytes, in any storage version: records within records, rings of owners and users, broken
-// original owners. Whatever loads has to be usable, and to go in any order once its links are ended.
+// Loads any bytes as nodes of a document in three storage versions: nested records, cycles of owners and users, invalid
+// original owners. Loaded nodes must be usable, and deletable in any order after their links are removed.
 #include <set>
 #include <vector>
 
@@ -53,7 +53,7 @@ void Use(QFObject& node) {
 
 }  // namespace
 
-// What a broken reference has made, which a load survives, belongs to nobody: leaks are not looked for.
+// An object created by an invalid reference may have no owner although the load succeeds, so leaks are not detected.
 extern "C" const char* __asan_default_options() { return "detect_leaks=0"; }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -76,7 +76,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (auto* node = DYNAMIC_DOWNCAST(QFObject, object)) Use(*node);
   for (CObject* object : objects)
     if (auto* node = DYNAMIC_DOWNCAST(QFObject, object)) node->DetachFromAllUserObjects();
-  // Pattern managers go with their nodes, what is neither node nor list with an owner of its own.
+  // Pattern managers are deleted by their nodes; objects that are neither nodes nor lists by other owners.
   for (CObject* object : objects) {
     auto* node = DYNAMIC_DOWNCAST(QFObject, object);
     if (node ? !node->GetIsPatternObject() : object->IsKindOf(RUNTIME_CLASS(CObList))) delete object;

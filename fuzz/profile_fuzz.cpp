@@ -1,4 +1,5 @@
-// Any bytes as a profile file: reading stays inside them, a write is read back, and of the other lines none changes.
+// Reads any bytes as a profile file without access outside them. A written value must be read back, and no other line
+// may change.
 #include <algorithm>
 #include <string>
 #include <string_view>
@@ -22,8 +23,8 @@ std::string BytesOf(LPCWSTR path) {
   return bytes;
 }
 
-// Of the bytes before no more may be gone than one line has: what stands between the common beginning and the common
-// end has one line end.
+// Requires that at most one line was replaced: between the common start and the common end of both texts, the old text
+// has at most one line end.
 void RequireOneLineChanged(std::string_view before, std::string_view after) {
   while (!before.empty() && !after.empty() && before.front() == after.front())
     before.remove_prefix(1), after.remove_prefix(1);

@@ -1,4 +1,4 @@
-// Registry text from anywhere: reading it never crashes, and what is accepted keeps the bounds of the registry.
+// Parses any bytes as registry text. Accepted steps must respect the limits of the registry.
 #include <cstdlib>
 #include <string_view>
 #include <vector>

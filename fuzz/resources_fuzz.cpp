@@ -1,4 +1,4 @@
-// Any bytes as a resource-only library: loading and looking up must stay inside them.
+// Loads any bytes as a resource-only library and looks up strings, without access outside the bytes.
 #include "platform/resources.h"
 
 #include "fuzz/temporary_file.h"

@@ -1,5 +1,5 @@
-// A document's settings from any bytes: what doesn't load has to raise, and what loads has to be stored and to load
-// the same again. The first byte chooses the storage version of the document.
+// Loads any bytes as a document's settings. The first byte chooses the storage version of the document. A failed load
+// must throw. Loaded settings must store, and load and store again as the same bytes.
 #include <cstdlib>
 #include <string>
 

@@ -1,4 +1,5 @@
-// Any bytes as a plain text file: the lines are those that a reading of the whole in memory gives, twice over.
+// Reads any bytes as a plain text file, twice. The lines must equal those of a simple reader that has the whole text in
+// memory.
 #include <algorithm>
 #include <cstdlib>
 #include <string>
@@ -10,7 +11,7 @@
 
 namespace {
 
-// The file as a text: its line ends are LF.
+// The text with its CR LF line ends changed to LF.
 std::string Translated(std::string_view bytes) {
   std::string text;
   for (std::size_t i = 0; i < bytes.size(); ++i) {
