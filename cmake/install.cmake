@@ -1,5 +1,5 @@
 # Install rules: bin/kestrova, lib/libKVSHAREu.so, the language libraries beside it, include/kvshare, a CMake package
-# and kvshare.pc. What else lies beside the library stands in installation.cmake.
+# and kvshare.pc. installation.cmake has the other files beside the library.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS KVSHAREu EXPORT KVShareTargets LIBRARY DESTINATION lib)

@@ -1,11 +1,11 @@
-# Copies the public headers to include/kvshare. In the tree an include names the file from the repository's root;
-# installed, the same include is written <kvshare/...>, so that a module needs one include folder only. Headers in an
-# internal/ folder are for one room of the library and stay out.
+# Copies the public headers to include/kvshare. In the tree an include names the file from the repository's root. The
+# installed headers use <kvshare/...> instead, so that a module needs only one include folder. Headers in an internal/
+# folder are for one room of the library and are not installed.
 set(target $ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/include/kvshare)
 file(GLOB_RECURSE headers RELATIVE ${KV_SOURCE}
   ${KV_SOURCE}/platform/*.h ${KV_SOURCE}/framework/*.h ${KV_SOURCE}/companions/*.h ${KV_SOURCE}/share/*.h)
 list(FILTER headers EXCLUDE REGEX "^platform/((linux|windows)/|odbc[.]h)|/internal/")
-list(APPEND headers platform/linux/types.h)  # what platform/types.h includes on this system
+list(APPEND headers platform/linux/types.h)  # platform/types.h includes it on this system
 file(REMOVE_RECURSE ${target})
 foreach(header ${headers})
   file(READ ${KV_SOURCE}/${header} text)

@@ -1,5 +1,5 @@
-# Makes the shared library's own folder a whole small installation, as it is installed: the files of examples/install
-# beside the language libraries, and the example machines in the simulation's folder.
+# Copies the files of examples/install and the example machines beside the shared library in the build folder, so that
+# this folder is a complete small installation. Installs the same files.
 set(install_source ${PROJECT_SOURCE_DIR}/examples/install)
 set(machine_source ${PROJECT_SOURCE_DIR}/examples/machines)
 file(GLOB_RECURSE install_files RELATIVE ${install_source} CONFIGURE_DEPENDS ${install_source}/*)

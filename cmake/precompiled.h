@@ -1,5 +1,5 @@
-// The standard headers that most sources use; compiled once. Headers of the project stay out, so that a change in
-// one of them rebuilds only its users.
+// The standard headers that most sources use, compiled once. It contains no header of the project, so that a change in
+// one rebuilds only its users.
 #pragma once
 
 #include <algorithm>

@@ -1,5 +1,5 @@
 # Builds each language folder's KVRESu.DLL, a resource-only library, from examples/install/lang/*/strings.rc.
-# The library is the same file for every platform; it lies in lang/ beside the shared library.
+# The file is the same for every platform. It is placed in lang/ beside the shared library.
 find_program(KV_WINDRES NAMES x86_64-w64-mingw32-windres REQUIRED)
 find_program(KV_PE_LD NAMES x86_64-w64-mingw32-ld REQUIRED)
 

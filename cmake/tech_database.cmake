@@ -1,7 +1,7 @@
-# The technology database of the example installation, made from its script, with "database.config" beside it: in
-# TechDB/ of the data folder, which is the shared library's own folder unless the registry names another.
-# And the ODBC drivers under the names that connection strings have, in a file of the installation's own: the machine's
-# registrations stay as they are.
+# Builds the technology database of the example installation from its script, and copies "database.config" beside it.
+# Both are in TechDB/ of the data folder, which is the folder of the shared library unless the registry names another.
+# Also registers the ODBC drivers under the names used in connection strings, in a file of the installation. The
+# machine's registrations are not changed.
 find_program(KV_SQLITE NAMES sqlite3 REQUIRED)
 
 set(data ${PROJECT_SOURCE_DIR}/examples/install/TechDB)

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds the release benchmarks and their peers, runs each with its peer in one process and prints tables of ratios.
-# The last full run is kept in bench/results.md. With names (archive, machine, ...) only those run and nothing is kept.
+# Builds the release benchmarks with their peers, runs each with its peers in one process and prints tables of ratios.
+# A full run is saved to bench/results.md. With names (archive, machine, ...) only these run, and nothing is saved.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/dependencies.sh

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds the release into build/release; with --prefix DIR installs it there.
+# Builds the release into build/release. With --prefix DIR it also installs into that folder.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/dependencies.sh

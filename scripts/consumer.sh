@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs into an empty folder and builds the consumer project against it, with CMake and with pkg-config; runs both.
+# Installs into an empty folder, builds the consumer project against it with CMake and with pkg-config, and runs both.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 prefix=$PWD/build/consumer/prefix
@@ -13,12 +13,12 @@ cmake --build build/consumer/cmake >/dev/null
 with_cmake=$(build/consumer/cmake/consumer)
 
 export PKG_CONFIG_PATH=$prefix/lib/pkgconfig
-# shellcheck disable=SC2046 # the flags are words
+# shellcheck disable=SC2046 # the flags must be split into words
 g++ -std=c++20 examples/consumer/consumer.cpp -o build/consumer/plain $(pkg-config --cflags --libs kvshare) -Wl,-rpath,"$prefix/lib"
 with_pkg_config=$(build/consumer/plain)
 
 if [ -z "$with_cmake" ] || [ "$with_cmake" != "$with_pkg_config" ]; then
-  echo "the consumers disagree: '$with_cmake' and '$with_pkg_config'" >&2
+  echo "the two consumers print different texts: '$with_cmake' and '$with_pkg_config'" >&2
   exit 1
 fi
 "$prefix/bin/kestrova" --version >/dev/null

@@ -1,5 +1,5 @@
-# Sourced by the other scripts: needs GROUP... installs what is missing of the groups' Debian packages. Where it may not
-# install, it names the missing packages in one line and stops.
+# Sourced by the other scripts. needs GROUP... installs the missing Debian packages of the groups. If the user is not
+# root, it prints the missing packages in one line and exits.
 
 packages_build="g++ cmake ninja-build pkg-config ccache libsqlite3-dev libpugixml-dev libfmt-dev libcli11-dev
   libeigen3-dev libicu-dev nlohmann-json3-dev libdeflate-dev binutils-mingw-w64-x86-64
@@ -33,8 +33,8 @@ needs() {
   rm -f "$log"
 }
 
-# configure_and_build PRESET TARGET...: quiet unless something is wrong. The release has its tests in the same build
-# folder, so that the library is compiled once; scripts/build.sh just doesn't build them.
+# configure_and_build PRESET TARGET...: prints nothing unless it fails. The release's tests share its build folder, so
+# that the library is compiled once; scripts/build.sh does not build them.
 configure_and_build() {
   local preset=$1 log; shift
   mkdir -p build

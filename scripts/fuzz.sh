@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds the fuzzers and runs each for a number of seconds (default 60) from its seeds, as many at a time as there are
-# cores. A finding's input lies in build/fuzz/findings; once mended it becomes a seed.
+# Builds the fuzzers and runs each for a number of seconds (default 60) from its seeds, one per core at a time. The input
+# of a finding is saved in build/fuzz/findings; after the fix it becomes a seed.
 #   scripts/fuzz.sh [SECONDS [NAME...]]
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -20,7 +20,7 @@ run_one() {
     echo "fuzz $name: $(sed -n 's/^stat::number_of_executed_units: *//p' "$log") executions, no finding"
   else
     tail -n 25 "$log" >&2
-    echo "fuzz $name: a finding lies in build/fuzz/findings" >&2
+    echo "fuzz $name: the input of a finding is in build/fuzz/findings" >&2
     return 255  # stops xargs
   fi
 }

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds, and runs the main job on a shipped example: a machine definition is explained,
-# checked and exported for the simulator.
+# Installs missing packages, builds, and shows, checks and exports an example machine definition.
+#   scripts/run.sh [TYPE [MACHINE]]   default: the first machine of the type MillTurn
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/build.sh
@@ -21,4 +21,4 @@ export_file=$work/$type/$machine/KestrovaAPT.txt
 echo
 cat "$export_file"
 echo
-echo "The export lies in $export_file"
+echo "The export is in $export_file"

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds, and runs all tests: the consumer project against an install, then every test binary.
-#   scripts/test.sh [PRESET [FOLDER...]]   another preset (asan, tsan, debug), only the named folders' tests
+# Installs missing packages, builds, and runs all tests: the consumer project against an installation, then every test
+# binary.
+#   scripts/test.sh [PRESET [FOLDER...]]   another preset (asan, tsan, debug), or only the tests of the named folders
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/dependencies.sh
@@ -14,7 +15,7 @@ if [ ${#folders[@]} -eq 0 ]; then configure_and_build "$preset" all; else config
 
 filter=()
 [ ${#folders[@]} -eq 0 ] || filter=(-R "^($(IFS='|'; echo "${folders[*]}"))\\.")
-# The thread sanitizer's own record of a call stack ends at 65,535 calls, which these tests exceed on purpose.
+# The thread sanitizer supports at most 65,535 nested calls; these tests exceed that on purpose.
 [ "$preset" != tsan ] || filter+=(-E 'OfAMillion')
 log=build/$preset/ctest.log
 ctest --test-dir "build/$preset" "${filter[@]}" --output-on-failure -j "$(nproc)" >"$log" 2>&1 || {

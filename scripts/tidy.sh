@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Runs clang-tidy with the repository's checks over the sources, or over those given; any finding fails.
+# Runs clang-tidy with the repository's checks over all sources or the given ones. Any finding is a failure.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/dependencies.sh

@@ -1,4 +1,4 @@
-// A module in ten lines: starts the environment, keeps a value in the registry and says which module is running.
+// A module in ten lines: starts the environment, saves a value to the registry and prints the module's name.
 #include <kvshare/kvshare.h>
 #include <cstdio>
 

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Makes the geometry files of the example machines: small binary STL solids in millimetres, boxes and cylinders.
+"""Writes the geometry files of the example machines: small binary STL solids of boxes and cylinders, in millimetres.
 
-Run it in this folder after changing a size; the output is the same on every machine. Each machine's table below gives
-file name -> list of bodies. box(x, y, z, dx, dy, dz) has its low corner at x, y, z; cylinder(axis, x, y, z, radius,
-length) starts at x, y, z and runs along the axis.
+Run it after changing a size; the output is the same on every computer. Each table below lists the files of a machine:
+file name -> list of bodies. box(x, y, z, dx, dy, dz) has its low corner at x, y, z. cylinder(axis, x, y, z, radius,
+length) starts at x, y, z and extends along the axis.
 """
 import math
 import pathlib
@@ -17,7 +17,7 @@ def box(x, y, z, dx, dy, dz):
 
 
 def cylinder(axis, x, y, z, radius, length, sides=24):
-    def place(u, v, w):  # u, v across, w along the axis
+    def place(u, v, w):  # u and v are across the axis, w is along it
         return {"X": (x + w, y + u, z + v), "Y": (x + v, y + w, z + u), "Z": (x + u, y + v, z + w)}[axis]
 
     def rim(i, w):

@@ -1,4 +1,4 @@
--- The technology database of the example installation: materials, tools, and what speeds and feeds they go together at.
+-- The technology database of the example installation: materials, tools, and the feeds and speeds for each pair.
 PRAGMA page_size = 4096;
 PRAGMA user_version = 2024;
 BEGIN;
@@ -60,7 +60,7 @@ INSERT INTO FeedsAndSpeeds VALUES
   (8, 1, 350, 0.045, 'flood'), (8, 3, 450, 0.120, 'mist'), (8, 6, 180, 0.160, 'flood'), (9, 3, 400, 0.110, 'mist'),
   (10, 10, 300, 0.150, 'none'), (11, 2, 55, 0.040, 'flood'), (11, 10, 60, 0.120, 'flood'), (12, 4, 110, 0.030, 'air');
 
--- What a lookup asks for: names instead of numbers, and the speed of the spindle.
+-- The cutting data for look-ups: names instead of ids, and the spindle speed.
 CREATE VIEW CuttingData AS
   SELECT m.Name AS Material, t.Name AS Tool, f.CuttingSpeedMPerMin, f.FeedPerToothMm,
          CAST(round(1000 * f.CuttingSpeedMPerMin / (3.14159265358979 * t.DiameterMm)) AS INTEGER) AS SpindleRpm, f.Coolant
