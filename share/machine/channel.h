@@ -1,9 +1,20 @@
-// CQVMChannel, one channel of a machine: its tool target (a turret or a head) with the turret's stations, and its two
-// fixtures.
+// CQVMChannel, one channel of a machine: its tool target (a turret or a head) with the stations of the turret, and its
+// two fixtures. Machine axes and units are those of the definition file: nothing here converts a length or an angle.
+// The names in capitals are attributes of the definition (machine_reader.h).
 //
-// Filled by the reader or a caller, then read; no lock. Fixture indices are 0 and 1, for the IDs 1 and 2 of a
-// definition. With any other index a getter gives the default (status 0, direction CM_DIR_NONE, component 0.0) and a
-// setter does nothing.
+//   auto* channel = new CQVMChannel(1);
+//   channel->SetName(_T("Rear1"));                  // the name first: SetToolTarget uses it
+//   channel->SetToolTarget(MD_TURRET);
+//   channel->SetNumStations(12);
+//   auto* station = new CQVMToolNode;               // at position 1
+//   station->m_location = FRVector(0, 0, 150);
+//   channel->AddToolNode(station);                  // the channel owns the station
+//   channel->SetFixtureStatus(0, 1);                // index 0 is the fixture with ID 1
+//   machine.AddChannel(channel);                    // the machine owns the channel
+//
+// Fill a channel on one thread; then any thread may read it. There is no lock. Fixture indices are 0 and 1, for ID 1
+// and 2 of a definition. For any other index a getter returns the default (status 0, direction CM_DIR_NONE, component
+// 0.0) and a setter does nothing. A channel can be neither copied nor moved.
 #pragma once
 
 #include "companions/geometry/vectors.h"
@@ -13,36 +24,36 @@
 #include "share/machine/machine_nodes.h"
 #include "share/machine/machine_types.h"
 
-// The tool side of a channel.
+// The tool side of a channel. Each field keeps its default if the definition does not set it.
 struct KVSHARE_API CQVMToolData {
   CQVMToolData() = default;
-  // Deletes the tool nodes.
+  // Deletes the stations.
   ~CQVMToolData();
   CQVMToolData(const CQVMToolData&) = delete;
   CQVMToolData& operator=(const CQVMToolData&) = delete;
 
-  MDTurretType m_nToolTarget = MD_TURRET_NONE;
-  int m_nTurretNum = 1;
-  int m_nStations = 0;
-  int m_bFrontTurret = 0;                  // see CQVMChannel::SetToolTarget
-  CMDirType m_nTurretDir = CM_DIR_PLUS_Z;  // axis about which the turret indexes
-  double m_dTurretDiam = 0.0;
-  FRVector m_toolGauge;
-  CMDirType m_n4thAxisDir = CM_DIR_NONE;
-  CMDirType m_n5thAxisDir = CM_DIR_NONE;
-  CObList m_toolNodes;  // CQVMToolNode, owned
+  MDTurretType m_nToolTarget = MD_TURRET_NONE;  // TYPE; the default means no tool target
+  int m_nTurretNum = 1;                         // ID of the tool target
+  int m_nStations = 0;                          // STATIONS of a turret; the stations below may be fewer or more
+  int m_bFrontTurret = 0;                       // 1 as CQVMChannel::SetToolTarget says; nothing here reads it
+  CMDirType m_nTurretDir = CM_DIR_PLUS_Z;       // ROT_ABOUT: the axis about which the turret turns to a station
+  double m_dTurretDiam = 0.0;                   // DIAM, a length
+  FRVector m_toolGauge;                         // GAUGEX, GAUGEY, GAUGEZ: gauge lengths along X, Y and Z
+  CMDirType m_n4thAxisDir = CM_DIR_NONE;        // ROT_4TH_ABOUT; the default means no such axis
+  CMDirType m_n5thAxisDir = CM_DIR_NONE;        // ROT_5TH_ABOUT
+  CObList m_toolNodes;                          // the stations: CQVMToolNode, owned, in file order
 };
 
-// One fixture of a channel.
+// One fixture of a channel. Vectors are (0, 0, 0) if the definition does not set them.
 struct CQVMFixtureData {
-  int m_nStatus = 0;  // 1 when the fixture exists
-  CMDirType m_n4thAxisDir = CM_DIR_NONE;
-  CMDirType m_n5thAxisDir = CM_DIR_NONE;
-  FRVector m_offset;
-  FRVector m_4thVector;
-  FRVector m_5thVector;
-  FRVector m_4thBase;
-  FRVector m_5thBase;
+  int m_nStatus = 0;                      // 1 if the channel has this fixture
+  CMDirType m_n4thAxisDir = CM_DIR_NONE;  // ROT_4TH_ABOUT: the direction of the rotary axis
+  CMDirType m_n5thAxisDir = CM_DIR_NONE;  // ROT_5TH_ABOUT
+  FRVector m_offset;                      // XOFF, YOFF, ZOFF, lengths
+  FRVector m_4thVector;                   // V4X, V4Y, V4Z: axis vector; by default the unit vector of ROT_4TH_ABOUT
+  FRVector m_5thVector;                   // V5X, V5Y, V5Z
+  FRVector m_4thBase;                     // BASE_X_4TH_AXIS ...: a point on the axis, lengths
+  FRVector m_5thBase;                     // BASE_X_5TH_AXIS ...
 };
 
 class KVSHARE_API CQVMChannel : public CObject {
@@ -53,15 +64,16 @@ class KVSHARE_API CQVMChannel : public CObject {
   explicit CQVMChannel(int channelNum) : m_nChannelNum(channelNum) {}
   ~CQVMChannel() override;
 
-  // Sets the channel number and nothing else.
+  // The number (ID) by which KVVMMachine::GetChannel finds the channel; 1 by default. InitializeData does the same as
+  // SetChannelNum and resets nothing.
   void InitializeData(int channelNum) { m_nChannelNum = channelNum; }
   void SetChannelNum(int channelNum) { m_nChannelNum = channelNum; }
   int GetChannelNum() const { return m_nChannelNum; }
   const CString& GetName() const { return m_strName; }
   void SetName(const CString& name) { m_strName = name; }
 
-  // Tool side. SetToolTarget also sets the front turret flag if the channel is already named "Front1" or "Front2", in
-  // any case; nothing ever clears the flag, so the order of name and target counts. That is required as it stands.
+  // The tool side. SetToolTarget also sets the front turret flag if the channel's name is "Front1" or "Front2" at the
+  // call, compared without case. The flag is never cleared; kept for existing modules.
   void SetToolTarget(MDTurretType target);
   MDTurretType GetToolTarget() const { return m_tool.m_nToolTarget; }
   int GetIsFrontTurret() const { return m_tool.m_bFrontTurret; }
@@ -84,19 +96,22 @@ class KVSHARE_API CQVMChannel : public CObject {
   double GetToolGaugeY() const { return m_tool.m_toolGauge.y(); }
   double GetToolGaugeZ() const { return m_tool.m_toolGauge.z(); }
 
-  // Stations. AddToolNode appends a node and takes ownership; null is ignored. The look-ups find the first node whose
-  // position is pos; an unknown position gives FRVector().
+  // The stations. AddToolNode appends a station and takes ownership; null is ignored. Positions count from 1. If two
+  // stations have the same position, the getters use the first; for an unknown position they return (0, 0, 0).
   void AddToolNode(CQVMToolNode* node);
   const CObList& GetToolNodes() const { return m_tool.m_toolNodes; }
+  // 1 if the channel has stations.
   int GetIsRotateByVector() const { return m_tool.m_toolNodes.IsEmpty() ? 0 : 1; }
+  // VECTOR_X and LOC of the station.
   FRVector GetAttachVectorX(int pos) const;
   FRVector GetAttachLocation(int pos) const;
-  // The attach vector, reversed when the tool gauge's X is 0.0 or more. Exactly 0.0 reverses too: required.
+  // VECTOR_X of the station; reversed if the tool gauge's X is 0.0 or more. The reversal at exactly 0.0 is kept for
+  // existing definitions.
   FRVector GetToolVectorX(int pos) const;
-  // The same for a node that is at hand; null stands for an unknown position.
+  // The same for a station; null is treated as an unknown position.
   FRVector GetToolVectorX(const CQVMToolNode* node) const;
 
-  // Fixtures.
+  // The fixtures. A direction sets no vector here; the reader does that.
   void SetFixtureStatus(int index, int status);
   int GetFixtureStatus(int index) const;
   void Set4thAxisFixtureDirType(CMDirType direction, int index);
@@ -104,7 +119,7 @@ class KVSHARE_API CQVMChannel : public CObject {
   void Set5thAxisFixtureDirType(CMDirType direction, int index);
   CMDirType Get5thAxisFixtureDirType(int index) const;
 
-  // One component of one vector of a fixture; the last argument is the fixture index.
+  // One component of one vector of a fixture (see CQVMFixtureData).
   void SetFixtureXOffset(double value, int index) { SetComponent(index, &CQVMFixtureData::m_offset, 0, value); }
   void SetFixtureYOffset(double value, int index) { SetComponent(index, &CQVMFixtureData::m_offset, 1, value); }
   void SetFixtureZOffset(double value, int index) { SetComponent(index, &CQVMFixtureData::m_offset, 2, value); }

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t kMostQuoted = 60;
 
-// Judges one value; each kind of attribute has its call.
+// Checks one value; there is one call operator for each kind of attribute.
 struct ValueCheck {
   std::string_view name;
   std::string_view value;
@@ -21,15 +21,15 @@ struct ValueCheck {
   template <class Number>
   void Judge(Number read, const NumberNotes& notes) const {
     if (notes.none) {
-      findings.Error(place, fmt::format("{} is no number and is read as 0", Head()));
+      findings.Error(place, fmt::format("{} is not a number and is read as 0", Head()));
       return;
     }
     if (notes.clamped) {
       findings.Error(place, fmt::format("{} is out of range and is read as {}", Head(), read));
     } else if (notes.trailing) {
-      findings.Warn(place, fmt::format("{} is read as {}: what follows the number is ignored", Head(), read));
+      findings.Warn(place, fmt::format("{} is read as {}: the text after the number is ignored", Head(), read));
     } else if (notes.commaRepaired) {
-      findings.Warn(place, fmt::format("{} is read as {}: the comma is taken for a decimal point", Head(), read));
+      findings.Warn(place, fmt::format("{} is read as {}: the comma is read as a decimal point", Head(), read));
     }
   }
 
@@ -37,7 +37,7 @@ struct ValueCheck {
     if (count < 3) {
       findings.Error(place, fmt::format("{} has {} of three numbers; the others are read as 0", Head(), count));
     } else if (notes.trailing) {
-      findings.Warn(place, fmt::format("{}: what follows the third number is ignored", Head()));
+      findings.Warn(place, fmt::format("{}: the text after the third number is ignored", Head()));
     }
   }
 
@@ -46,12 +46,13 @@ struct ValueCheck {
     Enumeration read;
     if (ReadText(value, read)) return;
     const std::string_view text = TextOf(read);
-    findings.Error(place, fmt::format("{} is no {} and is read as {}", Head(), what, text.empty() ? "none" : text));
+    findings.Error(place,
+                   fmt::format("{} is not a known {} and is read as {}", Head(), what, text.empty() ? "none" : text));
   }
 
   void operator()(Set<TextVersion>) const {}
   void operator()(Set<std::string_view>) const {}
-  void operator()(Set<IdList>) const {}  // the check of shape lists looks at it
+  void operator()(Set<IdList>) const {}  // machine_check.cpp checks shape lists
   void operator()(Set<int>) const {
     NumberNotes notes;
     const int read = ReadInteger(value, &notes);
@@ -75,7 +76,7 @@ struct ValueCheck {
     JudgeThree(count, notes);
     for (const int component : read) {
       if (component >= 0 && component <= 255) continue;
-      findings.Warn(place, fmt::format("{}: {} is no colour from 0 to 255", Head(), component));
+      findings.Warn(place, fmt::format("{}: {} is not a colour value from 0 to 255", Head(), component));
     }
   }
   void operator()(Set<Flag>) const {

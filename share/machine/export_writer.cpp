@@ -9,11 +9,11 @@ namespace kvmachine {
 namespace {
 
 constexpr int kMantissaBits = 52;
-constexpr int kExponentBias = 1075;  // of a double as whole mantissa times a power of two
+constexpr int kExponentBias = 1075;  // for a double written as integer mantissa times a power of two
 constexpr std::uint64_t kHiddenBit = std::uint64_t{1} << kMantissaBits;
 
-// The thousandths of a finite value of at most 2^53 in size, rounded to the nearest and ties to even, as exact
-// arithmetic gives them: mantissa * 1000 fits in 64 bits, and the bits that a shift drops decide the rounding.
+// The absolute value of a double below 2^53 in thousandths, rounded to nearest, ties to even. The result is exact:
+// mantissa * 1000 fits in 64 bits, and the bits shifted out decide the rounding.
 std::uint64_t Thousandths(std::uint64_t bits) {
   const int exponent = int(bits >> kMantissaBits & 0x7FF);
   const std::uint64_t fraction = bits & (kHiddenBit - 1);

@@ -19,7 +19,7 @@ namespace {
 
 using namespace kvmachine;
 
-// Walks a definition by the reader's table and keeps what later elements have to agree with.
+// Walks a definition with the reader's table. It stores what is needed to check later elements against earlier ones.
 class Checker {
  public:
   Checker(const KVXMLDocument& document, const CString& folder, MachineCheckResult& result)
@@ -78,7 +78,7 @@ class Checker {
     for (KVXMLAttribute at = element.FirstAttribute(); at; at = at.Next()) {
       const KVXMLPlace place = document_.PlaceOf(at);
       if (!seen.insert(at.Name()).second) {
-        findings_.Error(place, fmt::format("attribute {} stands twice: the first one counts", Quoted(at.Name())));
+        findings_.Error(place, fmt::format("attribute {} occurs twice: the first one is used", Quoted(at.Name())));
       } else if (const Attribute* row = FindAttribute(rule, at.Name())) {
         CheckValue(*row, at.Value(), document_.PlaceOfValue(at), findings_);
       } else if (!rule.name.empty()) {
@@ -133,12 +133,13 @@ class Checker {
     }
   }
 
-  // What the reader skips because there is far too much of it is told once.
+  // Whether the reader skips the element because of its limits. Adds one finding at the first such element.
   bool IsTooMuch(const Element& rule, KVXMLElement element) {
     const bool channel = rule.name == "CHANNEL" && channels_.size() >= std::size_t(kMachineMostChannels);
     const bool shape = rule.name == "SHAPE" && shapes_ >= kMachineMostShapes;
     if ((channel || shape) && !tooMuch_) {
-      findings_.Error(document_.PlaceOf(element), fmt::format("too many: from here on no {} is read", rule.name));
+      findings_.Error(document_.PlaceOf(element),
+                      fmt::format("too many {} elements: from here on they are skipped", rule.name));
     }
     tooMuch_ = tooMuch_ || channel || shape;
     return channel || shape;
@@ -152,7 +153,7 @@ class Checker {
     if (!Find(element, "NUM")) {
       if (declared.given) return;
       findings_.Error(document_.PlaceOf(element),
-                      fmt::format("without NUM the {} count of the machine loaded before stands, or 0", what));
+                      fmt::format("without NUM the {} count of the machine loaded before remains, or 0", what));
       return;
     }
     declared = {true, IntegerOf(element, "NUM", 0), PlaceOf(element, "NUM")};
@@ -185,7 +186,8 @@ class Checker {
   void EnterFixture(KVXMLElement element) {
     Channel& channel = channels_.back();
     if (!Find(element, "ID")) {
-      findings_.Error(document_.PlaceOf(element), "a fixture without ID is written into fixture 1, which stays off");
+      findings_.Error(document_.PlaceOf(element),
+                      "a fixture without ID sets values of fixture 1 but does not enable it");
       return;
     }
     const int id = IntegerOf(element, "ID", 0);
@@ -194,13 +196,13 @@ class Checker {
       return;
     }
     if (channel.fixture[id - 1]) {
-      findings_.Warn(document_.PlaceOf(element), fmt::format("fixture {} of this channel stands twice", id));
+      findings_.Warn(document_.PlaceOf(element), fmt::format("fixture {} of this channel is defined twice", id));
     }
     channel.fixture[id - 1] = true;
     channel.fixturePlace[id - 1] = document_.PlaceOf(element);
   }
 
-  // The table's rows from XOFF to BASE_Z_5TH_AXIS are of fixtures, those behind them of tool targets.
+  // In the table of TARGET, the rows XOFF to BASE_Z_5TH_AXIS are for fixtures and the rows after them for tool targets.
   void WarnOfOtherSide(KVXMLElement element, bool fixture) {
     static const Element& rule = *FindChild(*FindChild(*FindChild(RootElement(), "CHANNELS"), "CHANNEL"), "TARGET");
     const Attribute* const first = FindAttribute(rule, "XOFF");
@@ -216,11 +218,11 @@ class Checker {
   }
 
   void EnterTool(KVXMLElement element) {
-    if (!Find(element, "POS")) findings_.Warn(document_.PlaceOf(element), "TOOL without POS stands at station 1");
+    if (!Find(element, "POS")) findings_.Warn(document_.PlaceOf(element), "TOOL without POS is at station 1");
     const int position = IntegerOf(element, "POS", 1);
     if (!channels_.back().positions.insert(position).second) {
       findings_.Error(PlaceOf(element, "POS"),
-                      fmt::format("station {} has a TOOL already, and the first one counts", position));
+                      fmt::format("station {} has a TOOL already; the first one is used", position));
     }
   }
 
@@ -234,18 +236,19 @@ class Checker {
         channel.positions.size() == std::size_t(channel.stations)) {
       return;
     }
-    findings_.Error(channel.place,
-                    fmt::format("the turret has {} stations, and TOOL elements for {} from {} to {}", channel.stations,
-                                channel.positions.size(), *channel.positions.begin(), *channel.positions.rbegin()));
+    findings_.Error(channel.place, fmt::format("the turret has {} stations, but TOOL elements for {} (from {} to {})",
+                                               channel.stations, channel.positions.size(), *channel.positions.begin(),
+                                               *channel.positions.rbegin()));
   }
 
   void CheckChannels() {
     if (!declaredChannels_.given) return;
     const int count = declaredChannels_.count;
     if (std::size_t(std::max(count, 0)) != channels_.size()) {
-      findings_.Error(declaredChannels_.place, fmt::format("CHANNELS declare {} and hold {}", count, channels_.size()));
+      findings_.Error(declaredChannels_.place,
+                      fmt::format("CHANNELS declares {} and contains {}", count, channels_.size()));
     }
-    if (count == 1) return;  // the first channel is meant, whatever its number
+    if (count == 1) return;  // the first channel is used, whatever its number is
     std::map<int, KVXMLPlace> numbers;
     for (const Channel& channel : channels_) {
       if (channel.number < 0 || channel.number > count) {
@@ -267,8 +270,9 @@ class Checker {
     const int id = IntegerOf(element, "ID", 0);
     const auto [first, isNew] = shapeIds_.emplace(id, document_.PlaceOf(element));
     if (!isNew) {
-      findings_.Error(PlaceOf(element, "ID"),
-                      fmt::format("shape ID {} is taken by line {}, which is the one found", id, first->second.line));
+      findings_.Error(
+          PlaceOf(element, "ID"),
+          fmt::format("shape ID {} is used in line {} already; only that shape is found", id, first->second.line));
     }
     if (const KVXMLAttribute name = Find(element, "NAME")) shapeNames_.insert(name.Value());
     if (const KVXMLAttribute parent = Find(element, "PARENT"); parent && !parent.Value().empty())
@@ -295,19 +299,19 @@ class Checker {
     const std::string found = SystemPathFromProduct(file);
     if (found.ends_with(written)) return;
     const std::string name = found.substr(found.find_last_of('/') + 1);
-    findings_.Note(place, fmt::format("geometry file {} is there as {}: found without case only", Quoted(path.Value()),
-                                      Quoted(name)));
+    findings_.Note(place, fmt::format("geometry file {} exists as {}: upper and lower case differ",
+                                      Quoted(path.Value()), Quoted(name)));
   }
 
   void CheckShapes() {
     if (declaredShapes_.given && declaredShapes_.count != shapes_) {
-      const std::string text = fmt::format("SHAPES declare {} and hold {}", declaredShapes_.count, shapes_);
+      const std::string text = fmt::format("SHAPES declares {} and contains {}", declaredShapes_.count, shapes_);
       declaredShapes_.count == 0 ? findings_.Error(declaredShapes_.place, text + ": nothing is exported")
                                  : findings_.Warn(declaredShapes_.place, text);
     }
     for (const KVXMLAttribute parent : parents_) {
       if (shapeNames_.contains(parent.Value())) continue;
-      findings_.Warn(document_.PlaceOfValue(parent), fmt::format("parent {} is no shape", Quoted(parent.Value())));
+      findings_.Warn(document_.PlaceOfValue(parent), fmt::format("parent {} is not a shape", Quoted(parent.Value())));
     }
   }
 
@@ -316,8 +320,8 @@ class Checker {
   void EnterLists(KVXMLElement element) {
     const KVXMLPlace place = document_.PlaceOf(element);
     rows_ = int(channels_.size());
-    if (rows_ == 0) findings_.Error(place, "SHAPELISTS ahead of CHANNELS have no table: every list is dropped");
-    if (++tables_ > 1) findings_.Warn(place, "further SHAPELISTS replace those above");
+    if (rows_ == 0) findings_.Error(place, "SHAPELISTS before CHANNELS: all its lists are ignored");
+    if (++tables_ > 1) findings_.Warn(place, "another SHAPELISTS replaces the lists above");
     slots_.clear();
   }
 
@@ -327,14 +331,14 @@ class Checker {
     const int channel = IntegerOf(element, "CHANNEL", 0);
     if (channel < 0 || channel > rows_) {
       findings_.Error(PlaceOf(element, "CHANNEL"),
-                      fmt::format("channel {} is out of reach of {} rows: the list is dropped", channel, rows_));
+                      fmt::format("channel {} is outside the table of {} rows: the list is ignored", channel, rows_));
       return;
     }
     int fixture = 0;
     if (target == CM_TARGET_FIXTURE && Find(element, "ID")) {
       const int id = IntegerOf(element, "ID", 0);
       if (id < 1 || id > KVVMShapeRefMngr::kFixtures) {
-        findings_.Error(PlaceOf(element, "ID"), fmt::format("fixture {} is out of range: the list is dropped", id));
+        findings_.Error(PlaceOf(element, "ID"), fmt::format("fixture {} is out of range: the list is ignored", id));
         return;
       }
       if (id > CQVMChannel::kFixtures) {
@@ -347,12 +351,12 @@ class Checker {
     const int row = channel == rows_ ? rows_ - 1 : channel;
     const auto [former, isNew] = slots_.emplace(Slot(row, axis, target, fixture), place);
     if (isNew) return;
-    findings_.Error(place, fmt::format("replaces the list of line {}: both reach row {}, axis {}", former->second.line,
-                                       row, TextOf(axis)));
+    findings_.Error(place, fmt::format("replaces the list of line {}: both are for row {}, axis {}",
+                                       former->second.line, row, TextOf(axis)));
     former->second = place;
   }
 
-  // False if the list holds nothing that could be stored.
+  // Checks LIST and NUM. Returns false if the list stores nothing.
   bool CheckItems(KVXMLElement element) {
     const KVXMLAttribute list = Find(element, "LIST");
     const int num = IntegerOf(element, "NUM", 0);
@@ -380,7 +384,7 @@ class Checker {
                       fmt::format("NUM is {} and LIST has {}: the last one is repeated", num, taken));
     } else if (num != items) {
       findings_.Error(PlaceOf(element, "NUM"),
-                      fmt::format("NUM is {} and LIST has {}: {} are taken", num, items, taken));
+                      fmt::format("NUM is {} and LIST has {}: {} are used", num, items, taken));
     }
     return true;
   }
@@ -391,7 +395,7 @@ class Checker {
     if (notes.none || notes.trailing) {
       findings_.Error(place, fmt::format("item {} of LIST is read as {}", Quoted(item), id));
     }
-    if (!seen.insert(id).second) findings_.Warn(place, fmt::format("shape {} stands twice in LIST", id));
+    if (!seen.insert(id).second) findings_.Warn(place, fmt::format("shape {} occurs twice in LIST", id));
     listed_.push_back({id, place});
   }
 
@@ -402,7 +406,7 @@ class Checker {
       }
     }
     if (tables_ > 0 && rows_ > 0 && rows_ < int(channels_.size())) {
-      findings_.Error(channels_[std::size_t(rows_)].place, "channels behind SHAPELISTS have no row in the shape table");
+      findings_.Error(channels_[std::size_t(rows_)].place, "channels after SHAPELISTS have no row in the shape table");
     }
   }
 

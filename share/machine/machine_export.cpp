@@ -1,4 +1,4 @@
-// KVVMMachine::ExportData: the loaded machine as a keyed text file, line by line. Blanks stand at most lines' ends.
+// KVVMMachine::ExportData and ExportText: the machine as lines of keys and values. Most lines end with a blank.
 #include <algorithm>
 #include <cmath>
 #include <vector>
@@ -9,8 +9,8 @@
 
 namespace {
 
-constexpr double kShown = 0.001;        // heads and shapes write what is larger in size
-constexpr double kAxisVector = 0.9999;  // a vector component of this size or more is one of an axis, and not written
+constexpr double kShown = 0.001;        // heads and shapes write only values with a larger absolute value
+constexpr double kAxisVector = 0.9999;  // a component of at least this size belongs to a machine axis; not written
 
 // One item such as "XOFF=" and its value.
 struct Item {
@@ -26,14 +26,14 @@ void WriteShown(kvmachine::ExportWriter& out, std::initializer_list<Item> items)
   }
 }
 
-// A line with the items that are shown; no line if none is.
+// Writes a line with the shown items; no line if there are no such items.
 void WriteShownLine(kvmachine::ExportWriter& out, std::initializer_list<Item> items) {
   if (std::none_of(items.begin(), items.end(), IsShown)) return;
   WriteShown(out, items);
   out << "\n";
 }
 
-// Fixtures write whatever is not exactly 0.0, unlike heads and shapes: required.
+// Fixtures write every value other than exactly 0.0, unlike heads and shapes; kept for existing readers of the file.
 void WriteNonZero(kvmachine::ExportWriter& out, std::initializer_list<Item> items) {
   for (const Item& item : items) {
     if (item.value != 0.0) out << item.head << item.value << " ";
@@ -52,7 +52,7 @@ void WriteVector(kvmachine::ExportWriter& out, const FRVector& vector) {
 
 bool ByPosition(const CQVMToolNode* a, const CQVMToolNode* b) { return a->GetID() < b->GetID(); }
 
-// The nodes by position; of equal ones the first of the list comes first.
+// The nodes sorted by position; nodes with the same position keep their order.
 std::vector<const CQVMToolNode*> NodesByPosition(const CObList& list) {
   std::vector<const CQVMToolNode*> nodes;
   for (POSITION at = list.GetHeadPosition(); at;) nodes.push_back(static_cast<const CQVMToolNode*>(list.GetNext(at)));
@@ -77,8 +77,8 @@ class MachineExport {
   }
 
  private:
-  // What GetChannel gives for the numbers 0 to the declared count, without asking for each of what may be two thousand
-  // million: for every number in that range its first channel. A channel with another number is not written.
+  // The channels that GetChannel returns for the numbers 0 to the declared count: the first channel of each number.
+  // Each number is not looked up, because the count may be 2,000,000,000.
   std::vector<const CQVMChannel*> ChannelsToWrite() const {
     std::vector<const CQVMChannel*> channels;
     if (machine_.m_nChannels == 1) {
@@ -115,7 +115,7 @@ class MachineExport {
       case MD_TURRET_HORIZ_HEAD:
       case MD_TURRET_VERT_HEAD:
       case MD_TURRET_HEAD: WriteHeadAxes(channel); break;
-      default: break;  // the line stays open, and what comes next continues it: required
+      default: break;  // no line end: the next text continues this line; kept for existing readers of the file
     }
   }
 
@@ -133,7 +133,7 @@ class MachineExport {
     }
   }
 
-  // Without a node the default vectors are written.
+  // A null node writes the default vectors.
   void WriteStation(const CQVMChannel& channel, int station, const CQVMToolNode* node) {
     out_ << "STATION=" << station << " LOC=";
     WriteVector(out_, node ? node->m_location : FRVector());
@@ -155,7 +155,7 @@ class MachineExport {
     if (!text.empty()) out_ << head << text << " ";
   }
 
-  // Fixture 0 decides: without it fixture 1 is not written either.
+  // Without fixture 0, fixture 1 is not written either.
   void WriteFixtures(const CQVMChannel& channel) {
     if (channel.GetFixtureStatus(0) == 0) return;
     for (int index = 0; index < CQVMChannel::kFixtures; ++index) {
@@ -165,7 +165,7 @@ class MachineExport {
     }
   }
 
-  // The bases of the 4th axis are left out on purpose.
+  // The file format has no bases of the 4th axis.
   void WriteFixture(const CQVMChannel& channel, int index) {
     out_ << "ID=" << index + 1 << " ";
     WriteDirection("ROT_4TH_ABOUT=", channel.Get4thAxisFixtureDirType(index));
@@ -217,7 +217,7 @@ class MachineExport {
                           {"MAX C=", shape.m_maxABC.z()}});
   }
 
-  // CHANNEL here is a row of the shape table, counted from 0: what a definition calls channel 2 of 2 comes out as 1.
+  // CHANNEL is the row of the shape table, from 0: a list for channel 2 of 2 is written with 1.
   void WriteShapeLists() {
     const auto channels = int(machine_.m_channels.GetCount());
     for (int channel = 0; channel < channels; ++channel) {
@@ -241,7 +241,7 @@ class MachineExport {
     }
   }
 
-  // A table of one row answers for every channel, so that a long list could be asked for many times over.
+  // A table of one row returns its lists for every channel. The limit keeps the file small if there are many channels.
   bool IsListed(const KVVMShapeRef* shapes) {
     if (!shapes || shapes->GetCount() == 0 || listedIdsLeft_ <= 0) return false;
     listedIdsLeft_ -= shapes->GetCount();

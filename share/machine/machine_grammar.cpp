@@ -11,7 +11,7 @@ namespace {
 
 using Text = std::string_view;
 
-// The index of an ID that counts from 1.
+// The index from 0 for an ID from 1; the smallest int is unchanged, to avoid an overflow.
 int IndexOf(int id) { return id == std::numeric_limits<int>::min() ? id : id - 1; }
 
 CString PathBelow(const CString& folder, Text utf8) {
@@ -25,7 +25,7 @@ CString PathBelow(const CString& folder, Text utf8) {
   return path;
 }
 
-// A fixture's axis direction also gives its axis vector; V4X and the like stand further down and overrule it.
+// For a fixture, the direction also sets the axis vector. V4X and similar attributes are applied later and override it.
 void Set4thAxis(Reading& r, CMDirType direction) {
   if (!r.fixtureMode) return r.channel->Set4thAxisToolDirType(direction);
   const FRVector unit = UnitVectorOf(direction);
@@ -69,7 +69,7 @@ constexpr Attribute kToolAttributes[] = {
     {"VECTOR_Z", [](Reading& r, const FRVector& v) { r.tool->m_vectorZ = v; }},
 };
 
-// A real that sets one component of the fixture that the target means: index 0 when it is no fixture.
+// Sets one component of the target's fixture; a tool target sets it on the fixture with index 0.
 template <void (CQVMChannel::*kSet)(double, int)>
 constexpr Set<double> kFixtureReal = [](Reading& r, double v) { (r.channel->*kSet)(v, r.fixture); };
 
@@ -258,7 +258,7 @@ constexpr Element kChannelsChildren[] = {
 };
 constexpr Element kShapeChildren[] = {
     {"OFFSET", kOffsetAttributes, {}},         //
-    {"ORIGIN_OFFSET", kOffsetAttributes, {}},  // the same field: the later element wins
+    {"ORIGIN_OFFSET", kOffsetAttributes, {}},  // the same field; the later element overrides
     {"HOME", kHomeAttributes, {}},             //
     {"MIN", kMinAttributes, {}},               //
     {"MAX", kMaxAttributes, {}},               //

@@ -1,8 +1,9 @@
-// What has a name and a number in the machine tree: CQVMShape, one solid of the machine, and CQVMToolNode, one station
-// of a turret, on their base CQVMBaseNode.
+// The named and numbered objects of a machine: CQVMShape, one solid of the machine, and CQVMToolNode, one station of a
+// turret. CQVMBaseNode is their base.
 //
-// Lengths and angles stand as they stand in the definition: nothing in this folder converts a unit. A node is filled by
-// the reader and then only read; it has no lock. Nodes take no part in archives.
+// Lengths and angles are those of the definition; nothing converts units. Fill a node on one thread; then any thread
+// may read it. There is no lock. Nodes are not archived. Fields keep the default shown here if the definition does not
+// set them; the default of an FRVector is (0, 0, 0).
 #pragma once
 
 #include <utility>
@@ -20,7 +21,7 @@ class KVSHARE_API CQVMBaseNode : public CObject {
   CQVMBaseNode() : CQVMBaseNode(kNodeTag) {}
   ~CQVMBaseNode() override;
 
-  // Which class the node is of: 2 for a bare node, 13 for a shape, 11 for a tool node.
+  // The class of the node: 2 for CQVMBaseNode, 13 for CQVMShape, 11 for CQVMToolNode.
   int GetNodeTag() const { return m_nNodeTag; }
   const CString& GetName() const { return m_strName; }
   void SetName(CString name) { m_strName = std::move(name); }
@@ -37,8 +38,8 @@ class KVSHARE_API CQVMBaseNode : public CObject {
   int m_nNodeTag;
   CString m_strName;
   CString m_strParentName;
-  CString m_strThirdText;  // never set here
-  CObList m_children;      // never filled here; entries would belong to somebody else
+  CString m_strThirdText;  // not used
+  CObList m_children;      // not used; does not own its entries
   int m_nID = 0;
 };
 
@@ -49,24 +50,24 @@ class KVSHARE_API CQVMShape : public CQVMBaseNode {
   CQVMShape() : CQVMBaseNode(kNodeTag) {}
   ~CQVMShape() override;
 
-  CString m_strSpare;         // never set here
-  CString m_strPath;          // the geometry file: the machine's folder followed by PATH
-  int m_bHousing = 0;         // part of the housing
-  int m_bCollisionCheck = 0;  // takes part in collision checking
-  int m_bVisible = 1;         // shown
-  int m_nRed = 128;           // colour as written; 0 to 255 is meant and not enforced
+  CString m_strSpare;         // not used
+  CString m_strPath;          // the path of the geometry file: the machine's folder followed by PATH
+  int m_bHousing = 0;         // 1: part of the housing (HOUSING)
+  int m_bCollisionCheck = 0;  // 1: included in collision checks (CCHECK)
+  int m_bVisible = 1;         // 1: shown (VISIBLE)
+  int m_nRed = 128;           // RGB as written; 0 to 255 is intended but not enforced
   int m_nGreen = 128;
   int m_nBlue = 128;
-  int m_bTransparent = 0;
-  int m_bMetallic = 0;                           // METALLIC stands there and is not empty
+  int m_bTransparent = 0;                        // 1: TRANSPARENT
+  int m_bMetallic = 0;                           // 1: METALLIC exists and is not empty
   CString m_strMetallic;                         // METALLIC as written
-  CMParentType m_nParentType = CM_PARENT_FIXED;  // the axis or carrier that moves the shape
-  FRVector m_homeXYZ;
-  FRVector m_offset;  // OFFSET and ORIGIN_OFFSET write the same field
-  FRVector m_spare;   // never set here
-  FRVector m_minXYZ;  // travel limits of the linear axes
+  CMParentType m_nParentType = CM_PARENT_FIXED;  // PTYPE: the axis or carrier that moves the shape
+  FRVector m_homeXYZ;                            // HOME: home position of the linear axes
+  FRVector m_offset;                             // OFFSET or ORIGIN_OFFSET
+  FRVector m_spare;                              // not used
+  FRVector m_minXYZ;                             // MIN and MAX: travel limits of the linear axes
   FRVector m_maxXYZ;
-  FRVector m_homeABC;  // of the rotary axes: x holds A, y holds B, z holds C
+  FRVector m_homeABC;  // the same for the rotary axes: x is A, y is B, z is C
   FRVector m_minABC;
   FRVector m_maxABC;
 };
@@ -78,7 +79,7 @@ class KVSHARE_API CQVMToolNode : public CQVMBaseNode {
   CQVMToolNode() : CQVMBaseNode(kNodeTag) { SetID(1); }
   ~CQVMToolNode() override;
 
-  FRVector m_vectorX;           // the tool's X direction at this station
-  FRVector m_vectorZ{0, 0, 1};  // the tool's Z direction at this station
-  FRVector m_location;          // attach point
+  FRVector m_vectorX;           // VECTOR_X: the tool's X direction at this station
+  FRVector m_vectorZ{0, 0, 1};  // VECTOR_Z: the tool's Z direction at this station
+  FRVector m_location;          // LOC: the attach point of the station
 };

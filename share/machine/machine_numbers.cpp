@@ -22,10 +22,11 @@ bool OpensHex(const char* at, const char* end) {
   return IsHexDigit(at[2]) || (at[2] == '.' && end - at > 3 && IsHexDigit(at[3]));
 }
 
-// An exponent beyond this one outweighs the digits of any text that fits in memory.
+// With an exponent of this size, the number of digits does not matter: no text in memory has that many.
 constexpr long kFarExponent = 1L << 40;
 
-// Whether a number that fits no real is too large rather than too small: by the place of its first digit that is not 0.
+// Whether a number outside the range of the type is too large (and not too small), from the place of its first nonzero
+// digit and its exponent.
 bool IsHuge(const char* at, const char* end, bool hex) {
   const char exponentMark = hex ? 'p' : 'e';
   long place = 0;
@@ -54,8 +55,8 @@ bool IsHuge(const char* at, const char* end, bool hex) {
 constexpr double kPowersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                    1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
 
-// The form that nearly every number has: at most 15 digits with or without a point, no exponent. Both the digits and
-// the power of ten are exact doubles, so that the one division rounds correctly. Gives null if the number is another.
+// Reads the usual form: at most 15 digits with or without a point, and no exponent. The digits and the power of ten are
+// exact doubles, so the division rounds correctly. Returns null for any other form.
 const char* ReadPlain(const char* at, const char* end, double& value) {
   unsigned long long digits = 0;
   int count = 0;
@@ -69,7 +70,7 @@ const char* ReadPlain(const char* at, const char* end, double& value) {
   return at;
 }
 
-// A number without its sign; null if there is none.
+// Reads a number without sign and returns its end; null if there is no number.
 template <class Real>
 const char* ReadUnsigned(const char* at, const char* end, Real& value) {
   if (at == end || *at == '-' || *at == '+') return nullptr;
@@ -99,7 +100,7 @@ Real ToReal(std::string_view text, std::size_t& used) {
   return negative ? -value : value;
 }
 
-// Not-a-number stays.
+// NaN is returned unchanged.
 double Clamped(double value) { return value < kLeastReal ? kLeastReal : value > kMostReal ? kMostReal : value; }
 
 void Note(NumberNotes* notes, std::string_view text, std::size_t used) {
@@ -147,7 +148,7 @@ int ToInteger(std::string_view text, std::size_t& used) {
 }
 
 double ReadReal(std::string_view text, NumberNotes* notes) {
-  if (!notes) {  // nearly every text is a plain number from end to end: there is no comma to look for
+  if (!notes) {  // fast path: nearly every text is a plain number without a comma
     const bool negative = text.starts_with('-');
     double value = 0;
     const char* const end = text.data() + text.size();

@@ -11,7 +11,7 @@ namespace {
 
 using namespace kvmachine;
 
-// Reads an attribute's text as its kind says and sets it.
+// Reads the text of an attribute by its kind and sets the value.
 struct Apply {
   Reading& r;
   std::string_view text;
@@ -22,7 +22,7 @@ struct Apply {
   void operator()(Set<double> set) const { set(r, ReadReal(text)); }
   void operator()(Set<Flag> set) const { set(r, {text == kTrue}); }
   void operator()(Set<IdList> set) const { set(r, {text}); }
-  // Single precision is what a definition's vectors carry.
+  // Vectors of a definition have single precision.
   void operator()(Set<const FRVector&> set) const {
     float v[3];
     ScanReals(text, v);
@@ -46,7 +46,7 @@ struct Apply {
   }
 };
 
-// Names are too short for a call of memcmp.
+// Faster than memcmp for short names.
 bool SameName(std::string_view name, std::string_view wanted) {
   if (name.size() != wanted.size()) return false;
   for (std::size_t i = 0; i < name.size(); ++i) {
@@ -55,17 +55,17 @@ bool SameName(std::string_view name, std::string_view wanted) {
   return true;
 }
 
-// A value as it was found: a text without a constructor, so that an element pays for its own attributes only.
-struct Written {
+// The text of a value, without a constructor, so that an array of them costs no initialisation.
+struct RawValue {
   const char* text;
   std::size_t size;
 };
 
-// Finds each attribute's row and then applies the rows in their order. Definitions mostly keep that order, so the row
-// behind the last one is tried first. Of a name that is written twice the first counts.
+// Finds the row of each attribute, then applies the found rows in table order. Definitions usually have that order, so
+// the search begins at the row after the previous one. If a name occurs twice, the first value is used.
 void ReadAttributes(std::span<const Attribute> rows, KVXMLElement element, Reading& r) {
-  Written written[kMostAttributesOfElement];  // of the rows that are found
-  std::uint32_t found = 0;                    // a bit a row
+  RawValue values[kMostAttributesOfElement];  // by row; set only for found rows
+  std::uint32_t found = 0;                    // one bit for each row
   std::size_t next = 0;
   std::string_view name, value;
   for (KVXMLAttributeReader attributes(element); attributes.Next(name, value);) {
@@ -73,23 +73,23 @@ void ReadAttributes(std::span<const Attribute> rows, KVXMLElement element, Readi
       if (next == rows.size()) next = 0;
       const std::size_t row = next++;
       if (!SameName(name, rows[row].name)) continue;
-      if (!(found >> row & 1)) written[row] = {value.data(), value.size()};
+      if (!(found >> row & 1)) values[row] = {value.data(), value.size()};
       found |= 1u << row;
       break;
     }
   }
   for (; found; found &= found - 1) {
     const auto row = std::size_t(std::countr_zero(found));
-    std::visit(Apply{r, {written[row].text, written[row].size}}, rows[row].set);
+    std::visit(Apply{r, {values[row].text, values[row].size}}, rows[row].set);
   }
 }
 
-// As deep as the grammar, not as the file.
+// The recursion is as deep as the grammar, not as the file.
 void ReadElement(const Element& rule, KVXMLElement element, Reading& r) {
   if (rule.begin && !rule.begin(r)) return;
   if (!rule.attributes.empty()) ReadAttributes(rule.attributes, element, r);
   if (!rule.children.empty()) {
-    const Element* expected = rule.children.data();  // mostly the next row, or the same again
+    const Element* expected = rule.children.data();  // usually the rule of the next child
     for (KVXMLElement child = element.FirstChild(); child; child = child.NextSibling()) {
       const std::string_view name = child.Name();
       const Element* known = SameName(name, expected->name) ? expected : FindChild(rule, name);

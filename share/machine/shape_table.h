@@ -1,13 +1,13 @@
-// The shape table: which shapes, by ID, the tool or a fixture of a channel carries along an axis. Three levels,
-// channel, then axis, then target and fixture index, end in a plain array of IDs.
+// The shape table: the IDs of the shapes that move with the tool or a fixture of a channel along an axis. It has three
+// levels: channel, axis, then target and fixture index. Each cell is an array of IDs.
 //
 //   KVVMShapeMngr          channel 0 to count-1, axis 0 to 5
 //     KVVMShapeRefMngr     target 0 to 2, fixture index 0 to 2
 //       KVVMShapeRef       the IDs
 //
-// A worked example: in a table of two rows, AddShapeRef(2, CM_AXIS_Z, CM_TARGET_TOOL, 0, list) reaches row 1, and
-// GetToolShapeArray(1, CM_AXIS_Z, ids) reads it back. Indices outside the table store nothing and read nothing. No
-// class here has a lock: fill from one thread, then read from any.
+// Example: in a table of two rows, AddShapeRef(2, CM_AXIS_Z, CM_TARGET_TOOL, 0, list) writes row 1, and
+// GetToolShapeArray(1, CM_AXIS_Z, ids) reads it. Indices outside the table store nothing and read nothing. Fill the
+// table on one thread; then any thread may read it. There is no lock.
 #pragma once
 
 #include <array>
@@ -19,7 +19,7 @@
 #include "framework/text.h"
 #include "share/machine/machine_types.h"
 
-// Carries one ID on its way into the table.
+// One ID in a list for AddShapeRef.
 class KVSHARE_API KVVMShapeInfo : public CObject {
  public:
   KVVMShapeInfo() = default;
@@ -27,18 +27,19 @@ class KVSHARE_API KVVMShapeInfo : public CObject {
   ~KVVMShapeInfo() override;
 
   int m_nID = 0;
-  CString m_strName;  // not used here
+  CString m_strName;  // not used
 };
 
-// One set of IDs.
+// One cell: an array of IDs.
 class KVSHARE_API KVVMShapeRef : public CObject {
  public:
   KVVMShapeRef() = default;
   ~KVVMShapeRef() override;
 
-  // Replaces the IDs by those of the list, in order. The list's KVVMShapeInfo are deleted and it is left empty.
+  // Replaces the IDs by those of the list, in order. Deletes the KVVMShapeInfo of the list and empties it.
   void AddShapeRef(CObList& list);
-  // Copies the IDs to out, which the caller has sized for GetCount() of them; gives the count. Null only asks for it.
+  // Copies the IDs to out, which has room for GetCount() IDs, and returns the count. With null it only returns the
+  // count.
   int GetShapeArray(int* out) const;
   int GetCount() const { return int(m_ids.size()); }
   const int* GetIDs() const { return m_ids.data(); }
@@ -59,14 +60,14 @@ class KVSHARE_API KVVMShapeRefMngr : public CObject {
   KVVMShapeRefMngr() { CreateTargetIDArray(); }
   ~KVVMShapeRefMngr() override;
 
-  // Builds an empty table, dropping one that exists. Always 1.
+  // Creates an empty table; deletes the former one. Returns 1.
   int CreateTargetIDArray();
   void DeleteTargetIDArray();
-  // 0 for an empty list, which changes nothing. CM_TARGET_NONE gives 1 and leaves the list alone. Any other target
-  // hands the list to its set, replacing what stood there, and gives 1; for a target or id outside the table the
-  // entries are deleted and the result is 0.
+  // Replaces the IDs of a cell by those of the list, as KVVMShapeRef::AddShapeRef, and returns 1. id is the fixture
+  // index from 0. An empty list changes nothing and returns 0. CM_TARGET_NONE changes neither cell nor list and
+  // returns 1. For a target or id outside the table it deletes the entries of the list and returns 0.
   int AddShapeRef(CM_TARGET_TYPE target, int id, CObList& list);
-  // The set, owned by the table; null outside it.
+  // The cell, owned by the table; null for a target or id outside the table.
   const KVVMShapeRef* Find(CM_TARGET_TYPE target, int id) const;
 
  private:
@@ -80,28 +81,29 @@ class KVSHARE_API KVVMShapeMngr : public CObject {
   KVVMShapeMngr() = default;
   ~KVVMShapeMngr() override;
 
-  // Drops the table and builds one of that many empty rows: 1; for 0 or less there is no table then: 0. A row takes
-  // memory from the first list that reaches it.
+  // Deletes the table and creates one with that many empty rows; returns 1. With 0 or less there is no table, and it
+  // returns 0. A row uses memory only after its first list.
   int CreateChannelAxisArray(int channels);
-  // Drops the table; the stored count stays.
+  // Deletes the table. GetChannelCount is unchanged.
   void DeleteChannelAxisArray();
   int GetChannelCount() const { return m_nChannels; }
 
-  // 0 for an empty list. A channel equal to the count means the last row, so that in a table of two rows the channels 1
-  // and 2 share a row, which is required; a channel above the count, or below 0, loses its list and gives 0. Otherwise
-  // 1, and the list replaces what the slot held. The list's entries are taken over but for CM_TARGET_NONE.
+  // Replaces the IDs of a cell by those of the list and returns 1, as KVVMShapeRefMngr::AddShapeRef. Rows count from 0,
+  // but a channel equal to the count also means the last row: in a table of two rows, channels 1 and 2 share a row.
+  // This is kept for existing definitions. For a channel below 0 or above the count, an unknown axis, or without a
+  // table, it deletes the entries of the list and returns 0.
   int AddShapeRef(int channel, CM_AXIS_TYPE axis, CM_TARGET_TYPE target, int id, CObList& list);
-  // The same with the axis named by move and direction. A channel equal to the count has no row here: it gives 0.
+  // The same with the axis given by move and direction. Here a channel equal to the count is outside the table.
   int AddShapeRef(int channel, CM_MOVE_TYPE move, CM_SHAPE_DIR_TYPE direction, CM_TARGET_TYPE target, int id,
                   CObList& list);
 
-  // Copy the IDs to out, which the caller has sized for them (null only asks), and give the count; 0 if there is no
-  // such set. In a table of one row the channel is ignored.
+  // Copy the IDs of a cell to out, which has room for them, and return the count; 0 for indices outside the table. With
+  // a null out they only return the count. In a table of one row the channel is ignored.
   int GetToolShapeArray(int channel, CM_AXIS_TYPE axis, int* out) const;
-  // With zeroBased 0 the fixture counts from 1. A fixture of 3 or more is refused before that, so that number 3 gives 0
-  // in both ways of counting: required.
+  // With zeroBased 0 the fixture counts from 1, otherwise from 0. Fixture 3 gives 0 IDs in both cases, so the last row
+  // of fixtures cannot be read with zeroBased 0; kept for existing modules.
   int GetFixtureShapeArray(int channel, CM_AXIS_TYPE axis, int fixture, int* out, int zeroBased) const;
-  // The sets behind the two, owned by the table until it next changes; null where they give 0.
+  // The same cells without a copy, owned by the table and valid until it changes; null for indices outside the table.
   const KVVMShapeRef* FindToolShapes(int channel, CM_AXIS_TYPE axis) const;
   const KVVMShapeRef* FindFixtureShapes(int channel, CM_AXIS_TYPE axis, int fixture, int zeroBased) const;
 
@@ -113,6 +115,6 @@ class KVSHARE_API KVVMShapeMngr : public CObject {
 
   int m_nChannels = 0;
   bool m_bTable = false;
-  std::vector<std::unique_ptr<Row>> m_rows;  // as long as the highest row used; null for a row not used
-  std::vector<int> m_usedRows;               // so that dropping a table costs what was in it
+  std::vector<std::unique_ptr<Row>> m_rows;  // up to the highest used row; null for an unused row
+  std::vector<int> m_usedRows;               // makes the deletion of the table fast
 };

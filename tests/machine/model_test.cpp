@@ -162,7 +162,7 @@ TEST(ShapeTable, CountsFixturesInTwoWays) {
   };
   EXPECT_EQ(fixture(1, 0), 10);
   EXPECT_EQ(fixture(2, 0), 11);
-  EXPECT_EQ(fixture(3, 0), 0) << "refused ahead of the reduction";
+  EXPECT_EQ(fixture(3, 0), 0) << "refused before 1 is subtracted";
   EXPECT_EQ(fixture(0, 0), 0);
   EXPECT_EQ(fixture(2, 1), 12);
   EXPECT_EQ(fixture(3, 1), 0);

@@ -1,4 +1,4 @@
-// The reader, attribute by attribute: what each text becomes in the model.
+// The reader, attribute by attribute: the value in the model for each text.
 #include <gtest/gtest.h>
 
 #include <cmath>

@@ -1,6 +1,4 @@
-// How findings are collected, and the findings that one attribute's value alone gives rise to.
-//
-// Inside this folder only.
+// Collects the findings of the check, and checks single attribute values.
 #pragma once
 
 #include <string>
@@ -25,10 +23,10 @@ class Findings {
   MachineCheckResult& result_;
 };
 
-// A value as it stands in a finding: in quotes, cut when it is long, without control characters, valid UTF-8.
+// A value for a finding: in quotes, shortened if it is long, without control characters, valid UTF-8.
 std::string Quoted(std::string_view value);
 
-// Checks a value by the kind that the attribute's row says.
+// Checks a value by the kind of the attribute's row and adds the findings.
 void CheckValue(const Attribute& row, std::string_view value, KVXMLPlace place, Findings& findings);
 
 }  // namespace kvmachine

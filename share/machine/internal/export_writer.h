@@ -1,7 +1,5 @@
-// The text of an export while it grows: pieces appended to one buffer, numbers exactly as printf writes them with
-// "%d" and "%.3f", whatever locale the process runs in.
-//
-// Inside this folder only.
+// Appends texts and numbers of an export to a string. Numbers are formatted exactly as printf does with "%d" and "%.3f"
+// in the C locale, whatever the locale of the process is.
 #pragma once
 
 #include <string>

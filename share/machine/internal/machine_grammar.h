@@ -1,8 +1,8 @@
-// The grammar of a machine definition as one table: which elements stand where, which attributes they have, of which
-// kind these are and what each sets. The reader runs it; the check asks it what is known.
+// The grammar of a machine definition as one table: the elements with their children and attributes, the kind of each
+// attribute, and what it sets. The reader executes the table; the check uses it to look up known names.
 //
-// Inside this folder only. Rows of attributes stand in the order in which the reader applies them, whatever their order
-// in the file: the first two of TARGET decide what the later ones mean.
+// The reader applies attributes in the order of their rows, whatever their order in the file is, because the first two
+// attributes of TARGET decide the meaning of the others.
 #pragma once
 
 #include <memory>
@@ -21,8 +21,8 @@ class KVVMMachine;
 
 namespace kvmachine {
 
-// A shape list while its attributes are read.
-struct ListInReading {
+// The attributes of a shape list.
+struct ListAttributes {
   int num = 0;
   CM_AXIS_TYPE axis = CM_AXIS_Z;
   int channel = 0;
@@ -30,7 +30,8 @@ struct ListInReading {
   std::string_view list;
 };
 
-// The text of an attribute whose value mostly is that of the shape before: neighbours share one text.
+// Converts the text of an attribute that usually has the same value as in the previous shape, so that consecutive
+// shapes share one CString.
 class RepeatedText {
  public:
   const CString& From(std::string_view utf8) {
@@ -46,16 +47,16 @@ class RepeatedText {
   CString text_;
 };
 
-// Where the reader stands: what the table's functions work on.
+// The state of the reader, used by the functions of the table.
 struct Reading {
-  Reading(KVVMMachine& filled, const CString& machineFolder) : machine(filled), folder(machineFolder) {}
+  Reading(KVVMMachine& target, const CString& machineFolder) : machine(target), folder(machineFolder) {}
 
   KVVMMachine& machine;
   const CString& folder;
   CQVMChannel* channel = nullptr;  // owned by the machine
   CQVMToolNode* tool = nullptr;    // owned by the channel
   std::unique_ptr<CQVMShape> shape;
-  ListInReading list;
+  ListAttributes list;
   bool fixtureMode = false;
   int fixture = 0;
   int channelsLeft = kMachineMostChannels;
@@ -66,14 +67,14 @@ struct Reading {
   RepeatedText metallic;
 };
 
-struct TextVersion {};  // read and ignored
+struct TextVersion {};  // ignored
 struct Flag {
   int value;
 };
 struct Colour {
   int red, green, blue;
 };
-// The value of TYPE: a tool target, or the word that switches the target to fixture mode.
+// The value of TYPE: a tool target, or "Fixture", which switches the target to fixture mode.
 struct TargetType {
   bool fixture;
   MDTurretType target;
@@ -82,7 +83,7 @@ struct IdList {
   std::string_view text;
 };
 
-// What an attribute sets; the type of the second parameter is the kind of the attribute.
+// The function of an attribute; the type of its second parameter is the kind of the attribute.
 template <class Value>
 using Set = void (*)(Reading&, Value);
 using Effect =
@@ -98,26 +99,25 @@ struct Element {
   std::string_view name;  // compared without case
   std::span<const Attribute> attributes;
   std::span<const Element> children;
-  bool (*begin)(Reading&) = nullptr;  // ahead of the attributes; false skips the element
-  void (*end)(Reading&) = nullptr;    // behind the children
+  bool (*begin)(Reading&) = nullptr;  // called before the attributes are set; false skips the element
+  void (*end)(Reading&) = nullptr;    // called after the children
 };
 
 inline constexpr std::size_t kMostAttributesOfElement = 32;
 inline constexpr std::string_view kFixtureType = "Fixture";
 inline constexpr std::string_view kTrue = "TRUE";
 
-// The root, whose own name does not count.
+// The rule of the root element, which may have any name.
 const Element& RootElement();
-// The child of that name that the element knows, or null.
+// The rule of the child with that name; null if it is unknown.
 const Element* FindChild(const Element& parent, std::string_view name);
-// The attribute of that name that the element knows, or null.
+// The row of the attribute with that name; null if it is unknown.
 const Attribute* FindAttribute(const Element& element, std::string_view name);
 
-// The unit vector of a direction; (0, 0, 0) for none.
+// The unit vector of a direction; (0, 0, 0) for CM_DIR_NONE.
 FRVector UnitVectorOf(CMDirType direction);
-// Walks the items of a LIST as the reader does and hands each one's text to take, num of them at most, until take gives
-// false. A num above the number of items hands out the last item again and again, unless the text ends in a comma.
-// repeated is true for those.
+// Calls take(item, repeated) for up to num items of a LIST, until it returns false. If num is above the number of
+// items, the last item is repeated with repeated true, unless the text ends with a comma.
 template <class Take>
 void ForEachListItem(std::string_view list, int num, Take take) {
   std::string_view item;
@@ -128,7 +128,7 @@ void ForEachListItem(std::string_view list, int num, Take take) {
     if (!last) {
       item = rest;
       const std::size_t comma = rest.find(',');
-      last = comma == std::string_view::npos || comma == 0;  // a comma that opens the text parts nothing
+      last = comma == std::string_view::npos || comma == 0;  // a comma at the start of the text separates nothing
       if (!last) {
         item = rest.substr(0, comma);
         rest = rest.substr(comma + 1);

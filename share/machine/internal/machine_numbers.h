@@ -1,9 +1,9 @@
-// Numbers as a machine definition writes them, read the way the C library's text-to-number routines do it in the C
-// locale, whatever locale the process runs in.
+// Reads the numbers of a machine definition with the rules of the C library's strtod and strtol in the C locale,
+// whatever the locale of the process is.
 //
-// Each call reads from the front of the text, skips blanks first, and stops at the first character that it cannot use;
-// a text without a number gives 0. The texts are UTF-8. Hexadecimal, infinities and not-a-number are accepted as C
-// does. Any thread may call.
+// Each function skips blanks, reads a number from the start of the text and stops at the first character that does not
+// belong to it. A text without a number gives 0. Texts are UTF-8. Reals may be hexadecimal, infinite or NaN. Any thread
+// may call.
 #pragma once
 
 #include <cstddef>
@@ -11,31 +11,31 @@
 
 namespace kvmachine {
 
-// A closed range for every real of a definition.
+// The range of reals in a definition, both ends included.
 inline constexpr double kLeastReal = -100000.0;
 inline constexpr double kMostReal = 100000.0;
 
-// What was done to a number on the way in.
+// Remarks on a number, for the check.
 struct NumberNotes {
-  bool none = false;           // there was no number at all
-  bool trailing = false;       // something that is no blank stood behind it
-  bool commaRepaired = false;  // the first comma was taken for the decimal point
-  bool clamped = false;        // it lay outside the range and was moved to its end
+  bool none = false;           // the text has no number
+  bool trailing = false;       // the number is followed by other characters than blanks
+  bool commaRepaired = false;  // the first comma was read as a decimal point
+  bool clamped = false;        // the number was out of range
 };
 
-// A real attribute: the first comma, unless it opens the text, is taken for a decimal point; the result is clamped to
-// kLeastReal to kMostReal. Not-a-number passes the clamp.
+// Reads a real attribute. The first comma is read as a decimal point unless it is the first character. The result is
+// clamped to the range above; NaN is not clamped. Null notes are allowed.
 double ReadReal(std::string_view text, NumberNotes* notes = nullptr);
 
-// An integer attribute; a value out of range is moved to the end of the range of int.
+// Reads an integer attribute; the result is clamped to the range of int.
 int ReadInteger(std::string_view text, NumberNotes* notes = nullptr);
 
-// Three numbers of one attribute, scanned as "%f %f %f" and "%d %d %d" do it: no comma is repaired, nothing clamped,
-// and the scan ends at the first text that is no number. What was not reached is 0. The result is how many were read.
+// Read three numbers of one attribute like scanf with "%f %f %f" or "%d %d %d": commas are not repaired and reals not
+// clamped. Reading ends at the first text that is not a number; the remaining values are 0. Return how many were read.
 int ScanReals(std::string_view text, float (&out)[3], NumberNotes* notes = nullptr);
 int ScanIntegers(std::string_view text, int (&out)[3], NumberNotes* notes = nullptr);
 
-// The routines behind them. used is the number of bytes that belong to blanks and number, 0 if there is no number.
+// The basic conversions. used is set to the number of bytes of blanks and number; 0 if there is no number.
 double ToDouble(std::string_view text, std::size_t& used);
 float ToFloat(std::string_view text, std::size_t& used);
 int ToInteger(std::string_view text, std::size_t& used);
