@@ -1,10 +1,10 @@
-// A recursive lock and its two scope guards.
+// QFCriticalSection, a recursive lock, and its two scope guards. Any thread may use them.
 #pragma once
 
 #include "platform/threads.h"
 
-// The thread that holds it may lock it again and unlocks as often as it locked. A thread that holds one is not held up
-// by SuspensionPoint.
+// A thread may lock it several times, and unlocks it once per lock. A thread that holds one does not stop in
+// SuspensionPoint, so a suspended job never keeps a section locked. Destroy it only while no thread holds it.
 class QFCriticalSection {
  public:
   QFCriticalSection() { InitializeCriticalSection(&m_Section); }
@@ -14,14 +14,14 @@ class QFCriticalSection {
 
   void Lock() { EnterCriticalSection(&m_Section); }
   void Unlock() { LeaveCriticalSection(&m_Section); }
-  // 1 if the calling thread holds it now, 0 at once if another thread does.
+  // Tries to lock without waiting: 1 if the calling thread now holds it, 0 if another thread holds it.
   int LockIfUnlocked() { return TryEnterCriticalSection(&m_Section) ? 1 : 0; }
 
  private:
   CRITICAL_SECTION m_Section;
 };
 
-// Holds the section for its scope.
+// Locks the section for its scope.
 class QFAutoCriticalSection {
  public:
   explicit QFAutoCriticalSection(QFCriticalSection& section) : m_Section(section) { m_Section.Lock(); }
@@ -33,8 +33,8 @@ class QFAutoCriticalSection {
   QFCriticalSection& m_Section;
 };
 
-// Locks at once if lockNow is 1, or later, and unlocks at the end of its scope if it holds the section. It locks once:
-// a second call does nothing.
+// Locks in the constructor if lockNow is 1, or later by Lock or EnterIfUnlocked. Unlocks at the end of its scope if it
+// has locked. It locks at most once; further calls do nothing.
 class QFCriticalSectionLoader {
  public:
   QFCriticalSectionLoader(QFCriticalSection& section, int lockNow) : m_Section(section) {
@@ -50,7 +50,7 @@ class QFCriticalSectionLoader {
     if (!m_bHolds) m_Section.Lock();
     m_bHolds = true;
   }
-  // 1 if it holds the section now, 0 at once if another thread does.
+  // Tries to lock without waiting: 1 if it now holds the section, 0 if another thread holds it.
   int EnterIfUnlocked() {
     if (!m_bHolds) m_bHolds = m_Section.LockIfUnlocked() != 0;
     return m_bHolds;

@@ -1,5 +1,5 @@
-// A job's record that stays in memory while this pointer has it, whoever deletes it meanwhile. For the library's own
-// use.
+// HeldRecord, a reference to a job's record. The record's memory remains valid while it exists, even if another thread
+// deletes the record.
 #pragma once
 
 #include <memory>
@@ -10,8 +10,8 @@ struct ReleaseRecord {
   void operator()(QFThreadData* record) const;
 };
 
-// Not to be let go under the lock of share/objects/job_lock.h: the record may be deleted then and there.
+// Do not destroy it under the lock of share/objects/job_lock.h: that may delete the record, which takes the lock.
 using HeldRecord = std::unique_ptr<QFThreadData, ReleaseRecord>;
 
-// Under that lock, or of a record that the caller holds already.
+// Call it under that lock, or for a record to which the caller has a reference.
 HeldRecord Held(QFThreadData* record);

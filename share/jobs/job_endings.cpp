@@ -1,5 +1,5 @@
-// Terminating jobs and waiting for them. Whatever calls out of the library works on records that it holds, and looks
-// at each again when its turn comes.
+// Terminating jobs and waiting for them. Code that calls out of the library works on HeldRecords, and tests each record
+// again before it terminates it.
 #include <algorithm>
 
 #include "platform/clock.h"
@@ -17,7 +17,7 @@ constexpr int kPassesForDocument = 180;
 
 // ---- terminating
 
-// Terminates the records from the list's tail that are wanted, which is asked under the lock.
+// Terminates all jobs for which wanted returns true, from the tail of the list. wanted is called under the lock.
 template <class Wanted>
 void QFThreadBaseMgr::TerminateFromTail(Wanted wanted) {
   std::vector<HeldRecord> chosen;
@@ -107,8 +107,8 @@ int QFThreadBaseMgr::GetThreadsNotDone(void** handles, int max) {
   return int(all.size());
 }
 
-// One by one: a system's own call takes only so many, and fails as a whole if one of them has ended long enough ago to
-// be closed.
+// Waits one by one: a single call would be limited in number on other systems, and would fail for all handles if one is
+// closed, because its job has ended long ago.
 void QFThreadBaseMgr::WaitForMultipleThreadsToBeDone() {
   for (void* handle : HandlesNotDone()) WaitForMultipleObjects(1, &handle, /*all=*/TRUE, INFINITE);
 }
@@ -116,6 +116,6 @@ void QFThreadBaseMgr::WaitForMultipleThreadsToBeDone() {
 void QFThreadBaseMgr::WaitForAllThreadsToBeDone() {
   while (!AllThreadsDone()) {
     WaitForMultipleThreadsToBeDone();
-    ::Sleep(0);  // to those that are between their start and their handle
+    ::Sleep(0);  // lets jobs continue that are started but have no handle yet
   }
 }

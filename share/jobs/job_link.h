@@ -1,11 +1,11 @@
-// QFThreadDataLink, by which whoever asks for a job says what it works on: the parameter of a request is null, or the
-// address of a link or of something derived from it.
+// QFThreadDataLink names the target of a job. The parameter of a request is null, or the address of a QFThreadDataLink
+// or of an object whose first base class is one (the address is passed as void*).
 //
-// Two jobs with the same two identifiers work on the same target. Their group numbers say whether they may live side by
-// side: a new job ends a running one on its target unless both are of one group, which has a number other than 0.
+// Two jobs with equal identifiers A and B have the same target. A request terminates running jobs with the same command
+// and target, unless both links are in one group: their group numbers are equal and not 0.
 //
-// A link stays its owner's. It has to live until the job's thread has ended, and any thread reads it meanwhile, which
-// is safe: changes are seen at once, and each field for itself.
+// The requesting module owns the link and keeps it until the job's thread has ended. Any thread may read and change it
+// meanwhile; each field is atomic by itself.
 #pragma once
 
 #include <atomic>
@@ -17,22 +17,22 @@ class KVSHARE_API QFThreadDataLink {
   QFThreadDataLink() = default;
   QFThreadDataLink(const QFThreadDataLink& other) { *this = other; }
   QFThreadDataLink& operator=(const QFThreadDataLink& other);
-  // Clears both identifiers.
+  // Sets both identifiers to null.
   virtual ~QFThreadDataLink();
 
   void* GetIdentifierA() const { return m_IdentifierA; }
   void SetIdentifierA(void* identifier) { m_IdentifierA = identifier; }
   void* GetIdentifierB() const { return m_IdentifierB; }
   void SetIdentifierB(void* identifier) { m_IdentifierB = identifier; }
-  // 0 is no group.
+  // 0 (the default) means no group.
   unsigned GetGroupNum() const { return m_GroupNum; }
   void SetGroupNum(unsigned group) { m_GroupNum = group; }
 
-  // The same identifiers A and B.
+  // Whether both identifiers are equal.
   bool HasTargetOf(const QFThreadDataLink& other) const {
     return m_IdentifierA == other.m_IdentifierA && m_IdentifierB == other.m_IdentifierB;
   }
-  // The same group, and one at all.
+  // Whether the group numbers are equal and not 0.
   bool HasGroupOf(const QFThreadDataLink& other) const {
     const unsigned group = m_GroupNum;
     return group != 0 && group == other.m_GroupNum;

@@ -1,4 +1,4 @@
-// The list of jobs: requests, endings, hooks. Terminating and waiting stand in job_endings.cpp.
+// The list of jobs: requests, hooks, deletion, queries. job_endings.cpp terminates jobs and waits for them.
 #include "share/jobs/job_manager.h"
 
 #include <utility>
@@ -23,7 +23,7 @@ int ReadSetting(LPCTSTR name, int fallback) {
   return value;
 }
 
-// Nodes come here by QFObject::RunCommand.
+// QFObject::RunCommand calls this.
 class Runner final : public CommandRunner {
  public:
   int RunCommand(QFObject* object, unsigned context, void* param, QFeThreadType type,
@@ -75,7 +75,8 @@ int QFThreadBaseMgr::UpdateProgressDlg() {
 
 // ---- requests
 
-// The setting "ThreadNum" puts no limit here: that is required. A derived manager that queues goes by it.
+// The setting "ThreadNum" does not limit the number of threads here; kept for existing modules. A derived manager that
+// queues may use it.
 int QFThreadBaseMgr::RunCommand_i(QFObject* object, unsigned context, void* param, QFeThreadType type,
                                   QFeThreadEndType endType) {
   if (FindThreadData(object, context, param)) return 0;
@@ -87,7 +88,7 @@ int QFThreadBaseMgr::RunCommand_i(QFObject* object, unsigned context, void* para
   return AppendThreadData(data) ? int(data->RunCommand(multi)) : 0;
 }
 
-// The repeat may be that of a request which another thread has made since this one was looked for.
+// Tests for a repeat again, because another thread may have made the same request since the first test.
 int QFThreadBaseMgr::AppendThreadData(QFThreadData* data) {
   {
     const JobLock lock;
@@ -99,7 +100,7 @@ int QFThreadBaseMgr::AppendThreadData(QFThreadData* data) {
       return 1;
     }
   }
-  data->Leave();
+  data->LeaveCaller();
   data->Release();
   return 0;
 }
@@ -131,12 +132,12 @@ int QFThreadBaseMgr::OnDoneRunningThreadData(QFThreadData* data) {
 
 // ---- the end of a record
 
-// The end of a job that has run, unless somebody has deleted its record.
+// Ends a job that has run, unless another thread has deleted its record.
 void QFThreadBaseMgr::End(QFThreadData* data, int onOwnThread) {
   {
     const JobLock lock;
     if (data->m_bGone || !m_ThreadList.Find(data)) return;
-    if (onOwnThread) data->m_bCounted = false;  // the hook counts down
+    if (onOwnThread) data->m_bCounted = false;  // the hook decrements the count
   }
   if (onOwnThread) {
     OnDoneRunningThreadData(data);
@@ -154,7 +155,7 @@ int QFThreadBaseMgr::DestroyThreadData(QFThreadData* data) {
     if (POSITION at = m_ThreadList.Find(data)) m_ThreadList.RemoveAt(at);
   }
   OnDestroyThreadData(data);
-  data->Leave();
+  data->LeaveCaller();
   data->Release();
   return 0;
 }
@@ -175,7 +176,7 @@ int QFThreadBaseMgr::DeleteAllDoneThreads() {
     }
   }
   for (QFThreadData* data : done) {
-    data->Leave();
+    data->LeaveCaller();
     data->Release();
   }
   return int(done.size());
@@ -276,10 +277,10 @@ HeldRecord QFThreadBaseMgr::FindPrevParentOwner(QFThreadData* data, int checkGro
   POSITION at = m_ThreadList.Find(data);
   if (!at) return nullptr;
   m_ThreadList.GetPrev(at);
-  auto* ahead = at ? static_cast<QFThreadData*>(m_ThreadList.GetAt(at)) : nullptr;
-  if (!ahead || !ahead->m_hThread) return nullptr;
+  auto* previous = at ? static_cast<QFThreadData*>(m_ThreadList.GetAt(at)) : nullptr;
+  if (!previous || !previous->m_hThread) return nullptr;
   const void* mine = data->m_pCommandParameter;
-  const void* its = ahead->m_pCommandParameter;
+  const void* its = previous->m_pCommandParameter;
   if (checkGroup && mine && its && !Link(mine)->HasGroupOf(*Link(its))) return nullptr;
-  return Held(ahead);
+  return Held(previous);
 }

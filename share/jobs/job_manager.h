@@ -1,64 +1,85 @@
-// QFThreadBaseMgr, the process's jobs: long commands of nodes that run off the thread which asks for them.
+// QFThreadBaseMgr manages the background jobs of the process. A job is a long command of a node; it usually runs on its
+// own thread.
 //
-// A node asks by QFObject::RunCommand(context, link, type, endType). The manager drops an exact repeat, terminates
-// running jobs that the new one makes obsolete (share/jobs/job_link.h), builds a record (share/jobs/job_record.h) and
-// starts it: on a thread of its own if the application's setting "ThreadMulti" is nonzero and SetCanRunSeparateProcess
-// allows it, else at once on the asking thread. A job's thread waits 100 ms before it begins.
+// A node requests a job by QFObject::RunCommand(context, param, type, endType). The manager refuses an exact repeat,
+// terminates running jobs that the new one replaces (share/jobs/job_link.h), creates a record
+// (share/jobs/job_record.h), appends it to its list and starts it. The job gets its own thread if the application
+// setting "ThreadMulti" is nonzero and SetCanRunSeparateProcess allows it. Otherwise it runs on the requesting thread,
+// before the request returns. A job's thread waits 100 ms before it begins. The numbers of statuses and types are those
+// of share/objects/job_enums.h.
 //
-// The class is a base. The main module derives its own, builds the one instance on its main thread and stores it:
+// The class is a base. The main module derives from it, creates the one instance on its main thread and stores it:
 //
 //   class Jobs : public QFThreadBaseMgr {
+//    public:
+//     // For a command, on its job's thread.
+//     void Report(LONGLONG percent, const CString& step) {
+//       QFThreadData* record = FindThreadDataForCurrentThread();
+//       if (!record) return;                                      // terminated, deleted, or not on its own thread
+//       record->SetActionProgress(percent);
+//       record->SetActionString(step);
+//     }
+//
 //    protected:
 //     int OnDoneRunningThreadData(QFThreadData* data) override {
-//       Show(data->GetProcessName(), data->GetTimeTaken());        // the record still lives
-//       return QFThreadBaseMgr::OnDoneRunningThreadData(data);      // and may be deleted by this
+//       Show(data->GetProcessName(), data->GetTimeTaken());       // the record is still valid
+//       return QFThreadBaseMgr::OnDoneRunningThreadData(data);    // this may delete it
 //     }
 //   };
 //   QFThreadBaseMgr::m_pInstance = new Jobs;
 //
-//   QFThreadDataLink link;                                          // lives until the job's thread has ended
+//   QFThreadDataLink link;                                        // must live until the job's thread has ended
 //   link.SetIdentifierA(&part);
 //   node.RunCommand(kGenerate, &link, QFeThreadType(0), QFeThreadEndType(0));   // calls node.HandleCommand(0, ...)
 //
-// THREADS. Any thread may call any public operation. The node's HandleCommand is called with 0 on the job's thread (or
-// on the asking one), with 1 on the thread that terminates, with 2 on the thread of a child. OnStart... is called on
-// the asking thread, OnBegin... and OnDone... on the job's, OnDestroy... on the thread that deletes the record. An
-// exception that leaves a hook on a job's thread ends the process, one out of a command does not. The settings are read
-// on these threads too: they are not to be changed while jobs run.
+// THREADS. Any thread may call any public operation. HandleCommand of the node is called with 0 (run) on the job's
+// thread, or on the requesting one; with 1 (terminated) on the terminating thread; with 2 (child done) on the child's
+// thread. OnStart... is called on the requesting thread, OnBegin... and OnDone... on the job's, OnDestroy... on the
+// thread that deletes the record. An exception that leaves a hook on a job's thread ends the process. An exception that
+// leaves a command only fails the job. Jobs read the application settings, so do not change those while jobs run.
 //
-// CANCELLING is a word, not a force. A terminated job has status 4 and no handle from then on, which lasts: a result
-// that comes later does not replace it, an exception out of the command does (5). A job that has not begun yet never
-// runs its command. One that runs goes on until its command returns: it learns of its end by HandleCommand(1), by
-// GetThreadStatus, and by IsUserJobCancelled, which asks the main module and not the record; how soon depends on how
-// often it looks. Its thread may thus outlive the status, and the waits below, which go by status and handle.
+// PROGRESS. A command finds its record by FindThreadDataForCurrentThread, as above, and stores percent and step there.
+// The record stays valid on the job's own thread until the command returns, even if another thread deletes it.
+// QFProgressCallback reports to the main module instead, and not to the record.
 //
-// SUSPENDING takes effect when the job next enters the library: by QFProgressCallback, IsUserJobCancelled,
-// GetThreadStatus, SetActionString or SetActionProgress, before its command begins, and after it has returned. There
-// the thread stands, without a lock of the library or the runtime, until it is resumed or terminated. A command that
-// calls none of these runs on to its end, and then stands.
+// CANCELLING. Terminating a job sets status 4 and removes thread id and handle from the record; it does not stop the
+// thread. A job that has not begun never runs its command. A running command continues until it returns. It learns of
+// the termination by HandleCommand(1) and by GetThreadStatus of its record. IsUserJobCancelled asks the main module and
+// does not look at the record. A later result does not replace status 4, but an exception in the command sets 5; kept
+// for existing modules. The thread may therefore run longer than the status says, and longer than the waits below,
+// which test status and handle.
 //
-// LIFE OF A RECORD. It is in the list from the request on. When its job ends it is deleted, unless its status is 6 or 8
-// or the setting "ThreadDel" is 0; then it stays until DeleteAllDoneThreads, or until its node goes. Pointers to
-// records are good in a hook for the record that it is given, and for all records in the list while the thread holds
-// m_CriticalSection, as every deletion takes it. A record that is deleted while its thread still runs is gone for
-// everybody but that thread, which ends without a further word.
+// SUSPENDING. A suspended job stops when it next enters the library: in QFProgressCallback, IsUserJobCancelled,
+// GetThreadStatus, SetActionString or SetActionProgress, before its command begins, or after it has returned. It stops
+// without any lock of the library, until it is resumed or terminated. A command that calls none of these runs to its
+// end. A thread that holds a QFCriticalSection does not stop.
 //
-// LIFE OF A NODE. A node may be deleted while its job has not begun or has returned from its command, if nobody asks it
-// for anything just then: the record goes with it. The command itself needs its node; so do a hook that calls
-// GetProcessName, another thread that terminates the job and, with the environment variable KV_TEST_ENV, the end of the
-// job, which tells its node the time taken. Who can't exclude these waits for the thread first: a handle that was got
-// before terminating serves for that (WaitForMultipleObjects).
+// LIFE OF A RECORD. The record is in the list from the request on. It is deleted when its job ends, unless its status
+// is 6 or 8 or the setting "ThreadDel" is 0. Then it stays until DeleteAllDoneThreads or until its node is deleted. A
+// pointer to a record is valid in a hook that receives it, on the job's own thread, and for all records of the list
+// while the thread holds m_CriticalSection, because every deletion takes that. If a record is deleted while its thread
+// runs, no operation finds it any more, and the thread ends without calling further hooks.
 //
-// END OF THE PROCESS. It waits for no job. One that still runs then may find the module's own statics gone: terminate
-// and wait first.
+// LIFE OF A NODE. A node may be deleted before its job begins and after its command has returned; the record is deleted
+// with it. The node must be valid during its command, during a hook that calls GetProcessName, while another thread
+// terminates the job and, if the environment variable KV_TEST_ENV is "YES", until the job has ended. To be sure, wait
+// for the thread first: get the handle before terminating the job and pass it to WaitForMultipleObjects.
 //
-// PARENTS AND CHILDREN. A job of end type 2 that ends with 1 or 6 keeps its record, handle and parameter, with status
-// 8. A job of type 4 ends the job that stands directly ahead of it in the list, if that one has a handle: that gets
-// HandleCommand(2), the child's end time and the child's status.
+// END OF THE PROCESS. The process does not wait for jobs, and a running job may use static objects that are already
+// destroyed. Terminate all jobs and wait for their threads first.
 //
-// LOCKS. m_CriticalSection is held where an operation says so, across hooks and HandleCommand(1) too. All other steps
-// use a lock of their own for a moment, never across a call out of the library. So a job that starts jobs or looks at
-// the list does not wait for a thread that terminates a document's jobs; one that ends does.
+// PARENTS AND CHILDREN. A job with end type 2 (wait for child) whose command ends with 1 or 6 becomes a waiting parent:
+// status 8, and it keeps record, handle and parameter. A job of type 4 (child) that ends looks at the record directly
+// before its own in the list. If that one has a handle, it ends with the child's status and end time, and its node gets
+// HandleCommand(2). This is the nearest record, not necessarily the job that requested the child: a request of another
+// thread may come between the two. Request the child directly after its parent, and let no other thread request jobs
+// between. A child that is faster than its parent ends the running parent too.
+//   Each such report on a child's own thread counts the running jobs down once more than jobs were started, so
+// IsAnyThreadsRunningOrWaiting(null) may return 0 while a job runs; kept for existing modules. Pass a document instead.
+//
+// LOCKS. m_CriticalSection is recursive. Operations that say so hold it, also while they call hooks and
+// HandleCommand(1). All other steps use a short internal lock and never call out of the library under it. So requesting
+// jobs and looking at the list never wait for a thread that terminates the jobs of a document; the end of a job does.
 #pragma once
 
 #include <atomic>
@@ -70,114 +91,131 @@
 
 class KVSHARE_API QFThreadBaseMgr {
  public:
-  // The one manager, stored and deleted by the main module; null until then, and requests are refused.
+  // The one manager. The main module stores it, owns it, and resets this to null before it deletes it. While it is
+  // null, requests are refused.
   static std::atomic<QFThreadBaseMgr*> m_pInstance;
-  // The id of the thread that built it, taken as the host's main thread.
+  // The id of the thread that created the manager. It is taken as the main thread of the host.
   static std::atomic<DWORD> m_SWThreadId;
 
-  // ---- slots, in this order
+  // ---- virtual operations; existing modules depend on their order
 
-  // Deletes no records: when it runs no job may live.
+  // Does not delete the records. No job may exist any more.
   virtual ~QFThreadBaseMgr();
+  // For a derived manager with a progress dialog. The base does nothing and returns 1.
   virtual int SetDoNotUpdateProgressDlg();
   virtual int SetUpdateProgressDlg();
 
  protected:
-  // Just before a job's thread is created. Counts it as running; 1.
+  // Hooks. A derived manager calls the base's operation too. Each returns 1; the result is ignored.
+
+  // Called before the job's thread is created. Counts the job as running.
   virtual int OnStartRunningThreadData(QFThreadData* data);
-  // At the end of a job that ran on its own thread; for a parent, on its child's. Deletes the record as told above and
-  // counts one down, whatever data is; 1. A thread that deletes done records may have been quicker: then the record is
-  // not in the list any more.
+  // Called at the end of a job that ran on its own thread, and at the end of a parent on its child's thread. Deletes
+  // the record as described above and decrements the count of running jobs, also if data is null. Another thread may
+  // have deleted a done record already (DeleteAllDoneThreads); then it is valid here but no longer in the list.
   virtual int OnDoneRunningThreadData(QFThreadData* data);
-  // Just before the record is deleted, with m_CriticalSection held; 1. Not called by DeleteAllDoneThreads.
+  // Called before the record is deleted, with m_CriticalSection held. DeleteAllDoneThreads does not call it.
   virtual int OnDestroyThreadData(QFThreadData* data);
-  // First thing on the job's thread; 1.
+  // Called first on the job's thread, also if the job was terminated before.
   virtual int OnBeginThread(QFThreadData* data);
 
  public:
   // ---- the one manager
 
+  // Null if no manager is stored.
   static QFThreadBaseMgr* Instance() { return m_pInstance; }
-  // Asks for a job: 0 without a manager or for a repeat; else the new thread's id, 1 if the command has run already,
-  // or 0 if there is no thread to be had.
+  // Requests a job. Returns the id of the new thread, or 1 if the command has already run on this thread. Returns 0
+  // without a manager, for a repeat, and if the system creates no thread.
   static int RunCommand(QFObject* object, unsigned context, void* param, QFeThreadType type, QFeThreadEndType endType);
-  // 1 if the calling thread is not the main one.
+  // 1 if the calling thread is not the main thread.
   static int GetIsSeperateThread();
   static DWORD GetSWMainThreadId() { return m_SWThreadId; }
-  // 1 if jobs of the document run or are queued; for null, jobs of any that have a thread.
+  // 1 if jobs of the document have status 2 or 7. With null: 1 if the count of running jobs of all documents is above
+  // 0; see PARENTS AND CHILDREN for its limits.
   static int IsAnyThreadsRunningOrWaiting(QFObject* document);
 
   int GetCanRunSeparateProcess() const { return m_bCanRunSeparateProcess; }
-  // 0 makes every job run on the asking thread, whatever the settings say.
+  // With 0 every job runs on the requesting thread, whatever "ThreadMulti" is. The default is 1.
   void SetCanRunSeparateProcess(int flag) { m_bCanRunSeparateProcess = flag; }
-  // Call the virtual operation of that name; 1.
+  // Call SetDoNotUpdateProgressDlg and SetUpdateProgressDlg, and return 1.
   int DoNotUpdateProgressDlg();
   int UpdateProgressDlg();
 
   // ---- looking
 
   int AnyThreadsRunning();     // 1 if a record has status 0, 2, 3 or 7
-  int AllThreadsDone();        // 1 if none has status 2 or 3
-  int GetNumThreadsNotDone();  // how many have
-  // Stores the handles of those that have and gives their number, which may be above max. Takes m_CriticalSection. The
-  // handles are not to be closed and stay good as QFThreadData::GetThreadHandle tells.
+  int AllThreadsDone();        // 1 if no record has status 2 or 3
+  int GetNumThreadsNotDone();  // the number of records with status 2 or 3
+  // Stores up to max handles of jobs with status 2 or 3 and returns the number of such jobs that have a handle; it may
+  // be above max. Takes m_CriticalSection. Do not close the handles; QFThreadData::GetThreadHandle says how long they
+  // live.
   int GetThreadsNotDone(void** handles, int max);
-  // 1 if all of the document's records have status 1, 4, 5 or 6. Takes m_CriticalSection.
+  // 1 if all records of the document have status 1, 4, 5 or 6. Takes m_CriticalSection.
   int GetAreAllThreadsInThisDocDone(QFObject* document);
-  // The record is only compared, not looked at: it may be gone.
+  // Both: 1 if the record is in the list. The pointer is only compared, so the record may be deleted.
   int ThreadInList(QFThreadData* data);
   int GetHaveThreadData(QFThreadData* data);
-  // 1 if a job with a handle works on that target.
+  // 1 if the list has a job with a handle whose link has that identifier A.
   int ThreadExist(void* identifierA);
-  // Appends all records. They are good while the caller holds m_CriticalSection.
+  // Appends all records to the list. They are valid while the caller holds m_CriticalSection.
   void GetAllThreads(CObList& list);
-  // The first other job with a handle on the same target, if both are of one group; else 0, with nothing stored. Takes
-  // m_CriticalSection.
+  // Finds the first other job with a handle and the same target. Stores it and its handle and returns 1 if both jobs
+  // are in one group; else returns 0 and stores nothing. Takes m_CriticalSection.
   int GetThreadDuplicateOwner(QFThreadData* data, QFThreadData*& owner, void*& handle);
-  // The job directly ahead in the list, if it has a handle and, with checkGroup nonzero and two parameters, is of the
-  // same group; else 0, with nothing stored. Takes m_CriticalSection.
+  // Looks at the record directly before data in the list. Stores it and its handle and returns 1 if it has a handle; if
+  // checkGroup is nonzero and both have a parameter, they must also be in one group. Else returns 0 and stores nothing.
+  // Takes m_CriticalSection.
   int GetThreadPrevParentOwner(QFThreadData* data, QFThreadData*& owner, void*& handle, int checkGroup);
 
-  // ---- waiting; blocks, and must not be called by a job
+  // ---- waiting; these block, and a job must not call them
 
-  // Until the jobs that now have a thread and status 2 or 3 have ended; any number of them.
+  // Waits for the threads of all jobs that have status 2 or 3 at the call.
   void WaitForMultipleThreadsToBeDone();
-  // Until AllThreadsDone. A job whose thread could not be created has status 2 for ever.
+  // Waits until AllThreadsDone. Never returns while there is a job whose thread could not be created: it keeps
+  // status 2.
   void WaitForAllThreadsToBeDone();
 
   // ---- ending
 
-  // Deletes the records of all jobs but those with status 2, 3, 7 or 8; gives their number. Takes m_CriticalSection.
+  // Deletes all records except those with status 2, 3, 7 or 8, and returns their number. Takes m_CriticalSection.
   int DeleteAllDoneThreads();
-  // The last job in the list, if it runs and is on the last request's target.
+  // Terminates the last job of the list, if it has status 2 or 3 and its target and context are those of the last
+  // request.
   void TerminateLastCreated();
-  // All jobs on that target that are not done.
+  // Terminates all jobs with that identifier A that are not done (1, 4, 5, 6), the last one first.
   void TerminateIfRunning(void* identifierA);
-  // The same, and then waits up to 301 s until none of them has a handle; the handles go at once, so that this is about
-  // jobs that were asked for meanwhile.
+  // Calls TerminateIfRunning. Then waits up to 301 s while ThreadExist is 1. Terminated jobs have no handle, so it
+  // waits only for jobs requested meanwhile.
   void DestructThread(void* identifierA);
-  // All of the document's jobs that are not done, and then waits up to 180 s until they are, which they are at once
-  // unless their commands say otherwise. Holds m_CriticalSection all the while: a job that ends meanwhile waits.
+  // Terminates all jobs of the document that are not done, the last one first. Then waits up to 180 s until
+  // GetAreAllThreadsInThisDocDone; that is the case immediately unless a command changes a status. Holds
+  // m_CriticalSection throughout, so a job that ends meanwhile waits.
   void TerminateAllThreadsInThisDoc(QFObject* document);
 
  protected:
   QFThreadBaseMgr();
-  // Copy no state.
+  // Copy nothing.
   QFThreadBaseMgr(const QFThreadBaseMgr&);
   QFThreadBaseMgr& operator=(const QFThreadBaseMgr&);
 
+  // What the static RunCommand does with the stored manager.
   int RunCommand_i(QFObject* object, unsigned context, void* param, QFeThreadType type, QFeThreadEndType endType);
-  // The first record for which GetIsDataMatching holds, and that of the calling thread; null if there is none.
+  // The first record for which GetIsDataMatching is true; null if there is none.
   QFThreadData* FindThreadData(QFObject* object, unsigned context, void* param);
+  // The record of the job that runs on the calling thread; null on other threads, and after the job was terminated or
+  // its record deleted. Valid on this thread until the command returns.
   QFThreadData* FindThreadDataForCurrentThread();
-  // Deletes the record, in the list or not. Does nothing for null. Always 0. Takes m_CriticalSection.
+  // Deletes the record, whether it is in the list or not. Null does nothing. Returns 0. Takes m_CriticalSection.
   int DestroyThreadData(QFThreadData* data);
+  // The number of jobs of the document with status 2 or 7; with null the count of running jobs of all documents.
   int GetNumThreadsRunningOrWaiting(QFObject* document);
   void DecrementRunningThreadCnt() { --m_nRunningThreads; }
+  // Stores context and target of a request for TerminateLastCreated.
   void SetLastIdentifiers(unsigned context, void* param);
-  // For a manager that queues: puts a record that it has built, and given status 7, at the end of the list, which owns
-  // it from then on. Its RunCommand starts it. 0, with the record deleted, for a repeat.
+  // For a manager that queues: appends a new record with status 7 to the list, which then owns it; returns 1. Start it
+  // later by QFThreadData::RunCommand(1). For a repeat it deletes the record and returns 0.
   int AppendThreadData(QFThreadData* data);
+  // Terminates the running jobs for which GetIsSimiliarDuplicate is true.
   void TerminateSimiliarDuplicateThreads(QFObject* object, unsigned context, void* param);
 
   QFCriticalSection m_CriticalSection;
@@ -199,10 +237,10 @@ class KVSHARE_API QFThreadBaseMgr {
   HeldRecord FindPrevParentOwner(QFThreadData* data, int checkGroup);
   std::vector<void*> HandlesNotDone();
 
-  CObList m_ThreadList;  // of QFThreadData, owned, under the lock of share/objects/job_lock.h
+  CObList m_ThreadList;  // of QFThreadData, owned; guarded by share/objects/job_lock.h
   std::atomic<int> m_nRunningThreads = 0;
   std::atomic<int> m_bCanRunSeparateProcess = 1;
-  // Under that lock as well.
+  // Guarded by that lock too.
   void* m_LastIdentifierA = nullptr;
   void* m_LastIdentifierB = nullptr;
   unsigned m_LastContextID = 0;

@@ -1,7 +1,7 @@
-// The life of a job, on the threads of those who ask for it and on its own.
+// The life of a job, on the requesting thread and on its own.
 //
-// The pseudo handle of the running thread has no place here: the creator keeps the lock until handle and id stand in
-// the record, so that a thread never finds itself without because it was too quick.
+// StartThread stores handle and id under the lock, and the new thread takes the lock before it reads them. So the
+// thread finds its own handle even if it is faster than its creator.
 #include "share/jobs/job_record.h"
 
 #include <algorithm>
@@ -21,19 +21,19 @@ IMPLEMENT_DYNAMIC(QFThreadData, QFObject)
 namespace {
 
 constexpr DWORD kBeforeBegin_ms = 100;
-// Handles of jobs stay open to the end of their threads and a while longer: whoever asked for them may be about to
-// wait.
+// The number of handles of ended jobs that stay open, because a module may be about to wait for one.
 constexpr std::size_t kFormerHandles = 256;
 
-// On a job's own thread.
+// True on a job's own thread.
 constinit thread_local bool t_isJob = false;
 
-// Lets a suspended thread run, and closes its handle in time. Under the lock.
-void LetGo(HANDLE handle) {
+// Resumes a suspended thread, and closes its handle later. Call under the lock.
+void RetireHandle(HANDLE handle) {
   static auto* former = new std::deque<HANDLE>;
   for (DWORD count = ::ResumeThread(handle); count > 1 && count != DWORD(-1);) count = ::ResumeThread(handle);
   former->push_back(handle);
-  for (int looks = 2; looks > 0 && former->size() > kFormerHandles; --looks) {  // two, so that their number falls again
+  // Test two handles per call, so that the number falls again after handles of long jobs have piled up.
+  for (int tests = 2; tests > 0 && former->size() > kFormerHandles; --tests) {
     HANDLE oldest = former->front();
     former->pop_front();
     if (WaitForSingleObject(oldest, 0) == WAIT_OBJECT_0) {
@@ -53,7 +53,7 @@ const QFThreadDataLink* Link(const void* param) { return static_cast<const QFThr
 
 }  // namespace
 
-// How a node keeps a record alive while it lets go of it.
+// Lets a node keep a record alive while it removes the record from its list.
 class RecordHolder final : public JobRecordHolder {
  public:
   bool IsRecord(const QFObject* user) const override { return user->IsKindOf(RUNTIME_CLASS(QFThreadData)); }
@@ -74,7 +74,7 @@ HeldRecord Held(QFThreadData* record) {
   return HeldRecord(record);
 }
 
-// ---- coming and going
+// ---- construction and destruction
 
 QFThreadData::QFThreadData(QFObject* caller, unsigned context, void* param, QFeThreadType type,
                            QFeThreadEndType endType)
@@ -90,15 +90,15 @@ QFThreadData::QFThreadData(QFObject* caller, unsigned context, void* param, QFeT
   caller->AddToUserObjectsList(this, /*held=*/1);
 }
 
-QFThreadData::~QFThreadData() { Leave(); }
+QFThreadData::~QFThreadData() { LeaveCaller(); }
 
-// Leaves the caller's list and the thread. On a job's thread the list is changed directly, and not by the caller's own
-// operation: it may be just going, and not be what it was any more.
-void QFThreadData::Leave() {
+// Releases the thread and removes the record from the caller's list. On a job's thread it changes the list directly and
+// does not call the caller's virtual operation, because another thread may be destroying the caller.
+void QFThreadData::LeaveCaller() {
   QFObject* caller = nullptr;
   {
     const JobLock lock;
-    LetThreadGo();
+    ReleaseThread();
     caller = m_pCallingObject;
     if (caller && t_isJob) {
       caller->ForgetJobRecord(this);
@@ -113,10 +113,10 @@ void QFThreadData::Leave() {
   CountJobRecord(-1);
 }
 
-// Under the lock.
-void QFThreadData::LetThreadGo() {
+// Call under the lock.
+void QFThreadData::ReleaseThread() {
   m_dwThreadID = 0;
-  if (HANDLE handle = m_hThread.exchange(nullptr)) LetGo(handle);
+  if (HANDLE handle = m_hThread.exchange(nullptr)) RetireHandle(handle);
 }
 
 void QFThreadData::Release() {
@@ -128,7 +128,7 @@ int QFThreadData::RemoveFromUserObjectsList(QFObject* object) {
   if (QFThreadBaseMgr* manager = QFThreadBaseMgr::Instance()) {
     manager->DestroyThreadData(this);
   } else {
-    Leave();  // it stays its owner's, without a caller
+    LeaveCaller();  // the record stays with its owner
   }
   return 1;
 }
@@ -143,13 +143,13 @@ long QFThreadData::RunCommand(int multi) {
     HandleCommand(/*onOwnThread=*/0);
     return 1;
   }
-  if (!BeginRun()) return m_dwThreadID;
+  if (!PrepareRun()) return m_dwThreadID;
   if (QFThreadBaseMgr* manager = QFThreadBaseMgr::Instance()) manager->OnStartRunningThreadData(this);
   return StartThread();
 }
 
-// False if the job has a thread, or is just getting one, or was terminated.
-bool QFThreadData::BeginRun() {
+// Returns false if the job has a thread, is getting one, or was terminated.
+bool QFThreadData::PrepareRun() {
   const JobLock lock;
   if (m_dwThreadID != 0 || m_bCreatingThread) return false;
   QFeThreadStatus status = m_eThreadStatus;
@@ -165,15 +165,15 @@ bool QFThreadData::BeginRun() {
 
 DWORD QFThreadData::StartThread() {
   DWORD id = 0;
-  Hold();  // the thread's
+  Hold();  // for the thread
   {
     const JobLock lock;
     m_bCreatingThread = false;
     if (HANDLE handle = CreateThread(nullptr, 0, ThreadEntry, this, 0, &id)) {
       m_hThread = handle;
       m_dwThreadID = id;
-      // Terminated while there was no handle to tell of: as if it came now, ahead of the command.
-      if (m_eThreadStatus == eThreadTerminated || m_bGone) LetThreadGo();
+      // Terminated before it had a handle: removing the handle now prevents the command.
+      if (m_eThreadStatus == eThreadTerminated || m_bGone) ReleaseThread();
     }
   }
   if (id == 0) Release();
@@ -186,7 +186,7 @@ DWORD QFThreadData::ThreadEntry(void* record) {
   const HeldRecord data(static_cast<QFThreadData*>(record));
   SuspensionPoint();
   data->HandleCommand(/*onOwnThread=*/1);
-  // Of a record that others deleted nobody has told the manager that its thread has ended.
+  // If another thread has deleted the record, the manager has not counted the end of this thread yet.
   QFThreadBaseMgr* manager = QFThreadBaseMgr::Instance();
   const bool gone = [&] {
     const JobLock lock;
@@ -198,26 +198,26 @@ DWORD QFThreadData::ThreadEntry(void* record) {
 
 int QFThreadData::HandleCommand(int onOwnThread) {
   QFThreadBaseMgr* manager = QFThreadBaseMgr::Instance();
-  if (onOwnThread && IsOver()) return 0;
+  if (onOwnThread && HasEnded()) return 0;
   if (!m_pCallingObject) {
     const JobLock lock;
-    LetThreadGo();
+    ReleaseThread();
     return 0;
   }
   if (onOwnThread && manager) manager->OnBeginThread(this);
-  const Begin begin = TakeOff(onOwnThread);
-  if (begin == Begin::kOver) return 0;
+  const StartResult start = BeginCommand(onOwnThread);
+  if (start == StartResult::kEnded) return 0;
   bool waits = false;
-  if (begin == Begin::kRuns) {
+  if (start == StartResult::kRun) {
     QFeThreadStatus result = eThreadNotHandled;
     bool threw = false;
     try {
-      result = AskCaller(eCommandRun);
+      result = CallNode(eCommandRun);
     } catch (...) {
       threw = true;
     }
     if (onOwnThread) SuspensionPoint();
-    if (!TakeResult(result, threw, waits)) return 0;
+    if (!StoreResult(result, threw, waits)) return 0;
   }
   if (m_eThreadType == eThreadTypeChild && manager) ReportToParent(*manager, onOwnThread);
   if (HasResult() && IsTestRun()) {
@@ -227,73 +227,73 @@ int QFThreadData::HandleCommand(int onOwnThread) {
   {
     const JobLock lock;
     m_pCommandParameter = nullptr;
-    LetThreadGo();
+    ReleaseThread();
   }
   if (manager) manager->End(this, onOwnThread);
   return 1;
 }
 
-// Whether others have deleted the record, or ended the job.
-bool QFThreadData::IsOver() const {
+// Whether another thread has deleted the record or ended the job.
+bool QFThreadData::HasEnded() const {
   const JobLock lock;
   return m_bGone || m_bEnded;
 }
 
-// Whether the command begins; terminating comes too late to prevent it then. On its own thread and without a handle the
-// job was terminated and ends here.
-QFThreadData::Begin QFThreadData::TakeOff(int onOwnThread) {
+// Decides whether the command runs; after kRun, terminating cannot prevent it any more. A job that has no handle on its
+// own thread was terminated and ends here.
+QFThreadData::StartResult QFThreadData::BeginCommand(int onOwnThread) {
   const JobLock lock;
-  if (m_bGone) return Begin::kOver;
+  if (m_bGone) return StartResult::kEnded;
   if (!onOwnThread) {
-    if (!m_hThread) m_bEnded = false;  // it may have run before
+    if (!m_hThread) m_bEnded = false;  // the record may have run before
   } else if (m_bEnded) {
-    return Begin::kOver;
+    return StartResult::kEnded;
   } else if (!m_hThread) {
     m_bEnded = true;
     m_eThreadStatus = eThreadTerminated;
-    StampEnd();
-    return Begin::kTerminated;
+    StoreEndTime();
+    return StartResult::kTerminated;
   }
   CurrentClock().systemTime(&m_StartTime);
-  return Begin::kRuns;
+  return StartResult::kRun;
 }
 
-// Calls the caller's HandleCommand. A parameter that it puts in the place of the present one is the record's when it
-// returns.
-QFeThreadStatus QFThreadData::AskCaller(QFeCommandType type) {
+// Calls the node's HandleCommand. If that changes param, the record takes the new parameter, unless another thread has
+// changed it meanwhile.
+QFeThreadStatus QFThreadData::CallNode(QFeCommandType type) {
   QFObject* caller = m_pCallingObject;
   if (!caller) return eThreadNotHandled;
-  void* const given = m_pCommandParameter;
-  void* param = given;
+  void* const before = m_pCommandParameter;
+  void* param = before;
   const QFeThreadStatus status = caller->HandleCommand(type, m_nCommandContextID, param);
-  if (param != given) {
+  if (param != before) {
     const JobLock lock;
-    void* expected = given;
+    void* expected = before;
     m_pCommandParameter.compare_exchange_strong(expected, param);
   }
   return status;
 }
 
-// Makes the command's result the status, unless the job was terminated. False if the job is over already. waits tells
-// whether it goes on until its child has ended; otherwise no child can report to it from here on.
-bool QFThreadData::TakeResult(QFeThreadStatus result, bool threw, bool& waits) {
+// Stores the command's result as the status, unless the job was terminated. Returns false if the job has already ended.
+// waits is set if the job stays open for a child; otherwise no child can report to it any more.
+bool QFThreadData::StoreResult(QFeThreadStatus result, bool threw, bool& waits) {
   const JobLock lock;
   if (m_bGone || m_bEnded) return false;
   if (threw || result == eThreadNotStarted) result = eThreadNotHandled;
   const bool open = m_eThreadEndType == eThreadEndWaitForChild && !threw;
   if (open && (result == eThreadDone || result == eThreadDoneKeepData)) result = eThreadWaitingForChild;
   QFeThreadStatus status = m_eThreadStatus;
-  // An exception counts even if the job was terminated: that is required.
+  // An exception sets status 5 even if the job was terminated; kept for existing modules.
   while ((threw || status != eThreadTerminated) && !m_eThreadStatus.compare_exchange_weak(status, result)) {
   }
   waits = open && result == eThreadWaitingForChild && m_eThreadStatus == eThreadWaitingForChild;
   m_bEnded = !waits;
-  StampEnd();  // in the same step: a child may end the job from here on, and its time holds
+  StoreEndTime();  // under the same lock, because a child may then end the job and set its own end time
   return true;
 }
 
-// Under the lock.
-void QFThreadData::StampEnd() {
+// Call under the lock.
+void QFThreadData::StoreEndTime() {
   CurrentClock().systemTime(&m_EndTime);
   m_tEndTime = CurrentClock().time();
 }
@@ -306,8 +306,8 @@ void QFThreadData::ReSetEndThreadTime(SYSTEMTIME& time, __time64_t& seconds) {
 
 // ---- parents and children
 
-// Runs on a child. It counts down for itself as well as for its parent, beside what OnDoneRunningThreadData does for
-// each: that is required.
+// Called on a child. Decrements the running count in addition to OnDoneRunningThreadData of child and parent; kept for
+// existing modules, which expect that count.
 void QFThreadData::ReportToParent(QFThreadBaseMgr& manager, int onOwnThread) {
   const HeldRecord parent = manager.FindPrevParentOwner(this, /*checkGroup=*/0);
   if (!parent) return;
@@ -315,7 +315,7 @@ void QFThreadData::ReportToParent(QFThreadBaseMgr& manager, int onOwnThread) {
   __time64_t seconds = 0;
   {
     const JobLock lock;
-    if (std::exchange(parent->m_bEnded, true)) return;  // it is just ending by itself
+    if (std::exchange(parent->m_bEnded, true)) return;  // the parent is ending by itself
     end = m_EndTime;
     seconds = m_tEndTime;
   }
@@ -328,7 +328,7 @@ void QFThreadData::ReportToParent(QFThreadBaseMgr& manager, int onOwnThread) {
 void QFThreadData::HandleChildDone(QFeThreadStatus childStatus) {
   if (m_hThread) {
     try {
-      AskCaller(eCommandChildDone);
+      CallNode(eCommandChildDone);
     } catch (...) {
       childStatus = eThreadNotHandled;
     }
@@ -336,7 +336,7 @@ void QFThreadData::HandleChildDone(QFeThreadStatus childStatus) {
   const JobLock lock;
   m_eThreadStatus = childStatus;
   m_pCommandParameter = nullptr;
-  LetThreadGo();
+  ReleaseThread();
 }
 
 // ---- suspending and terminating
@@ -361,7 +361,7 @@ QFeThreadStatus QFThreadData::ResumeThread() {
   return before;
 }
 
-// Null for a job that has its result: it would lose it. Under the lock.
+// Null for a job that has its result, because suspending would overwrite its status. Call under the lock.
 HANDLE QFThreadData::ThreadToSuspend() const {
   return m_bEnded || m_eThreadStatus == eThreadWaitingForChild ? nullptr : m_hThread.load();
 }
@@ -373,9 +373,9 @@ QFeThreadStatus QFThreadData::TerminateThread() {
     before = m_eThreadStatus;
     if (!m_hThread) return before;
     m_eThreadStatus = eThreadTerminated;
-    LetThreadGo();
+    ReleaseThread();
   }
-  AskCaller(eCommandTerminated);
+  CallNode(eCommandTerminated);
   return before;
 }
 
@@ -397,7 +397,7 @@ bool QFThreadData::IsSimilar(unsigned context, const void* param) const {
          !Link(mine)->HasGroupOf(*Link(param));
 }
 
-// Whether the job works on a target of that identifier.
+// Whether the job's link has that identifier A.
 bool QFThreadData::HasIdentifierA(const void* identifier) const {
   const void* param = m_pCommandParameter;
   return param && Link(param)->GetIdentifierA() == identifier;
@@ -410,7 +410,7 @@ bool QFThreadData::HasStatusIn(std::initializer_list<QFeThreadStatus> statuses) 
 
 int QFThreadData::GetIsThreadRunning() const { return HasStatusIn({eThreadRunning, eThreadSuspended}); }
 
-// Done, in whatever way.
+// Whether the job has ended, with any result.
 bool QFThreadData::IsDone() const {
   return HasStatusIn({eThreadDone, eThreadTerminated, eThreadNotHandled, eThreadDoneKeepData});
 }

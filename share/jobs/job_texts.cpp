@@ -1,4 +1,4 @@
-// What a job's record says of itself: progress, step, times.
+// The properties of a job's record as values and texts: status, progress, step, times.
 #include "platform/threads.h"
 #include "share/core/dump.h"
 #include "share/jobs/job_record.h"
@@ -19,7 +19,7 @@ CString TimeOfDay(__time64_t time) {
   return ClockText(unsigned(hour), unsigned(local.tm_min), unsigned(local.tm_sec));
 }
 
-// In units of 100 ns; 0 for a time that does not exist.
+// The time in units of 100 ns; 0 if it does not exist.
 LONGLONG Units(const SYSTEMTIME& time) {
   FILETIME file = {};
   SystemTimeToFileTime(&time, &file);

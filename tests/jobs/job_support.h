@@ -1,5 +1,5 @@
-// What the tests of jobs share: a clock that they step, a node whose command is a function, a manager that shows its
-// protected side and keeps a log of its hooks. Tests wait for one another's threads by semaphores, never by time.
+// Shared by the tests of jobs: a clock under the test's control, a node whose command is a function, and a manager that
+// exposes its protected operations and logs its hooks. Tests synchronise threads by semaphores, never by time.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -24,23 +24,23 @@ namespace kvtest {
 inline constexpr auto kPlain = QFeThreadType(0);
 inline constexpr auto kEnds = QFeThreadEndType(0);
 
-// Waits take no time, and those before a job's begin can be held. The time of day stands still.
+// A clock whose pauses take no time; the pause before a job can be held. The time of day changes only by SetTime.
 class StepClock {
  public:
   StepClock();
   ~StepClock();
 
-  // Jobs that start from now on don't begin before Open.
+  // Jobs that start after Hold begin only after Open.
   void Hold();
   void Open();
-  // So many threads are about to be started, and until none is left of them.
+  // Expect announces threads that are about to start; AwaitThreads waits until all of them have ended.
   void Expect(int threads = 1);
   void AwaitThreads();
 
-  std::vector<DWORD> Pauses();  // those that were not before a job's begin
+  std::vector<DWORD> Pauses();  // all except those before a job
   static void SetTime(SYSTEMTIME time, __time64_t seconds);
   std::function<void()> onPause;
-  std::atomic<int> yields = 0;  // ahead of each job's begin
+  std::atomic<int> yields = 0;  // before each job begins
 
  private:
   struct Alive;
@@ -69,7 +69,7 @@ class Log {
   std::vector<std::string> lines_;
 };
 
-// Runs what it is told to, and writes every call into a log if it has one.
+// A node whose command is a function. It logs every call if it has a log.
 class WorkNode : public QFObject {
  public:
   explicit WorkNode(LPCTSTR name = _T("node"), Log* log = nullptr) : log_(log) { ChangeName(name); }
@@ -147,7 +147,7 @@ class JobTest : public testing::Test {
   ~JobTest() override;
 
   void Set(LPCTSTR name, int value) { settings_.SetValue(name, value); }
-  // Asks for command 7 of the node; gives its record, which is the last.
+  // Requests a command of the node, 7 by default, and returns the last record, which is that of the new job.
   QFThreadData* Ask(WorkNode& node, void* param = nullptr, QFeThreadType type = kPlain,
                     QFeThreadEndType endType = kEnds, unsigned context = 7);
 
@@ -160,7 +160,7 @@ class JobTest : public testing::Test {
   QFSettingsKey settings_;
 };
 
-// A command that tells that it runs and waits to be let go.
+// A command that reports its start and then waits for a release.
 struct Blocker {
   explicit Blocker(WorkNode& node, QFeThreadStatus result = eThreadDone) {
     node.run = [this, result](void*&) {

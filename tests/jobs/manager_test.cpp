@@ -11,7 +11,7 @@ using testing::ElementsAre;
 
 class Manager : public JobTest {
  protected:
-  // So many jobs of one node each, none of which has begun.
+  // Starts that many jobs, one for each node; none of them begins.
   void Start(int count, unsigned context = 7) {
     clock.Hold();
     for (int i = 0; i < count; ++i) {
@@ -106,7 +106,7 @@ TEST_F(Manager, WaitsForMoreJobsThanASystemsCallTakes) {
   for (int i = 0; i < 70; ++i) EXPECT_TRUE(done.try_acquire());
 }
 
-// Nobody closes a job's handle, and they do not pile up.
+// Modules do not close the handles of jobs; the library closes them later.
 TEST_F(Manager, HandlesAreClosedLongAfterTheirJobs) {
   Start(1);
   const HANDLE first = manager.Record(0)->GetThreadHandle();
@@ -162,7 +162,7 @@ TEST_F(Manager, TerminatesTheLastOnlyIfItIsTheLastRequests) {
   EXPECT_EQ(manager.Record(0)->GetThreadStatus(), eThreadRunning);
 }
 
-// The second job is terminated first, and its status is then put back, as a command of the first may do.
+// The second job is terminated first; then the first job's command sets its status to running again.
 TEST_F(Manager, EndOfADocumentWaitsWithTheSectionHeldWhileJobsEnd) {
   WorkNode first(_T("first")), second(_T("second"));
   Blocker one(first), two(second);

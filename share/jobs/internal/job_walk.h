@@ -1,4 +1,4 @@
-// Walks over the manager's list, under the lock of share/objects/job_lock.h. Not public.
+// Walks over the manager's list. Call them under the lock of share/objects/job_lock.h.
 #pragma once
 
 #include <utility>
