@@ -1,8 +1,8 @@
-# Building on Linux: the system's libraries, and the flags that only its compiler and linker know. The root CMakeLists.txt
-# includes the file named like the system; another platform adds a file like this and a folder in platform/.
+# Building on Linux: the system's libraries and the flags of its compiler and linker. The root CMakeLists.txt includes the
+# file with the system's name; another platform adds such a file and a folder in platform/.
 #
-# It sets KV_SYSTEM_LIBRARIES for platform/, KV_ODBC_LIBRARIES for companions/database, KV_SQLITE_LIBRARY for what reads
-# the registry's files beside the library, and defines kv_library_flags, kv_layer_flags and kv_program_flags.
+# Sets KV_SYSTEM_LIBRARIES for platform/, KV_ODBC_LIBRARIES for companions/database, KV_SQLITE_LIBRARY for targets that
+# read the registry's files directly, and defines kv_library_flags, kv_layer_flags and kv_program_flags.
 
 pkg_check_modules(SQLITE REQUIRED IMPORTED_TARGET sqlite3)
 pkg_check_modules(ODBC REQUIRED IMPORTED_TARGET odbc odbcinst)
@@ -20,7 +20,7 @@ check_pie_supported()
 if(KV_HARDENING)
   target_compile_options(kv_options INTERFACE -fstack-protector-strong)
   target_link_options(kv_options INTERFACE -Wl,-z,relro -Wl,-z,now)
-  # The checked calls need an optimising build, and the sanitizers check the same calls better.
+  # The checked calls need an optimised build. The sanitizers check these calls themselves.
   if(CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT KV_SANITIZE)
     set(CMAKE_REQUIRED_FLAGS "-O2 -Werror -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3")
     check_cxx_source_compiles("#include <string.h>\nint main() { return 0; }" KV_HAS_FORTIFY_3)
@@ -31,22 +31,22 @@ endif()
 
 # ---- the shared library, its layers, programs
 
-# The sources of one layer, by its name.
+# The flags of one layer.
 function(kv_layer_flags target layer)
   target_compile_options(${target} PRIVATE -fno-semantic-interposition)
   if(layer STREQUAL "companions")
-    target_compile_options(${target} PRIVATE -fno-plt)  # the XML parser's accessors are called by the million
+    target_compile_options(${target} PRIVATE -fno-plt)  # the XML parser's accessors are called millions of times
   endif()
 endfunction()
 
 function(kv_library_flags target)
   target_link_options(${target} PRIVATE -Wl,-Bsymbolic-functions)  # calls inside the library skip the import table
-  if(NOT KV_SANITIZE)  # the sanitizers' runtime may be in the program only
+  if(NOT KV_SANITIZE)  # the sanitizers' runtime is linked only to the program
     target_link_options(${target} PRIVATE -Wl,-z,defs)
   endif()
 endfunction()
 
-# An installed program finds the library by RUNPATH, which LD_LIBRARY_PATH precedes.
+# An installed program finds the library by RUNPATH; LD_LIBRARY_PATH has priority.
 function(kv_program_flags target)
   set_target_properties(${target} PROPERTIES BUILD_RPATH_USE_ORIGIN ON INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
   target_link_options(${target} PRIVATE -Wl,--enable-new-dtags)

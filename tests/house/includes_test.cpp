@@ -1,4 +1,4 @@
-// Includes point down only, and what belongs to one operating system stays in the platform layer.
+// Rules for all sources: includes point down only, and code for an operating system is only in the platform layer.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -14,12 +14,12 @@ namespace fs = std::filesystem;
 
 const std::vector<std::string> kLayers = {"platform", "framework", "companions", "share", "host"};
 
-// A line of a source, and how it is told: the file relative to the root, with slashes, and the line's number.
+// A line of a source. The file is relative to the root, with slashes; place is "file:line".
 struct Line {
   std::string file, place, text;
 };
 
-// Every line of the layers that the expression is found in, with what its first two groups are.
+// All lines of the layers that match the expression, with the match.
 std::vector<std::pair<Line, std::smatch>> Matches(const std::regex& expression) {
   static const std::vector<Line> lines = [] {
     std::vector<Line> all;
