@@ -44,10 +44,11 @@
 //
 // CANCELLING. Terminating a job sets status 4 and removes thread id and handle from the record; it does not stop the
 // thread. A job that has not begun never runs its command. A running command continues until it returns. It learns of
-// the termination by HandleCommand(1) and by GetThreadStatus of its record. IsUserJobCancelled asks the main module and
-// does not look at the record. A later result does not replace status 4, but an exception in the command sets 5; kept
-// for existing modules. The thread may therefore run longer than the status says, and longer than the waits below,
-// which test status and handle.
+// the termination by HandleCommand(1), by FindThreadDataForCurrentThread, which returns null from then on, and by
+// GetThreadStatus of its record if it has kept the pointer. IsUserJobCancelled asks the main module and does not look
+// at the record. A later result does not replace status 4, but an exception in the command sets 5; kept for existing
+// modules. The thread may run longer than the status says, and longer than the waits below, which test status and
+// handle.
 //
 // SUSPENDING. A suspended job stops when it next enters the library: in QFProgressCallback, IsUserJobCancelled,
 // GetThreadStatus, SetActionString or SetActionProgress, before its command begins, or after it has returned. It stops
@@ -74,7 +75,7 @@
 // HandleCommand(2). This is the nearest record, not necessarily the job that requested the child: a request of another
 // thread may come between the two. Request the child directly after its parent, and let no other thread request jobs
 // between. A child that is faster than its parent ends the running parent too.
-//   Each such report on a child's own thread counts the running jobs down once more than jobs were started, so
+//   Each report of a child that runs on its own thread decrements the count of running jobs once too often, so
 // IsAnyThreadsRunningOrWaiting(null) may return 0 while a job runs; kept for existing modules. Pass a document instead.
 //
 // LOCKS. m_CriticalSection is recursive. Operations that say so hold it, also while they call hooks and

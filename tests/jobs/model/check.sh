@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Checks record_life.pml in every interleaving, with so many operations of the user's thread; says how many states there
-# were. Any violation, and a search that is not complete, fails.
+# Checks record_life.pml in all interleavings with that many operations of the user's thread (default 3), and prints the
+# number of states. Fails on any violation and if the search is not complete.
 #   check.sh [OPERATIONS]
 set -euo pipefail
 model=$(cd "$(dirname "$0")" && pwd)/record_life.pml

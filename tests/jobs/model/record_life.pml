@@ -1,10 +1,10 @@
-/* The life of two job records, a parent (0) and its child (1), between their threads and a user's thread that
- * terminates, suspends, resumes and deletes them in any order. The steps are those of share/jobs/job_record.cpp and
- * job_manager.cpp; what happens there under the short lock is one atomic step here.
+/* The life of two job records, a parent (0) and its child (1), with their threads and a user's thread that terminates,
+ * suspends, resumes and deletes them in any order. The steps are those of share/jobs/job_record.cpp and
+ * job_manager.cpp; each section under the short lock there is one atomic step here.
  *
- * Checked in every interleaving: nobody touches a record that was freed, none is freed twice or stays behind, the
- * command of a job that was terminated or deleted ahead of its begin does not run, a job's end is taken once, a waiting
- * parent is woken by its child, the running count adds up, and nobody waits for ever (no invalid end state).
+ * Checked in every interleaving: no freed record is used, each record is freed exactly once, a job that was terminated
+ * or deleted before it began does not run its command, each job ends once, a waiting parent is ended by its child, the
+ * running count is correct, and no thread waits for ever (no invalid end state).
  */
 #define PARENT 0
 #define CHILD 1
@@ -16,15 +16,15 @@
 
 byte status[2];
 bool handle[2], gone[2], ended[2], inList[2], counted[2], freed[2], left[2];
-bool mayRun[2] = true;      /* false once it was terminated or deleted before its begin */
-bool begun[2], over[2];     /* the thread has passed its begin, has ended */
+bool mayRun[2] = true;      /* false if it was terminated or deleted before it began */
+bool begun[2], over[2];     /* the job has begun; the thread has ended */
 bool suspended[2];
 byte holds[2];
-byte ends[2];               /* how often the end was taken: by itself or by a child */
-int count, reports;         /* running jobs; ends that a child brought to its parent */
+byte ends[2];               /* how often the job was ended: by itself or by a child */
+int count, reports;         /* running jobs; parents ended by a child */
 bool section;
 bool reported;              /* the child has looked for its parent */
-bool childDeleted;          /* ahead of that */
+bool childDeleted;          /* before that */
 
 #define TOUCH(r) assert(!freed[r])
 #define LOCK atomic { !section -> section = true }
@@ -32,7 +32,7 @@ bool childDeleted;          /* ahead of that */
 #define RELEASE(r) atomic { TOUCH(r); assert(holds[r] > 0); holds[r]--; freed[r] = (holds[r] == 0) }
 #define LET_GO(r) handle[r] = false; suspended[r] = false
 
-/* Of the record's owner: out of the list, then the thread let go, then the owner's hold given back. */
+/* By the record's owner: removes it from the list, releases the thread, then releases the owner's reference. */
 inline Destroy(r) {
   LOCK;
   TOUCH(r);
@@ -47,7 +47,7 @@ inline Destroy(r) {
   UNLOCK
 }
 
-/* On a job's own thread: the hook's part is the count and the deletion. The record is held. */
+/* On a job's own thread, which has a reference. The hook counts and deletes. */
 inline End(r) {
   TOUCH(r);
   if
@@ -122,7 +122,7 @@ out:
   RELEASE(r)
 }
 
-/* A request that both jobs have been made by, then so many operations, then what a document's end does. */
+/* Both jobs exist. Performs OPERATIONS operations, then the steps at the end of a document. */
 inline Terminate(r) {
   atomic { if :: inList[r] -> TOUCH(r); holds[r]++; held = true :: else -> held = false fi };
   if
@@ -191,7 +191,7 @@ init {
       handle[r] = true;
       inList[r] = true;
       counted[r] = true;
-      holds[r] = 2;  /* the list's and the thread's */
+      holds[r] = 2;  /* of the list and of the thread */
       count++
     }
     run Job(PARENT);
