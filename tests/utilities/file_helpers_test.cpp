@@ -6,14 +6,15 @@
 #include <cstring>
 #include <ctime>
 
-#include "platform/paths.h"
 #include "platform/process.h"
 #include "share/env/app_env.h"
-#include "tests/scratch.h"
+#include "tests/utilities/files_fixture.h"
 
 namespace {
 
-TEST(FileHelpers, PathIsSplitAtItsLastSeparatorAndPoint) {
+using FileHelpers = kvtest::FilesTest;
+
+TEST_F(FileHelpers, PathIsSplitAtItsLastSeparatorAndPoint) {
   const CString long_folder = CString(u'\\') + CString(u'f', 300) + u'\\';
   const CString long_name(u'n', 300);
   const struct {
@@ -28,12 +29,12 @@ TEST(FileHelpers, PathIsSplitAtItsLastSeparatorAndPoint) {
       {_T("D:") + long_folder + long_name + _T(".x"), _T("D:"), long_folder, long_name, _T(".x")},
   };
   for (const auto& row : rows) {
-    CString drive, folder, name, extension;
-    EXPECT_EQ(ExtractPathAndFileName(row.path, drive, folder, name, extension), 1);
-    EXPECT_EQ(drive + u'|' + folder + u'|' + name + u'|' + extension,
+    CString drive, directory, name, extension;
+    EXPECT_EQ(ExtractPathAndFileName(row.path, drive, directory, name, extension), 1);
+    EXPECT_EQ(drive + u'|' + directory + u'|' + name + u'|' + extension,
               row.drive + u'|' + row.folder + u'|' + row.name + u'|' + row.extension);
-    EXPECT_EQ(GetDirectoryName(row.path, folder), 1);
-    EXPECT_EQ(folder, row.drive + row.folder);
+    EXPECT_EQ(GetDirectoryName(row.path, directory), 1);
+    EXPECT_EQ(directory, row.drive + row.folder);
   }
   CString kept = _T("kept");
   EXPECT_EQ(ExtractPathAndFileName(CString(), kept, kept, kept, kept), 0);
@@ -41,11 +42,10 @@ TEST(FileHelpers, PathIsSplitAtItsLastSeparatorAndPoint) {
   EXPECT_EQ(kept, _T("kept"));
 }
 
-TEST(FileHelpers, FileIsFoundInItsFoldersList) {
-  kvtest::ScratchFolder folder;
+TEST_F(FileHelpers, FileIsFoundInItsFoldersList) {
   folder.Write("File.txt", "x");
-  std::filesystem::create_directory(folder.Path() / "sub");
-  const CString place(ProductPathFromSystem(folder.Path().string()).c_str());
+  std::filesystem::create_directory(On("sub"));
+  const CString place = At("").TrimRight(_T("\\"));
   EXPECT_EQ(DoesFileExistAtGivenPath(place + _T("\\FILE.TXT")), 1);
   for (LPCTSTR missing : {_T("\\File"), _T("\\sub"), _T("\\none\\File.txt"), _T("\\"), _T("\\..")})
     EXPECT_EQ(DoesFileExistAtGivenPath(place + missing), 0) << ToUtf8(CString(missing));
@@ -53,9 +53,8 @@ TEST(FileHelpers, FileIsFoundInItsFoldersList) {
     EXPECT_EQ(DoesFileExistAtGivenPath(part), 0);
 }
 
-TEST(FileHelpers, TemporaryNamesAreNewFiles) {
-  kvtest::ScratchFolder folder;
-  const CString place(ProductPathFromSystem(folder.Path().string()).c_str());
+TEST_F(FileHelpers, TemporaryNamesAreNewFiles) {
+  const CString place = At("").TrimRight(_T("\\"));
   CString a;
   CString b;
   EXPECT_EQ(CreateTempFileName(place, _T("kvtest"), a), 1);
@@ -66,7 +65,7 @@ TEST(FileHelpers, TemporaryNamesAreNewFiles) {
   EXPECT_EQ(CreateTempFileName(place + _T("\\none"), _T("kvtest"), b), 0);
 }
 
-TEST(FileHelpers, ToolPathMovesToThisInstallation) {
+TEST_F(FileHelpers, ToolPathMovesToThisInstallation) {
   const CString data = AppEnv()->GetKVDataPath();
   CString result = _T("kept");
   EXPECT_EQ(GetCorrectToolFilePath(_T("D:\\Old\\Tooling\\Mill\\Tooling.x"), result), 1);
@@ -77,7 +76,7 @@ TEST(FileHelpers, ToolPathMovesToThisInstallation) {
   EXPECT_EQ(result, _T("kept"));
 }
 
-TEST(FileHelpers, OnlyAsciiLettersAndDigitsArePlain) {
+TEST_F(FileHelpers, OnlyAsciiLettersAndDigitsArePlain) {
   for (int c = 1; c < 128; ++c) {
     const bool plain = std::isalnum(c) || std::strchr("^&@{}[],$=!_#()%.+~`-", c);
     EXPECT_EQ(HasSpecialCharacters(CString(TCHAR(c))), !plain) << c;
@@ -89,7 +88,7 @@ TEST(FileHelpers, OnlyAsciiLettersAndDigitsArePlain) {
   EXPECT_EQ(RemoveSpecialCharacters(_T("Tool-\u00C9 No. 5\u4E00b")), _T("toolno5b"));
 }
 
-TEST(FileHelpers, FileTimesHaveTheYearFirst) {
+TEST_F(FileHelpers, FileTimesHaveTheYearFirst) {
   const FILETIME time = {DWORD(133537247989876540), DWORD(133537247989876540 >> 32)};
   EXPECT_EQ(Convert_FILETIME_ToString(time), _T("2024-02-29 23:59:58"));
   EXPECT_EQ(Convert_FILETIME_ToString({0, 0x80000000}), _T(""));

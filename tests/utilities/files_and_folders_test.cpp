@@ -3,46 +3,15 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/files.h"
 #include "platform/process.h"
 #include "share/utilities/file_helpers.h"
-#include "tests/scratch.h"
+#include "tests/utilities/files_fixture.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-class FilesAndFolders : public testing::Test {
- protected:
-  CString At(const std::string& name) const {
-    return CString(ProductPathFromSystem((folder.Path() / name).string()).c_str());
-  }
-  fs::path On(const std::string& name) const { return folder.Path() / name; }
-
-  // The sorted content of a folder: "folder/ folder/file=content ".
-  std::string Tree(const std::string& name) const {
-    std::vector<std::string> entries;
-    for (const auto& entry : fs::recursive_directory_iterator(On(name))) {
-      const std::string path = fs::relative(entry.path(), On(name)).string();
-      entries.push_back(entry.is_directory() ? path + "/" : path + "=" + kvtest::ReadFile(entry.path()));
-    }
-    std::sort(entries.begin(), entries.end());
-    return Joined(entries);
-  }
-  static std::string Joined(const std::vector<std::string>& parts) {
-    std::string text;
-    for (const std::string& part : parts) text += part + " ";
-    return text;
-  }
-  static std::string Joined(const CList<CString>& names) {
-    std::string text;
-    for (POSITION at = names.GetHeadPosition(); at;) text += ToUtf8(names.GetNext(at)) + " ";
-    return text;
-  }
-
-  kvtest::ScratchFolder folder;
-  QFFileAndFolderUtilities files;
-};
+using FilesAndFolders = kvtest::FilesTest;
 
 TEST_F(FilesAndFolders, FolderIsMadeOneLevelDeep) {
   CString one = At("one");

@@ -3,40 +3,30 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/paths.h"
 #include "share/core/registry_keys.h"
 #include "tests/registry_calls.h"
+#include "tests/utilities/files_fixture.h"
 
 namespace {
 
 using namespace std::string_literals;
 
-class IniHandlers : public testing::Test {
+class IniHandlers : public kvtest::FilesTest {
  protected:
-  CString At(const std::string& name) const {
-    return CString(ProductPathFromSystem((folder.Path() / name).string()).c_str());
-  }
-  static std::string Shown(const CList<CString>& list) {
-    std::string text;
-    for (POSITION at = list.GetHeadPosition(); at;) text += ToUtf8(list.GetNext(at)) + '|';
-    return text;
-  }
   static void PutDataPath(HKEY hive, const CString& path) {
     kvtest::Put(hive, kVersionKey, _T("KVDataPath"), {REG_SZ, kvtest::Wide(kvtest::Text(path) + u'\0')});
   }
-
-  const kvtest::ScratchFolder folder;
 };
 
 TEST_F(IniHandlers, ShopFloorEmptiesItsFileAndWritesUtf16) {
   folder.Write("f.ini", "[old]\nk=1\n");
   QFShopFloorINIHandler handler(At("f.ini"));
-  EXPECT_EQ(kvtest::ReadFile(folder.Path() / "f.ini"), "\xFF\xFE");
+  EXPECT_EQ(Bytes("f.ini"), "\xFF\xFE");
   handler.SetValue(_T("A"), _T("k"), _T("€"));
-  EXPECT_EQ(kvtest::ReadFile(folder.Path() / "f.ini"), "\xFF\xFE[\0A\0]\0\r\0\n\0k\0=\0\xAC\x20\r\0\n\0"s);
+  EXPECT_EQ(Bytes("f.ini"), "\xFF\xFE[\0A\0]\0\r\0\n\0k\0=\0\xAC\x20\r\0\n\0"s);
   EXPECT_EQ(ToUtf8(handler.GetValue(_T("a"), _T("K"))), "€");
   handler.SetINIFileName(At("g.ini"));
-  EXPECT_EQ(kvtest::ReadFile(folder.Path() / "g.ini"), "\xFF\xFE");
+  EXPECT_EQ(Bytes("g.ini"), "\xFF\xFE");
   EXPECT_EQ(ToUtf8(handler.GetValue(_T("a"), _T("K"))), "");
 }
 
@@ -49,21 +39,21 @@ TEST_F(IniHandlers, NumbersAreWrittenInTheirFormats) {
   } rows[] = {{1234567, "1.23457e+06"}, {123456, "123456"}, {-0.00001, "-1e-05"}, {1.0 / 3, "0.333333"}};
   for (const auto& row : rows) {
     handler.SetValue(_T("A"), _T("d"), row.value);
-    EXPECT_EQ(kvtest::ReadFile(folder.Path() / "f.ini"), "[A]\r\nint=-2147483648\r\nd="s + row.wanted + "\r\n");
+    EXPECT_EQ(Bytes("f.ini"), "[A]\r\nint=-2147483648\r\nd="s + row.wanted + "\r\n");
   }
 }
 
 TEST_F(IniHandlers, ListsAndRemovesSections) {
   folder.Write("f.ini", "[A]\nk=1\nl=2\n;c\n[b]\nm=3\n[A]\nn=4\n");
   QFTBMINIHandler handler(At("f.ini"));
-  EXPECT_EQ(kvtest::ReadFile(folder.Path() / "f.ini").size(), 31U) << "this handler empties nothing";
+  EXPECT_EQ(Bytes("f.ini").size(), 31U) << "this handler empties nothing";
   CList<CString> list;
   list.AddTail(_T("before"));
   handler.GetSections(list);
   handler.GetKeys(_T("a"), list);
-  EXPECT_EQ(Shown(list), "before|A|b|A|k|l|");
+  EXPECT_EQ(Joined(list), "before A b A k l ");
   handler.RemoveSection(_T("a"));
-  EXPECT_EQ(kvtest::ReadFile(folder.Path() / "f.ini"), "[b]\nm=3\n[A]\nn=4\n");
+  EXPECT_EQ(Bytes("f.ini"), "[b]\nm=3\n[A]\nn=4\n");
   EXPECT_EQ(ToUtf8(handler.GetValue(_T("b"), _T("none"))), "");
 }
 
@@ -90,7 +80,7 @@ TEST_F(IniHandlers, WithoutANameNothingHappens) {
   CList<CString> list;
   handler.GetSections(list);
   handler.GetKeys(_T("A"), list);
-  EXPECT_EQ(Shown(list), "");
+  EXPECT_EQ(Joined(list), "");
   EXPECT_EQ(ToUtf8(handler.GetValue(_T("A"), _T("k"))), "");
   EXPECT_EQ(handler.GetFileVersion(CString()), 0.0);
   EXPECT_TRUE(std::filesystem::is_empty(folder.Path()));
@@ -120,7 +110,7 @@ TEST_F(IniHandlers, FileVersionFollowsFromTheFirstCondition) {
   handler.SetINIFileName(_T("t.ini"));
   EXPECT_FALSE(std::filesystem::exists(folder.Path() / "user/KVTBM/t.ini"));
   handler.SetValue(_T("A"), _T("k"), 1);
-  EXPECT_EQ(kvtest::ReadFile(folder.Path() / "user/KVTBM/t.ini"), "[A]\r\nk=1\r\n");
+  EXPECT_EQ(Bytes("user/KVTBM/t.ini"), "[A]\r\nk=1\r\n");
   RegDeleteTreeW(HKEY_CURRENT_USER, kVersionKey);
   RegDeleteTreeW(HKEY_LOCAL_MACHINE, kVersionKey);
 }

@@ -4,12 +4,10 @@
 #include <sched.h>
 #include <sys/mount.h>
 
-#include "platform/paths.h"
 #include "share/utilities/ascii_file_browse.h"
 #include "share/utilities/file_helpers.h"
-#include "share/utilities/files_and_folders.h"
 #include "tests/child_process.h"
-#include "tests/scratch.h"
+#include "tests/utilities/files_fixture.h"
 
 namespace {
 
@@ -17,13 +15,8 @@ namespace fs = std::filesystem;
 
 constexpr int kCannot = 77;  // exit code of a child that cannot set up the case
 
-class HostileFiles : public testing::Test {
+class HostileFiles : public kvtest::FilesTest {
  protected:
-  CString At(const std::string& name) const {
-    return CString(ProductPathFromSystem((folder.Path() / name).string()).c_str());
-  }
-  fs::path On(const std::string& name) const { return folder.Path() / name; }
-
   // Runs the body in a child process and fails if its expectations fail. False if the child could not set up the case.
   static bool InChild(const std::function<bool()>& body) {
     const pid_t child = fork();
@@ -38,18 +31,6 @@ class HostileFiles : public testing::Test {
     return unshare(CLONE_NEWNS) == 0 && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
            mount("tmpfs", On(name).c_str(), "tmpfs", 0, size) == 0;
   }
-  static std::string Names(const fs::path& path) {
-    std::vector<std::string> names;
-    for (const auto& entry : fs::recursive_directory_iterator(path))
-      names.push_back(fs::relative(entry, path).string());
-    std::sort(names.begin(), names.end());
-    std::string all;
-    for (const std::string& name : names) all += name + " ";
-    return all;
-  }
-
-  kvtest::ScratchFolder folder;
-  QFFileAndFolderUtilities files;
 };
 
 TEST_F(HostileFiles, FullDiskLeavesNothingHalfWritten) {
@@ -60,9 +41,7 @@ TEST_F(HostileFiles, FullDiskLeavesNothingHalfWritten) {
     if (!MountSmall("disk", "size=1m")) return false;
     folder.Write("disk/to/big", "old");
     EXPECT_EQ(files.CopyDirectoryWithContents(At("from"), At("disk/to")), 0);
-    EXPECT_EQ(Names(On("disk")), "to to/a_small to/big to/sub to/sub/small ");
-    EXPECT_EQ(kvtest::ReadFile(On("disk/to/big")), "old");
-    EXPECT_EQ(kvtest::ReadFile(On("disk/to/sub/small")), "small");
+    EXPECT_EQ(Tree("disk"), "to/ to/a_small=small to/big=old to/sub/ to/sub/small=small ");
     return true;
   });
   if (!mounted) GTEST_SKIP() << "this user may not mount a small disk";
@@ -90,7 +69,7 @@ TEST_F(HostileFiles, FolderWithoutRightsIsLeftAlone) {
     EXPECT_EQ(files.CopyDirectoryWithContents(At("shut"), At("new")), 0);
     EXPECT_FALSE(fs::exists(On("new")));
     EXPECT_EQ(files.CopyDirectoryWithContents(At("mine"), At("new")), 0);
-    EXPECT_EQ(Names(On("new")), "own shut ");
+    EXPECT_EQ(Tree("new"), "own=x shut/ ");
     EXPECT_EQ(files.CopyDirectoryWithContents(At("new"), At("read")), 0);
     CString read = At("read");
     CString mine = At("mine");
@@ -103,7 +82,8 @@ TEST_F(HostileFiles, FolderWithoutRightsIsLeftAlone) {
   });
   for (const char* shut : {"shut", "mine/shut"}) fs::permissions(On(shut), fs::perms(0755));
   if (!changed) GTEST_SKIP() << "this process can't give up its rights";
-  EXPECT_EQ(Names(folder.Path()), "mine mine/shut mine/shut/file new new/own new/shut read read/file shut shut/file ");
+  EXPECT_EQ(Tree(""),
+            "mine/ mine/shut/ mine/shut/file=x new/ new/own=x new/shut/ read/ read/file=x shut/ shut/file=x ");
 }
 
 TEST_F(HostileFiles, NamesTooLongFailAndPathsUpwardsWork) {
@@ -117,7 +97,7 @@ TEST_F(HostileFiles, NamesTooLongFailAndPathsUpwardsWork) {
   EXPECT_EQ(DoesFileExistAtGivenPath(up + _T("\\..\\a\\file")), 1);
   EXPECT_EQ(files.CopyDirectoryWithContents(At("a"), up + _T("\\..\\d")), 1);
   EXPECT_EQ(files.DeleteDirectory(up), 1);
-  EXPECT_EQ(Names(folder.Path()), "a a/file d d/file ");
+  EXPECT_EQ(Tree(""), "a/ a/file=x d/ d/file=x ");
 }
 
 }  // namespace

@@ -57,12 +57,9 @@ TEST(RoundOff, HalvesGoDownTwice) {
   } rows[] = {
       {1e-6, 2147483646.123456, 2147483646.12346},
       // Exact halves: the first rounding is to RESABS, the second to 10 * RESABS.
-      {0.5, 0.25, 0},
-      {0.5, 3.0, 5},    // 6, 0.6, 1
       {0.5, 2.75, 0},   // 5.5, 5, 0.5, 0
       {0.5, 2.875, 5},  // 5.75, 6, 0.6, 1
       {0.125, 3, 2.5},  // 1 is no whole number of steps
-      {0.125, 0.75, 1.25},
   };
   for (const auto& row : rows) {
     const Tolerance tolerance(row.tolerance);
@@ -105,8 +102,7 @@ TEST(RoundOff, HostileValuesAndTolerancesLeaveTheValue) {
 }
 
 TEST(Narrowing, LargeSizesAreMinusOne) {
-  const std::pair<ULONGLONG, int> rows[] = {
-      {0, 0}, {0x7FFFFFFF, 2147483647}, {0x80000000, -1}, {0x100000000, -1}, {~0ull, -1}};
+  const std::pair<ULONGLONG, int> rows[] = {{0, 0}, {0x7FFFFFFF, 2147483647}, {0x80000000, -1}, {~0ull, -1}};
   for (const auto& [value, wanted] : rows) EXPECT_EQ(size_t2int(value), wanted) << value;
 }
 

@@ -5,14 +5,11 @@
 #include <sys/stat.h>
 
 #include "companions/database/connection_strings.h"
-#include "platform/paths.h"
-#include "tests/scratch.h"
+#include "tests/utilities/files_fixture.h"
 
 namespace {
 
-CString Product(const std::filesystem::path& path) { return ProductPathFromSystem(path.string()).c_str(); }
-
-class TechDBConfigFile : public testing::Test {
+class TechDBConfigFile : public kvtest::FilesTest {
  protected:
   // Reads a file that lists these settings.
   int Read(const std::string& settings) {
@@ -20,15 +17,14 @@ class TechDBConfigFile : public testing::Test {
   }
   int ReadFile(const std::string& bytes) {
     info_.ClearTechDBInfo();
-    folder_.Write("database.config", bytes);
+    folder.Write("database.config", bytes);
     return ReadTechDBConfig(Folder(), Folder() + _T("TechDB.kvdb"), info_);
   }
   int Write() { return WriteTechDBConfig(Folder(), info_); }
-  CString Folder() const { return Product(folder_.Path()) + _T("\\"); }
-  std::string Bytes() const { return kvtest::ReadFile(folder_.Path() / "database.config"); }
+  CString Folder() const { return At(""); }
+  std::string Bytes() const { return FilesTest::Bytes("database.config"); }
   const QFTechDBConfigData& Entry(int i) const { return *info_.GetTechDBConfigData(i); }
 
-  const kvtest::ScratchFolder folder_;
   QFTechDBConfigInfo info_;
 };
 
@@ -100,7 +96,7 @@ TEST_F(TechDBConfigFile, WithoutItTheDeliveredDatabaseIsTheOne) {
   const CString delivered = Folder() + _T("TechDB.kvdb");
   EXPECT_EQ(ReadTechDBConfig(Folder(), delivered, info_), 0);
   EXPECT_EQ(info_.GetCount(), 0);
-  folder_.Write("TechDB.kvdb", "");
+  folder.Write("TechDB.kvdb", "");
   ASSERT_EQ(ReadTechDBConfig(Folder(), delivered, info_), 1);
   ASSERT_EQ(info_.GetCount(), 1);
   EXPECT_EQ(Entry(0).GetDatabaseType(), QF_TECHDB_SQLITE);
@@ -172,7 +168,7 @@ TEST_F(TechDBConfigFile, WritesOnlyIntoTheListsOwnFile) {
 TEST_F(TechDBConfigFile, AFileThatMayNotBeWrittenStays) {
   ASSERT_EQ(Read("<!--c--><setting databaseType='sqlite'><filePath>a</filePath></setting>"), 1);
   const std::string before = Bytes();
-  ASSERT_EQ(chmod((folder_.Path() / "database.config").c_str(), 0444), 0);
+  ASSERT_EQ(chmod(On("database.config").c_str(), 0444), 0);
   info_.GetTechDBConfigData(0)->SetActiveFlag(0);
   EXPECT_EQ(Write(), 0);
   EXPECT_EQ(Bytes(), before);

@@ -3,21 +3,20 @@
 
 #include <cmath>
 
-#include "platform/paths.h"
 #include "share/utilities/ascii_file_browse.h"
 #include "share/utilities/csv_reader.h"
-#include "tests/scratch.h"
+#include "tests/utilities/files_fixture.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-class TextReaders : public testing::Test {
+class TextReaders : public kvtest::FilesTest {
  protected:
   CString Write(const std::string& name, const std::string& bytes) {
-    return CString(ProductPathFromSystem(folder.Write(name, bytes).string()).c_str());
+    folder.Write(name, bytes);
+    return At(name);
   }
-  kvtest::ScratchFolder folder{kvtest::FastFolder()};  // fast for a sparse file of 4 GiB
 };
 
 // All lines of the file, in brackets.
@@ -86,24 +85,11 @@ TEST_F(TextReaders, SizeIsReadOncePerPath) {
   EXPECT_EQ(file.GetFileSize(), 5u);
   Write("a", "1234567");
   EXPECT_EQ(file.GetFileSize(), 5u);
-  file.SetFilePath(CString(ProductPathFromSystem(folder.Path().string()).c_str()));
+  file.SetFilePath(At(""));
   EXPECT_EQ(file.GetFileSize(), ~0ULL) << "a folder has none";
+  fs::resize_file(On("a"), std::uintmax_t(4) << 30);  // a sparse file
   file.SetFilePath(path);
-  EXPECT_EQ(file.GetFileSize(), 7u);
-}
-
-TEST_F(TextReaders, LineOfFourGigabytesComesInPieces) {
-  const CString path = Write("huge", "begin");
-  fs::resize_file(folder.Path() / "huge", std::uintmax_t(4) << 30);  // a sparse file of NULs
-  std::ofstream(folder.Path() / "huge", std::ios::app) << "\nend\n";
-  QFAsciFileBrowse file;
-  file.SetFilePath(path);
-  EXPECT_EQ(file.GetFileSize(), (4ULL << 30) + 5);
-  CString line;
-  EXPECT_EQ(file.GetNextLine(line), 1);
-  EXPECT_EQ(line, _T("begin"));
-  EXPECT_EQ(file.GetNextLine(line), 1);
-  EXPECT_EQ(line, _T(""));
+  EXPECT_EQ(file.GetFileSize(), 4ULL << 30);
 }
 
 TEST_F(TextReaders, CellsAreAddressedByLetterAndNumber) {
