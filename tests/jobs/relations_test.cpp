@@ -1,6 +1,4 @@
 // Relations between jobs: repeats, similar jobs, parents and children; and the record's texts.
-#include <fmt/format.h>
-
 #include <cstdlib>
 
 #include "platform/process.h"
@@ -168,21 +166,18 @@ TEST_F(Relations, TextsShowLocalTimesDurationProgressAndCaller) {
 
 TEST_F(Relations, TestRunsGiveTheNodeTheTimeTaken) {
   SetEnvironmentVariableW(_T("KV_TEST_ENV"), _T("YES"));
-  WorkNode done, failed;
-  done.run = AnHourFor(eThreadDone);
-  failed.run = AnHourFor(eThreadNotHandled);
-  Ask(done);
-  clock.AwaitThreads();
-  EXPECT_EQ(done.GetTimeTakenForGTP(), _T("01:02:05"));
-  StepClock::SetTime({2024, 5, 3, 17, 12, 0, 0, 0}, 1715947200);
-  Ask(failed);
-  clock.AwaitThreads();
-  EXPECT_EQ(failed.GetTimeTakenForGTP(), _T(""));
+  for (const auto& [result, taken] : {std::pair{eThreadDone, _T("01:02:05")}, {eThreadNotHandled, _T("")}}) {
+    WorkNode node;
+    node.run = AnHourFor(result);
+    StepClock::SetTime({2024, 5, 3, 17, 12, 0, 0, 0}, 1715947200);
+    Ask(node);
+    clock.AwaitThreads();
+    EXPECT_EQ(node.GetTimeTakenForGTP(), taken);
+  }
   SetEnvironmentVariableW(_T("KV_TEST_ENV"), nullptr);
 }
 
 TEST_F(Relations, DumpsItsFields) {
-  const auto hex = [](const void* address) { return fmt::format("{:x}", reinterpret_cast<std::uintptr_t>(address)); };
   WorkNode node;
   QFThreadDataLink link;
   node.run = AnHourFor(eThreadDoneKeepData);
@@ -191,7 +186,7 @@ TEST_F(Relations, DumpsItsFields) {
   data->SetActionString(_T("Bohren %s \u00FC"));
   data->SetActionProgress(45);
   data->DumpData(nullptr);
-  const std::string expected = DumpBanner("QFThreadData Start") + "\n Address of m_pDocument: " + hex(&document_) +
+  const std::string expected = DumpBanner("QFThreadData Start") + "\n Address of m_pDocument: " + Address(&document_) +
                                "\n m_dwThreadID: 0"
                                "\n m_hThread: 0"
                                "\n m_eThreadStatus : eThreadDoneKeepData"
@@ -200,7 +195,7 @@ TEST_F(Relations, DumpsItsFields) {
                                "\n m_EndTime: 2024-05-17 13:02:05"
                                "\n m_tEndTime: 1715950925"
                                "\n Address of m_pCallingObject: " +
-                               hex(&node) +
+                               Address(&node) +
                                "\n Address of m_pCommandParameter: 0"
                                "\n m_nCommandContextID: 7"
                                "\n m_ActionString: Bohren %s \u00FC"

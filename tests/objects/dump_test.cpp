@@ -1,17 +1,14 @@
 // The exact text of a node's and an error flag's dump.
 #include <gtest/gtest.h>
 
-#include <fmt/format.h>
-
 #include "share/objects/object.h"
 #include "tests/objects/dumped.h"
 #include "tests/objects/test_document.h"
 
+using kvtest::Address;
 using kvtest::Dumped;
 
 namespace {
-
-std::string Address(const QFObject* object) { return fmt::format("{:x}", reinterpret_cast<std::uintptr_t>(object)); }
 
 class StampedNode : public QFObject {
  public:

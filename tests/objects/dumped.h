@@ -1,6 +1,9 @@
 // The text that an object's dump prints.
 #pragma once
 
+#include <fmt/format.h>
+
+#include <cstdint>
 #include <cstdio>
 #include <string>
 
@@ -17,6 +20,9 @@ std::string Dumped(Dump dump) {
   std::fclose(file);
   return text;
 }
+
+// An address as dumps print it.
+inline std::string Address(const void* object) { return fmt::format("{:x}", reinterpret_cast<std::uintptr_t>(object)); }
 
 inline std::string DumpBanner(const std::string& name) {
   return "\n============================ " + name + " ================================\n";

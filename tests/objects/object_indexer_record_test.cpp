@@ -62,26 +62,25 @@ int PositionOf(QFObjectIndexerHelper& helper, TestDocument& document, DWORD id) 
 
 }  // namespace
 
-TEST(IndexerRecord, PresentBytesLoadAndAreStoredAgain) {
-  const std::string bytes = Present(2);
-  EXPECT_EQ(bytes.substr(0, 29), std::string("\xFF\xFF\x02\x00\x15\x00QFObjectIndexerHelper\x01\x80", 29));
-  TestDocument document(38.0f);
-  const auto helper = LoadedObject<QFObjectIndexerHelper>(bytes);
-  EXPECT_EQ(helper->GetObjectSchemaNumber(), 2u);
-  EXPECT_EQ(PositionOf(*helper, document, 7), 0);
-  EXPECT_EQ(PositionOf(*helper, document, 0x12345678), 1);
-  EXPECT_EQ(PositionOf(*helper, document, 8), -1);
-  EXPECT_EQ(StoredObject(*helper), bytes);
-  ExpectEveryPrefixRaises<QFObjectIndexerHelper>(bytes);
-}
-
-TEST(IndexerRecord, OldestBytesLoadAndAreStoredInThePresentLayout) {
-  TestDocument document(6.0f);
-  const auto helper = LoadedObject<QFObjectIndexerHelper>(Oldest());
-  EXPECT_EQ(helper->GetObjectSchemaNumber(), 1u);
-  EXPECT_EQ(PositionOf(*helper, document, 0x12345678), 1);
-  EXPECT_EQ(StoredObject(*helper), Present(3)) << "as many nodes alive as ids";
-  ExpectEveryPrefixRaises<QFObjectIndexerHelper>(Oldest());
+TEST(IndexerRecord, PresentAndOldestBytesLoadAndAreStoredInThePresentLayout) {
+  EXPECT_EQ(Present(2).substr(0, 29), std::string("\xFF\xFF\x02\x00\x15\x00QFObjectIndexerHelper\x01\x80", 29));
+  const struct {
+    std::string bytes;
+    float units;
+    unsigned schema;
+    int references;
+  } rows[] = {{Present(2), 38.0f, 2, 2}, {Oldest(), 6.0f, 1, /*as many nodes alive as ids*/ 3}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.units);
+    TestDocument document(row.units);
+    const auto helper = LoadedObject<QFObjectIndexerHelper>(row.bytes);
+    EXPECT_EQ(helper->GetObjectSchemaNumber(), row.schema);
+    EXPECT_EQ(PositionOf(*helper, document, 7), 0);
+    EXPECT_EQ(PositionOf(*helper, document, 0x12345678), 1);
+    EXPECT_EQ(PositionOf(*helper, document, 8), -1);
+    EXPECT_EQ(StoredObject(*helper), Present(row.references));
+    ExpectEveryPrefixRaises<QFObjectIndexerHelper>(row.bytes);
+  }
 }
 
 TEST(IndexerRecord, DamageRaises) {

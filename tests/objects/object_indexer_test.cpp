@@ -1,5 +1,5 @@
 // The object indexer against a model that searches plain rows; then ids that must not be given out, missing objects,
-// long rows, and the dump.
+// and the dump.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -171,28 +171,6 @@ TEST(Indexer, RandomOperationsAsByWalking) {
       }
     }
     ASSERT_EQ(StoredObject(*helper), model.Bytes());
-  }
-}
-
-// With a search through the row, each loop would take 10^10 steps.
-TEST(Indexer, TimeOfACallDoesNotGrowWithTheRow) {
-  constexpr DWORD kCount = 200'000;
-  TestDocument document;
-  QFObjectIndexerHelper helper;
-  Node node, same;
-  for (DWORD id = 1; id <= kCount; ++id) {
-    document.nextId = id;
-    node.Invalidate();
-    helper.AddObj(&node);
-    ASSERT_EQ(helper.FindIndex(&node), int(id - 1));
-  }
-  document.nextId = kCount;
-  same.GetObjectId();
-  for (DWORD id = kCount - 1; id > 0; --id) {  // from the end on, every position gets the same id
-    document.nextId = id;
-    node.Invalidate();
-    helper.ReplaceObj(&node, &same);
-    ASSERT_EQ(helper.FindIndex(&same), int(id - 1));
   }
 }
 

@@ -119,33 +119,12 @@ TEST_F(References, BrokenOriginalOwnerIsForgotten) {
   }
 }
 
-TEST_F(References, LoadedNodeStandsInItsOriginalOwnersList) {
-  LinkNode first(_T("first")), owner(_T("owner")), node(_T("node"));
-  node.SetOwner(&owner);
-  node.SetOriginalOwner(&first);
-  owner.AddToUserObjectsList(&node, 0);
-  const std::string bytes = Store([&](CArchive& ar) { ar << &node << &first << &owner; });
-  Reader reader(bytes);
-  LinkNode *loaded = nullptr, *loadedFirst = nullptr, *loadedOwner = nullptr;
-  reader.ar >> loaded >> loadedFirst >> loadedOwner;
-  EXPECT_EQ(loaded->GetOwner(), loadedOwner);
-  EXPECT_EQ(loaded->GetOriginalOwner(), loadedFirst);
-  EXPECT_EQ(loadedFirst->GetCountOfUserObjects(), 1);
-  EXPECT_EQ(loadedFirst->GetIsUsingThisObject(loaded), 1);
-  EXPECT_EQ(loadedOwner->GetCountOfUserObjects(), 1);
-  delete loadedFirst;
-  EXPECT_EQ(loaded->GetOriginalOwner(), nullptr) << "told by its original owner's end";
-  delete loadedOwner;
-  delete loaded;
-  first.DetachFromAllUserObjects();
-  owner.DetachFromAllUserObjects();
-}
-
-TEST_F(References, OriginalOwnerThatIsTheOwnerIsForgotten) {
+TEST_F(References, OriginalOwnerThatIsTheOwnerIsForgottenByLoadingAndRestoring) {
   LinkNode owner(_T("owner")), node(_T("node"));
   node.SetOwner(&owner);
   node.Recycle();
   ASSERT_EQ(node.GetOriginalOwner(), &owner);
+  EXPECT_EQ(owner.GetCountOfUserObjects(), 1);
   const std::string bytes = Store([&](CArchive& ar) { ar << &node << &owner; });
   Reader reader(bytes);
   LinkNode *loaded = nullptr, *loadedOwner = nullptr;
@@ -157,31 +136,31 @@ TEST_F(References, OriginalOwnerThatIsTheOwnerIsForgotten) {
   delete loaded;
   delete loadedOwner;
   node.Restore();
+  EXPECT_EQ(node.GetOwner(), &owner);
+  EXPECT_EQ(node.GetOriginalOwner(), nullptr);
+  EXPECT_EQ(owner.GetCountOfUserObjects(), 0);
 }
 
-TEST_F(References, FaultsInTheListOfUsersRaiseOneCause) {
-  for (const auto& list :
-       {RecordBytes().Word(1).NewClass("QFNobody", 1), RecordBytes().Word(1).Object(99), RecordBytes().Word(1),
-        RecordBytes().Word(0xFFFF).Dword(0x7FFFFFFF) /* more than there can be */}) {
-    RecordBytes bytes;
-    bytes.NewClass("QFObject", 8).Class(1).NewClass("QFBaseObject", 2).Bytes(list.Get());
-    EXPECT_EQ(LoadCause<QFObject>(bytes.Get()), CArchiveException::genericException);
-  }
-}
-
-TEST_F(References, WhateverIsNoPatternManagerRaisesInItsPlace) {
+TEST_F(References, FaultsInUsersAndPatternManagersRaiseInTheirPlace) {
+  const auto users = [](const RecordBytes& list) {
+    return RecordBytes().NewClass("QFObject", 8).Class(1).NewClass("QFBaseObject", 2).Bytes(list.Get());
+  };
+  const auto manager = [](const RecordBytes& reference) {
+    return NodeUpToOwner().Null().Text(u"").Word(0).Null().Dword(0).Bytes(reference.Get());
+  };
   const struct {
-    RecordBytes reference;
+    RecordBytes bytes;
     int cause;
   } rows[] = {
-      {RecordBytes().NewClass("QFObject", 8), CArchiveException::badClass},
-      {RecordBytes().Object(2), CArchiveException::badClass},
-      {RecordBytes().Object(99), CArchiveException::badIndex},
+      {users(RecordBytes().Word(1).NewClass("QFNobody", 1)), CArchiveException::genericException},
+      {users(RecordBytes().Word(1).Object(99)), CArchiveException::genericException},
+      {users(RecordBytes().Word(1)), CArchiveException::genericException},
+      {users(RecordBytes().Word(0xFFFF).Dword(0x7FFFFFFF)), CArchiveException::genericException},
+      {manager(RecordBytes().NewClass("QFObject", 8)), CArchiveException::badClass},
+      {manager(RecordBytes().Object(2)), CArchiveException::badClass},
+      {manager(RecordBytes().Object(99)), CArchiveException::badIndex},
   };
-  for (const auto& row : rows) {
-    const std::string bytes = NodeUpToOwner().Null().Text(u"").Word(0).Null().Dword(0).Get() + row.reference.Get();
-    EXPECT_EQ(LoadCause<QFObject>(bytes), row.cause) << Hex(row.reference.Get());
-  }
+  for (const auto& row : rows) EXPECT_EQ(LoadCause<QFObject>(row.bytes.Get()), row.cause) << Hex(row.bytes.Get());
 }
 
 TEST_F(References, FailedLoadOfNodesThatUseOneAnotherIsTakenBack) {

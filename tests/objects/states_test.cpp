@@ -47,18 +47,6 @@ TEST(States, ChangeAlongTheTable) {
   }
 }
 
-TEST(States, RecycledNodeStandsInItsOwnersList) {
-  QFObject owner, node;
-  node.SetOwner(&owner);
-  node.Recycle();
-  EXPECT_EQ(node.GetOriginalOwner(), &owner);
-  EXPECT_EQ(owner.GetCountOfUserObjects(), 1);
-  node.Restore();
-  EXPECT_EQ(node.GetOwner(), &owner);
-  EXPECT_EQ(node.GetOriginalOwner(), nullptr);
-  EXPECT_EQ(owner.GetCountOfUserObjects(), 0);
-}
-
 TEST(States, SuppressionComesDownFromOwnersAndLocksDont) {
   FixedNode top, middle, leaf;
   leaf.SetOwner(&middle);
