@@ -104,7 +104,8 @@ struct Bench {
         Row("read one key of a new file", "SimpleIni"),
         [&] {
           WritePrivateProfileStringW(nullptr, nullptr, nullptr, path.c_str());
-          kvbench::Keep(GetPrivateProfileIntW(_T("Section0"), _T("KeyNumber7"), 0, path.c_str()));
+          TCHAR value[64];
+          kvbench::Keep(GetPrivateProfileStringW(_T("Section0"), _T("KeyNumber7"), _T(""), value, 64, path.c_str()));
         },
         [&] {
           CSimpleIniA ini;

@@ -66,7 +66,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   Require(WritePrivateProfileStringW(_T("a"), _T("K"), nullptr, path));
   if (!before.starts_with("\xFF\xFE")) RequireOneLineChanged(before, BytesOf(path));
   Require(WritePrivateProfileSectionW(_T("A"), _T("m=1\0n=2\0"), path));
-  Require(GetPrivateProfileIntW(_T("a"), _T("N"), 0, path) == 2);
+  TCHAR written[4];
+  Require(GetPrivateProfileStringW(_T("a"), _T("N"), nullptr, written, 4, path) == 1 && written[0] == '2');
   Require(WritePrivateProfileStringW(_T("A"), nullptr, nullptr, path));
   return 0;
 }

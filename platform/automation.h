@@ -20,19 +20,13 @@ inline constexpr HRESULT DISP_E_BADINDEX = HRESULT(0x8002000B);
 
 using BSTR = WCHAR*;
 
-// Returns a copy of the text; null for a null text or without memory.
-KVSHARE_API BSTR SysAllocString(LPCWSTR text);
-// Returns a text of that many units. Optional: source; without it the units are undefined. Null without memory.
-KVSHARE_API BSTR SysAllocStringLen(LPCWSTR source, UINT units);
+// The text's length in units; 0 for null. The four bytes before a text hold its length in bytes.
 KVSHARE_API UINT SysStringLen(BSTR text);
-KVSHARE_API void SysFreeString(BSTR text);
 
 // ---- values
 
 using VARTYPE = WORD;
-using VARIANT_BOOL = std::int16_t;  // VARIANT_TRUE or VARIANT_FALSE
-inline constexpr VARIANT_BOOL VARIANT_TRUE = -1;
-inline constexpr VARIANT_BOOL VARIANT_FALSE = 0;
+using VARIANT_BOOL = std::int16_t;  // -1 for true, 0 for false
 
 enum VARENUM : VARTYPE {
   VT_EMPTY = 0,
@@ -106,28 +100,26 @@ struct VARIANT {
 
 // Sets the value to VT_EMPTY without freeing the old content.
 KVSHARE_API void VariantInit(VARIANT* value);
-// Frees the content that the value owns and sets VT_EMPTY. For an unknown type returns DISP_E_BADVARTYPE and changes
-// nothing.
+// Frees the array or releases the reference that the value owns, and sets VT_EMPTY. A text is not freed: it belongs to
+// the module that made it. For an unknown type returns DISP_E_BADVARTYPE and changes nothing.
 KVSHARE_API HRESULT VariantClear(VARIANT* value);
 
 // ---- arrays
-// All elements have one type: a number, VT_BOOL, VT_BSTR, VT_DISPATCH or VT_UNKNOWN. Dimensions are numbered from 1,
-// and only arrays with one dimension are supported. A null array gives E_INVALIDARG, another dimension or an index
-// outside the bounds DISP_E_BADINDEX.
+// All elements have one type: a number, VT_BOOL, VT_DISPATCH or VT_UNKNOWN. Dimensions are numbered from 1, and only
+// arrays with one dimension are supported. A null array gives E_INVALIDARG, another dimension or an index outside the
+// bounds DISP_E_BADINDEX.
 
 // Returns a new array whose elements are 0 or null. Null for another type or number of dimensions, or without memory.
 KVSHARE_API SAFEARRAY* SafeArrayCreate(VARTYPE type, UINT dimensions, SAFEARRAYBOUND* bounds);
-// Frees the array with its texts and releases its references.
-KVSHARE_API HRESULT SafeArrayDestroy(SAFEARRAY* array);
 // The number of dimensions; 0 for null.
 KVSHARE_API UINT SafeArrayGetDim(SAFEARRAY* array);
 KVSHARE_API HRESULT SafeArrayGetVartype(SAFEARRAY* array, VARTYPE* type);
 // The first and the last index. An empty array has a last index one below the first.
 KVSHARE_API HRESULT SafeArrayGetLBound(SAFEARRAY* array, UINT dimension, LONG* bound);
 KVSHARE_API HRESULT SafeArrayGetUBound(SAFEARRAY* array, UINT dimension, LONG* bound);
-// Copies the element: a text is copied, an object gets another reference; the caller frees both.
+// Copies the element. An object gets another reference, which the caller releases.
 KVSHARE_API HRESULT SafeArrayGetElement(SAFEARRAY* array, LONG* index, void* element);
-// Stores a copy. `element` is the address of a number, or the text or object pointer itself.
+// Stores a copy; an object gets another reference. `element` is the address of a number, or the object pointer itself.
 KVSHARE_API HRESULT SafeArrayPutElement(SAFEARRAY* array, LONG* index, void* element);
 
 #endif

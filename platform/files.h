@@ -56,21 +56,12 @@ using LPSECURITY_ATTRIBUTES = void*;
 // Creates one folder level. ERROR_ALREADY_EXISTS if the name exists already. A drive's root folder is created on
 // demand.
 KVSHARE_API BOOL CreateDirectoryW(LPCWSTR path, LPSECURITY_ATTRIBUTES unused);
-KVSHARE_API int _wmkdir(LPCWSTR path);
 // Removes an empty folder, or a link to a folder but not its target. ERROR_DIRECTORY for a file.
 KVSHARE_API BOOL RemoveDirectoryW(LPCWSTR path);
 
 // ---- whole files
 
 KVSHARE_API BOOL DeleteFileW(LPCWSTR path);
-KVSHARE_API int _wremove(LPCWSTR path);
-
-inline constexpr DWORD MOVEFILE_REPLACE_EXISTING = 1;
-inline constexpr DWORD MOVEFILE_WRITE_THROUGH = 8;
-// Renames a file or folder within one file system. Without MOVEFILE_REPLACE_EXISTING an existing target is
-// ERROR_ALREADY_EXISTS; with it an existing file is replaced in one step. MOVEFILE_WRITE_THROUGH returns only when the
-// new name is on the disk. Renaming to another case of the same name works.
-KVSHARE_API BOOL MoveFileExW(LPCWSTR from, LPCWSTR to, DWORD flags);
 
 // Copies a file's content, permissions and modification time; for a link the file it leads to. The copy is written to a
 // temporary file and renamed (platform/safe_file.h), so a full disk leaves the target unchanged. An existing target is
@@ -96,12 +87,10 @@ KVSHARE_API FILE* _wfopen(LPCWSTR path, LPCWSTR mode);
 
 inline constexpr DWORD FILE_SHARE_READ = 1;
 inline constexpr DWORD FILE_SHARE_WRITE = 2;
-inline constexpr DWORD FILE_SHARE_DELETE = 4;
 inline constexpr DWORD CREATE_NEW = 1;
 inline constexpr DWORD CREATE_ALWAYS = 2;
 inline constexpr DWORD OPEN_EXISTING = 3;
 inline constexpr DWORD OPEN_ALWAYS = 4;
-inline constexpr DWORD TRUNCATE_EXISTING = 5;
 inline constexpr DWORD FILE_FLAG_WRITE_THROUGH = 0x80000000;
 inline constexpr DWORD FILE_BEGIN = 0;
 inline constexpr DWORD FILE_CURRENT = 1;

@@ -12,7 +12,6 @@
 #ifndef _WIN32
 
 inline constexpr LONG ERROR_INVALID_FLAGS = 1004;
-inline constexpr LCID LOCALE_SYSTEM_DEFAULT = 0x0800;
 inline constexpr LCID LOCALE_USER_DEFAULT = 0x0400;
 
 // The primary language in the low ten bits, the sub-language above. For a language without a country, the country with
@@ -20,9 +19,6 @@ inline constexpr LCID LOCALE_USER_DEFAULT = 0x0400;
 KVSHARE_API LANGID GetUserDefaultLangID();
 constexpr WORD PRIMARYLANGID(LANGID language) { return language & 0x3FF; }
 constexpr WORD SUBLANGID(LANGID language) { return WORD(language >> 10); }
-
-// The present time on the user's clock.
-KVSHARE_API void GetLocalTime(LPSYSTEMTIME time);
 
 // Format a date or a time by a picture. A null date or time means now; the day of the week is computed from the date.
 // Both return the number of units written, with the terminator; with units 0, the size needed; 0 on failure:

@@ -39,45 +39,15 @@ KVSHARE_API DWORD GetCurrentProcessId();
 
 // ---- other processes
 
-struct STARTUPINFOW {
-  DWORD cb;
-  LPWSTR lpDesktop;
-  LPWSTR lpTitle;
-  DWORD dwFlags;
-  WORD wShowWindow;
-};
-using LPSTARTUPINFOW = STARTUPINFOW*;
-
-struct PROCESS_INFORMATION {
-  HANDLE hProcess;
-  HANDLE hThread;
-  DWORD dwProcessId;
-  DWORD dwThreadId;
-};
-using LPPROCESS_INFORMATION = PROCESS_INFORMATION*;
-
-// Starts a program and fills information with two handles, both to be closed. The command line is split at blanks;
-// quotes and backslashes work as the platform's own start-up code takes them. Without an application the first word is
-// the program, looked for in PATH if it has no folder; with one, the first word is only what the program sees as its
-// name. A folder, which may be null, is the new current one. environment must be null: the child inherits this one's.
-// No file is inherited but the standard three. startup counts only by being there, and may be null.
-KVSHARE_API BOOL CreateProcessW(LPCWSTR application, LPWSTR commandLine, void* processAttributes,
-                                void* threadAttributes, BOOL inherit, DWORD flags, void* environment, LPCWSTR folder,
-                                LPSTARTUPINFOW startup, LPPROCESS_INFORMATION information);
-
 inline constexpr DWORD PROCESS_TERMINATE = 0x1;
 inline constexpr DWORD PROCESS_VM_READ = 0x10;
 inline constexpr DWORD PROCESS_QUERY_INFORMATION = 0x400;
-inline constexpr DWORD SYNCHRONIZE = 0x100000;
 
 // Returns a handle of a running process; null with ERROR_INVALID_PARAMETER if there is no process of this number.
 KVSHARE_API HANDLE OpenProcess(DWORD access, BOOL inherit, DWORD id);
 
-// The number of a handle's process; 0 on failure. It is the process's own only while that runs.
-KVSHARE_API DWORD GetProcessId(HANDLE process);
-
 // Ends a process without asking it. ERROR_ACCESS_DENIED if it has ended already or may not be ended. The process may
-// still run for a moment after the call.
+// still run for a moment after the call. exitCode has no effect here.
 KVSHARE_API BOOL TerminateProcess(HANDLE process, UINT exitCode);
 
 inline constexpr DWORD WAIT_OBJECT_0 = 0;
@@ -87,12 +57,5 @@ inline constexpr DWORD WAIT_FAILED = 0xFFFFFFFF;
 // Waits until the process or thread ends, at most that long. Returns WAIT_OBJECT_0, WAIT_TIMEOUT or WAIT_FAILED. 0
 // milliseconds only checks; INFINITE (platform/threads.h) waits without limit.
 KVSHARE_API DWORD WaitForSingleObject(HANDLE object, DWORD milliseconds);
-
-inline constexpr DWORD STILL_ACTIVE = 259;
-
-// The exit code, or STILL_ACTIVE. A process that was ended by TerminateProcess of this one has the code given there,
-// one ended by a signal 128 and the signal's number. Of a process that this one did not start the code is only known
-// while it runs; afterwards the call fails with ERROR_ACCESS_DENIED.
-KVSHARE_API BOOL GetExitCodeProcess(HANDLE process, LPDWORD exitCode);
 
 #endif

@@ -37,10 +37,6 @@
 KVSHARE_API DWORD GetPrivateProfileStringW(LPCWSTR section, LPCWSTR key, LPCWSTR defaultText, LPWSTR buffer,
                                            DWORD units, LPCWSTR path);
 
-// Returns the value as a number: an optional sign and digits; the rest is ignored. A missing key gives the default, a
-// value that does not begin with a number gives 0. Of a number above 32 bits the low 32 bits are used.
-KVSHARE_API UINT GetPrivateProfileIntW(LPCWSTR section, LPCWSTR key, LONG defaultNumber, LPCWSTR path);
-
 // Returns the list of the section names, as above.
 KVSHARE_API DWORD GetPrivateProfileSectionNamesW(LPWSTR buffer, DWORD units, LPCWSTR path);
 

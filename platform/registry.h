@@ -39,17 +39,10 @@
 // only one view (both together: ERROR_INVALID_PARAMETER).
 inline constexpr REGSAM KEY_QUERY_VALUE = 0x0001;
 inline constexpr REGSAM KEY_SET_VALUE = 0x0002;
-inline constexpr REGSAM KEY_CREATE_SUB_KEY = 0x0004;
 inline constexpr REGSAM KEY_ENUMERATE_SUB_KEYS = 0x0008;
-inline constexpr REGSAM KEY_NOTIFY = 0x0010;
-inline constexpr REGSAM KEY_CREATE_LINK = 0x0020;
-inline constexpr REGSAM KEY_WOW64_64KEY = 0x0100;
-inline constexpr REGSAM KEY_WOW64_32KEY = 0x0200;
 inline constexpr REGSAM KEY_WRITE = 0x20006;
 inline constexpr REGSAM KEY_READ = 0x20019;
-inline constexpr REGSAM KEY_EXECUTE = 0x20019;
 inline constexpr REGSAM KEY_ALL_ACCESS = 0xF003F;
-inline constexpr REGSAM MAXIMUM_ALLOWED = 0x02000000;
 
 // Types of values. The store keeps any number and gives it back; it never looks into the data.
 inline constexpr DWORD REG_NONE = 0;
@@ -87,11 +80,6 @@ KVSHARE_API LSTATUS RegCreateKeyExW(HKEY key, LPCWSTR path, DWORD reserved, LPWS
 // Closes a handle; a predefined one stays open and gives 0.
 KVSHARE_API LSTATUS RegCloseKey(HKEY key);
 
-// Deletes a key with its values; the rights of `key` don't matter. ERROR_FILE_NOT_FOUND without such a key,
-// ERROR_ACCESS_DENIED for a key with sub-keys and for the hive itself. An empty path deletes the handle's own key; a
-// null one is ERROR_INVALID_PARAMETER. rights may only choose a view.
-KVSHARE_API LSTATUS RegDeleteKeyExW(HKEY key, LPCWSTR path, REGSAM rights, DWORD reserved);
-
 // Deletes a key with all that is below it. With a null or empty path the handle's own key stays, emptied, and the
 // handle needs KEY_SET_VALUE as well. Needs KEY_ENUMERATE_SUB_KEYS and KEY_QUERY_VALUE. Through a handle of a
 // transaction it works within that.
@@ -105,14 +93,6 @@ KVSHARE_API LSTATUS RegDeleteTreeW(HKEY key, LPCWSTR path);
 // counting from the first sub-key is needed only after a change to the hive, and for a step back.
 KVSHARE_API LSTATUS RegEnumKeyExW(HKEY key, DWORD index, LPWSTR name, DWORD* nameUnits, DWORD* reserved,
                                   LPWSTR className, DWORD* classUnits, FILETIME* written);
-
-// Counts and maxima of a key, for sizing buffers; every output is optional. Lengths are units without a terminator,
-// maxValueBytes is bytes; securityBytes is always 0; written is the last change of the key or one of its values. Needs
-// KEY_QUERY_VALUE.
-KVSHARE_API LSTATUS RegQueryInfoKeyW(HKEY key, LPWSTR className, DWORD* classUnits, DWORD* reserved, DWORD* subKeys,
-                                     DWORD* maxSubKeyUnits, DWORD* maxClassUnits, DWORD* values,
-                                     DWORD* maxValueNameUnits, DWORD* maxValueBytes, DWORD* securityBytes,
-                                     FILETIME* written);
 
 // ---- Values ----
 
@@ -153,7 +133,6 @@ KVSHARE_API HANDLE CreateTransaction(SECURITY_ATTRIBUTES* security, void* unitOf
 // End a transaction. FALSE, with the reason in GetLastError, if the handle is none or has ended, or if the commit
 // failed; in the last case nothing of the hive that failed was changed.
 KVSHARE_API BOOL CommitTransaction(HANDLE transaction);
-KVSHARE_API BOOL RollbackTransaction(HANDLE transaction);
 
 // As the calls without Transacted, within a transaction. `extended` is null.
 KVSHARE_API LSTATUS RegCreateKeyTransactedW(HKEY key, LPCWSTR path, DWORD reserved, LPWSTR className, DWORD options,

@@ -12,12 +12,10 @@
 #ifndef _WIN32
 
 inline constexpr DWORD LOAD_LIBRARY_AS_DATAFILE = 0x2;
-inline constexpr DWORD LOAD_LIBRARY_AS_IMAGE_RESOURCE = 0x20;
-inline constexpr DWORD LOAD_LIBRARY_AS_DATAFILE_EXCLUSIVE = 0x40;
 
 // Loads a library as data from a product path (platform/paths.h); a name without extension gets ".dll". Returns null if
-// the file cannot be read; ERROR_BAD_EXE_FORMAT if it is not a library. flags must have one of the three values above;
-// without one the call fails with ERROR_NOT_SUPPORTED, because it loads no code. file must be null. Each call creates a
+// the file cannot be read; ERROR_BAD_EXE_FORMAT if it is not a library. flags must have LOAD_LIBRARY_AS_DATAFILE;
+// without it the call fails with ERROR_NOT_SUPPORTED, because it loads no code. file must be null. Each call creates a
 // new module; free it with FreeLibrary.
 //
 // A data module's handle has its lowest bit set; the address of a running module never has.

@@ -42,18 +42,15 @@ union ULARGE_INTEGER {
 inline constexpr HRESULT STG_E_INVALIDFUNCTION = HRESULT(0x80030001);
 inline constexpr HRESULT STG_E_FILENOTFOUND = HRESULT(0x80030002);
 inline constexpr HRESULT STG_E_PATHNOTFOUND = HRESULT(0x80030003);
-inline constexpr HRESULT STG_E_TOOMANYOPENFILES = HRESULT(0x80030004);
 inline constexpr HRESULT STG_E_ACCESSDENIED = HRESULT(0x80030005);
 inline constexpr HRESULT STG_E_INSUFFICIENTMEMORY = HRESULT(0x80030008);
 inline constexpr HRESULT STG_E_INVALIDPOINTER = HRESULT(0x80030009);
-inline constexpr HRESULT STG_E_WRITEFAULT = HRESULT(0x8003001D);
 inline constexpr HRESULT STG_E_READFAULT = HRESULT(0x8003001E);
 inline constexpr HRESULT STG_E_FILEALREADYEXISTS = HRESULT(0x80030050);
 inline constexpr HRESULT STG_E_INVALIDPARAMETER = HRESULT(0x80030057);
 inline constexpr HRESULT STG_E_MEDIUMFULL = HRESULT(0x80030070);
 inline constexpr HRESULT STG_E_INVALIDNAME = HRESULT(0x800300FC);
 inline constexpr HRESULT STG_E_UNKNOWN = HRESULT(0x800300FD);
-inline constexpr HRESULT STG_E_UNIMPLEMENTEDFUNCTION = HRESULT(0x800300FE);
 inline constexpr HRESULT STG_E_INVALIDFLAG = HRESULT(0x800300FF);
 inline constexpr HRESULT STG_E_REVERTED = HRESULT(0x80030102);
 inline constexpr HRESULT STG_E_DOCFILECORRUPT = HRESULT(0x80030109);
@@ -61,28 +58,14 @@ inline constexpr HRESULT STG_E_DOCFILECORRUPT = HRESULT(0x80030109);
 // ---- modes: one access, one way of sharing, and what else is wanted
 
 inline constexpr DWORD STGM_READ = 0x0;
-inline constexpr DWORD STGM_WRITE = 0x1;
 inline constexpr DWORD STGM_READWRITE = 0x2;
 // An element accepts only STGM_SHARE_EXCLUSIVE. A direct root accepts that or, for reading, STGM_SHARE_DENY_WRITE; a
-// transacted root accepts all.
+// transacted root accepts both, and none.
 inline constexpr DWORD STGM_SHARE_EXCLUSIVE = 0x10;
 inline constexpr DWORD STGM_SHARE_DENY_WRITE = 0x20;
-inline constexpr DWORD STGM_SHARE_DENY_READ = 0x30;
-inline constexpr DWORD STGM_SHARE_DENY_NONE = 0x40;
-inline constexpr DWORD STGM_DIRECT = 0x0;
 inline constexpr DWORD STGM_TRANSACTED = 0x10000;
-// On creating: an existing element makes the call fail, or is replaced.
-inline constexpr DWORD STGM_FAILIFTHERE = 0x0;
+// On creating: an existing file or element is replaced. Without it the call fails if one exists.
 inline constexpr DWORD STGM_CREATE = 0x1000;
-// Accepted with STGM_TRANSACTED, without effect.
-inline constexpr DWORD STGM_NOSCRATCH = 0x100000;
-inline constexpr DWORD STGM_NOSNAPSHOT = 0x200000;
-// Not supported: STG_E_UNIMPLEMENTEDFUNCTION on a root and on storages, STG_E_INVALIDFUNCTION on streams.
-inline constexpr DWORD STGM_CONVERT = 0x20000;
-inline constexpr DWORD STGM_PRIORITY = 0x40000;
-inline constexpr DWORD STGM_DIRECT_SWMR = 0x400000;
-inline constexpr DWORD STGM_DELETEONRELEASE = 0x4000000;
-inline constexpr DWORD STGM_SIMPLE = 0x8000000;
 
 // ---- facts about an element
 
@@ -100,7 +83,7 @@ struct STATSTG {
   FILETIME mtime;         // of a storage; 0 for a stream
   FILETIME ctime;         // of a storage; 0 for a stream and for the root of an opened file
   FILETIME atime;         // 0
-  DWORD grfMode;          // the mode in which the object was opened; 0 from an enumeration
+  DWORD grfMode;          // the mode in which the object was opened
   DWORD grfLocksSupported;
   CLSID clsid;
   DWORD grfStateBits;
@@ -112,9 +95,6 @@ inline constexpr DWORD STREAM_SEEK_CUR = 1;
 inline constexpr DWORD STREAM_SEEK_END = 2;
 
 inline constexpr DWORD STGC_DEFAULT = 0;
-inline constexpr DWORD STGC_OVERWRITE = 1;
-inline constexpr DWORD STGC_ONLYIFCURRENT = 2;
-inline constexpr DWORD STGC_DANGEROUSLYCOMMITMERELYTODISKCACHE = 4;
 
 // ---- interfaces
 
@@ -129,20 +109,10 @@ struct IStream : IUnknown {
   virtual HRESULT SetSize(ULARGE_INTEGER bytes) = 0;
   // Streams are direct: does nothing and returns S_OK.
   virtual HRESULT Commit(DWORD flags) = 0;
-  virtual HRESULT Revert() = 0;
   virtual HRESULT Stat(STATSTG* facts, DWORD flags) = 0;
 
  protected:
   ~IStream() = default;
-};
-
-struct IEnumSTATSTG : IUnknown {
-  // Returns up to count elements, and S_FALSE if there are fewer. fetched may be null if count is 1.
-  virtual HRESULT Next(ULONG count, STATSTG* facts, ULONG* fetched) = 0;
-  virtual HRESULT Reset() = 0;
-
- protected:
-  ~IEnumSTATSTG() = default;
 };
 
 // Reserved arguments must be 0 or null, otherwise STG_E_INVALIDPARAMETER. STG_E_ACCESSDENIED for an element that is
@@ -158,11 +128,6 @@ struct IStorage : IUnknown {
   // On the root: writes the file. If that fails, the old file stays, and so do all changes in memory, so the caller may
   // try again. On other storages does nothing and returns S_OK.
   virtual HRESULT Commit(DWORD flags) = 0;
-  // On a transacted root: drops all changes; every object below returns STG_E_REVERTED. Otherwise does nothing and
-  // returns S_OK.
-  virtual HRESULT Revert() = 0;
-  // The current elements, in the order of the file.
-  virtual HRESULT EnumElements(DWORD reserved1, void* reserved2, DWORD reserved3, IEnumSTATSTG** elements) = 0;
   // Destroys the element and everything below it; open objects of it return STG_E_REVERTED.
   virtual HRESULT DestroyElement(LPCWSTR name) = 0;
   virtual HRESULT Stat(STATSTG* facts, DWORD flags) = 0;

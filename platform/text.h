@@ -1,15 +1,14 @@
 // Conversion and case of UTF-16 text.
 //
-// MultiByteToWideChar and WideCharToMultiByte support the code pages CP_UTF8, CP_ACP (UTF-8 on this system) and 1252. A
-// target size of 0 returns the size needed; a source length of -1 means up to and including the terminator; the result
-// 0 means failure. The case calls use Unicode's simple mappings, the same in every locale. Any thread may call.
+// MultiByteToWideChar and WideCharToMultiByte support the code pages CP_UTF8 and 1252. A target size of 0 returns the
+// size needed; a source length of -1 means up to and including the terminator; the result 0 means failure. The case
+// calls use Unicode's simple mappings, the same in every locale. Any thread may call.
 #pragma once
 
 #include "platform/types.h"
 
 #ifndef _WIN32
 
-inline constexpr UINT CP_ACP = 0;
 inline constexpr UINT CP_UTF8 = 65001;
 
 KVSHARE_API int MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR source, int sourceBytes, LPWSTR target,

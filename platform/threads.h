@@ -19,18 +19,13 @@ KVSHARE_API DWORD GetCurrentThreadId();
 // ---- threads
 
 using LPTHREAD_START_ROUTINE = DWORD (*)(void* parameter);
-inline constexpr DWORD CREATE_SUSPENDED = 0x4;
 
-// Starts a thread that runs the routine. attributes must be null; stackBytes 0 means the system's default; flags is 0
-// or CREATE_SUSPENDED. Optional: id; it is set before the call returns and before the routine runs. Returns null with
+// Starts a thread that runs the routine. attributes must be null; stackBytes 0 means the system's default; flags is 0.
+// Optional: id; it is set before the call returns and before the routine runs. Returns null with
 // ERROR_NOT_ENOUGH_MEMORY if the system gives no more threads. The caller closes the handle; WaitForSingleObject and
 // WaitForMultipleObjects wait for the thread's end.
 KVSHARE_API HANDLE CreateThread(SECURITY_ATTRIBUTES* attributes, std::size_t stackBytes, LPTHREAD_START_ROUTINE routine,
                                 void* parameter, DWORD flags, LPDWORD id);
-
-// Stands for whichever thread uses it; nothing is to be closed, and closing it does nothing. Handed to another thread
-// it names that one.
-KVSHARE_API HANDLE GetCurrentThread();
 
 inline constexpr DWORD MAXIMUM_SUSPEND_COUNT = 127;
 inline constexpr LONG ERROR_SIGNAL_REFUSED = 156;
@@ -49,8 +44,7 @@ KVSHARE_API DWORD ResumeThread(HANDLE thread);
 // Waits until all objects (threads or processes) have ended, or one of them if `all` is FALSE, at most that long.
 // Returns WAIT_OBJECT_0, plus the index of the first ended object if `all` is FALSE; WAIT_TIMEOUT; or WAIT_FAILED with
 // ERROR_INVALID_HANDLE, or ERROR_INVALID_PARAMETER for no handles. This system accepts any number of handles, others
-// only MAXIMUM_WAIT_OBJECTS. The call also waits for an object whose handle is closed during the call.
-inline constexpr DWORD MAXIMUM_WAIT_OBJECTS = 64;
+// only 64. The call also waits for an object whose handle is closed during the call.
 KVSHARE_API DWORD WaitForMultipleObjects(DWORD count, const HANDLE* handles, BOOL all, DWORD milliseconds);
 
 // Pauses the calling thread for at least that long. 0 lets another waiting thread run; INFINITE never returns.

@@ -29,7 +29,6 @@ int FlagsOf(DWORD disposition) {
     case CREATE_ALWAYS: return O_CREAT | O_TRUNC;
     case OPEN_EXISTING: return 0;
     case OPEN_ALWAYS: return O_CREAT;
-    case TRUNCATE_EXISTING: return O_TRUNC;
     default: return -1;
   }
 }
@@ -59,7 +58,6 @@ HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD, LPSECURITY_ATTRIBUTES, DWO
   const int how = FlagsOf(disposition);
   if (!path || !*path) return Failed(ERROR_PATH_NOT_FOUND);
   if (how < 0 || templateFile) return Failed(ERROR_INVALID_PARAMETER);
-  if (disposition == TRUNCATE_EXISTING && (access & GENERIC_WRITE) == 0) return Failed(ERROR_INVALID_PARAMETER);
   if (how & O_CREAT) EnsureDriveFolder(path);
   const bool reads = how == 0 && (access & GENERIC_WRITE) == 0;
   const int options = (flags & FILE_FLAG_WRITE_THROUGH ? O_DSYNC : 0) | O_CLOEXEC | O_NOCTTY;

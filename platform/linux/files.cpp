@@ -2,7 +2,6 @@
 #include "platform/files.h"
 
 #include <fcntl.h>
-#include <stdio.h>  // renameat2
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -34,11 +33,6 @@ int RefusalToRemove(const std::string& path) {
 int RemoveFile(const std::string& path) {
   if (const int refusal = RefusalToRemove(path)) return refusal;
   return unlink(path.c_str()) == 0 ? 0 : errno;
-}
-
-int MakeFolder(LPCWSTR path) {
-  EnsureDriveFolder(path);
-  return mkdir(SystemPathFromProduct(path).c_str(), 0777) == 0 ? 0 : errno;
 }
 
 // The result of a C library call for an errno code.
@@ -154,11 +148,10 @@ int _wchmod(LPCWSTR path, int mode) {
 // ---- folders
 
 BOOL CreateDirectoryW(LPCWSTR path, LPSECURITY_ATTRIBUTES) {
-  const int code = MakeFolder(path);
-  return code == 0 || FailForPath(code, SystemPathFromProduct(path));
+  EnsureDriveFolder(path);
+  const std::string system = SystemPathFromProduct(path);
+  return mkdir(system.c_str(), 0777) == 0 || FailForPath(errno, system);
 }
-
-int _wmkdir(LPCWSTR path) { return CResult(MakeFolder(path)); }
 
 BOOL RemoveDirectoryW(LPCWSTR path) {
   std::string system = SystemPathFromProduct(path);
@@ -179,47 +172,6 @@ BOOL DeleteFileW(LPCWSTR path) {
   const std::string system = SystemPathFromProduct(path);
   const int code = RemoveFile(system);
   return code == 0 || FailForPath(code, system);
-}
-
-int _wremove(LPCWSTR path) { return CResult(RemoveFile(SystemPathFromProduct(path))); }
-
-namespace {
-
-// The target of a rename. If the target is the source itself in another case, the result has the requested case.
-std::string RenameTarget(const std::string& from, LPCWSTR to) {
-  std::string target = SystemPathFromProduct(to);
-  if (target != from) return target;
-  const std::string asked = Utf8FromWide(to);
-  return target.substr(0, target.rfind('/') + 1) + asked.substr(asked.find_last_of("\\/:") + 1);
-}
-
-// Renames without replacing. File systems that cannot do it in one step are checked for the target first.
-int RenameToNew(const std::string& from, const std::string& to) {
-  if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return 0;
-  if (errno != EINVAL && errno != ENOSYS) return errno;
-  if (faccessat(AT_FDCWD, to.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0) return EEXIST;
-  return rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
-}
-
-int RenameOver(const std::string& from, const std::string& to) {
-  const int refusal = RefusalToRemove(to);
-  if (refusal != 0 && refusal != ENOENT) return refusal;
-  return rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
-}
-
-}  // namespace
-
-BOOL MoveFileExW(LPCWSTR from, LPCWSTR to, DWORD flags) {
-  EnsureDriveFolder(to);
-  const std::string source = SystemPathFromProduct(from);
-  if (faccessat(AT_FDCWD, source.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) != 0) return FailForPath(errno, source);
-  const std::string target = RenameTarget(source, to);
-  const bool replace = (flags & MOVEFILE_REPLACE_EXISTING) != 0;
-  const int code = replace ? RenameOver(source, target) : RenameToNew(source, target);
-  if (code != 0) return FailForPath(code, target);
-  if ((flags & MOVEFILE_WRITE_THROUGH) == 0) return TRUE;
-  const int flushed = FlushFolder(FolderOf(target));
-  return flushed == 0 || FailWithErrno(flushed);
 }
 
 UINT GetTempFileNameW(LPCWSTR folder, LPCWSTR prefix, UINT unique, LPWSTR buffer) {

@@ -21,9 +21,6 @@ class WaitableObject : public HandleObject {
   virtual int Wait(int milliseconds) const = 0;
 };
 
-// The result of GetCurrentThread.
-inline constexpr std::uintptr_t kPseudoThread = std::uintptr_t(-2);
-
 HANDLE AddHandle(std::shared_ptr<HandleObject> object);
 
 // Returns null and sets the last status for an invalid handle.

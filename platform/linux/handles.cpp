@@ -65,8 +65,7 @@ std::shared_ptr<HandleObject> FindHandleObject(HANDLE handle) {
 }
 
 BOOL CloseHandle(HANDLE handle) {
-  if (reinterpret_cast<std::uintptr_t>(handle) == kPseudoThread) return TRUE;
-  std::shared_ptr<HandleObject> last;  // destroyed after the lock is released, because closing may
+  std::shared_ptr<HandleObject> last;  // destroyed after the lock is released: closing can take long
   Table& table = TheTable();
   const std::lock_guard guard(table.lock);
   Slot* slot = Find(table, handle);

@@ -37,9 +37,17 @@ std::string UserLocale(const char* category) {
 std::string LocaleName(LCID locale, const char* category) {
   char name[ULOC_FULLNAME_CAPACITY] = {};
   UErrorCode status = U_ZERO_ERROR;
-  if (locale != LOCALE_USER_DEFAULT && locale != LOCALE_SYSTEM_DEFAULT && locale != 0)
-    uloc_getLocaleForLCID(locale, name, sizeof name, &status);
+  if (locale != LOCALE_USER_DEFAULT && locale != 0) uloc_getLocaleForLCID(locale, name, sizeof name, &status);
   return U_SUCCESS(status) && name[0] ? name : UserLocale(category);
+}
+
+SYSTEMTIME LocalTime() {
+  timespec now = {};
+  clock_gettime(CLOCK_REALTIME, &now);
+  tm local = {};
+  localtime_r(&now.tv_sec, &local);
+  return {WORD(local.tm_year + 1900), WORD(local.tm_mon + 1), WORD(local.tm_wday), WORD(local.tm_mday),
+          WORD(local.tm_hour),        WORD(local.tm_min),     WORD(local.tm_sec),  WORD(now.tv_nsec / 1'000'000)};
 }
 
 // Copies a text and its terminator to the caller by the rules of these calls.
@@ -187,18 +195,9 @@ LANGID GetUserDefaultLangID() {
 
 // ---- time
 
-void GetLocalTime(LPSYSTEMTIME time) {
-  timespec now = {};
-  clock_gettime(CLOCK_REALTIME, &now);
-  tm local = {};
-  localtime_r(&now.tv_sec, &local);
-  *time = {WORD(local.tm_year + 1900), WORD(local.tm_mon + 1), WORD(local.tm_wday), WORD(local.tm_mday),
-           WORD(local.tm_hour),        WORD(local.tm_min),     WORD(local.tm_sec),  WORD(now.tv_nsec / 1'000'000)};
-}
-
 int GetDateFormatW(LCID locale, DWORD flags, const SYSTEMTIME* date, LPCWSTR picture, LPWSTR buffer, int units) {
   SYSTEMTIME now;
-  if (!date) GetLocalTime(&now);
+  if (!date) now = LocalTime();
   const SYSTEMTIME& shown = date ? *date : now;
   if (flags != 0) return FailWithStatus(ERROR_INVALID_FLAGS);
   if (!picture || units < 0 || !IsDate(shown)) return FailWithStatus(ERROR_INVALID_PARAMETER);
@@ -207,7 +206,7 @@ int GetDateFormatW(LCID locale, DWORD flags, const SYSTEMTIME* date, LPCWSTR pic
 
 int GetTimeFormatW(LCID locale, DWORD flags, const SYSTEMTIME* time, LPCWSTR picture, LPWSTR buffer, int units) {
   SYSTEMTIME now;
-  if (!time) GetLocalTime(&now);
+  if (!time) now = LocalTime();
   const SYSTEMTIME& shown = time ? *time : now;
   const bool valid = shown.wHour < 24 && shown.wMinute < 60 && shown.wSecond < 60;
   if (flags != 0) return FailWithStatus(ERROR_INVALID_FLAGS);

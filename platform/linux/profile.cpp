@@ -109,21 +109,6 @@ DWORD GetPrivateProfileStringW(LPCWSTR section, LPCWSTR key, LPCWSTR defaultText
   return CopyText(found ? std::u16string_view(text) : WithoutTrailingSpaces(defaultText), buffer, units);
 }
 
-UINT GetPrivateProfileIntW(LPCWSTR section, LPCWSTR key, LONG defaultNumber, LPCWSTR path) {
-  const ProfilePointer profile = Open(path);
-  std::u16string text;
-  const bool found = section && key && profile && profile->FindValue(Trimmed(section), Trimmed(key), text);
-  if (profile && !found) SetLastError(ERROR_FILE_NOT_FOUND);
-  if (!found) return UINT(defaultNumber);
-  std::u16string_view rest = Trimmed(text);
-  const bool negative = rest.starts_with(u'-');
-  if (negative || rest.starts_with(u'+')) rest.remove_prefix(1);
-  UINT number = 0;
-  for (; !rest.empty() && rest.front() >= u'0' && rest.front() <= u'9'; rest.remove_prefix(1))
-    number = number * 10 + UINT(rest.front() - u'0');
-  return negative ? 0 - number : number;
-}
-
 DWORD GetPrivateProfileSectionNamesW(LPWSTR buffer, DWORD units, LPCWSTR path) {
   if (!buffer || units == 0) return 0;
   const ProfilePointer profile = Open(path);

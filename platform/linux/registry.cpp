@@ -30,27 +30,24 @@ constexpr Sql kSubKeyAt{
     "SELECT name, class, max(written, (SELECT coalesce(max(written), 0) FROM value WHERE key = id)),"
     " path FROM key WHERE parent = ?1 AND path >= ?3 ORDER BY path LIMIT 1 OFFSET ?2"};
 constexpr Sql kHasSubKey{S + 8, "SELECT 1 FROM key WHERE parent = ?1 LIMIT 1"};
-constexpr Sql kSubKeys{S + 9, "SELECT name, class FROM key WHERE parent = ?1"};
-constexpr Sql kKeyInfo{S + 10, "SELECT class, written FROM key WHERE id = ?1"};
 
-constexpr Sql kReadValue{S + 11, "SELECT type, data FROM value WHERE key = ?1 AND folded = ?2"};
+constexpr Sql kReadValue{S + 9, "SELECT type, data FROM value WHERE key = ?1 AND folded = ?2"};
 // Writes nothing if the key is gone; a value that is there keeps its place and the case of its name.
 constexpr Sql kWriteValue{
-    S + 12,
+    S + 10,
     "INSERT INTO value(key, folded, number, name, type, data, written)"
     " SELECT id, ?2, (SELECT coalesce(max(number), 0) + 1 FROM value WHERE key = ?1), ?3, ?4, ?5, ?6"
     " FROM key WHERE id = ?1"
     " ON CONFLICT(key, folded) DO UPDATE SET type = excluded.type, data = excluded.data, written = excluded.written"};
-constexpr Sql kChangeValue{S + 18,
+constexpr Sql kChangeValue{S + 11,
                            "UPDATE value SET type = ?3, data = ?4, written = ?5 WHERE key = ?1 AND folded = ?2"};
-constexpr Sql kFirstValues{S + 17, "SELECT folded, type, data FROM value WHERE key = ?1 LIMIT 128"};
+constexpr Sql kFirstValues{S + 12, "SELECT folded, type, data FROM value WHERE key = ?1 LIMIT 128"};
 constexpr Sql kDeleteValue{S + 13, "DELETE FROM value WHERE key = ?1 AND folded = ?2"};
 constexpr Sql kDeleteValues{S + 14, "DELETE FROM value WHERE key = ?1"};
 constexpr Sql kValueAt{S + 15,
                        "SELECT name, type, data, number FROM value WHERE key = ?1 AND number >= ?3"
                        " ORDER BY number LIMIT 1 OFFSET ?2"};
-constexpr Sql kValues{S + 16, "SELECT name, length(data), written FROM value WHERE key = ?1"};
-static_assert(S + 18 < kSqlSlots);
+static_assert(S + 15 < kSqlSlots);
 
 constexpr std::size_t kAskedBeforeAll = 3;
 
@@ -60,9 +57,7 @@ constexpr std::size_t kMostKeyUnits = 255;
 constexpr std::size_t kMostValueUnits = 16383;
 constexpr int kMostLevels = 512;
 
-constexpr REGSAM kSpecificRights = KEY_ALL_ACCESS;
 constexpr REGSAM kChangingRights = KEY_ALL_ACCESS & ~KEY_READ;
-constexpr REGSAM kBothViews = KEY_WOW64_64KEY | KEY_WOW64_32KEY;
 
 // Memory that a thread uses again in each call.
 struct Scratch {
@@ -99,15 +94,6 @@ LSTATUS FoldValueName(LPCWSTR name) {
   if (text.size() > kMostValueUnits) return ERROR_INVALID_PARAMETER;
   AppendFolded(scratch.folded, text);
   return ERROR_SUCCESS;
-}
-
-// The rights that a handle gets, generic ones spelled out.
-REGSAM Granted(REGSAM asked, bool writable) {
-  if (asked & (GENERIC_READ | GENERIC_EXECUTE)) asked |= KEY_READ;
-  if (asked & GENERIC_WRITE) asked |= KEY_WRITE;
-  if (asked & GENERIC_ALL) asked |= KEY_ALL_ACCESS;
-  if (asked & MAXIMUM_ALLOWED) asked |= writable ? KEY_ALL_ACCESS : KEY_READ;
-  return asked & kSpecificRights;
 }
 
 // Hundreds of nanoseconds since 1601, as a FILETIME counts.
@@ -275,11 +261,7 @@ struct Place {
 LSTATUS Grant(Store& store, REGSAM asked, REGSAM& rights) {
   // The hive's own key can be had without a file; its first write will tell.
   const bool ready = store.Connection() != nullptr;
-  if (asked & MAXIMUM_ALLOWED) {
-    rights = Granted(asked, !ready || store.CheckWritable() == ERROR_SUCCESS);
-    return ERROR_SUCCESS;
-  }
-  rights = Granted(asked, false);
+  rights = asked & KEY_ALL_ACCESS;
   return (rights & kChangingRights) && ready ? store.CheckWritable() : ERROR_SUCCESS;
 }
 
@@ -321,8 +303,6 @@ LSTATUS CheckNoSubKeys(Store& store, std::int64_t id) {
   return query.Add(id).Next() ? ERROR_ACCESS_DENIED : query.Status();
 }
 
-bool AsksForBothViews(REGSAM rights) { return (rights & kBothViews) == kBothViews; }
-
 }  // namespace
 
 Scope& Outside() {
@@ -335,7 +315,7 @@ Scope& Outside() {
 }
 
 LSTATUS OpenKey(Scope& scope, HKEY key, LPCWSTR path, const OpenArguments& arguments) {
-  if (!arguments.opened || arguments.options != 0 || AsksForBothViews(arguments.rights)) return ERROR_INVALID_PARAMETER;
+  if (!arguments.opened || arguments.options != 0) return ERROR_INVALID_PARAMETER;
   Place place;
   if (const LSTATUS status = place.Find(scope, key, path)) return status;
   KeyRef opened{place.store, kRootId, 0};
@@ -371,7 +351,7 @@ LSTATUS FindOrAddKey(const Place& place, LPCWSTR path, LPCWSTR class_name, std::
 LSTATUS CreateKey(Scope& scope, HKEY key, LPCWSTR path, LPCWSTR class_name, const OpenArguments& arguments,
                   DWORD* disposition) {
   if (!path) return ERROR_BADKEY;
-  if (!arguments.opened || arguments.options != 0 || AsksForBothViews(arguments.rights)) return ERROR_INVALID_PARAMETER;
+  if (!arguments.opened || arguments.options != 0) return ERROR_INVALID_PARAMETER;
   Place place;
   if (const LSTATUS status = place.Find(scope, key, path)) return status;
   KeyRef opened{place.store, kRootId, 0};
@@ -387,8 +367,8 @@ LSTATUS CreateKey(Scope& scope, HKEY key, LPCWSTR path, LPCWSTR class_name, cons
   return ERROR_SUCCESS;
 }
 
-LSTATUS DeleteKey(Scope& scope, HKEY key, LPCWSTR path, REGSAM rights) {
-  if (!path || AsksForBothViews(rights)) return ERROR_INVALID_PARAMETER;
+LSTATUS DeleteKey(Scope& scope, HKEY key, LPCWSTR path) {
+  if (!path) return ERROR_INVALID_PARAMETER;
   Place place;
   if (const LSTATUS status = place.Find(scope, key, path)) return status;
   const std::lock_guard lock(place.store->Mutex());
@@ -424,10 +404,6 @@ LSTATUS RegCreateKeyExW(HKEY key, LPCWSTR path, DWORD reserved, LPWSTR className
 }
 
 LSTATUS RegCloseKey(HKEY key) { return CloseHandleOf(key); }
-
-LSTATUS RegDeleteKeyExW(HKEY key, LPCWSTR path, REGSAM rights, DWORD reserved) {
-  return reserved != 0 ? ERROR_INVALID_PARAMETER : DeleteKey(Outside(), key, path, rights);
-}
 
 LSTATUS RegDeleteTreeW(HKEY key, LPCWSTR path) {
   const bool itself = !path || !*path;
@@ -466,52 +442,6 @@ LSTATUS RegEnumKeyExW(HKEY key, DWORD index, LPWSTR name, DWORD* nameUnits, DWOR
   GiveText(query.Text(0), name, nameUnits);
   GiveText(query.Text(1), className, classUnits);
   GiveTime(query.Number(2), written);
-  return ERROR_SUCCESS;
-}
-
-LSTATUS RegQueryInfoKeyW(HKEY key, LPWSTR className, DWORD* classUnits, DWORD* reserved, DWORD* subKeys,
-                         DWORD* maxSubKeyUnits, DWORD* maxClassUnits, DWORD* values, DWORD* maxValueNameUnits,
-                         DWORD* maxValueBytes, DWORD* securityBytes, FILETIME* written) {
-  if (reserved || (className && !classUnits)) return ERROR_INVALID_PARAMETER;
-  Use use(key, KEY_QUERY_VALUE);
-  DWORD keys = 0, key_units = 0, class_units = 0, count = 0, name_units = 0, data_bytes = 0;
-  std::int64_t time = 0;
-  std::string class_text;
-  LSTATUS status = use.ReadyToRead();
-  if (status == ERROR_SUCCESS) {
-    Batch batch(use.InStore(), /*reading=*/true);
-    if (batch.Status() != ERROR_SUCCESS) return batch.Status();
-    Query info(use.InStore(), kKeyInfo);
-    if (!info.Add(use.Id()).Next()) return info.Status() == ERROR_SUCCESS ? ERROR_KEY_DELETED : info.Status();
-    class_text = info.Text(0);
-    time = info.Number(1);
-    Query sub_keys(use.InStore(), kSubKeys);
-    for (sub_keys.Add(use.Id()); sub_keys.Next(); ++keys) {
-      key_units = std::max(key_units, UnitsOf(sub_keys.Text(0)));
-      class_units = std::max(class_units, UnitsOf(sub_keys.Text(1)));
-    }
-    Query all_values(use.InStore(), kValues);
-    for (all_values.Add(use.Id()); all_values.Next(); ++count) {
-      name_units = std::max(name_units, UnitsOf(all_values.Text(0)));
-      data_bytes = std::max(data_bytes, DWORD(all_values.Number(1)));
-      time = std::max(time, all_values.Number(2));
-    }
-    status = sub_keys.Status() != ERROR_SUCCESS ? sub_keys.Status() : all_values.Status();
-  }
-  if (status != ERROR_SUCCESS && status != ERROR_FILE_NOT_FOUND) return status;
-  if (!Fits(class_text, className, classUnits)) return ERROR_MORE_DATA;
-  GiveText(class_text, className, classUnits);
-  const auto give = [](DWORD* out, DWORD number) {
-    if (out) *out = number;
-  };
-  give(subKeys, keys);
-  give(maxSubKeyUnits, key_units);
-  give(maxClassUnits, class_units);
-  give(values, count);
-  give(maxValueNameUnits, name_units);
-  give(maxValueBytes, data_bytes);
-  give(securityBytes, 0);
-  GiveTime(time, written);
   return ERROR_SUCCESS;
 }
 

@@ -25,6 +25,6 @@ struct OpenArguments {
 LSTATUS OpenKey(Scope& scope, HKEY key, LPCWSTR path, const OpenArguments& arguments);
 LSTATUS CreateKey(Scope& scope, HKEY key, LPCWSTR path, LPCWSTR class_name, const OpenArguments& arguments,
                   DWORD* disposition);
-LSTATUS DeleteKey(Scope& scope, HKEY key, LPCWSTR path, REGSAM rights);
+LSTATUS DeleteKey(Scope& scope, HKEY key, LPCWSTR path);
 
 }  // namespace kvregistry

@@ -2,6 +2,7 @@
 #include <mutex>
 
 #include "platform/handles.h"
+#include "platform/linux/errno_status.h"
 #include "platform/linux/handle_table.h"
 #include "platform/linux/registry_calls.h"
 
@@ -43,22 +44,17 @@ class Transaction : public HandleObject, public Scope {
   bool ended_ = false;
 };
 
-BOOL End(HANDLE handle, bool commit) {
-  const auto transaction = ::FindHandle<Transaction>(handle);
-  const LSTATUS status = transaction ? transaction->End(commit) : ERROR_INVALID_HANDLE;
-  if (status != ERROR_SUCCESS) SetLastError(DWORD(status));
-  return status == ERROR_SUCCESS;
-}
-
 }  // namespace
 
 HANDLE CreateTransaction(SECURITY_ATTRIBUTES*, void*, DWORD, DWORD, DWORD, DWORD, LPWSTR) {
   return AddHandle(std::make_shared<Transaction>());
 }
 
-BOOL CommitTransaction(HANDLE transaction) { return End(transaction, /*commit=*/true); }
-
-BOOL RollbackTransaction(HANDLE transaction) { return End(transaction, /*commit=*/false); }
+BOOL CommitTransaction(HANDLE handle) {
+  const auto transaction = ::FindHandle<Transaction>(handle);
+  const LSTATUS status = transaction ? transaction->End(/*commit=*/true) : ERROR_INVALID_HANDLE;
+  return status == ERROR_SUCCESS || FailWithStatus(status);
+}
 
 LSTATUS RegCreateKeyTransactedW(HKEY key, LPCWSTR path, DWORD reserved, LPWSTR className, DWORD options, REGSAM rights,
                                 const SECURITY_ATTRIBUTES*, PHKEY opened, DWORD* disposition, HANDLE transaction,
@@ -76,9 +72,8 @@ LSTATUS RegOpenKeyTransactedW(HKEY key, LPCWSTR path, DWORD options, REGSAM righ
   return extended ? ERROR_INVALID_PARAMETER : OpenKey(*scope, key, path, {options, rights, opened});
 }
 
-LSTATUS RegDeleteKeyTransactedW(HKEY key, LPCWSTR path, REGSAM rights, DWORD reserved, HANDLE transaction,
-                                void* extended) {
+LSTATUS RegDeleteKeyTransactedW(HKEY key, LPCWSTR path, REGSAM, DWORD reserved, HANDLE transaction, void* extended) {
   const auto scope = ::FindHandle<Transaction>(transaction);
   if (!scope) return ERROR_INVALID_HANDLE;
-  return reserved != 0 || extended ? ERROR_INVALID_PARAMETER : DeleteKey(*scope, key, path, rights);
+  return reserved != 0 || extended ? ERROR_INVALID_PARAMETER : DeleteKey(*scope, key, path);
 }

@@ -91,14 +91,12 @@ std::u16string DataModulePath(HINSTANCE module) {
 }
 
 HMODULE LoadLibraryExW(LPCWSTR path, HANDLE file, DWORD flags) {
-  constexpr DWORD kAsData =
-      LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE | LOAD_LIBRARY_AS_DATAFILE_EXCLUSIVE;
   const auto fail = [](LONG status) {
     FailWithStatus(status);
     return HMODULE(nullptr);
   };
   if (!path || !*path || file) return fail(ERROR_INVALID_PARAMETER);
-  if ((flags & kAsData) == 0) return fail(ERROR_NOT_SUPPORTED);
+  if ((flags & LOAD_LIBRARY_AS_DATAFILE) == 0) return fail(ERROR_NOT_SUPPORTED);
   const std::u16string named = WithExtension(path);
   const std::string system = SystemPathFromProduct(named.c_str());
   std::vector<std::byte> bytes;

@@ -17,6 +17,7 @@
 
 #include "platform/linux/errno_status.h"
 #include "platform/linux/handle_table.h"
+#include "platform/linux/process_handle.h"
 #include "platform/linux/utf8.h"
 
 namespace {
@@ -93,7 +94,7 @@ BOOL Next(Snapshot& snapshot, LPPROCESSENTRY32W entry) {
 
 // The program of a handle's process; on failure empty, with the last status set.
 std::string ProgramOf(HANDLE process) {
-  const DWORD id = GetProcessId(process);
+  const DWORD id = ProcessIdOf(process);
   if (id == 0) return {};
   std::string name = ProgramName(id);
   if (WaitForSingleObject(process, 0) != WAIT_TIMEOUT) {

@@ -11,36 +11,6 @@
 
 namespace {
 
-constexpr DWORD kCommitFlags = STGC_OVERWRITE | STGC_ONLYIFCURRENT | STGC_DANGEROUSLYCOMMITMERELYTODISKCACHE;
-
-class Elements final : public Counted<IEnumSTATSTG> {
- public:
-  explicit Elements(const StorageNode& storage) : nodes_(storage.elements.begin(), storage.elements.end()) {}
-
-  HRESULT Next(ULONG count, STATSTG* facts, ULONG* fetched) override {
-    if (!facts || (!fetched && count != 1)) return STG_E_INVALIDPOINTER;
-    ULONG given = 0;
-    const HRESULT result = Guarded([&] {
-      for (; given < count && next_ < nodes_.size(); ++next_) {
-        if (nodes_[next_]->is_gone) continue;
-        FillFacts(*nodes_[next_], CopyForCaller(nodes_[next_]->name), /*mode=*/0, facts + given);
-        ++given;
-      }
-      return given == count ? S_OK : S_FALSE;
-    });
-    if (fetched) *fetched = given;
-    return result;
-  }
-  HRESULT Reset() override {
-    next_ = 0;
-    return S_OK;
-  }
-
- private:
-  const std::vector<std::shared_ptr<StorageNode>> nodes_;
-  std::size_t next_ = 0;
-};
-
 class Storage final : public NodeObject<IStorage> {
  public:
   Storage(std::shared_ptr<StorageDocument> document, std::shared_ptr<StorageNode> node, DWORD mode)
@@ -71,8 +41,6 @@ class Storage final : public NodeObject<IStorage> {
   }
 
   HRESULT Commit(DWORD flags) override;
-  HRESULT Revert() override;
-  HRESULT EnumElements(DWORD reserved1, void* reserved2, DWORD reserved3, IEnumSTATSTG** elements) override;
   HRESULT DestroyElement(LPCWSTR name) override;
   HRESULT Stat(STATSTG* facts, DWORD flags) override {
     return StatAs(facts, flags, is_root_ ? document_->path : node_->name);
@@ -88,13 +56,13 @@ class Storage final : public NodeObject<IStorage> {
   }
 
   template <class Out>
-  HRESULT CheckCall(LPCWSTR name, DWORD mode, bool reserved, bool is_storage, Out** out) const {
+  HRESULT CheckCall(LPCWSTR name, DWORD mode, bool reserved, Out** out) const {
     if (!out) return STG_E_INVALIDPOINTER;
     *out = nullptr;
     if (node_->is_gone) return STG_E_REVERTED;
     if (reserved) return STG_E_INVALIDPARAMETER;
     const HRESULT result = CheckElementName(name);
-    return SUCCEEDED(result) ? CheckElementMode(mode, mode_, is_storage) : result;
+    return SUCCEEDED(result) ? CheckElementMode(mode, mode_) : result;
   }
   template <class Out>
   HRESULT Create(LPCWSTR name, DWORD mode, bool reserved, bool is_storage, Out** out,
@@ -114,7 +82,7 @@ class Storage final : public NodeObject<IStorage> {
 template <class Out>
 HRESULT Storage::Create(LPCWSTR name, DWORD mode, bool reserved, bool is_storage, Out** out,
                         std::shared_ptr<StorageNode>& made) {
-  const HRESULT result = CheckCall(name, mode, reserved, is_storage, out);
+  const HRESULT result = CheckCall(name, mode, reserved, out);
   if (FAILED(result)) return result;
   if (!CanWrite(mode_)) return STG_E_ACCESSDENIED;
   if (is_storage && node_->depth >= compound::kMaxDepth) return STG_E_MEDIUMFULL;
@@ -136,7 +104,7 @@ HRESULT Storage::Create(LPCWSTR name, DWORD mode, bool reserved, bool is_storage
 template <class Out>
 HRESULT Storage::Find(LPCWSTR name, DWORD mode, bool reserved, bool is_storage, Out** out,
                       std::shared_ptr<StorageNode>& found) const {
-  const HRESULT result = CheckCall(name, mode, reserved || (mode & STGM_CREATE) != 0, is_storage, out);
+  const HRESULT result = CheckCall(name, mode, reserved || (mode & STGM_CREATE) != 0, out);
   if (FAILED(result)) return result;
   found = node_->Find(name);
   if (!found || found->is_storage != is_storage) return STG_E_FILENOTFOUND;
@@ -174,41 +142,14 @@ HRESULT Storage::DestroyElement(LPCWSTR name) {
   return S_OK;
 }
 
-HRESULT Storage::EnumElements(DWORD reserved1, void* reserved2, DWORD reserved3, IEnumSTATSTG** elements) {
-  if (!elements) return STG_E_INVALIDPOINTER;
-  *elements = nullptr;
-  if (node_->is_gone) return STG_E_REVERTED;
-  if (reserved1 != 0 || reserved2 || reserved3 != 0) return STG_E_INVALIDPARAMETER;
-  if (!CanRead(mode_)) return STG_E_ACCESSDENIED;
-  return Guarded([&] {
-    *elements = new Elements(*node_);
-    return S_OK;
-  });
-}
-
-// ---- commit and revert
+// ---- commit
 
 HRESULT Storage::Commit(DWORD flags) {
   if (node_->is_gone) return STG_E_REVERTED;
-  if (flags & ~kCommitFlags) return STG_E_INVALIDFLAG;
+  if (flags != STGC_DEFAULT) return STG_E_INVALIDFLAG;
   if (!CanWrite(mode_)) return STG_E_ACCESSDENIED;
   if (!is_root_ || (!document_->changed && document_->has_file)) return S_OK;
   return Guarded([&] { return document_->Save(); });
-}
-
-HRESULT Storage::Revert() {
-  if (node_->is_gone) return STG_E_REVERTED;
-  if (!is_root_ || (mode_ & STGM_TRANSACTED) == 0 || !document_->changed) return S_OK;
-  return Guarded([&] {
-    if (document_->has_file) {
-      if (const HRESULT result = document_->Load(); FAILED(result)) return result;
-    } else {
-      document_->Clear();
-    }
-    node_ = document_->root;
-    node_->is_open = true;
-    return S_OK;
-  });
 }
 
 HRESULT NewRoot(std::shared_ptr<StorageDocument> document, IStorage** storage) {

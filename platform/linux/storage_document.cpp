@@ -14,9 +14,10 @@ namespace {
 
 constexpr DWORD kAccessBits = 0x3;
 constexpr DWORD kShareBits = 0x70;
-constexpr DWORD kUnsupported = STGM_CONVERT | STGM_PRIORITY | STGM_DIRECT_SWMR | STGM_DELETEONRELEASE | STGM_SIMPLE;
 constexpr DWORD kElementBits = kAccessBits | kShareBits | STGM_CREATE;
-constexpr DWORD kRootBits = kElementBits | STGM_TRANSACTED | STGM_NOSCRATCH | STGM_NOSNAPSHOT;
+constexpr DWORD kRootBits = kElementBits | STGM_TRANSACTED;
+
+bool IsAccess(DWORD mode) { return (mode & kAccessBits) == STGM_READ || (mode & kAccessBits) == STGM_READWRITE; }
 
 }  // namespace
 
@@ -57,25 +58,21 @@ HRESULT StorageDocument::Save() {
 // ---- modes and names
 
 HRESULT CheckRootMode(DWORD mode) {
-  if (mode & kUnsupported) return STG_E_UNIMPLEMENTEDFUNCTION;
-  const DWORD access = mode & kAccessBits, share = mode & kShareBits;
-  if ((mode & ~kRootBits) != 0 || access == kAccessBits || share > STGM_SHARE_DENY_NONE) return STG_E_INVALIDFLAG;
+  const DWORD share = mode & kShareBits;
+  if ((mode & ~kRootBits) != 0 || !IsAccess(mode) || share > STGM_SHARE_DENY_WRITE) return STG_E_INVALIDFLAG;
   if (mode & STGM_TRANSACTED) return S_OK;
-  if (mode & (STGM_NOSCRATCH | STGM_NOSNAPSHOT)) return STG_E_INVALIDFLAG;
-  const bool good = share == STGM_SHARE_EXCLUSIVE || (share == STGM_SHARE_DENY_WRITE && access == STGM_READ);
+  const bool good = share == STGM_SHARE_EXCLUSIVE || (share == STGM_SHARE_DENY_WRITE && !CanWrite(mode));
   return good ? S_OK : STG_E_INVALIDFLAG;
 }
 
-HRESULT CheckElementMode(DWORD mode, DWORD storage_mode, bool is_storage) {
-  if (mode & (kUnsupported | STGM_TRANSACTED)) return is_storage ? STG_E_UNIMPLEMENTEDFUNCTION : STG_E_INVALIDFUNCTION;
-  if ((mode & ~kElementBits) != 0 || (mode & kAccessBits) == kAccessBits) return STG_E_INVALIDFLAG;
+HRESULT CheckElementMode(DWORD mode, DWORD storage_mode) {
+  if (mode & STGM_TRANSACTED) return STG_E_INVALIDFUNCTION;
+  if ((mode & ~kElementBits) != 0 || !IsAccess(mode)) return STG_E_INVALIDFLAG;
   if ((mode & kShareBits) != STGM_SHARE_EXCLUSIVE) return STG_E_INVALIDFLAG;
-  const bool fits = (CanRead(storage_mode) || !CanRead(mode)) && (CanWrite(storage_mode) || !CanWrite(mode));
-  return fits ? S_OK : STG_E_ACCESSDENIED;
+  return CanWrite(mode) && !CanWrite(storage_mode) ? STG_E_ACCESSDENIED : S_OK;
 }
 
-bool CanRead(DWORD mode) { return (mode & kAccessBits) != STGM_WRITE; }
-bool CanWrite(DWORD mode) { return (mode & kAccessBits) != STGM_READ; }
+bool CanWrite(DWORD mode) { return (mode & kAccessBits) == STGM_READWRITE; }
 
 HRESULT CheckElementName(LPCWSTR name) {
   if (!name || !*name) return STG_E_INVALIDNAME;

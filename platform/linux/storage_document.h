@@ -29,8 +29,7 @@ struct StorageDocument {
 
 // S_OK, or the failure for an invalid mode. An element's mode must also fit the mode of its storage.
 HRESULT CheckRootMode(DWORD mode);
-HRESULT CheckElementMode(DWORD mode, DWORD storage_mode, bool is_storage);
-bool CanRead(DWORD mode);
+HRESULT CheckElementMode(DWORD mode, DWORD storage_mode);
 bool CanWrite(DWORD mode);
 HRESULT CheckElementName(LPCWSTR name);
 

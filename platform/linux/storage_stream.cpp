@@ -12,7 +12,6 @@ class Stream final : public NodeObject<IStream> {
     if (read) *read = 0;
     if (!target) return STG_E_INVALIDPOINTER;
     if (node_->is_gone) return STG_E_REVERTED;
-    if (!CanRead(mode_)) return STG_E_ACCESSDENIED;
     const ULONGLONG size = node_->content.Size();
     const ULONG part = position_ < size ? ULONG(std::min<ULONGLONG>(bytes, size - position_)) : 0;
     const HRESULT result = node_->content.Read(position_, target, part);
@@ -53,7 +52,6 @@ class Stream final : public NodeObject<IStream> {
   }
 
   HRESULT Commit(DWORD) override { return node_->is_gone ? STG_E_REVERTED : S_OK; }
-  HRESULT Revert() override { return node_->is_gone ? STG_E_REVERTED : S_OK; }
   HRESULT Stat(STATSTG* facts, DWORD flags) override { return StatAs(facts, flags, node_->name); }
 
  private:

@@ -123,7 +123,7 @@ int MultiByteToWideChar(UINT codePage, DWORD, LPCSTR source, int sourceBytes, LP
   if (!source || sourceBytes == 0 || targetUnits < 0) return 0;
   const int length = LengthOf(source, sourceBytes);
   Sink<char16_t> out(target, targetUnits);
-  if (codePage == CP_UTF8 || codePage == CP_ACP) return Utf8ToWide(source, length, out);
+  if (codePage == CP_UTF8) return Utf8ToWide(source, length, out);
   if (codePage != kCodePage1252) return 0;
   for (int i = 0; i < length; ++i) out.Put(Widen1252(static_cast<unsigned char>(source[i])));
   return out.Result();
@@ -135,7 +135,7 @@ int WideCharToMultiByte(UINT codePage, DWORD, LPCWSTR source, int sourceUnits, L
   if (!source || sourceUnits == 0 || targetBytes < 0) return 0;
   const int length = LengthOf(source, sourceUnits);
   Sink<char> out(target, targetBytes);
-  if (codePage == CP_UTF8 || codePage == CP_ACP) return WideToUtf8(source, length, out);
+  if (codePage == CP_UTF8) return WideToUtf8(source, length, out);
   if (codePage != kCodePage1252) return 0;
   for (int i = 0; i < length; ++i) {
     char byte = defaultCharacter ? *defaultCharacter : '?';

@@ -91,8 +91,6 @@ ThreadExits& Exits() {
 
 class Thread : public WaitableObject {
  public:
-  explicit Thread(DWORD suspended = 0) : suspended_(suspended) {}
-
   // Waits until the thread has published its number.
   DWORD AwaitId() const {
     id_.wait(0, std::memory_order_acquire);
@@ -148,10 +146,10 @@ class Thread : public WaitableObject {
   bool ended_ = false;  // protected by ThreadExits::lock
   std::mutex lock_;
   std::condition_variable resumed_;
-  std::atomic<DWORD> suspended_;  // changed under lock_
+  std::atomic<DWORD> suspended_ = 0;  // changed under lock_
 };
 
-// The thread object of a thread that CreateThread started or that has used GetCurrentThread; else null.
+// The thread object of a thread that CreateThread started; else null.
 thread_local std::shared_ptr<Thread> t_thread;
 
 // Its destructor runs after the thread's other thread-local data is destroyed, so that the thread's end is its last
@@ -166,21 +164,6 @@ pthread_key_t EndKey() {
     return created;
   }();
   return key;
-}
-
-const std::shared_ptr<Thread>& ThisThread() {
-  if (!t_thread) {
-    t_thread = std::make_shared<Thread>();
-    t_thread->PublishId(GetCurrentThreadId());
-    pthread_setspecific(EndKey(), new std::shared_ptr<Thread>(t_thread));
-  }
-  return t_thread;
-}
-
-template <class Object>
-std::shared_ptr<Object> FindPseudoOr(HANDLE handle) {
-  if (handle == GetCurrentThread()) return ThisThread();
-  return FindHandle<Object>(handle);
 }
 
 struct Start {
@@ -202,8 +185,8 @@ void* RunThread(void* argument) {
 }  // namespace
 
 HANDLE CreateThread(SECURITY_ATTRIBUTES*, std::size_t stackBytes, LPTHREAD_START_ROUTINE routine, void* parameter,
-                    DWORD flags, LPDWORD id) {
-  auto thread = std::make_shared<Thread>(/*suspended=*/(flags & CREATE_SUSPENDED) != 0);
+                    DWORD, LPDWORD id) {
+  auto thread = std::make_shared<Thread>();
   auto start = std::make_unique<Start>(Start{thread, routine, parameter});
   pthread_attr_t attributes;
   pthread_attr_init(&attributes);
@@ -222,15 +205,13 @@ HANDLE CreateThread(SECURITY_ATTRIBUTES*, std::size_t stackBytes, LPTHREAD_START
   return AddHandle(std::move(thread));
 }
 
-HANDLE GetCurrentThread() { return reinterpret_cast<HANDLE>(kPseudoThread); }
-
 DWORD SuspendThread(HANDLE handle) {
-  const auto thread = FindPseudoOr<Thread>(handle);
+  const auto thread = FindHandle<Thread>(handle);
   return thread ? thread->Suspend() : DWORD(-1);
 }
 
 DWORD ResumeThread(HANDLE handle) {
-  const auto thread = FindPseudoOr<Thread>(handle);
+  const auto thread = FindHandle<Thread>(handle);
   return thread ? thread->Resume() : DWORD(-1);
 }
 
@@ -310,7 +291,7 @@ DWORD WaitForMultipleObjects(DWORD count, const HANDLE* handles, BOOL all, DWORD
   }
   Waitables objects;
   for (DWORD at = 0; at < count; ++at) {
-    objects.push_back(FindPseudoOr<WaitableObject>(handles[at]));
+    objects.push_back(FindHandle<WaitableObject>(handles[at]));
     if (!objects.back()) return WAIT_FAILED;
   }
   const Deadline deadline(milliseconds);

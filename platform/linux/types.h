@@ -34,7 +34,6 @@ using LPCTSTR = const TCHAR*;
 using LPCWSTR = const WCHAR*;
 using LPSTR = char*;
 using LPCSTR = const char*;
-using LPBYTE = BYTE*;
 using LPDWORD = DWORD*;
 
 #define KV_TEXT_LITERAL(text) u##text
@@ -66,8 +65,6 @@ inline constexpr DWORD MAX_PATH = 260;
 #define INVALID_HANDLE_VALUE (reinterpret_cast<HANDLE>(static_cast<std::intptr_t>(-1)))
 
 // General access rights; each kind of object defines their meaning.
-inline constexpr ACCESS_MASK GENERIC_ALL = 0x10000000;
-inline constexpr ACCESS_MASK GENERIC_EXECUTE = 0x20000000;
 inline constexpr ACCESS_MASK GENERIC_WRITE = 0x40000000;
 inline constexpr ACCESS_MASK GENERIC_READ = 0x80000000;
 

@@ -112,16 +112,19 @@ TEST(AutomationValues, NumbersAndTextsAreShownAsText) {
   EXPECT_EQ(text(VT_UI4, &VARIANT::ulVal, 4000000000u), "4000000000");
   EXPECT_EQ(text(VT_I8, &VARIANT::llVal, LLONG_MIN), "-9223372036854775808");
   EXPECT_EQ(text(VT_UI8, &VARIANT::ullVal, ULLONG_MAX), "18446744073709551615");
-  EXPECT_EQ(text(VT_BOOL, &VARIANT::boolVal, VARIANT_TRUE), "-1");
+  EXPECT_EQ(text(VT_BOOL, &VARIANT::boolVal, -1), "-1");
   EXPECT_EQ(text(VT_R8, &VARIANT::dblVal, 0.1), "0.1");
   EXPECT_EQ(text(VT_R8, &VARIANT::dblVal, 1e20), "1E+20");
   EXPECT_EQ(text(VT_R4, &VARIANT::fltVal, 0.1f), "0.1");
   EXPECT_EQ(text(VT_DISPATCH, &VARIANT::pdispVal, nullptr), "");
   EXPECT_EQ(text(VT_BYREF | VT_BSTR, &VARIANT::byref, nullptr), "");
-  BSTR word = SysAllocStringLen(_T("a\0b"), 3);
+  struct {
+    DWORD bytes = 6;
+    TCHAR units[4] = {'a', 0, 'b', 0};
+  } counted;
+  BSTR word = counted.units;
   EXPECT_EQ(text(VT_BSTR, &VARIANT::bstrVal, word), std::string("a\0b", 3));
   EXPECT_EQ(text(VT_BYREF | VT_BSTR, &VARIANT::byref, &word), std::string("a\0b", 3));
-  SysFreeString(word);
 }
 
 }  // namespace
