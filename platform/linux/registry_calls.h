@@ -1,20 +1,20 @@
-// What the calls on keys share with their transacted forms. Internal to platform/linux.
+// The calls on keys, shared by their plain and their transacted forms. Internal to platform/linux.
 #pragma once
 
 #include "platform/linux/registry_handles.h"
 
 namespace kvregistry {
 
-// Where an opening call looks: in the hive as it is, or within a transaction.
+// Where an opening call looks: in the hive, or in a transaction.
 class Scope {
  public:
   virtual ~Scope() = default;
-  // The store to use for a key that the caller named by a handle of `store`; null if the transaction has ended.
+  // The store to use for a key whose handle belongs to `store`; null if the transaction has ended.
   virtual std::shared_ptr<Store> StoreFor(const Store& store) = 0;
 };
 
-// The scope of calls outside any transaction.
-Scope& Outside();
+// The scope of the calls without Transacted in their names.
+Scope& NoTransaction();
 
 struct OpenArguments {
   DWORD options;

@@ -27,7 +27,7 @@ struct Table {
   std::vector<std::uint32_t> free;
 };
 
-// Never destroyed, as the stores.
+// Never destroyed: destructors of other static objects may use the registry.
 Table& Handles() {
   static Table* const table = [] {
     pthread_atfork([] { Handles().mutex.lock(); }, [] { Handles().mutex.unlock(); }, [] { Handles().mutex.unlock(); });
@@ -51,7 +51,7 @@ Slot* Find(Table& table, HKEY key) {
 }  // namespace
 
 bool IsPredefined(HKEY key, Hive& hive) {
-  // The upper half may be filled with the sign, as where the handle went through a 32-bit number.
+  // A handle that went through a signed 32-bit number has its upper half filled with the sign.
   const auto number = std::intptr_t(reinterpret_cast<std::uintptr_t>(key));
   if (number != std::int32_t(number) && std::uintptr_t(number) >> 32 != 0) return false;
   const auto low = std::uint32_t(number);
@@ -66,7 +66,7 @@ LSTATUS FindHandle(HKEY key, KeyRef& found, std::string* path) {
     found = {CurrentStore(hive), kRootId, KEY_ALL_ACCESS};
     return ERROR_SUCCESS;
   }
-  found.store.reset();  // not below, where the lock is held
+  found.store.reset();  // before the lock: the last reference may close a connection
   Table& table = Handles();
   const std::lock_guard lock(table.mutex);
   const Slot* slot = Find(table, key);
@@ -95,7 +95,7 @@ HKEY NewHandle(const KeyRef& key, const std::string& path) {
 LSTATUS CloseHandleOf(HKEY key) {
   Hive hive;
   if (IsPredefined(key, hive)) return ERROR_SUCCESS;
-  std::shared_ptr<Store> last_use;  // given up outside the lock
+  std::shared_ptr<Store> last_use;  // released after the lock
   Table& table = Handles();
   const std::lock_guard lock(table.mutex);
   Slot* slot = Find(table, key);

@@ -1,0 +1,91 @@
+// What was read from a hive before: ids of keys, values, and where walks by number have got to. Internal to
+// platform/linux.
+#pragma once
+
+#include <sqlite3.h>
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <limits>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "platform/registry.h"
+
+namespace kvregistry {
+
+// Used by one thread at a time.
+class Cache {
+ public:
+  // Begins to watch the file of an open connection for changes by other processes. Without this call, and where the
+  // file can't be watched, no key and no value is cached.
+  void Watch(sqlite3* connection);
+  // Forgets everything, and stops watching.
+  void Clear();
+
+  // Cached id of a folded path; 0: known missing; -1: not cached.
+  std::int64_t FindKey(std::string_view path);
+  // Adds what was read after FindKey returned -1; does nothing if the hive has changed since.
+  void AddKey(std::string_view path, std::int64_t id);
+
+  struct Value {
+    LSTATUS status = ERROR_SUCCESS;  // or ERROR_FILE_NOT_FOUND: known missing
+    DWORD type = REG_NONE;
+    std::string data;
+  };
+  // Cached value of a key by its folded name; null: not cached. The pointer is valid until the next call.
+  const Value* FindValue(std::int64_t key, std::string_view folded);
+  // Adds what was read after FindValue returned null; does nothing if the hive has changed since.
+  void AddValue(std::int64_t key, std::string_view folded, LSTATUS status, DWORD type, std::string_view data);
+  std::size_t CountValues(std::int64_t key) const;
+
+  // Whether the cache holds for the hive as it is now; otherwise forgets keys and values. A caller that commits one
+  // change of its own asks before it, and calls KeepAfterOwnChange after it.
+  bool IsCurrent();
+  // Keeps keys and values if the hive has had exactly one commit since IsCurrent returned true. The caller then adds
+  // what its change wrote.
+  void KeepAfterOwnChange();
+
+  // The version of a hive's content: changes with every commit, and with every change of the own transaction.
+  struct Content {
+    unsigned file = 0;
+    int own_changes = 0;
+    bool operator==(const Content&) const = default;
+  };
+  // The item that a walk by number has returned last.
+  struct Position {
+    std::int64_t index = 0;
+    std::string path;                                                // of a sub-key; "" is before the first one
+    std::int64_t number = std::numeric_limits<std::int64_t>::min();  // of a value
+    Content content;                                                 // that the item was read from
+  };
+  enum class Items { kSubKeys, kValues };
+  // The position in a key's items, to be read and changed by the caller; valid until the next call.
+  Position& PositionIn(std::int64_t key, Items items);
+  void ClearPositions();
+
+ private:
+  // The head of the shared index of the write-ahead log, which identifies the last commit.
+  using LogHead = std::array<std::uint64_t, 6>;
+  struct TextHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
+  };
+  template <class Item>
+  using ByName = std::unordered_map<std::string, Item, TextHash, std::equal_to<>>;
+
+  LogHead ReadLogHead() const;
+  bool MayAdd() const { return log_head_ && ReadLogHead() == cached_head_; }
+  void ClearItems();
+
+  const std::uint64_t* log_head_ = nullptr;  // in memory that all processes share
+  LogHead cached_head_{};                    // when keys and values were read
+  ByName<std::int64_t> keys_;
+  std::unordered_map<std::int64_t, ByName<Value>> values_;
+  std::size_t value_count_ = 0;
+  std::unordered_map<std::int64_t, Position> positions_[2];
+};
+
+}  // namespace kvregistry
