@@ -11,16 +11,17 @@
 #include <cstdint>
 #include <cstring>
 #include <unordered_set>
-#include <vector>
+#include <utility>
 
 #include "framework/block_pool.h"
+#include "platform/probe_table.h"
 #include "platform/types.h"
 
 class StoredNumbers {
  public:
   StoredNumbers() = default;
   ~StoredNumbers() {
-    for (const Place& place : places_)
+    for (const Place& place : places_.All())
       if (place.group) BlockPool::Free(place.group, Group::Bytes(place.group->room));
   }
   StoredNumbers(const StoredNumbers&) = delete;
@@ -51,7 +52,7 @@ class StoredNumbers {
   void RollBack(DWORD count) {
     if (count == count_) return;
     count_ = count;
-    for (const Place& place : places_)
+    for (const Place& place : places_.All())
       if (place.group) place.group->Keep(count);
   }
 
@@ -120,20 +121,24 @@ class StoredNumbers {
   };
   static constexpr WORD kFirstRoom = 4;
 
-  // A slot of the hash table (open addressing).
+  // A slot of the hash table.
   struct Place {
     std::uintptr_t key = 0;
     Group* group = nullptr;
+    bool IsFree() const { return !group; }
+  };
+  static std::uint64_t HashOf(std::uintptr_t key) { return key * 0x9E3779B97F4A7C15u; }
+  struct PlaceHash {
+    std::uint64_t operator()(const Place& place) const { return HashOf(place.key); }
   };
 
-  Place& PlaceOf(std::uintptr_t key) const {
-    std::size_t at = (key * 0x9E3779B97F4A7C15u) >> shift_;
-    while (places_[at].group && places_[at].key != key) at = (at + 1) & (places_.size() - 1);
-    return places_[at];
+  const Place& PlaceOf(std::uintptr_t key) const {
+    return places_.Locate(HashOf(key), [key](const Place& place) { return place.key == key; });
   }
+  Place& PlaceOf(std::uintptr_t key) { return const_cast<Place&>(std::as_const(*this).PlaceOf(key)); }
 
   Place& Open(std::uintptr_t key) {
-    if ((groups_ + 1) * 2 > places_.size()) Grow();
+    if ((groups_ + 1) * 2 > places_.Slots()) places_.Resize(places_.Slots() * 2);
     auto* group = new (BlockPool::Allocate(Group::Bytes(kFirstRoom))) Group{};
     group->room = kFirstRoom;
     ++groups_;
@@ -150,16 +155,7 @@ class StoredNumbers {
     return wider;
   }
 
-  void Grow() {
-    std::vector<Place> old(places_.size() * 2);
-    old.swap(places_);
-    --shift_;
-    for (const Place& place : old)
-      if (place.group) PlaceOf(place.key) = place;
-  }
-
-  mutable std::vector<Place> places_ = std::vector<Place>(64);
-  int shift_ = 64 - 6;
+  ProbeTable<Place, PlaceHash> places_{64};
   std::size_t groups_ = 0;
   DWORD count_ = 0;
   std::unordered_set<const void*> unstorable_;

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "platform/linux/utf8.h"
+#include "platform/probe_table.h"
 
 namespace kvprofile {
 
@@ -45,7 +46,7 @@ UChar32 Folded(UChar32 character) {
   return u_foldCase(character, U_FOLD_CASE_DEFAULT);
 }
 
-UChar32 NextFolded(std::string_view text, std::size_t& at) {
+inline UChar32 NextFolded(std::string_view text, std::size_t& at) {
   UChar32 character = static_cast<unsigned char>(text[at]);
   if (character < 0x80)
     ++at;
@@ -53,7 +54,7 @@ UChar32 NextFolded(std::string_view text, std::size_t& at) {
     U8_NEXT_OR_FFFD(reinterpret_cast<const std::uint8_t*>(text.data()), at, text.size(), character);
   return Folded(character);
 }
-UChar32 NextFolded(std::u16string_view text, std::size_t& at) {
+inline UChar32 NextFolded(std::u16string_view text, std::size_t& at) {
   UChar32 character = 0;
   U16_NEXT(text.data(), at, text.size(), character);
   return Folded(character);
@@ -220,7 +221,12 @@ class Text final : public Profile {
     std::uint32_t parent = 0;  // the section's content; kTop for a section
     std::uint32_t at = kFree;
     std::uint32_t length = 0;
+    bool IsFree() const { return at == kFree; }
   };
+  struct SlotHash {
+    std::uint64_t operator()(const Slot& slot) const { return WideHash(slot.hash); }
+  };
+  static std::uint64_t WideHash(std::uint32_t hash) { return std::uint64_t(hash) << 32; }
   static constexpr std::uint32_t kFree = 0xFFFFFFFF;
   static constexpr std::uint32_t kTop = 0xFFFFFFFF;
 
@@ -289,7 +295,6 @@ class Text final : public Profile {
   // ---- the index
 
   void Index() {
-    slots_.resize(64);
     bool counts = false;  // true inside the first section of a name
     for (std::uint32_t at = start_; at < Length();) {
       const Line line = LineAt(at);
@@ -308,38 +313,24 @@ class Text final : public Profile {
   bool Enter(Range name, std::uint32_t parent) {
     const View text = ViewOf(name);
     const std::uint32_t hash = HashOf(text, parent);
-    Slot* slot = const_cast<Slot*>(SlotOf(text, hash, parent));
-    if (slot->at != kFree) return false;
-    *slot = {hash, parent, name.begin, name.end - name.begin};
-    if (++used_ * 2 > slots_.size()) Grow();
+    Slot& slot = slots_.Locate(WideHash(hash), IsOf(text, hash, parent));
+    if (!slot.IsFree()) return false;
+    slot = {hash, parent, name.begin, name.end - name.begin};
+    if (++used_ * 2 > slots_.Slots()) slots_.Resize(slots_.Slots() * 2);
     return true;
   }
 
-  void Grow() {
-    std::vector<Slot> old(slots_.size() * 2);
-    old.swap(slots_);
-    for (const Slot& slot : old) {
-      if (slot.at == kFree) continue;
-      std::size_t i = slot.hash & (slots_.size() - 1);
-      while (slots_[i].at != kFree) i = (i + 1) & (slots_.size() - 1);
-      slots_[i] = slot;
-    }
-  }
-
-  // The name's slot, or the free slot for it.
-  const Slot* SlotOf(View name, std::uint32_t hash, std::uint32_t parent) const {
-    for (std::size_t i = hash;; ++i) {
-      const Slot& slot = slots_[i & (slots_.size() - 1)];
-      if (slot.at == kFree) return &slot;
-      if (slot.hash == hash && slot.parent == parent &&
-          EqualWithoutCase(View(text_).substr(slot.at, slot.length), name))
-        return &slot;
-    }
+  auto IsOf(View name, std::uint32_t hash, std::uint32_t parent) const {
+    return [this, name, hash, parent](const Slot& slot) {
+      return slot.hash == hash && slot.parent == parent &&
+             EqualWithoutCase(View(text_).substr(slot.at, slot.length), name);
+    };
   }
 
   const Slot* FindSlot(View name, std::uint32_t parent) const {
-    const Slot* const slot = SlotOf(name, HashOf(name, parent), parent);
-    return slot->at == kFree ? nullptr : slot;
+    const std::uint32_t hash = HashOf(name, parent);
+    const Slot& slot = slots_.Locate(WideHash(hash), IsOf(name, hash, parent));
+    return slot.IsFree() ? nullptr : &slot;
   }
 
   const Section* FindSection(View name) const {
@@ -404,7 +395,7 @@ class Text final : public Profile {
   const String text_;
   const std::uint32_t start_;
   const std::string half_;
-  std::vector<Slot> slots_;
+  ProbeTable<Slot, SlotHash> slots_{64};
   std::size_t used_ = 0;
   std::vector<Section> sections_;  // in file order
 };

@@ -6,10 +6,11 @@
 #include <utility>
 #include <vector>
 
+#include "platform/probe_table.h"
 #include "platform/types.h"
 
-// A hash table with open addressing; positions count from 0. Ids may come from a hostile document, so the hash uses a
-// random seed of the process: a document cannot choose ids that collide.
+// A table from an id to its first position; positions count from 0. Ids may come from a hostile document, so the hash
+// uses a random seed of the process: a document cannot choose ids that collide.
 class IdPositions {
  public:
   static constexpr DWORD kNone = 0xFFFFFFFF;
@@ -26,20 +27,29 @@ class IdPositions {
  private:
   struct Slot {
     DWORD id = 0;
-    DWORD position = kNone;  // kNone: a free slot
+    DWORD position = kNone;
+    bool IsFree() const { return position == kNone; }
   };
+  struct SlotHash {
+    ULONGLONG seed;
+    ULONGLONG operator()(const Slot& slot) const { return HashOf(slot.id); }
+    ULONGLONG HashOf(DWORD id) const {
+      ULONGLONG mixed = (id ^ seed) * 0xFF51AFD7ED558CCDu;
+      return (mixed ^ (mixed >> 32)) * 0xC4CEB9FE1A85EC53u;
+    }
+  };
+  static auto IsOf(DWORD id) {
+    return [id](const Slot& slot) { return slot.id == id; };
+  }
 
-  std::size_t HomeOf(DWORD id) const;
   // The slot that holds the id, or the free slot where it belongs.
-  std::size_t PlaceOf(DWORD id) const;
+  Slot& SlotOf(DWORD id) { return m_table.Locate(m_hash.HashOf(id), IsOf(id)); }
   void Enter(DWORD id, DWORD position);
-  void Erase(DWORD id);
   void Reserve(std::size_t ids);
 
-  std::vector<Slot> m_slots;
-  int m_shift = 0;
+  SlotHash m_hash;
+  ProbeTable<Slot, SlotHash> m_table;
   std::size_t m_used = 0;
-  ULONGLONG m_seed;
   DWORD m_indexed = 0;                        // number of row elements in the table
   std::set<std::pair<DWORD, DWORD>> m_later;  // (id, position) of each further occurrence
 };

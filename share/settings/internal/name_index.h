@@ -1,40 +1,46 @@
 // A hash table by name for the index of a settings tree: the first item of each name. Not public.
 #pragma once
 
-#include <string_view>
-#include <vector>
+#include <algorithm>
+#include <bit>
+#include <functional>
 
-// An open-addressed hash table. The items own the names, which must outlive the table.
+#include "platform/probe_table.h"
+#include "platform/types.h"
+
+// A table from a name to the first item entered under it. The items own the names, which must outlive the table.
 template <class Item>
 class NameTable {
  public:
   // Reserves space for that many names. Call it once, before Enter.
-  void Reserve(std::size_t count) {
-    std::size_t size = 8;
-    while (size < 2 * count) size *= 2;
-    slots_.assign(size, {});
-  }
+  void Reserve(std::size_t count) { table_.Resize(std::bit_ceil(std::max<std::size_t>(2 * count, 8))); }
   // Keeps the first item of a name.
   void Enter(TextView name, Item* item) {
-    Slot& slot = SlotOf(name);
-    if (!slot.item) slot = {Hash(name), name, item};
+    const std::size_t hash = Hash(name);
+    Slot& slot = table_.Locate(hash, IsOf(hash, name));
+    if (slot.IsFree()) slot = {hash, name, item};
   }
-  Item* Find(TextView name) const { return const_cast<NameTable*>(this)->SlotOf(name).item; }
+  // Null if no item has the name.
+  Item* Find(TextView name) const {
+    const std::size_t hash = Hash(name);
+    return table_.Locate(hash, IsOf(hash, name)).item;
+  }
 
  private:
   struct Slot {
     std::size_t hash = 0;
     TextView name;
     Item* item = nullptr;
+    bool IsFree() const { return !item; }
+  };
+  struct SlotHash {
+    std::size_t operator()(const Slot& slot) const { return slot.hash; }
   };
 
   static std::size_t Hash(TextView name) { return std::hash<TextView>()(name); }
-  Slot& SlotOf(TextView name) {
-    const std::size_t hash = Hash(name);
-    std::size_t at = hash & (slots_.size() - 1);
-    while (slots_[at].item && (slots_[at].hash != hash || slots_[at].name != name)) at = (at + 1) & (slots_.size() - 1);
-    return slots_[at];
+  static auto IsOf(std::size_t hash, TextView name) {
+    return [hash, name](const Slot& slot) { return slot.hash == hash && slot.name == name; };
   }
 
-  std::vector<Slot> slots_;
+  ProbeTable<Slot, SlotHash> table_;
 };
