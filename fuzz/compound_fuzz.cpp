@@ -9,15 +9,22 @@
 #include "platform/files.h"
 #include "platform/process.h"
 #include "platform/storage.h"
+#include "platform/text.h"
 
 namespace {
 
 constexpr DWORD kRead = STGM_READ | STGM_SHARE_EXCLUSIVE;
 constexpr DWORD kWrite = STGM_READWRITE | STGM_SHARE_EXCLUSIVE;
 
+// Equal without case: a storage that two names reach is walked once.
+struct NameLess {
+  bool operator()(const std::u16string& a, const std::u16string& b) const { return _wcsicmp(a.c_str(), b.c_str()) < 0; }
+};
+using Names = std::set<std::u16string, NameLess>;
+
 // The names that the file's directory entries hold: 64 bytes of text and its length, at every multiple of 128 bytes.
-std::set<std::u16string> NamesIn(const std::uint8_t* bytes, std::size_t size) {
-  std::set<std::u16string> names;
+Names NamesIn(const std::uint8_t* bytes, std::size_t size) {
+  Names names;
   for (std::size_t at = 0; at + 66 <= size; at += 128) {
     WORD length = 0;
     std::u16string name(32, u'\0');
@@ -29,7 +36,7 @@ std::set<std::u16string> NamesIn(const std::uint8_t* bytes, std::size_t size) {
 }
 
 // Appends the names that exist and a checksum of each stream to content. Returns false if a stream is damaged.
-bool Walk(IStorage* storage, const std::set<std::u16string>& names, std::u16string& content) {
+bool Walk(IStorage* storage, const Names& names, std::u16string& content) {
   bool whole = true;
   for (const std::u16string& name : names) {
     IStorage* inner = nullptr;
@@ -85,7 +92,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
 
   IStorage* root = Open(path, kWrite | STGM_TRANSACTED);
   if (!root) return 0;
-  std::set<std::u16string> names = NamesIn(bytes, size);
+  Names names = NamesIn(bytes, size);
   names.insert(u"added by the fuzzer");
   std::u16string before, after;
   const bool whole = Walk(root, names, before);
