@@ -68,6 +68,7 @@ TEST_F(MachineCommand, RefusesWrongUsage) {
             (RunResult{2, "", "kestrova: NAME \"../VMC\" is not the name of a machine's folder\n"}));
   EXPECT_EQ(RunCommand({"machine", "export", "--type", "Mill", "VMC"}).exit_code, 2);
   EXPECT_EQ(RunCommand({"machine", "show", "--machines", ".", "--type", "mill", "VMC"}).exit_code, 2);
+  EXPECT_EQ(RunCommand({"machine"}).exit_code, 2);
 }
 
 TEST_F(MachineCommand, ShowsATree) {

@@ -129,6 +129,11 @@ TEST_F(TechDBCommand, FailuresAreOneLine) {
   EXPECT_THAT(Refusal({"activate", "1"}), HasSubstr("there is no database 1; "));
 }
 
+TEST_F(TechDBCommand, FormsFileThatIsMissingIsOneLine) {
+  Keep("TechDBForms", "TechDBForms.mde (32bit)");
+  EXPECT_EQ(Refusal({"list"}), "kestrova: TechDBForms.mde could not be found at " + Product() + "lang\\English\\\n");
+}
+
 // A file written by Access, read by the driver of the installation.
 TEST_F(TechDBCommand, AccessFilesAreRead) {
   const std::filesystem::path forms = KV_TEST_FILES "/fixtures/TechDBForms.mdb";

@@ -41,6 +41,7 @@ TEST_F(Folders, PatternsFollowThePlatformsRules) {
       {"*.", "ab abc "},
       {"a??", "ab abc "},
       {"???.txt", "a.txt B.TXT "},
+      {"ab*.*", "ab ab.c.txt abc "},
       {"x.htm?", "x.htm x.html "},
       {"*B*", "ab ab.c.txt abc B.TXT "},
       {"A.TXT", "a.txt "},

@@ -123,6 +123,20 @@ TEST_F(CompoundBytes, AreWrittenExactly) {
   EXPECT_EQ(bytes, WholeFile());
 }
 
+// Other programs search the siblings by this order.
+TEST_F(CompoundBytes, SiblingsAreOrderedByLengthThenByLetter) {
+  {
+    const Storage root = Create();
+    for (const char16_t* name : {u"b", u"A", u"aa", u"c"}) Put(root, name, "");
+  }
+  const std::string bytes = ReadFile(folder_.Path() / "a.bin");
+  DWORD sector = 0;
+  std::memcpy(&sector, &bytes[48], 4);
+  std::string names;
+  for (std::size_t entry = 1; entry <= 4; ++entry) names += bytes.substr((sector + 1) * 512 + entry * 128, 4) + ' ';
+  EXPECT_EQ(names, std::string("A\0\0\0 b\0\0\0 c\0\0\0 a\0a\0 ", 20));
+}
+
 TEST_F(CompoundBytes, WrongTablesAreFoundBeforeTheyHurt) {
   const struct {
     const char* what;
