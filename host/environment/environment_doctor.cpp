@@ -253,8 +253,7 @@ void ExamineApplications(const CKVEnvApp& env, Findings& findings) {
                         "install them if you need them"});
   }
   if (!Exists(env.GetCIMCOEditorPath())) {
-    findings.push_back({kNote, "NC editor",
-                        fmt::format("not installed: {}", System(env.GetCIMCOEditorPath())),
+    findings.push_back({kNote, "NC editor", fmt::format("not installed: {}", System(env.GetCIMCOEditorPath())),
                         "install it if you need it"});
   }
   std::string missing;
