@@ -1,14 +1,16 @@
-// The environment: its life, the switches that its start writes back, its paths and flags.
+// The environment: its life, the switches that its start writes back, its paths and flags, and the user's language:
+// from the system, by name, aligned to the host.
 #include "share/env/app_env.h"
 
 #include <filesystem>
-#include <regex>
+#include <sstream>
 
 #include "framework/resources.h"
 #include "platform/paths.h"
 #include "platform/process.h"
 #include "share/core/version_info.h"
 #include "share/env/feature_switches.h"
+#include "share/env/language_choice.h"
 #include "tests/env/clean_environment.h"
 
 namespace {
@@ -17,7 +19,22 @@ class Environment : public kvtest::CleanEnvironment {
  protected:
   void TearDown() override {
     CleanEnvironment::TearDown();
-    for (LPCTSTR variable : {_T("_KVDEBUG"), _T("KV_TESTING")}) SetEnvironmentVariableW(variable, nullptr);
+    for (LPCTSTR variable : {_T("_KVDEBUG"), _T("KV_TESTING"), _T("LC_ALL")})
+      SetEnvironmentVariableW(variable, nullptr);
+    SetSolidWorksLangName(_T(""));
+  }
+};
+
+class Language : public Environment {
+ protected:
+  // Starts the environment for a user of that system language; gives the folder, number and editor's code chosen.
+  static std::string Chosen(const char* locale) {
+    CloseAppEnv();
+    SetEnvironmentVariableW(_T("LC_ALL"), CString(locale) + _T(".UTF-8"));
+    const CKVEnvApp& env = *AppEnv();
+    EXPECT_EQ(env.GetCIMCOEditorCmdArg(), _T("/lang=") + env.GetLanguageForSIMCO());
+    return ToUtf8(env.GetKVDefDataRelPath()) + " " + std::to_string(env.GetTechDBLang()) + " " +
+           ToUtf8(env.GetLanguageForSIMCO());
   }
 };
 
@@ -181,8 +198,75 @@ TEST_F(Environment, StartsOnARegistryThatCantBeUsed) {
   EXPECT_FALSE(AppEnv()->GetUserNameW().IsEmpty());
 }
 
-TEST_F(Environment, FormatsDateAndTime) {
+TEST_F(Language, EveryPrimaryAndSubLanguageHasItsNumber) {
+  const std::map<int, int> any = {{5, 13}, {7, 1},  {8, 14},  {10, 3}, {12, 2}, {16, 7},
+                                  {17, 4}, {18, 8}, {21, 10}, {25, 9}, {31, 11}};
+  const std::map<std::pair<int, int>, int> single = {{{4, 1}, 6}, {{4, 3}, 6}, {{4, 5}, 6},
+                                                     {{4, 2}, 5}, {{4, 4}, 5}, {{22, 1}, 12}};
+  for (int primary = 0; primary < 1024; ++primary) {
+    for (int sub = 0; sub < 64; ++sub) {
+      const auto all = any.find(primary);
+      const auto one = single.find({primary, sub});
+      const int expected = all != any.end() ? all->second : one != single.end() ? one->second : 0;
+      ASSERT_EQ(GetLanguageOfSystem(WORD(sub << 10 | primary)), expected) << primary << ", " << sub;
+    }
+  }
+}
+
+TEST_F(Language, AutomaticFollowsTheSystemEvenWithoutTheFolder) {
+  std::string chosen;
+  for (const char* locale : {"en_US", "de_AT", "fr_CA", "es_MX", "ja_JP", "zh_CN", "zh_TW", "it_IT", "ko_KR", "ru_RU",
+                             "pl_PL", "tr_TR", "pt_BR", "cs_CZ", "el_GR", "pt_PT", "sv_SE"})
+    chosen += Chosen(locale) + "\n";
+  EXPECT_EQ(chosen,
+            "lang\\English\\ 0 en-US\nlang\\German\\ 1 de-DE\nlang\\French\\ 2 fr-FR\nlang\\Spanish\\ 3 es-ES\n"
+            "lang\\Japanese\\ 4 ja-JP\nlang\\Chinese\\ 5 zh-CN\nlang\\Chinese-Traditional\\ 6 zh-CHT\n"
+            "lang\\Italian\\ 7 it-IT\nlang\\Korean\\ 8 ko-KR\nlang\\Russian\\ 9 ru-RU\nlang\\Polish\\ 10 pl-PL\n"
+            "lang\\Turkish\\ 11 en-US\nlang\\Portuguese-Brazilian\\ 12 pt-BR\nlang\\Czech\\ 13 cs-CZ\n"
+            "lang\\Greek\\ 14 en-US\nlang\\English\\ 0 en-US\nlang\\English\\ 0 en-US\n");
+  for (const int english : {1, 0, 2}) {
+    SetRegSettingDwordValue(HKEY_CURRENT_USER, kHostGeneralKey, _T("Use English language"), english);
+    EXPECT_EQ(Chosen("de_AT"), english == 1 ? "lang\\English\\ 0 en-US" : "lang\\German\\ 1 de-DE");
+  }
+}
+
+// The library under test has the folders of German and French, and no others.
+TEST_F(Language, NameCountsOnlyWithItsResourceLibrary) {
+  const std::pair<CString, const char*> rows[] = {{_T("French"), "lang\\French\\ 2 fr-FR"},
+                                                  {_T("Spanish"), "lang\\English\\ 0 en-US"},
+                                                  {_T(""), "lang\\English\\ 0 en-US"},
+                                                  {_T("..\\lang\\French"), "lang\\..\\lang\\French\\ 0 en-US"},
+                                                  {CString(_T('x'), 300), "lang\\English\\ 0 en-US"}};
+  for (const auto& [name, chosen] : rows) {
+    kvtest::PutText(HKEY_CURRENT_USER, kVersionKey, _T("Language"), name);
+    EXPECT_EQ(Chosen("ja_JP"), chosen) << ToUtf8(name);
+  }
+}
+
+TEST_F(Language, DatabaseLanguageIsFoundByItsExactName) {
   const CKVEnvApp& env = *AppEnv();
-  EXPECT_TRUE(std::regex_match(ToUtf8(env.GetCurrentDate()), std::regex(R"([01]\d/[0-3]\d/2\d\d\d)")));
-  EXPECT_TRUE(std::regex_match(ToUtf8(env.GetTickCount()), std::regex(R"([0-2]\d:[0-5]\d)")));
+  std::istringstream names(
+      "English German French Spanish Japanese Chinese Chinese-Traditional Italian Korean Russian Polish Turkish "
+      "Portuguese-Brazilian Czech");
+  int number = 0;
+  for (std::string name; names >> name;) EXPECT_EQ(env.GetCorrespondingDBLangName(name.c_str()), number++) << name;
+  for (const char* other : {"Greek", "german"}) EXPECT_EQ(env.GetCorrespondingDBLangName(other), 0) << other;
+  for (const int unknown : {15, -1}) EXPECT_EQ(GetLanguageFolder(QFDatabaseLang_e(unknown)), _T("lang\\English\\"));
+}
+
+TEST_F(Language, AlignsToTheSwitchOrTheHost) {
+  std::istringstream rows(
+      "english English GERMAN German French French japanese Japanese italian Italian polish Polish russian Russian "
+      "spanish Spanish turkish Turkish czech Czech korean Korean portugese-brazilian Portuguese-Brazilian "
+      "chinese Chinese-Traditional chinese-simplified Chinese portuguese-brazilian before");
+  for (std::string host, wanted; rows >> host >> wanted;) {
+    SetSolidWorksLangName(host.c_str());
+    CString language(_T("before"));
+    GetLangAlignedToSWLang(language);
+    EXPECT_EQ(ToUtf8(language), wanted);
+  }
+  kvtest::PutText(HKEY_CURRENT_USER, kVersionDebugKey, _T("BrenmarkLanguage"), _T("Martian"));
+  CString language;
+  GetLangAlignedToSWLang(language);
+  EXPECT_EQ(language, _T("Martian"));
 }
