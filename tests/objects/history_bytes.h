@@ -1,21 +1,18 @@
-// Records of the save history built by hand, and an environment with user and edition.
+// Records of the save history built by hand, and the fixture of its tests.
 #pragma once
 
 #include <string>
 #include <vector>
 
+#include "framework/ob_list.h"
 #include "share/env/app_env.h"
+#include "share/env/product_edition.h"
+#include "share/env/product_identity.h"
+#include "share/objects/save_history.h"
 #include "tests/objects/record_bytes.h"
+#include "tests/objects/test_document.h"
 
 namespace kvtest {
-
-// A fresh environment with the language's texts.
-inline CKVEnvApp& FreshEnvironment() {
-  static const bool kLinked = (InitShareDll(), true);
-  CloseAppEnv();
-  EXPECT_TRUE(kLinked);
-  return *AppEnv();
-}
 
 // The values that the present build writes, except user and stamp.
 struct HistoryFields {
@@ -55,15 +52,49 @@ inline RecordBytes StartOfManager() {
 // A whole manager: the records' class has number 4, the records 5 and so on.
 inline std::string ManagerOf(const std::vector<HistoryFields>& records) {
   RecordBytes bytes = StartOfManager().Word(int(records.size()));
-  for (const HistoryFields& fields : records) {
-    if (&fields == &records.front()) {
-      bytes.NewClass("QFDocSrHistory", 3);
-    } else {
-      bytes.Class(4);
-    }
-    AddFields(bytes.Class(4).Class(3), fields);
-  }
+  for (const HistoryFields& fields : records)
+    AddFields((&fields == &records.front() ? bytes.NewClass("QFDocSrHistory", 3) : bytes.Class(4)).Class(4).Class(3),
+              fields);
   return bytes.Get();
 }
+
+// A fresh environment with the language's texts, and a document.
+class History : public testing::Test {
+ protected:
+  void SetUp() override {
+    static const bool kLinked = (InitShareDll(), true);  // the language's texts
+    ASSERT_TRUE(kLinked);
+    CloseAppEnv();
+    SetRunningModule(KV_MODULE_UNKNOWN);
+    m_user = AppEnv()->GetUserNameW();
+  }
+  void TearDown() override { CloseAppEnv(); }
+
+  // The values that the present build writes; tests change some of them.
+  HistoryFields Present() const {
+    HistoryFields fields;
+    fields.user = m_user.View();
+    return fields;
+  }
+  // A manager loaded from a document with these records.
+  static std::unique_ptr<QFDocSrHistoryMngr> LoadedWith(const std::vector<HistoryFields>& records) {
+    return LoadedObject<QFDocSrHistoryMngr>(ManagerOf(records));
+  }
+  static std::vector<QFDocSrHistory*> Records(const QFDocSrHistoryMngr& manager) {
+    CObList list;
+    manager.GetAllHistoryObjects(list);
+    std::vector<QFDocSrHistory*> records;
+    for (POSITION at = list.GetHeadPosition(); at;) records.push_back(static_cast<QFDocSrHistory*>(list.GetNext(at)));
+    return records;
+  }
+  static std::string Saves(const QFDocSrHistoryMngr& manager) {
+    std::string text;
+    for (const QFDocSrHistory* record : Records(manager)) text += ToUtf8(record->GetNumSaves()) + " ";
+    return text;
+  }
+
+  TestDocument m_document;
+  CString m_user;
+};
 
 }  // namespace kvtest

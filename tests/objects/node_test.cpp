@@ -1,4 +1,5 @@
-// Identity, stamps, companion, merging and copying of a node.
+// Identity, stamps, companion, merging, copying and dump of a node.
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include <regex>
@@ -6,10 +7,11 @@
 #include "share/env/app_env.h"
 #include "share/objects/object.h"
 #include "share/objects/object_indexer.h"
+#include "tests/objects/dumped.h"
 #include "tests/objects/test_document.h"
 #include "tests/scratch.h"
 
-using kvtest::TestDocument;
+using namespace kvtest;
 
 namespace {
 
@@ -38,14 +40,23 @@ class CompanionNode : public QFObject {
   int sawMergeInProgress = 0;
 };
 
+class StampedNode : public QFObject {
+ public:
+  CString GetClassNameW() override { return _T("StampedNode"); }
+  StampedNode() {
+    m_Label = _T("Bohrung %s ü");
+    SetStamps({_T("maker"), _T("01/02/2003::04:05"), _T("06/07/2008::09:10"), _T("changer")});
+  }
+};
+
 class Node : public testing::Test {
  protected:
   void SetUp() override {
-    kvtest::UseRegistry(folder_.Path());
+    UseRegistry(folder_.Path());
     CompanionNode::helper.SetCBUiObjCreate(nullptr);
   }
   void TearDown() override { EXPECT_EQ(Companion::live, 0); }
-  kvtest::ScratchFolder folder_;
+  ScratchFolder folder_;
 };
 
 }  // namespace
@@ -91,7 +102,8 @@ TEST_F(Node, StampIsDateColonsTimeOfDay) {
     node.UpdateLastModified();
   } while (now() != before);
   EXPECT_EQ(node.GetLastModified(), before);
-  EXPECT_TRUE(std::regex_match(ToUtf8(before), std::regex(R"(\d\d/\d\d/\d{4}::\d\d:\d\d)"))) << ToUtf8(before);
+  EXPECT_TRUE(std::regex_match(ToUtf8(before), std::regex(R"([01]\d/[0-3]\d/2\d{3}::[0-2]\d:[0-5]\d)")))
+      << ToUtf8(before);
   EXPECT_EQ(node.GetLastModifiedBy(), AppEnv()->GetUserNameW());
   EXPECT_EQ(node.GetCreatedBy() + node.GetDateCreated(), _T(""));
 }
@@ -108,11 +120,9 @@ TEST_F(Node, FirstRequestForTheCompanionStampsTheCreation) {
   EXPECT_EQ(companion->GetObject(), &node);
   EXPECT_EQ(node.GetUiObject(), companion);
   EXPECT_EQ(Companion::live, 1);
-  struct Stamped : QFObject {
-    Stamped() { SetStamps({_T("maker"), _T("then"), _T("later"), _T("changer")}); }
-  } stamped;
+  StampedNode stamped;
   stamped.GetUiObject();
-  EXPECT_EQ(stamped.GetCreatedBy() + stamped.GetDateCreated(), _T("makerthen")) << "filled in once";
+  EXPECT_EQ(stamped.GetCreatedBy() + stamped.GetDateCreated(), _T("maker01/02/2003::04:05")) << "filled in once";
   EXPECT_EQ(stamped.GetLastModifiedBy(), AppEnv()->GetUserNameW());
 }
 
@@ -160,20 +170,18 @@ TEST_F(Node, CopiesItsParametersAndNothingElse) {
   node.SetNodeStatus(1, 1);
   EXPECT_EQ(node.CopyParameters(nullptr), 0);
   EXPECT_EQ(node.CopyParameters(&source), 1);
-  EXPECT_EQ(node.GetState(), LOCKED);
-  EXPECT_EQ(node.GetNodeStatus(0xFFFF), 6);
-  EXPECT_EQ(node.GetDisplayColor(), 7u);
-  EXPECT_EQ(node.GetCompareResult(), PARTIAL_MATCH_SUBSET);
-  EXPECT_EQ(node.GetRegNameForAutoIndexing(), _T("QFHole"));
-  EXPECT_EQ(node.Name(), _T(""));
-  EXPECT_EQ(node.GetOwner(), nullptr);
-  EXPECT_EQ(node.GetCountOfUserObjects(), 0);
-  EXPECT_EQ(node.GetObjectId(), 2u) << "an id of its own";
   source.AssociateParameters(nullptr);
   source.AssociateParameters(&target);
-  EXPECT_EQ(target.Name(), _T("source"));
-  EXPECT_EQ(target.GetState(), LOCKED);
-  EXPECT_EQ(target.GetDisplayColor(), 0xFFFFFFFFu) << "state and label alone";
+  const auto text = [](QFObject& each) {
+    return fmt::format("{}|{} {} {:x} {}|{}|{} {}", ToUtf8(each.Name()), int(each.GetState()),
+                       each.GetNodeStatus(0xFFFF), each.GetDisplayColor(), int(each.GetCompareResult()),
+                       ToUtf8(each.GetRegNameForAutoIndexing()), each.GetCountOfUserObjects(), each.GetObjectId());
+  };
+  EXPECT_EQ(text(source), "source|3 6 7 4|QFHole|1 1");
+  EXPECT_EQ(text(node), "|3 6 7 4|QFHole|0 2") << "an id of its own";
+  EXPECT_EQ(text(target), "source|3 0 ffffffff 0||0 3") << "state and label alone";
+  EXPECT_EQ(node.GetOwner(), nullptr);
+  EXPECT_EQ(target.GetOwner(), nullptr);
 }
 
 TEST_F(Node, MatchKeepsTheIdOfItsMoment) {
@@ -200,4 +208,63 @@ TEST_F(Node, DefaultsMeanNotApplicable) {
   QFeObjectPatternType type = QFeObjectPatternType(5);
   EXPECT_EQ(node.GetPatternRestriction(0, type), 0);
   EXPECT_EQ(type, eObjectPatternNone);
+}
+
+TEST(NodeDump, FilledNodeIsExact) {
+  TestDocument document;
+  document.nextId = 4294967295u;
+  QFObject user, held;
+  StampedNode named;
+  StampedNode node;  // destroyed before its users
+  node.AddToUserObjectsList(&named, 0);
+  node.AddToUserObjectsList(&user, 0);
+  node.AddToUserObjectsList(&held, 1);
+  node.GetObjectId();
+  node.SetState(LOCKED);
+  node.SetCompareResult(PROFILE_NODEPTH_MATCH);
+  node.SetMergeInProgress(1);
+  node.DumpData(nullptr);
+  node.DumpUserObjs(nullptr);
+  EXPECT_EQ(Dumped([&](FILE* file) { node.DumpData(file); }),
+            DumpBanner("QFObject Start") + "\n m_Label: Bohrung %s ü" + "\n m_CreatedBy: maker" +
+                "\n m_DateCreated: 01/02/2003::04:05" + "\n m_LastModified: 06/07/2008::09:10" +
+                "\n m_LastModifiedBy: changer" + "\n m_ObjectId: -1" + "\n m_iState : LOCKED" +
+                "\n Address of this: " + Address(&node) + "\n Address of pObj: " + Address(&named) +
+                "\n strObjName: StampedNode" + "\n Address of pObj: " + Address(&user) + "\n strObjName: QFObject" +
+                "\n m_CompareRes : PROFILE_NODEPTH_MATCH" + "\n <---- m_pPatternMngr Start ---->" +
+                "\n <---- m_pPatternMngr End ---->" + "\n m_bIsMerged : NO" + "\n m_bMergeInProgress : YES" +
+                DumpBanner("QFObject End"));
+}
+
+TEST(NodeDump, StatesAndResultsHaveTheirTexts) {
+  const auto contains = [](QFObject& node, const std::string& line) {
+    return Dumped([&](FILE* file) { node.DumpData(file); }).find("\n" + line + "\n") != std::string::npos;
+  };
+  QFObject node;
+  const char* const states[] = {"ACTIVE", "SUPPRESSED", "DELETED", "LOCKED"};
+  for (int state = 0; state < 4; ++state) {
+    node.SetState(QFObjState(state));
+    EXPECT_TRUE(contains(node, std::string(" m_iState : ") + states[state])) << state;
+  }
+  const char* const results[] = {
+      "NO_MATCH", "COMPLETE_MATCH", "PROFILE_NODEPTH_MATCH", "PARTIAL_PROFILE_MATCH", "PARTIAL_MATCH_SUBSET",
+      "Nothing"};
+  for (int result = 0; result < 6; ++result) {
+    node.SetCompareResult(COMPARE_RESULT(result));
+    EXPECT_TRUE(contains(node, std::string(" m_CompareRes : ") + results[result])) << result;
+  }
+}
+
+TEST(NodeDump, UsersAreExact) {
+  StampedNode user;
+  QFObject owner, plain, node;
+  user.SetOwner(&owner);
+  node.AddToUserObjectsList(&user, 0);
+  node.AddToUserObjectsList(&plain, 0);
+  EXPECT_EQ(Dumped([&](FILE* file) { node.DumpUserObjs(file); }),
+            "\nDumping for ======User Objects====== Start\n\n TotalUserObjects: 2\n ----\n UserObjNo: 0"
+            "\n ObjName: Bohrung %s ü\n ObjectClassName : StampedNode,  Address of pObj: " +
+                Address(&user) + "\n ObjectsOwnerClassName : QFObject,  Address of ObjectsOwner: " + Address(&owner) +
+                "\n ----\n UserObjNo: 1\n ObjName: \n ObjectClassName : QFObject,  Address of pObj: " +
+                Address(&plain) + "\nDumping for ======User Objects====== End\n");
 }

@@ -1,6 +1,6 @@
-// The object indexer against a model that searches plain rows; then ids that must not be given out, missing objects,
-// and the dump.
+// The object indexer against a model that searches plain rows, its records of both schemas, damage, and the dump.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <algorithm>
 #include <random>
@@ -8,7 +8,7 @@
 
 #include "share/objects/object_indexer.h"
 #include "tests/objects/dumped.h"
-#include "tests/objects/loaded_object.h"
+#include "tests/objects/record_bytes.h"
 #include "tests/objects/test_document.h"
 #include "tests/scratch.h"
 
@@ -29,10 +29,21 @@ class Node : public QFObject {
   CString m_name;
 };
 
+// The start of a helper's record. Archive numbers: its class 1, the object 2, the base's class 3; then the entries'
+// class is 4 and the first entry 5.
+RecordBytes StartOfHelper(int entries) {
+  return RecordBytes().NewClass("QFObjectIndexerHelper", 2).Class(1).NewClass("QFBaseObject", 2).Word(entries);
+}
+
 struct Entry {
   std::u16string name;
   std::vector<DWORD> ids;
   int references = 0;
+
+  int Find(DWORD id) const {
+    const auto found = std::find(ids.begin(), ids.end(), id);
+    return found == ids.end() ? -1 : int(found - ids.begin());
+  }
 };
 
 // The model. Several entries may have the same name.
@@ -52,18 +63,15 @@ struct Model {
   bool Replace(const std::u16string& name, DWORD oldId, DWORD newId) {
     bool done = false;
     for (Entry& entry : entries) {
-      const auto found = std::find(entry.ids.begin(), entry.ids.end(), oldId);
-      if (entry.name != name || found == entry.ids.end()) continue;
-      *found = newId;
+      if (entry.name != name || entry.Find(oldId) < 0) continue;
+      entry.ids[std::size_t(entry.Find(oldId))] = newId;
       done = true;
     }
     return done;
   }
-  int Find(const std::u16string& name, DWORD id) {
-    for (const Entry& entry : entries) {
-      const auto found = std::find(entry.ids.begin(), entry.ids.end(), id);
-      if (entry.name == name && found != entry.ids.end()) return int(found - entry.ids.begin());
-    }
+  int Find(const std::u16string& name, DWORD id) const {
+    for (const Entry& entry : entries)
+      if (entry.name == name && entry.Find(id) >= 0) return entry.Find(id);
     return -1;
   }
   void Release(const std::u16string& name) {
@@ -81,21 +89,21 @@ struct Model {
   }
   // The record of a helper with these entries.
   std::string Bytes() const {
-    RecordBytes bytes;
-    bytes.NewClass("QFObjectIndexerHelper", 2).Class(1).NewClass("QFBaseObject", 2).Word(int(entries.size()));
+    RecordBytes bytes = StartOfHelper(int(entries.size()));
     for (const Entry& entry : entries) {
-      if (&entry == &entries.front()) {
-        bytes.NewClass("QFObjectIndexer", 2);
-      } else {
-        bytes.Class(4);
-      }
-      bytes.Class(4).Class(3).Text(entry.name).Dword(unsigned(entry.ids.size()));
-      for (const DWORD id : entry.ids) bytes.Dword(id);
-      bytes.Raw(entry.references);
+      (&entry == &entries.front() ? bytes.NewClass("QFObjectIndexer", 2) : bytes.Class(4)).Class(4).Class(3);
+      bytes.Text(entry.name).Dwords(entry.ids).Raw(entry.references);
     }
     return bytes.Get();
   }
 };
+
+// Kilobytes.
+long PeakMemory() {
+  rusage usage = {};
+  getrusage(RUSAGE_SELF, &usage);
+  return usage.ru_maxrss;
+}
 
 }  // namespace
 
@@ -124,7 +132,7 @@ TEST(Indexer, RandomOperationsAsByWalking) {
       const std::size_t name = random() % names.size(), registered = random() % names.size();
       const DWORD id = 1 + random() % idRange, other = 1 + random() % idRange;
       const auto object = node(name, id);
-      switch (random() % 16) {
+      switch (random() % 8) {
         case 0:
           object->SetRegNameForAutoIndexing(CString(names[registered]));
           helper->ReleaseIndexer(object.get());
@@ -137,6 +145,12 @@ TEST(Indexer, RandomOperationsAsByWalking) {
           break;
         case 2:
           if (step % 10 == 0) helper = LoadedObject<QFObjectIndexerHelper>(StoredObject(*helper));
+          if (step % 25 == 0 && model.entries.size() < 20) {  // loading into a used helper appends
+            Reader reader(Store([&](CArchive& ar) { helper->Serialize(ar); }));
+            helper->Serialize(reader.ar);
+            for (std::size_t i = 0, count = model.entries.size(); i < count; ++i)
+              model.entries.push_back(Entry(model.entries[i]));
+          }
           if (step % 50 != 0) break;
           helper->RemoveAll();
           model.entries.clear();
@@ -152,59 +166,45 @@ TEST(Indexer, RandomOperationsAsByWalking) {
           ASSERT_EQ(counts.contains(CString(names[1])), registered == 1 || model.First(names[1]) != nullptr);
           break;
         }
-        case 4:
-        case 5: {
+        case 4: {
           const auto fresh = node(name, other);
           helper->ReplaceObj(object.get(), fresh.get());
           ASSERT_EQ(!fresh->GetRegNameForAutoIndexing().IsEmpty(), model.Replace(names[name], id, other));
           break;
         }
-        case 6:
-        case 7:
-        case 8:
-        case 9:
+        default:
           helper->AddObj(object.get());
           ASSERT_EQ(object->GetRegNameForAutoIndexing(), CString(names[name]));
           model.Add(names[name], id);
-          break;
-        default: ASSERT_EQ(helper->FindIndex(object.get()), model.Find(names[name], id)) << "id " << id;
       }
+      const auto sought = node(registered, other);
+      ASSERT_EQ(helper->FindIndex(sought.get()), model.Find(names[registered], other)) << "id " << other;
     }
     ASSERT_EQ(StoredObject(*helper), model.Bytes());
   }
 }
 
-TEST(Indexer, NewNodeDrawsItsIdOnlyWhereItIsListed) {
+TEST(Indexer, OnlyAListedNodeDrawsItsIdAndMissingObjectsHaveNoEffect) {
   TestDocument document;
   QFObjectIndexerHelper helper;
-  document.nextId = 11;
-  Node node, other(nullptr, _T("Other")), late;
+  Node node, late, other(nullptr, _T("Other")), nameless(nullptr);
   EXPECT_EQ(helper.FindIndex(&node), -1);
   helper.AddObj(&node);
   EXPECT_EQ(helper.FindIndex(&other), -1);
-  EXPECT_EQ(document.nextId, 12u) << "the searches drew none";
+  EXPECT_EQ(document.nextId, 2u) << "the searches drew none";
+  for (Node* each : {static_cast<Node*>(nullptr), &nameless}) {
+    helper.AddObj(each);
+    helper.ReleaseIndexer(each);  // its registered name is empty; no entry has an empty name
+    helper.ReplaceObj(each, &nameless);
+    EXPECT_EQ(helper.FindIndex(each), -1);
+  }
+  helper.ReplaceObj(&node, nullptr);
+  EXPECT_EQ(StoredObject(helper), (Model{{{u"QFObject", {1}, 1}}}.Bytes()));
   helper.ReleaseIndexer(&node);
   helper.ClearUnusedIndexers();
+  document.nextId = 11;
   EXPECT_EQ(helper.FindIndex(&late), -1);
-  EXPECT_EQ(document.nextId, 12u) << "nor does an emptied class";
-}
-
-TEST(Indexer, MissingObjectsAndClassesHaveNoEffect) {
-  TestDocument document;
-  QFObjectIndexerHelper helper;
-  Node node, nameless(nullptr);
-  helper.AddObj(&node);
-  helper.AddObj(nullptr);
-  helper.AddObj(&nameless);
-  helper.ReleaseIndexer(nullptr);
-  helper.ReleaseIndexer(&nameless);  // its registered name is empty; no entry has an empty name
-  helper.ReplaceObj(nullptr, &nameless);
-  helper.ReplaceObj(&nameless, &nameless);
-  helper.ReplaceObj(&node, nullptr);
-  EXPECT_EQ(helper.FindIndex(nullptr), -1);
-  EXPECT_EQ(helper.FindIndex(&nameless), -1);
-  const Model expected = {{{u"QFObject", {1}, 1}}};
-  EXPECT_EQ(StoredObject(helper), expected.Bytes());
+  EXPECT_EQ(document.nextId, 11u) << "nor does the search for an emptied class";
 }
 
 TEST(Indexer, DumpsEveryEntry) {
@@ -213,13 +213,88 @@ TEST(Indexer, DumpsEveryEntry) {
   Node node;
   helper.AddObj(&node);
   helper.DumpData(nullptr);
-  const std::string rule = "============================";
   EXPECT_EQ(Dumped([&](FILE* file) { helper.DumpData(file); }),
-            "\n" + rule + " QFObjectIndexerHelper Start ====" + rule +
-                "\n\nDumping for m_ObjIndexerList Start\n\n m_ObjIndexerList Total Items : 1\n"
-                "\n m_ObjIndexerList count: 0\n\n" +
-                rule + " QFObjectIndexer Start ====" + rule + "\n\n m_className: QFObject\n m_nIndexReferences: 1\n" +
-                rule + " QFObjectIndexer End ====" + rule +
-                "\n\nDumping for m_ObjIndexerList End\n\n m_nObjectSchemaNumber: 2\n" + rule +
-                " QFObjectIndexerHelper End ====" + rule + "\n");
+            DumpBanner("QFObjectIndexerHelper Start") +
+                "\nDumping for m_ObjIndexerList Start\n\n m_ObjIndexerList Total Items : 1\n"
+                "\n m_ObjIndexerList count: 0\n" +
+                DumpBanner("QFObjectIndexer Start") + "\n m_className: QFObject\n m_nIndexReferences: 1" +
+                DumpBanner("QFObjectIndexer End") + "\nDumping for m_ObjIndexerList End\n\n m_nObjectSchemaNumber: 2" +
+                DumpBanner("QFObjectIndexerHelper End"));
+}
+
+TEST(IndexerRecord, PresentAndOldestBytesLoadAndAreStoredInThePresentLayout) {
+  const auto present = [](int references) {
+    return Model{{{u"Hole", {7, 0x12345678, 7}, references}, {u"", {}, 0}}}.Bytes();
+  };
+  EXPECT_EQ(present(2).substr(0, 29), std::string("\xFF\xFF\x02\x00\x15\x00QFObjectIndexerHelper\x01\x80", 29));
+  // Schema 1 without the base's records, as in documents before storage version 6.1. Archive numbers: the helper's
+  // class 1, the helper 2, the entries' class 3.
+  RecordBytes oldest;
+  oldest.NewClass("QFObjectIndexerHelper", 1).Class(1).Word(2).NewClass("QFObjectIndexer", 1).Class(3).Text(u"Hole");
+  oldest.Dwords({7, 0x12345678, 7}).Class(3).Class(3).Text(u"").Dwords({});
+  const struct {
+    std::string bytes;
+    float units;
+    unsigned schema;
+    int references;
+  } rows[] = {{present(2), 38.0f, 2, 2}, {oldest.Get(), 6.0f, 1, /*as many nodes alive as ids*/ 3}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.units);
+    TestDocument document(row.units);
+    const auto helper = LoadedObject<QFObjectIndexerHelper>(row.bytes);
+    EXPECT_EQ(helper->GetObjectSchemaNumber(), row.schema);
+    EXPECT_EQ(StoredObject(*helper), present(row.references));
+    document.nextId = 0x12345678;
+    Node hole(RUNTIME_CLASS(QFObject), _T("Hole"));
+    EXPECT_EQ(helper->FindIndex(&hole), 1);
+    ExpectEveryPrefixRaises<QFObjectIndexerHelper>(row.bytes);
+  }
+}
+
+TEST(IndexerRecord, DamageRaises) {
+  RecordBytes entry, twice;
+  entry.NewClass("QFObjectIndexer", 2).Class(4).Class(3).Text(u"A");
+  twice.Bytes(entry.Get()).Dwords({1}).Raw(0).Object(5);
+  const struct {
+    const char* what;
+    int entries;
+    std::string bytes;
+    int cause;
+  } rows[] = {
+      {"more entries than bytes", 0xFFFE, "", CArchiveException::endOfFile},
+      {"more ids than bytes", 1, RecordBytes(entry).Dword(0xFFFFFFFF).Raw(0).Get(), CArchiveException::endOfFile},
+      {"an entry twice", 2, twice.Get(), CArchiveException::badIndex},
+      {"the helper inside itself", 1, RecordBytes().Object(2).Get(), CArchiveException::badIndex},
+      {"another class", 1, RecordBytes().Class(3).Word(0).Get(), CArchiveException::badClass},
+      {"a record of another class", 1, RecordBytes().NewClass("QFObjectIndexer", 2).Class(1).Get(),
+       CArchiveException::badClass},
+  };
+  TestDocument document;
+  const long before = PeakMemory();
+  for (const auto& row : rows)
+    EXPECT_EQ(LoadCause<QFObjectIndexerHelper>(StartOfHelper(row.entries).Bytes(row.bytes).Get()), row.cause)
+        << row.what;
+  EXPECT_LT(PeakMemory() - before, 64 * 1024) << "nothing may be allocated for a number that can't be true";
+}
+
+TEST(IndexerRecord, NullEntriesAndWildCountsAreCarriedAlong) {
+  TestDocument document;
+  const auto bytes = [](int references) {
+    RecordBytes helper = StartOfHelper(3).Null().NewClass("QFObjectIndexer", 2).Class(4).Class(3).Text(u"Hole");
+    return helper.Dwords({7}).Raw(references).Null().Get();
+  };
+  const auto helper = LoadedObject<QFObjectIndexerHelper>(bytes(INT32_MIN));
+  Node hole(RUNTIME_CLASS(QFObject), _T("Hole"));
+  document.nextId = 7;
+  EXPECT_EQ(helper->FindIndex(&hole), 0);
+  hole.SetRegNameForAutoIndexing(_T("Hole"));
+  helper->ReleaseIndexer(&hole);
+  EXPECT_EQ(StoredObject(*helper), bytes(INT32_MIN));
+  std::map<CString, int> counts = {{_T("Hole"), INT32_MAX}};
+  helper->CorrectIndexersReferences(counts);
+  EXPECT_EQ(counts.size(), 1u);
+  EXPECT_EQ(StoredObject(*helper), bytes(INT32_MAX));
+  EXPECT_NE(Dumped([&](FILE* file) { helper->DumpData(file); }).find("2147483647"), std::string::npos);
+  helper->ClearUnusedIndexers();
+  EXPECT_EQ(StoredObject(*helper), bytes(INT32_MAX));
 }

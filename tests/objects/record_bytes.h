@@ -1,6 +1,9 @@
-// Records built by hand, value after value, and an archive that reads them.
+// Records built by hand, value after value, and an archive that reads them; single objects stored and loaded.
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,6 +22,12 @@ class RecordBytes {
   }
   RecordBytes& Word(int value) { return Raw(std::uint16_t(value)); }
   RecordBytes& Dword(unsigned value) { return Raw(std::uint32_t(value)); }
+  // The number of values, then the values.
+  RecordBytes& Dwords(const std::vector<DWORD>& values) {
+    Dword(unsigned(values.size()));
+    for (const DWORD value : values) Dword(value);
+    return *this;
+  }
   RecordBytes& Double(double value) { return Raw(value); }
   RecordBytes& Text(std::u16string_view text) {  // of fewer than 255 units
     bytes_ += std::string("\xFF\xFE\xFF", 3) + char(text.size());
@@ -57,5 +66,38 @@ class Reader {
  public:
   CArchive ar{&file_, CArchive::load};
 };
+
+inline std::string StoredObject(CObject& object) {
+  return Store([&](CArchive& ar) { ar.WriteObject(&object); });
+}
+
+// Passes the archive's exceptions on.
+template <class T>
+std::unique_ptr<T> LoadedObject(std::string_view bytes) {
+  Reader reader(bytes);
+  T* object = nullptr;
+  reader.ar >> object;
+  std::unique_ptr<T> owned(object);
+  EXPECT_EQ(reader.ar.GetBytesLeft(), 0u);
+  return owned;
+}
+
+template <class T>
+void LoadAndDelete(CArchive& ar) {
+  T* object = nullptr;
+  ar >> object;
+  delete object;
+}
+
+// The cause of the archive exception that loading the bytes as a T raises; none without an exception.
+template <class T>
+int LoadCause(std::string_view bytes) {
+  return CauseOf(bytes, LoadAndDelete<T>);
+}
+
+template <class T>
+void ExpectEveryPrefixRaises(const std::string& bytes) {
+  ExpectPrefixesRaise(bytes, LoadAndDelete<T>);
+}
 
 }  // namespace kvtest

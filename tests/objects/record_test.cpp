@@ -9,7 +9,7 @@
 
 #include "share/core/document_messages.h"
 #include "share/objects/object.h"
-#include "tests/objects/loaded_object.h"
+#include "tests/objects/record_bytes.h"
 #include "tests/objects/test_document.h"
 #include "tests/scratch.h"
 
@@ -53,18 +53,8 @@ std::string RecordOf(int schema, float units) {
 // The fields of schema 7 after the users, all empty.
 RecordBytes EmptyFields() {
   RecordBytes bytes;
-  return bytes.Text(u"")
-      .Text(u"")
-      .Text(u"")
-      .Text(u"")
-      .Dword(0)
-      .Dword(0)
-      .Null()
-      .Text(u"")
-      .Word(0)
-      .Null()
-      .Dword(0)
-      .Null();
+  for (int text = 0; text < 4; ++text) bytes.Text(u"");
+  return bytes.Dword(0).Dword(0).Null().Text(u"").Word(0).Null().Dword(0).Null();
 }
 
 void ExpectRecord(const std::string& bytes, int schema) {
@@ -122,25 +112,19 @@ TEST(NodeRecord, HasItsExactBytes) {
   EXPECT_EQ(Hex(Store([&](CArchive& ar) { ar << &node; })), expected);
 }
 
-TEST(NodeRecord, EverySchemaLoadsInEveryStorageVersion) {
-  for (const float units : kVersions) {
-    for (int schema = 1; schema <= 8; ++schema) {
-      SCOPED_TRACE(fmt::format("schema {} in storage version {}", schema, units));
-      const TestDocument document(units);
-      ExpectRecord(RecordOf(schema, units), schema);
-    }
-  }
-}
-
-TEST(NodeRecord, DocumentsOfEarlierReleasesLoad) {
+TEST(NodeRecord, EverySchemaLoadsInEveryStorageVersionAndFromEarlierReleases) {
+  const auto expect = [](const std::string& bytes, int schema, float units) {
+    SCOPED_TRACE(fmt::format("schema {} in storage version {}", schema, units));
+    const TestDocument document(units);
+    ExpectRecord(bytes, schema);
+  };
+  for (const float units : kVersions)
+    for (int schema = 1; schema <= 8; ++schema) expect(RecordOf(schema, units), schema, units);
   for (const auto& [file, units, schema] : {std::tuple{"node_schema1_storage6.0.bin", 6.0f, 1},
                                             {"node_schema4_storage30.bin", 30.0f, 4},
                                             {"node_schema7_storage32.002.bin", 32.002f, 7},
-                                            {"node_schema8_storage38.bin", 38.0f, 8}}) {
-    SCOPED_TRACE(file);
-    const TestDocument document(units);
-    ExpectRecord(ReadFile(std::filesystem::path(KV_TEST_FILES) / "fixtures" / file), schema);
-  }
+                                            {"node_schema8_storage38.bin", 38.0f, 8}})
+    expect(ReadFile(std::filesystem::path(KV_TEST_FILES) / "fixtures" / file), schema, units);
 }
 
 TEST(NodeRecord, EveryTruncationRaisesEndOfFileAtEverySchema) {
@@ -180,40 +164,42 @@ TEST(NodeRecord, StampsAndNamesThatComeAgainAreEachNodesOwn) {
                                       {_T("a"), _T("d"), _T("m"), longest}, {}};
   const CString names[] = {_T("QFHole"), longest, _T("QFHole"), _T("")};
   std::mt19937 random(1);
-  struct Expected {
-    std::unique_ptr<RecordNode> node = std::make_unique<RecordNode>();
-    AuditTrail::Texts trail;
-    CString name;
+  const auto joined = [](const AuditTrail::Texts& trail, const CString& name) {
+    return ToUtf8(trail.createdBy + _T("|") + trail.dateCreated + _T("|") + trail.lastModified + _T("|") +
+                  trail.lastModifiedBy + _T("|") + name);
   };
-  std::vector<Expected> nodes(400);
-  for (Expected& each : nodes) {
-    each.trail = trails[random() % std::size(trails)];
-    each.name = names[random() % std::size(names)];
-    each.node->Stamp(each.trail);
-    each.node->SetRegNameForAutoIndexing(each.name);
+  struct Each {
+    std::unique_ptr<RecordNode> stored = std::make_unique<RecordNode>(), loaded;
+    std::string texts;
+  };
+  std::vector<Each> nodes(400);
+  for (Each& each : nodes) {
+    const AuditTrail::Texts& trail = trails[random() % std::size(trails)];
+    const CString& name = names[random() % std::size(names)];
+    each.texts = joined(trail, name);
+    each.stored->Stamp(trail);
+    each.stored->SetRegNameForAutoIndexing(name);
   }
-  for (std::size_t i = 0; i < 300; i += 3) nodes[i].node->SetOwner(nodes[300 + i / 3].node.get());
+  for (std::size_t i = 0; i < 300; i += 3) nodes[i].stored->SetOwner(nodes[300 + i / 3].stored.get());
   Reader reader(Store([&](CArchive& ar) {
-    for (std::size_t i = 0; i < 300; ++i) ar << nodes[i].node.get();
+    for (std::size_t i = 0; i < 300; ++i) ar << nodes[i].stored.get();
   }));
-  const auto expect = [](RecordNode& node, const Expected& expected) {
-    EXPECT_EQ(node.GetCreatedBy(), expected.trail.createdBy);
-    EXPECT_EQ(node.GetDateCreated(), expected.trail.dateCreated);
-    EXPECT_EQ(node.GetLastModified(), expected.trail.lastModified);
-    EXPECT_EQ(node.GetLastModifiedBy(), expected.trail.lastModifiedBy);
-    EXPECT_EQ(node.GetRegNameForAutoIndexing(), expected.name);
+  const auto expect = [&](const Each& each) {
+    RecordNode& node = *each.loaded;
+    EXPECT_EQ(joined({node.GetCreatedBy(), node.GetDateCreated(), node.GetLastModified(), node.GetLastModifiedBy()},
+                     node.GetRegNameForAutoIndexing()),
+              each.texts);
     node.Stamp({_T("another"), {}, {}, {}});  // must not change other nodes
   };
-  std::vector<std::unique_ptr<RecordNode>> loaded(400);
   for (std::size_t i = 0; i < 300; ++i) {
     RecordNode* read = nullptr;
     reader.ar >> read;
-    loaded[i].reset(read);
-    if (i % 3 == 0) loaded[300 + i / 3].reset(static_cast<RecordNode*>(read->GetOwner()));
-    if (i % 2 == 0) expect(*loaded[i], nodes[i]);
+    nodes[i].loaded.reset(read);
+    if (i % 3 == 0) nodes[300 + i / 3].loaded.reset(static_cast<RecordNode*>(read->GetOwner()));
+    if (i % 2 == 0) expect(nodes[i]);
   }
   for (std::size_t i = 0; i < 400; ++i)
-    if (i >= 300 || i % 2 != 0) expect(*loaded[i], nodes[i]);
+    if (i >= 300 || i % 2 != 0) expect(nodes[i]);
 }
 
 // Known references together with new ones, a null one, and one to an object that is no node.

@@ -4,7 +4,7 @@
 #include "framework/ob_list.h"
 #include "share/objects/object.h"
 #include "share/objects/storage_status.h"
-#include "tests/objects/loaded_object.h"
+#include "tests/objects/record_bytes.h"
 #include "tests/objects/test_document.h"
 
 using namespace kvtest;

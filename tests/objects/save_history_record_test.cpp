@@ -1,23 +1,12 @@
 // The records of the save history: exact bytes of each schema, documents of old storage versions, damage.
-#include <gtest/gtest.h>
-
-#include "share/objects/save_history.h"
 #include "tests/objects/dumped.h"
 #include "tests/objects/history_bytes.h"
-#include "tests/objects/loaded_object.h"
-#include "tests/objects/test_document.h"
 
 namespace {
 
 using namespace kvtest;
 
-class HistoryRecord : public testing::Test {
- protected:
-  void SetUp() override { FreshEnvironment(); }
-  void TearDown() override { CloseAppEnv(); }
-
-  TestDocument m_document;
-};
+class HistoryRecord : public History {};
 
 HistoryFields Fields() {
   HistoryFields fields;
@@ -77,7 +66,7 @@ TEST_F(HistoryRecord, DamageRaises) {
 
 TEST_F(HistoryRecord, DamagedListLeavesAUsableManager) {
   HistoryFields wild = Fields();
-  wild.user = AppEnv()->GetUserNameW().View();
+  wild.user = m_user.View();
   wild.saves = INT32_MAX;
   // The manager is a member here. Archive numbers: its class 1, the base's class 2, the records' class 3.
   RecordBytes cut;
@@ -91,9 +80,7 @@ TEST_F(HistoryRecord, DamagedListLeavesAUsableManager) {
     } else {
       EXPECT_THROW(manager.Serialize(reader.ar), CArchiveException);
     }
-    CObList records;
-    manager.GetAllHistoryObjects(records);
-    EXPECT_EQ(records.GetCount(), 1) << "no null record";
+    EXPECT_EQ(Records(manager).size(), 1u) << "no null record";
     StoredObject(manager);
     EXPECT_EQ(manager.GetLastHistoryObject()->GetNumSaves(), _T("2147483647"));
   }

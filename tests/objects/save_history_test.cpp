@@ -1,59 +1,12 @@
 // The save history: what a save records, which records it may change, and releases before the history existed.
-#include "share/objects/save_history.h"
-
-#include <gtest/gtest.h>
-
-#include <vector>
-
 #include "companions/geometry/constants.h"
 #include "share/core/registry_access.h"
 #include "share/core/registry_keys.h"
 #include "share/env/product_edition.h"
 #include "share/env/product_identity.h"
 #include "tests/objects/history_bytes.h"
-#include "tests/objects/loaded_object.h"
-#include "tests/objects/test_document.h"
-
-namespace {
 
 using namespace kvtest;
-
-class History : public testing::Test {
- protected:
-  void SetUp() override {
-    SetRunningModule(KV_MODULE_UNKNOWN);
-    m_user = FreshEnvironment().GetUserNameW();
-  }
-  void TearDown() override { CloseAppEnv(); }
-
-  // The values that the present build writes; tests change some of them.
-  HistoryFields Present() const {
-    HistoryFields fields;
-    fields.user = m_user.View();
-    return fields;
-  }
-  // A manager loaded from a document with these records.
-  static std::unique_ptr<QFDocSrHistoryMngr> LoadedWith(const std::vector<HistoryFields>& records) {
-    return LoadedObject<QFDocSrHistoryMngr>(ManagerOf(records));
-  }
-  static std::vector<QFDocSrHistory*> Records(const QFDocSrHistoryMngr& manager) {
-    CObList list;
-    manager.GetAllHistoryObjects(list);
-    std::vector<QFDocSrHistory*> records;
-    for (POSITION at = list.GetHeadPosition(); at;) records.push_back(static_cast<QFDocSrHistory*>(list.GetNext(at)));
-    return records;
-  }
-  static std::string Saves(const QFDocSrHistoryMngr& manager) {
-    std::string text;
-    for (const QFDocSrHistory* record : Records(manager)) text += ToUtf8(record->GetNumSaves()) + " ";
-    return text;
-  }
-
-  TestDocument m_document;
-  CString m_user;
-};
-
-}  // namespace
 
 TEST_F(History, ReleasesFromBeforeItAreKnownByStorageVersionAndBuild) {
   const struct {
