@@ -1,28 +1,22 @@
 // The build's constants, the running product, its edition and its host.
 #include "share/env/product_identity.h"
 
-#include <gtest/gtest.h>
+#include <fmt/format.h>
 
-#include "share/core/registry_access.h"
-#include "share/core/registry_keys.h"
 #include "share/core/version_info.h"
-#include "tests/registered.h"
+#include "tests/env/clean_environment.h"
 
 namespace {
 
 ProductInfo* g_info = nullptr;
 
-class Product : public testing::Test {
+class Product : public kvtest::CleanEnvironment {
  protected:
-  Product() {
+  void SetUp() override {
+    CleanEnvironment::SetUp();
     g_info = &info_;
     kvtest::Register({.productInfo = [] { return g_info; }});
-    RegSettingDeleteValue(HKEY_CURRENT_USER, kVersionDebugKey, _T("EnableKVTarnel"));
-  }
-  ~Product() override {
-    kvtest::Register({});
     SetSldWorksDateCode(-1, _T(""));
-    RegSettingDeleteValue(HKEY_CURRENT_USER, kVersionDebugKey, _T("EnableKVTarnel"));
   }
 
   ProductInfo info_ = {_T("X"), _T("2024.1 SP4"), _T("Y"), _T("Cad"), _T("2023"), _T("5")};
@@ -83,27 +77,22 @@ TEST_F(Product, RegistrySelectsTheEditionAndItsMakersWord) {
 }
 
 TEST_F(Product, HostRevisionIsSplitAtItsFirstDot) {
-  const struct {
-    LPCTSTR revision;
-    int hasPoint;
-    long major;
-    LPCTSTR minor;
-    int isValid;
-  } rows[] = {{_T("32.1.0"), 1, 32, _T("1.0"), 1},  {_T("33.0.0"), 1, 33, _T("0.0"), 0},
-              {_T("31.12.0"), 1, 31, _T("2.0"), 1}, {_T(".5"), 1, 0, _T("5"), 1},
-              {_T("33"), 0, 0, _T("kept"), 1},      {_T("99999999999.0"), 1, 2147483647, _T("9999999999.0"), 0}};
+  const std::pair<LPCTSTR, std::string> rows[] = {
+      {_T("32.1.0"), "32.1.0: 1 32, 1 1.0, 1"},
+      {_T("33.0.0"), "33.0.0: 1 33, 1 0.0, 0"},
+      {_T("31.12.0"), "31.12.0: 1 31, 1 2.0, 1"},
+      {_T(".5"), ".5: 1 0, 1 5, 1"},
+      {_T("33"), "33: 0 0, 0 kept, 1"},
+      {_T("99999999999.0"), "99999999999.0: 1 2147483647, 1 9999999999.0, 0"}};
   EXPECT_EQ(GetSldWorksDateCode(), -1);
-  for (const auto& row : rows) {
-    SCOPED_TRACE(ToUtf8(CString(row.revision)));
-    SetSldWorksDateCode(20240101, row.revision);
+  for (const auto& [revision, expected] : rows) {
+    SetSldWorksDateCode(20240101, revision);
     EXPECT_EQ(GetSldWorksDateCode(), 20240101);
-    EXPECT_EQ(GetSldWorksRevisionNumber(), row.revision);
     long major = 7;
-    EXPECT_EQ(GetSldWorksRevisionNumber(major), row.hasPoint);
-    EXPECT_EQ(major, row.major);
     CString minor = _T("kept");
-    EXPECT_EQ(GetSldWorksMinorRevisionNumber(minor), row.hasPoint);
-    EXPECT_EQ(minor, row.minor);
-    EXPECT_EQ(IsValidSWVersion(), row.isValid);
+    const int hasMajor = GetSldWorksRevisionNumber(major), hasMinor = GetSldWorksMinorRevisionNumber(minor);
+    EXPECT_EQ(fmt::format("{}: {} {}, {} {}, {}", ToUtf8(GetSldWorksRevisionNumber()), hasMajor, major, hasMinor,
+                          ToUtf8(minor), IsValidSWVersion()),
+              expected);
   }
 }

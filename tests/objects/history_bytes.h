@@ -1,30 +1,17 @@
-// Records of the save history built by hand, and the fixture of its tests.
+// Records of the save history built by hand.
 #pragma once
 
-#include <string>
-#include <vector>
-
-#include "framework/ob_list.h"
-#include "share/env/app_env.h"
-#include "share/env/product_edition.h"
-#include "share/env/product_identity.h"
-#include "share/objects/save_history.h"
 #include "tests/objects/record_bytes.h"
-#include "tests/objects/test_document.h"
 
 namespace kvtest {
 
 // The values that the present build writes, except user and stamp.
 struct HistoryFields {
-  std::u16string major = u"2024";
-  std::u16string servicePack = u"SP4";
-  std::u16string build = u"2024/0826";
+  std::u16string major = u"2024", servicePack = u"SP4", build = u"2024/0826";
   double storage = 38.0;
-  std::u16string dateAndTime = u"08/26/2024::09:30";
-  std::u16string user = u"eve";
+  std::u16string dateAndTime = u"08/26/2024::09:30", user = u"eve";
   int saves = 7;
-  std::u16string edition = u"Standard";
-  std::u16string info = u"";
+  std::u16string edition = u"Standard", info;
 };
 
 // Appends the fields after the class records.
@@ -57,44 +44,5 @@ inline std::string ManagerOf(const std::vector<HistoryFields>& records) {
               fields);
   return bytes.Get();
 }
-
-// A fresh environment with the language's texts, and a document.
-class History : public testing::Test {
- protected:
-  void SetUp() override {
-    static const bool kLinked = (InitShareDll(), true);  // the language's texts
-    ASSERT_TRUE(kLinked);
-    CloseAppEnv();
-    SetRunningModule(KV_MODULE_UNKNOWN);
-    m_user = AppEnv()->GetUserNameW();
-  }
-  void TearDown() override { CloseAppEnv(); }
-
-  // The values that the present build writes; tests change some of them.
-  HistoryFields Present() const {
-    HistoryFields fields;
-    fields.user = m_user.View();
-    return fields;
-  }
-  // A manager loaded from a document with these records.
-  static std::unique_ptr<QFDocSrHistoryMngr> LoadedWith(const std::vector<HistoryFields>& records) {
-    return LoadedObject<QFDocSrHistoryMngr>(ManagerOf(records));
-  }
-  static std::vector<QFDocSrHistory*> Records(const QFDocSrHistoryMngr& manager) {
-    CObList list;
-    manager.GetAllHistoryObjects(list);
-    std::vector<QFDocSrHistory*> records;
-    for (POSITION at = list.GetHeadPosition(); at;) records.push_back(static_cast<QFDocSrHistory*>(list.GetNext(at)));
-    return records;
-  }
-  static std::string Saves(const QFDocSrHistoryMngr& manager) {
-    std::string text;
-    for (const QFDocSrHistory* record : Records(manager)) text += ToUtf8(record->GetNumSaves()) + " ";
-    return text;
-  }
-
-  TestDocument m_document;
-  CString m_user;
-};
 
 }  // namespace kvtest

@@ -49,6 +49,11 @@ void ExpectRecord(const Value& value, const std::string& hex) {
   ExpectLoads<Value>(hex);
 }
 
+std::vector<int> Fields(const CFlaggedError& error) {
+  return {error.GetFlag(), error.GetFlagErrorType(), error.ReportError(), error.GetCanClearError(),
+          error.GetAllowEditingFlag()};
+}
+
 }  // namespace
 
 TEST(GeometryArchive, RecordsHaveTheirExactBytes) {
@@ -154,10 +159,8 @@ TEST(FlaggedError, RecordIsReadFromStorageVersion32002On) {
       DWORD next = 0;
       reader.ar >> next;
       EXPECT_EQ(next, 0xCAFEBABE) << row.units;
-      EXPECT_EQ(error.GetFlag(), 1);
-      EXPECT_EQ(error.GetFlagErrorType(), typed ? FLAGGED_ERROR_NORMAL : FLAGGED_ERROR_STOCK)
+      EXPECT_EQ(Fields(error), (std::vector<int>{1, typed ? FLAGGED_ERROR_NORMAL : FLAGGED_ERROR_STOCK, 17, 0, 0}))
           << row.units << " schema " << schema;
-      EXPECT_EQ(error.ReportError(), 17);
     }
   }
 }
@@ -173,15 +176,11 @@ TEST(FlaggedError, CopiesHaveAllFiveValuesAndTheArchiveTwo) {
   const std::unique_ptr<CFlaggedError> clone(error.Clone());
   const auto loaded = LoadedObject<CFlaggedError>(StoredObject(error));
   error = CFlaggedError(0, FLAGGED_ERROR_NORMAL);
-  const auto fields = [](const CFlaggedError& each) {
-    return std::vector<int>{each.GetFlag(), each.GetFlagErrorType(), each.ReportError(), each.GetCanClearError(),
-                            each.GetAllowEditingFlag()};
-  };
   const std::vector<int> all = {1, FLAGGED_ERROR_STOCK, 17, 1, 1};
-  EXPECT_EQ(fields(copy), all);
-  EXPECT_EQ(fields(assigned), all);
-  EXPECT_EQ(fields(*clone), all);
-  EXPECT_EQ(fields(*loaded), (std::vector<int>{1, FLAGGED_ERROR_STOCK, -1, 0, 0}));
+  EXPECT_EQ(Fields(copy), all);
+  EXPECT_EQ(Fields(assigned), all);
+  EXPECT_EQ(Fields(*clone), all);
+  EXPECT_EQ(Fields(*loaded), (std::vector<int>{1, FLAGGED_ERROR_STOCK, -1, 0, 0}));
 }
 
 TEST(FlaggedError, DumpIsExact) {

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <random>
-#include <vector>
 
 #include "share/objects/object_indexer.h"
 #include "tests/objects/dumped.h"

@@ -33,14 +33,18 @@ IMPLEMENT_DYNAMIC(UnstorableNode, QFObject)
 
 constexpr unsigned kLost = 0x9001;
 
-// The fields 4 to 9 of a record with empty values.
-RecordBytes& Head(RecordBytes& bytes) { return bytes.Text(u"").Text(u"").Text(u"").Text(u"").Dword(1).Dword(0); }
-
 // A node of schema 8 (object 2 of the archive) up to its field 9; the caller appends the owner and the rest.
 RecordBytes NodeUpToOwner() {
   RecordBytes bytes;
   bytes.NewClass("QFObject", 8).Class(1).NewClass("QFBaseObject", 2).Word(0);
-  return Head(bytes);
+  return bytes.Text(u"").Text(u"").Text(u"").Text(u"").Dword(1).Dword(0);
+}
+
+std::pair<std::unique_ptr<LinkNode>, std::unique_ptr<LinkNode>> LoadedPair(const std::string& bytes) {
+  Reader reader(bytes);
+  LinkNode *first = nullptr, *second = nullptr;
+  reader.ar >> first >> second;
+  return {std::unique_ptr<LinkNode>(first), std::unique_ptr<LinkNode>(second)};
 }
 
 class References : public testing::Test {
@@ -75,13 +79,9 @@ TEST_F(References, OriginalOwnerThatCantBeStoredBecomesNull) {
   const std::string bytes = Store([&](CArchive& ar) { ar << &node << &next; });
   EXPECT_EQ(GetSerializationStatus(), kLost);
   EXPECT_EQ(GetErrorLocation(), 0x1000u);
-  Reader reader(bytes);
-  LinkNode *first = nullptr, *second = nullptr;
-  reader.ar >> first >> second;
+  const auto [first, second] = LoadedPair(bytes);
   EXPECT_EQ(first->GetOriginalOwner(), nullptr);
   EXPECT_EQ(second->Name(), _T("next"));
-  delete first;
-  delete second;
   node.SetOriginalOwner(nullptr);
 }
 
@@ -109,13 +109,10 @@ TEST_F(References, BrokenOriginalOwnerIsForgotten) {
   for (const auto& row : rows) {
     std::string bytes = NodeUpToOwner().Null().Text(u"").Word(0).Get() + row.reference.Get();
     bytes += RecordBytes().Dword(0x00010203).Null().Text(u"R").Get();
-    Reader reader(bytes);
-    QFObject* node = nullptr;
-    reader.ar >> node;
+    const auto node = LoadedObject<QFObject>(bytes);
     EXPECT_EQ(node->GetOriginalOwner(), nullptr) << row.what;
     EXPECT_EQ(node->GetDisplayColor(), 0x00010203u) << row.what;
     EXPECT_EQ(node->GetRegNameForAutoIndexing(), _T("R")) << row.what;
-    delete node;
   }
 }
 
@@ -126,15 +123,11 @@ TEST_F(References, OriginalOwnerThatIsTheOwnerIsForgottenByLoadingAndRestoring) 
   ASSERT_EQ(node.GetOriginalOwner(), &owner);
   EXPECT_EQ(owner.GetCountOfUserObjects(), 1);
   const std::string bytes = Store([&](CArchive& ar) { ar << &node << &owner; });
-  Reader reader(bytes);
-  LinkNode *loaded = nullptr, *loadedOwner = nullptr;
-  reader.ar >> loaded >> loadedOwner;
-  EXPECT_EQ(loaded->GetOwner(), loadedOwner);
+  const auto [loaded, loadedOwner] = LoadedPair(bytes);
+  EXPECT_EQ(loaded->GetOwner(), loadedOwner.get());
   EXPECT_EQ(loaded->GetOriginalOwner(), nullptr);
   EXPECT_EQ(loaded->GetState(), DELETED);
-  loadedOwner->RemoveFromUserObjectsList(loaded);
-  delete loaded;
-  delete loadedOwner;
+  loadedOwner->RemoveFromUserObjectsList(loaded.get());
   node.Restore();
   EXPECT_EQ(node.GetOwner(), &owner);
   EXPECT_EQ(node.GetOriginalOwner(), nullptr);

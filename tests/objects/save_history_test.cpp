@@ -1,12 +1,70 @@
-// The save history: what a save records, which records it may change, and releases before the history existed.
+// The save history: what a save records, which records it may change, releases before the history existed; and its
+// records: exact bytes of each schema, documents of old storage versions, damage.
+#include <gtest/gtest.h>
+
 #include "companions/geometry/constants.h"
+#include "framework/ob_list.h"
 #include "share/core/registry_access.h"
 #include "share/core/registry_keys.h"
+#include "share/env/app_env.h"
 #include "share/env/product_edition.h"
 #include "share/env/product_identity.h"
+#include "share/objects/save_history.h"
+#include "tests/objects/dumped.h"
 #include "tests/objects/history_bytes.h"
+#include "tests/objects/test_document.h"
 
 using namespace kvtest;
+
+namespace {
+
+// A fresh environment with the language's texts, and a document.
+class History : public testing::Test {
+ protected:
+  void SetUp() override {
+    static const bool kLinked = (InitShareDll(), true);  // the language's texts
+    ASSERT_TRUE(kLinked);
+    CloseAppEnv();
+    SetRunningModule(KV_MODULE_UNKNOWN);
+    m_user = AppEnv()->GetUserNameW();
+  }
+  void TearDown() override { CloseAppEnv(); }
+
+  // The values that the present build writes; tests change some of them.
+  HistoryFields Present() const {
+    HistoryFields fields;
+    fields.user = m_user.View();
+    return fields;
+  }
+  // The same with the texts of the last two fields.
+  HistoryFields Full() const {
+    HistoryFields fields = Present();
+    fields.edition = u"Professional";
+    fields.info = u"more";
+    return fields;
+  }
+  // A manager loaded from a document with these records.
+  static std::unique_ptr<QFDocSrHistoryMngr> LoadedWith(const std::vector<HistoryFields>& records) {
+    return LoadedObject<QFDocSrHistoryMngr>(ManagerOf(records));
+  }
+  static std::vector<QFDocSrHistory*> Records(const QFDocSrHistoryMngr& manager) {
+    CObList list;
+    manager.GetAllHistoryObjects(list);
+    std::vector<QFDocSrHistory*> records;
+    for (POSITION at = list.GetHeadPosition(); at;) records.push_back(static_cast<QFDocSrHistory*>(list.GetNext(at)));
+    return records;
+  }
+  static std::string Saves(const QFDocSrHistoryMngr& manager) {
+    std::string text;
+    for (const QFDocSrHistory* record : Records(manager)) text += ToUtf8(record->GetNumSaves()) + " ";
+    return text;
+  }
+
+  TestDocument m_document;
+  CString m_user;
+};
+
+}  // namespace
 
 TEST_F(History, ReleasesFromBeforeItAreKnownByStorageVersionAndBuild) {
   const struct {
@@ -95,31 +153,28 @@ TEST_F(History, SaveChangesOnlyTheLatestRecordOfThePresentCombination) {
 }
 
 TEST_F(History, RecordUnlocksOnlyForTheCombinationThatWroteIt) {
-  const auto with = [&](auto change) {
-    HistoryFields fields = Present();
-    change(fields);
-    return fields;
-  };
   const struct {
-    HistoryFields fields;
+    void (*change)(HistoryFields&);
     int expected;
   } rows[] = {
-      {Present(), 1},
-      {with([](HistoryFields& f) { f.storage = 38.0 - 0.9 * RESABS; }), 1},
-      {with([](HistoryFields& f) { f.storage = 38.0 + 1.1 * RESABS; }), 0},
-      {with([](HistoryFields& f) { f.storage = std::numeric_limits<double>::quiet_NaN(); }), 0},
-      {with([](HistoryFields& f) { f.major = u"2023"; }), 0},
-      {with([](HistoryFields& f) { f.servicePack = u"SP3"; }), 0},
-      {with([](HistoryFields& f) { f.build = u"2024/0827"; }), 0},
-      {with([](HistoryFields& f) { f.user += u'\''; }), 0},
-      {with([](HistoryFields& f) { f.user = std::u16string_view(CString(f.user.c_str()).MakeUpper()); }),
+      {[](HistoryFields&) {}, 1},
+      {[](HistoryFields& f) { f.storage = 38.0 - 0.9 * RESABS; }, 1},
+      {[](HistoryFields& f) { f.storage = 38.0 + 1.1 * RESABS; }, 0},
+      {[](HistoryFields& f) { f.storage = std::numeric_limits<double>::quiet_NaN(); }, 0},
+      {[](HistoryFields& f) { f.major = u"2023"; }, 0},
+      {[](HistoryFields& f) { f.servicePack = u"SP3"; }, 0},
+      {[](HistoryFields& f) { f.build = u"2024/0827"; }, 0},
+      {[](HistoryFields& f) { f.user += u'\''; }, 0},
+      {[](HistoryFields& f) { f.user = std::u16string_view(CString(f.user.c_str()).MakeUpper()); },
        m_user == CString(m_user).MakeUpper() ? 1 : 0},
   };
   for (const auto& row : rows) {
+    HistoryFields fields = Present();
+    row.change(fields);
     for (const int init : {0, 1}) {
-      const auto record = LoadedObject<QFDocSrHistory>(RecordOf(row.fields));
+      const auto record = LoadedObject<QFDocSrHistory>(RecordOf(fields));
       EXPECT_EQ(record->InitForCurrentInfo(), 0) << "loaded ones are locked";
-      EXPECT_EQ(StoredObject(*record), RecordOf(row.fields));
+      EXPECT_EQ(StoredObject(*record), RecordOf(fields));
       EXPECT_EQ(record->UnlockForWriting(init), row.expected);
       EXPECT_EQ(record->GetNumSaves(), row.expected && init ? _T("8") : _T("7"));
       EXPECT_EQ(record->InitForCurrentInfo(), row.expected);
@@ -145,11 +200,80 @@ TEST_F(History, EditionComesFromTheRunningProduct) {
   EXPECT_NE(StoredObject(record).find(RecordBytes().Text(u"Mill Pro 2024 SP4").Get()), std::string::npos)
       << "filled in once";
   RegSettingDeleteValue(HKEY_CURRENT_USER, kVersionDebugKey, _T("EnableKVTarnel"));
-  SetRunningModule(KV_MODULE_MILL);
+  for (const int module : {-1, 5, int(KV_MODULE_MILL)}) {
+    SetRunningModule(module);
+    EXPECT_EQ(GetRunningModuleName(), module == KV_MODULE_MILL ? _T("Mill") : _T("Unknown"));
+  }
   EXPECT_EQ(GetRunningModule(), KV_MODULE_MILL);
-  EXPECT_EQ(GetRunningModuleName(), _T("Mill"));
-  SetRunningModule(5);
-  EXPECT_EQ(GetRunningModuleName(), _T("Unknown"));
-  SetRunningModule(-1);
-  EXPECT_EQ(GetRunningModuleName(), _T("Unknown"));
+}
+
+TEST_F(History, EachSchemaIsStoredInThePresentLayout) {
+  for (const int schema : {1, 2, 3, 4}) {
+    m_document.units = schema % 2 ? 6.0f : 38.0f;
+    const std::string bytes = RecordOf(Full(), schema, /*base=*/schema % 2 == 0);
+    HistoryFields expected = Full();
+    if (schema < 2) expected.edition = u"Standard";
+    if (schema < 3) expected.info = u"";
+    EXPECT_EQ(StoredObject(*LoadedObject<QFDocSrHistory>(bytes)), RecordOf(expected)) << schema;
+    ExpectEveryPrefixRaises<QFDocSrHistory>(bytes);
+  }
+}
+
+TEST_F(History, BytesAreTheFieldsInTheirOrder) {
+  static constexpr char kBytes[] =
+      "\xFF\xFF\x03\x00\x0E\x00QFDocSrHistory\x01\x80\xFF\xFF\x02\x00\x0C\x00QFBaseObject"
+      "\xFF\xFE\xFF\x01P\x00\xFF\xFE\xFF\x01Q\x00\xFF\xFE\xFF\x01R\x00\x00\x00\x00\x00\x00\x00\xF0\xBF"
+      "\xFF\xFE\xFF\x01S\x00\xFF\xFE\xFF\x01T\x00\x01\x00\x00\x00\xFF\xFE\xFF\x01U\x00\xFF\xFE\xFF\x01V\x00";
+  const std::string expected(kBytes, sizeof kBytes - 1);
+  const auto record = LoadedObject<QFDocSrHistory>(expected);
+  EXPECT_EQ(record->GetMajorVersion() + record->GetServicePack() + record->GetBuildCode(), _T("PQR"));
+  EXPECT_EQ(record->GetDateAndTime() + record->GetUser() + record->GetProductEdition(), _T("STU"));
+  EXPECT_EQ(record->GetStorageVersion() + record->GetNumSaves(), _T(" -1.001"));
+  EXPECT_EQ(StoredObject(*record), expected);
+}
+
+TEST_F(History, DamageRaises) {
+  ExpectEveryPrefixRaises<QFDocSrHistoryMngr>(ManagerOf({Full(), Full()}));
+  RecordBytes twice = StartOfManager().Word(2).NewClass("QFDocSrHistory", 3).Class(4).Class(3);
+  const struct {
+    const char* what;
+    std::string bytes;
+    int cause;
+  } rows[] = {
+      {"more records than bytes", StartOfManager().Word(0xFFFE).Get(), CArchiveException::endOfFile},
+      {"a record twice", AddFields(twice, Full()).Object(5).Get(), CArchiveException::badIndex},
+      {"the manager inside itself", StartOfManager().Word(1).Object(2).Get(), CArchiveException::badIndex},
+      {"another class", StartOfManager().Word(1).NewClass("QFObjectIndexer", 2).Get(), CArchiveException::badClass},
+  };
+  for (const auto& row : rows) EXPECT_EQ(LoadCause<QFDocSrHistoryMngr>(row.bytes), row.cause) << row.what;
+}
+
+TEST_F(History, DamagedListLeavesAUsableManager) {
+  HistoryFields wild = Full();
+  wild.saves = INT32_MAX;
+  // The manager is a member here. Archive numbers: its class 1, the base's class 2, the records' class 3.
+  RecordBytes cut;
+  cut.NewClass("QFDocSrHistoryMngr", 1).NewClass("QFBaseObject", 2).Word(3).Null();
+  AddFields(cut.NewClass("QFDocSrHistory", 3).Class(3).Class(2), wild);
+  for (const bool whole : {false, true}) {
+    QFDocSrHistoryMngr manager;
+    Reader reader(whole ? RecordBytes(cut).Null().Get() : cut.Get());
+    if (whole) {
+      manager.Serialize(reader.ar);
+    } else {
+      EXPECT_THROW(manager.Serialize(reader.ar), CArchiveException);
+    }
+    EXPECT_EQ(Records(manager).size(), 1u) << "no null record";
+    StoredObject(manager);
+    EXPECT_EQ(manager.GetLastHistoryObject()->GetNumSaves(), _T("2147483647"));
+  }
+}
+
+TEST_F(History, DumpsItsFields) {
+  const auto manager = LoadedObject<QFDocSrHistoryMngr>(ManagerOf({Full()}));
+  manager->DumpData(nullptr);
+  const std::string text = Dumped([&](FILE* file) { manager->DumpData(file); });
+  EXPECT_NE(text.find("\n m_HistoryList Total Items : 1\n"), std::string::npos) << text;
+  EXPECT_NE(text.find("\n m_MajorVersion: 2024\n m_ServicePack: SP4\n m_BuildCode: 2024/0826\n"), std::string::npos);
+  EXPECT_NE(text.find("\n m_StorageVersionNumber:  38.00\n"), std::string::npos) << text;
 }

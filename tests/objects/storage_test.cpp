@@ -81,19 +81,20 @@ TEST_F(StructuredStorages, NothingOpenIsAnInvalidPointer) {
   EXPECT_EQ(storage_.GetCurrentStorage(), nullptr);
   EXPECT_FALSE(storage_.CloseStorage());
   IStream* stream = nullptr;
-  const auto refused = [&](bool done) {
-    const bool right = !done && storage_.GetLastResult() == HRESULT(0x80004003) && !stream;
-    storage_.CloseAll();  // sets the last result to 0
-    stream = reinterpret_cast<IStream*>(&storage_);
-    return right && storage_.GetLastResult() == 0;
+  const auto expectRefused = [&](bool done) {
+    EXPECT_FALSE(done);
+    EXPECT_EQ(storage_.GetLastResult(), HRESULT(0x80004003));
+    EXPECT_EQ(stream, nullptr);
+    storage_.CloseAll();
+    EXPECT_EQ(storage_.GetLastResult(), 0);
   };
-  EXPECT_TRUE(refused(storage_.CreateStorage(_T("s"), true, kWrite)));
-  EXPECT_TRUE(refused(storage_.CreateStream(&stream, _T("s"), kWrite)));
-  EXPECT_TRUE(refused(storage_.OpenStream(&stream, _T("s"), kRead)));
-  stream = nullptr;
-  EXPECT_TRUE(refused(storage_.OpenStorage(_T("s"), kWrite)));
-  stream = nullptr;
-  EXPECT_TRUE(refused(storage_.Destroy(_T("s"))));
+  expectRefused(storage_.CreateStorage(_T("s"), true, kWrite));
+  expectRefused(storage_.OpenStorage(_T("s"), kWrite));
+  expectRefused(storage_.Destroy(_T("s")));
+  stream = reinterpret_cast<IStream*>(&storage_);
+  expectRefused(storage_.CreateStream(&stream, _T("s"), kWrite));
+  stream = reinterpret_cast<IStream*>(&storage_);
+  expectRefused(storage_.OpenStream(&stream, _T("s"), kRead));
 }
 
 TEST_F(StructuredStorages, FailuresLeaveTheirResult) {
