@@ -2,8 +2,6 @@
 // version.
 #include <fmt/format.h>
 
-#include <nlohmann/json.hpp>
-
 #include "host/document/active_document.h"
 #include "share/core/document_messages.h"
 #include "tests/host/document_fixture.h"
@@ -11,8 +9,6 @@
 #include "tests/host/run_command.h"
 
 using namespace kestrova;
-using kvtest::RunCommand;
-using kvtest::RunResult;
 using kvtest::StreamOf;
 
 namespace {
@@ -46,36 +42,31 @@ std::string ExpectedTree(const Golden& golden) {
          stamps;
 }
 
-using DocumentGolden = kvtest::DocumentTest;
+struct DocumentGolden : kvtest::CommandTest {
+  DocumentGolden() : CommandTest("document") {}
+};
 
 TEST_F(DocumentGolden, EveryVersionShowsTheSameTreeAndVerifies) {
   for (const Golden& golden : kGolden) {
-    EXPECT_EQ(RunCommand({"document", "show", Fixture(golden.file)}),
-              (RunResult{0,
-                         fmt::format("{}: 5 nodes, mm, storage version {}\n", golden.file, golden.storageVersion) +
-                             ExpectedTree(golden),
-                         ""}));
-    EXPECT_EQ(
-        RunCommand({"document", "verify", Fixture(golden.file)}),
-        (RunResult{0,
-                   fmt::format("{}: storage version {}, 5 of 5 nodes intact, status 0x0000, error location 0x0000\n"
-                               "  indexer HostToolCrib: 1 stored, 1 alive\n"
-                               "  indexer HostSetup: 1 stored, 1 alive\n"
-                               "  indexer HostFeature: 1 stored, 1 alive\n"
-                               "  indexer HostOperation: 2 stored, 2 alive\n"
-                               "no faults found\n",
-                               Fixture(golden.file), golden.storageVersion),
-                   ""}));
+    EXPECT_EQ(Out({"show", Fixture(golden.file)}),
+              fmt::format("{}: 5 nodes, mm, storage version {}\n", golden.file, golden.storageVersion) +
+                  ExpectedTree(golden));
+    EXPECT_EQ(Out({"verify", Fixture(golden.file)}),
+              fmt::format("{}: storage version {}, 5 of 5 nodes intact, status 0x0000, error location 0x0000\n"
+                          "  indexer HostToolCrib: 1 stored, 1 alive\n"
+                          "  indexer HostSetup: 1 stored, 1 alive\n"
+                          "  indexer HostFeature: 1 stored, 1 alive\n"
+                          "  indexer HostOperation: 2 stored, 2 alive\n"
+                          "no faults found\n",
+                          Fixture(golden.file), golden.storageVersion));
   }
 }
 
 TEST_F(DocumentGolden, EveryVersionIsConvertedToTheCurrentOne) {
   for (const Golden& golden : kGolden) {
-    EXPECT_EQ(RunCommand({"document", "convert", Fixture(golden.file), File("new.kvdoc"), "--force"}),
-              (RunResult{0, "", ""}));
-    EXPECT_EQ(RunCommand({"document", "show", File("new.kvdoc")}).out,
-              "new.kvdoc: 5 nodes, mm, storage version 38\n" + ExpectedTree(golden));
-    const auto history = nlohmann::json::parse(RunCommand({"document", "history", "--json", File("new.kvdoc")}).out);
+    EXPECT_EQ(Out({"convert", Fixture(golden.file), File("new.kvdoc"), "--force"}), "");
+    EXPECT_EQ(Out({"show", File("new.kvdoc")}), "new.kvdoc: 5 nodes, mm, storage version 38\n" + ExpectedTree(golden));
+    const auto history = Json({"history", File("new.kvdoc")});
     ASSERT_EQ(history.size(), 2u) << history;
     EXPECT_EQ(history[0]["version"], golden.version);
     EXPECT_EQ(history[0]["user"], golden.user);
@@ -86,13 +77,14 @@ TEST_F(DocumentGolden, EveryVersionIsConvertedToTheCurrentOne) {
 }
 
 TEST_F(DocumentGolden, DocumentOfAVersionWithoutHistoryGetsARecord) {
-  EXPECT_EQ(
-      RunCommand({"document", "history", Fixture("storage11.2.kvdoc")}),
-      (RunResult{0, "2004 SP0 build unknown, storage version 11.20: 1 saves, last 05/06/2004::07:08 by moreau\n", ""}));
+  EXPECT_EQ(Out({"history", Fixture("storage11.2.kvdoc")}),
+            "2004 SP0 build unknown, storage version 11.20: 1 saves, last 05/06/2004::07:08 by moreau\n");
 }
 
+using GoldenBytes = kvtest::DocumentTest;
+
 // A script wrote the fixture from the layout.
-TEST_F(DocumentGolden, SavingWritesTheGoldenBytes) {
+TEST_F(GoldenBytes, AreWrittenBySaving) {
   const std::string golden = Fixture("storage38.0.kvdoc");
   const auto document = DocumentLoader(golden, DocumentLoader::Mode::kStrict).Load();
   const ActiveDocument active(document.get());

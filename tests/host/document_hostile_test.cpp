@@ -1,10 +1,14 @@
 // Damaged documents: a file truncated at any byte, and a file or its streams with any byte changed. The loader refuses
 // each, or returns a document that can be used and deleted, in limited time and memory.
 #include <fmt/format.h>
+#include <malloc.h>
 
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
+#include <new>
 #include <random>
+#include <utility>
 
 #include "host/document/active_document.h"
 #include "host/document/document_loader.h"
@@ -14,13 +18,11 @@
 #include "host/shell/failure.h"
 #include "share/core/version_info.h"
 #include "tests/host/document_records.h"
-#include "tests/host/live_bytes.h"
 #include "tests/scratch.h"
 
 namespace {
 
 using namespace kestrova;
-using kvtest::LiveBytes;
 using Mode = DocumentLoader::Mode;
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -37,11 +39,16 @@ constexpr std::ptrdiff_t kMemoryFactor = 3;
 constexpr std::ptrdiff_t kMemoryBase = 48 * 1024;
 constexpr std::chrono::seconds kLongest{5};
 
-// The streams of a document's file.
-struct Parts {
-  std::string objects;
-  std::string history;
-};
+// The bytes that the thread has from operator new, in the program and its libraries, and the most of them. Blocks of
+// the library's pool count only if the pool takes them from the heap, as under the address sanitizer
+// (framework/block_pool.h). Use only differences.
+thread_local std::ptrdiff_t t_live = 0;
+thread_local std::ptrdiff_t t_peak = 0;
+
+void Release(void* block) noexcept {
+  if (block) t_live -= std::ptrdiff_t(malloc_usable_size(block));
+  std::free(block);
+}
 
 StreamFacts FactsOfBytes(std::string bytes) {
   CMemFile file(reinterpret_cast<BYTE*>(bytes.data()), bytes.size());
@@ -49,13 +56,13 @@ StreamFacts FactsOfBytes(std::string bytes) {
 }
 
 // Writes a compound file with a correct header, so that the checksums accept the damage.
-void WriteParts(const std::string& path, const Parts& parts) {
+void WriteParts(const std::string& path, const std::string& objects, const std::string& history) {
   DocumentHeader header;
   header.storageVersion = CKVVersionInfo::QF_STORAGE_VERSION;
-  header.objects = FactsOfBytes(parts.objects);
-  header.history = FactsOfBytes(parts.history);
+  header.objects = FactsOfBytes(objects);
+  header.history = FactsOfBytes(history);
   const std::string bytes = header.ToBytes();
-  kvtest::WriteDocumentFile(path, &bytes, &parts.objects, &parts.history);
+  kvtest::WriteDocumentFile(path, &bytes, &objects, &history);
 }
 
 class HostileDocuments : public testing::Test {
@@ -67,8 +74,9 @@ class HostileDocuments : public testing::Test {
     FillWithSample(document, kNodes, /*seed=*/7);
     SaveDocument(document, path_);
     file_ = kvtest::ReadFile(path_);
-    parts_ = {kvtest::StreamOf(path_, kObjectsStream), kvtest::StreamOf(path_, kHistoryStream)};
-    WriteParts(path_, parts_);
+    objects_ = kvtest::StreamOf(path_, kObjectsStream);
+    history_ = kvtest::StreamOf(path_, kHistoryStream);
+    WriteParts(path_, objects_, history_);
     ASSERT_EQ(Load("whole", Mode::kStrict), 1);
     ASSERT_EQ(Load("whole", Mode::kSalvage), 1);
   }
@@ -79,8 +87,7 @@ class HostileDocuments : public testing::Test {
 
   // Loads the file at path_. 1: a document, which it uses and deletes; 0: refused.
   int Load(const std::string& damage, Mode mode) {
-    const std::ptrdiff_t before = LiveBytes();
-    kvtest::TakePeakBytes();
+    const std::ptrdiff_t before = t_peak = t_live;
     const auto start = std::chrono::steady_clock::now();
     std::unique_ptr<HostDocument> document;
     try {
@@ -88,7 +95,7 @@ class HostileDocuments : public testing::Test {
     } catch (const Failure&) {
     }
     const auto time = std::chrono::steady_clock::now() - start;
-    const std::ptrdiff_t peak = kvtest::TakePeakBytes() - before;
+    const std::ptrdiff_t peak = t_peak - before;
     EXPECT_LT(time, kLongest) << damage;
     EXPECT_LE(peak, std::ptrdiff_t(std::filesystem::file_size(path_)) * kMemoryFactor + kMemoryBase) << damage;
     ++(document ? loaded_ : refused_);
@@ -133,13 +140,22 @@ class HostileDocuments : public testing::Test {
 
   const kvtest::ScratchFolder folder_{kvtest::FastFolder()};
   const std::string path_ = (folder_.Path() / "part.kvdoc").string();
-  std::string file_;
-  Parts parts_;
+  std::string file_, objects_, history_;
   std::FILE* nowhere_ = std::fopen("/dev/null", "w");
   std::size_t refused_ = 0, loaded_ = 0, used_ = 0;
 };
 
 }  // namespace
+
+void* operator new(std::size_t size) {
+  void* const block = std::malloc(size ? size : 1);
+  if (!block) throw std::bad_alloc();
+  t_live += std::ptrdiff_t(malloc_usable_size(block));
+  t_peak = std::max(t_peak, t_live);
+  return block;
+}
+void operator delete(void* block) noexcept { Release(block); }
+void operator delete(void* block, std::size_t) noexcept { Release(block); }
 
 TEST_F(HostileDocuments, EveryPrefixOfTheFileIsRefusedOrSalvaged) {
   for (std::size_t bytes = 0; bytes < file_.size() && !HasFailure(); bytes += kPrefixStep) {
@@ -159,9 +175,9 @@ TEST_F(HostileDocuments, AChangedByteIsRefusedOrSalvaged) {
         LoadBothWays(damage);
       });
     } else {
-      WithChange(i % 16 == 1 ? parts_.history : parts_.objects, random, i % 16 == 1 ? "history" : "objects",
+      WithChange(i % 16 == 1 ? history_ : objects_, random, i % 16 == 1 ? "history" : "objects",
                  [&](const std::string& damage) {
-                   WriteParts(path_, parts_);
+                   WriteParts(path_, objects_, history_);
                    LoadBothWays(damage);
                  });
     }

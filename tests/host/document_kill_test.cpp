@@ -16,7 +16,6 @@
 #include <vector>
 
 #include "tests/host/run_command.h"
-#include "tests/scratch.h"
 
 namespace {
 
@@ -100,16 +99,13 @@ class TracedSave {
   int status_ = 0;
 };
 
-// The nodes as JSON, which depend only on --seed.
-std::string Shown(const std::string& file) {
-  const kvtest::RunResult shown = kvtest::RunCommand({"document", "show", file, "--json"});
-  EXPECT_EQ(shown.exit_code, 0) << shown.err;
-  EXPECT_EQ(shown.err, "");
-  return shown.out;
-}
-
-class KilledSaves : public testing::Test {
+class KilledSaves : public kvtest::CommandTest {
  protected:
+  KilledSaves() : CommandTest("document") {}
+
+  // The nodes as JSON, which depend only on --seed.
+  std::string Shown() const { return Out({"show", file_, "--json"}); }
+
   void SaveWhole(const char* nodes, const char* seed) {
     TracedSave save(file_, nodes, seed);
     ASSERT_FALSE(save.RunThrough(1'000'000));
@@ -119,16 +115,16 @@ class KilledSaves : public testing::Test {
   // Kills one save after the other, each one call later, until a save ends.
   void KillAtEachCall(const char* nodes) {
     SaveWhole(nodes, "1");
-    const std::string fresh = Shown(file_);
+    const std::string fresh = Shown();
     SaveWhole(nodes, "0");
-    ASSERT_NE(Shown(file_), fresh);
+    ASSERT_NE(Shown(), fresh);
     std::string bytes = kvtest::ReadFile(file_);
     for (int calls = 0; !HasFatalFailure(); ++calls) {
       SCOPED_TRACE(testing::Message() << nodes << " nodes, killed after " << calls << " calls");
       TracedSave save(file_, nodes, "1");
       if (!save.RunThrough(calls)) {
         ASSERT_TRUE(WIFEXITED(save.Status()) && WEXITSTATUS(save.Status()) == 0) << "status " << save.Status();
-        EXPECT_EQ(Shown(file_), fresh);
+        EXPECT_EQ(Shown(), fresh);
         return;
       }
       save.Kill();
@@ -138,15 +134,14 @@ class KilledSaves : public testing::Test {
         continue;
       }
       ++replaced_;
-      ASSERT_EQ(Shown(file_), fresh);
+      ASSERT_EQ(Shown(), fresh);
       SaveWhole(nodes, "0");
-      ASSERT_NE(Shown(file_), fresh) << "left-over files disturb";
+      ASSERT_NE(Shown(), fresh) << "left-over files disturb";
       bytes = kvtest::ReadFile(file_);
     }
   }
 
-  const kvtest::ScratchFolder folder_;
-  const std::string file_ = (folder_.Path() / "part.kvdoc").string();
+  const std::string file_ = File("part.kvdoc");
   int killed_ = 0, replaced_ = 0, old_ = 0;
 };
 

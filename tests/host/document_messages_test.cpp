@@ -40,17 +40,12 @@ TEST_F(DocumentMessages, ReadAndSetTheDocumentsProperties) {
 }
 
 TEST_F(DocumentMessages, ReportTheShownTree) {
-  const struct {
-    HostDocument::Tree tree;
-    int features, operations, tools;
-  } kCases[] = {{HostDocument::Tree::kFeatures, 1, 0, 0},
-                {HostDocument::Tree::kOperations, 0, 1, 0},
-                {HostDocument::Tree::kTools, 0, 0, 1}};
-  for (const auto& c : kCases) {
-    document_.SetShownTree(c.tree);
-    EXPECT_EQ(IsFEATTreeActive(), c.features);
-    EXPECT_EQ(IsOPERTreeActive(), c.operations);
-    EXPECT_EQ(IsToolTreeActive(), c.tools);
+  using enum HostDocument::Tree;
+  for (const auto tree : {kFeatures, kOperations, kTools}) {
+    document_.SetShownTree(tree);
+    EXPECT_EQ(IsFEATTreeActive(), tree == kFeatures);
+    EXPECT_EQ(IsOPERTreeActive(), tree == kOperations);
+    EXPECT_EQ(IsToolTreeActive(), tree == kTools);
   }
 }
 

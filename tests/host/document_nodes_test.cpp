@@ -12,6 +12,14 @@ namespace {
 
 class DocumentNodes : public kvtest::DocumentTest {
  protected:
+  // The nodes of the tree with their depths.
+  using Nodes = std::vector<std::pair<HostNode*, int>>;
+  Nodes Walk() const {
+    Nodes nodes;
+    document_.Walk([&](HostNode& node, int depth) { nodes.emplace_back(&node, depth); });
+    return nodes;
+  }
+
   HostTool& tool_ = Add<HostTool>(nullptr, _T("Drill"));
   HostSetup& setup_ = Add<HostSetup>(nullptr, _T("Setup"));
   HostFeature& feature_ = Add<HostFeature>(&setup_, _T("Hole"));
@@ -20,11 +28,7 @@ class DocumentNodes : public kvtest::DocumentTest {
 };
 
 TEST_F(DocumentNodes, AreInTheTreeAndTheIndexer) {
-  std::vector<std::pair<HostNode*, int>> walk;
-  document_.Walk([&](HostNode& node, int depth) { walk.emplace_back(&node, depth); });
-  const std::vector<std::pair<HostNode*, int>> expected = {
-      {&tool_, 0}, {&setup_, 0}, {&feature_, 1}, {&drilling_, 2}, {&operation_, 2}};
-  EXPECT_EQ(walk, expected);
+  EXPECT_EQ(Walk(), (Nodes{{&tool_, 0}, {&setup_, 0}, {&feature_, 1}, {&drilling_, 2}, {&operation_, 2}}));
   EXPECT_EQ(drilling_.GetObjectId(), 4u);
   EXPECT_EQ(tool_.GetRegNameForAutoIndexing(), _T("HostToolCrib")) << "under a name of its own";
   EXPECT_EQ(drilling_.GetRegNameForAutoIndexing(), _T("HostOperation")) << "among the operations";
@@ -72,8 +76,7 @@ TEST_F(DocumentNodes, ClonesAreLikeTheirOriginal) {
   drilling_.SetCutting(0.2, 3000, 0.001);
   drilling_.SetPeck(0.002);
   drilling_.GetFlag()->SetFlag();
-  for (HostNode* node : {static_cast<HostNode*>(&tool_), static_cast<HostNode*>(&setup_),
-                         static_cast<HostNode*>(&feature_), static_cast<HostNode*>(&drilling_)}) {
+  for (HostNode* node : std::initializer_list<HostNode*>{&tool_, &setup_, &feature_, &drilling_}) {
     const std::unique_ptr<QFObject> copy(node->Clone());
     EXPECT_EQ(copy->GetRuntimeClass(), node->GetRuntimeClass());
     EXPECT_EQ(copy->Name(), node->Name());
@@ -122,11 +125,7 @@ TEST_F(DocumentNodes, TreeFollowsOwnersWhenItIsRebuilt) {
   outside.AddToUserObjectsList(&operation_, /*held=*/0);
   tool_.AddToUserObjectsList(&outside, /*held=*/0);
   document_.RebuildTree();
-  std::vector<std::pair<HostNode*, int>> walk;
-  document_.Walk([&](HostNode& node, int depth) { walk.emplace_back(&node, depth); });
-  const std::vector<std::pair<HostNode*, int>> expected = {
-      {&tool_, 0}, {&setup_, 0}, {&feature_, 0}, {&operation_, 0}, {&drilling_, 1}};
-  EXPECT_EQ(walk, expected);
+  EXPECT_EQ(Walk(), (Nodes{{&tool_, 0}, {&setup_, 0}, {&feature_, 0}, {&operation_, 0}, {&drilling_, 1}}));
   EXPECT_EQ(tool_.GetCountOfUserObjects(), 0) << "the document doesn't hold that user";
 }
 

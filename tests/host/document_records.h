@@ -3,13 +3,15 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <string>
 #include <vector>
 
 #include "framework/stream_file.h"
 #include "host/document/document_header.h"
 #include "platform/paths.h"
-#include "tests/objects/record_bytes.h"
+#include "tests/objects/history_bytes.h"
+#include "tests/platform/storage_support.h"
 
 namespace kvtest {
 
@@ -37,7 +39,10 @@ class DocumentBytes {
     bytes_.Dword(0).Dword(unsigned(nodes_.size()) + 1).Text(u"SP4");
     bytes_.NewClass("QFObjectIndexerHelper", 2).Class(5).Class(4).Word(0);  // no entries
     bytes_.Word(int(nodes_.size()));
-    for (const Node& node : nodes_) Enter(node);
+    for (const Node& node : nodes_) {
+      ClassRecord(node.className);
+      objectNumbers_.push_back(next_++);
+    }
     tableEnd_ = Size();
     for (std::size_t row = 0; row < nodes_.size(); ++row) {
       Record(row);
@@ -55,20 +60,15 @@ class DocumentBytes {
  private:
   std::size_t Size() const { return bytes_.Get().size(); }
 
-  void Enter(const Node& node) {
-    auto known = std::find(classes_.begin(), classes_.end(), node.className);
-    if (known == classes_.end()) {
-      bytes_.NewClass(node.className, 1);
-      classes_.push_back(node.className);
-      classNumbers_.push_back(next_++);
-    } else {
-      bytes_.Class(classNumbers_[std::size_t(known - classes_.begin())]);
+  // The record of a class: with its name the first time, then as its number.
+  void ClassRecord(const std::string& name, int schema = 1) {
+    const auto [known, isNew] = classNumbers_.try_emplace(name, next_);
+    if (!isNew) {
+      bytes_.Class(known->second);
+      return;
     }
-    objectNumbers_.push_back(next_++);
-  }
-
-  int ClassNumber(const std::string& name) const {
-    return classNumbers_[std::size_t(std::find(classes_.begin(), classes_.end(), name) - classes_.begin())];
+    bytes_.NewClass(name, schema);
+    ++next_;
   }
   void Reference(int row) {
     if (row < 0) {
@@ -94,8 +94,8 @@ class DocumentBytes {
   void Record(std::size_t row) {
     const Node& node = nodes_[row];
     const bool drilling = node.className == "HostDrilling";
-    bytes_.Class(ClassNumber(node.className));
-    if (drilling) OperationLevel();
+    ClassRecord(node.className);
+    if (drilling) ClassRecord("HostOperation");
     bytes_.Class(3).Class(4);
     const std::string name = drilling                       ? "HostOperation"
                              : node.className == "HostTool" ? "HostToolCrib"
@@ -111,29 +111,15 @@ class DocumentBytes {
     } else {
       Reference(node.tool);
       bytes_.Double(0.3).Double(2000).Double(0.001);
-      FlagLevel();
+      ClassRecord("CFlaggedError", 2);
       bytes_.Dword(0).Dword(0);
       if (drilling) bytes_.Double(0.002);
     }
   }
 
-  // Class records of levels, which may come first in a record.
-  void OperationLevel() { LevelMet("HostOperation", 1); }
-  void FlagLevel() { LevelMet("CFlaggedError", 2); }
-  void LevelMet(const std::string& name, int schema) {
-    if (std::find(classes_.begin(), classes_.end(), name) != classes_.end()) {
-      bytes_.Class(ClassNumber(name));
-      return;
-    }
-    bytes_.NewClass(name, schema);
-    classes_.push_back(name);
-    classNumbers_.push_back(next_++);
-  }
-
   std::vector<Node> nodes_;
   RecordBytes bytes_;
-  std::vector<std::string> classes_;
-  std::vector<int> classNumbers_;
+  std::map<std::string, int> classNumbers_;
   std::vector<int> objectNumbers_;
   int next_;
   std::size_t tableEnd_ = 0;
@@ -141,11 +127,9 @@ class DocumentBytes {
 };
 
 // The archive of a history without records.
-inline std::string EmptyHistory() {
-  return RecordBytes().NewClass("QFDocSrHistoryMngr", 1).Class(1).NewClass("QFBaseObject", 2).Word(0).Get();
-}
+inline std::string EmptyHistory() { return ManagerOf({}); }
 
-// The header for these streams, with a bitwise CRC-32.
+// A bitwise CRC-32.
 inline DWORD ReferenceChecksum(std::string_view bytes) {
   DWORD state = 0xFFFFFFFF;
   for (const char byte : bytes) {
@@ -154,14 +138,16 @@ inline DWORD ReferenceChecksum(std::string_view bytes) {
   }
   return ~state;
 }
+inline std::string WithChecksum(const std::string& bytes) {
+  return RecordBytes().Bytes(bytes).Dword(ReferenceChecksum(bytes)).Get();
+}
+// The header for these streams.
 inline std::string HeaderBytes(const std::string& objects, const std::string& history, float storageVersion = 38.0f) {
   RecordBytes bytes;
-  for (const char c : std::string_view("KVDOC\r\n\x1A", 8)) bytes.Raw(c);
-  bytes.Dword(1).Raw(storageVersion).Dword(0);
-  for (const std::string& stream : {objects, history}) {
+  bytes.Bytes("KVDOC\r\n\x1A").Dword(1).Raw(storageVersion).Dword(0);
+  for (const std::string& stream : {objects, history})
     bytes.Raw(std::uint64_t(stream.size())).Dword(ReferenceChecksum(stream));
-  }
-  return RecordBytes(bytes).Dword(ReferenceChecksum(bytes.Get())).Get();
+  return WithChecksum(bytes.Get());
 }
 
 // The bytes of a stream of a document's file.
@@ -180,13 +166,14 @@ inline std::string StreamOf(const std::string& path, LPCTSTR name) {
 
 // Writes a compound file with the streams that are not null.
 inline void WriteDocumentFile(const std::string& path, const std::string* header, const std::string* objects,
-                              const std::string* history) {
+                              const std::string* history, const std::string* settings = nullptr) {
   constexpr DWORD kMode = STGM_READWRITE | STGM_SHARE_EXCLUSIVE | STGM_CREATE;
   IStorage* root = nullptr;
   ASSERT_EQ(StgCreateDocfile(ProductPathFromSystem(path).c_str(), kMode, 0, &root), S_OK);
   for (const auto& [stream, bytes] : {std::pair{kestrova::kHeaderStream, header},
                                       {kestrova::kObjectsStream, objects},
-                                      {kestrova::kHistoryStream, history}}) {
+                                      {kestrova::kHistoryStream, history},
+                                      {kestrova::kSettingsStream, settings}}) {
     if (!bytes) continue;
     IStream* opened = nullptr;
     ASSERT_EQ(root->CreateStream(stream, kMode, 0, 0, &opened), S_OK);
@@ -197,11 +184,12 @@ inline void WriteDocumentFile(const std::string& path, const std::string* header
   root->Release();
 }
 
-// Writes a file with the object archive and a correct header.
-inline void WriteDocumentFile(const std::string& path, const std::string& objects) {
+// Writes a file with the object archive, a correct header and the settings.
+inline void WriteDocumentFile(const std::string& path, const std::string& objects,
+                              const std::string* settings = nullptr) {
   const std::string history = EmptyHistory();
   const std::string header = HeaderBytes(objects, history);
-  WriteDocumentFile(path, &header, &objects, &history);
+  WriteDocumentFile(path, &header, &objects, &history, settings);
 }
 
 }  // namespace kvtest

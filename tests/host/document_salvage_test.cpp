@@ -153,7 +153,6 @@ TEST_F(DocumentSalvage, StrictLoaderRefusesWhatTheSalvagingOneKeeps) {
   EXPECT_EQ(GetActiveDocument(), &document_) << "the one before is active again";
   std::string changed = Sample().Get();
   changed[Sample().Ends()[2] - 3] ^= 1;  // within a double
-  WriteDocumentFile(File("b.kvdoc"), Sample().Get());
   const std::string header = HeaderBytes(Sample().Get(), EmptyHistory()), history = EmptyHistory();
   WriteDocumentFile(File("b.kvdoc"), &header, &changed, &history);
   DocumentLoader strict(File("b.kvdoc"), DocumentLoader::Mode::kStrict);

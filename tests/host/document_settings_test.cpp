@@ -1,17 +1,13 @@
 // The settings of a document: in its file, in the library, and damaged.
-#include "framework/archive.h"
-#include "framework/stream_file.h"
 #include "host/document/active_document.h"
-#include "host/document/checksum.h"
-#include "host/document/settings_stream.h"
 #include "host/shell/failure.h"
-#include "platform/paths.h"
 #include "share/core/document_callbacks.h"
 #include "share/env/setting_queries.h"
-#include "tests/archive_bytes.h"
 #include "tests/host/document_fixture.h"
+#include "tests/host/document_records.h"
 
 using namespace kestrova;
+using namespace kvtest;
 using Mode = DocumentLoader::Mode;
 
 namespace {
@@ -22,23 +18,10 @@ int IntOf(const QFSettingsKey& settings, LPCTSTR name) {
   return value;
 }
 
-class DocumentSettings : public kvtest::DocumentTest {
+class DocumentSettings : public DocumentTest {
  protected:
-  // Saves the document, then replaces its settings by the bytes.
-  void SaveWith(const std::string& bytes) {
-    SaveDocument(document_, File("a.kvdoc"));
-    IStorage* root = nullptr;
-    IStream* stream = nullptr;
-    const auto path = ProductPathFromSystem(File("a.kvdoc"));
-    ASSERT_EQ(StgOpenStorage(path.c_str(), nullptr, STGM_READWRITE | STGM_SHARE_EXCLUSIVE, nullptr, 0, &root), S_OK);
-    ASSERT_EQ(root->CreateStream(kSettingsStream, STGM_READWRITE | STGM_SHARE_EXCLUSIVE | STGM_CREATE, 0, 0, &stream),
-              S_OK);
-    COleStreamFile(stream).Write(bytes.data(), UINT(bytes.size()));
-    ASSERT_EQ(root->Commit(STGC_DEFAULT), S_OK);
-    root->Release();
-  }
-  std::unique_ptr<HostDocument> Load(Mode mode, std::string file = "") {
-    DocumentLoader loader(file.empty() ? File("a.kvdoc") : file, mode);
+  std::unique_ptr<HostDocument> Load(Mode mode, const std::string& file) {
+    DocumentLoader loader(file, mode);
     auto document = loader.Load();
     findings_ = FindingsText(loader.Report());
     return document;
@@ -46,20 +29,13 @@ class DocumentSettings : public kvtest::DocumentTest {
   std::string findings_;
 };
 
-std::string WithChecksum(const std::string& bytes) {
-  Checksum checksum;
-  checksum.Add(bytes.data(), bytes.size());
-  const DWORD sum = checksum.Get();
-  return bytes + std::string(reinterpret_cast<const char*>(&sum), sizeof sum);
-}
-
 }  // namespace
 
 TEST_F(DocumentSettings, AreInTheFileAndReachTheLibrary) {
   document_.Settings().SetValue(_T("SeqHoleFeat"), 2);
   document_.Settings().SetValue(_T("MaxFacetDeviation"), 0.00005);
   SaveDocument(document_, File("a.kvdoc"));
-  const auto loaded = Load(Mode::kStrict);
+  const auto loaded = Load(Mode::kStrict, File("a.kvdoc"));
   EXPECT_EQ(findings_, "");
   EXPECT_EQ(IntOf(loaded->Settings(), _T("SeqHoleFeat")), 2);
   EXPECT_EQ(IntOf(loaded->Settings(), _T("SeqMultiSurfaceFeat")), 6);
@@ -80,7 +56,7 @@ TEST_F(DocumentSettings, OldDocumentHasTheDefaults) {
 
 TEST_F(DocumentSettings, DamageIsRefusedOrTheDefaultsAreTaken) {
   const std::string whole =
-      kvtest::Store([&](CArchive& ar) { ar.WriteObject(static_cast<const CObject*>(&document_.Settings())); });
+      Store([&](CArchive& ar) { ar.WriteObject(static_cast<const CObject*>(&document_.Settings())); });
   std::string changed = WithChecksum(whole);
   changed[100] ^= 1;
   QFColorSettings colors;
@@ -93,14 +69,14 @@ TEST_F(DocumentSettings, DamageIsRefusedOrTheDefaultsAreTaken) {
       {"nothing", "", "the data ends too early"},
       {"a null", WithChecksum(std::string(2, '\0')), "it has no settings tree"},
       {"cut off", WithChecksum(whole.substr(0, whole.size() - 1)), "the data ends too early"},
-      {"a group", WithChecksum(kvtest::Store([&](CArchive& ar) { ar.WriteObject(&colors); })),
+      {"a group", WithChecksum(Store([&](CArchive& ar) { ar.WriteObject(&colors); })),
        "object of an unknown or unexpected class"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.what);
-    SaveWith(row.bytes);
-    EXPECT_EQ(IntOf(Load(Mode::kSalvage)->Settings(), _T("SeqHoleFeat")), 5);
+    WriteDocumentFile(File("a.kvdoc"), DocumentBytes({}).Get(), &row.bytes);
+    EXPECT_EQ(IntOf(Load(Mode::kSalvage, File("a.kvdoc"))->Settings(), _T("SeqHoleFeat")), 5);
     EXPECT_NE(findings_.find(row.reason), std::string::npos) << findings_;
-    EXPECT_THROW(Load(Mode::kStrict), Failure);
+    EXPECT_THROW(Load(Mode::kStrict, File("a.kvdoc")), Failure);
   }
 }

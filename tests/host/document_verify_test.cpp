@@ -1,8 +1,5 @@
 // kestrova document verify and repair, as a user runs them.
 #include <fmt/format.h>
-#include <gtest/gtest.h>
-
-#include <nlohmann/json.hpp>
 
 #include "tests/host/document_records.h"
 #include "tests/host/run_command.h"
@@ -10,17 +7,14 @@
 namespace {
 
 using namespace kvtest;
+using namespace std::string_literals;
 
-class DocumentVerify : public testing::Test {
+class DocumentVerify : public CommandTest {
  protected:
-  std::string File(const char* name) const { return (folder_.Path() / name).string(); }
-  RunResult Run(const char* command, std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), {"document", command});
-    return RunCommand(arguments);
-  }
-  // The lines of the faults.
-  std::string Findings(const char* name) {
-    const RunResult result = Run("verify", {File(name)});
+  DocumentVerify() : CommandTest("document") {}
+  // The lines of the faults of a_.
+  std::string Findings() {
+    const RunResult result = Run({"verify", a_});
     EXPECT_EQ(result.exit_code, 1) << result;
     EXPECT_EQ(result.err, "");
     std::string findings;
@@ -30,10 +24,13 @@ class DocumentVerify : public testing::Test {
     return findings;
   }
 
-  const ScratchFolder folder_;
+  const std::string a_ = File("a.kvdoc"), b_ = File("b.kvdoc");
   const std::string history_ = EmptyHistory();
   const DocumentBytes sample_{{{"HostTool", -1, -1, {2}}, {"HostSetup"}, {"HostOperation", 1, 0}}};
 };
+
+// From a setup's end back to the end of its name, and to its id: the frame, then the name and the fields between.
+constexpr std::size_t kToName = 88, kToId = kToName + (4 + 18) + 2 + 4 + 2 + 2 + (4 + 12) + 2 + 4 + 4;
 
 // The objects with `list` as the entries of the indexer, which has none.
 std::string WithIndexer(const std::string& objects, const RecordBytes& list) {
@@ -78,13 +75,12 @@ TEST_F(DocumentVerify, ReportsEachFaultWithItsStream) {
       {"objects cut off", &header, &cut, &history_,
        wrongSize("Objects", cut.size(), good.size()) +
            fmt::format("Objects: byte {}: the data ends too early, in node 3 of 3 (HostOperation)\n", cut.size()) +
-
            "Objects: HostTool 1 \"N0\" has 1 reference to an object outside the document\n"
            "Objects: HostTool \"N0\" is not in the indexer\nObjects: HostSetup \"N1\" is not in the indexer\n"},
   };
   for (const auto& c : kCases) {
-    WriteDocumentFile(File("a.kvdoc"), c.header, c.objects, c.history);
-    EXPECT_EQ(Findings("a.kvdoc"), c.findings) << c.what;
+    WriteDocumentFile(a_, c.header, c.objects, c.history);
+    EXPECT_EQ(Findings(), c.findings) << c.what;
   }
 }
 
@@ -100,13 +96,11 @@ TEST_F(DocumentVerify, ComparesIdsStatesAndTheIndexerWithTheNodes) {
   const auto put = [&](std::size_t end, std::size_t back, DWORD value) {
     std::memcpy(&objects[end + moved - back], &value, sizeof value);
   };
-  // From a setup's end back to its id: frame, name, then the fields between.
-  constexpr std::size_t kFrame = 88, kToId = kFrame + (4 + 18) + 2 + 4 + 2 + 2 + (4 + 12) + 2 + 4 + 4;
   put(bytes.Ends()[1], kToId, 7);
   put(bytes.Ends()[2], kToId, 7);
   put(bytes.Ends()[2], kToId - 4, 12);
-  WriteDocumentFile(File("a.kvdoc"), objects);
-  EXPECT_EQ(Findings("a.kvdoc"),
+  WriteDocumentFile(a_, objects);
+  EXPECT_EQ(Findings(),
             "Objects: the document's next id is 4, and 7 is in use\n"
             "Objects: HostSetup \"N1\" is not in the indexer\n"
             "Objects: HostSetup \"N2\" has the invalid state 12\n"
@@ -114,12 +108,12 @@ TEST_F(DocumentVerify, ComparesIdsStatesAndTheIndexerWithTheNodes) {
             "Objects: HostSetup \"N2\" is not in the indexer\n"
             "Objects: the indexer counts 3 of HostToolCrib; the document has 1\n"
             "Objects: the indexer counts 0 of HostSetup; the document has 2\n");
-  EXPECT_EQ(Run("repair", {File("a.kvdoc"), File("b.kvdoc")}).exit_code, 0);
+  Out({"repair", a_, b_});
   EXPECT_TRUE(
-      Run("verify", {File("b.kvdoc")})
-          .out.ends_with(
+      Out({"verify", b_})
+          .ends_with(
               "  indexer HostToolCrib: 1 stored, 1 alive\n  indexer HostSetup: 2 stored, 2 alive\nno faults found\n"));
-  const auto nodes = nlohmann::json::parse(Run("show", {"--json", File("b.kvdoc")}).out)["nodes"];
+  const auto nodes = Json({"show", b_})["nodes"];
   EXPECT_EQ(nodes[1]["id"], 7);
   EXPECT_EQ(nodes[2]["id"], 8) << "the next";
   EXPECT_EQ(nodes[2]["label"], "N2");
@@ -128,33 +122,30 @@ TEST_F(DocumentVerify, ComparesIdsStatesAndTheIndexerWithTheNodes) {
 
 // Two setups, both listed in the indexer; the second gets another registered name, then the last of all ids.
 TEST_F(DocumentVerify, FindsAListedNodeByItsClassAndItsId) {
-  constexpr std::size_t kName = 88, kId = kName + (4 + 18) + 2 + 4 + 2 + 2 + (4 + 12) + 2 + 4 + 4;  // from the end
   RecordBytes list;
   list.Word(1).NewClass("QFObjectIndexer", 2).Class(7).Class(4).Text(u"HostSetup").Dword(2).Dword(1).Dword(2).Dword(2);
   const DocumentBytes document({{"HostSetup"}, {"HostSetup"}}, /*firstNumber=*/9);
   const std::string listed = WithIndexer(document.Get(), list);
   std::string objects = listed;
-  objects.replace(objects.size() - kName - 2, 1, "q");
-  WriteDocumentFile(File("a.kvdoc"), objects);
-  EXPECT_EQ(Run("verify", {File("a.kvdoc")}).exit_code, 0) << "counted where it is listed";
+  objects.replace(objects.size() - kToName - 2, 1, "q");
+  WriteDocumentFile(a_, objects);
+  Out({"verify", a_});  // counted where it is listed
   objects = listed;
-  objects.replace(objects.size() - kId, 4, "\xFF\xFF\xFF\xFF");
-  WriteDocumentFile(File("a.kvdoc"), objects);
-  EXPECT_EQ(Findings("a.kvdoc"),
+  objects.replace(objects.size() - kToId, 4, "\xFF\xFF\xFF\xFF");
+  WriteDocumentFile(a_, objects);
+  EXPECT_EQ(Findings(),
             "Objects: HostSetup \"N1\" has the id 4294967295, which leaves no id for new nodes\n"
             "Objects: HostSetup \"N1\" is not in the indexer\n");
-  EXPECT_EQ(Run("repair", {File("a.kvdoc"), File("b.kvdoc")}).exit_code, 0);
-  EXPECT_EQ(Run("verify", {File("b.kvdoc")}).out,
-            File("b.kvdoc") +
-                ": storage version 38, 2 of 2 nodes intact, status 0x0000, error location 0x0000\n"
-                "  indexer HostSetup: 2 stored, 2 alive\nno faults found\n");
+  Out({"repair", a_, b_});
+  EXPECT_EQ(Out({"verify", b_}), b_ +
+                                     ": storage version 38, 2 of 2 nodes intact, status 0x0000, error location 0x0000\n"
+                                     "  indexer HostSetup: 2 stored, 2 alive\nno faults found\n");
 }
 
 TEST_F(DocumentVerify, ReportsAsJson) {
   const std::string objects = sample_.Get().substr(0, sample_.Ends()[1] + 40);
-  const std::string header = HeaderBytes(objects, history_);
-  WriteDocumentFile(File("a.kvdoc"), &header, &objects, &history_);
-  const RunResult result = Run("verify", {File("a.kvdoc"), "--json"});
+  WriteDocumentFile(a_, objects);
+  const RunResult result = Run({"verify", a_, "--json"});
   EXPECT_EQ(result.exit_code, 1);
   const auto json = nlohmann::json::parse(result.out);
   EXPECT_EQ(json["nodesPromised"], 3);
@@ -167,19 +158,16 @@ TEST_F(DocumentVerify, ReportsAsJson) {
   EXPECT_EQ(json["status"], 0xC01) << "nodes and links";
   EXPECT_EQ(json["danglingReferences"], 1);
   EXPECT_EQ(json["findingCount"], json["findings"].size());
-  EXPECT_EQ(nlohmann::json::parse(Run("repair", {File("a.kvdoc"), File("b.kvdoc"), "--json"}).out)["nodesWhole"], 2);
+  EXPECT_EQ(Json({"repair", a_, b_})["nodesWhole"], 2);
 }
 
 TEST_F(DocumentVerify, RepairSaysWhatWasLost) {
-  EXPECT_EQ(Run("new", {File("a.kvdoc"), "--nodes", "60"}).exit_code, 0);
-  folder_.Write("b.kvdoc", ReadFile(File("a.kvdoc")).substr(0, 8000));
-  const std::size_t count = nlohmann::json::parse(Run("verify", {File("b.kvdoc"), "--json"}).out)["nodesWhole"];
+  folder_.Write("a.kvdoc", ReadFile(NewDocument("whole.kvdoc", {"--nodes", "60"})).substr(0, 8000));
+  const std::size_t count = nlohmann::json::parse(Run({"verify", a_, "--json"}).out)["nodesWhole"];
   ASSERT_GT(count, 10u);
-  const RunResult result = Run("repair", {File("b.kvdoc"), File("c.kvdoc")});
-  EXPECT_EQ(result.exit_code, 0) << result;
-  const std::string first = fmt::format("{}: {} of 60 nodes saved, {} lost: ", File("c.kvdoc"), count, 60 - count);
-  EXPECT_TRUE(result.out.starts_with(first)) << result;
-  EXPECT_EQ(Run("verify", {File("c.kvdoc")}).exit_code, 0);
+  const std::string out = Out({"repair", a_, b_});
+  EXPECT_TRUE(out.starts_with(fmt::format("{}: {} of 60 nodes saved, {} lost: ", b_, count, 60 - count))) << out;
+  Out({"verify", b_});
 }
 
 TEST_F(DocumentVerify, RefusesOtherFilesAndLaterVersions) {
@@ -188,28 +176,21 @@ TEST_F(DocumentVerify, RefusesOtherFilesAndLaterVersions) {
   std::string format = HeaderBytes(good, history_);
   format[8] = 2;
   const std::string version = HeaderBytes(good, history_, 38.5f);
-  WriteDocumentFile(File("format"), &format, &good, &history_);
-  WriteDocumentFile(File("version"), &version, &good, &history_);
-  WriteDocumentFile(File("empty"), nullptr, nullptr, nullptr);
+  WriteDocumentFile(a_, &format, &good, &history_);
+  WriteDocumentFile(b_, &version, &good, &history_);
   const std::string later = "; a later release saved it: open it there";
-  const struct {
-    std::string file;
-    std::string message;
-  } kCases[] = {
-      {text, "cannot read " + text + ": it is not a document (not a compound file); check the name"},
-      {File("format"),
-       "cannot read " + File("format") + ": stream Header, it has format 2; this build reads 1" + later},
-      {File("version"), "cannot read " + File("version") + ": stream Header, it has storage version 38.5" + later},
+  const std::pair<std::string, std::string> rows[] = {
+      {text, ": it is not a document (not a compound file); check the name"},
+      {a_, ": stream Header, it has format 2; this build reads 1" + later},
+      {b_, ": stream Header, it has storage version 38.5" + later},
   };
-  for (const auto& c : kCases) {
-    const RunResult expected = {1, "", "kestrova: " + c.message + "\n"};
-    EXPECT_EQ(Run("verify", {c.file}), expected);
-    EXPECT_EQ(Run("repair", {c.file, File("out")}), expected);
-    EXPECT_EQ(Run("show", {c.file}), expected);
+  for (const auto& [file, reason] : rows) {
+    for (const auto& words : {std::vector{"verify"s, file}, {"repair"s, file, File("out")}, {"show"s, file}})
+      EXPECT_EQ(Run(words), Refused("cannot read " + file + reason));
   }
-  EXPECT_EQ(
-      Run("repair", {File("empty"), File("out")}),
-      (RunResult{1, "", "kestrova: nothing of " + File("empty") + " can be saved: stream Objects: it is missing\n"}));
+  WriteDocumentFile(a_, nullptr, nullptr, nullptr);
+  EXPECT_EQ(Run({"repair", a_, File("out")}),
+            Refused("nothing of " + a_ + " can be saved: stream Objects: it is missing"));
   EXPECT_FALSE(std::filesystem::exists(File("out")));
 }
 

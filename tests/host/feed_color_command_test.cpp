@@ -1,45 +1,35 @@
 // kestrova feedcolors, as a user runs it, and the bar on a terminal.
-#include <gtest/gtest.h>
-
-#include <nlohmann/json.hpp>
-
 #include "host/settings/feed_color_table.h"
 #include "host/shell/color_text.h"
 #include "tests/host/run_command.h"
-#include "tests/registry_calls.h"
 
 namespace {
 
 using kestrova::ColorFromText, kestrova::ColorText, kestrova::FeedColorsText;
-using kvtest::RunResult;
+using kvtest::Prints, kvtest::Refused, kvtest::RunResult;
 
-class FeedColorCommand : public testing::Test {
+class FeedColorCommand : public kvtest::CommandTest {
  protected:
-  void SetUp() override { RegDeleteTreeW(HKEY_CURRENT_USER, _T("Software")); }
+  FeedColorCommand() : CommandTest("feedcolors") {}
+  RunResult Feed(std::vector<std::string> words, const std::string& process = "mill") const {
+    words.insert(words.end(), {"--process", process});
+    return Run(words);
+  }
 };
 
-RunResult Feed(const std::vector<std::string>& words, const std::string& process = "mill") {
-  std::vector<std::string> all = {"feedcolors"};
-  all.insert(all.end(), words.begin(), words.end());
-  all.insert(all.end(), {"--process", process});
-  return kvtest::RunCommand(all);
-}
-
 TEST_F(FeedColorCommand, AddsReplacesRemovesAndLooksUp) {
-  const RunResult done{0, "", ""};
+  const RunResult done = Prints("");
   EXPECT_EQ(Feed({"add", "200", "#00FF00"}), done);
   EXPECT_EQ(Feed({"add", "50.004", "0xFF0000"}), done) << "0xBBGGRR";
   EXPECT_EQ(Feed({"add", "200.00", "#FF8001"}), done) << "the same row";
   EXPECT_EQ(Feed({"add", "70", "255"}, "turn"), done) << "another table";
   EXPECT_EQ(Feed({"remove", "100000"}), done) << "the row of an empty table";
-  EXPECT_EQ(Feed({"show"}), (RunResult{0, "up to  50.00  #0000FF\nup to 200.00  #FF8001\nabove         none\n", ""}));
-  EXPECT_EQ(Feed({"color", "50"}), (RunResult{0, "#0000FF\n", ""}));
-  EXPECT_EQ(Feed({"color", "50.01"}), (RunResult{0, "#FF8001\n", ""}));
-  EXPECT_EQ(Feed({"color", "201"}), (RunResult{0, "none\n", ""}));
+  EXPECT_EQ(Feed({"show"}), Prints("up to  50.00  #0000FF\nup to 200.00  #FF8001\nabove         none\n"));
+  EXPECT_EQ(Feed({"color", "50"}), Prints("#0000FF\n"));
+  EXPECT_EQ(Feed({"color", "50.01"}), Prints("#FF8001\n"));
+  EXPECT_EQ(Feed({"color", "201"}), Prints("none\n"));
   EXPECT_EQ(Feed({"remove", "60"}),
-            (RunResult{1, "",
-                       "kestrova: HKCU\\Software\\Zemlor\\Kestrova\\FeedColors\\Mill has no row 60.00; it has 50.00, "
-                       "200.00\n"}));
+            Refused("HKCU\\Software\\Zemlor\\Kestrova\\FeedColors\\Mill has no row 60.00; it has 50.00, 200.00"));
 }
 
 TEST_F(FeedColorCommand, OfRowsWithTheSameTextTheFoundColorStays) {
@@ -53,33 +43,30 @@ TEST_F(FeedColorCommand, OfRowsWithTheSameTextTheFoundColorStays) {
 
 TEST_F(FeedColorCommand, JsonHasNumbersAndNull) {
   Feed({"add", "12.5", "#010203"}, "edm");
-  const auto shown = nlohmann::json::parse(Feed({"show", "--json"}, "edm").out);
+  const auto shown = Json({"show", "--process", "edm"});
   EXPECT_EQ(shown["key"], "HKCU\\Software\\Zemlor\\Kestrova\\FeedColors\\Edm");
   ASSERT_EQ(shown["rows"].size(), 2u);
   EXPECT_EQ(shown["rows"][0], (nlohmann::json{{"upTo", 12.5}, {"rgb", "#010203"}, {"value", 0x030201}}));
   EXPECT_EQ(shown["rows"][1]["upTo"], 100000);
-  const auto color = nlohmann::json::parse(Feed({"color", "100001", "--json"}, "edm").out);
+  const auto color = Json({"color", "100001", "--process", "edm"});
   EXPECT_EQ(color, (nlohmann::json{{"process", "edm"}, {"feed", 100001.0}, {"rgb", nullptr}, {"value", nullptr}}));
 }
 
 TEST_F(FeedColorCommand, RefusesBadFeedsAndColors) {
   for (const char* feed : {"", "nan", "1e3", "1.2.3", "1000000001"}) {
     EXPECT_EQ(Feed({"add", feed, "#000000"}),
-              (RunResult{2, "",
-                         std::string("kestrova: FEED \"") + feed +
-                             "\" is not a number from 0 to 1000000000, such as 120 or 99.5\n"}));
+              Refused(std::string("FEED \"") + feed + "\" is not a number from 0 to 1000000000, such as 120 or 99.5",
+                      /*exit_code=*/2));
   }
   for (const char* color : {"", "#12345", "#1234567", "#12345G", "0x", "0x100000000", "-1", "12 "}) {
     EXPECT_EQ(ColorFromText(color), std::nullopt) << color;
   }
   EXPECT_EQ(ColorText(*ColorFromText("0xff000001")), "0xFF000001") << "no plain colour, but a number that can be kept";
   for (const std::string color : {"red", "0x1000000"}) {
-    EXPECT_EQ(
-        Feed({"add", "1", color}),
-        (RunResult{2, "",
-                   "kestrova: COLOR \"" + color + "\" is neither #RRGGBB nor 0xBBGGRR; write it like '#FF8000'\n"}));
+    EXPECT_EQ(Feed({"add", "1", color}),
+              Refused("COLOR \"" + color + "\" is neither #RRGGBB nor 0xBBGGRR; write it like '#FF8000'",
+                      /*exit_code=*/2));
   }
-  EXPECT_EQ(Feed({"show"}, "laser").exit_code, 2);
 }
 
 TEST(FeedColorTable, TerminalGetsABarWithItsThresholdsBelowTheEnds) {

@@ -1,55 +1,46 @@
 // `kestrova ini`, run as a user would.
-#include <gtest/gtest.h>
-
 #include "tests/host/run_command.h"
 
 namespace {
 
-using kvtest::RunCommand;
-using kvtest::RunResult;
+using namespace kvtest;
 
-TEST(IniCommand, ShowsWhatAProgramFindsAndChangesOneLine) {
-  const kvtest::ScratchFolder folder;
+struct IniCommand : CommandTest {
+  IniCommand() : CommandTest("ini") {}
+};
+
+TEST_F(IniCommand, ShowsWhatAProgramFindsAndChangesOneLine) {
   const std::string file =
-      folder.Write("f.ini", "; c\n[Tool]\n Name = \"a \xC3\xA4\"\nname=2\n[tool]\nx=1\n[E]\n").string();
-  const std::string none = (folder.Path() / "none.ini").string();
-  const std::string longText(5000, 'x');
+      folder_.Write("f.ini", "; c\n[Tool]\n Name = \"a \xC3\xA4\"\nname=2\n[tool]\nx=1\n[E]\n").string();
+  const std::string none = File("none.ini"), longText(5000, 'x');
   const struct {
-    std::vector<std::string> arguments;
+    std::vector<std::string> words;
     RunResult wanted;
   } rows[] = {
-      {{"list", file}, {0, "[Tool]\nName=a \xC3\xA4\n[E]\n", ""}},
+      {{"list", file}, Prints("[Tool]\nName=a \xC3\xA4\n[E]\n")},
       {{"list", file, "--json"},
-       {0,
-        "{\n  \"file\": \"" + file +
-            "\",\n  \"sections\": [\n    {\n      \"section\": \"Tool\",\n      \"keys\": [\n        {\n"
-            "          \"key\": \"Name\",\n          \"value\": \"a \xC3\xA4\"\n        }\n      ]\n    },\n"
-            "    {\n      \"section\": \"E\",\n      \"keys\": []\n    }\n  ]\n}\n",
-        ""}},
-      {{"get", file, "TOOL", "NAME"}, {0, "a \xC3\xA4\n", ""}},
-      {{"get", file, "Tool", "x"}, {1, "", "kestrova: " + file + " has no key \"x\" in [Tool]\n"}},
-      {{"get", none, "Tool", "x"}, {1, "", "kestrova: cannot read " + none + ": no such file\n"}},
-      {{"set", file, "tool", "NAME", "\xE2\x82\xAC 5"}, {0, "", ""}},
-      {{"set", file, "E", "k", longText}, {0, "", ""}},
-      {{"get", file, "E", "k"}, {0, longText + "\n", ""}},
-      {{"set", file, "E", "k", ""}, {0, "", ""}},
-      {{"get", file, "E", "k"}, {0, "\n", ""}},
-      {{"remove", file, "E", "K"}, {0, "", ""}},
+       Prints("{\n  \"file\": \"" + file +
+              "\",\n  \"sections\": [\n    {\n      \"section\": \"Tool\",\n      \"keys\": [\n        {\n"
+              "          \"key\": \"Name\",\n          \"value\": \"a \xC3\xA4\"\n        }\n      ]\n    },\n"
+              "    {\n      \"section\": \"E\",\n      \"keys\": []\n    }\n  ]\n}\n")},
+      {{"get", file, "TOOL", "NAME"}, Prints("a \xC3\xA4\n")},
+      {{"get", file, "Tool", "x"}, Refused(file + " has no key \"x\" in [Tool]")},
+      {{"get", none, "Tool", "x"}, Refused("cannot read " + none + ": no such file")},
+      {{"set", file, "tool", "NAME", "\xE2\x82\xAC 5"}, Prints("")},
+      {{"set", file, "E", "k", longText}, Prints("")},
+      {{"get", file, "E", "k"}, Prints(longText + "\n")},
+      {{"set", file, "E", "k", ""}, Prints("")},
+      {{"get", file, "E", "k"}, Prints("\n")},
+      {{"remove", file, "E", "K"}, Prints("")},
       {{"remove", file, "E", ""},
        {2, "", "KEY: it is empty; leave it out to remove the section\nRun with --help for more information.\n"}},
-      {{"remove", file, "E"}, {0, "", ""}},
-      {{"set", none + "/x", "A", "k", "1"},
-       {1, "", "kestrova: cannot write " + none + "/x: the folder does not exist\n"}},
+      {{"remove", file, "E"}, Prints("")},
+      {{"set", none + "/x", "A", "k", "1"}, Refused("cannot write " + none + "/x: the folder does not exist")},
   };
-  for (const auto& row : rows) {
-    std::vector<std::string> arguments = {"ini"};
-    arguments.insert(arguments.end(), row.arguments.begin(), row.arguments.end());
-    EXPECT_EQ(RunCommand(arguments), row.wanted) << row.arguments.front();
-  }
-  EXPECT_EQ(kvtest::ReadFile(file), "; c\n[Tool]\nName=\xE2\x82\xAC 5\r\nname=2\n[tool]\nx=1\n");
-  EXPECT_EQ(RunCommand({"ini", "get", file, "A"}).exit_code, 2);
-  const std::string noUtf8 = folder.Write("\xFF.ini", "").string();
-  EXPECT_NE(RunCommand({"ini", "list", noUtf8, "--json"}).out.find("\xEF\xBF\xBD.ini"), std::string::npos);
+  for (const auto& row : rows) EXPECT_EQ(Run(row.words), row.wanted) << row.words.front();
+  EXPECT_EQ(ReadFile(file), "; c\n[Tool]\nName=\xE2\x82\xAC 5\r\nname=2\n[tool]\nx=1\n");
+  const std::string noUtf8 = folder_.Write("\xFF.ini", "").string();
+  EXPECT_NE(Out({"list", noUtf8, "--json"}).find("\xEF\xBF\xBD.ini"), std::string::npos);
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 
 #include <cmath>
 #include <limits>
-#include <nlohmann/json.hpp>
 
 #include "host/document/operation_node.h"
 #include "host/jobs/job_queue.h"
@@ -18,7 +17,6 @@
 namespace {
 
 using namespace kestrova;
-using Json = nlohmann::json;
 
 // A command that releases `running` and waits for `go`.
 class Waiting : public OperationCommand {
@@ -125,12 +123,13 @@ TEST_F(JobQueueTest, NothingStartsAfterTheUserCancelled) {
   EXPECT_THAT(Statuses(), testing::ElementsAre(7, 4));
 }
 
+bool GoOn(int, const char*) { return true; }
+
 TEST(Toolpath, EndsForAnyNumbers) {
   constexpr double kNone = std::numeric_limits<double>::quiet_NaN(), kEndless = std::numeric_limits<double>::infinity();
-  const auto go = [](int, const char*) { return true; };
   const HostFeature::Point odd[] = {{0, 0}, {kNone, 1e300}, {-kEndless, 5}, {1, kNone}};
   for (const double number : {kNone, kEndless, -kEndless, 1e300, -1e300}) {
-    const Toolpath path = ComputeToolpath({odd, number, number, number, 1e-6}, go);
+    const Toolpath path = ComputeToolpath({odd, number, number, number, 1e-6}, GoOn);
     EXPECT_EQ(path.contours, 8 * path.levels);
     EXPECT_TRUE(std::isfinite(path.length));
   }
@@ -138,15 +137,14 @@ TEST(Toolpath, EndsForAnyNumbers) {
 
 TEST(Toolpath, GoesAroundAtEachStepAndLevel) {
   const HostFeature::Point square[] = {{0, 0}, {0.02, 0}, {0.02, 0.01}, {0, 0.01}};
-  const auto go = [](int, const char*) { return true; };
-  const Toolpath path = ComputeToolpath({square, 0.012, 0.008, 0.002, 1e-6}, go);
+  const Toolpath path = ComputeToolpath({square, 0.012, 0.008, 0.002, 1e-6}, GoOn);
   EXPECT_EQ(path.levels, 3);
   EXPECT_EQ(path.contours, 24);
   // Eight contours per level: the sides, and a circle for the corners.
   double length = 0;
   for (int i = 0; i < 8; ++i) length += 0.06 + 2 * 3.14159265358979 * (0.004 + 0.002 * i);
   EXPECT_NEAR(path.length, 3 * length, 1e-3 * length);
-  EXPECT_EQ(path, ComputeToolpath({square, 0.012, 0.008, 0.002, 1e-6}, go));
+  EXPECT_EQ(path, ComputeToolpath({square, 0.012, 0.008, 0.002, 1e-6}, GoOn));
   int calls = 0;
   EXPECT_EQ(
       ComputeToolpath({square, 0.012, 0.008, 0.002, 1e-6}, [&](int, const char*) { return ++calls < 4; }).contours, 1);
@@ -165,35 +163,33 @@ TEST(JobTable, HasColumnsAsWideAsTheirTexts) {
             " 45% Face   fitting arcs  1.2 s");
 }
 
-TEST(JobCommand, ReportsWhatBecameOfEachJob) {
-  const kvtest::ScratchFolder folder;
-  const std::string file = (folder.Path() / "a.kvdoc").string();
-  ASSERT_EQ(kvtest::RunCommand({"document", "new", file, "--nodes", "16"}).exit_code, 0);
+struct JobCommand : kvtest::CommandTest {
+  JobCommand() : CommandTest("job") {}
+};
+
+TEST_F(JobCommand, ReportsWhatBecameOfEachJob) {
+  const std::string file = NewDocument("a.kvdoc", {"--nodes", "16"});
   const struct {
-    std::vector<std::string> options;
+    const char* options;
     int exit_code, status;
-  } rows[] = {{{"--jobs", "2"}, 0, 1},
-              {{"--command", "recalculate", "--parents"}, 0, 1},
-              {{"--command", "fail"}, 1, 5},
-              {{"--command", "crash"}, 1, 5},
-              {{"--cancel-after", "0"}, 1, 4}};
+  } rows[] = {{"--jobs 2", 0, 1},
+              {"--command recalculate --parents", 0, 1},
+              {"--command fail", 1, 5},
+              {"--command crash", 1, 5},
+              {"--cancel-after 0", 1, 4}};
   for (const auto& row : rows) {
-    std::vector<std::string> words = {"job", "run", file, "--json"};
-    words.insert(words.end(), row.options.begin(), row.options.end());
-    const auto result = kvtest::RunCommand(words);
+    std::vector<std::string> words = kvtest::WordsOf(std::string("run --json ") + row.options);
+    words.push_back(file);
+    const auto result = Run(words);
     EXPECT_EQ(result.exit_code, row.exit_code) << result;
-    const Json jobs = Json::parse(result.out);
+    const auto jobs = nlohmann::json::parse(result.out);
     ASSERT_GE(jobs.size(), 2u);
-    for (const Json& job : jobs) {
-      EXPECT_EQ(job["status"], row.status) << row.options.back() << job;
+    for (const auto& job : jobs) {
+      EXPECT_EQ(job["status"], row.status) << row.options << job;
       EXPECT_EQ(job["timeTaken"].get<std::string>().empty(), row.exit_code != 0);
     }
   }
-}
-
-TEST(JobCommand, RefusesUnknownCommandsAndFiles) {
-  EXPECT_EQ(kvtest::RunCommand({"job", "run", "none.kvdoc", "--command", "dance"}).exit_code, 2);
-  EXPECT_EQ(kvtest::RunCommand({"job", "run", "none.kvdoc"}).exit_code, 1);
+  EXPECT_EQ(Run({"run", "none.kvdoc"}).exit_code, 1);
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 
 #include <array>
 #include <csignal>
-#include <nlohmann/json.hpp>
 #include <regex>
 
 #include "tests/child_process.h"
@@ -22,27 +21,26 @@ namespace {
   _exit(127);
 }
 
-class JobTerminal : public testing::Test {
- protected:
-  // Creates a document with this number of nodes.
-  std::string Document(const char* nodes) {
-    const std::string file = (folder_.Path() / "a.kvdoc").string();
-    EXPECT_EQ(kvtest::RunCommand({"document", "new", file, "--nodes", nodes}).exit_code, 0);
-    return file;
-  }
-  const kvtest::ScratchFolder folder_;
+// Appends the output of a child until its end, and calls `more` after each block.
+void ReadAll(
+    int from, std::string& bytes, const std::function<void()>& more = [] {}) {
+  std::array<char, 4096> block;
+  for (ssize_t got; (got = read(from, block.data(), block.size())) > 0; more())
+    bytes.append(block.data(), std::size_t(got));
+  close(from);
+}
+
+struct JobTerminal : kvtest::CommandTest {
+  JobTerminal() : CommandTest("job") {}
 };
 
 TEST_F(JobTerminal, ShowsALineAJobAndThenTheTable) {
-  const std::string file = Document("8");
+  const std::string file = NewDocument("a.kvdoc", {"--nodes", "8"});
   int terminal = -1;
   const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
   if (child == 0) Become({"job", "run", file, "--jobs", "2"});
   std::string bytes;
-  std::array<char, 4096> block;
-  for (ssize_t got; (got = read(terminal, block.data(), block.size())) > 0;)
-    bytes.append(block.data(), std::size_t(got));
-  close(terminal);
+  ReadAll(terminal, bytes);
   EXPECT_EQ(kvtest::ExitCode(child), 0) << bytes;
   // A drawing moves up to its first line, writes a line per job over the old ones, and clears the lines below.
   const std::regex drawing("^(?:\x1b\\[(\\d+)A)?\x1b\\[\\?7l((?:\r\x1b\\[K[^\r]*\r\n)*)\x1b\\[J\x1b\\[\\?7h");
@@ -62,8 +60,8 @@ TEST_F(JobTerminal, ShowsALineAJobAndThenTheTable) {
 }
 
 TEST_F(JobTerminal, CtrlCTerminatesTheJobs) {
-  const std::string file = Document("400");
-  const std::string out = (folder_.Path() / "out").string();
+  const std::string file = NewDocument("a.kvdoc", {"--nodes", "400"});
+  const std::string out = File("out");
   std::array<int, 2> errors;
   ASSERT_EQ(pipe(errors.data()), 0);
   const pid_t child = fork();
@@ -75,13 +73,10 @@ TEST_F(JobTerminal, CtrlCTerminatesTheJobs) {
   }
   close(errors[1]);
   std::string said;
-  std::array<char, 4096> block;
-  for (ssize_t got; (got = read(errors[0], block.data(), block.size())) > 0;) {
-    const bool before = said.find('\n') == std::string::npos;
-    said.append(block.data(), std::size_t(got));
-    if (before && said.find('\n') != std::string::npos) kill(child, SIGINT);  // a job runs
-  }
-  close(errors[0]);
+  bool killed = false;
+  ReadAll(errors[0], said, [&] {
+    if (!killed && said.find('\n') != std::string::npos) killed = kill(child, SIGINT) == 0;  // a job runs
+  });
   EXPECT_EQ(kvtest::ExitCode(child), 1) << said;
   EXPECT_THAT(said, testing::ContainsRegex("^[^\n]+, Generate toolpath: running\n"));
   const auto jobs = nlohmann::json::parse(kvtest::ReadFile(out));

@@ -1,12 +1,17 @@
 // Runs the built command line as a user would.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstdlib>
-#include <fstream>
+#include <iterator>
+#include <nlohmann/json.hpp>
 #include <ostream>
+#include <sstream>
 #include <string>
 #include <vector>
 
+#include "tests/registry_calls.h"
 #include "tests/scratch.h"
 
 namespace kvtest {
@@ -22,6 +27,10 @@ struct RunResult {
     return stream << "exit " << result.exit_code << "\n-- out\n" << result.out << "-- err\n" << result.err;
   }
 };
+inline RunResult Prints(const std::string& text) { return {0, text, ""}; }
+inline RunResult Refused(const std::string& reason, int exit_code = 1) {
+  return {exit_code, "", "kestrova: " + reason + "\n"};
+}
 
 // Runs kestrova with exactly these arguments in this process's registry. `input` is its standard input, which is not a
 // terminal.
@@ -44,5 +53,46 @@ inline RunResult RunCommand(const std::vector<std::string>& arguments, const std
   const int code = status >= 256 ? status >> 8 : status == 0 ? 0 : 128 + (status & 127);
   return {code, ReadFile(folder.Path() / "out"), ReadFile(folder.Path() / "err")};
 }
+
+// The words of a line, separated by blanks.
+inline std::vector<std::string> WordsOf(const std::string& line) {
+  std::istringstream in(line);
+  return {std::istream_iterator<std::string>(in), {}};
+}
+
+// The fixture of a command's tests: a folder with an empty registry, and the calls of this command.
+class CommandTest : public testing::Test {
+ protected:
+  explicit CommandTest(const std::string& command) : command_(command) {}
+
+  std::string File(const std::string& name) const { return (folder_.Path() / name).string(); }
+  RunResult Run(std::vector<std::string> words) const {
+    words.insert(words.begin(), command_);
+    return RunCommand(words);
+  }
+  // The output of a command that must succeed. Json adds --json to the words.
+  std::string Out(const std::vector<std::string>& words) const {
+    const RunResult result = Run(words);
+    EXPECT_EQ(result.exit_code, 0) << result;
+    EXPECT_EQ(result.err, "");
+    return result.out;
+  }
+  nlohmann::json Json(std::vector<std::string> words) const {
+    words.push_back("--json");
+    return nlohmann::json::parse(Out(words), nullptr, /*allow_exceptions=*/false);
+  }
+  // Creates a document and returns its path.
+  std::string NewDocument(const std::string& name, std::vector<std::string> options) const {
+    options.insert(options.begin(), {"document", "new", File(name)});
+    EXPECT_EQ(RunCommand(options), Prints(""));
+    return File(name);
+  }
+
+  const ScratchFolder folder_;
+
+ private:
+  const std::string command_;
+  const RegistryIn registry_{folder_.Path()};
+};
 
 }  // namespace kvtest

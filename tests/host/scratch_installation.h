@@ -7,7 +7,7 @@
 #include <string>
 
 #include "platform/process.h"
-#include "tests/registry_calls.h"
+#include "tests/host/run_command.h"
 
 namespace kvtest {
 

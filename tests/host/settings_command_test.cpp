@@ -1,77 +1,47 @@
 // kestrova settings, as a user runs it.
-#include <nlohmann/json.hpp>
-
+#include "share/core/registry_keys.h"
 #include "tests/host/run_command.h"
-#include "tests/registry_calls.h"
 
 namespace {
 
-using Json = nlohmann::json;
-using kvtest::RunCommand;
-using kvtest::RunResult;
+using namespace kvtest;
 
 constexpr LPCTSTR kDisplay = _T("Software\\Zemlor\\Kestrova\\Display");
-constexpr LPCTSTR kVersion = _T("Software\\Zemlor\\Kestrova\\Kestrova 2024x64");
 
-class SettingsCommand : public testing::Test {
+class SettingsCommand : public CommandTest {
  protected:
-  SettingsCommand() {
-    setenv("TMPDIR", "/tmp", 1);
-    setenv("TZ", "UTC", 1);
-  }
-
-  static RunResult Run(std::vector<std::string> words) {
-    words.insert(words.begin(), "settings");
-    return RunCommand(words);
-  }
-  // The output of a command that must succeed.
-  static std::string Out(const std::vector<std::string>& words) {
-    const RunResult result = Run(words);
-    EXPECT_EQ(result.exit_code, 0) << result;
-    EXPECT_EQ(result.err, "");
-    return result.out;
-  }
-  static RunResult Refused(const std::string& reason) { return {1, "", "kestrova: " + reason + "\n"}; }
-  std::string File(const char* name) const { return (folder_.Path() / name).string(); }
-  std::string Document() const {
-    EXPECT_EQ(RunCommand({"document", "new", File("a.kvdoc"), "--nodes", "3", "--force"}).exit_code, 0);
-    return File("a.kvdoc");
-  }
-
-  const kvtest::ScratchFolder folder_;
-  const kvtest::RegistryIn registry_{folder_.Path()};
+  SettingsCommand() : CommandTest("settings") { setenv("TZ", "UTC", 1); }
 };
 
-}  // namespace
-
 TEST_F(SettingsCommand, ListsBothTreesAsTheyAreDeclared) {
+  setenv("TMPDIR", "/tmp", 1);  // the golden defaults name it
   for (const std::string tree : {"application", "document"}) {
-    Json golden = Json::parse(kvtest::ReadFile(KV_SOURCE_DIR "/tests/settings/golden/" + tree + "_settings.json"));
-    Json listed = Json::parse(Out({"list", "--tree", tree, "--json"}));
+    nlohmann::json golden =
+        nlohmann::json::parse(ReadFile(KV_SOURCE_DIR "/tests/settings/golden/" + tree + "_settings.json"));
+    nlohmann::json listed = Json({"list", "--tree", tree});
     ASSERT_EQ(listed["values"].size(), golden["values"].size());
     // The start of the environment sets folders, so only the defaults are compared.
-    for (Json* all : {&golden, &listed}) {
-      for (Json& row : (*all)["values"]) row.erase("value");
-    }
+    for (nlohmann::json* all : {&golden, &listed})
+      for (nlohmann::json& row : (*all)["values"]) row.erase("value");
     EXPECT_EQ(listed, golden);
   }
 }
 
 TEST_F(SettingsCommand, SetsGetsAndResetsInTheRegistry) {
   EXPECT_EQ(Out({"set", "LineWidth", "5"}), "Display/LineWidth: 2 -> 5\n");
-  EXPECT_EQ(kvtest::Get(HKEY_CURRENT_USER, kDisplay, _T("LineWidth")), (kvtest::Stored{REG_DWORD, kvtest::Raw(5)}));
+  EXPECT_EQ(Get(HKEY_CURRENT_USER, kDisplay, _T("LineWidth")), (Stored{REG_DWORD, Raw(5)}));
   EXPECT_EQ(Out({"get", "LineWidth"}), "Display/LineWidth = 5  (default 2)\n");
-  EXPECT_EQ(Json::parse(Out({"get", "QFDisplaySettings/LineWidth", "--json"})),
-            (Json{{"group", "QFDisplaySettings"},
-                  {"path", "Software\\Zemlor\\Kestrova\\Display"},
-                  {"name", "LineWidth"},
-                  {"type", "int"},
-                  {"value", 5},
-                  {"default", 2}}));
+  EXPECT_EQ(Json({"get", "QFDisplaySettings/LineWidth"}),
+            (nlohmann::json{{"group", "QFDisplaySettings"},
+                            {"path", "Software\\Zemlor\\Kestrova\\Display"},
+                            {"name", "LineWidth"},
+                            {"type", "int"},
+                            {"value", 5},
+                            {"default", 2}}));
   EXPECT_EQ(Out({"reset", "LineWidth"}), "Display/LineWidth: 5 -> 2\n");
-  kvtest::Key key;
+  Key key;
   ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, kDisplay, 0, KEY_READ, &key), ERROR_SUCCESS);
-  EXPECT_EQ(kvtest::Number(key, _T("LineWidth")), -ERROR_FILE_NOT_FOUND);
+  EXPECT_EQ(Number(key, _T("LineWidth")), -ERROR_FILE_NOT_FOUND);
 }
 
 TEST_F(SettingsCommand, TakesEveryTypeAndRefusesOthers) {
@@ -113,17 +83,14 @@ TEST_F(SettingsCommand, ChangeOfADuplicateNameDoesNotLast) {
 }
 
 TEST_F(SettingsCommand, DocumentSettingsAreInTheFile) {
-  const std::string file = Document();
+  const std::string file = NewDocument("a.kvdoc", {"--nodes", "3"});
   EXPECT_EQ(Out({"set", "Feature", "#0102FF", "--document", file}), "Colors/Feature: #00FF00 -> #0102FF\n");
   EXPECT_EQ(Out({"list", "--changed", "--document", file}),
             "Colors  QFColorSettings  Software\\Zemlor\\Kestrova\\Colors\n"
             "  Feature                                  #0102FF  (default #00FF00)\n");
-  EXPECT_EQ(Json::parse(Out({"get", "Feature", "--json", "--document", file}))["value"], 0xFF0201);
+  EXPECT_EQ(Json({"get", "Feature", "--document", file})["value"], 0xFF0201);
   Out({"reset", "Feature", "--document", file});
   EXPECT_EQ(Out({"list", "--changed", "--document", file}), "");
-  EXPECT_EQ(Run({"set", "Feature", "1", "--tree", "document"}),
-            (RunResult{2, "", "kestrova: the document is missing: add --document FILE\n"}));
-  EXPECT_EQ(Run({"list", "--tree", "application", "--document", file}).exit_code, 2);
 }
 
 TEST_F(SettingsCommand, ExportIsComparedAndImported) {
@@ -134,7 +101,7 @@ TEST_F(SettingsCommand, ExportIsComparedAndImported) {
   EXPECT_EQ(Out({"diff", file}), "");
   Out({"set", "TechDBPath", "D:\\y"});
   EXPECT_EQ(Run({"diff", file}), (RunResult{1, "Application/TechDBPath: \"D:\\y\", in the file \"D:\\x\"\n", ""}));
-  const Json differences = Json::parse(Run({"diff", file, "--json"}).out)["differences"];
+  const auto differences = nlohmann::json::parse(Run({"diff", file, "--json"}).out)["differences"];
   ASSERT_EQ(differences.size(), 1u);
   EXPECT_EQ(differences[0]["file"], "D:\\x");
   EXPECT_EQ(Out({"import", file}), "1 of 678 values changed\n");
@@ -151,9 +118,7 @@ TEST_F(SettingsCommand, ImportIsCheckedBeforeTheFirstChange) {
     return row.replace(row.find(from), from.size(), to);
   };
   const auto whole = [&](const std::string& rows) { return R"({"tree":"application","values":[)" + rows + "]}"; };
-  const struct {
-    std::string text, reason;
-  } rows[] = {
+  const std::pair<std::string, std::string> rows[] = {
       {"{", "byte 2: not valid JSON"},
       {"[1]", "it is not an export of settings: \"tree\" and \"values\" are missing"},
       {R"({"tree":"document","values":[]})",
@@ -169,10 +134,10 @@ TEST_F(SettingsCommand, ImportIsCheckedBeforeTheFirstChange) {
       {whole(with("9", "9.5")), "value 0: Application/ThreadNum takes a whole number of 32 bits"},
       {whole(with("9", "1e999")), "a number is larger than any setting takes"},
   };
-  for (const auto& row : rows) {
-    const std::string file = folder_.Write("in.json", row.text).string();
-    EXPECT_EQ(Run({"import", file}), Refused(file + ": " + row.reason));
-    EXPECT_EQ(kvtest::Get(HKEY_CURRENT_USER, kVersion, _T("ThreadNum")), (kvtest::Stored{REG_DWORD, kvtest::Raw(8)}));
+  for (const auto& [text, reason] : rows) {
+    const std::string file = folder_.Write("in.json", text).string();
+    EXPECT_EQ(Run({"import", file}), Refused(file + ": " + reason));
+    EXPECT_EQ(Get(HKEY_CURRENT_USER, kVersionKey, _T("ThreadNum")), (Stored{REG_DWORD, Raw(8)}));
   }
 }
 
@@ -186,3 +151,5 @@ TEST_F(SettingsCommand, NamesAreCompleted) {
   EXPECT_EQ(completed({"get", "LineW"}), "LineWidth\n");
   EXPECT_EQ(completed({"set", "--document", "a.kvdoc", "SeqH"}), "SeqHoleFeat\n");
 }
+
+}  // namespace

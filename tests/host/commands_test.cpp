@@ -1,0 +1,108 @@
+// The table of commands: its help, wrong usage of any command, completion and the progress bar.
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "host/commands/commands.h"
+#include "host/shell/progress_bar.h"
+#include "tests/host/run_command.h"
+
+using kestrova::ProgressBar;
+using kvtest::RunCommand, kvtest::WordsOf;
+
+TEST(Commands, HelpListsTheTableInItsOrderAndCompletionOffersIt) {
+  const std::string help = RunCommand({"--help"}).out;
+  std::set<std::string> names;
+  std::size_t row = 0;
+  for (const kestrova::Command& command : kestrova::kCommands) {
+    EXPECT_TRUE(names.insert(command.name + std::string("\n")).second) << command.name << " stands there twice";
+    row = help.find(std::string("\n  ") + command.name + ' ', row);
+    ASSERT_NE(row, std::string::npos) << command.name << "\n" << help;
+    EXPECT_EQ(std::string(command.example).rfind(command.name, 0), 0U) << command.example;
+  }
+  std::string offered;
+  for (const std::string& name : names) offered += name;
+  EXPECT_EQ(RunCommand({"complete-words", ""}).out, offered);
+}
+
+TEST(Commands, RefuseWrongUsage) {
+  const struct {
+    const char *words, *reason;  // null if a library words it
+  } rows[] = {
+      {"frob", "frob is not a command of kestrova; kestrova --help lists the commands"},
+      {"document frob x", "frob is not a command of kestrova document; kestrova document --help lists the commands"},
+      {"completion fish", nullptr},
+      {"document new a --nodes=-1", nullptr},
+      {"document new a --units=m", nullptr},
+      {"document new a --seed=-1", nullptr},
+      {"document new a --seed=18446744073709551616", nullptr},
+      {"document convert a", nullptr},
+      {"feedcolors show --process laser", nullptr},
+      {"ini get a.ini A", nullptr},
+      {"job run none.kvdoc --command dance", nullptr},
+      {"machine", nullptr},
+      {"machine export --type Mill VMC", nullptr},
+      {"machine export --machines . --type Mill ../VMC", "NAME \"../VMC\" is not the name of a machine's folder"},
+      {"machine show --machines . --type mill VMC", nullptr},
+      {"reg", "reg needs a command; see kestrova reg --help"},
+      {"reg search", "reg has no command search; see kestrova reg --help"},
+      {"reg query", "KEY is missing; see kestrova reg query --help"},
+      {"reg query HKCR\\X", "HKCR\\X is not a key; a key begins with HKCU\\ or HKLM\\ and needs quotes in the shell"},
+      {"reg query HKCU /x", "/x is unexpected; see kestrova reg query --help"},
+      {"reg query HKCU /v a /ve", "only one of /v, /ve and /va can be given; see kestrova reg query --help"},
+      {"reg add HKCU\\K /v a /t REG_X", "/t REG_X is not a type; see kestrova reg add --help"},
+      {"reg add HKCU\\K /v a /t REG_DWORD /d 4294967296",
+       "/d 4294967296 is not a number of 32 bits; give it in decimal or as 0x2a"},
+      {"reg add HKCU\\K /v a /t REG_BINARY /d abc", "/d abc is not binary data; give pairs of hexadecimal digits"},
+      {"reg add HKCU\\K /v a /t REG_MULTI_SZ /d a\\0\\0b", "a list cannot hold an empty text; check /d and /s"},
+      {"settings list --tree application --document a.kvdoc", nullptr},
+      {"settings set Feature 1 --tree document", "the document is missing: add --document FILE"},
+      {"techdb activate x", nullptr},
+  };
+  for (const auto& row : rows) {
+    const kvtest::RunResult result = RunCommand(WordsOf(row.words));
+    EXPECT_EQ(result.exit_code, 2) << row.words;
+    EXPECT_EQ(result.out, "") << row.words;
+    if (!row.reason) continue;
+    EXPECT_EQ(result, kvtest::Refused(row.reason, 2));
+  }
+}
+
+TEST(Completion, OffersCommandsOptionsAndChoices) {
+  const struct {
+    const char* words;
+    std::string last;
+    std::string candidates;
+  } rows[] = {
+      {"machine", "", "check\nexport\nshow\n"},
+      {"machine export", "--ma", "--machines\n"},
+      {"machine export --type", "", "Mill\nMillTurn\nTurn\n"},
+      {"machine export --machines", "", ""},  // the shell offers files
+      {"document new part.kvdoc --units", "", "inch\nmm\n"},
+      {"reg query", "/", "/s\n/v\n/ve\n"},
+      {"reg query HKCU", "--", "--json\n"},
+      {"reg add HKCU /v X /t", "REG_D", "REG_DWORD\nREG_DWORD_BIG_ENDIAN\n"},
+  };
+  for (const auto& row : rows) {
+    std::vector<std::string> words = WordsOf(std::string("complete-words ") + row.words);
+    words.push_back(row.last);
+    EXPECT_EQ(RunCommand(words), kvtest::Prints(row.candidates)) << row.words;
+  }
+  EXPECT_NE(RunCommand({"completion", "bash"}).out.find("complete -o default -F _kestrova kestrova"),
+            std::string::npos);
+}
+
+TEST(ProgressBar, ShowsThePartThatIsDone) {
+  EXPECT_EQ(ProgressBar::Text("reading nodes", 0, 200), "[--------------------]   0% reading nodes");
+  EXPECT_EQ(ProgressBar::Text("reading nodes", 99, 200), "[#########-----------]  49% reading nodes");
+  EXPECT_EQ(ProgressBar::Text("reading nodes", 300, 200), "[####################] 100% reading nodes");
+  EXPECT_EQ(ProgressBar::Text("reading nodes", 0, 0), "[####################] 100% reading nodes");
+  EXPECT_EQ(ProgressBar::Step(1), 1) << "without a bar";
+}
+
+// The command takes long enough for a bar.
+TEST(ProgressBar, IsNotWrittenWithoutATerminal) {
+  const kvtest::ScratchFolder folder;
+  const std::string file = (folder.Path() / "a.kvdoc").string();
+  EXPECT_EQ(RunCommand({"document", "new", file, "--nodes", "200000"}), kvtest::Prints(""));
+}
