@@ -131,14 +131,6 @@ TEST(SetupParamHelper, MovesThenTiltsThenTurns) {
   ExpectNear(FRPosition(11, 22, 33) * helper.Transform(), {2, -1, 3}, 1e-14);
 }
 
-TEST(FlaggedError, HasItsExactBytesWhateverVersionWasRead) {
-  const TestDocument document(6.0f);
-  CFlaggedError error(17, FLAGGED_ERROR_STOCK);
-  error.SetFlag();
-  error.SetCanClearError(1);
-  EXPECT_EQ(Hex(StoredObject(error)), Hex(RecordBytes().NewClass("CFlaggedError", 2).Class(1).Dword(1).Dword(1).Get()));
-}
-
 TEST(FlaggedError, RecordIsReadFromStorageVersion32002On) {
   const struct {
     float units;
@@ -165,7 +157,7 @@ TEST(FlaggedError, RecordIsReadFromStorageVersion32002On) {
   }
 }
 
-TEST(FlaggedError, CopiesHaveAllFiveValuesAndTheArchiveTwo) {
+TEST(FlaggedError, CopiesHaveAllFiveValuesAndTheArchiveTwoWhateverVersionWasRead) {
   CFlaggedError error(17, FLAGGED_ERROR_STOCK);
   error.SetFlag();
   error.SetCanClearError(1);
@@ -174,7 +166,11 @@ TEST(FlaggedError, CopiesHaveAllFiveValuesAndTheArchiveTwo) {
   CFlaggedError assigned(0, FLAGGED_ERROR_NORMAL);
   assigned = error;
   const std::unique_ptr<CFlaggedError> clone(error.Clone());
-  const auto loaded = LoadedObject<CFlaggedError>(StoredObject(error));
+  TestDocument document(6.0f);
+  const std::string bytes = StoredObject(error);
+  EXPECT_EQ(Hex(bytes), Hex(RecordBytes().NewClass("CFlaggedError", 2).Class(1).Dword(1).Dword(1).Get()));
+  document.units = 38.0f;
+  const auto loaded = LoadedObject<CFlaggedError>(bytes);
   error = CFlaggedError(0, FLAGGED_ERROR_NORMAL);
   const std::vector<int> all = {1, FLAGGED_ERROR_STOCK, 17, 1, 1};
   EXPECT_EQ(Fields(copy), all);

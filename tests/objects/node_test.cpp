@@ -210,11 +210,12 @@ TEST_F(Node, DefaultsMeanNotApplicable) {
   EXPECT_EQ(type, eObjectPatternNone);
 }
 
-TEST(NodeDump, FilledNodeIsExact) {
+TEST(NodeDump, FilledNodeAndItsUsersAreExact) {
   TestDocument document;
   document.nextId = 4294967295u;
-  QFObject user, held;
+  QFObject user, held, owner;
   StampedNode named;
+  named.SetOwner(&owner);
   StampedNode node;  // destroyed before its users
   node.AddToUserObjectsList(&named, 0);
   node.AddToUserObjectsList(&user, 0);
@@ -225,7 +226,11 @@ TEST(NodeDump, FilledNodeIsExact) {
   node.SetMergeInProgress(1);
   node.DumpData(nullptr);
   node.DumpUserObjs(nullptr);
-  EXPECT_EQ(Dumped([&](FILE* file) { node.DumpData(file); }),
+  const auto dump = [&](FILE* file) {
+    node.DumpData(file);
+    node.DumpUserObjs(file);
+  };
+  EXPECT_EQ(Dumped(dump),
             DumpBanner("QFObject Start") + "\n m_Label: Bohrung %s ü" + "\n m_CreatedBy: maker" +
                 "\n m_DateCreated: 01/02/2003::04:05" + "\n m_LastModified: 06/07/2008::09:10" +
                 "\n m_LastModifiedBy: changer" + "\n m_ObjectId: -1" + "\n m_iState : LOCKED" +
@@ -233,7 +238,12 @@ TEST(NodeDump, FilledNodeIsExact) {
                 "\n strObjName: StampedNode" + "\n Address of pObj: " + Address(&user) + "\n strObjName: QFObject" +
                 "\n m_CompareRes : PROFILE_NODEPTH_MATCH" + "\n <---- m_pPatternMngr Start ---->" +
                 "\n <---- m_pPatternMngr End ---->" + "\n m_bIsMerged : NO" + "\n m_bMergeInProgress : YES" +
-                DumpBanner("QFObject End"));
+                DumpBanner("QFObject End") +
+                "\nDumping for ======User Objects====== Start\n\n TotalUserObjects: 2\n ----\n UserObjNo: 0"
+                "\n ObjName: Bohrung %s ü\n ObjectClassName : StampedNode,  Address of pObj: " +
+                Address(&named) + "\n ObjectsOwnerClassName : QFObject,  Address of ObjectsOwner: " + Address(&owner) +
+                "\n ----\n UserObjNo: 1\n ObjName: \n ObjectClassName : QFObject,  Address of pObj: " + Address(&user) +
+                "\nDumping for ======User Objects====== End\n");
 }
 
 TEST(NodeDump, StatesAndResultsHaveTheirTexts) {
@@ -253,18 +263,4 @@ TEST(NodeDump, StatesAndResultsHaveTheirTexts) {
     node.SetCompareResult(COMPARE_RESULT(result));
     EXPECT_TRUE(contains(node, std::string(" m_CompareRes : ") + results[result])) << result;
   }
-}
-
-TEST(NodeDump, UsersAreExact) {
-  StampedNode user;
-  QFObject owner, plain, node;
-  user.SetOwner(&owner);
-  node.AddToUserObjectsList(&user, 0);
-  node.AddToUserObjectsList(&plain, 0);
-  EXPECT_EQ(Dumped([&](FILE* file) { node.DumpUserObjs(file); }),
-            "\nDumping for ======User Objects====== Start\n\n TotalUserObjects: 2\n ----\n UserObjNo: 0"
-            "\n ObjName: Bohrung %s ü\n ObjectClassName : StampedNode,  Address of pObj: " +
-                Address(&user) + "\n ObjectsOwnerClassName : QFObject,  Address of ObjectsOwner: " + Address(&owner) +
-                "\n ----\n UserObjNo: 1\n ObjName: \n ObjectClassName : QFObject,  Address of pObj: " +
-                Address(&plain) + "\nDumping for ======User Objects====== End\n");
 }
