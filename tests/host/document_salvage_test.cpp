@@ -31,28 +31,29 @@ const DocumentBytes& Sample() {
 
 class DocumentSalvage : public DocumentTest {
  protected:
-  // Loads a whole file around the object archive.
-  std::unique_ptr<HostDocument> Load(const std::string& objects, DocumentLoader::Mode mode, LoadReport& report) {
+  // Loads a whole file around the object archive; its report is report_.
+  std::unique_ptr<HostDocument> Load(const std::string& objects, DocumentLoader::Mode mode) {
     WriteDocumentFile(File("a.kvdoc"), objects);
     DocumentLoader loader(File("a.kvdoc"), mode);
     auto document = loader.Load();
-    report = loader.Report();
+    report_ = loader.Report();
     return document;
   }
 
-  // Reads the bytes as an object archive and keeps the intact nodes.
-  std::unique_ptr<HostDocument> Read(std::string objects, LoadReport& report) {
+  // Reads the bytes as an object archive and keeps the intact nodes; the report is report_.
+  std::unique_ptr<HostDocument> Read(std::string objects) {
+    report_ = {};
     CMemFile file(reinterpret_cast<BYTE*>(objects.data()), objects.size());
-    auto document = ReadObjectArchive(file, /*salvage=*/true, report);
+    auto document = ReadObjectArchive(file, /*salvage=*/true, report_);
     QFSerializeNotify::PostLoadFromStorageNotify();
     QFSerializeNotify::Clear();
     return document;
   }
 
   // A check after a repairing one finds nothing.
-  static void ExpectMendable(HostDocument& document, LoadReport& report) {
+  void ExpectMendable(HostDocument& document) {
     const ActiveDocument active(&document);
-    CheckDocument(document, CheckMode::kRepair, report);
+    CheckDocument(document, CheckMode::kRepair, report_);
     LoadReport second;
     CheckDocument(document, CheckMode::kReport, second);
     EXPECT_EQ(second.findingCount, 0u) << FindingsText(second);
@@ -76,14 +77,15 @@ class DocumentSalvage : public DocumentTest {
       }
     }
   }
+
+  LoadReport report_;
 };
 
 TEST_F(DocumentSalvage, IntactDocumentHasAllNodesAndNoFinding) {
-  LoadReport report;
-  const auto document = Load(Sample().Get(), DocumentLoader::Mode::kStrict, report);
+  const auto document = Load(Sample().Get(), DocumentLoader::Mode::kStrict);
   ExpectFirst(*document, 7);
-  EXPECT_EQ(report.findingCount, 0u) << FindingsText(report);
-  EXPECT_EQ(report.status, 0u);
+  EXPECT_EQ(report_.findingCount, 0u) << FindingsText(report_);
+  EXPECT_EQ(report_.status, 0u);
   EXPECT_EQ(document->NodeAt(6).GetOwner(), &document->NodeAt(5));
   EXPECT_EQ(document->NodeAt(2).GetIsUsingThisObject(&document->NodeAt(5)), 1);
 }
@@ -94,20 +96,19 @@ TEST_F(DocumentSalvage, ArchiveCutAtAnyByteKeepsTheNodesBeforeTheCut) {
     SCOPED_TRACE(fmt::format("cut at byte {} of {}", cut, sample.Get().size()));
     const auto whole = std::size_t(
         std::count_if(sample.Ends().begin(), sample.Ends().end(), [&](std::size_t end) { return end <= cut; }));
-    LoadReport report;
-    const auto document = Read(sample.Get().substr(0, cut), report);
-    EXPECT_EQ(report.whole, whole);
-    ASSERT_TRUE(report.fault);
-    EXPECT_LE(report.fault->offset, cut);
+    const auto document = Read(sample.Get().substr(0, cut));
+    EXPECT_EQ(report_.whole, whole);
+    ASSERT_TRUE(report_.fault);
+    EXPECT_LE(report_.fault->offset, cut);
     EXPECT_EQ(document != nullptr, cut >= 18) << "a document, once its class is known";
     if (!document) continue;
     ExpectFirst(*document, whole);
     if (cut >= sample.TableEnd()) {
-      EXPECT_EQ(report.promised, 7u);
-      EXPECT_EQ(report.part, DocumentReading::Part::kNodes);
-      EXPECT_GE(report.fault->offset, whole == 0 ? sample.TableEnd() : sample.Ends()[whole - 1]);
+      EXPECT_EQ(report_.promised, 7u);
+      EXPECT_EQ(report_.part, DocumentReading::Part::kNodes);
+      EXPECT_GE(report_.fault->offset, whole == 0 ? sample.TableEnd() : sample.Ends()[whole - 1]);
     }
-    ExpectMendable(*document, report);
+    ExpectMendable(*document);
   }
 }
 
@@ -121,10 +122,9 @@ TEST_F(DocumentSalvage, LargeDocumentCutShortKeepsItsFirstNodes) {
   }
   const DocumentBytes sample(nodes);
   for (const std::size_t whole : {1, 100, 3000}) {
-    LoadReport report;
-    const auto document = Read(sample.Get().substr(0, sample.Ends()[whole - 1] + 3), report);
+    const auto document = Read(sample.Get().substr(0, sample.Ends()[whole - 1] + 3));
     ASSERT_EQ(document->NodeCount(), whole);
-    EXPECT_EQ(report.lost["HostOperation"], DWORD(kOperations + 1 - whole));
+    EXPECT_EQ(report_.lost["HostOperation"], DWORD(kOperations + 1 - whole));
     EXPECT_EQ(document->NodeAt(0).GetCountOfUserObjects(), int(whole) - 1);
   }
 }
@@ -147,9 +147,8 @@ TEST_F(DocumentSalvage, FileCutWithinItsNodesIsSearchedForThem) {
 }
 
 TEST_F(DocumentSalvage, StrictLoaderRefusesWhatTheSalvagingOneKeeps) {
-  LoadReport report;
   const std::string cut = Sample().Get().substr(0, Sample().Ends()[2] + 5);
-  EXPECT_THROW(Load(cut, DocumentLoader::Mode::kStrict, report), Failure);
+  EXPECT_THROW(Load(cut, DocumentLoader::Mode::kStrict), Failure);
   EXPECT_EQ(GetActiveDocument(), &document_) << "the one before is active again";
   std::string changed = Sample().Get();
   changed[Sample().Ends()[2] - 3] ^= 1;  // within a double
@@ -166,14 +165,13 @@ TEST_F(DocumentSalvage, StrictLoaderRefusesWhatTheSalvagingOneKeeps) {
 TEST_F(DocumentSalvage, ImpossibleLinksAreRepaired) {
   const DocumentBytes bytes(
       {{"HostTool", -1, -1, {1}}, {"HostFeature", 2}, {"HostFeature", 2}, {"HostOperation", 2, 0}});
-  LoadReport report;
-  const auto document = Load(bytes.Get(), DocumentLoader::Mode::kStrict, report);
+  const auto document = Load(bytes.Get(), DocumentLoader::Mode::kStrict);
   ExpectFirst(*document, 4);
   EXPECT_EQ(document->NodeAt(1).GetOwner(), nullptr) << "an owner stands ahead";
   EXPECT_EQ(document->NodeAt(2).GetOwner(), nullptr) << "nobody owns itself";
-  EXPECT_EQ(report.dangling, 2);
-  EXPECT_EQ(report.oneSided, 1);
-  EXPECT_EQ(FindingsText(report),
+  EXPECT_EQ(report_.dangling, 2);
+  EXPECT_EQ(report_.oneSided, 1);
+  EXPECT_EQ(FindingsText(report_),
             "  Objects: HostFeature 2 \"N1\" has 1 reference to an object outside the document\n"
             "  Objects: HostFeature 3 \"N2\" has 1 reference to an object outside the document\n"
             "  Objects: HostOperation 4 \"N3\" has 1 use that only one side has\n");
@@ -198,16 +196,15 @@ TEST_F(DocumentSalvage, UsesAgreeOnBothSidesInAnyOrder) {
     SCOPED_TRACE(testing::PrintToString(row.users) + " " + testing::PrintToString(row.tools));
     const DocumentBytes bytes(
         {{"HostTool", -1, -1, row.users}, {"HostOperation", -1, row.tools[0]}, {"HostOperation", -1, row.tools[1]}});
-    LoadReport report;
-    const auto document = Load(bytes.Get(), DocumentLoader::Mode::kStrict, report);
+    const auto document = Load(bytes.Get(), DocumentLoader::Mode::kStrict);
     CObList users;
     document->NodeAt(0).GetAllUserObjects(&users);
     std::vector<DWORD> places;
     for (POSITION at = users.GetHeadPosition(); at;)
       places.push_back(static_cast<HostNode*>(users.GetNext(at))->Place());
     EXPECT_EQ(places, row.mended);
-    EXPECT_EQ(report.oneSided, row.oneSided);
-    EXPECT_EQ(report.dangling, 0);
+    EXPECT_EQ(report_.oneSided, row.oneSided);
+    EXPECT_EQ(report_.dangling, 0);
   }
 }
 
@@ -217,9 +214,8 @@ TEST_F(DocumentSalvage, LongLabelIsTruncatedInAFinding) {
   auto& operation = Add<HostOperation>(nullptr, CString(_T('n'), 300));
   operation.SetTool(&tool);
   tool.RemoveFromUserObjectsList(&operation);
-  LoadReport report;
-  Read(Store([&](CArchive& ar) { ar << &document_; }), report);
-  EXPECT_EQ(FindingsText(report),
+  Read(Store([&](CArchive& ar) { ar << &document_; }));
+  EXPECT_EQ(FindingsText(report_),
             "  Objects: HostOperation 2 \"" + std::string(80, 'n') + "...\" has 1 use that only one side has\n");
 }
 
@@ -230,11 +226,10 @@ TEST_F(DocumentSalvage, RecycledNodeStaysAmongTheUsersOfItsOriginalOwnerOnce) {
   } rows[] = {{{{"HostFeature", -1, -1, {}, 1}, {"HostFeature", -1, -1, {0}}}, 1, 0},
               {{{"HostTool", -1, -1, {1}}, {"HostOperation", -1, -1, {}, 0}}, 0, 1}};
   for (const auto& row : rows) {
-    LoadReport report;
-    const auto document = Load(DocumentBytes(row.nodes).Get(), DocumentLoader::Mode::kStrict, report);
+    const auto document = Load(DocumentBytes(row.nodes).Get(), DocumentLoader::Mode::kStrict);
     EXPECT_EQ(document->NodeAt(row.recycled).GetOriginalOwner(), &document->NodeAt(row.owner));
     EXPECT_EQ(document->NodeAt(row.owner).GetCountOfUserObjects(), 1);
-    EXPECT_EQ(report.findingCount, 0u) << FindingsText(report);
+    EXPECT_EQ(report_.findingCount, 0u) << FindingsText(report_);
   }
 }
 
@@ -246,11 +241,10 @@ TEST_F(DocumentSalvage, ObjectsInNoListAreDeletedAndReported) {
   const std::size_t users = bytes.Ends()[0] + 6;
   const std::string record = objects.substr(bytes.Ends()[0]);
   objects = objects.substr(0, users) + RecordBytes().Word(1).Class(9).Get() + record + objects.substr(users + 2);
-  LoadReport report;
-  const auto document = Load(objects, DocumentLoader::Mode::kStrict, report);
+  const auto document = Load(objects, DocumentLoader::Mode::kStrict);
   ExpectFirst(*document, 2);
-  EXPECT_EQ(report.strays, 1);
-  EXPECT_EQ(FindingsText(report),
+  EXPECT_EQ(report_.strays, 1);
+  EXPECT_EQ(FindingsText(report_),
             "  Objects: HostFeature 2 \"N1\" has 1 reference to an object outside the document\n"
             "  Objects: objects in no list of the document: 1 HostFeature\n");
 }
@@ -259,10 +253,9 @@ TEST_F(DocumentSalvage, DocumentWithinADocumentIsRefused) {
   const DocumentBytes bytes({{"HostFeature"}});
   const std::size_t users = bytes.TableEnd() + 6;
   const std::string objects = bytes.Get().substr(0, users) + RecordBytes().Word(1).Class(1).Get() + bytes.Get();
-  LoadReport report;
-  ExpectFirst(*Load(objects, DocumentLoader::Mode::kSalvage, report), 0);
-  ASSERT_TRUE(report.fault);
-  EXPECT_EQ(report.promised, 1u);
+  ExpectFirst(*Load(objects, DocumentLoader::Mode::kSalvage), 0);
+  ASSERT_TRUE(report_.fault);
+  EXPECT_EQ(report_.promised, 1u);
 }
 
 }  // namespace

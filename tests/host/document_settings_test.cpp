@@ -55,8 +55,7 @@ TEST_F(DocumentSettings, OldDocumentHasTheDefaults) {
 }
 
 TEST_F(DocumentSettings, DamageIsRefusedOrTheDefaultsAreTaken) {
-  const std::string whole =
-      Store([&](CArchive& ar) { ar.WriteObject(static_cast<const CObject*>(&document_.Settings())); });
+  const std::string whole = StoredObject(document_.Settings());
   std::string changed = WithChecksum(whole);
   changed[100] ^= 1;
   QFColorSettings colors;
@@ -69,8 +68,7 @@ TEST_F(DocumentSettings, DamageIsRefusedOrTheDefaultsAreTaken) {
       {"nothing", "", "the data ends too early"},
       {"a null", WithChecksum(std::string(2, '\0')), "it has no settings tree"},
       {"cut off", WithChecksum(whole.substr(0, whole.size() - 1)), "the data ends too early"},
-      {"a group", WithChecksum(Store([&](CArchive& ar) { ar.WriteObject(&colors); })),
-       "object of an unknown or unexpected class"},
+      {"a group", WithChecksum(StoredObject(colors)), "object of an unknown or unexpected class"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.what);
