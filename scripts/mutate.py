@@ -115,7 +115,7 @@ def build(work, plan):
     subprocess.run(["cmake", "-S", tree, "-B", out, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Release", "-DKV_TESTS=ON",
                     f"-DCMAKE_CXX_FLAGS_RELEASE={flags}"], check=True, stdout=subprocess.DEVNULL)
     entries = json.loads((out / "compile_commands.json").read_text())
-    words = next(e["command"] for e in entries if e["file"].endswith("host/main_module.cpp")).split()
+    words = next(e["command"] for e in entries if e["file"].endswith("host/module/main_module.cpp")).split()
     everything = work / "headers.cpp"  # a header's mutant that does not compile is found before all of its users fail
     headers = sorted({mutant["file"] for mutant in plan if mutant["file"].endswith(".h")})
     everything.write_text("".join(f'#include "{name}"\n' for name in headers))
