@@ -95,6 +95,7 @@ TEST(Completion, OffersCommandsOptionsAndChoices) {
 TEST(ProgressBar, ShowsThePartThatIsDone) {
   EXPECT_EQ(ProgressBar::Text("reading nodes", 0, 200), "[--------------------]   0% reading nodes");
   EXPECT_EQ(ProgressBar::Text("reading nodes", 99, 200), "[#########-----------]  49% reading nodes");
+  EXPECT_EQ(ProgressBar::Text("reading nodes", 200, 200), "[####################] 100% reading nodes");
   EXPECT_EQ(ProgressBar::Text("reading nodes", 300, 200), "[####################] 100% reading nodes");
   EXPECT_EQ(ProgressBar::Text("reading nodes", 0, 0), "[####################] 100% reading nodes");
   EXPECT_EQ(ProgressBar::Step(1), 1) << "without a bar";

@@ -56,7 +56,11 @@ TEST_F(DocumentSettings, OldDocumentHasTheDefaults) {
 
 TEST_F(DocumentSettings, DamageIsRefusedOrTheDefaultsAreTaken) {
   const std::string whole = StoredObject(document_.Settings());
-  std::string changed = WithChecksum(whole);
+  const std::string intact = WithChecksum(whole);
+  WriteDocumentFile(File("a.kvdoc"), DocumentBytes({}).Get(), &intact);
+  EXPECT_NO_THROW(Load(Mode::kStrict, File("a.kvdoc")));
+  EXPECT_EQ(findings_, "");
+  std::string changed = intact;
   changed[100] ^= 1;
   QFColorSettings colors;
   const struct {
