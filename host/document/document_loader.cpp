@@ -122,7 +122,7 @@ std::unique_ptr<QFDocSrHistoryMngr> DocumentLoader::ReadHistory() {
     return nullptr;
   }
   CArchive ar(source.file.get(), CArchive::load, BufferBytesFor(*source.file));
-  DocumentReading reading(/*salvage=*/false);
+  DocumentReading reading(/*salvaging=*/false);
   std::string reason = "the root is null";
   try {
     if (CObject* root = ar.ReadObject(RUNTIME_CLASS(QFDocSrHistoryMngr)))
