@@ -1,14 +1,18 @@
 // The command line kestrova: runs one command as a main module of the library.
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
+#include <nlohmann/json.hpp>
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/commands/commands.h"
 #include "host/commands/completion_commands.h"
 #include "host/module/main_module.h"
 #include "host/shell/failure.h"
-#include "host/shell/text_table.h"
+#include "host/shell/output.h"
 
 namespace {
 
@@ -40,42 +44,62 @@ int Run(int argc, char** argv) {
     command.add(*group);
   }
   app.footer(footer +
-             "Exit codes: 0 done; 1 the answer is no, or the command failed; 2 wrong usage.\n"
+             "Exit codes: 0 done; 1 the answer is no; 2 wrong usage; 3 could not be done.\n"
              "KV_REGISTRY names the registry's folder.");
   kestrova::AddCompletionWords(app);
   try {
     app.parse(argc, argv);
   } catch (const CLI::RequiredError& error) {
     RefuseUnknownCommand(app);
-    return app.exit(error) == 0 ? 0 : 2;
+    throw kestrova::WrongUsage(error.what());
+  } catch (const CLI::Success& help) {
+    return app.exit(help);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : 2;
+    throw kestrova::WrongUsage(error.what());
   }
   return 0;
 }
 
-int Fail(std::string reason, int exitCode) {
-  kestrova::BlankControls(reason);
-  std::fprintf(stderr, "kestrova: %s\n", reason.c_str());
+// An error may come before the options are parsed, so the words are looked at.
+bool AsksForJson(int argc, char** argv) {
+  const auto words = std::span(argv, std::size_t(argc)).subspan(std::size_t(std::min(argc, 1)));
+  const auto end = std::find(words.begin(), words.end(), std::string_view("--"));
+  return std::find(words.begin(), end, std::string_view("--json")) != end;
+}
+
+// Reports a failure, with --json also as an object on stdout. Returns the exit code.
+int Fail(const std::string& reason, int exitCode, bool asJson, const kestrova::FilePlace& place = {}) {
+  if (asJson) {
+    nlohmann::ordered_json error = {{"code", exitCode}, {"message", reason}};
+    if (!place.file.empty()) error["file"] = place.file;
+    if (place.line > 0) error["line"] = place.line;
+    if (place.column > 0) error["column"] = place.column;
+    kestrova::PrintJson({{"error", error}});
+    std::fflush(stdout);
+  }
+  std::fprintf(stderr, "kestrova: %s\n", kestrova::Harmless(reason).c_str());
   return exitCode;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+  const bool json = AsksForJson(argc, argv);
   try {
     const int exitCode = Run(argc, argv);
     // Output that a full disk does not take may fail only here.
     if (std::fflush(stdout) != 0 || std::ferror(stdout))
-      return Fail("the output is incomplete; check whether the disk is full", 1);
+      return Fail("the output is incomplete; check whether the disk is full", 3, /*asJson=*/false);
     return exitCode;
   } catch (const kestrova::WrongUsage& error) {
-    return Fail(error.what(), 2);
+    return Fail(error.what(), 2, json);
+  } catch (const kestrova::Failure& failure) {
+    return Fail(failure.what(), failure.ExitCode(), json, failure.Place());
   } catch (const kestrova::FoundErrors&) {
     return 1;
   } catch (const std::exception& error) {
-    return Fail(error.what(), 1);
+    return Fail(error.what(), 3, json);
   } catch (...) {
-    return Fail("unknown error", 1);
+    return Fail("unknown error", 3, json);
   }
 }

@@ -19,7 +19,7 @@
 #include "host/document/sample_document.h"
 #include "host/module/main_module.h"
 #include "host/shell/failure.h"
-#include "host/shell/text_table.h"
+#include "host/shell/output.h"
 #include "host/shell/whole_file.h"
 #include "share/objects/save_history.h"
 
@@ -88,8 +88,6 @@ struct Options {
 
 using Json = nlohmann::ordered_json;
 
-void PrintJson(const Json& json) { fmt::print("{}\n", json.dump(2, ' ', false, Json::error_handler_t::replace)); }
-
 void New(const Options& options) {
   CheckTarget(options.file, options.force);
   StartMainModule();
@@ -136,7 +134,7 @@ void History(const Options& options) {
                                      text(record.GetMajorVersion()), text(record.GetServicePack()),
                                      build.empty() ? "unknown" : build, ToUtf8(record.GetStorageVersion().TrimLeft()),
                                      text(record.GetNumSaves()), text(record.GetDateAndTime()), text(record.GetUser()));
-      BlankControls(line);
+      MakeHarmless(line);
       fmt::print("{}\n", line);
     }
   }

@@ -147,7 +147,7 @@ void Remove(const Arguments& arguments) {
   if (!EraseRow(rows, feed)) {
     std::string present;
     for (const FeedColorRow& row : rows) present += (present.empty() ? "" : ", ") + FeedText(row.up_to);
-    throw Failure(fmt::format("{} has no row {}; it has {}", KeyName(*table), FeedText(feed), present));
+    throw NotFound(fmt::format("{} has no row {}; it has {}", KeyName(*table), FeedText(feed), present));
   }
   Save(*table, std::move(rows));
 }

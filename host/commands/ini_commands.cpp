@@ -71,7 +71,7 @@ std::string Value(const Options& options, LPCTSTR section, LPCTSTR key, bool& fo
 void Get(const Options& options) {
   bool found = false;
   const std::string value = Value(options, FromUtf8(options.section), FromUtf8(options.key), found);
-  if (!found) throw Failure(fmt::format("{} has no key \"{}\" in [{}]", options.file, options.key, options.section));
+  if (!found) throw NotFound(fmt::format("{} has no key \"{}\" in [{}]", options.file, options.key, options.section));
   fmt::print("{}\n", value);
 }
 

@@ -192,7 +192,10 @@ std::string ShownName(const Text& value_name) { return value_name.empty() ? "(De
 std::string TextOf(const registry_text::Error& error) { return fmt::format("{}; {}", error.reason, error.remedy); }
 
 void Check(LSTATUS status, const KeyName& key) {
-  if (status != ERROR_SUCCESS) throw Failure(TextOf(registry_text::ErrorOf(status, key)));
+  if (status == ERROR_SUCCESS) return;
+  const std::string reason = TextOf(registry_text::ErrorOf(status, key));
+  if (status == ERROR_FILE_NOT_FOUND) throw NotFound(reason);
+  throw Failure(reason);
 }
 
 RegistryKeyHandle Open(const KeyName& key, REGSAM rights) {
@@ -299,7 +302,7 @@ void QueryCommand(const Arguments& arguments) {
   std::vector<KeyContent> contents;
   Collect(key, name, below, contents);
   if (contents.empty()) {
-    throw Failure(fmt::format("there is no value {} in {}", ShownName(*name), ToUtf8(registry_text::FullName(key))));
+    throw NotFound(fmt::format("there is no value {} in {}", ShownName(*name), ToUtf8(registry_text::FullName(key))));
   }
   if (arguments.Has("-json")) {
     std::printf("%s\n", ContentsJson(contents).c_str());
@@ -337,7 +340,7 @@ void DeleteValues(const KeyName& key, const std::optional<Text>& name) {
   if (name) {
     const LSTATUS status = RegDeleteValueW(open, name->c_str());
     if (status == ERROR_FILE_NOT_FOUND) {
-      throw Failure(fmt::format("there is no value {} in {}", ShownName(*name), ToUtf8(registry_text::FullName(key))));
+      throw NotFound(fmt::format("there is no value {} in {}", ShownName(*name), ToUtf8(registry_text::FullName(key))));
     }
     Check(status, key);
     return;

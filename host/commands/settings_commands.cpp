@@ -229,7 +229,7 @@ void Change(const Options& options, bool reset) {
   TreeValue& row = FindValue(tree.Values(), options.name);
   const Json data = reset ? row.defaultData : DataFromText(*row.value, options.value);
   if (!Takes(*row.value, data))
-    throw Failure(fmt::format("{} takes {}, not \"{}\"", row.FullName(), ExpectedBy(*row.value), options.value));
+    throw WrongUsage(fmt::format("{} takes {}, not \"{}\"", row.FullName(), ExpectedBy(*row.value), options.value));
   const std::string before = TextOf(*row.value, DataOf(*row.value));
   SetData(*row.value, data);
   tree.Save({&row}, reset);

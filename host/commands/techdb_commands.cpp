@@ -119,7 +119,7 @@ void Activate(const Options& options) {
     throw Failure("cannot store the choice: there is no file " + file);
   QFTechDBConfigInfo list = *env.GetTechDBConfigInfo();
   if (!list.GetTechDBConfigData(options.number - 1))
-    throw Failure(fmt::format("there is no database {}; {} lists {}", options.number, file, list.GetCount()));
+    throw NotFound(fmt::format("there is no database {}; {} lists {}", options.number, file, list.GetCount()));
   for (int i = 0; i < list.GetCount(); ++i) list.GetTechDBConfigData(i)->SetActiveFlag(i == options.number - 1);
   env.UpdateDBConfigData(&list);
   if (!env.WriteDBConfigData())

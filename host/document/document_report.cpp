@@ -5,14 +5,14 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
-#include "host/shell/text_table.h"
+#include "host/shell/output.h"
 #include "share/objects/storage_status.h"
 
 namespace kestrova {
 
 void LoadReport::Add(unsigned location, std::string stream, std::string text) {
   LogSerializationError(location);
-  BlankControls(text);
+  MakeHarmless(text);
   ++findingCount;
   if (findings.size() < kMostFindings) findings.push_back({std::move(stream), std::move(text)});
 }
@@ -86,7 +86,7 @@ std::string ReportText(const std::string& file, const LoadReport& report) {
       report.storageVersion, report.whole, report.promised, LostText(report), report.status, report.errorLocation);
   for (const LoadReport::IndexerCount& count : report.indexer) {
     std::string name = ToUtf8(count.name);
-    BlankControls(name);
+    MakeHarmless(name);
     text += fmt::format("  indexer {}: {} stored, {} alive\n", name, count.stored, count.alive);
   }
   if (report.findingCount == 0) return text + "no faults found\n";

@@ -12,7 +12,7 @@
 #include "host/document/operation_node.h"
 #include "host/document/tool_node.h"
 #include "host/shell/progress_bar.h"
-#include "host/shell/text_table.h"
+#include "host/shell/output.h"
 #include "share/core/document_callbacks.h"
 
 namespace kestrova {
@@ -119,7 +119,7 @@ void AppendNodeJson(std::string& out, HostNode& node, int depth, bool suppressed
 void WriteTree(const HostDocument& document, std::FILE* out) {
   Output output(out);
   const auto endLine = [](std::string& text, std::size_t start) {
-    BlankControls(text, start);
+    MakeHarmless(text, start);
     text += '\n';
   };
   fmt::format_to(std::back_inserter(output.Text()), "{}: {} node{}, {}, storage version {}", ToUtf8(document.Title()),

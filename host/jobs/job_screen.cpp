@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
+#include "host/shell/output.h"
 #include "host/shell/text_table.h"
 #include "platform/console.h"
 
@@ -26,7 +27,7 @@ bool IsOver(const JobView& job) {
 std::string JobScreen::Line(const JobView& job, std::chrono::milliseconds elapsed) {
   std::string line =
       fmt::format("{:3}% {}  {}  {:.1f} s", job.percent, job.name, job.step, double(elapsed.count()) / 1000);
-  BlankControls(line);
+  MakeHarmless(line);
   return line;
 }
 
@@ -69,7 +70,7 @@ void JobScreen::PrintChanges(const std::vector<JobView>& jobs) {
     if (printed == job.status || !(IsRunning(job) || IsOver(job))) continue;
     printed = job.status;
     std::string line = fmt::format("{}, {}: {}", job.name, job.action, TextOf(job.status));
-    BlankControls(line);
+    MakeHarmless(line);
     fmt::print(stderr, "{}\n", line);
   }
 }

@@ -13,7 +13,7 @@
 #include "framework/ob_list.h"
 #include "host/shell/color_text.h"
 #include "host/shell/failure.h"
-#include "host/shell/text_table.h"
+#include "host/shell/output.h"
 
 namespace kestrova {
 namespace {
@@ -65,7 +65,7 @@ Json NumbersFromText(const std::string& text) {
 std::string PlainText(const Json& data) { return data.dump(-1, ' ', false, Json::error_handler_t::replace); }
 std::string StringText(const Json& data) {
   std::string text = data.get<std::string>();
-  BlankControls(text);
+  MakeHarmless(text);
   return '"' + text + '"';
 }
 std::string ColorDataText(const Json& data) { return ColorText(data.get<DWORD>()); }
@@ -226,8 +226,8 @@ std::string Nearest(const std::set<std::string>& names, const std::string& wante
   std::set<std::string> names;
   for (const TreeValue& row : values) names.insert(slash == std::string::npos ? row.name : row.FullName());
   const std::string nearest = Nearest(names, name);
-  throw Failure(nearest.empty() ? fmt::format("there is no setting {}; see kestrova settings list", name)
-                                : fmt::format("there is no setting {}; the nearest: {}", name, nearest));
+  throw NotFound(nearest.empty() ? fmt::format("there is no setting {}; see kestrova settings list", name)
+                                 : fmt::format("there is no setting {}; the nearest: {}", name, nearest));
 }
 
 }  // namespace

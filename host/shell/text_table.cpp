@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "host/shell/output.h"
+
 namespace kestrova {
 namespace {
 
@@ -14,24 +16,12 @@ std::size_t Width(const std::string& text) {
 
 }  // namespace
 
-void BlankControls(std::string& text, std::size_t from) {
-  constexpr char kC1Lead = '\xC2';  // first byte of U+0080 to U+009F, with 80 to 9F as the second
-  for (std::size_t i = from; i < text.size(); ++i) {
-    const auto c = static_cast<unsigned char>(text[i]);
-    if (c < ' ' || c == 0x7F) {
-      text[i] = ' ';
-    } else if (text[i] == kC1Lead && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xA0) {
-      text.replace(i, 2, " ");
-    }
-  }
-}
-
 TextTable::TextTable(std::vector<Column> columns) : columns_(std::move(columns)) {
-  for (Column& column : columns_) BlankControls(column.title);
+  for (Column& column : columns_) MakeHarmless(column.title);
 }
 
 void TextTable::Add(std::vector<std::string> cells) {
-  for (std::string& cell : cells) BlankControls(cell);
+  for (std::string& cell : cells) MakeHarmless(cell);
   rows_.push_back(std::move(cells));
 }
 

@@ -6,17 +6,13 @@
 
 namespace kestrova {
 
-// Replaces the control characters of a UTF-8 text by blanks, from byte `from` on. Text from a file must not end a line
-// or control the terminal.
-void BlankControls(std::string& text, std::size_t from = 0);
-
 class TextTable {
  public:
   struct Column {
     std::string title;
     bool right;  // right-aligned, as for numbers
   };
-  // Titles and cells are UTF-8; control characters in them become blanks.
+  // Titles and cells are UTF-8; they are made harmless, see output.h.
   explicit TextTable(std::vector<Column> columns);
 
   // One cell per column.

@@ -4,6 +4,7 @@
 #include <set>
 
 #include "host/commands/commands.h"
+#include "host/shell/output.h"
 #include "host/shell/progress_bar.h"
 #include "tests/host/run_command.h"
 
@@ -66,6 +67,29 @@ TEST(Commands, RefuseWrongUsage) {
     if (!row.reason) continue;
     EXPECT_EQ(result, kvtest::Refused(row.reason, 2));
   }
+}
+
+TEST(Commands, FailWithAnObjectIfJsonIsAskedFor) {
+  EXPECT_EQ(RunCommand({"frob", "--json", "x\x1b\x7f\xC2\x9B"}),
+            (kvtest::RunResult{2,
+                               "{\n  \"error\": {\n    \"code\": 2,\n    \"message\": \"frob is not a command of "
+                               "kestrova; kestrova --help lists the commands\"\n  }\n}\n",
+                               "kestrova: frob is not a command of kestrova; kestrova --help lists the commands\n"}));
+  EXPECT_EQ(RunCommand({"document", "show", "a\x7F\xC2\x9B", "--json"}).out.find("a\\u007f\\u009b"), 58u);
+}
+
+TEST(Output, NeitherControlsTheTerminalNorForgesALine) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"a\nb\r\x1b[2J\x7f", "a b  [2J "},
+      {"\xC2\x9B"
+       "1m\xC2\xA0\xC3\xA4",
+       " 1m\xC2\xA0\xC3\xA4"},
+      {"x\x9B\xFF\xC3", "x\\x9B\\xFF\\xC3"},
+      {"\xC0\x9B\xE0\x80\x9B\xED\xA0\x80\xF4\x90\x80\x80",
+       "\\xC0\\x9B\\xE0\\x80\\x9B\\xED\\xA0\\x80\\xF4\\x90\\x80\\x80"},
+      {"\xF0\x9F\x98\x80", "\xF0\x9F\x98\x80"},
+  };
+  for (const auto& [text, shown] : rows) EXPECT_EQ(kestrova::Harmless(text), shown);
 }
 
 TEST(Completion, OffersCommandsOptionsAndChoices) {

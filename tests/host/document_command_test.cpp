@@ -103,7 +103,7 @@ TEST_F(DocumentCommand, FailsIfTheDiskIsFullForTheOutput) {
   for (const char* command : {"show", "dump", "verify"}) {
     const std::string line = std::string(KV_BIN_DIR "/kestrova document ") + command + " \"" + file +
                              "\" >/dev/full 2>\"" + File("err") + "\"";
-    EXPECT_EQ(WEXITSTATUS(std::system(line.c_str())), 1) << command;
+    EXPECT_EQ(WEXITSTATUS(std::system(line.c_str())), 3) << command;
     EXPECT_EQ(ReadFile(File("err")), "kestrova: the output is incomplete; check whether the disk is full\n");
   }
 }

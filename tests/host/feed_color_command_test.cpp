@@ -29,7 +29,7 @@ TEST_F(FeedColorCommand, AddsReplacesRemovesAndLooksUp) {
   EXPECT_EQ(Feed({"color", "50.01"}), Prints("#FF8001\n"));
   EXPECT_EQ(Feed({"color", "201"}), Prints("none\n"));
   EXPECT_EQ(Feed({"remove", "60"}),
-            Refused("HKCU\\Software\\Zemlor\\Kestrova\\FeedColors\\Mill has no row 60.00; it has 50.00, 200.00"));
+            Refused("HKCU\\Software\\Zemlor\\Kestrova\\FeedColors\\Mill has no row 60.00; it has 50.00, 200.00", 1));
 }
 
 TEST_F(FeedColorCommand, OfRowsWithTheSameTextTheFoundColorStays) {

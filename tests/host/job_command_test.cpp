@@ -194,7 +194,7 @@ TEST_F(JobCommand, ReportsWhatBecameOfEachJob) {
       EXPECT_EQ(job["timeTaken"].get<std::string>().empty(), row.exit_code != 0);
     }
   }
-  EXPECT_EQ(Run({"run", "none.kvdoc"}).exit_code, 1);
+  EXPECT_EQ(Run({"run", "none.kvdoc"}).exit_code, 3);
 }
 
 // Replaces a child process by the command, with the same streams.

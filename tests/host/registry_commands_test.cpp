@@ -87,14 +87,17 @@ TEST_F(RegistryCommands, AsksBeforeItDestroys) {
 
 TEST_F(RegistryCommands, SaysWhatIsMissingOrWrong) {
   Reg("add @");
-  const std::pair<const char*, std::string> rows[] = {
-      {"query @\\No", "there is no key " + kKey + "\\No; check the name"},
-      {"query @ /v No", "there is no value No in " + kKey},
-      {"delete @ /v No /f", "there is no value No in " + kKey},
-      {"delete HKCU /f", "a whole hive cannot be deleted; name a key below it"},
-      {"import /no/such/file.reg", "cannot read /no/such/file.reg; check the name"},
+  const struct {
+    const char* words;
+    RunResult wanted;
+  } rows[] = {
+      {"query @\\No", Refused("there is no key " + kKey + "\\No; check the name", 1)},
+      {"query @ /v No", Refused("there is no value No in " + kKey, 1)},
+      {"delete @ /v No /f", Refused("there is no value No in " + kKey, 1)},
+      {"delete HKCU /f", Refused("a whole hive cannot be deleted; name a key below it")},
+      {"import /no/such/file.reg", Refused("cannot read /no/such/file.reg; check the name")},
   };
-  for (const auto& [words, reason] : rows) EXPECT_EQ(Reg(words), Refused(reason));
+  for (const auto& row : rows) EXPECT_EQ(Reg(row.words), row.wanted);
 }
 
 TEST_F(RegistryCommands, DamagedHiveIsReportedInOneLine) {

@@ -28,7 +28,8 @@ struct RunResult {
   }
 };
 inline RunResult Prints(const std::string& text) { return {0, text, ""}; }
-inline RunResult Refused(const std::string& reason, int exit_code = 1) {
+// A failure, exit code 3 unless said.
+inline RunResult Refused(const std::string& reason, int exit_code = 3) {
   return {exit_code, "", "kestrova: " + reason + "\n"};
 }
 

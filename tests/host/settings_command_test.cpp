@@ -62,15 +62,15 @@ TEST_F(SettingsCommand, TakesEveryTypeAndRefusesOthers) {
   };
   for (const auto& row : rows) {
     const RunResult result = Run({"set", row.name, "--", row.text});
-    EXPECT_EQ(result.exit_code, row.shown ? 0 : 1) << row.name << ' ' << row.text << '\n' << result;
+    EXPECT_EQ(result.exit_code, row.shown ? 0 : 2) << row.name << ' ' << row.text << '\n' << result;
     const std::string shown = row.shown ? std::string(" -> ") + row.shown + "\n" : " takes ";
     EXPECT_NE((row.shown ? result.out : result.err).find(shown), std::string::npos) << shown << result;
   }
 }
 
 TEST_F(SettingsCommand, UnknownNamesAreRefusedWithTheNearest) {
-  EXPECT_EQ(Run({"get", "linewidht"}), Refused("there is no setting linewidht; the nearest: LineWidth"));
-  EXPECT_EQ(Run({"reset", "qqqqqqqq"}), Refused("there is no setting qqqqqqqq; see kestrova settings list"));
+  EXPECT_EQ(Run({"get", "linewidht"}), Refused("there is no setting linewidht; the nearest: LineWidth", 1));
+  EXPECT_EQ(Run({"reset", "qqqqqqqq"}), Refused("there is no setting qqqqqqqq; see kestrova settings list", 1));
 }
 
 TEST_F(SettingsCommand, ChangeOfADuplicateNameDoesNotLast) {

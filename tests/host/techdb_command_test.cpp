@@ -27,9 +27,9 @@ class TechDBCommand : public CommandTest {
                   "<c><applicationSettings><!-- -->" + settings + "</applicationSettings></c>");
   }
   // The one line on stderr of a refused command.
-  std::string Refusal(const std::vector<std::string>& words) const {
+  std::string Refusal(const std::vector<std::string>& words, int exit_code = 3) const {
     const RunResult result = Run(words);
-    EXPECT_EQ(result, (RunResult{1, "", result.err}));
+    EXPECT_EQ(result, (RunResult{exit_code, "", result.err}));
     EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result;
     return result.err;
   }
@@ -52,7 +52,7 @@ TEST_F(TechDBCommand, ListsAndActivates) {
   EXPECT_EQ(list["databases"][1]["active"], true);
   EXPECT_EQ(list["databases"][1]["missing"], true);
   EXPECT_EQ(list["databases"][2]["name"], "SERVER=127.0.0.1,1;DATABASE=tech");
-  EXPECT_EQ(Run({"activate", "4"}), Refused("there is no database 4; " + tech_ + "database.config lists 3"));
+  EXPECT_EQ(Run({"activate", "4"}), Refused("there is no database 4; " + tech_ + "database.config lists 3", 1));
 }
 
 TEST_F(TechDBCommand, ConnectsAndShowsWhatIsInIt) {
@@ -104,7 +104,7 @@ TEST_F(TechDBCommand, FailuresAreOneLine) {
   EXPECT_THAT(refusal, testing::Not(HasSubstr("unavailable"))) << "the password";
   Configure("");
   EXPECT_THAT(Refusal({"tables"}), HasSubstr("there is no technology database: "));
-  EXPECT_THAT(Refusal({"activate", "1"}), HasSubstr("there is no database 1; "));
+  EXPECT_THAT(Refusal({"activate", "1"}, 1), HasSubstr("there is no database 1; "));
   Keep(_T("TechDBForms"), "TechDBForms.mde (32bit)");
   EXPECT_EQ(Run({"list"}), Refused("TechDBForms.mde could not be found at " + product_ + "lang\\English\\"));
 }

@@ -1,0 +1,101 @@
+#include "host/shell/output.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <nlohmann/json.hpp>
+
+namespace kestrova {
+namespace {
+
+constexpr unsigned char kDelete = 0x7F;
+constexpr unsigned char kC1Lead = 0xC2;  // first byte of U+0080 to U+009F
+constexpr unsigned char kC1End = 0xA0;   // one past the second bytes of U+0080 to U+009F
+
+unsigned char ByteAt(std::string_view text, std::size_t at) { return static_cast<unsigned char>(text[at]); }
+
+bool IsC1(std::string_view text, std::size_t at) {
+  return ByteAt(text, at) == kC1Lead && at + 1 < text.size() && ByteAt(text, at + 1) < kC1End;
+}
+
+// The length of the UTF-8 character at `at`, or 0: the bytes that RFC 3629, section 4, allows.
+std::size_t CharacterLength(std::string_view text, std::size_t at) {
+  const unsigned char lead = ByteAt(text, at);
+  if (lead < 0x80) return 1;
+  if (lead < 0xC2 || lead > 0xF4) return 0;
+  const std::size_t length = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+  if (text.size() - at < length) return 0;
+  for (std::size_t i = 1; i < length; ++i) {
+    if ((ByteAt(text, at + i) & 0xC0) != 0x80) return 0;
+  }
+  const unsigned char second = ByteAt(text, at + 1);
+  const bool overlong = (lead == 0xE0 && second < 0xA0) || (lead == 0xF0 && second < 0x90);
+  const bool surrogate = lead == 0xED && second >= 0xA0;
+  const bool too_high = lead == 0xF4 && second >= 0x90;
+  return overlong || surrogate || too_high ? 0 : length;
+}
+
+enum class LineEnds { kBlank, kKeep };
+
+bool IsPlain(char c, LineEnds lineEnds) {
+  return (c >= ' ' && c < char(kDelete)) || (c == '\n' && lineEnds == LineEnds::kKeep);
+}
+
+// Appends text, from its first byte that is not plain on.
+void AppendHarmless(std::string& out, std::string_view text, LineEnds lineEnds) {
+  for (std::size_t i = 0; i < text.size();) {
+    const std::size_t length = CharacterLength(text, i);
+    if (length == 0) {
+      fmt::format_to(std::back_inserter(out), "\\x{:02X}", ByteAt(text, i));
+      ++i;
+      continue;
+    }
+    const bool blank = length == 1 ? !IsPlain(text[i], lineEnds) : IsC1(text, i);
+    out.append(blank ? " " : text.substr(i, length));
+    i += length;
+  }
+}
+
+void MakeHarmless(std::string& text, std::size_t from, LineEnds lineEnds) {
+  const auto odd =
+      std::find_if_not(text.begin() + std::ptrdiff_t(from), text.end(), [&](char c) { return IsPlain(c, lineEnds); });
+  if (odd == text.end()) return;
+  const std::string rest(odd, text.end());
+  text.erase(odd, text.end());
+  AppendHarmless(text, rest, lineEnds);
+}
+
+}  // namespace
+
+void MakeHarmless(std::string& text, std::size_t from) { MakeHarmless(text, from, LineEnds::kBlank); }
+
+std::string Harmless(std::string_view text) {
+  std::string result(text);
+  MakeHarmless(result);
+  return result;
+}
+
+void PrintLines(std::string_view text) {
+  std::string harmless(text);
+  MakeHarmless(harmless, 0, LineEnds::kKeep);
+  PrintRaw(harmless);
+}
+
+void PrintJson(const nlohmann::ordered_json& json) {
+  const std::string text = json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+  std::string out;
+  out.reserve(text.size() + 1);
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const bool c1 = IsC1(text, i);
+    if (c1) ++i;
+    if (c1 || ByteAt(text, i) == kDelete) {
+      fmt::format_to(std::back_inserter(out), "\\u{:04x}", ByteAt(text, i));
+    } else {
+      out += text[i];
+    }
+  }
+  PrintRaw(out += '\n');
+}
+
+void PrintRaw(std::string_view bytes) { std::fwrite(bytes.data(), 1, bytes.size(), stdout); }
+
+}  // namespace kestrova
