@@ -119,8 +119,8 @@ std::string EmptyHive() {
                               "; PRAGMA user_version = " + std::to_string(kFormat) +
                               "; UPDATE sqlite_sequence SET seq = " + std::to_string(FirstId());
     sqlite3_int64 size = 0;
-    sqlite3_exec(memory, marks.c_str(), nullptr, nullptr, nullptr);
-    if (unsigned char* image = sqlite3_serialize(memory, "main", &size, 0)) {
+    const bool marked = sqlite3_exec(memory, marks.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
+    if (unsigned char* image = marked ? sqlite3_serialize(memory, "main", &size, 0) : nullptr) {
       bytes.assign(reinterpret_cast<char*>(image), std::size_t(size));
       sqlite3_free(image);
       bytes[18] = bytes[19] = 2;  // the file format numbers for writing and reading: 2 is the write-ahead log
@@ -128,6 +128,14 @@ std::string EmptyHive() {
   }
   sqlite3_close(memory);
   return bytes;
+}
+
+int ReadFormat(sqlite3* connection, int& format) {
+  sqlite3_stmt* query = nullptr;
+  sqlite3_prepare_v2(connection, "PRAGMA user_version", -1, &query, nullptr);
+  if (sqlite3_step(query) == SQLITE_ROW) format = sqlite3_column_int(query, 0);
+  const int result = sqlite3_finalize(query);
+  return query ? result : sqlite3_extended_errcode(connection);
 }
 
 LSTATUS WriteNewFile(const std::string& file, const std::string& bytes, mode_t mode) {
@@ -214,10 +222,7 @@ LSTATUS Connection::Connect(int flags, const std::string& name) {
     sqlite3_db_config(handle_, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
     result = sqlite3_exec(handle_, kSettings, nullptr, nullptr, nullptr);
   }
-  if (result == SQLITE_OK) {
-    const auto take = [](void* out, int, char** text, char**) { return *static_cast<int*>(out) = std::atoi(*text), 0; };
-    result = sqlite3_exec(handle_, "PRAGMA user_version", take, &format, nullptr);
-  }
+  if (result == SQLITE_OK) result = ReadFormat(handle_, format);
   LSTATUS status = StatusOf(handle_, result);
   if (status == ERROR_SUCCESS && format != kFormat) status = ERROR_BADDB;
   if (status != ERROR_SUCCESS) {
