@@ -4,12 +4,18 @@ include(CMakePackageConfigHelpers)
 
 install(TARGETS KVSHAREu EXPORT KVShareTargets LIBRARY DESTINATION lib)
 install(TARGETS kestrova RUNTIME DESTINATION bin)
-add_custom_command(OUTPUT ${PROJECT_BINARY_DIR}/completion/kestrova
-  COMMAND ${CMAKE_COMMAND} -E make_directory ${PROJECT_BINARY_DIR}/completion
-  COMMAND $<TARGET_FILE:kestrova> completion bash > ${PROJECT_BINARY_DIR}/completion/kestrova
-  DEPENDS kestrova)
-add_custom_target(kv_completion ALL DEPENDS ${PROJECT_BINARY_DIR}/completion/kestrova)
-install(FILES ${PROJECT_BINARY_DIR}/completion/kestrova DESTINATION share/bash-completion/completions)
+set(completions)
+function(kv_completion shell file folder)
+  set(out ${PROJECT_BINARY_DIR}/completion/${file})
+  add_custom_command(OUTPUT ${out} COMMAND ${CMAKE_COMMAND} -E make_directory ${PROJECT_BINARY_DIR}/completion
+    COMMAND $<TARGET_FILE:kestrova> completion ${shell} > ${out} DEPENDS kestrova)
+  set(completions ${completions} ${out} PARENT_SCOPE)
+  install(FILES ${out} DESTINATION share/${folder})
+endfunction()
+kv_completion(bash kestrova bash-completion/completions)
+kv_completion(zsh _kestrova zsh/site-functions)
+kv_completion(fish kestrova.fish fish/vendor_completions.d)
+add_custom_target(kv_completion ALL DEPENDS ${completions})
 install(DIRECTORY ${PROJECT_BINARY_DIR}/lib/lang DESTINATION lib)
 install(FILES ${PROJECT_BINARY_DIR}/lib/TechDB/TechDB.kvdb ${PROJECT_SOURCE_DIR}/examples/install/TechDB/database.config
   DESTINATION lib/TechDB)

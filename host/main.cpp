@@ -4,35 +4,22 @@
 #include <cstdio>
 #include <nlohmann/json.hpp>
 #include <span>
+#include <sstream>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "host/commands/commands.h"
 #include "host/commands/completion_commands.h"
+#include "host/commands/usage_errors.h"
 #include "host/module/main_module.h"
 #include "host/shell/failure.h"
 #include "host/shell/output.h"
 
 namespace {
 
-// For an unknown command the parser only reports that a command is missing.
-void RefuseUnknownCommand(const CLI::App& app) {
-  std::string path = "kestrova";
-  const CLI::App* at = &app;
-  for (auto chosen = at->get_subcommands(); !chosen.empty(); chosen = at->get_subcommands()) {
-    at = chosen.front();
-    path += ' ' + at->get_name();
-  }
-  const std::vector<std::string> words = at->remaining();
-  if (at->get_require_subcommand_min() == 0 || words.empty() || words.front().starts_with('-')) return;
-  throw kestrova::WrongUsage(words.front() + " is not a command of " + path + "; " + path +
-                             " --help lists the commands");
-}
-
 int Run(int argc, char** argv) {
   CLI::App app{"kestrova: the command line of the KVSHAREu shared library"};
-  app.set_version_flag("--version", "kestrova " KV_VERSION);
+  app.set_version_flag("-V,--version", "kestrova " KV_VERSION);
   app.require_subcommand(1);
   const kestrova::MainModuleScope module;
   std::string footer = "Examples:\n";
@@ -43,19 +30,21 @@ int Run(int argc, char** argv) {
     group->footer("Example:\n" + example);
     command.add(*group);
   }
-  app.footer(footer +
-             "Exit codes: 0 done; 1 the answer is no; 2 wrong usage; 3 could not be done.\n"
-             "KV_REGISTRY names the registry's folder.");
+  app.footer(
+      footer +
+      "Exit codes: 0 done; 1 the answer is no (findings, differences, not found, a job that failed, a repair that\n"
+      "lost nodes); 2 wrong usage; 3 could not be done (a missing file, damage, missing rights, a full disk).\n"
+      "KV_REGISTRY names the registry's folder.");
   kestrova::AddCompletionWords(app);
   try {
     app.parse(argc, argv);
-  } catch (const CLI::RequiredError& error) {
-    RefuseUnknownCommand(app);
-    throw kestrova::WrongUsage(error.what());
   } catch (const CLI::Success& help) {
-    return app.exit(help);
+    std::ostringstream text;
+    const int exitCode = app.exit(help, text, text);
+    kestrova::PrintRaw(text.str());
+    return exitCode;
   } catch (const CLI::ParseError& error) {
-    throw kestrova::WrongUsage(error.what());
+    kestrova::RefuseCommandLine(app, error);
   }
   return 0;
 }
@@ -75,22 +64,15 @@ int Fail(const std::string& reason, int exitCode, bool asJson, const kestrova::F
     if (place.line > 0) error["line"] = place.line;
     if (place.column > 0) error["column"] = place.column;
     kestrova::PrintJson({{"error", error}});
-    std::fflush(stdout);
   }
   std::fprintf(stderr, "kestrova: %s\n", kestrova::Harmless(reason).c_str());
   return exitCode;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int RunAndReport(int argc, char** argv) {
   const bool json = AsksForJson(argc, argv);
   try {
-    const int exitCode = Run(argc, argv);
-    // Output that a full disk does not take may fail only here.
-    if (std::fflush(stdout) != 0 || std::ferror(stdout))
-      return Fail("the output is incomplete; check whether the disk is full", 3, /*asJson=*/false);
-    return exitCode;
+    return Run(argc, argv);
   } catch (const kestrova::WrongUsage& error) {
     return Fail(error.what(), 2, json);
   } catch (const kestrova::Failure& failure) {
@@ -102,4 +84,13 @@ int main(int argc, char** argv) {
   } catch (...) {
     return Fail("unknown error", 3, json);
   }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const int exitCode = RunAndReport(argc, argv);
+  // Output that a full disk does not take may fail only here.
+  if (std::fflush(stdout) == 0 && !std::ferror(stdout)) return exitCode;
+  return Fail("the output is incomplete; check whether the disk is full", 3, /*asJson=*/false);
 }

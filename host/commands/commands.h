@@ -56,8 +56,8 @@ inline constexpr Command kCommands[] = {
     {"reg", "Registry values: query, add, delete, export, import", AddRegistryCommands,
      "reg query 'HKCU\\Software\\Zemlor' /s", RegistryCandidates},
     {"ini", "INI files: list, get, set, remove", AddIniCommands, "ini get shopfloor.ini Tool Diameter"},
-    {"completion", "Print the completion script for a shell", AddCompletionCommands,
-     "completion bash > /etc/bash_completion.d/kestrova"},
+    {"completion", "Print the completion script for bash, zsh or fish", AddCompletionCommands,
+     "completion bash > kestrova.bash"},
 };
 
 }  // namespace kestrova

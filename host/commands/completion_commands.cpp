@@ -2,23 +2,74 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <cstdio>
 #include <string>
 #include <vector>
 
 #include "host/commands/commands.h"
+#include "host/shell/output.h"
 
 namespace kestrova {
 
 namespace {
 
-constexpr char kBashScript[] =
-    R"(# Completion of kestrova for bash; source it, or put it into share/bash-completion/completions.
+constexpr char kHelp[] = R"(
+Prints the script; it asks kestrova itself for the words. Load it from your shell's start file, or write it where your
+shell looks for completions:
+
+  bash  ~/.local/share/bash-completion/completions/kestrova
+  zsh   a file _kestrova in a folder of $fpath
+  fish  ~/.config/fish/completions/kestrova.fish
+
+Examples:
+  kestrova completion bash > kestrova.bash
+  kestrova completion zsh > _kestrova
+  kestrova completion fish > kestrova.fish
+)";
+
+// Each script offers what the hidden command prints for the typed words, or files if it prints nothing.
+struct Shell {
+  const char* name;
+  const char* script;
+};
+
+constexpr Shell kShells[] = {
+    {"bash", R"(# Completion of kestrova for bash; source it, or put it into share/bash-completion/completions.
 _kestrova() {
   mapfile -t COMPREPLY < <("${COMP_WORDS[0]}" complete-words "${COMP_WORDS[@]:1:COMP_CWORD}" 2>/dev/null)
 }
 complete -o default -F _kestrova kestrova
-)";
+)"},
+    {"zsh", R"(#compdef kestrova
+# Completion of kestrova for zsh; source it after compinit, or put it as _kestrova into a folder of $fpath.
+_kestrova() {
+  local -a candidates
+  candidates=("${(@f)$("${(Q)words[1]}" complete-words "${(@Q)words[2,CURRENT-1]}" "${(Q)PREFIX}" 2>/dev/null)}")
+  if [[ -n "${candidates[1]}" ]]; then
+    compadd -a candidates
+  else
+    _files
+  fi
+}
+if [[ "${funcstack[1]}" == _kestrova ]]; then
+  _kestrova "$@"
+else
+  compdef _kestrova kestrova
+fi
+)"},
+    {"fish", R"(# Completion of kestrova for fish; source it, or put it into ~/.config/fish/completions.
+function __kestrova_candidates
+  set -l typed (commandline -opc)
+  set -l word (commandline -ct)
+  set -l candidates ($typed[1] complete-words $typed[2..-1] "$word" 2>/dev/null)
+  if test (count $candidates) -gt 0
+    printf '%s\n' $candidates
+  else
+    __fish_complete_path "$word"
+  end
+end
+complete -c kestrova -f -a '(__kestrova_candidates)'
+)"},
+};
 
 constexpr char kHiddenCommand[] = "complete-words";
 
@@ -79,8 +130,14 @@ std::vector<std::string> Following(const CLI::App& app, const std::vector<std::s
 
 void AddCompletionCommands(CLI::App& group) {
   static std::string shell;
-  group.add_option("shell", shell, "The shell")->required()->check(CLI::IsMember({"bash"}));
-  group.callback([] { std::fputs(kBashScript, stdout); });
+  std::vector<std::string> names;
+  for (const Shell& known : kShells) names.emplace_back(known.name);
+  group.footer(kHelp);
+  group.add_option("SHELL", shell, "The shell")->required()->check(CLI::IsMember(names));
+  group.callback([] {
+    for (const Shell& known : kShells)
+      if (shell == known.name) PrintRaw(known.script);
+  });
 }
 
 void AddCompletionWords(CLI::App& app) {
@@ -97,7 +154,7 @@ void AddCompletionWords(CLI::App& app) {
     if (candidates.empty()) candidates = Following(app, words);
     std::sort(candidates.begin(), candidates.end());
     for (const std::string& candidate : candidates) {
-      if (candidate.starts_with(words.back())) std::printf("%s\n", candidate.c_str());
+      if (candidate.starts_with(words.back())) Print("{}\n", candidate);
     }
   });
 }

@@ -2,6 +2,7 @@
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <charconv>
 #include <cstdio>
 #include <filesystem>
@@ -63,7 +64,7 @@ Reads a document of any version and saves it in the current version.
 constexpr char kVerifyHelp[] = R"(
 Reads as much of the document as possible and lists the faults: changed or missing bytes with their position, references
 to objects outside the document, objects in no list, wrong ids, states and indexer counts. Changes nothing. The exit code
-is 1 if there are faults.
+is 1 if there are faults, and 3 if the file cannot be read.
 
   kestrova document verify part.kvdoc
   kestrova document verify part.kvdoc --json
@@ -71,9 +72,11 @@ is 1 if there are faults.
 
 constexpr char kRepairHelp[] = R"(
 Reads as much of a damaged document as possible, corrects the faults and saves the result in OUT: all nodes before the
-first damaged one, without references to the others. Lists what was lost. FILE stays as it is; OUT passes verify.
+first damaged one, without references to the others. Lists what was lost. FILE stays as it is; OUT passes verify. The exit
+code is 1 if nodes were lost, and 3 if nothing could be saved.
 
   kestrova document repair part.kvdoc saved.kvdoc
+  kestrova document repair part.kvdoc saved.kvdoc --json
 )";
 
 struct Options {
@@ -104,11 +107,38 @@ void Show(const Options& options) {
   (options.json ? WriteTreeJson : WriteTree)(*opened.document, stdout);
 }
 
+// Prints the dumps of objects. A dump is written into a file; names in it can hold any characters.
+class DumpText {
+ public:
+  DumpText() : file_(std::tmpfile()) {
+    if (!file_) throw Failure("cannot create a temporary file; check the folder of temporary files");
+  }
+  ~DumpText() { std::fclose(file_); }
+  DumpText(const DumpText&) = delete;
+  DumpText& operator=(const DumpText&) = delete;
+
+  void Print(QFObject& object) {
+    std::rewind(file_);
+    object.DumpData(file_);
+    const long size = std::ftell(file_);
+    std::rewind(file_);
+    text_.resize(std::size_t(std::max(size, 0L)));
+    if (size < 0 || std::fread(text_.data(), 1, text_.size(), file_) != text_.size())
+      throw Failure("cannot write a temporary file; check whether the disk is full");
+    PrintLines(text_);
+  }
+
+ private:
+  std::FILE* file_;
+  std::string text_;
+};
+
 void Dump(const Options& options) {
   UseLibrary();
   const OpenDocument opened(options.file);
-  opened.document->DumpData(stdout);
-  opened.document->Walk([](HostNode& node, int) { node.DumpData(stdout); });
+  DumpText text;
+  text.Print(*opened.document);
+  opened.document->Walk([&](HostNode& node, int) { text.Print(node); });
 }
 
 void History(const Options& options) {
@@ -128,17 +158,14 @@ void History(const Options& options) {
                    {"lastSave", text(record.GetDateAndTime())},
                    {"saves", std::stoi(text(record.GetNumSaves()))},
                    {"edition", text(record.GetProductEdition())}});
-    if (!options.json) {
-      const std::string build = text(record.GetBuildCode());
-      std::string line = fmt::format("{} {} build {}, storage version {}: {} saves, last {} by {}",
-                                     text(record.GetMajorVersion()), text(record.GetServicePack()),
-                                     build.empty() ? "unknown" : build, ToUtf8(record.GetStorageVersion().TrimLeft()),
-                                     text(record.GetNumSaves()), text(record.GetDateAndTime()), text(record.GetUser()));
-      MakeHarmless(line);
-      fmt::print("{}\n", line);
-    }
+    if (options.json) continue;
+    const std::string build = text(record.GetBuildCode());
+    Print("{} {} build {}, storage version {}: {} saves, last {} by {}\n", text(record.GetMajorVersion()),
+          text(record.GetServicePack()), build.empty() ? "unknown" : build,
+          ToUtf8(record.GetStorageVersion().TrimLeft()), text(record.GetNumSaves()), text(record.GetDateAndTime()),
+          text(record.GetUser()));
   }
-  if (options.json) PrintJson(all);
+  if (options.json) PrintJson({{"file", options.file}, {"builds", all}});
 }
 
 void Convert(const Options& options) {
@@ -161,7 +188,7 @@ void Verify(const Options& options) {
   if (options.json) {
     PrintJson(ReportJson(options.file, report));
   } else {
-    fmt::print("{}", ReportText(options.file, report));
+    PrintLines(ReportText(options.file, report));
   }
   if (report.findingCount > 0) throw FoundErrors();
 }
@@ -170,7 +197,8 @@ void Repair(const Options& options) {
   CheckTarget(options.out, options.force);
   std::error_code unknown;
   if (std::filesystem::equivalent(options.file, options.out, unknown))
-    throw Failure(fmt::format("{} is the damaged document; name another file for the result", options.out));
+    throw Failure(fmt::format("{} is the damaged document; name another file for the result", options.out),
+                  {.file = options.out});
   StartMainModule();
   DocumentLoader loader(options.file, DocumentLoader::Mode::kSalvage);
   const auto document = loader.Load();
@@ -178,12 +206,20 @@ void Repair(const Options& options) {
   LoadReport report = loader.Report();
   if (report.part <= DocumentReading::Part::kFields)
     throw Failure(fmt::format("nothing of {} can be saved: stream {}: {}", options.file, report.findings.back().stream,
-                              report.findings.back().text));
+                              report.findings.back().text),
+                  {.file = options.file});
   CheckDocument(*document, CheckMode::kRepair, report);
   SaveDocument(*document, options.out);
-  if (options.json) return PrintJson(ReportJson(options.file, report));
-  fmt::print("{}: {} of {} nodes saved{}\n{}", options.out, report.whole, report.promised, LostText(report),
-             FindingsText(report));
+  if (options.json) {
+    Json all = ReportJson(options.file, report);
+    all["output"] = options.out;
+    all["nodesSaved"] = document->NodeCount();
+    PrintJson(all);
+  } else {
+    PrintLines(fmt::format("{}: {} of {} nodes saved{}\n{}", Harmless(options.out), report.whole, report.promised,
+                           LostText(report), FindingsText(report)));
+  }
+  if (report.whole < report.promised) throw FoundErrors();
 }
 
 // The option parser accepts a minus and numbers that are too large.

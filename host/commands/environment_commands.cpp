@@ -10,6 +10,7 @@
 #include "host/module/main_module.h"
 #include "host/module/recorded_message_boxes.h"
 #include "host/shell/failure.h"
+#include "host/shell/output.h"
 #include "share/env/app_env.h"
 
 namespace kestrova {
@@ -19,11 +20,10 @@ namespace {
 constexpr char kEnvHelp[] =
     "Starts the environment as the product does: missing switches and folders get their defaults in the registry, and\n"
     "the folder of simulation recordings is created.\n"
-    "JSON: {\"initResult\": {\"value\", \"text\"}, \"start\": {OPERATION: VALUE, ...}, \"installation\": {...},\n"
-    "\"language\": {...}, \"folders\": {...}, \"technologyDatabase\": {...}, \"product\": {...}}.\n"
+    "With --json the name of an operation begins with a small letter: getKVDataPath.\n"
     "Examples:\n"
     "  kestrova env\n"
-    "  kestrova env --json | jq -r .folders.GetKVDataPath\n"
+    "  kestrova env --json > env.json\n"
     "  kestrova env doctor";
 
 constexpr char kDoctorHelp[] =
@@ -31,15 +31,20 @@ constexpr char kDoctorHelp[] =
     "An error stops the product, a warning a part of it; a note may explain odd behaviour. The exit code is 1 if "
     "there\n"
     "are errors.\n"
-    "JSON: {\"errors\", \"warnings\", \"notes\": numbers, \"findings\": [{\"grade\", \"subject\", \"text\", "
-    "\"remedy\"}]}.\n"
     "Example:\n"
     "  kestrova env doctor";
 
 std::string TextOf(const QueryAnswer& answer) {
   if (const auto* number = std::get_if<long long>(&answer)) return std::to_string(*number);
+  if (const auto* flag = std::get_if<bool>(&answer)) return *flag ? "1" : "0";
   const CString& text = std::get<CString>(answer);
   return text.IsEmpty() ? "(empty)" : ToUtf8(text);
+}
+
+// "getKVDataPath" for "GetKVDataPath": JSON names begin with a small letter.
+std::string JsonName(std::string operation) {
+  operation[0] = char(operation[0] | ('a' - 'A'));
+  return operation;
 }
 
 void PrintEnvironment(bool asJson) {
@@ -52,18 +57,19 @@ void PrintEnvironment(bool asJson) {
       nlohmann::ordered_json& answers = all[group.json_name];
       for (const EnvironmentQuery& query : group.queries) {
         const QueryAnswer answer = query.ask(env);
-        if (const auto* number = std::get_if<long long>(&answer)) answers[query.operation] = *number;
-        if (const auto* text = std::get_if<CString>(&answer)) answers[query.operation] = ToUtf8(*text);
+        nlohmann::ordered_json& value = answers[JsonName(query.operation)];
+        if (const auto* number = std::get_if<long long>(&answer)) value = *number;
+        if (const auto* flag = std::get_if<bool>(&answer)) value = *flag;
+        if (const auto* text = std::get_if<CString>(&answer)) value = ToUtf8(*text);
       }
     }
-    fmt::print("{}\n", all.dump(2));
+    PrintJson(all);
     return;
   }
-  fmt::print("Init result {}: {}\n", int(env.GetEnvAPPInitResult()), InitResultInWords(env));
+  Print("Init result {}: {}\n", int(env.GetEnvAPPInitResult()), InitResultInWords(env));
   for (const EnvironmentQueryGroup& group : EnvironmentQueryGroups()) {
-    fmt::print("\n{}\n", group.title);
-    for (const EnvironmentQuery& query : group.queries)
-      fmt::print("  {:<44}{}\n", query.operation, TextOf(query.ask(env)));
+    Print("\n{}\n", group.title);
+    for (const EnvironmentQuery& query : group.queries) Print("  {:<44}{}\n", query.operation, TextOf(query.ask(env)));
   }
 }
 
@@ -90,11 +96,11 @@ void RunDoctor(bool asJson) {
                                  {"text", finding.text},
                                  {"remedy", finding.remedy}});
     }
-    fmt::print("{}\n", all.dump(2));
+    PrintJson(all);
   } else {
     for (const EnvironmentFinding& finding : findings)
-      fmt::print("{}: {}: {}\n    {}\n", TextOf(finding.grade), finding.subject, finding.text, finding.remedy);
-    fmt::print("{}, {}, {}\n", Counted(errors, "error"), Counted(warnings, "warning"), Counted(notes, "note"));
+      Print("{}: {}: {}\n    {}\n", TextOf(finding.grade), finding.subject, finding.text, finding.remedy);
+    Print("{}, {}, {}\n", Counted(errors, "error"), Counted(warnings, "warning"), Counted(notes, "note"));
   }
   if (errors > 0) throw FoundErrors();
 }

@@ -1,9 +1,7 @@
 // kestrova job: computes the operations of a document as background jobs.
-#include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
 #include <chrono>
-#include <cstdio>
 #include <deque>
 #include <nlohmann/json.hpp>
 
@@ -16,6 +14,7 @@
 #include "host/jobs/toolpath_command.h"
 #include "host/module/main_module.h"
 #include "host/shell/failure.h"
+#include "host/shell/output.h"
 #include "platform/console.h"
 #include "platform/threads.h"
 #include "share/core/document_callbacks.h"
@@ -27,7 +26,7 @@ constexpr char kRunHelp[] = R"(
 Computes a toolpath for each operation of the document that is neither suppressed nor recycled, as background jobs. At
 most N jobs run at a time; the default is the application's setting ThreadNum. Shows a line per running job, and a table
 at the end. Ctrl-C cancels: running jobs stop at their next step, waiting jobs do not start; a second Ctrl-C ends the
-process. The document stays as it is. The exit code is 1 unless all jobs are done.
+process. The document stays as it is. The exit code is 1 unless all jobs are done, and 3 if the document cannot be read.
 
   kestrova job run part.kvdoc
   kestrova job run part.kvdoc --jobs 4 --parents
@@ -101,9 +100,9 @@ void RunJobs(const Options& options) {
   const std::vector<JobView> jobs = queue.Jobs();
   screen.Finish(jobs);
   if (options.json) {
-    fmt::print("{}\n", JobsJson(jobs).dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+    PrintJson({{"file", options.file}, {"command", options.command}, {"jobs", JobsJson(jobs)}});
   } else {
-    fmt::print("{}", JobsTable(jobs));
+    PrintLines(JobsTable(jobs));
   }
   if (!AreAllDone(jobs)) throw FoundErrors();
 }

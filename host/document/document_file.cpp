@@ -99,7 +99,7 @@ class DocumentSaver {
 
  private:
   [[noreturn]] void Refuse(const std::string& reason) const {
-    throw Failure(fmt::format("cannot save {}: {}; nothing was written", path_, reason));
+    throw Failure(fmt::format("cannot save {}: {}; nothing was written", path_, reason), {.file = path_});
   }
   [[noreturn]] void Refuse(HRESULT result) const { Refuse(StorageText(result)); }
 
@@ -131,7 +131,7 @@ void SaveDocument(HostDocument& document, const std::string& path) {
   try {
     DocumentSaver(document, path).Run();
   } catch (const CException& failure) {
-    throw Failure(fmt::format("cannot save {}: {}; nothing was written", path, failure.what()));
+    throw Failure(fmt::format("cannot save {}: {}; nothing was written", path, failure.what()), {.file = path});
   }
   document.SetTitle(TitleOf(path));
   SetDocumentModifiedFlag(0, &document);
@@ -144,7 +144,7 @@ DocumentSource::DocumentSource(const std::string& path) : m_path(ProductPathFrom
   if (result == STG_E_DOCFILECORRUPT) {
     m_damage = StorageText(result);
   } else if (FAILED(result)) {
-    throw Failure(fmt::format("cannot read {}: {}", path, StorageText(result)));
+    throw Failure(fmt::format("cannot read {}: {}", path, StorageText(result)), {.file = path});
   }
 }
 

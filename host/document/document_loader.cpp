@@ -36,7 +36,7 @@ DocumentLoader::DocumentLoader(const std::string& path, Mode mode)
     : m_path(path), m_salvage(mode == Mode::kSalvage), m_source(path) {}
 
 void DocumentLoader::Refuse(const std::string& reason) const {
-  throw Failure(fmt::format("cannot read {}: {}", m_path, reason));
+  throw Failure(fmt::format("cannot read {}: {}", m_path, reason), {.file = m_path});
 }
 
 void DocumentLoader::RefuseDamage(const std::string& stream, const std::string& reason) const {

@@ -37,7 +37,8 @@ Json FaultJson(const LoadReport& report) {
 }  // namespace
 
 nlohmann::ordered_json ReportJson(const std::string& file, const LoadReport& report) {
-  Json indexer = Json::array(), findings = Json::array();
+  Json lost = Json::array(), indexer = Json::array(), findings = Json::array();
+  for (const auto& [name, count] : report.lost) lost.push_back({{"class", name}, {"count", count}});
   for (const LoadReport::IndexerCount& count : report.indexer)
     indexer.push_back({{"class", ToUtf8(count.name)}, {"stored", count.stored}, {"alive", count.alive}});
   for (const LoadReport::Finding& finding : report.findings)
@@ -46,7 +47,8 @@ nlohmann::ordered_json ReportJson(const std::string& file, const LoadReport& rep
           {"storageVersion", std::stod(fmt::format("{}", report.storageVersion))},
           {"nodesPromised", report.promised},
           {"nodesWhole", report.whole},
-          {"lost", report.lost},
+          {"nodesLost", report.promised - report.whole},
+          {"lost", lost},
           {"status", report.status},
           {"errorLocation", report.errorLocation},
           {"fault", FaultJson(report)},
@@ -63,7 +65,7 @@ std::string LostText(const LoadReport& report) {
   std::string text = fmt::format(", {} lost", report.promised - report.whole);
   const char* between = ": ";
   for (const auto& [name, count] : report.lost) {
-    text += fmt::format("{}{} {}", between, count, name);
+    text += fmt::format("{}{} {}", between, count, Harmless(name));
     between = ", ";
   }
   return text;
@@ -82,13 +84,10 @@ std::string FindingsText(const LoadReport& report) {
 
 std::string ReportText(const std::string& file, const LoadReport& report) {
   std::string text = fmt::format(
-      "{}: storage version {}, {} of {} nodes intact{}, status {:#06x}, error location {:#06x}\n", file,
+      "{}: storage version {}, {} of {} nodes intact{}, status {:#06x}, error location {:#06x}\n", Harmless(file),
       report.storageVersion, report.whole, report.promised, LostText(report), report.status, report.errorLocation);
-  for (const LoadReport::IndexerCount& count : report.indexer) {
-    std::string name = ToUtf8(count.name);
-    MakeHarmless(name);
-    text += fmt::format("  indexer {}: {} stored, {} alive\n", name, count.stored, count.alive);
-  }
+  for (const LoadReport::IndexerCount& count : report.indexer)
+    text += fmt::format("  indexer {}: {} stored, {} alive\n", Harmless(ToUtf8(count.name)), count.stored, count.alive);
   if (report.findingCount == 0) return text + "no faults found\n";
   return text + FindingsText(report) +
          fmt::format("{} fault{} found\n", report.findingCount, report.findingCount == 1 ? "" : "s");

@@ -12,7 +12,7 @@ class HostDocument;
 void WriteTree(const HostDocument& document, std::FILE* out);
 
 // Writes the same as one JSON object in UTF-8: title, units, storage version, and the nodes in the tree's order, one
-// per line, each with its owner's id.
+// per line, each with its owner's id and its facts as fields.
 void WriteTreeJson(const HostDocument& document, std::FILE* out);
 
 }  // namespace kestrova

@@ -34,6 +34,11 @@ CString HostDrilling::Facts() const {
   return m_peck > 0 ? text + _T(", peck ") + ConvertLengthToUserUnits(m_peck) : text;
 }
 
+void HostDrilling::ListFacts(NodeFacts& facts) const {
+  HostOperation::ListFacts(facts);
+  facts.Length("peck", m_peck);
+}
+
 void HostDrilling::DumpData(FILE* file) {
   if (!file) return;
   HostOperation::DumpData(file);

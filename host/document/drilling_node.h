@@ -22,6 +22,7 @@ class HostDrilling : public HostOperation {
   int CopyParameters(QFObject* source) override;
   QFObject* Clone() override;
   CString Facts() const override;
+  void ListFacts(NodeFacts& facts) const override;
 
  protected:
   bool IsLike(const HostNode& other) const override;

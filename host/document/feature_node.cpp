@@ -90,6 +90,11 @@ CString HostFeature::Facts() const {
   return text;
 }
 
+void HostFeature::ListFacts(NodeFacts& facts) const {
+  facts.Number("points", double(Profile().size()));
+  facts.Length("depth", m_depth);
+}
+
 void HostFeature::DumpData(FILE* file) {
   if (!file) return;
   HostNode::DumpData(file);

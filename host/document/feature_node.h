@@ -38,6 +38,7 @@ class HostFeature : public HostNode {
   int GetRefPointForPattern(FRPosition& position) override;
   int IsRebuildReqOnStockChange() override { return 1; }
   CString Facts() const override;
+  void ListFacts(NodeFacts& facts) const override;
 
  protected:
   bool IsLike(const HostNode& other) const override;

@@ -9,11 +9,25 @@
 #include <memory>
 #include <string>
 
+#include "companions/geometry/vectors.h"
 #include "share/objects/object.h"
 
 namespace kestrova {
 
 class HostDocument;
+
+// Receives a node's parameters, one per call, for a program that reads them. A name is a camelCase literal.
+class NodeFacts {
+ public:
+  virtual void Length(const char* name, double metres) = 0;
+  virtual void Angle(const char* name, double radians) = 0;
+  virtual void Number(const char* name, double value) = 0;
+  virtual void Direction(const char* name, const FRUnitVector& direction) = 0;
+  virtual void Text(const char* name, LPCTSTR text) = 0;
+
+ protected:
+  ~NodeFacts() = default;
+};
 
 // The faults of a node's links, which are repaired when found.
 struct LinkFaults {
@@ -42,6 +56,8 @@ class HostNode : public QFObject {
 
   // The node's parameters in a few words, in the document's units: "dia 12mm, length 75mm".
   virtual CString Facts() const = 0;
+  // The same parameters, one by one.
+  virtual void ListFacts(NodeFacts& facts) const = 0;
 
   // The node's index in its document's list; kNoPlace while no document owns it.
   DWORD Place() const { return m_place; }

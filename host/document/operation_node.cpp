@@ -123,6 +123,12 @@ CString HostOperation::Facts() const {
   return text;
 }
 
+void HostOperation::ListFacts(NodeFacts& facts) const {
+  facts.Length("feed", m_feed);
+  facts.Number("speed", m_speed);
+  facts.Length("step", m_step);
+}
+
 void HostOperation::DumpData(FILE* file) {
   if (!file) return;
   HostNode::DumpData(file);

@@ -46,6 +46,7 @@ class HostOperation : public HostNode {
   LinkFaults RepairLinks(const HostDocument& document) override;
   const HostNode* UsedNode() const override;
   CString Facts() const override;
+  void ListFacts(NodeFacts& facts) const override;
 
  protected:
   bool IsLike(const HostNode& other) const override;

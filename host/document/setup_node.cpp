@@ -43,6 +43,12 @@ CString HostSetup::Facts() const {
   return text;
 }
 
+void HostSetup::ListFacts(NodeFacts& facts) const {
+  facts.Direction("axis", m_frame.Direction());
+  facts.Angle("turned", m_frame.GetAngle());
+  facts.Length("clearance", m_frame.Clearance());
+}
+
 void HostSetup::DumpData(FILE* file) {
   if (!file) return;
   HostNode::DumpData(file);

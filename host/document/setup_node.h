@@ -21,6 +21,7 @@ class HostSetup : public HostNode {
   int CopyParameters(QFObject* source) override;
   QFObject* Clone() override;
   CString Facts() const override;
+  void ListFacts(NodeFacts& facts) const override;
 
  protected:
   bool IsLike(const HostNode& other) const override;

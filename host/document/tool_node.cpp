@@ -83,6 +83,12 @@ CString HostTool::Facts() const {
   return text;
 }
 
+void HostTool::ListFacts(NodeFacts& facts) const {
+  facts.Text("kind", TextOf(m_kind));
+  facts.Length("diameter", m_diameter);
+  facts.Length("length", m_length);
+}
+
 void HostTool::DumpData(FILE* file) {
   if (!file) return;
   HostNode::DumpData(file);

@@ -43,6 +43,7 @@ class HostTool : public HostNode {
   QFObject* Clone() override;
   LinkFaults RepairLinks(const HostDocument& document) override;
   CString Facts() const override;
+  void ListFacts(NodeFacts& facts) const override;
 
  protected:
   bool IsLike(const HostNode& other) const override;

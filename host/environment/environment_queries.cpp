@@ -24,18 +24,28 @@ QueryAnswer ShownDatabasePath(CKVEnvApp& env) { return ShownTarget(env.GetKVTech
   {                                                           \
 #name, [](CKVEnvApp & env) { return Answer(env.name()); } \
   }
+#define KV_FLAG(name)                                                   \
+  {                                                                     \
+#name, [](CKVEnvApp & env) { return QueryAnswer(env.name() != 0); } \
+  }
 #define KV_FUNCTION(name)                            \
   {                                                  \
 #name, [](CKVEnvApp&) { return Answer(name()); } \
   }
 
 constexpr EnvironmentQuery kStart[] = {
-    KV_OPERATION(GetEnvAPPInitResult),     KV_OPERATION(GetUserNameW),
-    KV_OPERATION(GetCurrentDate),          KV_OPERATION(GetTickCount),
-    KV_OPERATION(IsKVDebugEnabled),        KV_OPERATION(IsKVRunningInTestMode),
-    KV_OPERATION(GetMultiSurfaceByID),     KV_OPERATION(IsXMLReportwithRelativePathsNeeded),
-    KV_OPERATION(GetFeatureCreationStyle), KV_OPERATION(GetIsXMLSetUpSheet),
-    KV_OPERATION(GetXMLSetUpSheetPath),    KV_OPERATION(GetTreeTabProgID),
+    KV_OPERATION(GetEnvAPPInitResult),
+    KV_OPERATION(GetUserNameW),
+    KV_OPERATION(GetCurrentDate),
+    KV_OPERATION(GetTickCount),
+    KV_FLAG(IsKVDebugEnabled),
+    KV_FLAG(IsKVRunningInTestMode),
+    KV_OPERATION(GetMultiSurfaceByID),
+    KV_FLAG(IsXMLReportwithRelativePathsNeeded),
+    KV_OPERATION(GetFeatureCreationStyle),
+    KV_FLAG(GetIsXMLSetUpSheet),
+    KV_OPERATION(GetXMLSetUpSheetPath),
+    KV_OPERATION(GetTreeTabProgID),
     KV_OPERATION(GetTaskPaneTabStringID),
 };
 
@@ -112,37 +122,45 @@ constexpr EnvironmentQuery kFolders[] = {
 };
 
 constexpr EnvironmentQuery kDatabase[] = {
-    KV_OPERATION(GetConfigDataUseStatus),
+    KV_FLAG(GetConfigDataUseStatus),
     KV_OPERATION(GetTechDBConfigFilePath),
     KV_OPERATION(GetDefaultSQLiteDBPath),
     KV_OPERATION(GetKVTechDBName),
     {"GetKVTechDBPath", ShownDatabasePath},
     KV_OPERATION(GetKVTechDBFormsName),
-    KV_OPERATION(Is64BitDatabaseInUse),
-    KV_OPERATION(IsSQLiteDatabaseInUse),
-    KV_OPERATION(Is64BitAccessInstalled),
+    KV_FLAG(Is64BitDatabaseInUse),
+    KV_FLAG(IsSQLiteDatabaseInUse),
+    KV_FLAG(Is64BitAccessInstalled),
     KV_OPERATION(GetKVNameOnlyOfTechDB),
     KV_OPERATION(GetKVExtOfTechDB),
     KV_OPERATION(GetKVNameOnlyOfTechDBForms),
     KV_OPERATION(GetKVDataFileExtOfTechDBForms),
     KV_OPERATION(GetKVTechDBFormsPath),
-    KV_OPERATION(IsConnectedToTechDBSQL),
-    KV_OPERATION(IsConnectedToTechDBSQLServerDirectly),
+    KV_FLAG(IsConnectedToTechDBSQL),
+    KV_FLAG(IsConnectedToTechDBSQLServerDirectly),
     KV_OPERATION(GetTechDBSQLInfo),
     KV_OPERATION(GetActiveDBname),
     KV_OPERATION(GetTechDBProcessID),
 };
 
 constexpr EnvironmentQuery kProduct[] = {
-    KV_FUNCTION(GetKVVersion),         KV_FUNCTION(GetKVVersionLong),
-    KV_FUNCTION(GetKVBuildDate),       KV_FUNCTION(GetKVServicePack),
-    KV_FUNCTION(GetRequiredSWVersion), KV_FUNCTION(GetProductName),
-    KV_FUNCTION(GetProductVersion),    KV_FUNCTION(GetProductAndVersionString),
-    KV_FUNCTION(GetProductType),       KV_FUNCTION(GetProductEditionText),
-    KV_FUNCTION(GetKernelType),        KV_FUNCTION(GetCADName),
-    KV_FUNCTION(GetCADVersion),        KV_FUNCTION(GetCADMinorVersion),
-    KV_FUNCTION(GetSldWorksDateCode),  KV_FUNCTION(GetSldWorksRevisionNumber),
-    KV_FUNCTION(IsValidSWVersion),
+    KV_FUNCTION(GetKVVersion),
+    KV_FUNCTION(GetKVVersionLong),
+    KV_FUNCTION(GetKVBuildDate),
+    KV_FUNCTION(GetKVServicePack),
+    KV_FUNCTION(GetRequiredSWVersion),
+    KV_FUNCTION(GetProductName),
+    KV_FUNCTION(GetProductVersion),
+    KV_FUNCTION(GetProductAndVersionString),
+    KV_FUNCTION(GetProductType),
+    KV_FUNCTION(GetProductEditionText),
+    KV_FUNCTION(GetKernelType),
+    KV_FUNCTION(GetCADName),
+    KV_FUNCTION(GetCADVersion),
+    KV_FUNCTION(GetCADMinorVersion),
+    KV_FUNCTION(GetSldWorksDateCode),
+    KV_FUNCTION(GetSldWorksRevisionNumber),
+    {"IsValidSWVersion", [](CKVEnvApp&) { return QueryAnswer(IsValidSWVersion() != 0); }},
 };
 
 constexpr EnvironmentQueryGroup kGroups[] = {

@@ -10,7 +10,7 @@ class CKVEnvApp;
 
 namespace kestrova {
 
-using QueryAnswer = std::variant<CString, long long>;
+using QueryAnswer = std::variant<CString, long long, bool>;
 
 struct EnvironmentQuery {
   const char* operation;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "framework/time.h"
 #include "platform/threads.h"
 #include "share/core/document_callbacks.h"
 #include "share/settings/settings_key.h"
@@ -60,6 +61,7 @@ bool JobQueue::Request(QFObject& node, unsigned context, OperationCommand& comma
     {
       const std::lock_guard guard(lock_);
       UpdateView(*data, jobs_.emplace_back());
+      jobs_.back().id = node.GetObjectId();
       live_[data] = &jobs_.back();
     }
     AppendThreadData(data);  // never a repeat: only this thread appends
@@ -69,7 +71,9 @@ bool JobQueue::Request(QFObject& node, unsigned context, OperationCommand& comma
   } else {
     const bool cancelled = IsUserJobCancelled() != 0;
     data->SetThreadStatus(cancelled ? eThreadTerminated : eThreadRunning);
-    if (!cancelled) data->RunCommand(/*multi=*/0);
+    if (cancelled) return true;
+    NoteStart(data);
+    data->RunCommand(/*multi=*/0);
   }
   return true;
 }
@@ -86,6 +90,7 @@ void JobQueue::StartNext() {
   for (POSITION at = all.GetHeadPosition(); at && running < limit_;) {
     auto* data = static_cast<QFThreadData*>(all.GetNext(at));
     if (!MayStart(*data, std::exchange(previous, data))) continue;
+    NoteStart(data);
     if (data->RunCommand(/*multi=*/1) == 0) {
       data->SetThreadStatus(eThreadNotHandled);
       continue;
@@ -96,6 +101,12 @@ void JobQueue::StartNext() {
         data->GetThreadHandle());  // still valid: a thread that begins or terminates the job needs the section
     live_[data]->started = true;
   }
+}
+
+// Before the job's thread can end it.
+void JobQueue::NoteStart(QFThreadData* data) {
+  const std::lock_guard guard(lock_);
+  live_[data]->date = ToUtf8(CTime::GetCurrentTime().Format(_T("%Y-%m-%d")));
 }
 
 // A child that ends before its parent would end the parent.

@@ -21,7 +21,9 @@ struct JobView {
   QFeThreadStatus status = eThreadNotStarted;
   std::string step, start, end, taken;
   LONGLONG percent = 0;
-  bool started = false;  // on its own thread
+  bool started = false;   // on its own thread
+  DWORD id = 0;           // of the node
+  std::string date = {};  // local date of the start, "2026-11-22"; empty if it did not start
 };
 
 class JobQueue : public QFThreadBaseMgr {
@@ -62,6 +64,7 @@ class JobQueue : public QFThreadBaseMgr {
  private:
   bool MayStart(QFThreadData& data, QFThreadData* previous);
   static void UpdateView(QFThreadData& data, JobView& view);
+  void NoteStart(QFThreadData* data);
   void KeepResult(QFThreadData* data);
 
   const int limit_;

@@ -87,10 +87,12 @@ std::string JobsTable(const std::vector<JobView>& jobs) {
 nlohmann::ordered_json JobsJson(const std::vector<JobView>& jobs) {
   auto all = nlohmann::ordered_json::array();
   for (const JobView& job : jobs)
-    all.push_back({{"name", job.name},
+    all.push_back({{"id", job.id},
+                   {"name", job.name},
                    {"action", job.action},
                    {"status", int(job.status)},
                    {"statusText", TextOf(job.status)},
+                   {"date", job.date},
                    {"start", job.start},
                    {"end", job.end},
                    {"timeTaken", job.taken}});

@@ -13,6 +13,7 @@
 #include "framework/ob_list.h"
 #include "host/shell/color_text.h"
 #include "host/shell/failure.h"
+#include "host/shell/nearest_names.h"
 #include "host/shell/output.h"
 
 namespace kestrova {
@@ -184,50 +185,11 @@ void Collect(QFSettingsKey& key, std::vector<TreeValue>& values) {
 
 // ---- names
 
-std::string Lower(std::string text) {
-  for (char& c : text) c = c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c;
-  return text;
-}
-
-// Number of letters to insert, delete or replace to get from one text to the other.
-std::size_t EditDistance(const std::string& a, const std::string& b) {
-  std::vector<std::size_t> row(b.size() + 1);
-  for (std::size_t j = 0; j <= b.size(); ++j) row[j] = j;
-  for (std::size_t i = 1; i <= a.size(); ++i) {
-    std::size_t diagonal = std::exchange(row[0], i);
-    for (std::size_t j = 1; j <= b.size(); ++j) {
-      const std::size_t change = diagonal + (a[i - 1] != b[j - 1]);
-      diagonal = row[j];
-      row[j] = std::min({row[j] + 1, row[j - 1] + 1, change});
-    }
-  }
-  return row[b.size()];
-}
-
-// Up to three names, nearest first; leaves out names with few letters in common.
-std::string Nearest(const std::set<std::string>& names, const std::string& wanted) {
-  constexpr std::size_t kMost = 3;
-  constexpr std::size_t kLongest = 256;  // longer than any name
-  if (wanted.size() > kLongest) return "";
-  std::vector<std::pair<std::size_t, std::string>> ranked;
-  for (const std::string& name : names) {
-    const std::size_t distance = EditDistance(Lower(name), Lower(wanted));
-    if (distance <= std::max<std::size_t>(2, wanted.size() / 2)) ranked.emplace_back(distance, name);
-  }
-  std::sort(ranked.begin(), ranked.end());
-  ranked.resize(std::min(ranked.size(), kMost));
-  std::string text;
-  for (const auto& [distance, name] : ranked) text += (text.empty() ? "" : ", ") + name;
-  return text;
-}
-
 [[noreturn]] void RefuseName(const std::vector<TreeValue>& values, const std::string& name) {
   const std::size_t slash = name.rfind('/');
-  std::set<std::string> names;
-  for (const TreeValue& row : values) names.insert(slash == std::string::npos ? row.name : row.FullName());
-  const std::string nearest = Nearest(names, name);
-  throw NotFound(nearest.empty() ? fmt::format("there is no setting {}; see kestrova settings list", name)
-                                 : fmt::format("there is no setting {}; the nearest: {}", name, nearest));
+  std::vector<std::string> names;
+  for (const TreeValue& row : values) names.push_back(slash == std::string::npos ? row.name : row.FullName());
+  throw NotFound(fmt::format("there is no setting {}{}", name, NearestOr(names, name, "see kestrova settings list")));
 }
 
 }  // namespace

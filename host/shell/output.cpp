@@ -80,8 +80,8 @@ void PrintLines(std::string_view text) {
   PrintRaw(harmless);
 }
 
-void PrintJson(const nlohmann::ordered_json& json) {
-  const std::string text = json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+std::string JsonText(const nlohmann::ordered_json& json, int indent) {
+  const std::string text = json.dump(indent, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
   std::string out;
   out.reserve(text.size() + 1);
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -93,8 +93,10 @@ void PrintJson(const nlohmann::ordered_json& json) {
       out += text[i];
     }
   }
-  PrintRaw(out += '\n');
+  return out;
 }
+
+void PrintJson(const nlohmann::ordered_json& json) { PrintRaw(JsonText(json, /*indent=*/2) + '\n'); }
 
 void PrintRaw(std::string_view bytes) { std::fwrite(bytes.data(), 1, bytes.size(), stdout); }
 

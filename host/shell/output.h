@@ -44,8 +44,11 @@ void Print(fmt::format_string<internal::ShownAs<Arguments>...> format, const Arg
   PrintLines(fmt::format(format, internal::Shown(arguments)...));
 }
 
-// Prints a JSON value with an indent of two blanks and a line end. Text that is not UTF-8 gets U+FFFD; U+007F to U+009F
-// are escaped.
+// A JSON value as text, on one line or, with an indent of 0 or more, on several. Text that is not UTF-8 gets U+FFFD;
+// all control characters are escaped.
+std::string JsonText(const nlohmann::ordered_json& json, int indent = -1);
+
+// Prints a JSON value with an indent of two blanks and a line end.
 void PrintJson(const nlohmann::ordered_json& json);
 
 // Prints bytes as they are: a value for a script, an export, or text of this program's own.

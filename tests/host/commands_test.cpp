@@ -6,7 +6,7 @@
 #include "host/commands/commands.h"
 #include "host/shell/output.h"
 #include "host/shell/progress_bar.h"
-#include "tests/host/run_command.h"
+#include "tests/host/user_shell.h"
 
 using kestrova::ProgressBar;
 using kvtest::RunCommand, kvtest::WordsOf;
@@ -32,7 +32,7 @@ TEST(Commands, RefuseWrongUsage) {
   } rows[] = {
       {"frob", "frob is not a command of kestrova; kestrova --help lists the commands"},
       {"document frob x", "frob is not a command of kestrova document; kestrova document --help lists the commands"},
-      {"completion fish", nullptr},
+      {"completion tcsh", nullptr},
       {"document new a --nodes=-1", nullptr},
       {"document new a --units=m", nullptr},
       {"document new a --seed=-1", nullptr},
@@ -112,8 +112,17 @@ TEST(Completion, OffersCommandsOptionsAndChoices) {
     words.push_back(row.last);
     EXPECT_EQ(RunCommand(words), kvtest::Prints(row.candidates)) << row.words;
   }
-  EXPECT_NE(RunCommand({"completion", "bash"}).out.find("complete -o default -F _kestrova kestrova"),
-            std::string::npos);
+}
+
+TEST(Completion, EachShellAsksForTheCandidates) {
+  const kvtest::UserShell shell;
+  const std::string typed =
+      "COMP_WORDS=(kestrova machine show --type Mill) COMP_CWORD=4\n_kestrova\necho ${COMPREPLY[*]}";
+  EXPECT_EQ(shell.Run("kestrova completion bash >script; echo '" + typed + "' >>script; bash script"),
+            kvtest::Prints("Mill MillTurn\n"));
+  // Without zsh and fish only the lines that register the function.
+  EXPECT_NE(shell.Run("kestrova completion zsh").out.find("\n  compdef _kestrova kestrova\n"), std::string::npos);
+  EXPECT_NE(shell.Run("kestrova completion fish").out.find("\ncomplete -c kestrova -f -a "), std::string::npos);
 }
 
 TEST(ProgressBar, ShowsThePartThatIsDone) {

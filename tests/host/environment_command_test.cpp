@@ -36,13 +36,13 @@ TEST_F(EnvironmentCommand, JsonHasEveryGroupByItsOperations) {
   const nlohmann::json all = Json({});
   EXPECT_EQ(all.at("initResult"), nlohmann::json({{"value", 0}, {"text", "started without a fault"}}));
   const std::tuple<const char*, const char*, nlohmann::json> rows[] = {
-      {"start", "GetTreeTabProgID", "QFSWTREETAB.QFSWTreeTabCtrlVS2019.21"},
-      {"installation", "GetKVModuleName", "KESTROVAu"},
-      {"language", "GetTechDBLang", 0},
-      {"folders", "GetKVDataPath", lib_},
-      {"folders", "GetDefaultSimulationMachineFolderPath", lib_ + "MachSim\\Machines\\"},
-      {"technologyDatabase", "GetDefaultSQLiteDBPath", lib_ + "TechDB\\TechDB.kvdb"},
-      {"product", "GetKVVersion", "2024"},
+      {"start", "getTreeTabProgID", "QFSWTREETAB.QFSWTreeTabCtrlVS2019.21"},
+      {"installation", "getKVModuleName", "KESTROVAu"},
+      {"language", "getTechDBLang", 0},
+      {"folders", "getKVDataPath", lib_},
+      {"folders", "getDefaultSimulationMachineFolderPath", lib_ + "MachSim\\Machines\\"},
+      {"technologyDatabase", "getDefaultSQLiteDBPath", lib_ + "TechDB\\TechDB.kvdb"},
+      {"product", "getKVVersion", "2024"},
   };
   for (const auto& [group, operation, expected] : rows) EXPECT_EQ(all.at(group).at(operation), expected) << operation;
   EXPECT_TRUE(fs::is_directory(installation_.Lib("SimulationRecordings")));
@@ -51,18 +51,18 @@ TEST_F(EnvironmentCommand, JsonHasEveryGroupByItsOperations) {
 TEST_F(EnvironmentCommand, HelpIsEnglishIfTheLanguageHasNoHelp) {
   KeepText(HKEY_CURRENT_USER, kVersionKey, _T("Language"), "German");
   nlohmann::json all = Json({}).at("installation");
-  EXPECT_EQ(all.at("GetKVHelpPath"), lib_ + "lang\\English\\");
-  EXPECT_EQ(all.at("GetKVResourceDllPath"), lib_ + "lang\\German\\KVRESu.DLL");
-  EXPECT_EQ(all.at("GetTutorialsPath"), lib_ + "lang\\German\\Manuals");
+  EXPECT_EQ(all.at("getKVHelpPath"), lib_ + "lang\\English\\");
+  EXPECT_EQ(all.at("getKVResourceDllPath"), lib_ + "lang\\German\\KVRESu.DLL");
+  EXPECT_EQ(all.at("getTutorialsPath"), lib_ + "lang\\German\\Manuals");
   fs::copy_file(installation_.Lib("lang/German/KVRESu.DLL"), installation_.Lib("lang/German/Milling.chm"));
   fs::remove_all(installation_.Lib("lang/German/Manuals"));
   all = Json({}).at("installation");
-  EXPECT_EQ(all.at("GetKVHelpPath"), lib_ + "lang\\German\\");
-  EXPECT_EQ(all.at("GetTutorialsPath"), lib_ + "lang\\English\\Manuals");
+  EXPECT_EQ(all.at("getKVHelpPath"), lib_ + "lang\\German\\");
+  EXPECT_EQ(all.at("getTutorialsPath"), lib_ + "lang\\English\\Manuals");
 }
 
 TEST_F(EnvironmentCommand, EditorIsInTheInstallationOrBesideIt) {
-  const auto editor = [&] { return Json({}).at("installation").at("GetCIMCOEditorPath"); };
+  const auto editor = [&] { return Json({}).at("installation").at("getCIMCOEditorPath"); };
   EXPECT_EQ(editor(), root_ + "\\nceditor\\KestrovaNCEditor.exe") << "kept though there is none";
   fs::create_directory(installation_.Lib("NCEditor"));
   fs::copy_file(installation_.Lib("lang/German/KVRESu.DLL"), installation_.Lib("NCEditor/kestrovanceditor.EXE"));
@@ -74,7 +74,7 @@ TEST_F(EnvironmentCommand, PathIsTheFolderOfTheLoadedLibrary) {
   const std::pair<const char*, const char*> rows[] = {{"/registry/../lib", "\\lib\\"}, {"/link", "\\link\\"}};
   for (const auto& [folder, expected] : rows) {
     ScratchInstallation::UseLibraryIn(installation_.Path().string() + folder);
-    EXPECT_EQ(Json({}).at("installation").at("GetKVPath"), root_ + expected) << folder;
+    EXPECT_EQ(Json({}).at("installation").at("getKVPath"), root_ + expected) << folder;
   }
 }
 

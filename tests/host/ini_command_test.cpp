@@ -32,7 +32,8 @@ TEST_F(IniCommand, ShowsWhatAProgramFindsAndChangesOneLine) {
       {{"set", file, "E", "k", ""}, Prints("")},
       {{"get", file, "E", "k"}, Prints("\n")},
       {{"remove", file, "E", "K"}, Prints("")},
-      {{"remove", file, "E", ""}, Refused("KEY: it is empty; leave it out to remove the section", 2)},
+      {{"remove", file, "E", ""},
+       Refused("KEY: it is empty; leave it out to remove the section; see kestrova ini remove --help", 2)},
       {{"remove", file, "E"}, Prints("")},
       {{"set", none + "/x", "A", "k", "1"}, Refused("cannot write " + none + "/x: the folder does not exist")},
   };

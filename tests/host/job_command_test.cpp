@@ -187,7 +187,7 @@ TEST_F(JobCommand, ReportsWhatBecameOfEachJob) {
     words.push_back(file);
     const auto result = Run(words);
     EXPECT_EQ(result.exit_code, row.exit_code) << result;
-    const auto jobs = nlohmann::json::parse(result.out);
+    const auto jobs = nlohmann::json::parse(result.out)["jobs"];
     ASSERT_GE(jobs.size(), 2u);
     for (const auto& job : jobs) {
       EXPECT_EQ(job["status"], row.status) << row.options << job;
@@ -261,7 +261,7 @@ TEST_F(JobCommand, CtrlCTerminatesTheJobs) {
   });
   EXPECT_EQ(kvtest::ExitCode(child), 1) << said;
   EXPECT_THAT(said, testing::ContainsRegex("^[^\n]+, Generate toolpath: running\n"));
-  const auto jobs = nlohmann::json::parse(kvtest::ReadFile(out));
+  const auto jobs = nlohmann::json::parse(kvtest::ReadFile(out))["jobs"];
   ASSERT_GT(jobs.size(), 100u);
   std::size_t terminated = 0, begun = 0;
   for (const auto& job : jobs) {

@@ -1,0 +1,51 @@
+// Runs lines in a shell as a user types them: kestrova is in the path, with a copy of an install and an empty registry.
+#pragma once
+
+#include <algorithm>
+#include <set>
+
+#include "tests/host/scratch_installation.h"
+
+namespace kvtest {
+
+class UserShell {
+ public:
+  UserShell() {
+    std::filesystem::create_directory(Work());
+    std::filesystem::create_directory(installation_.Path() / "bin");
+    std::filesystem::create_symlink(KV_BIN_DIR "/kestrova", installation_.Path() / "bin/kestrova");
+  }
+
+  // The current folder of the lines.
+  std::filesystem::path Work() const { return installation_.Path() / "work"; }
+  const ScratchInstallation& Installation() const { return installation_; }
+
+  RunResult Run(const std::string& line) const {
+    const ScratchFolder streams;
+    const auto file = [&](const char* name) { return '"' + (streams.Path() / name).string() + '"'; };
+    const std::string bin = (installation_.Path() / "bin").string();
+    streams.Write("line", "cd \"" + Work().string() + "\"\nPATH=\"" + bin + ":$PATH\"\n" + line + '\n');
+    const int status =
+        std::system(("sh " + file("line") + " </dev/null >" + file("out") + " 2>" + file("err")).c_str());
+    return {WEXITSTATUS(status), ReadFile(streams.Path() / "out"), ReadFile(streams.Path() / "err")};
+  }
+
+  // What the completion offers after the words.
+  std::set<std::string> Offered(const std::string& words, const std::string& last) const {
+    const std::vector<std::string> offered = WordsOf(Run("kestrova complete-words " + words + " '" + last + "'").out);
+    return {offered.begin(), offered.end()};
+  }
+
+  // The commands without subcommands: "env", "env doctor", "reg add", ...
+  std::vector<std::string> Commands() const {
+    std::vector<std::string> commands = {"env"};
+    for (const std::string& group : Offered("", ""))
+      for (const std::string& command : Offered(group, "")) commands.push_back(group + ' ' + command);
+    return commands;
+  }
+
+ private:
+  const ScratchInstallation installation_;
+};
+
+}  // namespace kvtest
