@@ -1,59 +1,11 @@
-// The table of a loading archive, and the two functions that CObject calls during the clean-up of a failed load.
+// The table of a loading archive.
 #include "framework/internal/loaded_objects.h"
 
-#include <unordered_set>
+#include "framework/internal/clean_up.h"
 
 namespace {
 
-// Replaces an object that was destroyed during a clean-up: GetRuntimeClass returns CObject's record, and it may be
-// destroyed again.
-class Tombstone final : public CObject {};
-
-// The memory blocks that are kept during a clean-up.
-struct Graveyard {
-  struct Block {
-    void* block;
-    std::size_t bytes;
-    std::align_val_t alignment;
-  };
-
-  ~Graveyard() {
-    for (const Block& held : blocks) {
-      if (held.alignment == std::align_val_t{1}) {
-        BlockPool::Free(held.block, held.bytes);
-      } else {
-        ::operator delete(held.block, held.alignment);
-      }
-    }
-  }
-
-  void Bury(const CObject* object) {
-    new (const_cast<CObject*>(object)) Tombstone;
-    tombstones.insert(object);
-  }
-
-  std::vector<const CObject*> dead;  // destroyed objects whose block is not freed yet
-  std::vector<Block> blocks;
-  std::unordered_set<const void*> tombstones;
-};
-
 thread_local constinit LoadedObjects* t_first = nullptr;
-thread_local constinit Graveyard* t_graveyard = nullptr;
-
-// While it exists, destroyed objects are replaced by tombstones. The outermost one frees the blocks at its end.
-class Burial {
- public:
-  Burial() {
-    if (!m_outer) t_graveyard = &m_graveyard;
-  }
-  ~Burial() { t_graveyard = m_outer; }
-  Burial(const Burial&) = delete;
-  Burial& operator=(const Burial&) = delete;
-
- private:
-  Graveyard m_graveyard;
-  Graveyard* m_outer = t_graveyard;
-};
 
 }  // namespace
 
@@ -101,8 +53,8 @@ void LoadedObjects::AddChunk() {
 }
 
 void LoadedObjects::AddClass(CRuntimeClass* record, UINT schema) {
-  AddEntry(classes_.size() << 2 | kClass);
-  classes_.push_back({record, schema});
+  classes_.push_back({record, schema});  // first: without memory for the entry, the class has no number
+  AddEntry((classes_.size() - 1) << 2 | kClass);
 }
 
 // A later object may have the same address. If there were fewer numbers at the destruction, an earlier object was
@@ -120,36 +72,57 @@ void LoadedObjects::NoteDestroyed(const CObject* object) noexcept {
       at->Unlink();
       delete at;
     } else if (address >= at->lowest_ && address <= at->highest_) {
-      at->destroyed_[object] = at->GetCount();
-      at->lowest_destroyed_ = std::min(at->lowest_destroyed_, address);
-      at->highest_destroyed_ = std::max(at->highest_destroyed_, address);
+      at->Note(object);
     }
     at = next;
   }
-  if (t_graveyard) t_graveyard->dead.push_back(object);
+}
+
+void LoadedObjects::Note(const CObject* object) noexcept {
+  if (clean_up_ && clean_up_->NoteDestroyed(object)) return;
+  const auto address = reinterpret_cast<std::uintptr_t>(object);
+  try {
+    destroyed_[object] = GetCount();
+  } catch (const std::bad_alloc&) {
+    return MarkLastOf(object);
+  }
+  lowest_destroyed_ = std::min(lowest_destroyed_, address);
+  highest_destroyed_ = std::max(highest_destroyed_, address);
+}
+
+// Of several objects at one address, only the last one can have existed until now.
+void LoadedObjects::MarkLastOf(const CObject* object) noexcept {
+  const auto address = reinterpret_cast<std::uintptr_t>(object);
+  for (DWORD number = GetCount(); number > 0; --number) {
+    const std::uintptr_t entry = EntryAt(number);
+    if ((entry & kMask) == kClass || (entry & ~std::uintptr_t(kMask)) != address) continue;
+    return MarkGone(number);
+  }
+}
+
+void LoadedObjects::MarkGone(DWORD after, const GoneObjects& gone) noexcept {
+  for (DWORD number = after + 1; number <= GetCount(); ++number) {
+    const std::uintptr_t entry = EntryAt(number);
+    if ((entry & kMask) != kClass && gone.Contains(reinterpret_cast<CObject*>(entry & ~std::uintptr_t(kMask))))
+      MarkGone(number);
+  }
 }
 
 bool LoadedObjects::KeepBlock(void* block, std::size_t bytes, std::align_val_t alignment) noexcept {
-  Graveyard* graveyard = t_graveyard;
-  if (!graveyard || !block) return false;
-  if (graveyard->tombstones.contains(block)) {  // deleted again
-    std::erase(graveyard->dead, block);
-    graveyard->Bury(static_cast<CObject*>(block));
-    return true;
-  }
-  const auto first = reinterpret_cast<std::uintptr_t>(block);
-  std::erase_if(graveyard->dead, [&](const CObject* object) {
-    const auto address = reinterpret_cast<std::uintptr_t>(object);
-    const bool inside = address >= first && address - first < bytes;
-    if (inside) graveyard->Bury(object);
-    return inside;
-  });
-  graveyard->blocks.push_back({block, bytes, alignment});
-  return true;
+  if (!block) return false;
+  for (LoadedObjects* at = t_first; at; at = at->next_)
+    if (at->clean_up_ && at->clean_up_->KeepBlock(block, bytes, alignment)) return true;
+  return false;
+}
+
+void LoadedObjects::ForEachOfThread(const std::function<void(CObject*)>& visit) {
+  for (LoadedObjects* at = t_first; at; at = at->next_)
+    at->ForEachExisting(0, [&](CObject* object, DWORD) { visit(object); });
 }
 
 void LoadedObjects::RollBack(DWORD count) noexcept {
-  const Burial burial;
+  CleanUp clean_up(*this, count);
+  if (!clean_up.IsReady()) return;
   for (DWORD number = count + 1; number <= GetCount(); ++number) {
     if ((EntryAt(number) & kMask) == kMade) delete ObjectAt(number);
   }
@@ -162,7 +135,9 @@ DWORD LoadedObjects::DeleteIf(const std::function<bool(const CObject*)>& unwante
     const CObject* object = ObjectAt(number);
     if (object && unwanted(object)) numbers.push_back(number);
   }
-  const Burial burial;
+  if (numbers.empty()) return 0;
+  CleanUp clean_up(*this, 0);
+  if (!clean_up.IsReady()) throw std::bad_alloc();
   for (const DWORD number : numbers) delete ObjectAt(number);
   return DWORD(numbers.size());
 }

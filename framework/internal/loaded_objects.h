@@ -2,7 +2,7 @@
 // to delete what a failed load created. Not public.
 //
 // While a table is open on a thread, CObject's destructor reports to it. So a reference to a destroyed object raises
-// instead of following a dangling pointer, and the clean-up never deletes an object twice.
+// instead of following a dangling pointer, and the clean-up never deletes an object twice. clean_up.h has the clean-up.
 #pragma once
 
 #include <algorithm>
@@ -15,6 +15,9 @@
 
 #include "framework/block_pool.h"
 #include "framework/object.h"
+
+class CleanUp;
+class GoneObjects;
 
 class LoadedObjects {
  public:
@@ -56,18 +59,18 @@ class LoadedObjects {
   CObject* ObjectAt(DWORD number) const {
     if (number == 0 || number > count_) return nullptr;
     const std::uintptr_t entry = EntryAt(number);
-    if ((entry & kMask) == kClass) return nullptr;
+    if ((entry & kNoObject) != 0) return nullptr;
     const std::uintptr_t address = entry & ~std::uintptr_t(kMask);
     auto* object = reinterpret_cast<CObject*>(address);
     return address >= lowest_destroyed_ && address <= highest_destroyed_ && IsDestroyed(object, number) ? nullptr
                                                                                                         : object;
   }
 
-  // Deletes the objects with numbers above count that the archive created and that still exist, in ascending order. The
-  // memory of objects that are destroyed meanwhile is kept until the end and holds a bare CObject, so that a destructor
-  // may query or delete an object that is already gone.
+  // Deletes the objects with numbers above count that the archive created and that still exist, in ascending order. If
+  // even the memory for the clean-up is missing, they stay, and nobody owns them.
   void RollBack(DWORD count) noexcept;
-  // The same for all objects for which `unwanted` returns true. Returns their number.
+  // The same for all objects for which `unwanted` returns true. Returns their number. Raises std::bad_alloc before it
+  // deletes anything.
   DWORD DeleteIf(const std::function<bool(const CObject*)>& unwanted);
 
   // Called by CObject.
@@ -76,11 +79,26 @@ class LoadedObjects {
   static bool KeepBlock(void* block, std::size_t bytes, std::align_val_t alignment) noexcept;
 
  private:
-  enum Tag : std::uintptr_t { kMade = 0, kClass = 1, kForeign = 2, kMask = 3 };
+  friend class CleanUp;
+
+  // kNoObject is the bit that kClass and kGone have.
+  enum Tag : std::uintptr_t { kMade = 0, kClass = 1, kForeign = 2, kGone = 3, kMask = 3, kNoObject = 1 };
 
   LoadedObjects() = default;
   ~LoadedObjects() = default;
   void Unlink() noexcept;
+  // Calls visit(CObject*, DWORD number) for each existing object with a number above `after`.
+  template <class Visit>
+  void ForEachExisting(DWORD after, Visit visit) const {
+    for (DWORD number = after + 1; number <= GetCount(); ++number)
+      if (CObject* object = ObjectAt(number)) visit(object, number);
+  }
+  // Calls visit(CObject*) for each existing object of all tables of this thread.
+  static void ForEachOfThread(const std::function<void(CObject*)>& visit);
+  void Note(const CObject* object) noexcept;
+  void MarkGone(DWORD number) { EntryRef(number) |= kGone; }
+  void MarkGone(DWORD after, const GoneObjects& gone) noexcept;
+  void MarkLastOf(const CObject* object) noexcept;
   bool IsDestroyed(const CObject* object, DWORD number) const;
 
   static std::atomic<int> open_;
@@ -95,6 +113,7 @@ class LoadedObjects {
   std::uintptr_t EntryAt(DWORD number) const {
     return chunks_[(number - 1) / kChunkEntries][(number - 1) % kChunkEntries];
   }
+  std::uintptr_t& EntryRef(DWORD number) { return chunks_[(number - 1) / kChunkEntries][(number - 1) % kChunkEntries]; }
   void AddEntry(std::uintptr_t entry) {
     if (next_entry_ == entries_end_) AddChunk();
     *next_entry_++ = entry;
@@ -112,12 +131,14 @@ class LoadedObjects {
   std::uintptr_t* entries_end_ = nullptr;
   DWORD count_ = 0;
   std::vector<Class> classes_;
-  std::unordered_map<const CObject*, DWORD> destroyed_;  // GetCount() at the last destruction at this address
-  std::uintptr_t lowest_ = UINTPTR_MAX;                  // lowest object address: other addresses are not noted
+  // GetCount() at the last destruction at this address. An object for which it had no memory has the tag kGone.
+  std::unordered_map<const CObject*, DWORD> destroyed_;
+  std::uintptr_t lowest_ = UINTPTR_MAX;  // lowest object address: other addresses are not noted
   std::uintptr_t highest_ = 0;
   std::uintptr_t lowest_destroyed_ = UINTPTR_MAX;  // lowest address in destroyed_: objects outside the range exist
   std::uintptr_t highest_destroyed_ = 0;
   LoadedObjects** home_ = nullptr;  // the thread's list
   LoadedObjects* next_ = nullptr;
+  CleanUp* clean_up_ = nullptr;  // the innermost one in progress
   std::atomic<bool> abandoned_ = false;
 };

@@ -12,8 +12,7 @@
 
 QFObject::QFObject() = default;
 
-// After a failed load, objects that this node points to may be deleted already (share/objects/object.h): code that
-// follows such a pointer first checks the object's class.
+// After a failed load, nodes that this node points to may be deleted already (share/objects/object.h).
 QFObject::~QFObject() {
   delete std::exchange(m_pUiObject, nullptr);
   DestroyPattern();

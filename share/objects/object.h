@@ -24,10 +24,14 @@
 //
 // A failed load: if the outermost CArchive::ReadObject raises, the archive deletes every object that this call created,
 // in order of creation, and the caller gets no object. So a destructor can run although Serialize stopped halfway or
-// never ran, and after objects that it points to were deleted. Until the archive is done, a deleted object answers as a
-// plain CObject: call IsKindOf or DYNAMIC_DOWNCAST before you use a pointer to another node. Objects of earlier calls
-// still belong to the caller, but their lists of users can keep pointers to deleted nodes of the failed call. So read a
-// document as one root object.
+// never ran, and after objects that it points to were deleted. Until the archive is done, a deleted node answers as a
+// new QFObject: a destructor may call every operation of QFObject on it, virtual or not, and delete it again. Before it
+// uses members of a derived class it calls IsKindOf or DYNAMIC_DOWNCAST. A class with another polymorphic base names
+// QFObject first.
+//
+// Objects of earlier calls still belong to the caller. When the archive is done, no node that an archive of this thread
+// knows has a pointer to a deleted one: neither as owner, original owner or match, nor in a list of users. A derived
+// class clears its own pointers in RemoveFromUserObjectsList, which a deleted node calls on its users.
 #pragma once
 
 #include "share/core/base_object.h"
@@ -43,6 +47,8 @@
 
 class CObList;
 class FRPosition;
+class GoneObjects;
+class NeutralNodes;
 class QFDirectionRestriction;  // defined by modules
 class QFObjectPatternMgr;
 class QFParamHelper;
@@ -60,7 +66,8 @@ class KVSHARE_API QFObject : public QFBaseObject {
   void DumpData(FILE* file) override;
   // Stores or loads the record; share/objects/object_record.cpp describes the layout. Passes the archive's exceptions
   // on. A user that cannot be stored raises; an owner, original owner or pattern manager that cannot be stored becomes
-  // null, which only the status word reports (share/objects/storage_status.h): look at it after saving, too.
+  // null. So does the rest of a chain of owners that is nested too deep for the stack (CArchive::WriteObject). Only the
+  // status word reports that (share/objects/storage_status.h): look at it after saving, too.
   void Serialize(CArchive& ar) override;
   void OnPostLoadFromStorageNotify() override;
   CRuntimeClass* GetRuntimeClassForAutoIndexing() override;
@@ -283,6 +290,8 @@ class KVSHARE_API QFObject : public QFBaseObject {
   static void FindDangling(int);
 
  protected:
+  // Empties both lists of users without a call.
+  void ForgetUsers() noexcept;
   // Sets all four stamps, for a class that imports a node.
   void SetStamps(const AuditTrail::Texts& stamps) { m_Trail.Change() = stamps; }
 
@@ -296,6 +305,11 @@ class KVSHARE_API QFObject : public QFBaseObject {
   void LoadPattern(CArchive& ar);
 
   static QFObject* RemoveFirstUser(UserObjects& list, bool& held);
+  // For the clean-up of a failed load (neutral_nodes.cpp).
+  friend class NeutralNodes;
+  void LeaveOriginalOwner() noexcept;
+  void Forget(const GoneObjects& gone) noexcept;
+
   // Removes a job's record from the lists; any thread, under the lock of share/objects/job_lock.h.
   friend class QFThreadData;
   void ForgetJobRecord(const QFObject* record);

@@ -19,6 +19,8 @@
 //   14  m_DisplayColor        DWORD                                      6  no colour
 //   15  m_pPatternMngr        reference to a QFObjectPatternMgr          7  null
 //   16  m_RegName             text                                       8  name of GetRuntimeClassForAutoIndexing()
+#include <new>
+
 #include "framework/archive.h"
 #include "share/objects/internal/recent_texts.h"
 #include "share/objects/object.h"
@@ -97,20 +99,22 @@ void QFObject::LoadOriginalOwner(CArchive& ar) {
     m_pOriginalOwner = nullptr;
     return;
   }
+  QFObject* owner = nullptr;
   try {
-    ar >> m_pOriginalOwner;
-    if (m_pOriginalOwner && !m_pOriginalOwner->m_UserObjects.Contains(this))
-      m_pOriginalOwner->AddToUserObjectsList(this, /*held=*/0);
+    ar >> owner;
   } catch (const CException&) {
-    m_pOriginalOwner = nullptr;  // a load continues without a damaged original owner
+    // A load continues without a damaged original owner.
   }
+  const bool entered = !owner || owner->m_UserObjects.Contains(this) || owner->AddToUserObjectsList(this, /*held=*/0);
+  if (!entered) throw std::bad_alloc();
+  m_pOriginalOwner = owner;
   // An object is not recycled below its present owner.
   if (m_pOwner && m_pOwner == m_pOriginalOwner) SetOriginalOwner(nullptr);
 }
 
 void QFObject::LoadPattern(CArchive& ar) {
   // Without ObjectPatterns no class is allowed here: every reference except null raises.
-  static constinit CRuntimeClass nobody = {"", 0, CRuntimeClass::kNoSchema, nullptr, nullptr};
+  static constinit CRuntimeClass nobody = {"QFObjectPatternMgr", 0, CRuntimeClass::kNoSchema, nullptr, nullptr};
   const ObjectPatterns* patterns = GetObjectPatterns();
   auto* manager = static_cast<QFObject*>(ar.ReadObject(patterns ? patterns->RuntimeClass() : &nobody));
   if (m_pPatternMngr && manager != patterns->NodeOf(m_pPatternMngr)) DestroyPattern();

@@ -3,6 +3,8 @@
 
 #include <utility>
 
+#include "framework/neutral_objects.h"
+
 QFSerializeNotify* QFSerializeNotify::m_pInstance = nullptr;
 
 QFSerializeNotify* QFSerializeNotify::Instance() {
@@ -22,6 +24,15 @@ void QFSerializeNotify::PostLoadFromStorageNotify() {
   if (m_pInstance) m_pInstance->iPostLoadFromStorageNotify();
 }
 
+void QFSerializeNotify::Forget(const GoneObjects& gone) noexcept {
+  if (!m_pInstance) return;
+  CObList& objects = m_pInstance->m_Objects;
+  for (POSITION at = objects.GetHeadPosition(); at;) {
+    const POSITION found = at;
+    if (gone.Contains(objects.GetNext(at))) m_pInstance->Remove(found);
+  }
+}
+
 void QFSerializeNotify::Clear() { delete std::exchange(m_pInstance, nullptr); }
 
 int QFSerializeNotify::iRegisterForNotification(QFBaseObject* object) {
@@ -35,11 +46,15 @@ int QFSerializeNotify::iRemoveFromNotification(QFBaseObject* object) {
   for (POSITION at = m_Objects.GetTailPosition(); at;) {
     const POSITION found = at;
     if (m_Objects.GetPrev(at) != object) continue;
-    if (found == m_pNext) m_Objects.GetNext(m_pNext);
-    m_Objects.RemoveAt(found);
+    Remove(found);
     break;
   }
   return 1;
+}
+
+void QFSerializeNotify::Remove(POSITION position) {
+  if (position == m_pNext) m_Objects.GetNext(m_pNext);
+  m_Objects.RemoveAt(position);
 }
 
 void QFSerializeNotify::iPostLoadFromStorageNotify() {

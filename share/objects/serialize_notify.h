@@ -1,8 +1,8 @@
 // QFSerializeNotify, the list of objects that finish their work after the whole document is loaded.
 //
 // A class registers its object in Serialize and overrides QFBaseObject::OnPostLoadFromStorageNotify. The host calls
-// PostLoadFromStorageNotify after the last object, then Clear. After a failed load the host calls only Clear: the
-// archive has deleted the objects of that load, and the list still has their pointers.
+// PostLoadFromStorageNotify after the last object, then Clear. An object that the archive deletes after a
+// failed load (CArchive::ReadObject) leaves the list.
 //
 // The list owns no object. Remove an object from it before you delete the object, or call Clear. Only the loading
 // thread may use the list; it has no lock.
@@ -10,6 +10,8 @@
 
 #include "framework/ob_list.h"
 #include "share/core/base_object.h"
+
+class GoneObjects;
 
 class KVSHARE_API QFSerializeNotify {
  public:
@@ -22,6 +24,8 @@ class KVSHARE_API QFSerializeNotify {
   // Calls OnPostLoadFromStorageNotify of each object in order of registration; the objects stay in the list. A called
   // object may remove objects, itself included, and may call Clear. Does nothing without a list.
   static void PostLoadFromStorageNotify();
+  // Removes all registrations of deleted objects; for the clean-up of a failed load.
+  static void Forget(const GoneObjects& gone) noexcept;
   // Deletes the list, not the objects. The next call creates a new list.
   static void Clear();
 
@@ -39,6 +43,8 @@ class KVSHARE_API QFSerializeNotify {
   static QFSerializeNotify* m_pInstance;
 
  private:
+  void Remove(POSITION position);
+
   CObList m_Objects{10};
   POSITION m_pNext = nullptr;  // the next object during PostLoadFromStorageNotify
 };

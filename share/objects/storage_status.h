@@ -8,10 +8,11 @@
 //
 // A host loads in this order: InitialiseSerializationStatus, SetActiveDocReadStorageUnits, the root object,
 // QFSerializeNotify::PostLoadFromStorageNotify, QFSerializeNotify::Clear, GetSerializationStatus. If the root object
-// raises, the archive has deleted all objects of the load: the host calls only Clear (share/objects/object.h).
+// raises, the archive has deleted all objects of the load (share/objects/object.h): the host calls only Clear.
 //
 // A host saves in this order: InitialiseSerializationStatus, the root object, CArchive::Close, GetSerializationStatus.
-// Look at the status after saving, too: a save that raised nothing can have replaced references by null.
+// Look at the status after saving, too: a save that raised nothing can have replaced references by null, for example
+// the owner of a node whose chain of owners is too long for the stack.
 #pragma once
 
 #include "platform/types.h"
