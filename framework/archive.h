@@ -16,6 +16,8 @@
 #include <cstring>
 #include <functional>
 #include <memory>
+#include <string>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 
@@ -33,11 +35,12 @@ class KVSHARE_API CArchiveException : public CException {
     writeOnly,         // 4 a read from an archive that stores
     badIndex,          // 5 a class or object number that is not valid here, or too many numbers for one archive
     badClass,          // 6 a class that is unknown, not the wanted one, or not serial
-    badSchema,         // 7 a layout version that the class cannot read
+    badSchema,         // 7 a layout version that the class cannot read, for example of a later release
   };
 
-  // cause is one of the values above. A null file name counts as empty.
-  explicit CArchiveException(int cause = none, LPCTSTR fileName = nullptr);
+  // cause is one of the values above. A null file name counts as empty. detail, in UTF-8, is added to the message: the
+  // archive's own badClass and badSchema name the class and the byte.
+  explicit CArchiveException(int cause = none, LPCTSTR fileName = nullptr, std::string_view detail = {});
 
   int m_cause;
   CString m_strFileName;
@@ -147,7 +150,8 @@ class KVSHARE_API CArchive {
 
   // Stores a reference: null, an object stored before, or a new object with its class and its data. Raises badClass for
   // a class that is not serial and genericException for an object that is nested too deep for the stack, both before
-  // any byte of that object is written.
+  // any byte of that object is written. What is stored also loads with a stack of the same size, if loading takes a
+  // class at most 2 KiB of stack per object more than storing; 8 MiB allow about 3,000 levels.
   void WriteObject(const CObject* object);
   // As WriteObject, but stores the object completely or not at all: if something inside the object raises, its bytes
   // and numbers are removed again, and the caller can store something else in its place. An object that failed because
@@ -162,10 +166,14 @@ class KVSHARE_API CArchive {
   // exception itself, nothing is deleted, and the objects read so far stay.
   //
   // So a destructor may run on an object whose Serialize never finished, and may find that objects it points to are
-  // gone. The memory of a gone object is kept until the end of the clean-up and holds a plain CObject: a destructor may
-  // ask it for its class (IsKindOf, DYNAMIC_DOWNCAST) and may delete it again; it must not use its fields. This does
-  // not work for classes that are final or in a nameless namespace, because the compiler then calls the destructor
-  // directly.
+  // gone. The memory of a gone object is kept until the end of the clean-up and holds a neutral object: a plain
+  // CObject, or for a node a new QFObject (share/objects/object.h). A destructor may ask it for its class (IsKindOf,
+  // DYNAMIC_DOWNCAST), call the virtual functions of that class and delete it again; it must not use other fields. This
+  // does not work for classes that have an operator delete of their own, are final or in a nameless namespace (the
+  // compiler then calls the destructor directly), or have another polymorphic base first.
+  //
+  // At the end no node that an archive of this thread knows points to a gone one, and no gone object waits for the
+  // post-load notice (share/objects/serialize_notify.h).
   //
   // Raises badClass, before an object is created, if the class is not `wanted` or derived from it; null accepts any
   // class.
@@ -243,6 +251,11 @@ class KVSHARE_API CArchive {
   }
   [[noreturn]] void FailLoading() const;
   [[noreturn]] void Fail(int cause) const;
+  [[noreturn]] void FailClass(int cause, const std::string& detail, ULONGLONG bytesBack = 0) const;
+  void CheckClass(const CRuntimeClass* record, const CRuntimeClass* wanted) const {
+    if (wanted && !record->IsDerivedFrom(wanted)) FailWanted(record, wanted);
+  }
+  [[noreturn]] void FailWanted(const CRuntimeClass* record, const CRuntimeClass* wanted) const;
   bool ReadTag(DWORD& tag);
   void WriteTag(DWORD number, bool isClass);
   void RollBackStored(ULONGLONG position, DWORD count);

@@ -1,6 +1,9 @@
 // CArchive: references and classes. framework/archive.cpp describes the byte layout.
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <iterator>
+#include <string>
 #include <utility>
 
 #include "framework/archive.h"
@@ -19,6 +22,9 @@ constexpr DWORD kLastNumber = 0x3FFFFFFE;
 constexpr std::size_t kLongestTag = sizeof(WORD) + sizeof(DWORD);
 constexpr std::size_t kLongestClassName = 63;
 constexpr std::size_t kStackReserve = 128 * 1024;  // bytes of stack for one Serialize
+// Bytes of stack that a level may take more when it loads than when it stores: the archive's own calls, and 2 KiB of
+// the class.
+constexpr std::size_t kLoadingReserve = 2048 + 512;
 constexpr UINT kNoSchemaYet = UINT(-1);
 
 // The part of a schema that is stored.
@@ -26,7 +32,31 @@ UINT StoredSchema(const CRuntimeClass* record) { return record->m_wSchema & 0xFF
 
 bool StackIsLow() { return StackBytesLeft() < kStackReserve; }
 
+bool StackIsLowForLoading(int depth) { return StackBytesLeft() < kStackReserve + std::size_t(depth) * kLoadingReserve; }
+
+std::string NotSerial(const CRuntimeClass* record) { return fmt::format("{} is not serial", record->m_lpszClassName); }
+
+// A name from damaged bytes.
+std::string Printable(std::string_view name) {
+  std::string text(name);
+  for (char& c : text)
+    if (c < ' ' || c > '~') c = '?';
+  return text;
+}
+
 }  // namespace
+
+// The message names the byte where the record begins, bytesBack before the archive's position.
+void CArchive::FailClass(int cause, const std::string& detail, ULONGLONG bytesBack) const {
+  const ULONGLONG position =
+      m_bLoading ? m_pFile->GetPosition() - ULONGLONG(m_pInEnd - m_pIn) : m_nFlushed + ULONGLONG(m_pOut - m_pBuffer);
+  throw CArchiveException(cause, m_strFileName, fmt::format("{} (byte {})", detail, position - bytesBack));
+}
+
+void CArchive::FailWanted(const CRuntimeClass* record, const CRuntimeClass* wanted) const {
+  FailClass(CArchiveException::badClass,
+            fmt::format("{} instead of {}", record->m_lpszClassName, wanted->m_lpszClassName));
+}
 
 // One call of ReadObject or WriteObject. Restores the outer object's schema when it ends.
 struct CArchive::Level {
@@ -79,8 +109,8 @@ void CArchive::WriteObject(const CObject* object) {
   StoredNumbers& stored = Stored();
   if (const DWORD number = stored.NumberOf(object)) return WriteTag(number, /*isClass=*/false);
   const CRuntimeClass* record = object->GetRuntimeClass();
-  if (record->m_wSchema == CRuntimeClass::kNoSchema) Fail(CArchiveException::badClass);
-  if (StackIsLow()) Fail(CArchiveException::genericException);
+  if (record->m_wSchema == CRuntimeClass::kNoSchema) FailClass(CArchiveException::badClass, NotSerial(record));
+  if (StackIsLowForLoading(m_nDepth)) Fail(CArchiveException::genericException);
   if (stored.GetCount() >= kLastNumber - 1) Fail(CArchiveException::badIndex);
   WriteClass(record);
   stored.Enter(object);
@@ -92,7 +122,8 @@ void CArchive::WriteObjectWhole(const CObject* object) {
   if (!object) return WriteObject(object);
   CheckStoring();
   if (const DWORD number = Stored().NumberOf(object)) return WriteTag(number, /*isClass=*/false);
-  if (Stored().IsUnstorable(object)) Fail(CArchiveException::badClass);
+  if (Stored().IsUnstorable(object))
+    FailClass(CArchiveException::badClass, fmt::format("an object in {}", object->GetRuntimeClass()->m_lpszClassName));
   const ULONGLONG position = m_nFlushed + ULONGLONG(m_pOut - m_pBuffer);
   const DWORD count = Stored().GetCount();
   try {
@@ -138,7 +169,8 @@ void CArchive::WriteClass(const CRuntimeClass* record) {
     WriteTag(number, /*isClass=*/true);
   } else {
     const std::size_t length = std::strlen(record->m_lpszClassName);
-    if (record->m_wSchema == CRuntimeClass::kNoSchema || length > kLongestClassName) Fail(CArchiveException::badClass);
+    if (record->m_wSchema == CRuntimeClass::kNoSchema || length > kLongestClassName)
+      FailClass(CArchiveException::badClass, NotSerial(record));
     if (stored.GetCount() >= kLastNumber) Fail(CArchiveException::badIndex);
     *this << kNewClassTag << WORD(StoredSchema(record)) << WORD(length);
     Write(record->m_lpszClassName, length);
@@ -182,12 +214,17 @@ CRuntimeClass* CArchive::ReadNewClass(UINT& schema) {
   WORD length = 0;
   char name[kLongestClassName];
   *this >> stored >> length;
-  if (length > kLongestClassName) Fail(CArchiveException::badClass);
+  constexpr ULONGLONG kHead = 3 * sizeof(WORD);
+  if (length > kLongestClassName)
+    FailClass(CArchiveException::badClass, fmt::format("a name of {} bytes", length), kHead);
   EnsureRead(name, length);
   CRuntimeClass* record = CRuntimeClass::FromName(name, length);
-  if (!record) Fail(CArchiveException::badClass);
+  if (!record) FailClass(CArchiveException::badClass, Printable({name, length}), kHead + length);
+  const UINT own = StoredSchema(record);
   const bool versionable = (record->m_wSchema & VERSIONABLE_SCHEMA) != 0;
-  if (stored != StoredSchema(record) && !versionable) Fail(CArchiveException::badSchema);
+  if (versionable ? stored > own : stored != own)
+    FailClass(CArchiveException::badSchema,
+              fmt::format("{} has schema {}, {} at most", record->m_lpszClassName, stored, own), kHead + length);
   schema = stored;
   return record;
 }
@@ -224,7 +261,7 @@ CRuntimeClass* CArchive::ReadClass(const CRuntimeClass* wanted, UINT* schema) {
   DWORD tag = 0;
   if (!ReadTag(tag)) Fail(CArchiveException::badIndex);
   record = ReadClassAfterTag(tag, read);
-  if (wanted && !record->IsDerivedFrom(wanted)) Fail(CArchiveException::badClass);
+  CheckClass(record, wanted);
   if (schema) *schema = read;
   return record;
 }
@@ -301,7 +338,7 @@ CObject* CArchive::ReadReference(const CRuntimeClass* wanted, bool onlyNew) {
   if (tag == 0) return nullptr;
   CObject* object = Loaded().ObjectAt(tag);
   if (!object || onlyNew) Fail(CArchiveException::badIndex);
-  if (wanted && !object->IsKindOf(wanted)) Fail(CArchiveException::badClass);
+  CheckClass(object->GetRuntimeClass(), wanted);
   return object;
 }
 
@@ -309,10 +346,10 @@ CObject* CArchive::ReadNewObject(DWORD tag, const CRuntimeClass* wanted) {
   if (StackIsLow()) Fail(CArchiveException::genericException);
   UINT schema = 0;
   const CRuntimeClass* record = ReadClassAfterTag(tag, schema);
-  if (wanted && !record->IsDerivedFrom(wanted)) Fail(CArchiveException::badClass);
+  CheckClass(record, wanted);
   CheckNumbersLeft();
   std::unique_ptr<CObject> fresh(record->CreateObject());
-  if (!fresh) Fail(CArchiveException::badClass);
+  if (!fresh) FailClass(CArchiveException::badClass, record->m_lpszClassName);
   Loaded().AddObject(fresh.get(), /*made=*/true);
   CObject* object = fresh.release();  // the table now deletes it if the load fails
   const Level level(*this);
@@ -349,7 +386,7 @@ void CArchive::SerializeClassSlowly(const CRuntimeClass* record) {
     return;
   }
   UINT schema = 0;
-  if (ReadClass(record, &schema) != record) Fail(CArchiveException::badClass);
+  if (const CRuntimeClass* read = ReadClass(record, &schema); read != record) FailWanted(read, record);
   m_nSchema = schema;
 }
 

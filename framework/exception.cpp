@@ -71,6 +71,12 @@ std::string Message(const std::array<std::string_view, N>& texts, int cause, LPC
   return message.append(known ? texts[std::size_t(cause)] : texts[1]);
 }
 
+std::string ArchiveMessage(int cause, LPCTSTR fileName, std::string_view detail) {
+  std::string message = Message(kArchiveTexts, cause, fileName);
+  if (!detail.empty()) message.append(": ").append(detail);
+  return message;
+}
+
 std::string FileMessage(int cause, LONG osError, LPCTSTR fileName) {
   std::string message = Message(kFileTexts, cause, fileName);
   if (osError > 0) message += " (status " + std::to_string(osError) + ")";
@@ -83,8 +89,8 @@ CException::~CException() = default;
 
 void CException::ReportError() const { ShowMessageBox(GetErrorMessage()); }
 
-CArchiveException::CArchiveException(int cause, LPCTSTR fileName)
-    : CException(Message(kArchiveTexts, cause, fileName)), m_cause(cause), m_strFileName(fileName) {}
+CArchiveException::CArchiveException(int cause, LPCTSTR fileName, std::string_view detail)
+    : CException(ArchiveMessage(cause, fileName, detail)), m_cause(cause), m_strFileName(fileName) {}
 
 void AfxThrowArchiveException(int cause, LPCTSTR fileName) { throw CArchiveException(cause, fileName); }
 

@@ -9,8 +9,7 @@
 //
 // The last two need a default constructor; it may be protected. A schema is a number from 0 to 0xFFFE for one layout of
 // the class's bytes; one layout keeps its number for ever. With VERSIONABLE_SCHEMA | number the class also reads its
-// older layouts and gets their number from CArchive::GetObjectSchema. Without it, another stored number raises
-// badSchema.
+// older layouts and gets their number from CArchive::GetObjectSchema. Any other stored number raises badSchema.
 #pragma once
 
 #include <cassert>

@@ -33,10 +33,7 @@ QFObject* HostNode::CloneInto(std::unique_ptr<HostNode> copy) {
 
 UINT HostNode::BeginLevel(CArchive& ar, const CRuntimeClass* level) {
   ar.SerializeClass(level);
-  const UINT schema = ar.GetObjectSchema();
-  if (ar.IsLoading() && schema > (level->m_wSchema & ~VERSIONABLE_SCHEMA))
-    AfxThrowArchiveException(CArchiveException::badSchema, ar.m_strFileName);
-  return schema;
+  return ar.GetObjectSchema();
 }
 
 // ---- links

@@ -75,8 +75,7 @@ class HostNode : public QFObject {
  protected:
   HostNode() = default;
 
-  // Starts a class's level of the record: writes or reads its class record and returns the schema. Throws badSchema for
-  // a schema of a later release.
+  // Starts a class's level of the record: writes or reads its class record and returns the schema.
   static UINT BeginLevel(CArchive& ar, const CRuntimeClass* level);
   // True if the other node, of the same class, has the same parameters.
   virtual bool IsLike(const HostNode& other) const = 0;

@@ -213,8 +213,12 @@ int QFThreadData::HandleCommand(int onOwnThread) {
     bool threw = false;
     try {
       result = CallNode(eCommandRun);
+    } catch (const std::exception& failure) {
+      threw = true;
+      StoreFailure(failure.what());
     } catch (...) {
       threw = true;
+      StoreFailure("unknown exception");
     }
     if (onOwnThread) SuspensionPoint();
     if (!StoreResult(result, threw, waits)) return 0;
@@ -254,6 +258,7 @@ QFThreadData::StartResult QFThreadData::BeginCommand(int onOwnThread) {
     StoreEndTime();
     return StartResult::kTerminated;
   }
+  m_FailureText.Empty();
   CurrentClock().systemTime(&m_StartTime);
   return StartResult::kRun;
 }
@@ -272,6 +277,16 @@ QFeThreadStatus QFThreadData::CallNode(QFeCommandType type) {
     m_pCommandParameter.compare_exchange_strong(expected, param);
   }
   return status;
+}
+
+void QFThreadData::StoreFailure(const char* text) noexcept {
+  try {
+    const CString failure = FromUtf8(text);
+    const JobLock lock;
+    m_FailureText = failure;
+  } catch (const std::bad_alloc&) {
+    // The status says that the command failed.
+  }
 }
 
 // Stores the command's result as the status, unless the job was terminated. Returns false if the job has already ended.
@@ -329,8 +344,12 @@ void QFThreadData::HandleChildDone(QFeThreadStatus childStatus) {
   if (m_hThread) {
     try {
       CallNode(eCommandChildDone);
+    } catch (const std::exception& failure) {
+      childStatus = eThreadNotHandled;
+      StoreFailure(failure.what());
     } catch (...) {
       childStatus = eThreadNotHandled;
+      StoreFailure("unknown exception");
     }
   }
   const JobLock lock;

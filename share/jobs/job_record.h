@@ -98,6 +98,8 @@ class KVSHARE_API QFThreadData : public QFObject {
   // The current step, for the user; empty at first.
   CString GetActionString() const;
   void SetActionString(const CString& text);
+  // The text of the exception that ended the command; empty if it did not throw. Not part of the dump.
+  CString GetFailureText() const;
   // The progress in percent, as set; 0 at first.
   LONGLONG GetActionProgress() const { return m_nActionProgress; }
   void SetActionProgress(LONGLONG percent);
@@ -131,6 +133,7 @@ class KVSHARE_API QFThreadData : public QFObject {
   enum class StartResult { kRun, kTerminated, kEnded };
   StartResult BeginCommand(int onOwnThread);
   QFeThreadStatus CallNode(QFeCommandType type);
+  void StoreFailure(const char* text) noexcept;
   bool StoreResult(QFeThreadStatus result, bool threw, bool& waits);
   bool HasEnded() const;
   void StoreEndTime();
@@ -172,4 +175,5 @@ class KVSHARE_API QFThreadData : public QFObject {
   SYSTEMTIME m_EndTime = {};
   __time64_t m_tEndTime = 0;
   CString m_ActionString;
+  CString m_FailureText;
 };

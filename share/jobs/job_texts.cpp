@@ -69,6 +69,11 @@ void QFThreadData::SetActionString(const CString& text) {
   m_ActionString = text;
 }
 
+CString QFThreadData::GetFailureText() const {
+  const JobLock lock;
+  return m_FailureText;
+}
+
 void QFThreadData::SetActionProgress(LONGLONG percent) {
   SuspensionPoint();
   m_nActionProgress = percent;
