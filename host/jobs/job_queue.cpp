@@ -147,6 +147,7 @@ void JobQueue::UpdateView(QFThreadData& data, JobView& view) {
   if (view.started) view.start = ToUtf8(data.GetStartTimeStr());
   view.end = ToUtf8(data.GetEndTimeStr());
   view.taken = ToUtf8(data.GetTimeTaken());
+  view.reason = ToUtf8(data.GetFailureText());
 }
 
 std::vector<JobView> JobQueue::Jobs() {

@@ -21,9 +21,10 @@ struct JobView {
   QFeThreadStatus status = eThreadNotStarted;
   std::string step, start, end, taken;
   LONGLONG percent = 0;
-  bool started = false;   // on its own thread
-  DWORD id = 0;           // of the node
-  std::string date = {};  // local date of the start, "2026-11-22"; empty if it did not start
+  bool started = false;     // on its own thread
+  DWORD id = 0;             // of the node
+  std::string date = {};    // local date of the start, "2026-11-22"; empty if it did not start
+  std::string reason = {};  // text of the command's exception
 };
 
 class JobQueue : public QFThreadBaseMgr {

@@ -70,17 +70,23 @@ void JobScreen::PrintChanges(const std::vector<JobView>& jobs) {
     if (printed == job.status || !(IsRunning(job) || IsOver(job))) continue;
     printed = job.status;
     std::string line = fmt::format("{}, {}: {}", job.name, job.action, TextOf(job.status));
+    if (!job.reason.empty()) line += ": " + job.reason;
     MakeHarmless(line);
     fmt::print(stderr, "{}\n", line);
   }
 }
 
 std::string JobsTable(const std::vector<JobView>& jobs) {
-  TextTable table(
-      {{"Name", false}, {"Action", false}, {"Status", false}, {"Start", false}, {"End", false}, {"Time taken", false}});
+  TextTable table({{"Name", false},
+                   {"Action", false},
+                   {"Status", false},
+                   {"Start", false},
+                   {"End", false},
+                   {"Time taken", false},
+                   {"Reason", false}});
   for (const JobView& job : jobs)
     table.Add({job.name, job.action, fmt::format("{} {}", int(job.status), TextOf(job.status)), job.start, job.end,
-               job.taken});
+               job.taken, job.reason});
   return table.Text();
 }
 
@@ -95,7 +101,8 @@ nlohmann::ordered_json JobsJson(const std::vector<JobView>& jobs) {
                    {"date", job.date},
                    {"start", job.start},
                    {"end", job.end},
-                   {"timeTaken", job.taken}});
+                   {"timeTaken", job.taken},
+                   {"reason", job.reason}});
   return all;
 }
 

@@ -31,7 +31,7 @@ class JobScreen {
   std::map<std::size_t, QFeThreadStatus> printed_;
 };
 
-// A row per job: name, action, status, start, end and time taken.
+// A row per job: name, action, status, start, end, time taken, and the reason if its command threw.
 std::string JobsTable(const std::vector<JobView>& jobs);
 // The same as an array of objects; the status is a number and a text.
 nlohmann::ordered_json JobsJson(const std::vector<JobView>& jobs);

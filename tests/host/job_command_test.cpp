@@ -158,11 +158,11 @@ TEST(Toolpath, GoesAroundAtEachStepAndLevel) {
 TEST(JobTable, HasColumnsAsWideAsTheirTexts) {
   const std::vector<JobView> jobs = {
       {"Bohren \u00D8 5", "Generate", eThreadDone, "done", "01:05:09", "01:05:11", "00:00:02", 100},
-      {"Face", "Generate", eThreadNotHandled, "", "01:05:09", "", "", 50}};
+      {"Face", "Generate", eThreadNotHandled, "", "01:05:09", "", "", 50, true, 0, "", "no tool"}};
   EXPECT_EQ(JobsTable(jobs),
-            "Name        Action    Status    Start     End       Time taken\n"
+            "Name        Action    Status    Start     End       Time taken  Reason\n"
             "Bohren \u00D8 5  Generate  1 done    01:05:09  01:05:11  00:00:02\n"
-            "Face        Generate  5 failed  01:05:09\n");
+            "Face        Generate  5 failed  01:05:09                        no tool\n");
   EXPECT_EQ(JobScreen::Line({"Face\x1b", "", eThreadRunning, "fitting arcs", "", "", "", 45},
                             std::chrono::milliseconds(1250)),
             " 45% Face   fitting arcs  1.2 s");

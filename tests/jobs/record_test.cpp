@@ -70,6 +70,24 @@ TEST_F(Record, ResultAndEndTypeGiveStatusAndDecideOnTheRecord) {
   }
 }
 
+TEST_F(Record, TextOfTheCommandsExceptionStaysInTheRecordUntilItRunsAgain) {
+  WorkNode node;
+  QFThreadData data(&node, kPlain, nullptr, QFeThreadType(0), QFeThreadEndType(0));
+  const std::pair<std::function<void()>, CString> rows[] = {
+      {[] { throw std::runtime_error("no \xC3\xA9"); }, CString(_T("no \u00E9"))},
+      {[] { throw 7; }, CString(_T("unknown exception"))},
+      {[] {}, CString()},
+  };
+  for (const auto& [act, text] : rows) {
+    node.run = [&act](void*&) {
+      act();
+      return eThreadDoneKeepData;
+    };
+    data.HandleCommand(0);
+    EXPECT_EQ(data.GetFailureText(), text);
+  }
+}
+
 TEST_F(Record, TerminatedBeforeItBeginsNeverRuns) {
   WorkNode node(_T("a"), &log);
   clock.Hold();
