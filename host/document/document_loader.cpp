@@ -190,6 +190,7 @@ std::unique_ptr<HostDocument> DocumentLoader::ReadObjects() {
   } else if (!source.found && end < length) {
     m_report.Add(kFaultInNodes, kObjects, fmt::format("{} bytes follow the last record", length - end));
   }
+  if (document && m_report.fieldsLost && m_hasHeader) document->SetUnits(m_header.units);
   if (damaged) RefuseDamage(m_report.findings.front().stream, m_report.findings.front().text);
   return document ? std::move(document) : std::make_unique<HostDocument>();
 }

@@ -33,6 +33,7 @@ class DocumentReading {
   void NoteFault(const CArchive& ar, const std::exception& failure);
 
   const bool salvage;
+  DWORD numbersToSkip = 0;  // of the archive, before the table of nodes: of objects that are not read
   Part part = Part::kRoot;
   DWORD promised = 0;        // number of nodes in the document's table
   DWORD whole = 0;           // number of intact nodes, from the first one on

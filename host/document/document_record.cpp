@@ -110,6 +110,7 @@ void HostDocument::LoadRecord(CArchive& ar) {
     LoadOwnFields(ar);
     enter(DocumentReading::Part::kIndexer);
     LoadIndexer(ar);
+    for (DWORD number = 0; reading && number < reading->numbersToSkip; ++number) ar.MapObject(this);
     enter(DocumentReading::Part::kClasses);
     MakeNodes(ar, reading);
     enter(DocumentReading::Part::kNodes);
@@ -126,7 +127,7 @@ void HostDocument::LoadRecord(CArchive& ar) {
 
 void HostDocument::LoadOwnFields(CArchive& ar) {
   ar.SerializeClass(RUNTIME_CLASS(HostDocument));
-  if (ar.GetObjectSchema() > 1) AfxThrowArchiveException(CArchiveException::badSchema, ar.m_strFileName);
+  ar.GetObjectSchema();  // not used; reading it ends the record
   QFObject::Serialize(ar);
   int units = 0;
   ar >> units >> m_nextId >> m_servicePack;

@@ -41,9 +41,10 @@ struct LoadReport {
   std::string partialClass;
   std::map<std::string, DWORD> lost;  // number of lost nodes by class, as far as the table was read
   std::optional<DocumentFault> fault;
-  int dangling = 0;  // references to objects outside the document
-  int oneSided = 0;  // uses that only one of the two nodes had
-  int strays = 0;    // objects that no list of the document owned
+  bool fieldsLost = false;  // the document has only its nodes
+  int dangling = 0;         // references to objects outside the document
+  int oneSided = 0;         // uses that only one of the two nodes had
+  int strays = 0;           // objects that no list of the document owned
   std::vector<IndexerCount> indexer;
   // The status word and the location bits at the end of the load.
   unsigned status = 0;

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <map>
 #include <unordered_set>
 
@@ -11,6 +12,8 @@
 #include "host/document/document_reading.h"
 #include "host/document/document_status.h"
 #include "host/document/host_document.h"
+#include "host/document/node_table.h"
+#include "share/core/base_object.h"
 #include "share/core/document_messages.h"
 #include "share/core/version_info.h"
 
@@ -91,11 +94,8 @@ void DeleteStrays(CArchive& ar, HostDocument& document, LoadReport& report) {
   }
 }
 
-}  // namespace
-
-std::unique_ptr<HostDocument> ReadObjectArchive(CFile& file, bool salvage, LoadReport& report) {
+std::unique_ptr<HostDocument> Read(CFile& file, DocumentReading& reading, LoadReport& report) {
   CArchive ar(&file, CArchive::load, BufferBytesFor(file));
-  DocumentReading reading(salvage);
   std::unique_ptr<HostDocument> document;
   try {
     document.reset(static_cast<HostDocument*>(ar.ReadObject(RUNTIME_CLASS(HostDocument))));
@@ -111,6 +111,57 @@ std::unique_ptr<HostDocument> ReadObjectArchive(CFile& file, bool salvage, LoadR
   RepairLinks(*document, report);
   document->DeleteLostNodes();
   DeleteStrays(ar, *document, report);
+  return document;
+}
+
+// Enters the nodes in the indexer and sets the next id, which were lost with the document's fields.
+void RestoreIds(HostDocument& document) {
+  DWORD last = 0;
+  for (DWORD place = 0; place < document.NodeCount(); ++place) {
+    HostNode& node = document.NodeAt(place);
+    if (const DWORD id = node.GetObjectId(); id != 0) {
+      document.Indexer().AddObj(&node);
+      last = std::max(last, id);
+    }
+  }
+  document.SetNextId(last + 1);
+}
+
+// Reads the nodes of an archive whose start is damaged. Null, and no change of the report, if none can be read.
+std::unique_ptr<HostDocument> ReadFromTable(CFile& file, const DocumentFault& fault, LoadReport& report) {
+  if (!HasBaseObjectRecord(GetActiveDocReadStorageUnits())) return nullptr;
+  const auto table = FindNodeTable(file);
+  if (!table) return nullptr;
+  LoadReport result = report;
+  result.Add(kFaultInFields, kObjects, TextOf(fault) + "; the document's own fields are lost");
+  SplicedFile spliced(file, table->start);
+  DocumentReading reading(/*salvaging=*/true);
+  reading.numbersToSkip = table->firstNumber - kNumbersBeforeTable - 1;
+  auto document = Read(spliced, reading, result);
+  if (!document || document->NodeCount() == 0) return nullptr;
+  if (result.fault) result.fault->offset = spliced.OriginOf(result.fault->offset);
+  result.fieldsLost = true;
+  RestoreIds(*document);
+  report = std::move(result);
+  return document;
+}
+
+}  // namespace
+
+std::unique_ptr<HostDocument> ReadObjectArchive(CFile& file, bool salvage, LoadReport& report) {
+  const ULONGLONG start = file.GetPosition();
+  LoadReport result = report;
+  std::unique_ptr<HostDocument> document;
+  {
+    DocumentReading reading(salvage);
+    document = Read(file, reading, result);
+  }
+  // A fault before the table of nodes loses the document's own fields, not the nodes.
+  if (salvage && result.fault && result.part < DocumentReading::Part::kClasses) {
+    file.Seek(LONGLONG(start), CFile::begin);
+    if (auto rest = ReadFromTable(file, *result.fault, report)) return rest;
+  }
+  report = std::move(result);
   return document;
 }
 

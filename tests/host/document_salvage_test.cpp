@@ -146,6 +146,27 @@ TEST_F(DocumentSalvage, FileCutWithinItsNodesIsSearchedForThem) {
   }
 }
 
+// The numbers of the table's classes and nodes follow those of the indexer's entries.
+TEST_F(DocumentSalvage, DamagedStartCostsTheFieldsAndNoNode) {
+  Add<HostSetup>(nullptr, _T("N0"));
+  Add<HostFeature>(&document_.NodeAt(0), _T("N1"));
+  const std::string stored = Store([&](CArchive& ar) { ar << &document_; });
+  for (const std::string& objects : {Sample().Get(), stored}) {
+    for (std::size_t at = 0; at < 18; ++at) {
+      SCOPED_TRACE(at);
+      std::string damaged = objects;
+      damaged[at] ^= 0x20;
+      const auto document = Read(damaged);
+      ASSERT_TRUE(document);
+      ASSERT_EQ(document->NodeCount(), objects == stored ? 2u : 7u);
+      EXPECT_TRUE(report_.fieldsLost);
+      EXPECT_EQ(document->NodeAt(1).Name(), _T("N1"));
+      EXPECT_GT(document->NextId(), document->NodeCount());
+      ExpectMendable(*document);
+    }
+  }
+}
+
 TEST_F(DocumentSalvage, StrictLoaderRefusesWhatTheSalvagingOneKeeps) {
   const std::string cut = Sample().Get().substr(0, Sample().Ends()[2] + 5);
   EXPECT_THROW(Load(cut, DocumentLoader::Mode::kStrict), Failure);
