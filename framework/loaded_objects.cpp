@@ -117,7 +117,7 @@ bool LoadedObjects::KeepBlock(void* block, std::size_t bytes, std::align_val_t a
 
 void LoadedObjects::ForEachOfThread(const std::function<void(CObject*)>& visit) {
   for (LoadedObjects* at = t_first; at; at = at->next_)
-    at->ForEachExisting(0, [&](CObject* object, DWORD) { visit(object); });
+    at->ForEachExisting(/*after=*/0, [&](CObject* object, DWORD) { visit(object); });
 }
 
 void LoadedObjects::RollBack(DWORD count) noexcept {
@@ -136,7 +136,7 @@ DWORD LoadedObjects::DeleteIf(const std::function<bool(const CObject*)>& unwante
     if (object && unwanted(object)) numbers.push_back(number);
   }
   if (numbers.empty()) return 0;
-  CleanUp clean_up(*this, 0);
+  CleanUp clean_up(*this, /*after=*/0);
   if (!clean_up.IsReady()) throw std::bad_alloc();
   for (const DWORD number : numbers) delete ObjectAt(number);
   return DWORD(numbers.size());
