@@ -3,8 +3,10 @@
 // The bytes go to a temporary file in the target's folder. Commit writes it to the disk and renames it to the target in
 // one step, so that at every moment, also after a crash or power failure, the target is the complete old or the
 // complete new file. A new file keeps the old file's permissions, and a link stays a link. A read-only target is
-// refused, and so are folders, devices and pipes. A killed process can leave an unused file named like the target plus
-// a tilde, a number and ".tmp". One thread at a time may use an object.
+// refused, and so are folders, devices and pipes. The temporary file is named like the target plus a tilde, a number
+// and
+// ".tmp"; the next SafeFile for the target removes those of processes that have died. One thread at a time may use an
+// object.
 #pragma once
 
 #include <memory>
@@ -29,14 +31,18 @@ class KVSHARE_API SafeFile {
 
   // Finishes the file and gives it the target's name. If this or an earlier call failed, returns false, leaves the
   // target unchanged and removes the temporary file. If only writing the new name to the disk failed, returns false
-  // with the new file in place. After Commit, Write and Commit return false.
+  // with the new file in place: see IsReplaced. After Commit, Write and Commit return false.
   bool Commit();
+  // Whether the target has the new content. If Commit has returned false, the old content may come back after a power
+  // failure.
+  bool IsReplaced() const;
 
   // The target as a system path (platform/paths.h), with links resolved. Only for the platform's own sources.
   const std::string& SystemPath() const;
   // The status of the first failure, or ERROR_SUCCESS.
   LONG Status() const;
-  // The first failure as one line in UTF-8, "cannot write PATH: the disk is full"; empty without a failure.
+  // The first failure as one line in UTF-8, "cannot write PATH: the disk is full"; for a replaced target "PATH is
+  // written, but ..."; empty without a failure.
   std::string Reason() const;
 
  private:

@@ -94,7 +94,10 @@ class DocumentSaver {
     OpenStream(kHeaderStream)->Write(bytes.data(), UINT(bytes.size()));
     const ProgressBar bar("writing the file", header.objects.bytes + header.history.bytes);
     const SafeFileProgress progress([](ULONGLONG written) { QFProgressCallback(LONGLONG(written)); });
-    if (const HRESULT result = storage_.GetRootStorage()->Commit(STGC_DEFAULT); FAILED(result)) Refuse(result);
+    const HRESULT result = storage_.GetRootStorage()->Commit(STGC_DEFAULT);
+    if (result == STG_E_WRITEFAULT)
+      throw Failure(path_ + " is saved, but the disk has failed: after a power failure it may be the old file again");
+    if (FAILED(result)) Refuse(result);
   }
 
  private:

@@ -46,7 +46,8 @@ class Writer {
     PutDirectory(file);
     PutFat(file);
     PutDifat(file);
-    return file.Commit() ? S_OK : StorageCodeOf(file.Status());
+    if (file.Commit()) return S_OK;
+    return file.IsReplaced() ? STG_E_WRITEFAULT : StorageCodeOf(file.Status());
   }
 
  private:
@@ -283,9 +284,9 @@ HRESULT StorageCodeOf(LONG status) {
     case ERROR_TOO_MANY_OPEN_FILES:
     case ERROR_ACCESS_DENIED:
     case ERROR_NOT_ENOUGH_MEMORY:
-    case ERROR_WRITE_FAULT:
     case ERROR_READ_FAULT:
-    case ERROR_DISK_FULL: return HRESULT(0x80030000 | DWORD(status));
+    case ERROR_DISK_FULL:
+    case ERROR_IO_DEVICE: return HRESULT(0x80030000 | DWORD(status));
     case ERROR_FILE_TOO_LARGE: return STG_E_MEDIUMFULL;
     default: return STG_E_UNKNOWN;
   }

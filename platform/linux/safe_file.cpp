@@ -2,6 +2,7 @@
 #include "platform/safe_file.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -22,14 +23,41 @@ namespace {
 
 constexpr std::size_t kCollected = 64 * 1024;
 constexpr int kTries = 100;
+constexpr int kSharedNumbers = 16;           // more than one file has writers at a time
 constexpr std::size_t kMostNameBytes = 200;  // bytes of the target's name that the temporary file's name uses
 
 thread_local constinit SafeFileProgress::Report t_report = nullptr;
 
-// A number that no other SafeFile uses now. A file with this number that a killed process left behind is skipped.
-std::string NextNumber() {
+// ---- temporary files
+//
+// The temporary files of a target have the numbers 1, 2 and so on; beyond kSharedNumbers a number is made of the
+// process and a serial. The process that writes a file holds its lock until the file has its final name, so a file
+// without a lock belongs to a process that has died. Locks work between containers too, process numbers don't.
+
+std::string NumberOf(int attempt) {
   static std::atomic<unsigned> serial = 0;
-  return std::to_string(getpid()) + std::to_string(serial.fetch_add(1, std::memory_order_relaxed));
+  if (attempt <= kSharedNumbers) return std::to_string(attempt);
+  return std::to_string(getpid()) + '-' + std::to_string(serial.fetch_add(1, std::memory_order_relaxed));
+}
+
+// Locks a file and checks that nobody has removed it before. True also where the file system has no locks.
+bool Lock(int descriptor) {
+  struct stat facts;
+  if (flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) return false;
+  return fstat(descriptor, &facts) == 0 && facts.st_nlink > 0;
+}
+
+// Removes a temporary file without a writer. False if there is no such file.
+bool RemoveIfDead(const std::string& path) {
+  const int descriptor = open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+  if (descriptor < 0) return errno != ENOENT;
+  struct stat opened, named;
+  if (fstat(descriptor, &opened) == 0 && S_ISREG(opened.st_mode) && opened.st_uid == geteuid() &&
+      flock(descriptor, LOCK_EX | LOCK_NB) == 0 && lstat(path.c_str(), &named) == 0 && named.st_ino == opened.st_ino &&
+      named.st_dev == opened.st_dev)
+    unlink(path.c_str());
+  close(descriptor);
+  return true;
 }
 
 }  // namespace
@@ -53,6 +81,8 @@ struct SafeFile::State {
   std::string collected;
   ULONGLONG put = 0;  // bytes
   int descriptor = -1;
+  int lock = -1;  // the same file; keeps its lock when the descriptor is closed
+  bool replaced = false;
   LONG status = ERROR_SUCCESS;
 
   bool Fail(int code) {
@@ -64,11 +94,30 @@ struct SafeFile::State {
 
   // Closes and removes the temporary file.
   void Drop() {
-    if (descriptor >= 0) close(descriptor);
-    descriptor = -1;
-    if (!temporary.empty()) unlink(temporary.c_str());
+    if (!temporary.empty()) unlink(temporary.c_str());  // before the lock is gone
+    for (int* open : {&descriptor, &lock})
+      if (const int number = std::exchange(*open, -1); number >= 0) close(number);
     temporary.clear();
     collected.clear();
+  }
+
+  // Creates a temporary file with its lock; false with errno.
+  bool OpenTemporary(const std::string& beside) {
+    const auto name = [&](int number) { return beside + '~' + NumberOf(number) + ".tmp"; };
+    int number = 1;
+    for (; number <= kTries && descriptor < 0; ++number) {
+      temporary = name(number);
+      for (const bool again : {false, true}) {
+        descriptor = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (descriptor >= 0 || errno != EEXIST || again) break;
+        RemoveIfDead(temporary);
+      }
+      if (descriptor < 0 && errno != EEXIST) return false;
+      if (descriptor >= 0 && !Lock(descriptor)) close(std::exchange(descriptor, -1));
+    }
+    if (descriptor < 0) errno = EEXIST;
+    while (number <= kSharedNumbers && RemoveIfDead(name(number))) ++number;
+    return descriptor >= 0;
   }
 
   // Creates the temporary file with the permissions of the file that it will replace.
@@ -79,12 +128,7 @@ struct SafeFile::State {
     if (there && !S_ISREG(old.st_mode)) return Fail(EACCES);  // would remove it for all programs
     // The target's name is cut, because a name of the greatest length leaves no room for the suffix.
     const std::string beside = target.substr(0, target.rfind('/') + 1 + kMostNameBytes);
-    for (int i = 0; i < kTries && descriptor < 0; ++i) {
-      temporary = beside + '~' + NextNumber() + ".tmp";
-      descriptor = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-      if (descriptor < 0 && errno != EEXIST) break;
-    }
-    if (descriptor < 0) {
+    if (!OpenTemporary(beside)) {
       const int code = errno;
       temporary.clear();  // another process's file
       return Fail(code);
@@ -144,15 +188,20 @@ bool SafeFile::Commit() {
   if (state.descriptor < 0 || !state.PutCollected()) return false;
   if (fsync(state.descriptor) != 0) return state.Fail(errno);
   // Some file systems report a failed write only on close.
-  const int closed = close(state.descriptor);
-  state.descriptor = -1;
-  if (closed != 0) return state.Fail(errno);
+  state.lock = fcntl(state.descriptor, F_DUPFD_CLOEXEC, 0);
+  if (state.lock < 0) return state.Fail(errno);
+  if (close(std::exchange(state.descriptor, -1)) != 0) return state.Fail(errno);
   if (rename(state.temporary.c_str(), state.target.c_str()) != 0) return state.Fail(errno);
   state.temporary.clear();
-  // The file has its name already. If this fails, only the guarantee that the name survives a power failure is missing.
-  const int flushed = FlushFolder(FolderOf(state.target));
-  return flushed == 0 || state.Fail(flushed);
+  state.replaced = true;
+  int flushed = FlushFolder(FolderOf(state.target));
+  if (flushed == EACCES) flushed = syncfs(state.lock) == 0 ? 0 : errno;  // a folder that must not be read
+  if (flushed != 0) return state.Fail(flushed);
+  state.Drop();
+  return true;
 }
+
+bool SafeFile::IsReplaced() const { return state_->replaced; }
 
 const std::string& SafeFile::SystemPath() const { return state_->target; }
 
@@ -160,7 +209,9 @@ LONG SafeFile::Status() const { return state_->status; }
 
 std::string SafeFile::Reason() const {
   if (state_->status == ERROR_SUCCESS) return {};
-  return "cannot write " + state_->product_path + ": " + ErrorText(DWORD(state_->status));
+  const std::string text = ErrorText(DWORD(state_->status));
+  if (!state_->replaced) return "cannot write " + state_->product_path + ": " + text;
+  return state_->product_path + " is written, but may be the old file again after a power failure: " + text;
 }
 
 SafeFileProgress::SafeFileProgress(Report report) : m_outer(std::exchange(t_report, report)) {}

@@ -2,7 +2,9 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <ctime>
@@ -193,6 +195,60 @@ TEST_F(Safe, FailuresComeWithAReasonAndLeaveNothing) {
   EXPECT_EQ(kvtest::ReadFile(Drive("/locked")), "old");
   EXPECT_TRUE(std::filesystem::is_fifo(Drive("/pipe")));
   EXPECT_EQ(Names().size(), 2U);
+}
+
+// A folder that the disk refuses to flush.
+bool g_folders_fail = false;
+
+}  // namespace
+
+extern "C" [[gnu::visibility("default")]] int fsync(int descriptor) {
+  struct stat facts;
+  if (g_folders_fail && fstat(descriptor, &facts) == 0 && S_ISDIR(facts.st_mode)) {
+    errno = EIO;
+    return -1;
+  }
+  return int(syscall(SYS_fsync, descriptor));
+}
+
+namespace {
+
+TEST_F(Safe, FolderThatCannotBeFlushedIsToldFromAFailedWrite) {
+  g_folders_fail = true;
+  SafeFile file(_T("C:\\f"));
+  EXPECT_TRUE(file.Write("new"));
+  EXPECT_FALSE(file.Commit());
+  g_folders_fail = false;
+  EXPECT_TRUE(file.IsReplaced());
+  EXPECT_EQ(file.Reason(),
+            "C:\\f is written, but may be the old file again after a power failure: "
+            "the disk failed while reading or writing");
+  EXPECT_EQ(kvtest::ReadFile(Drive("/f")), "new");
+}
+
+TEST_F(Safe, TemporaryFilesOfDeadProcessesAreRemoved) {
+  std::vector<pid_t> children;
+  const kvtest::SharedNumber open;
+  for (int i = 0; i < 3; ++i) {
+    children.push_back(kvtest::InChild([&] {
+      SafeFile file(_T("C:\\f"));
+      file.Write(std::string(200'000, 's'));
+      for (++*open;;) pause();
+      return false;
+    }));
+    while (*open <= i) usleep(1000);
+  }
+  EXPECT_EQ(Names().size(), 3U);
+  for (const int dead : {0, 2}) {
+    kill(children[std::size_t(dead)], SIGKILL);
+    kvtest::ExitCode(children[std::size_t(dead)]);
+  }
+  EXPECT_EQ(WriteFileSafely(_T("C:\\f"), "new"), ERROR_SUCCESS);
+  EXPECT_EQ(Names().size(), 2U) << "the file, and that of the living process";
+  kill(children[1], SIGKILL);
+  kvtest::ExitCode(children[1]);
+  EXPECT_EQ(WriteFileSafely(_T("C:\\f"), "new"), ERROR_SUCCESS);
+  EXPECT_EQ(Names(), std::vector<std::string>{"f"});
 }
 
 // The limit on a file's size stands for a full disk: writing fails in the middle.
