@@ -14,8 +14,10 @@
 //
 // Failure. Every call returns 0 (ERROR_SUCCESS) or a status code. After a failure the output arguments are unchanged
 // unless the call says otherwise. Any call can return, besides its own codes: ERROR_INVALID_PARAMETER for a reserved
-// argument that is not 0 or a required pointer that is null, ERROR_BADDB for a damaged hive file, ERROR_DISK_FULL,
-// ERROR_REGISTRY_IO_FAILED, ERROR_NOT_ENOUGH_MEMORY, and ERROR_BUSY after half a minute in which others kept writing.
+// argument that is not 0 or a required pointer that is null, ERROR_BADDB for a damaged hive file, ERROR_ACCESS_DENIED
+// and ERROR_PATH_NOT_FOUND for a folder or file that can't be used, ERROR_DISK_FULL, ERROR_REGISTRY_IO_FAILED,
+// ERROR_NOT_ENOUGH_MEMORY, and ERROR_BUSY after half a minute in which others kept writing (platform/registry_files.h
+// sets a shorter time).
 //
 // Sharing. Any thread of any number of processes may call. Each call does all of its work or nothing. When a call has
 // returned, its change survives the death of the process, and every later call of any process sees it.
@@ -123,11 +125,12 @@ KVSHARE_API LSTATUS RegEnumValueW(HKEY key, DWORD index, LPWSTR name, DWORD* nam
 //
 // Calls with a handle that was opened in a transaction are part of the transaction. Its other calls see their changes
 // immediately; everybody else sees all of them after the commit, or none. A call without Transacted in its name looks
-// up a path below such a handle outside the transaction. The first write of a transaction locks the hive: other writers
-// wait until the transaction ends. (A thread that writes outside its own transaction waits for itself, until
-// ERROR_BUSY.) After the end of the transaction its key handles return ERROR_TRANSACTION_NOT_ACTIVE; close them. A
-// transaction that writes to both hives commits them one after the other, not in one step. A transaction does not
-// survive a fork.
+// up a path below such a handle outside the transaction. Until its first write a transaction reads one state of a hive,
+// whatever others commit meanwhile. The first write, or the first key opened with a right to change it, locks the hive:
+// other writers wait until the transaction ends. (A thread that writes outside its own transaction waits for itself,
+// until ERROR_BUSY.) What a transaction has read before that moment may have changed. After the end of the transaction
+// its key handles return ERROR_TRANSACTION_NOT_ACTIVE; close them. A transaction that writes to both hives commits them
+// one after the other, not in one step. A transaction does not survive a fork.
 
 // Begins a transaction; INVALID_HANDLE_VALUE on failure. All arguments may be 0 or null; they have no effect. The
 // caller closes the handle with CloseHandle, which rolls back an uncommitted transaction.

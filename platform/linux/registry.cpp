@@ -26,10 +26,11 @@ constexpr Sql kDeleteBelow{S + 5, "DELETE FROM key WHERE path > ?1 || '\\' AND p
 constexpr Sql kDeleteValuesBelow{
     S + 6, "DELETE FROM value WHERE key IN (SELECT id FROM key WHERE path > ?1 || '\\' AND path < ?1 || ']')"};
 
-constexpr Sql kSubKeyAt{
-    S + 7,
-    "SELECT name, class, max(written, (SELECT coalesce(max(written), 0) FROM value WHERE key = id)),"
-    " path FROM key WHERE parent = ?1 AND path >= ?3 ORDER BY path LIMIT 1 OFFSET ?2"};
+// The time is that of the key or of its latest value; finding it takes as long as the rest.
+constexpr Sql kSubKeys{S + 7,
+                       "SELECT path, name, class, CASE WHEN ?5 THEN"
+                       " max(written, (SELECT coalesce(max(written), 0) FROM value WHERE key = id)) END"
+                       " FROM key WHERE parent = ?1 AND path > ?2 ORDER BY path LIMIT ?4 OFFSET ?3"};
 constexpr Sql kHasSubKey{S + 8, "SELECT 1 FROM key WHERE parent = ?1 LIMIT 1"};
 
 constexpr Sql kReadValue{S + 9, "SELECT type, data FROM value WHERE key = ?1 AND folded = ?2"};
@@ -46,12 +47,17 @@ constexpr Sql kFirstValues{S + 12, "SELECT folded, type, data FROM value WHERE k
 constexpr Sql kDeleteValue{S + 13, "DELETE FROM value WHERE key = ?1 AND folded = ?2"};
 constexpr Sql kDeleteValues{S + 14, "DELETE FROM value WHERE key = ?1"};
 constexpr Sql kValueAt{S + 15,
-                       "SELECT name, type, data, number FROM value WHERE key = ?1 AND number >= ?3"
+                       "SELECT name, type, data, number, folded FROM value WHERE key = ?1 AND number >= ?3"
                        " ORDER BY number LIMIT 1 OFFSET ?2"};
 static_assert(S + 15 < kSqlSlots);
 
 // So many values of a key are read one by one; at the next one the first 128 are read in one statement.
 constexpr std::size_t kReadsBeforePrefetch = 3;
+
+// A walk through sub-keys reads a few in its first statement, and twice as many in each further one.
+constexpr std::size_t kFirstSubKeys = 4;
+constexpr std::size_t kMostSubKeys = 64;
+constexpr std::size_t kMostSubKeyBytes = 8192;
 
 // ---- Arguments ----
 
@@ -206,20 +212,115 @@ LSTATUS WriteValue(LockedKey& locked, LPCWSTR name, DWORD type, std::string_view
   return sqlite3_changes(store.Link().Handle()) == 0 ? ERROR_KEY_DELETED : ERROR_SUCCESS;
 }
 
-// Steps to item number `index` of a key. The statement's arguments are the key, the number of items to skip, and the
-// position to start from, which `add_place` adds. A walk continues from the last item; items are counted from the first
-// one only for a step back, or if the hive has changed.
-template <class AddPlace>
-bool StepTo(Query& query, LockedKey& locked, Cache::Position& last, DWORD index, AddPlace add_place) {
-  if (index > 0 && index >= last.index) {
-    add_place(query.Add(locked.Id()).Add(index - last.index), last);
-    const bool found = query.Next();
-    if (query.Status() != ERROR_SUCCESS || locked.InStore().LastContent() == last.content) return found;
-    query.Restart();
+// ---- Walks
+//
+// A damaged file can hold rows that contradict each other. Each row is compared with the key that it belongs to and
+// with the row before it, so that a walk ends and never comes to a key twice.
+
+// Whether `folded` is the folded form of the kept name of a key or a value.
+bool IsFolded(std::string_view folded, std::string_view name) {
+  const auto is_ascii = [](char c) { return std::uint8_t(c) < 0x80; };
+  if (std::all_of(name.begin(), name.end(), is_ascii)) {
+    const auto same = [](char a, char b) { return a == (b >= 'a' && b <= 'z' ? b - ('a' - 'A') : b); };
+    return std::equal(folded.begin(), folded.end(), name.begin(), name.end(), same);
   }
-  last = {};
-  add_place(query.Add(locked.Id()).Add(std::int64_t{index}), last);
-  return query.Next();
+  Text units(UnitsOf(name), u'\0');
+  Decode(name, units.data());
+  std::string again;
+  AppendFolded(again, units);
+  return again == folded;
+}
+
+// Whether a sub-key can have that name and that path: a name of 1 to 255 units, the path of its parent with the name.
+bool IsSubKey(std::string_view parent, std::string_view path, std::string_view name) {
+  if (name.empty() || UnitsOf(name) > kMostKeyUnits) return false;
+  if (name.find('\\') != name.npos || name.find('\0') != name.npos) return false;
+  if (!path.starts_with(parent) || path.size() <= parent.size() || path[parent.size()] != '\\') return false;
+  return IsFolded(path.substr(parent.size() + 1), name);
+}
+
+bool IsValue(std::string_view folded, std::string_view name) {
+  return UnitsOf(name) <= kMostValueUnits && name.find('\0') == name.npos && IsFolded(folded, name);
+}
+
+// Reads `most` sub-keys into `read`: those after a path, without the first `skipped` of them. scratch.path is the path
+// of the key.
+LSTATUS ReadSubKeys(LockedKey& locked, std::string_view after, std::int64_t skipped, std::size_t most, bool timed,
+                    Cache::SubKeys& read) {
+  Store& store = locked.InStore();
+  std::string last(after);
+  read.items.clear();
+  read.text.clear();
+  Query query(store, kSubKeys);
+  query.Add(locked.Id()).Add(after).Add(skipped).Add(std::int64_t(most)).Add(std::int64_t{timed});
+  while (read.text.size() < kMostSubKeyBytes && query.Next()) {
+    const bool texts = query.IsText(0) && query.IsText(1);
+    const std::string_view path = query.Text(0), name = query.Text(1), class_name = query.Text(2);
+    if (query.Status() != ERROR_SUCCESS) return query.Status();
+    if (!texts || path <= last || !IsSubKey(scratch.path, path, name)) return store.NoteDamage();
+    last = path;
+    Cache::SubKeys::Item item{read.text.size() + name.size(), 0, 0, query.Number(3)};
+    item.class_end = item.name_end + class_name.size();
+    item.path_end = item.class_end + path.size();
+    read.text.append(name).append(class_name).append(path);
+    read.items.push_back(item);
+  }
+  read.content = store.LastContent();
+  return query.Status();
+}
+
+// Sets `found` to the sub-keys that were read together with number `index` of a key.
+LSTATUS FindSubKey(LockedKey& locked, DWORD index, bool timed, Cache::SubKeys*& found) {
+  Store& store = locked.InStore();
+  const bool current = store.Known().IsCurrent();  // may forget sub-keys, so it comes first
+  Cache::SubKeys& read = store.Known().SubKeysIn(locked.Id());
+  found = &read;
+  const bool usable = store.IsTransacted() ? store.IsCurrent(read.content) : current;
+  if (!timed && read.is_whole && usable && read.Has(index)) return ERROR_SUCCESS;
+  const bool keeps = store.IsTransacted() || store.Known().IsWatching();
+  const std::size_t most = timed || !keeps ? 1 : std::clamp(2 * read.items.size(), kFirstSubKeys, kMostSubKeys);
+  const std::int64_t end = read.End();
+  LSTATUS status = ERROR_SUCCESS;
+  bool good = false;
+  if (!read.items.empty() && index >= end) {
+    const Cache::Content before = read.content;
+    const std::string after(read.Path(read.items.size() - 1));
+    status = ReadSubKeys(locked, after, index - end, most, timed, read);
+    good = status != ERROR_SUCCESS || read.content == before;
+  }
+  if (!good) status = ReadSubKeys(locked, "", index, most, timed, read);
+  if (status != ERROR_SUCCESS) read.items.clear();
+  read.first = index;
+  read.is_whole = !timed && (store.IsTransacted() || store.Known().IsUnchanged());
+  if (status != ERROR_SUCCESS) return status;
+  return read.items.empty() ? locked.Missing(ERROR_NO_MORE_ITEMS) : ERROR_SUCCESS;
+}
+
+// Steps to value number `index` of a key. A walk continues from the last value; values are counted from the first one
+// only for a step back, or if the hive has changed.
+LSTATUS StepToValue(Query& query, LockedKey& locked, DWORD index) {
+  Cache::Position& last = locked.InStore().Known().ValuePositionIn(locked.Id());
+  bool found = false;
+  if (index > 0 && index >= last.index) {
+    found = query.Add(locked.Id()).Add(index - last.index).Add(last.number).Next();
+    if (query.Status() != ERROR_SUCCESS) return query.Status();
+    if (locked.InStore().LastContent() == last.content) {
+      if (found && (query.Number(3) <= last.number) != (index == last.index)) return locked.InStore().NoteDamage();
+      if (!found) return locked.Missing(ERROR_NO_MORE_ITEMS);
+    } else {
+      query.Restart();
+      found = false;
+    }
+  }
+  if (!found) {
+    last = {};
+    if (!query.Add(locked.Id()).Add(std::int64_t{index}).Add(last.number).Next())
+      return query.Status() == ERROR_SUCCESS ? locked.Missing(ERROR_NO_MORE_ITEMS) : query.Status();
+  }
+  if (!IsValue(query.Text(4), query.Text(0)))
+    return query.Status() == ERROR_SUCCESS ? locked.InStore().NoteDamage() : query.Status();
+  last = {index, query.Number(3), locked.InStore().LastContent()};
+  return ERROR_SUCCESS;
 }
 
 // The id of a folded path, 0 if there is no such key. `inside` a batch the cache is not used.
@@ -261,12 +362,20 @@ struct KeyPath {
   }
 };
 
+// Makes a store ready to open a key. Opening one to write locks the hive for a transaction, so that nothing that the
+// transaction then reads can change before it writes.
+LSTATUS ReadyFor(Store& store, REGSAM asked) {
+  const LSTATUS status = store.ReadyToRead();
+  return status == ERROR_SUCCESS && store.IsTransacted() && (asked & kChangingRights) ? store.ReadyToWrite() : status;
+}
+
 // The rights of a new handle of a key in the store; ERROR_ACCESS_DENIED if the hive can't be written.
 LSTATUS GrantRights(Store& store, REGSAM asked, REGSAM& rights) {
   // The hive's own key opens without a file too; then the first write reports what is wrong.
   const bool ready = store.Link().Handle() != nullptr;
   rights = asked & KEY_ALL_ACCESS;
-  return (rights & kChangingRights) && ready ? store.CheckWritable() : ERROR_SUCCESS;
+  if (!(rights & kChangingRights) || !ready) return ERROR_SUCCESS;
+  return store.Note(store.CheckWritable(), HiveFault::During::kWriting);
 }
 
 // Creates the missing keys of a path; `created` is true if the last one was missing.
@@ -325,7 +434,7 @@ LSTATUS OpenKey(Scope& scope, HKEY key, LPCWSTR path, const OpenArguments& argum
   KeyRef opened{target.store, kRootId, 0};
   {
     const std::lock_guard lock(target.store->Mutex());
-    LSTATUS status = target.store->ReadyToRead();
+    LSTATUS status = ReadyFor(*target.store, arguments.rights);
     if (status == ERROR_SUCCESS) status = target.FindId(/*inside=*/false, opened.id);
     if (status == ERROR_FILE_NOT_FOUND && scratch.path.empty()) status = ERROR_SUCCESS;
     if (status == ERROR_SUCCESS) status = GrantRights(*target.store, arguments.rights, opened.rights);
@@ -339,8 +448,9 @@ namespace {
 
 // The id of the key at the end of a path, which is created if it is missing; then `created` is true. The store must be
 // locked.
-LSTATUS FindOrAddKey(const KeyPath& target, LPCWSTR path, LPCWSTR class_name, std::int64_t& id, bool& created) {
-  LSTATUS status = target.store->ReadyToRead();
+LSTATUS FindOrAddKey(const KeyPath& target, LPCWSTR path, LPCWSTR class_name, REGSAM rights, std::int64_t& id,
+                     bool& created) {
+  LSTATUS status = ReadyFor(*target.store, rights);
   if (status == ERROR_SUCCESS) status = target.FindId(/*inside=*/false, id);
   if (status != ERROR_FILE_NOT_FOUND) return status;
   status = target.store->ReadyToWrite();
@@ -363,7 +473,7 @@ LSTATUS CreateKey(Scope& scope, HKEY key, LPCWSTR path, LPCWSTR class_name, cons
   bool created = false;
   {
     const std::lock_guard lock(target.store->Mutex());
-    LSTATUS status = FindOrAddKey(target, path, class_name, opened.id, created);
+    LSTATUS status = FindOrAddKey(target, path, class_name, arguments.rights, opened.id, created);
     if (status == ERROR_SUCCESS) status = GrantRights(*target.store, arguments.rights, opened.rights);
     if (status != ERROR_SUCCESS) return status;
   }
@@ -432,22 +542,17 @@ LSTATUS RegDeleteTreeW(HKEY key, LPCWSTR path) {
 LSTATUS RegEnumKeyExW(HKEY key, DWORD index, LPWSTR name, DWORD* nameUnits, DWORD* reserved, LPWSTR className,
                       DWORD* classUnits, FILETIME* written) {
   if (reserved || !name || !nameUnits || (className && !classUnits)) return ERROR_INVALID_PARAMETER;
-  LockedKey locked(key, KEY_ENUMERATE_SUB_KEYS);
+  LockedKey locked(key, KEY_ENUMERATE_SUB_KEYS, &scratch.path);
   LSTATUS status = locked.ReadyToRead();
   if (status == ERROR_FILE_NOT_FOUND) return ERROR_NO_MORE_ITEMS;
   if (status != ERROR_SUCCESS) return status;
-  Cache::Position& last = locked.InStore().Known().PositionIn(locked.Id(), Cache::Items::kSubKeys);
-  Query query(locked.InStore(), kSubKeyAt);
-  const bool found = StepTo(query, locked, last, index, [](Query& to, const Cache::Position& from) {
-    scratch.path = from.path;  // outlives the query
-    to.Add(scratch.path);
-  });
-  if (!found) return query.Status() == ERROR_SUCCESS ? locked.Missing(ERROR_NO_MORE_ITEMS) : query.Status();
-  last = {index, std::string(query.Text(3)), 0, locked.InStore().LastContent()};
-  if (!Fits(query.Text(0), name, nameUnits) || !Fits(query.Text(1), className, classUnits)) return ERROR_MORE_DATA;
-  CopyText(query.Text(0), name, nameUnits);
-  CopyText(query.Text(1), className, classUnits);
-  CopyTime(query.Number(2), written);
+  Cache::SubKeys* found = nullptr;
+  if ((status = FindSubKey(locked, index, written != nullptr, found))) return status;
+  const std::size_t i = std::size_t(index - found->first);
+  if (!Fits(found->Name(i), name, nameUnits) || !Fits(found->Class(i), className, classUnits)) return ERROR_MORE_DATA;
+  CopyText(found->Name(i), name, nameUnits);
+  CopyText(found->Class(i), className, classUnits);
+  CopyTime(found->items[i].written, written);
   return ERROR_SUCCESS;
 }
 
@@ -512,12 +617,8 @@ LSTATUS RegEnumValueW(HKEY key, DWORD index, LPWSTR name, DWORD* nameUnits, DWOR
   const LSTATUS ready = locked.ReadyToRead();
   if (ready == ERROR_FILE_NOT_FOUND) return ERROR_NO_MORE_ITEMS;
   if (ready != ERROR_SUCCESS) return ready;
-  Cache::Position& last = locked.InStore().Known().PositionIn(locked.Id(), Cache::Items::kValues);
   Query query(locked.InStore(), kValueAt);
-  const bool found =
-      StepTo(query, locked, last, index, [](Query& to, const Cache::Position& from) { to.Add(from.number); });
-  if (!found) return query.Status() == ERROR_SUCCESS ? locked.Missing(ERROR_NO_MORE_ITEMS) : query.Status();
-  last = {index, {}, query.Number(3), locked.InStore().LastContent()};
+  if (const LSTATUS status = StepToValue(query, locked, index)) return status;
   if (!Fits(query.Text(0), name, nameUnits)) return ERROR_MORE_DATA;
   CopyText(query.Text(0), name, nameUnits);
   if (type) *type = DWORD(query.Number(1));

@@ -11,6 +11,17 @@ constexpr std::size_t kMaxValueBytes = 512;  // a larger value is not cached
 constexpr std::size_t kMaxPositions = 1024;  // more than a tree has levels
 constexpr int kRegionBytes = 32768;          // of the log's shared index, as SQLite maps it
 
+// False for a file whose damaged head turns the log off: a shared index beside it would never change.
+bool KeepsLog(sqlite3* connection) {
+  sqlite3_stmt* query = nullptr;
+  sqlite3_prepare_v2(connection, "PRAGMA journal_mode", -1, &query, nullptr);
+  const bool row = sqlite3_step(query) == SQLITE_ROW;
+  const auto* mode = row ? reinterpret_cast<const char*>(sqlite3_column_text(query, 0)) : nullptr;
+  const bool keeps = mode && std::string_view(mode) == "wal";
+  sqlite3_finalize(query);
+  return keeps;
+}
+
 }  // namespace
 
 // The shared index of the log begins with 48 bytes, documented as part of SQLite's file format, that every commit of
@@ -18,6 +29,7 @@ constexpr int kRegionBytes = 32768;          // of the log's shared index, as SQ
 void Cache::Watch(sqlite3* connection) {
   sqlite3_file* file = nullptr;
   void volatile* head = nullptr;
+  if (!KeepsLog(connection)) return;
   if (sqlite3_file_control(connection, "main", SQLITE_FCNTL_FILE_POINTER, &file) != SQLITE_OK) return;
   if (!file->pMethods || file->pMethods->iVersion < 2) return;
   if (file->pMethods->xShmMap(file, 0, kRegionBytes, 0, &head) != SQLITE_OK) return;
@@ -38,6 +50,7 @@ void Cache::Clear() {
 }
 
 void Cache::ClearItems() {
+  sub_keys_.clear();
   keys_.clear();
   values_.clear();
   value_count_ = 0;
@@ -115,14 +128,23 @@ void Cache::AddValue(std::int64_t key, std::string_view folded, LSTATUS status, 
 
 // ---- Walks ----
 
-Cache::Position& Cache::PositionIn(std::int64_t key, Items items) {
-  auto& positions = positions_[items == Items::kValues];
-  if (positions.size() >= kMaxPositions && !positions.contains(key)) positions.clear();
-  return positions[key];
+namespace {
+
+template <class Items>
+auto& ItemIn(Items& items, std::int64_t key) {
+  if (items.size() >= kMaxPositions && !items.contains(key)) items.clear();
+  return items[key];
 }
 
+}  // namespace
+
+Cache::Position& Cache::ValuePositionIn(std::int64_t key) { return ItemIn(value_positions_, key); }
+
+Cache::SubKeys& Cache::SubKeysIn(std::int64_t key) { return ItemIn(sub_keys_, key); }
+
 void Cache::ClearPositions() {
-  for (auto& positions : positions_) positions.clear();
+  value_positions_.clear();
+  sub_keys_.clear();
 }
 
 }  // namespace kvregistry

@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "platform/registry.h"
 
@@ -24,6 +25,9 @@ class Cache {
   void Watch(sqlite3* connection);
   // Forgets everything, and stops watching.
   void Clear();
+  bool IsWatching() const { return log_head_ != nullptr; }
+  // Whether the hive is the same as at the last call of IsCurrent. Forgets nothing.
+  bool IsUnchanged() const { return MayAdd(); }
 
   // Cached id of a folded path; 0: known missing; -1: not cached.
   std::int64_t FindKey(std::string_view path);
@@ -54,16 +58,36 @@ class Cache {
     int own_changes = 0;
     bool operator==(const Content&) const = default;
   };
-  // The item that a walk by number has returned last.
+  // The value that a walk by number has returned last.
   struct Position {
     std::int64_t index = 0;
-    std::string path;                                                // of a sub-key; "" is before the first one
-    std::int64_t number = std::numeric_limits<std::int64_t>::min();  // of a value
-    Content content;                                                 // that the item was read from
+    std::int64_t number = std::numeric_limits<std::int64_t>::min();
+    Content content;  // that the value was read from
   };
-  enum class Items { kSubKeys, kValues };
-  // The position in a key's items, to be read and changed by the caller; valid until the next call.
-  Position& PositionIn(std::int64_t key, Items items);
+  // The sub-keys that a walk by number has read in one statement. The ends are those in `text`.
+  struct SubKeys {
+    struct Item {
+      std::size_t name_end, class_end, path_end;
+      std::int64_t written;
+    };
+    std::int64_t first = 0;  // number of the first item
+    std::vector<Item> items;
+    std::string text;
+    Content content;        // that the items were read from
+    bool is_whole = false;  // the items may be used for later calls while the content is current
+
+    bool Has(std::int64_t index) const { return index >= first && index - first < std::int64_t(items.size()); }
+    std::int64_t End() const { return first + std::int64_t(items.size()); }
+    std::string_view Name(std::size_t i) const { return Part(i ? items[i - 1].path_end : 0, items[i].name_end); }
+    std::string_view Class(std::size_t i) const { return Part(items[i].name_end, items[i].class_end); }
+    std::string_view Path(std::size_t i) const { return Part(items[i].class_end, items[i].path_end); }
+    std::string_view Part(std::size_t from, std::size_t to) const {
+      return std::string_view(text).substr(from, to - from);
+    }
+  };
+  // What a walk through a key has read last, to be read and changed by the caller; valid until the next call.
+  Position& ValuePositionIn(std::int64_t key);
+  SubKeys& SubKeysIn(std::int64_t key);
   void ClearPositions();
 
  private:
@@ -85,7 +109,8 @@ class Cache {
   ByName<std::int64_t> keys_;
   std::unordered_map<std::int64_t, ByName<Value>> values_;
   std::size_t value_count_ = 0;
-  std::unordered_map<std::int64_t, Position> positions_[2];
+  std::unordered_map<std::int64_t, Position> value_positions_;
+  std::unordered_map<std::int64_t, SubKeys> sub_keys_;
 };
 
 }  // namespace kvregistry

@@ -10,11 +10,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdint>
-#include <cstdlib>
-#include <ctime>
 #include <random>
 
 namespace kvregistry {
@@ -55,18 +52,11 @@ constexpr const char* kSettings = R"(
   PRAGMA cell_size_check = ON;
 )";
 
-constexpr int kLongestWait_us = 30'000'000;
-constexpr int kStep_us = 100;
-constexpr int kLongestStep_us = 3'000;
-
-// SQLite's busy handler: waits a little longer each time. The steps are short because a write takes about 20 us.
-int WaitForOthers(void*, int tries) {
-  const int step = std::min(kStep_us * (tries + 1), kLongestStep_us);
-  if (LONGLONG(tries) * step > kLongestWait_us) return 0;
-  const timespec time{0, step * 1000L};
-  nanosleep(&time, nullptr);
-  return 1;
-}
+// A statement may take kStepsPerRound * (kFreeRounds + kRoundsPerMiB * size) steps. Reading every row of an intact hive
+// takes a hundredth of that; a tree of pages that leads back into itself never ends.
+constexpr int kStepsPerRound = 1'000'000;
+constexpr int kFreeRounds = 50;
+constexpr int kRoundsPerMiB = 50;
 
 std::string UriOf(const std::string& file) {
   std::string uri = "file:";
@@ -86,15 +76,20 @@ bool Exists(const std::string& file) {
   return stat(file.c_str(), &about) == 0;
 }
 
-bool HasContent(const std::string& file) {
+off_t SizeOf(const std::string& file) {
   struct stat about;
-  return stat(file.c_str(), &about) == 0 && about.st_size > 0;
+  return stat(file.c_str(), &about) == 0 ? about.st_size : 0;
 }
+
+bool HasContent(const std::string& file) { return SizeOf(file) > 0; }
+
+// Without these rights, or without room for the log beside it, a hive can still be read.
+bool IsRefusal(LSTATUS status) { return status == ERROR_ACCESS_DENIED || status == ERROR_DISK_FULL; }
 
 LSTATUS StatusOfErrno(int error) {
   switch (error) {
-    case ENOENT:
-    case ENOTDIR: return ERROR_FILE_NOT_FOUND;
+    case ENOENT: return ERROR_FILE_NOT_FOUND;
+    case ENOTDIR: return ERROR_PATH_NOT_FOUND;
     case ENOSPC:
     case EDQUOT: return ERROR_DISK_FULL;
     case ENOMEM: return ERROR_NOT_ENOUGH_MEMORY;
@@ -202,12 +197,14 @@ bool Connection::WasReplaced() const {
 LSTATUS Connection::Open() {
   const std::string file = File();
   if (!Exists(file)) return StatusOfErrno(errno);
-  LSTATUS status = Connect(SQLITE_OPEN_READWRITE, file);
-  if (status == ERROR_ACCESS_DENIED) status = Connect(SQLITE_OPEN_READONLY, file);
-  if (status == ERROR_ACCESS_DENIED && !HasContent(file + "-wal")) {
+  const LSTATUS first = Connect(SQLITE_OPEN_READWRITE, file);
+  LSTATUS status = first;
+  if (IsRefusal(status)) status = Connect(SQLITE_OPEN_READONLY, file);
+  if (IsRefusal(status) && !HasContent(file + "-wal")) {
     status = Connect(SQLITE_OPEN_READONLY | SQLITE_OPEN_URI, UriOf(file) + "?immutable=1");
     immutable_ = status == ERROR_SUCCESS;
   }
+  refusal_ = first == ERROR_DISK_FULL ? first : ERROR_ACCESS_DENIED;
   return status;
 }
 
@@ -218,7 +215,10 @@ LSTATUS Connection::Connect(int flags, const std::string& name) {
   if (result == SQLITE_OK) {
     sqlite3_extended_result_codes(handle_, 1);
     sqlite3_busy_handler(handle_, WaitForOthers, nullptr);
+    sqlite3_progress_handler(handle_, kStepsPerRound, CountSteps, this);
     sqlite3_db_config(handle_, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+    sqlite3_db_config(handle_, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);  // a hive has none
+    sqlite3_db_config(handle_, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
     sqlite3_db_config(handle_, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
     result = sqlite3_exec(handle_, kSettings, nullptr, nullptr, nullptr);
   }
@@ -254,6 +254,13 @@ LSTATUS Connection::Create() const {
   return status;
 }
 
+int Connection::CountSteps(void* self) {
+  Connection& connection = *static_cast<Connection*>(self);
+  const std::string file = connection.File();
+  const auto mebibytes = (SizeOf(file) + SizeOf(file + "-wal")) >> 20;
+  return ++connection.rounds_ > kFreeRounds + kRoundsPerMiB * mebibytes;
+}
+
 void Connection::Close() {
   for (sqlite3_stmt* statement : prepared_) sqlite3_finalize(statement);
   sqlite3_close(handle_);
@@ -269,6 +276,7 @@ void Connection::Abandon() {
 // ---- Statements ----
 
 sqlite3_stmt* Connection::Prepared(const Sql& sql) {
+  rounds_ = 0;
   sqlite3_stmt*& statement = prepared_[std::size_t(sql.slot)];
   if (!statement) sqlite3_prepare_v3(handle_, sql.text, -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr);
   return statement;

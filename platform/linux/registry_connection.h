@@ -18,11 +18,14 @@ struct Sql {
   int slot;
   const char* text;
 };
-inline constexpr int kFirstFreeSlot = 6;  // the slots before it belong to registry_query.cpp
+inline constexpr int kFirstFreeSlot = 8;  // the slots before it belong to registry_query.cpp and registry_faults.cpp
 inline constexpr int kSqlSlots = 32;
 
 // The status code for a result code of SQLite.
 LSTATUS StatusOf(sqlite3* connection, int result);
+
+// SQLite's busy handler.
+int WaitForOthers(void*, int tries);
 
 // Used by one thread at a time.
 class Connection {
@@ -34,6 +37,7 @@ class Connection {
 
   Hive WhichHive() const { return hive_; }
   const std::string& Folder() const { return folder_; }
+  std::string File() const;
   // Null while the connection is closed.
   sqlite3* Handle() const { return handle_; }
 
@@ -47,6 +51,8 @@ class Connection {
   void Abandon();
 
   bool IsReadOnly() const { return read_only_; }
+  // Why the open file can only be read: ERROR_ACCESS_DENIED or ERROR_DISK_FULL.
+  LSTATUS Refusal() const { return refusal_; }
   // The file was opened as unchanging: no log could be made beside it.
   bool IsImmutable() const { return immutable_; }
   // A writer has made a log since the file was opened as unchanging.
@@ -62,8 +68,9 @@ class Connection {
   LSTATUS Execute(const char* sql);
 
  private:
-  std::string File() const;
   LSTATUS Connect(int flags, const std::string& name);
+  // SQLite's progress handler: ends a statement that takes more steps than an intact file of this size has work for.
+  static int CountSteps(void* self);
 
   const Hive hive_;
   const std::string folder_;
@@ -71,6 +78,8 @@ class Connection {
   std::array<sqlite3_stmt*, kSqlSlots> prepared_{};
   bool read_only_ = false;
   bool immutable_ = false;
+  LSTATUS refusal_ = ERROR_ACCESS_DENIED;
+  int rounds_ = 0;  // of steps of the current statement
 };
 
 }  // namespace kvregistry

@@ -22,12 +22,18 @@ Query& Query::AddBytes(const void* bytes, std::size_t size) {
   return *this;
 }
 
-bool Query::Next() {
+bool Query::Step() {
   if (status_ != ERROR_SUCCESS) return false;
   const int result =
       statement_ ? sqlite3_step(statement_) : std::max(sqlite3_extended_errcode(store_.Link().Handle()), SQLITE_ERROR);
   if (result == SQLITE_ROW) return true;
   status_ = StatusOf(store_.Link().Handle(), result);
+  return false;
+}
+
+bool Query::Next() {
+  if (Step()) return true;
+  store_.Note(status_, HiveFault::During::kReading);
   return false;
 }
 
@@ -38,12 +44,13 @@ void Query::Restart() {
 }
 
 LSTATUS Query::Run() {
-  while (Next()) continue;
-  return status_;
+  while (Step()) continue;
+  return store_.Note(status_, HiveFault::During::kWriting);
 }
 
-std::string_view Query::Text(int column) const {
+std::string_view Query::Text(int column) {
   const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement_, column));
+  if (!text && sqlite3_errcode(store_.Link().Handle()) == SQLITE_NOMEM) status_ = ERROR_NOT_ENOUGH_MEMORY;
   return {text ? text : "", std::size_t(sqlite3_column_bytes(statement_, column))};
 }
 

@@ -29,11 +29,15 @@ class Query {
   LSTATUS Status() const { return status_; }
 
   std::int64_t Number(int column) const { return sqlite3_column_int64(statement_, column); }
-  std::string_view Text(int column) const;
+  // Without memory it is empty, and Status reports that.
+  std::string_view Text(int column);
+  bool IsText(int column) const { return sqlite3_column_type(statement_, column) == SQLITE_TEXT; }
   // Bytes of a value; valid until the query ends.
   std::string_view Bytes(int column) const;
 
  private:
+  bool Step();
+
   Store& store_;
   sqlite3_stmt* statement_;
   int next_argument_ = 1;

@@ -10,6 +10,7 @@
 
 #include "platform/linux/registry_cache.h"
 #include "platform/linux/registry_connection.h"
+#include "platform/registry_files.h"
 
 namespace kvregistry {
 
@@ -37,14 +38,20 @@ class Store : public std::enable_shared_from_this<Store> {
   // folder and file, and begins a transaction's transaction.
   LSTATUS ReadyToRead();
   LSTATUS ReadyToWrite();
-  // Of an open connection: 0 or ERROR_ACCESS_DENIED.
+  // Of an open connection: 0, ERROR_ACCESS_DENIED or ERROR_DISK_FULL.
   LSTATUS CheckWritable();
+
+  // Keep a failure of the file for TakeHiveFault. They return the status, and ERROR_BADDB.
+  LSTATUS Note(LSTATUS status, HiveFault::During during) const;
+  LSTATUS NoteDamage() const { return Note(ERROR_BADDB, HiveFault::During::kReading); }
 
   bool IsTransacted() const { return plain_ != nullptr; }
   // This store, or the plain store of a transaction's.
   std::shared_ptr<Store> Plain() const;
   // The content that the last statement has read.
   Cache::Content LastContent() const;
+  // Whether rows of that content are still those of the hive. True also inside a transaction that has read or written.
+  bool IsCurrent(const Cache::Content& content);
 
   // Closes the connection, which the next call opens again. Drops the changes of an open transaction.
   void Close();
@@ -64,7 +71,9 @@ class Store : public std::enable_shared_from_this<Store> {
 
  private:
   LSTATUS Open();
+  LSTATUS BeginReading();
   LSTATUS Begin();
+  void EndReading();
   LSTATUS CommitOpen();
   void ResetTransaction();
 
@@ -73,7 +82,9 @@ class Store : public std::enable_shared_from_this<Store> {
   Cache cache_;
 
   Store* const plain_ = nullptr;
-  bool begun_ = false;
+  bool reading_ = false;  // a transaction of SQLite that has not written: all calls read one state
+  bool absent_ = false;   // that state is the one before the file was made
+  bool begun_ = false;    // one that writes
   bool ended_ = false;
   struct WrittenValue {
     std::int64_t key;

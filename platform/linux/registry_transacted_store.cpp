@@ -9,6 +9,17 @@ constexpr std::size_t kMaxWritten = 4096;  // values that are added to the cache
 
 }  // namespace
 
+LSTATUS Store::BeginReading() {
+  const LSTATUS status = connection_.Execute("BEGIN");
+  reading_ = status == ERROR_SUCCESS;
+  return status;
+}
+
+void Store::EndReading() {
+  if (reading_) connection_.Execute("COMMIT");
+  reading_ = absent_ = false;
+}
+
 LSTATUS Store::Begin() {
   const LSTATUS status = connection_.Execute("BEGIN IMMEDIATE");
   begun_ = status == ERROR_SUCCESS;
@@ -38,13 +49,15 @@ LSTATUS Store::Commit() {
   LSTATUS status = ended_ ? ERROR_TRANSACTION_NOT_ACTIVE : ERROR_SUCCESS;
   if (begun_) status = connection_.IsOutsideTransaction() ? ERROR_TRANSACTION_NOT_ACTIVE : CommitOpen();
   if (status != ERROR_SUCCESS) Close();  // rolls back
+  EndReading();
   begun_ = false;
   ended_ = true;
-  return status;
+  return Note(status, HiveFault::During::kWriting);
 }
 
 void Store::RollBack() {
-  Close();
+  EndReading();
+  if (begun_) Close();
   ended_ = true;
 }
 
@@ -52,6 +65,7 @@ bool Store::PrepareForReuse() {
   if (!connection_.Handle() || begun_ || connection_.IsReadOnly() || connection_.IsImmutable()) return false;
   if (!connection_.IsOutsideTransaction() || connection_.WasReplaced()) return false;
   cache_.ClearPositions();
+  absent_ = false;
   written_.clear();
   only_values_ = true;
   ended_ = false;
@@ -59,8 +73,8 @@ bool Store::PrepareForReuse() {
 }
 
 void Store::ResetTransaction() {
-  if (begun_) ended_ = true;
-  begun_ = false;
+  if (begun_ || reading_) ended_ = true;
+  begun_ = reading_ = absent_ = false;
   written_.clear();
   only_values_ = true;
 }

@@ -1,6 +1,5 @@
-// The registry's files: when they are made, which users have access, what damage does, and many processes: forked
+// The registry's files: when they are made, which users have access, and many processes: forked
 // children, eight processes with two threads each, and writers that are killed.
-#include <sqlite3.h>
 #include <sys/stat.h>
 
 #include <atomic>
@@ -10,7 +9,7 @@
 
 #include "platform/handles.h"
 #include "tests/child_process.h"
-#include "tests/registry_calls.h"
+#include "tests/platform/hive_file.h"
 
 namespace fs = std::filesystem;
 
@@ -35,18 +34,6 @@ LONGLONG Get(HKEY hive, const Text& name) {
 Text NameOf(int number) {
   const std::string digits = std::to_string(number);
   return Text(digits.begin(), digits.end());
-}
-
-// What a statement answers on the hive's file, or why it doesn't.
-std::string Ask(const fs::path& hive, const char* sql) {
-  sqlite3* connection = nullptr;
-  std::string answer;
-  const auto take = [](void* out, int, char** text, char**) { return *static_cast<std::string*>(out) += *text, 0; };
-  sqlite3_open(hive.c_str(), &connection);
-  sqlite3_busy_timeout(connection, 10000);
-  if (sqlite3_exec(connection, sql, take, &answer, nullptr) != SQLITE_OK) answer = sqlite3_errmsg(connection);
-  sqlite3_close(connection);
-  return answer;
 }
 
 // A registry of its own, whose folder doesn't exist yet.
@@ -118,34 +105,6 @@ TEST_F(LinuxRegistry, ValuesReadTogetherFollowAnotherProcess) {
   EXPECT_TRUE(set_in_child(1001));
   EXPECT_EQ(Set(HKEY_CURRENT_USER, NameOf(8), 1002), ERROR_SUCCESS) << "an own change behind another's";
   EXPECT_EQ(Get(HKEY_CURRENT_USER, NameOf(7)), 1001);
-}
-
-TEST_F(LinuxRegistry, DamagedHiveIsReported) {
-  EXPECT_EQ(Set(HKEY_CURRENT_USER, _T("a"), 1), ERROR_SUCCESS);
-  ASSERT_TRUE(IsTrueInChild([&] {  // brings the log into the hive
-    return Ask(folder_ / "user.hive", "PRAGMA wal_checkpoint(TRUNCATE)").starts_with('0');
-  }));
-  const std::string good = kvtest::ReadFile(folder_ / "user.hive");
-  const struct {
-    const char* title;
-    std::string bytes;
-  } rows[] = {
-      {"empty", ""},
-      {"no hive at all", std::string(8192, 'x')},
-      {"pages overwritten", good.substr(0, 4096) + std::string(good.size() - 4096, '\xA5')},
-      {"schema overwritten", good.substr(0, 100) + std::string(3996, '\xA5') + good.substr(4096)},
-      {"another format", good.substr(0, 63) + '\x02' + good.substr(64)},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.title);
-    const ScratchFolder damaged;
-    damaged.Write("user.hive", row.bytes);
-    UseRegistry(damaged.Path());
-    EXPECT_EQ(Open(HKEY_CURRENT_USER, kPath, KEY_READ), ERROR_BADDB);
-    EXPECT_EQ(Create(HKEY_CURRENT_USER, kPath), ERROR_BADDB);
-    EXPECT_EQ(RegQueryValueExW(HKEY_CURRENT_USER, _T("a"), nullptr, nullptr, nullptr, nullptr), ERROR_BADDB);
-    EXPECT_EQ(RegDeleteTreeW(HKEY_CURRENT_USER, kPath), ERROR_BADDB);
-  }
 }
 
 // The machine's hive lies in a folder of another user.

@@ -1,0 +1,192 @@
+// The hives' files: damage, a lock that another process holds, and one state for a whole transaction.
+#include <chrono>
+
+#include "platform/handles.h"
+#include "platform/registry_files.h"
+#include "tests/child_process.h"
+#include "tests/platform/hive_file.h"
+
+namespace kvtest {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr LPCTSTR kPath = _T("Software\\Test");
+
+// A registry of its own with the key kPath, which has a value and three sub-keys.
+class HiveFile : public testing::Test {
+ protected:
+  void SetUp() override {
+    Put(HKEY_CURRENT_USER, kPath, _T("a"), {REG_DWORD, Raw(1)});
+    for (const LPCTSTR name : {_T("A"), _T("B"), _T("C")})
+      ASSERT_EQ(Create(HKEY_CURRENT_USER, (Text(kPath) + _T("\\") + name).c_str()), ERROR_SUCCESS);
+    TakeHiveFault(HKEY_CURRENT_USER, HiveFault::During::kReading);
+    TakeHiveFault(HKEY_CURRENT_USER, HiveFault::During::kWriting);
+  }
+  // Runs a statement on the hive in another process.
+  std::string Sql(const std::string& sql) const {
+    return IsTrueInChild([&] { return Ask(file_, sql.c_str()).empty(); }) ? "" : "failed: " + sql;
+  }
+
+  const ScratchFolder scratch_;
+  const fs::path file_ = scratch_.Path() / "user.hive";
+  const RegistryIn registry_{scratch_.Path()};
+};
+
+TEST_F(HiveFile, DamagedHiveIsReported) {
+  ASSERT_TRUE(IsTrueInChild([&] {  // brings the log into the hive
+    return Ask(file_, "PRAGMA wal_checkpoint(TRUNCATE)").starts_with('0');
+  }));
+  const std::string good = kvtest::ReadFile(file_);
+  const struct {
+    const char* title;
+    std::string bytes;
+  } rows[] = {
+      {"empty", ""},
+      {"no hive at all", std::string(8192, 'x')},
+      {"pages overwritten", good.substr(0, 4096) + std::string(good.size() - 4096, '\xA5')},
+      {"schema overwritten", good.substr(0, 100) + std::string(3996, '\xA5') + good.substr(4096)},
+      {"another format", good.substr(0, 63) + '\x02' + good.substr(64)},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.title);
+    const ScratchFolder damaged;
+    damaged.Write("user.hive", row.bytes);
+    UseRegistry(damaged.Path());
+    EXPECT_EQ(Open(HKEY_CURRENT_USER, kPath, KEY_READ), ERROR_BADDB);
+    EXPECT_EQ(Create(HKEY_CURRENT_USER, kPath), ERROR_BADDB);
+    EXPECT_EQ(RegQueryValueExW(HKEY_CURRENT_USER, _T("a"), nullptr, nullptr, nullptr, nullptr), ERROR_BADDB);
+    EXPECT_EQ(RegDeleteTreeW(HKEY_CURRENT_USER, kPath), ERROR_BADDB);
+  }
+}
+
+// The last status of an enumeration from index 0 on, after at most 10 steps.
+template <class Enumerate>
+LSTATUS StatusOfWalk(Enumerate enumerate) {
+  TCHAR name[256];
+  LSTATUS status = ERROR_SUCCESS;
+  for (DWORD i = 0, units = 256; status == ERROR_SUCCESS && i < 10; ++i, units = 256)
+    status = enumerate(i, name, &units);
+  return status;
+}
+
+TEST_F(HiveFile, RowsThatContradictEachOtherAreDamage) {
+  const std::string of_b = " WHERE path LIKE '%TEST_B'", of_value = " WHERE folded = 'A'";
+  const struct {
+    bool values;
+    LPCTSTR below;
+    std::string sql;
+  } rows[] = {
+      {false, _T(""), "UPDATE key SET name = ''" + of_b},
+      {false, _T(""), "UPDATE key SET name = 'B' || char(0)" + of_b},
+      {false, _T(""), "UPDATE key SET name = 'B\\C'" + of_b},
+      {false, _T(""), "UPDATE key SET name = 'X'" + of_b},
+      {false, _T(""), "UPDATE key SET path = '\\SOFTWARE\\TEST\\', name = ''" + of_b},
+      {false, _T("\\B"), "UPDATE key SET parent = id" + of_b},
+      {false, _T(""), "UPDATE key SET path = CAST(path AS BLOB)" + of_b},
+      {true, _T(""), "UPDATE value SET name = 'x'" + of_value},
+      {true, _T(""), "UPDATE value SET name = 'a' || char(0)" + of_value},
+      {true, _T(""), "UPDATE value SET name = printf('%.20000c', 'a'), folded = printf('%.20000c', 'A')" + of_value},
+  };
+  const std::string good = (Ask(file_, "PRAGMA wal_checkpoint(TRUNCATE)"), ReadFile(file_));
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.sql);
+    const ScratchFolder damaged;
+    damaged.Write("user.hive", good);
+    EXPECT_EQ(Ask(damaged.Path() / "user.hive", row.sql.c_str()), "");
+    UseRegistry(damaged.Path());
+    Key key;
+    ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, (Text(kPath) + row.below).c_str(), 0, KEY_READ, &key), ERROR_SUCCESS);
+    EXPECT_EQ(StatusOfWalk([&](DWORD i, LPWSTR name, DWORD* units) {
+                return row.values ? RegEnumValueW(key, i, name, units, nullptr, nullptr, nullptr, nullptr)
+                                  : RegEnumKeyExW(key, i, name, units, nullptr, nullptr, nullptr, nullptr);
+              }),
+              ERROR_BADDB);
+    const HiveFault fault = TakeHiveFault(HKEY_CURRENT_USER, HiveFault::During::kReading);
+    EXPECT_EQ(fault.status, ERROR_BADDB);
+    EXPECT_EQ(fault.file, (damaged.Path() / "user.hive").string());
+  }
+  UseRegistry(scratch_.Path());
+  EXPECT_EQ(CheckHive(HKEY_CURRENT_USER), ERROR_SUCCESS);
+}
+
+// A key's path in the table differs from that in the index: each step from the row led to the same row again.
+TEST_F(HiveFile, WalkEndsAtARowThatDiffersFromItsIndex) {
+  std::string bytes = (Ask(file_, "PRAGMA wal_checkpoint(TRUNCATE)"), ReadFile(file_));
+  const std::string path = "\\SOFTWARE\\TEST\\B";
+  int places = 0;
+  for (std::size_t at = bytes.find(path); at != bytes.npos; at = bytes.find(path, at + 1), ++places) {
+    std::string changed = bytes;
+    changed[at + path.size() - 1] = 'A';
+    const ScratchFolder damaged;
+    damaged.Write("user.hive", changed);
+    UseRegistry(damaged.Path());
+    EXPECT_EQ(CheckHive(HKEY_CURRENT_USER), ERROR_BADDB);
+    Key key;
+    ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, kPath, 0, KEY_READ, &key), ERROR_SUCCESS);
+    EXPECT_NE(StatusOfWalk([&](DWORD i, LPWSTR name, DWORD* units) {
+                return RegEnumKeyExW(key, i, name, units, nullptr, nullptr, nullptr, nullptr);
+              }),
+              ERROR_SUCCESS);
+  }
+  EXPECT_EQ(places, 3) << "in the table and in two indexes";
+}
+
+// ---- other processes
+
+TEST_F(HiveFile, LockOfAnotherProcessIsWaitedForOnce) {
+  const SharedNumber step;
+  const pid_t child = InChild([&] {
+    sqlite3* connection = nullptr;
+    if (sqlite3_open(file_.c_str(), &connection) != SQLITE_OK) return false;
+    if (sqlite3_exec(connection, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr) != SQLITE_OK) return false;
+    for (*step = 1; *step == 1;) usleep(1000);
+    return sqlite3_close(connection) == SQLITE_OK;
+  });
+  while (*step == 0 && waitpid(child, nullptr, WNOHANG) == 0) usleep(1000);
+  Key key;
+  ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, kPath, 0, KEY_ALL_ACCESS, &key), ERROR_SUCCESS);
+  const auto start = std::chrono::steady_clock::now();
+  {
+    const RegistryWaitLimit outer(60'000), limit(200);
+    for (DWORD i = 2; i < 12; ++i) EXPECT_EQ(SetNumber(key, _T("a"), i), ERROR_BUSY);
+    EXPECT_EQ(Number(key, _T("a")), 1) << "readers don't wait";
+  }
+  const auto waited = std::chrono::steady_clock::now() - start;
+  EXPECT_GE(waited, std::chrono::milliseconds(200));
+  EXPECT_LT(waited, std::chrono::milliseconds(2000));
+  EXPECT_EQ(TakeHiveFault(HKEY_CURRENT_USER, HiveFault::During::kWriting).status, ERROR_BUSY);
+  *step = 2;
+  EXPECT_EQ(ExitCode(child), 0);
+  EXPECT_EQ(SetNumber(key, _T("a"), 5), ERROR_SUCCESS);
+}
+
+TEST_F(HiveFile, TransactionReadsOneStateAndLocksWhenAKeyIsOpenedToWrite) {
+  const auto set_in_child = [](DWORD number) {
+    return IsTrueInChild([number] {
+      const RegistryWaitLimit none(0);
+      Key key;
+      return RegOpenKeyExW(HKEY_CURRENT_USER, kPath, 0, KEY_WRITE, &key) == 0 && SetNumber(key, _T("a"), number) == 0 &&
+             Create(key, _T("Made meanwhile")) == 0;
+    });
+  };
+  const HANDLE transaction = CreateTransaction(nullptr, nullptr, 0, 0, 0, 0, nullptr);
+  Key reading, writing;
+  ASSERT_EQ(RegOpenKeyTransactedW(HKEY_CURRENT_USER, kPath, 0, KEY_READ, &reading, transaction, nullptr), 0);
+  EXPECT_TRUE(set_in_child(2));
+  EXPECT_EQ(Number(reading, _T("a")), 1);
+  EXPECT_EQ(SubKeys(reading).size(), 3U);
+  ASSERT_EQ(RegOpenKeyTransactedW(HKEY_CURRENT_USER, kPath, 0, KEY_WRITE | KEY_READ, &writing, transaction, nullptr),
+            0);
+  EXPECT_EQ(Number(writing, _T("a")), 2);
+  EXPECT_FALSE(set_in_child(3));
+  EXPECT_EQ(SetNumber(writing, _T("a"), 4), ERROR_SUCCESS);
+  EXPECT_TRUE(CommitTransaction(transaction));
+  CloseHandle(transaction);
+  EXPECT_TRUE(set_in_child(5));
+}
+
+}  // namespace
+
+}  // namespace kvtest
