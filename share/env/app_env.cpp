@@ -1,10 +1,17 @@
 // The environment: creation, the order of its initialisation, the switches that it writes to the registry.
 #include "share/env/app_env.h"
 
+#include "platform/registry_files.h"
 #include "share/core/registry_access.h"
 #include "share/core/registry_keys.h"
 #include "share/env/feature_switches.h"
 #include "share/settings/settings_key.h"
+
+namespace {
+
+constexpr int kMostWait_ms = 2000;  // for other writers of the registry, in a whole start
+
+}  // namespace
 
 // ---- life
 
@@ -14,6 +21,7 @@ CKVEnvApp* CKVEnvApp::m_envAppInstance = nullptr;
 CKVEnvApp* CKVEnvApp::Instance() {
   if (!m_IsEnvObjectCreated) {
     // Set before Init, so that code called by Init gets this object and builds no second one.
+    const RegistryWaitLimit limit(kMostWait_ms);
     m_IsEnvObjectCreated = 1;
     m_envAppInstance = new CKVEnvApp;
     m_envAppInstance->Init();

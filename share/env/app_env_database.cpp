@@ -92,8 +92,10 @@ void CKVEnvApp::SetDatabaseInstallationData() {
   SaveChanges(stored, {stored.forms, IsAccessFound(/*is32Bit=*/1), IsAccessFound(/*is32Bit=*/0)});
 }
 
+// In a registry that can't be written the value is still empty after SetDefaultTechDBForms.
 void CKVEnvApp::SetConfigDataUseStatus() {
-  m_bConfigData = GetRegSettingStringValue(HKEY_CURRENT_USER, kVersionKey, kForms) == kApplication;
+  const CString forms = GetRegSettingStringValue(HKEY_CURRENT_USER, kVersionKey, kForms);
+  m_bConfigData = forms.IsEmpty() || forms == kApplication;
 }
 
 // ---- the list of databases
