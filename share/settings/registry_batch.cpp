@@ -3,8 +3,10 @@
 
 #include <algorithm>
 
-#include "platform/handles.h"
+#include "platform/registry_files.h"
+#include "share/core/registry_transaction.h"
 #include "share/settings/settings_key.h"
+#include "share/settings/settings_transaction.h"
 
 namespace {
 
@@ -13,6 +15,9 @@ constexpr DWORD kMostBytes = 0x1FFFFFFF;
 // From this number of changed values on a transaction is faster than single writes.
 constexpr std::size_t kLeastForTransaction = 3;
 constexpr DWORD kNameUnits = 256;
+constexpr int kMostWait_ms = 30'000;  // for other writers, in one save
+
+thread_local const SettingsTransaction* t_transaction = nullptr;
 
 void DeleteAllValues(HKEY key) {
   TCHAR name[kNameUnits];
@@ -23,6 +28,14 @@ void DeleteAllValues(HKEY key) {
 }
 
 }  // namespace
+
+SettingsTransaction::SettingsTransaction(For use) : use_(use) { t_transaction = this; }
+
+SettingsTransaction::~SettingsTransaction() { t_transaction = nullptr; }
+
+HANDLE SettingsTransaction::Current() { return t_transaction ? HANDLE(t_transaction->transaction_) : nullptr; }
+
+bool SettingsTransaction::IsReading() { return t_transaction && t_transaction->use_ == For::kReading; }
 
 bool ReadStored(HKEY key, LPCTSTR name, StoredValue& stored) {
   DWORD size = 8;  // most values are numbers
@@ -136,14 +149,10 @@ void RegistrySave::FindChanges() {
 }
 
 bool RegistrySave::WriteInTransaction() const {
-  const HANDLE transaction = CreateTransaction(nullptr, nullptr, 0, 0, 0, 0, nullptr);
-  if (transaction == INVALID_HANDLE_VALUE) return false;
-  const bool all =
-      std::all_of(batches_.begin(), batches_.end(),
-                  [&](const RegistryBatch& batch) { return !batch.changes_ || batch.WriteIn(transaction); }) &&
-      CommitTransaction(transaction);
-  CloseHandle(transaction);
-  return all;
+  RegistryTransaction transaction;
+  return std::all_of(batches_.begin(), batches_.end(),
+                     [&](const RegistryBatch& batch) { return !batch.changes_ || batch.WriteIn(transaction); }) &&
+         transaction.Commit() == ERROR_SUCCESS;
 }
 
 bool RegistrySave::WriteEach() const {
@@ -153,9 +162,10 @@ bool RegistrySave::WriteEach() const {
 }
 
 bool RegistrySave::Finish() {
+  const RegistryWaitLimit limit(kMostWait_ms);
   FindChanges();
   bool all = changes_ == 0;
-  if (changes_ >= kLeastForTransaction) all = WriteInTransaction();
+  if (changes_ >= kLeastForTransaction && !SettingsTransaction::Current()) all = WriteInTransaction();
   if (!all) all = WriteEach();  // one value that can't be written makes the whole transaction fail
   batches_.clear();
   changes_ = 0;

@@ -44,7 +44,8 @@ KVSHARE_API bool ParseKeyName(std::basic_string_view<TCHAR> text, KeyName& key);
 // The full name with the long name of the hive.
 KVSHARE_API std::basic_string<TCHAR> FullName(const KeyName& key);
 
-// The error for a failed registry call on the key. status is the call's result.
+// The error for a failed registry call on the key. status is the call's result. Where the hive's file is the cause, the
+// reason names it as a system path.
 KVSHARE_API Error ErrorOf(LSTATUS status, const KeyName& key, int line = 0);
 
 // One change that a text asks for. name is used for values only; type and data for kSetValue only.
@@ -66,9 +67,9 @@ KVSHARE_API bool Parse(std::string_view bytes, std::vector<Step>& steps, Error& 
 // missing key or value is no error.
 KVSHARE_API bool Apply(const std::vector<Step>& steps, Error& error);
 
-// Writes the key and everything below it as the bytes of a text: values in the order of their creation, sub-keys by
-// name. False and the error if the key is missing or can't be read, or if a name has a line break, for which the format
-// has no form.
+// Writes the key and everything below it, in one state, as the bytes of a text: values in the order of their creation,
+// sub-keys by name. False and the error if the key is missing or can't be read, or if a name has a line break, for
+// which the format has no form.
 KVSHARE_API bool Write(const KeyName& key, std::string& bytes, Error& error);
 
 }  // namespace registry_text

@@ -5,8 +5,10 @@
 
 #include "framework/text.h"
 #include "platform/errors.h"
-#include "platform/handles.h"
+#include "platform/process.h"
+#include "platform/registry_files.h"
 #include "share/core/registry_key_handle.h"
+#include "share/core/registry_transaction.h"
 #include "share/settings/registry_text.h"
 
 namespace registry_text {
@@ -22,14 +24,6 @@ constexpr std::size_t kNameRoom = 16384;
 
 class Import {
  public:
-  Import() : transaction_(CreateTransaction(nullptr, nullptr, 0, 0, 0, 0, nullptr)) {}
-  Import(const Import&) = delete;
-  Import& operator=(const Import&) = delete;
-  ~Import() {
-    key_.Close();
-    if (transaction_ != INVALID_HANDLE_VALUE) CloseHandle(transaction_);
-  }
-
   LSTATUS Run(const Step& step) {
     switch (step.kind) {
       case Step::Kind::kCreateKey: return Create(step.key);
@@ -43,7 +37,7 @@ class Import {
 
   LSTATUS Commit() {
     key_.Close();
-    return CommitTransaction(transaction_) ? ERROR_SUCCESS : LSTATUS(GetLastError());
+    return transaction_.Commit();
   }
 
  private:
@@ -54,7 +48,7 @@ class Import {
                                    nullptr, transaction_, nullptr);
   }
 
-  // Deletes the leaves first. A path has at most 512 levels.
+  // Deletes the leaves first. A path has at most 512 levels. A sub-key that is listed and can't be found is damage.
   LSTATUS DeleteTree(HKEY hive, const Text& path) {
     RegistryKeyHandle key;
     LSTATUS status =
@@ -64,13 +58,14 @@ class Import {
       DWORD units = 256;
       status = RegEnumKeyExW(key, 0, name, &units, nullptr, nullptr, nullptr, nullptr);
       if (status == ERROR_SUCCESS) status = DeleteTree(hive, path + TCHAR('\\') + name);
+      if (status == ERROR_FILE_NOT_FOUND) return ERROR_BADDB;
     }
     key.Close();
     return status == ERROR_NO_MORE_ITEMS ? RegDeleteKeyTransactedW(hive, path.c_str(), 0, 0, transaction_, nullptr)
                                          : status;
   }
 
-  HANDLE transaction_;
+  RegistryTransaction transaction_;
   RegistryKeyHandle key_;  // the key of the last kCreateKey step; the steps for its values follow
 };
 
@@ -83,7 +78,7 @@ class Writer {
   bool Run(const KeyName& key) {
     bytes_ = "\xFF\xFE";
     Put(_T("Windows Registry Editor Version 5.00\r\n"));
-    if (!WriteKey(key)) return false;
+    if (!WriteKey(key, /*listed=*/false)) return false;
     Put(_T("\r\n"));
     return true;
   }
@@ -116,10 +111,12 @@ class Writer {
     return Fail({0, fmt::format("a name in {} has a line break", ToUtf8(FullName(key))), "rename or delete it first"});
   }
 
-  bool WriteKey(const KeyName& key) {
+  // A sub-key that its key has listed and that can't be found is damage.
+  bool WriteKey(const KeyName& key, bool listed) {
     RegistryKeyHandle open;
-    if (const LSTATUS status = RegOpenKeyExW(key.hive, key.path.c_str(), 0, KEY_READ, open.Receive())) {
-      return Fail(ErrorOf(status, key));
+    if (const LSTATUS status =
+            RegOpenKeyTransactedW(key.hive, key.path.c_str(), 0, KEY_READ, open.Receive(), transaction_, nullptr)) {
+      return Fail(ErrorOf(listed && status == ERROR_FILE_NOT_FOUND ? ERROR_BADDB : status, key));
     }
     Put(_T("\r\n["));
     Put(FullName(key));
@@ -136,7 +133,8 @@ class Writer {
       if (status == ERROR_NO_MORE_ITEMS) return true;
       if (status != ERROR_SUCCESS) return Fail(ErrorOf(status, key));
       if (!CheckName(key, {name, units})) return false;
-      if (!WriteKey({key.hive, key.path.empty() ? Text(name) : key.path + TCHAR('\\') + name})) return false;
+      const KeyName below{key.hive, key.path.empty() ? Text(name) : key.path + TCHAR('\\') + name};
+      if (!WriteKey(below, /*listed=*/true)) return false;
     }
   }
 
@@ -197,6 +195,7 @@ class Writer {
     return true;
   }
 
+  RegistryTransaction transaction_;
   std::string& bytes_;
   Error& error_;
   std::size_t column_ = 0;
@@ -206,13 +205,38 @@ class Writer {
 
 }  // namespace
 
+namespace {
+
+bool IsSet(LPCTSTR variable) { return GetEnvironmentVariableW(variable, nullptr, 0) > 1; }
+
+std::string RemedyOfRights(HKEY hive) {
+  const bool homeless = hive == HKEY_CURRENT_USER && !IsSet(_T("HOME")) && !IsSet(_T("XDG_CONFIG_HOME"));
+  if (homeless && !IsSet(_T("KV_REGISTRY"))) return "set HOME, or KV_REGISTRY to a folder that you may write";
+  return "run as a user who has the rights, or set KV_REGISTRY to another folder";
+}
+
+}  // namespace
+
 Error ErrorOf(LSTATUS status, const KeyName& key, int line) {
-  const std::string name = ToUtf8(FullName(key));
+  const std::string name = ToUtf8(FullName(key)), file = HiveFile(key.hive);
   switch (status) {
-    case ERROR_FILE_NOT_FOUND: return {line, fmt::format("there is no key {}", name), "check the name"};
+    case ERROR_FILE_NOT_FOUND:
+      if (CheckHive(key.hive) != ERROR_FILE_NOT_FOUND)
+        return {line, fmt::format("there is no key {}", name), "check the name"};
+      return {line, fmt::format("there is no key {}: the registry is empty, {} does not exist", name, file),
+              "set KV_REGISTRY if the registry is in another folder"};
     case ERROR_ACCESS_DENIED:
-      return {line, fmt::format("access to {} is denied", name), "run as a user who has the rights"};
-    case ERROR_BADDB: return {line, fmt::format("{}: {}", name, ErrorText(ERROR_BADDB)), "restore it from a backup"};
+      return {line, fmt::format("access to {} is denied: {} or its folder", name, file), RemedyOfRights(key.hive)};
+    case ERROR_PATH_NOT_FOUND:
+      return {line, fmt::format("{} cannot be used: a part of the path is not a folder", file),
+              "set KV_REGISTRY to a folder"};
+    case ERROR_BADDB:
+      return {line, fmt::format("{} is damaged", file),
+              "restore it from a backup, or move it away to begin with an empty registry"};
+    case ERROR_DISK_FULL: return {line, fmt::format("{}: the disk is full", file), "free some space"};
+    case ERROR_REGISTRY_IO_FAILED:
+      return {line, fmt::format("{}: {}", file, ErrorText(DWORD(status))), "check the disk"};
+    case ERROR_BUSY: return {line, fmt::format("another process keeps {} locked", file), "end it, or try again later"};
     default: return {line, fmt::format("{}: {}", name, ErrorText(DWORD(status))), "try again"};
   }
 }
@@ -226,7 +250,7 @@ bool Apply(const std::vector<Step>& steps, Error& error) {
     }
   }
   if (const LSTATUS status = import.Commit()) {
-    error = {0, std::string("nothing was changed: ") + ErrorText(DWORD(status)), "try again"};
+    error = ErrorOf(status, steps.empty() ? KeyName{HKEY_CURRENT_USER, {}} : steps.back().key);
     return false;
   }
   return true;

@@ -10,6 +10,7 @@
 #include "share/core/dump.h"
 #include "share/settings/internal/name_index.h"
 #include "share/settings/internal/registry_batch.h"
+#include "share/settings/settings_transaction.h"
 
 IMPLEMENT_SERIAL(QFSettingsKey, QFBaseObject, VERSIONABLE_SCHEMA | 1)
 
@@ -272,12 +273,17 @@ void QFSettingsKey::GetValue(const CString& name, CArray<int, int>& value) const
 HKEY QFSettingsKey::SetKey(HKEY hive) { return std::exchange(m_Key, hive); }
 
 HKEY QFSettingsKey::GetHandleToKey(int create, int readOnly) const {
-  const REGSAM access = readOnly ? KEY_READ : KEY_ALL_ACCESS;
+  const bool reads = SettingsTransaction::IsReading();
+  const REGSAM access = readOnly || reads ? KEY_READ : KEY_ALL_ACCESS;
+  const HANDLE transaction = SettingsTransaction::Current();
   HKEY handle = nullptr;
-  if (create) {
-    TCHAR noClass[] = _T("");
-    DWORD disposition = 0;
-    RegCreateKeyExW(m_Key, m_Path, 0, noClass, 0, access, nullptr, &handle, &disposition);
+  TCHAR noClass[] = _T("");
+  if (create && transaction && !reads) {
+    RegCreateKeyTransactedW(m_Key, m_Path, 0, noClass, 0, access, nullptr, &handle, nullptr, transaction, nullptr);
+  } else if (create && !reads) {
+    RegCreateKeyExW(m_Key, m_Path, 0, noClass, 0, access, nullptr, &handle, nullptr);
+  } else if (transaction) {
+    RegOpenKeyTransactedW(m_Key, m_Path, 0, access, &handle, transaction, nullptr);
   } else {
     RegOpenKeyExW(m_Key, m_Path, 0, access, &handle);
   }
