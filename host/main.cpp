@@ -14,14 +14,18 @@
 #include "host/module/main_module.h"
 #include "host/shell/failure.h"
 #include "host/shell/output.h"
+#include "platform/registry_files.h"
 
 namespace {
+
+constexpr int kMostWait_ms = 30'000;  // for other writers of the registry, in the whole command
 
 int Run(int argc, char** argv) {
   CLI::App app{"kestrova: the command line of the KVSHAREu shared library"};
   app.set_version_flag("-V,--version", "kestrova " KV_VERSION);
   app.require_subcommand(1);
   const kestrova::MainModuleScope module;
+  const RegistryWaitLimit limit(kMostWait_ms);
   std::string footer = "Examples:\n";
   for (const kestrova::Command& command : kestrova::kCommands) {
     const std::string example = std::string("  kestrova ") + command.example + '\n';

@@ -79,7 +79,7 @@ std::string Counted(std::ptrdiff_t count, const char* what) {
 
 void RunDoctor(bool asJson) {
   const RecordedMessageBoxes boxes;  // the findings report the same faults
-  StartMainModule();
+  StartMainModule(Needs::kNoReport);
   const std::vector<EnvironmentFinding> findings = ExamineEnvironment(*AppEnv());
   const auto count = [&](FindingGrade grade) {
     return std::count_if(findings.begin(), findings.end(), [&](const auto& finding) { return finding.grade == grade; });

@@ -4,18 +4,21 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <functional>
 #include <memory>
 #include <nlohmann/json.hpp>
 
 #include "host/commands/commands.h"
+#include "host/registry/registry_reader.h"
 #include "host/settings/feed_color_table.h"
 #include "host/shell/color_text.h"
 #include "host/shell/failure.h"
+#include "host/shell/output.h"
 #include "platform/console.h"
-#include "platform/errors.h"
 #include "platform/numbers.h"
 #include "share/core/registry_key_handle.h"
 #include "share/settings/feed_colors.h"
+#include "share/settings/settings_transaction.h"
 
 namespace kestrova {
 namespace {
@@ -70,12 +73,14 @@ std::unique_ptr<QFFeedColorsSettings> RestoreTable(const Arguments& arguments) {
   if (arguments.process == "edm") table = std::make_unique<QFEdmFeedColorsSettings>();
   // Restoring a key that cannot be opened would look like an empty table.
   RegistryKeyHandle key;
-  TCHAR noClass[] = _T("");
-  const LSTATUS status = RegCreateKeyExW(HKEY_CURRENT_USER, table->GetPath(), 0, noClass, 0, KEY_ALL_ACCESS, nullptr,
-                                         key.Receive(), nullptr);
-  if (status != ERROR_SUCCESS)
-    throw Failure(fmt::format("cannot open {}: {}; check the registry's folder, which KV_REGISTRY names",
-                              KeyName(*table), ErrorText(DWORD(status))));
+  const HANDLE transaction = SettingsTransaction::Current();
+  const CString path = table->GetPath();
+  CheckStatus(transaction ? RegCreateKeyTransactedW(HKEY_CURRENT_USER, path, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
+                                                    key.Receive(), nullptr, transaction, nullptr)
+                          : RegCreateKeyExW(HKEY_CURRENT_USER, path, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
+                                            key.Receive(), nullptr),
+              {HKEY_CURRENT_USER, path.GetString()});
+  key.Close();
   table->RestoreValuesFromRegistry();
   return table;
 }
@@ -96,7 +101,19 @@ void Save(QFFeedColorsSettings& table, Rows rows) {
   rows.erase(std::unique(rows.begin(), rows.end(), alike), rows.end());
   table.RemoveAll();
   for (auto row = rows.rbegin(); row != rows.rend(); ++row) table.AddValue(row->up_to, row->color);
-  if (!table.SaveValuesToRegistry()) throw Failure("cannot write " + KeyName(table) + "; its rows may be incomplete");
+  if (!table.SaveValuesToRegistry()) throw Failure("cannot write " + KeyName(table) + "; nothing was changed");
+}
+
+// Changes the rows of a table. Other writers wait from the reading to the writing, so that no row of theirs is lost.
+std::unique_ptr<QFFeedColorsSettings> ChangeTable(
+    const Arguments& arguments, const std::function<void(const QFFeedColorsSettings&, Rows&)>& change) {
+  SettingsTransaction transaction(SettingsTransaction::For::kChanging);
+  auto table = RestoreTable(arguments);
+  Rows rows = RowsOf(*table);
+  change(*table, rows);
+  Save(*table, std::move(rows));
+  CheckStatus(transaction.Commit(), {HKEY_CURRENT_USER, table->GetPath().GetString()});
+  return table;
 }
 
 bool EraseRow(Rows& rows, double feed) {
@@ -115,41 +132,40 @@ Json ColorJson(unsigned long color) {
   return {{"rgb", ColorText(color)}, {"value", color}};
 }
 
-void Show(const Arguments& arguments) {
-  const auto table = RestoreTable(arguments);
-  const Rows rows = RowsOf(*table);
-  if (!arguments.json) {
-    fmt::print("{}", FeedColorsText(rows, OnColorTerminal()));
-    return;
-  }
+void PrintTable(const Arguments& arguments, QFFeedColorsSettings& table) {
   Json list = Json::array();
-  for (const FeedColorRow& row : rows) {
+  for (const FeedColorRow& row : RowsOf(table)) {
     Json one = {{"upTo", row.up_to}};
     one.update(ColorJson(row.color));
     list.push_back(one);
   }
-  fmt::print("{}\n", Json({{"process", arguments.process}, {"key", KeyName(*table)}, {"rows", list}}).dump(2));
+  PrintJson({{"process", arguments.process}, {"key", KeyName(table)}, {"rows", list}});
+}
+
+void Show(const Arguments& arguments) {
+  const auto table = RestoreTable(arguments);
+  if (arguments.json) return PrintTable(arguments, *table);
+  PrintRaw(FeedColorsText(RowsOf(*table), OnColorTerminal()));
 }
 
 void Add(const Arguments& arguments) {
-  const FeedColorRow row{arguments.Feed(), arguments.Color()};
-  const auto table = RestoreTable(arguments);
-  Rows rows = RowsOf(*table);
-  EraseRow(rows, row.up_to);
-  rows.push_back(row);
-  Save(*table, std::move(rows));
+  const FeedColorRow added{arguments.Feed(), arguments.Color()};
+  const auto table = ChangeTable(arguments, [&](const QFFeedColorsSettings&, Rows& rows) {
+    EraseRow(rows, added.up_to);
+    rows.push_back(added);
+  });
+  if (arguments.json) PrintTable(arguments, *table);
 }
 
 void Remove(const Arguments& arguments) {
   const double feed = arguments.Feed();
-  const auto table = RestoreTable(arguments);
-  Rows rows = RowsOf(*table);
-  if (!EraseRow(rows, feed)) {
+  const auto table = ChangeTable(arguments, [&](const QFFeedColorsSettings& before, Rows& rows) {
     std::string present;
     for (const FeedColorRow& row : rows) present += (present.empty() ? "" : ", ") + FeedText(row.up_to);
-    throw NotFound(fmt::format("{} has no row {}; it has {}", KeyName(*table), FeedText(feed), present));
-  }
-  Save(*table, std::move(rows));
+    if (!EraseRow(rows, feed))
+      throw NotFound(fmt::format("{} has no row {}; it has {}", KeyName(before), FeedText(feed), present));
+  });
+  if (arguments.json) PrintTable(arguments, *table);
 }
 
 void Color(const Arguments& arguments) {
@@ -158,9 +174,9 @@ void Color(const Arguments& arguments) {
   if (arguments.json) {
     Json found = {{"process", arguments.process}, {"feed", feed}};
     found.update(ColorJson(color));
-    fmt::print("{}\n", found.dump(2));
+    PrintJson(found);
   } else {
-    fmt::print("{}\n", color == kNoFeedColor ? "none" : ColorPatch(color, OnColorTerminal()));
+    PrintRaw((color == kNoFeedColor ? "none" : ColorPatch(color, OnColorTerminal())) + '\n');
   }
 }
 
@@ -188,7 +204,7 @@ void AddFeedColorCommands(CLI::App& group) {
   for (CLI::App* command : {add, remove, color})
     command->add_option("FEED", arguments.feed, "The feed, in the units of the program")->required();
   add->add_option("COLOR", arguments.color, "#RRGGBB or 0xBBGGRR")->required();
-  for (CLI::App* command : {show, color}) command->add_flag("--json", arguments.json, "As JSON");
+  for (CLI::App* command : {show, add, remove, color}) command->add_flag("--json", arguments.json, "As JSON");
 }
 
 }  // namespace kestrova

@@ -7,6 +7,7 @@
 #include "host/document/active_document.h"
 #include "host/document/host_document.h"
 #include "host/shell/progress_bar.h"
+#include "platform/registry_files.h"
 #include "share/core/document_callbacks.h"
 #include "share/core/document_messages.h"
 #include "share/core/registry_keys.h"
@@ -18,6 +19,8 @@ namespace {
 
 using kestrova::ActiveDocument;
 using kestrova::HostDocument;
+
+constexpr int kMostWait_ms = 2000;  // for other writers of the registry, in the whole start
 
 std::unique_ptr<QFAppSettings> g_settings;
 bool g_registered = false;
@@ -88,13 +91,16 @@ void UseLibrary() {
   RegisterCallbacks();
 }
 
-void StartMainModule() {
+void StartMainModule(Needs needs) {
   if (g_settings) return;
   UseLibrary();
+  const RegistryWaitLimit limit(kMostWait_ms);
+  if (needs != Needs::kNoReport) CheckWholeRegistry();
   g_settings = std::make_unique<QFAppSettings>();  // the start of the environment reads them
   g_settings->RestoreValuesFromRegistry();
   InitAppEnv();
   CompleteDefaults(*g_settings);
+  ReportRegistry(needs);
 }
 
 MainModuleScope::~MainModuleScope() {

@@ -5,6 +5,8 @@
 // must not do. One per process, main thread only.
 #pragma once
 
+#include "host/registry/registry_health.h"
+
 namespace kestrova {
 
 // Links the library into the resource chain and registers the callbacks; enough for a command that writes no settings.
@@ -12,8 +14,9 @@ namespace kestrova {
 void UseLibrary();
 
 // Calls UseLibrary, reads the application settings from the registry and starts the environment. A second call does
-// nothing.
-void StartMainModule();
+// nothing. Throws Failure if a file of the registry is damaged; if one can't be read or written, prints that on stderr
+// and goes on with defaults, or throws Failure if the command needs all stored values.
+void StartMainModule(Needs needs = Needs::kDefaultsSuffice);
 
 // The destructor closes the environment if the module was started. Keep one for the time of main.
 class MainModuleScope {

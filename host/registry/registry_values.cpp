@@ -162,7 +162,7 @@ static nlohmann::json DataJson(const RegistryValue& value) {
   return Hex(value.data);
 }
 
-std::string ContentsJson(const std::vector<KeyContent>& contents) {
+nlohmann::ordered_json ContentsJson(const std::vector<KeyContent>& contents) {
   nlohmann::ordered_json keys = nlohmann::ordered_json::array();
   for (const KeyContent& content : contents) {
     nlohmann::ordered_json values = nlohmann::ordered_json::array();
@@ -171,9 +171,9 @@ std::string ContentsJson(const std::vector<KeyContent>& contents) {
     }
     nlohmann::ordered_json sub_keys = nlohmann::ordered_json::array();
     for (const Text& sub_key : content.sub_keys) sub_keys.push_back(ToUtf8(sub_key));
-    keys.push_back({{"key", ToUtf8(registry_text::FullName(content.key))}, {"values", values}, {"subkeys", sub_keys}});
+    keys.push_back({{"key", ToUtf8(registry_text::FullName(content.key))}, {"values", values}, {"subKeys", sub_keys}});
   }
-  return nlohmann::ordered_json{{"keys", keys}}.dump(2);
+  return {{"keys", keys}};
 }
 
 std::vector<BYTE> DataFromText(DWORD type, std::string_view text, std::string_view separator) {

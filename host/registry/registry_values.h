@@ -1,6 +1,7 @@
 // Registry values as the command line shows and reads them: type names, and data as text.
 #pragma once
 
+#include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -33,7 +34,7 @@ std::optional<DWORD> TypeOf(std::string_view name);
 // number of the wrong size, as hexadecimal digits in upper case.
 std::string DataText(const RegistryValue& value);
 // The keys as JSON. Data is a text, a number, an array of texts, or a text of hexadecimal digits.
-std::string ContentsJson(const std::vector<KeyContent>& contents);
+nlohmann::ordered_json ContentsJson(const std::vector<KeyContent>& contents);
 
 // The bytes of a text from the command line. A number is decimal or 0x2a, and may be negative (two's complement);
 // binary data is pairs of hexadecimal digits; the separator divides a list. Throws WrongUsage if the text is not of the

@@ -213,12 +213,34 @@ std::vector<TreeValue> ValuesOf(QFSettingsKey& tree, QFSettingsKey& defaults) {
   return values;
 }
 
+std::vector<TreeValue*> TreeValues::StoredWith(TreeValue& row) {
+  if (is_document) return {&row};
+  std::vector<TreeValue*> found;
+  for (TreeValue& value : all)
+    if (value.owner == row.owner && value.name == row.name) found.push_back(&value);
+  return found;
+}
+
+void TreeValues::Set(TreeValue& row, const Json& data) {
+  const std::vector<TreeValue*> rows = StoredWith(row);
+  for (const TreeValue* each : rows) {
+    if (!Takes(*each->value, data))
+      throw WrongUsage(fmt::format("{} takes {}", row.FullName(), ExpectedBy(*each->value)));
+  }
+  for (TreeValue* each : rows) SetData(*each->value, data);
+}
+
 const char* TypeOf(const QFSettingsValue& value) { return FindType(value)->name; }
 const char* ExpectedBy(const QFSettingsValue& value) { return FindType(value)->expected; }
 Json DataOf(const QFSettingsValue& value) { return FindType(value)->get(value); }
 bool Takes(const QFSettingsValue& value, const Json& data) { return FindType(value)->takes(data); }
 void SetData(QFSettingsValue& value, const Json& data) { FindType(value)->set(value, data); }
 std::string TextOf(const QFSettingsValue& value, const Json& data) { return FindType(value)->toText(data); }
+std::string PlainTextOf(const QFSettingsValue& value) {
+  const Json data = DataOf(value);
+  if (data.is_string()) return data.get<std::string>();
+  return data.is_number() && !value.IsKindOf(RUNTIME_CLASS(QFColorValue)) ? PlainText(data) : TextOf(value, data);
+}
 Json DataFromText(const QFSettingsValue& value, const std::string& text) { return FindType(value)->fromText(text); }
 
 TreeValue& FindValue(std::vector<TreeValue>& values, const std::string& name) {

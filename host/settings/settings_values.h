@@ -29,6 +29,28 @@ struct TreeValue {
   std::string FullName() const { return key + '/' + name; }
 };
 
+// A change of a value: to its current data, or to its default, which removes it from the registry.
+struct SettingChange {
+  TreeValue* row;
+  bool to_default = false;
+};
+
+inline constexpr char kApplicationTree[] = "application";
+inline constexpr char kDocumentTree[] = "document";
+
+// A tree's values and what stores them.
+struct TreeValues {
+  bool is_document = false;
+  std::vector<TreeValue> all;
+
+  const char* Name() const { return is_document ? kDocumentTree : kApplicationTree; }
+  // The values that one stored value stands for, in the order of declaration: a document stores each value; the
+  // registry has one value for all that have the same key and name.
+  std::vector<TreeValue*> StoredWith(TreeValue& row);
+  // Sets the value and all that are stored with it. Throws WrongUsage if one does not take the data.
+  void Set(TreeValue& row, const Json& data);
+};
+
 // The values that `defaults` declares, with the tree's data and the default from `defaults`. Leaves out values that the
 // tree does not have or has with another type, and tables of feed colours.
 std::vector<TreeValue> ValuesOf(QFSettingsKey& tree, QFSettingsKey& defaults);
@@ -45,6 +67,8 @@ bool Takes(const QFSettingsValue& value, const Json& data);
 void SetData(QFSettingsValue& value, const Json& data);
 
 std::string TextOf(const QFSettingsValue& value, const Json& data);
+// The value's data for a script: a text as it is, a time in seconds, all else as TextOf.
+std::string PlainTextOf(const QFSettingsValue& value);
 // The data of a text from the command line; null, which no value takes, if the text does not have the type's form.
 Json DataFromText(const QFSettingsValue& value, const std::string& text);
 

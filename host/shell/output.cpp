@@ -98,6 +98,8 @@ std::string JsonText(const nlohmann::ordered_json& json, int indent) {
 
 void PrintJson(const nlohmann::ordered_json& json) { PrintRaw(JsonText(json, /*indent=*/2) + '\n'); }
 
+void PrintNote(const std::string& text) { std::fprintf(stderr, "kestrova: %s\n", Harmless(text).c_str()); }
+
 void PrintRaw(std::string_view bytes) { std::fwrite(bytes.data(), 1, bytes.size(), stdout); }
 
 }  // namespace kestrova

@@ -51,6 +51,9 @@ std::string JsonText(const nlohmann::ordered_json& json, int indent = -1);
 // Prints a JSON value with an indent of two blanks and a line end.
 void PrintJson(const nlohmann::ordered_json& json);
 
+// Prints a line on stderr for something that does not end the command.
+void PrintNote(const std::string& text);
+
 // Prints bytes as they are: a value for a script, an export, or text of this program's own.
 void PrintRaw(std::string_view bytes);
 

@@ -1,10 +1,12 @@
-// Files that a command reads or writes as a whole. A path is the system's.
+// Files that a command reads or writes as a whole. A path is the system's; "-" is the standard input or output.
 #pragma once
 
 #include <string>
 #include <string_view>
 
 namespace kestrova {
+
+inline constexpr char kStandardStream[] = "-";
 
 // The file's bytes; of a longer file the first mostBytes + 1, so that the caller can refuse it. Throws Failure if the
 // file cannot be read.

@@ -104,7 +104,7 @@ TEST(Completion, OffersCommandsOptionsAndChoices) {
       {"machine export --machines", "", ""},  // the shell offers files
       {"document new part.kvdoc --units", "", "inch\nmm\n"},
       {"reg query", "/", "/s\n/v\n/ve\n"},
-      {"reg query HKCU", "--", "--json\n"},
+      {"reg query HKCU", "--", "--json\n--value\n"},
       {"reg add HKCU /v X /t", "REG_D", "REG_DWORD\nREG_DWORD_BIG_ENDIAN\n"},
   };
   for (const auto& row : rows) {

@@ -73,13 +73,22 @@ TEST_F(SettingsCommand, UnknownNamesAreRefusedWithTheNearest) {
   EXPECT_EQ(Run({"reset", "qqqqqqqq"}), Refused("there is no setting qqqqqqqq; see kestrova settings list", 1));
 }
 
-TEST_F(SettingsCommand, ChangeOfADuplicateNameDoesNotLast) {
-  EXPECT_EQ(Out({"set", "StockDispType", "9"}),
-            "Display/StockDispType: 3 -> 9\nDisplay/StockDispType is declared twice: the registry keeps the value of "
-            "the first, 1; this change does not last\n");
-  EXPECT_EQ(Out({"get", "StockDispType"}), "Display/StockDispType = 1  (default 3)\n");
-  Out({"reset", "StockDispType"});
+TEST_F(SettingsCommand, ChangeOfANameThatIsDeclaredTwiceLasts) {
+  const std::string fresh = Out({"export", "-"});  // has both defaults, 1 and 3
+  EXPECT_EQ(Out({"set", "StockDispType", "9"}), "Display/StockDispType: 3 -> 9\n");
+  EXPECT_EQ(Out({"get", "StockDispType", "--value"}), "9\n");
+  const std::string nine = Out({"export", "-"});
+  const auto import = [](const std::string& text) { return RunCommand({"settings", "import", "-"}, text); };
+  EXPECT_EQ(import(fresh), Prints("1 of 678 values changed\n"));
   EXPECT_EQ(Out({"get", "StockDispType"}), "Display/StockDispType = 3\n");
+  EXPECT_EQ(import(nine), Prints("1 of 678 values changed\n"));
+  EXPECT_EQ(Json({"reset", "StockDispType"})["before"], 9);
+  EXPECT_EQ(Out({"get", "StockDispType"}), "Display/StockDispType = 3\n");
+  nlohmann::json two = nlohmann::json::parse(nine);
+  for (nlohmann::json& row : two["values"])
+    if (row["name"] == "StockDispType") row["value"] = row["default"] == 1 ? 5 : 6;
+  EXPECT_EQ(import(two.dump()), Refused("-: Display/StockDispType is declared twice, but the registry has one value; "
+                                        "give it one in both rows"));
 }
 
 TEST_F(SettingsCommand, DocumentSettingsAreInTheFile) {

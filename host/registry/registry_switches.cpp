@@ -1,0 +1,51 @@
+#include "host/registry/registry_switches.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <sstream>
+
+#include "host/shell/failure.h"
+
+namespace kestrova {
+
+std::string LowerAscii(std::string text) {
+  for (char& c : text) c = c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c;
+  return text;
+}
+
+std::vector<std::string> NamesIn(const char* list) {
+  std::istringstream in(list);
+  return {std::istream_iterator<std::string>(in), {}};
+}
+
+bool IsIn(const char* list, const std::string& name) {
+  const std::vector<std::string> names = NamesIn(list);
+  return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+Switches ReadSwitches(const SwitchForm& form, const std::vector<std::string>& words, const std::string& help) {
+  Switches read;
+  const auto wrong = [&](const std::string& what) { return WrongUsage(fmt::format("{}; {}", what, help)); };
+  for (std::size_t i = 0; i < words.size(); ++i) {
+    const std::string& word = words[i];
+    const std::string name = LowerAscii(word.substr(std::min<std::size_t>(1, word.size())));
+    const bool marked = word.size() > 1 && (word[0] == '/' || word[0] == '-');
+    if (marked && IsIn(form.with_value, name)) {
+      if (i + 1 == words.size()) throw wrong(fmt::format("{} needs a value", word));
+      if (!read.given.emplace(name, words[++i]).second) throw wrong(fmt::format("{} is given twice", word));
+    } else if (marked && IsIn(form.without_value, name)) {
+      read.given.emplace(name, "");
+    } else if (read.words.size() < form.words.size()) {
+      read.words.push_back(word);
+    } else {
+      throw wrong(fmt::format("{} is unexpected", word));
+    }
+  }
+  if (read.words.size() < form.words.size()) throw wrong(fmt::format("{} is missing", form.words[read.words.size()]));
+  if (int(read.Has("v")) + int(read.Has("ve")) + int(read.Has("va")) > 1)
+    throw wrong("only one of /v, /ve and /va can be given");
+  return read;
+}
+
+}  // namespace kestrova
