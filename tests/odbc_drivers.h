@@ -7,6 +7,7 @@
 
 #include "platform/paths.h"
 #include "platform/process.h"
+#include "tests/folders.h"
 #include "tests/scratch.h"
 
 namespace kvtest {
@@ -15,7 +16,7 @@ inline CString ProductPath(const std::filesystem::path& path) { return ProductPa
 
 // The library that the build registered for a driver name.
 inline std::string DriverLibrary(const std::string& name) {
-  const std::string text = ReadFile(KV_BIN_DIR "/../etc/kestrova/odbcinst.ini");
+  const std::string text = ReadFile(BuiltFile("etc/kestrova/odbcinst.ini"));
   const std::size_t section = text.find("[" + name + "]\nDriver=");
   if (section == std::string::npos) {
     ADD_FAILURE() << "the build registered no driver " << name;

@@ -10,6 +10,7 @@
 #include "framework/resources.h"
 #include "platform/paths.h"
 #include "platform/resources.h"
+#include "tests/folders.h"
 
 void PrintTo(const CString& text, std::ostream* out) { *out << '"' << ToUtf8(text) << '"'; }
 
@@ -177,7 +178,7 @@ TEST(Text, BuffersAreTheTextsOwn) {
 }
 
 TEST(Text, StringsByNumberComeFromTheChainsLastLibraryFirst) {
-  const std::u16string path = ProductPathFromSystem(KV_BIN_DIR "/../lib/lang/English/KVRESu.DLL");
+  const std::u16string path = ProductPathFromSystem(kvtest::BuiltFile("lib/lang/English/KVRESu.DLL").string());
   const HMODULE english = LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
   ASSERT_NE(english, nullptr);
   CString text(_T("before"));

@@ -1,6 +1,7 @@
 // kestrova document, as a user runs it.
 #include <set>
 
+#include "tests/folders.h"
 #include "tests/host/run_command.h"
 
 namespace {
@@ -102,7 +103,7 @@ TEST_F(DocumentCommand, ExplainsFailuresInOneLine) {
 TEST_F(DocumentCommand, FailsIfTheDiskIsFullForTheOutput) {
   const std::string file = NewDocument("a.kvdoc", {"--nodes", "3"});
   for (const char* command : {"show", "dump", "verify"}) {
-    const std::string line = std::string(KV_BIN_DIR "/kestrova document ") + command + " \"" + file +
+    const std::string line = kvtest::BuiltFile("bin/kestrova").string() + " document " + command + " \"" + file +
                              "\" >/dev/full 2>\"" + File("err") + "\"";
     EXPECT_EQ(WEXITSTATUS(std::system(line.c_str())), 3) << command;
     EXPECT_EQ(ReadFile(File("err")), "kestrova: the output is incomplete; check whether the disk is full\n");

@@ -4,6 +4,7 @@
 
 #include "host/document/active_document.h"
 #include "share/core/document_messages.h"
+#include "tests/folders.h"
 #include "tests/host/document_fixture.h"
 #include "tests/host/document_records.h"
 #include "tests/host/run_command.h"
@@ -13,7 +14,7 @@ using kvtest::StreamOf;
 
 namespace {
 
-std::string Fixture(const std::string& name) { return KV_TEST_FILES "/fixtures/" + name; }
+std::string Fixture(const std::string& name) { return (kvtest::SourceFile("tests/host/fixtures") / name).string(); }
 
 struct Golden {
   const char* file;

@@ -15,6 +15,7 @@
 #include <cstdlib>
 #include <vector>
 
+#include "tests/folders.h"
 #include "tests/host/run_command.h"
 
 namespace {
@@ -47,14 +48,15 @@ bool StopAtChanges() {
 class TracedSave {
  public:
   TracedSave(const std::string& file, const char* nodes, const char* seed) {
+    const std::string program = kvtest::BuiltFile("bin/kestrova").string();
     process_ = fork();
     if (process_ == 0) {
       const int nowhere = open("/dev/null", O_WRONLY);
       for (const int output : {1, 2}) dup2(nowhere, output);
       setenv("ASAN_OPTIONS", "detect_leaks=0", /*overwrite=*/1);  // the leak check would trace the process
       if (ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0 || raise(SIGSTOP) != 0 || !StopAtChanges()) _exit(126);
-      execl(KV_BIN_DIR "/kestrova", "kestrova", "document", "new", file.c_str(), "--force", "--nodes", nodes, "--seed",
-            seed, nullptr);
+      execl(program.c_str(), "kestrova", "document", "new", file.c_str(), "--force", "--nodes", nodes, "--seed", seed,
+            nullptr);
       _exit(127);
     }
     Wait();  // for its SIGSTOP

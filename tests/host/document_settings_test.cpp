@@ -3,6 +3,7 @@
 #include "host/shell/failure.h"
 #include "share/core/document_callbacks.h"
 #include "share/env/setting_queries.h"
+#include "tests/folders.h"
 #include "tests/host/document_fixture.h"
 #include "tests/host/document_records.h"
 
@@ -49,7 +50,7 @@ TEST_F(DocumentSettings, AreInTheFileAndReachTheLibrary) {
 }
 
 TEST_F(DocumentSettings, OldDocumentHasTheDefaults) {
-  const auto loaded = Load(Mode::kStrict, KV_TEST_FILES "/fixtures/storage38.0.kvdoc");
+  const auto loaded = Load(Mode::kStrict, kvtest::SourceFile("tests/host/fixtures/storage38.0.kvdoc").string());
   EXPECT_EQ(findings_, "");
   EXPECT_EQ(IntOf(loaded->Settings(), _T("SeqHoleFeat")), 5);
 }

@@ -7,6 +7,7 @@
 
 #include "share/core/registry_access.h"
 #include "share/core/registry_keys.h"
+#include "tests/folders.h"
 #include "tests/host/scratch_installation.h"
 
 namespace {
@@ -102,7 +103,7 @@ Harm Damages(const char* file) {
 Harm Removes(const char* file) {
   return [=](const auto& here) { fs::remove_all(here.Lib(file)); };
 }
-Harm Copies(const char* from, const char* to) {
+Harm Copies(const fs::path& from, const char* to) {
   return [=](const auto& here) {
     fs::copy(here.Lib(from), here.Lib(to), fs::copy_options::recursive | fs::copy_options::overwrite_existing);
   };
@@ -120,7 +121,7 @@ const Case kCases[] = {
      "the technology database does not know the language \"Greek\"", "nothing to do"},
     {Damages("lang/English/KVRESu.DLL"), "error", "language",
      "lang/English/KVRESu.DLL is not a readable resource library", "/v Language /d English /f"},
-    {Copies(KV_SOURCE_DIR "/fuzz/seeds/resources/languages.dll", "lang/German/KVRESu.DLL") + kGerman, "warning",
+    {Copies(kvtest::SourceFile("fuzz/seeds/resources/languages.dll"), "lang/German/KVRESu.DLL") + kGerman, "warning",
      "language", "texts are missing in", "this release's language library"},
     {Removes("lang/English") + kGerman, "warning", "language", "no English library", "install the English language"},
     {Keeps(_T("KVDataPath"), "/no/folder"), "error", "folders",
@@ -144,8 +145,8 @@ const Case kCases[] = {
     {kForms, "error", "technology database", "the forms file is missing: ", "/v TechDBForms /d 'TechDB App' /f"},
     {kForms + Damages("lang/English/TechDBForms.mde"), "error", "technology database",
      "the forms file names no database, or cannot be read: ", "TechDBFormsPathTable"},
-    {kForms + Copies(KV_TEST_FILES "/fixtures/TechDBForms.mdb", "lang/English/TechDBForms.mde"), "error",
-     "technology database", "there is no database file D:\\T\\DB.mdb", "put it there"},
+    {kForms + Copies(kvtest::SourceFile("tests/host/fixtures/TechDBForms.mdb"), "lang/English/TechDBForms.mde"),
+     "error", "technology database", "there is no database file D:\\T\\DB.mdb", "put it there"},
     {Keeps(_T("EurekaExePath"), "C:\\Gone"), "warning", "simulator", "there is no simulator at", "EurekaExePath"},
     {Sets(kVersionDebugKey, _T("GetWIPArcSupport"), 5), "note", "switches", "GetWIPArcSupport is 5; the default is 1",
      "kestrova reg delete 'HKCU\\Software\\Zemlor\\Kestrova\\Kestrova 2024x64\\Debug' /v GetWIPArcSupport /f"},

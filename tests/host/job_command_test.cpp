@@ -14,6 +14,7 @@
 #include "host/jobs/toolpath.h"
 #include "host/jobs/toolpath_command.h"
 #include "tests/child_process.h"
+#include "tests/folders.h"
 #include "tests/host/document_fixture.h"
 #include "tests/host/run_command.h"
 #include "tests/no_threads.h"
@@ -177,14 +178,18 @@ TEST_F(JobCommand, ReportsWhatBecameOfEachJob) {
   const struct {
     const char* options;
     int exit_code, status;
+    const char* threads = "1";  // the setting ThreadMulti
   } rows[] = {{"--jobs 2", 0, 1},
+              {"--jobs 2", 0, 1, "0"},
               {"--command recalculate --parents", 0, 1},
               {"--command fail", 1, 5},
               {"--command crash", 1, 5},
-              {"--cancel-after 0", 1, 4}};
+              {"--cancel-after 0", 1, 4},
+              {"--cancel-after 0", 1, 4, "0"}};
   for (const auto& row : rows) {
     std::vector<std::string> words = kvtest::WordsOf(std::string("run --json ") + row.options);
     words.push_back(file);
+    kvtest::RunCommand({"settings", "set", "ThreadMulti", row.threads});
     const auto result = Run(words);
     EXPECT_EQ(result.exit_code, row.exit_code) << result;
     const auto jobs = nlohmann::json::parse(result.out)["jobs"];
@@ -195,11 +200,12 @@ TEST_F(JobCommand, ReportsWhatBecameOfEachJob) {
     }
   }
   EXPECT_EQ(Run({"run", "none.kvdoc"}).exit_code, 3);
+  EXPECT_THAT(Run({"run", file, "--parents"}).err, testing::HasSubstr("kestrova settings set ThreadMulti 1"));
 }
 
 // Replaces a child process by the command, with the same streams.
 [[noreturn]] void Become(std::vector<std::string> words) {
-  words.insert(words.begin(), KV_BIN_DIR "/kestrova");
+  words.insert(words.begin(), kvtest::BuiltFile("bin/kestrova").string());
   std::vector<char*> arguments;
   for (std::string& word : words) arguments.push_back(word.data());
   arguments.push_back(nullptr);

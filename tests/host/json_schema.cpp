@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cctype>
 
+#include "tests/folders.h"
 #include "tests/scratch.h"
 
 namespace kvtest {
@@ -36,7 +37,7 @@ std::string OddKey(const rapidjson::Value& value) {
 
 }  // namespace
 
-std::string SchemaFile(const std::string& name) { return KV_SOURCE_DIR "/docs/schemas/" + name + ".schema.json"; }
+std::string SchemaFile(const std::string& name) { return SourceFile("docs/schemas/" + name + ".schema.json").string(); }
 
 std::string SchemaFault(const std::string& name, const std::string& json) {
   rapidjson::Document schema, value;

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/folders.h"
 #include "tests/registry_calls.h"
 #include "tests/scratch.h"
 
@@ -45,7 +46,7 @@ inline RunResult RunCommand(const std::vector<std::string>& arguments, const std
     }
     return result + '"';
   };
-  std::string line = quoted(KV_BIN_DIR "/kestrova");
+  std::string line = quoted(BuiltFile("bin/kestrova").string());
   for (const std::string& argument : arguments) line += ' ' + quoted(argument);
   line += " <" + quoted(folder.Write("in", input).string());
   line += " >" + quoted((folder.Path() / "out").string()) + " 2>" + quoted((folder.Path() / "err").string());

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "platform/process.h"
+#include "tests/folders.h"
 #include "tests/host/run_command.h"
 
 namespace kvtest {
@@ -15,7 +16,7 @@ class ScratchInstallation {
  public:
   ScratchInstallation() {
     namespace fs = std::filesystem;
-    const fs::path built = fs::path(KV_BIN_DIR).parent_path();
+    const fs::path built = BuiltFile({});
     fs::create_directory(folder_.Path() / "lib");
     fs::create_directory(folder_.Path() / "registry");
     fs::create_symlink(built / "lib/libKVSHAREu.so", Lib("libKVSHAREu.so"));

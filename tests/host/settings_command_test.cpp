@@ -1,5 +1,6 @@
 // kestrova settings, as a user runs it.
 #include "share/core/registry_keys.h"
+#include "tests/folders.h"
 #include "tests/host/run_command.h"
 
 namespace {
@@ -17,7 +18,7 @@ TEST_F(SettingsCommand, ListsBothTreesAsTheyAreDeclared) {
   setenv("TMPDIR", "/tmp", 1);  // the golden defaults name it
   for (const std::string tree : {"application", "document"}) {
     nlohmann::json golden =
-        nlohmann::json::parse(ReadFile(KV_SOURCE_DIR "/tests/settings/golden/" + tree + "_settings.json"));
+        nlohmann::json::parse(ReadFile(kvtest::SourceFile("tests/settings/golden") / (tree + "_settings.json")));
     nlohmann::json listed = Json({"list", "--tree", tree});
     ASSERT_EQ(listed["values"].size(), golden["values"].size());
     // The start of the environment sets folders, so only the defaults are compared.

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 
 #include "share/core/registry_keys.h"
+#include "tests/folders.h"
 #include "tests/host/scratch_installation.h"
 
 namespace {
@@ -14,7 +15,7 @@ class TechDBCommand : public CommandTest {
   TechDBCommand() : CommandTest("techdb") {
     Keep(_T("KVDataPath"), product_);
     std::filesystem::create_directory(folder_.Path() / "TechDB");
-    std::filesystem::copy(KV_BIN_DIR "/../lib/TechDB/TechDB.kvdb", folder_.Path() / "TechDB");
+    std::filesystem::copy(kvtest::BuiltFile("lib/TechDB/TechDB.kvdb"), folder_.Path() / "TechDB");
     Configure(
         "<setting databaseType='sqlite' Default='True'><filePath>TechDB.kvdb</filePath><description>ours</description>"
         "</setting><setting databaseType='ms-access'><filePath>old.mdb</filePath></setting><setting databaseType='sql'>"
@@ -111,7 +112,7 @@ TEST_F(TechDBCommand, FailuresAreOneLine) {
 
 // A file written by Access, read by the driver of the installation.
 TEST_F(TechDBCommand, AccessFilesAreRead) {
-  const std::filesystem::path forms = KV_TEST_FILES "/fixtures/TechDBForms.mdb";
+  const std::filesystem::path forms = kvtest::SourceFile("tests/host/fixtures/TechDBForms.mdb");
   std::filesystem::copy(forms, folder_.Path() / "TechDB/old.mdb");
   Out({"activate", "2"});
   EXPECT_THAT(Out({"test"}), HasSubstr("\ndriver    Microsoft Access Driver (*.mdb, *.accdb)\nversion   MDBTOOLS "));

@@ -13,7 +13,7 @@ class UserShell {
   UserShell() {
     std::filesystem::create_directory(Work());
     std::filesystem::create_directory(installation_.Path() / "bin");
-    std::filesystem::create_symlink(KV_BIN_DIR "/kestrova", installation_.Path() / "bin/kestrova");
+    std::filesystem::create_symlink(BuiltFile("bin/kestrova"), installation_.Path() / "bin/kestrova");
   }
 
   // The current folder of the lines.

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/folders.h"
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -24,9 +26,9 @@ std::vector<std::pair<Line, std::smatch>> Matches(const std::regex& expression) 
   static const std::vector<Line> lines = [] {
     std::vector<Line> all;
     for (const std::string& layer : kLayers) {
-      for (const auto& entry : fs::recursive_directory_iterator(fs::path(KV_SOURCE_DIR) / layer)) {
+      for (const auto& entry : fs::recursive_directory_iterator(kvtest::SourceFile(layer))) {
         if (entry.path().extension() != ".h" && entry.path().extension() != ".cpp") continue;
-        const std::string name = fs::relative(entry.path(), KV_SOURCE_DIR).generic_string();
+        const std::string name = fs::relative(entry.path(), kvtest::SourceFile()).generic_string();
         std::ifstream in(entry.path());
         int number = 0;
         for (std::string text; std::getline(in, text);)
@@ -94,7 +96,7 @@ std::string OwnerOfInternal(const std::string& path) {
 
 TEST(House, IncludesPointDown) {
   const std::vector<Include> includes = AllIncludes();
-  ASSERT_GT(includes.size(), 50u) << "the sources were not found below " << KV_SOURCE_DIR;
+  ASSERT_GT(includes.size(), 50u) << "the sources were not found below " << kvtest::SourceFile();
   for (const Include& include : includes) {
     if (!include.quoted) continue;
     SCOPED_TRACE(include.line.place + " includes " + include.target);

@@ -10,6 +10,8 @@
 #include <sstream>
 #include <string>
 
+#include "tests/folders.h"
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -39,7 +41,7 @@ void InsertWords(const std::string& code, std::set<std::string>& words) {
 }
 
 TEST(PlatformFunctions, HaveAUserAboveThePlatform) {
-  const fs::path root = KV_SOURCE_DIR;
+  const fs::path root = kvtest::SourceFile();
   std::set<std::string> used;
   for (const char* layer : {"framework", "companions", "share", "desktop", "host"}) {
     if (!fs::exists(root / layer)) continue;

@@ -3,6 +3,7 @@
 
 #include "platform/paths.h"
 #include "share/machine/machine_check.h"
+#include "tests/folders.h"
 #include "tests/scratch.h"
 
 namespace {
@@ -100,7 +101,7 @@ TEST(MachineCheck, LooksForGeometryFiles) {
 
 TEST(MachineCheck, FindsNothingInTheExamples) {
   for (const char* machine : {"Mill/Vertical850", "Mill/Trunnion500", "MillTurn/TwinTurret12"}) {
-    const std::string file = std::string(KV_SOURCE_DIR "/examples/machines/") + machine + "/KestrovaAPT.xml";
+    const std::string file = (kvtest::SourceFile("examples/machines") / machine / "KestrovaAPT.xml").string();
     const MachineCheckResult result = CheckMachineFile(ProductPathFromSystem(file).c_str());
     EXPECT_EQ(result.failure.kind, KVXMLFailure::Kind::kNone) << result.failure.reason;
     for (const MachineFinding& finding : result.findings) ADD_FAILURE() << machine << ": " << finding.text;

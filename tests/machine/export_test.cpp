@@ -4,6 +4,7 @@
 #include <bit>
 #include <random>
 
+#include "tests/folders.h"
 #include "tests/machine/definition.h"
 #include "tests/scratch.h"
 
@@ -159,7 +160,8 @@ TEST(MachineExport, WritesRealsAsPrintfDoes) {
 }
 
 TEST(MachineExport, OfEachExampleIsItsGoldenText) {
-  const std::filesystem::path examples(KV_SOURCE_DIR "/examples/machines"), golden(KV_TEST_FILES "/golden");
+  const std::filesystem::path examples = kvtest::SourceFile("examples/machines"),
+                              golden = kvtest::SourceFile("tests/machine/golden");
   for (const auto& [type, name] : {std::pair(VM_MACHINE_MILL, "Vertical850"),
                                    {VM_MACHINE_MILL, "Trunnion500"},
                                    {VM_MACHINE_MILLTURN, "TwinTurret12"}}) {

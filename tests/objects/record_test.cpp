@@ -9,6 +9,7 @@
 
 #include "share/core/document_messages.h"
 #include "share/objects/object.h"
+#include "tests/folders.h"
 #include "tests/objects/record_bytes.h"
 #include "tests/objects/test_document.h"
 #include "tests/scratch.h"
@@ -124,7 +125,7 @@ TEST(NodeRecord, EverySchemaLoadsInEveryStorageVersionAndFromEarlierReleases) {
                                             {"node_schema4_storage30.bin", 30.0f, 4},
                                             {"node_schema7_storage32.002.bin", 32.002f, 7},
                                             {"node_schema8_storage38.bin", 38.0f, 8}})
-    expect(ReadFile(std::filesystem::path(KV_TEST_FILES) / "fixtures" / file), schema, units);
+    expect(ReadFile(kvtest::SourceFile("tests/objects/fixtures") / file), schema, units);
 }
 
 TEST(NodeRecord, EveryTruncationRaisesEndOfFileAtEverySchema) {

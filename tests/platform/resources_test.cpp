@@ -7,12 +7,13 @@
 
 #include "platform/paths.h"
 #include "platform/process.h"
+#include "tests/folders.h"
 #include "tests/scratch.h"
 
 namespace {
 
 std::string LibraryBytes() {
-  static const std::string bytes = kvtest::ReadFile(KV_BIN_DIR "/../lib/lang/English/KVRESu.DLL");
+  static const std::string bytes = kvtest::ReadFile(kvtest::BuiltFile("lib/lang/English/KVRESu.DLL"));
   return bytes;
 }
 
@@ -121,7 +122,7 @@ TEST_F(Resources, EveryPlaceIsCheckedAgainstItsPiece) {
 }
 
 TEST_F(Resources, NeutralLanguageComesFirstThenTheUsers) {
-  const std::string bytes = kvtest::ReadFile(KV_SOURCE_DIR "/fuzz/seeds/resources/languages.dll");
+  const std::string bytes = kvtest::ReadFile(kvtest::SourceFile("fuzz/seeds/resources/languages.dll"));
   const struct {
     const TCHAR* user;
     std::u16string string1;

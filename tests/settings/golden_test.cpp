@@ -7,6 +7,7 @@
 #include "platform/resources.h"
 #include "share/settings/application_settings.h"
 #include "share/settings/document_settings.h"
+#include "tests/folders.h"
 #include "tests/registry_calls.h"
 
 namespace {
@@ -53,7 +54,8 @@ void Collect(const QFSettingsKey& key, Json& rows) {
 }
 
 void ExpectGolden(const QFSettingsKey& tree, const std::string& name, std::size_t count) {
-  const Json golden = Json::parse(kvtest::ReadFile(KV_TEST_FILES "/golden/" + name + "_settings.json"));
+  const Json golden =
+      Json::parse(kvtest::ReadFile(kvtest::SourceFile("tests/settings/golden") / (name + "_settings.json")));
   EXPECT_EQ(golden["tree"], name);
   const Json& wanted = golden["values"];
   Json found;
@@ -69,7 +71,7 @@ TEST(SettingsGolden, ApplicationTreeHasItsNamesTypesAndDefaults) {
   RegDeleteTreeW(HKEY_CURRENT_USER, _T("Software"));
   setenv("TMPDIR", "/tmp", 1);
   setenv("TZ", "UTC", 1);
-  const std::u16string path = ProductPathFromSystem(KV_BIN_DIR "/../lib/lang/English/KVRESu.DLL");
+  const std::u16string path = ProductPathFromSystem(kvtest::BuiltFile("lib/lang/English/KVRESu.DLL").string());
   const HMODULE english = LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
   ASSERT_NE(english, nullptr);
   {
