@@ -32,7 +32,7 @@ constexpr std::size_t kPrefixStep = 7;
 constexpr int kFlips = 100'000;
 constexpr std::size_t kPrefixStep = 1;
 #endif
-constexpr DWORD kNodes = 200;
+constexpr DWORD kNodes = 50;
 constexpr std::size_t kUseEvery = 16;  // dumps take longer than loads
 // The most memory of a load, with its findings: a multiple of the file's size, and a base for an empty file.
 constexpr std::ptrdiff_t kMemoryFactor = 3;
