@@ -82,9 +82,12 @@ void QFThreadBaseMgr::DestructThread(void* identifierA) {
 
 void QFThreadBaseMgr::TerminateAllThreadsInThisDoc(QFObject* document) {
   const QFAutoCriticalSection section(m_CriticalSection);
-  TerminateFromTail([&](const QFThreadData& data) { return data.GetDocument() == document && !data.IsDone(); });
-  for (int pass = 0; pass < kPassesForDocument && !GetAreAllThreadsInThisDocDone(document); ++pass)
+  const auto wanted = [&](const QFThreadData& data) { return data.GetDocument() == document && !data.IsDone(); };
+  TerminateFromTail(wanted);
+  for (int pass = 0; pass < kPassesForDocument && !GetAreAllThreadsInThisDocDone(document); ++pass) {
     CurrentClock().sleep(kBetweenPasses_ms);
+    TerminateFromTail(wanted);  // a parent requested meanwhile cannot end: its child waits for the section
+  }
 }
 
 // ---- waiting

@@ -146,6 +146,12 @@ void QFThreadBaseMgr::End(QFThreadData* data, int onOwnThread) {
   }
 }
 
+// Decrements the count for a record that is removed before its end was counted, for example a parent that waits. If its
+// thread still runs, the thread does that. Call under the lock.
+void QFThreadBaseMgr::CountRemoved(QFThreadData& data) {
+  if (data.m_bThreadOver && data.m_bCounted.exchange(false)) DecrementRunningThreadCnt();
+}
+
 int QFThreadBaseMgr::DestroyThreadData(QFThreadData* data) {
   const QFAutoCriticalSection section(m_CriticalSection);
   if (!data) return 0;
@@ -153,6 +159,7 @@ int QFThreadBaseMgr::DestroyThreadData(QFThreadData* data) {
     const JobLock lock;
     if (std::exchange(data->m_bGone, true)) return 0;
     if (POSITION at = m_ThreadList.Find(data)) m_ThreadList.RemoveAt(at);
+    CountRemoved(*data);
   }
   OnDestroyThreadData(data);
   data->LeaveCaller();
@@ -173,6 +180,7 @@ int QFThreadBaseMgr::DeleteAllDoneThreads() {
       done.push_back(data);
       data->m_bGone = true;
       m_ThreadList.RemoveAt(here);
+      CountRemoved(*data);
     }
   }
   for (QFThreadData* data : done) {

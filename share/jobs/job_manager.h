@@ -189,8 +189,9 @@ class KVSHARE_API QFThreadBaseMgr {
   // waits only for jobs requested meanwhile.
   void DestructThread(void* identifierA);
   // Terminates all jobs of the document that are not done, the last one first. Then waits up to 180 s until
-  // GetAreAllThreadsInThisDocDone; that is the case immediately unless a command changes a status. Holds
-  // m_CriticalSection throughout, so a job that ends meanwhile waits.
+  // GetAreAllThreadsInThisDocDone, and terminates again after each second: jobs that are requested meanwhile end too.
+  // The wait ends immediately unless a command changes a status or a job is requested. Holds m_CriticalSection
+  // throughout, so a job that ends meanwhile waits.
   void TerminateAllThreadsInThisDoc(QFObject* document);
 
  protected:
@@ -235,6 +236,7 @@ class KVSHARE_API QFThreadBaseMgr {
   template <class Wanted>
   void Terminate(QFThreadData& data, Wanted wanted);
   void End(QFThreadData* data, int onOwnThread);
+  void CountRemoved(QFThreadData& data);
   HeldRecord FindPrevParentOwner(QFThreadData* data, int checkGroup);
   std::vector<void*> HandlesNotDone();
 

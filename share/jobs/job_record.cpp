@@ -160,6 +160,7 @@ bool QFThreadData::PrepareRun() {
   m_tStartTime = CurrentClock().time();
   m_bCreatingThread = true;
   m_bEnded = false;
+  m_bThreadOver = false;
   return true;
 }
 
@@ -174,6 +175,8 @@ DWORD QFThreadData::StartThread() {
       m_dwThreadID = id;
       // Terminated before it had a handle: removing the handle now prevents the command.
       if (m_eThreadStatus == eThreadTerminated || m_bGone) ReleaseThread();
+    } else {
+      m_bThreadOver = true;
     }
   }
   if (id == 0) Release();
@@ -186,13 +189,11 @@ DWORD QFThreadData::ThreadEntry(void* record) {
   const HeldRecord data(static_cast<QFThreadData*>(record));
   SuspensionPoint();
   data->HandleCommand(/*onOwnThread=*/1);
-  // If another thread has deleted the record, the manager has not counted the end of this thread yet.
   QFThreadBaseMgr* manager = QFThreadBaseMgr::Instance();
-  const bool gone = [&] {
-    const JobLock lock;
-    return data->m_bGone;
-  }();
-  if (gone && data->m_bCounted.exchange(false) && manager) manager->DecrementRunningThreadCnt();
+  const JobLock lock;
+  data->m_bThreadOver = true;
+  // If another thread has deleted the record, the end of this thread is not counted yet.
+  if (data->m_bGone && manager) manager->CountRemoved(*data);
   return 0;
 }
 
@@ -321,8 +322,8 @@ void QFThreadData::ReSetEndThreadTime(SYSTEMTIME& time, __time64_t& seconds) {
 
 // ---- parents and children
 
-// Called on a child. Decrements the running count in addition to OnDoneRunningThreadData of child and parent; kept for
-// existing modules, which expect that count.
+// Called on a child. On a thread of its own it decrements the running count in addition to OnDoneRunningThreadData of
+// child and parent; kept for existing modules, which expect that count.
 void QFThreadData::ReportToParent(QFThreadBaseMgr& manager, int onOwnThread) {
   const HeldRecord parent = manager.FindPrevParentOwner(this, /*checkGroup=*/0);
   if (!parent) return;
@@ -336,7 +337,8 @@ void QFThreadData::ReportToParent(QFThreadBaseMgr& manager, int onOwnThread) {
   }
   parent->ReSetEndThreadTime(end, seconds);
   parent->HandleChildDone(m_eThreadStatus);
-  manager.DecrementRunningThreadCnt();
+  // A direct run counts nothing itself, so it ends the parent's count.
+  if (onOwnThread || parent->m_bCounted.exchange(false)) manager.DecrementRunningThreadCnt();
   manager.End(parent.get(), onOwnThread);
 }
 

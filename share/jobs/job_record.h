@@ -170,6 +170,7 @@ class KVSHARE_API QFThreadData : public QFObject {
   bool m_bCreatingThread = false;
   bool m_bGone = false;         // deleted; only threads with a reference still use the record
   bool m_bEnded = false;        // its own thread or a child's thread is ending the job or has ended it
+  bool m_bThreadOver = false;   // no thread of its own will end its count
   SYSTEMTIME m_StartTime = {};  // UTC
   __time64_t m_tStartTime = 0;
   SYSTEMTIME m_EndTime = {};

@@ -186,14 +186,23 @@ TEST_F(Manager, EndOfADocumentWaitsWithTheSectionHeldWhileJobsEnd) {
   EXPECT_EQ(manager.Count(), 0);
 }
 
-TEST_F(Manager, EndOfADocumentGivesUpAndLeavesOtherDocumentsAlone) {
+// Each job that is terminated requests another one. Each pass terminates the jobs requested since the last.
+TEST_F(Manager, EndOfADocumentEndsNewJobsTooGivesUpAndLeavesOtherDocumentsAlone) {
   Start(2);
   WorkNode elsewhere;
-  nodes_[0]->terminated = [&] { manager.Record(1)->SetThreadStatus(eThreadWaitingForChild); };
   manager.TerminateAllThreadsInThisDoc(&elsewhere);
   EXPECT_EQ(manager.GetNumThreadsNotDone(), 2);
-  manager.TerminateAllThreadsInThisDoc(&document_);
-  EXPECT_THAT(clock.Pauses(), testing::AllOf(testing::SizeIs(180), Each(1000)));
+  for (const auto& [requests, pauses] : {std::pair{1, 1}, {1000, 180}}) {
+    nodes_[0]->terminated = [&, left = requests]() mutable {
+      const unsigned context = 100 + unsigned(manager.Count());
+      if (left-- > 0) Ask(*nodes_[0], nullptr, kPlain, eThreadEndWaitForChild, context);
+    };
+    const std::size_t before = clock.Pauses().size();
+    Ask(*nodes_[0], nullptr, kPlain, kEnds, 8);
+    manager.TerminateAllThreadsInThisDoc(&document_);
+    EXPECT_EQ(clock.Pauses().size() - before, std::size_t(pauses));
+    manager.DeleteAllDoneThreads();
+  }
 }
 
 }  // namespace

@@ -55,16 +55,16 @@ TEST_F(Record, ResultAndEndTypeGiveStatusAndDecideOnTheRecord) {
       if (row.result < 0) throw std::runtime_error("no");
       return QFeThreadStatus(row.result);
     };
-    const int before = manager.GetNumThreadsRunningOrWaiting(nullptr);
     QFThreadData* data = Ask(node, nullptr, kPlain, QFeThreadEndType(row.endType));
     clock.AwaitThreads();
     const bool waits = row.kept && row.endType == 2;
-    EXPECT_EQ(manager.GetNumThreadsRunningOrWaiting(nullptr) - before, waits);
+    EXPECT_EQ(manager.GetNumThreadsRunningOrWaiting(nullptr), waits);
     ASSERT_EQ(manager.Count(), row.kept);
     if (row.kept) {
       EXPECT_EQ(data->GetThreadStatus(), row.status);
       EXPECT_EQ(data->GetThreadHandle() != nullptr, waits);
       manager.DestroyThreadData(data);
+      EXPECT_EQ(manager.GetNumThreadsRunningOrWaiting(nullptr), 0);
     }
     EXPECT_EQ(log.Take().back(), "node destroy " + std::to_string(row.status));
   }
@@ -164,6 +164,8 @@ TEST_F(Record, WithoutAThreadToBeHadStaysWithoutAHandle) {
   EXPECT_EQ(data->GetThreadID(), 0u);
   EXPECT_EQ(data->GetThreadStatus(), eThreadRunning);
   EXPECT_EQ(manager.GetNumThreadsRunningOrWaiting(nullptr), 1);
+  manager.DestroyThreadData(data);
+  EXPECT_EQ(manager.GetNumThreadsRunningOrWaiting(nullptr), 0);
 }
 
 TEST_F(Record, WithoutACallerRunsNothing) {

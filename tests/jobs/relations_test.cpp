@@ -49,6 +49,16 @@ TEST_F(Relations, ParentEndsWithItsChild) {
   EXPECT_EQ(manager.DeleteAllDoneThreads(), 2);
 }
 
+TEST_F(Relations, ParentTerminatedWhileItWaitsIsCountedUntilItIsRemoved) {
+  WorkNode parent;
+  QFThreadData* waiting = Ask(parent, nullptr, kPlain, eThreadEndWaitForChild);
+  clock.AwaitThreads();
+  waiting->TerminateThread();
+  EXPECT_EQ(manager.GetNumThreadsRunningOrWaiting(nullptr), 1);
+  EXPECT_EQ(manager.DeleteAllDoneThreads(), 1);
+  EXPECT_EQ(manager.GetNumThreadsRunningOrWaiting(nullptr), 0);
+}
+
 TEST_F(Relations, ChildWithoutParentEndsAlone) {
   WorkNode first(_T("first"), &log), second(_T("second"), &log);
   Ask(first, nullptr, eThreadTypeChild);

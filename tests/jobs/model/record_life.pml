@@ -32,6 +32,9 @@ bool childDeleted;          /* before that */
 #define RELEASE(r) atomic { TOUCH(r); assert(holds[r] > 0); holds[r]--; freed[r] = (holds[r] == 0) }
 #define LET_GO(r) handle[r] = false; suspended[r] = false
 
+/* A record that is removed before its end was counted: the later one of its thread and its owner counts. */
+#define COUNT_REMOVED(r) if :: over[r] && gone[r] && counted[r] -> counted[r] = false; count-- :: else fi
+
 /* By the record's owner: removes it from the list, releases the thread, then releases the owner's reference. */
 inline Destroy(r) {
   LOCK;
@@ -39,7 +42,8 @@ inline Destroy(r) {
   if
   :: atomic { gone[r] -> skip }
   :: atomic { !gone[r] -> gone[r] = true; inList[r] = false; if :: !begun[r] -> mayRun[r] = false :: else fi;
-              if :: r == CHILD && !reported -> childDeleted = true :: else fi };
+              if :: r == CHILD && !reported -> childDeleted = true :: else fi;
+              COUNT_REMOVED(r) };
      TOUCH(r);  /* the hook */
      atomic { TOUCH(r); assert(!left[r]); left[r] = true; LET_GO(r) };
      RELEASE(r)
@@ -117,8 +121,7 @@ proctype Job(byte r) {
   End(r);
 out:
   skip;
-  atomic { TOUCH(r); if :: gone[r] && counted[r] -> counted[r] = false; count-- :: else fi };
-  atomic { over[r] = true };
+  atomic { TOUCH(r); over[r] = true; COUNT_REMOVED(r) };
   RELEASE(r)
 }
 
@@ -149,6 +152,8 @@ inline DeleteAllDone() {
     if :: inList[1] && status[1] != RUNNING && status[1] != WAITS -> taken[1] = true; gone[1] = true; inList[1] = false;
           if :: !reported -> childDeleted = true :: else fi
        :: else fi;
+    if :: taken[0] -> COUNT_REMOVED(0) :: else fi;
+    if :: taken[1] -> COUNT_REMOVED(1) :: else fi;
     if :: taken[0] && !begun[0] -> mayRun[0] = false :: else fi;
     if :: taken[1] && !begun[1] -> mayRun[1] = false :: else fi };
   if :: taken[0] -> atomic { TOUCH(0); left[0] = true; LET_GO(0) }; RELEASE(0) :: else fi;
@@ -175,12 +180,12 @@ proctype User() {
   over[0] && over[1];
   assert(childDeleted || gone[PARENT] || status[PARENT] != WAITS);
   assert(ends[0] <= 1 && ends[1] <= 1);
-  /* A parent that is deleted while it waits stays counted. */
-  assert(!counted[CHILD] && count + reports == counted[PARENT]);
+  /* Only a parent that still waits, or was terminated while it waited, is counted. */
+  assert(!counted[CHILD] && !(counted[PARENT] && gone[PARENT]) && count + reports == counted[PARENT]);
   NodeGoes(PARENT);
   NodeGoes(CHILD);
   atomic { (freed[0] && freed[1]) -> skip };
-  assert(gone[0] && gone[1] && holds[0] == 0 && holds[1] == 0);
+  assert(gone[0] && gone[1] && holds[0] == 0 && holds[1] == 0 && count + reports == 0);
 }
 
 init {
