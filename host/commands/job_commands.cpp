@@ -4,6 +4,7 @@
 #include <chrono>
 #include <deque>
 #include <nlohmann/json.hpp>
+#include <optional>
 
 #include "host/commands/commands.h"
 #include "host/document/active_document.h"
@@ -28,6 +29,8 @@ most N jobs run at a time; the default is the application's setting ThreadNum. S
 at the end. Ctrl-C cancels: running jobs stop at their next step, waiting jobs do not start; a second Ctrl-C ends the
 process. The document stays as it is. The exit code is 1 unless all jobs are done, and 3 if the document cannot be read.
 
+If the setting ThreadMulti is 0, the jobs run one after another on the main thread, and --parents is refused.
+
   kestrova job run part.kvdoc
   kestrova job run part.kvdoc --jobs 4 --parents
   kestrova job run part.kvdoc --command crash --json
@@ -41,8 +44,12 @@ struct Options {
   std::string command = "generate";
   int jobs = 0;  // 0: the setting ThreadNum
   bool parents = false;
-  int cancel_after_ms = -1;
+  std::optional<int> cancel_after_ms;
   bool json = false;
+
+  std::optional<std::chrono::milliseconds> CancelAfter() const {
+    return cancel_after_ms ? std::optional(std::chrono::milliseconds(*cancel_after_ms)) : std::nullopt;
+  }
 };
 
 BOOL OnControl(DWORD event) { return event == CTRL_C_EVENT && !CancelUserJob(); }
@@ -58,15 +65,13 @@ class ControlScope {
 
 void RequestJobs(const HostDocument& document, JobQueue& queue, const Options& options,
                  std::deque<ToolpathCommand>& commands) {
-  // Without threads nothing ends a parent that waits for its child.
-  const bool parents = options.parents && queue.RunsThreads();
-  const auto parentEnd = parents ? eThreadEndWaitForChild : QFeThreadEndType(0);
+  const auto parentEnd = options.parents ? eThreadEndWaitForChild : QFeThreadEndType(0);
   document.Walk([&](HostNode& node, int) {
     auto* operation = DYNAMIC_DOWNCAST(HostOperation, &node);
     if (!operation || operation->IsSuppressed() || operation->IsRecycled()) return;
     const unsigned context = ToolpathCommand::ContextOf(options.command);
     queue.Request(*operation, context, commands.emplace_back(queue, *operation), QFeThreadType(0), parentEnd);
-    if (parents)
+    if (options.parents)
       queue.Request(*operation, ToolpathCommand::kLink, commands.emplace_back(queue, *operation), eThreadTypeChild,
                     QFeThreadEndType(0));
   });
@@ -77,19 +82,18 @@ void RunJobs(const Options& options) {
   DocumentLoader loader(options.file, DocumentLoader::Mode::kStrict);
   const auto document = loader.Load();
   const ActiveDocument active(document.get());
-  const UserJobScope user;
+  const UserJobScope user(options.CancelAfter());
   const ControlScope control;
   std::deque<ToolpathCommand> commands;
   JobQueue queue(options.jobs);
+  if (options.parents && !queue.RunsThreads())  // nothing would end a parent that waits for its child
+    throw Failure("--parents needs jobs on threads of their own; set it: kestrova settings set ThreadMulti 1");
   JobScreen screen;
-  const auto begin = std::chrono::steady_clock::now();
   RequestJobs(*document, queue, options, commands);
   bool cancelled = false;
   while (!queue.IsIdle()) {
     screen.Show(queue.Jobs());
     Sleep(kPollInterval_ms);
-    const auto passed = std::chrono::steady_clock::now() - begin;
-    if (options.cancel_after_ms >= 0 && passed >= std::chrono::milliseconds(options.cancel_after_ms)) CancelUserJob();
     if (!cancelled && IsUserJobCancelled()) {
       cancelled = true;
       queue.TerminateAllThreadsInThisDoc(document.get());

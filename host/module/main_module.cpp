@@ -25,6 +25,8 @@ constexpr int kMostWait_ms = 2000;  // for other writers of the registry, in the
 std::unique_ptr<QFAppSettings> g_settings;
 bool g_registered = false;
 constinit std::atomic<bool> g_cancelled = false;
+constexpr auto kNever = std::chrono::steady_clock::time_point::max();
+std::chrono::steady_clock::time_point g_cancelAt = kNever;
 
 // Some defaults are texts of the language library, which the start of the environment loads.
 void CompleteDefaults(QFAppSettings& settings) {
@@ -66,7 +68,8 @@ void RegisterCallbacks() {
       /*activeDocument=*/[]() -> QFObject* { return Active(); },
       /*message=*/[](unsigned, char*&) { return 0; },
       /*progress=*/kestrova::ProgressBar::Step,
-      /*isUserJobCancelled=*/[] { return int(g_cancelled); },
+      /*isUserJobCancelled=*/
+      [] { return int(g_cancelled || (g_cancelAt != kNever && std::chrono::steady_clock::now() >= g_cancelAt)); },
       /*docSettings=*/[]() -> QFSettingsKey* { return Active() ? &Active()->Settings() : nullptr; },
       /*appSettings=*/[]() -> QFSettingsKey* { return g_settings.get(); },
       /*appFeedColorSettings=*/MillFeedColors,
@@ -110,7 +113,13 @@ MainModuleScope::~MainModuleScope() {
 
 bool CancelUserJob() { return g_cancelled.exchange(true); }
 
-UserJobScope::UserJobScope() { g_cancelled = false; }
-UserJobScope::~UserJobScope() { g_cancelled = false; }
+UserJobScope::UserJobScope(std::optional<std::chrono::milliseconds> limit) {
+  g_cancelled = false;
+  g_cancelAt = limit ? std::chrono::steady_clock::now() + *limit : kNever;
+}
+UserJobScope::~UserJobScope() {
+  g_cancelled = false;
+  g_cancelAt = kNever;
+}
 
 }  // namespace kestrova

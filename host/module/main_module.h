@@ -5,6 +5,9 @@
 // must not do. One per process, main thread only.
 #pragma once
 
+#include <chrono>
+#include <optional>
+
 #include "host/registry/registry_health.h"
 
 namespace kestrova {
@@ -31,10 +34,11 @@ class MainModuleScope {
 // may call it. True if the jobs were cancelled already.
 bool CancelUserJob();
 
-// Jobs that the user may cancel run within this scope; its start and end clear the cancellation.
+// Jobs that the user may cancel run within this scope; its start and end clear the cancellation. With a time limit the
+// jobs are also cancelled when it has passed since the start. Create and destroy the scope while no job runs.
 class UserJobScope {
  public:
-  UserJobScope();
+  explicit UserJobScope(std::optional<std::chrono::milliseconds> limit = {});
   ~UserJobScope();
   UserJobScope(const UserJobScope&) = delete;
   UserJobScope& operator=(const UserJobScope&) = delete;
