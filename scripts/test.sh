@@ -11,15 +11,19 @@ folders=("$@")
 needs build test
 export KV_CONFIGURE=-DKV_TESTS=ON
 if [ ${#folders[@]} -eq 0 ]; then configure_and_build "$preset" all; else configure_and_build "$preset" "${folders[@]/#/test_}"; fi
-[ "$preset" != release ] || scripts/consumer.sh
+consumer=
+[ "$preset" != release ] || { scripts/consumer.sh & consumer=$!; }  # mostly one process at a time
 
 filter=()
 [ ${#folders[@]} -eq 0 ] || filter=(-R "^($(IFS='|'; echo "${folders[*]}"))\\.")
 # The thread sanitizer supports at most 65,535 nested calls; these tests exceed that on purpose.
 [ "$preset" != tsan ] || filter+=(-E 'OfAMillion')
 log=build/$preset/ctest.log
+failed=
 ctest --test-dir "build/$preset" "${filter[@]}" --output-on-failure -j "$(nproc)" >"$log" 2>&1 || {
+  failed=1
   grep -vE '^ *[0-9]+/[0-9]+ Test .* Passed|^ *Start ' "$log" | tail -n 80
-  exit 1
 }
+[ -z "$consumer" ] || wait "$consumer" || failed=1
+[ -z "$failed" ] || exit 1
 grep -E 'tests passed' "$log"
