@@ -1,6 +1,6 @@
 # Copies the public headers to include/kvshare. In the tree an include names the file from the repository's root. The
 # installed headers use <kvshare/...> instead, so that a module needs only one include folder. Headers in an internal/
-# folder are for one room of the library and are not installed.
+# folder are for one room of the library and are not installed. Each installed header first checks the language's version.
 set(target $ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/include/kvshare)
 file(GLOB_RECURSE headers RELATIVE ${KV_SOURCE}
   ${KV_SOURCE}/platform/*.h ${KV_SOURCE}/framework/*.h ${KV_SOURCE}/companions/*.h ${KV_SOURCE}/share/*.h)
@@ -10,6 +10,9 @@ file(REMOVE_RECURSE ${target})
 foreach(header ${headers})
   file(READ ${KV_SOURCE}/${header} text)
   string(REGEX REPLACE "#include \"((platform|framework|companions|share)/[^\"]+)\"" "#include <kvshare/\\1>" text "${text}")
+  if(NOT header STREQUAL "platform/cxx20.h")
+    string(REPLACE "#pragma once\n" "#pragma once\n\n#include <kvshare/platform/cxx20.h>\n" text "${text}")
+  endif()
   if(header STREQUAL "share/kvshare.h")
     set(header kvshare.h)
   endif()

@@ -41,7 +41,7 @@ void CObList::RemoveAll() noexcept {
 }
 
 // The element that GetHead and GetTail refer to for an empty list.
-CObject*& CObList::None() noexcept {
+CObject*& CObList::Missing() noexcept {
   thread_local CObject* none;
   return none = nullptr;
 }

@@ -23,9 +23,9 @@ class KVSHARE_API CObList : public CObject {
   LONGLONG GetSize() const noexcept { return m_nCount; }
   bool IsEmpty() const noexcept { return m_nCount == 0; }
 
-  CObject*& GetHead() { return m_pHead ? m_pHead->object : None(); }
+  CObject*& GetHead() { return m_pHead ? m_pHead->object : Missing(); }
   CObject* GetHead() const { return m_pHead ? m_pHead->object : nullptr; }
-  CObject*& GetTail() { return m_pTail ? m_pTail->object : None(); }
+  CObject*& GetTail() { return m_pTail ? m_pTail->object : Missing(); }
   CObject* GetTail() const { return m_pTail ? m_pTail->object : nullptr; }
 
   // Remove the first or last element and return its object, which is not deleted.
@@ -87,7 +87,7 @@ class KVSHARE_API CObList : public CObject {
   }
   Node* Insert(CObject* object, Node* previous, Node* next);
   CObject* Remove(Node* node) noexcept;
-  static CObject*& None() noexcept;
+  static CObject*& Missing() noexcept;
   void Load(CArchive& ar, const CRuntimeClass* wanted, bool owned);
 
   Node* m_pHead = nullptr;

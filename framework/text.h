@@ -235,5 +235,7 @@ static_assert(sizeof(CString) == sizeof(void*), "a CString is one pointer wide")
 KVSHARE_API CString FromUtf8(std::string_view text);
 KVSHARE_API std::string ToUtf8(TextView text);
 inline std::string ToUtf8(const CString& text) { return ToUtf8(text.View()); }
+// Empty for null.
+inline std::string ToUtf8(LPCTSTR text) { return text ? ToUtf8(TextView(text)) : std::string(); }
 // Appends to `out`.
 KVSHARE_API void AppendUtf8(std::string& out, TextView text);

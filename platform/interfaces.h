@@ -10,7 +10,6 @@
 #else
 
 using HRESULT = std::int32_t;
-using ULONG = std::uint32_t;
 
 struct GUID {
   DWORD Data1;

@@ -40,7 +40,7 @@ class KVSHARE_API SafeFile {
   // The target as a system path (platform/paths.h), with links resolved. Only for the platform's own sources.
   const std::string& SystemPath() const;
   // The status of the first failure, or ERROR_SUCCESS.
-  LONG Status() const;
+  LONG FirstError() const;
   // The first failure as one line in UTF-8, "cannot write PATH: the disk is full"; for a replaced target "PATH is
   // written, but ..."; empty without a failure.
   std::string Reason() const;

@@ -7,6 +7,7 @@ packages_build="g++ cmake ninja-build pkg-config ccache libsqlite3-dev libpugixm
 packages_test="libgtest-dev libgmock-dev rapidjson-dev locales libgsf-bin p7zip-full spin"
 packages_bench="qt6-base-dev libboost-serialization-dev libcereal-dev libsimpleini-dev libtbb-dev python3"
 packages_fuzz="clang libclang-rt-14-dev"
+packages_headers="libx11-dev"
 packages_check="git clang-format clang-tidy"
 
 needs() {

@@ -1,8 +1,10 @@
 #!/usr/bin/env bash
-# Installs into a folder of its own and compiles each installed header alone, with the warnings that a module may use.
+# Installs into a folder of its own and compiles the installed headers, with the warnings that a module may use: each
+# alone, and all of them before and after headers that define similar names. Without C++20 each gives one error.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/dependencies.sh
+needs headers
 prefix=$PWD/build/headers/prefix
 rm -rf build/headers
 mkdir -p build/headers/sources build/headers/objects
@@ -14,6 +16,25 @@ while read -r header; do
   echo "#include <kvshare/$header>" >"build/headers/sources/$name.cpp"
   names+=("$name")
 done < <(cd "$prefix/include/kvshare" && find . -name '*.h' -printf '%P\n' | sort)
-printf '%s\n' "${names[@]}" | xargs -P "$(nproc)" -I{} ccache g++ -std=c++20 -Wall -Wextra -Werror -I"$prefix/include" \
-  -c build/headers/sources/{}.cpp -o build/headers/objects/{}.o
-echo "headers: ${#names[@]} installed, each compiles alone"
+all=$(cat build/headers/sources/*.cpp)
+
+beside=(sql X11)
+declare -A includes=([sql]=$'#include <sql.h>\n#include <sqlext.h>\n#include <odbcinst.h>'
+                     [X11]=$'#include <X11/Xlib.h>\n#include <X11/Xutil.h>')
+for group in "${beside[@]}"; do
+  printf '%s\n' "${includes[$group]}" "$all" >"build/headers/sources/after_$group.cpp"
+  printf '%s\n' "$all" "${includes[$group]}" >"build/headers/sources/before_$group.cpp"
+done
+printf '%s\n' "${names[@]}" "${beside[@]/#/after_}" "${beside[@]/#/before_}" |
+  xargs -P "$(nproc)" -I{} ccache g++ -std=c++20 -Wall -Wextra -Werror -I"$prefix/include" \
+    -c build/headers/sources/{}.cpp -o build/headers/objects/{}.o
+
+for name in "${names[@]}"; do
+  errors=$(g++ -std=c++14 -fsyntax-only -I"$prefix/include" "build/headers/sources/$name.cpp" 2>&1 | grep ' error: ') || true
+  case $errors in
+    *$'\n'* | '') printf '%s\n' "$name with C++14 gives not one error:" "$errors" >&2; exit 1 ;;
+    *'KVSHAREu needs C++20: compile with -std=c++20'*) ;;
+    *) printf '%s\n' "$name with C++14 gives an unclear error:" "$errors" >&2; exit 1 ;;
+  esac
+done
+echo "headers: ${#names[@]} installed, each compiles alone; all compile beside those of ${beside[*]}"

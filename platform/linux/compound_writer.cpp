@@ -47,7 +47,7 @@ class Writer {
     PutFat(file);
     PutDifat(file);
     if (file.Commit()) return S_OK;
-    return file.IsReplaced() ? STG_E_WRITEFAULT : StorageCodeOf(file.Status());
+    return file.IsReplaced() ? STG_E_WRITEFAULT : StorageCodeOf(file.FirstError());
   }
 
  private:

@@ -52,7 +52,7 @@ BOOL CopyFileW(LPCWSTR from, LPCWSTR to, BOOL failIfExists) {
     if (old.st_dev == facts.st_dev && old.st_ino == facts.st_ino) return FailWithStatus(ERROR_SHARING_VIOLATION);
   }
   if (!CopyBytes(in.number, out)) return FALSE;
-  if (!out.Commit()) return FailWithStatus(out.Status());
+  if (!out.Commit()) return FailWithStatus(out.FirstError());
   // The content is complete. File systems without permissions or times refuse these two calls.
   const timespec times[] = {{0, UTIME_OMIT}, facts.st_mtim};
   utimensat(AT_FDCWD, target.c_str(), times, 0);

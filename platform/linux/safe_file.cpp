@@ -205,7 +205,7 @@ bool SafeFile::IsReplaced() const { return state_->replaced; }
 
 const std::string& SafeFile::SystemPath() const { return state_->target; }
 
-LONG SafeFile::Status() const { return state_->status; }
+LONG SafeFile::FirstError() const { return state_->status; }
 
 std::string SafeFile::Reason() const {
   if (state_->status == ERROR_SUCCESS) return {};
@@ -222,5 +222,5 @@ LONG WriteFileSafely(LPCWSTR path, std::string_view bytes) {
   SafeFile file(path);
   file.Write(bytes);
   file.Commit();
-  return file.Status();
+  return file.FirstError();
 }

@@ -174,7 +174,7 @@ HRESULT StgCreateDocfile(LPCWSTR path, DWORD mode, DWORD reserved, IStorage** st
     const bool there = _waccess(path, 0) == 0;
     if (there && (mode & STGM_CREATE) == 0) return STG_E_FILEALREADYEXISTS;
     // Starting to write shows whether the file can be written.
-    if (const SafeFile probe(path); probe.Status() != ERROR_SUCCESS) return StorageCodeOf(probe.Status());
+    if (const SafeFile probe(path); probe.FirstError() != ERROR_SUCCESS) return StorageCodeOf(probe.FirstError());
     auto document = std::make_shared<StorageDocument>();
     document->path = path;
     document->mode = mode & ~STGM_CREATE;

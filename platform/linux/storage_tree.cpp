@@ -113,7 +113,7 @@ HRESULT StreamContent::Resize(ULONGLONG bytes) {
 HRESULT StreamContent::CopyTo(SafeFile& file) const {
   if (const HRESULT result = Open(); FAILED(result)) return result;
   std::vector<BYTE> buffer;
-  for (ULONGLONG at = 0; at < size_ && file.Status() == ERROR_SUCCESS; at += kChunk) {
+  for (ULONGLONG at = 0; at < size_ && file.FirstError() == ERROR_SUCCESS; at += kChunk) {
     const std::size_t part = std::size_t(std::min<ULONGLONG>(kChunk, size_ - at));
     const Chunk* const chunk = ChunkAt(std::size_t(at / kChunk));
     if (chunk && chunk->size() == part) {

@@ -3,11 +3,25 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #define KVSHARE_API __attribute__((visibility("default")))
 // Marks a thread-local variable of the library that is read without a call. Such variables share a small space that the
 // loader keeps for libraries: pointers and numbers only.
 #define KV_FAST_THREAD_LOCAL [[gnu::tls_model("initial-exec")]] thread_local
+
+// The headers of the ODBC driver manager define some names of this header with other meanings. If they come first, this
+// header uses names of its own for these types. If they come later, the macro below keeps them from it.
+#if defined(__SQLTYPES_H) && !defined(ALREADY_HAVE_WINDOWS_TYPE)
+#undef BOOL
+#define TCHAR KV_TCHAR
+#define WCHAR KV_WCHAR
+#define LPTSTR KV_LPTSTR
+#define LPWSTR KV_LPWSTR
+#define LPCWSTR KV_LPCWSTR
+#define HINSTANCE KV_HINSTANCE
+#define ULONG KV_ULONG
+#endif
 
 using BYTE = std::uint8_t;
 using WORD = std::uint16_t;
@@ -17,6 +31,12 @@ using LONG = std::int32_t;
 using BOOL = int;
 using LONGLONG = std::int64_t;
 using ULONGLONG = std::uint64_t;
+using ULONG = std::uint32_t;
+// A macro of one word, because modules write "unsigned __int64" and "__int64(x)" too.
+#ifndef __int64
+#define __int64 long
+#endif
+static_assert(std::is_same_v<__int64, LONGLONG>);
 using DWORD_PTR = std::uintptr_t;
 using LANGID = WORD;
 using LCID = DWORD;
@@ -47,6 +67,32 @@ using HKEY = HKEY__*;
 using PHKEY = HKEY*;
 using HINSTANCE = HINSTANCE__*;
 using HMODULE = HINSTANCE;
+
+// The types that the driver manager's headers expect of a system that has the types above.
+#ifndef __SQLTYPES_H
+#define ALREADY_HAVE_WINDOWS_TYPE
+#define FAR
+#define CALLBACK
+#define SQL_API
+using CHAR = char;
+using UCHAR = unsigned char;
+using SCHAR = signed char;
+using SQLSCHAR = SCHAR;
+using SDWORD = int;
+using UDWORD = unsigned int;
+using SWORD = short;
+using UWORD = unsigned short;
+using SLONG = long;
+using SSHORT = short;
+using USHORT = unsigned short;
+using SDOUBLE = double;
+using LDOUBLE = double;
+using SFLOAT = float;
+using PTR = void*;
+using RETCODE = short;
+using HWND = void*;
+using SQLHWND = void*;
+#endif
 
 struct POINT {
   LONG x;

@@ -211,6 +211,7 @@ TEST(Text, Utf8BorderNeverFails) {
     EXPECT_EQ(CString(bytes.c_str()).View(), text);
   }
   EXPECT_EQ(ToUtf8(std::u16string_view(std::u16string{u'a', 0xD83D, u'b'})), "a\uFFFDb") << "half a character";
+  EXPECT_EQ(ToUtf8(_T("\u00FC")) + ToUtf8(LPCTSTR(nullptr)), "\u00FC");
 }
 
 }  // namespace

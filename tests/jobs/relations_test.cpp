@@ -167,7 +167,8 @@ TEST_F(Relations, TextsShowLocalTimesDurationProgressAndCaller) {
   EXPECT_EQ(data->GetEndTimeStr(), _T("12:05:09"));
   run(0x7FFFFFFFFFFFFFFF, 0);
   EXPECT_EQ(data->GetStartTimeStr(), _T("")) << "no such day";
-  data->SetActionProgress(45);
+  const unsigned __int64 percent = 45;
+  data->SetActionProgress(__int64(percent));
   EXPECT_EQ(data->GetActionProgressString(), _T("45 %"));
   EXPECT_EQ(data->GetProcessName(), _T("pocket"));
   EXPECT_EQ(QFThreadData::DeltaTime({2024, 1, 1, 1, 0, 0, 0, 0}, {2024, 1, 2, 5, 1, 0, 0, 900}), 349200u);

@@ -189,7 +189,7 @@ TEST_F(Safe, FailuresComeWithAReasonAndLeaveNothing) {
     SafeFile file(row.path);
     EXPECT_FALSE(file.Write("new"));
     EXPECT_FALSE(file.Commit());
-    EXPECT_EQ(file.Status(), row.status);
+    EXPECT_EQ(file.FirstError(), row.status);
     EXPECT_EQ(file.Reason(), row.reason);
   }
   EXPECT_EQ(kvtest::ReadFile(Drive("/locked")), "old");
