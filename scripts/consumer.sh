@@ -1,26 +1,38 @@
 #!/usr/bin/env bash
-# Installs into an empty folder, builds the consumer project against it with CMake and with pkg-config, and runs both.
+# Runs the lines of README's section on linking a module, with folders of its own: they install the library, and build and
+# run the example module with CMake and with pkg-config. Then checks how the programs find the library.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-prefix=$PWD/build/consumer/prefix
-rm -rf build/consumer
-mkdir -p build/consumer
-scripts/build.sh --prefix "$prefix" >/dev/null
-export KV_REGISTRY=$PWD/build/consumer/registry
+folder=$PWD/build/consumer prefix=$PWD/build/consumer/prefix
+rm -rf "$folder"
+mkdir -p "$folder"
+export KV_REGISTRY=$folder/registry
 
-cmake -S examples/consumer -B build/consumer/cmake -G Ninja -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
-cmake --build build/consumer/cmake >/dev/null
-with_cmake=$(build/consumer/cmake/consumer)
-
-export PKG_CONFIG_PATH=$prefix/lib/pkgconfig
-# shellcheck disable=SC2046 # the flags must be split into words
-g++ -std=c++20 examples/consumer/consumer.cpp -o build/consumer/plain $(pkg-config --cflags --libs kvshare) -Wl,-rpath,"$prefix/lib"
-with_pkg_config=$(build/consumer/plain)
-
-if [ -z "$with_cmake" ] || [ "$with_cmake" != "$with_pkg_config" ]; then
-  echo "the two consumers print different texts: '$with_cmake' and '$with_pkg_config'" >&2
+{
+  echo 'set -euo pipefail'
+  sed -n '/^## Link a module/,/^## /s/^    //p' README.md | sed "s|/opt/kestrova|$prefix|g; s|/tmp/|$folder/|g"
+} >"$folder/readme.sh"
+bash "$folder/readme.sh" >"$folder/readme.log" 2>&1 || {
+  cat "$folder/readme.log" >&2
+  echo "the lines of README.md fail; see $folder/readme.sh" >&2
+  exit 1
+}
+greeting='hello from KESTROVAu'
+if [ "$(grep -cxF "$greeting" "$folder/readme.log")" -ne 2 ]; then
+  cat "$folder/readme.log" >&2
+  echo "the lines of README.md do not print '$greeting' twice" >&2
   exit 1
 fi
+
+# Each program finds the library by RUNPATH, and LD_LIBRARY_PATH replaces it.
+mkdir "$folder/other"
+cp -P "$prefix"/lib/libKVSHAREu.so* "$folder/other"
 "$prefix/bin/kestrova" --version >/dev/null
-readelf -d "$prefix/bin/kestrova" | grep -qF 'RUNPATH' || { echo "the installed program has no RUNPATH" >&2; exit 1; }
-echo "consumer: $with_cmake"
+for program in "$prefix/bin/kestrova" "$folder/module/consumer" "$folder/consumer"; do
+  readelf -d "$program" | grep -qF '(RUNPATH)' || { echo "$program has no RUNPATH" >&2; exit 1; }
+  LD_LIBRARY_PATH=$folder/other ldd "$program" | grep -qF "=> $folder/other/libKVSHAREu.so" || {
+    echo "LD_LIBRARY_PATH does not replace the library of $program" >&2
+    exit 1
+  }
+done
+echo "consumer: $greeting"

@@ -1,5 +1,6 @@
 // Loaded modules from the dynamic linker's list. A module's handle is the address of its first page.
 #include <link.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -47,6 +48,18 @@ std::string FileOf(const dl_phdr_info& info) {
   return realpath(name.c_str(), path) ? path : name;
 }
 
+// The file's name without the version after ".so", if the folder has that name for the same file: programs load a
+// library by the name with the version.
+std::string WithoutVersion(const std::string& file) {
+  const std::size_t version = file.rfind(".so.");
+  if (version == std::string::npos || file.find('/', version) != std::string::npos) return file;
+  const std::string plain = file.substr(0, version + 3);
+  struct stat its, plains;
+  const bool same = stat(file.c_str(), &its) == 0 && stat(plain.c_str(), &plains) == 0 && its.st_dev == plains.st_dev &&
+                    its.st_ino == plains.st_ino;
+  return same ? plain : file;
+}
+
 bool SameWithoutCase(const std::string& a, const std::string& b) {
   return _wcsicmp(WideFromUtf8(a).c_str(), WideFromUtf8(b).c_str()) == 0;
 }
@@ -91,7 +104,7 @@ DWORD GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD units) {
   } else {
     ForEachModule([&](const dl_phdr_info& info) {
       if (module && HandleOf(info) != module) return false;
-      path = ProductPathFromSystem(FileOf(info));
+      path = ProductPathFromSystem(WithoutVersion(FileOf(info)));
       return true;
     });
   }

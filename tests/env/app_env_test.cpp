@@ -110,7 +110,7 @@ TEST_F(Environment, PathsAreBelowTheInstallFolderOrTheFolderOfData) {
   EXPECT_EQ(withoutDrive[0], '\\');
   EXPECT_EQ(withoutDrive.Right(5), _T("\\lib\\"));
   EXPECT_EQ(withoutDrive.Find(_T("..")), -1) << install;
-  EXPECT_EQ(env.GetKVModuleExt()[0], '.');
+  EXPECT_EQ(env.GetKVModuleExt(), _T(".so"));
   const std::pair<CString, std::string> rows[] = {
       {env.GetKVModuleName(), "KESTROVAu"},
       {env.GetKVResourceDllPath(), language + "KVRESu.DLL"},

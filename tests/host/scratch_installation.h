@@ -19,7 +19,9 @@ class ScratchInstallation {
     const fs::path built = BuiltFile({});
     fs::create_directory(folder_.Path() / "lib");
     fs::create_directory(folder_.Path() / "registry");
-    fs::create_symlink(built / "lib/libKVSHAREu.so", Lib("libKVSHAREu.so"));
+    for (const auto& file : fs::directory_iterator(built / "lib"))
+      if (file.path().filename().string().starts_with("libKVSHAREu.so"))
+        fs::create_symlink(file.path(), Lib(file.path().filename().string()));
     if (fs::exists(built / "etc")) fs::create_directory_symlink(built / "etc", folder_.Path() / "etc");
     for (const char* part : {"lang", "MachSim", "SubSpindleOps", "Edm", "TechDB"})
       if (fs::exists(built / "lib" / part)) fs::copy(built / "lib" / part, Lib(part), fs::copy_options::recursive);
