@@ -29,8 +29,8 @@ mkdir "$folder/other"
 cp -P "$prefix"/lib/libKVSHAREu.so* "$folder/other"
 "$prefix/bin/kestrova" --version >/dev/null
 for program in "$prefix/bin/kestrova" "$folder/module/consumer" "$folder/consumer"; do
-  readelf -d "$program" | grep -qF '(RUNPATH)' || { echo "$program has no RUNPATH" >&2; exit 1; }
-  LD_LIBRARY_PATH=$folder/other ldd "$program" | grep -qF "=> $folder/other/libKVSHAREu.so" || {
+  [[ $(readelf -d "$program") == *'(RUNPATH)'* ]] || { echo "$program has no RUNPATH" >&2; exit 1; }
+  [[ $(LD_LIBRARY_PATH=$folder/other ldd "$program") == *"=> $folder/other/libKVSHAREu.so"* ]] || {
     echo "LD_LIBRARY_PATH does not replace the library of $program" >&2
     exit 1
   }
