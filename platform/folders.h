@@ -33,7 +33,7 @@ using LPWIN32_FIND_DATAW = WIN32_FIND_DATAW*;
 // The names are read now, so files that the caller creates or removes during the search do not disturb it. The other
 // fields are read when an entry is returned; an entry that is gone by then is skipped. Entries are sorted by their
 // upper-case names. A link has its own mark and the other fields of its target, if there is one. Names that contain a
-// backslash or are not UTF-8 are left out, because a product path cannot express them.
+// backslash are left out, because a product path cannot express them.
 //
 // Returns INVALID_HANDLE_VALUE on failure: ERROR_FILE_NOT_FOUND if nothing matches or the path ends in a backslash,
 // ERROR_PATH_NOT_FOUND for a missing folder, ERROR_DIRECTORY if it is not a folder, ERROR_INVALID_NAME for a pattern in

@@ -6,6 +6,10 @@
 // drives work in the same way. \a\b is the system's /a/b. If a component does not exist as written, it is looked up
 // without case; if several names match, the one with the smallest bytes is used. Slashes count as backslashes, and a
 // leading \\?\ is ignored.
+//
+// System names are bytes, and not all of them are UTF-8. A byte that is not part of valid UTF-8 becomes U+DC80 +
+// (byte - 0x80) in a product path, half a surrogate pair, and the same byte again in a system path. So each file keeps
+// its own path; ToUtf8 shows such a unit as U+FFFD. Any other half pair in a product path becomes U+FFFD.
 #pragma once
 
 #include <string>
@@ -13,12 +17,13 @@
 
 #include "platform/types.h"
 
-// The system path in UTF-8, for other libraries. Components that do not exist stay as written. Empty for null or "".
+// The system path in the system's bytes, for other libraries. Components that do not exist stay as written. Empty for
+// null or "".
 KVSHARE_API std::string SystemPathFromProduct(LPCWSTR path);
 
 // The product form of a path from outside, such as the command line: /a/b becomes \a\b, and a path in a drive's folder
-// gets the drive, C:\a. A product path stays as it is. System names that contain a backslash or are not UTF-8 cannot be
-// expressed in this form.
+// gets the drive, C:\a. A product path stays as it is. System names that contain a backslash cannot be expressed in
+// this form.
 KVSHARE_API std::basic_string<TCHAR> ProductPathFromSystem(std::string_view path);
 
 #ifndef _WIN32

@@ -13,7 +13,8 @@
 // ---- environment
 
 // Returns the length without the terminator if the value fits, otherwise the size needed with the terminator; 0 if
-// there is no such variable. Names are case-sensitive where the system's names are.
+// there is no such variable. Names are case-sensitive where the system's names are. Bytes that are not UTF-8 are
+// as in paths.h, in both directions.
 KVSHARE_API DWORD GetEnvironmentVariableW(LPCWSTR name, LPWSTR buffer, DWORD units);
 // A null value removes the variable.
 KVSHARE_API BOOL SetEnvironmentVariableW(LPCWSTR name, LPCWSTR value);

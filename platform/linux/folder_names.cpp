@@ -38,14 +38,14 @@ bool IsAscii(std::string_view text) {
 // A name for comparison without case with many others, most of which differ in an obvious way.
 class CaselessName {
  public:
-  explicit CaselessName(std::string_view name) : name_(name), is_ascii_(IsAscii(name)), wide_(WideFromUtf8(name)) {}
+  explicit CaselessName(std::string_view name) : name_(name), is_ascii_(IsAscii(name)), wide_(WideFromSystem(name)) {}
 
   bool Equals(std::string_view other) const {
     if (is_ascii_ && IsAscii(other)) {
       const auto same = [](char a, char b) { return a == b || ((a ^ b) == 0x20 && IsLetter(a)); };
       return std::equal(name_.begin(), name_.end(), other.begin(), other.end(), same);
     }
-    return _wcsicmp(WideFromUtf8(other).c_str(), wide_.c_str()) == 0;
+    return _wcsicmp(WideFromSystem(other).c_str(), wide_.c_str()) == 0;
   }
 
  private:
@@ -102,7 +102,7 @@ struct Names {
 
   static std::string KeyOf(std::string_view name) {
     std::string key;
-    kvregistry::AppendFolded(key, WideFromUtf8(name));
+    kvregistry::AppendFolded(key, WideFromSystem(name));
     return key;
   }
   void Add(std::string_view name) { by_key[KeyOf(name)].emplace(name); }

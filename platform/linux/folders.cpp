@@ -34,8 +34,8 @@ std::u16string UpperName(std::u16string name) {
 
 // The name in the product's form; empty if it cannot be expressed.
 std::u16string ProductName(std::string_view name) {
-  const std::u16string wide = WideFromUtf8(name);
-  return wide.size() < MAX_PATH && wide.find(u'\\') == wide.npos && Utf8FromWide(wide) == name ? wide : u"";
+  std::u16string wide = WideFromSystem(name);
+  return wide.size() < MAX_PATH && wide.find(u'\\') == wide.npos ? std::move(wide) : std::u16string();
 }
 
 // Returns false if the entry no longer exists.
@@ -64,7 +64,7 @@ bool GetFacts(int folder, const std::string& name, WIN32_FIND_DATAW& facts) {
     facts.dwFileAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
     facts.dwReserved0 = IO_REPARSE_TAG_SYMLINK;
   }
-  const std::u16string wide = WideFromUtf8(name);
+  const std::u16string wide = WideFromSystem(name);
   wide.copy(facts.cFileName, MAX_PATH - 1);
   return true;
 }

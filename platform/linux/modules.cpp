@@ -61,7 +61,7 @@ std::string WithoutVersion(const std::string& file) {
 }
 
 bool SameWithoutCase(const std::string& a, const std::string& b) {
-  return _wcsicmp(WideFromUtf8(a).c_str(), WideFromUtf8(b).c_str()) == 0;
+  return _wcsicmp(WideFromSystem(a).c_str(), WideFromSystem(b).c_str()) == 0;
 }
 
 // The base name of a library: without "lib", and up to the first ".so", ".dll" or ".exe".
@@ -81,7 +81,7 @@ std::string NameOf(const std::string& path) { return path.substr(path.rfind('/')
 
 HMODULE GetModuleHandleW(LPCWSTR name) {
   const bool hasFolder = name && std::u16string_view(name).find_first_of(u"\\/:") != std::u16string_view::npos;
-  const std::string wanted = hasFolder ? SystemPathFromProduct(name) : Utf8FromWide(name);
+  const std::string wanted = hasFolder ? SystemPathFromProduct(name) : SystemFromWide(name);
   HMODULE found = nullptr;
   ForEachModule([&](const dl_phdr_info& info) {
     if (name) {

@@ -62,7 +62,7 @@ std::string LookUp(std::string base, std::string_view rest) {
 
 // The product path with slashes and without a leading \\?\.
 std::string WithSlashes(LPCWSTR path) {
-  std::string text = Utf8FromWide(path);
+  std::string text = SystemFromWide(path);
   std::replace(text.begin(), text.end(), '\\', '/');
   if (text.starts_with("//?/UNC/")) return "//" + text.substr(8);
   if (text.starts_with("//?/")) return text.substr(4);
@@ -145,7 +145,7 @@ std::u16string ProductPathFromSystem(std::string_view path) {
     break;
   }
   std::replace(text.begin(), text.end(), '/', '\\');
-  return WideFromUtf8(text);
+  return WideFromSystem(text);
 }
 
 // ---- taking apart

@@ -23,15 +23,16 @@ extern "C" {  // older C library headers lack this
 // ---- environment
 
 DWORD GetEnvironmentVariableW(LPCWSTR name, LPWSTR buffer, DWORD units) {
-  const char* value = name && *name ? std::getenv(Utf8FromWide(name).c_str()) : nullptr;
+  const char* value = name && *name ? std::getenv(SystemFromWide(name).c_str()) : nullptr;
   if (!value) return DWORD(FailWithStatus(ERROR_ENVVAR_NOT_FOUND));
-  return CopyToBuffer(WideFromUtf8(value), buffer, units);
+  return CopyToBuffer(WideFromSystem(value), buffer, units);
 }
 
 BOOL SetEnvironmentVariableW(LPCWSTR name, LPCWSTR value) {
   if (!name || !*name) return FailWithStatus(ERROR_INVALID_PARAMETER);
-  const std::string key = Utf8FromWide(name);
-  const int result = value ? setenv(key.c_str(), Utf8FromWide(value).c_str(), /*overwrite=*/1) : unsetenv(key.c_str());
+  const std::string key = SystemFromWide(name);
+  const int result =
+      value ? setenv(key.c_str(), SystemFromWide(value).c_str(), /*overwrite=*/1) : unsetenv(key.c_str());
   return result == 0 || FailWithErrno(errno);
 }
 

@@ -51,7 +51,7 @@ std::string ProgramName(DWORD id) {
 }
 
 void CopyName(std::string_view name, LPWSTR target, std::size_t units) {
-  const std::u16string wide = WideFromUtf8(name);
+  const std::u16string wide = WideFromSystem(name);
   target[wide.copy(target, units - 1)] = 0;
 }
 

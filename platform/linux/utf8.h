@@ -1,4 +1,4 @@
-// Conversion between the product's text and the system's bytes (UTF-8).
+// Conversion between the product's text and the system's bytes.
 #pragma once
 
 #include <string>
@@ -11,6 +11,13 @@ std::string Utf8FromWide(std::u16string_view text);
 std::string Utf8FromWide(LPCWSTR text);
 // Invalid bytes become U+FFFD.
 std::u16string WideFromUtf8(std::string_view bytes);
+
+// Names that the system gives: of files, environment variables and modules. A byte that is not part of valid UTF-8
+// becomes U+DC00 + byte, a half surrogate pair from U+DC80 to U+DCFF, and such a unit becomes the byte again. So every
+// system name has its own product text. Other half pairs become U+FFFD.
+std::u16string WideFromSystem(std::string_view bytes);
+std::string SystemFromWide(std::u16string_view text);
+std::string SystemFromWide(LPCWSTR text);
 
 // Copies a text to a caller's buffer by the usual rule: returns the length if the text and its terminator fit,
 // otherwise the size needed with the terminator, and copies nothing.

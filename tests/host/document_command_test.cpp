@@ -83,6 +83,17 @@ TEST_F(DocumentCommand, ReplacesAFileOnlyWithForce) {
   EXPECT_NE(ReadFile(file), "mine");
 }
 
+TEST_F(DocumentCommand, NamesThatAreNotUtf8AreDifferentFiles) {
+  const std::string fe = NewDocument("x\xFE.kvdoc", {"--nodes", "3"}), ff = File("x\xFF.kvdoc");
+  const std::string before = ReadFile(fe);
+  EXPECT_EQ(Run({"show", ff}), Refused("cannot read " + File("x\\xFF.kvdoc") + ": no such file; check the path"));
+  NewDocument("x\xFF.kvdoc", {"--nodes", "7"});
+  EXPECT_EQ(Json({"show", ff})["nodes"].size(), 7u);
+  Out({"convert", ff, File("y\xFE.kvdoc")});
+  EXPECT_EQ(ReadFile(fe), before);
+  EXPECT_TRUE(std::filesystem::exists(File("y\xFE.kvdoc")));
+}
+
 TEST_F(DocumentCommand, ExplainsFailuresInOneLine) {
   const std::string folder = folder_.Path().string();
   const std::string file = NewDocument("a.kvdoc", {"--nodes", "3"});

@@ -21,7 +21,7 @@ class Folders : public testing::Test {
     if (search == INVALID_HANDLE_VALUE) return "error " + std::to_string(GetLastError());
     std::string names;
     do {
-      names += fs::path(facts.cFileName).string() + " ";
+      names += SystemPathFromProduct(facts.cFileName) + " ";
     } while (FindNextFileW(search, &facts));
     EXPECT_EQ(GetLastError(), DWORD(ERROR_NO_MORE_FILES));
     EXPECT_TRUE(FindClose(search));
@@ -33,12 +33,14 @@ class Folders : public testing::Test {
 
 TEST_F(Folders, PatternsFollowThePlatformsRules) {
   for (const char* name : {"a.txt", "B.TXT", "ab", "ab.c.txt", "abc", "x.htm", "x.html", "z."}) folder.Write(name, "");
-  for (const char* name : {"back\\slash", "..\\up", "\xFF\xFE"}) folder.Write(name, "not in the product's form");
+  folder.Write("\xFF\xFE", "");
+  for (const char* name : {"back\\slash", "..\\up"}) folder.Write(name, "not in the product's form");
   const std::pair<const char*, const char*> rows[] = {
-      {"*", ". .. a.txt ab ab.c.txt abc B.TXT x.htm x.html z. "},
-      {"*.*", ". .. a.txt ab ab.c.txt abc B.TXT x.htm x.html z. "},
+      {"*", ". .. a.txt ab ab.c.txt abc B.TXT x.htm x.html z. \xFF\xFE "},
+      {"*.*", ". .. a.txt ab ab.c.txt abc B.TXT x.htm x.html z. \xFF\xFE "},
       {"*.txt", "a.txt ab.c.txt B.TXT "},
-      {"*.", "ab abc "},
+      {"*.", "ab abc \xFF\xFE "},
+      {"??", "ab \xFF\xFE "},
       {"a??", "ab abc "},
       {"???.txt", "a.txt B.TXT "},
       {"ab*.*", "ab ab.c.txt abc "},

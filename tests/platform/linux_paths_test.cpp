@@ -55,6 +55,34 @@ TEST_F(Mapping, GoesToTheDriveFolderAndBackAndLooksUpWithoutCase) {
   EXPECT_TRUE(ProductPathFromSystem(Drive("s/x")).starts_with(u"\\")) << "only the name's beginning is the drive's";
 }
 
+TEST_F(Mapping, KeepsNamesThatAreNotUtf8Apart) {
+  const std::string names[] = {"x\xFE",
+                               "x\xFF",
+                               "x\xEF\xBF\xBD",
+                               "\xC3",
+                               "\xC3\xA4",
+                               "\xED\xA0\x80",
+                               "\xC0\xAF\xE2\x82",
+                               "\x80",
+                               "a\xF0\x9F\x98\x80\xF0"};
+  for (const std::string& name : names) {
+    const std::u16string path = ProductPathFromSystem(Drive("/odd/" + name));
+    EXPECT_EQ(SystemPathFromProduct(path.c_str()), Drive("/odd/" + name)) << "before there is one of its own";
+    folder.Write("drive/odd/" + name, "");
+    EXPECT_EQ(SystemPathFromProduct(path.c_str()), Drive("/odd/" + name));
+  }
+  EXPECT_EQ(ProductPathFromSystem("x\xFF\xE2\x82"), std::u16string({u'x', 0xDCFF, 0xDCE2, 0xDC82}));
+  EXPECT_EQ(SystemPathFromProduct(std::u16string({u'y', 0xD800, 0xDC7F, u'z', 0xDD00}).c_str()),
+            "y\xF0\x90\x81\xBFz\xEF\xBF\xBD");
+  setenv("KV_ODD", "/a\xFF", 1);
+  TCHAR value[9];
+  EXPECT_EQ(GetEnvironmentVariableW(_T("KV_ODD"), value, 9), 3U);
+  EXPECT_EQ(value, std::u16string({u'/', u'a', 0xDCFF}));
+  EXPECT_TRUE(SetEnvironmentVariableW(_T("KV_ODD"), value));
+  EXPECT_STREQ(std::getenv("KV_ODD"), "/a\xFF");
+  unsetenv("KV_ODD");
+}
+
 // A large folder's names are remembered after the second search.
 TEST_F(Mapping, SearchesInALargeFolderSeeEveryChange) {
   namespace fs = std::filesystem;
