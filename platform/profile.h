@@ -10,12 +10,15 @@
 // the case of the file. A new key goes after the last non-blank line of its section, a new section to the end of the
 // file. All other bytes stay. The file is written to a temporary file and renamed (safe_file.h), so a call changes
 // everything or nothing; a link stays a link. Writers of one folder, in this and other processes, wait for each other
-// up to ten seconds (then ERROR_SHARING_VIOLATION), so that no value is lost; on file systems without locks values can
-// be lost. Every call writes the whole file to the disk: use WritePrivateProfileSectionW for many keys.
+// up to kProfileLockSeconds (then ERROR_SHARING_VIOLATION), so that no value is lost; on file systems without locks
+// values can be lost. Every call writes the whole file to the disk: use WritePrivateProfileSectionW for many keys.
 //
-// A file that begins with FF FE is UTF-16LE and stays so. Any other file is UTF-8: a mark at its start is kept, and
-// invalid bytes are read as U+FFFD but stay in the file. A new file is UTF-8 without a mark. A file above 32 MiB is
-// neither read nor written (ERROR_FILE_TOO_LARGE).
+// A file keeps its encoding. One that begins with FF FE is UTF-16LE; one with the UTF-8 mark, or whose bytes are UTF-8,
+// is UTF-8; a new file is UTF-8 without a mark. A file without a mark that is not UTF-8 is windows-1252. If it is not
+// UTF-8 and yet has UTF-8 characters, it mixes two encodings: it is read as UTF-8 and only ASCII can be written.
+// Invalid bytes of a UTF-8 file are read as U+FFFD but stay in the file. A text that the file's encoding lacks, and
+// half a surrogate pair outside UTF-16, is refused (ERROR_NO_UNICODE_TRANSLATION). UTF-16 without that mark and UTF-32
+// are neither read nor written (ERROR_NOT_SUPPORTED), nor is a file above 32 MiB (ERROR_FILE_TOO_LARGE).
 //
 // Spaces at both ends of arguments are removed. Paths are product paths (paths.h); a relative path starts at the
 // current folder. Results always come from the file's current content. If a section, key or file is missing or cannot
@@ -25,6 +28,9 @@
 
 #include "platform/errors.h"
 #include "platform/types.h"
+
+// How long a write waits for another writer of the folder.
+inline constexpr int kProfileLockSeconds = 10;
 
 #ifndef _WIN32
 

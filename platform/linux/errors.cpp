@@ -86,6 +86,7 @@ constexpr Words kWords[] = {
     {ERROR_FILENAME_EXCED_RANGE, "the name is too long"},
     {ERROR_FILE_TOO_LARGE, "the file is too large"},
     {ERROR_DIRECTORY, "the folder's name is not valid"},
+    {ERROR_NO_UNICODE_TRANSLATION, "the file's encoding lacks a character of the text"},
     {ERROR_IO_DEVICE, "the disk failed while reading or writing"},
     {ERROR_RESOURCE_DATA_NOT_FOUND, "the library has no resources"},
     {ERROR_RESOURCE_NAME_NOT_FOUND, "the library has no such resource"},

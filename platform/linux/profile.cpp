@@ -1,7 +1,9 @@
 // The profile calls: their arguments, buffers and results. profile_text.cpp parses the file.
 #include "platform/profile.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <initializer_list>
 
 #include "platform/linux/drives.h"
 #include "platform/linux/errno_status.h"
@@ -71,9 +73,9 @@ ProfilePointer Open(LPCWSTR path) {
   return nullptr;
 }
 
-// Replaces the file by the result of `change`; without a result the file stays.
+// Replaces the file by the result of `change`, which writes the texts; without a result the file stays.
 template <class Change>
-BOOL Write(LPCWSTR path, Change change) {
+BOOL Write(LPCWSTR path, std::initializer_list<std::u16string_view> texts, Change change) {
   if (!path || !*path) return FailWithStatus(ERROR_PATH_NOT_FOUND);
   EnsureDriveFolder(path);
   const std::string target = PathBehindLinks(SystemPathFromProduct(path));
@@ -85,6 +87,8 @@ BOOL Write(LPCWSTR path, Change change) {
     profile = Profile::FromBytes({});
   else if (code != 0)
     return FailForPath(code, target);
+  const auto lacks = [&](std::u16string_view text) { return !profile->CanHold(text); };
+  if (std::any_of(texts.begin(), texts.end(), lacks)) return FailWithStatus(ERROR_NO_UNICODE_TRANSLATION);
   const std::optional<std::string> bytes = change(*profile);
   if (!bytes) return TRUE;
   if (bytes->size() > kvprofile::kMostBytes) return FailWithStatus(ERROR_FILE_TOO_LARGE);
@@ -131,22 +135,22 @@ BOOL WritePrivateProfileStringW(LPCWSTR section, LPCWSTR key, LPCWSTR value, LPC
     if (!key && !value) kvprofile::ForgetAll();  // this form of the call drops the cache and still fails
     return FailWithStatus(ERROR_INVALID_PARAMETER);
   }
-  return Write(path, [&](const Profile& profile) -> std::optional<std::string> {
-    if (!key) return profile.WithoutSection(Trimmed(section));
-    if (!value) return profile.WithoutKey(Trimmed(section), Trimmed(key));
-    return profile.WithValue(Trimmed(section), Trimmed(key), Trimmed(value));
+  if (!key) return Write(path, {}, [&](const Profile& profile) { return profile.WithoutSection(Trimmed(section)); });
+  if (!value)
+    return Write(path, {}, [&](const Profile& profile) { return profile.WithoutKey(Trimmed(section), Trimmed(key)); });
+  return Write(path, {section, key, value}, [&](const Profile& profile) {
+    return std::optional(profile.WithValue(Trimmed(section), Trimmed(key), Trimmed(value)));
   });
 }
 
 BOOL WritePrivateProfileSectionW(LPCWSTR section, LPCWSTR list, LPCWSTR path) {
   if (!section) return FailWithStatus(ERROR_INVALID_PARAMETER);
-  return Write(path, [&](const Profile& profile) -> std::optional<std::string> {
-    if (!list) return profile.WithoutSection(Trimmed(section));
-    std::u16string lines;
-    for (LPCWSTR entry = list; *entry; entry += std::u16string_view(entry).size() + 1) {
-      lines += Trimmed(entry);
-      lines += u'\0';
-    }
-    return profile.WithLines(Trimmed(section), lines);
-  });
+  if (!list) return Write(path, {}, [&](const Profile& profile) { return profile.WithoutSection(Trimmed(section)); });
+  std::u16string lines;
+  for (LPCWSTR entry = list; *entry; entry += std::u16string_view(entry).size() + 1) {
+    lines += Trimmed(entry);
+    lines += u'\0';
+  }
+  return Write(path, {section, lines},
+               [&](const Profile& profile) { return std::optional(profile.WithLines(Trimmed(section), lines)); });
 }

@@ -18,11 +18,11 @@
 #include <thread>
 #include <vector>
 
+#include "platform/profile.h"
+
 namespace kvprofile {
 
 namespace {
-
-using std::chrono::milliseconds;
 
 constexpr std::size_t kMostFiles = 16;
 constexpr std::size_t kMostKeptBytes = 2 * kMostBytes;
@@ -30,7 +30,7 @@ constexpr std::int64_t kSecond = 1'000'000'000;
 // Larger than the kernel's time step (at most 10 ms) and than that of a file system with whole seconds (at most 2 s).
 constexpr std::int64_t kFineStep = 30'000'000;
 constexpr std::int64_t kCoarseStep = 21 * kSecond / 10;
-constexpr milliseconds kLockWait(10'000);
+constexpr std::chrono::seconds kLockWait(kProfileLockSeconds);
 constexpr std::chrono::microseconds kLockPause(200);
 
 std::int64_t Nanoseconds(const timespec& time) { return time.tv_sec * kSecond + time.tv_nsec; }
@@ -160,6 +160,7 @@ int Read(const std::string& path, std::shared_ptr<const Profile>& profile) {
   std::string bytes;
   if (const int code = ReadAll(file.number, std::size_t(facts.st_size), bytes)) return code;
   if (!profile || !profile->HasBytes(bytes)) profile = Profile::FromBytes(std::move(bytes));
+  if (!profile) return ENOTSUP;
   const Stamp stamp(facts);
   Keep({path, stamp, stamp.IsSettledAt(moment), profile});
   return 0;

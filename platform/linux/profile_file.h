@@ -9,7 +9,7 @@
 
 namespace kvprofile {
 
-// Returns the current content of the file. Only regular files are read.
+// Returns the current content of the file. Only regular files are read. ENOTSUP for an encoding that is not read.
 int Read(const std::string& path, std::shared_ptr<const Profile>& profile);
 // Frees all cached files.
 void ForgetAll();
@@ -22,7 +22,7 @@ class FolderLock {
   FolderLock(const FolderLock&) = delete;
   FolderLock& operator=(const FolderLock&) = delete;
 
-  // Waits up to ten seconds, then returns EBUSY. On a file system without locks returns 0 and keeps nobody out.
+  // Waits up to kProfileLockSeconds, then returns EBUSY. On a file system without locks returns 0 and keeps nobody out.
   int Lock(const std::string& folder);
 
  private:

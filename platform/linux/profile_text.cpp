@@ -14,6 +14,7 @@
 
 #include "platform/linux/utf8.h"
 #include "platform/probe_table.h"
+#include "platform/text.h"
 
 namespace kvprofile {
 
@@ -21,14 +22,21 @@ namespace {
 
 constexpr std::string_view kUtf16Mark = "\xFF\xFE";
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+// The first bytes of UTF-32 and of UTF-16 in big-endian order with a mark, and of UTF-16 without a mark.
+constexpr std::string_view kUtf32Mark("\xFF\xFE\0\0", 4);
+constexpr std::string_view kOtherUtf16Mark = "\xFE\xFF";
+constexpr UINT kWestern = 1252;
 
 static_assert(std::endian::native == std::endian::little, "UTF-16LE is read in place");
 
 // ---- units, characters and their hash
 
+bool IsAscii(std::u16string_view text) {
+  return std::all_of(text.begin(), text.end(), [](char16_t unit) { return unit < 0x80; });
+}
+
 std::string Encode(std::u16string_view text, char) {
-  if (std::all_of(text.begin(), text.end(), [](char16_t unit) { return unit < 0x80; }))
-    return {text.begin(), text.end()};
+  if (IsAscii(text)) return {text.begin(), text.end()};
   return Utf8FromWide(text);
 }
 std::u16string Encode(std::u16string_view text, char16_t) { return std::u16string(text); }
@@ -88,6 +96,50 @@ bool IsBlank(Unit unit) {
   return unit == ' ' || unit == '\t' || unit == '\v';
 }
 
+// ---- encodings
+
+bool HasHalfPair(std::u16string_view text) {
+  for (std::size_t at = 0; at < text.size();) {
+    UChar32 character = 0;
+    U16_NEXT(text.data(), at, text.size(), character);
+    if (U_IS_SURROGATE(character)) return true;
+  }
+  return false;
+}
+
+struct Utf8Count {
+  bool invalid = false;     // bytes that are not UTF-8
+  bool characters = false;  // characters of several bytes
+};
+
+Utf8Count CountUtf8(std::string_view bytes) {
+  Utf8Count count;
+  for (std::size_t at = 0; at < bytes.size();) {
+    UChar32 character = static_cast<unsigned char>(bytes[at]);
+    if (character < 0x80) {
+      ++at;
+      continue;
+    }
+    U8_NEXT(reinterpret_cast<const std::uint8_t*>(bytes.data()), at, bytes.size(), character);
+    (character < 0 ? count.invalid : count.characters) = true;
+  }
+  return count;
+}
+
+std::u16string WideFromWestern(std::string_view bytes) {
+  std::u16string text(bytes.size(), u'\0');
+  MultiByteToWideChar(kWestern, 0, bytes.data(), int(bytes.size()), text.data(), int(text.size()));
+  return text;
+}
+
+// The text in windows-1252; no value if that lacks a character.
+std::optional<std::string> WesternFromWide(std::u16string_view text) {
+  BOOL lacks = FALSE;
+  std::string bytes(text.size(), '\0');
+  WideCharToMultiByte(kWestern, 0, text.data(), int(text.size()), bytes.data(), int(bytes.size()), nullptr, &lacks);
+  return lacks ? std::nullopt : std::optional(std::move(bytes));
+}
+
 // ---- the text
 
 template <class Unit>
@@ -96,10 +148,18 @@ class Text final : public Profile {
   using View = std::basic_string_view<Unit>;
 
  public:
+  // What a file can be written in besides ASCII: any text, characters only, or nothing because the file mixes
+  // encodings.
+  enum class Room { kUnits, kCharacters, kAscii };
+
   // The first `mark` units are the byte order mark; `half` is an incomplete last unit, if any.
-  Text(String text, std::size_t mark, std::string half)
-      : text_(std::move(text)), start_(std::uint32_t(mark)), half_(std::move(half)) {
+  Text(String text, std::size_t mark, std::string half, Room room)
+      : text_(std::move(text)), start_(std::uint32_t(mark)), half_(std::move(half)), room_(room) {
     Index();
+  }
+
+  bool CanHold(std::u16string_view text) const override {
+    return room_ == Room::kUnits || (room_ == Room::kCharacters ? !HasHalfPair(text) : IsAscii(text));
   }
 
   bool HasBytes(std::string_view bytes) const override {
@@ -120,12 +180,11 @@ class Text final : public Profile {
   }
 
   std::u16string SectionNames() const override {
+    std::size_t units = 0;
+    ForSections([&](View name) { units += name.size() + 1; });
     std::u16string list;
-    for (std::uint32_t at = start_; at < text_.size();) {
-      const Line line = LineAt(at);
-      if (line.kind == Kind::kSection) AppendName(list, ViewOf(line.name));
-      at = line.next;
-    }
+    list.reserve(units);  // growing would take several times the memory of a long list
+    ForSections([&](View name) { AppendName(list, name); });
     return list;
   }
 
@@ -147,7 +206,7 @@ class Text final : public Profile {
     const String name = Encode(key, Unit());
     const Section* const found = FindSection(Encode(section, Unit()));
     const Slot* const slot = found ? FindKey(*found, name) : nullptr;
-    String line(slot ? ViewOf({slot->at, slot->at + slot->length}) : View(name));
+    String line(slot ? ViewOf(NameAt(slot->at)) : View(name));
     line += Unit('=');
     line += Encode(value, Unit());
     AppendLineEnd(line);
@@ -215,12 +274,11 @@ class Text final : public Profile {
     std::uint32_t content;
     std::uint32_t end;  // position of the next header or of the text's end
   };
-  // A name in the index: a section, or the first key of its name in a section.
+  // A name in the index: a section, or the first key of its name in a section. Everything else is read from the text,
+  // because a file may have a million names.
   struct Slot {
     std::uint32_t hash = 0;
-    std::uint32_t parent = 0;  // the section's content; kTop for a section
-    std::uint32_t at = kFree;
-    std::uint32_t length = 0;
+    std::uint32_t at = kFree;  // the name's first unit
     bool IsFree() const { return at == kFree; }
   };
   struct SlotHash {
@@ -292,6 +350,20 @@ class Text final : public Profile {
     return at;
   }
 
+  // The name of a section or key that begins at this position.
+  Range NameAt(std::uint32_t at) const {
+    const bool section = IsSectionAt(at);
+    std::uint32_t end = at;
+    while (end < Length() && !EndsContent(text_[end]) && text_[end] != Unit(section ? ']' : '=')) ++end;
+    return Trimmed({at, end});
+  }
+
+  // True if the name at this position is a section's, false if it is a key's.
+  bool IsSectionAt(std::uint32_t at) const {
+    const std::uint32_t begin = LineBegin(at);
+    return begin > start_ && text_[begin - 1] == '[';
+  }
+
   // ---- the index
 
   void Index() {
@@ -315,17 +387,19 @@ class Text final : public Profile {
     const std::uint32_t hash = HashOf(text, parent);
     Slot& slot = slots_.Locate(WideHash(hash), IsOf(text, hash, parent));
     if (!slot.IsFree()) return false;
-    slot = {hash, parent, name.begin, name.end - name.begin};
-    if (++used_ * 2 > slots_.Slots()) slots_.Resize(slots_.Slots() * 2);
+    slot = {hash, name.begin};
+    if (++used_ * 3 > slots_.Slots() * 2) slots_.Resize(slots_.Slots() * 2);
     return true;
   }
 
   auto IsOf(View name, std::uint32_t hash, std::uint32_t parent) const {
     return [this, name, hash, parent](const Slot& slot) {
-      return slot.hash == hash && slot.parent == parent &&
-             EqualWithoutCase(View(text_).substr(slot.at, slot.length), name);
+      return slot.hash == hash && ParentOf(slot) == parent && EqualWithoutCase(ViewOf(NameAt(slot.at)), name);
     };
   }
+
+  // The content of the section that has the key; kTop for a section.
+  std::uint32_t ParentOf(const Slot& slot) const { return IsSectionAt(slot.at) ? kTop : SectionOf(slot.at).content; }
 
   const Slot* FindSlot(View name, std::uint32_t parent) const {
     const std::uint32_t hash = HashOf(name, parent);
@@ -335,13 +409,27 @@ class Text final : public Profile {
 
   const Section* FindSection(View name) const {
     const Slot* const slot = FindSlot(name, kTop);
-    if (!slot) return nullptr;
-    const auto behind = std::upper_bound(sections_.begin(), sections_.end(), slot->at,
-                                         [](std::uint32_t at, const Section& section) { return at < section.header; });
-    return &*std::prev(behind);
+    return slot ? &SectionOf(slot->at) : nullptr;
+  }
+
+  // The section whose header or key is at this position.
+  const Section& SectionOf(std::uint32_t at) const {
+    const auto next =
+        std::upper_bound(sections_.begin(), sections_.end(), at,
+                         [](std::uint32_t position, const Section& section) { return position < section.header; });
+    return *std::prev(next);
   }
 
   const Slot* FindKey(const Section& section, View name) const { return FindSlot(name, section.content); }
+
+  template <class Do>
+  void ForSections(Do act) const {
+    for (std::uint32_t at = start_; at < text_.size();) {
+      const Line line = LineAt(at);
+      if (line.kind == Kind::kSection) act(ViewOf(line.name));
+      at = line.next;
+    }
+  }
 
   template <class Do>
   bool ForKeys(std::u16string_view name, Do act) const {
@@ -395,21 +483,76 @@ class Text final : public Profile {
   const String text_;
   const std::uint32_t start_;
   const std::string half_;
+  const Room room_;
   ProbeTable<Slot, SlotHash> slots_{64};
   std::size_t used_ = 0;
   std::vector<Section> sections_;  // in file order
 };
 
+// A file in windows-1252, held as UTF-8. That code page has a character for every byte, so no byte is lost.
+class WesternText final : public Profile {
+ public:
+  explicit WesternText(std::string bytes)
+      : bytes_(std::move(bytes)),
+        text_(Utf8FromWide(WideFromWestern(bytes_)), 0, std::string(), Text<char>::Room::kCharacters) {}
+
+  bool HasBytes(std::string_view bytes) const override { return bytes == bytes_; }
+  std::size_t Size() const override { return bytes_.size() + text_.Size(); }
+  bool CanHold(std::u16string_view text) const override { return WesternFromWide(text).has_value(); }
+
+  bool FindValue(std::u16string_view section, std::u16string_view key, std::u16string& value) const override {
+    return text_.FindValue(section, key, value);
+  }
+  std::u16string SectionNames() const override { return text_.SectionNames(); }
+  bool ListKeys(std::u16string_view section, std::u16string& list) const override {
+    return text_.ListKeys(section, list);
+  }
+  bool ListLines(std::u16string_view section, std::u16string& list) const override {
+    return text_.ListLines(section, list);
+  }
+
+  std::string WithValue(std::u16string_view section, std::u16string_view key,
+                        std::u16string_view value) const override {
+    return Encoded(text_.WithValue(section, key, value));
+  }
+  std::optional<std::string> WithoutKey(std::u16string_view section, std::u16string_view key) const override {
+    return Encoded(text_.WithoutKey(section, key));
+  }
+  std::optional<std::string> WithoutSection(std::u16string_view section) const override {
+    return Encoded(text_.WithoutSection(section));
+  }
+  std::string WithLines(std::u16string_view section, std::u16string_view lines) const override {
+    return Encoded(text_.WithLines(section, lines));
+  }
+
+ private:
+  static std::string Encoded(const std::string& utf8) { return WesternFromWide(WideFromUtf8(utf8)).value(); }
+  static std::optional<std::string> Encoded(const std::optional<std::string>& utf8) {
+    return utf8 ? std::optional(Encoded(*utf8)) : std::nullopt;
+  }
+
+  const std::string bytes_;
+  const Text<char> text_;
+};
+
+// Text begins with an ASCII character, so a NUL in the first unit shows UTF-16.
+bool IsUnmarkedUtf16(std::string_view bytes) { return bytes.size() > 1 && (bytes[0] == 0) != (bytes[1] == 0); }
+
 }  // namespace
 
 std::shared_ptr<const Profile> Profile::FromBytes(std::string bytes) {
+  if (bytes.starts_with(kUtf32Mark) || bytes.starts_with(kOtherUtf16Mark) || IsUnmarkedUtf16(bytes)) return nullptr;
   if (bytes.starts_with(kUtf16Mark)) {
     std::u16string text(bytes.size() / 2, u'\0');
     std::memcpy(text.data(), bytes.data(), text.size() * 2);
-    return std::make_shared<Text<char16_t>>(std::move(text), 1, bytes.substr(text.size() * 2));
+    return std::make_shared<Text<char16_t>>(std::move(text), 1, bytes.substr(text.size() * 2),
+                                            Text<char16_t>::Room::kUnits);
   }
   const std::size_t mark = bytes.starts_with(kUtf8Mark) ? kUtf8Mark.size() : 0;
-  return std::make_shared<Text<char>>(std::move(bytes), mark, std::string());
+  const Utf8Count count = mark == 0 ? CountUtf8(bytes) : Utf8Count();
+  if (count.invalid && !count.characters) return std::make_shared<WesternText>(std::move(bytes));
+  return std::make_shared<Text<char>>(std::move(bytes), mark, std::string(),
+                                      count.invalid ? Text<char>::Room::kAscii : Text<char>::Room::kCharacters);
 }
 
 }  // namespace kvprofile

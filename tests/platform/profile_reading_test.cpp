@@ -45,7 +45,10 @@ TEST_F(ProfileReading, FindsValuesInLinesOfEveryForm) {
       {"[A]\nk\n=\nk==1=\n", _T("A"), _T("k"), _T("=1=")},
       // Encodings.
       {"\xEF\xBB\xBF[A]\nk=\xE2\x82\xAC\n", _T("A"), _T("k"), _T("€")},
-      {"[A]\nk=a\xFF\xE2\x82\n", _T("A"), _T("k"), _T("a\xFFFD\xFFFD")},
+      {"[A]\nk=a\xFF\xE2\x82\n", _T("A"), _T("k"), _T("a\u00FF\u00E2\u201A")},  // windows-1252
+      {"[\xD6l]\n\xC4=\x80\n", _T("öL"), _T("ä"), _T("€")},
+      {"\xEF\xBB\xBF[A]\nk=a\xFF\xE2\x82\n", _T("A"), _T("k"), _T("a\xFFFD\xFFFD")},
+      {"[\xC3\x96]\nk=\xE4\n", _T("ö"), _T("k"), _T("\xFFFD")},  // two encodings in one file
       {"\xFF\xFE" + Utf16(u"[Ö]\nk='€'\r\n"), _T("ö"), _T("K"), _T("€")},
       {"\xFF\xFE" + Utf16(u"[A]\nk=1") + "\x41", _T("A"), _T("k"), _T("1")},
       {Utf16(u"[A]\nk=1\n"), _T("A"), _T("k"), kNone},

@@ -30,8 +30,11 @@ TEST_F(ProfileWriting, ChangesOneLineAndNothingElse) {
       {"behind a line without an end", "[A]\nk=1", _T("A"), _T("l"), _T("2"), "[A]\nk=1\r\nl=2\r\n"},
       {"odd lines stay", "junk\n[A]\nno\n[ ] ]\n\0\n=\nk=1\0x\n\xFF\n"s, _T("A"), _T("m"), _T("2"),
        "junk\n[A]\nno\nm=2\r\n[ ] ]\n\0\n=\nk=1\0x\n\xFF\n"s},
-      {"what is no UTF-8 stays", "[\xFF]\nk\xE4=\xFC\n[A]\n", _T("A"), _T("ü"), _T("€"),
-       "[\xFF]\nk\xE4=\xFC\n[A]\n\xC3\xBC=\xE2\x82\xAC\r\n"},
+      {"windows-1252 stays so", "[\xFF\x81]\nk\xE4=\xFC\n[A]\n", _T("A"), _T("ü"), _T("€"),
+       "[\xFF\x81]\nk\xE4=\xFC\n[A]\n\xFC=\x80\r\n"},
+      {"a name is found in it", "[\xC4]\n\xD6=1\n", _T("ä"), _T("ö"), nullptr, "[\xC4]\n"},
+      {"ASCII in a file of two encodings", "[\xC3\x96]\nk=\xE4\n", _T("A"), _T("k"), _T("1"),
+       "[\xC3\x96]\nk=\xE4\n[A]\r\nk=1\r\n"},
       {"a UTF-8 mark stays", "\xEF\xBB\xBF[A]\nk=1\n", _T("A"), _T("k"), _T("2"), "\xEF\xBB\xBF[A]\nk=2\r\n"},
       {"UTF-16 stays so", "\xFF\xFE" + Utf16(u"[Ä]\n k =1\nl=2"), _T("ä"), _T("K"), _T("€"),
        "\xFF\xFE" + Utf16(u"[Ä]\nk=€\r\nl=2")},
@@ -39,8 +42,6 @@ TEST_F(ProfileWriting, ChangesOneLineAndNothingElse) {
        "\xFF\xFE" + Utf16(u"[A]\r\nk=1\r\n") + "\x41"},
       {"lone surrogates in UTF-16", "\xFF\xFE" + Utf16(u"[A]\n") + "\x00\xD8\n\0"s, _T("A"), _T("k"), _T("\xDC00"),
        "\xFF\xFE" + Utf16(u"[A]\n") + "\x00\xD8\n\0"s + Utf16(u"k=\xDC00\r\n")},
-      {"in UTF-8 they become U+FFFD", "[A]\n", _T("A"), _T("\xD800"), _T("\xDC00"),
-       "[A]\n\xEF\xBF\xBD=\xEF\xBF\xBD\r\n"},
       // Removing.
       {"a key with its line", "[A]\r\n ;c\r\n k = 1\r\nl=2\r\n", _T("a"), _T("K"), nullptr, "[A]\r\n ;c\r\nl=2\r\n"},
       {"the last key leaves the header", "[A]\nk=1", _T("A"), _T("k"), nullptr, "[A]\n"},
@@ -112,6 +113,29 @@ TEST_F(ProfileWriting, RefusalsTellWhyAndLeaveTheFile) {
     EXPECT_EQ(Number(at), -1);
   }
   EXPECT_EQ(Bytes(), "[A]\nk=1\n");
+}
+
+TEST_F(ProfileWriting, TextThatTheEncodingLacksIsRefused) {
+  const struct {
+    std::string bytes;
+    LPCWSTR value;
+    DWORD status;
+  } rows[] = {
+      {"[\xFF]\n", _T("\u0416"), ERROR_NO_UNICODE_TRANSLATION},
+      {"[\xC3\x96]\n\xE4\n", _T("ä"), ERROR_NO_UNICODE_TRANSLATION},
+      {"[A]\n", _T("\xDCFF"), ERROR_NO_UNICODE_TRANSLATION},
+      {"\xFE\xFF" + Utf16(u"[A]\n"), _T("1"), ERROR_NOT_SUPPORTED},
+      {"\xFF\xFE\0\0[\0\0\0"s, _T("1"), ERROR_NOT_SUPPORTED},
+      {Utf16(u"[A]\n"), _T("1"), ERROR_NOT_SUPPORTED},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(testing::PrintToString(row.bytes));
+    Put(row.bytes);
+    SetLastError(0);
+    EXPECT_FALSE(WritePrivateProfileStringW(_T("A"), _T("k"), row.value, Path()));
+    EXPECT_EQ(GetLastError(), row.status);
+    EXPECT_EQ(Bytes(), row.bytes);
+  }
 }
 
 // A model of a profile, changed at random in step with the file: every value is there at each step.
