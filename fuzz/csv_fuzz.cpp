@@ -37,7 +37,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   if (size < 2) return 0;
   const char row = char(bytes[0]);
   const int column = static_cast<signed char>(bytes[1]);
-  const std::string_view text(reinterpret_cast<const char*>(bytes) + 2, size - 2);
+  std::string_view text(reinterpret_cast<const char*>(bytes) + 2, size - 2);
+  if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
   const CSVReader reader{CString(WriteTemporaryFile(bytes + 2, size - 2))};
   const std::string_view cell = Cell(text, row, column);
   if (reader.GetStringFromCell(row, column) != FromUtf8(cell)) std::abort();

@@ -11,9 +11,10 @@
 
 namespace {
 
-// The text with its CR LF line ends changed to LF.
+// The text without a mark, and with its CR LF line ends changed to LF.
 std::string Translated(std::string_view bytes) {
   std::string text;
+  if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
   for (std::size_t i = 0; i < bytes.size(); ++i) {
     if (bytes.substr(i, 2) != "\r\n") text += bytes[i];
   }

@@ -8,6 +8,7 @@
 namespace {
 
 constexpr std::size_t kMostBytes = 254;  // the most that one call reads
+constexpr char kMark[] = "\xEF\xBB\xBF";
 
 }  // namespace
 
@@ -28,12 +29,17 @@ int QFAsciFileBrowse::SetFilePath(const CString& path) {
 }
 
 int QFAsciFileBrowse::InitialiseFile() {
-  if (m_pFile) {
+  if (!m_pFile) m_pFile = _wfopen(m_Path, _T("r"));
+  if (!m_pFile) return 0;
+  Rewind();
+  return 1;
+}
+
+void QFAsciFileBrowse::Rewind() {
+  char start[3];
+  if (std::fseek(m_pFile, 0, SEEK_SET) != 0) return;  // a pipe has no way back for the bytes looked at
+  if (std::fread(start, 1, sizeof start, m_pFile) < sizeof start || std::memcmp(start, kMark, sizeof start) != 0)
     std::rewind(m_pFile);
-  } else {
-    m_pFile = _wfopen(m_Path, _T("r"));
-  }
-  return m_pFile ? 1 : 0;
 }
 
 ULONGLONG QFAsciFileBrowse::GetFileSize() {

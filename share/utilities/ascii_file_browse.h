@@ -1,7 +1,7 @@
 // QFAsciFileBrowse reads a plain text file line by line.
 //
-// The text is UTF-8; CR LF and LF end a line. One call reads at most 254 bytes: a longer line comes in pieces. In each
-// piece, the text after a NUL is lost. Nothing throws. One thread at a time uses an object.
+// The text is UTF-8, with or without a mark; CR LF and LF end a line. One call reads at most 254 bytes: a longer line
+// comes in pieces. In each piece, the text after a NUL is lost. Nothing throws. One thread at a time uses an object.
 #pragma once
 
 #include <cstdio>
@@ -39,6 +39,8 @@ class KVSHARE_API QFAsciFileBrowse {
   static constexpr ULONGLONG kUnknown = ~ULONGLONG(0);
 
   void Close();
+  // Moves to the first byte after a UTF-8 mark, or to the file's start.
+  void Rewind();
 
   FILE* m_pFile = nullptr;
   CString m_Path;

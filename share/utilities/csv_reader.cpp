@@ -12,6 +12,7 @@ namespace {
 
 constexpr std::size_t kPiece = 64 * 1024;
 constexpr std::size_t kMostCellBytes = 1024 * 1024;
+constexpr std::string_view kMark = "\xEF\xBB\xBF";
 
 // The line number of a row's letter, from 1; less than 1 for a character that is no row.
 int LineOf(char row) {
@@ -74,8 +75,9 @@ std::vector<std::string> CSVReader::GetCells(char row, LONGLONG column, int coun
   if (!file || wanted < 1) return splitter.Cells();
   const auto piece = std::make_unique<char[]>(kPiece);
   int line = 1;
-  while (const std::size_t got = std::fread(piece.get(), 1, kPiece, file.get())) {
+  for (bool first = true; const std::size_t got = std::fread(piece.get(), 1, kPiece, file.get()); first = false) {
     std::string_view rest(piece.get(), got);
+    if (first && rest.starts_with(kMark)) rest.remove_prefix(kMark.size());
     while (!rest.empty()) {
       const std::size_t end = std::min(rest.find('\n'), rest.size());
       const bool line_ends = end < rest.size();

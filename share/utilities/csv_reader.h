@@ -1,10 +1,10 @@
 // CSVReader reads single cells of a file of comma-separated values by row letter and column number:
 // GetStringFromCell('B', 3) is the third field of the second line.
 //
-// The text is UTF-8; CR LF and LF end a line. A cell is the text between two commas, with blanks and quotes; it may be
-// empty. Each call reads the file again from its start to the end of the row, so it sees changes by others. A file that
-// cannot be read, a missing row or column, and a cell of more than 1 MiB give an empty text or 0. The rest of a line
-// after a NUL is lost. Only missing memory throws, and any thread may call.
+// The text is UTF-8, with or without a mark; CR LF and LF end a line. A cell is the text between two commas, with
+// blanks and quotes; it may be empty. Each call reads the file again from its start to the end of the row, so it sees
+// changes by others. A file that cannot be read, a missing row or column, and a cell of more than 1 MiB give an empty
+// text or 0. The rest of a line after a NUL is lost. Only missing memory throws, and any thread may call.
 //
 // Row 'A' or 'a' is the first line, and so on; the characters after 'Z' continue: '[' is line 27. Column 1 is the
 // first.

@@ -36,6 +36,9 @@ TEST_F(TextReaders, LinesAreCutAtTabsAndEnds) {
   } rows[] = {
       {"", ""},
       {"one\r\ntwo", "[one][two]"},
+      {"\xEF\xBB\xBFone\n\xEF\xBB\xBFtwo", "[one][\xEF\xBB\xBFtwo]"},
+      {"\xEF\xBB\xBF", ""},
+      {"\xEF\xBB", "[\xEF\xBF\xBD]"},
       {"one\ttwo\tthree\nfour\n", "[one][four]"},
       {"\tone\n\n\t\n\r\nlast\r", "[][][][][last\r]"},
       {"Werkst\u00FCck\n", "[Werkst\u00FCck]"},
@@ -93,7 +96,9 @@ TEST_F(TextReaders, SizeIsReadOncePerPath) {
 }
 
 TEST_F(TextReaders, CellsAreAddressedByLetterAndNumber) {
-  const CString path = Write("a.csv", "a1,a2,a3\r\n b1 ,,\"b3\",b4\n\nd1\nlast");
+  const CString path = Write("a.csv",
+                             "\xEF\xBB\xBF"
+                             "a1,a2,a3\r\n b1 ,,\"b3\",b4\n\nd1\nlast");
   const struct {
     char row;
     int column;
