@@ -2,6 +2,7 @@
 // not overflow the stack.
 #include "share/utilities/files_and_folders.h"
 
+#include <set>
 #include <vector>
 
 #include "framework/file_find.h"
@@ -59,6 +60,10 @@ int AppendNames(const CString& folder, CList<CString>& names, Wanted wanted) {
 
 bool IsFile(const CFileFind& find) { return !find.IsDirectory(); }
 
+struct LessWithoutCase {
+  bool operator()(const CString& a, const CString& b) const { return a.CompareNoCase(b) < 0; }
+};
+
 }  // namespace
 
 // ---- folders
@@ -96,10 +101,13 @@ int QFFileAndFolderUtilities::CopyDirectoryWithContents(const CString& source, c
   bool done = true;
   for (std::size_t i = 0; i < folders.size(); ++i) {
     const CString folder = folders[i];
+    std::set<CString, LessWithoutCase> names;
     const bool listed =
         ForEachEntry(folder.IsEmpty() ? source : JoinPath(source, folder), kEverything, [&](const CFileFind& find) {
           const CString name = folder.IsEmpty() ? find.GetFileName() : JoinPath(folder, find.GetFileName());
-          if (!find.IsDirectory()) {
+          if (!names.insert(find.GetFileName()).second) {
+            done = false;
+          } else if (!find.IsDirectory()) {
             files.push_back(name);
           } else if (find.IsLink()) {
             done = false;

@@ -27,9 +27,11 @@ class KVSHARE_API QFFileAndFolderUtilities {
   int DeleteDirectory(CString& path);
   // Copies everything in a folder to target. target is created if necessary (its parent must exist) and may be inside
   // the source. Existing files are replaced: each file is copied under another name and renamed, so that no file is
-  // ever incomplete. Copies the target of a link to a file; skips links to folders. 0 if an entry was skipped or could
-  // not be copied; the other entries are copied. On a file system with case-sensitive names each new file needs a
-  // search of its folder: thousands of files in one folder take seconds.
+  // ever incomplete. Copies the target of a link to a file; skips links to folders. Of names in one folder that differ
+  // only in case, copies the first in the order of a search (platform/folders.h) and skips the others, because product
+  // paths cannot tell them apart. 0 if an entry was skipped or could not be copied; the other entries are copied. On a
+  // file system with case-sensitive names each new file needs a search of its folder: thousands of files in one folder
+  // take seconds.
   int CopyDirectoryWithContents(const CString& source, const CString& target);
 
   // ---- lists; 0 and nothing appended if the folder cannot be read

@@ -71,6 +71,9 @@ TEST_F(FilesAndFolders, CopyMakesTheSameTree) {
   EXPECT_EQ(Tree("to"), "a=1 empty/ link=3 sub/ sub/b=2 ");
   EXPECT_EQ(files.CopyDirectoryWithContents(At("from/"), At("from/sub")), 1) << "into itself";
   EXPECT_EQ(Tree("from/sub"), "a=1 b=2 empty/ link=3 sub/ sub/b=2 ");
+  for (const char* name : {"twins/A", "twins/a", "twins/Sub/c", "twins/sub/d"}) folder.Write(name, name);
+  EXPECT_EQ(files.CopyDirectoryWithContents(At("twins"), At("single")), 0) << "names that collide";
+  EXPECT_EQ(Tree("single"), "A=twins/A Sub/ Sub/c=twins/Sub/c ");
   EXPECT_EQ(files.CopyDirectoryWithContents(At("none"), At("new")), 0);
   EXPECT_EQ(files.CopyDirectoryWithContents(At("outside"), At("none/new")), 0);
   EXPECT_EQ(files.CopyDirectoryWithContents(At("outside"), At("to/a")), 0) << "a file in the place of the folder";
