@@ -2,11 +2,33 @@
 #include "companions/database/connection_strings.h"
 
 #include <algorithm>
+#include <span>
 
 namespace {
 
 constexpr LPCTSTR kPasswordKeys[] = {_T("Pwd"), _T("Password")};
 constexpr std::string_view kHidden = "***";
+
+// The keys of each kind of connection.
+constexpr LPCTSTR kFileKeys[] = {_T("Driver"), _T("Database"), _T("Dbq"), _T("FKSupport")};
+constexpr LPCTSTR kSourceKeys[] = {_T("DSN"), _T("Database"), _T("Uid"),
+                                   _T("Pwd"), _T("Password"), _T("Connection Timeout")};
+constexpr LPCTSTR kServerKeys[] = {_T("Driver"),
+                                   _T("Server"),
+                                   _T("Port"),
+                                   _T("Database"),
+                                   _T("Uid"),
+                                   _T("Pwd"),
+                                   _T("Password"),
+                                   _T("Trusted_Connection"),
+                                   _T("Connection Timeout"),
+                                   _T("TDS_Version"),
+                                   _T("ClientCharset"),
+                                   _T("Encrypt"),
+                                   _T("TrustServerCertificate"),
+                                   _T("APP"),
+                                   _T("WSID"),
+                                   _T("Language")};
 
 CString Trimmed(CString text) { return text.Trim(); }
 
@@ -32,6 +54,12 @@ int PieceEnd(const CString& text, int begin) {
 
 bool IsBraced(const CString& value) {
   return value.GetLength() > 1 && value[0] == _T('{') && value[value.GetLength() - 1] == _T('}');
+}
+
+std::string ListOf(std::span<const LPCTSTR> keys) {
+  std::string list;
+  for (LPCTSTR key : keys) list += (list.empty() ? "" : ", ") + ToUtf8(CString(key));
+  return list;
 }
 
 CString Unbraced(CString value) {
@@ -74,9 +102,14 @@ ConnectionPieces::ConnectionPieces(const CString& text) {
     sound_ = false;
     return;
   }
+  sound_ = text.Find(TCHAR(0)) < 0;
+  bool empty = false;
   for (int begin = 0; begin < text.GetLength();) {
     const int end = PieceEnd(text, begin);
-    Add(text.Mid(begin, end - begin));
+    const CString piece = text.Mid(begin, end - begin);
+    has_gap_ = has_gap_ || empty;
+    empty = Trimmed(piece).IsEmpty();
+    Add(piece);
     begin = end + 1;
   }
 }
@@ -125,6 +158,35 @@ CString ConnectionPieces::Text() const {
   CString text;
   for (const Piece& piece : pieces_) text += piece.raw + _T(";");
   return text;
+}
+
+std::string ConnectionPieces::Refusal() const {
+  if (!sound_) {
+    return "the connection string is ambiguous: a path or name in it contains a semicolon or begins with a brace, or "
+           "the password does and is not in braces";
+  }
+  const CString driver = Value(_T("Driver")).value_or(CString());
+  const auto is_path = [this](LPCTSTR key) { return Value(key).value_or(CString()).Find(_T('\\')) >= 0; };
+  const bool source = Value(_T("DSN")).has_value() && driver.IsEmpty();
+  const bool file = !source && (driver.CompareNoCase(kSQLiteDriver) == 0 || driver.CompareNoCase(kAccessDriver) == 0 ||
+                                is_path(_T("Database")) || is_path(_T("Dbq")));
+  const std::span<const LPCTSTR> known = source ? std::span<const LPCTSTR>(kSourceKeys)
+                                         : file ? std::span<const LPCTSTR>(kFileKeys)
+                                                : std::span<const LPCTSTR>(kServerKeys);
+  const auto is_known = [&known](const Piece& piece) {
+    const auto is = [&piece](LPCTSTR key) { return piece.key.CompareNoCase(key) == 0; };
+    return std::any_of(known.begin(), known.end(), is);
+  };
+  const bool all_known = std::all_of(pieces_.begin(), pieces_.end(), is_known);
+  if (file && (has_gap_ || !all_known)) {
+    return "the path of a database file cannot contain a semicolon, and the connection string of a file has only these "
+           "keys: " +
+           ListOf(known);
+  }
+  if (all_known) return {};
+  return "the connection string has a key that is not allowed, or a name or password in it contains a semicolon; its "
+         "keys are " +
+         ListOf(known);
 }
 
 CString ShownTarget(const CString& pathOrConnection) {

@@ -27,9 +27,9 @@ class KVSHARE_API ConnectionPieces {
   explicit ConnectionPieces(const CString& text);
 
   // False for a text that drivers may read in different ways: a piece without "=", a key that occurs twice, a brace
-  // that is not closed, or a semicolon in a value other than a password in braces. This happens if a path, name or
-  // password contains a semicolon or begins with a brace. Also false for more than kMostUnits characters, which are not
-  // parsed.
+  // that is not closed, a NUL, or a semicolon in a value other than a password in braces. This happens if a path, name
+  // or password contains a semicolon or begins with a brace. Also false for more than kMostUnits characters, which are
+  // not parsed.
   bool IsSound() const { return sound_; }
   static constexpr int kMostUnits = 8192;
   // The value of the first piece with that key, without its braces; empty optional if there is no such piece. A brace
@@ -41,6 +41,10 @@ class KVSHARE_API ConnectionPieces {
   void Set(LPCTSTR key, const CString& value);
   // All pieces, each followed by a semicolon.
   CString Text() const;
+  // Why a connection is not opened with this string: it is not sound, or it has a key that the product does not know,
+  // such as one that a path with a semicolon smuggled in. Drivers and their manager have keys that load code, write
+  // files or change settings. Empty if there is no reason. The text repeats nothing of the string.
+  std::string Refusal() const;
 
  private:
   struct Piece {
@@ -52,6 +56,7 @@ class KVSHARE_API ConnectionPieces {
 
   std::vector<Piece> pieces_;
   bool sound_ = true;
+  bool has_gap_ = false;  // an empty piece before another one
 };
 
 // A text for messages that contains no password: a path unchanged; for a connection string "SERVER=x;DATABASE=y". A

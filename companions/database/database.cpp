@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <optional>
 #include <tuple>
 
 #include "companions/database/connection_strings.h"
@@ -12,9 +13,11 @@
 #include "companions/database/recordset.h"
 #include "platform/odbc.h"
 
+using kvdatabase::DriverText;
 using kvdatabase::Handle;
 using kvdatabase::Parameter;
 using kvdatabase::Succeeded;
+using kvdatabase::SystemSources;
 using kvdatabase::Throw;
 
 namespace {
@@ -120,7 +123,7 @@ Handle CDaoDatabase::Connection::Run(const CString& sql, std::vector<Parameter>&
                                     Narrow(parameter.value), SQLLEN(bytes), &parameter.length)))
       Throw(statement, "cannot bind a value", pieces);
   }
-  std::string text = ToUtf8(sql);
+  std::string text = DriverText(sql);
   if (!takes_semicolons) text.erase(text.find_last_not_of("; \t\r\n") + 1);
   const short result = SQLExecDirect(statement.Get(), Narrow(text), SQL_NTS);
   if (!Succeeded(result) && result != SQL_NO_DATA) Throw(statement, "cannot run the statement", pieces);
@@ -136,12 +139,12 @@ void CDaoDatabase::Open(const CString& pathOrConnection, bool readOnly) {
   const CString text = whole       ? pathOrConnection
                        : isSQLite_ ? SQLiteConnection(pathOrConnection)
                                    : AccessConnection(pathOrConnection);
+  if (!whole && pathOrConnection.Find(_T(';')) >= 0)
+    Throw("the path of a database file cannot contain a semicolon: " + ToUtf8(ShownTarget(pathOrConnection)));
   auto connection = std::make_unique<Connection>(text);
-  if (!connection->pieces.IsSound()) {
-    Throw(
-        "the connection string is ambiguous: a path or name in it contains a semicolon or begins with a brace, or the "
-        "password does and is not in braces");
-  }
+  if (const std::string refusal = connection->pieces.Refusal(); !refusal.empty()) Throw(refusal);
+  std::optional<SystemSources> sources;
+  if (connection->pieces.Value(_T("DSN"))) sources.emplace();
   const std::string forManager = ToUtf8(kvdatabase::ForDriverManager(connection->pieces));
   const Utf8Connections utf8;
   connection->environment = Handle(SQL_HANDLE_ENV, nullptr);

@@ -42,8 +42,9 @@ class KVSHARE_API CDaoDatabase {
   // Opens a file by its path in the product's form, or the target of a connection string that begins with "Driver=" or
   // "DSN=". In a connection string, a Database or Dbq value with a backslash is such a path. The file must exist; it is
   // not created. "Connection Timeout" is the time limit for connecting, in seconds. An open database is closed first.
-  // Throws for an ambiguous connection string (ConnectionPieces::IsSound), for a driver named by its file, and for a
-  // key that makes drivers load code or write files.
+  // Throws for a connection string that ConnectionPieces::Refusal refuses, for a driver named by its file, and for a
+  // file whose path has a semicolon or is not UTF-8. A DSN must be one of the system's data sources; the user's file of
+  // data sources is neither read nor created.
   //
   // With readOnly, a statement must begin with SELECT, WITH, VALUES or EXPLAIN, otherwise it throws. A query that would
   // change data anyway is refused by SQLite; other databases roll the change back when the connection closes.

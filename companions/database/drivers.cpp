@@ -2,6 +2,7 @@
 #include "companions/database/internal/drivers.h"
 
 #include <cstdio>
+#include <mutex>
 
 #include "companions/database/internal/odbc_calls.h"
 #include "platform/files.h"
@@ -15,10 +16,11 @@ namespace {
 constexpr int kMostPathBytes = 1000;  // the driver manager's limit
 constexpr std::size_t kMostNameBytes = 255;
 
-// Keys that make a driver or the driver manager load code, write files or change settings. A path or name could smuggle
-// one into a connection string.
-constexpr LPCTSTR kRefused[] = {_T("LoadExt"),  _T("TraceFile"), _T("DumpFile"),   _T("DumpFileAppend"), _T("FileDSN"),
-                                _T("SaveFile"), _T("DMEnvAttr"), _T("DMConnAttr"), _T("DMStmtAttr")};
+// Serializes the changes of the driver manager's mode.
+std::mutex& SourcesMutex() {
+  static std::mutex& mutex = *new std::mutex;  // never destroyed: databases may be opened while the process ends
+  return mutex;
+}
 
 // The driver's library in the registrations of the machine or user; empty if the driver is not registered there.
 std::string Registered(const std::string& driver) {
@@ -41,7 +43,7 @@ CString OwnRegistrations() {
 // Returns the driver's library. Writes its path to the pieces if the driver manager does not know the driver's name.
 std::string FindDriver(ConnectionPieces& pieces) {
   std::string name = ToUtf8(pieces.Value(_T("Driver")).value_or(CString()));
-  if (name.empty()) return name;  // a DSN names its driver itself
+  if (name.empty()) Throw("the connection string names no driver");
   if (name.size() > kMostNameBytes || name.find('/') != std::string::npos)
     Throw("name the ODBC driver as it is registered, not by its file");
   std::string library = Registered(name);
@@ -75,19 +77,52 @@ void FindFile(ConnectionPieces& pieces, bool access) {
     const std::optional<CString> path = pieces.Value(key);
     if (!path || path->Find(_T('\\')) < 0) continue;
     const std::string file = SystemPathFromProduct(*path);
-    if (_waccess(*path, 0) != 0) Throw("there is no database file " + ToUtf8(*path));
-    if (access && !IsAccessFile(*path)) Throw(ToUtf8(*path) + " is not an Access database or cannot be read");
+    const DWORD attributes = GetFileAttributesW(*path);
+    const DWORD status = GetLastError();
+    if (attributes == INVALID_FILE_ATTRIBUTES) {
+      const bool missing = status == DWORD(ERROR_FILE_NOT_FOUND) || status == DWORD(ERROR_PATH_NOT_FOUND);
+      Throw(missing ? "there is no database file " + file : "cannot read " + file + ": " + ErrorText(status));
+    }
+    if (attributes & FILE_ATTRIBUTE_DIRECTORY) Throw(file + " is a folder, not a database file");
+    if (access && !IsAccessFile(*path)) Throw(file + " is not an Access database or cannot be read");
     if (file.find(';') != std::string::npos) Throw("the path of a database file cannot contain a semicolon: " + file);
+    if (ToUtf8(FromUtf8(file)) != file) Throw("the path of a database file must be UTF-8: " + ToUtf8(FromUtf8(file)));
     pieces.Set(key, FromUtf8(file));
   }
 }
 
+// Adds the driver of a data source, so that the driver manager need not search for the source.
+void FindSource(ConnectionPieces& pieces) {
+  const std::string source = ToUtf8(pieces.Value(_T("DSN")).value_or(CString()));
+  char driver[kMostPathBytes] = {};
+  if (!source.empty() && source.size() <= kMostNameBytes)
+    SQLGetPrivateProfileString(source.c_str(), "Driver", "", driver, sizeof driver, "odbc.ini");
+  if (driver[0] == '\0') {
+    Throw("there is no data source \"" + source +
+          "\" in the system's odbc.ini; data sources of a single user are not used");
+  }
+  pieces.Set(_T("Driver"), FromUtf8(driver));
+}
+
 }  // namespace
+
+SystemSources::SystemSources() : before_(ODBC_BOTH_DSN) {
+  SourcesMutex().lock();
+  SQLGetConfigMode(&before_);
+  SQLSetConfigMode(ODBC_SYSTEM_DSN);
+}
+
+SystemSources::~SystemSources() {
+  SQLSetConfigMode(before_);
+  SourcesMutex().unlock();
+}
 
 CString ForDriverManager(const ConnectionPieces& connection) {
   ConnectionPieces pieces = connection;
-  for (LPCTSTR key : kRefused) {
-    if (pieces.Value(key)) Throw("the key \"" + ToUtf8(CString(key)) + "\" is not allowed in a connection string");
+  if (pieces.Value(_T("DSN"))) {
+    FindSource(pieces);
+    FindFile(pieces, /*access=*/false);
+    return pieces.Text();
   }
   std::string library = FindDriver(pieces);
   library.erase(0, library.rfind('/') + 1);

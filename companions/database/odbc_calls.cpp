@@ -25,6 +25,12 @@ std::string Plain(CString text) {
 
 bool Succeeded(short result) { return SQL_SUCCEEDED(result); }
 
+std::string DriverText(const CString& text) {
+  std::string bytes = ToUtf8(text);
+  if (FromUtf8(bytes) != text) Throw("a database cannot hold this text, because it is not UTF-8: " + bytes);
+  return bytes;
+}
+
 Handle::Handle(short kind, void* parent) : kind_(kind) {
   if (!Succeeded(SQLAllocHandle(kind, parent, &handle_))) Throw("the ODBC driver manager gives no handle");
 }

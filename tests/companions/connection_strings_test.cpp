@@ -53,6 +53,30 @@ TEST(ConnectionStrings, NamesThatBreakThemShow) {
   for (const auto& [text, sound] : rows) EXPECT_EQ(ConnectionPieces(text).IsSound(), sound) << ToUtf8(text);
 }
 
+TEST(ConnectionStrings, OnlyKnownKeysAreTaken) {
+  const CString server = ServerConnection(_T("s"), _T("d"), _T("u"), _T("p"));
+  const std::pair<CString, const char*> rows[] = {
+      {SQLiteConnection(_T("C:\\a.kvdb")), ""},
+      {AccessConnection(_T("C:\\a.mdb")), ""},
+      {ServerConnection(_T("plant7\\a,1433"), _T("tech")), ""},
+      {server + _T("Encrypt=yes;tds_version=7.4"), ""},
+      {_T("DSN=plant;Uid=u;PWD={a;b}"), ""},
+      {_T("DRIVER={SQL Server};SERVER=s;;DATABASE=d"), ""},
+      {SQLiteConnection(_T("C:\\a.kvdb;DSN=evil")), "the path"},
+      {SQLiteConnection(_T("C:\\a.kvdb;Uid=u")), "the path"},
+      {SQLiteConnection(_T("C:\\a.kvdb;")), "the path"},
+      {AccessConnection(_T("a.mdb;SystemDB=x")), "the path"},
+      {SQLiteConnection(CString(_T("C:\\a")) + TCHAR(0)), "the connection string is ambiguous"},
+      {server + _T("DSN=evil"), "the connection string has a key"},
+      {server + _T("FileDSN=/tmp/x"), "the connection string has a key"},
+      {_T("DSN=plant;Driver=x"), "the connection string has a key"},
+  };
+  for (const auto& [text, refusal] : rows) {
+    const std::string found = ConnectionPieces(text).Refusal();
+    EXPECT_TRUE(*refusal ? found.starts_with(refusal) : found.empty()) << ToUtf8(text) << ": " << found;
+  }
+}
+
 TEST(ConnectionStrings, PasswordsAreHidden) {
   EXPECT_EQ(WithoutPassword("can't use 'pw*x', pw*x!", ConnectionPieces(_T("PWD={pw*x};"))), "can't use '***', ***!");
   EXPECT_EQ(WithoutPassword("***", ConnectionPieces(_T("password=*"))), "*********");

@@ -119,6 +119,8 @@ TEST_F(Database, ExchangesAndUpdatesOneRecord) {
   database_.Execute(_T("UPDATE Tools SET Teeth = 6"));
   records.DFX_Text(&store, _T("Name"), number);
   EXPECT_EQ(Failure([&] { records.Update(); }), "the record has changed or gone since it was read");
+  records.DFX_Text(&store, _T("Name"), value = TCHAR(0xDCFF));
+  EXPECT_EQ(Failure([&] { records.Update(); }), "a database cannot hold this text, because it is not UTF-8: \uFFFD");
   EXPECT_EQ(Failure([&] { records.DFX_Text(&load, _T("Nome"), value); }), "the records have no field \"Nome\"");
 
   records.Open(_T("SELECT * FROM Tools WHERE Name IS NULL"));
@@ -171,7 +173,14 @@ TEST_F(Database, TellsWhatIsMissingInOneLine) {
   CDaoDatabase other(0, 1);
   EXPECT_EQ(Failure([&] { other.Execute(_T("SELECT 1")); }), "the database is not open");
   const CString none = ProductPath(folder_.Path() / "none.kvdb");
-  EXPECT_EQ(Failure([&] { other.Open(none); }), "there is no database file " + ToUtf8(none));
+  EXPECT_EQ(Failure([&] { other.Open(none); }), "there is no database file " + (folder_.Path() / "none.kvdb").string());
+  EXPECT_EQ(Failure([&] { other.Open(ProductPath(folder_.Path())); }), folder_.Path().string() +
+                                                                           " is a folder, not a "
+                                                                           "database file");
+  EXPECT_EQ(Failure([&] { other.Open(path_ + _T(";x=")); }),
+            "the path of a database file cannot contain a semicolon: " + ToUtf8(path_) + ";x=");
+  EXPECT_EQ(Failure([&] { other.Open(_T("DSN=no such")); }),
+            "there is no data source \"no such\" in the system's odbc.ini; data sources of a single user are not used");
   EXPECT_FALSE(std::filesystem::exists(folder_.Path() / "none.kvdb")) << "and none is made";
   EXPECT_THAT(Failure([&] { other.Open(_T("Driver={No such};Database=x;")); }),
               testing::StartsWith("the ODBC driver \"No such\" is not registered"));
@@ -183,10 +192,8 @@ TEST_F(Database, TellsWhatIsMissingInOneLine) {
 TEST_F(Database, ConnectionsThatSmuggleAreNotOpened) {
   const CString server = _T("Driver={SQL Server};SERVER=s;DATABASE=d;Uid=u;Pwd=secret");
   const std::pair<CString, const char*> rows[] = {
-      {SQLiteConnection(path_ + _T(";LoadExt=/tmp/x.so")), "the key \"LoadExt\" is not allowed in a connection string"},
-      {SQLiteConnection(path_ + _T(";tracefile=/tmp/x")),
-       "the key \"TraceFile\" is not allowed in a connection string"},
-      {server + _T(";DumpFile=/tmp/x"), "the key \"DumpFile\" is not allowed in a connection string"},
+      {SQLiteConnection(path_ + _T(";DSN=evil")), "the path of a database file cannot contain a semicolon"},
+      {server + _T(";DumpFile=/tmp/x"), "the connection string has a key that is not allowed"},
       {_T("Driver=/tmp/x.so;Database=x"), "name the ODBC driver as it is registered, not by its file"},
       {_T("Driver={") + CString(u'x', 300) + _T("};"), "name the ODBC driver as it is registered, not by its file"},
       {server + _T(";secret"), "the connection string is ambiguous"},

@@ -5,9 +5,23 @@
 
 namespace kvdatabase {
 
+// While one exists, the driver manager finds data sources of the system only, in the whole process. Otherwise it would
+// read the user's file of data sources, and create it.
+class SystemSources {
+ public:
+  SystemSources();
+  ~SystemSources();
+  SystemSources(const SystemSources&) = delete;
+  SystemSources& operator=(const SystemSources&) = delete;
+
+ private:
+  unsigned short before_;
+};
+
 // The connection string for the driver manager: file paths in the system's form, further keys that a driver needs, and
-// the path of the driver's library if the driver is registered only in this library's own odbcinst.ini. Throws
-// CDaoException for a driver that is not registered, for a missing file and for a key that is not allowed.
+// the path of the driver's library if the driver is registered only in this library's own odbcinst.ini. For a DSN,
+// which needs a SystemSources, also its driver. Throws CDaoException for a driver or data source that is not registered
+// and for a missing file.
 CString ForDriverManager(const ConnectionPieces& connection);
 
 }  // namespace kvdatabase

@@ -37,9 +37,14 @@ class Handle {
 
 bool Succeeded(short result);
 
+// The text for the drivers. Throws for half a surrogate pair, as in a path that is not UTF-8 (platform/paths.h): a
+// database would get another text.
+std::string DriverText(const CString& text);
+
 // A text bound to a parameter of a statement; an empty optional is NULL. It must live until the statement has run.
 struct Parameter {
-  explicit Parameter(const std::optional<CString>& text) : null(!text), value(text ? ToUtf8(*text) : std::string()) {}
+  explicit Parameter(const std::optional<CString>& text)
+      : null(!text), value(text ? DriverText(*text) : std::string()) {}
 
   bool null;
   std::string value;
