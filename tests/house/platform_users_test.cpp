@@ -18,8 +18,6 @@ namespace fs = std::filesystem;
 
 // Functions without a user above the platform, and why each one stays.
 const std::map<std::string, std::string> kKeptWithoutUser = {
-    {"GetPrivateProfileSectionNamesW", "later parts read sections; lists of GetPrivateProfileStringW go through it"},
-    {"GetPrivateProfileSectionW", "later parts read sections"},
     {"WritePrivateProfileSectionW", "later parts write sections"},
     {"GetSystemTime", "called by the system's clock, behind CurrentClock"},
     {"SetCurrentClock", "tests and benchmarks of jobs put a clock of their own in its place"},
