@@ -40,6 +40,9 @@ CKVEnvApp* AppEnv() { return CKVEnvApp::Instance(); }
 void CloseAppEnv() { CKVEnvApp::DestroyInstance(); }
 
 CKVEnvApp::CKVEnvApp() {
+  SetKVModuleDllName();
+  StoreLocation();
+  m_bStores = !m_InstallPath.IsEmpty();  // folders below an unknown one would stay in the registry for other installs
   SetDefaultTechDBForms();
   SetConfigDataUseStatus();
 }
@@ -47,29 +50,25 @@ CKVEnvApp::CKVEnvApp() {
 // ---- initialisation
 
 void CKVEnvApp::Init() {
-  SetKVModuleDllName();
   SetKVResourceDllName();
   SetKVDebugResourceDllName();
 
-  // Configuration mode reads the database's names from a file that may be below the install folder, so it needs the
-  // location first. Forms mode reads them from the registry.
+  // Configuration mode reads the database's names from a file, forms mode from the registry.
   if (m_bConfigData) {
-    StoreLocation();
     SetKVDefLangAndDataRelPath();
     ReadDBConfigData();
     SetTechDBNamesAndFlags();
     SetErrorIfTechDBFileNotFound();
   } else {
     SetTechDBNamesAndFlags();
-    StoreLocation();
     SetKVDefLangAndDataRelPath();
   }
 
   SetDefaultFolders();
-  SetFirstSwitches();
+  if (m_bStores) SetFirstSwitches();
   SetCIMCOEditorPath();
   SetDefaultControllerPath();
-  SetSecondSwitches();
+  if (m_bStores) SetSecondSwitches();
   try {
     SetKVTechDBPath(/*write=*/0);
   } catch (...) {
@@ -87,7 +86,7 @@ void CKVEnvApp::Init() {
   SetKVEDConnectorDllName();
   m_KVEDConnectorDllPath = InInstall(m_KVEDConnectorDllName);
   SetDebugFlag();
-  SetPostPerformanceImprovements();
+  if (m_bStores) SetPostPerformanceImprovements();
 
   QFSettingsKey key(_T("MultiSurface"), kVersionKey);
   key.AddValue(_T("MultiSurfaceByID"), 0);

@@ -362,6 +362,7 @@ class KVSHARE_API CKVEnvApp {
   int m_bXMLSetUpSheet = 0;
   CString m_XMLSetUpSheetPath;
   int m_bConfigData = 0;
+  bool m_bStores = true;  // false: this start saves nothing to the registry
   EnvAPP_Init_Result_e m_InitResult = ENVAPP_INIT_OK;
   QFDatabaseLang_e m_TechDBLang = QF_DBLANG_ENGLISH;
   CString m_NCEditorPath;

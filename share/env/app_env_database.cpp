@@ -6,6 +6,7 @@
 #include "share/core/registry_keys.h"
 #include "share/env/app_env.h"
 #include "share/settings/settings_key.h"
+#include "share/utilities/files_and_folders.h"
 #include "share/utilities/tech_db_config_file.h"
 
 namespace {
@@ -76,6 +77,7 @@ int Is64BitEditionInUse() { return ReadInstallation().access32 != 1; }
 // ---- what is installed
 
 void CKVEnvApp::SetDefaultTechDBForms() {
+  if (!m_bStores) return;
   const Installation stored = ReadInstallation();
   Installation found{stored.forms, IsAccessFound(/*is32Bit=*/1), IsAccessFound(/*is32Bit=*/0)};
   if (found.forms.IsEmpty()) {
@@ -87,7 +89,7 @@ void CKVEnvApp::SetDefaultTechDBForms() {
 }
 
 void CKVEnvApp::SetDatabaseInstallationData() {
-  if (!HasActiveTechDB(QF_TECHDB_ACCESS)) return;
+  if (!m_bStores || !HasActiveTechDB(QF_TECHDB_ACCESS)) return;
   const Installation stored = ReadInstallation();
   SaveChanges(stored, {stored.forms, IsAccessFound(/*is32Bit=*/1), IsAccessFound(/*is32Bit=*/0)});
 }
@@ -120,7 +122,8 @@ void CKVEnvApp::SetErrorIfTechDBFileNotFound() {
   const QFTechDBConfigData* active = GetActiveTechDBConfigData();
   if (!active) {
     m_InitResult = ENVAPP_INIT_TECHDB_FAILED;
-  } else if (active->GetDatabaseType() != QF_TECHDB_SQLSERVER && _waccess(active->GetFilePath(), 0) != 0) {
+  } else if (active->GetDatabaseType() != QF_TECHDB_SQLSERVER &&
+             !QFFileAndFolderUtilities().DoesFileExist(active->GetFilePath())) {
     m_InitResult = ENVAPP_INIT_TECHDB_FILE_MISSING;
   }
 }

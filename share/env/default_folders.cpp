@@ -41,11 +41,12 @@ constexpr MovableFolder kJobs = {_T("SimulationJobPath"), MovableFolder::kUserTh
                                  _T("MachSim\\Jobs")};
 
 // Writes the default to the user's hive if the path is missing there; then copies the user's path to settings that lack
-// it. 1 if the registry was written.
+// it. 1 if the registry was written. If the environment does not store, there is no default either.
 template <class MakeDefault>
-int Repair(LPCTSTR name, MakeDefault makeDefault) {
+int Repair(bool stores, LPCTSTR name, MakeDefault makeDefault) {
   CString path = ReadStoredText(HKEY_CURRENT_USER, kVersionKey, name);
   const bool missing = path.IsEmpty();
+  if (missing && !stores) return 0;
   if (missing) {
     path = makeDefault();
     StoreText(HKEY_CURRENT_USER, kVersionKey, name, path);
@@ -55,8 +56,8 @@ int Repair(LPCTSTR name, MakeDefault makeDefault) {
   return missing;
 }
 
-int Repair(const CKVEnvApp& env, const MovableFolder& folder) {
-  return Repair(folder.name, [&] {
+int Repair(bool stores, const CKVEnvApp& env, const MovableFolder& folder) {
+  return Repair(stores, folder.name, [&] {
     return folder.root == MovableFolder::kData
                ? env.GetKVDataPath() + folder.rest
                : env.GetKVDrive() + env.GetKVPath() + env.GetKVDefDataRelPath() + folder.rest;
@@ -96,7 +97,7 @@ CString CKVEnvApp::GetKVDataPath() const {
   CString path = ReadStoredTextOfUserOrMachine(kVersionKey, kDataPath);
   if (path.IsEmpty()) {
     path = InInstall(CString());
-    StoreText(HKEY_LOCAL_MACHINE, kVersionKey, kDataPath, path);
+    if (m_bStores) StoreText(HKEY_LOCAL_MACHINE, kVersionKey, kDataPath, path);
   }
   return EndingInBackslash(path);
 }
@@ -106,27 +107,27 @@ CString CKVEnvApp::GetKVCommonDataPath() const {
 }
 
 int CKVEnvApp::SetDefaultKVDataPath() {
-  if (!ReadStoredText(HKEY_CURRENT_USER, kVersionKey, kDataPath).IsEmpty()) return 0;
+  if (!m_bStores || !ReadStoredText(HKEY_CURRENT_USER, kVersionKey, kDataPath).IsEmpty()) return 0;
   StoreText(HKEY_CURRENT_USER, kVersionKey, kDataPath, GetKVDataPath());
   return 1;
 }
 
 // ---- repairs at start
 
-int CKVEnvApp::SetDefaultSetupSheetImagePath() { return Repair(*this, kSetupSheetImages); }
-int CKVEnvApp::SetDefaultSetupSheetTemplatePath() { return Repair(*this, kSetupSheetTemplates); }
-int CKVEnvApp::SetDefaultSubSpndleOperFolderPath() { return Repair(*this, kSubSpindleOperations); }
+int CKVEnvApp::SetDefaultSetupSheetImagePath() { return Repair(m_bStores, *this, kSetupSheetImages); }
+int CKVEnvApp::SetDefaultSetupSheetTemplatePath() { return Repair(m_bStores, *this, kSetupSheetTemplates); }
+int CKVEnvApp::SetDefaultSubSpndleOperFolderPath() { return Repair(m_bStores, *this, kSubSpindleOperations); }
 
 // Without a simulator in the machine's hive the default is empty and is stored as an empty text.
 int CKVEnvApp::SetDefaultMachineSimulationApplicationPath() {
-  return Repair(kSimulation, [this] {
+  return Repair(m_bStores, kSimulation, [this] {
     return GetVirtualMachinePath().IsEmpty() ? CString() : InInstall(_T("KVVirtualMachine\\KVVirtualMachine.exe"));
   });
 }
 
-int CKVEnvApp::SetDefaultSimulationMachineFolderPath() { return Repair(*this, kMachines); }
-int CKVEnvApp::SetDefaultSimulationControllerFolderPath() { return Repair(*this, kControllers); }
-int CKVEnvApp::SetDefaultSimulationJobFolderPath() { return Repair(*this, kJobs); }
+int CKVEnvApp::SetDefaultSimulationMachineFolderPath() { return Repair(m_bStores, *this, kMachines); }
+int CKVEnvApp::SetDefaultSimulationControllerFolderPath() { return Repair(m_bStores, *this, kControllers); }
+int CKVEnvApp::SetDefaultSimulationJobFolderPath() { return Repair(m_bStores, *this, kJobs); }
 
 // The post processor reads its folder from the settings or from the user's hive. If only the machine's hive has it, it
 // is copied to both, provided that there are settings.
@@ -137,7 +138,7 @@ void CKVEnvApp::SetDefaultControllerPath() {
   const CString path = ReadStoredText(HKEY_LOCAL_MACHINE, kPostDataKey, kControllerPath);
   if (path.IsEmpty() || !settings) return;
   settings->SetValue(kControllerPath, path);
-  StoreText(HKEY_CURRENT_USER, kPostDataKey, kControllerPath, path);
+  if (m_bStores) StoreText(HKEY_CURRENT_USER, kPostDataKey, kControllerPath, path);
 }
 
 // ---- reading

@@ -76,7 +76,7 @@ CString CKVEnvApp::SetKVDefaultTechDBPath() {
 
 CString CKVEnvApp::GetSimulationRecordingFolderPath() const {
   const CString folder = GetKVDataPath() + _T("SimulationRecordings");
-  ::CreateDirectoryW(folder, nullptr);  // usually exists already
+  if (m_bStores) ::CreateDirectoryW(folder, nullptr);  // usually exists already
   return EndingInBackslash(folder);
 }
 
