@@ -27,7 +27,8 @@ constexpr char kEnvHelp[] =
     "  kestrova env doctor";
 
 constexpr char kDoctorHelp[] =
-    "Starts the environment as the product does, lists what is missing or suspicious, and gives a remedy for each.\n"
+    "Starts the environment as the product does, prints which folders and registry files it reads, lists what is\n"
+    "missing or suspicious, and gives a remedy for each.\n"
     "An error stops the product, a warning a part of it; a note may explain odd behaviour. The exit code is 1 if "
     "there\n"
     "are errors.\n"
@@ -87,9 +88,14 @@ void RunDoctor(bool asJson) {
   const auto errors = count(FindingGrade::kError);
   const auto warnings = count(FindingGrade::kWarning);
   const auto notes = count(FindingGrade::kNote);
+  const std::vector<EnvironmentSource> sources = SourcesOf(*AppEnv());
   if (asJson) {
-    nlohmann::ordered_json all = {
-        {"errors", errors}, {"warnings", warnings}, {"notes", notes}, {"findings", nlohmann::ordered_json::array()}};
+    nlohmann::ordered_json all = {{"read", nlohmann::ordered_json::object()},
+                                  {"errors", errors},
+                                  {"warnings", warnings},
+                                  {"notes", notes},
+                                  {"findings", nlohmann::ordered_json::array()}};
+    for (const EnvironmentSource& source : sources) all["read"][source.json_name] = source.path;
     for (const EnvironmentFinding& finding : findings) {
       all["findings"].push_back({{"grade", TextOf(finding.grade)},
                                  {"subject", finding.subject},
@@ -98,6 +104,7 @@ void RunDoctor(bool asJson) {
     }
     PrintJson(all);
   } else {
+    for (const EnvironmentSource& source : sources) Print("{:<20}{}\n", source.name, source.path);
     for (const EnvironmentFinding& finding : findings)
       Print("{}: {}: {}\n    {}\n", TextOf(finding.grade), finding.subject, finding.text, finding.remedy);
     Print("{}, {}, {}\n", Counted(errors, "error"), Counted(warnings, "warning"), Counted(notes, "note"));

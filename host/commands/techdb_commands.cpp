@@ -10,9 +10,11 @@
 #include "companions/database/connection_strings.h"
 #include "companions/database/recordset.h"
 #include "host/commands/commands.h"
+#include "host/environment/database_doctor.h"
 #include "host/module/main_module.h"
 #include "host/module/recorded_message_boxes.h"
 #include "host/shell/failure.h"
+#include "host/shell/output.h"
 #include "host/shell/text_table.h"
 #include "platform/files.h"
 #include "share/env/app_env.h"
@@ -26,7 +28,7 @@ using Json = nlohmann::ordered_json;
 constexpr char kHelp[] = R"(
 Examples:
   kestrova techdb list                     # all databases; * is the active one
-  kestrova techdb activate 2
+  kestrova techdb activate 1
   kestrova techdb test                     # connects: driver, file or server, version, time
   kestrova techdb tables --count
   kestrova techdb query "SELECT * FROM CuttingData WHERE Material = 'C45'" --rows 20 --json
@@ -38,6 +40,7 @@ constexpr long kMostRows = 1'000'000;
 struct Options {
   bool json = false;
   bool count = false;
+  bool force = false;
   int number = 0;
   long rows = kRows;
   std::string sql;
@@ -57,16 +60,36 @@ const char* TypeName(int type) {
   return type >= 0 && type < int(std::size(kNames)) ? kNames[type] : "unknown";
 }
 
-bool IsMissing(const QFTechDBConfigData& entry) {
-  return entry.GetDatabaseType() != QF_TECHDB_SQLSERVER && _waccess(entry.GetFilePath(), 0) != 0;
+// The file of an entry as the system names it, or the server's name and database.
+std::string NameOf(const QFTechDBConfigData& entry) {
+  if (entry.GetDatabaseType() == QF_TECHDB_SQLSERVER) return ToUtf8(entry.GetDisplayName());
+  return SystemPathFromProduct(entry.GetFilePath());
 }
 
-std::string ConfigFile(const CKVEnvApp& env) { return ToUtf8(env.GetTechDBConfigFilePath() + kTechDBConfigFile); }
+// Why an entry's file cannot be opened; empty if it is there, and for a server.
+std::string FaultOf(const QFTechDBConfigData& entry) {
+  if (entry.GetDatabaseType() == QF_TECHDB_SQLSERVER) return {};
+  const DWORD attributes = GetFileAttributesW(entry.GetFilePath());
+  if (attributes == INVALID_FILE_ATTRIBUTES) return "missing";
+  return attributes & FILE_ATTRIBUTE_DIRECTORY ? "missing, a folder has its name" : "";
+}
 
 void RequireConfiguration(const CKVEnvApp& env) {
   if (!env.GetConfigDataUseStatus())
-    throw Failure("there is no list of databases: the forms file " + ToUtf8(env.GetKVTechDBFormsPath()) +
+    throw Failure("there is no list of databases: the forms file " + SystemPathFromProduct(env.GetKVTechDBFormsPath()) +
                   " names the active one (registry value TechDBForms)");
+}
+
+// Refuses a list from which the library left something out.
+void RequireWholeList(const CKVEnvApp& env) {
+  if (const auto fault = FaultOfTechDatabaseList(env)) throw Failure(fault->text, fault->place);
+}
+
+// A database in forms mode: a file, or server and database.
+std::string NameOfFormsDatabase(const CKVEnvApp& env) {
+  const CString& target = env.GetKVTechDBPath();
+  const CString shown = ShownTarget(target);
+  return shown == target ? SystemPathFromProduct(target) : ToUtf8(shown);
 }
 
 // ---- list, activate
@@ -75,58 +98,84 @@ Json EntryJson(const QFTechDBConfigData& entry, int number, bool active) {
   return {{"number", number},
           {"active", active},
           {"type", TypeName(entry.GetDatabaseType())},
-          {"name", ToUtf8(entry.GetDisplayName())},
-          {"missing", IsMissing(entry)},
+          {"name", NameOf(entry)},
+          {"missing", !FaultOf(entry).empty()},
           {"description", ToUtf8(entry.GetDescription())}};
+}
+
+void ListForms(const Options& options, const CKVEnvApp& env) {
+  const std::string forms = SystemPathFromProduct(env.GetKVTechDBFormsPath());
+  if (options.json) {
+    PrintJson({{"mode", "forms"}, {"forms", forms}, {"database", NameOfFormsDatabase(env)}});
+  } else {
+    Print("forms file  {}\ndatabase    {}\n", forms, NameOfFormsDatabase(env));
+  }
 }
 
 void List(const Options& options) {
   const CKVEnvApp& env = Environment();
-  if (!env.GetConfigDataUseStatus()) {
-    const std::string forms = ToUtf8(env.GetKVTechDBFormsPath());
-    if (options.json) {
-      fmt::print(
-          "{}\n",
-          Json{{"mode", "forms"}, {"forms", forms}, {"database", ToUtf8(ShownTarget(env.GetKVTechDBPath()))}}.dump(2));
-    } else {
-      fmt::print("forms file  {}\ndatabase    {}\n", forms, ToUtf8(ShownTarget(env.GetKVTechDBPath())));
-    }
-    return;
-  }
+  if (!env.GetConfigDataUseStatus()) return ListForms(options, env);
+  RequireWholeList(env);
   const QFTechDBConfigInfo& info = *env.GetTechDBConfigInfo();
   Json entries = Json::array();
   TextTable table({{"", false}, {"", true}, {"type", false}, {"database", false}, {"description", false}});
   for (int i = 0; i < info.GetCount(); ++i) {
     const QFTechDBConfigData& entry = *info.GetTechDBConfigData(i);
     const bool active = &entry == info.GetActiveConfigData();
+    const std::string fault = FaultOf(entry);
     entries.push_back(EntryJson(entry, i + 1, active));
     table.Add({active ? "*" : "", std::to_string(i + 1), TypeName(entry.GetDatabaseType()),
-               ToUtf8(entry.GetDisplayName()) + (IsMissing(entry) ? " (missing)" : ""),
-               ToUtf8(entry.GetDescription())});
+               NameOf(entry) + (fault.empty() ? "" : " (" + fault + ")"), ToUtf8(entry.GetDescription())});
   }
   if (options.json) {
-    fmt::print("{}\n", Json{{"mode", "configuration"}, {"file", ConfigFile(env)}, {"databases", entries}}.dump(2));
+    PrintJson({{"mode", "configuration"}, {"file", TechDatabaseList(env)}, {"databases", entries}});
   } else {
-    fmt::print("{}", table.Text());
+    PrintLines(table.Text());
   }
 }
 
-void Activate(const Options& options) {
-  CKVEnvApp& env = Environment();
-  RequireConfiguration(env);
-  const std::string file = ConfigFile(env);
+// The number of the active database from 1; 0 for an empty list.
+int ActiveNumber(const QFTechDBConfigInfo& list) {
+  const QFTechDBConfigData* active = list.GetActiveConfigData();
+  int number = 0;
+  while (active && list.GetTechDBConfigData(number++) != active) {
+  }
+  return number;
+}
+
+void Store(CKVEnvApp& env, QFTechDBConfigInfo& list, int number) {
+  const std::string file = TechDatabaseList(env);
   if (_waccess(env.GetTechDBConfigFilePath() + kTechDBConfigFile, 0) != 0)
     throw Failure("cannot store the choice: there is no file " + file);
-  QFTechDBConfigInfo list = *env.GetTechDBConfigInfo();
-  if (!list.GetTechDBConfigData(options.number - 1))
-    throw NotFound(fmt::format("there is no database {}; {} lists {}", options.number, file, list.GetCount()));
-  for (int i = 0; i < list.GetCount(); ++i) list.GetTechDBConfigData(i)->SetActiveFlag(i == options.number - 1);
+  for (int i = 0; i < list.GetCount(); ++i) list.GetTechDBConfigData(i)->SetActiveFlag(i == number - 1);
   env.UpdateDBConfigData(&list);
   if (!env.WriteDBConfigData())
     throw Failure("cannot write " + file +
                   ": it must be writable, with one node, such as a comment, before the databases and only whole "
                   "databases after it");
-  fmt::print("{}\n", ToUtf8(list.GetActiveConfigData()->GetDisplayName()));
+}
+
+void Activate(const Options& options) {
+  CKVEnvApp& env = Environment();
+  RequireConfiguration(env);
+  RequireWholeList(env);
+  QFTechDBConfigInfo list = *env.GetTechDBConfigInfo();
+  const QFTechDBConfigData* chosen = list.GetTechDBConfigData(options.number - 1);
+  if (!chosen) {
+    throw NotFound(
+        fmt::format("there is no database {}; {} lists {}", options.number, TechDatabaseList(env), list.GetCount()));
+  }
+  if (const std::string fault = FaultOf(*chosen); !fault.empty() && !options.force) {
+    throw Failure(fmt::format("the file of database {} is {}: {}; --force activates it all the same", options.number,
+                              fault, NameOf(*chosen)));
+  }
+  const int before = ActiveNumber(list);
+  if (before != options.number || !chosen->GetActiveFlag()) Store(env, list, options.number);
+  if (options.json) {
+    PrintJson({{"from", before}, {"to", options.number}, {"database", EntryJson(*chosen, options.number, true)}});
+  } else {
+    Print("{} -> {}  {}\n", before, options.number, NameOf(*chosen));
+  }
 }
 
 // ---- contents
@@ -135,15 +184,16 @@ void Activate(const Options& options) {
 struct Connection {
   Connection() : env(Environment()), database(env.Is64BitDatabaseInUse(), env.IsSQLiteDatabaseInUse()) {
     const QFTechDBConfigData* active = env.GetActiveTechDBConfigData();
-    if (env.GetConfigDataUseStatus() && !active)
-      throw Failure("there is no technology database: " + ConfigFile(env) + " names none and there is no file " +
-                    ToUtf8(env.GetDefaultSQLiteDBPath()));
+    if (env.GetConfigDataUseStatus() && !active) {
+      const TechDatabaseFault fault = NoTechDatabase(env);
+      throw Failure(fault.text + "; " + fault.remedy, fault.place);
+    }
     if (!active && env.GetKVTechDBPath().IsEmpty())
-      throw Failure("the forms file " + ToUtf8(env.GetKVTechDBFormsPath()) + " names no database");
+      throw Failure("the forms file " + SystemPathFromProduct(env.GetKVTechDBFormsPath()) + " names no database");
     const auto start = std::chrono::steady_clock::now();
     database.Open(active ? active->GetConnectionString() : env.GetKVTechDBPath(), /*readOnly=*/true);
     milliseconds = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
-    name = active ? ToUtf8(active->GetDisplayName()) : ToUtf8(ShownTarget(env.GetKVTechDBPath()));
+    name = active ? NameOf(*active) : NameOfFormsDatabase(env);
   }
 
   CKVEnvApp& env;
@@ -158,16 +208,15 @@ void Test(const Options& options) {
   const std::string file = ToUtf8(connection.database.GetDriverFile());
   const std::string version = ToUtf8(connection.database.GetVersion());
   if (options.json) {
-    fmt::print("{}\n", Json{{"database", connection.name},
-                            {"driver", driver},
-                            {"driver file", file},
-                            {"version", version},
-                            {"milliseconds", connection.milliseconds}}
-                           .dump(2));
+    PrintJson({{"database", connection.name},
+               {"driver", driver},
+               {"driverFile", file},
+               {"version", version},
+               {"milliseconds", connection.milliseconds}});
     return;
   }
-  fmt::print("database  {}\ndriver    {}{}\nversion   {}\nconnected in {:.1f} ms\n", connection.name, driver,
-             file.empty() ? file : " (" + file + ")", version, connection.milliseconds);
+  Print("database  {}\ndriver    {}{}\nversion   {}\nconnected in {:.1f} ms\n", connection.name, driver,
+        file.empty() ? file : " (" + file + ")", version, connection.milliseconds);
 }
 
 void Tables(const Options& options) {
@@ -184,7 +233,7 @@ void Tables(const Options& options) {
     if (options.count) tables.back()["records"] = info.m_lRecordCount;
     text.Add({name, kind, options.count ? std::to_string(info.m_lRecordCount) : ""});
   }
-  fmt::print("{}", options.json ? tables.dump(2) + "\n" : text.Text());
+  options.json ? PrintJson({{"tables", tables}}) : PrintLines(text.Text());
 }
 
 // A numeric value as a number, or as the driver's text if JSON has no such number.
@@ -225,11 +274,11 @@ void Query(const Options& options) {
     }
   }
   if (options.json) {
-    fmt::print("{}\n", Json{{"columns", names}, {"rows", rows}, {"more", records.HasMore()}}.dump(2));
+    PrintJson({{"columns", names}, {"rows", rows}, {"more", records.HasMore()}});
     return;
   }
-  fmt::print("{}", text.Text());
-  if (records.HasMore()) fmt::print("the first {} rows; --rows shows more\n", options.rows);
+  PrintLines(text.Text());
+  if (records.HasMore()) Print("the first {} rows; --rows shows more\n", options.rows);
 }
 
 }  // namespace
@@ -238,16 +287,18 @@ void AddTechDatabaseCommands(CLI::App& group) {
   static Options options;
   group.require_subcommand(1);
   group.footer(kHelp);
-  const auto add = [&group](const char* name, const char* text, void (*run)(const Options&), bool json = true) {
+  const auto add = [&group](const char* name, const char* text, void (*run)(const Options&)) {
     CLI::App* command = group.add_subcommand(name, text);
-    if (json) command->add_flag("--json", options.json, "As JSON");
+    command->add_flag("--json", options.json, "As JSON");
     command->callback([run] { run(options); });
     return command;
   };
   add("list", "List the databases; * marks the active one", List);
-  add("activate", "Activate a database by its number in the list", Activate, /*json=*/false)
-      ->add_option("number", options.number, "From 1")
-      ->required();
+  CLI::App* activate =
+      add("activate", "Activate a database by its number in the list; prints the numbers before and after", Activate);
+  activate->footer("Example, which changes nothing while database 1 is the active one:\n  kestrova techdb activate 1");
+  activate->add_option("number", options.number, "From 1")->required();
+  activate->add_flag("--force", options.force, "Also if the file of the database is missing");
   add("test", "Connect to the active database; show driver, file or server, version and time", Test);
   add("tables", "List the tables and views of the active database", Tables)
       ->add_flag("--count", options.count, "With the number of records, by a query per table");

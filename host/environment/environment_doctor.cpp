@@ -3,10 +3,12 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
 #include <span>
 
-#include "companions/database/connection_strings.h"
-#include "companions/database/database.h"
+#include "host/environment/database_doctor.h"
 #include "platform/files.h"
 #include "platform/process.h"
 #include "platform/resources.h"
@@ -18,7 +20,6 @@
 #include "share/env/language_choice.h"
 #include "share/settings/settings_key.h"
 #include "share/utilities/files_and_folders.h"
-#include "share/utilities/tech_db_config_file.h"
 
 namespace kestrova {
 
@@ -30,6 +31,8 @@ constexpr FindingGrade kError = FindingGrade::kError;
 constexpr FindingGrade kWarning = FindingGrade::kWarning;
 constexpr FindingGrade kNote = FindingGrade::kNote;
 
+constexpr DWORD kLongestPath = 32768;
+
 std::string System(const CString& path) { return SystemPathFromProduct(path); }
 std::string Utf8(LPCTSTR text) { return ToUtf8(CString(text)); }
 
@@ -39,11 +42,43 @@ bool IsFolder(const CString& path) {
   return attributes != INVALID_FILE_ATTRIBUTES && attributes & FILE_ATTRIBUTE_DIRECTORY;
 }
 
-std::string SetCommand(LPCTSTR key, LPCTSTR name, const char* value) {
-  return fmt::format("kestrova reg add 'HKCU\\{}' /v {} /d {} /f", Utf8(key), Utf8(name), value);
+// A text as one word of a shell's command.
+std::string Quoted(std::string_view text) {
+  const auto is_plain = [](char c) {
+    return std::isalnum(static_cast<unsigned char>(c)) || c == '_' || c == '/' || c == '.' || c == '-';
+  };
+  if (!text.empty() && std::all_of(text.begin(), text.end(), is_plain)) return std::string(text);
+  std::string quoted = "'";
+  for (const char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return quoted + '\'';
+}
+
+std::string SetCommand(LPCTSTR key, LPCTSTR name, std::string_view value) {
+  return fmt::format("kestrova reg add 'HKCU\\{}' /v {} /d {} /f", Utf8(key), Utf8(name), Quoted(value));
 }
 std::string DeleteCommand(LPCTSTR key, LPCTSTR name) {
   return fmt::format("kestrova reg delete 'HKCU\\{}' /v {} /f", Utf8(key), Utf8(name));
+}
+
+// ---- installation
+
+// The path of this library's file, however long it is.
+CString LibraryFile() {
+  std::vector<TCHAR> path(kLongestPath);
+  const DWORD length = GetModuleFileNameW(GetModuleHandleW(_T("KVSHAREu")), path.data(), kLongestPath);
+  return CString(TextView(path.data(), length));
+}
+
+// Returns false if the place of the installation is unknown; the faults that follow from this are not worth a look.
+bool ExamineInstallation(const CKVEnvApp& env, Findings& findings) {
+  if (!env.GetKVPath().IsEmpty()) return true;
+  const CString file = LibraryFile();
+  findings.push_back({kError, "installation",
+                      fmt::format("the path of the library has {} characters, and the product can use {}: {}",
+                                  file.GetLength(), MAX_PATH - 1, System(file)),
+                      "move the installation to a folder with a shorter path; until then nothing is saved to the "
+                      "registry"});
+  return false;
 }
 
 // ---- language
@@ -151,93 +186,73 @@ bool HasMachines(const CString& folder) {
   return false;
 }
 
+CString InstallFolder(const CKVEnvApp& env) { return env.GetKVDrive() + env.GetKVPath(); }
+
+bool IsSameFolder(const CString& a, const CString& b) {
+  std::error_code unknown;
+  return System(a) == System(b) || std::filesystem::equivalent(System(a), System(b), unknown);
+}
+
+// The command that sets this installation's own folder. The start restores a folder that is not in the registry below
+// the folder of data or of the language.
+std::string OwnFolderCommand(const CKVEnvApp& env, const FolderToExamine& folder) {
+  if (folder.get == &CKVEnvApp::GetKVDataPath) return SetCommand(kVersionKey, folder.name, ToUtf8(InstallFolder(env)));
+  return DeleteCommand(kVersionKey, folder.name);
+}
+
+void ExamineFolder(const CKVEnvApp& env, const FolderToExamine& folder, Findings& findings) {
+  const CString path = (env.*folder.get)();
+  const std::string name = Utf8(folder.name), own = OwnFolderCommand(env, folder);
+  if (!IsFullPath(path)) {
+    findings.push_back({folder.grade, "folders",
+                        fmt::format("the folder of {}, {} in the registry, is not a full path: {}", folder.purpose,
+                                    name, ToUtf8(path)),
+                        "use this installation's own folder: " + own});
+  } else if (!IsFolder(path)) {
+    // A folder below the own one is the default already, or was chosen.
+    const bool foreign = !path.View().starts_with(InstallFolder(env).View());
+    findings.push_back(
+        {folder.grade, "folders",
+         fmt::format("the folder of {}, {} in the registry, is missing: {}", folder.purpose, name, System(path)),
+         (foreign ? "use this installation's own folder: " + own + "; or create it" : std::string("create it")) +
+             ": mkdir -p " + Quoted(System(path))});
+  }
+}
+
+// Reports a data folder that belongs to another installation.
+void ExamineOwner(const CKVEnvApp& env, Findings& findings) {
+  const CString data = env.GetKVDataPath();
+  const CString resources = env.GetKVDefDataRelPath() + env.GetKVResourceDllName();
+  if (IsSameFolder(data, InstallFolder(env)) || !Exists(data + resources)) return;
+  findings.push_back(
+      {kWarning, "folders",
+       fmt::format("the folder of data, KVDataPath in the registry, is another installation's: {}", System(data)),
+       "use this installation's own folder: " + OwnFolderCommand(env, kFolders[0])});
+}
+
 void ExamineFolders(const CKVEnvApp& env, Findings& findings) {
   const CString data = env.GetKVDataPath();
   for (const FolderToExamine& folder : kFolders) {
     const CString path = (env.*folder.get)();
     if (!IsFolder(data) && path != data && path.View().starts_with(data.View()))
       continue;  // the missing data folder is reported
-    const std::string name = Utf8(folder.name);
-    if (!IsFullPath(path)) {
-      findings.push_back({folder.grade, "folders",
-                          fmt::format("the folder of {}, {} in the registry, is not a full path: {}", folder.purpose,
-                                      name, ToUtf8(path)),
-                          "set a full path: " + SetCommand(kVersionKey, folder.name, "'C:\\...'")});
-    } else if (!IsFolder(path)) {
-      findings.push_back(
-          {folder.grade, "folders",
-           fmt::format("the folder of {}, {} in the registry, is missing: {}", folder.purpose, name, System(path)),
-           "create it, or set another: " + SetCommand(kVersionKey, folder.name, "'C:\\...'")});
-    }
+    ExamineFolder(env, folder, findings);
   }
+  ExamineOwner(env, findings);
   if (IsFolder(data) && !QFFileAndFolderUtilities().HasCreateFilePermission(data)) {
     findings.push_back({kWarning, "folders", fmt::format("no file can be created in the data folder: {}", System(data)),
-                        "give the user write permission, or copy the folder elsewhere and set the copy: " +
-                            SetCommand(kVersionKey, _T("KVDataPath"), "'C:\\...'")});
+                        "give the user write permission: chmod u+rwx " + Quoted(System(data))});
   }
   const CString recordings = env.GetSimulationRecordingFolderPath();
   if (IsFolder(data) && !IsFolder(recordings)) {
-    findings.push_back({kWarning, "folders",
-                        fmt::format("the folder of recordings cannot be created: {}", System(recordings)),
-                        "create it, and give the user write permission"});
+    findings.push_back(
+        {kWarning, "folders", fmt::format("the folder of recordings cannot be created: {}", System(recordings)),
+         "remove what has its name, and give the user write permission: chmod u+rwx " + Quoted(System(data))});
   }
   const CString machines = env.GetDefaultSimulationMachineFolderPath();
   if (IsFolder(machines) && !HasMachines(machines)) {
     findings.push_back({kWarning, "folders", fmt::format("there is no machine definition below {}", System(machines)),
                         "put definitions there, such as Mill/NAME/KestrovaAPT.xml"});
-  }
-}
-
-// ---- technology database
-
-// Opens a database file. Not for a server, which may take as long as the connection string allows.
-void OpenDatabase(const CKVEnvApp& env, const CString& target, const std::string& remedy, Findings& findings) try {
-  CDaoDatabase(env.Is64BitDatabaseInUse(), env.IsSQLiteDatabaseInUse()).Open(target);
-} catch (const CDaoException& failure) {
-  findings.push_back({kError, "technology database", failure.what(), remedy});
-}
-
-void ExamineForms(const CKVEnvApp& env, Findings& findings) {
-  const CString forms = env.GetKVTechDBFormsPath();
-  const CString& target = env.GetKVTechDBPath();
-  const std::string remedy = "put it there, or switch to the stand-alone application: " +
-                             SetCommand(kVersionKey, _T("TechDBForms"), "'TechDB App'");
-  if (!Exists(forms)) {
-    findings.push_back(
-        {kError, "technology database", fmt::format("the forms file is missing: {}", System(forms)), remedy});
-  } else if (target.IsEmpty()) {
-    findings.push_back({kError, "technology database",
-                        fmt::format("the forms file names no database, or cannot be read: {}", System(forms)),
-                        "enter the database's path in its table TechDBFormsPathTable"});
-  } else if (ShownTarget(target) == target) {
-    OpenDatabase(env, target, remedy, findings);
-  }
-}
-
-void ExamineDatabase(const CKVEnvApp& env, Findings& findings) {
-  if (!env.GetConfigDataUseStatus()) {
-    ExamineForms(env, findings);
-    return;
-  }
-  const QFTechDBConfigData* active = env.GetActiveTechDBConfigData();
-  const std::string list = System(env.GetTechDBConfigFilePath() + kTechDBConfigFile);
-  switch (env.GetEnvAPPInitResult()) {
-    case ENVAPP_INIT_OK:
-      if (active && active->GetDatabaseType() != QF_TECHDB_SQLSERVER)
-        OpenDatabase(env, active->GetConnectionString(),
-                     "correct this, or choose another database: kestrova techdb list, kestrova techdb activate N",
-                     findings);
-      return;
-    case ENVAPP_INIT_TECHDB_FILE_MISSING:
-      findings.push_back({kError, "technology database",
-                          fmt::format("the file of the active database is missing: {}", System(env.GetKVTechDBPath())),
-                          "put the file there, or choose another database in " + list});
-      return;
-    case ENVAPP_INIT_TECHDB_FAILED:
-      findings.push_back(
-          {kError, "technology database", "no database is active, or the active one could not be opened",
-           "add one to " + list + ", or put the file " + System(env.GetDefaultSQLiteDBPath()) + " there"});
-      return;
   }
 }
 
@@ -261,7 +276,7 @@ void ExamineApplications(const CKVEnvApp& env, Findings& findings) {
        {env.GetKVAPIDllPath(), env.GetKVImagesResourceDllPath(), env.GetKV5AxisDllPath(),
         env.GetVisiDllPath() + env.GetVisiDllName(), env.GetEDConnectorDllPath(), env.GetEDConnectorPngDllPath(),
         env.GetKVEDConnectorDllPath(), env.GetUtilitiesDllPath() + env.GetUtilitiesDllName()}) {
-    if (!Exists(library)) missing += (missing.empty() ? "" : ", ") + ToUtf8(library.Mid(library.ReverseFind('\\') + 1));
+    if (!Exists(library)) missing += (missing.empty() ? "" : ", ") + System(library);
   }
   if (!missing.empty()) {
     findings.push_back(
@@ -270,7 +285,7 @@ void ExamineApplications(const CKVEnvApp& env, Findings& findings) {
   const CString simulator = env.GetIMSExePath();
   if (!simulator.IsEmpty() && !Exists(simulator.Left(simulator.GetLength() - 1))) {
     findings.push_back({kWarning, "simulator", fmt::format("there is no simulator at {}", System(simulator)),
-                        "install it there, or correct EurekaExePath in the registry"});
+                        "install it there, or remove the setting: " + DeleteCommand(kVersionKey, _T("EurekaExePath"))});
   }
 }
 
@@ -296,15 +311,18 @@ void ExamineSwitches(std::span<const FeatureSwitch> switches, LPCTSTR path, Find
   }
 }
 
-void ExamineRegistry(Findings& findings) {
+void ExamineRegistry(const CKVEnvApp& env, Findings& findings) {
   RegistryKeyHandle key;
   const LSTATUS status = RegOpenKeyExW(HKEY_CURRENT_USER, kVersionKey, 0, KEY_WRITE, key.Receive());
   if (status == ERROR_BADDB) {
     findings.push_back(
         {kError, "registry", "the file user.hive is damaged; no setting can be read or stored",
          "move the file away (KV_REGISTRY names its folder) and import a saved copy: kestrova reg import FILE"});
+  } else if (status == ERROR_FILE_NOT_FOUND && env.GetKVPath().IsEmpty()) {
+    // Nothing was stored, because the installation's place is unknown.
   } else if (status != ERROR_SUCCESS) {
-    findings.push_back({kError, "registry", fmt::format("the user's settings cannot be stored (status {})", status),
+    findings.push_back({kError, "registry",
+                        fmt::format("the user's settings cannot be stored: {}", ErrorText(DWORD(status))),
                         "give the user write permission in the registry's folder, which KV_REGISTRY names"});
   }
   ExamineSwitches(kStartSwitches, kVersionDebugKey, findings);
@@ -332,12 +350,19 @@ const char* TextOf(FindingGrade grade) {
   return "";
 }
 
+std::vector<EnvironmentSource> SourcesOf(const CKVEnvApp& env) {
+  const CString library = LibraryFile();
+  return {{"install folder", "installFolder", System(library.Left(library.ReverseFind(_T('\\')) + 1))},
+          {"data folder", "dataFolder", System(env.GetKVDataPath())}};
+}
+
 std::vector<EnvironmentFinding> ExamineEnvironment(CKVEnvApp& env) {
   Findings findings;
-  ExamineRegistry(findings);
+  ExamineRegistry(env, findings);
+  if (!ExamineInstallation(env, findings)) return findings;
   ExamineLanguage(env, findings);
   ExamineFolders(env, findings);
-  ExamineDatabase(env, findings);
+  ExamineTechDatabase(env, findings);
   ExamineApplications(env, findings);
   ExamineProcess(env, findings);
   return findings;

@@ -25,6 +25,14 @@ struct EnvironmentFinding {
   std::string remedy;   // the next step
 };
 
+// A folder or file that the environment reads.
+struct EnvironmentSource {
+  const char* name;       // "install folder"
+  const char* json_name;  // "installFolder"
+  std::string path;       // the system's; it may not exist
+};
+std::vector<EnvironmentSource> SourcesOf(const CKVEnvApp& env);
+
 // Examines the running environment. Creates the recordings folder if it is missing, and creates and deletes a file in
 // the data folder to test the permission; changes nothing else.
 std::vector<EnvironmentFinding> ExamineEnvironment(CKVEnvApp& env);

@@ -46,7 +46,7 @@ void WriteWholeFile(const std::string& file, std::string_view bytes) {
   SafeFile out(ProductPathFromSystem(file).c_str());
   out.Write(bytes);
   if (out.Commit()) return;
-  const char* const reason = ErrorText(DWORD(out.Status()));
+  const char* const reason = ErrorText(DWORD(out.FirstError()));
   if (!out.IsReplaced()) throw Failure(fmt::format("cannot write {}: {}", file, reason), {.file = file});
   throw Failure(fmt::format("{} is written, but may be the old file again after a power failure: {}", file, reason),
                 {.file = file});

@@ -1,11 +1,13 @@
 // Reads, repairs and writes "database.config".
 #include "share/utilities/tech_db_config_file.h"
 
+#include <algorithm>
 #include <iterator>
 
 #include "companions/database/connection_strings.h"
 #include "companions/xml/xml_document.h"
 #include "platform/files.h"
+#include "share/utilities/files_and_folders.h"
 
 namespace {
 
@@ -87,8 +89,8 @@ void ReadSetting(KVXMLNode& setting, const CString& type, const CString& folder,
 
 // The file and its list of databases; comments and texts are children of the list, too.
 struct ConfigFile {
-  explicit ConfigFile(const CString& filePath) : path(filePath) {
-    document.KeepPlaces(false);
+  explicit ConfigFile(const CString& filePath, bool keepPlaces = false) : path(filePath) {
+    document.KeepPlaces(keepPlaces);
     document.KeepWhole(true);
     document.SetMostBytes(kTechDBConfigMostBytes);
     KVXMLNode* root = document.LoadFromFile(path);
@@ -105,6 +107,34 @@ struct ConfigFile {
   KVXMLDocument document;
   KVXMLNodeList* settings = nullptr;
 };
+
+// ---- faults
+
+constexpr std::size_t kMostFaults = 100;
+
+// The fault of an entry; an empty text without one. `dropped` says whether the list lacks the entry.
+std::string FaultOf(KVXMLNode& setting, bool& dropped) {
+  CString type;
+  dropped = true;
+  if (!setting.GetAttributeValue(kType, type)) return "this setting has no databaseType, so it is ignored";
+  const auto is = [&type](LPCTSTR other) { return Same(type, other); };
+  const auto* const known = std::find_if(std::begin(kTypes), std::end(kTypes), is);
+  if (known == std::end(kTypes))
+    return "databaseType \"" + ToUtf8(type) + "\" is not known: use sqlite, ms-access or sql";
+  if (known - std::begin(kTypes) == QF_TECHDB_SQLSERVER) return {};
+  const CString path = ValueOf(setting, _T("filePath"));
+  if (path.IsEmpty()) return "this database has no filePath, so it is ignored";
+  dropped = false;
+  if (path.Find(_T(';')) >= 0)
+    return "filePath \"" + ToUtf8(path) + "\" has a semicolon, so the database cannot be opened";
+  if (path[0] == _T('/')) {
+    CString product = path;
+    product.Replace(_T('/'), _T('\\'));
+    return "filePath \"" + ToUtf8(path) + "\" has no backslash, so it is a name in the folder of this file: write " +
+           ToUtf8(product);
+  }
+  return {};
+}
 
 // Marks the only database of a file as active and saves the file. If both of two children are databases, the last one
 // gets the mark: it is the active one without a mark, too.
@@ -133,7 +163,7 @@ int ReadTechDBConfig(const CString& folder, const CString& defaultDatabase, QFTe
     }
     return 1;
   }
-  if (_waccess(defaultDatabase, 0) != 0) return 0;
+  if (!QFFileAndFolderUtilities().DoesFileExist(defaultDatabase)) return 0;
   auto entry = std::make_unique<QFTechDBConfigData>();
   entry->SetFilePath(defaultDatabase);
   entry->SetConnectionString(SQLiteConnection(defaultDatabase));
@@ -141,6 +171,29 @@ int ReadTechDBConfig(const CString& folder, const CString& defaultDatabase, QFTe
   return info.AddTechDBConfigData(entry.release());
 } catch (...) {  // out of memory
   return 0;
+}
+
+std::vector<TechDBConfigFault> FindTechDBConfigFaults(const CString& folder) {
+  std::vector<TechDBConfigFault> faults;
+  ConfigFile file(folder + kTechDBConfigFile, /*keepPlaces=*/true);
+  const KVXMLFailure& failure = file.document.LastFailure();
+  if (file.IsMissing()) return faults;
+  if (failure.kind != KVXMLFailure::Kind::kNone) {
+    const DWORD attributes = GetFileAttributesW(file.path);
+    const bool is_folder = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    return {
+        {failure.place.line, failure.place.column, is_folder ? "it is a folder" : failure.reason, /*dropped=*/true}};
+  }
+  if (!file.settings) return {{1, 1, "the file has no element applicationSettings", /*dropped=*/true}};
+  for (long i = 0; i < file.settings->GetSize() && faults.size() < kMostFaults; ++i) {
+    KVXMLNode& node = *(*file.settings)[i];
+    if (!Same(node.GetNodeName(), _T("setting"))) continue;
+    bool dropped = false;
+    std::string text = FaultOf(node, dropped);
+    const KVXMLPlace place = file.document.PlaceOf(node.Element());
+    if (!text.empty()) faults.push_back({place.line, place.column, std::move(text), dropped});
+  }
+  return faults;
 }
 
 int WriteTechDBConfig(const CString& folder, const QFTechDBConfigInfo& info) {

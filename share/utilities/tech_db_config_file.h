@@ -20,6 +20,9 @@
 // file without a path. Paths are product paths. Nothing is shown, and reading throws nothing.
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "share/utilities/tech_db_config.h"
 
 // A larger file is not read; further entries are skipped.
@@ -34,6 +37,18 @@ inline constexpr LPCTSTR kTechDBConfigFile = _T("database.config");
 // entry: 1. Otherwise 0 and nothing is appended: for an empty folder, and for a file that cannot be read or has no
 // "applicationSettings".
 KVSHARE_API int ReadTechDBConfig(const CString& folder, const CString& defaultDatabase, QFTechDBConfigInfo& info);
+
+// A reason why an entry of the file, or the whole file, is not used as it is written.
+struct TechDBConfigFault {
+  int line = 0;  // of the file, from 1; 0 if unknown
+  int column = 0;
+  std::string text;      // one line, in UTF-8
+  bool dropped = false;  // the entry, or the whole file, is not in the list
+};
+
+// The faults of the file in the folder, in file order; none for a missing file. folder ends with a backslash. Changes
+// nothing.
+KVSHARE_API std::vector<TechDBConfigFault> FindTechDBConfigFaults(const CString& folder);
 
 // Writes the active flags of a list that was read from the file: 1. 0 if the file could not be saved, or does not match
 // the list; it then does not change. To match, "applicationSettings" must have one child more than the list has

@@ -127,16 +127,26 @@ const Case kCases[] = {
     {Keeps(_T("KVDataPath"), "/no/folder"), "error", "folders",
      "KVDataPath in the registry, is missing: ", "/v KVDataPath /d"},
     {Keeps(_T("KVDataPath"), "data\\here"), "error", "folders",
-     "KVDataPath in the registry, is not a full path: data\\here\\", "set a full path"},
+     "KVDataPath in the registry, is not a full path: data\\here\\", "/v KVDataPath /d '\\"},
     {Keeps(_T("KVDataPath"), "/proc"), "warning", "folders", "no file can be created in the data folder: /proc",
      "give the user write permission"},
-    {Removes("MachSim/Jobs"), "warning", "folders", "SimulationJobPath in the registry, is missing", "create it"},
+    {Removes("MachSim/Jobs"), "warning", "folders", "SimulationJobPath in the registry, is missing",
+     "create it: mkdir -p /"},
     {Removes("MachSim/Machines") +
          [](const auto& here) { fs::create_directories(here.Lib("MachSim/Machines/Mill/Empty")); },
      "warning", "folders", "there is no machine definition below", "Mill/NAME/KestrovaAPT.xml"},
     {Damages("SimulationRecordings"), "warning", "folders", "the folder of recordings cannot be created",
      "write permission"},
-    {Removes("TechDB"), "error", "technology database", "no database is active", "TechDB/TechDB.kvdb there"},
+    {Removes("TechDB"), "error", "technology database", "there is no technology database: neither ", "install one"},
+    {[](const auto& here) { std::ofstream(here.Lib("TechDB/database.config")) << "<c>\n<"; }, "error",
+     "technology database", "TechDB/database.config:2: ", "correct the file"},
+    {Removes("TechDB/TechDB.kvdb") + [](const auto& here) { fs::create_directory(here.Lib("TechDB/TechDB.kvdb")); },
+     "error", "technology database", "TechDB.kvdb is a folder", "in the folder's place"},
+    {[](const auto& here) {
+       fs::copy(here.Lib("lang"), here.Path() / "other/lang", fs::copy_options::recursive);
+       Keep(_T("KVDataPath"), (here.Path() / "other").string());
+     },
+     "warning", "folders", "is another installation's: /", "/v KVDataPath /d '\\"},
     {Removes("TechDB/TechDB.kvdb"), "error", "technology database", "the file of the active database is missing",
      "put the file there"},
     {Damages("TechDB/TechDB.kvdb"), "error", "technology database", "not a database", "kestrova techdb activate N"},
@@ -146,7 +156,7 @@ const Case kCases[] = {
     {kForms + Damages("lang/English/TechDBForms.mde"), "error", "technology database",
      "the forms file names no database, or cannot be read: ", "TechDBFormsPathTable"},
     {kForms + Copies(kvtest::SourceFile("tests/host/fixtures/TechDBForms.mdb"), "lang/English/TechDBForms.mde"),
-     "error", "technology database", "there is no database file D:\\T\\DB.mdb", "put it there"},
+     "error", "technology database", "T/DB.mdb", "TechDBFormsPathTable"},
     {Keeps(_T("EurekaExePath"), "C:\\Gone"), "warning", "simulator", "there is no simulator at", "EurekaExePath"},
     {Sets(kVersionDebugKey, _T("GetWIPArcSupport"), 5), "note", "switches", "GetWIPArcSupport is 5; the default is 1",
      "kestrova reg delete 'HKCU\\Software\\Zemlor\\Kestrova\\Kestrova 2024x64\\Debug' /v GetWIPArcSupport /f"},
@@ -197,6 +207,22 @@ TEST(EnvironmentDoctor, NamesEachFaultAndItsRemedy) {
   }
 }
 
+// A later start from a good place must not find what this one computed.
+TEST(EnvironmentDoctor, NamesAPathThatIsTooLongAndSavesNothing) {
+  const ScratchInstallation installation;
+  const fs::path folder = installation.Path() / std::string(200, 'a') / std::string(100, 'b');
+  fs::create_directories(folder.parent_path());
+  fs::create_directory_symlink(installation.Lib(""), folder);
+  ScratchInstallation::UseLibraryIn(folder.string());
+  const nlohmann::json found = Doctor();
+  EXPECT_EQ(found.at("findings").size(), 1u) << found.dump(1);
+  EXPECT_THAT(found.at("findings")[0].at("text").get<std::string>(),
+              testing::EndsWith("characters, and the product can use 259: " + (folder / "libKVSHAREu.so").string()));
+  for (const char* hive : {"HKCU", "HKLM"})
+    EXPECT_EQ(RunCommand({"reg", "query", std::string(hive) + "\\" + ToUtf8(CString(kVersionKey))}).exit_code, 1)
+        << hive;
+}
+
 TEST(EnvironmentDoctor, PrintsFindingsWithTheirRemedies) {
   const ScratchInstallation installation;
   SetEnvironmentVariableW(_T("_KVDEBUG"), _T("yes"));
@@ -205,12 +231,14 @@ TEST(EnvironmentDoctor, PrintsFindingsWithTheirRemedies) {
   SetEnvironmentVariableW(_T("_KVDEBUG"), nullptr);
   EXPECT_EQ(result.exit_code, 1);
   EXPECT_EQ(result.err, "");
-  EXPECT_TRUE(
-      result.out.starts_with("error: language: " + installation.Lib("lang/English/KVRESu.DLL").string() +
-                             " is missing; the product has no texts\n    install the language again, or choose "
-                             "another: kestrova reg add 'HKCU\\Software\\Zemlor\\Kestrova\\Kestrova 2024x64' /v "
-                             "Language /d English /f\n"))
+  EXPECT_TRUE(result.out.starts_with("install folder      " + installation.Lib("").string() + "\ndata folder         " +
+                                     installation.Lib("").string() + "\n"))
       << result;
+  EXPECT_THAT(result.out,
+              testing::HasSubstr("\nerror: language: " + installation.Lib("lang/English/KVRESu.DLL").string() +
+                                 " is missing; the product has no texts\n    install the language again, or choose "
+                                 "another: kestrova reg add 'HKCU\\Software\\Zemlor\\Kestrova\\Kestrova 2024x64' /v "
+                                 "Language /d English /f\n"));
   EXPECT_THAT(result.out,
               testing::HasSubstr("\nnote: process: the environment variable _KVDEBUG switches debugging on\n"
                                  "    unset _KVDEBUG\n1 error, 0 warnings, "));

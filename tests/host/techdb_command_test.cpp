@@ -1,8 +1,10 @@
 // kestrova techdb: list, choice and contents, in a data folder of the test.
 #include <gmock/gmock.h>
 
+#include "platform/paths.h"
 #include "share/core/registry_keys.h"
 #include "tests/folders.h"
+#include "tests/host/json_schema.h"
 #include "tests/host/scratch_installation.h"
 
 namespace {
@@ -27,6 +29,11 @@ class TechDBCommand : public CommandTest {
     folder_.Write("TechDB/database.config",
                   "<c><applicationSettings><!-- -->" + settings + "</applicationSettings></c>");
   }
+  nlohmann::json Json(const std::vector<std::string>& words) const {
+    const nlohmann::json answer = CommandTest::Json(words);
+    EXPECT_EQ(SchemaFault("techdb-" + words.front(), answer.dump()), "");
+    return answer;
+  }
   // The one line on stderr of a refused command.
   std::string Refusal(const std::vector<std::string>& words, int exit_code = 3) const {
     const RunResult result = Run(words);
@@ -36,7 +43,7 @@ class TechDBCommand : public CommandTest {
   }
 
   const std::string product_ = ScratchInstallation::Product(folder_.Path().string()) + "\\";
-  const std::string tech_ = product_ + "TechDB\\";
+  const std::string tech_ = folder_.Path().string() + "/TechDB/";
 };
 
 TEST_F(TechDBCommand, ListsAndActivates) {
@@ -44,7 +51,10 @@ TEST_F(TechDBCommand, ListsAndActivates) {
                                "*  1  sqlite     " + tech_ + "TechDB.kvdb" + std::string(6, ' ') + "  ours\n" +
                                "   2  ms-access  " + tech_ + "old.mdb (missing)\n" +
                                "   3  sql        SERVER=127.0.0.1,1;DATABASE=tech\n");
-  EXPECT_EQ(Run({"activate", "2"}), Prints(tech_ + "old.mdb\n"));
+  EXPECT_EQ(Run({"activate", "2"}),
+            Refused("the file of database 2 is missing: " + tech_ + "old.mdb; --force activates it all the same"));
+  EXPECT_EQ(Run({"activate", "1"}), Prints("1 -> 1  " + tech_ + "TechDB.kvdb\n"));
+  EXPECT_EQ(Run({"activate", "2", "--force"}), Prints("1 -> 2  " + tech_ + "old.mdb\n"));
   EXPECT_THAT(ReadFile(folder_.Path() / "TechDB/database.config"),
               HasSubstr("'ms-access' Default=\"True\"><filePath>"));
   const auto list = Json({"list"});
@@ -53,6 +63,13 @@ TEST_F(TechDBCommand, ListsAndActivates) {
   EXPECT_EQ(list["databases"][1]["active"], true);
   EXPECT_EQ(list["databases"][1]["missing"], true);
   EXPECT_EQ(list["databases"][2]["name"], "SERVER=127.0.0.1,1;DATABASE=tech");
+  std::filesystem::create_directory(tech_ + "old.mdb");
+  EXPECT_THAT(Out({"list"}), HasSubstr("old.mdb (missing, a folder has its name)\n"));
+  EXPECT_EQ(Run({"test"}), Refused(tech_ + "old.mdb is a folder, not a database file"));
+  const auto activated = Json({"activate", "1"});
+  EXPECT_EQ(activated["from"], 2);
+  EXPECT_EQ(activated["to"], 1);
+  EXPECT_EQ(activated["database"]["missing"], false);
   EXPECT_EQ(Run({"activate", "4"}), Refused("there is no database 4; " + tech_ + "database.config lists 3", 1));
 }
 
@@ -63,6 +80,7 @@ TEST_F(TechDBCommand, ConnectsAndShowsWhatIsInIt) {
   const auto test = Json({"test"});
   EXPECT_EQ(test["driver"], "Kestrova SQLite3 ODBC Driver");
   EXPECT_THAT(Out({"tables", "--count"}), HasSubstr("Materials       table       12\n"));
+  EXPECT_GT(Json({"tables"})["tables"].size(), 3u);
   EXPECT_EQ(Out({"query", "SELECT ToolID, Name, DiameterMm FROM Tools WHERE ToolID IN (6, 9, 10)", "--rows", "2"}),
             "ToolID  Name         DiameterMm\n"
             "     6  Drill D6.8          6.8\n"
@@ -95,7 +113,7 @@ TEST_F(TechDBCommand, AQueryChangesNothing) {
 TEST_F(TechDBCommand, FailuresAreOneLine) {
   EXPECT_EQ(Run({"query", "SELECT * FROM Absent"}),
             Refused("cannot run the statement: no such table: Absent (1) (HY000)"));
-  Out({"activate", "2"});
+  Out({"activate", "2", "--force"});
   EXPECT_EQ(Run({"test"}), Refused("there is no database file " + tech_ + "old.mdb"));
   folder_.Write("TechDB/old.mdb", std::string(5000, 'x'));
   EXPECT_EQ(Run({"test"}), Refused(tech_ + "old.mdb is not an Access database or cannot be read"));
@@ -103,8 +121,23 @@ TEST_F(TechDBCommand, FailuresAreOneLine) {
   const std::string refusal = Refusal({"test"});
   EXPECT_THAT(refusal, HasSubstr("kestrova: cannot open database tech on server 127.0.0.1,1: "));
   EXPECT_THAT(refusal, testing::Not(HasSubstr("unavailable"))) << "the password";
+  const std::pair<const char*, std::string> faults[] = {
+      {"\n<setting databaseType='oracle'/>",
+       tech_ + "database.config:2: databaseType \"oracle\" is not known: use sqlite, ms-access or sql"},
+      {"</a>", tech_ + "database.config:1: start-end tags mismatch"}};
+  for (const auto& [settings, text] : faults) {
+    Configure(settings);
+    for (const char* word : {"list", "test"}) EXPECT_THAT(Refusal({word}), HasSubstr(text));
+  }
+  std::filesystem::remove(tech_ + "database.config");
+  std::filesystem::create_directory(tech_ + "database.config");
+  EXPECT_THAT(Refusal({"list"}), HasSubstr("cannot read " + tech_ + "database.config: it is a folder"));
+  std::filesystem::remove(tech_ + "database.config");
+  Configure("<setting databaseType='sqlite'><filePath>TechDB.kvdb;DSN=evil</filePath></setting>");
+  EXPECT_THAT(Refusal({"test"}), HasSubstr("the path of a database file cannot contain a semicolon"));
   Configure("");
-  EXPECT_THAT(Refusal({"tables"}), HasSubstr("there is no technology database: "));
+  EXPECT_THAT(Refusal({"tables"}), HasSubstr("there is no technology database: " + tech_ +
+                                             "database.config names none; add one, or remove the file: then "));
   EXPECT_THAT(Refusal({"activate", "1"}, 1), HasSubstr("there is no database 1; "));
   Keep(_T("TechDBForms"), "TechDBForms.mde (32bit)");
   EXPECT_EQ(Run({"list"}), Refused("TechDBForms.mde could not be found at " + product_ + "lang\\English\\"));
@@ -114,7 +147,7 @@ TEST_F(TechDBCommand, FailuresAreOneLine) {
 TEST_F(TechDBCommand, AccessFilesAreRead) {
   const std::filesystem::path forms = kvtest::SourceFile("tests/host/fixtures/TechDBForms.mdb");
   std::filesystem::copy(forms, folder_.Path() / "TechDB/old.mdb");
-  Out({"activate", "2"});
+  Out({"activate", "2", "--force"});
   EXPECT_THAT(Out({"test"}), HasSubstr("\ndriver    Microsoft Access Driver (*.mdb, *.accdb)\nversion   MDBTOOLS "));
   EXPECT_EQ(Out({"tables", "--count"}), "name                  kind   records\nTechDBFormsPathTable  table        1\n");
   EXPECT_EQ(Out({"query", "SELECT [path], UserId FROM TechDBFormsPathTable; "}),
@@ -123,8 +156,10 @@ TEST_F(TechDBCommand, AccessFilesAreRead) {
   std::filesystem::copy(forms, folder_.Path() / "lang/English/TechDBForms.mde");
   std::filesystem::permissions(folder_.Path() / "lang/English/TechDBForms.mde", std::filesystem::perms::owner_read);
   Keep(_T("TechDBForms"), "TechDBForms.mde (32bit)");
-  EXPECT_EQ(Out({"list"}), "forms file  " + product_ + "lang\\English\\TechDBForms.mde\ndatabase    D:\\T\\DB.mdb\n");
-  EXPECT_EQ(Run({"test"}), Refused("there is no database file D:\\T\\DB.mdb"));
+  EXPECT_EQ(Json({"list"})["mode"], "forms");
+  EXPECT_EQ(Out({"list"}), "forms file  " + folder_.Path().string() + "/lang/English/TechDBForms.mde\ndatabase    " +
+                               SystemPathFromProduct(_T("D:\\T\\DB.mdb")) + "\n");
+  EXPECT_EQ(Run({"test"}), Refused("there is no database file " + SystemPathFromProduct(_T("D:\\T\\DB.mdb"))));
 }
 
 }  // namespace

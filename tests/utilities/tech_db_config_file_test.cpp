@@ -80,6 +80,27 @@ TEST_F(TechDBConfigFile, PassesOverWhatIsNoDatabase) {
   }
 }
 
+TEST_F(TechDBConfigFile, FaultsHaveTheirLines) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"<setting databaseType='sql'/>\n<setting databaseType='SQLite'><filePath>a</filePath></setting>", ""},
+      {"\n<setting databaseType='oracle'/>", "2! databaseType \"oracle\" is not known: use sqlite, ms-access or sql\n"},
+      {"<setting/>\n<setting databaseType='sqlite'/>",
+       "1! this setting has no databaseType, so it is ignored\n2! this database has no filePath, so it is ignored\n"},
+      {"<setting databaseType='sqlite'><filePath>/a/b.kvdb</filePath></setting>",
+       "1 filePath \"/a/b.kvdb\" has no backslash, so it is a name in the folder of this file: write \\a\\b.kvdb\n"},
+      {"<setting databaseType='sqlite'><filePath>a;DSN=b</filePath></setting>",
+       "1 filePath \"a;DSN=b\" has a semicolon, so the database cannot be opened\n"},
+      {"</a>", "1! start-end tags mismatch\n"},
+  };
+  for (const auto& [settings, wanted] : rows) {
+    Read(settings);
+    std::string found;
+    for (const TechDBConfigFault& fault : FindTechDBConfigFaults(Folder()))
+      found += std::to_string(fault.line) + (fault.dropped ? "! " : " ") + fault.text + "\n";
+    EXPECT_EQ(found, wanted);
+  }
+}
+
 TEST_F(TechDBConfigFile, RefusesWhatIsNoSuchFile) {
   for (const std::string& bytes : {std::string(), std::string("<a"), std::string("<a/>"),
                                    std::string("<applicationSettings><setting/></applicationSettings>"),
