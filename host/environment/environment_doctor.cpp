@@ -11,6 +11,7 @@
 #include "host/environment/database_doctor.h"
 #include "platform/files.h"
 #include "platform/process.h"
+#include "platform/registry_files.h"
 #include "platform/resources.h"
 #include "share/core/registry_access.h"
 #include "share/core/registry_key_handle.h"
@@ -314,16 +315,18 @@ void ExamineSwitches(std::span<const FeatureSwitch> switches, LPCTSTR path, Find
 void ExamineRegistry(const CKVEnvApp& env, Findings& findings) {
   RegistryKeyHandle key;
   const LSTATUS status = RegOpenKeyExW(HKEY_CURRENT_USER, kVersionKey, 0, KEY_WRITE, key.Receive());
+  const std::string file = HiveFile(HKEY_CURRENT_USER);
   if (status == ERROR_BADDB) {
     findings.push_back(
-        {kError, "registry", "the file user.hive is damaged; no setting can be read or stored",
-         "move the file away (KV_REGISTRY names its folder) and import a saved copy: kestrova reg import FILE"});
+        {kError, "registry", fmt::format("the file {} is damaged; no setting can be read or stored", file),
+         fmt::format("move it away and import a saved copy: mv {0} {0}.damaged; kestrova reg import FILE",
+                     Quoted(file))});
   } else if (status == ERROR_FILE_NOT_FOUND && env.GetKVPath().IsEmpty()) {
     // Nothing was stored, because the installation's place is unknown.
   } else if (status != ERROR_SUCCESS) {
     findings.push_back({kError, "registry",
-                        fmt::format("the user's settings cannot be stored: {}", ErrorText(DWORD(status))),
-                        "give the user write permission in the registry's folder, which KV_REGISTRY names"});
+                        fmt::format("the user's settings cannot be stored in {}: {}", file, ErrorText(DWORD(status))),
+                        "give the user write permission for the file and its folder"});
   }
   ExamineSwitches(kStartSwitches, kVersionDebugKey, findings);
   ExamineSwitches(kVersionSwitches, kVersionDebugKey, findings);
@@ -353,7 +356,9 @@ const char* TextOf(FindingGrade grade) {
 std::vector<EnvironmentSource> SourcesOf(const CKVEnvApp& env) {
   const CString library = LibraryFile();
   return {{"install folder", "installFolder", System(library.Left(library.ReverseFind(_T('\\')) + 1))},
-          {"data folder", "dataFolder", System(env.GetKVDataPath())}};
+          {"data folder", "dataFolder", System(env.GetKVDataPath())},
+          {"user's registry", "userHive", HiveFile(HKEY_CURRENT_USER)},
+          {"machine's registry", "machineHive", HiveFile(HKEY_LOCAL_MACHINE)}};
 }
 
 std::vector<EnvironmentFinding> ExamineEnvironment(CKVEnvApp& env) {

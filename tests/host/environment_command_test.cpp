@@ -143,6 +143,7 @@ const Case kCases[] = {
     {Removes("TechDB/TechDB.kvdb") + [](const auto& here) { fs::create_directory(here.Lib("TechDB/TechDB.kvdb")); },
      "error", "technology database", "TechDB.kvdb is a folder", "in the folder's place"},
     {[](const auto& here) {
+       fs::create_directory(here.Path() / "other");
        fs::copy(here.Lib("lang"), here.Path() / "other/lang", fs::copy_options::recursive);
        Keep(_T("KVDataPath"), (here.Path() / "other").string());
      },
@@ -232,7 +233,8 @@ TEST(EnvironmentDoctor, PrintsFindingsWithTheirRemedies) {
   EXPECT_EQ(result.exit_code, 1);
   EXPECT_EQ(result.err, "");
   EXPECT_TRUE(result.out.starts_with("install folder      " + installation.Lib("").string() + "\ndata folder         " +
-                                     installation.Lib("").string() + "\n"))
+                                     installation.Lib("").string() + "\nuser's registry     " +
+                                     (installation.Path() / "registry/user.hive").string() + "\n"))
       << result;
   EXPECT_THAT(result.out,
               testing::HasSubstr("\nerror: language: " + installation.Lib("lang/English/KVRESu.DLL").string() +
