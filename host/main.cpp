@@ -69,7 +69,7 @@ int Fail(const std::string& reason, int exitCode, bool asJson, const kestrova::F
     if (place.column > 0) error["column"] = place.column;
     kestrova::PrintJson({{"error", error}});
   }
-  std::fprintf(stderr, "kestrova: %s\n", kestrova::Harmless(reason).c_str());
+  kestrova::PrintNote(reason);
   return exitCode;
 }
 

@@ -34,7 +34,7 @@ If the setting ThreadMulti is 0, the jobs run one after another on the main thre
   kestrova job run part.kvdoc
   kestrova job run part.kvdoc --jobs 4 --parents
   kestrova job run part.kvdoc --command crash --json
-  kestrova job run part.kvdoc --cancel-after 250
+  kestrova job run part.kvdoc --cancel-after 60000
 )";
 
 constexpr DWORD kPollInterval_ms = 40;

@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include <cstdio>
+#include "host/shell/output.h"
 
 namespace kestrova {
 
@@ -10,8 +10,8 @@ OpenDocument::OpenDocument(const std::string& path)
     : OpenDocument(DocumentLoader(path, DocumentLoader::Mode::kStrict)) {
   const std::size_t repaired = report.findingCount;
   if (repaired > 0)
-    fmt::print(stderr, "kestrova: {}: {} fault{} repaired while reading; kestrova document verify lists {}\n", path,
-               repaired, repaired == 1 ? " was" : "s were", repaired == 1 ? "it" : "them");
+    PrintNote(fmt::format("{}: {} fault{} repaired while reading; kestrova document verify lists {}", path, repaired,
+                             repaired == 1 ? " was" : "s were", repaired == 1 ? "it" : "them"));
 }
 
 OpenDocument::OpenDocument(DocumentLoader loader)

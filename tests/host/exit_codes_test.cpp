@@ -1,0 +1,200 @@
+// The exit codes of every command, the line on stderr, and the same answers with --json by docs/schemas/.
+#include <filesystem>
+#include <fstream>
+
+#include "tests/host/json_schema.h"
+#include "tests/host/user_shell.h"
+
+namespace {
+
+using namespace kvtest;
+
+struct Row {
+  const char* line;
+  int exit_code;
+  const char* reason;  // start of the line on stderr; empty if there is none
+};
+
+constexpr Row kRows[] = {
+    {"--version", 0, ""},
+    {"-V", 0, ""},
+    {"", 2, "a command is missing; kestrova --help lists the commands"},
+    {"--versoin", 2, "--versoin is not an option of kestrova; the nearest: --version"},
+    {"machin show", 2, "machin is not a command of kestrova; the nearest: machine"},
+    {"env doctr", 2, "doctr is not a command of kestrova env; the nearest: doctor"},
+    {"document verfy part.kvdoc", 2, "verfy is not a command of kestrova document; the nearest: verify"},
+    {"document show part.kvdoc --jsno", 2, "--jsno is not an option of kestrova document show; the nearest: --json"},
+    {"document show part.kvdoc more", 2, "more is unexpected; see kestrova document show --help"},
+    {"document show", 2, "FILE is required; see kestrova document show --help"},
+    {"document show part.kvdoc >/dev/full", 3, "the output is incomplete"},
+
+    {"document new new.kvdoc --nodes 3", 0, ""},
+    {"document new part.kvdoc", 3, "part.kvdoc exists; add --force"},
+    {"document new no/new.kvdoc", 3, "cannot save no/new.kvdoc: the folder does not exist"},
+    {"document new x.kvdoc --units m", 2, "--units: m not in {mm,inch}; see kestrova document new --help"},
+    {"document show part.kvdoc", 0, ""},
+    {"document show cut.kvdoc", 3, "cut.kvdoc: "},
+    {"document show none.kvdoc", 3, "cannot read none.kvdoc: no such file"},
+    {"document dump part.kvdoc", 0, ""},
+    {"document dump none.kvdoc", 3, "cannot read none.kvdoc: "},
+    {"document history part.kvdoc", 0, ""},
+    {"document history none.kvdoc", 3, "cannot read none.kvdoc: "},
+    {"document convert part.kvdoc copy.kvdoc", 0, ""},
+    {"document convert none.kvdoc other.kvdoc", 3, "cannot read none.kvdoc: "},
+    {"document verify part.kvdoc", 0, ""},
+    {"document verify cut.kvdoc", 1, ""},
+    {"document verify none.kvdoc", 3, "cannot read none.kvdoc: "},
+    {"document repair part.kvdoc saved.kvdoc --force", 0, ""},
+    {"document repair cut.kvdoc saved.kvdoc --force", 1, ""},
+    {"document repair cut.kvdoc part.kvdoc", 3, "part.kvdoc exists; add --force"},
+
+    {"job run part.kvdoc", 0, ""},
+    {"job run part.kvdoc --command fail", 1, ""},
+    {"job run part.kvdoc --command dance", 2, "--command: dance not in "},
+    {"job run none.kvdoc", 3, "cannot read none.kvdoc: "},
+
+    {"machine list", 0, ""},
+    {"machine show --type MillTurn TwinTurret12", 0, ""},
+    {"machine check --type MillTurn TwinTurret12", 0, ""},
+    {"machine export --type MillTurn TwinTurret12", 0, ""},
+    {"machine check --machines bad --type Mill VMC", 1, ""},
+    {"machine show --type MillTurn ../x", 2, "NAME \"../x\" is not the name of a machine's folder"},
+    {"machine show --type Mill Nobody", 3, "there is no machine definition "},
+    {"machine check --machines bad --type Mill Cut", 3, "bad/Mill/Cut/KestrovaAPT.xml:1:"},
+    {"machine export --machines bad --type Mill Cut", 3, "bad/Mill/Cut/KestrovaAPT.xml:1:"},
+
+    {"feedcolors add --process mill 1200 '#FF8000'", 0, ""},
+    {"feedcolors show --process mill", 0, ""},
+    {"feedcolors color --process mill 950", 0, ""},
+    {"feedcolors remove --process mill 1200", 0, ""},
+    {"feedcolors remove --process mill 1200", 1, "HKCU\\Software\\Zemlor\\Kestrova\\FeedColors\\Mill has no row 1200"},
+    {"feedcolors add --process mill x '#FF8000'", 2, "FEED \"x\" is not a number"},
+
+    {"settings list", 0, ""},
+    {"settings get LineWidth", 0, ""},
+    {"settings get LineWidht", 1, "there is no setting LineWidht; the nearest: LineWidth"},
+    {"settings set LineWidth 3", 0, ""},
+    {"settings set LineWidth thick", 2, "Display/LineWidth takes a whole number"},
+    {"settings set Feature 1 --tree document", 2, "the document is missing"},
+    {"settings diff mine.json", 1, ""},
+    {"settings reset LineWidth", 0, ""},
+    {"settings reset LineWidht", 1, "there is no setting LineWidht"},
+    {"settings diff mine.json", 0, ""},
+    {"settings export other.json", 0, ""},
+    {"settings export mine.json", 3, "mine.json exists; add --force"},
+    {"settings import mine.json", 0, ""},
+    {"settings import cut.json", 3, "cut.json: "},
+    {"settings import none.json", 3, "cannot read none.json"},
+    {"settings diff none.json", 3, "cannot read none.json"},
+    {"settings get Feature --document none.kvdoc", 3, "cannot read none.kvdoc: "},
+    {"settings list --document none.kvdoc", 3, "cannot read none.kvdoc: "},
+    {"settings reset Feature --document none.kvdoc", 3, "cannot read none.kvdoc: "},
+
+    {"env", 0, ""},
+    {"env doctor", 0, ""},
+    {"techdb list", 0, ""},
+    {"techdb activate 1", 0, ""},
+    {"techdb activate 99", 1, "there is no database 99"},
+    {"techdb activate x", 2, ""},
+    {"techdb test", 0, ""},
+    {"techdb tables --count", 0, ""},
+    {"techdb query 'SELECT 1'", 0, ""},
+    {"techdb query 'DELETE FROM Tools'", 3, "the database is open for reading only"},
+
+    {"reg add 'HKCU\\K' /v X /d 1 /f", 0, ""},
+    {"reg add 'HKCU\\K' /v X /d 1", 3, "value X exists; add /f"},
+    {"reg query 'HKCU\\K' /s", 0, ""},
+    {"reg query 'HKCU\\Nothing'", 1, "there is no key HKEY_CURRENT_USER\\Nothing"},
+    {"reg query 'HKCU\\K' /v Y", 1, "there is no value Y"},
+    {"reg qurey HKCU", 2, "qurey is not a command of kestrova reg; the nearest: query"},
+    {"reg export 'HKCU\\K' k.reg", 0, ""},
+    {"reg export 'HKCU\\Nothing' n.reg", 1, "there is no key HKEY_CURRENT_USER\\Nothing"},
+    {"reg export 'HKCU\\K' k.reg", 3, "k.reg exists; add /y"},
+    {"reg import k.reg", 0, ""},
+    {"reg import none.reg", 3, "cannot read none.reg"},
+    {"reg import cut.json", 3, "cut.json"},
+    {"reg delete 'HKCU\\K'", 3, "deleting the key HKEY_CURRENT_USER\\K with everything below it needs /f"},
+    {"reg delete 'HKCU\\K' /v Y /f", 1, "there is no value Y"},
+    {"reg delete 'HKCU\\K' /f", 0, ""},
+    {"reg delete 'HKCU\\K' /f", 1, "there is no key HKEY_CURRENT_USER\\K"},
+
+    {"ini set shop.ini Tool Diameter 12.5", 0, ""},
+    {"ini get shop.ini Tool Diameter", 0, ""},
+    {"ini list shop.ini", 0, ""},
+    {"ini get shop.ini Tool Length", 1, "shop.ini has no key \"Length\" in [Tool]"},
+    {"ini remove shop.ini Tool Diameter", 0, ""},
+    {"ini remove shop.ini Tool ''", 2, "KEY: it is empty"},
+    {"ini get none.ini Tool Length", 3, "cannot read none.ini: no such file"},
+    {"ini list none.ini", 3, "cannot read none.ini: no such file"},
+    {"ini set no/shop.ini Tool Length 1", 3, "cannot write no/shop.ini: the folder does not exist"},
+
+    {"completion zsh", 0, ""},
+    {"completion tcsh", 2, "SHELL: tcsh not in {bash,zsh,fish}"},
+};
+
+class ExitCodes : public testing::Test {
+ protected:
+  ExitCodes() {
+    for (const char* line : {"document new part.kvdoc --nodes 20", "settings export mine.json"})
+      EXPECT_EQ(shell_.Run(std::string("kestrova ") + line), Prints("")) << line;
+    const std::string whole = ReadFile(shell_.Work() / "part.kvdoc");
+    Make("cut.kvdoc", whole.substr(0, whole.size() / 2));
+    Make("cut.json", "{");
+    Make("bad/Mill/VMC/KestrovaAPT.xml", "<R><SHAPES NUM='0'/><CHANNELS/></R>");
+    Make("bad/Mill/Cut/KestrovaAPT.xml", "<R");
+  }
+  void Make(const std::string& file, const std::string& bytes) {
+    std::filesystem::create_directories((shell_.Work() / file).parent_path());
+    std::ofstream(shell_.Work() / file, std::ios::binary) << bytes;
+  }
+  // The name of the command's schema, or nothing if it has no --json.
+  std::string Schema(const std::string& line) {
+    const std::vector<std::string> words = WordsOf(line);
+    const std::string last = words.empty() || words[0] == "reg" ? "--" : "--js";
+    std::string name = words.empty() ? "" : words[0];
+    if (name != "env" || line == "env doctor") name += words.size() > 1 ? '-' + words[1] : "";
+    const std::string path = words.size() > 1 && name != "env" ? words[0] + ' ' + words[1]
+                             : words.empty()                   ? ""
+                                                               : words[0];
+    return shell_.Offered(path, last).contains("--json") ? name : "";
+  }
+
+  const UserShell shell_;
+};
+
+TEST_F(ExitCodes, AreTheSameForAllCommandsAndWithJson) {
+  std::set<std::string> applied, offered;
+  for (const Row& row : kRows) {
+    const RunResult result = shell_.Run(std::string("kestrova ") + row.line);
+    EXPECT_EQ(result.exit_code, row.exit_code) << row.line << '\n' << result;
+    const std::string line = row.exit_code > 0 && *row.reason ? std::string("kestrova: ") + row.reason : "";
+    EXPECT_TRUE(result.err.starts_with(line)) << row.line << '\n' << result;
+    EXPECT_TRUE(line.empty() || std::count(result.err.begin(), result.err.end(), '\n') == 1) << result;
+    const std::string schema = Schema(row.line);
+    if (schema.empty() || std::string_view(row.line).find('>') != std::string::npos) continue;
+    const RunResult json = shell_.Run(std::string("kestrova ") + row.line + " --json");
+    EXPECT_EQ(json.exit_code, row.exit_code) << row.line << '\n' << json;
+    if (line.empty()) {
+      EXPECT_EQ(SchemaFault(schema, json.out), "") << row.line;
+      applied.insert(schema);
+      continue;
+    }
+    EXPECT_EQ(SchemaFault("error", json.out), "") << row.line;
+    const auto error = nlohmann::json::parse(json.out, nullptr, /*allow_exceptions=*/false)["error"];
+    EXPECT_EQ(error["code"], row.exit_code) << row.line;
+    EXPECT_EQ("kestrova: " + error["message"].get<std::string>() + "\n", json.err) << row.line;
+  }
+  for (const std::string& command : shell_.Commands())
+    if (const std::string schema = Schema(command); !schema.empty()) offered.insert(schema);
+  EXPECT_EQ(applied, offered) << "each command with --json has a row with an answer";
+}
+
+TEST_F(ExitCodes, AnUnknownOptionIsWrongUsageOfEveryCommand) {
+  for (const std::string& command : shell_.Commands()) {
+    const RunResult result = shell_.Run("kestrova " + command + " --no-such-option --json");
+    EXPECT_EQ(result.exit_code, 2) << command << '\n' << result;
+    EXPECT_EQ(SchemaFault("error", result.out), "") << command;
+  }
+}
+
+}  // namespace
