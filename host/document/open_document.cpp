@@ -11,7 +11,7 @@ OpenDocument::OpenDocument(const std::string& path)
   const std::size_t repaired = report.findingCount;
   if (repaired > 0)
     PrintNote(fmt::format("{}: {} fault{} repaired while reading; kestrova document verify lists {}", path, repaired,
-                             repaired == 1 ? " was" : "s were", repaired == 1 ? "it" : "them"));
+                          repaired == 1 ? " was" : "s were", repaired == 1 ? "it" : "them"));
 }
 
 OpenDocument::OpenDocument(DocumentLoader loader)
