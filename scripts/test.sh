@@ -9,6 +9,7 @@ cd "$(dirname "$0")/.."
 preset=${1:-release}; [ $# -eq 0 ] || shift
 folders=("$@")
 needs build test
+[ "$preset" != asan ] || needs fuzz  # the compiler of that preset
 export KV_CONFIGURE=-DKV_TESTS=ON
 if [ ${#folders[@]} -eq 0 ]; then configure_and_build "$preset" all; else configure_and_build "$preset" "${folders[@]/#/test_}"; fi
 consumer=

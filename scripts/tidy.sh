@@ -4,7 +4,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/dependencies.sh
 needs build fuzz check
-[ -f build/fuzz/compile_commands.json ] || configure_and_build fuzz all
+[ -f build/asan/compile_commands.json ] || configure_and_build asan kestrova
 if [ $# -gt 0 ]; then files=("$@"); else mapfile -t files < <(git ls-files 'platform/*.cpp' 'framework/*.cpp' 'companions/*.cpp' 'share/*.cpp' 'host/*.cpp'); fi
-printf '%s\0' "${files[@]}" | xargs -0 -n 3 -P "$(nproc)" clang-tidy --quiet -p build/fuzz --warnings-as-errors='*' 2>/dev/null
+printf '%s\0' "${files[@]}" | xargs -0 -n 3 -P "$(nproc)" clang-tidy --quiet -p build/asan --warnings-as-errors='*' 2>/dev/null
 echo "clang-tidy: ${#files[@]} sources, no finding"

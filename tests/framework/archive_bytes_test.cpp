@@ -44,13 +44,15 @@ TEST(ArchiveBytes, EachValueHasItsOwnWidth) {
 }
 
 TEST(ArchiveBytes, CountTakesSixBytesFrom0xFFFF) {
-  for (const auto& [count, hex] : {std::pair(ULONGLONG(0), "00 00"),
-                                   {0xFFFE, "FE FF"},
-                                   {0xFFFF, "FF FF FF FF 00 00"},
-                                   {0x10000, "FF FF 00 00 01 00"},
-                                   {0xFFFFFFFE, "FF FF FE FF FF FF"}}) {
+  const std::pair<ULONGLONG, const char*> rows[] = {{0, "00 00"},
+                                                    {0xFFFE, "FE FF"},
+                                                    {0xFFFF, "FF FF FF FF 00 00"},
+                                                    {0x10000, "FF FF 00 00 01 00"},
+                                                    {0xFFFFFFFE, "FF FF FE FF FF FF"}};
+  for (const auto& row : rows) {
+    const ULONGLONG count = row.first;
     const std::string bytes = Store([&](CArchive& ar) { ar.WriteCount(count); });
-    EXPECT_EQ(Hex(bytes), hex);
+    EXPECT_EQ(Hex(bytes), row.second);
     Load(bytes, [&](CArchive& ar) { EXPECT_EQ(ar.ReadCount(), count); });
     ExpectEveryPrefixRaises(bytes, [](CArchive& ar) { ar.ReadCount(); });
   }
