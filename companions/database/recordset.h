@@ -20,7 +20,7 @@
 
 class KVSHARE_API CDaoFieldExchange {
  public:
-  enum Operation { LoadField, StoreField };  // record to variable; variable to record
+  enum Operation : int { LoadField, StoreField };  // record to variable; variable to record
   explicit CDaoFieldExchange(Operation operation) : m_nOperation(operation) {}
 
   Operation m_nOperation;
@@ -28,7 +28,7 @@ class KVSHARE_API CDaoFieldExchange {
 
 class KVSHARE_API CDaoRecordset {
  public:
-  enum CursorLocation { useServer = 2, useClient = 3 };
+  enum CursorLocation : int { useServer = 2, useClient = 3 };
 
   // The database must be open at Open and must outlive the recordset.
   explicit CDaoRecordset(CDaoDatabase* database);

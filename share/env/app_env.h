@@ -20,14 +20,14 @@
 #include "framework/text.h"
 #include "share/utilities/tech_db_config.h"
 
-enum EnvAPP_Init_Result_e {
+enum EnvAPP_Init_Result_e : int {
   ENVAPP_INIT_OK = 0,
   ENVAPP_INIT_TECHDB_FILE_MISSING = 1,  // the file of the active technology database is missing
   ENVAPP_INIT_TECHDB_FAILED = 2,        // no technology database is active, or opening it failed
 };
 
 // The languages of resources and of the technology database.
-enum QFDatabaseLang_e {
+enum QFDatabaseLang_e : int {
   QF_DBLANG_ENGLISH = 0,
   QF_DBLANG_GERMAN = 1,
   QF_DBLANG_FRENCH = 2,

@@ -5,7 +5,7 @@
 #include "framework/text.h"
 
 // The module that the user works in.
-enum KVModule {
+enum KVModule : int {
   KV_MODULE_UNKNOWN = 0,
   KV_MODULE_MILL = 1,
   KV_MODULE_TURN = 2,

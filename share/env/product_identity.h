@@ -19,12 +19,12 @@ struct ProductInfo {
   CString m_CADMinorVersion;
 };
 
-enum KVProductType {
+enum KVProductType : int {
   KV_PRODUCT_FULL = 0,
   KV_PRODUCT_TARNEL = 2,
 };
 
-enum KVKernelType {
+enum KVKernelType : int {
   KV_KERNEL_DEFAULT = 0,
 };
 
