@@ -1,6 +1,7 @@
 // Runs every example of every --help and of the README, as a user pastes it into a shell in a copy of an install.
 #include <map>
 
+#include "tests/folders.h"
 #include "tests/host/user_shell.h"
 
 namespace {
@@ -58,7 +59,7 @@ TEST_F(HelpExamples, AllRun) {
     const std::string help = shell_.Run("kestrova " + command + " --help").out;
     EXPECT_GE(add(help), 1U) << "no example of " << command << "\n" << help;
   }
-  const std::string readme = ReadFile(KV_SOURCE_DIR "/README.md");
+  const std::string readme = ReadFile(kvtest::SourceFile("README.md"));
   EXPECT_GE(add(readme), 20U);
   for (const std::string& example : examples) {
     const RunResult result = RunAlone(example);

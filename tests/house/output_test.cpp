@@ -5,6 +5,8 @@
 #include <fstream>
 #include <regex>
 
+#include "tests/folders.h"
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -14,7 +16,7 @@ TEST(Output, IsPrintedByOnePlaceOnly) {
   // Progress and the lines of running jobs draw on stderr.
   const std::regex border("host/shell/(output|progress_bar)|host/jobs/job_screen");
   int sources = 0;
-  for (const auto& entry : fs::recursive_directory_iterator(KV_SOURCE_DIR "/host")) {
+  for (const auto& entry : fs::recursive_directory_iterator(kvtest::SourceFile("host"))) {
     const std::string path = entry.path().string();
     if (entry.path().extension() != ".cpp" || std::regex_search(path, border)) continue;
     ++sources;
