@@ -1,12 +1,8 @@
 // Damaged documents: a file truncated at any byte, and a file or its streams with any byte changed. The loader refuses
 // each, or returns a document that can be used and deleted, in limited time and memory.
 #include <fmt/format.h>
-#include <malloc.h>
-
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
-#include <new>
 #include <random>
 #include <utility>
 
@@ -18,6 +14,7 @@
 #include "host/shell/failure.h"
 #include "share/core/version_info.h"
 #include "tests/host/document_records.h"
+#include "tests/host/heap_of_thread.h"
 #include "tests/scratch.h"
 
 namespace {
@@ -38,17 +35,6 @@ constexpr std::size_t kUseEvery = 16;  // dumps take longer than loads
 constexpr std::ptrdiff_t kMemoryFactor = 3;
 constexpr std::ptrdiff_t kMemoryBase = 48 * 1024;
 constexpr std::chrono::seconds kLongest{5};
-
-// The bytes that the thread has from operator new, in the program and its libraries, and the most of them. Blocks of
-// the library's pool count only if the pool takes them from the heap, as under the address sanitizer
-// (framework/block_pool.h). Use only differences.
-thread_local std::ptrdiff_t t_live = 0;
-thread_local std::ptrdiff_t t_peak = 0;
-
-void Release(void* block) noexcept {
-  if (block) t_live -= std::ptrdiff_t(malloc_usable_size(block));
-  std::free(block);
-}
 
 StreamFacts FactsOfBytes(std::string bytes) {
   CMemFile file(reinterpret_cast<BYTE*>(bytes.data()), bytes.size());
@@ -87,7 +73,8 @@ class HostileDocuments : public testing::Test {
 
   // Loads the file at path_. 1: a document, which it uses and deletes; 0: refused.
   int Load(const std::string& damage, Mode mode) {
-    const std::ptrdiff_t before = t_peak = t_live;
+    kvtest::heap.peak = kvtest::heap.live;
+    const std::ptrdiff_t before = kvtest::heap.live;
     const auto start = std::chrono::steady_clock::now();
     std::unique_ptr<HostDocument> document;
     try {
@@ -95,7 +82,7 @@ class HostileDocuments : public testing::Test {
     } catch (const Failure&) {
     }
     const auto time = std::chrono::steady_clock::now() - start;
-    const std::ptrdiff_t peak = t_peak - before;
+    const std::ptrdiff_t peak = kvtest::heap.peak - before;
     EXPECT_LT(time, kLongest) << damage;
     EXPECT_LE(peak, std::ptrdiff_t(std::filesystem::file_size(path_)) * kMemoryFactor + kMemoryBase) << damage;
     ++(document ? loaded_ : refused_);
@@ -146,16 +133,6 @@ class HostileDocuments : public testing::Test {
 };
 
 }  // namespace
-
-void* operator new(std::size_t size) {
-  void* const block = std::malloc(size ? size : 1);
-  if (!block) throw std::bad_alloc();
-  t_live += std::ptrdiff_t(malloc_usable_size(block));
-  t_peak = std::max(t_peak, t_live);
-  return block;
-}
-void operator delete(void* block) noexcept { Release(block); }
-void operator delete(void* block, std::size_t) noexcept { Release(block); }
 
 TEST_F(HostileDocuments, EveryPrefixOfTheFileIsRefusedOrSalvaged) {
   for (std::size_t bytes = 0; bytes < file_.size() && !HasFailure(); bytes += kPrefixStep) {

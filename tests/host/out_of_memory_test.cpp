@@ -1,0 +1,172 @@
+// Each allocation of an operation fails once: the operation then raises, reports a failure or does without. What was
+// there before stays whole, the operation works again, and no memory is lost.
+#include <fmt/format.h>
+
+#include <functional>
+#include <new>
+
+#include "host/document/document_file.h"
+#include "host/document/sample_document.h"
+#include "share/core/document_callbacks.h"
+#include "share/machine/machine.h"
+#include "share/settings/application_settings.h"
+#include "share/settings/registry_text.h"
+#include "tests/archive_bytes.h"
+#include "tests/host/document_fixture.h"
+#include "tests/host/heap_of_thread.h"
+
+using namespace kestrova;
+using namespace kvtest;
+
+namespace {
+
+// `run` returns true if it did its work, `check` looks at what is there after it.
+void FailEachAllocation(const std::function<bool()>& run, const std::function<void(bool done)>& check) {
+  const auto attempt = [&](long number) {
+    bool done = false;
+    std::string what;
+    heap.failed = false;
+    heap.until_failure = number;
+    try {
+      done = run();
+    } catch (const std::exception& failure) {
+      heap.until_failure = 0;
+      what = failure.what();
+    }
+    heap.until_failure = 0;
+    const bool failed = heap.failed;
+    EXPECT_TRUE(done || failed) << what;
+    check(done);
+    return failed;
+  };
+  for (int warm = 0; warm < 2; ++warm) attempt(0);
+  long number = 1;
+  // A cache may grow in some attempts, lost memory grows in all.
+  const auto loses = [&] {
+    for (int repeat = 0; repeat < 8; ++repeat) {
+      const std::ptrdiff_t before = heap.live;
+      attempt(number);
+      if (heap.live <= before) return false;
+    }
+    return true;
+  };
+  for (; attempt(number) && !testing::Test::HasFailure(); ++number) EXPECT_FALSE(loses()) << "allocation " << number;
+  std::printf("%ld allocations\n", number - 1);
+}
+
+std::string Stored(const CObject& object) {
+  return Store([&](CArchive& ar) { ar << &object; });
+}
+
+class OutOfMemory : public DocumentTest {
+ protected:
+  const std::string path_ = File("part.kvdoc");
+};
+
+}  // namespace
+
+TEST_F(OutOfMemory, LoadOfADocumentRaises) {
+  FillWithSample(document_, 60, /*seed=*/3);
+  document_.NodeAt(document_.NodeCount() - 1).Recycle();
+  SaveDocument(document_, path_);
+  std::unique_ptr<HostDocument> loaded;
+  const auto load = [&] {
+    loaded = DocumentLoader(path_, DocumentLoader::Mode::kStrict).Load();
+    return true;
+  };
+  load();
+  const std::string expected = Stored(*std::exchange(loaded, nullptr));
+  FailEachAllocation(load, [&](bool done) {
+    if (done) {
+      const ActiveDocument active(loaded.get());
+      EXPECT_TRUE(Stored(*loaded) == expected);
+    }
+    loaded.reset();
+    EXPECT_EQ(GetActiveDocument(), &document_);
+  });
+}
+
+TEST_F(OutOfMemory, SaveOfADocumentKeepsTheOldFile) {
+  FillWithSample(document_, 30, /*seed=*/3);
+  SaveDocument(document_, path_);
+  const std::string expected = Stored(document_);
+  const auto save = [&] {
+    SaveDocument(document_, path_);
+    return true;
+  };
+  FailEachAllocation(save, [&](bool) {
+    EXPECT_TRUE(Stored(document_) == expected);
+    const auto loaded = DocumentLoader(path_, DocumentLoader::Mode::kStrict).Load();
+    const ActiveDocument active(loaded.get());
+    EXPECT_TRUE(Stored(*loaded) == expected);
+  });
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder_.Path()), {}), 1);
+}
+
+TEST_F(OutOfMemory, MachineIsReadAndExportedOrNot) {
+  const std::string definition =
+      "<ROOT><CHANNELS NUM='1'><CHANNEL ID='1' NAME='Main'><TOOLS NUM='1'><TOOL ID='1' NAME='T'/></TOOLS></CHANNEL>"
+      "</CHANNELS><SHAPES NUM='1'><SHAPE ID='1' NAME='Base'/></SHAPES></ROOT>";
+  const auto read = [&] {
+    KVVMMachine machine;
+    return machine.LoadFromMemory(VM_MACHINE_MILL, _T("VMC"), _T("C:\\M"), definition) == 1;
+  };
+  FailEachAllocation(read, [](bool) {});
+}
+
+TEST_F(OutOfMemory, SettingsTreeIsStoredLoadedAndRestored) {
+  QFDocSettings settings;
+  const std::string expected = Stored(settings);
+  const auto copy = [&] {
+    std::unique_ptr<CObject> loaded;
+    Load(Stored(settings), [&](CArchive& ar) { loaded.reset(ar.ReadObject(nullptr)); });
+    return true;
+  };
+  FailEachAllocation(copy, [&](bool) { EXPECT_TRUE(Stored(settings) == expected); });
+  QFAppSettings application;
+  const auto save = [&] {
+    application.SaveValuesToRegistry();
+    return true;
+  };
+  FailEachAllocation(save, [](bool) {});
+  const auto restore = [&] {
+    application.RestoreValuesFromRegistry();
+    return true;
+  };
+  FailEachAllocation(restore, [](bool) {});
+}
+
+TEST_F(OutOfMemory, ImportOfRegistryTextIsWholeOrNothing) {
+  const auto text = [](const char* number) {
+    return fmt::format(
+        "Windows Registry Editor Version 5.00\r\n[HKEY_CURRENT_USER\\Software\\OutOfMemory]\r\n"
+        "\"a\"=dword:{0}\r\n\"b\"=\"{0}\"\r\n[HKEY_CURRENT_USER\\Software\\OutOfMemory\\Sub{0}]\r\n",
+        number);
+  };
+  registry_text::KeyName key;
+  ASSERT_TRUE(registry_text::ParseKeyName(_T("HKCU\\Software\\OutOfMemory"), key));
+  const auto import = [&](const std::string& bytes) {
+    std::vector<registry_text::Step> steps;
+    registry_text::Error error;
+    return registry_text::Parse(bytes, steps, error) && registry_text::Apply(steps, error);
+  };
+  const auto content = [&] {
+    std::string bytes;
+    registry_text::Error error;
+    registry_text::Write(key, bytes, error);
+    return bytes;
+  };
+  const std::string reset = text("00000001") + "[-HKEY_CURRENT_USER\\Software\\OutOfMemory\\Sub00000002]\r\n";
+  ASSERT_TRUE(import(text("00000002")));
+  ASSERT_TRUE(import(text("00000002")));
+  ASSERT_TRUE(import(reset));
+  const std::string old = content();
+  ASSERT_TRUE(import(text("00000002")));
+  const std::string changed = content();
+  ASSERT_NE(old, changed);
+  FailEachAllocation([&] { return import(text("00000002")); },
+                     [&](bool done) {
+                       EXPECT_EQ(content(), done ? changed : old);
+                       EXPECT_TRUE(import(reset));
+                     });
+}
