@@ -11,8 +11,9 @@ namespace kestrova {
 
 // The fault that ended a reading.
 struct DocumentFault {
-  std::string what;      // text of the exception
-  ULONGLONG offset = 0;  // byte position of the reading
+  std::string what;       // text of the exception
+  ULONGLONG offset = 0;   // byte position of the reading
+  bool isSchema = false;  // a class has a later schema
 };
 
 class DocumentReading {

@@ -54,7 +54,8 @@ void ReportProgress(DWORD done) {
 
 void DocumentReading::NoteFault(const CArchive& ar, const std::exception& failure) {
   if (fault) return;
-  fault = {failure.what(), 0};
+  const auto* archive = dynamic_cast<const CArchiveException*>(&failure);
+  fault = {failure.what(), 0, archive && archive->m_cause == CArchiveException::badSchema};
   try {
     fault->offset = ar.GetFile()->GetLength() - ar.GetBytesLeft();
   } catch (const CException&) {

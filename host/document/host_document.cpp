@@ -160,17 +160,18 @@ void HostDocument::CutRings() {
   }
 }
 
+// Without memory for a check it raises before it changes the tree.
 void HostDocument::RebuildTree() {
-  m_firstChild = m_lastChild = HostNode::kNoPlace;
   UseCheck uses(*this);
   for (HostNode* node : m_nodes) {
-    node->m_firstChild = node->m_lastChild = node->m_next = HostNode::kNoPlace;
     if (!Owns(node->GetOwner())) node->SetOwner(nullptr);
     uses.Add(*node);
   }
   if (!uses.AllAgree())
     for (HostNode* node : m_nodes) node->RepairLinks(*this);
   CutRings();
+  m_firstChild = m_lastChild = HostNode::kNoPlace;
+  for (HostNode* node : m_nodes) node->m_firstChild = node->m_lastChild = node->m_next = HostNode::kNoPlace;
   for (HostNode* node : m_nodes) AppendToTree(*node, static_cast<HostNode*>(node->GetOwner()));
 }
 

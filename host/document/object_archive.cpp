@@ -129,6 +129,8 @@ void RestoreIds(HostDocument& document) {
 
 // Reads the nodes of an archive whose start is damaged. Null, and no change of the report, if none can be read.
 std::unique_ptr<HostDocument> ReadFromTable(CFile& file, const DocumentFault& fault, LoadReport& report) {
+  // An undamaged file with a later schema has nodes of another layout.
+  if (fault.isSchema && report.findingCount == 0) return nullptr;
   if (!HasBaseObjectRecord(GetActiveDocReadStorageUnits())) return nullptr;
   const auto table = FindNodeTable(file);
   if (!table) return nullptr;
@@ -156,8 +158,8 @@ std::unique_ptr<HostDocument> ReadObjectArchive(CFile& file, bool salvage, LoadR
     DocumentReading reading(salvage);
     document = Read(file, reading, result);
   }
-  // A fault before the table of nodes loses the document's own fields, not the nodes.
-  if (salvage && result.fault && result.part < DocumentReading::Part::kClasses) {
+  // A fault before the nodes loses the document's own fields, not the nodes.
+  if (salvage && result.fault && result.whole == 0) {
     file.Seek(LONGLONG(start), CFile::begin);
     if (auto rest = ReadFromTable(file, *result.fault, report)) return rest;
   }

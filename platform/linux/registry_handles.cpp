@@ -80,15 +80,17 @@ HKEY NewHandle(const KeyRef& key, const std::string& path) {
   Table& table = Handles();
   const std::lock_guard lock(table.mutex);
   if (table.free.empty()) {
-    table.free.push_back(std::uint32_t(table.slots.size()));
+    // Room for every slot, so that closing a handle needs no memory.
+    if (table.free.capacity() <= table.slots.size()) table.free.reserve(2 * table.slots.size() + 1);
     table.slots.emplace_back();
+    table.free.push_back(std::uint32_t(table.slots.size() - 1));
   }
   const std::uint32_t number = table.free.back();
-  table.free.pop_back();
   Slot& slot = table.slots[number];
+  slot.path = path;  // first: without memory the slot stays free
   slot.key = key;
-  slot.path = path;
   slot.open = true;
+  table.free.pop_back();
   return Number(number, ++slot.uses);
 }
 

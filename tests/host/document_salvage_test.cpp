@@ -151,13 +151,17 @@ TEST_F(DocumentSalvage, DamagedStartCostsTheFieldsAndNoNode) {
   Add<HostSetup>(nullptr, _T("N0"));
   Add<HostFeature>(&document_.NodeAt(0), _T("N1"));
   const std::string stored = Store([&](CArchive& ar) { ar << &document_; });
+  const std::string history = EmptyHistory();
   for (const std::string& objects : {Sample().Get(), stored}) {
+    const std::string header = HeaderBytes(objects, history);
     for (std::size_t at = 0; at < 18; ++at) {
       SCOPED_TRACE(at);
       std::string damaged = objects;
       damaged[at] ^= 0x20;
-      const auto document = Read(damaged);
-      ASSERT_TRUE(document);
+      WriteDocumentFile(File("a.kvdoc"), &header, &damaged, &history);
+      DocumentLoader loader(File("a.kvdoc"), DocumentLoader::Mode::kSalvage);
+      const auto document = loader.Load();
+      report_ = loader.Report();
       ASSERT_EQ(document->NodeCount(), objects == stored ? 2u : 7u);
       EXPECT_TRUE(report_.fieldsLost);
       EXPECT_EQ(document->NodeAt(1).Name(), _T("N1"));
