@@ -107,9 +107,11 @@ class DocumentSaver {
   [[noreturn]] void Refuse(HRESULT result) const { Refuse(StorageText(result)); }
 
   std::unique_ptr<COleStreamFile> OpenStream(LPCTSTR name) {
+    auto file = std::make_unique<COleStreamFile>();  // first: without memory there is no stream to close
     IStream* stream = nullptr;
     if (!storage_.CreateStream(&stream, name, kCreateStream)) Refuse(storage_.GetLastResult());
-    return std::make_unique<COleStreamFile>(stream);
+    file->Attach(stream);
+    return file;
   }
 
   StreamFacts Store(LPCTSTR name, const CObject* root) {
@@ -171,11 +173,13 @@ std::unique_ptr<std::string> DocumentSource::Header() const {
 
 DocumentSource::Archive DocumentSource::Open(LPCTSTR stream, std::string_view rootClass) const {
   if (!m_root) return Find(rootClass);
+  auto file = std::make_unique<COleStreamFile>();
   IStream* opened = nullptr;
   const HRESULT result = m_root->OpenStream(stream, nullptr, kReadStream, 0, &opened);
   if (result == STG_E_DOCFILECORRUPT) return Find(rootClass);
   if (FAILED(result)) return {};
-  return {std::make_unique<COleStreamFile>(opened), false};
+  file->Attach(opened);
+  return {std::move(file), false};
 }
 
 // Searches the file for the class record at the start of an archive with that root. This build writes a stream in one

@@ -10,9 +10,19 @@ bool StructuredStorage::SetResult(HRESULT result) {
 
 // ---- the file
 
+// Takes the reference. Without memory it releases the storage and raises.
+void StructuredStorage::Enter(IStorage* storage) {
+  try {
+    m_storages.push_back(storage);
+  } catch (...) {
+    storage->Release();
+    throw;
+  }
+}
+
 bool StructuredStorage::EnterRoot(LPCWSTR name, IStorage* root) {
   if (m_lastResult != 0) return false;
-  m_storages.push_back(root);
+  Enter(root);
   m_fullPath = name;
   return true;
 }
@@ -58,7 +68,7 @@ bool StructuredStorage::CreateStorage(LPCWSTR name, bool enter, unsigned long mo
   IStorage* created = nullptr;
   if (!SetResult(current->CreateStorage(name, DWORD(mode), 0, 0, &created))) return false;
   if (enter) {
-    m_storages.push_back(created);
+    Enter(created);
   } else {
     created->Release();
   }
@@ -70,7 +80,7 @@ bool StructuredStorage::OpenStorage(LPCWSTR name, unsigned long mode) {
   if (!current) return SetResult(E_POINTER);
   IStorage* opened = nullptr;
   if (!SetResult(current->OpenStorage(name, nullptr, DWORD(mode), nullptr, 0, &opened))) return false;
-  m_storages.push_back(opened);
+  Enter(opened);
   return true;
 }
 

@@ -60,6 +60,7 @@ class KVSHARE_API StructuredStorage {
 
  private:
   bool SetResult(HRESULT result);
+  void Enter(IStorage* storage);
   bool EnterRoot(LPCWSTR name, IStorage* root);
 
   std::basic_string<WCHAR> m_fullPath;
