@@ -85,6 +85,8 @@ struct SafeFile::State {
   bool replaced = false;
   LONG status = ERROR_SUCCESS;
 
+  ~State() { Drop(); }
+
   bool Fail(int code) {
     FailForPath(code, target);
     status = LONG(GetLastError());
@@ -92,9 +94,10 @@ struct SafeFile::State {
     return false;
   }
 
-  // Closes and removes the temporary file.
+  // Closes and removes the temporary file, if it is this process's.
   void Drop() {
-    if (!temporary.empty()) unlink(temporary.c_str());  // before the lock is gone
+    const bool own = descriptor >= 0 || lock >= 0;
+    if (own && !temporary.empty()) unlink(temporary.c_str());  // before the lock is gone
     for (int* open : {&descriptor, &lock})
       if (const int number = std::exchange(*open, -1); number >= 0) close(number);
     temporary.clear();
@@ -171,7 +174,7 @@ SafeFile::SafeFile(LPCWSTR path) : state_(std::make_unique<State>()) {
   state_->Open();
 }
 
-SafeFile::~SafeFile() { state_->Drop(); }
+SafeFile::~SafeFile() = default;
 
 bool SafeFile::Write(const void* bytes, std::size_t count) {
   State& state = *state_;

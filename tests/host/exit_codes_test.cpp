@@ -33,7 +33,7 @@ constexpr Row kRows[] = {
     {"document new no/new.kvdoc", 3, "cannot save no/new.kvdoc: the folder does not exist"},
     {"document new x.kvdoc --units m", 2, "--units: m not in {mm,inch}; see kestrova document new --help"},
     {"document show part.kvdoc", 0, ""},
-    {"document show cut.kvdoc", 3, "cut.kvdoc: "},
+    {"document show cut.kvdoc", 3, "cannot read cut.kvdoc: "},
     {"document show none.kvdoc", 3, "cannot read none.kvdoc: no such file"},
     {"document dump part.kvdoc", 0, ""},
     {"document dump none.kvdoc", 3, "cannot read none.kvdoc: "},

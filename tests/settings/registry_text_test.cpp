@@ -170,7 +170,8 @@ TEST_F(RegistryText, FailedImportChangesNothing) {
 }
 
 TEST_F(RegistryText, RefusesToWriteWhatItCannotHold) {
-  EXPECT_EQ(Export(), "refused: there is no key HKEY_CURRENT_USER\\Software\\KvText");
+  const std::string empty = "refused: there is no key HKEY_CURRENT_USER\\Software\\KvText: the registry is empty, ";
+  EXPECT_EQ(Export().substr(0, empty.size()), empty);
   HKEY key = nullptr;
   ASSERT_EQ(RegCreateKeyExW(kKey.hive, kKey.path.c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, &key, nullptr), 0);
   EXPECT_EQ(RegSetValueExW(key, _T("two\nlines"), 0, REG_SZ, nullptr, 0), 0);
