@@ -42,8 +42,7 @@ struct Command {
 
 // Every command, in the order of the help. A new command needs a declaration above and a row here.
 inline constexpr Command kCommands[] = {
-    {"machine", "Machine definitions: export, show, check", AddMachineCommands,
-     "machine show --machines examples/machines --type MillTurn TwinTurret12"},
+    {"machine", "Machine definitions: export, show, check", AddMachineCommands, "machine show TwinTurret12"},
     {"document", "Documents: new, show, dump, history, convert, verify, repair", AddDocumentCommands,
      "document new part.kvdoc --nodes 200"},
     {"job", "Background jobs: run", AddJobCommands, "job run part.kvdoc --jobs 4"},
@@ -54,7 +53,7 @@ inline constexpr Command kCommands[] = {
     {"env", "Start the environment and print every query; doctor finds faults", AddEnvironmentCommands, "env doctor"},
     {"techdb", "Technology databases: list, activate, test, tables, query", AddTechDatabaseCommands, "techdb test"},
     {"reg", "Registry values: query, add, delete, export, import", AddRegistryCommands,
-     "reg query 'HKCU\\Software\\Zemlor' /s", RegistryCandidates},
+     "reg add 'HKCU\\Software\\Zemlor\\Kestrova\\Kestrova 2024x64' /v Language /d Automatic /f", RegistryCandidates},
     {"ini", "INI files: list, get, set, remove", AddIniCommands, "ini get shopfloor.ini Tool Diameter"},
     {"completion", "Print the completion script for bash, zsh or fish", AddCompletionCommands,
      "completion bash > kestrova.bash"},

@@ -22,21 +22,21 @@ constexpr LPCTSTR kMachinePathSetting = _T("SimulationMachinePath");
 constexpr char kExportHelp[] = R"(
 Writes KestrovaAPT.txt for the simulator beside the definition. If that fails, an old file stays as it was.
 
-  kestrova machine export --machines examples/machines --type Mill Vertical850
+  kestrova machine export --type Mill Vertical850
 )";
 
 constexpr char kShowHelp[] = R"(
 Shows channels, tool targets, stations, fixtures, shapes below their parents and shape lists, as the reader got them.
 
-  kestrova machine show --machines examples/machines --type MillTurn TwinTurret12
-  kestrova machine show --machines examples/machines --type MillTurn TwinTurret12 --json
+  kestrova machine show --type MillTurn TwinTurret12
+  kestrova machine show --type MillTurn TwinTurret12 --json
 )";
 
 constexpr char kCheckHelp[] = R"(
 Lists the faults that the reader ignores, as FILE:LINE:COLUMN: GRADE: TEXT. An error is something that is lost, replaced
 or never exported. The exit code is 1 if there are errors.
 
-  kestrova machine check --machines examples/machines --type Mill Trunnion500
+  kestrova machine check --type Mill Trunnion500
 )";
 
 struct Options {

@@ -12,6 +12,7 @@
 #include "host/registry/registry_reader.h"
 #include "host/registry/registry_switches.h"
 #include "host/shell/failure.h"
+#include "host/shell/nearest_names.h"
 #include "host/shell/output.h"
 #include "host/shell/whole_file.h"
 #include "platform/console.h"
@@ -66,7 +67,7 @@ const CommandForm kForms[] = {
 The exit code is 1 if the key or the value is missing.
 
   kestrova reg query "HKCU\Software\Zemlor\Kestrova" /s
-  kestrova reg query "HKCU\Software\Zemlor\Kestrova\Debug" /v LOG_KV --value
+  kestrova reg query "HKCU\Software\Zemlor\Kestrova\Kestrova 2024x64\Debug" /v PostingPerformanceImprovements --value
 )"},
     {"add",
      AddCommand,
@@ -92,7 +93,7 @@ The exit code is 1 if the key or the value is missing.
   /v NAME  that value    /ve  the default value
   /va      all values    /f   without asking
 
-  kestrova reg delete "HKCU\Software\Zemlor\Kestrova\Debug" /v LOG_KV /f
+  kestrova reg delete "HKCU\Software\Zemlor\Kestrova\Kestrova 2024x64\Debug" /v PostingPerformanceImprovements /f
 )"},
     {"export",
      ExportCommand,
@@ -265,6 +266,7 @@ void ExportCommand(const Switches& switches) {
   std::string bytes;
   registry_text::Error error;
   CheckWhole(key.hive);
+  OpenKey(key, KEY_READ);  // throws NotFound for a missing key
   if (!registry_text::Write(key, bytes, error)) throw Failure(TextOf(error));
   if (!switches.Has("y") && file != kStandardStream && _waccess(path.c_str(), 0) == 0) {
     Confirm(fmt::format("File {} exists, overwrite", file), fmt::format("{} exists; add /y to overwrite it", file));
@@ -286,13 +288,18 @@ void ImportCommand(const Switches& switches) {
 }
 
 void RunRegistryCommand(const std::vector<std::string>& words) {
-  if (words.empty()) throw WrongUsage("reg needs a command; see kestrova reg --help");
+  if (words.empty()) throw WrongUsage("a command is missing; kestrova reg --help lists the commands");
   if (AsksForHelp(words[0])) {
     PrintRaw(kOverview);
     return;
   }
   const CommandForm* const form = FormOf(words[0]);
-  if (!form) throw WrongUsage(fmt::format("reg has no command {}; see kestrova reg --help", words[0]));
+  if (!form) {
+    std::vector<std::string> names;
+    for (const CommandForm& known : kForms) names.emplace_back(known.name);
+    throw WrongUsage(words[0] + " is not a command of kestrova reg" +
+                     NearestOr(names, words[0], "kestrova reg --help lists the commands"));
+  }
   if (words.size() == 2 && AsksForHelp(words[1])) {
     PrintRaw(form->help);
   } else {

@@ -290,6 +290,7 @@ void AddTechDatabaseCommands(CLI::App& group) {
   const auto add = [&group](const char* name, const char* text, void (*run)(const Options&)) {
     CLI::App* command = group.add_subcommand(name, text);
     command->add_flag("--json", options.json, "As JSON");
+    command->footer(kHelp);
     command->callback([run] { run(options); });
     return command;
   };

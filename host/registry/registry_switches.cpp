@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "host/shell/failure.h"
+#include "host/shell/nearest_names.h"
 
 namespace kestrova {
 
@@ -24,6 +25,19 @@ bool IsIn(const char* list, const std::string& name) {
   return std::find(names.begin(), names.end(), name) != names.end();
 }
 
+namespace {
+
+// All switches of a command, written with the mark / or -; --json has no form with /.
+std::vector<std::string> SwitchesOf(const SwitchForm& form, char mark) {
+  std::vector<std::string> switches;
+  for (const char* list : {form.with_value, form.without_value}) {
+    for (const std::string& name : NamesIn(list)) switches.push_back((name[0] == '-' ? '-' : mark) + name);
+  }
+  return switches;
+}
+
+}  // namespace
+
 Switches ReadSwitches(const SwitchForm& form, const std::vector<std::string>& words, const std::string& help) {
   Switches read;
   const auto wrong = [&](const std::string& what) { return WrongUsage(fmt::format("{}; {}", what, help)); };
@@ -39,7 +53,8 @@ Switches ReadSwitches(const SwitchForm& form, const std::vector<std::string>& wo
     } else if (read.words.size() < form.words.size()) {
       read.words.push_back(word);
     } else {
-      throw wrong(fmt::format("{} is unexpected", word));
+      throw WrongUsage(word + " is unexpected" +
+                       (marked ? NearestOr(SwitchesOf(form, word[0]), word, help) : "; " + help));
     }
   }
   if (read.words.size() < form.words.size()) throw wrong(fmt::format("{} is missing", form.words[read.words.size()]));

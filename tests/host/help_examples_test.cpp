@@ -29,12 +29,18 @@ class HelpExamples : public testing::Test {
                              "kestrova settings export mine.json", "kestrova reg export HKCU settings.reg",
                              "kestrova ini set shopfloor.ini Tool Diameter 12"})
       EXPECT_EQ(shell_.Run(line).exit_code, 0) << line;
-    fs::copy(shell_.Work(), samples_.Path(), fs::copy_options::recursive);
+    Replace(samples_.Path() / "work", shell_.Work());
+    Replace(samples_.Path() / "registry", shell_.Installation().Path() / "registry");
   }
-  // Runs an example beside the files that it reads, but not those that it writes.
-  RunResult RunAlone(const std::string& example) {
-    for (const auto& file : fs::directory_iterator(shell_.Work())) fs::remove_all(file);
-    fs::copy(samples_.Path(), shell_.Work(), fs::copy_options::recursive);
+  static void Replace(const fs::path& folder, const fs::path& by) {
+    fs::remove_all(folder);
+    fs::copy(by, folder, fs::copy_options::recursive);
+  }
+  // Runs an example beside the files that it reads, but not those that it writes. A new user has an empty registry.
+  RunResult RunAlone(const std::string& example, bool newUser) {
+    Replace(shell_.Work(), samples_.Path() / "work");
+    Replace(shell_.Installation().Path() / "registry", samples_.Path() / "registry");
+    if (newUser) fs::remove(shell_.Installation().Path() / "registry/user.hive");
     const std::vector<std::string> words = WordsOf(example);
     const std::string command = words.at(1) + ' ' + (words.size() > 2 ? words[2] : "");
     if (command == "document new" || command == "settings export") fs::remove(shell_.Work() / words.at(3));
@@ -54,15 +60,16 @@ TEST_F(HelpExamples, AllRun) {
     return found.size();
   };
   EXPECT_GE(add(shell_.Run("kestrova --help").out), 10U);
+  const std::set<std::string> first = examples;
   for (const std::string& group : shell_.Offered("", "")) add(shell_.Run("kestrova " + group + " --help").out);
   for (const std::string& command : shell_.Commands()) {
     const std::string help = shell_.Run("kestrova " + command + " --help").out;
     EXPECT_GE(add(help), 1U) << "no example of " << command << "\n" << help;
   }
-  const std::string readme = ReadFile(kvtest::SourceFile("README.md"));
+  const std::string readme = ReadFile(SourceFile("README.md"));
   EXPECT_GE(add(readme), 20U);
   for (const std::string& example : examples) {
-    const RunResult result = RunAlone(example);
+    const RunResult result = RunAlone(example, /*newUser=*/first.contains(example));
     EXPECT_EQ(result.exit_code, expected[example]) << example << '\n' << result;
   }
 }

@@ -50,7 +50,9 @@ class HostileNames : public DocumentTest {
              "<c><applicationSettings><!-- --><setting databaseType='sqlite' Default='True'><filePath>TechDB.kvdb"
              "</filePath><description>{}</description></setting></applicationSettings></c>",
              kXml));
-    Make("a.json", nlohmann::json({{"tree", "application"}, {"values", {{{"group", kHostile}}}}}).dump());
+    nlohmann::json value = {{"type", "int"}, {"value", 1}};
+    for (const char* field : {"group", "path", "name"}) value[field] = kHostile;
+    Make("a.json", nlohmann::json({{"tree", "application"}, {"values", {value}}}).dump());
     KeepText(HKEY_CURRENT_USER, CString(_T("Software\\KvHost\\")) + label, label, kHostile);
     for (LPCTSTR name : {_T("Language"), _T("TechDBPath"), _T("SimulationJobPath"), _T("EurekaExePath")})
       KeepText(HKEY_CURRENT_USER, kVersionKey, name, kHostile);
