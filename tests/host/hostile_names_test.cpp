@@ -66,7 +66,8 @@ class HostileNames : public DocumentTest {
   static std::string Printed(const std::vector<std::string>& words) {
     const RunResult result = RunCommand(words);
     const std::string harm = Harm(result.out);
-    const bool dump = words.size() > 1 && words[1] == "dump";  // the library's own text, which keeps the line ends of a label
+    const bool dump =
+        words.size() > 1 && words[1] == "dump";  // the library's own text, which keeps the line ends of a label
     EXPECT_TRUE(harm.empty() || (dump && harm == kForged)) << testing::PrintToString(words) << harm << result.out;
     EXPECT_EQ(Harm(result.err), "") << testing::PrintToString(words) << result.err;
     return result.out + result.err;
