@@ -24,7 +24,11 @@ constexpr std::size_t kLongestClassName = 63;
 constexpr std::size_t kStackReserve = 128 * 1024;  // bytes of stack for one Serialize
 // Bytes of stack that a level may take more when it loads than when it stores: the archive's own calls, and 2 KiB of
 // the class.
+#ifdef KV_BLOCKS_FROM_HEAP  // with the address sanitizer, whose frames are larger
+constexpr std::size_t kLoadingReserve = 8192;
+#else
 constexpr std::size_t kLoadingReserve = 2048 + 512;
+#endif
 constexpr UINT kNoSchemaYet = UINT(-1);
 
 // The part of a schema that is stored.

@@ -141,7 +141,7 @@ KVSHARE_API CObject* ReadObjectOfClass(CArchive& ar, const CRuntimeClass* wanted
 // for example badClass for an object of another class, the pointer is unchanged.
 #define DECLARE_SERIAL(class_name)                                                       \
   DECLARE_DYNCREATE(class_name)                                                          \
-  friend CArchive& operator>>(CArchive& ar, class_name*& object) {                       \
+  [[maybe_unused]] friend CArchive& operator>>(CArchive& ar, class_name*& object) {      \
     object = static_cast<class_name*>(ReadObjectOfClass(ar, RUNTIME_CLASS(class_name))); \
     return ar;                                                                           \
   }

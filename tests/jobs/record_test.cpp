@@ -78,13 +78,13 @@ TEST_F(Record, TextOfTheCommandsExceptionStaysInTheRecordUntilItRunsAgain) {
       {[] { throw 7; }, CString(_T("unknown exception"))},
       {[] {}, CString()},
   };
-  for (const auto& [act, text] : rows) {
-    node.run = [&act](void*&) {
-      act();
+  for (const auto& row : rows) {
+    node.run = [&row](void*&) {
+      row.first();
       return eThreadDoneKeepData;
     };
     data.HandleCommand(0);
-    EXPECT_EQ(data.GetFailureText(), text);
+    EXPECT_EQ(data.GetFailureText(), row.second);
   }
 }
 
