@@ -15,6 +15,8 @@ namespace kestrova {
 // completion_commands.h.
 using Candidates = std::vector<std::string> (*)(const std::vector<std::string>& words);
 
+// Names of machines after `machine show`, `export` and `check`; none after other words.
+std::vector<std::string> MachineCandidates(const std::vector<std::string>& words);
 std::vector<std::string> RegistryCandidates(const std::vector<std::string>& words);
 // Names of settings after `settings get`, `set` and `reset`; none after other words.
 std::vector<std::string> SettingsCandidates(const std::vector<std::string>& words);
@@ -42,7 +44,8 @@ struct Command {
 
 // Every command, in the order of the help. A new command needs a declaration above and a row here.
 inline constexpr Command kCommands[] = {
-    {"machine", "Machine definitions: export, show, check", AddMachineCommands, "machine show TwinTurret12"},
+    {"machine", "Machine definitions: list, export, show, check", AddMachineCommands, "machine show TwinTurret12",
+     MachineCandidates},
     {"document", "Documents: new, show, dump, history, convert, verify, repair", AddDocumentCommands,
      "document new part.kvdoc --nodes 200"},
     {"job", "Background jobs: run", AddJobCommands, "job run part.kvdoc --jobs 4"},

@@ -1,15 +1,21 @@
-// kestrova machine: exports, shows and checks the machine definitions of the simulator.
+// kestrova machine: lists, exports, shows and checks the machine definitions of the simulator.
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
-
-#include <cstdio>
 #include <nlohmann/json.hpp>
 
 #include "host/commands/commands.h"
+#include "host/machine/machine_folder.h"
 #include "host/machine/machine_tree.h"
+#include "host/module/main_module.h"
 #include "host/shell/failure.h"
+#include "host/shell/nearest_names.h"
+#include "host/shell/output.h"
+#include "platform/files.h"
 #include "platform/paths.h"
 #include "share/core/document_callbacks.h"
+#include "share/core/registry_access.h"
+#include "share/core/registry_keys.h"
+#include "share/env/app_env.h"
 #include "share/machine/machine.h"
 #include "share/machine/machine_check.h"
 #include "share/settings/settings_key.h"
@@ -17,10 +23,28 @@
 namespace kestrova {
 namespace {
 
+using Json = nlohmann::ordered_json;
+
 constexpr LPCTSTR kMachinePathSetting = _T("SimulationMachinePath");
 
+constexpr char kGroupHelp[] = R"(
+--machines names the folder with the folders Mill, Turn and MillTurn; by default it is the environment's folder of
+machines. --type is needed only if machines of several types have the same name.
+
+  kestrova machine list
+  kestrova machine check Vertical850)";
+
+constexpr char kListHelp[] = R"(
+Lists the machines that have a definition, KestrovaAPT.xml.
+JSON: {"folder", "machines": [{"type", "name", "file"}]}.
+
+  kestrova machine list --json
+)";
+
 constexpr char kExportHelp[] = R"(
-Writes KestrovaAPT.txt for the simulator beside the definition. If that fails, an old file stays as it was.
+Writes KestrovaAPT.txt for the simulator beside the definition. If that fails, an old file stays as it was. A name with
+a control character, such as a line end, would break the lines of the file and is refused.
+JSON: {"file", "counts": {"channels", "stations", "fixtures", "shapes", "shapeLists"}}.
 
   kestrova machine export --type Mill Vertical850
 )";
@@ -34,7 +58,9 @@ Shows channels, tool targets, stations, fixtures, shapes below their parents and
 
 constexpr char kCheckHelp[] = R"(
 Lists the faults that the reader ignores, as FILE:LINE:COLUMN: GRADE: TEXT. An error is something that is lost, replaced
-or never exported. The exit code is 1 if there are errors.
+or never exported, or that XML forbids. A note is something that the export file has no place for. The exit code is 1 if
+there are errors.
+JSON: {"file", "errors", "warnings", "notes", "more", "findings": [{"line", "column", "grade", "text"}]}.
 
   kestrova machine check --type Mill Trunnion500
 )";
@@ -44,24 +70,78 @@ struct Options {
   std::string type;
   std::string name;
   bool json = false;
+};
 
-  // The folder of the machines as a product path with a backslash at the end.
-  CString Folder() const {
-    CString folder(ProductPathFromSystem(machines).c_str());
-    if (folder.IsEmpty() || folder[folder.GetLength() - 1] != _T('\\')) folder += _T('\\');
-    return folder;
+std::string SystemPath(const CString& path) { return SystemPathFromProduct(path); }
+
+CString WithBackslash(CString folder) {
+  if (folder.IsEmpty() || folder[folder.GetLength() - 1] != _T('\\')) folder += _T('\\');
+  return folder;
+}
+
+// The folder of the machines as a product path with a backslash at the end.
+CString FolderOf(const Options& options) {
+  CString folder(ProductPathFromSystem(options.machines).c_str());
+  if (options.machines.empty()) {
+    StartMainModule();
+    folder = AppEnv()->GetDefaultSimulationMachineFolderPath();
   }
+  if (folder.IsEmpty()) throw Failure("the environment has no folder of machines; name one with --machines");
+  folder = WithBackslash(folder);
+  const DWORD attributes = GetFileAttributesW(folder);
+  if (attributes == INVALID_FILE_ATTRIBUTES)
+    throw Failure(
+        fmt::format("cannot read the folder of machines {}: {}", SystemPath(folder), ErrorText(GetLastError())));
+  if (!(attributes & FILE_ATTRIBUTE_DIRECTORY))
+    throw Failure(fmt::format("{} is no folder; --machines needs the folder of the machines", SystemPath(folder)));
+  return folder;
+}
+
+// ---- one machine
+
+void CheckName(const std::string& name) {
+  if (name.empty() || name.find_first_of("/\\") != std::string::npos || name == "." || name == "..")
+    throw WrongUsage("NAME \"" + name + "\" is not the name of a machine's folder");
+}
+
+[[noreturn]] void RefuseUnknown(const Options& options, const CString& folder) {
+  std::vector<std::string> names;
+  for (const MachineEntry& machine : MachinesIn(folder)) names.push_back(machine.name);
+  const std::string kind = options.type.empty() ? "machine" : options.type + " machine";
+  throw NotFound(fmt::format("there is no {} {} in {}{}", kind, options.name, SystemPath(folder),
+                             NearestOr(names, options.name, "kestrova machine list shows them")));
+}
+
+// The machine that the options name.
+struct Chosen {
+  CString folder;  // of all machines
+  std::string type;
+  std::string name;
+
+  CString Definition() const { return DefinitionPath(folder, type, name); }
   VM_MACHINE_TYPE Type() const {
     VM_MACHINE_TYPE value = VM_MACHINE_MILL;
     ReadText(type, value);
     return value;
   }
-  CString Definition() const {
-    return Folder() + FromUtf8(type) + _T("\\") + FromUtf8(name) + _T("\\") + KVVMMachine::kDefinitionFile;
-  }
 };
 
-std::string SystemPath(const CString& path) { return SystemPathFromProduct(path); }
+Chosen Choose(const Options& options) {
+  CheckName(options.name);
+  const CString folder = FolderOf(options);
+  std::vector<std::string> types;
+  for (const std::string& type : MachineTypes()) {
+    if (!options.type.empty() && type != options.type) continue;
+    if (_waccess(DefinitionPath(folder, type, options.name), 0) == 0) types.push_back(type);
+  }
+  if (types.size() > 1)
+    throw WrongUsage(
+        fmt::format("{} machines are named {}; choose one with --type", fmt::join(types, " and "), options.name));
+  if (types.empty()) RefuseUnknown(options, folder);
+  return {folder, types.front(), options.name};
+}
+
+// ---- loading
 
 // Application settings in memory, for a process without application settings.
 QFSettingsKey* RunSettings() {
@@ -82,122 +162,178 @@ void SetMachinePath(const CString& folder) {
 }
 
 // "FILE:LINE:COLUMN (byte N): REASON" or "cannot read FILE: REASON".
-std::string ReadingFailure(const CString& file, const KVXMLFailure& failure) {
+Failure ReadingFailure(const CString& file, const KVXMLFailure& failure) {
   const std::string path = SystemPath(file);
-  switch (failure.kind) {
-    case KVXMLFailure::Kind::kMalformed:
-      return fmt::format("{}:{}:{} (byte {}): {}", path, failure.place.line, failure.place.column, failure.byte,
-                         failure.reason);
-    case KVXMLFailure::Kind::kMissing:
-      return fmt::format("there is no machine definition {}; see --machines, --type and NAME", path);
-    default: return fmt::format("cannot read {}: {}", path, failure.reason);
-  }
+  const FilePlace place{path, failure.place.line, failure.place.column};
+  if (failure.kind != KVXMLFailure::Kind::kMalformed)
+    return Failure(fmt::format("cannot read {}: {}", path, failure.reason), place);
+  return Failure(fmt::format("{}:{}:{} (byte {}): {}", path, place.line, place.column, failure.byte, failure.reason),
+                 place);
 }
 
-void CheckName(const Options& options) {
-  if (options.name.empty() || options.name.find_first_of("/\\") != std::string::npos || options.name == "." ||
-      options.name == "..") {
-    throw WrongUsage("NAME \"" + options.name + "\" is not the name of a machine's folder");
-  }
-}
-
-void Load(const Options& options, KVVMMachine& machine) {
-  CheckName(options);
-  SetMachinePath(options.Folder());
-  CString name = FromUtf8(options.name);
-  if (machine.LoadMachine(options.Type(), name)) return;
+void Load(const Chosen& chosen, KVVMMachine& machine) {
+  SetMachinePath(chosen.folder);
+  CString name = ProductName(chosen.name);
+  if (machine.LoadMachine(chosen.Type(), name)) return;
   const MachineLoadFailure& failure = machine.GetLoadFailure();
-  if (failure.kind == MachineLoadFailure::Kind::kDefinition) throw Failure(ReadingFailure(failure.file, failure.xml));
+  if (failure.kind == MachineLoadFailure::Kind::kDefinition) throw ReadingFailure(failure.file, failure.xml);
   throw Failure("the machine could not be loaded: no application settings");
 }
 
+// ---- the commands
+
+void List(const Options& options) {
+  const CString folder = FolderOf(options);
+  const std::vector<MachineEntry> machines = MachinesIn(folder, options.type);
+  if (options.json) {
+    Json rows = Json::array();
+    for (const MachineEntry& machine : machines)
+      rows.push_back({{"type", machine.type}, {"name", machine.name}, {"file", SystemPath(machine.definition)}});
+    return PrintJson({{"folder", SystemPath(folder)}, {"machines", rows}});
+  }
+  if (machines.empty()) Print("no machines in {}\n", SystemPath(folder));
+  for (const MachineEntry& machine : machines) Print("{:<9}{}\n", machine.type, machine.name);
+}
+
 void Export(const Options& options) {
+  const Chosen chosen = Choose(options);
   KVVMMachine machine;
-  Load(options, machine);
+  Load(chosen, machine);
+  const std::string definition = SystemPath(chosen.Definition());
+  if (const std::string forged = FindForgedLine(machine); !forged.empty()) {
+    throw Failure(
+        fmt::format("nothing was exported: {} of {}; kestrova machine check shows its place", forged, definition),
+        {.file = definition});
+  }
   machine.ExportData();
   const MachineExportFailure& failure = machine.GetExportFailure();
-  const std::string definition = SystemPath(options.Definition());
   switch (failure.kind) {
     case MachineExportFailure::Kind::kNone: break;
     case MachineExportFailure::Kind::kNoChannels:
-      throw Failure(fmt::format("nothing to export: {} declares 0 channels (NUM of CHANNELS)", definition));
+      throw Failure(fmt::format("nothing to export: {} declares 0 channels (NUM of CHANNELS)", definition),
+                    {.file = definition});
     case MachineExportFailure::Kind::kNoShapes:
-      throw Failure(fmt::format("nothing to export: {} declares 0 shapes (NUM of SHAPES)", definition));
-    case MachineExportFailure::Kind::kNotWritten: throw Failure(failure.reason);
+      throw Failure(fmt::format("nothing to export: {} declares 0 shapes (NUM of SHAPES)", definition),
+                    {.file = definition});
+    case MachineExportFailure::Kind::kNotWritten: throw Failure(failure.reason, {.file = SystemPath(failure.file)});
   }
-  fmt::print("{}\n{}\n", SystemPath(failure.file), MachineSummary(machine));
+  if (!options.json) return Print("{}\n{}\n", SystemPath(failure.file), MachineSummary(machine));
+  const MachineCounts counts = CountsOf(machine);
+  PrintJson({{"file", SystemPath(failure.file)},
+             {"counts",
+              {{"channels", counts.channels},
+               {"stations", counts.stations},
+               {"fixtures", counts.fixtures},
+               {"shapes", counts.shapes},
+               {"shapeLists", counts.shapeLists}}}});
 }
 
 void Show(const Options& options) {
   KVVMMachine machine;
-  Load(options, machine);
-  fmt::print("{}", options.json ? MachineJson(machine).dump(2) + "\n" : MachineTree(machine));
+  Load(Choose(options), machine);
+  options.json ? PrintJson(MachineJson(machine)) : PrintLines(MachineTree(machine));
 }
 
-std::string FindingsText(const std::string& file, const MachineCheckResult& result) {
-  std::string text;
-  for (const MachineFinding& finding : result.findings) {
-    text += fmt::format("{}:{}:{}: {}: {}\n", file, finding.place.line, finding.place.column, TextOf(finding.grade),
-                        finding.text);
-  }
-  if (result.findings.empty()) return fmt::format("{}: nothing found\n", file);
-  return text + fmt::format("{} errors, {} warnings, {} notes{}\n", result.Count(MachineFindingGrade::kError),
-                            result.Count(MachineFindingGrade::kWarning), result.Count(MachineFindingGrade::kNote),
-                            result.more ? ", and more" : "");
+// A definition that is not well-formed has one finding.
+MachineCheckResult CheckOf(const CString& definition) {
+  MachineCheckResult result = CheckMachineFile(definition);
+  if (result.failure.kind == KVXMLFailure::Kind::kNone) return result;
+  if (result.failure.kind != KVXMLFailure::Kind::kMalformed) throw ReadingFailure(definition, result.failure);
+  result.findings.push_back({MachineFindingGrade::kError, result.failure.place,
+                             fmt::format("{} (byte {}); nothing is read", result.failure.reason, result.failure.byte)});
+  return result;
 }
 
-std::string FindingsJson(const std::string& file, const MachineCheckResult& result) {
-  nlohmann::ordered_json findings = nlohmann::ordered_json::array();
+void PrintFindings(const std::string& file, const MachineCheckResult& result) {
+  for (const MachineFinding& finding : result.findings)
+    Print("{}:{}:{}: {}: {}\n", file, finding.place.line, finding.place.column, TextOf(finding.grade), finding.text);
+  if (result.findings.empty()) return Print("{}: nothing found\n", file);
+  Print("{}, {}, {}{}\n", Counted(result.Count(MachineFindingGrade::kError), "error"),
+        Counted(result.Count(MachineFindingGrade::kWarning), "warning"),
+        Counted(result.Count(MachineFindingGrade::kNote), "note"), result.more ? ", and more" : "");
+}
+
+Json FindingsJson(const std::string& file, const MachineCheckResult& result) {
+  Json findings = Json::array();
   for (const MachineFinding& finding : result.findings) {
     findings.push_back({{"line", finding.place.line},
                         {"column", finding.place.column},
                         {"grade", TextOf(finding.grade)},
                         {"text", finding.text}});
   }
-  const nlohmann::ordered_json all = {{"file", file},
-                                      {"errors", result.Count(MachineFindingGrade::kError)},
-                                      {"warnings", result.Count(MachineFindingGrade::kWarning)},
-                                      {"notes", result.Count(MachineFindingGrade::kNote)},
-                                      {"more", result.more},
-                                      {"findings", findings}};
-  return all.dump(2) + "\n";
+  return {{"file", file},
+          {"errors", result.Count(MachineFindingGrade::kError)},
+          {"warnings", result.Count(MachineFindingGrade::kWarning)},
+          {"notes", result.Count(MachineFindingGrade::kNote)},
+          {"more", result.more},
+          {"findings", findings}};
 }
 
 void Check(const Options& options) {
-  CheckName(options);
-  const CString definition = options.Definition();
-  const MachineCheckResult result = CheckMachineFile(definition);
-  if (result.failure.kind != KVXMLFailure::Kind::kNone) throw Failure(ReadingFailure(definition, result.failure));
+  const CString definition = Choose(options).Definition();
+  const MachineCheckResult result = CheckOf(definition);
   const std::string file = SystemPath(definition);
-  fmt::print("{}", options.json ? FindingsJson(file, result) : FindingsText(file, result));
+  options.json ? PrintJson(FindingsJson(file, result)) : PrintFindings(file, result);
   if (result.Count(MachineFindingGrade::kError) > 0) throw FoundErrors();
 }
 
-CLI::App* AddCommand(CLI::App& group, const char* name, const char* what, const char* help, Options& options,
-                     void (*run)(const Options&)) {
-  CLI::App* command = group.add_subcommand(name, what);
-  command->footer(help);
-  command->add_option("--machines", options.machines, "The folder with the folders Mill, Turn and MillTurn")
-      ->type_name("DIR")
-      ->required();
-  command->add_option("--type", options.type, "The kind of machine")
-      ->check(CLI::IsMember({"Mill", "Turn", "MillTurn"}))
-      ->required();
-  command->add_option("NAME", options.name, "The machine's name, which is its folder's name")->required();
-  command->callback([&options, run] { run(options); });
-  return command;
-}
+struct Verb {
+  const char* name;
+  const char* summary;
+  const char* help;
+  bool named;  // needs the name of a machine
+  void (*run)(const Options&);
+};
+
+constexpr Verb kVerbs[] = {
+    {"list", "List the machines", kListHelp, /*named=*/false, List},
+    {"export", "Write the text file for the simulator", kExportHelp, /*named=*/true, Export},
+    {"show", "Show a machine as a tree", kShowHelp, /*named=*/true, Show},
+    {"check", "Find faults in a definition", kCheckHelp, /*named=*/true, Check},
+};
 
 }  // namespace
 
 void AddMachineCommands(CLI::App& group) {
   static Options options;
   group.require_subcommand(1);
-  AddCommand(group, "export", "Write the text file for the simulator", kExportHelp, options, Export);
-  CLI::App* show = AddCommand(group, "show", "Show a machine as a tree", kShowHelp, options, Show);
-  show->add_flag("--json", options.json, "As JSON");
-  CLI::App* check = AddCommand(group, "check", "Find faults in a definition", kCheckHelp, options, Check);
-  check->add_flag("--json", options.json, "As JSON");
+  group.footer(kGroupHelp);
+  for (const Verb& verb : kVerbs) {
+    CLI::App* command = group.add_subcommand(verb.name, verb.summary);
+    command->footer(verb.help);
+    command->add_option("--machines", options.machines, "The folder with the folders Mill, Turn and MillTurn")
+        ->type_name("DIR");
+    command->add_option("--type", options.type, "The kind of machine")->check(CLI::IsMember(MachineTypes()));
+    if (verb.named) command->add_option("NAME", options.name, "The name of the machine's folder")->required();
+    command->add_flag("--json", options.json, "As JSON");
+    command->callback([&verb] { verb.run(options); });
+  }
+}
+
+std::vector<std::string> MachineCandidates(const std::vector<std::string>& words) {
+  const auto isNamed = [&](const Verb& verb) { return verb.named && words.front() == verb.name; };
+  if (words.size() < 2 || std::ranges::none_of(kVerbs, isNamed) || words.back().starts_with('-')) return {};
+  Options options;
+  for (std::size_t at = 1; at + 1 < words.size(); ++at) {
+    if (words[at] == "--json") continue;
+    std::string* value = words[at] == "--machines" ? &options.machines
+                         : words[at] == "--type"   ? &options.type
+                                                   : nullptr;
+    if (!value || ++at + 1 >= words.size()) return {};  // there is a name already, or the value is being typed
+    *value = words[at];
+  }
+  // A start of the environment writes into the registry, which a completion must not.
+  CString folder(ProductPathFromSystem(options.machines).c_str());
+  for (HKEY hive : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) {
+    if (folder.IsEmpty()) folder = GetRegSettingStringValue(hive, kVersionKey, kMachinePathSetting);
+  }
+  std::vector<std::string> names;
+  if (folder.IsEmpty()) return names;
+  for (MachineEntry& machine : MachinesIn(WithBackslash(folder), options.type)) {
+    if (machine.name.find(' ') == std::string::npos)
+      names.push_back(std::move(machine.name));  // the shell would split it
+  }
+  return names;
 }
 
 }  // namespace kestrova

@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 #include <vector>
 
+#include "host/shell/output.h"
 #include "share/machine/machine.h"
 
 namespace kestrova {
@@ -82,7 +83,9 @@ class Tree {
   template <class... Values>
   void Line(int depth, fmt::format_string<Values...> format, Values&&... values) {
     out_.append(std::size_t(std::min(depth, kDeepestIndent)) * 2, ' ');
+    const std::size_t begin = out_.size();
     fmt::format_to(std::back_inserter(out_), format, std::forward<Values>(values)...);
+    MakeHarmless(out_, begin);
     out_ += '\n';
   }
 
@@ -99,7 +102,7 @@ class Tree {
     std::string line =
         fmt::format("{} {}, gauge {}", TextOf(channel.GetToolTarget()), channel.GetTurretNum(), VectorText(gauge));
     if (channel.GetToolTarget() == MD_TURRET) {
-      line += fmt::format(", {} stations about {}, diameter {:g}", channel.GetNumStations(),
+      line += fmt::format(", {} about {}, diameter {:g}", Counted(channel.GetNumStations(), "station"),
                           TextOf(channel.GetTurretDirType()), channel.GetTurretDiam());
     }
     line += AxesText(channel.Get4thAxisToolDirType(), channel.Get5thAxisToolDirType());
@@ -273,20 +276,27 @@ Json MachineJson(KVVMMachine& machine) {
           {"shapeLists", lists}};
 }
 
-std::string MachineSummary(KVVMMachine& machine) {
-  const auto channels = ObjectsOf<CQVMChannel>(machine.GetChannels());
-  LONGLONG stations = 0;
-  int fixtures = 0;
-  for (const auto* channel : channels) {
-    if (channel->GetToolTarget() == MD_TURRET) stations += channel->GetNumStations();
-    for (int i = 0; i < CQVMChannel::kFixtures; ++i) fixtures += channel->GetFixtureStatus(i) != 0;
+MachineCounts CountsOf(KVVMMachine& machine) {
+  MachineCounts counts;
+  for (const auto* channel : ObjectsOf<CQVMChannel>(machine.GetChannels())) {
+    ++counts.channels;
+    if (channel->GetToolTarget() == MD_TURRET) counts.stations += channel->GetNumStations();
+    for (int i = 0; i < CQVMChannel::kFixtures; ++i) counts.fixtures += channel->GetFixtureStatus(i) != 0;
   }
-  const auto counted = [](auto count, const char* what) {
-    return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
-  };
-  return fmt::format("{}, {}, {}, {}, {}", counted(channels.size(), "channel"), counted(stations, "station"),
-                     counted(fixtures, "fixture"), counted(machine.GetShapes().GetCount(), "shape"),
-                     counted(ListsOf(machine).size(), "shape list"));
+  counts.shapes = machine.GetShapes().GetCount();
+  counts.shapeLists = static_cast<long long>(ListsOf(machine).size());
+  return counts;
+}
+
+std::string Counted(long long count, const char* what) {
+  return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
+}
+
+std::string MachineSummary(KVVMMachine& machine) {
+  const MachineCounts counts = CountsOf(machine);
+  return fmt::format("{}, {}, {}, {}, {}", Counted(counts.channels, "channel"), Counted(counts.stations, "station"),
+                     Counted(counts.fixtures, "fixture"), Counted(counts.shapes, "shape"),
+                     Counted(counts.shapeLists, "shape list"));
 }
 
 }  // namespace kestrova

@@ -12,7 +12,18 @@ namespace kestrova {
 std::string MachineTree(KVVMMachine& machine);
 nlohmann::ordered_json MachineJson(KVVMMachine& machine);
 
+struct MachineCounts {
+  long long channels = 0;
+  long long stations = 0;  // of all turrets, as declared
+  long long fixtures = 0;
+  long long shapes = 0;
+  long long shapeLists = 0;
+};
+MachineCounts CountsOf(KVVMMachine& machine);
+
 // "1 channel, 2 stations, 0 fixtures, 3 shapes, 1 shape list".
 std::string MachineSummary(KVVMMachine& machine);
+// "1 error", "2 errors".
+std::string Counted(long long count, const char* what);
 
 }  // namespace kestrova

@@ -2,12 +2,17 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "share/machine/internal/machine_numbers.h"
 
 namespace kvmachine {
 namespace {
 
 constexpr std::size_t kMostQuoted = 60;
+
+// Control characters, and the separators of lines and paragraphs.
+bool IsControl(TCHAR unit) { return unit < 0x20 || (unit >= 0x7F && unit < 0xA0) || unit == 0x2028 || unit == 0x2029; }
 
 // Checks one value; there is one call operator for each kind of attribute.
 struct ValueCheck {
@@ -108,11 +113,14 @@ std::string Quoted(std::string_view value) {
     while (end > 0 && (BYTE(value[end]) & 0xC0) == 0x80) --end;
     value = value.substr(0, end);
   }
-  std::string text = ToUtf8(FromUtf8(value));
-  for (char& c : text) {
-    if (BYTE(c) < 0x20 || c == 0x7F) c = ' ';
-  }
-  return '"' + text + (cut ? "..." : "") + '"';
+  Text text(FromUtf8(value).View());
+  std::ranges::replace_if(text, IsControl, _T(' '));
+  return '"' + ToUtf8(TextView(text)) + (cut ? "..." : "") + '"';
+}
+
+std::string ControlIn(TextView text) {
+  const auto found = std::ranges::find_if(text, IsControl);
+  return found == text.end() ? std::string() : fmt::format("U+{:04X}", unsigned(*found));
 }
 
 void CheckValue(const Attribute& row, std::string_view value, KVXMLPlace place, Findings& findings) {

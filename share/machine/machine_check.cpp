@@ -13,6 +13,7 @@
 #include "share/machine/internal/check_findings.h"
 #include "share/machine/internal/machine_grammar.h"
 #include "share/machine/internal/machine_numbers.h"
+#include "share/machine/machine.h"
 #include "share/machine/shape_table.h"
 
 namespace {
@@ -453,6 +454,29 @@ const char* TextOf(MachineFindingGrade grade) {
     case MachineFindingGrade::kError: break;
   }
   return "error";
+}
+
+std::string FindForgedLine(const KVVMMachine& machine) {
+  const auto findingOf = [](const char* what, int number, const char* attribute, const CString& text) {
+    const std::string control = ControlIn(text.View());
+    return control.empty()
+               ? std::string()
+               : fmt::format("{} of {} {} contains the control character {}", attribute, what, number, control);
+  };
+  for (POSITION at = machine.GetChannels().GetHeadPosition(); at;) {
+    const auto& channel = static_cast<const CQVMChannel&>(*machine.GetChannels().GetNext(at));
+    if (std::string found = findingOf("channel", channel.GetChannelNum(), "NAME", channel.GetName()); !found.empty())
+      return found;
+  }
+  for (POSITION at = machine.GetShapes().GetHeadPosition(); at;) {
+    const auto& shape = static_cast<const CQVMShape&>(*machine.GetShapes().GetNext(at));
+    const std::pair<const char*, const CString&> texts[] = {
+        {"NAME", shape.GetName()}, {"PARENT", shape.GetParentName()}, {"PATH", shape.m_strPath}};
+    for (const auto& [attribute, text] : texts) {
+      if (std::string found = findingOf("shape", shape.GetID(), attribute, text); !found.empty()) return found;
+    }
+  }
+  return {};
 }
 
 MachineCheckResult CheckMachineFile(const CString& definitionFile) {

@@ -12,6 +12,8 @@
 #include "companions/xml/xml_document.h"
 #include "framework/text.h"
 
+class KVVMMachine;
+
 enum class MachineFindingGrade {
   kNote,     // the machine is read as written
   kWarning,  // read, but maybe not as intended: a skipped name, a corrected number
@@ -37,6 +39,10 @@ inline constexpr std::size_t kMachineMostFindings = 10000;
 
 // The word for a grade: "note", "warning" or "error".
 KVSHARE_API const char* TextOf(MachineFindingGrade grade);
+
+// The first text of a loaded machine that would break a line of its export, because it contains a control character
+// such as a line end; empty without one. For the user: "NAME of shape 3 contains the control character U+000A".
+KVSHARE_API std::string FindForgedLine(const KVVMMachine& machine);
 
 // Checks a definition file; the path is in the product's form. Geometry files are searched in the folder of the file.
 KVSHARE_API MachineCheckResult CheckMachineFile(const CString& definitionFile);

@@ -42,7 +42,7 @@ TEST(Commands, RefuseWrongUsage) {
       {"ini get a.ini A", nullptr},
       {"job run none.kvdoc --command dance", nullptr},
       {"machine", nullptr},
-      {"machine export --type Mill VMC", nullptr},
+      {"machine export --type Mill", nullptr},
       {"machine export --machines . --type Mill ../VMC", "NAME \"../VMC\" is not the name of a machine's folder"},
       {"machine show --machines . --type mill VMC", nullptr},
       {"reg", "a command is missing; kestrova reg --help lists the commands"},
@@ -98,7 +98,7 @@ TEST(Completion, OffersCommandsOptionsAndChoices) {
     std::string last;
     std::string candidates;
   } rows[] = {
-      {"machine", "", "check\nexport\nshow\n"},
+      {"machine", "", "check\nexport\nlist\nshow\n"},
       {"machine export", "--ma", "--machines\n"},
       {"machine export --type", "", "Mill\nMillTurn\nTurn\n"},
       {"machine export --machines", "", ""},  // the shell offers files

@@ -1,4 +1,5 @@
 // kestrova machine, as a user runs it.
+#include "tests/host/json_schema.h"
 #include "tests/host/run_command.h"
 
 namespace {
@@ -6,8 +7,8 @@ namespace {
 using namespace kvtest;
 
 constexpr char kGood[] =
-    "<R><CHANNELS NUM='1'><CHANNEL ID='1' NAME='Main'><TARGET TYPE='Head'/></CHANNEL></CHANNELS>\n"
-    "<SHAPES NUM='1'><SHAPE NAME='Bed' ID='3' PATH='bed.stl'/></SHAPES></R>";
+    "<KESTROVAAPT><CHANNELS NUM='1'><CHANNEL ID='1' NAME='Main'><TARGET TYPE='Head'/></CHANNEL></CHANNELS>\n"
+    "<SHAPES NUM='1'><SHAPE NAME='Bed' ID='3' PATH='bed.stl'/></SHAPES></KESTROVAAPT>";
 
 // A folder of machines with one mill, VMC.
 class MachineCommand : public CommandTest {
@@ -26,11 +27,16 @@ TEST_F(MachineCommand, ExportsBesideTheDefinition) {
   EXPECT_EQ(Out(Words("export")), txt_ + "\n1 channel, 0 stations, 0 fixtures, 1 shape, 0 shape lists\n");
   const std::string text = ReadFile(txt_);
   EXPECT_TRUE(text.starts_with("CHANNELS=1\nCHANNEL Main ID=1 TARGET=Head \nSHAPE NAME=Bed ID=3 ")) << text;
+  EXPECT_EQ(Json(Words("export")), nlohmann::json::parse(R"({"file": ")" + txt_ + R"(", "counts": {"channels": 1,
+      "stations": 0, "fixtures": 0, "shapes": 1, "shapeLists": 0}})"));
 }
 
 TEST_F(MachineCommand, ExplainsFailuresInOneLineAndKeepsTheOlderExport) {
   const std::pair<const char*, std::string> rows[] = {
       {"<R>\n <A></R>", xml_ + ":2:7 (byte 10): start-end tags mismatch"},
+      {"<R><CHANNELS NUM='1'><CHANNEL/></CHANNELS><SHAPES NUM='1'><SHAPE NAME='a&#10;b'/></SHAPES></R>",
+       "nothing was exported: NAME of shape 0 contains the control character U+000A of " + xml_ +
+           "; kestrova machine check shows its place"},
       {"<R/>", "nothing to export: " + xml_ + " declares 0 channels (NUM of CHANNELS)"},
       {"<R><CHANNELS NUM='1'><CHANNEL/></CHANNELS></R>",
        "nothing to export: " + xml_ + " declares 0 shapes (NUM of SHAPES)"},
@@ -41,9 +47,43 @@ TEST_F(MachineCommand, ExplainsFailuresInOneLineAndKeepsTheOlderExport) {
     EXPECT_EQ(Run(Words("export")), Refused(reason)) << definition;
     EXPECT_EQ(ReadFile(txt_), "older");
   }
-  EXPECT_EQ(Run(Words("show", "Nobody")),
-            Refused("there is no machine definition " + File("Mill/Nobody/KestrovaAPT.xml") +
-                    "; see --machines, --type and NAME"));
+  EXPECT_EQ(Run({"show", "--machines", File("none"), "VMC"}),
+            Refused("cannot read the folder of machines " + File("none/") + ": no such file"));
+}
+
+TEST_F(MachineCommand, FindsMachinesByName) {
+  Write(kGood);
+  folder_.Write("MillTurn/TwinTurret/KestrovaAPT.xml", kGood);
+  const std::string machines = folder_.Path().string();
+  EXPECT_EQ(Out({"list", "--machines", machines}), "Mill     VMC\nMillTurn TwinTurret\n");
+  EXPECT_EQ(Json({"list", "--machines", machines, "--type", "Mill"})["machines"],
+            nlohmann::json::parse(R"([{"type": "Mill", "name": "VMC", "file": ")" + xml_ + "\"}]"));
+  EXPECT_EQ(Run({"show", "--machines", machines, "TwinTuret"}),
+            Refused("there is no machine TwinTuret in " + machines + "/; the nearest: TwinTurret", 1));
+  EXPECT_TRUE(Out({"show", "--machines", machines, "TwinTurret"}).starts_with("TwinTurret (MillTurn), 1 channel"));
+  EXPECT_EQ(RunCommand({"complete-words", "machine", "check", "--machines", machines, ""}),
+            Prints("TwinTurret\nVMC\n"));
+  folder_.Write("MillTurn/VMC/KestrovaAPT.xml", kGood);
+  EXPECT_EQ(Run({"show", "--machines", machines, "VMC"}),
+            Refused("Mill and MillTurn machines are named VMC; choose one with --type", 2));
+  folder_.Write("Turn/b\xFF/KestrovaAPT.xml", kGood);
+  EXPECT_EQ(Json({"export", "--machines", machines, "b\xFF"})["counts"]["shapes"], 1);
+}
+
+TEST_F(MachineCommand, AnswersByTheSchemas) {
+  Write(kGood);
+  const std::string machines = folder_.Path().string();
+  for (const char* command : {"list", "export", "show", "check"}) {
+    std::vector<std::string> words = {command, "--machines", machines, "--json"};
+    if (words.front() != "list") words.emplace_back("VMC");
+    EXPECT_EQ(SchemaFault(std::string("machine-") + command, Run(words).out), "") << command;
+  }
+}
+
+TEST_F(MachineCommand, LooksInTheFolderOfTheEnvironment) {
+  Write(kGood);
+  EXPECT_EQ(RunCommand({"settings", "set", "SimulationMachinePath", folder_.Path().string()}).exit_code, 0);
+  EXPECT_EQ(Out({"list"}), "Mill     VMC\n");
 }
 
 TEST_F(MachineCommand, ShowsATree) {
@@ -56,7 +96,7 @@ TEST_F(MachineCommand, ShowsATree) {
   EXPECT_EQ(Out(Words("show")),
             "VMC (Mill), 1 channel, 1 station, 1 fixture, 4 shapes, 1 shape list\n"
             "  channel 1 Main\n"
-            "    Turret 1, gauge 2 0 0, 1 stations about +Z, diameter 0\n"
+            "    Turret 1, gauge 2 0 0, 1 station about +Z, diameter 0\n"
             "      station 1 Drill: at 1 2 3, X 1 0 0, Z 0 0 1\n"
             "    fixture 1, offset 4 0 0\n"
             "  shapes\n"
@@ -76,14 +116,21 @@ TEST_F(MachineCommand, ChecksAndFailsOnErrorsOnly) {
   folder_.Write("Mill/VMC/bed.stl", "solid");
   Write(kGood);
   EXPECT_EQ(Out(Words("check")), xml_ + ": nothing found\n");
-  Write("<R><more/></R>");
+  Write("<more/>" + std::string(kGood));
+  const RunResult malformed = {1,
+                               xml_ +
+                                   ":1:9: error: a second root element follows the first (byte 8); nothing is read\n1 "
+                                   "error, 0 warnings, 0 notes\n",
+                               ""};
+  EXPECT_EQ(Run(Words("check")), malformed);
+  std::vector<std::string> words = Words("check");
+  words.emplace_back("--json");
+  const RunResult json = Run(words);
+  EXPECT_EQ(json.exit_code, 1) << json;
+  EXPECT_EQ(nlohmann::json::parse(json.out)["findings"][0]["column"], 9) << json;
+  Write(std::string(kGood).insert(std::string(kGood).find("<SHAPES"), "<more/>"));
   EXPECT_EQ(Out(Words("check")),
-            xml_ + ":1:5: warning: element \"more\" is not known here and is skipped\n0 errors, 1 warnings, 0 notes\n");
-  Write("<R><SHAPES NUM='0'/><CHANNELS/></R>");
-  const RunResult result = Run(Words("check"));
-  EXPECT_EQ(result.exit_code, 1) << result;
-  EXPECT_EQ(result.err, "");
-  EXPECT_TRUE(result.out.starts_with(xml_ + ":1:22: error: without NUM")) << result;
+            xml_ + ":2:2: warning: element \"more\" is not known here and is skipped\n0 errors, 1 warning, 0 notes\n");
 }
 
 }  // namespace

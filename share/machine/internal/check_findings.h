@@ -26,6 +26,9 @@ class Findings {
 // A value for a finding: in quotes, shortened if it is long, without control characters, valid UTF-8.
 std::string Quoted(std::string_view value);
 
+// The first control character of the text or separator of lines or paragraphs, as "U+000A"; empty without one.
+std::string ControlIn(TextView text);
+
 // Checks a value by the kind of the attribute's row and adds the findings.
 void CheckValue(const Attribute& row, std::string_view value, KVXMLPlace place, Findings& findings);
 
