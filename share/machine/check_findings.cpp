@@ -18,6 +18,7 @@ bool IsControl(TCHAR unit) { return unit < 0x20 || (unit >= 0x7F && unit < 0xA0)
 struct ValueCheck {
   std::string_view name;
   std::string_view value;
+  bool exported;
   KVXMLPlace place;
   Findings& findings;
 
@@ -56,7 +57,14 @@ struct ValueCheck {
   }
 
   void operator()(Set<TextVersion>) const {}
-  void operator()(Set<std::string_view>) const {}
+  void operator()(Set<std::string_view>) const {
+    if (const std::string control = ControlIn(FromUtf8(value).View()); !control.empty()) {
+      findings.Error(place, fmt::format("{} contains the control character {}{}", Head(), control,
+                                        exported ? ", which breaks the export's lines" : ""));
+    } else if (exported && name != "PATH" && value.find('=') != std::string_view::npos) {  // a path has its own line
+      findings.Warn(place, fmt::format("{} contains =, which reads like a key in the export", Head()));
+    }
+  }
   void operator()(Set<IdList>) const {}  // machine_check.cpp checks shape lists
   void operator()(Set<int>) const {
     NumberNotes notes;
@@ -123,8 +131,8 @@ std::string ControlIn(TextView text) {
   return found == text.end() ? std::string() : fmt::format("U+{:04X}", unsigned(*found));
 }
 
-void CheckValue(const Attribute& row, std::string_view value, KVXMLPlace place, Findings& findings) {
-  std::visit(ValueCheck{row.name, value, place, findings}, row.set);
+void CheckValue(const Attribute& row, std::string_view value, bool exported, KVXMLPlace place, Findings& findings) {
+  std::visit(ValueCheck{row.name, value, exported, place, findings}, row.set);
 }
 
 }  // namespace kvmachine

@@ -20,6 +20,23 @@ namespace {
 
 using namespace kvmachine;
 
+// Whether a path below a folder leads out of it.
+bool LeavesFolder(std::string_view path) {
+  if (path.starts_with('/') || path.starts_with('\\') || (path.size() > 1 && path[1] == ':')) return true;
+  int depth = 0;
+  while (!path.empty() && depth >= 0) {
+    const std::size_t end = std::min(path.find_first_of("/\\"), path.size());
+    const std::string_view part = path.substr(0, end);
+    if (part == "..") {
+      --depth;
+    } else if (!part.empty() && part != ".") {
+      ++depth;
+    }
+    path.remove_prefix(std::min(end + 1, path.size()));
+  }
+  return depth < 0;
+}
+
 // Walks a definition with the reader's table. It stores what is needed to check later elements against earlier ones.
 class Checker {
  public:
@@ -27,15 +44,21 @@ class Checker {
       : document_(document), folder_(folder), findings_(result) {}
 
   void Run(KVXMLElement root) {
+    CheckRootName(root);
     Walk(RootElement(), root);
+    CheckDeclared(declaredChannels_, "CHANNELS", document_.PlaceOf(root));
+    CheckDeclared(declaredShapes_, "SHAPES", document_.PlaceOf(root));
     CheckChannels();
     CheckShapes();
+    CheckParents();
     CheckLists();
+    NoteWhatIsNotExported();
   }
 
  private:
   struct Declared {
-    bool given = false;
+    bool seen = false;   // there is an element
+    bool given = false;  // it has a NUM
     int count = 0;
     KVXMLPlace place;
   };
@@ -44,15 +67,32 @@ class Checker {
     KVXMLPlace place;
     int toolTargets = 0;
     int stations = 0;
-    bool turret = false;
+    MDTurretType target = MD_TURRET_NONE;
     std::set<int> positions;
     bool fixture[CQVMChannel::kFixtures] = {};
     KVXMLPlace fixturePlace[CQVMChannel::kFixtures];
   };
-  struct ListedId {
-    int id;
+  // A shape with a parent.
+  struct Child {
+    std::string_view name;
+    KVXMLAttribute parent;
+  };
+  // The IDs of a LIST, in listedIds_ from first to the first of the next list.
+  struct List {
+    KVXMLPlace place;
+    std::size_t first;
+  };
+  struct NotExported {
+    KVXMLPlace place;  // of the first one
+    int count = 0;
+  };
+  // One value of MIN, MAX or HOME.
+  struct Limit {
+    bool given = false;
+    double value = 0;
     KVXMLPlace place;
   };
+  static constexpr std::size_t kNoChild = std::size_t(-1);
   using Slot = std::tuple<int, int, int, int>;  // row, axis, target, fixture index
 
   // ---- the walk
@@ -72,6 +112,15 @@ class Checker {
     Leave(rule);
   }
 
+  // The reader accepts any name.
+  void CheckRootName(KVXMLElement root) {
+    constexpr std::string_view kName = "KESTROVAAPT";
+    const auto same = [](char a, char b) { return (a >= 'a' && a <= 'z' ? char(a - 'a' + 'A') : a) == b; };
+    if (std::ranges::equal(root.Name(), kName, same)) return;
+    findings_.Warn(document_.PlaceOf(root),
+                   fmt::format("the root element is {} and not {}", Quoted(root.Name()), kName));
+  }
+
   static std::string Where(const Element& rule) { return rule.name.empty() ? "here" : fmt::format("in {}", rule.name); }
 
   void CheckAttributes(const Element& rule, KVXMLElement element) {
@@ -81,7 +130,9 @@ class Checker {
       if (!seen.insert(at.Name()).second) {
         findings_.Error(place, fmt::format("attribute {} occurs twice: the first one is used", Quoted(at.Name())));
       } else if (const Attribute* row = FindAttribute(rule, at.Name())) {
-        CheckValue(*row, at.Value(), document_.PlaceOfValue(at), findings_);
+        const bool exported = !IsNotExported(rule, at.Name());
+        CheckValue(*row, at.Value(), exported, document_.PlaceOfValue(at), findings_);
+        if (!exported) CountNotExported(rule, at);
       } else if (!rule.name.empty()) {
         findings_.Warn(place, fmt::format("attribute {} is not known in {} and is skipped{}", Quoted(at.Name()),
                                           rule.name, HintFor(rule, at.Name())));
@@ -94,6 +145,25 @@ class Checker {
     std::string upper(name);
     for (char& c : upper) c = c >= 'a' && c <= 'z' ? char(c - 'a' + 'A') : c;
     return FindAttribute(rule, upper) ? fmt::format(": write {}", upper) : "";
+  }
+
+  // Attributes that the export file has no key for.
+  static bool IsNotExported(const Element& rule, std::string_view name) {
+    if (rule.name == "TOOL") return name == "NAME" || name == "VECTOR_Z";
+    if (rule.name == "TARGET") return name.starts_with("BASE_") && name.ends_with("_4TH_AXIS");
+    return rule.name == "DISPLAY" && name == "METALLIC";
+  }
+
+  void CountNotExported(const Element& rule, KVXMLAttribute at) {
+    NotExported& entry = notExported_[{rule.name, at.Name()}];
+    if (++entry.count == 1) entry.place = document_.PlaceOf(at);
+  }
+
+  void NoteWhatIsNotExported() {
+    for (const auto& [names, entry] : notExported_) {
+      findings_.Note(entry.place, fmt::format("{} of {} is not part of the export ({} {})", names.second, names.first,
+                                              entry.count, entry.count == 1 ? "time" : "times"));
+    }
   }
 
   static KVXMLAttribute Find(KVXMLElement element, std::string_view name) {
@@ -151,13 +221,14 @@ class Checker {
   }
 
   void Declare(KVXMLElement element, Declared& declared, const char* what) {
+    declared.seen = true;
     if (!Find(element, "NUM")) {
       if (declared.given) return;
       findings_.Error(document_.PlaceOf(element),
                       fmt::format("without NUM the {} count of the machine loaded before remains, or 0", what));
       return;
     }
-    declared = {true, IntegerOf(element, "NUM", 0), PlaceOf(element, "NUM")};
+    declared = {true, true, IntegerOf(element, "NUM", 0), PlaceOf(element, "NUM")};
   }
 
   // ---- channels
@@ -175,12 +246,18 @@ class Checker {
     if (!type) findings_.Error(document_.PlaceOf(element), "TARGET without TYPE sets no tool target");
     WarnOfOtherSide(element, fixture);
     if (fixture) return EnterFixture(element);
+    if (const KVXMLAttribute fourth = Find(element, "ROT_4TH_ABOUT"))
+      CountNotExported({.name = "a tool target", .attributes = {}, .children = {}}, fourth);
     if (++channel.toolTargets > 1) {
       findings_.Warn(document_.PlaceOf(element), "a second tool target of one channel overwrites the first");
     }
-    MDTurretType target = MD_TURRET_NONE;
-    if (type) ReadText(type.Value(), target);
-    channel.turret = target == MD_TURRET;
+    if (type) ReadText(type.Value(), channel.target);
+    if (channel.target == MD_TURRET_RAIL || channel.target == MD_TURRET_OTHER) {
+      findings_.Warn(
+          PlaceOf(element, "TYPE"),
+          fmt::format("the export writes no line end after the target {}: the next record continues its line",
+                      TextOf(channel.target)));
+    }
     channel.stations = IntegerOf(element, "STATIONS", channel.stations);
   }
 
@@ -231,8 +308,19 @@ class Checker {
     const Channel& channel = channels_.back();
     if (channel.fixture[1] && !channel.fixture[0]) {
       findings_.Error(channel.fixturePlace[1], "fixture 2 without fixture 1 is never exported");
+    } else if (channel.target == MD_TURRET_NONE && !channel.fixture[0]) {
+      findings_.Error(channel.place, "a channel without a tool target and a fixture is never exported");
     }
-    if (!channel.turret || channel.positions.empty()) return;
+    if (channel.positions.empty()) return;
+    if (channel.target != MD_TURRET) {
+      findings_.Warn(channel.place, "TOOL elements of a channel without a turret are not exported");
+      return;
+    }
+    stations_ += std::max(channel.stations, 0);
+    if (stations_ > KVVMMachine::kMostStationLines) {
+      findings_.Error(channel.place,
+                      fmt::format("stations after the first {} are not exported", KVVMMachine::kMostStationLines));
+    }
     if (channel.stations > 0 && *channel.positions.begin() == 1 && *channel.positions.rbegin() == channel.stations &&
         channel.positions.size() == std::size_t(channel.stations)) {
       return;
@@ -240,6 +328,15 @@ class Checker {
     findings_.Error(channel.place, fmt::format("the turret has {} stations, but TOOL elements for {} (from {} to {})",
                                                channel.stations, channel.positions.size(), *channel.positions.begin(),
                                                *channel.positions.rbegin()));
+  }
+
+  // Without one of the two counts, there is no export.
+  void CheckDeclared(const Declared& declared, const char* element, KVXMLPlace root) {
+    if (!declared.given && !declared.seen) {
+      findings_.Error(root, fmt::format("there is no {}: nothing is exported", element));
+    } else if (declared.given && declared.count == 0) {
+      findings_.Error(declared.place, fmt::format("{} declares 0: nothing is exported", element));
+    }
   }
 
   void CheckChannels() {
@@ -275,10 +372,44 @@ class Checker {
           PlaceOf(element, "ID"),
           fmt::format("shape ID {} is used in line {} already; only that shape is found", id, first->second.line));
     }
-    if (const KVXMLAttribute name = Find(element, "NAME")) shapeNames_.insert(name.Value());
-    if (const KVXMLAttribute parent = Find(element, "PARENT"); parent && !parent.Value().empty())
-      parents_.push_back(parent);
+    const KVXMLAttribute parent = Find(element, "PARENT");
+    const bool hangs = parent && !parent.Value().empty();
+    if (const KVXMLAttribute name = Find(element, "NAME"); name && !name.Value().empty()) {
+      if (!shapeNames_.emplace(name.Value(), hangs ? children_.size() : kNoChild).second)
+        findings_.Warn(document_.PlaceOfValue(name),
+                       fmt::format("another shape has the name {}", Quoted(name.Value())));
+    }
+    if (hangs) children_.push_back({Find(element, "NAME").Value(), parent});
     CheckGeometry(element);
+    CheckLimits(element);
+  }
+
+  void CheckLimits(KVXMLElement shape) {
+    static const Element& rule = *FindChild(*FindChild(RootElement(), "SHAPES"), "SHAPE");
+    constexpr std::string_view kAxes[] = {"X", "Y", "Z", "A", "B", "C"};
+    constexpr std::string_view kElements[] = {"MIN", "MAX", "HOME"};
+    Limit limits[std::size(kElements)][std::size(kAxes)];
+    for (KVXMLElement child = shape.FirstChild(); child; child = child.NextSibling()) {
+      const Element* known = FindChild(rule, child.Name());
+      for (std::size_t e = 0; known && e < std::size(kElements); ++e) {
+        for (std::size_t axis = 0; known->name == kElements[e] && axis < std::size(kAxes); ++axis) {
+          if (const KVXMLAttribute at = Find(child, kAxes[axis]))
+            limits[e][axis] = {true, ReadReal(at.Value()), document_.PlaceOfValue(at)};
+        }
+      }
+    }
+    for (std::size_t axis = 0; axis < std::size(kAxes); ++axis)
+      CheckLimitsOf(kAxes[axis], limits[0][axis], limits[1][axis], limits[2][axis]);
+  }
+
+  void CheckLimitsOf(std::string_view axis, const Limit& least, const Limit& most, const Limit& home) {
+    if (least.value > most.value) {
+      findings_.Error(least.given ? least.place : most.place,
+                      fmt::format("MIN {} is {}, above MAX {}, which is {}", axis, least.value, axis, most.value));
+    } else if (least.given && most.given && home.given && (home.value < least.value || home.value > most.value)) {
+      findings_.Warn(home.place,
+                     fmt::format("HOME {} is {}, outside of {} to {}", axis, home.value, least.value, most.value));
+    }
   }
 
   void CheckGeometry(KVXMLElement element) {
@@ -287,10 +418,14 @@ class Checker {
       findings_.Error(PlaceOf(element, "PATH"), "SHAPE without a geometry file: its PATH is the machine's folder");
       return;
     }
+    const KVXMLPlace place = document_.PlaceOfValue(path);
+    if (LeavesFolder(path.Value())) {
+      findings_.Error(place, fmt::format("geometry file {} is outside the machine's folder", Quoted(path.Value())));
+      return;
+    }
     if (folder_.IsEmpty()) return;
     const CString file = folder_ + FromUtf8(path.Value());
     const DWORD attributes = GetFileAttributesW(file);
-    const KVXMLPlace place = document_.PlaceOfValue(path);
     if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_DIRECTORY)) {
       findings_.Error(place, fmt::format("geometry file {} does not exist", Quoted(path.Value())));
       return;
@@ -306,13 +441,30 @@ class Checker {
 
   void CheckShapes() {
     if (declaredShapes_.given && declaredShapes_.count != shapes_) {
-      const std::string text = fmt::format("SHAPES declares {} and contains {}", declaredShapes_.count, shapes_);
-      declaredShapes_.count == 0 ? findings_.Error(declaredShapes_.place, text + ": nothing is exported")
-                                 : findings_.Warn(declaredShapes_.place, text);
+      findings_.Warn(declaredShapes_.place,
+                     fmt::format("SHAPES declares {} and contains {}", declaredShapes_.count, shapes_));
     }
-    for (const KVXMLAttribute parent : parents_) {
-      if (shapeNames_.contains(parent.Value())) continue;
-      findings_.Warn(document_.PlaceOfValue(parent), fmt::format("parent {} is not a shape", Quoted(parent.Value())));
+    for (const Child& child : children_) {
+      if (shapeNames_.contains(child.parent.Value())) continue;
+      findings_.Error(document_.PlaceOfValue(child.parent),
+                      fmt::format("parent {} is not a shape", Quoted(child.parent.Value())));
+    }
+  }
+
+  // Finds shapes that are their own parent, directly or through others. A name means its first shape.
+  void CheckParents() {
+    std::vector<std::size_t> walks(children_.size(), 0);  // by child: the walk that came there first; 0: none
+    for (std::size_t start = 0; start < children_.size(); ++start) {
+      std::size_t at = start;
+      while (at != kNoChild && walks[at] == 0) {
+        walks[at] = start + 1;
+        const auto parent = shapeNames_.find(children_[at].parent.Value());
+        at = parent == shapeNames_.end() ? kNoChild : parent->second;
+      }
+      if (at == kNoChild || walks[at] != start + 1) continue;
+      findings_.Error(
+          document_.PlaceOfValue(children_[at].parent),
+          fmt::format("shape {} is its own parent, directly or through other shapes", Quoted(children_[at].name)));
     }
   }
 
@@ -369,14 +521,14 @@ class Checker {
     const KVXMLPlace place = document_.PlaceOfValue(list);
     int taken = 0;
     bool repeats = false;
-    std::set<int> seen;
+    lists_.push_back({place, listedIds_.size()});
     ForEachListItem(text, num, [&](std::string_view item, bool repeated) {
       if (repeated) {
         repeats = true;
         return false;
       }
       ++taken;
-      CheckItem(item, place, seen);
+      CheckItem(item, place);
       return true;
     });
     const auto items = int(std::count(text.begin(), text.end(), ',')) + (text.back() == ',' ? 0 : 1);
@@ -390,21 +542,32 @@ class Checker {
     return true;
   }
 
-  void CheckItem(std::string_view item, KVXMLPlace place, std::set<int>& seen) {
+  void CheckItem(std::string_view item, KVXMLPlace place) {
     NumberNotes notes;
     const int id = ReadInteger(item, &notes);
     if (notes.none || notes.trailing) {
       findings_.Error(place, fmt::format("item {} of LIST is read as {}", Quoted(item), id));
     }
-    if (!seen.insert(id).second) findings_.Warn(place, fmt::format("shape {} occurs twice in LIST", id));
-    listed_.push_back({id, place});
+    listedIds_.push_back(id);
   }
 
   void CheckLists() {
-    for (const ListedId& listed : listed_) {
-      if (!shapeIds_.contains(listed.id)) {
-        findings_.Error(listed.place, fmt::format("LIST names shape {}, which does not exist", listed.id));
+    lists_.push_back({{}, listedIds_.size()});
+    for (auto list = lists_.begin(); list + 1 != lists_.end(); ++list) {
+      const auto first = listedIds_.begin() + std::ptrdiff_t(list->first);
+      const auto end = listedIds_.begin() + std::ptrdiff_t((list + 1)->first);
+      std::sort(first, end);
+      for (auto id = first; id != end; ++id) {
+        const bool again = id != first && *(id - 1) == *id;
+        if (again && (id - 1 == first || *(id - 2) != *id))
+          findings_.Warn(list->place, fmt::format("shape {} occurs twice in LIST", *id));
+        if (!again && !shapeIds_.contains(*id))
+          findings_.Error(list->place, fmt::format("LIST names shape {}, which does not exist", *id));
       }
+    }
+    if (listedIds_.size() > std::size_t(KVVMMachine::kMostListedIds)) {
+      findings_.Error(lists_.front().place,
+                      fmt::format("shape lists after {} IDs are not exported", KVVMMachine::kMostListedIds));
     }
     if (tables_ > 0 && rows_ > 0 && rows_ < int(channels_.size())) {
       findings_.Error(channels_[std::size_t(rows_)].place, "channels after SHAPELISTS have no row in the shape table");
@@ -420,12 +583,15 @@ class Checker {
   int shapes_ = 0;
   bool tooMuch_ = false;
   std::unordered_map<int, KVXMLPlace> shapeIds_;
-  std::unordered_set<std::string_view> shapeNames_;
-  std::vector<KVXMLAttribute> parents_;
+  std::unordered_map<std::string_view, std::size_t> shapeNames_;  // the index in children_, or kNoChild
+  std::vector<Child> children_;
   int tables_ = 0;
   int rows_ = 0;
   std::map<Slot, KVXMLPlace> slots_;
-  std::vector<ListedId> listed_;
+  std::vector<List> lists_;
+  std::vector<int> listedIds_;
+  LONGLONG stations_ = 0;
+  std::map<std::pair<std::string_view, std::string_view>, NotExported> notExported_;  // by element and attribute
 };
 
 MachineCheckResult Check(KVXMLDocument& document, KVXMLNode* root, const CString& folder) {

@@ -29,7 +29,7 @@ std::string Quoted(std::string_view value);
 // The first control character of the text or separator of lines or paragraphs, as "U+000A"; empty without one.
 std::string ControlIn(TextView text);
 
-// Checks a value by the kind of the attribute's row and adds the findings.
-void CheckValue(const Attribute& row, std::string_view value, KVXMLPlace place, Findings& findings);
+// Checks a value by the kind of the attribute's row and adds the findings. exported: the value is in the export file.
+void CheckValue(const Attribute& row, std::string_view value, bool exported, KVXMLPlace place, Findings& findings);
 
 }  // namespace kvmachine
