@@ -5,6 +5,7 @@
 #include <optional>
 #include <pugixml.hpp>
 
+#include "companions/xml/internal/xml_markup.h"
 #include "companions/xml/internal/xml_text.h"
 #include "platform/files.h"
 #include "platform/safe_file.h"
@@ -262,6 +263,10 @@ bool KVXMLDocument::ReadText(const Source& source) {
 KVXMLNode* KVXMLDocument::Load(const Source& source) {
   if (!ReadText(source)) return nullptr;
   if (keep_places_) line_starts_ = kvxml::LineStarts(Text());
+  if (const std::size_t deeper = kvxml::FindDeeper(Text(), kXMLMostDepth); deeper != std::string_view::npos) {
+    return FailMalformed(source, deeper,
+                         "more than " + std::to_string(kXMLMostDepth) + " elements are inside each other");
+  }
   parsed_ = std::make_unique<Parsed>();
   const unsigned options = pugi::parse_default | (whole_ ? pugi::parse_comments : 0);
   const pugi::xml_parse_result result =

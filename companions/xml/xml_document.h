@@ -3,7 +3,8 @@
 //
 // A file may be UTF-8 or UTF-16 with or without a byte order mark, or declare "iso-8859-1" or "windows-1252"; anything
 // else is read as UTF-8. The document fetches nothing from outside the file and expands no entities of a document type.
-// Deep or wide documents do not exhaust the stack. One thread at a time may load.
+// Wide documents do not exhaust the stack, and too deep ones are refused before they are parsed. One thread at a time
+// may load.
 #pragma once
 
 #include <cstddef>
@@ -29,7 +30,7 @@ struct KVXMLFailure {
     kMissing,     // the file does not exist
     kUnreadable,  // the file exists but cannot be read: no permission, a folder, a disk error
     kTooLarge,    // the file or text is larger than the limit
-    kMalformed,   // the XML is not well-formed; place and byte say where
+    kMalformed,   // the XML is not well-formed or too deep; place and byte say where
   };
 
   Kind kind = Kind::kNone;
@@ -40,6 +41,8 @@ struct KVXMLFailure {
 
 // The largest file or text that is loaded, 256 MiB. The size is checked before memory is allocated.
 inline constexpr std::size_t kXMLMostBytes = std::size_t{256} << 20;
+// The most elements inside each other, the root element included.
+inline constexpr std::size_t kXMLMostDepth = 10000;
 
 class KVSHARE_API KVXMLDocument {
  public:

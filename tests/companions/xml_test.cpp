@@ -1,6 +1,8 @@
 // Reading XML documents as the product's readers use them.
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include "companions/xml/xml_document.h"
 #include "platform/paths.h"
 #include "tests/scratch.h"
@@ -142,16 +144,25 @@ TEST(Xml, GivesPlaces) {
   EXPECT_EQ(place(document.PlaceOf(document.LoadFromMemory("<a/>")->Element())), std::pair(0, 0)) << "not kept";
 }
 
-TEST(Xml, DepthIsNoMatter) {
-  std::string text;
-  constexpr int kDepth = 300000;
-  for (int i = 0; i < kDepth; ++i) text += "<a>";
-  for (int i = 0; i < kDepth; ++i) text += "</a>";
+TEST(Xml, DepthIsLimited) {
+  // Everything at the start and in <a> looks like markup that opens or closes elements, and does not.
+  const std::string start = "<?x '<a>?><!DOCTYPE a [<!ENTITY e '>'><![ ' ]]><!-- ' -->]><!-- \"</a><a> -->\n";
+  const auto nested = [&](std::size_t depth) {
+    std::string text = start;
+    for (std::size_t i = 0; i < depth; ++i) text += "<a b='</a>' c=\"'/>\"><b/><![CDATA[</a>]]>";
+    for (std::size_t i = 0; i < depth; ++i) text += "</a>";
+    return text;
+  };
   KVXMLDocument document;
-  KVXMLNode* node = document.LoadFromMemory(text);
-  int depth = 0;
-  for (; node; node = (*node->GetChildNodes())[0]) ++depth;
-  EXPECT_EQ(depth, kDepth);
+  std::size_t depth = 1;  // with <b/>
+  for (KVXMLElement a = document.LoadFromMemory(nested(kXMLMostDepth - 1))->Element(); a.FirstChild(); ++depth) {
+    a = a.FirstChild().NextSibling() ? a.FirstChild().NextSibling() : a.FirstChild();
+  }
+  EXPECT_EQ(depth, kXMLMostDepth);
+  EXPECT_EQ(document.LoadFromMemory(nested(kXMLMostDepth)), nullptr);
+  EXPECT_EQ(document.LastFailure().reason, "more than 10000 elements are inside each other");
+  EXPECT_EQ(document.LastFailure().place.line, 2);
+  EXPECT_EQ(document.LastFailure().byte, nested(kXMLMostDepth).find("</a></a>") - std::strlen("b/><![CDATA[</a>]]>"));
 }
 
 }  // namespace

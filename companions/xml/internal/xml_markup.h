@@ -1,0 +1,35 @@
+// One pass over a document's text that needs no tree: where markup begins and ends, and how deep elements are.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kvxml {
+
+// A piece of a document: one markup, or the text between two of them.
+struct Piece {
+  enum class Kind { kText, kStartTag, kEmptyTag, kEndTag, kCData, kOther };
+
+  Kind kind = Kind::kText;
+  std::size_t at = 0;     // offset in the document
+  std::string_view text;  // with < and >
+};
+
+class Pieces {
+ public:
+  // The document ends at the first NUL, as it does for the parser.
+  explicit Pieces(std::string_view document) : document_(document.substr(0, document.find('\0'))) {}
+  // Returns false at the end and at markup without an end, which the parser refuses.
+  bool Next(Piece& piece);
+
+ private:
+  std::string_view document_;
+  std::size_t at_ = 0;
+};
+
+// The offset of the name of the first element that is inside that many others; npos if there is none.
+std::size_t FindDeeper(std::string_view document, std::size_t depth);
+
+}  // namespace kvxml
