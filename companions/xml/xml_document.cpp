@@ -13,6 +13,7 @@
 namespace {
 
 constexpr std::size_t kNodesPerBlock = 256;
+constexpr std::size_t kMostEncodingName = 40;  // in a reason
 
 // A handle of the parser consists of one pointer, and so does a handle of this library. Converting by std::bit_cast
 // avoids a call into the parser's library.
@@ -251,7 +252,7 @@ bool KVXMLDocument::ReadText(const Source& source) {
   encoding_ = int(encoding);
   if (!utf8) {
     const std::string converted = kvxml::Decode(Text(), encoding);
-    if (whole_ && kvxml::Encode(converted, encoding) != Text()) encoding_.reset();
+    reproducible_ = !(whole_ || keep_faults_) || kvxml::Encode(converted, encoding) == Text();
     MakeRoom(converted.size());
     std::copy(converted.begin(), converted.end(), text_.get());
   }
@@ -267,6 +268,7 @@ KVXMLNode* KVXMLDocument::Load(const Source& source) {
     return FailMalformed(source, deeper,
                          "more than " + std::to_string(kXMLMostDepth) + " elements are inside each other");
   }
+  if (keep_faults_) ListFaults();
   parsed_ = std::make_unique<Parsed>();
   const unsigned options = pugi::parse_default | (whole_ ? pugi::parse_comments : 0);
   const pugi::xml_parse_result result =
@@ -284,9 +286,29 @@ KVXMLNode* KVXMLDocument::Load(const Source& source) {
   return node;
 }
 
+// Lists what is wrong in text_ before the parser changes it.
+void KVXMLDocument::ListFaults() {
+  const auto encoding = kvxml::Encoding(encoding_);
+  const kvxml::DeclaredEncoding declared = kvxml::DeclaredEncodingOf(Text());
+  const auto add = [this](std::size_t byte, std::string reason) {
+    faults_.push_back({PlaceOfByte(byte), std::move(reason)});
+  };
+  if (!declared.name.empty() && !kvxml::IsNameOf(declared.name, encoding)) {
+    add(declared.at, "the file declares the encoding " + declared.name.substr(0, kMostEncodingName) +
+                         " and is read as " + kvxml::NameOf(encoding));
+  }
+  if (!reproducible_) {
+    add(std::min(Text().find("\xEF\xBF\xBD"), size_),
+        std::string("bytes that are not ") + kvxml::NameOf(encoding) + " are read as U+FFFD");
+  }
+  for (kvxml::Fault& fault : kvxml::FindFaults(Text(), kXMLMostFaults - faults_.size()))
+    add(fault.byte, std::move(fault.reason));
+}
+
 // The parser has changed text_, so the text is read again to find the place, unless the line starts are known.
 KVXMLNode* KVXMLDocument::FailMalformed(const Source& source, std::size_t byte, std::string reason) {
   parsed_.reset();
+  faults_.clear();
   if (line_starts_.empty() && ReadText(source)) line_starts_ = kvxml::LineStarts(Text());
   Fail(KVXMLFailure::Kind::kMalformed, std::move(reason));
   failure_.byte = byte;
@@ -337,7 +359,7 @@ void KVXMLDocument::NoteChange(Change change) {
 }
 
 std::optional<std::string> KVXMLDocument::SavedBytes() const {
-  if (!IsWhole() || !encoding_) return std::nullopt;
+  if (!IsWhole() || !reproducible_) return std::nullopt;
   std::string text;
   std::size_t done = 0;
   for (const Change& change : changes_) {
@@ -345,7 +367,7 @@ std::optional<std::string> KVXMLDocument::SavedBytes() const {
     done = change.at + change.bytes;
   }
   text.append(source_, done);
-  return kvxml::Encode(text, kvxml::Encoding(*encoding_));
+  return kvxml::Encode(text, kvxml::Encoding(encoding_));
 }
 
 bool KVXMLDocument::Save(CString fileName) const {
@@ -370,7 +392,8 @@ KVXMLPlace KVXMLDocument::PlaceOfValue(KVXMLAttribute attribute) const { return 
 void KVXMLDocument::Clear() {
   whole_ = keep_whole_;
   source_.clear();
-  encoding_.reset();
+  encoding_ = 0;
+  reproducible_ = true;
   changes_.clear();
   parsed_.reset();
   text_.reset();
@@ -379,4 +402,5 @@ void KVXMLDocument::Clear() {
   nodes_.clear();
   used_ = room_ = 0;
   failure_ = {};
+  faults_.clear();
 }

@@ -39,10 +39,18 @@ struct KVXMLFailure {
   std::string reason;    // for the user, in lower case and without a stop: "start and end tags do not match"
 };
 
+// Something that XML forbids in a document that was loaded nevertheless.
+struct KVXMLFault {
+  KVXMLPlace place;
+  std::string reason;  // for the user, like that of a failure
+};
+
 // The largest file or text that is loaded, 256 MiB. The size is checked before memory is allocated.
 inline constexpr std::size_t kXMLMostBytes = std::size_t{256} << 20;
 // The most elements inside each other, the root element included.
 inline constexpr std::size_t kXMLMostDepth = 10000;
+// The most faults that are listed.
+inline constexpr std::size_t kXMLMostFaults = 1000;
 
 class KVSHARE_API KVXMLDocument {
  public:
@@ -66,6 +74,10 @@ class KVSHARE_API KVXMLDocument {
   // Whether later loads keep the whole document, so that it can be changed and saved: comments and texts become nodes,
   // and a copy of the text is kept. The default is false, which is faster for a reader.
   void KeepWhole(bool keep) noexcept { keep_whole_ = keep; }
+  // Whether later loads list the faults of the document; the default is false. It needs places (KeepPlaces).
+  void KeepFaults(bool keep) noexcept { keep_faults_ = keep; }
+  // The faults that the last load found, in file order, at most kXMLMostFaults. Empty if the load failed.
+  const std::vector<KVXMLFault>& Faults() const noexcept { return faults_; }
   // The size limit of later loads in bytes, at most kXMLMostBytes.
   void SetMostBytes(std::size_t bytes) noexcept { most_bytes_ = bytes < kXMLMostBytes ? bytes : kXMLMostBytes; }
 
@@ -108,6 +120,7 @@ class KVSHARE_API KVXMLDocument {
   std::size_t ValueEnd(std::size_t value) const noexcept;
   void NoteChange(Change change);
   KVXMLNode* Load(const Source& source);
+  void ListFaults();
   KVXMLNode* FailMalformed(const Source& source, std::size_t byte, std::string reason);
   void Fail(KVXMLFailure::Kind kind, std::string reason);
   KVXMLNode* NewNodes(std::size_t count);
@@ -121,14 +134,17 @@ class KVSHARE_API KVXMLDocument {
   std::unique_ptr<Parsed> parsed_;
   bool keep_places_ = true;
   bool keep_whole_ = false;
+  bool keep_faults_ = false;
   bool whole_ = false;  // keep_whole_ at the time of the last load
   std::size_t most_bytes_ = kXMLMostBytes;
   std::string source_;                               // whole documents only: the text before parsing
-  std::optional<int> encoding_;                      // of the file; empty if its bytes cannot be reproduced
+  int encoding_ = 0;                                 // of the file
+  bool reproducible_ = true;                         // whether the bytes of the file can be written again
   std::vector<Change> changes_;                      // sorted by offset
   std::vector<std::size_t> line_starts_;             // offsets before parsing; empty if not kept
   std::vector<std::unique_ptr<KVXMLNode[]>> nodes_;  // blocks; used_ and room_ belong to the last one
   std::size_t used_ = 0;
   std::size_t room_ = 0;
   KVXMLFailure failure_;
+  std::vector<KVXMLFault> faults_;
 };

@@ -1,6 +1,8 @@
 #include "companions/xml/internal/xml_text.h"
 
+#include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "framework/text.h"
 #include "platform/text.h"
@@ -52,33 +54,55 @@ std::string ToWestern(std::string_view text) {
 
 char Lower(char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; }
 
-// The encoding named in the XML declaration, in lower case; empty without one.
-std::string DeclaredEncoding(std::string_view text) {
-  if (!text.starts_with("<?xml")) return {};
-  std::string_view declaration = text.substr(0, text.find("?>"));
-  const std::size_t key = declaration.find("encoding");
+bool SameName(std::string_view name, std::string_view lower) { return std::ranges::equal(name, lower, {}, Lower); }
+
+}  // namespace
+
+DeclaredEncoding DeclaredEncodingOf(std::string_view text) {
+  const std::size_t mark = text.starts_with("\xEF\xBB\xBF") ? 3 : 0;
+  if (!text.substr(mark).starts_with("<?xml")) return {};
+  const std::string_view declaration = text.substr(0, text.find("?>"));
+  const std::size_t key = declaration.find("encoding", mark);
   if (key == std::string_view::npos) return {};
   const std::size_t open = declaration.find_first_of("\"'", key);
   if (open == std::string_view::npos) return {};
   const std::size_t close = declaration.find(declaration[open], open + 1);
   if (close == std::string_view::npos) return {};
-  std::string name(declaration.substr(open + 1, close - open - 1));
-  for (char& c : name) c = Lower(c);
-  return name;
+  return {std::string(declaration.substr(open + 1, close - open - 1)), open + 1};
 }
 
-}  // namespace
+const char* NameOf(Encoding encoding) {
+  switch (encoding) {
+    case Encoding::kUtf16LittleEndian:
+    case Encoding::kUtf16BigEndian: return "UTF-16";
+    case Encoding::kWestern: return "windows-1252";
+    case Encoding::kUtf8: break;
+  }
+  return "UTF-8";
+}
+
+bool IsNameOf(std::string_view declared, Encoding encoding) {
+  constexpr std::pair<std::string_view, Encoding> kOthers[] = {
+      {"utf-8", Encoding::kUtf8},
+      {"utf8", Encoding::kUtf8},
+      {"us-ascii", Encoding::kUtf8},
+      {"utf-16", Encoding::kUtf16LittleEndian},
+      {"utf-16le", Encoding::kUtf16LittleEndian},
+      {"utf-16", Encoding::kUtf16BigEndian},
+      {"utf-16be", Encoding::kUtf16BigEndian},
+  };
+  const auto isSame = [&](const auto& row) { return row.second == encoding && SameName(declared, row.first); };
+  if (encoding != Encoding::kWestern) return std::ranges::any_of(kOthers, isSame);
+  return std::ranges::any_of(kWesternNames, [&](std::string_view name) { return SameName(declared, name); });
+}
 
 Encoding EncodingOf(std::string_view bytes) {
   if (bytes.starts_with(std::string_view("\xFF\xFE", 2)) || bytes.starts_with(std::string_view("<\0", 2)))
     return Encoding::kUtf16LittleEndian;
   if (bytes.starts_with(std::string_view("\xFE\xFF", 2)) || bytes.starts_with(std::string_view("\0<", 2)))
     return Encoding::kUtf16BigEndian;
-  const std::string declared = DeclaredEncoding(bytes);
-  for (const std::string_view western : kWesternNames) {
-    if (declared == western) return Encoding::kWestern;
-  }
-  return Encoding::kUtf8;
+  const bool marked = bytes.starts_with("\xEF\xBB\xBF");
+  return !marked && IsNameOf(DeclaredEncodingOf(bytes).name, Encoding::kWestern) ? Encoding::kWestern : Encoding::kUtf8;
 }
 
 std::string Decode(std::string_view bytes, Encoding encoding) {

@@ -44,6 +44,7 @@ class Checker {
       : document_(document), folder_(folder), findings_(result) {}
 
   void Run(KVXMLElement root) {
+    for (const KVXMLFault& fault : document_.Faults()) findings_.Error(fault.place, fault.reason);
     CheckRootName(root);
     Walk(RootElement(), root);
     CheckDeclared(declaredChannels_, "CHANNELS", document_.PlaceOf(root));
@@ -647,12 +648,14 @@ std::string FindForgedLine(const KVVMMachine& machine) {
 
 MachineCheckResult CheckMachineFile(const CString& definitionFile) {
   KVXMLDocument document;
+  document.KeepFaults(true);
   KVXMLNode* root = document.LoadFromFile(definitionFile);
   return Check(document, root, definitionFile.Left(definitionFile.ReverseFind(_T('\\')) + 1));
 }
 
 MachineCheckResult CheckMachineText(std::string_view definition, const CString& folder) {
   KVXMLDocument document;
+  document.KeepFaults(true);
   KVXMLNode* root = document.LoadFromMemory(definition);
   return Check(document, root, folder);
 }

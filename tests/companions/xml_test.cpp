@@ -130,6 +130,37 @@ TEST(Xml, AttributesReadInARowAreThoseOfTheHandles) {
   EXPECT_FALSE(KVXMLAttributeReader(KVXMLElement()).Next(name, value));
 }
 
+TEST(Xml, ListsWhatXmlForbids) {
+  const std::pair<std::string_view, std::string> kCases[] = {
+      {"<?xml version='1.0' encoding='utf-8'?><!DOCTYPE a [<!ENTITY x '&y;'>]><!-- & --><a "
+       "b='&#10;&lt;'>\xC3\xBC</a>\n",
+       ""},
+      {"x<a/>\ny", "1:1 text outside the root element is ignored\n2:1 text outside the root element is ignored\n"},
+      {"\xEF\xBB\xBF<a b='&c;' d='e&f'>&#x;</a>",
+       "1:10 the entity &c; is not defined and is kept as written\n1:19 & begins no reference; write &amp;\n"
+       "1:23 & begins no reference; write &amp;\n"},
+      {"<a b='&#0;&#xD800;&#99999999999999999999;'/>",
+       "1:7 the reference &#0; is no character of XML\n1:11 the reference &#xD800; is no character of XML\n"
+       "1:19 the reference &#99999999999999999999; is no character of XML\n"},
+      {"<a b='<'/>", "1:7 < is in the value of an attribute; write &lt;\n"},
+      {"<a b='\xFF'/>", "1:7 bytes that are not UTF-8 are read as U+FFFD\n"},
+      {"<a b='\x1B'/>", "1:7 a control character, which XML forbids\n"},
+      {"<?xml version='1.0' encoding='shift_jis'?><a/>",
+       "1:31 the file declares the encoding shift_jis and is read as UTF-8\n"},
+      {"\xFF\xFE<\0a\0/\0>\0\n\0\0"sv, "2:1 bytes that are not UTF-16 are read as U+FFFD\n"},
+      {"<a>", ""},
+  };
+  for (const auto& [text, expected] : kCases) {
+    KVXMLDocument document;
+    document.KeepFaults(true);
+    EXPECT_EQ(document.LoadFromMemory(text) == nullptr, text == "<a>") << text << document.LastFailure().reason;
+    std::string faults;
+    for (const KVXMLFault& fault : document.Faults())
+      faults += std::to_string(fault.place.line) + ":" + std::to_string(fault.place.column) + " " + fault.reason + "\n";
+    EXPECT_EQ(faults, expected) << text;
+  }
+}
+
 TEST(Xml, GivesPlaces) {
   KVXMLDocument document;
   const KVXMLElement root = document.LoadFromMemory("<a>\n <b x='&amp;1'\n  y='2'/></a>")->Element();

@@ -118,6 +118,8 @@ TEST(MachineCheck, ReportsWhatIsNeverExported) {
        "1:2 error there is no CHANNELS: nothing is exported\n1:2 error there is no SHAPES: nothing is exported\n"},
       {"<KESTROVAAPT><CHANNELS NUM='0'/><SHAPES NUM='0'/></KESTROVAAPT>",
        "1:29 error CHANNELS declares 0: nothing is exported\n1:46 error SHAPES declares 0: nothing is exported\n"},
+      {"x<KestrovaAPT>" CHANNEL(HEAD) SHAPES("") "</KestrovaAPT>",
+       "1:1 error text outside the root element is ignored\n"},
   };
   for (const Case& row : kDefinitions) EXPECT_EQ(FindingsOf(row.definition), row.findings) << row.definition;
 }

@@ -1,4 +1,5 @@
-// One pass over a document's text that needs no tree: where markup begins and ends, and how deep elements are.
+// One pass over a document's text that needs no tree: where markup begins and ends, how deep elements are, and what XML
+// forbids although the parser accepts it.
 #pragma once
 
 #include <cstddef>
@@ -31,5 +32,15 @@ class Pieces {
 
 // The offset of the name of the first element that is inside that many others; npos if there is none.
 std::size_t FindDeeper(std::string_view document, std::size_t depth);
+
+// Something that XML forbids and the parser accepts, at an offset in the document.
+struct Fault {
+  std::size_t byte = 0;
+  std::string reason;
+};
+
+// Finds text outside the root element, references to unknown entities and to what is no character, "<" in values,
+// control characters and bytes that are not UTF-8. Returns at most that many, by offset.
+std::vector<Fault> FindFaults(std::string_view document, std::size_t most);
 
 }  // namespace kvxml

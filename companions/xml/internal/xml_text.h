@@ -16,6 +16,17 @@ enum class Encoding { kUtf8, kUtf16LittleEndian, kUtf16BigEndian, kWestern };
 // Detects the encoding by the byte order mark, the first bytes or the XML declaration; otherwise UTF-8.
 Encoding EncodingOf(std::string_view bytes);
 
+// The name of an encoding in the XML declaration.
+struct DeclaredEncoding {
+  std::string name;    // empty without one
+  std::size_t at = 0;  // its offset in the text
+};
+DeclaredEncoding DeclaredEncodingOf(std::string_view text);
+// The name of an encoding for the user.
+const char* NameOf(Encoding encoding);
+// Whether a file with that declaration has that encoding.
+bool IsNameOf(std::string_view declared, Encoding encoding);
+
 // Convert bytes to UTF-8 and back; for kUtf8 both return a copy. Decode replaces invalid input by U+FFFD, and Encode
 // writes a question mark for a character that the encoding lacks, so a round trip need not give the same bytes.
 std::string Decode(std::string_view bytes, Encoding encoding);
