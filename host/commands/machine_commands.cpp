@@ -202,7 +202,7 @@ void Export(const Options& options) {
   const std::string definition = SystemPath(chosen.Definition());
   if (const std::string forged = FindForgedLine(machine); !forged.empty()) {
     throw Failure(
-        fmt::format("nothing was exported: {} of {}; kestrova machine check shows its place", forged, definition),
+        fmt::format("{}: {}; nothing was exported, and kestrova machine check shows the place", definition, forged),
         {.file = definition});
   }
   machine.ExportData();

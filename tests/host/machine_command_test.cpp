@@ -35,8 +35,8 @@ TEST_F(MachineCommand, ExplainsFailuresInOneLineAndKeepsTheOlderExport) {
   const std::pair<const char*, std::string> rows[] = {
       {"<R>\n <A></R>", xml_ + ":2:7 (byte 10): start-end tags mismatch"},
       {"<R><CHANNELS NUM='1'><CHANNEL/></CHANNELS><SHAPES NUM='1'><SHAPE NAME='a&#10;b'/></SHAPES></R>",
-       "nothing was exported: NAME of shape 0 contains the control character U+000A of " + xml_ +
-           "; kestrova machine check shows its place"},
+       xml_ + ": NAME of shape 0 contains the control character U+000A; nothing was exported, and kestrova machine "
+              "check shows the place"},
       {"<R/>", "nothing to export: " + xml_ + " declares 0 channels (NUM of CHANNELS)"},
       {"<R><CHANNELS NUM='1'><CHANNEL/></CHANNELS></R>",
        "nothing to export: " + xml_ + " declares 0 shapes (NUM of SHAPES)"},
