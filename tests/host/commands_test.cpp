@@ -49,7 +49,7 @@ TEST(Commands, RefuseWrongUsage) {
       {"reg search", "search is not a command of kestrova reg; kestrova reg --help lists the commands"},
       {"reg query", "KEY is missing; see kestrova reg query --help"},
       {"reg query HKCR\\X", "HKCR\\X is not a key; a key begins with HKCU\\ or HKLM\\ and needs quotes in the shell"},
-      {"reg query HKCU /x", "/x is unexpected; see kestrova reg query --help"},
+      {"reg query HKCU /x", "/x is unexpected; the nearest: /s, /v"},
       {"reg query HKCU /v a /ve", "only one of /v, /ve and /va can be given; see kestrova reg query --help"},
       {"reg add HKCU\\K /v a /t REG_X", "/t REG_X is not a type; see kestrova reg add --help"},
       {"reg add HKCU\\K /v a /t REG_DWORD /d 4294967296",

@@ -97,7 +97,7 @@ constexpr Row kRows[] = {
     {"techdb list", 0, ""},
     {"techdb activate 1", 0, ""},
     {"techdb activate 99", 1, "there is no database 99"},
-    {"techdb activate x", 2, ""},
+    {"techdb activate x", 2, "Could not convert: number = x"},
     {"techdb test", 0, ""},
     {"techdb tables --count", 0, ""},
     {"techdb query 'SELECT 1'", 0, ""},
