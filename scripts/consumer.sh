@@ -10,7 +10,8 @@ export KV_REGISTRY=$folder/registry
 
 {
   echo 'set -euo pipefail'
-  sed -n '/^## Link a module/,/^## /s/^    //p' README.md | sed "s|/opt/kestrova|$prefix|g; s|/tmp/|$folder/|g"
+  sed -n '/^## Link a module/,/^## /s/^    //p' README.md | sed "s|/tmp/|@folder@/|g; s|/opt/kestrova|@folder@/prefix|g" |
+    sed "s|@folder@|$folder|g"
 } >"$folder/readme.sh"
 bash "$folder/readme.sh" >"$folder/readme.log" 2>&1 || {
   cat "$folder/readme.log" >&2
