@@ -22,7 +22,7 @@ namespace {
 using namespace kestrova;
 using Mode = DocumentLoader::Mode;
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if defined(KV_BLOCKS_FROM_HEAP) || defined(__SANITIZE_THREAD__)
 constexpr int kFlips = 10'000;
 constexpr std::size_t kPrefixStep = 7;
 #else

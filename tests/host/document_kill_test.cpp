@@ -20,7 +20,7 @@
 
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__)  // its processes take a second to start and end
+#if defined(KV_BLOCKS_FROM_HEAP)  // its processes take a second to start and end
 constexpr int kKills = 30;
 constexpr const char* kSizes[] = {"2000"};
 #else

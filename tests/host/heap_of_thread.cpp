@@ -31,7 +31,7 @@ void Uncount(void* block) {
 
 }  // namespace
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if defined(KV_BLOCKS_FROM_HEAP) || defined(__SANITIZE_THREAD__)
 
 void* operator new(std::size_t size) {
   void* const block = Fails() ? nullptr : std::malloc(size ? size : 1);
