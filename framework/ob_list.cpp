@@ -62,6 +62,15 @@ void CObList::AddTail(const CObList* list) {
   for (LONGLONG left = list->m_nCount; left > 0; --left, at = at->next) AddTail(at->object);
 }
 
+void CObList::MoveTail(CObList& list) noexcept {
+  if (!list.m_pHead || &list == this) return;
+  list.m_pHead->previous = m_pTail;
+  (m_pTail ? m_pTail->next : m_pHead) = list.m_pHead;
+  m_pTail = std::exchange(list.m_pTail, nullptr);
+  list.m_pHead = nullptr;
+  m_nCount += std::exchange(list.m_nCount, 0);
+}
+
 POSITION CObList::InsertBefore(POSITION position, CObject* object) {
   Node* next = NodeAt(position);
   return next ? PositionOf(Insert(object, next->previous, next)) : AddHead(object);

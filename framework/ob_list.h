@@ -37,6 +37,8 @@ class KVSHARE_API CObList : public CObject {
   POSITION AddTail(CObject* object) { return PositionOf(Insert(object, m_pTail, nullptr)); }
   void AddHead(const CObList* list);
   void AddTail(const CObList* list);
+  // Moves all elements of another list to the end of this one, without allocating. The list is then empty.
+  void MoveTail(CObList& list) noexcept;
   void RemoveAll() noexcept;
 
   // Walking: GetNext and GetPrev return the element at the position, which is not null, and move the position on. It

@@ -1,5 +1,7 @@
 #include "share/machine/channel.h"
 
+#include <memory>
+
 CQVMToolData::~CQVMToolData() {
   while (!m_toolNodes.IsEmpty()) delete m_toolNodes.RemoveHead();
 }
@@ -14,7 +16,10 @@ void CQVMChannel::SetToolTarget(MDTurretType target) {
 }
 
 void CQVMChannel::AddToolNode(CQVMToolNode* node) {
-  if (node) m_tool.m_toolNodes.AddTail(node);
+  if (!node) return;
+  std::unique_ptr<CQVMToolNode> owned(node);
+  m_tool.m_toolNodes.AddTail(node);
+  owned.release();
 }
 
 const CQVMToolNode* CQVMChannel::FindToolNode(int pos) const {

@@ -1,5 +1,7 @@
 #include "share/machine/machine.h"
 
+#include <memory>
+
 #include "platform/files.h"
 #include "share/core/document_callbacks.h"
 #include "share/machine/machine_reader.h"
@@ -88,11 +90,17 @@ CString KVVMMachine::GetMachType(VM_MACHINE_TYPE type) { return WideText(TextOf(
 // ---- channels and shapes
 
 void KVVMMachine::AddChannel(CQVMChannel* channel) {
-  if (channel) m_channels.AddTail(channel);
+  if (!channel) return;
+  std::unique_ptr<CQVMChannel> owned(channel);
+  m_channels.AddTail(channel);
+  owned.release();
 }
 
 void KVVMMachine::AddShape(CQVMShape* shape) {
-  if (shape) m_shapes.AddTail(shape);
+  if (!shape) return;
+  std::unique_ptr<CQVMShape> owned(shape);
+  m_shapes.AddTail(shape);
+  owned.release();
 }
 
 CQVMChannel* KVVMMachine::GetChannel(int number) const {

@@ -90,6 +90,7 @@ class KVSHARE_API KVVMMachine : public CObject {
   int GetNumShapes() const { return m_nShapes; }
   void SetNumShapes(int count) { m_nShapes = count; }
   // Append a channel or shape, which the machine then owns. The declared counts do not change. Null is ignored.
+  // One that can't be appended (std::bad_alloc) is deleted.
   void AddChannel(CQVMChannel* channel);
   void AddShape(CQVMShape* shape);
   const CObList& GetChannels() const { return m_channels; }

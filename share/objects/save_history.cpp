@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <limits>
+#include <memory>
 #include <span>
 
 #include "companions/geometry/constants.h"
@@ -197,7 +198,10 @@ QFDocSrHistoryMngr::~QFDocSrHistoryMngr() { DestroyHistory(); }
 
 int QFDocSrHistoryMngr::AddHistoryForOldVersion(const CString& majorVersion, const CString& buildCode,
                                                 const CString& user, const CString& dateAndTime) {
-  if (m_HistoryList.IsEmpty()) m_HistoryList.AddTail(new QFDocSrHistory(majorVersion, buildCode, user, dateAndTime));
+  if (!m_HistoryList.IsEmpty()) return 1;
+  auto entry = std::make_unique<QFDocSrHistory>(majorVersion, buildCode, user, dateAndTime);
+  m_HistoryList.AddTail(entry.get());
+  entry.release();
   return 1;
 }
 

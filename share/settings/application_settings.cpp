@@ -126,29 +126,29 @@ IMPLEMENT_SERIAL(QFAppSettings, QFSettingsKey, VERSIONABLE_SCHEMA | 1)
 
 QFAppSettings::QFAppSettings()
     : SettingsGroup(typeid(QFAppSettings), _T("QFAppSettings"), _T("Application"), kVersionKey, kAppRows) {
-  AddKey(new QFPostSettings);
-  AddKey(new QFDebugSettings);
-  AddKey(new QFToolbarSettings);
-  AddKey(new QFServicePackSettings);
-  AddKey(new QFAppOperSettings);
-  AddKey(new QFFeedSpeedSettings);
-  AddKey(new QFAppSimulationSettings);
-  AddKey(new QFAppAssemblySettings);
-  AddKey(new QFAppCLDataSettings);
-  AddKey(new QFDisplaySettings);
-  AddKey(new QFWorkpieceSettings);
-  AddKey(new QFAppEdmSettings);
-  AddKey(new QFToolHolderPreviewSettings);
-  AddKey(new QFTurnFeedColorsSettings);
-  AddKey(new QFMillFeedColorsSettings);
-  AddKey(new QFEdmFeedColorsSettings);
-  AddKey(new QFAdv3AxisSettings);
-  AddKey(new QFAppRebuildSettings);
-  AddKey(new QFSetupSheetSettings);
-  AddKey(new QFLibFeatAppSettings);
-  AddKey(new QFToolpathSettings);
-  AddKey(new QFDialogPositionSettings);
-  AddKey(new QFToolingSettings);
+  AddGroup<QFPostSettings>();
+  AddGroup<QFDebugSettings>();
+  AddGroup<QFToolbarSettings>();
+  AddGroup<QFServicePackSettings>();
+  AddGroup<QFAppOperSettings>();
+  AddGroup<QFFeedSpeedSettings>();
+  AddGroup<QFAppSimulationSettings>();
+  AddGroup<QFAppAssemblySettings>();
+  AddGroup<QFAppCLDataSettings>();
+  AddGroup<QFDisplaySettings>();
+  AddGroup<QFWorkpieceSettings>();
+  AddGroup<QFAppEdmSettings>();
+  AddGroup<QFToolHolderPreviewSettings>();
+  AddGroup<QFTurnFeedColorsSettings>();
+  AddGroup<QFMillFeedColorsSettings>();
+  AddGroup<QFEdmFeedColorsSettings>();
+  AddGroup<QFAdv3AxisSettings>();
+  AddGroup<QFAppRebuildSettings>();
+  AddGroup<QFSetupSheetSettings>();
+  AddGroup<QFLibFeatAppSettings>();
+  AddGroup<QFToolpathSettings>();
+  AddGroup<QFDialogPositionSettings>();
+  AddGroup<QFToolingSettings>();
 }
 
 void QFAppSettings::ResetTheOpenGLOptionsValue() {

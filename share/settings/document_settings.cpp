@@ -21,7 +21,7 @@ IMPLEMENT_SERIAL(QFFeatSettings, QFSettingsKey, VERSIONABLE_SCHEMA | 1)
 QFFeatSettings::QFFeatSettings()
     : SettingsGroup(typeid(QFFeatSettings), _T("QFFeatSettings"), _T("Features"), InProductRoot(_T("Features")),
                     kFeatRows) {
-  AddKey(new QFTurnFeatSettings);
+  AddGroup<QFTurnFeatSettings>();
 }
 
 // ---- simulation
@@ -63,16 +63,16 @@ IMPLEMENT_SERIAL(QFDocSettings, QFSettingsKey, VERSIONABLE_SCHEMA | 1)
 
 QFDocSettings::QFDocSettings()
     : SettingsGroup(typeid(QFDocSettings), _T("QFDocSettings"), _T("Document"), InProductRoot(_T("Document")), {}) {
-  AddKey(new QFFeatSettings);
-  AddKey(new QFColorSettings);
-  AddKey(new QFOpernSettings);
-  AddKey(new QFSimulationSettings);
-  AddKey(new QFTurnColorSettings);
-  AddKey(new QFVRMLWriterSettings);
-  AddKey(new QFRebuildSettings);
-  AddKey(new QFWireEDMColorSettings);
-  AddKey(new QFEdmFeatSettings);
-  AddKey(new QFAdv3AxisSettings);
-  AddKey(new QFConfigSettings);
-  AddKey(new QFNodeDisplaySettings);
+  AddGroup<QFFeatSettings>();
+  AddGroup<QFColorSettings>();
+  AddGroup<QFOpernSettings>();
+  AddGroup<QFSimulationSettings>();
+  AddGroup<QFTurnColorSettings>();
+  AddGroup<QFVRMLWriterSettings>();
+  AddGroup<QFRebuildSettings>();
+  AddGroup<QFWireEDMColorSettings>();
+  AddGroup<QFEdmFeatSettings>();
+  AddGroup<QFAdv3AxisSettings>();
+  AddGroup<QFConfigSettings>();
+  AddGroup<QFNodeDisplaySettings>();
 }

@@ -12,6 +12,7 @@
 //   KV_IMPLEMENT_SETTINGS_GROUP(QFConfigSettings, _T("Configurations"), _T("Configurations"), kConfigRows)  // source
 #pragma once
 
+#include <memory>
 #include <span>
 #include <variant>
 
@@ -42,6 +43,14 @@ class KVSHARE_API SettingsGroup : public QFSettingsKey {
   // Adds the rows in order. className is not copied: it must outlive the group.
   SettingsGroup(const std::type_info& type, LPCTSTR className, const CString& name, const CString& path,
                 std::span<const SettingsRow> rows);
+
+  // Adds a new sub-key.
+  template <class Group>
+  void AddGroup() {
+    auto group = std::make_unique<Group>();
+    AddKey(group.get());
+    group.release();
+  }
 
   // The path below the product's registry key.
   static CString InProductRoot(LPCTSTR path);

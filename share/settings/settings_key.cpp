@@ -1,6 +1,7 @@
 // The settings tree: shape, searches, registry, archive.
 #include "share/settings/settings_key.h"
 
+#include <memory>
 #include <optional>
 #include <typeinfo>
 #include <unordered_set>
@@ -66,22 +67,36 @@ QFSettingsKey::~QFSettingsKey() {
   m_Key = nullptr;
 }
 
-void QFSettingsKey::AddItem(QFSettingsValue* value) {
-  m_List.AddHead(value);
-  value->m_pOwner = this;
+void QFSettingsKey::AddItem(std::unique_ptr<QFSettingsValue> value) {
+  m_List.AddHead(value.get());
+  value.release()->m_pOwner = this;
   DropIndexes();
 }
 
-void QFSettingsKey::AddValue(const CString& name, int value) { AddItem(new QFIntValue(name, value)); }
-void QFSettingsKey::AddValue(const CString& name, double value) { AddItem(new QFDoubleValue(name, value)); }
-void QFSettingsKey::AddValue(const CString& name, const CString& value) { AddItem(new QFStringValue(name, value)); }
-void QFSettingsKey::AddValue(const CString& name, unsigned long color) { AddItem(new QFColorValue(name, color)); }
-void QFSettingsKey::AddValue(const CString& name, const CPoint& value) { AddItem(new QFPointValue(name, value)); }
-void QFSettingsKey::AddValue(const CString& name, const CRect& value) { AddItem(new QFRectValue(name, value)); }
-void QFSettingsKey::AddValue(const CString& name, const CTime& value) { AddItem(new QFTimeValue(name, value)); }
-void QFSettingsKey::AddValue(const CString& name, long double value) { AddItem(new QFLongDoubleStrValue(name, value)); }
+void QFSettingsKey::AddValue(const CString& name, int value) { AddItem(std::make_unique<QFIntValue>(name, value)); }
+void QFSettingsKey::AddValue(const CString& name, double value) {
+  AddItem(std::make_unique<QFDoubleValue>(name, value));
+}
+void QFSettingsKey::AddValue(const CString& name, const CString& value) {
+  AddItem(std::make_unique<QFStringValue>(name, value));
+}
+void QFSettingsKey::AddValue(const CString& name, unsigned long color) {
+  AddItem(std::make_unique<QFColorValue>(name, color));
+}
+void QFSettingsKey::AddValue(const CString& name, const CPoint& value) {
+  AddItem(std::make_unique<QFPointValue>(name, value));
+}
+void QFSettingsKey::AddValue(const CString& name, const CRect& value) {
+  AddItem(std::make_unique<QFRectValue>(name, value));
+}
+void QFSettingsKey::AddValue(const CString& name, const CTime& value) {
+  AddItem(std::make_unique<QFTimeValue>(name, value));
+}
+void QFSettingsKey::AddValue(const CString& name, long double value) {
+  AddItem(std::make_unique<QFLongDoubleStrValue>(name, value));
+}
 void QFSettingsKey::AddValue(const CString& name, const CArray<int, int>& value) {
-  AddItem(new QFIntArrayValue(name, value));
+  AddItem(std::make_unique<QFIntArrayValue>(name, value));
 }
 
 void QFSettingsKey::AddKey(QFSettingsKey* key) {
@@ -108,8 +123,7 @@ void QFSettingsKey::DestroyList() {
 
 void QFSettingsKey::TakeOutAll() {
   DropIndexes();
-  m_TakenOut.AddTail(&m_List);
-  m_List.RemoveAll();
+  m_TakenOut.MoveTail(m_List);
 }
 
 void QFSettingsKey::SortList(CObListCompare compare) {
@@ -377,16 +391,15 @@ void QFSettingsKey::Serialize(CArchive& ar) {
   }
   DropIndexes();
   CObList defaults(kBlockSize);
-  defaults.AddTail(&m_List);
-  m_List.RemoveAll();
+  defaults.MoveTail(m_List);
   try {
     m_List.SerializeOwned(ar);
+    MergeContents(m_List, defaults);
   } catch (...) {
-    m_TakenOut.AddTail(&defaults);  // a caller may still hold a pointer to one
+    m_TakenOut.MoveTail(defaults);  // a caller may still hold a pointer to one
     AdoptAll();
     throw;
   }
-  MergeContents(m_List, defaults);
   AdoptAll();
   ResetContent(defaults);
 }
@@ -414,8 +427,8 @@ void QFSettingsKey::MergeContents(CObList& loaded, CObList& defaults) {
     const POSITION here = at;
     CObject* item = defaults.GetNext(at);
     if (!item || !present.emplace(nameOf(item).View()).second) continue;
-    defaults.RemoveAt(here);
     loaded.AddHead(item);
+    defaults.RemoveAt(here);
     QFIntValue* value = DYNAMIC_DOWNCAST(QFIntValue, item);
     if (value && value->GetName() == kMillFeatureCreationStyle) value->SetValue(0);
   }

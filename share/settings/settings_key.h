@@ -19,6 +19,7 @@
 #pragma once
 
 #include <atomic>
+#include <memory>
 #include <typeinfo>
 
 #include "framework/ob_list.h"
@@ -51,7 +52,8 @@ class KVSHARE_API QFSettingsKey : public QFBaseObject {
   void AddValue(const CString& name, long double value);
   void AddValue(const CString& name, const CArray<int, int>& value);
   // Adds a sub-key at the head of the list and takes ownership; allocate it with new. Does nothing, and takes no
-  // ownership, for null, for a key that has an owner, for this key and for a key above it.
+  // ownership, for null, for a key that has an owner, for this key and for a key above it, or if it raises
+  // std::bad_alloc.
   void AddKey(QFSettingsKey* key);
 
   // ---- access
@@ -156,7 +158,7 @@ class KVSHARE_API QFSettingsKey : public QFBaseObject {
   class NameIndex;
   class InBatch;
 
-  void AddItem(QFSettingsValue* value);
+  void AddItem(std::unique_ptr<QFSettingsValue> value);
   bool IsLibraryKeyClass() const;
   int SaveWithin(RegistrySave& save);
   int SaveItems(bool clears);
