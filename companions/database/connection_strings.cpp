@@ -10,7 +10,8 @@ constexpr LPCTSTR kPasswordKeys[] = {_T("Pwd"), _T("Password")};
 constexpr std::string_view kHidden = "***";
 
 // The keys of each kind of connection.
-constexpr LPCTSTR kFileKeys[] = {_T("Driver"), _T("Database"), _T("Dbq"), _T("FKSupport")};
+constexpr LPCTSTR kDatabaseKeys[] = {_T("Driver"), _T("Database"), _T("FKSupport")};
+constexpr LPCTSTR kDbqKeys[] = {_T("Driver"), _T("Dbq")};
 constexpr LPCTSTR kSourceKeys[] = {_T("DSN"), _T("Database"), _T("Uid"),
                                    _T("Pwd"), _T("Password"), _T("Connection Timeout")};
 constexpr LPCTSTR kServerKeys[] = {_T("Driver"),
@@ -103,12 +104,10 @@ ConnectionPieces::ConnectionPieces(const CString& text) {
     return;
   }
   sound_ = text.Find(TCHAR(0)) < 0;
-  bool empty = false;
   for (int begin = 0; begin < text.GetLength();) {
     const int end = PieceEnd(text, begin);
     const CString piece = text.Mid(begin, end - begin);
-    has_gap_ = has_gap_ || empty;
-    empty = Trimmed(piece).IsEmpty();
+    has_gap_ = has_gap_ || (end < text.GetLength() && Trimmed(piece).IsEmpty());
     Add(piece);
     begin = end + 1;
   }
@@ -170,9 +169,10 @@ std::string ConnectionPieces::Refusal() const {
   const bool source = Value(_T("DSN")).has_value() && driver.IsEmpty();
   const bool file = !source && (driver.CompareNoCase(kSQLiteDriver) == 0 || driver.CompareNoCase(kAccessDriver) == 0 ||
                                 is_path(_T("Database")) || is_path(_T("Dbq")));
-  const std::span<const LPCTSTR> known = source ? std::span<const LPCTSTR>(kSourceKeys)
-                                         : file ? std::span<const LPCTSTR>(kFileKeys)
-                                                : std::span<const LPCTSTR>(kServerKeys);
+  std::span<const LPCTSTR> known = kServerKeys;
+  if (source) known = kSourceKeys;
+  if (file) known = kDatabaseKeys;
+  if (file && Value(_T("Dbq"))) known = kDbqKeys;
   const auto is_known = [&known](const Piece& piece) {
     const auto is = [&piece](LPCTSTR key) { return piece.key.CompareNoCase(key) == 0; };
     return std::any_of(known.begin(), known.end(), is);

@@ -56,7 +56,7 @@ class KVSHARE_API ConnectionPieces {
 
   std::vector<Piece> pieces_;
   bool sound_ = true;
-  bool has_gap_ = false;  // an empty piece before another one
+  bool has_gap_ = false;  // an empty piece with a semicolon
 };
 
 // A text for messages that contains no password: a path unchanged; for a connection string "SERVER=x;DATABASE=y". A

@@ -50,7 +50,7 @@ std::string ReasonOf(LONG status) {
 
 // An argument as text. What is not UTF-8 would be another text in the file.
 CString TextOf(const char* what, const std::string& argument) {
-  const CString text = FromUtf8(argument);
+  CString text = FromUtf8(argument);
   if (ToUtf8(text) != argument) throw WrongUsage(fmt::format("the {} is not UTF-8: {}", what, argument));
   return text;
 }
@@ -225,7 +225,7 @@ void Write(const Options& options, const CString& section, LPCTSTR key, LPCTSTR 
 
 // Refuses a name that would be another one when it is read.
 CString WritableName(const char* what, const std::string& argument, LPCTSTR marks, LPCTSTR firstMarks) {
-  const CString name = TextOf(what, argument).Trim(_T(' '));
+  CString name = TextOf(what, argument).Trim(_T(' '));
   const auto refuse = [&](const char* reason) {
     throw WrongUsage(fmt::format("the {} \"{}\" {}, so it could not be found again", what, argument, reason));
   };
