@@ -93,8 +93,13 @@ int RunAndReport(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const int exitCode = RunAndReport(argc, argv);
-  // Output that a full disk does not take may fail only here.
-  if (std::fflush(stdout) == 0 && !std::ferror(stdout)) return exitCode;
-  return Fail("the output is incomplete; check whether the disk is full", 3, /*asJson=*/false);
+  try {
+    const int exitCode = RunAndReport(argc, argv);
+    // Output that a full disk does not take may fail only here.
+    if (std::fflush(stdout) == 0 && !std::ferror(stdout)) return exitCode;
+    return Fail("the output is incomplete; check whether the disk is full", 3, /*asJson=*/false);
+  } catch (...) {
+    kestrova::PrintOutOfMemory();
+    return 3;
+  }
 }

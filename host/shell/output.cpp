@@ -100,6 +100,8 @@ void PrintJson(const nlohmann::ordered_json& json) { PrintRaw(JsonText(json, /*i
 
 void PrintNote(const std::string& text) { std::fprintf(stderr, "kestrova: %s\n", Harmless(text).c_str()); }
 
+void PrintOutOfMemory() noexcept { std::fputs("kestrova: not enough memory\n", stderr); }
+
 void PrintRaw(std::string_view bytes) { std::fwrite(bytes.data(), 1, bytes.size(), stdout); }
 
 }  // namespace kestrova

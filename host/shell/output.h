@@ -54,6 +54,9 @@ void PrintJson(const nlohmann::ordered_json& json);
 // Prints a line on stderr for something that does not end the command.
 void PrintNote(const std::string& text);
 
+// Prints a line on stderr without allocating, for a failure that can't be reported otherwise.
+void PrintOutOfMemory() noexcept;
+
 // Prints bytes as they are: a value for a script, an export, or text of this program's own.
 void PrintRaw(std::string_view bytes);
 
