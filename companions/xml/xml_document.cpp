@@ -55,6 +55,12 @@ std::string ReasonOf(const pugi::xml_parse_result& result) {
   return reason;
 }
 
+// "256 MiB", "1000 bytes".
+std::string SizeText(std::size_t bytes) {
+  constexpr std::size_t kMiB = std::size_t{1} << 20;
+  return bytes % kMiB ? std::to_string(bytes) + " bytes" : std::to_string(bytes / kMiB) + " MiB";
+}
+
 // A file opened for reading; false if that failed.
 struct FileHandle {
   explicit FileHandle(LPCTSTR path)
@@ -211,7 +217,7 @@ KVXMLNode* KVXMLDocument::LoadFromFile(CString fileName) {
     DWORD read = 0;
     bool done = file && GetFileSizeEx(file.handle, &size) && SetFilePointerEx(file.handle, start, nullptr, FILE_BEGIN);
     if (done && size.QuadPart > LONGLONG(most_bytes_)) {
-      Fail(Kind::kTooLarge, "the file is too large");
+      Fail(Kind::kTooLarge, "the file is larger than " + SizeText(most_bytes_));
       return false;
     }
     if (done) {
@@ -230,7 +236,7 @@ KVXMLNode* KVXMLDocument::LoadFromMemory(std::string_view bytes) {
   Clear();
   return Load([&] {
     if (bytes.size() > most_bytes_) {
-      Fail(KVXMLFailure::Kind::kTooLarge, "the text is too large");
+      Fail(KVXMLFailure::Kind::kTooLarge, "the text is larger than " + SizeText(most_bytes_));
       return false;
     }
     MakeRoom(bytes.size());
@@ -264,10 +270,8 @@ bool KVXMLDocument::ReadText(const Source& source) {
 KVXMLNode* KVXMLDocument::Load(const Source& source) {
   if (!ReadText(source)) return nullptr;
   if (keep_places_) line_starts_ = kvxml::LineStarts(Text());
-  if (const std::size_t deeper = kvxml::FindDeeper(Text(), kXMLMostDepth); deeper != std::string_view::npos) {
-    return FailMalformed(source, deeper,
-                         "more than " + std::to_string(kXMLMostDepth) + " elements are inside each other");
-  }
+  if (std::optional<kvxml::Fault> excess = kvxml::FindExcess(Text(), kXMLMostDepth, kXMLMostElements))
+    return FailMalformed(source, excess->byte, std::move(excess->reason));
   if (keep_faults_) ListFaults();
   parsed_ = std::make_unique<Parsed>();
   const unsigned options = pugi::parse_default | (whole_ ? pugi::parse_comments : 0);

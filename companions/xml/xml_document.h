@@ -8,6 +8,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -30,7 +31,7 @@ struct KVXMLFailure {
     kMissing,     // the file does not exist
     kUnreadable,  // the file exists but cannot be read: no permission, a folder, a disk error
     kTooLarge,    // the file or text is larger than the limit
-    kMalformed,   // the XML is not well-formed or too deep; place and byte say where
+    kMalformed,   // the XML is not well-formed, too deep or has too many elements; place and byte say where
   };
 
   Kind kind = Kind::kNone;
@@ -49,6 +50,10 @@ struct KVXMLFault {
 inline constexpr std::size_t kXMLMostBytes = std::size_t{256} << 20;
 // The most elements inside each other, the root element included.
 inline constexpr std::size_t kXMLMostDepth = 10000;
+// The most elements. The parser uses 64 bytes for an element or text and 40 for an attribute, so a document of empty
+// elements ("<a/>") uses 17 times its size. With this limit elements and texts use at most 1 GB; attributes use at most
+// 8 times the document's size.
+inline constexpr std::size_t kXMLMostElements = 8000000;
 // The most faults that are listed.
 inline constexpr std::size_t kXMLMostFaults = 1000;
 
@@ -141,7 +146,7 @@ class KVSHARE_API KVXMLDocument {
   int encoding_ = 0;                                 // of the file
   bool reproducible_ = true;                         // whether the bytes of the file can be written again
   std::vector<Change> changes_;                      // sorted by offset
-  std::vector<std::size_t> line_starts_;             // offsets before parsing; empty if not kept
+  std::vector<std::uint32_t> line_starts_;           // offsets before parsing; empty if not kept
   std::vector<std::unique_ptr<KVXMLNode[]>> nodes_;  // blocks; used_ and room_ belong to the last one
   std::size_t used_ = 0;
   std::size_t room_ = 0;

@@ -220,17 +220,21 @@ bool Pieces::Next(Piece& piece) {
   return true;
 }
 
-std::size_t FindDeeper(std::string_view document, std::size_t depth) {
-  if (!HasMoreTags(document, depth)) return kNone;
+std::optional<Fault> FindExcess(std::string_view document, std::size_t depth, std::size_t elements) {
+  if (!HasMoreTags(document, std::min(depth, elements))) return std::nullopt;
   std::size_t open = 0;
+  std::size_t count = 0;
   Piece piece;
   for (Pieces pieces(document); pieces.Next(piece);) {
-    const bool start = piece.kind == Piece::Kind::kStartTag;
-    if (open >= depth && (start || piece.kind == Piece::Kind::kEmptyTag)) return piece.at + 1;
-    if (start) ++open;
     if (piece.kind == Piece::Kind::kEndTag && open > 0) --open;
+    const bool start = piece.kind == Piece::Kind::kStartTag;
+    if (!start && piece.kind != Piece::Kind::kEmptyTag) continue;
+    if (open >= depth)
+      return Fault{piece.at + 1, "more than " + std::to_string(depth) + " elements are inside each other"};
+    if (++count > elements) return Fault{piece.at + 1, "there are more than " + std::to_string(elements) + " elements"};
+    if (start) ++open;
   }
-  return kNone;
+  return std::nullopt;
 }
 
 std::vector<Fault> FindFaults(std::string_view document, std::size_t most) { return FaultSearch(document, most).Run(); }

@@ -142,12 +142,14 @@ std::string EscapeAttribute(TextView value) {
   return out;
 }
 
-std::vector<std::size_t> LineStarts(std::string_view text) {
-  std::vector<std::size_t> starts{0};
+std::vector<std::uint32_t> LineStarts(std::string_view text) {
+  std::vector<std::uint32_t> starts;
+  starts.reserve(std::size_t(std::ranges::count(text, '\n')) + 1);
+  starts.push_back(0);
   const char* at = text.data();
   const char* const end = at + text.size();
   while (at != end && (at = static_cast<const char*>(std::memchr(at, '\n', std::size_t(end - at))))) {
-    starts.push_back(std::size_t(++at - text.data()));
+    starts.push_back(std::uint32_t(++at - text.data()));
   }
   return starts;
 }

@@ -231,7 +231,7 @@ void Export(const Options& options) {
 void Show(const Options& options) {
   KVVMMachine machine;
   Load(Choose(options), machine);
-  options.json ? PrintJson(MachineJson(machine)) : PrintLines(MachineTree(machine));
+  options.json ? PrintMachineJson(machine) : PrintMachineTree(machine);
 }
 
 // A definition that is not well-formed has one finding.

@@ -3,9 +3,11 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <functional>
-#include <map>
+#include <cstdint>
 #include <nlohmann/json.hpp>
+#include <numeric>
+#include <ranges>
+#include <span>
 #include <vector>
 
 #include "host/shell/output.h"
@@ -21,6 +23,7 @@ constexpr int kDeepestIndent = 20;  // deeper shapes have the same indent
 template <class Object>
 std::vector<const Object*> ObjectsOf(const CObList& list) {
   std::vector<const Object*> objects;
+  objects.reserve(std::size_t(list.GetCount()));
   for (POSITION at = list.GetHeadPosition(); at;) objects.push_back(static_cast<const Object*>(list.GetNext(at)));
   return objects;
 }
@@ -44,8 +47,8 @@ FRVector Base5thOf(const CQVMChannel& c, int i) {
 struct ShapeList {
   int row;
   CM_AXIS_TYPE axis;
-  int fixture;  // index, or -1 for the tool
-  std::vector<int> ids;
+  int fixture;               // index, or -1 for the tool
+  std::span<const int> ids;  // of the table
 };
 
 std::vector<ShapeList> ListsOf(KVVMMachine& machine) {
@@ -58,7 +61,7 @@ std::vector<ShapeList> ListsOf(KVVMMachine& machine) {
         const KVVMShapeRef* shapes =
             fixture < 0 ? table.FindToolShapes(row, at) : table.FindFixtureShapes(row, at, fixture, /*zeroBased=*/1);
         if (!shapes || shapes->GetCount() == 0) continue;
-        lists.push_back({row, at, fixture, {shapes->GetIDs(), shapes->GetIDs() + shapes->GetCount()}});
+        lists.push_back({row, at, fixture, {shapes->GetIDs(), std::size_t(shapes->GetCount())}});
       }
     }
   }
@@ -71,22 +74,27 @@ class Tree {
  public:
   explicit Tree(KVVMMachine& machine) : machine_(machine) {}
 
-  std::string Write() {
+  void Print() {
     Line(0, "{} ({}), {}", ToUtf8(machine_.GetName()), TextOf(machine_.GetMachType()), MachineSummary(machine_));
     for (const auto* channel : ObjectsOf<CQVMChannel>(machine_.GetChannels())) WriteChannel(*channel);
     WriteShapes();
     WriteLists();
-    return std::move(out_);
   }
 
  private:
+  using Index = std::uint32_t;  // of a shape
+  static constexpr Index kNoShape = Index(-1);
+  struct Child {
+    Index parent;  // kNoShape: none
+    Index shape;
+  };
+
   template <class... Values>
   void Line(int depth, fmt::format_string<Values...> format, Values&&... values) {
-    out_.append(std::size_t(std::min(depth, kDeepestIndent)) * 2, ' ');
-    const std::size_t begin = out_.size();
-    fmt::format_to(std::back_inserter(out_), format, std::forward<Values>(values)...);
-    MakeHarmless(out_, begin);
-    out_ += '\n';
+    std::string line(std::size_t(std::min(depth, kDeepestIndent)) * 2, ' ');
+    fmt::format_to(std::back_inserter(line), format, std::forward<Values>(values)...);
+    MakeHarmless(line);
+    PrintRaw(line += '\n');
   }
 
   void WriteChannel(const CQVMChannel& channel) {
@@ -134,39 +142,46 @@ class Tree {
 
   // Each shape comes after its parent, indented. Shapes without a parent come first, rings of parents last.
   void WriteShapes() {
-    const auto shapes = ObjectsOf<CQVMShape>(machine_.GetShapes());
-    if (!shapes.empty()) Line(1, "shapes");
-    std::map<CString, const CQVMShape*> named;
-    for (const auto* shape : shapes) named.emplace(shape->GetName(), shape);
-    std::multimap<const CQVMShape*, const CQVMShape*> children;
-    for (const auto* shape : shapes) {
-      const auto parent = named.find(shape->GetParentName());
-      const bool hangs = !shape->GetParentName().IsEmpty() && parent != named.end() && parent->second != shape;
-      children.emplace(hangs ? parent->second : nullptr, shape);
+    shapes_ = ObjectsOf<CQVMShape>(machine_.GetShapes());
+    if (!shapes_.empty()) Line(1, "shapes");
+    FindChildren();
+    written_.assign(shapes_.size(), false);
+    for (const Child& child : ChildrenOf(kNoShape)) WriteWithChildren(child.shape);
+    for (Index i = 0; i < shapes_.size(); ++i) {
+      if (!written_[i]) WriteWithChildren(i);
     }
-    std::map<const CQVMShape*, bool> written;
-    std::vector<std::pair<const CQVMShape*, int>> open;
-    const auto push = [&](const CQVMShape* parent, int depth) {
-      const auto [first, last] = children.equal_range(parent);
-      const auto from = std::ptrdiff_t(open.size());
-      for (auto at = first; at != last; ++at) open.emplace_back(at->second, depth);
-      std::reverse(open.begin() + from, open.end());
-    };
-    const auto writeOpen = [&] {
-      while (!open.empty()) {
-        const auto [shape, depth] = open.back();
-        open.pop_back();
-        if (std::exchange(written[shape], true)) continue;
-        WriteShape(*shape, depth);
-        push(shape, depth + 1);
-      }
-    };
-    push(nullptr, 2);
-    writeOpen();
-    for (const auto* shape : shapes) {
-      if (written[shape]) continue;
-      open.emplace_back(shape, 2);
-      writeOpen();
+  }
+
+  // A name means its first shape.
+  void FindChildren() {
+    std::vector<Index> named(shapes_.size());
+    std::iota(named.begin(), named.end(), Index(0));
+    const auto nameOf = [&](Index i) { return shapes_[i]->GetName().View(); };
+    std::ranges::stable_sort(named, {}, nameOf);
+    children_.reserve(shapes_.size());
+    for (Index i = 0; i < shapes_.size(); ++i) {
+      const TextView parent = shapes_[i]->GetParentName().View();
+      const auto found = std::ranges::lower_bound(named, parent, {}, nameOf);
+      const bool hangs = !parent.empty() && found != named.end() && nameOf(*found) == parent && *found != i;
+      children_.push_back({hangs ? *found : kNoShape, i});
+    }
+    std::ranges::stable_sort(children_, {}, &Child::parent);
+  }
+
+  std::span<const Child> ChildrenOf(Index parent) const {
+    const auto found = std::ranges::equal_range(children_, parent, {}, &Child::parent);
+    return {found.begin(), found.end()};
+  }
+
+  void WriteWithChildren(Index first) {
+    std::vector<std::pair<Index, int>> open = {{first, 2}};
+    while (!open.empty()) {
+      const auto [at, depth] = open.back();
+      open.pop_back();
+      if (written_[at]) continue;
+      written_[at] = true;
+      WriteShape(*shapes_[at], depth);
+      for (const Child& child : std::views::reverse(ChildrenOf(at))) open.emplace_back(child.shape, depth + 1);
     }
   }
 
@@ -194,40 +209,44 @@ class Tree {
   }
 
   KVVMMachine& machine_;
-  std::string out_;
+  std::vector<const CQVMShape*> shapes_;
+  std::vector<Child> children_;  // by parent, then in file order
+  std::vector<bool> written_;    // by shape
 };
 
 // ---- JSON
 
-Json ChannelJson(const CQVMChannel& channel) {
-  Json stations = Json::array();
+void PrintChannel(JsonPrinter& json, const CQVMChannel& channel) {
+  json.Open({}, '{');
+  json.Add("number", channel.GetChannelNum());
+  json.Add("name", ToUtf8(channel.GetName()));
+  json.Add("target", Text(TextOf(channel.GetToolTarget())));
+  json.Add("turret", channel.GetTurretNum());
+  json.Add("stationCount", channel.GetNumStations());
+  json.Add("diameter", channel.GetTurretDiam());
+  json.Add("direction", Text(TextOf(channel.GetTurretDirType())));
+  json.Add("gauge", {channel.GetToolGaugeX(), channel.GetToolGaugeY(), channel.GetToolGaugeZ()});
+  json.Open("stations", '[');
   for (const auto* node : ObjectsOf<CQVMToolNode>(channel.GetToolNodes())) {
-    stations.push_back({{"position", node->GetID()},
-                        {"name", ToUtf8(node->GetName())},
-                        {"location", VectorJson(node->m_location)},
-                        {"vectorX", VectorJson(node->m_vectorX)},
-                        {"vectorZ", VectorJson(node->m_vectorZ)}});
+    json.Add({}, {{"position", node->GetID()},
+                  {"name", ToUtf8(node->GetName())},
+                  {"location", VectorJson(node->m_location)},
+                  {"vectorX", VectorJson(node->m_vectorX)},
+                  {"vectorZ", VectorJson(node->m_vectorZ)}});
   }
-  Json fixtures = Json::array();
+  json.Close();
+  json.Open("fixtures", '[');
   for (int i = 0; i < CQVMChannel::kFixtures; ++i) {
     if (!channel.GetFixtureStatus(i)) continue;
-    fixtures.push_back({{"id", i + 1},
-                        {"axis4", Text(TextOf(channel.Get4thAxisFixtureDirType(i)))},
-                        {"axis5", Text(TextOf(channel.Get5thAxisFixtureDirType(i)))},
-                        {"offset", VectorJson(OffsetOf(channel, i))},
-                        {"axis4Base", VectorJson(Base4thOf(channel, i))},
-                        {"axis5Base", VectorJson(Base5thOf(channel, i))}});
+    json.Add({}, {{"id", i + 1},
+                  {"axis4", Text(TextOf(channel.Get4thAxisFixtureDirType(i)))},
+                  {"axis5", Text(TextOf(channel.Get5thAxisFixtureDirType(i)))},
+                  {"offset", VectorJson(OffsetOf(channel, i))},
+                  {"axis4Base", VectorJson(Base4thOf(channel, i))},
+                  {"axis5Base", VectorJson(Base5thOf(channel, i))}});
   }
-  return {{"number", channel.GetChannelNum()},
-          {"name", ToUtf8(channel.GetName())},
-          {"target", Text(TextOf(channel.GetToolTarget()))},
-          {"turret", channel.GetTurretNum()},
-          {"stationCount", channel.GetNumStations()},
-          {"diameter", channel.GetTurretDiam()},
-          {"direction", Text(TextOf(channel.GetTurretDirType()))},
-          {"gauge", {channel.GetToolGaugeX(), channel.GetToolGaugeY(), channel.GetToolGaugeZ()}},
-          {"stations", stations},
-          {"fixtures", fixtures}};
+  json.Close();
+  json.Close();
 }
 
 Json ShapeJson(const CQVMShape& shape) {
@@ -253,27 +272,33 @@ Json ShapeJson(const CQVMShape& shape) {
 
 }  // namespace
 
-std::string MachineTree(KVVMMachine& machine) { return Tree(machine).Write(); }
+void PrintMachineTree(KVVMMachine& machine) { Tree(machine).Print(); }
 
-Json MachineJson(KVVMMachine& machine) {
-  Json channels = Json::array();
-  for (const auto* channel : ObjectsOf<CQVMChannel>(machine.GetChannels())) channels.push_back(ChannelJson(*channel));
-  Json shapes = Json::array();
-  for (const auto* shape : ObjectsOf<CQVMShape>(machine.GetShapes())) shapes.push_back(ShapeJson(*shape));
-  Json lists = Json::array();
+void PrintMachineJson(KVVMMachine& machine) {
+  JsonPrinter json;
+  json.Add("name", ToUtf8(machine.GetName()));
+  json.Add("type", Text(TextOf(machine.GetMachType())));
+  json.Add("declaredChannels", machine.GetNumChannels());
+  json.Add("declaredShapes", machine.GetNumShapes());
+  json.Open("channels", '[');
+  for (const auto* channel : ObjectsOf<CQVMChannel>(machine.GetChannels())) PrintChannel(json, *channel);
+  json.Close();
+  json.Open("shapes", '[');
+  for (const auto* shape : ObjectsOf<CQVMShape>(machine.GetShapes())) json.Add({}, ShapeJson(*shape));
+  json.Close();
+  json.Open("shapeLists", '[');
   for (const ShapeList& list : ListsOf(machine)) {
-    lists.push_back({{"row", list.row},
-                     {"axis", Text(TextOf(list.axis))},
-                     {"fixture", list.fixture < 0 ? Json() : Json(list.fixture + 1)},
-                     {"shapes", list.ids}});
+    json.Open({}, '{');
+    json.Add("row", list.row);
+    json.Add("axis", Text(TextOf(list.axis)));
+    json.Add("fixture", list.fixture < 0 ? Json() : Json(list.fixture + 1));
+    json.Open("shapes", '[');
+    for (const int id : list.ids) json.AddElement(id);
+    json.Close();
+    json.Close();
   }
-  return {{"name", ToUtf8(machine.GetName())},
-          {"type", Text(TextOf(machine.GetMachType()))},
-          {"declaredChannels", machine.GetNumChannels()},
-          {"declaredShapes", machine.GetNumShapes()},
-          {"channels", channels},
-          {"shapes", shapes},
-          {"shapeLists", lists}};
+  json.Close();
+  json.Close();
 }
 
 MachineCounts CountsOf(KVVMMachine& machine) {

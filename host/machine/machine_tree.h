@@ -1,16 +1,16 @@
 // A machine as text for users and as JSON for programs.
 #pragma once
 
-#include <nlohmann/json_fwd.hpp>
 #include <string>
 
 class KVVMMachine;
 
 namespace kestrova {
 
-// Channels, tool targets, stations, fixtures, shapes by parent and shape lists, one indented line each.
-std::string MachineTree(KVVMMachine& machine);
-nlohmann::ordered_json MachineJson(KVVMMachine& machine);
+// Print channels, tool targets, stations, fixtures, shapes by parent and shape lists: one indented line each, or as a
+// JSON object. Neither keeps the text in memory, because a machine may have a million shapes.
+void PrintMachineTree(KVVMMachine& machine);
+void PrintMachineJson(KVVMMachine& machine);
 
 struct MachineCounts {
   long long channels = 0;

@@ -7,6 +7,7 @@
 namespace kestrova {
 namespace {
 
+constexpr int kJsonIndent = 2;
 constexpr unsigned char kDelete = 0x7F;
 constexpr unsigned char kC1Lead = 0xC2;  // first byte of U+0080 to U+009F
 constexpr unsigned char kC1End = 0xA0;   // one past the second bytes of U+0080 to U+009F
@@ -96,7 +97,46 @@ std::string JsonText(const nlohmann::ordered_json& json, int indent) {
   return out;
 }
 
-void PrintJson(const nlohmann::ordered_json& json) { PrintRaw(JsonText(json, /*indent=*/2) + '\n'); }
+void PrintJson(const nlohmann::ordered_json& json) { PrintRaw(JsonText(json, kJsonIndent) + '\n'); }
+
+void JsonPrinter::Add(std::string_view name, const nlohmann::ordered_json& value) {
+  Begin(name);
+  const std::string text = JsonText(value, kJsonIndent);
+  const std::string indent(closing_.size() * kJsonIndent, ' ');
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t end = std::min(text.find('\n', at), text.size() - 1) + 1;
+    PrintRaw(std::string_view(text).substr(at, end - at));
+    if (text[end - 1] == '\n') PrintRaw(indent);
+    at = end;
+  }
+}
+
+void JsonPrinter::AddElement(int number) {
+  Begin({});
+  PrintRaw(std::to_string(number));
+}
+
+void JsonPrinter::Open(std::string_view name, char bracket) {
+  if (!closing_.empty()) Begin(name);
+  PrintRaw({&bracket, 1});
+  closing_ += bracket == '{' ? '}' : ']';
+  empty_ = true;
+}
+
+void JsonPrinter::Close() {
+  const char bracket = closing_.back();
+  closing_.pop_back();
+  if (!empty_) PrintRaw('\n' + std::string(closing_.size() * kJsonIndent, ' '));
+  PrintRaw({&bracket, 1});
+  empty_ = false;
+  if (closing_.empty()) PrintRaw("\n");
+}
+
+void JsonPrinter::Begin(std::string_view name) {
+  PrintRaw((empty_ ? "\n" : ",\n") + std::string(closing_.size() * kJsonIndent, ' '));
+  if (!name.empty()) PrintRaw(JsonText(name) + ": ");
+  empty_ = false;
+}
 
 void PrintNote(const std::string& text) { std::fprintf(stderr, "kestrova: %s\n", Harmless(text).c_str()); }
 

@@ -51,6 +51,28 @@ std::string JsonText(const nlohmann::ordered_json& json, int indent = -1);
 // Prints a JSON value with an indent of two blanks and a line end.
 void PrintJson(const nlohmann::ordered_json& json);
 
+// Prints a JSON object member by member, with the same text as PrintJson: for an object that is too large to be built.
+// Each Open needs its Close.
+class JsonPrinter {
+ public:
+  // Opens the object.
+  JsonPrinter() { Open({}, '{'); }
+  // Prints a member, or an element of an array with an empty name.
+  void Add(std::string_view name, const nlohmann::ordered_json& value);
+  // Prints an integer as an element of an array.
+  void AddElement(int number);
+  // Opens an object or an array, by '{' or '[', as a member or element.
+  void Open(std::string_view name, char bracket);
+  // Closes the last one opened. After the first one, a line end follows.
+  void Close();
+
+ private:
+  void Begin(std::string_view name);
+
+  std::string closing_;  // the closing brackets of what is open
+  bool empty_ = true;    // nothing is in the last one opened
+};
+
 // Prints a line on stderr for something that does not end the command.
 void PrintNote(const std::string& text);
 

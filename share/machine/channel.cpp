@@ -16,9 +16,8 @@ void CQVMChannel::SetToolTarget(MDTurretType target) {
 }
 
 void CQVMChannel::AddToolNode(CQVMToolNode* node) {
-  if (!node) return;
   std::unique_ptr<CQVMToolNode> owned(node);
-  m_tool.m_toolNodes.AddTail(node);
+  if (node) m_tool.m_toolNodes.AddTail(node);
   owned.release();
 }
 

@@ -90,16 +90,14 @@ CString KVVMMachine::GetMachType(VM_MACHINE_TYPE type) { return WideText(TextOf(
 // ---- channels and shapes
 
 void KVVMMachine::AddChannel(CQVMChannel* channel) {
-  if (!channel) return;
   std::unique_ptr<CQVMChannel> owned(channel);
-  m_channels.AddTail(channel);
+  if (channel) m_channels.AddTail(channel);
   owned.release();
 }
 
 void KVVMMachine::AddShape(CQVMShape* shape) {
-  if (!shape) return;
   std::unique_ptr<CQVMShape> owned(shape);
-  m_shapes.AddTail(shape);
+  if (shape) m_shapes.AddTail(shape);
   owned.release();
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <vector>
 
 #include "share/machine/internal/machine_numbers.h"
 #include "share/machine/machine.h"
@@ -230,16 +231,18 @@ bool BeginList(Reading& r) {
 }
 
 void StoreList(Reading& r, CM_TARGET_TYPE target) {
-  CObList ids;
+  const std::string_view list = r.list.list;
+  std::vector<int> ids;
+  ids.reserve(std::min(std::size_t(std::max(r.list.num, 0)), std::size_t(std::ranges::count(list, ',')) + 1));
   int id = 0;
-  ForEachListItem(r.list.list, r.list.num, [&](Text item, bool repeated) {
+  ForEachListItem(list, r.list.num, [&](Text item, bool repeated) {
     if (repeated && r.repeatsLeft-- <= 0) return false;
     std::size_t used = 0;
     if (!repeated) id = ToInteger(item, used);
-    ids.AddTail(new KVVMShapeInfo(id));
+    ids.push_back(id);
     return true;
   });
-  r.machine.AddShapeRef(r.list.channel, r.list.axis, target, r.list.fixture, ids);
+  r.machine.GetShapeMngr()->SetShapeIDs(r.list.channel, r.list.axis, target, r.list.fixture, std::move(ids));
 }
 
 void EndToolList(Reading& r) { StoreList(r, CM_TARGET_TOOL); }

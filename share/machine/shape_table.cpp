@@ -41,15 +41,20 @@ void KVVMShapeRefMngr::DeleteTargetIDArray() { m_table.reset(); }
 int KVVMShapeRefMngr::AddShapeRef(CM_TARGET_TYPE target, int id, CObList& list) {
   if (list.IsEmpty()) return 0;
   if (target == CM_TARGET_NONE) return 1;
-  if (!Find(target, id)) {
+  KVVMShapeRef* const shapes = Find(target, id);
+  if (!shapes) {
     DeleteEntries(list);
     return 0;
   }
-  (*m_table)[std::size_t(target)][std::size_t(id)].AddShapeRef(list);
+  shapes->AddShapeRef(list);
   return 1;
 }
 
 const KVVMShapeRef* KVVMShapeRefMngr::Find(CM_TARGET_TYPE target, int id) const {
+  return const_cast<KVVMShapeRefMngr*>(this)->Find(target, id);
+}
+
+KVVMShapeRef* KVVMShapeRefMngr::Find(CM_TARGET_TYPE target, int id) {
   if (!m_table || target < 0 || target >= kTargets || id < 0 || id >= kFixtures) return nullptr;
   return &(*m_table)[std::size_t(target)][std::size_t(id)];
 }
@@ -68,8 +73,7 @@ void KVVMShapeMngr::DeleteChannelAxisArray() {
 }
 
 int KVVMShapeMngr::AddShapeRef(int channel, CM_AXIS_TYPE axis, CM_TARGET_TYPE target, int id, CObList& list) {
-  const int row = channel == m_nChannels ? m_nChannels - 1 : channel;
-  return AddToRow(row, axis, target, id, list);
+  return AddToRow(RowOf(channel), axis, target, id, list);
 }
 
 int KVVMShapeMngr::AddShapeRef(int channel, CM_MOVE_TYPE move, CM_SHAPE_DIR_TYPE direction, CM_TARGET_TYPE target,
@@ -81,17 +85,31 @@ int KVVMShapeMngr::AddShapeRef(int channel, CM_MOVE_TYPE move, CM_SHAPE_DIR_TYPE
 
 int KVVMShapeMngr::AddToRow(int row, int axis, CM_TARGET_TYPE target, int id, CObList& list) {
   if (list.IsEmpty()) return 0;
-  if (!m_bTable || row < 0 || row >= m_nChannels || axis < 0 || axis >= kMachineAxes) {
+  KVVMShapeRefMngr* const cells = CellsOf(row, axis);
+  if (!cells) {
     DeleteEntries(list);
     return 0;
   }
+  return cells->AddShapeRef(target, id, list);
+}
+
+int KVVMShapeMngr::SetShapeIDs(int channel, CM_AXIS_TYPE axis, CM_TARGET_TYPE target, int id, std::vector<int> ids) {
+  KVVMShapeRefMngr* const cells = ids.empty() ? nullptr : CellsOf(RowOf(channel), axis);
+  KVVMShapeRef* const shapes = cells ? cells->Find(target, id) : nullptr;
+  if (!shapes) return 0;
+  shapes->SetShapeIDs(std::move(ids));
+  return 1;
+}
+
+KVVMShapeRefMngr* KVVMShapeMngr::CellsOf(int row, int axis) {
+  if (!m_bTable || row < 0 || row >= m_nChannels || axis < 0 || axis >= kMachineAxes) return nullptr;
   if (std::size_t(row) >= m_rows.size()) m_rows.resize(std::size_t(row) + 1);
   std::unique_ptr<Row>& stored = m_rows[std::size_t(row)];
   if (!stored) {
+    m_usedRows.push_back(row);  // first, so that the deletion finds the row even if this raises
     stored = std::make_unique<Row>();
-    m_usedRows.push_back(row);
   }
-  return (*stored)[std::size_t(axis)].AddShapeRef(target, id, list);
+  return &(*stored)[std::size_t(axis)];
 }
 
 const KVVMShapeRef* KVVMShapeMngr::Find(int row, CM_AXIS_TYPE axis, CM_TARGET_TYPE target, int id) const {

@@ -12,6 +12,7 @@
 
 #include <array>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "framework/ob_list.h"
@@ -38,6 +39,8 @@ class KVSHARE_API KVVMShapeRef : public CObject {
 
   // Replaces the IDs by those of the list, in order. Deletes the KVVMShapeInfo of the list and empties it.
   void AddShapeRef(CObList& list);
+  // Replaces the IDs. Needs no object for each ID, unlike AddShapeRef.
+  void SetShapeIDs(std::vector<int> ids) { m_ids = std::move(ids); }
   // Copies the IDs to out, which has room for GetCount() IDs, and returns the count. With null it only returns the
   // count.
   int GetShapeArray(int* out) const;
@@ -69,6 +72,7 @@ class KVSHARE_API KVVMShapeRefMngr : public CObject {
   int AddShapeRef(CM_TARGET_TYPE target, int id, CObList& list);
   // The cell, owned by the table; null for a target or id outside the table.
   const KVVMShapeRef* Find(CM_TARGET_TYPE target, int id) const;
+  KVVMShapeRef* Find(CM_TARGET_TYPE target, int id);
 
  private:
   using Table = std::array<std::array<KVVMShapeRef, kFixtures>, kTargets>;
@@ -96,6 +100,8 @@ class KVSHARE_API KVVMShapeMngr : public CObject {
   // The same with the axis given by move and direction. Here a channel equal to the count is outside the table.
   int AddShapeRef(int channel, CM_MOVE_TYPE move, CM_SHAPE_DIR_TYPE direction, CM_TARGET_TYPE target, int id,
                   CObList& list);
+  // The first form with the IDs in an array: an empty one, or indices outside the table, change nothing and return 0.
+  int SetShapeIDs(int channel, CM_AXIS_TYPE axis, CM_TARGET_TYPE target, int id, std::vector<int> ids);
 
   // Copy the IDs of a cell to out, which has room for them, and return the count; 0 for indices outside the table. With
   // a null out they only return the count. In a table of one row the channel is ignored.
@@ -110,6 +116,10 @@ class KVSHARE_API KVVMShapeMngr : public CObject {
  private:
   using Row = std::array<KVVMShapeRefMngr, kMachineAxes>;
 
+  // The row of the first form of AddShapeRef.
+  int RowOf(int channel) const { return channel == m_nChannels ? m_nChannels - 1 : channel; }
+  // The cells of a row and axis, which it creates if the row has none; null for indices outside the table.
+  KVVMShapeRefMngr* CellsOf(int row, int axis);
   int AddToRow(int row, int axis, CM_TARGET_TYPE target, int id, CObList& list);
   const KVVMShapeRef* Find(int row, CM_AXIS_TYPE axis, CM_TARGET_TYPE target, int id) const;
 

@@ -106,6 +106,7 @@ TEST(XmlEdit, RefusesWhatItCanNotDo) {
   small.SetMostBytes(3);
   EXPECT_EQ(small.LoadFromMemory("<r/>"), nullptr);
   EXPECT_EQ(small.LastFailure().kind, KVXMLFailure::Kind::kTooLarge);
+  EXPECT_EQ(small.LastFailure().reason, "the text is larger than 3 bytes");
 }
 
 TEST(XmlEdit, SaveReplacesTheFile) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,14 +31,15 @@ class Pieces {
   std::size_t at_ = 0;
 };
 
-// The offset of the name of the first element that is inside that many others; npos if there is none.
-std::size_t FindDeeper(std::string_view document, std::size_t depth);
-
 // Something that XML forbids and the parser accepts, at an offset in the document.
 struct Fault {
   std::size_t byte = 0;
   std::string reason;
 };
+
+// The first element that is inside more than `depth` others, itself counted, or that follows `elements` others. Neither
+// is above the other limit.
+std::optional<Fault> FindExcess(std::string_view document, std::size_t depth, std::size_t elements);
 
 // Finds text outside the root element, references to unknown entities and to what is no character, "<" in values,
 // control characters and bytes that are not UTF-8. Returns at most that many, by offset.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -35,7 +36,7 @@ std::string Encode(std::string_view text, Encoding encoding);
 // The value escaped for an attribute in quotes. The result is ASCII, so it is valid in every encoding.
 std::string EscapeAttribute(TextView value);
 
-// The offset of each line's first byte; the first one is 0. A line ends with LF.
-std::vector<std::size_t> LineStarts(std::string_view text);
+// The offset of each line's first byte; the first one is 0. A line ends with LF. The text is shorter than 4 GiB.
+std::vector<std::uint32_t> LineStarts(std::string_view text);
 
 }  // namespace kvxml
