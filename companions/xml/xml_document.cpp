@@ -21,6 +21,11 @@ static_assert(sizeof(pugi::xml_node) == sizeof(void*) && sizeof(pugi::xml_attrib
 
 pugi::xml_node NodeOf(void* parsed) { return std::bit_cast<pugi::xml_node>(parsed); }
 pugi::xml_attribute AttributeOf(void* parsed) { return std::bit_cast<pugi::xml_attribute>(parsed); }
+// The same without a copy of the pointer.
+const pugi::xml_node& NodeIn(void* const& parsed) { return reinterpret_cast<const pugi::xml_node&>(parsed); }
+const pugi::xml_attribute& AttributeIn(void* const& parsed) {
+  return reinterpret_cast<const pugi::xml_attribute&>(parsed);
+}
 template <class Handle>
 void* BitsOf(Handle handle) {
   return std::bit_cast<void*>(handle);
@@ -109,15 +114,32 @@ KVXMLAttributeReader::KVXMLAttributeReader(KVXMLElement element) noexcept
 
 bool KVXMLAttributeReader::Next(std::string_view& name, std::string_view& value) noexcept {
   if (!parsed_) return false;
-  const pugi::xml_attribute at = AttributeOf(parsed_);
-  const pugi::xml_attribute next = at.next_attribute();
-  const char* const begin = at.value();
-  const char* const next_name = BitsOf(next) ? next.name() : nullptr;
+  const char* const begin = AttributeIn(parsed_).value();
   name = TextBefore(name_, begin);
-  value = next_name ? TextBefore(begin, next_name) : std::string_view(begin);
-  parsed_ = BitsOf(next);
-  name_ = next_name;
+  parsed_ = BitsOf(AttributeIn(parsed_).next_attribute());
+  if (parsed_) {
+    name_ = AttributeIn(parsed_).name();
+    value = TextBefore(begin, name_);
+  } else {
+    value = begin;
+  }
   return true;
+}
+
+KVXMLElementReader::KVXMLElementReader(KVXMLElement parent) noexcept
+    : parsed_(parent.parsed_ ? BitsOf(NodeIn(parent.parsed_).first_child()) : nullptr) {}
+
+bool KVXMLElementReader::Next(KVXMLElement& child, std::string_view& name) noexcept {
+  while (parsed_) {
+    const char* const text = NodeIn(parsed_).name();
+    void* const node = parsed_;
+    parsed_ = BitsOf(NodeIn(parsed_).next_sibling());
+    if (*text == '\0') continue;  // no element
+    child = KVXMLElement(node);
+    name = text;
+    return true;
+  }
+  return false;
 }
 
 // Nodes ---------------------------------------------------------------------------------------------------------------

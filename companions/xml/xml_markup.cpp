@@ -3,7 +3,9 @@
 #include "companions/xml/internal/xml_markup.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
+#include <cstring>
 
 #include "framework/text.h"
 
@@ -19,15 +21,23 @@ std::size_t After(std::string_view document, std::string_view wanted, std::size_
   return found == kNone ? kNone : found + wanted.size();
 }
 
+// The bytes at which the search for the end of a tag stops.
+constexpr auto kTagStops = [] {
+  std::array<bool, 256> stops = {};
+  for (const char stop : {'>', '"', '\'', '\0'}) stops[BYTE(stop)] = true;
+  return stops;
+}();
+
 // A quoted value may contain ">".
 std::size_t TagEnd(std::string_view document, std::size_t at) {
   const char* const end = document.data() + document.size();
-  for (const char* to = document.data() + at; to != end; ++to) {
-    while (to != end && *to != '>' && *to != '"' && *to != '\'') ++to;
-    if (to == end) break;
+  for (const char* to = document.data() + at;; ++to) {
+    while (!kTagStops[BYTE(*to)]) ++to;
     if (*to == '>') return std::size_t(to - document.data()) + 1;
-    for (const char quote = *to++; to != end && *to != quote;) ++to;  // values are short
     if (to == end) break;
+    const char quote = *to++;
+    to = static_cast<const char*>(std::memchr(to, quote, std::size_t(end - to)));
+    if (!to) break;
   }
   return kNone;
 }
@@ -191,20 +201,35 @@ class FaultSearch {
 }  // namespace
 
 bool Pieces::Next(Piece& piece) {
+  if (at_ == document_.size()) return false;
+  if (document_[at_] == '<') return NextMarkup(piece);
+  const std::size_t end = std::min(document_.find('<', at_), document_.size());
+  piece = {Piece::Kind::kText, at_, document_.substr(at_, end - at_)};
+  at_ = end;
+  return true;
+}
+
+bool Pieces::NextMarkup(Piece& piece) {
+  at_ = std::min(document_.find('<', at_), document_.size());
+  if (at_ == document_.size()) return false;
+  const char first = document_.data()[at_ + 1];  // NUL at the end
+  if (first == '!' || first == '?') return NextOther(piece);
+  const std::size_t end = TagEnd(document_, at_);
+  if (end == kNone) return false;
+  piece.kind = first == '/'                ? Piece::Kind::kEndTag
+               : document_[end - 2] == '/' ? Piece::Kind::kEmptyTag
+                                           : Piece::Kind::kStartTag;
+  piece.at = at_;
+  piece.text = {document_.data() + at_, end - at_};
+  at_ = end;
+  return true;
+}
+
+bool Pieces::NextOther(Piece& piece) {
   const std::string_view rest = document_.substr(at_);
-  if (rest.empty()) return false;
   std::size_t end = 0;
-  piece = {Piece::Kind::kOther, at_, {}};
-  if (rest.front() != '<') {
-    piece.kind = Piece::Kind::kText;
-    end = std::min(document_.find('<', at_), document_.size());
-  } else if (rest.size() < 2 || (rest[1] != '!' && rest[1] != '?')) {
-    end = TagEnd(document_, at_);
-    if (end == kNone) return false;
-    piece.kind = rest[1] == '/'              ? Piece::Kind::kEndTag
-                 : document_[end - 2] == '/' ? Piece::Kind::kEmptyTag
-                                             : Piece::Kind::kStartTag;
-  } else if (rest.starts_with(kComment)) {
+  piece.kind = Piece::Kind::kOther;
+  if (rest.starts_with(kComment)) {
     end = After(document_, "-->", at_ + kComment.size());
   } else if (rest.starts_with(kCData)) {
     piece.kind = Piece::Kind::kCData;
@@ -215,7 +240,8 @@ bool Pieces::Next(Piece& piece) {
     end = DocumentTypeEnd(document_, at_);
   }
   if (end == kNone) return false;
-  piece.text = document_.substr(at_, end - at_);
+  piece.at = at_;
+  piece.text = rest.substr(0, end - at_);
   at_ = end;
   return true;
 }
@@ -225,7 +251,7 @@ std::optional<Fault> FindExcess(std::string_view document, std::size_t depth, st
   std::size_t open = 0;
   std::size_t count = 0;
   Piece piece;
-  for (Pieces pieces(document); pieces.Next(piece);) {
+  for (Pieces pieces(document); pieces.NextMarkup(piece);) {
     if (piece.kind == Piece::Kind::kEndTag && open > 0) --open;
     const bool start = piece.kind == Piece::Kind::kStartTag;
     if (!start && piece.kind != Piece::Kind::kEmptyTag) continue;

@@ -50,6 +50,7 @@ class KVSHARE_API KVXMLElement {
  private:
   friend class KVXMLAttributeReader;
   friend class KVXMLDocument;
+  friend class KVXMLElementReader;
   friend class KVXMLNode;
   explicit KVXMLElement(void* parsed) noexcept : parsed_(parsed) {}
 
@@ -67,6 +68,18 @@ class KVSHARE_API KVXMLAttributeReader {
  private:
   void* parsed_;      // the attribute that the next call of Next returns
   const char* name_;  // the name of that attribute
+};
+
+// Iterates over the elements that are children of an element, faster than KVXMLElement::NextSibling.
+class KVSHARE_API KVXMLElementReader {
+ public:
+  explicit KVXMLElementReader(KVXMLElement parent) noexcept;
+  // Sets both from the next child, the first one at the first call. Returns false, with both unchanged, after the last
+  // one.
+  bool Next(KVXMLElement& child, std::string_view& name) noexcept;
+
+ private:
+  void* parsed_;  // the parser's node at which the next call of Next begins
 };
 
 // The children of a node in file order: elements, and also comments and texts if the document was loaded whole. Text

@@ -254,7 +254,7 @@ constexpr Element kTargetChildren[] = {
     {"TOOL", kToolAttributes, {}, BeginTool},
 };
 constexpr Element kChannelChildren[] = {
-    {"TARGET", kTargetAttributes, kTargetChildren, BeginTarget},
+    {"TARGET", kTargetAttributes, kTargetChildren, BeginTarget, nullptr, /*tableOrder=*/true},
 };
 constexpr Element kChannelsChildren[] = {
     {"CHANNEL", kChannelAttributes, kChannelChildren, BeginChannel},

@@ -1,7 +1,7 @@
 #include "share/machine/machine_reader.h"
 
-#include <bit>
 #include <cstdint>
+#include <cstring>
 
 #include "share/machine/internal/machine_grammar.h"
 #include "share/machine/internal/machine_numbers.h"
@@ -46,26 +46,35 @@ struct Apply {
   }
 };
 
+// Compares the first and the last bytes of two texts that have one to two words.
+template <class Word>
+bool HasSameEnds(std::string_view a, std::string_view b) {
+  const auto word = [](const char* at) {
+    Word bytes;
+    std::memcpy(&bytes, at, sizeof bytes);
+    return bytes;
+  };
+  const std::size_t last = a.size() - sizeof(Word);
+  return word(a.data()) == word(b.data()) && word(a.data() + last) == word(b.data() + last);
+}
+
 // Faster than memcmp for short names.
 bool SameName(std::string_view name, std::string_view wanted) {
   if (name.size() != wanted.size()) return false;
-  for (std::size_t i = 0; i < name.size(); ++i) {
-    if (name[i] != wanted[i]) return false;
-  }
-  return true;
+  if (name.size() > 2 * sizeof(std::uint64_t)) return name == wanted;
+  if (name.size() >= sizeof(std::uint64_t)) return HasSameEnds<std::uint64_t>(name, wanted);
+  if (name.size() >= sizeof(std::uint32_t)) return HasSameEnds<std::uint32_t>(name, wanted);
+  if (name.size() >= sizeof(std::uint16_t)) return HasSameEnds<std::uint16_t>(name, wanted);
+  return name.empty() || name[0] == wanted[0];
 }
 
-// The text of a value, without a constructor, so that an array of them costs no initialisation.
-struct RawValue {
-  const char* text;
-  std::size_t size;
-};
+void ApplyRow(const Attribute& row, std::string_view text, Reading& r) { std::visit(Apply{r, text}, row.set); }
 
-// Finds the row of each attribute, then applies the found rows in table order. Definitions usually have that order, so
-// the search begins at the row after the previous one. If a name occurs twice, the first value is used.
-void ReadAttributes(std::span<const Attribute> rows, KVXMLElement element, Reading& r) {
-  RawValue values[kMostAttributesOfElement];  // by row; set only for found rows
-  std::uint32_t found = 0;                    // one bit for each row
+// Calls take(row, value) for each known attribute in file order; if a name occurs twice, only for the first one.
+// Definitions usually have the order of the table, so the search begins at the row after the previous one.
+template <class Take>
+void ForEachAttribute(std::span<const Attribute> rows, KVXMLElement element, Take take) {
+  std::uint32_t found = 0;  // one bit for each row
   std::size_t next = 0;
   std::string_view name, value;
   for (KVXMLAttributeReader attributes(element); attributes.Next(name, value);) {
@@ -73,25 +82,36 @@ void ReadAttributes(std::span<const Attribute> rows, KVXMLElement element, Readi
       if (next == rows.size()) next = 0;
       const std::size_t row = next++;
       if (!SameName(name, rows[row].name)) continue;
-      if (!(found >> row & 1)) values[row] = {value.data(), value.size()};
+      if (!(found >> row & 1)) take(row, value);
       found |= 1u << row;
       break;
     }
   }
-  for (; found; found &= found - 1) {
-    const auto row = std::size_t(std::countr_zero(found));
-    std::visit(Apply{r, {values[row].text, values[row].size}}, rows[row].set);
+}
+
+void ReadInTableOrder(std::span<const Attribute> rows, KVXMLElement element, Reading& r) {
+  std::string_view values[kMostAttributesOfElement];  // by row
+  ForEachAttribute(rows, element, [&](std::size_t row, std::string_view value) { values[row] = value; });
+  for (std::size_t row = 0; row < rows.size(); ++row) {
+    if (values[row].data()) ApplyRow(rows[row], values[row], r);
   }
+}
+
+void ReadAttributes(const Element& rule, KVXMLElement element, Reading& r) {
+  if (rule.tableOrder) return ReadInTableOrder(rule.attributes, element, r);
+  ForEachAttribute(rule.attributes, element,
+                   [&](std::size_t row, std::string_view value) { ApplyRow(rule.attributes[row], value, r); });
 }
 
 // The recursion is as deep as the grammar, not as the file.
 void ReadElement(const Element& rule, KVXMLElement element, Reading& r) {
   if (rule.begin && !rule.begin(r)) return;
-  if (!rule.attributes.empty()) ReadAttributes(rule.attributes, element, r);
+  if (!rule.attributes.empty()) ReadAttributes(rule, element, r);
   if (!rule.children.empty()) {
     const Element* expected = rule.children.data();  // usually the rule of the next child
-    for (KVXMLElement child = element.FirstChild(); child; child = child.NextSibling()) {
-      const std::string_view name = child.Name();
+    KVXMLElement child;
+    std::string_view name;
+    for (KVXMLElementReader children(element); children.Next(child, name);) {
       const Element* known = SameName(name, expected->name) ? expected : FindChild(rule, name);
       if (!known) continue;
       ReadElement(*known, child, r);

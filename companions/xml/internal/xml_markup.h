@@ -21,12 +21,16 @@ struct Piece {
 
 class Pieces {
  public:
-  // The document ends at the first NUL, as it does for the parser.
+  // The document ends at the first NUL, as it does for the parser. There is a NUL after it.
   explicit Pieces(std::string_view document) : document_(document.substr(0, document.find('\0'))) {}
   // Returns false at the end and at markup without an end, which the parser refuses.
   bool Next(Piece& piece);
+  // The same for the next markup; texts are skipped.
+  bool NextMarkup(Piece& piece);
 
  private:
+  bool NextOther(Piece& piece);  // markup that is no tag
+
   std::string_view document_;
   std::size_t at_ = 0;
 };

@@ -1,8 +1,8 @@
 // The grammar of a machine definition as one table: the elements with their children and attributes, the kind of each
 // attribute, and what it sets. The reader executes the table; the check uses it to look up known names.
 //
-// The reader applies attributes in the order of their rows, whatever their order in the file is, because the first two
-// attributes of TARGET decide the meaning of the others.
+// The reader applies the attributes of TARGET in the order of their rows, whatever their order in the file is, because
+// the first two decide the meaning of the others. All other attributes are independent of each other.
 #pragma once
 
 #include <memory>
@@ -101,6 +101,7 @@ struct Element {
   std::span<const Element> children;
   bool (*begin)(Reading&) = nullptr;  // called before the attributes are set; false skips the element
   void (*end)(Reading&) = nullptr;    // called after the children
+  bool tableOrder = false;            // attributes are applied in the order of their rows, else in file order
 };
 
 inline constexpr std::size_t kMostAttributesOfElement = 32;
