@@ -194,10 +194,11 @@ bool SafeFile::Commit() {
   state.lock = fcntl(state.descriptor, F_DUPFD_CLOEXEC, 0);
   if (state.lock < 0) return state.Fail(errno);
   if (close(std::exchange(state.descriptor, -1)) != 0) return state.Fail(errno);
+  const std::string folder = FolderOf(state.target);  // an exception after the renaming would be taken for a failure
   if (rename(state.temporary.c_str(), state.target.c_str()) != 0) return state.Fail(errno);
   state.temporary.clear();
   state.replaced = true;
-  int flushed = FlushFolder(FolderOf(state.target));
+  int flushed = FlushFolder(folder);
   if (flushed == EACCES) flushed = syncfs(state.lock) == 0 ? 0 : errno;  // a folder that must not be read
   if (flushed != 0) return state.Fail(flushed);
   state.Drop();

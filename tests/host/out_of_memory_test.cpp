@@ -106,13 +106,32 @@ TEST_F(OutOfMemory, SaveOfADocumentKeepsTheOldFile) {
 
 TEST_F(OutOfMemory, MachineIsReadAndExportedOrNot) {
   const std::string definition =
-      "<ROOT><CHANNELS NUM='1'><CHANNEL ID='1' NAME='Main'><TOOLS NUM='1'><TOOL ID='1' NAME='T'/></TOOLS></CHANNEL>"
-      "</CHANNELS><SHAPES NUM='1'><SHAPE ID='1' NAME='Base'/></SHAPES></ROOT>";
+      "<ROOT><CHANNELS NUM='1'><CHANNEL ID='1' NAME='Main'><TARGET TYPE='Turret' STATIONS='1'><TOOL NAME='T'/></TARGET>"
+      "</CHANNEL></CHANNELS><SHAPES NUM='1'><SHAPE ID='1' NAME='Base'/></SHAPES>"
+      "<SHAPELISTS><TOOLSHAPELIST NUM='3' LIST='1,2'/></SHAPELISTS></ROOT>";
+  const CString machines(ProductPathFromSystem(folder_.Path().string()).c_str());
+  const auto load = [&](KVVMMachine& machine) {
+    return machine.LoadFromMemory(VM_MACHINE_MILL, _T("VMC"), machines, definition) == 1;
+  };
   const auto read = [&] {
     KVVMMachine machine;
-    return machine.LoadFromMemory(VM_MACHINE_MILL, _T("VMC"), _T("C:\\M"), definition) == 1;
+    return load(machine);
   };
   FailEachAllocation(read, [](bool) {});
+  KVVMMachine machine;
+  ASSERT_TRUE(load(machine));
+  const auto file = folder_.Write("Mill/VMC/KestrovaAPT.txt", "older");
+  std::string expected;
+  ASSERT_EQ(machine.ExportText(expected), 1);
+  const auto save = [&] {
+    machine.ExportData();
+    return machine.GetExportFailure().kind == MachineExportFailure::Kind::kNone;
+  };
+  FailEachAllocation(save, [&](bool done) {
+    EXPECT_EQ(ReadFile(file), done ? expected : "older");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(file.parent_path()), {}), 1);
+    folder_.Write("Mill/VMC/KestrovaAPT.txt", "older");
+  });
 }
 
 TEST_F(OutOfMemory, SettingsTreeIsStoredLoadedAndRestored) {
