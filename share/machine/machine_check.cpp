@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <filesystem>
 #include <map>
 #include <set>
 #include <unordered_map>
@@ -434,10 +435,22 @@ class Checker {
     std::string written(path.Value());
     std::replace(written.begin(), written.end(), '\\', '/');
     const std::string found = SystemPathFromProduct(file);
+    CheckLinks(found, path.Value(), place);
     if (found.ends_with(written)) return;
     const std::string name = found.substr(found.find_last_of('/') + 1);
     findings_.Note(place, fmt::format("geometry file {} exists as {}: upper and lower case differ",
                                       Quoted(path.Value()), Quoted(name)));
+  }
+
+  // A path without ".." leaves the folder by a symbolic link to a file or folder.
+  void CheckLinks(const std::string& found, std::string_view written, KVXMLPlace place) {
+    namespace fs = std::filesystem;
+    std::error_code error;
+    if (realFolder_.empty()) realFolder_ = fs::canonical(SystemPathFromProduct(folder_), error);
+    const fs::path real = fs::canonical(found, error);
+    if (error || std::ranges::mismatch(realFolder_, real).in1 == realFolder_.end()) return;
+    findings_.Warn(place, fmt::format("geometry file {} is outside the machine's folder, by a symbolic link: {}",
+                                      Quoted(written), Quoted(real.string())));
   }
 
   void CheckShapes() {
@@ -577,6 +590,7 @@ class Checker {
 
   const KVXMLDocument& document_;
   const CString& folder_;
+  std::filesystem::path realFolder_;  // folder_ without symbolic links; empty before it is needed
   Findings findings_;
   Declared declaredChannels_;
   Declared declaredShapes_;
