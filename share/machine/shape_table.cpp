@@ -109,7 +109,9 @@ KVVMShapeRefMngr* KVVMShapeMngr::CellsOf(int row, int axis) {
     m_usedRows.push_back(row);  // first, so that the deletion finds the row even if this raises
     stored = std::make_unique<Row>();
   }
-  return &(*stored)[std::size_t(axis)];
+  std::unique_ptr<KVVMShapeRefMngr>& cells = (*stored)[std::size_t(axis)];
+  if (!cells) cells = std::make_unique<KVVMShapeRefMngr>();
+  return cells.get();
 }
 
 const KVVMShapeRef* KVVMShapeMngr::Find(int row, CM_AXIS_TYPE axis, CM_TARGET_TYPE target, int id) const {
@@ -117,7 +119,8 @@ const KVVMShapeRef* KVVMShapeMngr::Find(int row, CM_AXIS_TYPE axis, CM_TARGET_TY
   if (m_nChannels == 1) row = 0;
   if (row < 0 || row >= m_nChannels || axis < 0 || axis >= kMachineAxes) return nullptr;
   if (std::size_t(row) >= m_rows.size() || !m_rows[std::size_t(row)]) return nullptr;
-  return (*m_rows[std::size_t(row)])[std::size_t(axis)].Find(target, id);
+  const KVVMShapeRefMngr* cells = (*m_rows[std::size_t(row)])[std::size_t(axis)].get();
+  return cells ? cells->Find(target, id) : nullptr;
 }
 
 const KVVMShapeRef* KVVMShapeMngr::FindToolShapes(int channel, CM_AXIS_TYPE axis) const {

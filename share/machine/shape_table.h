@@ -114,7 +114,7 @@ class KVSHARE_API KVVMShapeMngr : public CObject {
   const KVVMShapeRef* FindFixtureShapes(int channel, CM_AXIS_TYPE axis, int fixture, int zeroBased) const;
 
  private:
-  using Row = std::array<KVVMShapeRefMngr, kMachineAxes>;
+  using Row = std::array<std::unique_ptr<KVVMShapeRefMngr>, kMachineAxes>;  // null for an unused axis
 
   // The row of the first form of AddShapeRef.
   int RowOf(int channel) const { return channel == m_nChannels ? m_nChannels - 1 : channel; }
