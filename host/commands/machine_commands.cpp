@@ -253,27 +253,29 @@ void PrintFindings(const std::string& file, const MachineCheckResult& result) {
         Counted(result.Count(MachineFindingGrade::kNote), "note"), result.more ? ", and more" : "");
 }
 
-Json FindingsJson(const std::string& file, const MachineCheckResult& result) {
-  Json findings = Json::array();
+void PrintFindingsJson(const std::string& file, const MachineCheckResult& result) {
+  JsonPrinter json;
+  json.Add("file", file);
+  json.Add("errors", result.Count(MachineFindingGrade::kError));
+  json.Add("warnings", result.Count(MachineFindingGrade::kWarning));
+  json.Add("notes", result.Count(MachineFindingGrade::kNote));
+  json.Add("more", result.more);
+  json.Open("findings", '[');
   for (const MachineFinding& finding : result.findings) {
-    findings.push_back({{"line", finding.place.line},
-                        {"column", finding.place.column},
-                        {"grade", TextOf(finding.grade)},
-                        {"text", finding.text}});
+    json.Add({}, {{"line", finding.place.line},
+                  {"column", finding.place.column},
+                  {"grade", TextOf(finding.grade)},
+                  {"text", finding.text}});
   }
-  return {{"file", file},
-          {"errors", result.Count(MachineFindingGrade::kError)},
-          {"warnings", result.Count(MachineFindingGrade::kWarning)},
-          {"notes", result.Count(MachineFindingGrade::kNote)},
-          {"more", result.more},
-          {"findings", findings}};
+  json.Close();
+  json.Close();
 }
 
 void Check(const Options& options) {
   const CString definition = Choose(options).Definition();
   const MachineCheckResult result = CheckOf(definition);
   const std::string file = SystemPath(definition);
-  options.json ? PrintJson(FindingsJson(file, result)) : PrintFindings(file, result);
+  options.json ? PrintFindingsJson(file, result) : PrintFindings(file, result);
   if (result.Count(MachineFindingGrade::kError) > 0) throw FoundErrors();
 }
 

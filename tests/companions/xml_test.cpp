@@ -175,7 +175,7 @@ TEST(Xml, GivesPlaces) {
   EXPECT_EQ(place(document.PlaceOf(document.LoadFromMemory("<a/>")->Element())), std::pair(0, 0)) << "not kept";
 }
 
-TEST(Xml, DepthIsLimited) {
+TEST(Xml, DepthAndElementsAreLimited) {
   // Everything at the start and in <a> looks like markup that opens or closes elements, and does not.
   const std::string start = "<?x '<a>?><!DOCTYPE a [<!ENTITY e '>'><![ ' ]]><!-- ' -->]><!-- \"</a><a> -->\n";
   const auto nested = [&](std::size_t depth) {
@@ -194,6 +194,11 @@ TEST(Xml, DepthIsLimited) {
   EXPECT_EQ(document.LastFailure().reason, "more than 10000 elements are inside each other");
   EXPECT_EQ(document.LastFailure().place.line, 2);
   EXPECT_EQ(document.LastFailure().byte, nested(kXMLMostDepth).find("</a></a>") - std::strlen("b/><![CDATA[</a>]]>"));
+  std::string wide = "<a>";
+  for (std::size_t i = 0; i < kXMLMostElements; ++i) wide += "<b/>";
+  EXPECT_EQ(document.LoadFromMemory(wide), nullptr);
+  EXPECT_EQ(document.LastFailure().reason, "there are more than 8000000 elements");
+  EXPECT_EQ(document.LastFailure().byte, wide.size() - 3);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <random>
 
+#include "framework/block_pool.h"
 #include "share/machine/machine_reader.h"
 #include "tests/machine/definition.h"
 #include "tests/scratch.h"
@@ -196,12 +197,14 @@ TEST(MachineReader, ReadsShapeLists) {
 
 TEST(MachineReader, HostileCountsStayBounded) {
   KVVMMachine machine;
+  const std::size_t blocks = BlockPool::TakenByThisThread();
   Load(machine,
        "<CHANNELS NUM='1'><CHANNEL/></CHANNELS><SHAPELISTS>"
        "<TOOLSHAPELIST NUM='2000000000' LIST='5,7'/><TOOLSHAPELIST AXIS='X' NUM='2000000000' LIST='5,7'/>"
        "</SHAPELISTS>");
   EXPECT_EQ(machine.GetShapeMngr()->GetToolShapeArray(0, CM_AXIS_Z, nullptr), kMachineMostRepeatedIds + 2);
   EXPECT_EQ(machine.GetShapeMngr()->GetToolShapeArray(0, CM_AXIS_X, nullptr), 2);
+  EXPECT_LT(BlockPool::TakenByThisThread() - blocks, 100U) << "no object for each ID";
 }
 
 }  // namespace
