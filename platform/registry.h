@@ -63,6 +63,7 @@ inline constexpr DWORD REG_OPENED_EXISTING_KEY = 2;
 
 inline constexpr LONG ERROR_BAD_PATHNAME = 161;
 inline constexpr LONG ERROR_BUSY = 170;
+inline constexpr LONG ERROR_TRANSFER_TOO_LONG = 222;
 inline constexpr LONG ERROR_BADKEY = 1010;
 inline constexpr LONG ERROR_REGISTRY_IO_FAILED = 1016;
 inline constexpr LONG ERROR_TRANSACTION_NOT_ACTIVE = 6701;
@@ -106,6 +107,19 @@ KVSHARE_API LSTATUS RegEnumKeyExW(HKEY key, DWORD index, LPWSTR name, DWORD* nam
 // buffer is too small, the call returns ERROR_MORE_DATA, sets type and size and leaves the buffer unchanged. Text is
 // copied as it was stored, which can be without a terminator. Needs KEY_QUERY_VALUE.
 KVSHARE_API LSTATUS RegQueryValueExW(HKEY key, LPCWSTR name, DWORD* reserved, DWORD* type, BYTE* data, DWORD* bytes);
+
+// Reads several values of a key into one buffer: sets the size, the address and the type of each. *bytes is the
+// buffer's size on entry and the size of all data on return. If the buffer is too small, the call returns
+// ERROR_MORE_DATA. ERROR_FILE_NOT_FOUND if one of the values is missing, ERROR_TRANSFER_TOO_LONG for more than 1 MiB.
+// After a failure some values and the buffer may be changed. Outside a transaction another process may change the key
+// between two of the values. Needs KEY_QUERY_VALUE.
+struct VALENTW {
+  LPWSTR ve_valuename;
+  DWORD ve_valuelen;
+  std::uintptr_t ve_valueptr;
+  DWORD ve_type;
+};
+KVSHARE_API LSTATUS RegQueryMultipleValuesW(HKEY key, VALENTW* values, DWORD count, LPWSTR buffer, DWORD* bytes);
 
 // Writes a value; creates it or replaces the old one. The bytes are stored as they are: the size of a text includes its
 // terminator if the caller wants one stored. data may be null if bytes is 0. Needs KEY_SET_VALUE.

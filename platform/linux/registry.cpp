@@ -63,6 +63,7 @@ constexpr std::size_t kMostSubKeyBytes = 8192;
 
 constexpr std::size_t kMostKeyUnits = 255;
 constexpr std::size_t kMostValueUnits = 16383;
+constexpr std::size_t kMostBytesAtOnce = 1 << 20;  // of several values
 constexpr int kMostLevels = 512;
 
 constexpr REGSAM kChangingRights = KEY_ALL_ACCESS & ~KEY_READ;
@@ -569,6 +570,30 @@ LSTATUS RegQueryValueExW(HKEY key, LPCWSTR name, DWORD* reserved, DWORD* type, B
   });
 }
 
+LSTATUS RegQueryMultipleValuesW(HKEY key, VALENTW* values, DWORD count, LPWSTR buffer, DWORD* bytes) {
+  if ((!values && count != 0) || !bytes) return ERROR_INVALID_PARAMETER;
+  LockedKey locked(key, KEY_QUERY_VALUE);
+  if (const LSTATUS status = locked.ReadyToRead()) return status;
+  auto* const out = reinterpret_cast<BYTE*>(buffer);
+  const std::size_t room = out ? *bytes : 0;
+  std::size_t used = 0;
+  for (VALENTW* value = values; value != values + count; ++value) {
+    if (const LSTATUS status = FoldValueName(value->ve_valuename)) return status;
+    const LSTATUS status = VisitValue(locked, [&](DWORD type, std::string_view stored) {
+      if (stored.size() > kMostBytesAtOnce - used) return LSTATUS(ERROR_TRANSFER_TOO_LONG);
+      value->ve_type = type;
+      value->ve_valuelen = DWORD(stored.size());
+      value->ve_valueptr = reinterpret_cast<std::uintptr_t>(out + used);
+      if (stored.size() <= room - std::min(used, room)) std::copy(stored.begin(), stored.end(), out + used);
+      used += stored.size();
+      return LSTATUS(ERROR_SUCCESS);
+    });
+    if (status != ERROR_SUCCESS) return status;
+  }
+  *bytes = DWORD(used);
+  return used > room ? ERROR_MORE_DATA : ERROR_SUCCESS;
+}
+
 LSTATUS RegSetValueExW(HKEY key, LPCWSTR name, DWORD reserved, DWORD type, const BYTE* data, DWORD bytes) {
   if (reserved != 0 || (!data && bytes != 0)) return ERROR_INVALID_PARAMETER;
   if (const LSTATUS status = FoldValueName(name)) return status;
@@ -590,7 +615,7 @@ LSTATUS RegSetValueExW(HKEY key, LPCWSTR name, DWORD reserved, DWORD type, const
   const LSTATUS status = WriteValue(locked, name, type, wanted);
   if (!current || status != ERROR_SUCCESS) return status;
   store.Known().KeepAfterOwnChange();
-  store.Known().AddValue(locked.Id(), scratch.folded, ERROR_SUCCESS, type, wanted);
+  store.Known().AddWritten(locked.Id(), scratch.folded, type, wanted);
   return ERROR_SUCCESS;
 }
 
@@ -617,10 +642,24 @@ LSTATUS RegEnumValueW(HKEY key, DWORD index, LPWSTR name, DWORD* nameUnits, DWOR
   const LSTATUS ready = locked.ReadyToRead();
   if (ready == ERROR_FILE_NOT_FOUND) return ERROR_NO_MORE_ITEMS;
   if (ready != ERROR_SUCCESS) return ready;
+  const auto give = [&](std::string_view kept, DWORD stored_type, std::string_view stored) {
+    if (!Fits(kept, name, nameUnits)) return LSTATUS(ERROR_MORE_DATA);
+    CopyText(kept, name, nameUnits);
+    if (type) *type = stored_type;
+    return CopyData(stored, data, bytes);
+  };
+  Cache& cache = locked.InStore().Known();
+  if (const auto* known = cache.FindList(locked.Id())) {
+    if (index < known->items.size()) {
+      const auto& item = known->items[index];
+      return give(item.name, item.type, item.data);
+    }
+    if (known->is_whole) return ERROR_NO_MORE_ITEMS;
+  }
   Query query(locked.InStore(), kValueAt);
-  if (const LSTATUS status = StepToValue(query, locked, index)) return status;
-  if (!Fits(query.Text(0), name, nameUnits)) return ERROR_MORE_DATA;
-  CopyText(query.Text(0), name, nameUnits);
-  if (type) *type = DWORD(query.Number(1));
-  return CopyData(query.Bytes(2), data, bytes);
+  const LSTATUS status = StepToValue(query, locked, index);
+  if (status == ERROR_NO_MORE_ITEMS) cache.AddEndOfList(locked.Id(), index);
+  if (status != ERROR_SUCCESS) return status;
+  cache.AddToList(locked.Id(), index, query.Text(0), DWORD(query.Number(1)), query.Bytes(2));
+  return give(query.Text(0), DWORD(query.Number(1)), query.Bytes(2));
 }

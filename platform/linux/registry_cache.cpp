@@ -8,6 +8,7 @@ namespace {
 
 constexpr std::size_t kMaxItems = 4096;      // keys, and values
 constexpr std::size_t kMaxValueBytes = 512;  // a larger value is not cached
+constexpr std::size_t kMaxListed = 128;      // values of one list
 constexpr std::size_t kMaxPositions = 1024;  // more than a tree has levels
 constexpr int kRegionBytes = 32768;          // of the log's shared index, as SQLite maps it
 
@@ -20,6 +21,12 @@ bool KeepsLog(sqlite3* connection) {
   const bool keeps = mode && std::string_view(mode) == "wal";
   sqlite3_finalize(query);
   return keeps;
+}
+
+template <class Items>
+auto& ItemIn(Items& items, std::int64_t key) {
+  if (items.size() >= kMaxPositions && !items.contains(key)) items.clear();
+  return items[key];
 }
 
 }  // namespace
@@ -54,6 +61,8 @@ void Cache::ClearItems() {
   keys_.clear();
   values_.clear();
   value_count_ = 0;
+  lists_.clear();
+  listed_ = 0;
 }
 
 bool Cache::IsCurrent() {
@@ -126,17 +135,36 @@ void Cache::AddValue(std::int64_t key, std::string_view folded, LSTATUS status, 
   found->second.data = data;
 }
 
-// ---- Walks ----
-
-namespace {
-
-template <class Items>
-auto& ItemIn(Items& items, std::int64_t key) {
-  if (items.size() >= kMaxPositions && !items.contains(key)) items.clear();
-  return items[key];
+void Cache::AddWritten(std::int64_t key, std::string_view folded, DWORD type, std::string_view data) {
+  lists_.erase(key);
+  AddValue(key, folded, ERROR_SUCCESS, type, data);
 }
 
-}  // namespace
+const Cache::ValueList* Cache::FindList(std::int64_t key) {
+  if (!IsCurrent()) return nullptr;
+  const auto found = lists_.find(key);
+  return found == lists_.end() ? nullptr : &found->second;
+}
+
+void Cache::AddToList(std::int64_t key, std::size_t index, std::string_view name, DWORD type, std::string_view data) {
+  if (!MayAdd() || index >= kMaxListed || name.size() > kMaxValueBytes || data.size() > kMaxValueBytes) return;
+  if (listed_ >= kMaxItems) {
+    lists_.clear();
+    listed_ = 0;
+  }
+  ValueList& list = lists_[key];
+  if (list.is_whole || index != list.items.size()) return;
+  list.items.push_back({std::string(name), type, std::string(data)});
+  ++listed_;
+}
+
+void Cache::AddEndOfList(std::int64_t key, std::size_t index) {
+  if (!MayAdd()) return;
+  ValueList& list = ItemIn(lists_, key);
+  list.is_whole = list.is_whole || index == list.items.size();
+}
+
+// ---- Walks ----
 
 Cache::Position& Cache::ValuePositionIn(std::int64_t key) { return ItemIn(value_positions_, key); }
 

@@ -45,12 +45,30 @@ class Cache {
   void AddValue(std::int64_t key, std::string_view folded, LSTATUS status, DWORD type, std::string_view data);
   std::size_t CountValues(std::int64_t key) const;
 
+  // The first values of a key in the order of their numbers, as far as walks by number have read them.
+  struct ValueList {
+    struct Item {
+      std::string name;
+      DWORD type;
+      std::string data;
+    };
+    std::vector<Item> items;
+    bool is_whole = false;  // the key has no more values
+  };
+  // The cached list of a key; null: not cached. The pointer is valid until the next call.
+  const ValueList* FindList(std::int64_t key);
+  // Add what was read after FindList did not have it: value number `index`, or that there is none. They do nothing if
+  // the hive has changed since.
+  void AddToList(std::int64_t key, std::size_t index, std::string_view name, DWORD type, std::string_view data);
+  void AddEndOfList(std::int64_t key, std::size_t index);
+
   // Whether the cache holds for the hive as it is now; otherwise forgets keys and values. A caller that commits one
   // change of its own asks before it, and calls KeepAfterOwnChange after it.
   bool IsCurrent();
-  // Keeps keys and values if the hive has had exactly one commit since IsCurrent returned true. The caller then adds
-  // what its change wrote.
+  // Keeps keys, values and lists if the hive has had exactly one commit since IsCurrent returned true. The caller then
+  // adds each value that its change wrote.
   void KeepAfterOwnChange();
+  void AddWritten(std::int64_t key, std::string_view folded, DWORD type, std::string_view data);
 
   // The version of a hive's content: changes with every commit, and with every change of the own transaction.
   struct Content {
@@ -109,6 +127,8 @@ class Cache {
   ByName<std::int64_t> keys_;
   std::unordered_map<std::int64_t, ByName<Value>> values_;
   std::size_t value_count_ = 0;
+  std::unordered_map<std::int64_t, ValueList> lists_;
+  std::size_t listed_ = 0;  // items of all lists, those of dropped ones included
   std::unordered_map<std::int64_t, Position> value_positions_;
   std::unordered_map<std::int64_t, SubKeys> sub_keys_;
 };

@@ -40,8 +40,7 @@ LSTATUS Store::CommitOpen() {
   const LSTATUS status = connection_.Execute("COMMIT");
   if (!current || status != ERROR_SUCCESS) return status;
   plain_->cache_.KeepAfterOwnChange();
-  for (const auto& [key, folded, value] : written_)
-    plain_->cache_.AddValue(key, folded, value.status, value.type, value.data);
+  for (const auto& [key, folded, value] : written_) plain_->cache_.AddWritten(key, folded, value.type, value.data);
   return status;
 }
 

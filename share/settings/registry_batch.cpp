@@ -2,6 +2,7 @@
 #include "share/settings/internal/registry_batch.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "platform/registry_files.h"
 #include "share/core/registry_transaction.h"
@@ -25,6 +26,23 @@ void DeleteAllValues(HKEY key) {
        RegEnumValueW(key, 0, name, &units, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS; units = kNameUnits) {
     if (RegDeleteValueW(key, name) != ERROR_SUCCESS) return;
   }
+}
+
+// Folding the case of a name keeps its length.
+bool IsSameName(const CString& a, const CString& b) {
+  return a.GetLength() == b.GetLength() && a.CompareNoCase(b) == 0;
+}
+
+// Whether the registry has exactly that value.
+bool IsStored(HKEY key, LPCTSTR name, const StoredValue& wanted) {
+  constexpr std::size_t kUsualBytes = 256;
+  BYTE usual[kUsualBytes];
+  std::string large;
+  if (wanted.bytes.size() > kUsualBytes) large.resize(wanted.bytes.size());
+  BYTE* const found = large.empty() ? usual : reinterpret_cast<BYTE*>(large.data());
+  DWORD type = REG_NONE, size = DWORD(wanted.bytes.size());
+  return RegQueryValueExW(key, name, nullptr, &type, found, &size) == ERROR_SUCCESS && type == wanted.type &&
+         size == wanted.bytes.size() && std::memcmp(found, wanted.bytes.data(), size) == 0;
 }
 
 }  // namespace
@@ -61,13 +79,33 @@ HKEY RegistryBatch::OpenForReading() {
   return opened_;
 }
 
-bool RegistryBatch::HasSameKey(const RegistryBatch& other) const {
-  return key_.m_Key == other.key_.m_Key && key_.m_Path.CompareNoCase(other.key_.m_Path) == 0;
+void RegistryBatch::Add(const CString& name, StoredValue&& stored) {
+  if (values_.empty()) values_.reserve(std::size_t(key_.GetList().GetCount()));
+  values_.push_back({&name, std::move(stored)});
 }
 
-bool RegistryBatch::IsStored(const Value& value) const {
-  StoredValue stored;
-  return ReadStored(opened_, value.name, stored) && stored == value.stored;
+bool RegistryBatch::HasSameKey(const RegistryBatch& other) const {
+  return key_.m_Key == other.key_.m_Key && IsSameName(key_.m_Path, other.key_.m_Path);
+}
+
+// Whether the registry key has all values of the batch. May be false for very large values that it has.
+bool RegistryBatch::AreAllStored() const {
+  std::vector<VALENTW> found;
+  std::size_t size = 0;
+  found.reserve(values_.size());
+  for (const Value& value : values_) {
+    found.push_back({const_cast<LPTSTR>(value.name->GetString()), 0, 0, REG_NONE});
+    size += value.stored.bytes.size();
+  }
+  Text buffer(size / sizeof(TCHAR) + 1, TCHAR(0));
+  DWORD bytes = DWORD(size);
+  const auto same = [](const Value& value, const VALENTW& entry) {
+    return entry.ve_type == value.stored.type && entry.ve_valuelen == value.stored.bytes.size() &&
+           std::memcmp(reinterpret_cast<const void*>(entry.ve_valueptr), value.stored.bytes.data(),
+                       entry.ve_valuelen) == 0;
+  };
+  return RegQueryMultipleValuesW(opened_, found.data(), DWORD(found.size()), buffer.data(), &bytes) == ERROR_SUCCESS &&
+         std::equal(values_.begin(), values_.end(), found.begin(), same);
 }
 
 // Whether the registry key holds exactly the values of the batch, in order.
@@ -77,19 +115,25 @@ bool RegistryBatch::IsWholeKeyStored() const {
     DWORD units = kNameUnits;
     const LSTATUS status = RegEnumValueW(opened_, DWORD(i), name, &units, nullptr, nullptr, nullptr, nullptr);
     if (status != ERROR_SUCCESS) return status == ERROR_NO_MORE_ITEMS && i == values_.size();
-    if (i == values_.size() || values_[i].name != name || !IsStored(values_[i])) return false;
+    if (i == values_.size() || *values_[i].name != name || !IsStored(opened_, name, values_[i].stored)) return false;
   }
 }
 
-bool RegistryBatch::Write(HKEY opened) const {
+// With `looks` writes only values that the registry lacks.
+bool RegistryBatch::Write(HKEY opened, bool looks) const {
   if (clears_) DeleteAllValues(opened);
   bool all = true;
-  for (const Value& value : values_) all = WriteStored(opened, value.name, value.stored) && all;
+  for (const Value& value : values_) {
+    if (looks && IsStored(opened, *value.name, value.stored)) continue;
+    all = WriteStored(opened, *value.name, value.stored) && all;
+  }
   return all;
 }
 
+// Outside a transaction each write asks the system for the hive's file, and a look doesn't.
 bool RegistryBatch::Write() const {
-  return Write(RegistryKeyHandle(key_.GetHandleToKey(/*create=*/1, /*readOnly=*/0)));
+  const bool looks = !clears_ && !SettingsTransaction::Current();
+  return Write(RegistryKeyHandle(key_.GetHandleToKey(/*create=*/1, /*readOnly=*/0)), looks);
 }
 
 bool RegistryBatch::WriteIn(HANDLE transaction) const {
@@ -97,7 +141,7 @@ bool RegistryBatch::WriteIn(HANDLE transaction) const {
   TCHAR noClass[] = _T("");
   return RegCreateKeyTransactedW(key_.m_Key, key_.m_Path, 0, noClass, 0, KEY_ALL_ACCESS, nullptr, opened.Receive(),
                                  nullptr, transaction, nullptr) == ERROR_SUCCESS &&
-         Write(opened);
+         Write(opened, /*looks=*/false);
 }
 
 // ---- the save
@@ -111,12 +155,12 @@ RegistryBatch& RegistrySave::AddBatch(const QFSettingsKey& key, bool clears) {
 // Whether the registry has a value of that name, and the save writes another value to it later: some names are declared
 // twice, and the last write decides.
 bool RegistrySave::IsOverwrittenLater(Batch batch, std::size_t value) const {
-  const CString& name = batch->values_[value].name;
+  const CString& name = *batch->values_[value].name;
   StoredValue stored;
   if (!ReadStored(batch->opened_, name, stored)) return false;
   const auto has = [&](const RegistryBatch& later, std::size_t from) {
     return std::any_of(later.values_.begin() + std::ptrdiff_t(from), later.values_.end(),
-                       [&](const RegistryBatch::Value& other) { return other.name.CompareNoCase(name) == 0; });
+                       [&](const RegistryBatch::Value& other) { return IsSameName(*other.name, name); });
   };
   if (has(*batch, value + 1)) return true;
   return std::any_of(std::next(batch), batches_.end(),
@@ -133,8 +177,11 @@ void RegistrySave::FindChanges() {
       changes_ += batch->changes_ ? kLeastForTransaction : 0;
       continue;
     }
+    const bool counts = changes_ < kLeastForTransaction;
+    if (counts && batch->AreAllStored()) continue;
     for (std::size_t i = 0; i < batch->values_.size() && (!batch->changes_ || changes_ < kLeastForTransaction); ++i) {
-      if (batch->IsStored(batch->values_[i]) || IsOverwrittenLater(batch, i)) continue;
+      const RegistryBatch::Value& value = batch->values_[i];
+      if (IsStored(batch->opened_, *value.name, value.stored) || IsOverwrittenLater(batch, i)) continue;
       batch->changes_ = true;
       ++changes_;
     }

@@ -34,13 +34,14 @@ auto FirstOf(const CObList& list, Visit visit) -> decltype(visit(nullptr)) {
   return nullptr;
 }
 
-// Whether saving and restoring the value runs library code only.
+// Whether saving and restoring the value runs library code only. Each of these classes has one type_info, in this
+// library.
 bool IsLibraryValueClass(const QFSettingsValue& value) {
-  const std::type_info& type = typeid(value);
+  const std::type_info* const type = &typeid(value);
   for (const std::type_info* own : {&typeid(QFIntValue), &typeid(QFColorValue), &typeid(QFStringValue),
                                     &typeid(QFDoubleValue), &typeid(QFPointValue), &typeid(QFRectValue),
                                     &typeid(QFTimeValue), &typeid(QFLongDoubleStrValue), &typeid(QFIntArrayValue)}) {
-    if (type == *own) return true;
+    if (type == own) return true;
   }
   return false;
 }

@@ -1,7 +1,10 @@
 // The typed values: each datum's form in archives, dumps and the registry.
 #include "share/settings/settings_value.h"
 
+#include <fmt/format.h>
+
 #include <cstring>
+#include <initializer_list>
 #include <string>
 #include <utility>
 
@@ -110,22 +113,30 @@ Stored TextOf(const CString& text) {
   return BytesOf(REG_SZ, text.GetString(), std::size_t(text.GetLength() + 1) * sizeof(TCHAR));
 }
 
-template <class... Numbers>
-Stored Print(LPCTSTR format, Numbers... numbers) {
-  CString text;
-  text.Format(format, numbers...);
-  return TextOf(text);
+// Integers with a blank between them.
+Stored TextOf(std::initializer_list<LONG> numbers) {
+  Text text;
+  for (const LONG number : numbers) {
+    const fmt::format_int digits(number);
+    if (!text.empty()) text += _T(' ');
+    text.append(digits.data(), digits.data() + digits.size());
+  }
+  return BytesOf(REG_SZ, text.c_str(), (text.size() + 1) * sizeof(TCHAR));
 }
 
 Stored Encode(double data) { return BytesOf(REG_BINARY, &data, sizeof data); }
 Stored Encode(const CString& data) { return TextOf(data); }
 Stored Encode(int data) { return BytesOf(REG_DWORD, &data, sizeof data); }
 Stored Encode(unsigned long data) { return Encode(int(DWORD(data))); }
-Stored Encode(const CPoint& data) { return Print(_T("%ld %ld"), data.x, data.y); }
-Stored Encode(const CRect& data) { return Print(_T("%ld %ld %ld %ld"), data.left, data.top, data.right, data.bottom); }
+Stored Encode(const CPoint& data) { return TextOf({data.x, data.y}); }
+Stored Encode(const CRect& data) { return TextOf({data.left, data.top, data.right, data.bottom}); }
 // The low 32 bits only, kept for existing registries.
-Stored Encode(const CTime& data) { return Print(_T("%ld"), LONG(data.GetTime())); }
-Stored Encode(long double data) { return Print(_T("%lf"), double(data)); }
+Stored Encode(const CTime& data) { return TextOf({LONG(data.GetTime())}); }
+Stored Encode(long double data) {
+  CString text;
+  text.Format(_T("%lf"), double(data));
+  return TextOf(text);
+}
 Stored Encode(const CArray<int, int>& data) {
   return BytesOf(REG_BINARY, data.GetData(), std::size_t(data.GetSize()) * sizeof(int));
 }

@@ -83,8 +83,10 @@ class RegistryRandom : public RegistryTest {
     LSTATUS status = RegEnumKeyExW(key_, index, given, &units, nullptr, nullptr, nullptr, nullptr);
     ASSERT_EQ(named(status, given), index < keys_.size() ? *std::next(keys_.begin(), index) : Text());
     units = 8;
-    status = RegEnumValueW(key_, index, given, &units, nullptr, nullptr, nullptr, nullptr);
+    DWORD number = 0, bytes = sizeof number;
+    status = RegEnumValueW(key_, index, given, &units, nullptr, nullptr, reinterpret_cast<BYTE*>(&number), &bytes);
     ASSERT_EQ(named(status, given), index < order_.size() ? order_[index] : Text());
+    ASSERT_EQ(number, index < order_.size() ? DWORD(values_[order_[index]]) : 0);
   }
 
   std::mt19937 random_;

@@ -37,6 +37,32 @@ TEST_F(RegistryValues, TooSmallBufferReturnsTypeAndSize) {
   }
 }
 
+TEST_F(RegistryValues, SeveralValuesAreReadIntoOneBuffer) {
+  kvtest::Set(key_, _T("A"), {REG_BINARY, "123"});
+  kvtest::Set(key_, _T("B"), {REG_NONE, ""});
+  kvtest::Set(key_, _T("C"), {REG_DWORD, "4567"});
+  TCHAR a[] = _T("a"), b[] = _T("B"), c[] = _T("c"), none[] = _T("D");
+  VALENTW values[] = {{a, 0, 0, 0}, {b, 0, 0, 0}, {c, 0, 0, 0}, {a, 0, 0, 0}};
+  BYTE data[11];
+  const auto read = [&](DWORD room) {
+    std::fill(std::begin(data), std::end(data), BYTE('-'));
+    const LSTATUS status = RegQueryMultipleValuesW(key_, values, 4, reinterpret_cast<LPWSTR>(data), &room);
+    return std::pair(status, room);
+  };
+  EXPECT_EQ(read(10), std::pair(LSTATUS(ERROR_SUCCESS), DWORD(10)));
+  EXPECT_EQ(std::string(std::begin(data), std::end(data)), "1234567123-");
+  const DWORD sizes[] = {3, 0, 4, 3}, starts[] = {0, 3, 3, 7}, types[] = {REG_BINARY, REG_NONE, REG_DWORD, REG_BINARY};
+  for (int i = 0; i < 4; ++i) {
+    EXPECT_EQ(values[i].ve_valuelen, sizes[i]);
+    EXPECT_EQ(values[i].ve_valueptr, reinterpret_cast<std::uintptr_t>(data + starts[i]));
+    EXPECT_EQ(values[i].ve_type, types[i]);
+  }
+  EXPECT_EQ(read(9), std::pair(LSTATUS(ERROR_MORE_DATA), DWORD(10)));
+  EXPECT_EQ(data[9], '-') << "wrote past the buffer";
+  values[3].ve_valuename = none;
+  EXPECT_EQ(read(10).first, ERROR_FILE_NOT_FOUND);
+}
+
 TEST_F(RegistryValues, NamesCompareWithoutCaseAndKeepTheirFirstForm) {
   const TCHAR no_characters[] = {0xD800, 'x', 0xDC00, 0xFFFF, 0xD83D, 0xDE00, 0};
   const LPCTSTR rows[][2] = {

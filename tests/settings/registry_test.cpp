@@ -1,5 +1,7 @@
 // A settings tree in the registry: the bytes that it writes, and the values that it reads.
+#include "share/settings/feed_colors.h"
 #include "share/settings/settings_key.h"
+#include "tests/child_process.h"
 #include "tests/registry_calls.h"
 
 namespace {
@@ -188,6 +190,44 @@ TEST_F(SettingsRegistry, UnwritableValueStopsNoOther) {
   EXPECT_EQ(key.SaveValuesToRegistry(), 0);
   for (LPCTSTR name : {_T("v0"), _T("v49")})
     EXPECT_EQ(kvtest::Get(HKEY_CURRENT_USER, kPath, name), (Stored{REG_DWORD, Raw(3)})) << "the value declared first";
+}
+
+TEST_F(SettingsRegistry, WritesAgainWhatAnotherProcessHasChanged) {
+  constexpr LPCTSTR kTable = _T("Software\\Zemlor\\Kestrova\\FeedColors\\Mill");
+  QFSettingsKey root(_T("root"), kPath);
+  auto* table = new QFMillFeedColorsSettings;
+  AddMany(root, 1);
+  root.AddValue(_T("V7"), 2);  // another declaration of v7, which the first one overwrites
+  root.AddKey(table);
+  for (const double feed : {3.0, 2.0, 1.0}) table->AddValue(feed, 5);
+  const Stored one{REG_DWORD, Raw(1)}, five{REG_DWORD, Raw(5)}, other{REG_BINARY, std::string(5, '\1')};
+  const std::function<void()> changes[] = {
+      [] {},
+      [&] { kvtest::Put(HKEY_CURRENT_USER, kPath, _T("v3"), other); },
+      [&] {
+        kvtest::Put(HKEY_CURRENT_USER, kPath, _T("v7"), {REG_DWORD, Raw(2)});
+      },
+      [&] { kvtest::Put(HKEY_CURRENT_USER, kTable, _T("4.00"), five); },
+      [&] { kvtest::Put(HKEY_CURRENT_USER, kTable, _T("2.00"), one); },
+      [] { RegDeleteTreeW(HKEY_CURRENT_USER, kTable); },
+      [] { RegDeleteTreeW(HKEY_CURRENT_USER, kPath); },
+  };
+  for (int own = 0; own < 2; ++own) {
+    for (const auto& change : changes) {
+      EXPECT_EQ(root.SaveValuesToRegistry(), 1);
+      ASSERT_EQ(kvtest::ExitCode(kvtest::InChild([&] { return change(), true; })), 0);
+      root.SetValue(_T("v0"), own ? int(&change - changes) + 10 : 1);  // with a change of its own, too
+      EXPECT_EQ(root.SaveValuesToRegistry(), 1);
+      int v0 = 0;
+      root.GetValue(_T("v0"), v0);
+      EXPECT_EQ(kvtest::Get(HKEY_CURRENT_USER, kPath, _T("v0")), (Stored{REG_DWORD, Raw(v0)}));
+      for (LPCTSTR name : {_T("v3"), _T("v7")}) EXPECT_EQ(kvtest::Get(HKEY_CURRENT_USER, kPath, name), one);
+      kvtest::Key key;
+      ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, kTable, 0, KEY_READ, &key), ERROR_SUCCESS);
+      EXPECT_EQ(kvtest::ValueNames(key), (std::vector<kvtest::Text>{_T("1.00"), _T("2.00"), _T("3.00")}));
+      EXPECT_EQ(kvtest::Get(HKEY_CURRENT_USER, kTable, _T("2.00")), five);
+    }
+  }
 }
 
 TEST_F(SettingsRegistry, KeyOfAModuleFindsTheItemsBeforeItSaved) {

@@ -23,20 +23,20 @@ class RegistryBatch {
 
   // The registry key, open for reading; the first call opens it. Null if that fails.
   HKEY OpenForReading();
-  // Adds a value to save.
-  void Add(const CString& name, StoredValue&& stored) { values_.push_back({name, std::move(stored)}); }
+  // Adds a value to save. The name must outlive the batch.
+  void Add(const CString& name, StoredValue&& stored);
 
  private:
   friend class RegistrySave;
   struct Value {
-    CString name;
+    const CString* name;
     StoredValue stored;
   };
 
   bool HasSameKey(const RegistryBatch& other) const;
-  bool IsStored(const Value& value) const;
+  bool AreAllStored() const;
   bool IsWholeKeyStored() const;
-  bool Write(HKEY opened) const;
+  bool Write(HKEY opened, bool looks) const;
   bool Write() const;
   bool WriteIn(HANDLE transaction) const;
 
