@@ -70,32 +70,28 @@ CString Unbraced(CString value) {
   return value;
 }
 
+CString DriverPiece(LPCTSTR driver) { return _T("Driver={") + CString(driver) + _T("};"); }
+
+CString ServerPieces(const CString& server, const CString& database) {
+  return DriverPiece(kServerDriver) + _T("SERVER=") + server + _T(";DATABASE=") + database + _T(";");
+}
+
 }  // namespace
 
 CString SQLiteConnection(const CString& filePath) {
-  CString text;
-  text.Format(_T("Driver={%s};Database=%s;FKSupport=true;"), kSQLiteDriver, filePath);
-  return text;
+  return DriverPiece(kSQLiteDriver) + _T("Database=") + filePath + _T(";FKSupport=true;");
 }
 
 CString AccessConnection(const CString& filePath) {
-  CString text;
-  text.Format(_T("Driver={%s};Dbq=%s;"), kAccessDriver, filePath);
-  return text;
+  return DriverPiece(kAccessDriver) + _T("Dbq=") + filePath + _T(";");
 }
 
 CString ServerConnection(const CString& server, const CString& database) {
-  CString text;
-  text.Format(_T("Driver={%s};SERVER=%s;DATABASE=%s;Trusted_Connection=Yes;Connection Timeout=60;"), kServerDriver,
-              server, database);
-  return text;
+  return ServerPieces(server, database) + _T("Trusted_Connection=Yes;Connection Timeout=60;");
 }
 
 CString ServerConnection(const CString& server, const CString& database, const CString& user, const CString& password) {
-  CString text;
-  text.Format(_T("Driver={%s};SERVER=%s;DATABASE=%s;Uid=%s;Pwd=%s;Connection Timeout=60;"), kServerDriver, server,
-              database, user, password);
-  return text;
+  return ServerPieces(server, database) + _T("Uid=") + user + _T(";Pwd=") + password + _T(";Connection Timeout=60;");
 }
 
 ConnectionPieces::ConnectionPieces(const CString& text) {

@@ -1,6 +1,8 @@
 // Direct access to single registry values.
 #include "share/core/registry_access.h"
 
+#include <fmt/format.h>
+
 #include <array>
 
 #include "share/core/registry_key_handle.h"
@@ -69,11 +71,10 @@ void RegSettingDeleteValue(HKEY hive, const CString& path, const CString& name) 
 }
 
 int CheckAccessVersionInstalled(int officeVersion, int is32Bit) {
-  CString path;
-  path.Format(is32Bit == 1 ? _T("Software\\Wow6432Node\\Microsoft\\Office\\%d.0\\Access\\InstallRoot")
-                           : _T("Software\\Microsoft\\Office\\%d.0\\Access\\InstallRoot"),
-              officeVersion);
-  return Open(HKEY_LOCAL_MACHINE, path, KEY_READ) != nullptr;
+  const CString office(is32Bit == 1 ? _T("Software\\Wow6432Node\\Microsoft\\Office\\")
+                                    : _T("Software\\Microsoft\\Office\\"));
+  const CString version(fmt::format_int(officeVersion).c_str());
+  return Open(HKEY_LOCAL_MACHINE, office + version + _T(".0\\Access\\InstallRoot"), KEY_READ) != nullptr;
 }
 
 CString GetAppInstallPathFromReg(const CString& displayName, int is32Bit, const CString& fileName) {

@@ -24,6 +24,23 @@ bool IsYes(LPCTSTR variable) {
   return length > 0 && length < kFlagUnits && CString(value).CompareNoCase(_T("YES")) == 0;
 }
 
+// The full path of a loaded library; empty if it is too long for the platform's buffers.
+CString FileOfLibrary(LPCTSTR name) {
+  TCHAR loadedFrom[MAX_PATH] = {};
+  TCHAR file[MAX_PATH] = {};
+  const DWORD length = GetModuleFileNameW(GetModuleHandleW(name), loadedFrom, MAX_PATH);
+  // The loader's path may contain ".."; resolve it before other paths are built from it.
+  const bool fits = length > 0 && length < MAX_PATH && GetFullPathNameW(loadedFrom, MAX_PATH, file, nullptr) < MAX_PATH;
+  return fits ? CString(file) : CString();
+}
+
+// This library's file, which stays the same while the library is loaded. Never destroyed: an environment may be built
+// while the process ends.
+const CString& OwnFile(LPCTSTR name) {
+  static const CString& file = *new CString(FileOfLibrary(name));
+  return file;
+}
+
 }  // namespace
 
 void InitShareDll() {
@@ -34,16 +51,12 @@ void InitShareDll() {
 
 // A path that is too long for the platform's buffers leaves all parts empty.
 void CKVEnvApp::StoreLocation() {
-  TCHAR loadedFrom[MAX_PATH] = {};
-  TCHAR file[MAX_PATH] = {};
   TCHAR drive[_MAX_DRIVE] = {};
   TCHAR folder[_MAX_DIR] = {};
   TCHAR name[_MAX_FNAME] = {};
   TCHAR extension[_MAX_EXT] = {};
-  const DWORD length = GetModuleFileNameW(GetModuleHandleW(m_ShareDllName), loadedFrom, MAX_PATH);
-  // The loader's path may contain ".."; resolve it before other paths are built from it.
-  if (length > 0 && length < MAX_PATH && GetFullPathNameW(loadedFrom, MAX_PATH, file, nullptr) < MAX_PATH)
-    _wsplitpath(file, drive, folder, name, extension);
+  const CString& file = OwnFile(m_ShareDllName);
+  if (!file.IsEmpty()) _wsplitpath(file, drive, folder, name, extension);
   m_Drive = drive;
   m_InstallPath = folder;
   m_ModuleName = m_ModuleDllName;  // not the name of the file, kept for existing modules

@@ -16,6 +16,7 @@ constexpr DWORD kMostBytes = 0x1FFFFFFF;
 // From this number of changed values on a transaction is faster than single writes.
 constexpr std::size_t kLeastForTransaction = 3;
 constexpr DWORD kNameUnits = 256;
+constexpr DWORD kUsualBytes = 256;    // most values are not larger
 constexpr int kMostWait_ms = 30'000;  // for other writers, in one save
 
 thread_local const SettingsTransaction* t_transaction = nullptr;
@@ -35,7 +36,6 @@ bool IsSameName(const CString& a, const CString& b) {
 
 // Whether the registry has exactly that value.
 bool IsStored(HKEY key, LPCTSTR name, const StoredValue& wanted) {
-  constexpr std::size_t kUsualBytes = 256;
   BYTE usual[kUsualBytes];
   std::string large;
   if (wanted.bytes.size() > kUsualBytes) large.resize(wanted.bytes.size());
@@ -56,14 +56,17 @@ HANDLE SettingsTransaction::Current() { return t_transaction ? HANDLE(t_transact
 bool SettingsTransaction::IsReading() { return t_transaction && t_transaction->use_ == For::kReading; }
 
 bool ReadStored(HKEY key, LPCTSTR name, StoredValue& stored) {
-  DWORD size = 8;  // most values are numbers
-  LSTATUS status = ERROR_MORE_DATA;
+  BYTE usual[kUsualBytes];
+  DWORD size = kUsualBytes;
+  LSTATUS status = RegQueryValueExW(key, name, nullptr, &stored.type, usual, &size);
+  if (status == ERROR_SUCCESS) stored.bytes.assign(reinterpret_cast<const char*>(usual), size);
   while (status == ERROR_MORE_DATA && size <= kMostBytes) {
     stored.bytes.resize(size);
     status = RegQueryValueExW(key, name, nullptr, &stored.type, reinterpret_cast<BYTE*>(stored.bytes.data()), &size);
   }
-  if (status == ERROR_SUCCESS) stored.bytes.resize(size);
-  return status == ERROR_SUCCESS;
+  if (status != ERROR_SUCCESS) return false;
+  stored.bytes.resize(size);
+  return true;
 }
 
 bool WriteStored(HKEY key, LPCTSTR name, const StoredValue& stored) {
