@@ -1,6 +1,7 @@
 #include "platform/linux/registry_cache.h"
 
 #include <cstring>
+#include <new>
 
 namespace kvregistry {
 
@@ -135,9 +136,12 @@ void Cache::AddValue(std::int64_t key, std::string_view folded, LSTATUS status, 
   found->second.data = data;
 }
 
-void Cache::AddWritten(std::int64_t key, std::string_view folded, DWORD type, std::string_view data) {
+// Without memory it forgets everything: the value that it has may be the former one.
+void Cache::AddWritten(std::int64_t key, std::string_view folded, DWORD type, std::string_view data) try {
   lists_.erase(key);
   AddValue(key, folded, ERROR_SUCCESS, type, data);
+} catch (const std::bad_alloc&) {
+  ClearItems();
 }
 
 const Cache::ValueList* Cache::FindList(std::int64_t key) {
