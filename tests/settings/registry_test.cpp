@@ -1,4 +1,6 @@
 // A settings tree in the registry: the bytes that it writes, and the values that it reads.
+#include <thread>
+
 #include "share/settings/feed_colors.h"
 #include "share/settings/settings_key.h"
 #include "tests/child_process.h"
@@ -200,34 +202,36 @@ TEST_F(SettingsRegistry, WritesAgainWhatAnotherProcessHasChanged) {
   root.AddValue(_T("V7"), 2);  // another declaration of v7, which the first one overwrites
   root.AddKey(table);
   for (const double feed : {3.0, 2.0, 1.0}) table->AddValue(feed, 5);
-  const Stored one{REG_DWORD, Raw(1)}, five{REG_DWORD, Raw(5)}, other{REG_BINARY, std::string(5, '\1')};
-  const std::function<void()> changes[] = {
-      [] {},
-      [&] { kvtest::Put(HKEY_CURRENT_USER, kPath, _T("v3"), other); },
-      [&] {
-        kvtest::Put(HKEY_CURRENT_USER, kPath, _T("v7"), {REG_DWORD, Raw(2)});
-      },
-      [&] { kvtest::Put(HKEY_CURRENT_USER, kTable, _T("4.00"), five); },
-      [&] { kvtest::Put(HKEY_CURRENT_USER, kTable, _T("2.00"), one); },
-      [] { RegDeleteTreeW(HKEY_CURRENT_USER, kTable); },
-      [] { RegDeleteTreeW(HKEY_CURRENT_USER, kPath); },
-  };
-  for (int own = 0; own < 2; ++own) {
-    for (const auto& change : changes) {
-      EXPECT_EQ(root.SaveValuesToRegistry(), 1);
-      ASSERT_EQ(kvtest::ExitCode(kvtest::InChild([&] { return change(), true; })), 0);
-      root.SetValue(_T("v0"), own ? int(&change - changes) + 10 : 1);  // with a change of its own, too
-      EXPECT_EQ(root.SaveValuesToRegistry(), 1);
-      int v0 = 0;
-      root.GetValue(_T("v0"), v0);
-      EXPECT_EQ(kvtest::Get(HKEY_CURRENT_USER, kPath, _T("v0")), (Stored{REG_DWORD, Raw(v0)}));
-      for (LPCTSTR name : {_T("v3"), _T("v7")}) EXPECT_EQ(kvtest::Get(HKEY_CURRENT_USER, kPath, name), one);
-      kvtest::Key key;
-      ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, kTable, 0, KEY_READ, &key), ERROR_SUCCESS);
-      EXPECT_EQ(kvtest::ValueNames(key), (std::vector<kvtest::Text>{_T("1.00"), _T("2.00"), _T("3.00")}));
-      EXPECT_EQ(kvtest::Get(HKEY_CURRENT_USER, kTable, _T("2.00")), five);
+  const Stored one{REG_DWORD, Raw(1)}, five{REG_DWORD, Raw(5)};
+  const struct {
+    LPCTSTR path, name;  // without a name the key is deleted
+    DWORD number;
+  } rows[] = {{kPath, _T("other"), 1}, {kPath, _T("v3"), 5}, {kPath, _T("v7"), 2}, {kTable, _T("4.00"), 5},
+              {kTable, _T("2.00"), 1}, {kTable, nullptr, 0}, {kPath, nullptr, 0}};
+  const kvtest::SharedNumber asked, done;
+  const pid_t child = kvtest::InChild([&] {
+    for (int i = 0; i < 2 * int(std::size(rows)); ++i) {
+      while (*asked == i) std::this_thread::yield();
+      const auto& row = rows[i / 2];
+      if (row.name) kvtest::Put(HKEY_CURRENT_USER, row.path, row.name, {REG_DWORD, Raw(row.number)});
+      if (!row.name) RegDeleteTreeW(HKEY_CURRENT_USER, row.path);
+      *done = i + 1;
     }
+    return true;
+  });
+  for (int i = 0; i < 2 * int(std::size(rows)); ++i) {
+    EXPECT_EQ(root.SaveValuesToRegistry(), 1);
+    for (*asked = i + 1; *done != i + 1;) std::this_thread::yield();
+    if (i % 2) root.SetValue(_T("v0"), i);  // with a change of its own, too
+    EXPECT_EQ(root.SaveValuesToRegistry(), 1) << i;
+    EXPECT_EQ(kvtest::Get(HKEY_CURRENT_USER, kPath, _T("v0")).bytes, Raw(i % 2 ? i : std::max(1, i - 1))) << i;
+    for (LPCTSTR name : {_T("v3"), _T("v7")}) EXPECT_EQ(kvtest::Get(HKEY_CURRENT_USER, kPath, name), one) << i;
+    kvtest::Key key;
+    EXPECT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, kTable, 0, KEY_READ, &key), ERROR_SUCCESS);
+    EXPECT_EQ(kvtest::ValueNames(key), (std::vector<kvtest::Text>{_T("1.00"), _T("2.00"), _T("3.00")})) << i;
+    EXPECT_EQ(kvtest::Get(HKEY_CURRENT_USER, kTable, _T("2.00")), five) << i;
   }
+  EXPECT_EQ(kvtest::ExitCode(child), 0);
 }
 
 TEST_F(SettingsRegistry, KeyOfAModuleFindsTheItemsBeforeItSaved) {
