@@ -194,7 +194,9 @@ int CString::Compare(LPCTSTR other) const noexcept {
   const int order = TextView(data_).compare(ViewOf(other));
   return order < 0 ? -1 : order > 0;
 }
-int CString::CompareNoCase(LPCTSTR other) const noexcept { return _wcsicmp(data_, other ? other : _T("")); }
+int CString::CompareNoCase(LPCTSTR other) const noexcept {
+  return CompareStringOrdinal(data_, -1, other ? other : _T(""), -1, TRUE) - CSTR_EQUAL;
+}
 
 // ---- cutting
 

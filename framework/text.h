@@ -77,8 +77,8 @@ class KVSHARE_API CString {
   operator LPCTSTR() const noexcept { return data_; }
   TextView View() const noexcept { return {data_, std::size_t(GetLength())}; }
 
-  // Comparison by UTF-16 units: -1, 0 or 1. CompareNoCase first folds each character by Unicode's simple case folding,
-  // the same in every locale.
+  // Comparison by UTF-16 units: -1, 0 or 1. CompareNoCase compares the upper-case forms, as the platform compares names
+  // (platform/text.h), the same in every locale.
   int Compare(LPCTSTR other) const noexcept;
   int CompareNoCase(LPCTSTR other) const noexcept;
 

@@ -18,7 +18,9 @@ constexpr DWORD kWrite = STGM_READWRITE | STGM_SHARE_EXCLUSIVE;
 
 // Equal without case: a storage that two names reach is walked once.
 struct NameLess {
-  bool operator()(const std::u16string& a, const std::u16string& b) const { return _wcsicmp(a.c_str(), b.c_str()) < 0; }
+  bool operator()(const std::u16string& a, const std::u16string& b) const {
+    return CompareStringOrdinal(a.c_str(), -1, b.c_str(), -1, TRUE) == CSTR_LESS_THAN;
+  }
 };
 using Names = std::set<std::u16string, NameLess>;
 

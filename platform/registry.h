@@ -3,7 +3,7 @@
 // 0.
 //
 // Names. A path is relative to a handle; "\" separates its parts. A trailing "\" is ignored, a leading one is
-// ERROR_BAD_PATHNAME. Names compare without case and keep the case of their creation. A key's name has 1 to 255 units,
+// ERROR_BAD_PATHNAME. Names compare without case (platform/text.h) and keep the case of their creation. A key's name has 1 to 255 units,
 // a value's name 0 to 16,383 (the empty name is the key's default value), a tree at most 512 levels; beyond these
 // limits a call returns ERROR_INVALID_PARAMETER. A null path or value name is the same as an empty one unless a call
 // says otherwise.
@@ -58,12 +58,14 @@ inline constexpr DWORD REG_MULTI_SZ = 7;
 inline constexpr DWORD REG_QWORD = 11;
 
 inline constexpr DWORD REG_OPTION_NON_VOLATILE = 0;
+inline constexpr DWORD REG_OPTION_OPEN_LINK = 8;
 inline constexpr DWORD REG_CREATED_NEW_KEY = 1;
 inline constexpr DWORD REG_OPENED_EXISTING_KEY = 2;
 
 inline constexpr LONG ERROR_BAD_PATHNAME = 161;
 inline constexpr LONG ERROR_BUSY = 170;
 inline constexpr LONG ERROR_TRANSFER_TOO_LONG = 222;
+inline constexpr LONG ERROR_NOACCESS = 998;
 inline constexpr LONG ERROR_BADKEY = 1010;
 inline constexpr LONG ERROR_REGISTRY_IO_FAILED = 1016;
 inline constexpr LONG ERROR_TRANSACTION_NOT_ACTIVE = 6701;
@@ -71,7 +73,8 @@ inline constexpr LONG ERROR_TRANSACTION_NOT_ACTIVE = 6701;
 // ---- Keys ----
 
 // Opens an existing key; ERROR_FILE_NOT_FOUND if there is none. An empty path opens the handle's own key again. options
-// is 0. The caller closes *opened with RegCloseKey.
+// is 0 or REG_OPTION_OPEN_LINK, which has no effect because there are no links. The caller closes *opened with
+// RegCloseKey.
 KVSHARE_API LSTATUS RegOpenKeyExW(HKEY key, LPCWSTR path, DWORD options, REGSAM rights, PHKEY opened);
 
 // Opens a key; creates it and the keys above it if they are missing. *disposition (optional) is set to
@@ -122,7 +125,8 @@ struct VALENTW {
 KVSHARE_API LSTATUS RegQueryMultipleValuesW(HKEY key, VALENTW* values, DWORD count, LPWSTR buffer, DWORD* bytes);
 
 // Writes a value; creates it or replaces the old one. The bytes are stored as they are: the size of a text includes its
-// terminator if the caller wants one stored. data may be null if bytes is 0. Needs KEY_SET_VALUE.
+// terminator if the caller wants one stored. data may be null if bytes is 0, otherwise null is ERROR_NOACCESS. Needs
+// KEY_SET_VALUE.
 KVSHARE_API LSTATUS RegSetValueExW(HKEY key, LPCWSTR name, DWORD reserved, DWORD type, const BYTE* data, DWORD bytes);
 
 // Deletes a value; ERROR_FILE_NOT_FOUND if there is none. Needs KEY_SET_VALUE.

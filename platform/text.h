@@ -1,8 +1,12 @@
-// Conversion and case of UTF-16 text.
+// Conversion, case and comparison of UTF-16 text.
 //
 // MultiByteToWideChar and WideCharToMultiByte support the code pages CP_UTF8 and 1252. A target size of 0 returns the
-// size needed; a source length of -1 means up to and including the terminator; the result 0 means failure. The case
-// calls use Unicode's simple mappings, the same in every locale. Any thread may call.
+// size needed; a source length of -1 means up to and including the terminator; the result 0 means failure.
+//
+// Case is the platform's own table, the same in every locale and for ever: each unit by itself, pairs of one lower-case
+// and one upper-case letter. Letters without such a partner (dotless i, long s, sharp s, final sigma) and surrogate
+// pairs stay as they are. Registry, profile files, compound files and paths compare their names in this way. Any thread
+// may call.
 #pragma once
 
 #include "platform/types.h"
@@ -20,7 +24,14 @@ KVSHARE_API int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR source, 
 KVSHARE_API DWORD CharUpperBuffW(LPWSTR text, DWORD units);
 KVSHARE_API DWORD CharLowerBuffW(LPWSTR text, DWORD units);
 
-// Compare without case: negative, 0 or positive.
-KVSHARE_API int _wcsicmp(LPCWSTR a, LPCWSTR b);
+// The results of CompareStringOrdinal.
+inline constexpr int CSTR_LESS_THAN = 1;
+inline constexpr int CSTR_EQUAL = 2;
+inline constexpr int CSTR_GREATER_THAN = 3;
+
+// Compares two texts unit by unit, without a language's rules; a text that continues where the other one ends is the
+// greater one. ignoreCase is FALSE, or TRUE to compare the upper-case forms. A negative length means up to the
+// terminator. Returns 0 with ERROR_INVALID_PARAMETER for a null text or another ignoreCase.
+KVSHARE_API int CompareStringOrdinal(LPCWSTR a, int aUnits, LPCWSTR b, int bUnits, BOOL ignoreCase);
 
 #endif

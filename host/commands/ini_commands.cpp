@@ -90,9 +90,9 @@ bool Read(const Options& options, const Text& path, Buffer& buffer, Call call) {
   return status == ERROR_SUCCESS;
 }
 
-// The names of a list and, if it has values, the values after them: the "=" of key=value becomes a NUL. A program finds
-// the first of several equal names, so the others are left out, and so are empty names. A list may have millions of
-// names, so there is one number for each.
+// The names of a list and, if it has values, the values after them: the "=" of key=value becomes a NUL; a line without
+// "=" is no key. A program finds the first of several equal names, so the others are left out, and so are empty names. A
+// list may have millions of names, so there is one number for each.
 class Entries {
  public:
   Entries(LPTSTR list, bool withValues) : list_(list) {
@@ -100,8 +100,9 @@ class Entries {
       LPTSTR const name = next;
       const TextView whole = name;
       next += whole.size() + 1;
-      const std::size_t sign = withValues ? std::min(whole.find(_T('=')), whole.size()) : whole.size();
-      if (withValues) name[sign] = 0;
+      const std::size_t sign = withValues ? whole.find(_T('=')) : whole.size();
+      if (sign == whole.npos) continue;
+      name[sign] = 0;
       if (sign > 0) starts_.push_back(std::uint32_t(name - list));
     }
     LeaveOutRepeated();
@@ -114,7 +115,9 @@ class Entries {
  private:
   void LeaveOutRepeated() {
     std::vector<std::uint32_t> sorted = starts_;
-    const auto compare = [this](std::uint32_t a, std::uint32_t b) { return _wcsicmp(list_ + a, list_ + b); };
+    const auto compare = [this](std::uint32_t a, std::uint32_t b) {
+      return CompareStringOrdinal(list_ + a, -1, list_ + b, -1, TRUE) - CSTR_EQUAL;
+    };
     std::sort(sorted.begin(), sorted.end(), [&](std::uint32_t a, std::uint32_t b) {
       const int difference = compare(a, b);
       return difference != 0 ? difference < 0 : a < b;

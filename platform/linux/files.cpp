@@ -56,8 +56,8 @@ void EnsureDriveFolder(LPCWSTR path) {
 }
 
 bool FailForPath(int code, const std::string& path) {
-  // A missing folder has another status than a missing file.
-  if (code == ENOENT && access(FolderOf(path).c_str(), F_OK) != 0) {
+  // A missing folder has another status than a missing file; no path at all counts as one.
+  if (code == ENOENT && (path.empty() || access(FolderOf(path).c_str(), F_OK) != 0)) {
     SetLastError(ERROR_PATH_NOT_FOUND);
     return false;
   }
@@ -224,13 +224,18 @@ std::string StreamMode(LPCWSTR mode) {
   return result + (update ? "+" : "") + (exclusive ? "x" : "") + "e";
 }
 
-// True if the mode starts a new file with FF FE.
-bool BeginsWithUtf16Mark(LPCWSTR mode) {
-  const std::u16string text = mode;
+// The mark at the start of a new file for the encoding in the mode; empty without one.
+const char* MarkOf(LPCWSTR mode) {
+  const std::u16string_view text = mode;
   const std::size_t name = text.find(u"ccs=");
-  if (name == text.npos) return false;
-  const std::u16string encoding = text.substr(name + 4, text.find_last_not_of(u' ') - name - 3);
-  return _wcsicmp(encoding.c_str(), u"UTF-16LE") == 0 || _wcsicmp(encoding.c_str(), u"UNICODE") == 0;
+  if (name == text.npos) return "";
+  const std::u16string_view encoding = text.substr(name + 4, text.find_last_not_of(u' ') - name - 3);
+  const auto is = [encoding](std::u16string_view other) {
+    const int units = int(encoding.size());
+    return CompareStringOrdinal(encoding.data(), units, other.data(), int(other.size()), TRUE) == CSTR_EQUAL;
+  };
+  if (is(u"UTF-16LE") || is(u"UNICODE")) return "\xFF\xFE";
+  return is(u"UTF-8") ? "\xEF\xBB\xBF" : "";
 }
 
 }  // namespace
@@ -256,8 +261,7 @@ FILE* _wfopen(LPCWSTR path, LPCWSTR mode) {
   int failure = 0;
   // Refuse a folder here: the C library would open it and fail only on reading.
   if (!writes && known && S_ISDIR(facts.st_mode)) failure = EACCES;
-  if (letters.front() != 'r' && known && facts.st_size == 0 && BeginsWithUtf16Mark(mode) &&
-      (std::fputs("\xFF\xFE", file) < 0 || std::fflush(file) != 0))
+  if (writes && known && facts.st_size == 0 && (std::fputs(MarkOf(mode), file) < 0 || std::fflush(file) != 0))
     failure = errno;
   if (failure == 0) return file;
   std::fclose(file);

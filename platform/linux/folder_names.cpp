@@ -45,7 +45,7 @@ class CaselessName {
       const auto same = [](char a, char b) { return a == b || ((a ^ b) == 0x20 && IsLetter(a)); };
       return std::equal(name_.begin(), name_.end(), other.begin(), other.end(), same);
     }
-    return _wcsicmp(WideFromSystem(other).c_str(), wide_.c_str()) == 0;
+    return CompareStringOrdinal(WideFromSystem(other).c_str(), -1, wide_.c_str(), -1, TRUE) == CSTR_EQUAL;
   }
 
  private:

@@ -8,7 +8,6 @@
 #include <cstdlib>
 #include <string>
 
-#include "platform/linux/data_modules.h"
 #include "platform/linux/errno_status.h"
 #include "platform/linux/utf8.h"
 #include "platform/paths.h"
@@ -61,7 +60,7 @@ std::string WithoutVersion(const std::string& file) {
 }
 
 bool SameWithoutCase(const std::string& a, const std::string& b) {
-  return _wcsicmp(WideFromSystem(a).c_str(), WideFromSystem(b).c_str()) == 0;
+  return CompareStringOrdinal(WideFromSystem(a).c_str(), -1, WideFromSystem(b).c_str(), -1, TRUE) == CSTR_EQUAL;
 }
 
 // The base name of a library: without "lib", and up to the first ".so", ".dll" or ".exe".
@@ -99,15 +98,11 @@ HMODULE GetModuleHandleW(LPCWSTR name) {
 
 DWORD GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD units) {
   std::u16string path;
-  if (IsDataModule(module)) {
-    path = DataModulePath(module);
-  } else {
-    ForEachModule([&](const dl_phdr_info& info) {
-      if (module && HandleOf(info) != module) return false;
-      path = ProductPathFromSystem(WithoutVersion(FileOf(info)));
-      return true;
-    });
-  }
+  ForEachModule([&](const dl_phdr_info& info) {
+    if (module && HandleOf(info) != module) return false;
+    path = ProductPathFromSystem(WithoutVersion(FileOf(info)));
+    return true;
+  });
   if (path.empty()) return DWORD(FailWithStatus(ERROR_MOD_NOT_FOUND));
   if (path.size() < units) return CopyToBuffer(path, buffer, units);
   SetLastError(ERROR_INSUFFICIENT_BUFFER);

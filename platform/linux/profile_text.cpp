@@ -1,7 +1,6 @@
 // Parses a profile file in its own encoding without copying, so that a change leaves all other bytes unchanged.
 #include "platform/linux/profile_text.h"
 
-#include <unicode/uchar.h>
 #include <unicode/utf16.h>
 #include <unicode/utf8.h>
 
@@ -12,6 +11,7 @@
 #include <random>
 #include <vector>
 
+#include "platform/linux/letter_case.h"
 #include "platform/linux/utf8.h"
 #include "platform/probe_table.h"
 #include "platform/text.h"
@@ -49,31 +49,22 @@ void AppendWide(std::u16string& out, std::string_view text) {
 }
 void AppendWide(std::u16string& out, std::u16string_view text) { out += text; }
 
-UChar32 Folded(UChar32 character) {
-  if (character < 0x80) return character >= 'A' && character <= 'Z' ? character + 32 : character;
-  return u_foldCase(character, U_FOLD_CASE_DEFAULT);
-}
-
-inline UChar32 NextFolded(std::string_view text, std::size_t& at) {
+inline UChar32 NextUpper(std::string_view text, std::size_t& at) {
   UChar32 character = static_cast<unsigned char>(text[at]);
   if (character < 0x80)
     ++at;
   else
     U8_NEXT_OR_FFFD(reinterpret_cast<const std::uint8_t*>(text.data()), at, text.size(), character);
-  return Folded(character);
+  return character <= 0xFFFF ? UpperUnit(char16_t(character)) : character;
 }
-inline UChar32 NextFolded(std::u16string_view text, std::size_t& at) {
-  UChar32 character = 0;
-  U16_NEXT(text.data(), at, text.size(), character);
-  return Folded(character);
-}
+inline UChar32 NextUpper(std::u16string_view text, std::size_t& at) { return UpperUnit(text[at++]); }
 
 template <class Unit>
 bool EqualWithoutCase(std::basic_string_view<Unit> a, std::basic_string_view<Unit> b) {
   std::size_t i = 0;
   std::size_t j = 0;
   while (i < a.size() && j < b.size()) {
-    if (NextFolded(a, i) != NextFolded(b, j)) return false;
+    if (NextUpper(a, i) != NextUpper(b, j)) return false;
   }
   return i == a.size() && j == b.size();
 }
@@ -85,7 +76,7 @@ std::uint32_t HashOf(std::basic_string_view<Unit> name, std::uint32_t parent) {
   std::uint64_t hash = seed ^ parent;
   for (std::size_t at = 0; at < name.size();) {
     const auto product =
-        static_cast<unsigned __int128>(hash ^ std::uint64_t(NextFolded(name, at))) * 0x9E3779B97F4A7C15u;
+        static_cast<unsigned __int128>(hash ^ std::uint64_t(NextUpper(name, at))) * 0x9E3779B97F4A7C15u;
     hash = std::uint64_t(product) ^ std::uint64_t(product >> 64);
   }
   return std::uint32_t(hash ^ hash >> 32);
@@ -189,13 +180,16 @@ class Text final : public Profile {
   }
 
   bool ListKeys(std::u16string_view section, std::u16string& list) const override {
-    return ForKeys(section, [&](const Line& line) { AppendName(list, ViewOf(line.name)); });
+    return ForLines(section, [&](const Line& line) {
+      if (line.kind == Kind::kKey) AppendName(list, ViewOf(line.name));
+    });
   }
 
   bool ListLines(std::u16string_view section, std::u16string& list) const override {
-    return ForKeys(section, [&](const Line& line) {
+    return ForLines(section, [&](const Line& line) {
+      if (line.kind != Kind::kKey && line.kind != Kind::kOther) return;
       AppendWide(list, ViewOf(line.name));
-      list += u'=';
+      if (line.kind == Kind::kKey) list += u'=';
       AppendWide(list, ViewOf(line.value));
       list += u'\0';
     });
@@ -340,6 +334,7 @@ class Text final : public Profile {
       line.value = Trimmed({equals + 1, content.end});
     } else {
       line.kind = Kind::kOther;
+      line.name = content;
     }
     return line;
   }
@@ -432,12 +427,12 @@ class Text final : public Profile {
   }
 
   template <class Do>
-  bool ForKeys(std::u16string_view name, Do act) const {
+  bool ForLines(std::u16string_view name, Do act) const {
     const Section* const section = FindSection(Encode(name, Unit()));
     if (!section) return false;
     for (std::uint32_t at = section->content; at < section->end;) {
       const Line line = LineAt(at);
-      if (line.kind == Kind::kKey) act(line);
+      act(line);
       at = line.next;
     }
     return true;

@@ -185,7 +185,14 @@ LSTATUS VisitValue(LockedKey& locked, Visit visit) {
       return visit(known->type, known->data);
   }
   Query query(store, kReadValue);
-  if (query.Add(locked.Id()).Add(scratch.folded).Next()) {
+  bool found = query.Add(locked.Id()).Add(scratch.folded).Next();
+  std::string folded;
+  if (!found && query.Status() == ERROR_SUCCESS && store.Link().IsFormat1()) {
+    folded = FoldedInFormat1(scratch.folded);
+    query.Restart();
+    found = query.Add(locked.Id()).Add(folded).Next();
+  }
+  if (found) {
     const DWORD type = DWORD(query.Number(0));
     store.Known().AddValue(locked.Id(), scratch.folded, ERROR_SUCCESS, type, query.Bytes(1));
     return visit(type, query.Bytes(1));
@@ -218,8 +225,8 @@ LSTATUS WriteValue(LockedKey& locked, LPCWSTR name, DWORD type, std::string_view
 // A damaged file can hold rows that contradict each other. Each row is compared with the key that it belongs to and
 // with the row before it, so that a walk ends and never comes to a key twice.
 
-// Whether `folded` is the folded form of the kept name of a key or a value.
-bool IsFolded(std::string_view folded, std::string_view name) {
+// Whether `folded` is the folded form of the kept name of a key or a value in the store.
+bool IsFolded(Store& store, std::string_view folded, std::string_view name) {
   const auto is_ascii = [](char c) { return std::uint8_t(c) < 0x80; };
   if (std::all_of(name.begin(), name.end(), is_ascii)) {
     const auto same = [](char a, char b) { return a == (b >= 'a' && b <= 'z' ? b - ('a' - 'A') : b); };
@@ -229,19 +236,21 @@ bool IsFolded(std::string_view folded, std::string_view name) {
   Decode(name, units.data());
   std::string again;
   AppendFolded(again, units);
-  return again == folded;
+  return again == folded || (store.Link().IsFormat1() && FoldedInFormat1(name) == folded);
 }
 
 // Whether a sub-key can have that name and that path: a name of 1 to 255 units, the path of its parent with the name.
-bool IsSubKey(std::string_view parent, std::string_view path, std::string_view name) {
+bool IsSubKey(Store& store, std::string_view parent, std::string_view path, std::string_view name) {
   if (name.empty() || UnitsOf(name) > kMostKeyUnits) return false;
   if (name.find('\\') != name.npos || name.find('\0') != name.npos) return false;
-  if (!path.starts_with(parent) || path.size() <= parent.size() || path[parent.size()] != '\\') return false;
-  return IsFolded(path.substr(parent.size() + 1), name);
+  const std::size_t end = path.rfind('\\');
+  if (end == path.npos || !IsFolded(store, path.substr(end + 1), name)) return false;
+  const std::string_view above = path.substr(0, end);
+  return above == parent || (store.Link().IsFormat1() && above == FoldedInFormat1(parent));
 }
 
-bool IsValue(std::string_view folded, std::string_view name) {
-  return UnitsOf(name) <= kMostValueUnits && name.find('\0') == name.npos && IsFolded(folded, name);
+bool IsValue(Store& store, std::string_view folded, std::string_view name) {
+  return UnitsOf(name) <= kMostValueUnits && name.find('\0') == name.npos && IsFolded(store, folded, name);
 }
 
 // Reads `most` sub-keys into `read`: those after a path, without the first `skipped` of them. scratch.path is the path
@@ -258,7 +267,7 @@ LSTATUS ReadSubKeys(LockedKey& locked, std::string_view after, std::int64_t skip
     const bool texts = query.IsText(0) && query.IsText(1);
     const std::string_view path = query.Text(0), name = query.Text(1), class_name = query.Text(2);
     if (query.Status() != ERROR_SUCCESS) return query.Status();
-    if (!texts || path <= last || !IsSubKey(scratch.path, path, name)) return store.NoteDamage();
+    if (!texts || path <= last || !IsSubKey(store, scratch.path, path, name)) return store.NoteDamage();
     last = path;
     Cache::SubKeys::Item item{read.text.size() + name.size(), 0, 0, query.Number(3)};
     item.class_end = item.name_end + class_name.size();
@@ -318,20 +327,27 @@ LSTATUS StepToValue(Query& query, LockedKey& locked, DWORD index) {
     if (!query.Add(locked.Id()).Add(std::int64_t{index}).Add(last.number).Next())
       return query.Status() == ERROR_SUCCESS ? locked.Missing(ERROR_NO_MORE_ITEMS) : query.Status();
   }
-  if (!IsValue(query.Text(4), query.Text(0)))
+  if (!IsValue(locked.InStore(), query.Text(4), query.Text(0)))
     return query.Status() == ERROR_SUCCESS ? locked.InStore().NoteDamage() : query.Status();
   last = {index, query.Number(3), locked.InStore().LastContent()};
   return ERROR_SUCCESS;
+}
+
+LSTATUS ReadKey(Store& store, std::string_view path, std::int64_t& id) {
+  Query query(store, kFindKey);
+  id = query.Add(path).Next() ? query.Number(0) : 0;
+  return query.Status();
 }
 
 // The id of a folded path, 0 if there is no such key. `inside` a batch the cache is not used.
 LSTATUS FindKey(Store& store, std::string_view path, bool inside, std::int64_t& id) {
   id = path.empty() ? kRootId : inside ? -1 : store.Known().FindKey(path);
   if (id >= 0) return ERROR_SUCCESS;
-  Query query(store, kFindKey);
-  id = query.Add(path).Next() ? query.Number(0) : 0;
-  if (query.Status() == ERROR_SUCCESS && !inside) store.Known().AddKey(path, id);
-  return query.Status();
+  LSTATUS status = ReadKey(store, path, id);
+  if (status == ERROR_SUCCESS && id == 0 && store.Link().IsFormat1())
+    status = ReadKey(store, FoldedInFormat1(path), id);
+  if (status == ERROR_SUCCESS && !inside) store.Known().AddKey(path, id);
+  return status;
 }
 
 // The path argument of a call: the store to look in, the key that it starts from, and in scratch.path the folded path
@@ -429,7 +445,7 @@ Scope& NoTransaction() {
 }
 
 LSTATUS OpenKey(Scope& scope, HKEY key, LPCWSTR path, const OpenArguments& arguments) {
-  if (!arguments.opened || arguments.options != 0) return ERROR_INVALID_PARAMETER;
+  if (!arguments.opened || (arguments.options & ~REG_OPTION_OPEN_LINK) != 0) return ERROR_INVALID_PARAMETER;
   KeyPath target;
   if (const LSTATUS status = target.Find(scope, key, path)) return status;
   KeyRef opened{target.store, kRootId, 0};
@@ -595,7 +611,8 @@ LSTATUS RegQueryMultipleValuesW(HKEY key, VALENTW* values, DWORD count, LPWSTR b
 }
 
 LSTATUS RegSetValueExW(HKEY key, LPCWSTR name, DWORD reserved, DWORD type, const BYTE* data, DWORD bytes) {
-  if (reserved != 0 || (!data && bytes != 0)) return ERROR_INVALID_PARAMETER;
+  if (reserved != 0) return ERROR_INVALID_PARAMETER;
+  if (!data && bytes != 0) return ERROR_NOACCESS;
   if (const LSTATUS status = FoldValueName(name)) return status;
   LockedKey locked(key, KEY_SET_VALUE);
   if (const LSTATUS status = locked.ReadyToWrite()) return status;

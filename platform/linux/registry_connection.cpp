@@ -14,13 +14,16 @@
 #include <cstdint>
 #include <random>
 
+#include "platform/linux/registry_refolding.h"
+
 namespace kvregistry {
 
 namespace {
 
 // Format of the hive file. A changed schema gets the next number; a number is never reused.
 //   1  keys by path, values by key and name
-constexpr int kFormat = 1;
+//   2  paths and names are folded by the platform's case pairs (registry_names.h)
+constexpr int kFormat = kFormatOfNames;
 constexpr int kApplicationId = 0x4B565247;
 
 constexpr const char* kSchema = R"(
@@ -224,15 +227,16 @@ LSTATUS Connection::Connect(int flags, const std::string& name) {
   }
   if (result == SQLITE_OK) result = ReadFormat(handle_, format);
   LSTATUS status = StatusOf(handle_, result);
-  if (status == ERROR_SUCCESS && format != kFormat) status = ERROR_BADDB;
-  if (status != ERROR_SUCCESS) {
-    Close();
-    return status;
+  if (status == ERROR_SUCCESS && format != kFormat && format != 1) status = ERROR_BADDB;
+  if (status == ERROR_SUCCESS) {
+    int keep_log = 1;
+    sqlite3_file_control(handle_, "main", SQLITE_FCNTL_PERSIST_WAL, &keep_log);
+    read_only_ = sqlite3_db_readonly(handle_, "main") != 0;
+    is_format_1_ = format == 1 && read_only_;
+    if (format == 1 && !read_only_) status = RefoldNames(handle_);
   }
-  int keep_log = 1;
-  sqlite3_file_control(handle_, "main", SQLITE_FCNTL_PERSIST_WAL, &keep_log);
-  read_only_ = sqlite3_db_readonly(handle_, "main") != 0;
-  return ERROR_SUCCESS;
+  if (status != ERROR_SUCCESS) Close();
+  return status;
 }
 
 LSTATUS Connection::Create() const {
@@ -270,7 +274,7 @@ void Connection::Close() {
 void Connection::Abandon() {
   handle_ = nullptr;
   prepared_.fill(nullptr);
-  read_only_ = immutable_ = false;
+  read_only_ = immutable_ = is_format_1_ = false;
 }
 
 // ---- Statements ----

@@ -55,6 +55,8 @@ class Connection {
   LSTATUS Refusal() const { return refusal_; }
   // The file was opened as unchanging: no log could be made beside it.
   bool IsImmutable() const { return immutable_; }
+  // The file was opened for reading in format 1 (registry_names.h). Opening it for writing brings it to the latest one.
+  bool IsFormat1() const { return is_format_1_; }
   // A writer has made a log since the file was opened as unchanging.
   bool IsOutdated() const;
   // The file was removed or another one has its name.
@@ -78,6 +80,7 @@ class Connection {
   std::array<sqlite3_stmt*, kSqlSlots> prepared_{};
   bool read_only_ = false;
   bool immutable_ = false;
+  bool is_format_1_ = false;
   LSTATUS refusal_ = ERROR_ACCESS_DENIED;
   int rounds_ = 0;  // of steps of the current statement
 };

@@ -3,6 +3,8 @@
 #include <unicode/uchar.h>
 #include <unicode/utf16.h>
 
+#include "platform/linux/letter_case.h"
+
 namespace kvregistry {
 
 namespace {
@@ -40,7 +42,7 @@ void Append(std::string& out, std::u16string_view name) {
       continue;
     }
     U16_NEXT(name.data(), i, name.size(), character);
-    AppendCharacter(out, kFold ? UpperAscii(u_foldCase(character, U_FOLD_CASE_DEFAULT)) : character);
+    AppendCharacter(out, kFold && character <= 0xFFFF ? LowerOfOtherUnit(char16_t(character)) : character);
   }
 }
 
@@ -65,6 +67,15 @@ UChar32 TakeCharacter(std::string_view& kept) {
 void AppendName(std::string& out, std::u16string_view name) { Append<false>(out, name); }
 
 void AppendFolded(std::string& out, std::u16string_view name) { Append<true>(out, name); }
+
+std::string FoldedInFormat1(std::string_view kept) {
+  std::string folded;
+  while (!kept.empty()) {
+    const UChar32 character = TakeCharacter(kept);
+    AppendCharacter(folded, UpperAscii(character < 0x80 ? character : u_foldCase(character, U_FOLD_CASE_DEFAULT)));
+  }
+  return folded;
+}
 
 DWORD UnitsOf(std::string_view kept) {
   DWORD units = 0;

@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "platform/linux/compound_format.h"
-#include "platform/text.h"
+#include "platform/linux/letter_case.h"
 
 // ---- content
 
@@ -129,21 +129,11 @@ HRESULT StreamContent::CopyTo(SafeFile& file) const {
 
 // ---- names and nodes
 
-namespace {
-
-char16_t Upper(char16_t unit) {
-  if (unit < 0x80) return unit >= u'a' && unit <= u'z' ? char16_t(unit - 0x20) : unit;
-  CharUpperBuffW(&unit, 1);
-  return unit;
-}
-
-}  // namespace
-
 bool StorageNameOrder::operator()(std::u16string_view a, std::u16string_view b) const {
   if (a.size() != b.size()) return a.size() < b.size();
   for (std::size_t i = 0; i < a.size(); ++i) {
     if (a[i] == b[i]) continue;
-    const char16_t x = Upper(a[i]), y = Upper(b[i]);
+    const char16_t x = UpperUnit(a[i]), y = UpperUnit(b[i]);
     if (x != y) return x < y;
   }
   return false;

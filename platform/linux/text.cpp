@@ -1,12 +1,15 @@
-// Text conversion and case, implemented with ICU. ASCII, the most frequent text, is copied without a decoder.
+// Text conversion with ICU, and case. ASCII, the most frequent text, is copied without a decoder.
 #include "platform/text.h"
 
-#include <unicode/uchar.h>
 #include <unicode/utf16.h>
 #include <unicode/utf8.h>
 
+#include <algorithm>
 #include <limits>
 #include <string_view>
+
+#include "platform/linux/errno_status.h"
+#include "platform/linux/letter_case.h"
 
 namespace {
 
@@ -95,26 +98,10 @@ int LengthOf(const Unit* text, int given) {
   return given >= 0 ? given : int(std::basic_string_view<Unit>(text).size()) + 1;
 }
 
-// Maps every character whose mapping has the same length; this is true for all simple mappings within a plane.
-template <UChar32 (*Map)(UChar32)>
-DWORD MapUnits(char16_t* text, DWORD units) {
-  for (DWORD i = 0; i < units;) {
-    const DWORD start = i;
-    UChar32 character = 0;
-    U16_NEXT(text, i, units, character);
-    const UChar32 mapped = Map(character);
-    if (mapped == character || U16_LENGTH(mapped) != int(i - start)) continue;
-    DWORD at = start;
-    U16_APPEND_UNSAFE(text, at, mapped);
-  }
-  return units;
-}
-
-UChar32 NextFolded(const char16_t*& text) {
-  UChar32 character = *text++;
-  if (character < 0x80) return character >= 'A' && character <= 'Z' ? character + 32 : character;
-  if (U16_IS_LEAD(character) && U16_IS_TRAIL(*text)) character = U16_GET_SUPPLEMENTARY(character, *text++);
-  return u_foldCase(character, U_FOLD_CASE_DEFAULT);
+// The unit at a place; -1 after the end of the text, which a negative number of units leaves to the terminator.
+int UnitAt(LPCWSTR text, int units, int at) {
+  const bool ended = units < 0 ? text[at] == 0 : at == units;
+  return ended ? -1 : text[at];
 }
 
 }  // namespace
@@ -145,15 +132,27 @@ int WideCharToMultiByte(UINT codePage, DWORD, LPCWSTR source, int sourceUnits, L
   return out.Result();
 }
 
-DWORD CharUpperBuffW(LPWSTR text, DWORD units) { return MapUnits<u_toupper>(text, units); }
+DWORD CharUpperBuffW(LPWSTR text, DWORD units) {
+  std::transform(text, text + units, text, UpperUnit);
+  return units;
+}
 
-DWORD CharLowerBuffW(LPWSTR text, DWORD units) { return MapUnits<u_tolower>(text, units); }
+DWORD CharLowerBuffW(LPWSTR text, DWORD units) {
+  std::transform(text, text + units, text, LowerUnit);
+  return units;
+}
 
-int _wcsicmp(LPCWSTR a, LPCWSTR b) {
-  for (;;) {
-    const UChar32 x = NextFolded(a);
-    const UChar32 y = NextFolded(b);
-    if (x != y) return x < y ? -1 : 1;
-    if (x == 0) return 0;
+int CompareStringOrdinal(LPCWSTR a, int aUnits, LPCWSTR b, int bUnits, BOOL ignoreCase) {
+  if (!a || !b || (ignoreCase != FALSE && ignoreCase != TRUE)) return FailWithStatus(ERROR_INVALID_PARAMETER);
+  for (int at = 0;; ++at) {
+    int x = UnitAt(a, aUnits, at);
+    int y = UnitAt(b, bUnits, at);
+    if (x == y && x < 0) return CSTR_EQUAL;
+    if (x == y) continue;
+    if (ignoreCase && x >= 0 && y >= 0) {
+      x = UpperUnit(WCHAR(x));
+      y = UpperUnit(WCHAR(y));
+    }
+    if (x != y) return x < y ? CSTR_LESS_THAN : CSTR_GREATER_THAN;
   }
 }

@@ -71,6 +71,10 @@ bool Decode(std::string_view bytes, Text& text, Error& error) {
   return true;
 }
 
+bool IsSameWord(TextView a, TextView b) {
+  return CompareStringOrdinal(a.data(), int(a.size()), b.data(), int(b.size()), TRUE) == CSTR_EQUAL;
+}
+
 // Reads one line from left to right. A Take... call that returns false may have moved the cursor.
 class Cursor {
  public:
@@ -87,8 +91,7 @@ class Cursor {
     return true;
   }
   bool TakeWord(TextView word) {
-    const bool found =
-        rest_.size() >= word.size() && _wcsicmp(Text(rest_.substr(0, word.size())).c_str(), Text(word).c_str()) == 0;
+    const bool found = rest_.size() >= word.size() && IsSameWord(rest_.substr(0, word.size()), word);
     if (found) rest_.remove_prefix(word.size());
     return found;
   }
@@ -281,10 +284,10 @@ class Parser {
 bool ParseKeyName(TextView text, KeyName& key) {
   if (text.ends_with(TCHAR('\\'))) text.remove_suffix(1);
   const std::size_t end = std::min(text.find(TCHAR('\\')), text.size());
-  const Text hive(text.substr(0, end));
+  const TextView hive = text.substr(0, end);
   const auto* found = std::find_if(std::begin(kHives), std::end(kHives),
-                                   [&](const HiveName& row) { return _wcsicmp(row.text, hive.c_str()) == 0; });
-  if (found == std::end(kHives) || hive.find(TCHAR(0)) != Text::npos) return false;
+                                   [&](const HiveName& row) { return IsSameWord(row.text, hive); });
+  if (found == std::end(kHives)) return false;
   key.hive = reinterpret_cast<HKEY>(found->hive);
   key.path = text.substr(std::min(end + 1, text.size()));
   if (key.path.empty()) return end == text.size();

@@ -1,9 +1,12 @@
 // The hives' files: damage, a lock that another process holds, and one state for a whole transaction.
+#include <gmock/gmock.h>
+
 #include <chrono>
 
 #include "platform/handles.h"
 #include "platform/registry_files.h"
 #include "tests/child_process.h"
+#include "tests/folders.h"
 #include "tests/platform/hive_file.h"
 
 namespace kvtest {
@@ -47,7 +50,7 @@ TEST_F(HiveFile, DamagedHiveIsReported) {
       {"no hive at all", std::string(8192, 'x')},
       {"pages overwritten", good.substr(0, 4096) + std::string(good.size() - 4096, '\xA5')},
       {"schema overwritten", good.substr(0, 100) + std::string(3996, '\xA5') + good.substr(4096)},
-      {"another format", good.substr(0, 63) + '\x02' + good.substr(64)},
+      {"another format", good.substr(0, 63) + '\x03' + good.substr(64)},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.title);
@@ -131,6 +134,54 @@ TEST_F(HiveFile, WalkEndsAtARowThatDiffersFromItsIndex) {
               ERROR_SUCCESS);
   }
   EXPECT_EQ(places, 3) << "in the table and in two indexes";
+}
+
+// ---- an older format
+
+// fixtures/format1.hive was written with format 1, whose folding makes names equal that the platform keeps apart.
+class HiveOfFormat1 : public testing::Test {
+ protected:
+  HiveOfFormat1() {
+    scratch_.Write("user.hive", ReadFile(SourceFile("tests/platform/fixtures/format1.hive")));
+    UseRegistry(scratch_.Path());
+    TakeHiveFault(HKEY_CURRENT_USER, HiveFault::During::kReading);
+  }
+  // Whether everything that was written is found by its name, and by walks.
+  static bool HasAll() {
+    for (const LPCTSTR name : {_T("größe\\ÖL"), _T("µM\\Unten"), _T("άξονας"), _T("ſ")}) {
+      Key key;
+      const Text path = Text(_T("software\\alt\\")) + name;
+      EXPECT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, KEY_READ, &key), ERROR_SUCCESS)
+          << testing::PrintToString(path);
+      EXPECT_EQ(Number(key, _T("wert µ")), 7);
+    }
+    Key top;
+    EXPECT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, _T("Software\\Alt"), 0, KEY_READ, &top), ERROR_SUCCESS);
+    EXPECT_EQ(SubKeys(top).size(), 5U);
+    EXPECT_THAT(ValueNames(top), testing::ElementsAre(_T("STRAẞE ſς"), _T("ÄÖÜ")));
+    EXPECT_EQ(CheckHive(HKEY_CURRENT_USER), ERROR_SUCCESS);
+    EXPECT_EQ(TakeHiveFault(HKEY_CURRENT_USER, HiveFault::During::kReading).status, ERROR_SUCCESS);
+    return !HasFailure();
+  }
+
+  const ScratchFolder scratch_;
+  const RegistryIn registry_{scratch_.Path()};
+};
+
+TEST_F(HiveOfFormat1, IsRefoldedWhenItIsOpened) {
+  EXPECT_TRUE(HasAll());
+  EXPECT_EQ(Ask(scratch_.Path() / "user.hive", "PRAGMA user_version"), "2");
+  for (const LPCTSTR path : {_T("Software\\Alt\\S"), _T("Software\\Alt\\μm"), _T("Software\\Alt\\άξονασ")})
+    EXPECT_EQ(Open(HKEY_CURRENT_USER, path), ERROR_FILE_NOT_FOUND) << testing::PrintToString(Text(path));
+  EXPECT_EQ(Create(HKEY_CURRENT_USER, _T("Software\\Alt\\S")), ERROR_SUCCESS);
+  EXPECT_EQ(Open(HKEY_CURRENT_USER, _T("Software\\Alt\\ſ")), ERROR_SUCCESS);
+}
+
+TEST_F(HiveOfFormat1, IsReadWhereItCannotBeWritten) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can become another user";
+  fs::permissions(scratch_.Path() / "user.hive", fs::perms(0444));
+  fs::permissions(scratch_.Path(), fs::perms(0555));
+  EXPECT_TRUE(IsTrueInChild([] { return setgid(65534) == 0 && setuid(65534) == 0 && HasAll(); }));
 }
 
 // ---- other processes
