@@ -1,5 +1,5 @@
 // Files and folders under the platform's names, with the product's paths (platform/paths.h); a null or empty path
-// fails.
+// fails with ERROR_PATH_NOT_FOUND.
 //
 // The calls of the Windows family return FALSE, or the value described, and set GetLastError. The C library's calls,
 // which begin with an underscore, return -1 or null and set errno. Any thread may call; one thread at a time may use a
@@ -78,8 +78,8 @@ KVSHARE_API UINT GetTempFileNameW(LPCWSTR folder, LPCWSTR prefix, UINT unique, L
 // ---- the C library's streams
 
 // Opens a file with a mode of the C library plus the platform's additions b, t, x, N, S, R, c, n and ", ccs=...". Two
-// of them have an effect here: x, and ccs=UTF-16LE (or UNICODE), which writes the mark FF FE at the start of a new or
-// empty file; the caller's bytes follow unchanged. Child processes never inherit the file. Null on failure; EINVAL for
+// of them have an effect here: x, and ccs, which writes the encoding's mark at the start of a new or empty file that is
+// opened to be written: FF FE for UTF-16LE and UNICODE, EF BB BF for UTF-8. The caller's bytes follow unchanged. Child processes never inherit the file. Null on failure; EINVAL for
 // an invalid mode.
 KVSHARE_API FILE* _wfopen(LPCWSTR path, LPCWSTR mode);
 
@@ -112,8 +112,8 @@ using LPOVERLAPPED = void*;
 KVSHARE_API HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES unused, DWORD disposition,
                                DWORD flags, HANDLE templateFile);
 
-// Read and write at the handle's position and move it. Fewer bytes are read only at the end of the file; there the
-// result is TRUE with 0 bytes. If a write fails halfway, `written` (not null) has the number of written bytes.
+// Read and write at the handle's position and move it; ERROR_ACCESS_DENIED if the file was opened without GENERIC_READ or
+// GENERIC_WRITE. Fewer bytes are read only at the end of the file; there the result is TRUE with 0 bytes. If a write fails halfway, `written` (not null) has the number of written bytes.
 // overlapped must be null.
 KVSHARE_API BOOL ReadFile(HANDLE file, void* target, DWORD bytes, LPDWORD read, LPOVERLAPPED overlapped);
 KVSHARE_API BOOL WriteFile(HANDLE file, const void* source, DWORD bytes, LPDWORD written, LPOVERLAPPED overlapped);
@@ -121,9 +121,9 @@ KVSHARE_API BOOL WriteFile(HANDLE file, const void* source, DWORD bytes, LPDWORD
 // Moves the position. It may be after the end; before the start fails with ERROR_NEGATIVE_SEEK. Optional: position.
 KVSHARE_API BOOL SetFilePointerEx(HANDLE file, LARGE_INTEGER distance, LARGE_INTEGER* position, DWORD from);
 KVSHARE_API BOOL GetFileSizeEx(HANDLE file, LARGE_INTEGER* size);
-// Shortens the file, or extends it with zeros, to the handle's position.
+// Shortens the file, or extends it with zeros, to the handle's position. Needs GENERIC_WRITE.
 KVSHARE_API BOOL SetEndOfFile(HANDLE file);
-// Writes the content to the disk before it returns.
+// Writes the content to the disk before it returns. Needs GENERIC_WRITE.
 KVSHARE_API BOOL FlushFileBuffers(HANDLE file);
 
 #endif

@@ -14,12 +14,12 @@ inline constexpr DWORD MEM_RESET = 0x80000;
 inline constexpr DWORD PAGE_READWRITE = 0x04;
 
 // With MEM_RESERVE | MEM_COMMIT and a null address: returns a new region of zeros, aligned to 64 KiB; parts that are
-// never touched cost no memory. protection must be PAGE_READWRITE and bytes above 0, otherwise null with
-// ERROR_INVALID_PARAMETER. Null with ERROR_NOT_ENOUGH_MEMORY without memory. Any thread may call.
+// never touched cost no memory. protection must be PAGE_READWRITE and bytes above 0 and within the address space,
+// otherwise null with ERROR_INVALID_PARAMETER. Null with ERROR_NOT_ENOUGH_MEMORY without memory. Any thread may call.
 //
-// With MEM_RESET and the address and size of an existing region: its content is no longer needed, and the system may
-// take the memory when it is short. Writing to the region later is allowed; reading before that gives undefined bytes.
-// Returns the address.
+// With MEM_RESET and a range of bytes in an existing region: the content of its whole pages is no longer needed, and the
+// system may take their memory when it is short. Writing there later is allowed; reading before that gives undefined
+// bytes. Returns the address.
 KVSHARE_API void* VirtualAlloc(void* address, SIZE_T bytes, DWORD allocation, DWORD protection);
 
 // Frees a whole region: address is the result of VirtualAlloc, bytes is 0 and how is MEM_RELEASE. FALSE with

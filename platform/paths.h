@@ -38,8 +38,9 @@ inline constexpr int _MAX_EXT = 256;
 // have the sizes above; a part that is too long is cut off. Optional: each buffer.
 KVSHARE_API void _wsplitpath(LPCWSTR path, LPWSTR drive, LPWSTR folder, LPWSTR name, LPWSTR extension);
 
-// The full path, with "." and ".." resolved in the text only; the file need not exist. Returns the length, or the size
-// needed with the terminator if it does not fit, or 0 on failure. Optional: filePart, which receives a pointer to the
+// The full path, with "." and ".." resolved in the text only; the file need not exist. A point at the end of a component
+// goes, and all points and spaces at the end of the path. Only a backslash that ends the given path ends the result,
+// unless that is a root. Returns the length, or the size needed with the terminator if it does not fit, or 0 on failure. Optional: filePart, which receives a pointer to the
 // last component, or null if the path ends in a backslash.
 KVSHARE_API DWORD GetFullPathNameW(LPCWSTR path, DWORD units, LPWSTR buffer, LPWSTR* filePart);
 

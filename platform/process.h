@@ -26,9 +26,10 @@ KVSHARE_API BOOL SetEnvironmentVariableW(LPCWSTR name, LPCWSTR value);
 // null with ERROR_MOD_NOT_FOUND if no such library is loaded.
 KVSHARE_API HMODULE GetModuleHandleW(LPCWSTR name);
 
-// The product path of a module's file, also of a resource-only library; null means the program. A library that was
-// loaded by a name with a version (libKVSHAREu.so.0.1) has its name without it. Returns the length. If
-// the buffer is too small, the text is cut and terminated, and the result is `units` with ERROR_INSUFFICIENT_BUFFER.
+// The product path of a module's file; null means the program. A library that was loaded by a name with a version
+// (libKVSHAREu.so.0.1) has its name without it. Returns the length; 0 with ERROR_MOD_NOT_FOUND for an unknown module,
+// and for a library that is loaded as data (platform/resources.h). If the buffer is too small, the text is cut and
+// terminated, and the result is `units` with ERROR_INSUFFICIENT_BUFFER.
 KVSHARE_API DWORD GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD units);
 
 // ---- identity

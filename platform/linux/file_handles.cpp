@@ -16,11 +16,20 @@ namespace {
 
 class File : public HandleObject {
  public:
-  explicit File(int given) : descriptor(given) {}
+  File(int given, DWORD access_rights) : descriptor(given), access(access_rights) {}
   ~File() override { close(descriptor); }
 
   const int descriptor;
+  const DWORD access;
 };
+
+// The handle's file; null, and the last status is set, if the handle is invalid or was opened without that right.
+std::shared_ptr<File> FindFile(HANDLE handle, DWORD right) {
+  auto file = FindHandle<File>(handle);
+  if (!file || (file->access & right) != 0) return file;
+  SetLastError(ERROR_ACCESS_DENIED);
+  return nullptr;
+}
 
 // The open() flags for a disposition; -1 for an invalid one.
 int FlagsOf(DWORD disposition) {
@@ -44,8 +53,8 @@ HANDLE Failed(LONG status) {
 }
 
 // Creates the handle of an open file; fails for a folder.
-HANDLE NewFileHandle(int descriptor) {
-  auto file = std::make_shared<File>(descriptor);
+HANDLE NewFileHandle(int descriptor, DWORD access) {
+  auto file = std::make_shared<File>(descriptor, access);
   struct stat facts;
   if (fstat(descriptor, &facts) == 0 && S_ISDIR(facts.st_mode)) return Failed(ERROR_ACCESS_DENIED);
   return AddHandle(std::move(file));
@@ -63,7 +72,7 @@ HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD, LPSECURITY_ATTRIBUTES, DWO
   const int options = (flags & FILE_FLAG_WRITE_THROUGH ? O_DSYNC : 0) | O_CLOEXEC | O_NOCTTY;
   std::string system = SystemPathAsWritten(path);  // most files exist as written
   int descriptor = reads ? open(system.c_str(), O_RDONLY | options) : -1;
-  if (descriptor >= 0) return NewFileHandle(descriptor);
+  if (descriptor >= 0) return NewFileHandle(descriptor, access);
   system = SystemPathFromProduct(path);
   const bool existed = (how & O_CREAT) != 0 && ::access(system.c_str(), F_OK) == 0;
   if (existed && disposition == CREATE_NEW) return Failed(ERROR_FILE_EXISTS);
@@ -76,7 +85,7 @@ HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD, LPSECURITY_ATTRIBUTES, DWO
     FailForPath(errno, system);
     return INVALID_HANDLE_VALUE;
   }
-  const HANDLE file = NewFileHandle(descriptor);
+  const HANDLE file = NewFileHandle(descriptor, access);
   if (file != INVALID_HANDLE_VALUE && (disposition == CREATE_ALWAYS || disposition == OPEN_ALWAYS))
     SetLastError(existed ? ERROR_ALREADY_EXISTS : 0);
   return file;
@@ -84,7 +93,7 @@ HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD, LPSECURITY_ATTRIBUTES, DWO
 
 BOOL ReadFile(HANDLE handle, void* target, DWORD bytes, LPDWORD read, LPOVERLAPPED) {
   if (read) *read = 0;
-  const auto file = FindHandle<File>(handle);
+  const auto file = FindFile(handle, GENERIC_READ);
   if (!file) return FALSE;
   DWORD done = 0;
   while (done < bytes) {
@@ -100,7 +109,7 @@ BOOL ReadFile(HANDLE handle, void* target, DWORD bytes, LPDWORD read, LPOVERLAPP
 
 BOOL WriteFile(HANDLE handle, const void* source, DWORD bytes, LPDWORD written, LPOVERLAPPED) {
   *written = 0;
-  const auto file = FindHandle<File>(handle);
+  const auto file = FindFile(handle, GENERIC_WRITE);
   if (!file) return FALSE;
   while (*written < bytes) {
     const ssize_t put = write(file->descriptor, static_cast<const char*>(source) + *written, bytes - *written);
@@ -132,7 +141,7 @@ BOOL GetFileSizeEx(HANDLE handle, LARGE_INTEGER* size) {
 }
 
 BOOL SetEndOfFile(HANDLE handle) {
-  const auto file = FindHandle<File>(handle);
+  const auto file = FindFile(handle, GENERIC_WRITE);
   if (!file) return FALSE;
   const off_t at = lseek(file->descriptor, 0, SEEK_CUR);
   if (at < 0 || ftruncate(file->descriptor, at) != 0)
@@ -141,7 +150,7 @@ BOOL SetEndOfFile(HANDLE handle) {
 }
 
 BOOL FlushFileBuffers(HANDLE handle) {
-  const auto file = FindHandle<File>(handle);
+  const auto file = FindFile(handle, GENERIC_WRITE);
   if (!file) return FALSE;
   return fsync(file->descriptor) == 0 || FailWithErrno(errno);
 }

@@ -5,8 +5,8 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <map>
 #include <mutex>
-#include <unordered_map>
 
 #include "platform/errors.h"
 
@@ -14,11 +14,12 @@ namespace {
 
 constexpr SIZE_T kGranularity = 64 * 1024;
 constexpr SIZE_T kHugePage = 2 * 1024 * 1024;
+constexpr SIZE_T kAddressSpace = SIZE_T(1) << 47;
 
 // The existing regions by address, with their size in bytes.
 struct Regions {
   std::mutex lock;
-  std::unordered_map<void*, SIZE_T> sizes;
+  std::map<void*, SIZE_T> sizes;
 };
 
 // Never destroyed, because static destructors may still free memory.
@@ -49,23 +50,30 @@ void* MapAligned(SIZE_T bytes, SIZE_T alignment) {
 
 namespace {
 
-void* Reset(void* address, SIZE_T bytes) {
+// Pages at the ends that are only partly inside the range stay as they are.
+void* Reset(void* address, SIZE_T bytes, SIZE_T page) {
   Regions& regions = TheRegions();
   const std::lock_guard guard(regions.lock);
-  const auto found = regions.sizes.find(address);
-  if (found == regions.sizes.end() || bytes != found->second) return Failed(ERROR_INVALID_PARAMETER);
-  madvise(address, bytes, MADV_FREE);  // optional: fails on systems without it, with no effect
+  const auto after = regions.sizes.upper_bound(address);
+  if (bytes == 0 || after == regions.sizes.begin()) return Failed(ERROR_INVALID_PARAMETER);
+  const auto& [region, size] = *std::prev(after);
+  const SIZE_T offset = SIZE_T(static_cast<BYTE*>(address) - static_cast<BYTE*>(region));
+  if (offset >= size || bytes > size - offset) return Failed(ERROR_INVALID_PARAMETER);
+  const SIZE_T first = (offset + page - 1) / page * page;
+  const SIZE_T end = (offset + bytes) / page * page;
+  // Optional: fails on systems without it, with no effect.
+  if (first < end) madvise(static_cast<BYTE*>(region) + first, end - first, MADV_FREE);
   return address;
 }
 
 }  // namespace
 
 void* VirtualAlloc(void* address, SIZE_T bytes, DWORD allocation, DWORD protection) {
-  if (allocation == MEM_RESET && protection == PAGE_READWRITE) return Reset(address, bytes);
+  const SIZE_T page = SIZE_T(sysconf(_SC_PAGESIZE));
+  if (allocation == MEM_RESET && protection == PAGE_READWRITE) return Reset(address, bytes, page);
   if (address || bytes == 0 || allocation != (MEM_RESERVE | MEM_COMMIT) || protection != PAGE_READWRITE)
     return Failed(ERROR_INVALID_PARAMETER);
-  const SIZE_T page = SIZE_T(sysconf(_SC_PAGESIZE));
-  if (bytes > SIZE_T(-1) - page) return Failed(ERROR_NOT_ENOUGH_MEMORY);
+  if (bytes > kAddressSpace) return Failed(ERROR_INVALID_PARAMETER);
   const SIZE_T size = (bytes + page - 1) / page * page;
   const bool huge = size >= kHugePage;
   void* region = MapAligned(size, huge ? kHugePage : kGranularity);

@@ -188,8 +188,18 @@ std::u16string_view RootOf(std::u16string_view path) {
                                              : std::u16string_view();
 }
 
-// Appends the components of `rest` to the path and resolves "." and ".."; ".." stops at the root.
+// A component as the platform takes it: without one point at its end and, for the last one of a path, without any
+// points and spaces there.
+std::u16string_view WithoutEnd(std::u16string_view name, bool is_last) {
+  if (is_last) return name.substr(0, name.find_last_not_of(u". ") + 1);  // npos + 1 is 0
+  const bool one = name.ends_with(u'.') && !name.ends_with(u"..");
+  return one ? name.substr(0, name.size() - 1) : name;
+}
+
+// Appends the components of `rest` to the path and resolves "." and ".."; ".." stops at the root. Only a backslash at
+// the end of `rest` stays at the end.
 void AppendResolved(std::u16string& path, std::size_t root, std::u16string_view rest) {
+  const bool is_folder = rest.ends_with(u'\\');
   while (!rest.empty()) {
     const std::size_t end = std::min(rest.find(u'\\'), rest.size());
     const std::u16string_view name = rest.substr(0, end);
@@ -199,10 +209,11 @@ void AppendResolved(std::u16string& path, std::size_t root, std::u16string_view 
       if (path.size() > root) path.pop_back();
       while (path.size() > root && path.back() != u'\\') path.pop_back();
     } else if (!name.empty() && name != u".") {
-      path.append(name);
+      path.append(WithoutEnd(name, !separated));
       if (separated) path += u'\\';
     }
   }
+  if (!is_folder && path.size() > root && path.back() == u'\\') path.pop_back();
 }
 
 }  // namespace

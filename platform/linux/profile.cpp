@@ -42,9 +42,10 @@ DWORD CopyText(std::u16string_view text, LPWSTR buffer, DWORD units) {
   return DWORD(count);
 }
 
-// Copies a list: a NUL after each entry, and one more.
+// Copies a list: a NUL after each entry, and one more. A list that fills the buffer counts as cut, because existing
+// programs take the result units - 2 for that.
 DWORD CopyList(std::u16string_view list, LPWSTR buffer, DWORD units) {
-  if (list.size() < units) {
+  if (list.empty() || list.size() + 1 < units) {
     list.copy(buffer, list.size());
     buffer[list.size()] = 0;
     if (list.empty() && units > 1) buffer[1] = 0;  // an empty list has two NULs
@@ -69,14 +70,15 @@ ProfilePointer Open(LPCWSTR path) {
     code = kvprofile::Read(system, profile);
   }
   if (code == 0) return profile;
-  FailForPath(code, system);
+  if (path) FailForPath(code, system);
+  else SetLastError(ERROR_FILE_NOT_FOUND);
   return nullptr;
 }
 
 // Replaces the file by the result of `change`, which writes the texts; without a result the file stays.
 template <class Change>
 BOOL Write(LPCWSTR path, std::initializer_list<std::u16string_view> texts, Change change) {
-  if (!path || !*path) return FailWithStatus(ERROR_PATH_NOT_FOUND);
+  if (!path || !*path) return FailWithStatus(ERROR_ACCESS_DENIED);
   EnsureDriveFolder(path);
   const std::string target = PathBehindLinks(SystemPathFromProduct(path));
   kvprofile::FolderLock lock;
@@ -120,11 +122,11 @@ DWORD GetPrivateProfileSectionNamesW(LPWSTR buffer, DWORD units, LPCWSTR path) {
 }
 
 DWORD GetPrivateProfileSectionW(LPCWSTR section, LPWSTR buffer, DWORD units, LPCWSTR path) {
-  if (!buffer || units == 0) return 0;
+  if (!section || !buffer || units == 0) return DWORD(FailWithStatus(ERROR_INVALID_PARAMETER));
   const ProfilePointer profile = Open(path);
   std::u16string list;
-  const bool found = section && profile && profile->ListLines(Trimmed(section), list);
-  if (profile && !found) SetLastError(ERROR_FILE_NOT_FOUND);
+  const bool found = profile && profile->ListLines(Trimmed(section), list);
+  if (profile) SetLastError(found ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND);
   return CopyList(list, buffer, units);
 }
 
@@ -133,7 +135,7 @@ DWORD GetPrivateProfileSectionW(LPCWSTR section, LPWSTR buffer, DWORD units, LPC
 BOOL WritePrivateProfileStringW(LPCWSTR section, LPCWSTR key, LPCWSTR value, LPCWSTR path) {
   if (!section) {
     if (!key && !value) kvprofile::ForgetAll();  // this form of the call drops the cache and still fails
-    return FailWithStatus(ERROR_INVALID_PARAMETER);
+    return FailWithStatus(ERROR_FILE_NOT_FOUND);
   }
   if (!key) return Write(path, {}, [&](const Profile& profile) { return profile.WithoutSection(Trimmed(section)); });
   if (!value)

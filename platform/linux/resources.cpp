@@ -14,7 +14,6 @@
 #include <shared_mutex>
 #include <unordered_map>
 
-#include "platform/linux/data_modules.h"
 #include "platform/linux/errno_status.h"
 #include "platform/linux/file_system.h"
 #include "platform/linux/resource_library.h"
@@ -25,14 +24,9 @@ namespace {
 
 constexpr off_t kMaximumFile = off_t(1) << 30;
 
-struct DataModule {
-  std::u16string path;
-  ResourceLibrary library;
-};
-
 struct Modules {
   std::shared_mutex lock;
-  std::unordered_map<HMODULE, std::unique_ptr<DataModule>> loaded;
+  std::unordered_map<HMODULE, std::unique_ptr<ResourceLibrary>> loaded;
 };
 
 // Never destroyed, because language libraries are used until the process ends.
@@ -41,8 +35,8 @@ Modules& TheModules() {
   return *modules;
 }
 
-// The handle's module, or null. The caller has locked the table.
-const DataModule* Find(const Modules& modules, HMODULE module) {
+// The handle's library, or null. The caller has locked the table.
+const ResourceLibrary* Find(const Modules& modules, HMODULE module) {
   const auto found = modules.loaded.find(module);
   return found == modules.loaded.end() ? nullptr : found->second.get();
 }
@@ -75,20 +69,7 @@ std::u16string WithExtension(LPCWSTR path) {
   return text.find(u'.', name) == text.npos ? text + u".dll" : text;
 }
 
-std::u16string FullPath(const std::u16string& path) {
-  std::u16string full(GetFullPathNameW(path.c_str(), 0, nullptr, nullptr), u'\0');
-  full.resize(GetFullPathNameW(path.c_str(), DWORD(full.size()), full.data(), nullptr));
-  return full;
-}
-
 }  // namespace
-
-std::u16string DataModulePath(HINSTANCE module) {
-  Modules& modules = TheModules();
-  const std::shared_lock guard(modules.lock);
-  const DataModule* found = Find(modules, module);
-  return found ? found->path : std::u16string();
-}
 
 HMODULE LoadLibraryExW(LPCWSTR path, HANDLE file, DWORD flags) {
   const auto fail = [](LONG status) {
@@ -106,7 +87,7 @@ HMODULE LoadLibraryExW(LPCWSTR path, HANDLE file, DWORD flags) {
   }
   auto library = ResourceLibrary::Parse(std::move(bytes));
   if (!library) return fail(ERROR_BAD_EXE_FORMAT);
-  auto module = std::make_unique<DataModule>(DataModule{FullPath(named), std::move(*library)});
+  auto module = std::make_unique<ResourceLibrary>(std::move(*library));
   const auto handle = reinterpret_cast<HMODULE>(reinterpret_cast<std::uintptr_t>(module.get()) | 1);
   Modules& modules = TheModules();
   const std::unique_lock guard(modules.lock);
@@ -124,11 +105,10 @@ int LoadStringW(HINSTANCE module, UINT id, LPWSTR buffer, int units) {
   if (!buffer || units < 0) return FailWithStatus(ERROR_INVALID_PARAMETER);
   Modules& modules = TheModules();
   const std::shared_lock guard(modules.lock);
-  const DataModule* found = Find(modules, module);
-  const std::u16string_view text = found ? found->library.FindString(WORD(id)) : std::u16string_view();
+  const ResourceLibrary* found = Find(modules, module);
+  const std::u16string_view text = found ? found->FindString(WORD(id)) : std::u16string_view();
   if (text.empty())
-    FailWithStatus(found && found->library.HasStrings() ? ERROR_RESOURCE_NAME_NOT_FOUND
-                                                        : ERROR_RESOURCE_DATA_NOT_FOUND);
+    FailWithStatus(found && found->HasStrings() ? ERROR_RESOURCE_NAME_NOT_FOUND : ERROR_RESOURCE_DATA_NOT_FOUND);
   if (units == 0) {
     const char16_t* inside = text.empty() ? nullptr : text.data();
     std::memcpy(buffer, &inside, sizeof inside);
