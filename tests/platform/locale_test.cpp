@@ -12,57 +12,28 @@
 
 namespace {
 
-// Sets the language of the environment and takes it back.
-class Locale : public testing::Test {
- protected:
-  ~Locale() override { Use(nullptr, nullptr, nullptr); }
-  static void Use(LPCWSTR all, LPCWSTR messages, LPCWSTR lang) {
-    SetEnvironmentVariableW(_T("LC_ALL"), all);
-    SetEnvironmentVariableW(_T("LC_MESSAGES"), messages);
-    SetEnvironmentVariableW(_T("LANG"), lang);
-  }
-};
-
-TEST_F(Locale, LanguageComesFromTheFirstVariableThatIsSet) {
-  const struct {
-    LPCTSTR all, messages, lang;
-    int primary, sub;
-  } rows[] = {
-      {nullptr, nullptr, nullptr, 9, 1},
-      {nullptr, _T("fr_FR.UTF-8"), _T("de_DE.UTF-8"), 12, 1},
-      {_T("ja_JP.UTF-8"), _T("fr_FR.UTF-8"), nullptr, 17, 1},
-      {_T(""), nullptr, _T("de_AT@euro"), 7, 3},
-      {nullptr, nullptr, _T("POSIX"), 9, 1},
-      {nullptr, nullptr, _T("xx_nonsense"), 9, 1},
-  };
-  for (const auto& row : rows) {
-    Use(row.all, row.messages, row.lang);
-    EXPECT_EQ(GetUserDefaultLangID(), row.sub << 10 | row.primary) << testing::PrintToString(row.lang);
-  }
-}
-
 constexpr LCID kEnglish = 0x0409;
 constexpr LCID kPolish = 0x0415;
 
-TEST_F(Locale, PicturesOfDatesAndTimesArePainted) {
+TEST(Locale, PicturesOfDatesAndTimesArePainted) {
   const struct {
     decltype(GetDateFormatW)* call;
     LCID locale;
     WORD hour;
     const TCHAR* picture;
-    std::u16string wanted;
+    Text wanted;
   } rows[] = {
-      {GetDateFormatW, kEnglish, 0, _T("MM'/'dd'/'yyyy"), u"03/05/2024"},
-      {GetDateFormatW, kEnglish, 0, _T("d dd ddd dddd ddddd"), u"5 05 Tue Tuesday Tuesday"},
-      {GetDateFormatW, kEnglish, 0, _T("M MM MMM MMMM"), u"3 03 Mar March"},
-      {GetDateFormatW, kEnglish, 0, _T("y yy yyy yyyy yyyyy"), u"24 24 2024 2024 2024"},
-      {GetDateFormatW, kEnglish, 0, _T("'day' d 'o''clock' hh:mm'open"), u"day 5 o'clock hh:mmopen"},
-      {GetDateFormatW, kPolish, 0, _T("d MMMM"), u"5 marca"},
-      {GetDateFormatW, kPolish, 0, _T("MMMM yyyy"), u"marzec 2024"},
-      {GetTimeFormatW, kEnglish, 19, _T("H HH h hh t tt"), u"19 19 7 07 P PM"},
-      {GetTimeFormatW, kEnglish, 0, _T("h:mm tt"), u"12:04 AM"},
-      {GetTimeFormatW, kEnglish, 12, _T("hh t"), u"12 P"},
-      {GetTimeFormatW, kEnglish, 9, _T("m mm s ss HHH dd"), u"4 04 9 09 09 dd"},
+      {GetDateFormatW, kEnglish, 0, _T("MM'/'dd'/'yyyy"), _T("03/05/2024")},
+      {GetDateFormatW, kEnglish, 0, _T("d dd ddd dddd ddddd"), _T("5 05 Tue Tuesday Tuesday")},
+      {GetDateFormatW, kEnglish, 0, _T("M MM MMM MMMM"), _T("3 03 Mar March")},
+      {GetDateFormatW, kEnglish, 0, _T("y yy yyy yyyy yyyyy"), _T("24 24 2024 2024 2024")},
+      {GetDateFormatW, kEnglish, 0, _T("'day' d 'o''clock' hh:mm'open"), _T("day 5 o'clock hh:mmopen")},
+      {GetDateFormatW, kPolish, 0, _T("d MMMM"), _T("5 marca")},
+      {GetDateFormatW, kPolish, 0, _T("MMMM yyyy"), _T("marzec 2024")},
+      {GetTimeFormatW, kEnglish, 19, _T("H HH h hh t tt"), _T("19 19 7 07 P PM")},
+      {GetTimeFormatW, kEnglish, 0, _T("h:mm tt"), _T("12:04 AM")},
+      {GetTimeFormatW, kEnglish, 12, _T("hh t"), _T("12 P")},
+      {GetTimeFormatW, kEnglish, 9, _T("m mm s ss HHH dd"), _T("4 04 9 09 09 dd")},
   };
   for (const auto& row : rows) {
     const SYSTEMTIME time = {2024, 3, /*wDayOfWeek=*/6, 5, row.hour, 4, 9, 0};  // a Tuesday, whatever the field says
@@ -73,15 +44,6 @@ TEST_F(Locale, PicturesOfDatesAndTimesArePainted) {
     EXPECT_EQ(text, row.wanted);
     EXPECT_EQ(row.call(row.locale, 0, &time, row.picture, text, needed - 1), 0);
   }
-}
-
-TEST_F(Locale, WrongDatesAndTimesFail) {
-  const SYSTEMTIME none = {2023, 2, 0, 29, 0, 0, 0, 0};
-  const SYSTEMTIME late = {2023, 2, 0, 28, 24, 0, 0, 0};
-  TCHAR text[16];
-  EXPECT_EQ(GetDateFormatW(kEnglish, 0, &none, _T("d"), text, 16), 0);
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PARAMETER));
-  EXPECT_EQ(GetTimeFormatW(kEnglish, 0, &late, _T("H"), text, 16), 0);
 }
 
 TEST(SystemTime, BecomesAFileTimeAndBack) {
@@ -101,18 +63,30 @@ TEST(SystemTime, BecomesAFileTimeAndBack) {
     ASSERT_TRUE(FileTimeToSystemTime(&file, &fields));
     EXPECT_EQ(std::memcmp(&fields, &row.fields, sizeof fields), 0) << row.units;
   }
-  for (const SYSTEMTIME wrong : {SYSTEMTIME{}, {2023, 2, 0, 29, 0, 0, 0, 0}, {2023, 2, 0, 1, 24, 0, 0, 0}}) {
-    file = {7, 7};
-    EXPECT_FALSE(SystemTimeToFileTime(&wrong, &file));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PARAMETER));
-    EXPECT_EQ(file.dwLowDateTime, 7u);
-  }
   const FILETIME last = {0xFFFFFFFF, 0x7FFFFFFF};
   EXPECT_TRUE(FileTimeToSystemTime(&last, &fields));
   EXPECT_EQ(fields.wYear, 30828);
   const FILETIME beyond = {0, 0x80000000};
   EXPECT_FALSE(FileTimeToSystemTime(&beyond, &fields));
   EXPECT_FALSE(FileTimeToLocalFileTime(&beyond, &file));
+}
+
+TEST(Locale, WrongDatesAndTimesFail) {
+  const SYSTEMTIME none = {2023, 2, 0, 29, 0, 0, 0, 0};
+  const SYSTEMTIME late = {2023, 2, 0, 28, 24, 0, 0, 0};
+  TCHAR text[16];
+  EXPECT_EQ(GetDateFormatW(kEnglish, 0, &none, _T("d"), text, 16), 0);
+  EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PARAMETER));
+  EXPECT_EQ(GetTimeFormatW(kEnglish, 0, &late, _T("H"), text, 16), 0);
+}
+
+TEST(SystemTime, ThatDoesNotExistIsRefused) {
+  for (const SYSTEMTIME wrong : {SYSTEMTIME{}, {2023, 2, 0, 29, 0, 0, 0, 0}, {2023, 2, 0, 1, 24, 0, 0, 0}}) {
+    FILETIME file = {7, 7};
+    EXPECT_FALSE(SystemTimeToFileTime(&wrong, &file));
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PARAMETER));
+    EXPECT_EQ(file.dwLowDateTime, 7u);
+  }
 }
 
 TEST(Numbers, RealsAreReadAsFarAsTheyGo) {

@@ -24,7 +24,7 @@ TEST(Memory, RegionsAreZeroedAlignedAndGoBackWhole) {
     EXPECT_FALSE(VirtualFree(region, 0, MEM_RELEASE)) << "it has gone";
   }
   EXPECT_EQ(VirtualAlloc(nullptr, ~SIZE_T(0), kBoth, PAGE_READWRITE), nullptr);
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_NOT_ENOUGH_MEMORY));
+  EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PARAMETER)) << "more than the address space";
 }
 
 TEST(Memory, ARegionThatWasResetCanBeWrittenAgain) {
@@ -35,7 +35,9 @@ TEST(Memory, ARegionThatWasResetCanBeWrittenAgain) {
   EXPECT_EQ(VirtualAlloc(region, kBytes, MEM_RESET, PAGE_READWRITE), region);
   std::fill_n(region, kBytes, BYTE(0xCD));
   EXPECT_TRUE(std::all_of(region, region + kBytes, [](BYTE byte) { return byte == 0xCD; }));
-  EXPECT_EQ(VirtualAlloc(region, kBytes / 2, MEM_RESET, PAGE_READWRITE), nullptr) << "not the region's size";
+  EXPECT_EQ(VirtualAlloc(region + kBytes / 2, kBytes / 2, MEM_RESET, PAGE_READWRITE), region + kBytes / 2) << "a part";
+  EXPECT_TRUE(std::all_of(region, region + kBytes / 2, [](BYTE byte) { return byte == 0xCD; }));
+  EXPECT_EQ(VirtualAlloc(region, kBytes * 2, MEM_RESET, PAGE_READWRITE), nullptr) << "beyond the region";
   EXPECT_TRUE(VirtualFree(region, 0, MEM_RELEASE));
 }
 

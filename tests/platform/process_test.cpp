@@ -12,7 +12,7 @@ TEST(ProcessItself, EnvironmentVariableGivesLengthOrSizeNeeded) {
   ASSERT_TRUE(SetEnvironmentVariableW(_T("KV_TEST_VARIABLE"), _T("Größe")));
   TCHAR buffer[6] = {};
   EXPECT_EQ(GetEnvironmentVariableW(_T("KV_TEST_VARIABLE"), buffer, 6), 5U);
-  EXPECT_EQ(std::u16string(buffer), u"Größe");
+  EXPECT_EQ(Text(buffer), _T("Größe"));
   EXPECT_EQ(GetEnvironmentVariableW(_T("KV_TEST_VARIABLE"), buffer, 5), 6U);
   ASSERT_TRUE(SetEnvironmentVariableW(_T("KV_TEST_VARIABLE"), nullptr));
   EXPECT_EQ(GetEnvironmentVariableW(_T("KV_TEST_VARIABLE"), buffer, 6), 0U);
@@ -25,12 +25,12 @@ TEST(ProcessItself, ModuleIsFoundByAnyFormOfItsName) {
   TCHAR path[MAX_PATH];
   ASSERT_GT(GetModuleFileNameW(library, path, MAX_PATH), 0U);
   for (const TCHAR* name : {_T("kvshareu"), _T("KVSHAREu.dll"), _T("KVSHAREU.DLL"), const_cast<const TCHAR*>(path)})
-    EXPECT_EQ(GetModuleHandleW(name), library) << testing::PrintToString(std::u16string(name));
+    EXPECT_EQ(GetModuleHandleW(name), library) << testing::PrintToString(Text(name));
   EXPECT_NE(GetModuleHandleW(nullptr), nullptr);
   EXPECT_NE(GetModuleHandleW(nullptr), library);
   for (const TCHAR* name : {_T("KVSHARE"), _T("KVSHAREu.txt"), _T(""), _T("\\elsewhere\\KVSHAREu")}) {
     SetLastError(0);
-    EXPECT_EQ(GetModuleHandleW(name), nullptr) << testing::PrintToString(std::u16string(name));
+    EXPECT_EQ(GetModuleHandleW(name), nullptr) << testing::PrintToString(Text(name));
     EXPECT_EQ(GetLastError(), DWORD(ERROR_MOD_NOT_FOUND));
   }
 }
@@ -40,12 +40,12 @@ TEST(ProcessItself, ModuleFileNameIsCutToTheBuffer) {
   const DWORD length = GetModuleFileNameW(GetModuleHandleW(_T("KVSHAREu")), whole, MAX_PATH);
   TCHAR program[MAX_PATH];
   GetModuleFileNameW(nullptr, program, MAX_PATH);
-  EXPECT_TRUE(std::u16string_view(program).ends_with(u"\\test_platform")) << testing::PrintToString(program);
+  EXPECT_NE(TextView(program).find(_T("\\test_platform")), TextView::npos) << testing::PrintToString(program);
   TCHAR cut[MAX_PATH];
   std::fill(std::begin(cut), std::end(cut), TCHAR('#'));
   EXPECT_EQ(GetModuleFileNameW(GetModuleHandleW(_T("KVSHAREu")), cut, length), length);
   EXPECT_EQ(GetLastError(), DWORD(ERROR_INSUFFICIENT_BUFFER));
-  EXPECT_EQ(std::u16string(cut), std::u16string(whole).substr(0, length - 1));
+  EXPECT_EQ(Text(cut), Text(whole).substr(0, length - 1));
   EXPECT_EQ(cut[length], '#');
 }
 
@@ -54,7 +54,7 @@ TEST(ProcessItself, UserNameReturnsTheSizeNeeded) {
   DWORD units = 1;
   EXPECT_FALSE(GetUserNameW(name, &units));
   ASSERT_TRUE(GetUserNameW(name, &units)) << "the size needed comes back";
-  EXPECT_EQ(std::u16string(name).size() + 1, units);
+  EXPECT_EQ(Text(name).size() + 1, units);
   EXPECT_GT(units, 1U);
 }
 

@@ -1,4 +1,5 @@
-// What the tests of profile files share: one file in a scratch folder, and lists with their NULs shown.
+// What the tests of profile files share: a scratch folder with a new file for each content, and lists with their NULs
+// shown.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -7,7 +8,6 @@
 #include <string>
 #include <vector>
 
-#include "platform/numbers.h"
 #include "platform/paths.h"
 #include "platform/profile.h"
 #include "platform/text.h"
@@ -18,45 +18,53 @@ namespace kvtest {
 using namespace std::string_literals;
 
 // The bytes of a text in UTF-16LE, without a mark.
-inline std::string Utf16(std::u16string_view text) {
+inline std::string Utf16(TextView text) {
   std::string bytes;
-  for (const char16_t unit : text) bytes += {char(unit & 0xFF), char(unit >> 8)};
+  for (const TCHAR unit : text) bytes += {char(unit & 0xFF), char(unit >> 8)};
   return bytes;
 }
 
 class ProfileTest : public testing::Test {
  protected:
-  void Put(const std::string& bytes) const { folder.Write("f.ini", bytes); }
-  std::string Bytes() const { return ReadFile(folder.Path() / "f.ini"); }
+  // Writes the content to a file of its own: a system may keep what it has read of a file for a while.
+  void Put(const std::string& bytes) {
+    file = folder.Write(std::to_string(++files) + ".ini", bytes);
+    path = ProductPathFromSystem(file.string());
+  }
+  std::string Bytes() const { return ReadFile(file); }
   LPCWSTR Path() const { return path.c_str(); }
 
   // What the call gives, with a default that no file has.
-  std::u16string Value(LPCWSTR section, LPCWSTR key) const {
-    std::vector<TCHAR> buffer(1000, u'~');
+  Text Value(LPCWSTR section, LPCWSTR key) const {
+    std::vector<TCHAR> buffer(1000, _T('~'));
     const DWORD length =
         GetPrivateProfileStringW(section, key, _T("(none)"), buffer.data(), DWORD(buffer.size()), Path());
     return {buffer.data(), length};
   }
   // The number of the key "k" in section "A" of a file; -1 if there is none.
-  static int Number(const std::u16string& file) {
+  static int Number(const Text& file) {
     TCHAR text[16];
-    GetPrivateProfileStringW(_T("A"), _T("k"), _T("-1"), text, 16, file.c_str());
-    return _wtoi(text);
+    if (GetPrivateProfileStringW(_T("A"), _T("k"), nullptr, text, 16, file.c_str()) == 0) return -1;
+    int number = 0;
+    for (const TCHAR* digit = text; *digit; ++digit) number = number * 10 + (*digit - '0');
+    return number;
   }
   // The list of keys, or of sections for null, with '|' for its NULs.
-  std::u16string List(LPCWSTR section) const { return Shown(Value(section, nullptr)); }
-  std::u16string Lines(LPCWSTR section) const {
-    std::vector<TCHAR> buffer(1000, u'~');
+  Text List(LPCWSTR section) const { return Shown(Value(section, nullptr)); }
+  Text Lines(LPCWSTR section) const {
+    std::vector<TCHAR> buffer(1000, _T('~'));
     return Shown({buffer.data(), GetPrivateProfileSectionW(section, buffer.data(), 1000, Path())});
   }
 
-  static std::u16string Shown(std::u16string text) {
-    std::replace(text.begin(), text.end(), u'\0', u'|');
+  static Text Shown(Text text) {
+    std::replace(text.begin(), text.end(), _T('\0'), _T('|'));
     return text;
   }
 
   const ScratchFolder folder{FastFolder()};  // each write goes to the disk
-  const std::u16string path = ProductPathFromSystem((folder.Path() / "f.ini").string());
+  int files = 0;
+  std::filesystem::path file = folder.Path() / "f.ini";  // the latest one; at first missing
+  Text path = ProductPathFromSystem(file.string());
 };
 
 }  // namespace kvtest

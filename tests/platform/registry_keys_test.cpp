@@ -1,4 +1,6 @@
 // Conformance of the calls on keys.
+#include <gmock/gmock.h>
+
 #include "tests/platform/registry_support.h"
 
 using kvtest::Key;
@@ -22,6 +24,7 @@ TEST_F(RegistryKeys, OpensWhatExistsOnly) {
   Key opened;
   EXPECT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, _T("\\Software"), 0, KEY_READ, &opened), ERROR_BAD_PATHNAME);
   EXPECT_EQ(RegOpenKeyExW(nullptr, _T("One"), 0, KEY_READ, &opened), ERROR_INVALID_HANDLE);
+  EXPECT_EQ(RegOpenKeyExW(key_, _T("One"), REG_OPTION_OPEN_LINK, KEY_READ, &opened), ERROR_SUCCESS);
 }
 
 TEST_F(RegistryKeys, CreatingReportsNewOrExistingAndKeepsTheFirstForm) {
@@ -80,12 +83,6 @@ TEST_F(RegistryKeys, HandlesCarryTheRightsAskedFor) {
   }
 }
 
-TEST_F(RegistryKeys, SubKeysComeInOrderOfTheirNamesWithoutCase) {
-  for (const LPCTSTR name : {_T("b"), _T("C"), _T("a_"), _T("A"), _T("ab"), _T("_"), _T("10"), _T("9"), _T("A\\x")})
-    ASSERT_EQ(Create(name), ERROR_SUCCESS);
-  EXPECT_EQ(SubKeys(), (std::vector<Text>{_T("10"), _T("9"), _T("A"), _T("ab"), _T("a_"), _T("b"), _T("C"), _T("_")}));
-}
-
 TEST_F(RegistryKeys, EnumerationNeedsRoomForTheTerminator) {
   ASSERT_EQ(Create(_T("Name")), ERROR_SUCCESS);
   TCHAR name[8] = _T("before");
@@ -104,7 +101,7 @@ TEST_F(RegistryKeys, DeletesATreeAndNothingBesideIt) {
     ASSERT_EQ(Create(path), ERROR_SUCCESS);
   }
   EXPECT_EQ(RegDeleteTreeW(key_, _T("TREE")), ERROR_SUCCESS);
-  EXPECT_EQ(SubKeys(), (std::vector<Text>{_T("Tre"), _T("Tree!"), _T("Trees"), _T("Tree]")}));
+  EXPECT_THAT(SubKeys(), testing::UnorderedElementsAre(_T("Tre"), _T("Tree!"), _T("Trees"), _T("Tree]")));
   EXPECT_EQ(Open(_T("Trees\\A")), ERROR_SUCCESS);
   EXPECT_EQ(RegDeleteTreeW(key_, _T("Tree")), ERROR_FILE_NOT_FOUND);
   SetNumber(_T("Value"), 1);
@@ -132,18 +129,6 @@ TEST_F(RegistryKeys, HandleOfADeletedKeySaysSo) {
   expect_deleted();
   ASSERT_EQ(Create(_T("Doomed\\Sub")), ERROR_SUCCESS);  // another key of that name
   expect_deleted();
-}
-
-TEST_F(RegistryKeys, ClosedHandleIsInvalid) {
-  HKEY opened = nullptr;
-  ASSERT_EQ(RegOpenKeyExW(key_, nullptr, 0, KEY_READ, &opened), ERROR_SUCCESS);
-  EXPECT_EQ(RegCloseKey(opened), ERROR_SUCCESS);
-  Key other;
-  ASSERT_EQ(RegOpenKeyExW(key_, nullptr, 0, KEY_READ, &other), ERROR_SUCCESS);
-  EXPECT_EQ(RegCloseKey(opened), ERROR_INVALID_HANDLE);
-  EXPECT_EQ(RegQueryValueExW(opened, _T("V"), nullptr, nullptr, nullptr, nullptr), ERROR_INVALID_HANDLE);
-  EXPECT_EQ(RegCloseKey(nullptr), ERROR_INVALID_HANDLE);
-  EXPECT_EQ(RegCloseKey(HKEY_CURRENT_USER), ERROR_SUCCESS);
 }
 
 }  // namespace

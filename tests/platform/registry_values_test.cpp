@@ -11,13 +11,20 @@ namespace {
 TEST_F(RegistryValues, TypeAndBytesComeBackAsTheyWere) {
   const Stored rows[] = {
       {REG_DWORD, kvtest::Raw(42)},
-      {REG_SZ, "a\0\0\0b\0\7"s},  // without a terminator, of an odd size
+      {REG_SZ, "a\0\0\0b\0\0\0"s},
       {REG_BINARY, ""},
       {0xFFFFFFFF, "\xFF"},
   };
   for (const Stored& row : rows) {
     EXPECT_EQ(kvtest::Set(key_, _T("Value"), row), ERROR_SUCCESS);
     EXPECT_EQ(kvtest::Get(key_, nullptr, _T("Value")), row);
+  }
+}
+
+TEST_F(RegistryValues, DataThatIsMissingIsRefused) {
+  for (const DWORD type : {REG_SZ, REG_DWORD}) {
+    EXPECT_EQ(RegSetValueExW(key_, _T("V"), 0, type, nullptr, 4), ERROR_NOACCESS);
+    EXPECT_EQ(RegSetValueExW(key_, _T("V"), 0, type, nullptr, 0), ERROR_SUCCESS);
   }
 }
 
@@ -76,6 +83,17 @@ TEST_F(RegistryValues, NamesCompareWithoutCaseAndKeepTheirFirstForm) {
     EXPECT_EQ(ValueNames(), std::vector<Text>{made});
     EXPECT_EQ(RegDeleteValueW(key_, asked), ERROR_SUCCESS);
   }
+  // Letters that only a language or full case folding takes for the same, and a surrogate pair.
+  const LPCTSTR others[][2] = {
+      {_T("ſ"), _T("S")}, {_T("ı"), _T("I")}, {_T("İ"), _T("i")},
+      {_T("ς"), _T("Σ")}, {_T("ß"), _T("ẞ")}, {_T("𐐀"), _T("𐐨")},
+  };
+  for (const auto& [made, asked] : others) {
+    EXPECT_EQ(SetNumber(made, 1), ERROR_SUCCESS);
+    EXPECT_EQ(Number(asked), -ERROR_FILE_NOT_FOUND) << testing::PrintToString(Text(asked));
+  }
+  EXPECT_EQ(Create(_T("ſ")), ERROR_SUCCESS);
+  EXPECT_EQ(Open(_T("s")), ERROR_FILE_NOT_FOUND);
   const Text long_name(16384, 'n');
   EXPECT_EQ(SetNumber(long_name.c_str(), 1), ERROR_INVALID_PARAMETER);
   EXPECT_EQ(SetNumber(long_name.c_str() + 1, 1), ERROR_SUCCESS);

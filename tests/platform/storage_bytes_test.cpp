@@ -17,7 +17,7 @@ std::size_t FatAt(int sector) { return kFat + std::size_t(sector) * 4; }
 void Put16(std::string& file, std::size_t at, WORD value) { std::memcpy(&file[at], &value, 2); }
 void Put32(std::string& file, std::size_t at, DWORD value) { std::memcpy(&file[at], &value, 4); }
 
-void PutEntry(std::string& file, int entry, const std::u16string& name, char type, char colour, DWORD left, DWORD child,
+void PutEntry(std::string& file, int entry, const Text& name, char type, char colour, DWORD left, DWORD child,
               DWORD start, DWORD size) {
   for (std::size_t i = 0; i < name.size(); ++i) Put16(file, EntryAt(entry, int(2 * i)), name[i]);
   Put16(file, EntryAt(entry, 64), WORD(2 * name.size() + 2));
@@ -50,10 +50,10 @@ std::string WholeFile() {
   file.replace(512, 4096, 4096, 'B');
   file.replace(9 * 512, 5, "hello");
   for (std::size_t i = 0; i < 128; ++i) Put32(file, kMiniFat + 4 * i, i == 0 ? kEnd : kFree);
-  PutEntry(file, 0, u"Root Entry", 5, 1, kNone, 2, 8, 64);
-  PutEntry(file, 1, u"Big", 2, 0, kNone, kNone, 0, 4096);  // shorter, so it stands left; the lowest level is red
-  PutEntry(file, 2, u"Inner", 1, 1, 1, 3, 0, 0);
-  PutEntry(file, 3, u"small", 2, 1, kNone, kNone, 0, 5);
+  PutEntry(file, 0, _T("Root Entry"), 5, 1, kNone, 2, 8, 64);
+  PutEntry(file, 1, _T("Big"), 2, 0, kNone, kNone, 0, 4096);  // shorter, so it stands left; the lowest level is red
+  PutEntry(file, 2, _T("Inner"), 1, 1, 1, 3, 0, 0);
+  PutEntry(file, 3, _T("small"), 2, 1, kNone, kNone, 0, 5);
   for (int i = 0; i < 7; ++i) Put32(file, FatAt(i), DWORD(i + 1));
   for (int i = 7; i < 11; ++i) Put32(file, FatAt(i), kEnd);
   Put32(file, FatAt(11), 0xFFFFFFFD);
@@ -90,11 +90,11 @@ class CompoundBytes : public CompoundFiles {
     const Storage root = Open();
     if (!root) return Name(result_);
     std::string what = "opens";
-    const Stream big = OpenStream(root, u"Big");
+    const Stream big = OpenStream(root, _T("Big"));
     what += big && ContentOf(big) == std::string(4096, 'B') ? ", whole" : ", " + Name(result_);
-    const Storage inner = OpenStorage(root, u"Inner");
+    const Storage inner = OpenStorage(root, _T("Inner"));
     if (!inner) return what + ", " + Name(result_);
-    const Stream small = OpenStream(inner, u"small");
+    const Stream small = OpenStream(inner, _T("small"));
     return what + (small && ContentOf(small) == "hello" ? ", whole" : ", " + Name(result_));
   }
   static std::string Name(HRESULT result) {
@@ -113,8 +113,8 @@ TEST_F(CompoundBytes, AreReadInBothVersions) {
 TEST_F(CompoundBytes, AreWrittenExactly) {
   {
     const Storage root = Create();
-    Put(CreateStorage(root, u"Inner"), u"small", "hello");
-    Put(root, u"Big", std::string(4096, 'B'));
+    Put(CreateStorage(root, _T("Inner")), _T("small"), "hello");
+    Put(root, _T("Big"), std::string(4096, 'B'));
   }
   std::string bytes = ReadFile(folder_.Path() / "a.bin");
   ASSERT_EQ(bytes.size(), WholeFile().size());
@@ -127,7 +127,7 @@ TEST_F(CompoundBytes, AreWrittenExactly) {
 TEST_F(CompoundBytes, SiblingsAreOrderedByLengthThenByLetter) {
   {
     const Storage root = Create();
-    for (const char16_t* name : {u"b", u"A", u"aa", u"c"}) Put(root, name, "");
+    for (const TCHAR* name : {_T("b"), _T("A"), _T("aa"), _T("c")}) Put(root, name, "");
   }
   const std::string bytes = ReadFile(folder_.Path() / "a.bin");
   DWORD sector = 0;
@@ -173,10 +173,10 @@ TEST_F(CompoundBytes, WrongTablesAreFoundBeforeTheyHurt) {
     EXPECT_EQ(WhatOf(file), c.result) << c.what;
   }
   std::string twice = WholeFile();
-  PutEntry(twice, 1, u"INNER", 2, 0, kNone, kNone, 0, 4096);
+  PutEntry(twice, 1, _T("INNER"), 2, 0, kNone, kNone, 0, 4096);
   EXPECT_EQ(WhatOf(twice), "corrupt") << "two elements of one name";
   std::string shared = WholeFile();
-  PutEntry(shared, 3, u"small", 2, 1, kNone, kNone, 0, 4096);
+  PutEntry(shared, 3, _T("small"), 2, 1, kNone, kNone, 0, 4096);
   EXPECT_EQ(WhatOf(shared), "corrupt") << "two streams on the same sectors, larger than the file together";
 }
 
@@ -219,7 +219,7 @@ TEST_F(CompoundFiles, RandomChangesOfAStreamMatchATextsOwn) {
   std::string model;
   for (int round = 0; round < 12; ++round) {
     const Storage root = round == 0 ? Create() : Open("a.bin", kWrite);
-    const Stream stream = round == 0 ? CreateStream(root, u"s") : OpenStream(root, u"s", kWrite);
+    const Stream stream = round == 0 ? CreateStream(root, _T("s")) : OpenStream(root, _T("s"), kWrite);
     ASSERT_EQ(ContentOf(stream), model) << "round " << round;
     for (int i = 0; i < 20; ++i) {
       const std::size_t at = random() % (random() % 4 == 0 ? 5000 : 500000);

@@ -27,7 +27,7 @@ inline constexpr DWORD kReplace = kWrite | STGM_CREATE;
 
 class CompoundFiles : public testing::Test {
  protected:
-  std::u16string PathOf(const std::string& name) const { return (folder_.Path() / name).u16string(); }
+  Text PathOf(const std::string& name) const { return (folder_.Path() / name).string<TCHAR>(); }
   Storage Create(const std::string& name = "a.bin", DWORD mode = kReplace) {
     return Take<Storage>([&](IStorage** root) { return StgCreateDocfile(PathOf(name).c_str(), mode, 0, root); });
   }
@@ -35,16 +35,16 @@ class CompoundFiles : public testing::Test {
     return Take<Storage>(
         [&](IStorage** root) { return StgOpenStorage(PathOf(name).c_str(), nullptr, mode, nullptr, 0, root); });
   }
-  Stream CreateStream(const Storage& in, const std::u16string& name, DWORD mode = kWrite) {
+  Stream CreateStream(const Storage& in, const Text& name, DWORD mode = kWrite) {
     return Take<Stream>([&](IStream** made) { return in->CreateStream(name.c_str(), mode, 0, 0, made); });
   }
-  Stream OpenStream(const Storage& in, const std::u16string& name, DWORD mode = kRead) {
+  Stream OpenStream(const Storage& in, const Text& name, DWORD mode = kRead) {
     return Take<Stream>([&](IStream** opened) { return in->OpenStream(name.c_str(), nullptr, mode, 0, opened); });
   }
-  Storage CreateStorage(const Storage& in, const std::u16string& name, DWORD mode = kWrite) {
+  Storage CreateStorage(const Storage& in, const Text& name, DWORD mode = kWrite) {
     return Take<Storage>([&](IStorage** made) { return in->CreateStorage(name.c_str(), mode, 0, 0, made); });
   }
-  Storage OpenStorage(const Storage& in, const std::u16string& name, DWORD mode = kRead) {
+  Storage OpenStorage(const Storage& in, const Text& name, DWORD mode = kRead) {
     return Take<Storage>(
         [&](IStorage** opened) { return in->OpenStorage(name.c_str(), nullptr, mode, nullptr, 0, opened); });
   }
@@ -56,7 +56,7 @@ class CompoundFiles : public testing::Test {
     return Owner(object);
   }
   // Makes a stream of that content.
-  void Put(const Storage& in, const std::u16string& name, const std::string& bytes) {
+  void Put(const Storage& in, const Text& name, const std::string& bytes) {
     const Stream stream = CreateStream(in, name);
     ASSERT_EQ(result_, S_OK);
     ULONG written = 0;
@@ -64,7 +64,7 @@ class CompoundFiles : public testing::Test {
     ASSERT_EQ(written, bytes.size());
   }
   // The content of a stream, or "HRESULT ..." in its place.
-  std::string Get(const Storage& in, const std::u16string& name) {
+  std::string Get(const Storage& in, const Text& name) {
     const Stream stream = OpenStream(in, name);
     return stream ? ContentOf(stream) : "HRESULT " + std::to_string(DWORD(result_));
   }

@@ -11,18 +11,18 @@ TEST_F(CompoundFiles, GiveBackWhatWasStored) {
   for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = char(i * 7 + i / 251);
   {
     const Storage root = Create();
-    const Storage inner = CreateStorage(root, u"Inner");
+    const Storage inner = CreateStorage(root, _T("Inner"));
     for (const std::size_t size : kSizes) {
-      Put(size % 2 ? root : inner, u"s" + std::u16string(size % 29, u'x'), bytes.substr(0, size));
+      Put(size % 2 ? root : inner, _T("s") + Text(size % 29, _T('x')), bytes.substr(0, size));
     }
     ASSERT_EQ(root->Commit(STGC_DEFAULT), S_OK);
   }
   const Storage root = Open();
   ASSERT_TRUE(root) << std::hex << result_;
-  const Storage inner = OpenStorage(root, u"inner");
+  const Storage inner = OpenStorage(root, _T("inner"));
   ASSERT_TRUE(inner);
   for (const std::size_t size : kSizes) {
-    EXPECT_EQ(Get(size % 2 ? root : inner, u"S" + std::u16string(size % 29, u'X')), bytes.substr(0, size)) << size;
+    EXPECT_EQ(Get(size % 2 ? root : inner, _T("S") + Text(size % 29, _T('X'))), bytes.substr(0, size)) << size;
   }
 }
 
@@ -44,9 +44,9 @@ TEST_F(CompoundFiles, RefuseModesThatDoNotExist) {
     EXPECT_EQ(ResultOf(Open("there.bin", c.mode)), c.open) << std::hex << c.mode;
   }
   const Storage root = Create();
-  EXPECT_EQ(ResultOf(CreateStream(root, u"s", STGM_READWRITE)), STG_E_INVALIDFLAG)
+  EXPECT_EQ(ResultOf(CreateStream(root, _T("s"), STGM_READWRITE)), STG_E_INVALIDFLAG)
       << "an element is shared with nobody";
-  EXPECT_EQ(ResultOf(CreateStream(root, u"s", kWrite | STGM_TRANSACTED)), STG_E_INVALIDFUNCTION);
+  EXPECT_EQ(ResultOf(CreateStream(root, _T("s"), kWrite | STGM_TRANSACTED)), STG_E_INVALIDFUNCTION);
 }
 
 TEST_F(CompoundFiles, ReportWhyAFileDoesNotOpen) {
@@ -67,80 +67,80 @@ TEST_F(CompoundFiles, ReportWhyAFileDoesNotOpen) {
 
 TEST_F(CompoundFiles, KeepTheRulesOfNames) {
   const Storage root = Create();
-  const std::u16string longest(31, u'n');
-  for (const std::u16string& bad : {std::u16string(), longest + u'n', std::u16string(u"a/b"), std::u16string(u"a\\b"),
-                                    std::u16string(u"a:b"), std::u16string(u"a!b")}) {
+  const Text longest(31, _T('n'));
+  for (const Text& bad :
+       {Text(), longest + _T('n'), Text(_T("a/b")), Text(_T("a\\b")), Text(_T("a:b")), Text(_T("a!b"))}) {
     EXPECT_EQ(ResultOf(CreateStream(root, bad)), STG_E_INVALIDNAME);
   }
   Put(root, longest, "long");
-  Put(root, u"\u00C4pfel \u4E2D", "umlaut");
-  EXPECT_EQ(Get(root, std::u16string(31, u'N')), "long");
-  EXPECT_EQ(Get(root, u"\u00E4PFEL \u4E2D"), "umlaut") << "names are compared without case";
-  EXPECT_EQ(ResultOf(CreateStorage(root, u"\u00E4pfel \u4E2D")), STG_E_FILEALREADYEXISTS)
+  Put(root, _T("\u00C4pfel \u4E2D"), "umlaut");
+  EXPECT_EQ(Get(root, Text(31, _T('N'))), "long");
+  EXPECT_EQ(Get(root, _T("\u00E4PFEL \u4E2D")), "umlaut") << "names are compared without case";
+  EXPECT_EQ(ResultOf(CreateStorage(root, _T("\u00E4pfel \u4E2D"))), STG_E_FILEALREADYEXISTS)
       << "streams and storages share their names";
 }
 
 TEST_F(CompoundFiles, OpenAnElementOnceAndWithTheStoragesRightsOnly) {
   {
     const Storage root = Create();
-    Put(root, u"s", "12");
-    const Stream open = OpenStream(root, u"s");
+    Put(root, _T("s"), "12");
+    const Stream open = OpenStream(root, _T("s"));
     ASSERT_TRUE(open);
-    EXPECT_EQ(ResultOf(OpenStream(root, u"s")), STG_E_ACCESSDENIED);
+    EXPECT_EQ(ResultOf(OpenStream(root, _T("s"))), STG_E_ACCESSDENIED);
     EXPECT_EQ(open->Write("3", 1, nullptr), STG_E_ACCESSDENIED);
     EXPECT_EQ(open->SetSize(Size(0)), STG_E_ACCESSDENIED);
-    EXPECT_EQ(ResultOf(OpenStream(root, u"t")), STG_E_FILENOTFOUND);
+    EXPECT_EQ(ResultOf(OpenStream(root, _T("t"))), STG_E_FILENOTFOUND);
   }
   const Storage root = Open();
-  EXPECT_EQ(ResultOf(OpenStream(root, u"s", kWrite)), STG_E_ACCESSDENIED);
-  EXPECT_EQ(ResultOf(CreateStream(root, u"new", kRead)), STG_E_ACCESSDENIED);
-  EXPECT_EQ(root->DestroyElement(u"s"), STG_E_ACCESSDENIED);
+  EXPECT_EQ(ResultOf(OpenStream(root, _T("s"), kWrite)), STG_E_ACCESSDENIED);
+  EXPECT_EQ(ResultOf(CreateStream(root, _T("new"), kRead)), STG_E_ACCESSDENIED);
+  EXPECT_EQ(root->DestroyElement(_T("s")), STG_E_ACCESSDENIED);
   EXPECT_EQ(root->Commit(0), STG_E_ACCESSDENIED);
-  EXPECT_EQ(Get(root, u"s"), "12");
+  EXPECT_EQ(Get(root, _T("s")), "12");
 }
 
 TEST_F(CompoundFiles, ReplaceAndDestroyElements) {
   const Storage root = Create();
   {
-    const Storage inner = CreateStorage(root, u"x");
-    Put(inner, u"y", "1");
+    const Storage inner = CreateStorage(root, _T("x"));
+    Put(inner, _T("y"), "1");
   }
-  const Storage open = OpenStorage(root, u"x", kWrite);
-  EXPECT_EQ(root->DestroyElement(u"none"), STG_E_FILENOTFOUND);
-  EXPECT_EQ(root->DestroyElement(u"X"), S_OK);
-  EXPECT_EQ(ResultOf(CreateStream(open, u"z")), STG_E_REVERTED) << "nothing is left below what is gone";
-  Put(root, u"s", "old");
-  EXPECT_TRUE(CreateStream(root, u"S", kReplace));
-  EXPECT_EQ(Get(root, u"s"), "");
-  EXPECT_EQ(ResultOf(OpenStorage(root, u"x")), STG_E_FILENOTFOUND);
+  const Storage open = OpenStorage(root, _T("x"), kWrite);
+  EXPECT_EQ(root->DestroyElement(_T("none")), STG_E_FILENOTFOUND);
+  EXPECT_EQ(root->DestroyElement(_T("X")), S_OK);
+  EXPECT_EQ(ResultOf(CreateStream(open, _T("z"))), STG_E_REVERTED) << "nothing is left below what is gone";
+  Put(root, _T("s"), "old");
+  EXPECT_TRUE(CreateStream(root, _T("S"), kReplace));
+  EXPECT_EQ(Get(root, _T("s")), "");
+  EXPECT_EQ(ResultOf(OpenStorage(root, _T("x"))), STG_E_FILENOTFOUND);
 }
 
 TEST_F(CompoundFiles, TransactedRootsAreSavedWhenCommitted) {
   constexpr DWORD kTransacted = kWrite | STGM_TRANSACTED;
   {
     const Storage root = Create("a.bin", kTransacted | STGM_CREATE);
-    Put(root, u"s", "1");
+    Put(root, _T("s"), "1");
     ASSERT_EQ(root->Commit(STGC_DEFAULT), S_OK);
-    Put(root, u"t", "dropped");
+    Put(root, _T("t"), "dropped");
   }
   const Storage root = Open();
-  EXPECT_EQ(Get(root, u"s"), "1");
-  EXPECT_EQ(ResultOf(OpenStream(root, u"t")), STG_E_FILENOTFOUND);
+  EXPECT_EQ(Get(root, _T("s")), "1");
+  EXPECT_EQ(ResultOf(OpenStream(root, _T("t"))), STG_E_FILENOTFOUND);
 }
 
 TEST_F(CompoundFiles, ReportTheFactsOfElements) {
   const Storage root = Create();
-  Put(root, u"Stream", "12345");
+  Put(root, _T("Stream"), "12345");
   STATSTG facts;
   ASSERT_EQ(root->Stat(&facts, STATFLAG_DEFAULT), S_OK);
-  EXPECT_EQ(std::u16string(facts.pwcsName), PathOf("a.bin"));
+  EXPECT_EQ(Text(facts.pwcsName), PathOf("a.bin"));
   EXPECT_EQ(facts.type, STGTY_STORAGE);
   EXPECT_EQ(facts.grfMode, kWrite);
   CoTaskMemFree(facts.pwcsName);
-  ASSERT_EQ(CreateStorage(root, u"Storage")->Stat(&facts, STATFLAG_NONAME), S_OK);
+  ASSERT_EQ(CreateStorage(root, _T("Storage"))->Stat(&facts, STATFLAG_NONAME), S_OK);
   EXPECT_EQ(facts.pwcsName, nullptr);
   EXPECT_NE(facts.ctime.dwHighDateTime, 0u);
-  ASSERT_EQ(OpenStream(root, u"stream")->Stat(&facts, STATFLAG_NONAME), S_OK);
+  ASSERT_EQ(OpenStream(root, _T("stream"))->Stat(&facts, STATFLAG_NONAME), S_OK);
   EXPECT_EQ(facts.type, STGTY_STREAM);
 }
 

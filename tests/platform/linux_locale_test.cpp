@@ -1,0 +1,38 @@
+// The user's language, which comes from the environment.
+#include <gtest/gtest.h>
+
+#include "platform/locale.h"
+#include "platform/process.h"
+
+namespace {
+
+// Sets the language of the environment and takes it back.
+class LinuxLocale : public testing::Test {
+ protected:
+  ~LinuxLocale() override { Use(nullptr, nullptr, nullptr); }
+  static void Use(LPCWSTR all, LPCWSTR messages, LPCWSTR lang) {
+    SetEnvironmentVariableW(_T("LC_ALL"), all);
+    SetEnvironmentVariableW(_T("LC_MESSAGES"), messages);
+    SetEnvironmentVariableW(_T("LANG"), lang);
+  }
+};
+
+TEST_F(LinuxLocale, LanguageComesFromTheFirstVariableThatIsSet) {
+  const struct {
+    LPCTSTR all, messages, lang;
+    int primary, sub;
+  } rows[] = {
+      {nullptr, nullptr, nullptr, 9, 1},
+      {nullptr, _T("fr_FR.UTF-8"), _T("de_DE.UTF-8"), 12, 1},
+      {_T("ja_JP.UTF-8"), _T("fr_FR.UTF-8"), nullptr, 17, 1},
+      {_T(""), nullptr, _T("de_AT@euro"), 7, 3},
+      {nullptr, nullptr, _T("POSIX"), 9, 1},
+      {nullptr, nullptr, _T("xx_nonsense"), 9, 1},
+  };
+  for (const auto& row : rows) {
+    Use(row.all, row.messages, row.lang);
+    EXPECT_EQ(GetUserDefaultLangID(), row.sub << 10 | row.primary) << testing::PrintToString(row.lang);
+  }
+}
+
+}  // namespace
