@@ -57,7 +57,7 @@ template <class Number>
 std::string Raw(Number number) {
   return {reinterpret_cast<const char*>(&number), sizeof number};
 }
-inline std::string Wide(std::u16string_view text) {
+inline std::string Wide(TextView text) {
   return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(TCHAR)};
 }
 

@@ -196,10 +196,10 @@ std::u16string_view WithoutEnd(std::u16string_view name, bool is_last) {
   return one ? name.substr(0, name.size() - 1) : name;
 }
 
-// Appends the components of `rest` to the path and resolves "." and ".."; ".." stops at the root. Only a backslash at
-// the end of `rest` stays at the end.
+// Appends the components of `rest` to the path and resolves "." and ".."; ".." stops at the root. A backslash stays at
+// the end only if `rest` ends in one, or in one and a component of nothing but points and spaces.
 void AppendResolved(std::u16string& path, std::size_t root, std::u16string_view rest) {
-  const bool is_folder = rest.ends_with(u'\\');
+  bool is_folder = rest.ends_with(u'\\');
   while (!rest.empty()) {
     const std::size_t end = std::min(rest.find(u'\\'), rest.size());
     const std::u16string_view name = rest.substr(0, end);
@@ -209,7 +209,9 @@ void AppendResolved(std::u16string& path, std::size_t root, std::u16string_view 
       if (path.size() > root) path.pop_back();
       while (path.size() > root && path.back() != u'\\') path.pop_back();
     } else if (!name.empty() && name != u".") {
-      path.append(WithoutEnd(name, !separated));
+      const std::u16string_view kept = WithoutEnd(name, /*is_last=*/!separated);
+      path.append(kept);
+      is_folder |= kept.empty();
       if (separated) path += u'\\';
     }
   }

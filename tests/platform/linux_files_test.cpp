@@ -162,4 +162,11 @@ TEST_F(LinuxFolders, EntriesThatDisappearDuringAWalkAreSkipped) {
   EXPECT_EQ(names, _T("ac"));
 }
 
+TEST(LinuxPaths, PartsThatAreTooLongAreCut) {
+  TCHAR name[_MAX_FNAME], extension[_MAX_EXT];
+  _wsplitpath(Text(500, 'n').c_str(), nullptr, nullptr, name, extension);
+  EXPECT_EQ(Text(name).size(), 255U);
+  EXPECT_EQ(extension[0], 0);
+}
+
 }  // namespace

@@ -35,4 +35,10 @@ TEST_F(LinuxLocale, LanguageComesFromTheFirstVariableThatIsSet) {
   }
 }
 
+TEST_F(LinuxLocale, TimesThatAreTooLateHaveNoLocalTime) {
+  const FILETIME beyond = {0, 0x80000000};
+  FILETIME local = {};
+  EXPECT_FALSE(FileTimeToLocalFileTime(&beyond, &local));
+}
+
 }  // namespace

@@ -36,6 +36,7 @@ TEST_F(ProfileOnDisk, EncodingsAreKnownByTheirBytes) {
       {"\xFF\xFE" + Utf16(_T("[A]\nk=1")) + "\x41", _T("A"), _T("k"), _T("1")},
       {Utf16(_T("[A]\nk=1\n")), _T("A"), _T("k"), kNone},
       {"\xFE\xFF\0[\0A\0]\0\n\0k\0=\0001"s, _T("A"), _T("k"), kNone},
+      {"[A]\n \t;k=1\n", _T("A"), _T(";k"), kNone},
       // What no documentation says: tabs in arguments, headers without their bracket, NULs, which end what is read.
       {"[A]\nk=1\n", _T("\tA"), _T("k"), kNone},
       {"[A\nk=1\n", _T("A"), _T("k"), _T("1")},
@@ -73,6 +74,7 @@ TEST_F(ProfileOnDisk, EncodingsStayWhenALineChanges) {
        "\xFF\xFE" + Utf16(_T("[A]\n")) + "\x00\xD8\n\0"s + Utf16(_T("k=\xDC00\r\n"))},
       {"odd lines stay", "junk\n[A]\nno\n[ ] ]\n\0\n=\nk=1\0x\n\xFF\n"s, _T("A"), _T("m"), _T("2"),
        "junk\n[A]\nno\nm=2\r\n[ ] ]\n\0\n=\nk=1\0x\n\xFF\n"s},
+      {"arguments lose spaces only", "", _T(" A "), _T("  k "), _T(" \t1  "), "[A]\r\nk=\t1\r\n"},
       {"a new file is UTF-8", "", _T("Ä"), _T("k"), _T("€"), "[\xC3\x84]\r\nk=\xE2\x82\xAC\r\n"},
   };
   for (const auto& row : rows) {
@@ -109,6 +111,9 @@ TEST_F(ProfileOnDisk, TextThatTheEncodingLacksIsRefused) {
 TEST_F(ProfileOnDisk, CutResultsSetTheStatus) {
   Put("[Sec]\nkey=value\n");
   TCHAR buffer[12];
+  EXPECT_EQ(GetPrivateProfileSectionW(_T("none"), buffer, 12, Path()), 0U);
+  EXPECT_EQ(GetLastError(), DWORD(ERROR_FILE_NOT_FOUND));
+  EXPECT_EQ(List(_T("none")), _T("")) << "a list has no default";
   SetLastError(0);
   EXPECT_EQ(GetPrivateProfileStringW(_T("sec"), _T("key"), nullptr, buffer, 5, Path()), 4U);
   EXPECT_EQ(GetLastError(), DWORD(ERROR_MORE_DATA));

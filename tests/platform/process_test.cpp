@@ -35,12 +35,15 @@ TEST(ProcessItself, ModuleIsFoundByAnyFormOfItsName) {
   }
 }
 
+TEST(ProcessItself, ProgramIsFoundByNull) {
+  TCHAR program[MAX_PATH];
+  ASSERT_GT(GetModuleFileNameW(nullptr, program, MAX_PATH), 0U);
+  EXPECT_NE(TextView(program).find(_T("\\test_platform")), TextView::npos) << testing::PrintToString(program);
+}
+
 TEST(ProcessItself, ModuleFileNameIsCutToTheBuffer) {
   TCHAR whole[MAX_PATH];
   const DWORD length = GetModuleFileNameW(GetModuleHandleW(_T("KVSHAREu")), whole, MAX_PATH);
-  TCHAR program[MAX_PATH];
-  GetModuleFileNameW(nullptr, program, MAX_PATH);
-  EXPECT_NE(TextView(program).find(_T("\\test_platform")), TextView::npos) << testing::PrintToString(program);
   TCHAR cut[MAX_PATH];
   std::fill(std::begin(cut), std::end(cut), TCHAR('#'));
   EXPECT_EQ(GetModuleFileNameW(GetModuleHandleW(_T("KVSHAREu")), cut, length), length);

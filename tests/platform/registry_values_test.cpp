@@ -35,7 +35,7 @@ TEST_F(RegistryValues, TooSmallBufferReturnsTypeAndSize) {
     DWORD type = 0;
     DWORD size = room;
     EXPECT_EQ(RegQueryValueExW(key_, _T("Value"), nullptr, &type, data, &size), ERROR_MORE_DATA) << room;
-    EXPECT_EQ(type, REG_BINARY);
+    EXPECT_EQ(type, DWORD(REG_BINARY));
     EXPECT_EQ(size, 5u);
     EXPECT_EQ(data[4], 0xEE) << "wrote past the buffer";
     size = 0;

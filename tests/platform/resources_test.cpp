@@ -20,15 +20,20 @@ TEST_F(Resources, StringsAreFoundByNumber) {
 TEST_F(Resources, CopyIsCutAndTerminated) {
   ASSERT_NE(Load(LibraryBytes()), nullptr);
   TCHAR buffer[16];
-  const Text whole = _T("Kestrova");
-  for (const int units : {9, 8, 1}) {
-    const Text wanted = whole.substr(0, std::size_t(units - 1));
-    EXPECT_EQ(LoadStringW(module, 1, buffer, units), int(wanted.size()));
-    EXPECT_EQ(buffer, wanted);
-  }
-  buffer[0] = 'x';
+  EXPECT_EQ(LoadStringW(module, 1, buffer, 9), 8);
+  EXPECT_EQ(Text(buffer), _T("Kestrova"));
+  EXPECT_EQ(LoadStringW(module, 1, buffer, 8), 7);
+  EXPECT_EQ(Text(buffer), _T("Kestrov"));
   EXPECT_EQ(LoadStringW(module, 2, buffer, 16), 0);
   EXPECT_EQ(buffer[0], 0);
+}
+
+TEST_F(Resources, OneUnitIsTerminatedAndMissingStringsAreReported) {
+  ASSERT_NE(Load(LibraryBytes()), nullptr);
+  TCHAR buffer[16] = _T("before");
+  EXPECT_EQ(LoadStringW(module, 1, buffer, 1), 0);
+  EXPECT_EQ(buffer[0], 0);
+  EXPECT_EQ(LoadStringW(module, 2, buffer, 16), 0);
   EXPECT_EQ(GetLastError(), DWORD(ERROR_RESOURCE_NAME_NOT_FOUND));
 }
 

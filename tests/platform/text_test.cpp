@@ -38,12 +38,15 @@ TEST(Ordinal, ComparesUnitsOrTheirUpperCase) {
   }
   EXPECT_EQ(CompareStringOrdinal(_T("a\0b"), 3, _T("A\0C"), 3, TRUE), CSTR_LESS_THAN) << "a NUL is a unit";
   EXPECT_EQ(CompareStringOrdinal(_T("ab"), 1, _T("AC"), 1, TRUE), CSTR_EQUAL);
+  EXPECT_EQ(CompareStringOrdinal(nullptr, 0, _T("a"), -1, TRUE), 0);
+}
+
+TEST(Ordinal, IgnoresCaseForOneOnly) {
   for (const BOOL ignore_case : {2, -1}) {
     SetLastError(0);
     EXPECT_EQ(CompareStringOrdinal(_T("a"), -1, _T("a"), -1, ignore_case), 0);
     EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PARAMETER));
   }
-  EXPECT_EQ(CompareStringOrdinal(nullptr, 0, _T("a"), -1, TRUE), 0);
 }
 
 }  // namespace

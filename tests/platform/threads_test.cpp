@@ -113,15 +113,15 @@ TEST_F(Section, HolderIsNotHeldUp) {
 TEST(Threads, WaitsForAllOrTheFirstOfMany) {
   std::vector<std::unique_ptr<Worker>> workers;
   std::vector<HANDLE> handles;
-  for (int i = 0; i < 100; ++i) handles.push_back(workers.emplace_back(std::make_unique<Worker>())->handle);
-  EXPECT_EQ(WaitForMultipleObjects(100, handles.data(), FALSE, 1), WAIT_TIMEOUT);
-  workers[70]->go.release();
-  EXPECT_EQ(WaitForMultipleObjects(100, handles.data(), FALSE, INFINITE), WAIT_OBJECT_0 + 70);
-  EXPECT_EQ(WaitForMultipleObjects(100, handles.data(), TRUE, 1), WAIT_TIMEOUT);
+  for (int i = 0; i < 60; ++i) handles.push_back(workers.emplace_back(std::make_unique<Worker>())->handle);
+  EXPECT_EQ(WaitForMultipleObjects(60, handles.data(), FALSE, 1), WAIT_TIMEOUT);
+  workers[50]->go.release();
+  EXPECT_EQ(WaitForMultipleObjects(60, handles.data(), FALSE, INFINITE), WAIT_OBJECT_0 + 50);
+  EXPECT_EQ(WaitForMultipleObjects(60, handles.data(), TRUE, 1), WAIT_TIMEOUT);
   for (auto& worker : workers) worker->go.release();
-  EXPECT_EQ(WaitForMultipleObjects(100, handles.data(), TRUE, INFINITE), WAIT_OBJECT_0);
-  handles[99] = nullptr;
-  EXPECT_EQ(WaitForMultipleObjects(100, handles.data(), TRUE, 0), WAIT_FAILED);
+  EXPECT_EQ(WaitForMultipleObjects(60, handles.data(), TRUE, INFINITE), WAIT_OBJECT_0);
+  handles[59] = nullptr;
+  EXPECT_EQ(WaitForMultipleObjects(60, handles.data(), TRUE, 0), WAIT_FAILED);
   EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_HANDLE));
 }
 
