@@ -108,6 +108,12 @@ TEST_F(ProfileOnDisk, TextThatTheEncodingLacksIsRefused) {
   }
 }
 
+TEST_F(ProfileOnDisk, LongNamesAreRefused) {
+  const Text at = ProductPathFromSystem((folder.Path() / std::string(300, 'n')).string());
+  EXPECT_FALSE(WritePrivateProfileStringW(_T("A"), _T("k"), _T("v"), at.c_str()));
+  EXPECT_EQ(GetLastError(), DWORD(ERROR_FILENAME_EXCED_RANGE));
+}
+
 TEST_F(ProfileOnDisk, CutResultsSetTheStatus) {
   Put("[Sec]\nkey=value\n");
   TCHAR buffer[12];

@@ -48,7 +48,7 @@ TEST(ProcessItself, ModuleFileNameIsCutToTheBuffer) {
   std::fill(std::begin(cut), std::end(cut), TCHAR('#'));
   EXPECT_EQ(GetModuleFileNameW(GetModuleHandleW(_T("KVSHAREu")), cut, length), length);
   EXPECT_EQ(GetLastError(), DWORD(ERROR_INSUFFICIENT_BUFFER));
-  EXPECT_EQ(Text(cut), Text(whole).substr(0, length - 1));
+  EXPECT_EQ(Text(cut, length), Text(whole).substr(0, length - 1) + TCHAR(0));
   EXPECT_EQ(cut[length], '#');
 }
 

@@ -123,14 +123,12 @@ TEST_F(ProfileWriting, RefusalsTellWhyAndLeaveTheFile) {
   EXPECT_EQ(GetLastError(), DWORD(ERROR_FILE_NOT_FOUND));
   EXPECT_FALSE(WritePrivateProfileStringW(_T("A"), _T("k"), _T("v"), _T("")));
   EXPECT_EQ(GetLastError(), DWORD(ERROR_ACCESS_DENIED));
-  const std::string long_name(300, 'n');
   const struct {
     const char* name;
     DWORD status;
   } rows[] = {
       {"none/f.ini", ERROR_PATH_NOT_FOUND},
       {".", ERROR_ACCESS_DENIED},
-      {long_name.c_str(), ERROR_FILENAME_EXCED_RANGE},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);

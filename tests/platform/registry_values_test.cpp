@@ -106,7 +106,7 @@ TEST_F(RegistryValues, EnumerationGivesDataOrItsSize) {
   DWORD units = 16, type = 0, size = 3;
   EXPECT_EQ(RegEnumValueW(key_, 0, name, &units, nullptr, &type, data, &size), ERROR_SUCCESS);
   EXPECT_EQ(Text(name, units), _T("Name"));
-  EXPECT_EQ(type, REG_BINARY);
+  EXPECT_EQ(type, DWORD(REG_BINARY));
   EXPECT_EQ(size, 3u);
   EXPECT_EQ(data[2], '3');
   units = 16, size = 2;
