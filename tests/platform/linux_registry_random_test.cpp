@@ -73,20 +73,20 @@ class RegistryRandom : public RegistryTest {
 
   // Asks for something by its name, and for the items of a number.
   void Ask(DWORD index) {
+    const auto named = [](LSTATUS status, LPCTSTR given) { return status == ERROR_SUCCESS ? Text(given) : Text(); };
+    TCHAR given[8];
+    DWORD units = 8, number = 0, bytes = sizeof number;
+    LSTATUS status =
+        RegEnumValueW(key_, index, given, &units, nullptr, nullptr, reinterpret_cast<BYTE*>(&number), &bytes);
+    ASSERT_EQ(named(status, given), index < order_.size() ? order_[index] : Text());
+    ASSERT_EQ(number, index < order_.size() ? DWORD(values_[order_[index]]) : 0);
     const Text name = Name();
     const auto value = values_.find(name);
     ASSERT_EQ(Number(name.c_str()), value == values_.end() ? -ERROR_FILE_NOT_FOUND : value->second);
     ASSERT_EQ(Open(name.c_str()), keys_.contains(name) ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND);
-    const auto named = [](LSTATUS status, LPCTSTR given) { return status == ERROR_SUCCESS ? Text(given) : Text(); };
-    TCHAR given[8];
-    DWORD units = 8;
-    LSTATUS status = RegEnumKeyExW(key_, index, given, &units, nullptr, nullptr, nullptr, nullptr);
-    ASSERT_EQ(named(status, given), index < keys_.size() ? *std::next(keys_.begin(), index) : Text());
     units = 8;
-    DWORD number = 0, bytes = sizeof number;
-    status = RegEnumValueW(key_, index, given, &units, nullptr, nullptr, reinterpret_cast<BYTE*>(&number), &bytes);
-    ASSERT_EQ(named(status, given), index < order_.size() ? order_[index] : Text());
-    ASSERT_EQ(number, index < order_.size() ? DWORD(values_[order_[index]]) : 0);
+    status = RegEnumKeyExW(key_, index, given, &units, nullptr, nullptr, nullptr, nullptr);
+    ASSERT_EQ(named(status, given), index < keys_.size() ? *std::next(keys_.begin(), index) : Text());
   }
 
   std::mt19937 random_;
