@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <nlohmann/json.hpp>
 #include <numeric>
-#include <ranges>
 #include <span>
 #include <vector>
 
@@ -169,8 +168,8 @@ class Tree {
   }
 
   std::span<const Child> ChildrenOf(Index parent) const {
-    const auto found = std::ranges::equal_range(children_, parent, {}, &Child::parent);
-    return {found.begin(), found.end()};
+    return {std::ranges::lower_bound(children_, parent, {}, &Child::parent),
+            std::ranges::upper_bound(children_, parent, {}, &Child::parent)};
   }
 
   void WriteWithChildren(Index first) {
@@ -181,7 +180,9 @@ class Tree {
       if (written_[at]) continue;
       written_[at] = true;
       WriteShape(*shapes_[at], depth);
-      for (const Child& child : std::views::reverse(ChildrenOf(at))) open.emplace_back(child.shape, depth + 1);
+      const std::span<const Child> children = ChildrenOf(at);
+      for (auto child = children.rbegin(); child != children.rend(); ++child)
+        open.emplace_back(child->shape, depth + 1);
     }
   }
 
