@@ -14,10 +14,10 @@
 //
 // Failure. Every call returns 0 (ERROR_SUCCESS) or a status code. After a failure the output arguments are unchanged
 // unless the call says otherwise. Any call can return, besides its own codes: ERROR_INVALID_PARAMETER for a reserved
-// argument that is not 0 or a required pointer that is null, ERROR_BADDB for a damaged hive file, ERROR_ACCESS_DENIED
-// and ERROR_PATH_NOT_FOUND for a folder or file that can't be used, ERROR_DISK_FULL, ERROR_REGISTRY_IO_FAILED,
-// ERROR_NOT_ENOUGH_MEMORY, and ERROR_BUSY after half a minute in which others kept writing (platform/registry_files.h
-// sets a shorter time).
+// argument that is not 0 or a required pointer that is null, ERROR_BADDB for a damaged hive file,
+// ERROR_UNKNOWN_REVISION for one in the format of a later release, ERROR_ACCESS_DENIED and ERROR_PATH_NOT_FOUND for a
+// folder or file that can't be used, ERROR_DISK_FULL, ERROR_REGISTRY_IO_FAILED, ERROR_NOT_ENOUGH_MEMORY, and ERROR_BUSY
+// after half a minute in which others kept writing (platform/registry_files.h sets a shorter time).
 //
 // Sharing. Any thread of any number of processes may call. Each call does all of its work or nothing. When a call has
 // returned, its change survives the death of the process, and every later call of any process sees it.

@@ -16,7 +16,7 @@ KVSHARE_API LSTATUS CheckHive(HKEY hive);
 
 // A failure of a hive's file that a call of this process has met.
 struct HiveFault {
-  // Damage (ERROR_BADDB) counts as kReading, whichever call has met it.
+  // Damage (ERROR_BADDB) and a later format (ERROR_UNKNOWN_REVISION) count as kReading, whichever call has met them.
   enum class During { kReading, kWriting };
 
   LSTATUS status = ERROR_SUCCESS;

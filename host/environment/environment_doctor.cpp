@@ -321,6 +321,9 @@ void ExamineRegistry(const CKVEnvApp& env, Findings& findings) {
         {kError, "registry", fmt::format("the file {} is damaged; no setting can be read or stored", file),
          fmt::format("move it away and import a saved copy: mv {0} {0}.damaged; kestrova reg import FILE",
                      Quoted(file))});
+  } else if (status == ERROR_UNKNOWN_REVISION) {
+    findings.push_back({kError, "registry", fmt::format("the file {} was written by a later release", file),
+                        "use that release, or set KV_REGISTRY to another folder"});
   } else if (status == ERROR_FILE_NOT_FOUND && env.GetKVPath().IsEmpty()) {
     // Nothing was stored, because the installation's place is unknown.
   } else if (status != ERROR_SUCCESS) {

@@ -15,13 +15,16 @@ namespace {
 
 std::string CauseOf(LSTATUS status, HKEY hive) { return TextOf(registry_text::ErrorOf(status, {hive, {}})); }
 
+// Whether the file has values that no command can read.
+bool IsUnreadable(LSTATUS status) { return status == ERROR_BADDB || status == ERROR_UNKNOWN_REVISION; }
+
 }  // namespace
 
 void CheckWhole(HKEY hive) { CheckStatus(CheckHive(hive), {hive, {}}); }
 
 void CheckWholeRegistry() {
   for (const HKEY hive : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE})
-    if (CheckHive(hive) == ERROR_BADDB) throw Failure(CauseOf(ERROR_BADDB, hive));
+    if (const LSTATUS status = CheckHive(hive); IsUnreadable(status)) throw Failure(CauseOf(status, hive));
 }
 
 // The machine's hive is the installer's: most users can't write it.
@@ -33,7 +36,7 @@ void ReportRegistry(Needs needs) {
     const HiveFault unwritten = TakeHiveFault(hive, HiveFault::During::kWriting);
     if (unread.status != ERROR_SUCCESS) {
       const std::string cause = CauseOf(unread.status, hive);
-      if (unread.status == ERROR_BADDB || needs == Needs::kAllStoredValues) throw Failure(cause);
+      if (IsUnreadable(unread.status) || needs == Needs::kAllStoredValues) throw Failure(cause);
       if (std::exchange(reported[hive == HKEY_LOCAL_MACHINE], true)) continue;
       PrintNote(fmt::format("{}; the command goes on with the defaults", cause));
     } else if (unwritten.status != ERROR_SUCCESS && hive == HKEY_CURRENT_USER && !std::exchange(reported[0], true)) {

@@ -99,6 +99,7 @@ constexpr Words kWords[] = {
     {ERROR_BADKEY, "a key's name is missing"},
     {ERROR_KEY_DELETED, "the key was deleted meanwhile"},
     {ERROR_BADDB, "the registry's file is damaged"},
+    {ERROR_UNKNOWN_REVISION, "the registry's file was written by a later release"},
     {ERROR_REGISTRY_IO_FAILED, "reading or writing the registry's file failed"},
     {ERROR_BUSY, "others kept writing to the registry"},
     {ERROR_TRANSACTION_NOT_ACTIVE, "the transaction has ended"},

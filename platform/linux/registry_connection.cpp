@@ -227,7 +227,8 @@ LSTATUS Connection::Connect(int flags, const std::string& name) {
   }
   if (result == SQLITE_OK) result = ReadFormat(handle_, format);
   LSTATUS status = StatusOf(handle_, result);
-  if (status == ERROR_SUCCESS && format != kFormat && format != 1) status = ERROR_BADDB;
+  if (status == ERROR_SUCCESS && format < 1) status = ERROR_BADDB;
+  if (status == ERROR_SUCCESS && format > kFormat) status = ERROR_UNKNOWN_REVISION;
   if (status == ERROR_SUCCESS) {
     int keep_log = 1;
     sqlite3_file_control(handle_, "main", SQLITE_FCNTL_PERSIST_WAL, &keep_log);

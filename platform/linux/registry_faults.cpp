@@ -35,6 +35,7 @@ Faults& AllFaults() {
 bool IsOfFile(LSTATUS status) {
   switch (status) {
     case ERROR_BADDB:
+    case ERROR_UNKNOWN_REVISION:
     case ERROR_ACCESS_DENIED:
     case ERROR_PATH_NOT_FOUND:
     case ERROR_DISK_FULL:
@@ -49,7 +50,7 @@ bool IsOfFile(LSTATUS status) {
 
 LSTATUS Store::Note(LSTATUS status, HiveFault::During during) const {
   if (!IsOfFile(status)) return status;
-  if (status == ERROR_BADDB) during = HiveFault::During::kReading;
+  if (status == ERROR_BADDB || status == ERROR_UNKNOWN_REVISION) during = HiveFault::During::kReading;
   Faults& faults = AllFaults();
   const std::lock_guard lock(faults.mutex);
   HiveFault& first = faults.first[WhichHive() == Hive::kMachine][during == HiveFault::During::kWriting];

@@ -3,6 +3,8 @@
 #include <unicode/uchar.h>
 #include <unicode/utf16.h>
 
+#include <algorithm>
+
 #include "platform/linux/letter_case.h"
 
 namespace kvregistry {
@@ -32,8 +34,23 @@ UChar32 UpperAscii(UChar32 character) {
   return character >= 'a' && character <= 'z' ? character - ('a' - 'A') : character;
 }
 
+bool IsAscii(std::u16string_view name) {
+  unsigned bits = 0;
+  for (const char16_t unit : name) bits |= unit;
+  return bits < 0x80;
+}
+
+template <bool kFold>
+void AppendAscii(std::string& out, std::u16string_view name) {
+  const std::size_t size = out.size();
+  out.resize(size + name.size());
+  std::transform(name.begin(), name.end(), out.begin() + std::ptrdiff_t(size),
+                 [](char16_t unit) { return static_cast<char>(kFold ? UpperAscii(unit) : unit); });
+}
+
 template <bool kFold>
 void Append(std::string& out, std::u16string_view name) {
+  if (IsAscii(name)) return AppendAscii<kFold>(out, name);
   for (std::size_t i = 0; i < name.size();) {
     UChar32 character = name[i];
     if (character < 0x80) {

@@ -152,4 +152,5 @@ inline constexpr LONG ERROR_DIRECTORY_NOT_EMPTY = 145;
 inline constexpr LONG ERROR_ALREADY_EXISTS = 183;
 inline constexpr LONG ERROR_BADDB = 1009;
 inline constexpr LONG ERROR_KEY_DELETED = 1018;
+inline constexpr LONG ERROR_UNKNOWN_REVISION = 1305;
 inline constexpr LONG ERROR_RESOURCE_NAME_NOT_FOUND = 1814;

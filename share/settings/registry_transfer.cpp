@@ -233,6 +233,9 @@ Error ErrorOf(LSTATUS status, const KeyName& key, int line) {
     case ERROR_BADDB:
       return {line, fmt::format("{} is damaged", file),
               "restore it from a backup, or move it away to begin with an empty registry"};
+    case ERROR_UNKNOWN_REVISION:
+      return {line, fmt::format("{} was written by a later release", file),
+              "use that release, or set KV_REGISTRY to another folder"};
     case ERROR_DISK_FULL: return {line, fmt::format("{}: the disk is full", file), "free some space"};
     case ERROR_REGISTRY_IO_FAILED:
       return {line, fmt::format("{}: {}", file, ErrorText(DWORD(status))), "check the disk"};
