@@ -5,6 +5,8 @@
 // which begin with an underscore, return -1 or null and set errno. Any thread may call; one thread at a time may use a
 // handle.
 //
+// A new file or folder cannot have * ? " < > | in its name (ERROR_INVALID_NAME); an existing one can be used.
+//
 // A file is read-only if nobody may write it. Such a file cannot be opened for writing, deleted or replaced, even by a
 // user who could. Line ends are never translated.
 #pragma once
@@ -79,8 +81,8 @@ KVSHARE_API UINT GetTempFileNameW(LPCWSTR folder, LPCWSTR prefix, UINT unique, L
 
 // Opens a file with a mode of the C library plus the platform's additions b, t, x, N, S, R, c, n and ", ccs=...". Two
 // of them have an effect here: x, and ccs, which writes the encoding's mark at the start of a new or empty file that is
-// opened to be written: FF FE for UTF-16LE and UNICODE, EF BB BF for UTF-8. The caller's bytes follow unchanged. Child processes never inherit the file. Null on failure; EINVAL for
-// an invalid mode.
+// opened to be written: FF FE for UTF-16LE and UNICODE, EF BB BF for UTF-8. The caller's bytes follow unchanged. Child
+// processes never inherit the file. Null on failure; EINVAL for an invalid mode.
 KVSHARE_API FILE* _wfopen(LPCWSTR path, LPCWSTR mode);
 
 // ---- handles
@@ -112,9 +114,9 @@ using LPOVERLAPPED = void*;
 KVSHARE_API HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES unused, DWORD disposition,
                                DWORD flags, HANDLE templateFile);
 
-// Read and write at the handle's position and move it; ERROR_ACCESS_DENIED if the file was opened without GENERIC_READ or
-// GENERIC_WRITE. Fewer bytes are read only at the end of the file; there the result is TRUE with 0 bytes. If a write fails halfway, `written` (not null) has the number of written bytes.
-// overlapped must be null.
+// Read and write at the handle's position and move it; ERROR_ACCESS_DENIED if the file was opened without GENERIC_READ
+// or GENERIC_WRITE. Fewer bytes are read only at the end of the file; there the result is TRUE with 0 bytes. If a write
+// fails halfway, `written` (not null) has the number of written bytes. overlapped must be null.
 KVSHARE_API BOOL ReadFile(HANDLE file, void* target, DWORD bytes, LPDWORD read, LPOVERLAPPED overlapped);
 KVSHARE_API BOOL WriteFile(HANDLE file, const void* source, DWORD bytes, LPDWORD written, LPOVERLAPPED overlapped);
 

@@ -17,9 +17,9 @@ inline constexpr DWORD PAGE_READWRITE = 0x04;
 // never touched cost no memory. protection must be PAGE_READWRITE and bytes above 0 and within the address space,
 // otherwise null with ERROR_INVALID_PARAMETER. Null with ERROR_NOT_ENOUGH_MEMORY without memory. Any thread may call.
 //
-// With MEM_RESET and a range of bytes in an existing region: the content of its whole pages is no longer needed, and the
-// system may take their memory when it is short. Writing there later is allowed; reading before that gives undefined
-// bytes. Returns the address.
+// With MEM_RESET and a range of bytes in an existing region: the content of its whole pages is no longer needed, and
+// the system may take their memory when it is short. Writing there later is allowed; reading before that gives
+// undefined bytes. Returns the address.
 KVSHARE_API void* VirtualAlloc(void* address, SIZE_T bytes, DWORD allocation, DWORD protection);
 
 // Frees a whole region: address is the result of VirtualAlloc, bytes is 0 and how is MEM_RELEASE. FALSE with

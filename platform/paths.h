@@ -4,8 +4,9 @@
 // a system path when they use it; no other code does. On a system without drives, C: is the folder in the environment
 // variable KV_DRIVE_C, otherwise kestrova/drive_c in the user's data folder (XDG_DATA_HOME, ~/.local/share); other
 // drives work in the same way. \a\b is the system's /a/b. If a component does not exist as written, it is looked up
-// without case; if several names match, the one with the smallest bytes is used. Slashes count as backslashes, and a
-// leading \\?\ is ignored.
+// without case; if several names match, the one with the smallest bytes is used. Points and spaces at the end of a
+// path, and a point at the end of another component, count only where such a name exists. Slashes count as backslashes,
+// and a leading \\?\ is ignored.
 //
 // System names are bytes, and not all of them are UTF-8. A byte that is not part of valid UTF-8 becomes U+DC80 +
 // (byte - 0x80) in a product path, half a surrogate pair, and the same byte again in a system path. So each file keeps
@@ -38,10 +39,10 @@ inline constexpr int _MAX_EXT = 256;
 // have the sizes above; a part that is too long is cut off. Optional: each buffer.
 KVSHARE_API void _wsplitpath(LPCWSTR path, LPWSTR drive, LPWSTR folder, LPWSTR name, LPWSTR extension);
 
-// The full path, with "." and ".." resolved in the text only; the file need not exist. A point at the end of a component
-// goes, and all points and spaces at the end of the path. Only a backslash that ends the given path ends the result,
-// unless that is a root. Returns the length, or the size needed with the terminator if it does not fit, or 0 on failure. Optional: filePart, which receives a pointer to the
-// last component, or null if the path ends in a backslash.
+// The full path, with "." and ".." resolved in the text only; the file need not exist. A point at the end of a
+// component goes, and all points and spaces at the end of the path. Only a backslash that ends the given path ends the
+// result, unless that is a root. Returns the length, or the size needed with the terminator if it does not fit, or 0 on
+// failure. Optional: filePart, which receives a pointer to the last component, or null if the path ends in a backslash.
 KVSHARE_API DWORD GetFullPathNameW(LPCWSTR path, DWORD units, LPWSTR buffer, LPWSTR* filePart);
 
 // The folder for temporary files (TMPDIR, or \tmp\) with a backslash at its end; length and size as above.

@@ -2,9 +2,10 @@
 //
 // Reading. A line whose first non-blank character is ';' is a comment; '#' and a later ';' are ordinary text. Blanks
 // (space, TAB, VT) around a section's name, a key and a value are ignored. A section's name ends at the first ']', or
-// at the line's end. One pair of " or ' around a whole value is removed. Names are compared without case (platform/text.h). If a section
-// or key occurs several times, the first one is found; lists contain all of them. A line without '=', or before the
-// first section, is not a key. Lines end with CR LF, CR or LF; text after a NUL in a line is ignored.
+// at the line's end. One pair of " or ' around a whole value is removed. Names are compared without case
+// (platform/text.h). If a section or key occurs several times, the first one is found; lists contain all of them. A
+// line without '=', or before the first section, is not a key. Lines end with CR LF, CR or LF; text after a NUL in a
+// line is ignored.
 //
 // Writing. A changed or new line is key=value without blanks, ends with CR LF, and is not quoted or escaped. Names keep
 // the case of the file. A new key goes after the last non-blank line of its section, a new section to the end of the
@@ -38,8 +39,8 @@ inline constexpr int kProfileLockSeconds = 10;
 // ERROR_MORE_DATA. A missing key gives the default text without the spaces at its end; null counts as empty.
 //
 // A null key asks for the names of the section's keys, a null section for the names of all sections. The result is then
-// a list: a NUL after each name and one more NUL at the end, which the returned length does not count. A list that needs
-// the whole buffer or more is cut to units - 2. Empty names are left out. With units 0 the result is 0.
+// a list: a NUL after each name and one more NUL at the end, which the returned length does not count. A list that
+// needs the whole buffer or more is cut to units - 2. Empty names are left out. With units 0 the result is 0.
 KVSHARE_API DWORD GetPrivateProfileStringW(LPCWSTR section, LPCWSTR key, LPCWSTR defaultText, LPWSTR buffer,
                                            DWORD units, LPCWSTR path);
 
@@ -53,7 +54,8 @@ KVSHARE_API DWORD GetPrivateProfileSectionW(LPCWSTR section, LPWSTR buffer, DWOR
 
 // Writes a key's value and creates file, section and key if necessary. A null value removes the key (the first one of
 // that name), a null key removes the section with all its lines. Removing something that does not exist succeeds and
-// creates no file. A null section fails with ERROR_FILE_NOT_FOUND, an empty path with ERROR_ACCESS_DENIED. Texts are not checked: a line end, or a ']' or
+// creates no file. A null section fails with ERROR_FILE_NOT_FOUND, an empty path with ERROR_ACCESS_DENIED. Texts are
+// not checked: a line end, or a ']' or
 // '=' in a name, is written as it is and later read by the rules above.
 KVSHARE_API BOOL WritePrivateProfileStringW(LPCWSTR section, LPCWSTR key, LPCWSTR value, LPCWSTR path);
 

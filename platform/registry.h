@@ -3,10 +3,10 @@
 // 0.
 //
 // Names. A path is relative to a handle; "\" separates its parts. A trailing "\" is ignored, a leading one is
-// ERROR_BAD_PATHNAME. Names compare without case (platform/text.h) and keep the case of their creation. A key's name has 1 to 255 units,
-// a value's name 0 to 16,383 (the empty name is the key's default value), a tree at most 512 levels; beyond these
-// limits a call returns ERROR_INVALID_PARAMETER. A null path or value name is the same as an empty one unless a call
-// says otherwise.
+// ERROR_BAD_PATHNAME. Names compare without case (platform/text.h) and keep the case of their creation. A key's name
+// has 1 to 255 units, a value's name 0 to 16,383 (the empty name is the key's default value), a tree at most 512
+// levels; beyond these limits a call returns ERROR_INVALID_PARAMETER. A null path or value name is the same as an empty
+// one unless a call says otherwise.
 //
 // Handles. The two predefined handles are always open, with all rights. The calls that open a key return other handles,
 // with the rights that the caller asked for; the caller closes them. Every call checks its handle: ERROR_INVALID_HANDLE

@@ -288,6 +288,7 @@ HRESULT StorageCodeOf(LONG status) {
     case ERROR_DISK_FULL:
     case ERROR_IO_DEVICE: return HRESULT(0x80030000 | DWORD(status));
     case ERROR_FILE_TOO_LARGE: return STG_E_MEDIUMFULL;
+    case ERROR_INVALID_NAME: return STG_E_INVALIDNAME;
     default: return STG_E_UNKNOWN;
   }
 }

@@ -78,7 +78,9 @@ HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD, LPSECURITY_ATTRIBUTES, DWO
   if (existed && disposition == CREATE_NEW) return Failed(ERROR_FILE_EXISTS);
   // A read-only file must not be emptied, even if it is opened for reading only.
   const bool writes = (access & GENERIC_WRITE) != 0 || (how & O_TRUNC) != 0;
-  if (writes && RefusalToWrite(system) != 0) return Failed(ERROR_ACCESS_DENIED);
+  const int refusal = writes || (how & O_CREAT) != 0 ? RefusalToWrite(system) : 0;
+  if (refusal == EILSEQ) return Failed(ERROR_INVALID_NAME);
+  if (writes && refusal != 0) return Failed(ERROR_ACCESS_DENIED);
   descriptor = open(system.c_str(), AccessOf(access) | how | options, 0666);
   if (descriptor < 0) {
     if (errno == EEXIST) return Failed(ERROR_FILE_EXISTS);

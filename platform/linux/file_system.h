@@ -12,8 +12,11 @@ void EnsureDriveFolder(LPCWSTR product_path);
 // The folder of the path's last component; "." for a path without a folder.
 std::string FolderOf(const std::string& path);
 int FlushFolder(const std::string& folder);
-// Checks an existing file before writing or replacing: EISDIR for a folder, EACCES for a read-only file, 0 if allowed.
+// Checks a file before writing or replacing: EISDIR for a folder, EACCES for a read-only file, EILSEQ for a missing one
+// whose name cannot be new, 0 if allowed.
 int RefusalToWrite(const std::string& path);
+// False if the path's last component has a character that the platform reserves: * ? " < > |
+bool CanBeNew(const std::string& path);
 // The attributes and file data of GetFileAttributesW and GetFileAttributesExW.
 DWORD AttributesOf(const struct stat& facts);
 WIN32_FILE_ATTRIBUTE_DATA FactsOf(const struct stat& facts);

@@ -57,11 +57,10 @@ void EnsureDriveFolder(LPCWSTR path) {
 
 bool FailForPath(int code, const std::string& path) {
   // A missing folder has another status than a missing file; no path at all counts as one.
-  if (code == ENOENT && (path.empty() || access(FolderOf(path).c_str(), F_OK) != 0)) {
-    SetLastError(ERROR_PATH_NOT_FOUND);
-    return false;
-  }
-  return FailWithErrno(code);
+  if (code == ENOENT && (path.empty() || access(FolderOf(path).c_str(), F_OK) != 0))
+    return FailWithStatus(ERROR_PATH_NOT_FOUND);
+  return code == EILSEQ || (code == ENOENT && !CanBeNew(path)) ? FailWithStatus(ERROR_INVALID_NAME)
+                                                               : FailWithErrno(code);
 }
 
 std::string FolderOf(const std::string& path) {
@@ -82,10 +81,12 @@ int FlushFolder(const std::string& folder) {
 
 int RefusalToWrite(const std::string& path) {
   struct stat facts;
-  if (stat(path.c_str(), &facts) != 0) return 0;
+  if (stat(path.c_str(), &facts) != 0) return CanBeNew(path) ? 0 : EILSEQ;
   if (S_ISDIR(facts.st_mode)) return EISDIR;
   return IsReadOnly(facts) ? EACCES : 0;
 }
+
+bool CanBeNew(const std::string& path) { return path.find_first_of("*?\"<>|", path.rfind('/') + 1) == path.npos; }
 
 DWORD AttributesOf(const struct stat& facts) {
   if (S_ISDIR(facts.st_mode)) return FILE_ATTRIBUTE_DIRECTORY;
@@ -150,6 +151,7 @@ int _wchmod(LPCWSTR path, int mode) {
 BOOL CreateDirectoryW(LPCWSTR path, LPSECURITY_ATTRIBUTES) {
   EnsureDriveFolder(path);
   const std::string system = SystemPathFromProduct(path);
+  if (access(system.c_str(), F_OK) != 0 && !CanBeNew(system)) return FailWithStatus(ERROR_INVALID_NAME);
   return mkdir(system.c_str(), 0777) == 0 || FailForPath(errno, system);
 }
 

@@ -11,19 +11,18 @@ bool IsInUnicode51(UChar32 character) {
 }
 
 // Unicode never takes a pair of two existing letters apart and never makes one, so later versions give the same pairs.
-bool IsPair(UChar32 lower, UChar32 upper) {
-  return lower != upper && lower <= 0xFFFF && upper <= 0xFFFF && u_tolower(upper) == lower &&
-         u_toupper(lower) == upper && IsInUnicode51(lower) && IsInUnicode51(upper);
+bool AreOldEnough(UChar32 a, UChar32 b) {
+  return (a < 0x200 && b < 0x200) || (a <= 0xFFFF && b <= 0xFFFF && IsInUnicode51(a) && IsInUnicode51(b));
 }
 
 }  // namespace
 
 WCHAR UpperOfOtherUnit(WCHAR unit) {
   const UChar32 upper = u_toupper(unit);
-  return upper != unit && IsPair(unit, upper) ? WCHAR(upper) : unit;
+  return upper != unit && u_tolower(upper) == unit && AreOldEnough(unit, upper) ? WCHAR(upper) : unit;
 }
 
 WCHAR LowerOfOtherUnit(WCHAR unit) {
   const UChar32 lower = u_tolower(unit);
-  return lower != unit && IsPair(lower, unit) ? WCHAR(lower) : unit;
+  return lower != unit && u_toupper(lower) == unit && AreOldEnough(lower, unit) ? WCHAR(lower) : unit;
 }

@@ -34,9 +34,26 @@ std::string UserDataFolder() {
 
 bool Exists(const std::string& path) { return faccessat(AT_FDCWD, path.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0; }
 
+// A component as the platform takes it: without one point at its end and, for the last one of a path, without any
+// points and spaces there. "." and ".." stay.
+template <class View>
+View WithoutEnd(View name, bool is_last) {
+  if (name.size() <= 2 && name.find_first_not_of('.') == name.npos) return name;
+  if (!is_last) return name.ends_with('.') && name[name.size() - 2] != '.' ? name.substr(0, name.size() - 1) : name;
+  while (!name.empty() && (name.back() == '.' || name.back() == ' ')) name.remove_suffix(1);
+  return name;
+}
+
+// The name of an existing entry of the folder: as written, or without case. Empty if there is none.
+std::string FindName(const std::string& folder, std::string_view name, bool is_known_to_miss) {
+  if (!is_known_to_miss && Exists(folder + std::string(name))) return std::string(name);
+  return FindNameWithoutCase(folder, name);
+}
+
 // Resolves the components of `rest` below `base` (empty or ending in a slash): as written or, if that does not exist,
-// without case. From the first missing component on, the rest stays as written. Usually everything but the last
-// component exists as written, so the search for the existing part starts at the end.
+// without case, or without points and spaces at the end. From the first missing component on, the rest only loses such
+// ends. Usually everything but the last component exists as written, so the search for the existing part starts at the
+// end.
 std::string LookUp(std::string base, std::string_view rest) {
   std::size_t existing = rest.rfind('/');
   while (existing != std::string_view::npos && existing > 0 && !Exists(base + std::string(rest.substr(0, existing))))
@@ -44,16 +61,15 @@ std::string LookUp(std::string base, std::string_view rest) {
   existing = existing == std::string_view::npos ? 0 : existing + 1;
   base += rest.substr(0, existing);
   rest.remove_prefix(existing);
-  for (bool isKnownToMiss = true; !rest.empty(); isKnownToMiss = false) {
+  bool is_known_to_miss = true;
+  bool is_missing = false;
+  for (; !rest.empty(); is_known_to_miss = false) {
     const std::size_t end = std::min(rest.find('/'), rest.size());
-    const std::string_view name = rest.substr(0, end);
-    if (!name.empty() && (isKnownToMiss || !Exists(base + std::string(name)))) {
-      const std::string found = FindNameWithoutCase(base, name);
-      if (found.empty()) return base.append(rest);
-      base += found;
-    } else {
-      base += name;
-    }
+    const std::string_view name = rest.substr(0, end), kept = WithoutEnd(name, /*is_last=*/end == rest.size());
+    std::string found = name.empty() || is_missing ? std::string() : FindName(base, name, is_known_to_miss);
+    if (found.empty() && !kept.empty() && kept != name && !is_missing) found = FindName(base, kept, false);
+    is_missing |= found.empty() && !name.empty();
+    base += found.empty() ? std::string(kept.empty() ? name : kept) : found;
     if (end < rest.size()) base += '/';
     rest.remove_prefix(std::min(end + 1, rest.size()));
   }
@@ -186,14 +202,6 @@ std::u16string_view RootOf(std::u16string_view path) {
   if (path.starts_with(u'\\')) return path.substr(0, 1);
   return path.size() >= 2 && path[1] == u':' ? path.substr(0, path.size() > 2 && path[2] == u'\\' ? 3 : 2)
                                              : std::u16string_view();
-}
-
-// A component as the platform takes it: without one point at its end and, for the last one of a path, without any
-// points and spaces there.
-std::u16string_view WithoutEnd(std::u16string_view name, bool is_last) {
-  if (is_last) return name.substr(0, name.find_last_not_of(u". ") + 1);  // npos + 1 is 0
-  const bool one = name.ends_with(u'.') && !name.ends_with(u"..");
-  return one ? name.substr(0, name.size() - 1) : name;
 }
 
 // Appends the components of `rest` to the path and resolves "." and ".."; ".." stops at the root. A backslash stays at

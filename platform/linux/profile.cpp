@@ -70,8 +70,10 @@ ProfilePointer Open(LPCWSTR path) {
     code = kvprofile::Read(system, profile);
   }
   if (code == 0) return profile;
-  if (path) FailForPath(code, system);
-  else SetLastError(ERROR_FILE_NOT_FOUND);
+  if (path)
+    FailForPath(code, system);
+  else
+    SetLastError(ERROR_FILE_NOT_FOUND);
   return nullptr;
 }
 

@@ -65,19 +65,18 @@ std::string Folded(std::string_view kept) {
 }
 
 // The changes of the rows (key, key above, folded path or name, name) that a statement returns.
-int FindChanges(sqlite3* connection, const char* sql, std::vector<Change>& changes) {
+int FindChanges(sqlite3* connection, const char* sql, bool has_paths, std::vector<Change>& changes) {
   std::unordered_map<std::int64_t, std::string> paths;  // those that change
   Statement rows(connection, sql);
   while (rows.Next()) {
     const std::string before = rows.Text(2), name = rows.Text(3);
-    const bool is_path = sql == kKeys;
-    const std::size_t own = is_path ? before.rfind('\\') + 1 : 0;  // npos + 1 is 0
+    const std::size_t own = has_paths ? before.rfind('\\') + 1 : 0;  // npos + 1 is 0
     if (before.substr(own) != FoldedInFormat1(name)) continue;
     const auto above = paths.find(rows.Number(1));
-    std::string after = is_path && above != paths.end() ? above->second + '\\' : before.substr(0, own);
+    std::string after = has_paths && above != paths.end() ? above->second + '\\' : before.substr(0, own);
     after += Folded(name);
     if (after == before) continue;
-    if (is_path) paths[rows.Number(0)] = after;
+    if (has_paths) paths[rows.Number(0)] = after;
     changes.push_back({rows.Number(0), before, after});
   }
   return rows.Result() == SQLITE_DONE ? SQLITE_OK : rows.Result();
@@ -98,8 +97,8 @@ bool IsStillFormat1(sqlite3* connection) {
 int Refold(sqlite3* connection) {
   if (!IsStillFormat1(connection)) return SQLITE_OK;  // another process was faster
   std::vector<Change> keys, values;
-  int result = FindChanges(connection, kKeys, keys);
-  if (result == SQLITE_OK) result = FindChanges(connection, kValues, values);
+  int result = FindChanges(connection, kKeys, /*has_paths=*/true, keys);
+  if (result == SQLITE_OK) result = FindChanges(connection, kValues, /*has_paths=*/false, values);
   if (result == SQLITE_OK) result = Apply(connection, kChangeKey, keys);
   if (result == SQLITE_OK) result = Apply(connection, kChangeValue, values);
   const std::string mark = "PRAGMA user_version = " + std::to_string(kFormatOfNames);

@@ -237,4 +237,26 @@ TEST_F(Files, FoldersAreMadeOneLevelAtATime) {
   EXPECT_TRUE(RemoveDirectoryW(At("a").c_str()));
 }
 
+TEST_F(Files, NamesLosePointsAndSpacesAtTheirEnd) {
+  folder.Write("sub/f", "x");
+  for (const LPCTSTR name : {_T("sub\\f."), _T("sub\\f "), _T("SUB.\\f.. ."), _T("sub\\f")})
+    EXPECT_EQ(Attributes((At("") + name).c_str()), DWORD(FILE_ATTRIBUTE_NORMAL)) << testing::PrintToString(Text(name));
+  EXPECT_TRUE(CloseHandle(Open("sub/new. ", GENERIC_WRITE, CREATE_NEW)));
+  EXPECT_TRUE(CreateDirectoryW(At("folder.").c_str(), nullptr));
+  EXPECT_TRUE(fs::exists(folder.Path() / "sub/new"));
+  EXPECT_TRUE(fs::exists(folder.Path() / "folder"));
+}
+
+TEST_F(Files, NewNamesHaveNoReservedCharacters) {
+  for (const char* name : {"a*", "?a", "a\"b", "<a", "a>b", "a|"}) {
+    SCOPED_TRACE(name);
+    EXPECT_EQ(Open(name, GENERIC_WRITE, CREATE_NEW), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_NAME));
+    EXPECT_FALSE(CreateDirectoryW(At(name).c_str(), nullptr));
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_NAME));
+    EXPECT_EQ(GetFileAttributesW(At(name).c_str()), INVALID_FILE_ATTRIBUTES);
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_NAME));
+  }
+}
+
 }  // namespace

@@ -67,6 +67,20 @@ TEST_F(LinuxFiles, StreamsTakeTheBytesAsTheyAreAndRefuseOtherModes) {
   }
 }
 
+TEST_F(LinuxFiles, NamesOfOtherSystemsAreUsedWhereTheyExist) {
+  for (const char* name : {"a*b", "f.", "f", "c. /d", "c/d "}) folder.Write(name, name);
+  for (const char* name : {"a*b", "f.", "f", "c. /d", "c/d "}) {
+    const HANDLE file = Open(name, GENERIC_READ, OPEN_EXISTING);
+    char bytes[8];
+    DWORD count = 0;
+    EXPECT_TRUE(ReadFile(file, bytes, 8, &count, nullptr)) << name;
+    EXPECT_EQ(std::string(bytes, count), name);
+    CloseHandle(file);
+  }
+  EXPECT_TRUE(DeleteFileW(At("f").c_str()));
+  EXPECT_EQ(SystemPathFromProduct(At("f. .").c_str()), (folder.Path() / "f").string());
+}
+
 TEST_F(LinuxFiles, CopyKeepsRightsAndFollowsLinks) {
   const fs::path from = folder.Write("from", std::string(1'000'000, 'x'));
   const auto written = fs::file_time_type::clock::now() - std::chrono::hours(1000);
@@ -93,7 +107,7 @@ class LinuxFolders : public LinuxFiles {
     if (search == INVALID_HANDLE_VALUE) return "error " + std::to_string(GetLastError());
     std::string names;
     do {
-      names += SystemPathFromProduct(facts.cFileName) + " ";
+      names += fs::path(SystemPathFromProduct((At("") + facts.cFileName).c_str())).filename().string() + " ";
     } while (FindNextFileW(search, &facts));
     EXPECT_TRUE(FindClose(search));
     return names;

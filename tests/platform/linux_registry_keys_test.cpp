@@ -26,7 +26,7 @@ TEST_F(LinuxRegistryKeys, ClosedHandleIsInvalid) {
   EXPECT_EQ(RegCloseKey(HKEY_CURRENT_USER), ERROR_SUCCESS);
 }
 
-// A text's reader copes with a missing terminator: tests/env/registry_access_test.cpp.
+// Readers cope with a missing terminator: tests/settings/registry_test.cpp.
 TEST_F(LinuxRegistryKeys, TextIsStoredWithoutATerminatorOfItsOwn) {
   for (const std::string& bytes : {kvtest::Wide(_T("ab")), std::string("a\0\7", 3), std::string()}) {
     EXPECT_EQ(kvtest::Set(key_, _T("V"), {REG_SZ, bytes}), ERROR_SUCCESS);
