@@ -252,8 +252,8 @@ FILE* _wfopen(LPCWSTR path, LPCWSTR mode) {
   if (letters.front() != 'r') EnsureDriveFolder(path);
   const std::string system = SystemPathFromProduct(path);
   const int refusal = writes ? RefusalToWrite(system) : 0;
-  if (refusal != 0 && letters.find('x') == std::string::npos) {
-    errno = refusal;
+  if (refusal == EILSEQ || (refusal != 0 && letters.find('x') == std::string::npos)) {
+    errno = refusal == EILSEQ ? EINVAL : refusal;
     return nullptr;
   }
   FILE* file = std::fopen(system.c_str(), letters.c_str());

@@ -254,6 +254,7 @@ TEST_F(Files, NewNamesHaveNoReservedCharacters) {
     EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_NAME));
     EXPECT_FALSE(CreateDirectoryW(At(name).c_str(), nullptr));
     EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_NAME));
+    EXPECT_EQ(_wfopen(At(name).c_str(), _T("w")), nullptr);
     EXPECT_EQ(GetFileAttributesW(At(name).c_str()), INVALID_FILE_ATTRIBUTES);
     EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_NAME));
   }
