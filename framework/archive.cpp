@@ -221,9 +221,9 @@ ULONGLONG ReadLongLength(CArchive& ar, bool& wide) {
   ar >> word;
   if (word == 0xFFFE && !wide) {
     wide = true;
-    BYTE byte = 0;
-    ar >> byte;
-    return byte < 0xFF ? byte : ReadLongLength(ar, wide);
+    BYTE length = 0;
+    ar >> length;
+    return length < 0xFF ? length : ReadLongLength(ar, wide);
   }
   // After the mark, 0xFFFE is never written as a length, so the data is damaged.
   if (word == 0xFFFE) AfxThrowArchiveException(CArchiveException::endOfFile, ar.m_strFileName);
@@ -239,10 +239,10 @@ ULONGLONG ReadLongLength(CArchive& ar, bool& wide) {
 }  // namespace
 
 std::size_t AfxReadStringLength(CArchive& ar, int& charBytes) {
-  BYTE byte = 0;
+  BYTE first = 0;
   bool wide = false;
-  ar >> byte;
-  const ULONGLONG length = byte < 0xFF ? byte : ReadLongLength(ar, wide);
+  ar >> first;
+  const ULONGLONG length = first < 0xFF ? first : ReadLongLength(ar, wide);
   charBytes = wide ? 2 : 1;
   ar.EnsureLeft(length, ULONGLONG(charBytes));
   return std::size_t(length);

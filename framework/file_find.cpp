@@ -15,7 +15,7 @@ BOOL CFileFind::FindFile(LPCTSTR pattern, DWORD) {
 BOOL CFileFind::FindNextFile() {
   if (m_hContext == INVALID_HANDLE_VALUE) return FALSE;
   m_found = m_next;
-  return FindNextFileW(m_hContext, &m_next);
+  return ::FindNextFileW(m_hContext, &m_next);
 }
 
 void CFileFind::Close() {

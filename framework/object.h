@@ -146,9 +146,9 @@ KVSHARE_API CObject* ReadObjectOfClass(CArchive& ar, const CRuntimeClass* wanted
     return ar;                                                                           \
   }
 
-#define KV_IMPLEMENT_CLASS(class_name, base_class_name, schema, create)                                                \
-  constinit CRuntimeClass class_name::class##class_name = {#class_name, int(sizeof(class_name)), UINT(schema), create, \
-                                                           RUNTIME_CLASS(base_class_name)};                            \
+#define KV_IMPLEMENT_CLASS(class_name, base_class_name, schema, create)                                      \
+  CRuntimeClass class_name::class##class_name = {#class_name, int(sizeof(class_name)), UINT(schema), create, \
+                                                 RUNTIME_CLASS(base_class_name)};                            \
   CRuntimeClass* class_name::GetRuntimeClass() const { return RUNTIME_CLASS(class_name); }
 
 #define IMPLEMENT_DYNAMIC(class_name, base_class_name) \

@@ -28,13 +28,6 @@ bool IsTooLarge(std::string_view number, bool hex) {
   return (point - first) * (hex ? 4 : 1) + IntegerFromUtf8(exponent) > 0;
 }
 
-// The leading ASCII part of a wide text, which contains the whole number.
-std::string NumberPart(LPCWSTR text) {
-  std::string part;
-  for (; text && *text > 0 && *text < 0x80; ++text) part += static_cast<char>(*text);
-  return part;
-}
-
 }  // namespace
 
 bool ReadNumber(std::string_view text, double& value) {
@@ -66,11 +59,3 @@ int IntegerFromUtf8(std::string_view text) {
     value = std::min(value * 10 + (text.front() - '0'), kLimit);
   return static_cast<int>(negative ? -value : std::min(value, kLimit - 1));
 }
-
-#ifndef _WIN32
-
-double _wtof(LPCWSTR text) { return NumberFromUtf8(NumberPart(text)); }
-
-int _wtoi(LPCWSTR text) { return IntegerFromUtf8(NumberPart(text)); }
-
-#endif

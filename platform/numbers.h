@@ -15,11 +15,3 @@ KVSHARE_API double NumberFromUtf8(std::string_view text);
 KVSHARE_API bool ReadNumber(std::string_view text, double& value);
 // Reads decimal digits. Numbers out of range give the smallest or largest int.
 KVSHARE_API int IntegerFromUtf8(std::string_view text);
-
-#ifndef _WIN32
-
-// The same for wide text; null gives 0.
-KVSHARE_API double _wtof(LPCWSTR text);
-KVSHARE_API int _wtoi(LPCWSTR text);
-
-#endif

@@ -316,8 +316,8 @@ KVXMLNode* KVXMLDocument::Load(const Source& source) {
 void KVXMLDocument::ListFaults() {
   const auto encoding = kvxml::Encoding(encoding_);
   const kvxml::DeclaredEncoding declared = kvxml::DeclaredEncodingOf(Text());
-  const auto add = [this](std::size_t byte, std::string reason) {
-    faults_.push_back({PlaceOfByte(byte), std::move(reason)});
+  const auto add = [this](std::size_t at, std::string reason) {
+    faults_.push_back({PlaceOfByte(at), std::move(reason)});
   };
   if (!declared.name.empty() && !kvxml::IsNameOf(declared.name, encoding)) {
     add(declared.at, "the file declares the encoding " + declared.name.substr(0, kMostEncodingName) +
@@ -332,13 +332,13 @@ void KVXMLDocument::ListFaults() {
 }
 
 // The parser has changed text_, so the text is read again to find the place, unless the line starts are known.
-KVXMLNode* KVXMLDocument::FailMalformed(const Source& source, std::size_t byte, std::string reason) {
+KVXMLNode* KVXMLDocument::FailMalformed(const Source& source, std::size_t at, std::string reason) {
   parsed_.reset();
   faults_.clear();
   if (line_starts_.empty() && ReadText(source)) line_starts_ = kvxml::LineStarts(Text());
   Fail(KVXMLFailure::Kind::kMalformed, std::move(reason));
-  failure_.byte = byte;
-  failure_.place = PlaceOfByte(byte);
+  failure_.byte = at;
+  failure_.place = PlaceOfByte(at);
   return nullptr;
 }
 
@@ -401,10 +401,10 @@ bool KVXMLDocument::Save(CString fileName) const {
   return bytes && WriteFileSafely(fileName, *bytes) == ERROR_SUCCESS;
 }
 
-KVXMLPlace KVXMLDocument::PlaceOfByte(std::size_t byte) const {
-  const auto next = std::upper_bound(line_starts_.begin(), line_starts_.end(), byte);
+KVXMLPlace KVXMLDocument::PlaceOfByte(std::size_t at) const {
+  const auto next = std::upper_bound(line_starts_.begin(), line_starts_.end(), at);
   if (next == line_starts_.begin()) return {};  // the line starts are not kept
-  return {int(next - line_starts_.begin()), int(byte - *(next - 1)) + 1};
+  return {int(next - line_starts_.begin()), int(at - *(next - 1)) + 1};
 }
 
 KVXMLPlace KVXMLDocument::PlaceInText(std::string_view piece) const {

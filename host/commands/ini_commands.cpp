@@ -31,7 +31,11 @@ struct Options {
   std::string file, section, key, value;
   bool json = false;
 
-  Text Path() const { return ProductPathFromSystem(file); }
+  // A name alone would mean another folder than the current one to the calls of some systems.
+  Text Path() const {
+    const Text path = ProductPathFromSystem(file);
+    return path.empty() || path.find_first_of(_T("\\:")) != path.npos ? path : _T(".\\") + path;
+  }
 };
 
 std::string ReasonOf(LONG status) {
@@ -91,8 +95,8 @@ bool Read(const Options& options, const Text& path, Buffer& buffer, Call call) {
 }
 
 // The names of a list and, if it has values, the values after them: the "=" of key=value becomes a NUL; a line without
-// "=" is no key. A program finds the first of several equal names, so the others are left out, and so are empty names. A
-// list may have millions of names, so there is one number for each.
+// "=" is no key. A program finds the first of several equal names, so the others are left out, and so are empty names.
+// A list may have millions of names, so there is one number for each.
 class Entries {
  public:
   Entries(LPTSTR list, bool withValues) : list_(list) {

@@ -14,7 +14,8 @@ struct Date {
 
 Date DateOf(const CString& text) {
   constexpr int kDigits = 4;
-  return {_wtoi(text.Left(kDigits)), _wtoi(text.Right(kDigits))};
+  const auto number = [](const CString& digits) { return IntegerFromUtf8(ToUtf8(digits)); };
+  return {number(text.Left(kDigits)), number(text.Right(kDigits))};
 }
 
 }  // namespace

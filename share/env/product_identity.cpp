@@ -43,7 +43,7 @@ CString GetCADMinorVersion() { return FieldOf(&ProductInfo::m_CADMinorVersion); 
 
 CString GetProductAndVersionString() { return GetProductName() + _T(" ") + GetProductVersion(); }
 
-long GetKVVersionLong() { return _wtoi(GetProductVersion()); }
+long GetKVVersionLong() { return IntegerFromUtf8(ToUtf8(GetProductVersion())); }
 
 KVKernelType GetKernelType() { return KV_KERNEL_DEFAULT; }
 
@@ -81,7 +81,7 @@ int GetSldWorksRevisionNumber(long& major) {
   major = 0;
   const int point = Host().revision.Find(_T('.'));
   if (point < 0) return 0;
-  major = _wtoi(Host().revision.Left(point));
+  major = IntegerFromUtf8(ToUtf8(Host().revision.Left(point)));
   return 1;
 }
 

@@ -434,8 +434,9 @@ class Checker {
     }
     std::string written(path.Value());
     std::replace(written.begin(), written.end(), '\\', '/');
-    const std::string found = SystemPathFromProduct(file);
+    std::string found = SystemPathFromProduct(file);
     CheckLinks(found, path.Value(), place);
+    std::replace(found.begin(), found.end(), '\\', '/');
     if (found.ends_with(written)) return;
     const std::string name = found.substr(found.find_last_of('/') + 1);
     findings_.Note(place, fmt::format("geometry file {} exists as {}: upper and lower case differ",

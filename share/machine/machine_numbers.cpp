@@ -1,6 +1,7 @@
 #include "share/machine/internal/machine_numbers.h"
 
 #include <charconv>
+#include <cstdint>
 #include <limits>
 #include <string>
 #include <system_error>
@@ -23,13 +24,13 @@ bool OpensHex(const char* at, const char* end) {
 }
 
 // With an exponent of this size, the number of digits does not matter: no text in memory has that many.
-constexpr long kFarExponent = 1L << 40;
+constexpr std::int64_t kFarExponent = std::int64_t{1} << 40;
 
 // Whether a number outside the range of the type is too large (and not too small), from the place of its first nonzero
 // digit and its exponent.
 bool IsHuge(const char* at, const char* end, bool hex) {
   const char exponentMark = hex ? 'p' : 'e';
-  long place = 0;
+  std::int64_t place = 0;
   bool found = false;
   bool fraction = false;
   for (; at != end && (*at | 0x20) != exponentMark; ++at) {
@@ -42,7 +43,7 @@ bool IsHuge(const char* at, const char* end, bool hex) {
       --place;
     }
   }
-  long exponent = 0;
+  std::int64_t exponent = 0;
   if (at != end) {
     if (*++at == '+') ++at;
     const auto read = std::from_chars(at, end, exponent);

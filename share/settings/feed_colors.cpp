@@ -22,7 +22,7 @@ namespace {
 constexpr double kFirstFeed = 100000;
 constexpr DWORD kNameUnits = 256;
 
-double FeedOf(const QFColorValue& row) { return _wtof(row.GetName()); }
+double FeedOf(const QFColorValue& row) { return NumberFromUtf8(ToUtf8(row.GetName())); }
 
 // For CObList_Sort: ascending; feeds that differ by no more than RESABS are equal.
 int CompareFeeds(const void* left, const void* right) {

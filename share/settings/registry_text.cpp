@@ -22,13 +22,13 @@ constexpr int kMostLevels = 512;
 
 struct HiveName {
   LPCTSTR text;
-  std::uintptr_t hive;
+  bool isUser;
 };
 constexpr HiveName kHives[] = {
-    {_T("HKEY_CURRENT_USER"), 0x80000001},
-    {_T("HKEY_LOCAL_MACHINE"), 0x80000002},
-    {_T("HKCU"), 0x80000001},
-    {_T("HKLM"), 0x80000002},
+    {_T("HKEY_CURRENT_USER"), true},
+    {_T("HKEY_LOCAL_MACHINE"), false},
+    {_T("HKCU"), true},
+    {_T("HKLM"), false},
 };
 
 constexpr const char* kAskForExport = "export the key again and import that file";
@@ -288,7 +288,7 @@ bool ParseKeyName(TextView text, KeyName& key) {
   const auto* found = std::find_if(std::begin(kHives), std::end(kHives),
                                    [&](const HiveName& row) { return IsSameWord(row.text, hive); });
   if (found == std::end(kHives)) return false;
-  key.hive = reinterpret_cast<HKEY>(found->hive);
+  key.hive = found->isUser ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE;
   key.path = text.substr(std::min(end + 1, text.size()));
   if (key.path.empty()) return end == text.size();
   int levels = 0;

@@ -158,7 +158,7 @@ bool Decode(const Stored& stored, Number& data) {
   return true;
 }
 bool Decode(const Stored& stored, unsigned long& data) {
-  DWORD low = 0;
+  std::uint32_t low = 0;
   if (!Decode(stored, low)) return false;
   data = low;
   return true;

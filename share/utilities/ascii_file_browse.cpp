@@ -29,7 +29,7 @@ int QFAsciFileBrowse::SetFilePath(const CString& path) {
 }
 
 int QFAsciFileBrowse::InitialiseFile() {
-  if (!m_pFile) m_pFile = _wfopen(m_Path, _T("r"));
+  if (!m_pFile) m_pFile = _wfopen(m_Path, _T("rb"));
   if (!m_pFile) return 0;
   Rewind();
   return 1;

@@ -70,7 +70,7 @@ class LineSplitter {
 
 std::vector<std::string> CSVReader::GetCells(char row, LONGLONG column, int count) const {
   LineSplitter splitter(column, count);
-  const std::unique_ptr<FILE, int (*)(FILE*)> file(_wfopen(m_FileName, _T("r")), std::fclose);
+  const std::unique_ptr<FILE, int (*)(FILE*)> file(_wfopen(m_FileName, _T("rb")), std::fclose);
   const int wanted = LineOf(row);
   if (!file || wanted < 1) return splitter.Cells();
   const auto piece = std::make_unique<char[]>(kPiece);

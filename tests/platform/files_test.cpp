@@ -232,7 +232,7 @@ TEST_F(Files, FoldersAreMadeOneLevelAtATime) {
   EXPECT_EQ(GetLastError(), DWORD(ERROR_ALREADY_EXISTS));
   folder.Write("a/file", "x");
   EXPECT_FALSE(RemoveDirectoryW(At("a").c_str()));
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_DIRECTORY_NOT_EMPTY));
+  EXPECT_EQ(GetLastError(), DWORD(ERROR_DIR_NOT_EMPTY));
   EXPECT_TRUE(DeleteFileW(At("a/file").c_str()));
   EXPECT_TRUE(RemoveDirectoryW(At("a").c_str()));
 }

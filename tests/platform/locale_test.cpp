@@ -95,26 +95,26 @@ TEST(SystemTime, ThatDoesNotExistIsRefused) {
 
 TEST(Numbers, RealsAreReadAsFarAsTheyGo) {
   constexpr double kInfinite = std::numeric_limits<double>::infinity();
-  const std::pair<LPCTSTR, double> rows[] = {
-      {_T("+.5"), 0.5},
-      {_T("-"), 0},
-      {_T("+-1"), 0},
-      {_T("1e+"), 1},
-      {_T("0x1F"), 31},
-      {_T("0x-1"), 0},
-      {_T("1٣"), 1},
-      {nullptr, 0},
-      {_T("-3e2mm"), -300},
-      {_T("-1e999"), -kInfinite},
-      {_T("5e-324"), 5e-324},
-      {_T("0.0000001e400"), kInfinite},
-      {_T("1000000e-400"), 0},
-      {_T("-0x.001p9999"), -kInfinite},
-      {_T("0x10000p-9999"), 0},
-      {_T(" \t\r\n-2.25e2"), -225},
-      {_T("9007199254740993"), 9007199254740992.0},
+  const std::pair<const char*, double> rows[] = {
+      {"+.5", 0.5},
+      {"-", 0},
+      {"+-1", 0},
+      {"1e+", 1},
+      {"0x1F", 31},
+      {"0x-1", 0},
+      {"1\xD9\xA3", 1},
+      {"", 0},
+      {"-3e2mm", -300},
+      {"-1e999", -kInfinite},
+      {"5e-324", 5e-324},
+      {"0.0000001e400", kInfinite},
+      {"1000000e-400", 0},
+      {"-0x.001p9999", -kInfinite},
+      {"0x10000p-9999", 0},
+      {" \t\r\n-2.25e2", -225},
+      {"9007199254740993", 9007199254740992.0},
   };
-  for (const auto& [text, wanted] : rows) EXPECT_EQ(_wtof(text), wanted) << testing::PrintToString(text);
+  for (const auto& [text, wanted] : rows) EXPECT_EQ(NumberFromUtf8(text), wanted) << text;
   EXPECT_EQ(NumberFromUtf8("1.5\xC3\xA4"), 1.5);
   EXPECT_EQ(NumberFromUtf8(std::string(400, '9')), kInfinite);
   EXPECT_TRUE(std::signbit(NumberFromUtf8("-0")));
@@ -122,11 +122,11 @@ TEST(Numbers, RealsAreReadAsFarAsTheyGo) {
 
 TEST(Numbers, IntegersSaturate) {
   constexpr int kMost = std::numeric_limits<int>::max(), kLeast = std::numeric_limits<int>::min();
-  const std::pair<LPCTSTR, int> rows[] = {
-      {_T("42"), 42}, {_T("-0012x"), -12},  {_T("0x10"), 0},           {_T("- 1"), 0},
-      {nullptr, 0},   {_T(" \v\f+7.9"), 7}, {_T("2147483648"), kMost}, {_T("-99999999999999999999999"), kLeast},
+  const std::pair<const char*, int> rows[] = {
+      {"42", 42}, {"-0012x", -12},  {"0x10", 0},           {"- 1", 0},
+      {"", 0},    {" \v\f+7.9", 7}, {"2147483648", kMost}, {"-99999999999999999999999", kLeast},
   };
-  for (const auto& [text, wanted] : rows) EXPECT_EQ(_wtoi(text), wanted) << testing::PrintToString(text);
+  for (const auto& [text, wanted] : rows) EXPECT_EQ(IntegerFromUtf8(text), wanted) << text;
 }
 
 }  // namespace
