@@ -30,15 +30,6 @@ KVSHARE_API HANDLE CreateThread(SECURITY_ATTRIBUTES* attributes, std::size_t sta
 inline constexpr DWORD MAXIMUM_SUSPEND_COUNT = 127;
 inline constexpr LONG ERROR_SIGNAL_REFUSED = 156;
 
-// Raise and lower the thread's suspend count and return the count before; 0 stays 0. The thread runs while the count is
-// 0: resume it once per suspension. Return 0xFFFFFFFF on failure: ERROR_ACCESS_DENIED for a thread that has ended,
-// ERROR_SIGNAL_REFUSED above the maximum.
-//
-// On this system a suspended thread stops at its next SuspensionPoint (below), not in the middle of other code, so that
-// it holds no lock of the runtime while it waits. A thread that never reaches one keeps running.
-KVSHARE_API DWORD SuspendThread(HANDLE thread);
-KVSHARE_API DWORD ResumeThread(HANDLE thread);
-
 // ---- waiting
 
 // Waits until all objects (threads or processes) have ended, or one of them if `all` is FALSE, at most that long.
@@ -67,10 +58,26 @@ KVSHARE_API BOOL TryEnterCriticalSection(LPCRITICAL_SECTION section);
 
 #endif
 
-// Waits while the calling thread is suspended. The library calls it where a job's code calls into the library. Does
-// nothing inside a critical section, so that no other thread waits for a suspended one, and on systems that suspend
-// threads themselves.
+// ---- suspending
+
+// Raise and lower the thread's suspend count and return the count before; 0 stays 0. The thread runs while the count is
+// 0: resume it once per suspension. Return 0xFFFFFFFF on failure: ERROR_ACCESS_DENIED for a thread that has ended,
+// ERROR_SIGNAL_REFUSED above the maximum.
+//
+// A suspended thread stops at its next SuspensionPoint, not in the middle of other code, so that it holds no lock of
+// the runtime while it waits. A thread that never reaches one keeps running.
+KVSHARE_API DWORD SuspendAtPoint(HANDLE thread);
+KVSHARE_API DWORD ResumeAtPoint(HANDLE thread);
+
+// Waits while the calling thread is suspended. The library calls it where a job's code calls into the library.
 KVSHARE_API void SuspensionPoint();
+
+// Between these two calls SuspensionPoint does nothing on the calling thread. A thread calls them around each lock that
+// it holds, so that no other thread waits for a suspended one.
+KVSHARE_API void HoldOffSuspension();
+KVSHARE_API void AllowSuspension();
+
+// ---- stack
 
 // The number of bytes left on the calling thread's stack. Code that recurses as deep as a file demands compares it with
 // the need of one level and refuses the file in time. Costs a few instructions, except for the first call of a thread.

@@ -54,8 +54,8 @@ KV_FAST_THREAD_LOCAL constinit StackRange t_stack;
   pthread_attr_destroy(&attributes);
 }
 
-// The number of critical sections that the calling thread has entered.
-constinit thread_local int t_sections = 0;
+// The calls of HoldOffSuspension that AllowSuspension has not ended.
+constinit thread_local int t_held_off = 0;
 
 }  // namespace
 
@@ -205,19 +205,23 @@ HANDLE CreateThread(SECURITY_ATTRIBUTES*, std::size_t stackBytes, LPTHREAD_START
   return AddHandle(std::move(thread));
 }
 
-DWORD SuspendThread(HANDLE handle) {
+DWORD SuspendAtPoint(HANDLE handle) {
   const auto thread = FindHandle<Thread>(handle);
   return thread ? thread->Suspend() : DWORD(-1);
 }
 
-DWORD ResumeThread(HANDLE handle) {
+DWORD ResumeAtPoint(HANDLE handle) {
   const auto thread = FindHandle<Thread>(handle);
   return thread ? thread->Resume() : DWORD(-1);
 }
 
 void SuspensionPoint() {
-  if (t_thread && t_sections == 0) t_thread->WaitWhileSuspended();
+  if (t_thread && t_held_off == 0) t_thread->WaitWhileSuspended();
 }
+
+void HoldOffSuspension() { ++t_held_off; }
+
+void AllowSuspension() { --t_held_off; }
 
 // ---- waiting
 
@@ -326,21 +330,11 @@ void InitializeCriticalSection(LPCRITICAL_SECTION section) {
 
 void DeleteCriticalSection(LPCRITICAL_SECTION section) { pthread_mutex_destroy(Mutex(section)); }
 
-void EnterCriticalSection(LPCRITICAL_SECTION section) {
-  pthread_mutex_lock(Mutex(section));
-  ++t_sections;
-}
+void EnterCriticalSection(LPCRITICAL_SECTION section) { pthread_mutex_lock(Mutex(section)); }
 
-void LeaveCriticalSection(LPCRITICAL_SECTION section) {
-  --t_sections;
-  pthread_mutex_unlock(Mutex(section));
-}
+void LeaveCriticalSection(LPCRITICAL_SECTION section) { pthread_mutex_unlock(Mutex(section)); }
 
-BOOL TryEnterCriticalSection(LPCRITICAL_SECTION section) {
-  if (pthread_mutex_trylock(Mutex(section)) != 0) return FALSE;
-  ++t_sections;
-  return TRUE;
-}
+BOOL TryEnterCriticalSection(LPCRITICAL_SECTION section) { return pthread_mutex_trylock(Mutex(section)) == 0; }
 
 // ---- stack
 

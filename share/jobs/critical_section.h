@@ -12,10 +12,20 @@ class QFCriticalSection {
   QFCriticalSection(const QFCriticalSection&) = delete;
   QFCriticalSection& operator=(const QFCriticalSection&) = delete;
 
-  void Lock() { EnterCriticalSection(&m_Section); }
-  void Unlock() { LeaveCriticalSection(&m_Section); }
+  void Lock() {
+    EnterCriticalSection(&m_Section);
+    HoldOffSuspension();
+  }
+  void Unlock() {
+    AllowSuspension();
+    LeaveCriticalSection(&m_Section);
+  }
   // Tries to lock without waiting: 1 if the calling thread now holds it, 0 if another thread holds it.
-  int LockIfUnlocked() { return TryEnterCriticalSection(&m_Section) ? 1 : 0; }
+  int LockIfUnlocked() {
+    if (!TryEnterCriticalSection(&m_Section)) return 0;
+    HoldOffSuspension();
+    return 1;
+  }
 
  private:
   CRITICAL_SECTION m_Section;

@@ -30,7 +30,7 @@ constinit thread_local bool t_isJob = false;
 // Resumes a suspended thread, and closes its handle later. Call under the lock.
 void RetireHandle(HANDLE handle) {
   static auto* former = new std::deque<HANDLE>;
-  for (DWORD count = ::ResumeThread(handle); count > 1 && count != DWORD(-1);) count = ::ResumeThread(handle);
+  for (DWORD count = ResumeAtPoint(handle); count > 1 && count != DWORD(-1);) count = ResumeAtPoint(handle);
   former->push_back(handle);
   // Test two handles per call, so that the number falls again after handles of long jobs have piled up.
   for (int tests = 2; tests > 0 && former->size() > kFormerHandles; --tests) {
@@ -367,7 +367,7 @@ QFeThreadStatus QFThreadData::SuspendThread() {
   const QFeThreadStatus before = m_eThreadStatus;
   HANDLE handle = ThreadToSuspend();
   if (!handle) return before;
-  ::SuspendThread(handle);
+  SuspendAtPoint(handle);
   m_eThreadStatus = eThreadSuspended;
   return before;
 }
@@ -378,7 +378,7 @@ QFeThreadStatus QFThreadData::ResumeThread() {
   HANDLE handle = ThreadToSuspend();
   if (!handle) return before;
   m_eThreadStatus = eThreadRunning;
-  ::ResumeThread(handle);
+  ResumeAtPoint(handle);
   return before;
 }
 

@@ -58,9 +58,9 @@ struct Worker {
     worker.own_id = GetCurrentThreadId();
     worker.running.release();
     worker.go.acquire();
-    if (worker.section) EnterCriticalSection(worker.section);
+    if (worker.held_off) HoldOffSuspension();
     SuspensionPoint();
-    if (worker.section) LeaveCriticalSection(worker.section);
+    if (worker.held_off) AllowSuspension();
     worker.passed = true;
     return 0;
   }
@@ -70,7 +70,7 @@ struct Worker {
   }
 
   kvtest::Semaphore running{0}, go{0};
-  CRITICAL_SECTION* section = nullptr;  // that the thread is in at the suspension point
+  bool held_off = false;  // at the suspension point
   std::atomic<bool> passed = false;
   std::atomic<DWORD> own_id = 0;
   HANDLE handle = nullptr;
@@ -85,27 +85,27 @@ TEST(Threads, RunsUnderItsIdAndIsSignalledByItsEnd) {
   EXPECT_NE(worker.id, GetCurrentThreadId());
   worker.Finish();
   EXPECT_TRUE(worker.passed);
-  EXPECT_EQ(SuspendThread(worker.handle), DWORD(-1));
+  EXPECT_EQ(SuspendAtPoint(worker.handle), DWORD(-1));
   EXPECT_EQ(GetLastError(), DWORD(ERROR_ACCESS_DENIED));
 }
 
 TEST(Threads, SuspendedThreadsWaitAtASuspensionPointUntilResumed) {
   Worker worker;
-  EXPECT_EQ(ResumeThread(worker.handle), 0u);
-  EXPECT_EQ(SuspendThread(worker.handle), 0u);
-  EXPECT_EQ(SuspendThread(worker.handle), 1u);
+  EXPECT_EQ(ResumeAtPoint(worker.handle), 0u);
+  EXPECT_EQ(SuspendAtPoint(worker.handle), 0u);
+  EXPECT_EQ(SuspendAtPoint(worker.handle), 1u);
   worker.go.release();
   EXPECT_EQ(WaitForSingleObject(worker.handle, 1), WAIT_TIMEOUT);
-  EXPECT_EQ(ResumeThread(worker.handle), 2u);
+  EXPECT_EQ(ResumeAtPoint(worker.handle), 2u);
   EXPECT_FALSE(worker.passed);
-  EXPECT_EQ(ResumeThread(worker.handle), 1u);
+  EXPECT_EQ(ResumeAtPoint(worker.handle), 1u);
   EXPECT_EQ(WaitForSingleObject(worker.handle, INFINITE), WAIT_OBJECT_0);
 }
 
-TEST_F(Section, HolderIsNotHeldUp) {
+TEST(Threads, SuspensionIsHeldOff) {
   Worker worker;
-  worker.section = &section;
-  EXPECT_EQ(SuspendThread(worker.handle), 0u);
+  worker.held_off = true;
+  EXPECT_EQ(SuspendAtPoint(worker.handle), 0u);
   worker.Finish();
   EXPECT_TRUE(worker.passed);
 }
