@@ -9,7 +9,9 @@
 #include <mutex>
 #include <new>
 
+#include "platform/lock.h"
 #include "platform/memory.h"
+#include "platform/thread_exit.h"
 
 namespace {
 
@@ -89,7 +91,7 @@ struct Heap {
 // The regions, and the heaps of ended threads. Needs no destructor, because statics that are destroyed late still free
 // blocks.
 struct Store {
-  std::mutex lock;
+  PlatformLock lock;
   Region* regions = nullptr;  // regions with free pages
   std::size_t empty = 0;      // number of regions without used pages
   bool first = true;
@@ -152,15 +154,13 @@ void Store::ReleasePage(Page* page) noexcept {
 
 // ---- heaps
 
-// Passes the heap to the next new thread when this thread ends.
-struct HeapLease {
-  ~HeapLease() {
-    const std::lock_guard guard(store.lock);
-    t_heap->next = store.idle;
-    store.idle = t_heap;
-    t_heap = nullptr;
-  }
-};
+// Passes the heap to the next new thread. Called when this thread ends.
+void EndLease() {
+  const std::lock_guard guard(store.lock);
+  t_heap->next = store.idle;
+  store.idle = t_heap;
+  t_heap = nullptr;
+}
 
 [[gnu::noinline]] Heap* LeaseHeap() {
   {
@@ -172,9 +172,7 @@ struct HeapLease {
   }
   if (!t_heap) t_heap = new Heap;
   t_heap->taken = 0;
-  // A thread that allocates again after its lease has ended keeps that heap.
-  thread_local const HeapLease lease;
-  static_cast<void>(lease);
+  AtThreadExit(EndLease);
   return t_heap;
 }
 

@@ -6,6 +6,7 @@
 #include "host/document/host_document.h"
 #include "host/document/operation_command.h"
 #include "host/document/tool_node.h"
+#include "platform/thread_exit.h"
 #include "share/core/dump.h"
 #include "share/objects/storage_status.h"
 #include "share/utilities/units.h"
@@ -19,6 +20,21 @@ namespace {
 constexpr int kStockChangedText = 31000;  // id in the module's resources
 
 CFlaggedError ClearedFlag() { return {kStockChangedText, FLAGGED_ERROR_NORMAL}; }
+
+// One flag object for all records of a thread: the archive keeps track of every deleted object.
+struct Flags {
+  const CFlaggedError cleared = ClearedFlag();
+  CFlaggedError stored = cleared;
+};
+
+Flags& FlagsOfThread() {
+  thread_local constinit Flags* flags = nullptr;
+  if (!flags) {
+    flags = new Flags;
+    AtThreadExit([] { delete std::exchange(flags, nullptr); });
+  }
+  return *flags;
+}
 
 }  // namespace
 
@@ -80,9 +96,7 @@ CFlaggedError* HostOperation::GetFlag() {
 void HostOperation::Serialize(CArchive& ar) {
   BeginLevel(ar, RUNTIME_CLASS(HostOperation));
   HostNode::Serialize(ar);
-  // One flag object for all records: the archive keeps track of every deleted object.
-  thread_local const CFlaggedError cleared = ClearedFlag();
-  thread_local CFlaggedError flag = cleared;
+  auto& [cleared, flag] = FlagsOfThread();
   if (ar.IsStoring()) {
     StoreReferenceOrNull(ar, m_tool);
     ar << m_feed << m_speed << m_step;

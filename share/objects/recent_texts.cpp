@@ -1,16 +1,13 @@
 // The texts of the last records, compared with the archive's bytes in stored form.
 #include "share/objects/internal/recent_texts.h"
 
-#include <memory>
+#include <utility>
 
 #include "framework/archive.h"
+#include "platform/thread_exit.h"
 
 RecentTexts& RecentTexts::Create() {
-  struct Owner {
-    ~Owner() { delete std::exchange(t_texts, nullptr); }
-  };
-  thread_local const Owner owner;
-  static_cast<void>(owner);
+  AtThreadExit([] { delete std::exchange(t_texts, nullptr); });
   t_texts = new RecentTexts;
   return *t_texts;
 }
