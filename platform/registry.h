@@ -33,7 +33,15 @@
 
 #include "platform/types.h"
 
-#ifndef _WIN32
+#ifdef _WIN32
+
+#include <ktmw32.h>
+
+#ifndef ERROR_TRANSACTION_NOT_ACTIVE
+#define ERROR_TRANSACTION_NOT_ACTIVE 6701L  // missing in headers of some compilers
+#endif
+
+#else
 
 #define HKEY_CURRENT_USER (reinterpret_cast<HKEY>(std::uintptr_t{0x80000001}))
 #define HKEY_LOCAL_MACHINE (reinterpret_cast<HKEY>(std::uintptr_t{0x80000002}))
@@ -159,7 +167,8 @@ KVSHARE_API HANDLE CreateTransaction(SECURITY_ATTRIBUTES* security, void* unitOf
 // has ended before, or if the commit failed; a hive whose commit failed is unchanged.
 KVSHARE_API BOOL CommitTransaction(HANDLE transaction);
 
-// As the calls without Transacted, within a transaction. `extended` is null.
+// As the calls without Transacted, within a transaction. Only for a system with HasRegistryTransactions (below).
+// `extended` is null.
 KVSHARE_API LSTATUS RegCreateKeyTransactedW(HKEY key, LPCWSTR path, DWORD reserved, LPWSTR className, DWORD options,
                                             REGSAM rights, const SECURITY_ATTRIBUTES* security, PHKEY opened,
                                             DWORD* disposition, HANDLE transaction, void* extended);
@@ -172,3 +181,6 @@ KVSHARE_API LSTATUS RegDeleteKeyTransactedW(HKEY key, LPCWSTR path, REGSAM right
                                             void* extended);
 
 #endif
+
+// Whether the registry of this system has transactions. Any thread may call.
+KVSHARE_API bool HasRegistryTransactions();

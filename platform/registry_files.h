@@ -7,12 +7,20 @@
 #include "platform/registry.h"
 
 // The file of a predefined key's hive in the folder that the environment names at this moment, as a system path in
-// UTF-8. The file may be missing.
+// UTF-8. The file may be missing. On Windows, where no program reads the files, the name of the key that stands for the
+// hive.
 KVSHARE_API std::string HiveFile(HKEY hive);
 
 // Reads the whole file of a predefined key's hive: ERROR_SUCCESS, ERROR_FILE_NOT_FOUND without a file, ERROR_BADDB for
 // damage anywhere in it, or the status with which opening fails.
 KVSHARE_API LSTATUS CheckHive(HKEY hive);
+
+// Puts both hives where the environment variable KV_REGISTRY says. A program calls it at its start, a test after each
+// change of the variable. On this system it does nothing, because each use of a predefined key reads the variable. On
+// Windows the two predefined keys become keys of this process below HKEY_CURRENT_USER\Software\Kestrova Registries, one
+// pair for each text of the variable, and without the variable the machine's own keys again. Returns the status of a
+// failure; then the process uses the machine's own keys.
+KVSHARE_API LSTATUS UseRegistryOfEnvironment();
 
 // A failure of a hive's file that a call of this process has met.
 struct HiveFault {

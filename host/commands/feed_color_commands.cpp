@@ -73,12 +73,8 @@ std::unique_ptr<QFFeedColorsSettings> RestoreTable(const Arguments& arguments) {
   if (arguments.process == "edm") table = std::make_unique<QFEdmFeedColorsSettings>();
   // Restoring a key that cannot be opened would look like an empty table.
   RegistryKeyHandle key;
-  const HANDLE transaction = SettingsTransaction::Current();
   const CString path = table->GetPath();
-  CheckStatus(transaction ? RegCreateKeyTransactedW(HKEY_CURRENT_USER, path, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
-                                                    key.Receive(), nullptr, transaction, nullptr)
-                          : RegCreateKeyExW(HKEY_CURRENT_USER, path, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
-                                            key.Receive(), nullptr),
+  CheckStatus(CreateKeyIn(SettingsTransaction::Current(), HKEY_CURRENT_USER, path, KEY_ALL_ACCESS, key.Receive()),
               {HKEY_CURRENT_USER, path.GetString()});
   key.Close();
   table->RestoreValuesFromRegistry();

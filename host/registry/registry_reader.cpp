@@ -87,8 +87,7 @@ std::vector<KeyContent> RegistryReader::Read(const KeyName& key, const std::opti
 // can't be found is damage.
 void RegistryReader::Collect(const KeyName& key, const std::optional<Text>& name, bool below, bool listed) {
   RegistryKeyHandle open;
-  const LSTATUS status =
-      RegOpenKeyTransactedW(key.hive, key.path.c_str(), 0, KEY_READ, open.Receive(), transaction_, nullptr);
+  const LSTATUS status = OpenKeyIn(transaction_, key.hive, key.path.c_str(), KEY_READ, open.Receive());
   CheckStatus(listed && status == ERROR_FILE_NOT_FOUND ? ERROR_BADDB : status, key);
   KeyContent content{key, {}, ReadSubKeys(key, open)};
   RegistryValue value{name.value_or(Text()), REG_NONE, {}};

@@ -62,6 +62,8 @@ LSTATUS Store::Note(LSTATUS status, HiveFault::During during) const {
 
 using namespace kvregistry;
 
+LSTATUS UseRegistryOfEnvironment() { return ERROR_SUCCESS; }
+
 std::string HiveFile(HKEY key) {
   Hive hive;
   return IsPredefined(key, hive) ? CurrentStore(hive)->Link().File() : std::string();

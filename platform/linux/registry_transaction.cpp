@@ -46,6 +46,8 @@ class Transaction : public HandleObject, public Scope {
 
 }  // namespace
 
+bool HasRegistryTransactions() { return true; }
+
 HANDLE CreateTransaction(SECURITY_ATTRIBUTES*, void*, DWORD, DWORD, DWORD, DWORD, LPWSTR) {
   return AddHandle(std::make_shared<Transaction>());
 }

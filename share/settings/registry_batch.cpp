@@ -141,9 +141,7 @@ bool RegistryBatch::Write() const {
 
 bool RegistryBatch::WriteIn(HANDLE transaction) const {
   RegistryKeyHandle opened;
-  TCHAR noClass[] = _T("");
-  return RegCreateKeyTransactedW(key_.m_Key, key_.m_Path, 0, noClass, 0, KEY_ALL_ACCESS, nullptr, opened.Receive(),
-                                 nullptr, transaction, nullptr) == ERROR_SUCCESS &&
+  return CreateKeyIn(transaction, key_.m_Key, key_.m_Path, KEY_ALL_ACCESS, opened.Receive()) == ERROR_SUCCESS &&
          Write(opened, /*looks=*/false);
 }
 

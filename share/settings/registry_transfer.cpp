@@ -44,15 +44,13 @@ class Import {
   static LSTATUS Missing(LSTATUS status) { return status == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : status; }
 
   LSTATUS Create(const KeyName& key) {
-    return RegCreateKeyTransactedW(key.hive, key.path.c_str(), 0, nullptr, 0, KEY_SET_VALUE, nullptr, key_.Receive(),
-                                   nullptr, transaction_, nullptr);
+    return CreateKeyIn(transaction_, key.hive, key.path.c_str(), KEY_SET_VALUE, key_.Receive());
   }
 
   // Deletes the leaves first. A path has at most 512 levels. A sub-key that is listed and can't be found is damage.
   LSTATUS DeleteTree(HKEY hive, const Text& path) {
     RegistryKeyHandle key;
-    LSTATUS status =
-        RegOpenKeyTransactedW(hive, path.c_str(), 0, KEY_ENUMERATE_SUB_KEYS, key.Receive(), transaction_, nullptr);
+    LSTATUS status = OpenKeyIn(transaction_, hive, path.c_str(), KEY_ENUMERATE_SUB_KEYS, key.Receive());
     while (status == ERROR_SUCCESS) {
       TCHAR name[256];
       DWORD units = 256;
@@ -61,8 +59,7 @@ class Import {
       if (status == ERROR_FILE_NOT_FOUND) return ERROR_BADDB;
     }
     key.Close();
-    return status == ERROR_NO_MORE_ITEMS ? RegDeleteKeyTransactedW(hive, path.c_str(), 0, 0, transaction_, nullptr)
-                                         : status;
+    return status == ERROR_NO_MORE_ITEMS ? DeleteKeyIn(transaction_, hive, path.c_str()) : status;
   }
 
   RegistryTransaction transaction_;
@@ -114,8 +111,7 @@ class Writer {
   // A sub-key that its key has listed and that can't be found is damage.
   bool WriteKey(const KeyName& key, bool listed) {
     RegistryKeyHandle open;
-    if (const LSTATUS status =
-            RegOpenKeyTransactedW(key.hive, key.path.c_str(), 0, KEY_READ, open.Receive(), transaction_, nullptr)) {
+    if (const LSTATUS status = OpenKeyIn(transaction_, key.hive, key.path.c_str(), KEY_READ, open.Receive())) {
       return Fail(ErrorOf(listed && status == ERROR_FILE_NOT_FOUND ? ERROR_BADDB : status, key));
     }
     Put(_T("\r\n["));

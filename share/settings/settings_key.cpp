@@ -292,15 +292,10 @@ HKEY QFSettingsKey::GetHandleToKey(int create, int readOnly) const {
   const REGSAM access = readOnly || reads ? KEY_READ : KEY_ALL_ACCESS;
   const HANDLE transaction = SettingsTransaction::Current();
   HKEY handle = nullptr;
-  TCHAR noClass[] = _T("");
-  if (create && transaction && !reads) {
-    RegCreateKeyTransactedW(m_Key, m_Path, 0, noClass, 0, access, nullptr, &handle, nullptr, transaction, nullptr);
-  } else if (create && !reads) {
-    RegCreateKeyExW(m_Key, m_Path, 0, noClass, 0, access, nullptr, &handle, nullptr);
-  } else if (transaction) {
-    RegOpenKeyTransactedW(m_Key, m_Path, 0, access, &handle, transaction, nullptr);
+  if (create && !reads) {
+    CreateKeyIn(transaction, m_Key, m_Path, access, &handle);
   } else {
-    RegOpenKeyExW(m_Key, m_Path, 0, access, &handle);
+    OpenKeyIn(transaction, m_Key, m_Path, access, &handle);
   }
   return handle;
 }
