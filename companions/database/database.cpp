@@ -23,13 +23,14 @@ using kvdatabase::Throw;
 namespace {
 
 constexpr LPCTSTR kTimeout = _T("Connection Timeout");
-constexpr long kMostSeconds = 24 * 60 * 60;
+constexpr std::intptr_t kMostSeconds = 24 * 60 * 60;
 constexpr std::size_t kMostTables = 100'000;
-constexpr int kNameBytes = 1024;
+constexpr SQLSMALLINT kNameUnits = 1024;
 // Longer texts are bound as SQL_WLONGVARCHAR.
-constexpr std::size_t kShortBytes = 4000;
+constexpr std::size_t kShortUnits = 4000;
 
-SQLCHAR* Narrow(const std::string& text) { return reinterpret_cast<SQLCHAR*>(const_cast<char*>(text.c_str())); }
+// The calls take texts that they don't change without const.
+SqlUnit* Units(const SqlText& text) { return const_cast<SqlUnit*>(text.c_str()); }
 
 bool StartsWith(const CString& text, LPCTSTR start) {
   return text.Left(CString(start).GetLength()).CompareNoCase(start) == 0;
@@ -46,19 +47,19 @@ std::string Target(const ConnectionPieces& pieces) {
 }
 
 CString Information(const Handle& link, SQLUSMALLINT kind) {
-  char text[kNameBytes] = {};
+  SqlUnit text[kNameUnits] = {};
   SQLSMALLINT bytes = 0;
-  if (!Succeeded(SQLGetInfo(link.Get(), kind, text, kNameBytes - 1, &bytes))) return CString();
-  return FromUtf8(text);
+  if (!Succeeded(SQLGetInfo(link.Get(), kind, text, SQLSMALLINT(sizeof text - sizeof *text), &bytes))) return CString();
+  return FromUtf8(Utf8FromSqlText(text));
 }
 
-// A text column of the current row; empty for NULL. Cut after kNameBytes - 1 bytes.
+// A text column of the current row; empty for NULL. Cut after kNameUnits - 1 units.
 CString NameColumn(const Handle& statement, SQLUSMALLINT column) {
-  char text[kNameBytes] = {};
+  SqlUnit text[kNameUnits] = {};
   SQLLEN bytes = 0;
-  if (!Succeeded(SQLGetData(statement.Get(), column, SQL_C_CHAR, text, sizeof text, &bytes)) || bytes == SQL_NULL_DATA)
+  if (!Succeeded(SQLGetData(statement.Get(), column, kSqlUnits, text, sizeof text, &bytes)) || bytes == SQL_NULL_DATA)
     return CString();
-  return FromUtf8(text);
+  return FromUtf8(Utf8FromSqlText(text));
 }
 
 // The first word of a statement after blanks, comments and open parentheses.
@@ -116,16 +117,16 @@ Handle CDaoDatabase::Connection::Run(const CString& sql, std::vector<Parameter>&
   Handle statement(SQL_HANDLE_STMT, link.Get());
   SQLUSMALLINT number = 0;
   for (Parameter& parameter : parameters) {
-    const std::size_t bytes = std::max(std::size_t{1}, parameter.value.size());
-    parameter.length = parameter.null ? SQL_NULL_DATA : SQLLEN(parameter.value.size());
-    const SQLSMALLINT type = bytes > kShortBytes ? SQL_WLONGVARCHAR : SQL_WVARCHAR;
-    if (!Succeeded(SQLBindParameter(statement.Get(), ++number, SQL_PARAM_INPUT, SQL_C_CHAR, type, SQLULEN(bytes), 0,
-                                    Narrow(parameter.value), SQLLEN(bytes), &parameter.length)))
+    const std::size_t units = std::max(std::size_t{1}, parameter.value.size());
+    parameter.length = parameter.null ? SQL_NULL_DATA : SQLLEN(parameter.value.size() * sizeof(SqlUnit));
+    const SQLSMALLINT type = units > kShortUnits ? SQL_WLONGVARCHAR : SQL_WVARCHAR;
+    if (!Succeeded(SQLBindParameter(statement.Get(), ++number, SQL_PARAM_INPUT, kSqlUnits, type, SQLULEN(units), 0,
+                                    Units(parameter.value), SQLLEN(units * sizeof(SqlUnit)), &parameter.length)))
       Throw(statement, "cannot bind a value", pieces);
   }
-  std::string text = DriverText(sql);
-  if (!takes_semicolons) text.erase(text.find_last_not_of("; \t\r\n") + 1);
-  const short result = SQLExecDirect(statement.Get(), Narrow(text), SQL_NTS);
+  CString text = sql;
+  if (!takes_semicolons) text.TrimRight(_T("; \t\r\n"));
+  const short result = SQLExecDirect(statement.Get(), Units(DriverText(text)), SQL_NTS);
   if (!Succeeded(result) && result != SQL_NO_DATA) Throw(statement, "cannot run the statement", pieces);
   return statement;
 }
@@ -145,19 +146,19 @@ void CDaoDatabase::Open(const CString& pathOrConnection, bool readOnly) {
   if (const std::string refusal = connection->pieces.Refusal(); !refusal.empty()) Throw(refusal);
   std::optional<SystemSources> sources;
   if (connection->pieces.Value(_T("DSN"))) sources.emplace();
-  const std::string forManager = ToUtf8(kvdatabase::ForDriverManager(connection->pieces));
+  const SqlText forManager = SqlTextFromUtf8(ToUtf8(kvdatabase::ForDriverManager(connection->pieces)));
   const Utf8Connections utf8;
   connection->environment = Handle(SQL_HANDLE_ENV, nullptr);
   SQLSetEnvAttr(connection->environment.Get(), SQL_ATTR_ODBC_VERSION, reinterpret_cast<void*>(SQL_OV_ODBC3), 0);
   connection->link = Handle(SQL_HANDLE_DBC, connection->environment.Get());
-  const long seconds = std::atol(ToUtf8(connection->pieces.Value(kTimeout).value_or(CString())).c_str());
+  const std::intptr_t seconds = std::atol(ToUtf8(connection->pieces.Value(kTimeout).value_or(CString())).c_str());
   if (seconds > 0)  // a driver of local files may not support it
     SQLSetConnectAttr(connection->link.Get(), SQL_ATTR_LOGIN_TIMEOUT,
                       reinterpret_cast<void*>(std::min(seconds, kMostSeconds)), SQL_IS_UINTEGER);
   if (readOnly)  // a hint; some drivers ignore it
     SQLSetConnectAttr(connection->link.Get(), SQL_ATTR_ACCESS_MODE, reinterpret_cast<void*>(SQL_MODE_READ_ONLY),
                       SQL_IS_UINTEGER);
-  if (!Succeeded(SQLDriverConnect(connection->link.Get(), nullptr, Narrow(forManager), SQL_NTS, nullptr, 0, nullptr,
+  if (!Succeeded(SQLDriverConnect(connection->link.Get(), nullptr, Units(forManager), SQL_NTS, nullptr, 0, nullptr,
                                   SQL_DRIVER_NOPROMPT)))
     Throw(connection->link, "cannot open " + Target(connection->pieces), connection->pieces);
   connection->connected = true;
@@ -203,8 +204,8 @@ int CDaoDatabase::GetTableDefCount() {
   Connection& connection = Opened();
   if (connection.tables_read) return int(connection.tables.size());
   const Handle statement(SQL_HANDLE_STMT, connection.link.Get());
-  const std::string kinds = "TABLE,VIEW";
-  if (!Succeeded(SQLTables(statement.Get(), nullptr, 0, nullptr, 0, nullptr, 0, Narrow(kinds), SQL_NTS)))
+  const SqlText kinds = SqlTextFromUtf8("TABLE,VIEW");
+  if (!Succeeded(SQLTables(statement.Get(), nullptr, 0, nullptr, 0, nullptr, 0, Units(kinds), SQL_NTS)))
     Throw(statement, "cannot list the tables", connection.pieces);
   std::vector<CDaoTableDefInfo> tables;
   short result = SQL_SUCCESS;

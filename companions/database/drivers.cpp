@@ -13,20 +13,13 @@
 namespace kvdatabase {
 namespace {
 
-constexpr int kMostPathBytes = 1000;  // the driver manager's limit
+constexpr int kMostPathUnits = 1000;  // the driver manager's limit
 constexpr std::size_t kMostNameBytes = 255;
 
 // Serializes the changes of the driver manager's mode.
 std::mutex& SourcesMutex() {
   static std::mutex& mutex = *new std::mutex;  // never destroyed: databases may be opened while the process ends
   return mutex;
-}
-
-// The driver's library in the registrations of the machine or user; empty if the driver is not registered there.
-std::string Registered(const std::string& driver) {
-  char library[kMostPathBytes] = {};
-  SQLGetPrivateProfileString(driver.c_str(), "Driver", "", library, sizeof library, "odbcinst.ini");
-  return library;
 }
 
 // The path of etc/kestrova/odbcinst.ini beside the folder of this library; empty if that folder is unknown. It is not
@@ -46,11 +39,11 @@ std::string FindDriver(ConnectionPieces& pieces) {
   if (name.empty()) Throw("the connection string names no driver");
   if (name.size() > kMostNameBytes || name.find('/') != std::string::npos)
     Throw("name the ODBC driver as it is registered, not by its file");
-  std::string library = Registered(name);
+  std::string library = RegisteredWithOdbc("odbcinst.ini", name, "Driver");
   if (!library.empty()) return library;
   const CString own = OwnRegistrations();
-  TCHAR path[kMostPathBytes] = {};
-  GetPrivateProfileStringW(FromUtf8(name), _T("Driver"), _T(""), path, kMostPathBytes, own);
+  TCHAR path[kMostPathUnits] = {};
+  GetPrivateProfileStringW(FromUtf8(name), _T("Driver"), _T(""), path, kMostPathUnits, own);
   if (path[0] == TCHAR(0)) {
     Throw("the ODBC driver \"" + name + "\" is not registered, neither on this machine nor in " + ToUtf8(own) +
           ": install its package and run scripts/build.sh again, or register it in an odbcinst.ini");
@@ -94,10 +87,9 @@ void FindFile(ConnectionPieces& pieces, bool access) {
 // Adds the driver of a data source, so that the driver manager need not search for the source.
 void FindSource(ConnectionPieces& pieces) {
   const std::string source = ToUtf8(pieces.Value(_T("DSN")).value_or(CString()));
-  char driver[kMostPathBytes] = {};
-  if (!source.empty() && source.size() <= kMostNameBytes)
-    SQLGetPrivateProfileString(source.c_str(), "Driver", "", driver, sizeof driver, "odbc.ini");
-  if (driver[0] == '\0') {
+  std::string driver;
+  if (!source.empty() && source.size() <= kMostNameBytes) driver = RegisteredWithOdbc("odbc.ini", source, "Driver");
+  if (driver.empty()) {
     Throw("there is no data source \"" + source +
           "\" in the system's odbc.ini; data sources of a single user are not used");
   }
@@ -125,7 +117,7 @@ CString ForDriverManager(const ConnectionPieces& connection) {
     return pieces.Text();
   }
   std::string library = FindDriver(pieces);
-  library.erase(0, library.rfind('/') + 1);
+  library.erase(0, library.find_last_of("\\/") + 1);
   const auto is = [&library](const char* driver) { return library.find(driver) != std::string::npos; };
   FindFile(pieces, is("mdbodbc"));
   // Without a version this driver tries each protocol version in turn, and each try takes the full timeout.

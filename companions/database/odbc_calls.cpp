@@ -1,6 +1,5 @@
 // ODBC handles and error messages.
 #include "companions/database/internal/odbc_calls.h"
-#include "platform/odbc.h"
 
 #include <limits>
 #include <utility>
@@ -10,7 +9,7 @@ namespace {
 
 constexpr int kMostReasons = 3;
 // The longest message of a driver. A shorter buffer could cut a password, which then would not be recognised.
-constexpr SQLSMALLINT kMessageBytes = std::numeric_limits<SQLSMALLINT>::max();
+constexpr SQLSMALLINT kMessageUnits = std::numeric_limits<SQLSMALLINT>::max();
 
 // Removes the layer names in brackets at the start, and replaces control characters by blanks.
 std::string Plain(CString text) {
@@ -25,10 +24,10 @@ std::string Plain(CString text) {
 
 bool Succeeded(short result) { return SQL_SUCCEEDED(result); }
 
-std::string DriverText(const CString& text) {
+SqlText DriverText(const CString& text) {
   std::string bytes = ToUtf8(text);
   if (FromUtf8(bytes) != text) Throw("a database cannot hold this text, because it is not UTF-8: " + bytes);
-  return bytes;
+  return SqlTextFromUtf8(bytes);
 }
 
 Handle::Handle(short kind, void* parent) : kind_(kind) {
@@ -48,18 +47,18 @@ void Throw(const Handle& handle, const std::string& action, const ConnectionPiec
   std::string reasons;
   CString first;
   SQLINTEGER native = 0;
-  std::vector<SQLCHAR> text(kMessageBytes);
+  std::vector<SqlUnit> text(kMessageUnits);
   for (SQLSMALLINT i = 1; i <= kMostReasons; ++i) {
-    SQLCHAR state[6] = {};
+    SqlUnit state[6] = {};
     SQLINTEGER number = 0;
-    SQLSMALLINT bytes = 0;
-    if (!Succeeded(SQLGetDiagRec(handle.Kind(), handle.Get(), i, state, &number, text.data(), kMessageBytes, &bytes)))
+    SQLSMALLINT units = 0;
+    if (!Succeeded(SQLGetDiagRec(handle.Kind(), handle.Get(), i, state, &number, text.data(), kMessageUnits, &units)))
       break;
     if (i == 1) {
-      first = reinterpret_cast<const char*>(state);
+      first = FromUtf8(Utf8FromSqlText(state));
       native = number;
     }
-    const std::string reason = Plain(reinterpret_cast<const char*>(text.data()));
+    const std::string reason = Plain(FromUtf8(Utf8FromSqlText(text.data())));
     if (reasons.find(reason) != std::string::npos) continue;
     if (!reasons.empty()) reasons += "; ";
     reasons += reason;

@@ -14,8 +14,8 @@ using kvdatabase::Throw;
 
 namespace {
 
-constexpr int kNameBytes = 1024;
-constexpr std::size_t kChunkBytes = 8192;
+constexpr SQLSMALLINT kNameUnits = 1024;
+constexpr std::size_t kChunkUnits = 8192;
 
 bool IsNumeric(SQLSMALLINT type) {
   constexpr SQLSMALLINT kTypes[] = {SQL_NUMERIC, SQL_DECIMAL, SQL_INTEGER, SQL_SMALLINT, SQL_FLOAT,
@@ -80,20 +80,20 @@ std::optional<CString> Value(const Handle& statement, SQLUSMALLINT column, const
     left -= bytes;
   };
   take(sizeof(std::optional<CString>));
-  std::string text;
-  std::array<char, kChunkBytes> chunk;
+  SqlText text;
+  std::array<SqlUnit, kChunkUnits> chunk;
   for (;;) {
     SQLLEN bytes = 0;
-    const short result = SQLGetData(statement.Get(), column, SQL_C_CHAR, chunk.data(), SQLLEN(chunk.size()), &bytes);
-    if (result == SQL_NO_DATA) return FromUtf8(text);  // the value ended exactly at the end of a chunk
+    const short result = SQLGetData(statement.Get(), column, kSqlUnits, chunk.data(), sizeof chunk, &bytes);
+    if (result == SQL_NO_DATA) return FromUtf8(Utf8FromSqlText(text));  // the value ended exactly at the end of a chunk
     if (!Succeeded(result)) Throw(statement, "cannot read a value", pieces);
     if (bytes == SQL_NULL_DATA) return std::nullopt;
-    const bool whole = bytes >= 0 && std::size_t(bytes) < chunk.size();
-    const std::size_t got = whole ? std::size_t(bytes) : chunk.size() - 1;  // a chunk ends with a NUL
-    take(got);
+    const bool whole = bytes >= 0 && std::size_t(bytes) < sizeof chunk;
+    const std::size_t got = whole ? std::size_t(bytes) / sizeof(SqlUnit) : chunk.size() - 1;  // a chunk ends with a NUL
+    take(got * sizeof(SqlUnit));
     text.append(chunk.data(), got);
-    if (whole) return FromUtf8(text);
-    if (text.size() > CDaoRecordset::kMostFieldBytes) Throw("a value is too long to read");
+    if (whole) return FromUtf8(Utf8FromSqlText(text));
+    if (text.size() * sizeof(SqlUnit) > CDaoRecordset::kMostFieldBytes) Throw("a value is too long to read");
   }
 }
 
@@ -110,11 +110,11 @@ void CDaoRecordset::Open(const CString& sql) try {
   SQLSMALLINT columns = 0;
   SQLNumResultCols(statement.Get(), &columns);
   for (SQLSMALLINT i = 1; i <= columns; ++i) {
-    SQLCHAR name[kNameBytes] = {};
-    SQLSMALLINT bytes = 0, type = 0, digits = 0, nullable = 0;
+    SqlUnit name[kNameUnits] = {};
+    SQLSMALLINT units = 0, type = 0, digits = 0, nullable = 0;
     SQLULEN size = 0;
-    SQLDescribeCol(statement.Get(), SQLUSMALLINT(i), name, kNameBytes, &bytes, &type, &size, &digits, &nullable);
-    m_Fields.push_back({FromUtf8(reinterpret_cast<const char*>(name)), IsNumeric(type)});
+    SQLDescribeCol(statement.Get(), SQLUSMALLINT(i), name, kNameUnits, &units, &type, &size, &digits, &nullable);
+    m_Fields.push_back({FromUtf8(Utf8FromSqlText(name)), IsNumeric(type)});
   }
   std::size_t left = m_nMostBytes;
   while (columns > 0) {

@@ -1,7 +1,4 @@
 // Shared by the sources of this folder: ODBC handles, statements and errors.
-//
-// Texts are exchanged with the drivers as UTF-8, through the narrow calls. The packaged SQLite driver has only these,
-// and the driver manager's conversion from wide texts loses all characters above U+FFFF.
 #pragma once
 
 #include <string>
@@ -10,6 +7,7 @@
 
 #include "companions/database/connection_strings.h"
 #include "companions/database/database.h"
+#include "platform/odbc.h"
 
 namespace kvdatabase {
 
@@ -39,16 +37,15 @@ bool Succeeded(short result);
 
 // The text for the drivers. Throws for half a surrogate pair, as in a path that is not UTF-8 (platform/paths.h): a
 // database would get another text.
-std::string DriverText(const CString& text);
+SqlText DriverText(const CString& text);
 
 // A text bound to a parameter of a statement; an empty optional is NULL. It must live until the statement has run.
 struct Parameter {
-  explicit Parameter(const std::optional<CString>& text)
-      : null(!text), value(text ? DriverText(*text) : std::string()) {}
+  explicit Parameter(const std::optional<CString>& text) : null(!text), value(text ? DriverText(*text) : SqlText()) {}
 
   bool null;
-  std::string value;
-  long length = 0;
+  SqlText value;
+  SQLLEN length = 0;
 };
 
 }  // namespace kvdatabase
