@@ -7,6 +7,7 @@
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "host/commands/commands.h"
 #include "host/commands/completion_commands.h"
@@ -14,6 +15,8 @@
 #include "host/module/main_module.h"
 #include "host/shell/failure.h"
 #include "host/shell/output.h"
+#include "platform/console.h"
+#include "platform/errors.h"
 #include "platform/registry_files.h"
 
 namespace {
@@ -24,6 +27,8 @@ int Run(int argc, char** argv) {
   CLI::App app{"kestrova: the command line of the KVSHAREu shared library"};
   app.set_version_flag("-V,--version", "kestrova " KV_VERSION);
   app.require_subcommand(1);
+  if (const LSTATUS status = UseRegistryOfEnvironment(); status != ERROR_SUCCESS)
+    throw kestrova::Failure(std::string("cannot use the registry that KV_REGISTRY names: ") + ErrorText(DWORD(status)));
   const kestrova::MainModuleScope module;
   const RegistryWaitLimit limit(kMostWait_ms);
   std::string footer = "Examples:\n";
@@ -94,7 +99,11 @@ int RunAndReport(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   try {
-    const int exitCode = RunAndReport(argc, argv);
+    UseUtf8Streams();
+    std::vector<std::string> words = Utf8Arguments(argc, argv);
+    std::vector<char*> arguments;
+    for (std::string& word : words) arguments.push_back(word.data());
+    const int exitCode = RunAndReport(int(arguments.size()), arguments.data());
     // Output that a full disk does not take may fail only here.
     if (std::fflush(stdout) == 0 && !std::ferror(stdout)) return exitCode;
     return Fail("the output is incomplete; check whether the disk is full", 3, /*asJson=*/false);

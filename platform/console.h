@@ -1,5 +1,9 @@
-// Whether a stream is a terminal, so that the program can ask a question; Ctrl-C; and messages for developers.
+// The program's arguments and standard streams; whether a stream is a terminal, so that the program can ask a question;
+// Ctrl-C; and messages for developers.
 #pragma once
+
+#include <string>
+#include <vector>
 
 #include "platform/types.h"
 
@@ -25,3 +29,10 @@ KVSHARE_API BOOL SetConsoleCtrlHandler(PHANDLER_ROUTINE routine, BOOL add);
 KVSHARE_API void OutputDebugStringW(LPCWSTR text);
 
 #endif
+
+// The arguments of main in UTF-8. This system's bytes are UTF-8 already; others keep the command line as wide text.
+KVSHARE_API std::vector<std::string> Utf8Arguments(int argc, char** argv);
+
+// Call at the start of a program: its standard streams pass bytes unchanged, and a terminal shows them as UTF-8 and
+// understands sequences for colours. Does nothing on this system, where it is always so.
+KVSHARE_API void UseUtf8Streams();

@@ -18,7 +18,14 @@
 #include "platform/paths.h"
 #include "platform/types.h"
 
-#ifndef _WIN32
+#ifdef _WIN32
+
+#include <direct.h>
+#include <io.h>
+#include <sys/stat.h>
+#include <wchar.h>
+
+#else
 
 // ---- attributes and access
 

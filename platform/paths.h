@@ -27,7 +27,11 @@ KVSHARE_API std::string SystemPathFromProduct(LPCWSTR path);
 // this form.
 KVSHARE_API std::basic_string<TCHAR> ProductPathFromSystem(std::string_view path);
 
-#ifndef _WIN32
+#ifdef _WIN32
+
+#include <stdlib.h>
+
+#else
 
 inline constexpr int _MAX_PATH = 260;
 inline constexpr int _MAX_DRIVE = 3;

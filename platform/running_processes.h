@@ -8,7 +8,12 @@
 #include "platform/process.h"
 #include "platform/types.h"
 
-#ifndef _WIN32
+#ifdef _WIN32
+
+#include <psapi.h>
+#include <tlhelp32.h>
+
+#else
 
 // ---- the process-status library
 

@@ -11,7 +11,11 @@
 
 #include "platform/types.h"
 
-#ifndef _WIN32
+#ifdef _WIN32
+
+#include <wchar.h>
+
+#else
 
 inline constexpr UINT CP_UTF8 = 65001;
 

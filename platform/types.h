@@ -6,8 +6,16 @@
 
 #ifdef _WIN32
 
+#if !defined(UNICODE) || !defined(_UNICODE)
+#error "compile with UNICODE and _UNICODE defined: TCHAR is UTF-16"
+#endif
+
 #include <tchar.h>
 #include <windows.h>
+
+// Names of the system's header that are ordinary words.
+#undef far
+#undef near
 
 #ifdef KVSHARE_BUILD
 #define KVSHARE_API __declspec(dllexport)

@@ -47,3 +47,7 @@ BOOL SetConsoleCtrlHandler(PHANDLER_ROUTINE routine, BOOL add) {
 }
 
 void OutputDebugStringW(LPCWSTR text) { std::fputs(Utf8FromWide(text).c_str(), stderr); }
+
+std::vector<std::string> Utf8Arguments(int argc, char** argv) { return {argv, argv + argc}; }
+
+void UseUtf8Streams() {}

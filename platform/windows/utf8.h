@@ -1,0 +1,11 @@
+// Conversion between the system's text and UTF-8.
+#pragma once
+
+#include <string>
+
+#include "platform/types.h"
+
+// Half surrogate pairs become U+FFFD.
+std::string Utf8FromWide(TextView text);
+// Invalid bytes become U+FFFD.
+Text WideFromUtf8(std::string_view bytes);
