@@ -9,13 +9,13 @@ file(GLOB_RECURSE machine_files RELATIVE ${machine_source} CONFIGURE_DEPENDS
 
 set(installed)
 function(kv_install_beside_library source file target)
-  set(out ${PROJECT_BINARY_DIR}/lib/${target}${file})
+  set(out ${PROJECT_BINARY_DIR}/${KV_LIBRARY_FOLDER}/${target}${file})
   add_custom_command(OUTPUT ${out} COMMAND ${CMAKE_COMMAND} -E copy ${source}/${file} ${out} DEPENDS ${source}/${file}
     COMMENT "Copying ${target}${file}")
   list(APPEND installed ${out})
   set(installed ${installed} PARENT_SCOPE)
   cmake_path(GET file PARENT_PATH folder)
-  install(FILES ${source}/${file} DESTINATION lib/${target}${folder})
+  install(FILES ${source}/${file} DESTINATION ${KV_LIBRARY_FOLDER}/${target}${folder})
 endfunction()
 foreach(file ${install_files})
   kv_install_beside_library(${install_source} ${file} "")

@@ -1,8 +1,24 @@
 # Building on Linux: the system's libraries and the flags of its compiler and linker. The root CMakeLists.txt includes the
 # file with the system's name; another platform adds such a file and a folder in platform/.
 #
-# Sets KV_SYSTEM_LIBRARIES for platform/, KV_ODBC_LIBRARIES for companions/database, KV_SQLITE_LIBRARY for targets that
-# read the registry's files directly, and defines kv_library_flags, kv_layer_flags and kv_program_flags.
+# Finds the packages of all systems. Sets KV_LIBRARY_FOLDER, the folder of an installation that has the shared library and
+# its data; KV_SYSTEM_HEADERS, more headers to compile once; KV_SYSTEM_LIBRARIES for platform/; KV_ODBC_LIBRARIES for companions/database; KV_SQLITE_LIBRARY for targets
+# that read the registry's files directly. Defines kv_library_flags, kv_layer_flags, kv_program_flags and
+# kv_find_test_framework.
+
+set(KV_LIBRARY_FOLDER lib)
+set(KV_SYSTEM_HEADERS)
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(DEFLATE REQUIRED IMPORTED_TARGET libdeflate)
+find_package(Threads REQUIRED)
+find_package(fmt REQUIRED)
+find_package(pugixml REQUIRED)
+find_package(Eigen3 REQUIRED NO_MODULE)
+find_package(CLI11 REQUIRED)
+find_package(nlohmann_json REQUIRED)
+macro(kv_find_test_framework)
+  find_package(GTest REQUIRED)
+endmacro()
 
 pkg_check_modules(SQLITE REQUIRED IMPORTED_TARGET sqlite3)
 pkg_check_modules(ODBC REQUIRED IMPORTED_TARGET odbc odbcinst)

@@ -8,7 +8,7 @@ set(KV_LANGUAGE_FILES)
 foreach(script ${scripts})
   cmake_path(GET script PARENT_PATH folder)
   cmake_path(GET folder FILENAME language)
-  set(out ${PROJECT_BINARY_DIR}/lib/lang/${language})
+  set(out ${PROJECT_BINARY_DIR}/${KV_LIBRARY_FOLDER}/lang/${language})
   file(MAKE_DIRECTORY ${out})
   add_custom_command(
     OUTPUT ${out}/KVRESu.DLL

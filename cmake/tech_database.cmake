@@ -1,11 +1,11 @@
 # Builds the technology database of the example installation from its script, and copies "database.config" beside it.
 # Both are in TechDB/ of the data folder, which is the folder of the shared library unless the registry names another.
-# Also registers the ODBC drivers under the names used in connection strings, in a file of the installation. The
+# On Linux also registers the ODBC drivers under the names used in connection strings, in a file of the installation. The
 # machine's registrations are not changed.
 find_program(KV_SQLITE NAMES sqlite3 REQUIRED)
 
 set(data ${PROJECT_SOURCE_DIR}/examples/install/TechDB)
-set(out ${PROJECT_BINARY_DIR}/lib/TechDB)
+set(out ${PROJECT_BINARY_DIR}/${KV_LIBRARY_FOLDER}/TechDB)
 file(MAKE_DIRECTORY ${out})
 add_custom_command(
   OUTPUT ${out}/TechDB.kvdb
@@ -20,6 +20,9 @@ add_custom_command(
   DEPENDS ${data}/database.config)
 add_custom_target(kv_tech_database ALL DEPENDS ${out}/TechDB.kvdb ${out}/database.config)
 
+if(NOT KV_PLATFORM STREQUAL "linux")
+  return()
+endif()
 set(KV_ODBC_REGISTRATIONS "")
 function(kv_register_driver library name)
   find_library(KV_ODBC_${library} NAMES ${library} PATH_SUFFIXES odbc)

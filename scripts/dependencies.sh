@@ -8,6 +8,7 @@ packages_test="libgtest-dev libgmock-dev rapidjson-dev locales libgsf-bin p7zip-
 packages_bench="qt6-base-dev libboost-serialization-dev libcereal-dev libsimpleini-dev libtbb-dev python3"
 packages_fuzz="clang libclang-rt-14-dev"
 packages_headers="libx11-dev"
+packages_windows="g++-mingw-w64-x86-64-posix wine wine64 googletest python3 debian-archive-keyring"
 packages_check="git clang-format clang-tidy"
 
 needs() {
