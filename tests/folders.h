@@ -12,4 +12,7 @@ std::filesystem::path SourceFile(const std::filesystem::path& relative = {});
 // A file below the folder of the build, which has bin/, lib/ and etc/ like an installation.
 std::filesystem::path BuiltFile(const std::filesystem::path& relative);
 
+// A file below its folder with the shared library, which is lib/ or bin/.
+std::filesystem::path LibraryFile(const std::filesystem::path& relative);
+
 }  // namespace kvtest

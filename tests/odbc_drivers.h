@@ -32,7 +32,7 @@ inline void RegisterSQLiteForAccessFiles() {
   static const ScratchFolder folder;
   folder.Write("odbcinst.ini", "[Microsoft Access Driver (*.mdb, *.accdb)]\nDriver=" +
                                    DriverLibrary("Kestrova SQLite3 ODBC Driver") + "\n");
-  SetEnvironmentVariableW(_T("ODBCSYSINI"), folder.Path().u16string().c_str());
+  SetEnvironmentVariableW(_T("ODBCSYSINI"), folder.Path().string<TCHAR>().c_str());
 }
 
 }  // namespace kvtest

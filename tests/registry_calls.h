@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -117,13 +116,13 @@ inline std::vector<Text> ValueNames(HKEY key) {
 // While it exists, the registry is in that folder.
 class RegistryIn {
  public:
-  explicit RegistryIn(const std::filesystem::path& folder) { UseRegistry(folder); }
+  explicit RegistryIn(const std::filesystem::path& folder) : before_(UseRegistry(folder)) {}
   ~RegistryIn() { UseRegistry(before_); }
   RegistryIn(const RegistryIn&) = delete;
   RegistryIn& operator=(const RegistryIn&) = delete;
 
  private:
-  const std::string before_ = std::getenv("KV_REGISTRY");
+  const std::filesystem::path before_;
 };
 
 }  // namespace kvtest

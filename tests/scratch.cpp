@@ -9,8 +9,10 @@
 #include <random>
 #include <sstream>
 #include <string_view>
+#include <utility>
 
 #include "platform/process.h"
+#include "platform/registry_files.h"
 
 namespace kvtest {
 
@@ -59,8 +61,11 @@ unsigned PrintedSeed() {
   return seed;
 }
 
-void UseRegistry(const std::filesystem::path& folder) {
-  SetEnvironmentVariableW(_T("KV_REGISTRY"), folder.u16string().c_str());
+std::filesystem::path UseRegistry(const std::filesystem::path& folder) {
+  static std::filesystem::path current;
+  SetEnvironmentVariableW(_T("KV_REGISTRY"), folder.string<TCHAR>().c_str());
+  if (UseRegistryOfEnvironment() != ERROR_SUCCESS) std::abort();  // the tests would change the user's own registry
+  return std::exchange(current, folder);
 }
 
 }  // namespace kvtest

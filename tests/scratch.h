@@ -32,7 +32,7 @@ std::string ReadFile(const std::filesystem::path& path);
 // from a change and not from the seed. KV_TEST_SEED=random draws a new seed, KV_TEST_SEED=number repeats a printed one.
 unsigned PrintedSeed();
 
-// Sets KV_REGISTRY to the folder for this process and its children.
-void UseRegistry(const std::filesystem::path& folder);
+// Sets KV_REGISTRY to the folder for this process and its children. Returns the former folder.
+std::filesystem::path UseRegistry(const std::filesystem::path& folder);
 
 }  // namespace kvtest

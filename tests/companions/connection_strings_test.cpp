@@ -47,8 +47,8 @@ TEST(ConnectionStrings, NamesThatBreakThemShow) {
       {ServerConnection(_T("s"), _T("d"), _T("u"), _T("{p}w")), false},
       {SQLiteConnection(_T("C:\\a.kvdb;Driver=/tmp/other.so")), false},
       {AccessConnection(_T("C:\\a;b.mdb")), false},
-      {CString(u';', 8192), true},
-      {CString(u';', 8193), false},
+      {CString(_T(';'), 8192), true},
+      {CString(_T(';'), 8193), false},
   };
   for (const auto& [text, sound] : rows) EXPECT_EQ(ConnectionPieces(text).IsSound(), sound) << ToUtf8(text);
 }
@@ -63,7 +63,7 @@ TEST(ConnectionStrings, OnlyKnownKeysAreTaken) {
       {_T("DSN=plant;Uid=u;PWD={a;b}"), ""},
       {_T("DRIVER={SQL Server};SERVER=s;;DATABASE=d"), ""},
       {SQLiteConnection(_T("C:\\a.kvdb;DSN=evil")), "the path"},
-      {SQLiteConnection(_T("C:\\a.kvdb;Uid=u")), "the path"},
+      {SQLiteConnection(_T("C:\\a.kvdb;Uid=_T(")), ")the path"},
       {SQLiteConnection(_T("C:\\a.kvdb;")), "the path"},
       {AccessConnection(_T("C:\\a.mdb;")), "the path"},
       {AccessConnection(_T("a.mdb;SystemDB=x")), "the path"},

@@ -195,7 +195,7 @@ TEST_F(Database, ConnectionsThatSmuggleAreNotOpened) {
       {SQLiteConnection(path_ + _T(";DSN=evil")), "the path of a database file cannot contain a semicolon"},
       {server + _T(";DumpFile=/tmp/x"), "the connection string has a key that is not allowed"},
       {_T("Driver=/tmp/x.so;Database=x"), "name the ODBC driver as it is registered, not by its file"},
-      {_T("Driver={") + CString(u'x', 300) + _T("};"), "name the ODBC driver as it is registered, not by its file"},
+      {_T("Driver={") + CString(_T('x'), 300) + _T("};"), "name the ODBC driver as it is registered, not by its file"},
       {server + _T(";secret"), "the connection string is ambiguous"},
   };
   for (const auto& [connection, expected] : rows) {

@@ -1,70 +1,15 @@
-// The current technology database: the repair of its registry values, configuration mode, and forms mode, in which a
-// forms file holds the path, over ODBC.
+// The current technology database: the repair of its registry values, and configuration mode.
 #include <fmt/format.h>
 #include <gmock/gmock.h>
-#include <sys/stat.h>
 
-#include <csignal>
-#include <functional>
 
-#include "companions/database/recordset.h"
-#include "framework/message_box.h"
 #include "platform/files.h"
-#include "tests/child_process.h"
-#include "tests/env/clean_environment.h"
-#include "tests/odbc_drivers.h"
+#include "tests/env/tech_database_support.h"
 
 using namespace kvtest;
 using testing::ElementsAre;
 
 namespace {
-
-// Answers message boxes: runs one step per box and cancels after the last step.
-class Person : public MessageBoxes {
- public:
-  explicit Person(std::vector<std::function<void()>> steps = {})
-      : steps_(std::move(steps)), former_(SetMessageBoxes(this)) {}
-  ~Person() override { SetMessageBoxes(former_); }
-  bool Show(const CString& text, const CString& caption) override {
-    EXPECT_EQ(caption, _T("Kestrova"));
-    texts.push_back(ToUtf8(text));
-    if (texts.size() > steps_.size()) return false;
-    steps_[texts.size() - 1]();
-    return true;
-  }
-  std::vector<std::string> texts;
-
- private:
-  std::vector<std::function<void()>> steps_;
-  MessageBoxes* former_;
-};
-
-class TechDatabase : public CleanEnvironment {
- protected:
-  void SetUp() override {
-    RegisterSQLiteForAccessFiles();
-    CleanEnvironment::SetUp();
-    PutText(HKEY_CURRENT_USER, kVersionKey, _T("KVDataPath"), Data());
-  }
-
-  static void UseForms(LPCTSTR forms) { PutText(HKEY_CURRENT_USER, kVersionKey, _T("TechDBForms"), forms); }
-  // The number stored; -1 for none.
-  static int Flag(LPCTSTR key, LPCTSTR name) {
-    int found = 0;
-    const int value = GetRegSettingDwordValue(HKEY_CURRENT_USER, key, name, &found);
-    return found ? value : -1;
-  }
-  static void InstallAccess(int version, bool is64Bit) {
-    CString path;
-    path.Format(is64Bit ? _T("Software\\Microsoft\\Office\\%d.0\\Access\\InstallRoot")
-                        : _T("Software\\Wow6432Node\\Microsoft\\Office\\%d.0\\Access\\InstallRoot"),
-                version);
-    ASSERT_EQ(Create(HKEY_LOCAL_MACHINE, path), ERROR_SUCCESS);
-  }
-  CString Data() const { return ProductPath(folder_.Path()) + _T("\\"); }
-
-  const ScratchFolder folder_;
-};
 
 std::string Setting(const std::string& type, const std::string& flag, const std::string& content) {
   return "<setting databaseType='" + type + "' Default='" + flag + "'>" + content + "</setting>";
@@ -80,31 +25,6 @@ class Configured : public TechDatabase {
   void Configure(const std::string& settings) const {
     folder_.Write("TechDB/database.config",
                   "<c><applicationSettings><!-- -->" + settings + "</applicationSettings></c>");
-  }
-};
-
-class TechDatabaseForms : public TechDatabase {
- protected:
-  void SetUp() override {
-    TechDatabase::SetUp();
-    UseForms(_T("TechDBForms.mde (32bit)"));
-  }
-  // Writes an SQLite database that holds the path; an empty path gives an empty table.
-  void MakeForms(const CString& path) const {
-    folder_.Write("lang/English/TechDBForms.mde", "");
-    Forms().Execute(_T("CREATE TABLE TechDBFormsPathTable (path TEXT)"));
-    if (!path.IsEmpty()) Forms().Execute(_T("INSERT INTO TechDBFormsPathTable VALUES ('") + path + _T("')"));
-  }
-  CString Path() const { return Data() + _T("lang\\English\\TechDBForms.mde"); }
-  struct Opened : CDaoDatabase {
-    explicit Opened(const CString& path) : CDaoDatabase(0, 1) { Open(path); }
-  };
-  Opened Forms() const { return Opened(Path()); }
-  std::string PathInForms() const {
-    Opened forms = Forms();
-    CDaoRecordset paths(&forms);
-    paths.Open(_T("SELECT path FROM TechDBFormsPathTable"));
-    return paths.IsEOF() ? "none" : ToUtf8(paths.GetFieldValue(0).value_or(CString()));
   }
 };
 
@@ -215,82 +135,3 @@ TEST_F(Configured, ListIsReadAndWrittenThroughTheEnvironment) {
   EXPECT_EQ(env.GetActiveTechDBConfigData(), nullptr);
 }
 
-TEST_F(TechDatabase, KillEndsItsProcess) {
-  EXPECT_EQ(AppEnv()->KillTechDBProcess(), 1) << "there is no process";
-  const pid_t child = InChild([] { return pause() == 0; });
-  AppEnv()->SetTechDBProcessID(DWORD(child));
-  EXPECT_EQ(AppEnv()->KillTechDBProcess(), 1);
-  EXPECT_EQ(ExitCode(child), 128 + SIGKILL);
-}
-
-TEST_F(TechDatabaseForms, PathIsExchangedWithTheFormsFile) {
-  MakeForms(_T("D:\\\u00DCbung\\TechDB.mdb"));
-  const Person nobody;
-  CKVEnvApp& env = *AppEnv();
-  EXPECT_EQ(env.GetEnvAPPInitResult(), ENVAPP_INIT_OK);
-  EXPECT_EQ(env.GetKVTechDBFormsPath(), Path());
-  EXPECT_EQ(env.GetKVTechDBPath(), _T("D:\\\u00DCbung\\TechDB.mdb"));
-  const std::pair<CString, CString> rows[] = {
-      {_T("DRIVER={SQL Server};SERVER=a;DATABASE=b;PWD=c"), _T("SERVER=a;DATABASE=b")},
-      {_T("Driver={SQL Server};SERVER=a;DATABASE=b"), _T("")}};
-  for (const auto& [path, sql] : rows) {
-    env.SetKVTechDBPath(path);
-    env.SetKVTechDBPath(/*write=*/1);
-    EXPECT_EQ(PathInForms(), ToUtf8(path));
-    EXPECT_EQ(env.IsConnectedToTechDBSQL(), !sql.IsEmpty());
-    EXPECT_EQ(env.IsConnectedToTechDBSQLServerDirectly(), 0);
-    EXPECT_EQ(env.GetTechDBSQLInfo(), sql);
-  }
-  EXPECT_THAT(nobody.texts, ElementsAre());
-}
-
-TEST_F(TechDatabaseForms, EmptyTableChangesNothing) {
-  MakeForms(CString());
-  const Person nobody;
-  CKVEnvApp& env = *AppEnv();
-  env.SetKVTechDBPath(CString(_T("kept")));
-  for (const int write : {0, 1}) env.SetKVTechDBPath(write);
-  EXPECT_EQ(env.GetKVTechDBPath(), _T("kept"));
-  EXPECT_EQ(PathInForms(), "none");
-  EXPECT_THAT(nobody.texts, ElementsAre());
-}
-
-TEST_F(TechDatabaseForms, WaitsForTheFileUntilItIsThereOrTheUserCancels) {
-  const std::string missing = "TechDBForms.mde could not be found at " + ToUtf8(Data()) +
-                              "lang\\English\\\n\nCopy the file at the location and click OK to resume";
-  {
-    const Person cancels({[] {}});
-    EXPECT_EQ(AppEnv()->GetEnvAPPInitResult(), ENVAPP_INIT_TECHDB_FAILED);
-    EXPECT_THAT(cancels.texts, ElementsAre(missing, missing));
-    EXPECT_FALSE(AppEnv()->GetKVResourceDllPath().IsEmpty()) << "the start goes on";
-  }
-  CloseAppEnv();
-  const Person helps({[] {}, [this] { MakeForms(_T("D:\\a.mdb")); }});
-  EXPECT_EQ(AppEnv()->GetEnvAPPInitResult(), ENVAPP_INIT_OK);
-  EXPECT_EQ(AppEnv()->GetKVTechDBPath(), _T("D:\\a.mdb"));
-}
-
-TEST_F(TechDatabaseForms, WithoutAUserTheTextGoesToStderr) {
-  testing::internal::CaptureStderr();
-  EXPECT_EQ(AppEnv()->GetEnvAPPInitResult(), ENVAPP_INIT_TECHDB_FAILED);
-  EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "Kestrova: TechDBForms.mde could not be found at " + ToUtf8(Data()) +
-                "lang\\English\\ Copy the file at the location and click OK to resume\n");
-}
-
-TEST_F(TechDatabaseForms, ReadOnlyFileIsMadeWritable) {
-  MakeForms(_T("D:\\a.mdb"));
-  const std::string file = (folder_.Path() / "lang/English/TechDBForms.mde").string();
-  ASSERT_EQ(chmod(file.c_str(), 0444), 0);
-  const Person person;
-  EXPECT_EQ(AppEnv()->GetKVTechDBPath(), _T("D:\\a.mdb"));
-  EXPECT_THAT(person.texts, ElementsAre("Changing File Attributes to Read/Write for the file :TechDBForms.mde"));
-  EXPECT_EQ(_waccess(Path(), 6), 0);
-}
-
-TEST_F(TechDatabaseForms, FileThatIsNoDatabaseIsReported) {
-  folder_.Write("lang/English/TechDBForms.mde", std::string(4096, 'x'));
-  const Person person;
-  EXPECT_EQ(AppEnv()->GetEnvAPPInitResult(), ENVAPP_INIT_OK) << "the start goes on";
-  EXPECT_THAT(person.texts, ElementsAre(testing::HasSubstr("not a database")));
-}

@@ -58,7 +58,7 @@ TEST(TextFormat, ConversionsOfTheProductWork) {
             "-1099511627776 18446744073709551615 -1 5 6 -7 8 9");
   EXPECT_EQ(Formatted(_T("%*d|%-*d|%*d|%.*f|%.*f"), 4, 7, 4, 7, -4, 7, 2, 1.0, -1, 1.5),
             "   7|7   |7   |1.00|1.500000");
-  EXPECT_EQ(Formatted(_T("%c%c%C%5c|"), TCHAR(u'ä'), 'b', 99, TCHAR('d')), "äbc    d|");
+  EXPECT_EQ(Formatted(_T("%c%c%C%5c|"), TCHAR(_T('ä')), 'b', 99, TCHAR('d')), "äbc    d|");
   EXPECT_EQ(Formatted(_T("%s"), LPCTSTR(nullptr)), "(null)");
   EXPECT_EQ(Formatted(_T("%p"), reinterpret_cast<void*>(0xABC)), "0000000000000ABC");
   EXPECT_EQ(Formatted(_T("%x %d %d %u %x"), BYTE(200), BYTE(200), 0xFFFFFFFFu, -1, short(-1)),

@@ -177,7 +177,7 @@ TEST(Text, BuffersAreTheTextsOwn) {
 }
 
 TEST(Text, StringsByNumberComeFromTheChainsLastLibraryFirst) {
-  const std::u16string path = ProductPathFromSystem(kvtest::BuiltFile("lib/lang/English/KVRESu.DLL").string());
+  const Text path = ProductPathFromSystem(kvtest::LibraryFile("lang/English/KVRESu.DLL").string());
   const HMODULE english = LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
   ASSERT_NE(english, nullptr);
   CString text(_T("before"));
@@ -198,18 +198,20 @@ TEST(Text, StringsByNumberComeFromTheChainsLastLibraryFirst) {
 }
 
 TEST(Text, Utf8BorderNeverFails) {
-  using Rows = std::vector<std::pair<std::string, std::u16string>>;
-  const Rows both = {{"", u""}, {"Größe €", u"Größe €"}, {"\xF0\x9F\x94\xA7", u"🔧"}, {{"a\0b", 3}, {u'a', 0, u'b'}}};
+  using Rows = std::vector<std::pair<std::string, Text>>;
+  const Rows both = {
+      {"", _T("")}, {"Größe €", _T("Größe €")}, {"\xF0\x9F\x94\xA7", _T("🔧")}, {{"a\0b", 3}, {_T('a'), 0, _T('b')}}};
   for (const auto& [bytes, text] : both) {
     EXPECT_EQ(FromUtf8(bytes).View(), text);
-    EXPECT_EQ(ToUtf8(std::u16string_view(text)), bytes);
+    EXPECT_EQ(ToUtf8(TextView(text)), bytes);
   }
-  const Rows bad = {{"a\xFFz", u"a\uFFFDz"}, {"\xED\xA0\x80!", u"\uFFFD\uFFFD\uFFFD!"}, {"\xF0\x9F\x94", u"\uFFFD"}};
+  const Rows bad = {
+      {"a\xFFz", _T("a\uFFFDz")}, {"\xED\xA0\x80!", _T("\uFFFD\uFFFD\uFFFD!")}, {"\xF0\x9F\x94", _T("\uFFFD")}};
   for (const auto& [bytes, text] : bad) {
     EXPECT_EQ(FromUtf8(bytes).View(), text);
     EXPECT_EQ(CString(bytes.c_str()).View(), text);
   }
-  EXPECT_EQ(ToUtf8(std::u16string_view(std::u16string{u'a', 0xD83D, u'b'})), "a\uFFFDb") << "half a character";
+  EXPECT_EQ(ToUtf8(TextView(Text{_T('a'), 0xD83D, _T('b')})), "a\uFFFDb") << "half a character";
   EXPECT_EQ(ToUtf8(_T("\u00FC")) + ToUtf8(LPCTSTR(nullptr)), "\u00FC");
 }
 

@@ -6,7 +6,7 @@
 #include "host/commands/commands.h"
 #include "host/shell/output.h"
 #include "host/shell/progress_bar.h"
-#include "tests/host/user_shell.h"
+#include "tests/host/run_command.h"
 
 using kestrova::ProgressBar;
 using kvtest::RunCommand, kvtest::WordsOf;
@@ -112,17 +112,6 @@ TEST(Completion, OffersCommandsOptionsAndChoices) {
     words.push_back(row.last);
     EXPECT_EQ(RunCommand(words), kvtest::Prints(row.candidates)) << row.words;
   }
-}
-
-TEST(Completion, EachShellAsksForTheCandidates) {
-  const kvtest::UserShell shell;
-  const std::string typed =
-      "COMP_WORDS=(kestrova machine show --type Mill) COMP_CWORD=4\n_kestrova\necho ${COMPREPLY[*]}";
-  EXPECT_EQ(shell.Run("kestrova completion bash >script; echo '" + typed + "' >>script; bash script"),
-            kvtest::Prints("Mill MillTurn\n"));
-  // Without zsh and fish only the lines that register the function.
-  EXPECT_NE(shell.Run("kestrova completion zsh").out.find("\n  compdef _kestrova kestrova\n"), std::string::npos);
-  EXPECT_NE(shell.Run("kestrova completion fish").out.find("\ncomplete -c kestrova -f -a "), std::string::npos);
 }
 
 TEST(ProgressBar, ShowsThePartThatIsDone) {

@@ -111,14 +111,4 @@ TEST_F(DocumentCommand, ExplainsFailuresInOneLine) {
   for (const auto& [words, reason] : rows) EXPECT_EQ(Run(words), Refused(reason));
 }
 
-TEST_F(DocumentCommand, FailsIfTheDiskIsFullForTheOutput) {
-  const std::string file = NewDocument("a.kvdoc", {"--nodes", "3"});
-  for (const char* command : {"show", "dump", "verify"}) {
-    const std::string line = kvtest::BuiltFile("bin/kestrova").string() + " document " + command + " \"" + file +
-                             "\" >/dev/full 2>\"" + File("err") + "\"";
-    EXPECT_EQ(WEXITSTATUS(std::system(line.c_str())), 3) << command;
-    EXPECT_EQ(ReadFile(File("err")), "kestrova: the output is incomplete; check whether the disk is full\n");
-  }
-}
-
 }  // namespace

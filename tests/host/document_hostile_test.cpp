@@ -129,7 +129,7 @@ class HostileDocuments : public testing::Test {
   const kvtest::ScratchFolder folder_{kvtest::FastFolder()};
   const std::string path_ = (folder_.Path() / "part.kvdoc").string();
   std::string file_, objects_, history_;
-  std::FILE* nowhere_ = std::fopen("/dev/null", "w");
+  std::FILE* nowhere_ = std::fopen((folder_.Path() / "nowhere").string().c_str(), "wb");
   std::size_t refused_ = 0, loaded_ = 0, used_ = 0;
 };
 

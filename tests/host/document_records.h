@@ -35,8 +35,8 @@ class DocumentBytes {
   // firstNumber is the number of the table's first row; WithIndexer needs a higher one.
   explicit DocumentBytes(std::vector<Node> nodes, int firstNumber = 7) : nodes_(std::move(nodes)), next_(firstNumber) {
     bytes_.NewClass("HostDocument", 1).Class(1).NewClass("QFObject", 8).NewClass("QFBaseObject", 2);
-    Base({}, u"", 0, -1, -1, u"");
-    bytes_.Dword(0).Dword(unsigned(nodes_.size()) + 1).Text(u"SP4");
+    Base({}, _T(""), 0, -1, -1, _T(""));
+    bytes_.Dword(0).Dword(unsigned(nodes_.size()) + 1).Text(_T("SP4"));
     bytes_.NewClass("QFObjectIndexerHelper", 2).Class(5).Class(4).Word(0);  // no entries
     bytes_.Word(int(nodes_.size()));
     for (const Node& node : nodes_) {
@@ -55,7 +55,7 @@ class DocumentBytes {
   std::size_t TableEnd() const { return tableEnd_; }
   const std::vector<std::size_t>& Ends() const { return ends_; }
   // The label of a row's node.
-  static std::u16string LabelOf(std::size_t row) { return u"N" + std::u16string(1, char16_t(u'0' + row)); }
+  static Text LabelOf(std::size_t row) { return _T("N") + Text(1, TCHAR(_T('0') + row)); }
 
  private:
   std::size_t Size() const { return bytes_.Get().size(); }
@@ -79,14 +79,13 @@ class DocumentBytes {
   }
 
   // The fields after the class records of the two base levels.
-  void Base(const std::vector<int>& users, std::u16string_view label, unsigned id, int owner, int originalOwner,
-            std::u16string_view name) {
+  void Base(const std::vector<int>& users, TextView label, unsigned id, int owner, int originalOwner, TextView name) {
     bytes_.Word(int(users.size()));
     for (const int user : users) Reference(user);
-    bytes_.Text(label).Text(u"weber").Text(u"01/02/2024::03:04").Text(u"05/06/2024::07:08");
+    bytes_.Text(label).Text(_T("weber")).Text(_T("01/02/2024::03:04")).Text(_T("05/06/2024::07:08"));
     bytes_.Dword(id).Dword(0);
     Reference(owner);
-    bytes_.Text(u"okafor").Word(0);
+    bytes_.Text(_T("okafor")).Word(0);
     Reference(originalOwner);
     bytes_.Dword(0xFFFFFFFF).Null().Text(name);
   }
@@ -100,8 +99,7 @@ class DocumentBytes {
     const std::string name = drilling                       ? "HostOperation"
                              : node.className == "HostTool" ? "HostToolCrib"
                                                             : node.className;
-    Base(node.users, LabelOf(row), unsigned(row) + 1, node.owner, node.originalOwner,
-         std::u16string(name.begin(), name.end()));
+    Base(node.users, LabelOf(row), unsigned(row) + 1, node.owner, node.originalOwner, Text(name.begin(), name.end()));
     if (node.className == "HostTool") {
       bytes_.Dword(2).Double(0.006).Double(0.05);
     } else if (node.className == "HostSetup") {

@@ -104,8 +104,8 @@ TEST_F(DocumentVerify, ReportsEachFaultWithItsStream) {
 TEST_F(DocumentVerify, ComparesIdsStatesAndTheIndexerWithTheNodes) {
   // Two classes with wrong counts, the first without the node's id.
   RecordBytes list;
-  list.Word(2).NewClass("QFObjectIndexer", 2).Class(7).Class(4).Text(u"HostToolCrib").Dword(1).Dword(1).Dword(3);
-  list.Class(7).Class(7).Class(4).Text(u"HostSetup").Dword(1).Dword(9).Dword(0);
+  list.Word(2).NewClass("QFObjectIndexer", 2).Class(7).Class(4).Text(_T("HostToolCrib")).Dword(1).Dword(1).Dword(3);
+  list.Class(7).Class(7).Class(4).Text(_T("HostSetup")).Dword(1).Dword(9).Dword(0);
   // Numbers 7 to 9: the class and the two entries.
   DocumentBytes bytes({{"HostTool"}, {"HostSetup"}, {"HostSetup"}}, /*firstNumber=*/10);
   std::string objects = WithIndexer(bytes.Get(), list);
@@ -140,7 +140,15 @@ TEST_F(DocumentVerify, ComparesIdsStatesAndTheIndexerWithTheNodes) {
 // Two setups, both listed in the indexer; the second gets another registered name, then the last of all ids.
 TEST_F(DocumentVerify, FindsAListedNodeByItsClassAndItsId) {
   RecordBytes list;
-  list.Word(1).NewClass("QFObjectIndexer", 2).Class(7).Class(4).Text(u"HostSetup").Dword(2).Dword(1).Dword(2).Dword(2);
+  list.Word(1)
+      .NewClass("QFObjectIndexer", 2)
+      .Class(7)
+      .Class(4)
+      .Text(_T("HostSetup"))
+      .Dword(2)
+      .Dword(1)
+      .Dword(2)
+      .Dword(2);
   const DocumentBytes document({{"HostSetup"}, {"HostSetup"}}, /*firstNumber=*/9);
   const std::string listed = WithIndexer(document.Get(), list);
   std::string objects = listed;

@@ -13,6 +13,7 @@
 
 #include "tests/folders.h"
 #include "tests/registry_calls.h"
+#include "tests/run_program.h"
 #include "tests/scratch.h"
 
 namespace kvtest {
@@ -38,22 +39,9 @@ inline RunResult Refused(const std::string& reason, int exit_code = 3) {
 // terminal.
 inline RunResult RunCommand(const std::vector<std::string>& arguments, const std::string& input = "") {
   const ScratchFolder folder;
-  const auto quoted = [](const std::string& text) {
-    std::string result = "\"";
-    for (const char c : text) {
-      if (c == '\\' || c == '"' || c == '$' || c == '`') result += '\\';
-      result += c;
-    }
-    return result + '"';
-  };
-  std::string line = quoted(BuiltFile("bin/kestrova").string());
-  for (const std::string& argument : arguments) line += ' ' + quoted(argument);
-  line += " <" + quoted(folder.Write("in", input).string());
-  line += " >" + quoted((folder.Path() / "out").string()) + " 2>" + quoted((folder.Path() / "err").string());
-  const int status = std::system(line.c_str());
-  // std::system returns the exit code, or on systems with signals the exit code above eight bits of the signal.
-  const int code = status >= 256 ? status >> 8 : status == 0 ? 0 : 128 + (status & 127);
-  return {code, ReadFile(folder.Path() / "out"), ReadFile(folder.Path() / "err")};
+  const std::filesystem::path out = folder.Path() / "out", err = folder.Path() / "err";
+  const int code = RunProgram(BuiltFile("bin/kestrova"), arguments, folder.Write("in", input), out, err);
+  return {code, ReadFile(out), ReadFile(err)};
 }
 
 // The words of a line, separated by blanks.

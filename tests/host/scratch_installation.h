@@ -31,7 +31,7 @@ class ScratchInstallation {
 
   // Commands load the library from this folder.
   static void UseLibraryIn(const std::string& folder) {
-    SetEnvironmentVariableW(_T("LD_LIBRARY_PATH"), std::filesystem::path(folder).u16string().c_str());
+    SetEnvironmentVariableW(_T("LD_LIBRARY_PATH"), std::filesystem::path(folder).string<TCHAR>().c_str());
   }
   std::filesystem::path Lib(const std::string& relative) const { return folder_.Path() / "lib" / relative; }
   const std::filesystem::path& Path() const { return folder_.Path(); }
@@ -48,7 +48,7 @@ class ScratchInstallation {
 
 // Writes a text value.
 inline void KeepText(HKEY hive, LPCTSTR path, LPCTSTR name, const std::string& utf8) {
-  const std::u16string text = std::filesystem::path(utf8).u16string();
+  const Text text = std::filesystem::path(utf8).string<TCHAR>();
   Put(hive, path, name, {REG_SZ, Wide({text.c_str(), text.size() + 1})});
 }
 

@@ -17,7 +17,7 @@ class TechDBCommand : public CommandTest {
   TechDBCommand() : CommandTest("techdb") {
     Keep(_T("KVDataPath"), product_);
     std::filesystem::create_directory(folder_.Path() / "TechDB");
-    std::filesystem::copy(kvtest::BuiltFile("lib/TechDB/TechDB.kvdb"), folder_.Path() / "TechDB");
+    std::filesystem::copy(kvtest::LibraryFile("TechDB/TechDB.kvdb"), folder_.Path() / "TechDB");
     Configure(
         "<setting databaseType='sqlite' Default='True'><filePath>TechDB.kvdb</filePath><description>ours</description>"
         "</setting><setting databaseType='ms-access'><filePath>old.mdb</filePath></setting><setting databaseType='sql'>"

@@ -5,7 +5,6 @@
 #include <stdexcept>
 
 #include "tests/jobs/job_support.h"
-#include "tests/no_threads.h"
 
 namespace {
 
@@ -150,22 +149,6 @@ TEST_F(Record, RunsAgain) {
   log.Take();
   data->RunCommand(0);
   EXPECT_THAT(log.Take(), ElementsAre("a command 0", "a destroy 5"));
-}
-
-TEST_F(Record, WithoutAThreadToBeHadStaysWithoutAHandle) {
-  WorkNode node;
-  {
-    const NoThreads none;
-    EXPECT_EQ(node.RunCommand(7, nullptr, kPlain, kEnds), 0);
-  }
-  clock.Expect(-1);
-  QFThreadData* data = manager.Record(0);
-  EXPECT_EQ(data->GetThreadHandle(), nullptr);
-  EXPECT_EQ(data->GetThreadID(), 0u);
-  EXPECT_EQ(data->GetThreadStatus(), eThreadRunning);
-  EXPECT_EQ(manager.GetNumThreadsRunningOrWaiting(nullptr), 1);
-  manager.DestroyThreadData(data);
-  EXPECT_EQ(manager.GetNumThreadsRunningOrWaiting(nullptr), 0);
 }
 
 TEST_F(Record, WithoutACallerRunsNothing) {

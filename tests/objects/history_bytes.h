@@ -7,11 +7,11 @@ namespace kvtest {
 
 // The values that the present build writes, except user and stamp.
 struct HistoryFields {
-  std::u16string major = u"2024", servicePack = u"SP4", build = u"2024/0826";
+  Text major = _T("2024"), servicePack = _T("SP4"), build = _T("2024/0826");
   double storage = 38.0;
-  std::u16string dateAndTime = u"08/26/2024::09:30", user = u"eve";
+  Text dateAndTime = _T("08/26/2024::09:30"), user = _T("eve");
   int saves = 7;
-  std::u16string edition = u"Standard", info;
+  Text edition = _T("Standard"), info;
 };
 
 // Appends the fields after the class records.

@@ -1,6 +1,5 @@
 // The object indexer against a model that searches plain rows, its records of both schemas, damage, and the dump.
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <algorithm>
 #include <random>
@@ -9,6 +8,7 @@
 #include "tests/objects/dumped.h"
 #include "tests/objects/record_bytes.h"
 #include "tests/objects/test_document.h"
+#include "tests/peak_memory.h"
 #include "tests/scratch.h"
 
 namespace {
@@ -35,7 +35,7 @@ RecordBytes StartOfHelper(int entries) {
 }
 
 struct Entry {
-  std::u16string name;
+  Text name;
   std::vector<DWORD> ids;
   int references = 0;
 
@@ -49,17 +49,17 @@ struct Entry {
 struct Model {
   std::vector<Entry> entries;
 
-  Entry* First(const std::u16string& name) {
+  Entry* First(const Text& name) {
     for (Entry& entry : entries)
       if (entry.name == name) return &entry;
     return nullptr;
   }
-  void Add(const std::u16string& name, DWORD id) {
+  void Add(const Text& name, DWORD id) {
     if (!First(name)) entries.push_back({name, {}, 0});
     ++First(name)->references;
     First(name)->ids.push_back(id);
   }
-  bool Replace(const std::u16string& name, DWORD oldId, DWORD newId) {
+  bool Replace(const Text& name, DWORD oldId, DWORD newId) {
     bool done = false;
     for (Entry& entry : entries) {
       if (entry.name != name || entry.Find(oldId) < 0) continue;
@@ -68,12 +68,12 @@ struct Model {
     }
     return done;
   }
-  int Find(const std::u16string& name, DWORD id) const {
+  int Find(const Text& name, DWORD id) const {
     for (const Entry& entry : entries)
       if (entry.name == name && entry.Find(id) >= 0) return entry.Find(id);
     return -1;
   }
-  void Release(const std::u16string& name) {
+  void Release(const Text& name) {
     for (Entry& entry : entries)
       if (entry.name == name && entry.references != 0) --entry.references;
   }
@@ -81,9 +81,9 @@ struct Model {
     for (Entry& entry : entries)
       if (!entry.ids.empty() && entry.references <= 0) entry = {entry.name, {}, 0};
   }
-  void Correct(const std::u16string& counted, int count) {
+  void Correct(const Text& counted, int count) {
     for (Entry& entry : entries)
-      if (!entry.name.empty() && entry.name != u"QFToolStation" && entry.name != u"QFActiveToolSet")
+      if (!entry.name.empty() && entry.name != _T("QFToolStation") && entry.name != _T("QFActiveToolSet"))
         entry.references = entry.name == counted ? count : 0;
   }
   // The record of a helper with these entries.
@@ -97,13 +97,6 @@ struct Model {
   }
 };
 
-// Kilobytes.
-long PeakMemory() {
-  rusage usage = {};
-  getrusage(RUSAGE_SELF, &usage);
-  return usage.ru_maxrss;
-}
-
 }  // namespace
 
 TEST(Indexer, RandomOperationsAsByWalking) {
@@ -112,12 +105,13 @@ TEST(Indexer, RandomOperationsAsByWalking) {
   CRuntimeClass foreign = {"Fr\xC3\xA4ser", 0, CRuntimeClass::kNoSchema, nullptr, nullptr};
   CRuntimeClass station = {"QFToolStation", 0, CRuntimeClass::kNoSchema, nullptr, nullptr};
   // Nodes have the first three as their own names, the others through their run-time classes. Case differs.
-  const std::vector<std::u16string> names = {u"Hole", u"hole", u"QFActiveToolSet", u"Fr\u00E4ser", u"QFToolStation"};
+  const std::vector<Text> names = {_T("Hole"), _T("hole"), _T("QFActiveToolSet"), _T("Fr\u00E4ser"),
+                                   _T("QFToolStation")};
   for (int round = 0; round < 60; ++round) {
     // Half of the helpers come from documents that have a name twice.
     Model model;
     if (round % 2 == 0)
-      model.entries = {{u"Hole", {1, 2, 1}, 2}, {u"", {5}, 1}, {u"Hole", {2, 3}, -1}, {u"hole", {}, 0}};
+      model.entries = {{_T("Hole"), {1, 2, 1}, 2}, {_T(""), {5}, 1}, {_T("Hole"), {2, 3}, -1}, {_T("hole"), {}, 0}};
     auto helper = LoadedObject<QFObjectIndexerHelper>(model.Bytes());
     const DWORD idRange = round % 3 == 0 ? 5 : 300;  // few ids: duplicates
     const auto node = [&](std::size_t name, DWORD id) {
@@ -198,7 +192,7 @@ TEST(Indexer, OnlyAListedNodeDrawsItsIdAndMissingObjectsHaveNoEffect) {
     EXPECT_EQ(helper.FindIndex(each), -1);
   }
   helper.ReplaceObj(&node, nullptr);
-  EXPECT_EQ(StoredObject(helper), (Model{{{u"QFObject", {1}, 1}}}.Bytes()));
+  EXPECT_EQ(StoredObject(helper), (Model{{{_T("QFObject"), {1}, 1}}}.Bytes()));
   helper.ReleaseIndexer(&node);
   helper.ClearUnusedIndexers();
   document.nextId = 11;
@@ -223,14 +217,14 @@ TEST(Indexer, DumpsEveryEntry) {
 
 TEST(IndexerRecord, PresentAndOldestBytesLoadAndAreStoredInThePresentLayout) {
   const auto present = [](int references) {
-    return Model{{{u"Hole", {7, 0x12345678, 7}, references}, {u"", {}, 0}}}.Bytes();
+    return Model{{{_T("Hole"), {7, 0x12345678, 7}, references}, {_T(""), {}, 0}}}.Bytes();
   };
   EXPECT_EQ(present(2).substr(0, 29), std::string("\xFF\xFF\x02\x00\x15\x00QFObjectIndexerHelper\x01\x80", 29));
   // Schema 1 without the base's records, as in documents before storage version 6.1. Archive numbers: the helper's
   // class 1, the helper 2, the entries' class 3.
   RecordBytes oldest;
-  oldest.NewClass("QFObjectIndexerHelper", 1).Class(1).Word(2).NewClass("QFObjectIndexer", 1).Class(3).Text(u"Hole");
-  oldest.Dwords({7, 0x12345678, 7}).Class(3).Class(3).Text(u"").Dwords({});
+  oldest.NewClass("QFObjectIndexerHelper", 1).Class(1).Word(2).NewClass("QFObjectIndexer", 1).Class(3).Text(_T("Hole"));
+  oldest.Dwords({7, 0x12345678, 7}).Class(3).Class(3).Text(_T("")).Dwords({});
   const struct {
     std::string bytes;
     float units;
@@ -252,7 +246,7 @@ TEST(IndexerRecord, PresentAndOldestBytesLoadAndAreStoredInThePresentLayout) {
 
 TEST(IndexerRecord, DamageRaises) {
   RecordBytes entry, twice;
-  entry.NewClass("QFObjectIndexer", 2).Class(4).Class(3).Text(u"A");
+  entry.NewClass("QFObjectIndexer", 2).Class(4).Class(3).Text(_T("A"));
   twice.Bytes(entry.Get()).Dwords({1}).Raw(0).Object(5);
   const struct {
     const char* what;
@@ -279,7 +273,7 @@ TEST(IndexerRecord, DamageRaises) {
 TEST(IndexerRecord, NullEntriesAndWildCountsAreCarriedAlong) {
   TestDocument document;
   const auto bytes = [](int references) {
-    RecordBytes helper = StartOfHelper(3).Null().NewClass("QFObjectIndexer", 2).Class(4).Class(3).Text(u"Hole");
+    RecordBytes helper = StartOfHelper(3).Null().NewClass("QFObjectIndexer", 2).Class(4).Class(3).Text(_T("Hole"));
     return helper.Dwords({7}).Raw(references).Null().Get();
   };
   const auto helper = LoadedObject<QFObjectIndexerHelper>(bytes(INT32_MIN));

@@ -29,7 +29,7 @@ class RecordBytes {
     return *this;
   }
   RecordBytes& Double(double value) { return Raw(value); }
-  RecordBytes& Text(std::u16string_view text) {  // of fewer than 255 units
+  RecordBytes& Text(TextView text) {  // of fewer than 255 units
     bytes_ += std::string("\xFF\xFE\xFF", 3) + char(text.size());
     bytes_.append(reinterpret_cast<const char*>(text.data()), text.size() * 2);
     return *this;

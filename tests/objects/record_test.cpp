@@ -40,22 +40,22 @@ std::string RecordOf(int schema, float units) {
   bytes.NewClass("QFObject", schema).Class(1);
   if (units != 6.0999f) bytes.NewClass("QFBaseObject", 2);
   if (schema > 1) bytes.Word(2).Object(2).Null();
-  bytes.Text(u"label").Text(u"maker").Text(u"01/02/2003::04:05").Text(u"06/07/2008::09:10");
+  bytes.Text(_T("label")).Text(_T("maker")).Text(_T("01/02/2003::04:05")).Text(_T("06/07/2008::09:10"));
   bytes.Dword(77).Dword(3).Null();
-  if (schema > 2) bytes.Text(u"changer");
+  if (schema > 2) bytes.Text(_T("changer"));
   if (schema > 3) bytes.Word(0x8002);
   if (schema > 4) bytes.Object(2);
   if (schema > 5) bytes.Dword(0x00C08040);
   if (schema > 6) bytes.Null();
-  if (schema > 7) bytes.Text(u"QFHole");
+  if (schema > 7) bytes.Text(_T("QFHole"));
   return bytes.Dword(kSentinel).Get();
 }
 
 // The fields of schema 7 after the users, all empty.
 RecordBytes EmptyFields() {
   RecordBytes bytes;
-  for (int text = 0; text < 4; ++text) bytes.Text(u"");
-  return bytes.Dword(0).Dword(0).Null().Text(u"").Word(0).Null().Dword(0).Null();
+  for (int text = 0; text < 4; ++text) bytes.Text(_T(""));
+  return bytes.Dword(0).Dword(0).Null().Text(_T("")).Word(0).Null().Dword(0).Null();
 }
 
 void ExpectRecord(const std::string& bytes, int schema) {
@@ -208,7 +208,7 @@ TEST(NodeRecord, LongListOfUsersKeepsItsOrder) {
   const TestDocument document(38.0f);
   RecordBytes bytes;
   bytes.NewClass("RecordNode", 8).NewClass("QFObject", 8).NewClass("QFBaseObject", 2);
-  const RecordBytes record = EmptyFields().Text(u"");
+  const RecordBytes record = EmptyFields().Text(_T(""));
   constexpr int kUsers = 200;
   bytes.Word(kUsers);  // RecordNode is class 1, the node 2, QFObject 3, QFBaseObject 4
   bytes.Object(2).Class(1).Class(3).Class(4).Word(0).Bytes(record.Get()).Null().NewClass("CObList", 0).Word(0);

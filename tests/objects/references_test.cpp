@@ -37,7 +37,7 @@ constexpr unsigned kLost = 0x9001;
 RecordBytes NodeUpToOwner() {
   RecordBytes bytes;
   bytes.NewClass("QFObject", 8).Class(1).NewClass("QFBaseObject", 2).Word(0);
-  return bytes.Text(u"").Text(u"").Text(u"").Text(u"").Dword(1).Dword(0);
+  return bytes.Text(_T("")).Text(_T("")).Text(_T("")).Text(_T("")).Dword(1).Dword(0);
 }
 
 std::pair<std::unique_ptr<LinkNode>, std::unique_ptr<LinkNode>> LoadedPair(const std::string& bytes) {
@@ -107,8 +107,8 @@ TEST_F(References, BrokenOriginalOwnerIsForgotten) {
       {"a class in place of an object", RecordBytes().Object(1)},
   };
   for (const auto& row : rows) {
-    std::string bytes = NodeUpToOwner().Null().Text(u"").Word(0).Get() + row.reference.Get();
-    bytes += RecordBytes().Dword(0x00010203).Null().Text(u"R").Get();
+    std::string bytes = NodeUpToOwner().Null().Text(_T("")).Word(0).Get() + row.reference.Get();
+    bytes += RecordBytes().Dword(0x00010203).Null().Text(_T("R")).Get();
     const auto node = LoadedObject<QFObject>(bytes);
     EXPECT_EQ(node->GetOriginalOwner(), nullptr) << row.what;
     EXPECT_EQ(node->GetDisplayColor(), 0x00010203u) << row.what;
@@ -139,7 +139,7 @@ TEST_F(References, FaultsInUsersAndPatternManagersRaiseInTheirPlace) {
     return RecordBytes().NewClass("QFObject", 8).Class(1).NewClass("QFBaseObject", 2).Bytes(list.Get());
   };
   const auto manager = [](const RecordBytes& reference) {
-    return NodeUpToOwner().Null().Text(u"").Word(0).Null().Dword(0).Bytes(reference.Get());
+    return NodeUpToOwner().Null().Text(_T("")).Word(0).Null().Dword(0).Bytes(reference.Get());
   };
   const struct {
     RecordBytes bytes;

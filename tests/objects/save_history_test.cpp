@@ -39,8 +39,8 @@ class History : public testing::Test {
   // The same with the texts of the last two fields.
   HistoryFields Full() const {
     HistoryFields fields = Present();
-    fields.edition = u"Professional";
-    fields.info = u"more";
+    fields.edition = _T("Professional");
+    fields.info = _T("more");
     return fields;
   }
   // A manager loaded from a document with these records.
@@ -133,7 +133,7 @@ TEST_F(History, SaveRecordsThePresentBuildAndUser) {
 
 TEST_F(History, SaveChangesOnlyTheLatestRecordOfThePresentCombination) {
   HistoryFields other = Present(), same = Present();
-  other.user = u"somebody else";
+  other.user = _T("somebody else");
   other.saves = 10;
   same.saves = 20;
   const struct {
@@ -161,11 +161,11 @@ TEST_F(History, RecordUnlocksOnlyForTheCombinationThatWroteIt) {
       {[](HistoryFields& f) { f.storage = 38.0 - 0.9 * RESABS; }, 1},
       {[](HistoryFields& f) { f.storage = 38.0 + 1.1 * RESABS; }, 0},
       {[](HistoryFields& f) { f.storage = std::numeric_limits<double>::quiet_NaN(); }, 0},
-      {[](HistoryFields& f) { f.major = u"2023"; }, 0},
-      {[](HistoryFields& f) { f.servicePack = u"SP3"; }, 0},
-      {[](HistoryFields& f) { f.build = u"2024/0827"; }, 0},
-      {[](HistoryFields& f) { f.user += u'\''; }, 0},
-      {[](HistoryFields& f) { f.user = std::u16string_view(CString(f.user.c_str()).MakeUpper()); },
+      {[](HistoryFields& f) { f.major = _T("2023"); }, 0},
+      {[](HistoryFields& f) { f.servicePack = _T("SP3"); }, 0},
+      {[](HistoryFields& f) { f.build = _T("2024/0827"); }, 0},
+      {[](HistoryFields& f) { f.user += _T('\''); }, 0},
+      {[](HistoryFields& f) { f.user = TextView(CString(f.user.c_str()).MakeUpper()); },
        m_user == CString(m_user).MakeUpper() ? 1 : 0},
   };
   for (const auto& row : rows) {
@@ -193,11 +193,11 @@ TEST_F(History, EditionComesFromTheRunningProduct) {
   SetRegSettingDwordValue(HKEY_CURRENT_USER, kVersionDebugKey, _T("EnableKVTarnel"), 1);
   record.InitForCurrentInfo();
   EXPECT_EQ(record.GetProductEdition(), _T("Tarnel"));
-  EXPECT_NE(StoredObject(record).find(RecordBytes().Text(u"Tarnel").Text(u"Mill Pro 2024 SP4").Get()),
+  EXPECT_NE(StoredObject(record).find(RecordBytes().Text(_T("Tarnel")).Text(_T("Mill Pro 2024 SP4")).Get()),
             std::string::npos);
   info.m_ProductName = _T("Other");
   record.InitForCurrentInfo();
-  EXPECT_NE(StoredObject(record).find(RecordBytes().Text(u"Mill Pro 2024 SP4").Get()), std::string::npos)
+  EXPECT_NE(StoredObject(record).find(RecordBytes().Text(_T("Mill Pro 2024 SP4")).Get()), std::string::npos)
       << "filled in once";
   RegSettingDeleteValue(HKEY_CURRENT_USER, kVersionDebugKey, _T("EnableKVTarnel"));
   for (const int module : {-1, 5, int(KV_MODULE_MILL)}) {
@@ -212,8 +212,8 @@ TEST_F(History, EachSchemaIsStoredInThePresentLayout) {
     m_document.units = schema % 2 ? 6.0f : 38.0f;
     const std::string bytes = RecordOf(Full(), schema, /*base=*/schema % 2 == 0);
     HistoryFields expected = Full();
-    if (schema < 2) expected.edition = u"Standard";
-    if (schema < 3) expected.info = u"";
+    if (schema < 2) expected.edition = _T("Standard");
+    if (schema < 3) expected.info = _T("");
     EXPECT_EQ(StoredObject(*LoadedObject<QFDocSrHistory>(bytes)), RecordOf(expected)) << schema;
     ExpectEveryPrefixRaises<QFDocSrHistory>(bytes);
   }

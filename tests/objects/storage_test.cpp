@@ -21,7 +21,7 @@ constexpr unsigned long kRead = STGM_READ | STGM_SHARE_EXCLUSIVE;
 
 class StructuredStorages : public testing::Test {
  protected:
-  std::u16string PathOf(const char* name) const { return (folder_.Path() / name).u16string(); }
+  Text PathOf(const char* name) const { return (folder_.Path() / name).string<TCHAR>(); }
   // Creates a new file.
   void SetUp() override { ASSERT_TRUE(storage_.CreateFileW(PathOf("a.bin").c_str(), kCreate)); }
 
@@ -65,19 +65,19 @@ TEST_F(StructuredStorages, EntersAndLeavesStorages) {
   EXPECT_EQ(storage_.GetCurrentStorage(), storage_.GetRootStorage()) << "not entered";
   EXPECT_TRUE(storage_.OpenStorage(_T("A"), kWrite));
   EXPECT_TRUE(storage_.CreateStorage(_T("b"), /*enter=*/true, kWrite));
-  EXPECT_EQ(storage_.GetCurrentPath(), PathOf("a.bin") + u"|a|b|");
+  EXPECT_EQ(storage_.GetCurrentPath(), PathOf("a.bin") + _T("|a|b|"));
   EXPECT_EQ(storage_.GetCurrentStorage(), storage_.GetStorage(2));
   EXPECT_EQ(storage_.GetStorage(3), nullptr);
   EXPECT_TRUE(storage_.CloseStorage());
   EXPECT_TRUE(storage_.CloseStorage());
   EXPECT_FALSE(storage_.CloseStorage()) << "the root stays open";
   EXPECT_NE(storage_.GetRootStorage(), nullptr);
-  EXPECT_EQ(storage_.GetCurrentPath(), PathOf("a.bin") + u"|");
+  EXPECT_EQ(storage_.GetCurrentPath(), PathOf("a.bin") + _T("|"));
 }
 
 TEST_F(StructuredStorages, NothingOpenIsAnInvalidPointer) {
   storage_.CloseAll();
-  EXPECT_EQ(storage_.GetCurrentPath() + storage_.GetFullPath(), u"");
+  EXPECT_EQ(storage_.GetCurrentPath() + storage_.GetFullPath(), _T(""));
   EXPECT_EQ(storage_.GetCurrentStorage(), nullptr);
   EXPECT_FALSE(storage_.CloseStorage());
   IStream* stream = nullptr;
@@ -121,8 +121,8 @@ TEST_F(StructuredStorages, RootsGoInAndOut) {
   EXPECT_EQ(storage_.Detach(), nullptr);
   storage_.Attach(root);
   EXPECT_EQ(storage_.GetRootStorage(), root);
-  EXPECT_EQ(storage_.GetFullPath(), u"");
-  EXPECT_EQ(storage_.GetCurrentPath(), PathOf("a.bin") + u"|");
+  EXPECT_EQ(storage_.GetFullPath(), _T(""));
+  EXPECT_EQ(storage_.GetCurrentPath(), PathOf("a.bin") + _T("|"));
   EXPECT_EQ(root->Release(), 1u) << "the walk has a reference of its own";
 }
 

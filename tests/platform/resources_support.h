@@ -12,7 +12,7 @@
 namespace kvtest {
 
 inline std::string LibraryBytes() {
-  static const std::string bytes = ReadFile(BuiltFile("lib/lang/English/KVRESu.DLL"));
+  static const std::string bytes = ReadFile(LibraryFile("lang/English/KVRESu.DLL"));
   return bytes;
 }
 

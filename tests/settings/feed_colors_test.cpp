@@ -148,7 +148,7 @@ TEST_F(FeedColors, RegistryHoldsTheRowsAndNothingElse) {
   table.AddValue(200, kGreen);
   table.AddValue(2, kRed);
   EXPECT_EQ(table.SaveValuesToRegistry(), 1);
-  EXPECT_EQ(StoredNames(), (std::vector<Text>{u"2.00", u"200.00"}));
+  EXPECT_EQ(StoredNames(), (std::vector<Text>{_T("2.00"), _T("200.00")}));
   EXPECT_EQ(kvtest::Get(HKEY_CURRENT_USER, kMillPath, _T("2.00")), (Stored{REG_DWORD, Raw(DWORD(kRed))}));
 }
 

@@ -71,7 +71,7 @@ TEST(SettingsGolden, ApplicationTreeHasItsNamesTypesAndDefaults) {
   RegDeleteTreeW(HKEY_CURRENT_USER, _T("Software"));
   setenv("TMPDIR", "/tmp", 1);
   setenv("TZ", "UTC", 1);
-  const std::u16string path = ProductPathFromSystem(kvtest::BuiltFile("lib/lang/English/KVRESu.DLL").string());
+  const Text path = ProductPathFromSystem(kvtest::LibraryFile("lang/English/KVRESu.DLL").string());
   const HMODULE english = LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
   ASSERT_NE(english, nullptr);
   {

@@ -30,7 +30,7 @@ std::unique_ptr<Tree> Loaded(const std::string& bytes) {
 
 // The bytes of a name in a value's record.
 std::string Recorded(const std::string& name) {
-  return kvtest::Bytes("FF FE FF") + char(name.size()) + kvtest::Wide(std::u16string(name.begin(), name.end()));
+  return kvtest::Bytes("FF FE FF") + char(name.size()) + kvtest::Wide(Text(name.begin(), name.end()));
 }
 // Replaces a name by an unknown one of the same length: "Feature" becomes "#eature".
 std::string WithForeign(std::string bytes, const std::string& name) {

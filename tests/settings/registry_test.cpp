@@ -12,7 +12,7 @@ using kvtest::Raw, kvtest::Stored, kvtest::Wide;
 
 constexpr LPCTSTR kPath = _T("Software\\SettingsTest");
 
-Stored TextOf(std::u16string_view text) { return {REG_SZ, Wide(text)}; }
+Stored TextOf(TextView text) { return {REG_SZ, Wide(text)}; }
 bool Exists(LPCTSTR path) { return kvtest::Open(HKEY_CURRENT_USER, path) == ERROR_SUCCESS; }
 
 // Restores a value of that class from the registry value.
@@ -55,15 +55,15 @@ TEST_F(SettingsRegistry, EveryTypeHasItsExactBytes) {
     LPCTSTR name;
     Stored stored;
   } rows[] = {{_T("double"), {REG_BINARY, Raw(-1.5)}},
-              {_T("text"), TextOf({u"Ä\u20AC\0", 3})},
-              {_T("empty"), TextOf({u"\0", 1})},
+              {_T("text"), TextOf({_T("Ä\u20AC\0"), 3})},
+              {_T("empty"), TextOf({_T("\0"), 1})},
               {_T("int"), {REG_DWORD, std::string("\xFE\xFF\xFF\xFF", 4)}},
               {_T("color"), {REG_DWORD, std::string("\x01\x80\xFF\x00", 4)}},
-              {_T("point"), TextOf({u"-3 2147483647\0", 14})},
-              {_T("rect"), TextOf({u"1 -2 3 4\0", 9})},
-              {_T("time"), TextOf({u"1721037600\0", 11})},
-              {_T("late"), TextOf({u"-1294967296\0", 12})},
-              {_T("real"), TextOf({u"1.234568\0", 9})},
+              {_T("point"), TextOf({_T("-3 2147483647\0"), 14})},
+              {_T("rect"), TextOf({_T("1 -2 3 4\0"), 9})},
+              {_T("time"), TextOf({_T("1721037600\0"), 11})},
+              {_T("late"), TextOf({_T("-1294967296\0"), 12})},
+              {_T("real"), TextOf({_T("1.234568\0"), 9})},
               {_T("array"), {REG_BINARY, Raw(1) + Raw(-2)}},
               {_T("no array"), {REG_BINARY, ""}}};
   for (const auto& row : rows)
@@ -78,21 +78,21 @@ TEST_F(SettingsRegistry, RestoresReadableFieldsAndKeepsTheOthers) {
   ExpectRestored<QFDoubleValue>("double", {REG_BINARY, Raw(-1.25)}, 1, 2.5, -1.25);
   ExpectRestored<QFColorValue>("color", {REG_DWORD, Raw(0xFFFFFFFFu)}, 1, 5ul, 0xFFFFFFFFul);
   const CString x(_T("xxxxxxxxxx"));
-  ExpectRestored<QFStringValue>("up to its terminator", TextOf({u"ab\0cd", 5}), 1, x, CString(_T("ab")));
-  ExpectRestored<QFStringValue>("text without one", TextOf(u"abc"), 1, x, CString(_T("abc")));
-  ExpectRestored<QFPointValue>("point", TextOf({u"3 -4\0", 5}), 1, CPoint(8, 9), CPoint(3, -4));
-  ExpectRestored<QFPointValue>("point that doesn't scan", TextOf({u"abc\0", 4}), 1, CPoint(8, 9), CPoint(8, 9));
-  ExpectRestored<QFPointValue>("half a point", TextOf(u"  +3 x"), 1, CPoint(8, 9), CPoint(3, 9));
-  ExpectRestored<QFRectValue>("rect", TextOf(u"1 2 3 4"), 1, CRect(9, 9, 9, 9), CRect(1, 2, 3, 4));
-  ExpectRestored<QFRectValue>("half a rect", TextOf(u"1 2"), 1, CRect(9, 9, 9, 9), CRect(1, 2, 9, 9));
-  ExpectRestored<QFTimeValue>("time", TextOf(u"1721037600"), 1, CTime(5), CTime(1721037600));
-  ExpectRestored<QFTimeValue>("time below zero", TextOf(u"-1"), 1, CTime(5), CTime(4294967295));
-  ExpectRestored<QFTimeValue>("time beyond 32 bits", TextOf(u"4294967297"), 1, CTime(5), CTime(1));
-  ExpectRestored<QFTimeValue>("time that doesn't scan", TextOf(u"soon"), 1, CTime(5), CTime(LONGLONG(0)));
-  ExpectRestored<QFLongDoubleStrValue>("real", TextOf(u" 1.5e1mm"), 1, 2.0L, 15.0L);
-  ExpectRestored<QFLongDoubleStrValue>("real that doesn't scan", TextOf(u"x"), 1, 2.0L, 2.0L);
-  ExpectRestored<QFLongDoubleStrValue>("real too small", TextOf(u"-1e-999"), 1, 2.0L, 0.0L);
-  ExpectRestored<QFLongDoubleStrValue>("too large behind zeros", TextOf(u"0.0000001e400"), 1, 2.0L,
+  ExpectRestored<QFStringValue>("up to its terminator", TextOf({_T("ab\0cd"), 5}), 1, x, CString(_T("ab")));
+  ExpectRestored<QFStringValue>("text without one", TextOf(_T("abc")), 1, x, CString(_T("abc")));
+  ExpectRestored<QFPointValue>("point", TextOf({_T("3 -4\0"), 5}), 1, CPoint(8, 9), CPoint(3, -4));
+  ExpectRestored<QFPointValue>("point that doesn't scan", TextOf({_T("abc\0"), 4}), 1, CPoint(8, 9), CPoint(8, 9));
+  ExpectRestored<QFPointValue>("half a point", TextOf(_T("  +3 x")), 1, CPoint(8, 9), CPoint(3, 9));
+  ExpectRestored<QFRectValue>("rect", TextOf(_T("1 2 3 4")), 1, CRect(9, 9, 9, 9), CRect(1, 2, 3, 4));
+  ExpectRestored<QFRectValue>("half a rect", TextOf(_T("1 2")), 1, CRect(9, 9, 9, 9), CRect(1, 2, 9, 9));
+  ExpectRestored<QFTimeValue>("time", TextOf(_T("1721037600")), 1, CTime(5), CTime(1721037600));
+  ExpectRestored<QFTimeValue>("time below zero", TextOf(_T("-1")), 1, CTime(5), CTime(4294967295));
+  ExpectRestored<QFTimeValue>("time beyond 32 bits", TextOf(_T("4294967297")), 1, CTime(5), CTime(1));
+  ExpectRestored<QFTimeValue>("time that doesn't scan", TextOf(_T("soon")), 1, CTime(5), CTime(LONGLONG(0)));
+  ExpectRestored<QFLongDoubleStrValue>("real", TextOf(_T(" 1.5e1mm")), 1, 2.0L, 15.0L);
+  ExpectRestored<QFLongDoubleStrValue>("real that doesn't scan", TextOf(_T("x")), 1, 2.0L, 2.0L);
+  ExpectRestored<QFLongDoubleStrValue>("real too small", TextOf(_T("-1e-999")), 1, 2.0L, 0.0L);
+  ExpectRestored<QFLongDoubleStrValue>("too large behind zeros", TextOf(_T("0.0000001e400")), 1, 2.0L,
                                        std::numeric_limits<long double>::infinity());
 }
 
@@ -106,7 +106,7 @@ TEST_F(SettingsRegistry, ArrayTakesBinaryOnly) {
     EXPECT_EQ(value.RestoreValueFromRegistry(&key), 1) << stored;
     return std::vector<int>(value.GetValue().begin(), value.GetValue().end());
   };
-  EXPECT_EQ(restored({REG_SZ, Wide(u"12")}), std::vector<int>({5})) << "unchanged, with result 1";
+  EXPECT_EQ(restored({REG_SZ, Wide(_T("12"))}), std::vector<int>({5})) << "unchanged, with result 1";
   EXPECT_EQ(restored({REG_BINARY, ""}), std::vector<int>());
   EXPECT_EQ(restored({REG_BINARY, Raw(1) + Raw(2)}), std::vector<int>({1, 2}));
   EXPECT_EQ(restored({REG_BINARY, Raw(1) + "xy"}), std::vector<int>({1}));

@@ -33,7 +33,7 @@ class RegistryText : public testing::Test {
     Error error;
     if (!registry_text::Write(key, bytes, error)) return "refused: " + error.reason;
     EXPECT_EQ(bytes.substr(0, 2), "\xFF\xFE");
-    std::u16string units;
+    Text units;
     for (std::size_t i = 2; i + 1 < bytes.size(); i += 2)
       units.push_back(TCHAR(BYTE(bytes[i]) | BYTE(bytes[i + 1]) << 8));
     return ToUtf8(units);

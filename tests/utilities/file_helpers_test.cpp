@@ -15,8 +15,8 @@ namespace {
 using FileHelpers = kvtest::FilesTest;
 
 TEST_F(FileHelpers, PathIsSplitAtItsLastSeparatorAndPoint) {
-  const CString long_folder = CString(u'\\') + CString(u'f', 300) + u'\\';
-  const CString long_name(u'n', 300);
+  const CString long_folder = CString(_T('\\')) + CString(_T('f'), 300) + _T('\\');
+  const CString long_name(_T('n'), 300);
   const struct {
     CString path, drive, folder, name, extension;
   } rows[] = {
@@ -31,8 +31,8 @@ TEST_F(FileHelpers, PathIsSplitAtItsLastSeparatorAndPoint) {
   for (const auto& row : rows) {
     CString drive, directory, name, extension;
     EXPECT_EQ(ExtractPathAndFileName(row.path, drive, directory, name, extension), 1);
-    EXPECT_EQ(drive + u'|' + directory + u'|' + name + u'|' + extension,
-              row.drive + u'|' + row.folder + u'|' + row.name + u'|' + row.extension);
+    EXPECT_EQ(drive + _T('|') + directory + _T('|') + name + _T('|') + extension,
+              row.drive + _T('|') + row.folder + _T('|') + row.name + _T('|') + row.extension);
     EXPECT_EQ(GetDirectoryName(row.path, directory), 1);
     EXPECT_EQ(directory, row.drive + row.folder);
   }

@@ -131,7 +131,7 @@ TEST_F(FilesAndFolders, OnlyFilesExistAndHaveSizes) {
 }
 
 TEST_F(FilesAndFolders, TemporaryFilesLieInTheTemporaryFolder) {
-  SetEnvironmentVariableW(_T("TMPDIR"), folder.Path().u16string().c_str());
+  SetEnvironmentVariableW(_T("TMPDIR"), folder.Path().string<TCHAR>().c_str());
   CString place;
   CString path;
   EXPECT_EQ(files.GetTempFolderLocation(place), 1);
@@ -145,7 +145,7 @@ TEST_F(FilesAndFolders, TemporaryFilesLieInTheTemporaryFolder) {
   EXPECT_EQ(files.HasCreateFilePermission(place), 1);
   EXPECT_EQ(files.HasCreateFilePermission(At("none")), 0);
   EXPECT_EQ(std::distance(fs::directory_iterator(folder.Path()), {}), 2) << "only the temporary files";
-  SetEnvironmentVariableW(_T("TMPDIR"), (u"/" + std::u16string(300, u'x')).c_str());
+  SetEnvironmentVariableW(_T("TMPDIR"), (_T("/") + Text(300, _T('x'))).c_str());
   EXPECT_EQ(files.GetTempFolderLocation(place), 0);
   EXPECT_EQ(place, _T(""));
   path = _T("kept");

@@ -14,7 +14,7 @@ using namespace std::string_literals;
 class IniHandlers : public kvtest::FilesTest {
  protected:
   static void PutDataPath(HKEY hive, const CString& path) {
-    kvtest::Put(hive, kVersionKey, _T("KVDataPath"), {REG_SZ, kvtest::Wide(kvtest::Text(path) + u'\0')});
+    kvtest::Put(hive, kVersionKey, _T("KVDataPath"), {REG_SZ, kvtest::Wide(kvtest::Text(path) + _T('\0'))});
   }
 };
 

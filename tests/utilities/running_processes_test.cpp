@@ -19,7 +19,7 @@ BOOL UnknownVersion(LPOSVERSIONINFOW version) {
 BOOL NoVersion(LPOSVERSIONINFOW) { return FALSE; }
 HANDLE OneProcess(DWORD, DWORD) { return CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0); }
 BOOL First(HANDLE, LPPROCESSENTRY32W entry) {
-  std::u16string_view(u"Tool.exe").copy(entry->szExeFile, MAX_PATH);
+  TextView(_T("Tool.exe")).copy(entry->szExeFile, MAX_PATH);
   return TRUE;
 }
 BOOL Next(HANDLE, LPPROCESSENTRY32W) { return FALSE; }

@@ -2,7 +2,6 @@
 #include "share/utilities/tech_db_config_file.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include "companions/database/connection_strings.h"
 #include "tests/utilities/files_fixture.h"
@@ -189,7 +188,7 @@ TEST_F(TechDBConfigFile, WritesOnlyIntoTheListsOwnFile) {
 TEST_F(TechDBConfigFile, AFileThatMayNotBeWrittenStays) {
   ASSERT_EQ(Read("<!--c--><setting databaseType='sqlite'><filePath>a</filePath></setting>"), 1);
   const std::string before = Bytes();
-  ASSERT_EQ(chmod(On("database.config").c_str(), 0444), 0);
+  std::filesystem::permissions(On("database.config"), std::filesystem::perms(0444));
   info_.GetTechDBConfigData(0)->SetActiveFlag(0);
   EXPECT_EQ(Write(), 0);
   EXPECT_EQ(Bytes(), before);

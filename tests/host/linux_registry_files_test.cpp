@@ -1,0 +1,79 @@
+// Files of the registry's hives that can't be used: what the commands say.
+#include <sqlite3.h>
+
+#include <chrono>
+
+#include "tests/host/run_command.h"
+
+namespace {
+
+using namespace kvtest;
+
+class HiveFiles : public CommandTest {
+ protected:
+  HiveFiles() : CommandTest("reg") {}
+};
+
+// Every command names the file in one line, and changes nothing.
+TEST_F(HiveFiles, DamagedHiveIsReportedInOneLine) {
+  Run({"add", "HKCU\\Software\\KvHost", "/v", "X", "/d", "1"});
+  const std::string hive = File("user.hive"), backup = folder_.Write("good.json", "good").string();
+  const auto refused = [&](const char* damage) {
+    SCOPED_TRACE(damage);
+    for (const char* words : {"reg query HKCU /s", "reg export HKCU - /y", "settings get LineWidth", "settings list",
+                              "settings set LineWidth 3", "env", "feedcolors show --process mill"}) {
+      EXPECT_EQ(
+          RunCommand(WordsOf(words)),
+          Refused(hive + " is damaged; restore it from a backup, or move it away to begin with an empty registry"))
+          << words;
+    }
+    EXPECT_EQ(RunCommand({"settings", "export", backup, "--force"}).exit_code, 3);
+    EXPECT_EQ(ReadFile(backup), "good");
+  };
+  sqlite3* connection = nullptr;
+  sqlite3_open(hive.c_str(), &connection);
+  EXPECT_EQ(sqlite3_exec(connection, "PRAGMA wal_checkpoint(TRUNCATE)", nullptr, nullptr, nullptr), 0);
+  sqlite3_close(connection);
+  const std::string good = ReadFile(hive);
+  folder_.Write("user.hive", good.substr(0, 4096));
+  refused("cut");
+  folder_.Write("user.hive", "no hive");
+  refused("overwritten");
+}
+
+// Absence, refusal and damage have different texts; what only reads settings goes on with the defaults.
+TEST_F(HiveFiles, HiveThatCannotBeUsedIsNamedWithItsCause) {
+  EXPECT_EQ(
+      Run({"query", "HKCU\\Software\\KvHost"}),
+      Refused("there is no key " + std::string("HKEY_CURRENT_USER\\Software\\KvHost") + ": the registry is empty, " +
+                  File("user.hive") + " does not exist; set KV_REGISTRY if the registry is in another folder",
+              1));
+  const RegistryIn unusable(folder_.Write("a file", "") / "below");
+  const std::string cause = File("a file/below/user.hive") +
+                            " cannot be used: a part of the path is not a folder; set KV_REGISTRY to a folder";
+  EXPECT_EQ(Run({"query", "HKCU", "/s"}), Refused(cause));
+  const RunResult got = RunCommand({"settings", "get", "LineWidth"});
+  EXPECT_EQ(got.out, "Display/LineWidth = 2\n");
+  EXPECT_EQ(got.exit_code, 0);
+  EXPECT_TRUE(got.err.starts_with("kestrova: " + cause + "; the command goes on with the defaults\n")) << got.err;
+  EXPECT_EQ(RunCommand({"settings", "export", File("all.json")}).exit_code, 3);
+  EXPECT_FALSE(std::filesystem::exists(File("all.json")));
+}
+
+// The start waits two seconds in all, and then goes on.
+TEST_F(HiveFiles, LockedHiveDoesNotStopAStart) {
+  RunCommand({"env"});
+  Run({"delete", "HKCU\\Software", "/f"});
+  sqlite3* connection = nullptr;
+  sqlite3_open(File("user.hive").c_str(), &connection);
+  ASSERT_EQ(sqlite3_exec(connection, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), 0);
+  const auto start = std::chrono::steady_clock::now();
+  const RunResult env = RunCommand({"env"});
+  sqlite3_close(connection);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+  EXPECT_EQ(env.exit_code, 0);
+  EXPECT_EQ(env.err, "kestrova: another process keeps " + File("user.hive") +
+                         " locked; end it, or try again later; the start of the product has saved nothing\n");
+}
+
+}  // namespace
