@@ -63,7 +63,7 @@ TEST(ConnectionStrings, OnlyKnownKeysAreTaken) {
       {_T("DSN=plant;Uid=u;PWD={a;b}"), ""},
       {_T("DRIVER={SQL Server};SERVER=s;;DATABASE=d"), ""},
       {SQLiteConnection(_T("C:\\a.kvdb;DSN=evil")), "the path"},
-      {SQLiteConnection(_T("C:\\a.kvdb;Uid=_T(")), ")the path"},
+      {SQLiteConnection(_T("C:\\a.kvdb;Uid=u")), "the path"},
       {SQLiteConnection(_T("C:\\a.kvdb;")), "the path"},
       {AccessConnection(_T("C:\\a.mdb;")), "the path"},
       {AccessConnection(_T("a.mdb;SystemDB=x")), "the path"},
