@@ -96,9 +96,9 @@ class KVSHARE_API CQVMChannel : public CObject {
   double GetToolGaugeY() const { return m_tool.m_toolGauge.y(); }
   double GetToolGaugeZ() const { return m_tool.m_toolGauge.z(); }
 
-  // The stations. AddToolNode appends a station and takes ownership, or deletes it if it can't (std::bad_alloc); null is
-  // ignored. Positions count from 1. If two stations have the same position, the getters use the first; for an unknown
-  // position they return (0, 0, 0).
+  // The stations. AddToolNode appends a station and takes ownership, or deletes it if it can't (std::bad_alloc); null
+  // is ignored. Positions count from 1. If two stations have the same position, the getters use the first; for an
+  // unknown position they return (0, 0, 0).
   void AddToolNode(CQVMToolNode* node);
   const CObList& GetToolNodes() const { return m_tool.m_toolNodes; }
   // 1 if the channel has stations.
