@@ -2,7 +2,6 @@
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
-
 #include "platform/files.h"
 #include "tests/env/tech_database_support.h"
 
@@ -134,4 +133,3 @@ TEST_F(Configured, ListIsReadAndWrittenThroughTheEnvironment) {
   env.ClearDBConfigData();
   EXPECT_EQ(env.GetActiveTechDBConfigData(), nullptr);
 }
-
