@@ -26,6 +26,7 @@ std::vector<std::string> SettingsCandidates(const std::vector<std::string>& word
 void AddMachineCommands(CLI::App& group);
 void AddDocumentCommands(CLI::App& group);
 void AddJobCommands(CLI::App& group);
+void AddPictureCommands(CLI::App& group);
 void AddFeedColorCommands(CLI::App& group);
 void AddSettingsCommands(CLI::App& group);
 void AddEnvironmentCommands(CLI::App& group);
@@ -49,6 +50,8 @@ inline constexpr Command kCommands[] = {
     {"document", "Documents: new, show, dump, history, convert, verify, repair", AddDocumentCommands,
      "document new part.kvdoc --nodes 200"},
     {"job", "Background jobs: run", AddJobCommands, "job run part.kvdoc --jobs 4"},
+    {"picture", "Pictures: record the toolpaths of a document", AddPictureCommands,
+     "picture part.kvdoc --of toolpath --out part.kvrec"},
     {"feedcolors", "Colours of toolpaths by feed rate: show, change, look up", AddFeedColorCommands,
      "feedcolors add --process mill 1200 '#FF8000'"},
     {"settings", "Settings: list, get, set, reset, export, import, diff", AddSettingsCommands,

@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "companions/geometry/constants.h"
+#include "host/document/operation_node.h"
+#include "host/document/tool_node.h"
 
 namespace kestrova {
 namespace {
@@ -13,14 +15,22 @@ namespace {
 using Point = HostFeature::Point;
 
 constexpr double kMm = 0.001;
+constexpr double kToolDiameter = 10 * kMm;  // of an operation without a tool
 constexpr int kMostLevels = 8;
 constexpr int kMostContours = 8;
-constexpr double kChord = 0.002 * kMm;  // between the points of an offset corner
-constexpr std::size_t kFewestPoints = 2000;
+// How many points an offset contour has.
+struct Fineness {
+  double chord;  // between the points of a rounded corner
+  double cornerSteps;
+  std::size_t edgePoints;  // of all edges of a contour
+};
+constexpr Fineness kFine = {0.002 * kMm, 8, 2000};
+constexpr Fineness kCoarse = {0.1 * kMm, 1, 0};
 constexpr double kMostCornerPoints = 20'000;    // per corner
 constexpr double kMostRoundedPoints = 400'000;  // per contour, at its corners
 constexpr double kLongest = 1000;               // metres
 constexpr std::size_t kArcPoints = 32;          // the most points of an arc
+constexpr std::size_t kArcStep = 4;             // between the points of an arc that a picture gets
 
 double Distance(Point a, Point b) { return std::hypot(a.x - b.x, a.y - b.y); }
 
@@ -66,11 +76,11 @@ double TwiceArea(const std::vector<Point>& corners) {
 }
 
 // The contour at a distance outside the corners: edges moved out, and rounded corners where they separate.
-std::vector<Point> Offset(const std::vector<Point>& corners, double distance) {
+std::vector<Point> Offset(const std::vector<Point>& corners, double distance, const Fineness& fineness) {
   std::vector<Point> contour;
   const std::size_t count = corners.size();
   const double side = TwiceArea(corners) < 0 ? -1 : 1;
-  const std::size_t pointsOfEdge = std::max<std::size_t>(2, kFewestPoints / count);
+  const std::size_t pointsOfEdge = std::max<std::size_t>(2, fineness.edgePoints / count);
   for (std::size_t i = 0; i < count; ++i) {
     const Point a = corners[i], b = corners[(i + 1) % count], c = corners[(i + 2) % count];
     const double length = Distance(a, b), next = Distance(b, c);
@@ -85,7 +95,7 @@ std::vector<Point> Offset(const std::vector<Point>& corners, double distance) {
     if (turn * side <= 0) continue;
     const double most = std::clamp(kMostRoundedPoints / double(count), 8.0, kMostCornerPoints);
     const double from = std::atan2(out.y, out.x);
-    const int steps = int(std::clamp(std::abs(turn) * distance / kChord, 8.0, most));
+    const int steps = int(std::clamp(std::abs(turn) * distance / fineness.chord, fineness.cornerSteps, most));
     for (int at = 1; at < steps; ++at) {
       const double angle = from + turn * at / steps;
       contour.push_back({b.x + distance * std::cos(angle), b.y + distance * std::sin(angle)});
@@ -102,8 +112,10 @@ bool Fits(const Circle& circle, const std::vector<Point>& points, std::size_t fi
   return true;
 }
 
-// Divides the points into the longest runs that fit one arc or one line, and counts these.
-void FitRuns(const std::vector<Point>& points, double tolerance, Toolpath& path) {
+// Divides the points into the longest runs that fit one arc or one line, and counts these. Returns the ends of the runs
+// and points of the arcs.
+std::vector<Point> FitRuns(const std::vector<Point>& points, double tolerance, Toolpath& path) {
+  std::vector<Point> fitted;
   for (std::size_t first = 0; first + 1 < points.size();) {
     std::size_t last = first + 1;
     bool arc = false;
@@ -115,13 +127,28 @@ void FitRuns(const std::vector<Point>& points, double tolerance, Toolpath& path)
     }
     (arc ? path.arcs : path.lines) += 1;
     for (std::size_t at = first; at < last; ++at) path.length += Distance(points[at], points[at + 1]);
+    if (fitted.empty()) fitted.push_back(points[first]);
+    for (std::size_t at = first + kArcStep; arc && at < last; at += kArcStep) fitted.push_back(points[at]);
+    fitted.push_back(points[last]);
     first = last;
   }
+  return fitted;
 }
 
 }  // namespace
 
-Toolpath ComputeToolpath(const ToolpathTask& task, const ToolpathProgress& progress) {
+ToolpathTask ToolpathTaskOf(const HostOperation& operation) {
+  ToolpathTask task;
+  if (const auto* feature = DYNAMIC_DOWNCAST(HostFeature, operation.GetOwner())) {
+    task.profile = feature->Profile();
+    task.depth = feature->Depth();
+  }
+  task.diameter = operation.Tool() ? operation.Tool()->Diameter() : kToolDiameter;
+  task.step = operation.Step();
+  return task;
+}
+
+Toolpath ComputeToolpath(const ToolpathTask& task, const ToolpathProgress& progress, const ToolpathContour& contour) {
   Toolpath path;
   const double step = Within(task.step, 0.1 * kMm, kLongest);
   const double radius = Within(task.diameter, 0, kLongest) / 2;
@@ -130,12 +157,13 @@ Toolpath ComputeToolpath(const ToolpathTask& task, const ToolpathProgress& progr
   const int levels = int(std::clamp(std::ceil(depth / std::max(radius, kMm)), 1.0, double(kMostLevels)));
   const int total = levels * kMostContours;
   for (; path.levels < levels; ++path.levels) {
-    for (int contour = 0; contour < kMostContours; ++contour) {
+    for (int ring = 0; ring < kMostContours; ++ring) {
       const int percent = 100 * path.contours / total;
       if (!progress(percent, "offsetting")) return path;
-      const std::vector<Point> points = Offset(corners, radius + contour * step);
+      const std::vector<Point> points = Offset(corners, radius + ring * step, task.coarse ? kCoarse : kFine);
       if (!progress(percent, "fitting arcs")) return path;
-      FitRuns(points, task.tolerance, path);
+      const std::vector<Point> fitted = FitRuns(points, task.tolerance, path);
+      if (contour) contour(depth * (path.levels + 1) / levels, fitted);
       ++path.contours;
     }
   }

@@ -9,6 +9,8 @@
 
 namespace kestrova {
 
+class HostOperation;
+
 // Lengths in metres.
 struct ToolpathTask {
   std::span<const HostFeature::Point> profile;  // one point is a hole's centre
@@ -16,6 +18,7 @@ struct ToolpathTask {
   double diameter = 0;
   double step = 0;
   double tolerance = 1e-6;  // of the fitted arcs
+  bool coarse = false;      // for a picture: far fewer points, in a few milliseconds
 };
 
 struct Toolpath {
@@ -28,10 +31,17 @@ struct Toolpath {
   bool operator==(const Toolpath&) const = default;
 };
 
+// The operation's geometry, with defaults for what is missing.
+ToolpathTask ToolpathTaskOf(const HostOperation& operation);
+
 // Gets the percentage and the step; returns false to stop.
 using ToolpathProgress = std::function<bool(int percent, const char* step)>;
+// Gets a contour and its depth below the profile in metres: the ends of its lines and arcs in order, and every fourth
+// point of each arc.
+using ToolpathContour = std::function<void(double depth, std::span<const HostFeature::Point> points)>;
 
-// Stopped by `progress`, it returns the contours so far.
-Toolpath ComputeToolpath(const ToolpathTask& task, const ToolpathProgress& progress);
+// Stopped by `progress`, it returns the contours so far. Optional: contour.
+Toolpath ComputeToolpath(const ToolpathTask& task, const ToolpathProgress& progress,
+                         const ToolpathContour& contour = {});
 
 }  // namespace kestrova

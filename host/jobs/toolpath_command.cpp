@@ -2,9 +2,7 @@
 
 #include <stdexcept>
 
-#include "host/document/feature_node.h"
 #include "host/document/operation_node.h"
-#include "host/document/tool_node.h"
 #include "host/jobs/job_queue.h"
 #include "share/core/document_callbacks.h"
 
@@ -21,21 +19,7 @@ constexpr struct {
     {"crash", ToolpathCommand::kCrash},
 };
 
-constexpr double kTolerance = 1e-6;      // metres
-constexpr double kFineTolerance = 2e-7;  // of a recalculation
-
-// The operation's geometry, with defaults for what is missing.
-ToolpathTask TaskOf(const HostOperation& operation) {
-  ToolpathTask task;
-  if (const auto* feature = DYNAMIC_DOWNCAST(HostFeature, operation.GetOwner())) {
-    task.profile = feature->Profile();
-    task.depth = feature->Depth();
-  }
-  task.diameter = operation.Tool() ? operation.Tool()->Diameter() : 0.01;
-  task.step = operation.Step();
-  task.tolerance = kTolerance;
-  return task;
-}
+constexpr double kFineTolerance = 2e-7;  // of a recalculation, in metres
 
 }  // namespace
 
@@ -55,7 +39,7 @@ QFeThreadStatus ToolpathCommand::Handle(QFeCommandType type, unsigned context, H
 }
 
 QFeThreadStatus ToolpathCommand::Compute(unsigned context, const HostOperation& operation) {
-  ToolpathTask task = TaskOf(operation);
+  ToolpathTask task = ToolpathTaskOf(operation);
   if (context == kRecalculate) task.tolerance = kFineTolerance;
   if (context == kLink) task.depth = 0;  // one level
   const bool half = context == kFail || context == kCrash;

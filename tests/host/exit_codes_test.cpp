@@ -53,6 +53,15 @@ constexpr Row kRows[] = {
     {"job run part.kvdoc --command dance", 2, "--command: dance not in "},
     {"job run none.kvdoc", 3, "cannot read none.kvdoc: "},
 
+    {"picture part.kvdoc --out part.kvrec --force", 0, ""},
+    {"picture part.kvdoc --out part.kvrec", 3, "part.kvrec exists; add --force"},
+    {"picture part.kvdoc --out no/x.kvrec", 3, "cannot write no/x.kvrec: the folder does not exist"},
+    {"picture part.kvdoc --out no/", 2, "--out no/ is a folder; name a file, such as part.kvrec"},
+    {"picture part.kvdoc --out x.kvrec --node 4000000", 1, "no operation of part.kvdoc has the id 4000000"},
+    {"picture part.kvdoc", 2, "--out is required; see kestrova picture --help"},
+    {"picture part.kvdoc --out x.kvrec --of dance", 2, "--of: dance not in {toolpath}; see kestrova picture --help"},
+    {"picture none.kvdoc --out x.kvrec", 3, "cannot read none.kvdoc: "},
+
     {"machine list", 0, ""},
     {"machine show --type MillTurn TwinTurret12", 0, ""},
     {"machine check --type MillTurn TwinTurret12", 0, ""},
@@ -157,10 +166,9 @@ class ExitCodes : public testing::Test {
         WordsOf(last_command == std::string::npos ? line : line.substr(last_command + 9));
     const std::string last = words.empty() || words[0] == "reg" ? "--" : "--js";
     std::string name = words.empty() ? "" : words[0];
-    if (name != "env" || line == "env doctor") name += words.size() > 1 ? '-' + words[1] : "";
-    const std::string path = words.size() > 1 && name != "env" ? words[0] + ' ' + words[1]
-                             : words.empty()                   ? ""
-                                                               : words[0];
+    const bool alone = name == "picture" || (name == "env" && line != "env doctor");  // without a subcommand
+    if (!alone) name += words.size() > 1 ? '-' + words[1] : "";
+    const std::string path = words.size() > 1 && !alone ? words[0] + ' ' + words[1] : words.empty() ? "" : words[0];
     return shell_.Offered(path, last).contains("--json") ? name : "";
   }
 

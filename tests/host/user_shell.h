@@ -38,7 +38,7 @@ class UserShell {
 
   // The commands without subcommands: "env", "env doctor", "reg add", ...
   std::vector<std::string> Commands() const {
-    std::vector<std::string> commands = {"env"};
+    std::vector<std::string> commands = {"env", "picture"};
     for (const std::string& group : Offered("", ""))
       for (const std::string& command : Offered(group, "")) commands.push_back(group + ' ' + command);
     return commands;
