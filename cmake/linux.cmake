@@ -3,8 +3,8 @@
 #
 # Finds the packages of all systems. Sets KV_LIBRARY_FOLDER, the folder of an installation that has the shared library and
 # its data; KV_SYSTEM_HEADERS, more headers to compile once; KV_TEST_WARNINGS, more options of the tests;
-# KV_SYSTEM_LIBRARIES for platform/; KV_ODBC_LIBRARIES for companions/database; KV_SQLITE_LIBRARY for targets that read
-# the registry's files directly. Defines kv_library_flags, kv_layer_flags, kv_program_flags and kv_find_test_framework.
+# KV_SYSTEM_LIBRARIES for platform/; KV_ODBC_LIBRARIES for companions/database; KV_OPENGL_LIBRARIES for share/display;
+# KV_SQLITE_LIBRARY for targets that read the registry's files directly. Defines kv_library_flags, kv_layer_flags, kv_program_flags and kv_find_test_framework.
 
 set(KV_LIBRARY_FOLDER lib)
 set(KV_SYSTEM_HEADERS)
@@ -23,9 +23,11 @@ endmacro()
 
 pkg_check_modules(SQLITE REQUIRED IMPORTED_TARGET sqlite3)
 pkg_check_modules(ODBC REQUIRED IMPORTED_TARGET odbc odbcinst)
+pkg_check_modules(OPENGL REQUIRED IMPORTED_TARGET opengl glu)
 pkg_check_modules(ICU REQUIRED IMPORTED_TARGET icu-uc icu-i18n)
 set(KV_SYSTEM_LIBRARIES PkgConfig::SQLITE PkgConfig::ICU Threads::Threads ${CMAKE_DL_LIBS})
 set(KV_ODBC_LIBRARIES PkgConfig::ODBC)
+set(KV_OPENGL_LIBRARIES PkgConfig::OPENGL)
 set(KV_SQLITE_LIBRARY PkgConfig::SQLITE)
 
 # ---- hardening, for every target

@@ -49,6 +49,7 @@ add_library(PkgConfig::DEFLATE ALIAS kv_libdeflate)
 set(KV_SYSTEM_HEADERS <windows.h> <oleauto.h>)
 set(KV_SYSTEM_LIBRARIES ktmw32 ole32 oleaut32 uuid psapi)
 set(KV_ODBC_LIBRARIES odbc32 odbccp32)
+set(KV_OPENGL_LIBRARIES opengl32 glu32)
 
 # False warnings about wmemcpy of the compiler's own wchar.h, where short texts are compared.
 set(KV_TEST_WARNINGS -Wno-array-bounds -Wno-stringop-overread -Wno-stringop-overflow)

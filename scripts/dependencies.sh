@@ -2,7 +2,7 @@
 # root, it prints the missing packages in one line and exits.
 
 packages_build="g++ cmake ninja-build pkg-config ccache libsqlite3-dev libpugixml-dev libfmt-dev libcli11-dev
-  libeigen3-dev libicu-dev nlohmann-json3-dev libdeflate-dev binutils-mingw-w64-x86-64
+  libeigen3-dev libicu-dev nlohmann-json3-dev libdeflate-dev libglu1-mesa-dev binutils-mingw-w64-x86-64
   unixodbc-dev libsqliteodbc odbc-mdbtools tdsodbc sqlite3"
 packages_test="libgtest-dev libgmock-dev rapidjson-dev locales libgsf-bin p7zip-full spin"
 packages_bench="qt6-base-dev libboost-serialization-dev libcereal-dev libsimpleini-dev libtbb-dev python3"

@@ -53,6 +53,7 @@
 #include "share/display/display_items.h"
 #include "share/display/file_display.h"
 #include "share/display/gdi_display.h"
+#include "share/display/opengl_display.h"
 #include "share/display/recording_reader.h"
 #include "share/env/app_env.h"
 #include "share/env/feature_switches.h"

@@ -1,5 +1,7 @@
 #include "share/display/display_info.h"
 
+#include "share/display/opengl_display.h"
+
 namespace {
 
 constexpr BYTE kPitchAndFamily = 32;
@@ -31,6 +33,7 @@ QFDisplayInfo::QFDisplayInfo(int useOpenGL, HWND window, const FRTransf& worldTo
   m_pDisplayData->SetOpenGLDisplay(useOpenGL);
   m_pGDIDisplay->SetDisplayData(m_pDisplayData.get());
   m_pDisplayData->SetDC(m_pGDIDisplay->GetDC());
+  if (useOpenGL) SetDisplay(new QFOpenGLDisplay);
 }
 
 // The back ends may use the state while they end. The GDI display is the first to go unless it is the current one.

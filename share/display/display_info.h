@@ -6,8 +6,8 @@
 //   info.SetUseInstTransf(1, GetTranslateTransf({0, 0, 10}));
 //   info.DrawLine(from, to);
 //
-// The back end is the GDI display of the window; SetDisplay takes any other. The GDI display always exists: it has the
-// device context, the transform to the screen and the camera. Not implemented: OpenGL; its flag is only stored.
+// The back end is OpenGL in the host's current context or GDI on the window; SetDisplay takes any other, such as a
+// recording. A GDI display always exists too: it has the device context, the transform to the screen and the camera.
 //
 // Positions are in the model's unit. They go through the XY-to-model transform and then the instance transform, each
 // while its flag is set. One thread at a time may use a display, that of the host's drawing; OpenGL also needs the
@@ -19,7 +19,7 @@
 
 class KVSHARE_API QFDisplayInfo {
  public:
-  // The last three arguments are ignored and kept for existing modules.
+  // Not 0 in useOpenGL chooses the OpenGL display. The last three arguments are ignored and kept for existing modules.
   QFDisplayInfo(int useOpenGL, HWND window, const FRTransf& worldToScreen, IUnknown* unused = nullptr,
                 const CString& unusedText = CString(), const CString& unusedName = CString());
   // Deletes the back ends.
