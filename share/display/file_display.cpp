@@ -1,5 +1,7 @@
 #include "share/display/file_display.h"
 
+#include <new>
+
 #include "platform/safe_file.h"
 #include "share/utilities/files_and_folders.h"
 
@@ -41,7 +43,10 @@ QFFileDisplay::QFFileDisplay(const FRTransf& worldToScreen, const CString& folde
 
 QFFileDisplay::~QFFileDisplay() {
   QFBaseDisplay::UninitialiseGraphics();
-  WriteFiles();
+  try {
+    WriteFiles();
+  } catch (const std::bad_alloc&) {  // as any failure to write: the former files stay
+  }
 }
 
 int QFFileDisplay::WriteFiles(QFRecordingFailure* failure) {
