@@ -110,7 +110,7 @@ install(FILES ${KV_RUNTIME_LIBRARIES} DESTINATION bin)
 
 # wine.sh PROGRAM ARGUMENTS... runs a program in Wine, with its system folder in this build.
 file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/wine.sh @ONLY CONTENT [=[#!/bin/sh
-export WINEPREFIX=@PROJECT_BINARY_DIR@/wine WINEDEBUG=-all WINEDLLOVERRIDES='mscoree,mshtml,winemenubuilder.exe='
+export WINEPREFIX=@PROJECT_BINARY_DIR@/wine WINEDEBUG=-all WINEDLLOVERRIDES='mscoree,mshtml,winemenubuilder.exe,winedbg.exe='
 exec /usr/lib/wine/wine64 "$@"
 ]=])
 file(CHMOD ${PROJECT_BINARY_DIR}/wine.sh PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE

@@ -11,7 +11,7 @@
 
 #include "platform/lock.h"
 #include "platform/memory.h"
-#include "platform/thread_exit.h"
+#include "platform/thread_pointer.h"
 
 namespace {
 
@@ -104,8 +104,15 @@ struct Store {
 
 constinit Store store;
 
+// Passes the heap of a thread that ends to the next new thread.
+void EndLease(Heap* heap) {
+  const std::lock_guard guard(store.lock);
+  heap->next = store.idle;
+  store.idle = heap;
+}
+
 // Every allocation reads it, so the access must be fast.
-KV_FAST_THREAD_LOCAL constinit Heap* t_heap = nullptr;
+using ThreadHeap = ThreadPointer<Heap, EndLease>;
 
 // ---- pages
 
@@ -154,26 +161,17 @@ void Store::ReleasePage(Page* page) noexcept {
 
 // ---- heaps
 
-// Passes the heap to the next new thread. Called when this thread ends.
-void EndLease() {
-  const std::lock_guard guard(store.lock);
-  t_heap->next = store.idle;
-  store.idle = t_heap;
-  t_heap = nullptr;
-}
-
 [[gnu::noinline]] Heap* LeaseHeap() {
+  Heap* heap = nullptr;
   {
     const std::lock_guard guard(store.lock);
-    if (Heap* idle = store.idle) {
-      store.idle = idle->next;
-      t_heap = idle;
-    }
+    heap = store.idle;
+    if (heap) store.idle = heap->next;
   }
-  if (!t_heap) t_heap = new Heap;
-  t_heap->taken = 0;
-  AtThreadExit(EndLease);
-  return t_heap;
+  if (!heap) heap = new Heap;
+  heap->taken = 0;
+  ThreadHeap::Set(heap);
+  return heap;
 }
 
 Page* PageOf(void* block) {
@@ -250,7 +248,7 @@ bool HasOwnPage(std::size_t bytes) { return bytes > kPageBytes / 2 && bytes <= B
 }  // namespace
 
 void* BlockPool::Allocate(std::size_t bytes) {
-  Heap* heap = t_heap;
+  Heap* heap = ThreadHeap::Get();
   if (!heap) heap = LeaseHeap();
   ++heap->taken;
   if (!kPooled || bytes > kLargestShared) return AllocateLarge(bytes);
@@ -264,7 +262,10 @@ void BlockPool::Free(void* block, std::size_t bytes) noexcept {
   if (!kPooled || bytes > kLargestShared) return FreeLarge(block, bytes);
   Page* page = PageOf(block);
   Heap* heap = page->heap;
-  return heap == t_heap ? FreeOwn(heap, page, block) : FreeForeign(heap, block);
+  return heap == ThreadHeap::Get() ? FreeOwn(heap, page, block) : FreeForeign(heap, block);
 }
 
-std::size_t BlockPool::TakenByThisThread() noexcept { return t_heap ? t_heap->taken : 0; }
+std::size_t BlockPool::TakenByThisThread() noexcept {
+  const Heap* heap = ThreadHeap::Get();
+  return heap ? heap->taken : 0;
+}

@@ -6,7 +6,7 @@
 #include "host/document/host_document.h"
 #include "host/document/operation_command.h"
 #include "host/document/tool_node.h"
-#include "platform/thread_exit.h"
+#include "platform/thread_pointer.h"
 #include "share/core/dump.h"
 #include "share/objects/storage_status.h"
 #include "share/utilities/units.h"
@@ -27,13 +27,12 @@ struct Flags {
   CFlaggedError stored = cleared;
 };
 
+void Delete(Flags* flags) { delete flags; }
+
 Flags& FlagsOfThread() {
-  thread_local constinit Flags* flags = nullptr;
-  if (!flags) {
-    flags = new Flags;
-    AtThreadExit([] { delete std::exchange(flags, nullptr); });
-  }
-  return *flags;
+  using Pointer = ThreadPointer<Flags, Delete>;
+  if (!Pointer::Get()) Pointer::Set(new Flags);
+  return *Pointer::Get();
 }
 
 }  // namespace

@@ -99,6 +99,7 @@ struct SafeFile::State {
   std::string product_path;  // for messages
   std::string system_path;
   Text target;
+  Text beside;     // the start of the temporary files' paths
   Text temporary;  // empty if there is nothing to remove
   std::string collected;
   ULONGLONG put = 0;  // bytes
@@ -109,6 +110,7 @@ struct SafeFile::State {
   ~State() { Drop(); }
 
   bool IsOpen() const { return file != INVALID_HANDLE_VALUE; }
+  Text Name(int number) const { return beside + L'~' + NumberOf(number) + L".tmp"; }
 
   bool Fail(DWORD code) {
     status = LONG(code);
@@ -117,33 +119,42 @@ struct SafeFile::State {
     return false;
   }
 
-  // Removes the temporary file, if it is this process's, and closes it.
+  // Removes the temporary file and closes it.
   void Drop() {
-    if (IsOpen() && !temporary.empty()) DeleteFileW(temporary.c_str());
+    if (!temporary.empty()) DeleteFileW(temporary.c_str());
     if (IsOpen()) CloseHandle(std::exchange(file, INVALID_HANDLE_VALUE));
     temporary.clear();
     collected.clear();
+  }
+
+  // Closes the file, because the system replaces by closed files only. Another process would now take it for that of a
+  // dead one, so it gets a name that is only this process's before.
+  bool Close() {
+    const Text own = Name(kSharedNumbers + 1);
+    if (!MoveFileExW(temporary.c_str(), own.c_str(), 0)) return Fail(GetLastError());
+    temporary = own;
+    return CloseHandle(std::exchange(file, INVALID_HANDLE_VALUE)) || Fail(GetLastError());
   }
 
   // Creates a temporary file and opens it in such a way that it can be renamed while it is open.
   bool Open() {
     if (const DWORD refusal = RefusalToReplace(target)) return Fail(refusal);
     // The target's name is cut, because a name of the greatest length leaves no room for the suffix.
-    const Text beside = target.substr(0, target.rfind(L'\\') + 1 + kMostNameUnits);
-    const auto name = [&](int number) { return beside + L'~' + NumberOf(number) + L".tmp"; };
+    beside = target.substr(0, target.rfind(L'\\') + 1 + kMostNameUnits);
     int number = 1;
     for (; number <= kTries && !IsOpen(); ++number) {
-      temporary = name(number);
-      if (number <= kSharedNumbers) RemoveIfDead(temporary);
-      file = CreateFileW(temporary.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                         nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+      const Text name = Name(number);
+      if (number <= kSharedNumbers) RemoveIfDead(name);
+      file = CreateFileW(name.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                         CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
       const DWORD code = IsOpen() ? DWORD(ERROR_SUCCESS) : GetLastError();
+      if (IsOpen()) temporary = name;
       // A file that is just being removed denies access.
       if (!IsOpen() && code != ERROR_FILE_EXISTS && code != ERROR_ACCESS_DENIED && code != ERROR_SHARING_VIOLATION)
         return Fail(code);
     }
     if (!IsOpen()) return Fail(ERROR_ACCESS_DENIED);
-    while (number <= kSharedNumbers && RemoveIfDead(name(number))) ++number;
+    while (number <= kSharedNumbers && RemoveIfDead(Name(number))) ++number;
     return true;
   }
 
@@ -198,6 +209,7 @@ bool SafeFile::Commit() {
   State& state = *state_;
   if (!state.IsOpen() || !state.PutCollected()) return false;
   if (!FlushFileBuffers(state.file)) return state.Fail(GetLastError());
+  if (!state.Close()) return false;
   if (const DWORD status = Replace(state.temporary, state.target)) return state.Fail(status);
   state.temporary.clear();
   state.replaced = true;

@@ -1,15 +1,14 @@
 // The texts of the last records, compared with the archive's bytes in stored form.
 #include "share/objects/internal/recent_texts.h"
 
-#include <utility>
-
 #include "framework/archive.h"
-#include "platform/thread_exit.h"
+
+void RecentTexts::Delete(RecentTexts* texts) { delete texts; }
 
 RecentTexts& RecentTexts::Create() {
-  AtThreadExit([] { delete std::exchange(t_texts, nullptr); });
-  t_texts = new RecentTexts;
-  return *t_texts;
+  auto* const texts = new RecentTexts;
+  Pointer::Set(texts);
+  return *texts;
 }
 
 // ---- stamps

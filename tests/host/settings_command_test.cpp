@@ -1,6 +1,6 @@
 // kestrova settings, as a user runs it.
 #include "share/core/registry_keys.h"
-#include "tests/folders.h"
+#include "tests/golden_settings.h"
 #include "tests/host/run_command.h"
 
 namespace {
@@ -11,14 +11,13 @@ constexpr LPCTSTR kDisplay = _T("Software\\Zemlor\\Kestrova\\Display");
 
 class SettingsCommand : public CommandTest {
  protected:
-  SettingsCommand() : CommandTest("settings") { setenv("TZ", "UTC", 1); }
+  SettingsCommand() : CommandTest("settings") { SetEnvironmentVariableW(_T("TZ"), _T("UTC")); }
 };
 
 TEST_F(SettingsCommand, ListsBothTreesAsTheyAreDeclared) {
-  setenv("TMPDIR", "/tmp", 1);  // the golden defaults name it
+  SetEnvironmentVariableW(_T("TMPDIR"), _T("/tmp"));  // the golden defaults name it
   for (const std::string tree : {"application", "document"}) {
-    nlohmann::json golden =
-        nlohmann::json::parse(ReadFile(kvtest::SourceFile("tests/settings/golden") / (tree + "_settings.json")));
+    nlohmann::json golden = GoldenSettings(tree);
     nlohmann::json listed = Json({"list", "--tree", tree});
     ASSERT_EQ(listed["values"].size(), golden["values"].size());
     // The start of the environment sets folders, so only the defaults are compared.

@@ -1,5 +1,6 @@
 #include "tests/jobs/job_support.h"
 
+#include "platform/thread_pointer.h"
 #include "tests/registered.h"
 
 namespace kvtest {
@@ -17,14 +18,11 @@ QFObject* g_document = nullptr;
 }  // namespace
 
 // Lives as long as its thread.
-struct StepClock::Alive {
-  ~Alive() {
-    const std::lock_guard guard(owner.lock_);
-    --owner.threads_;
-    owner.changed_.notify_all();
-  }
-  StepClock& owner;
-};
+void StepClock::OnEnd(StepClock* clock) {
+  const std::lock_guard guard(clock->lock_);
+  --clock->threads_;
+  clock->changed_.notify_all();
+}
 
 StepClock::StepClock() {
   g_clock = this;
@@ -84,8 +82,8 @@ void StepClock::Sleep(DWORD milliseconds) {
     if (onPause) onPause();
     return;
   }
-  thread_local const Alive alive{*this};
-  static_cast<void>(alive);
+  using OfThread = ThreadPointer<StepClock, &StepClock::OnEnd>;
+  if (!OfThread::Get()) OfThread::Set(this);
   for (int i = yields; i > 0; --i) ::Sleep(0);
   std::unique_lock guard(lock_);
   changed_.wait(guard, [&] { return !held_; });

@@ -43,7 +43,7 @@ class StepClock {
   std::atomic<int> yields = 0;  // before each job begins
 
  private:
-  struct Alive;
+  static void OnEnd(StepClock* clock);  // of a thread
   void Sleep(DWORD milliseconds);
 
   std::mutex lock_;

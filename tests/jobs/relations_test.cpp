@@ -168,7 +168,7 @@ TEST_F(Relations, TextsShowLocalTimesDurationProgressAndCaller) {
   run(0x7FFFFFFFFFFFFFFF, 0);
   EXPECT_EQ(data->GetStartTimeStr(), _T("")) << "no such day";
   const unsigned __int64 percent = 45;
-  data->SetActionProgress(__int64(percent));
+  data->SetActionProgress(static_cast<__int64>(percent));
   EXPECT_EQ(data->GetActionProgressString(), _T("45 %"));
   EXPECT_EQ(data->GetProcessName(), _T("pocket"));
   EXPECT_EQ(QFThreadData::DeltaTime({2024, 1, 1, 1, 0, 0, 0, 0}, {2024, 1, 2, 5, 1, 0, 0, 900}), 349200u);

@@ -8,6 +8,7 @@
 #include "share/settings/application_settings.h"
 #include "share/settings/document_settings.h"
 #include "tests/folders.h"
+#include "tests/golden_settings.h"
 #include "tests/registry_calls.h"
 
 namespace {
@@ -54,8 +55,7 @@ void Collect(const QFSettingsKey& key, Json& rows) {
 }
 
 void ExpectGolden(const QFSettingsKey& tree, const std::string& name, std::size_t count) {
-  const Json golden =
-      Json::parse(kvtest::ReadFile(kvtest::SourceFile("tests/settings/golden") / (name + "_settings.json")));
+  const Json golden = kvtest::GoldenSettings<Json>(name);
   EXPECT_EQ(golden["tree"], name);
   const Json& wanted = golden["values"];
   Json found;
@@ -69,8 +69,8 @@ void ExpectGolden(const QFSettingsKey& tree, const std::string& name, std::size_
 
 TEST(SettingsGolden, ApplicationTreeHasItsNamesTypesAndDefaults) {
   RegDeleteTreeW(HKEY_CURRENT_USER, _T("Software"));
-  setenv("TMPDIR", "/tmp", 1);
-  setenv("TZ", "UTC", 1);
+  SetEnvironmentVariableW(_T("TMPDIR"), _T("/tmp"));
+  SetEnvironmentVariableW(_T("TZ"), _T("UTC"));
   const Text path = ProductPathFromSystem(kvtest::LibraryFile("lang/English/KVRESu.DLL").string());
   const HMODULE english = LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
   ASSERT_NE(english, nullptr);

@@ -5,6 +5,7 @@
 
 #include <array>
 
+#include "platform/thread_pointer.h"
 #include "share/objects/audit_trail.h"
 #include "share/objects/internal/counted_batch.h"
 
@@ -14,7 +15,10 @@ struct CRuntimeClass;
 class RecentTexts {
  public:
   // The calling thread's object.
-  static RecentTexts& OfThread() { return t_texts ? *t_texts : Create(); }
+  static RecentTexts& OfThread() {
+    RecentTexts* const texts = Pointer::Get();
+    return texts ? *texts : Create();
+  }
 
   // A record has the stamps in two places. LoadFirstStamps reads createdBy, dateCreated and lastModified, LoadLastStamp
   // reads lastModifiedBy. Other records may be loaded between the two calls.
@@ -40,10 +44,10 @@ class RecentTexts {
     std::size_t bytes = 0;
   };
 
+  static void Delete(RecentTexts* texts);
+  using Pointer = ThreadPointer<RecentTexts, &RecentTexts::Delete>;
   static RecentTexts& Create();
   void Remember(const AuditTrail& trail);
-
-  KV_FAST_THREAD_LOCAL inline static constinit RecentTexts* t_texts = nullptr;
 
   // Two, because single changed nodes are often between nodes with equal trails.
   std::array<KnownTrail, 2> m_trails;
