@@ -17,7 +17,7 @@ TEST(Output, IsPrintedByOnePlaceOnly) {
   const std::regex border("host/shell/(output|progress_bar)|host/jobs/job_screen");
   int sources = 0;
   for (const auto& entry : fs::recursive_directory_iterator(kvtest::SourceFile("host"))) {
-    const std::string path = entry.path().string();
+    const std::string path = entry.path().generic_string();
     if (entry.path().extension() != ".cpp" || std::regex_search(path, border)) continue;
     ++sources;
     std::ifstream in(path);
