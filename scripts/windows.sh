@@ -43,7 +43,7 @@ fetch_sources() {
     exit 3
   }
   for library in "${libraries[@]}"; do
-    tar xf "$build/sources/${library}"_*.orig.tar.* -C "$build/sources"
+    tar xf "$build/sources/${library}"_*.orig.tar.?z -C "$build/sources"
   done
 }
 
