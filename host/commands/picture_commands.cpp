@@ -22,8 +22,9 @@ namespace {
 
 constexpr char kHelp[] = R"(
 Records the toolpaths of a document: the feed moves as polylines in the colours of the table for milling (kestrova
-feedcolors) if the document's setting UseFeedColors is 1, otherwise black, and the rapid moves as dashed lines. Positions are in metres in the document's frame. Suppressed and recycled
-operations are left out, unless --node names one. OUT gets the binary form, and OUT.txt the readable one.
+feedcolors) if the document's setting UseFeedColors is 1, otherwise black, and the rapid moves as dashed lines.
+Positions are in metres in the document's frame. Suppressed and recycled operations are left out, unless --node names
+one. OUT gets the binary form, and OUT.txt the readable one.
 JSON: {"file", "output", "text", "operations", "items", "positions"}.
 
   kestrova picture part.kvdoc --of toolpath --out part.kvrec

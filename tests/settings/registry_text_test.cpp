@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "framework/text.h"
+#include "tests/registry_calls.h"
 #include "tests/scratch.h"
 
 namespace {
@@ -170,6 +171,8 @@ TEST_F(RegistryText, FailedImportChangesNothing) {
 }
 
 TEST_F(RegistryText, RefusesToWriteWhatItCannotHold) {
+  const kvtest::ScratchFolder folder;
+  const kvtest::RegistryIn empty_registry(folder.Path());
   const std::string empty = "refused: there is no key HKEY_CURRENT_USER\\Software\\KvText: the registry is empty, ";
   EXPECT_EQ(Export().substr(0, empty.size()), empty);
   HKEY key = nullptr;
