@@ -113,7 +113,8 @@ POINT QFCamera::ToPixels(const ViewPoint& point) const {
   const LONGLONG top = m_ScreenRect.top, bottom = m_ScreenRect.bottom;
   const double x = std::trunc(double(right - left) * point.x / 2.0);
   const double y = std::trunc(double(bottom - top) * point.z / 2.0);
-  return {kvdisplay::Truncated(double((left + right) / 2) + x), kvdisplay::Truncated(double((top + bottom) / 2) - y)};
+  const LONGLONG middle = (left + right) / 2, centre = (top + bottom) / 2;  // cut to whole pixels
+  return {kvdisplay::Truncated(double(middle) + x), kvdisplay::Truncated(double(centre) - y)};
 }
 
 int QFCamera::GetScreenCoordinatePoint(const FRPosition& position, POINT& out) const {
