@@ -31,7 +31,8 @@ constexpr LPCTSTR kServerKeys[] = {_T("Driver"),
                                    _T("WSID"),
                                    _T("Language")};
 
-CString Trimmed(CString text) { return text.Trim(); }
+// Only blanks: a key with another character in it is not the known one.
+CString Trimmed(CString text) { return text.Trim(_T(' ')); }
 
 // The end of the piece that starts at begin: its semicolon or the end of the text. Semicolons inside closed braces
 // don't count.
