@@ -54,8 +54,11 @@ int PieceEnd(const CString& text, int begin) {
   return semicolon < 0 ? text.GetLength() : semicolon;
 }
 
+// A doubled brace at the end belongs to the value and does not close it.
 bool IsBraced(const CString& value) {
-  return value.GetLength() > 1 && value[0] == _T('{') && value[value.GetLength() - 1] == _T('}');
+  int end = value.GetLength();
+  while (end > 1 && value[end - 1] == _T('}')) --end;
+  return value[0] == _T('{') && (value.GetLength() - end) % 2 == 1;
 }
 
 std::string ListOf(std::span<const LPCTSTR> keys) {

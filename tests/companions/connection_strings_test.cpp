@@ -69,6 +69,7 @@ TEST(ConnectionStrings, OnlyKnownKeysAreTaken) {
       {AccessConnection(_T("a.mdb;SystemDB=x")), "the path"},
       {AccessConnection(_T("a.mdb;Database=C:\\b.kvdb;FKSupport=1")), "the path"},
       {SQLiteConnection(CString(_T("C:\\a")) + TCHAR(0)), "the connection string is ambiguous"},
+      {SQLiteConnection(_T("{}}")), "the connection string is ambiguous"},
       {server + _T("DSN=evil"), "the connection string has a key"},
       {server + _T("\tUid=u"), "the connection string has a key"},
       {server + _T("FileDSN=/tmp/x"), "the connection string has a key"},
