@@ -112,8 +112,8 @@ std::string ReferenceFault(std::string_view text) {
   constexpr std::string_view kNoReference = "& begins no reference; write &amp;";
   if (end == 1 || end == text.size() || text[end] != ';') return std::string(kNoReference);
   const std::string_view name = text.substr(1, end - 1);
-  const std::string shown =
-      name.size() > kMostShown ? std::string(name.substr(0, kMostShown)) + "..." : std::string(name);
+  std::string shown(name.substr(0, kMostShown));
+  if (name.size() > kMostShown) shown += "...";
   if (name.front() != '#') {
     constexpr std::string_view kKnown[] = {"amp", "lt", "gt", "quot", "apos"};
     const bool known = std::ranges::find(kKnown, name) != std::end(kKnown);
