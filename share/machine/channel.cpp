@@ -18,7 +18,7 @@ void CQVMChannel::SetToolTarget(MDTurretType target) {
 void CQVMChannel::AddToolNode(CQVMToolNode* node) {
   std::unique_ptr<CQVMToolNode> owned(node);
   if (node) m_tool.m_toolNodes.AddTail(node);
-  owned.release();
+  static_cast<void>(owned.release());
 }
 
 const CQVMToolNode* CQVMChannel::FindToolNode(int pos) const {

@@ -92,13 +92,13 @@ CString KVVMMachine::GetMachType(VM_MACHINE_TYPE type) { return WideText(TextOf(
 void KVVMMachine::AddChannel(CQVMChannel* channel) {
   std::unique_ptr<CQVMChannel> owned(channel);
   if (channel) m_channels.AddTail(channel);
-  owned.release();
+  static_cast<void>(owned.release());
 }
 
 void KVVMMachine::AddShape(CQVMShape* shape) {
   std::unique_ptr<CQVMShape> owned(shape);
   if (shape) m_shapes.AddTail(shape);
-  owned.release();
+  static_cast<void>(owned.release());
 }
 
 CQVMChannel* KVVMMachine::GetChannel(int number) const {

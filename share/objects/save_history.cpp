@@ -201,7 +201,7 @@ int QFDocSrHistoryMngr::AddHistoryForOldVersion(const CString& majorVersion, con
   if (!m_HistoryList.IsEmpty()) return 1;
   auto entry = std::make_unique<QFDocSrHistory>(majorVersion, buildCode, user, dateAndTime);
   m_HistoryList.AddTail(entry.get());
-  entry.release();
+  static_cast<void>(entry.release());
   return 1;
 }
 

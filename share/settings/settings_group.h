@@ -49,7 +49,7 @@ class KVSHARE_API SettingsGroup : public QFSettingsKey {
   void AddGroup() {
     auto group = std::make_unique<Group>();
     AddKey(group.get());
-    group.release();
+    static_cast<void>(group.release());
   }
 
   // The path below the product's registry key.
