@@ -92,7 +92,10 @@ void CleanUp::Enter(CObject* object, DWORD number) noexcept {
   Slot& slot = SlotOf(object);
   if (slot.object) return;
   slot = {object, number, BYTE(neutral_ ? neutral_->KindOf(object) : 0), false};
-  if (neutral_) neutral_->Leave(object);
+}
+
+bool CleanUp::Has(const CObject* object) const noexcept {
+  return SlotOf(object).object != nullptr || (outer_ && outer_->Has(object));
 }
 
 bool CleanUp::Contains(const CObject* object) const noexcept { return object && SlotOf(object).gone; }

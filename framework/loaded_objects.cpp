@@ -115,6 +115,16 @@ bool LoadedObjects::KeepBlock(void* block, std::size_t bytes, std::align_val_t a
   return false;
 }
 
+bool LoadedObjects::IsInCleanUp(const CObject* object) noexcept {
+  for (LoadedObjects* at = t_first; at; at = at->next_)
+    if (at->clean_up_ && at->clean_up_->Has(object)) return true;
+  return false;
+}
+
+bool IsInCleanUp(const CObject* object) noexcept {
+  return LoadedObjects::AnyOpen() && LoadedObjects::IsInCleanUp(object);
+}
+
 void LoadedObjects::ForEachOfThread(const std::function<void(CObject*)>& visit) {
   for (LoadedObjects* at = t_first; at; at = at->next_)
     at->ForEachExisting(/*after=*/0, [&](CObject* object, DWORD) { visit(object); });

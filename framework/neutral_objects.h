@@ -17,12 +17,9 @@ class GoneObjects {
 
 class NeutralObjects {
  public:
-  // 0 for an object that a plain CObject replaces, or else a number up to kLastKind for one of the implementation's own
+  // 0 for an object that a plain CObject replaces, or else a number up to 255 for one of the implementation's own
   // replacements. The object exists.
-  static constexpr unsigned kLastKind = 3;
   virtual unsigned KindOf(const CObject* object) const noexcept = 0;
-  // Removes an object, which is deleted soon, from objects that it has entered itself into.
-  virtual void Leave(CObject* object) const noexcept = 0;
   // Builds the replacement where the CObject of an object of that kind was. It has to fit there, and be safe to delete:
   // its operator delete builds it anew. The clean-up calls its destructor at the end.
   virtual void Build(unsigned kind, void* place) const noexcept = 0;
@@ -38,3 +35,7 @@ class NeutralObjects {
 KVSHARE_API void SetNeutralObjects(const NeutralObjects* neutral);
 // Null if it was not set: a plain CObject then replaces every object.
 const NeutralObjects* GetNeutralObjects();
+
+// Whether a clean-up of this thread deletes objects of the load that the object belongs to. A destructor then leaves
+// the objects outside that load.
+bool IsInCleanUp(const CObject* object) noexcept;

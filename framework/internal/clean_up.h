@@ -21,6 +21,8 @@ class CleanUp final : public GoneObjects {
   // False without memory: do not delete anything then.
   bool IsReady() const { return slots_ || objects_ == 0; }
 
+  // Whether the object is one of the load, or of that of an outer clean-up.
+  bool Has(const CObject* object) const noexcept;
   // Called for every object that is destroyed. False if the object is not one of this clean-up.
   bool NoteDestroyed(const CObject* object) noexcept;
   // Keeps the memory of an object of this clean-up: true. False for another block.

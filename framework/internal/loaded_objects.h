@@ -77,6 +77,7 @@ class LoadedObjects {
   static bool AnyOpen() noexcept { return open_.load(std::memory_order_relaxed) != 0; }
   static void NoteDestroyed(const CObject* object) noexcept;
   static bool KeepBlock(void* block, std::size_t bytes, std::align_val_t alignment) noexcept;
+  static bool IsInCleanUp(const CObject* object) noexcept;
 
  private:
   friend class CleanUp;

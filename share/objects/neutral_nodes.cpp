@@ -33,9 +33,6 @@ class NeutralNodes final : public NeutralObjects {
     if (object->IsKindOf(RUNTIME_CLASS(QFObject))) return kNode;
     return object->IsKindOf(RUNTIME_CLASS(QFBaseObject)) ? kBaseObject : kObject;
   }
-  void Leave(CObject* object) const noexcept override {
-    if (auto* node = DYNAMIC_DOWNCAST(QFObject, object)) node->LeaveOriginalOwner();
-  }
   void Build(unsigned kind, void* place) const noexcept override {
     if (kind == kNode) {
       ::new (place) NeutralNode;
@@ -62,7 +59,6 @@ void QFObject::ForgetUsers() noexcept {
   m_HeldUserObjects.RemoveAll();
 }
 
-// The original owner can be an object outside the load; a destructor does not leave it.
 void QFObject::LeaveOriginalOwner() noexcept {
   const UsersLock lock;
   if (m_pOriginalOwner) m_pOriginalOwner->m_UserObjects.Remove(this);

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <utility>
 
+#include "framework/neutral_objects.h"
 #include "share/core/document_callbacks.h"
 #include "share/env/app_env.h"
 #include "share/objects/command_runner.h"
@@ -12,8 +13,10 @@
 
 QFObject::QFObject() = default;
 
-// After a failed load, nodes that this node points to may be deleted already (share/objects/object.h).
+// After a failed load, nodes that this node points to may be deleted already (share/objects/object.h). The original
+// owner can be an object outside the load, which is then left; otherwise a destructor does not leave it.
 QFObject::~QFObject() {
+  if (m_pOriginalOwner && IsInCleanUp(this)) LeaveOriginalOwner();
   delete std::exchange(m_pUiObject, nullptr);
   DestroyPattern();
   DetachFromAllUserObjects();

@@ -146,3 +146,14 @@ TEST_F(FailedLoad, TakesItsNodesOutOfThoseLoadedBefore) {
                 }),
                 2);
 }
+
+// A user of a node that stays is not taken out when the archive deletes another one.
+TEST_F(FailedLoad, LeavesTheUsersOfOtherNodesAlone) {
+  auto *owner = new ModuleNode, *recycled = new ModuleNode, *stray = new ModuleNode;
+  recycled->SetOriginalOwner(owner);
+  Reader reader(Store([&](CArchive& ar) { ar << owner << recycled << stray; }));
+  ModuleNode::DeleteAll();
+  reader.ar >> owner >> recycled >> stray;
+  EXPECT_EQ(reader.ar.DeleteLoaded([&](const CObject* object) { return object == stray; }), 1u);
+  EXPECT_TRUE(owner->GetIsUsingThisObject(recycled));
+}
