@@ -228,7 +228,9 @@ CRuntimeClass* CArchive::ReadNewClass(UINT& schema) {
   const bool versionable = (record->m_wSchema & VERSIONABLE_SCHEMA) != 0;
   if (versionable ? stored > own : stored != own)
     FailClass(CArchiveException::badSchema,
-              fmt::format("{} has schema {}, {} at most", record->m_lpszClassName, stored, own), kHead + length);
+              fmt::format("{} has schema {}, {} {}", record->m_lpszClassName, stored, own,
+                          versionable ? "at most" : "is expected"),
+              kHead + length);
   schema = stored;
   return record;
 }

@@ -149,6 +149,8 @@ TEST(ArchiveHostile, MessagesNameTheClassAndTheByteWhereItsRecordBegins) {
       {Bytes("FF FF 01 00 40 00"), "object of an unknown or unexpected class: a name of 64 bytes (byte 0)"},
       {kNewNode + kNode + Bytes("01 00 FF FF 09 00 05 00") + "TBase",
        "object of a version that this one cannot read: TBase has schema 9, 3 at most (byte 21)"},
+      {Bytes("FF FF 07 00 05 00") + "TNode",
+       "object of a version that this one cannot read: TNode has schema 7, 1 is expected (byte 0)"},
       {kNewLink + kNewNode, "object of an unknown or unexpected class: TNode instead of TLink (byte 22)"},
   };
   for (const auto& [bytes, text] : rows) {
