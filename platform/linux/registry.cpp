@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <ctime>
+#include <new>
 
 #include "platform/linux/registry_calls.h"
 #include "platform/linux/registry_names.h"
@@ -254,9 +255,9 @@ bool IsValue(Store& store, std::string_view folded, std::string_view name) {
 }
 
 // Reads `most` sub-keys into `read`: those after a path, without the first `skipped` of them. scratch.path is the path
-// of the key.
+// of the key. Without memory `read` is empty.
 LSTATUS ReadSubKeys(LockedKey& locked, std::string_view after, std::int64_t skipped, std::size_t most, bool timed,
-                    Cache::SubKeys& read) {
+                    Cache::SubKeys& read) try {
   Store& store = locked.InStore();
   std::string last(after);
   read.items.clear();
@@ -277,6 +278,9 @@ LSTATUS ReadSubKeys(LockedKey& locked, std::string_view after, std::int64_t skip
   }
   read.content = store.LastContent();
   return query.Status();
+} catch (const std::bad_alloc&) {
+  read.items.clear();
+  throw;
 }
 
 // Sets `found` to the sub-keys that were read together with number `index` of a key.
@@ -599,8 +603,8 @@ LSTATUS RegQueryMultipleValuesW(HKEY key, VALENTW* values, DWORD count, LPWSTR b
       if (stored.size() > kMostBytesAtOnce - used) return LSTATUS(ERROR_TRANSFER_TOO_LONG);
       value->ve_type = type;
       value->ve_valuelen = DWORD(stored.size());
-      value->ve_valueptr = reinterpret_cast<std::uintptr_t>(out + used);
-      if (stored.size() <= room - std::min(used, room)) std::copy(stored.begin(), stored.end(), out + used);
+      value->ve_valueptr = reinterpret_cast<std::uintptr_t>(out) + used;
+      if (out && stored.size() <= room - std::min(used, room)) std::copy(stored.begin(), stored.end(), out + used);
       used += stored.size();
       return LSTATUS(ERROR_SUCCESS);
     });

@@ -12,6 +12,7 @@
 
 #include <cerrno>
 #include <cstdint>
+#include <new>
 #include <random>
 
 #include "platform/linux/registry_refolding.h"
@@ -213,6 +214,7 @@ LSTATUS Connection::Open() {
 
 LSTATUS Connection::Connect(int flags, const std::string& name) {
   Close();
+  rounds_ = 0;
   int result = sqlite3_open_v2(name.c_str(), &handle_, flags | SQLITE_OPEN_NOMUTEX, nullptr);
   int format = 0;
   if (result == SQLITE_OK) {
@@ -259,11 +261,15 @@ LSTATUS Connection::Create() const {
   return status;
 }
 
-int Connection::CountSteps(void* self) {
+// No exception may pass through SQLite. Without memory for the file's name the statement goes on.
+int Connection::CountSteps(void* self) try {
   Connection& connection = *static_cast<Connection*>(self);
+  if (++connection.rounds_ <= kFreeRounds) return 0;
   const std::string file = connection.File();
   const auto mebibytes = (SizeOf(file) + SizeOf(file + "-wal")) >> 20;
-  return ++connection.rounds_ > kFreeRounds + kRoundsPerMiB * mebibytes;
+  return connection.rounds_ > kFreeRounds + kRoundsPerMiB * mebibytes;
+} catch (const std::bad_alloc&) {
+  return 0;
 }
 
 void Connection::Close() {
