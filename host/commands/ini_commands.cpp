@@ -139,12 +139,12 @@ class Entries {
   std::vector<std::uint32_t> starts_;
 };
 
-// A value without one pair of quotes around it.
-std::string Unquoted(TextView value) {
-  const bool quoted =
-      value.size() > 1 && value.front() == value.back() && (value.front() == _T('"') || value.front() == _T('\''));
-  return ToUtf8(quoted ? value.substr(1, value.size() - 2) : value);
+bool IsQuoted(TextView value) {
+  return value.size() > 1 && value.front() == value.back() && (value.front() == _T('"') || value.front() == _T('\''));
 }
+
+// A value without one pair of quotes around it.
+std::string Unquoted(TextView value) { return ToUtf8(IsQuoted(value) ? value.substr(1, value.size() - 2) : value); }
 
 bool Find(const Options& options, LPCTSTR section, LPCTSTR key, std::string& value) {
   const Text path = options.Path();
@@ -249,9 +249,9 @@ void Set(const Options& options) {
   const CString key = WritableName("key", options.key, _T("="), _T(";["));
   CString value = TextOf("value", options.value);
   if (value.FindOneOf(_T("\r\n")) >= 0) throw WrongUsage("a value cannot have line ends");
-  // Blanks around a value do not count unless it is in quotes.
+  // Blanks around a value do not count unless it is in quotes, nor does one pair of quotes.
   const CString trimmed = CString(value).Trim(kBlanks);
-  if (trimmed != value) value = _T("\"") + value + _T("\"");
+  if (trimmed != value || IsQuoted(value.View())) value = _T("\"") + value + _T("\"");
   Write(options, section, key, value);
   if (options.json) PrintJson(EntryJson(options, options.value));
 }
@@ -297,7 +297,8 @@ void AddIniCommands(CLI::App& group) {
   CLI::App* set = section(add("set", "Write the value of a key; all other lines stay as they are",
                               "set shopfloor.ini Tool Diameter 12.5", Set));
   set->add_option("KEY", options.key, "The key's name")->required();
-  set->add_option("VALUE", options.value, "The new value; with blanks at its ends it is written in quotes")->required();
+  set->add_option("VALUE", options.value, "The new value; with blanks or quotes at its ends it is written in quotes")
+      ->required();
   section(add("remove", "Remove a key, or a whole section", "remove shopfloor.ini Tool Diameter", Remove))
       ->add_option("KEY", options.key, "The key's name; without one the section is removed")
       ->check([](const std::string& key) {  // from an unset variable of a script

@@ -62,6 +62,8 @@ TEST_F(IniCommand, ShowsWhatAProgramFindsAndChangesOneLine) {
            "cannot write " + big +
            ": it is UTF-16 without the mark FF FE, or UTF-32; save it as UTF-8, or as UTF-16 in little-endian order "
            "with a mark")},
+      {{"set", western, "A", "a", "'q'"}, Prints("")},
+      {{"get", western, "A", "a"}, Prints("'q'\n")},
       {{"set", western, "A", "a", " \xC3\xA4 "}, Prints("")},
       {{"get", western, "A", "a", "--json"},
        Prints("{\n  \"file\": \"" + western +
