@@ -13,7 +13,6 @@
 #include "host/shell/failure.h"
 #include "host/shell/output.h"
 #include "host/shell/whole_file.h"
-#include "platform/errors.h"
 #include "platform/paths.h"
 #include "share/display/file_display.h"
 
@@ -59,13 +58,6 @@ std::pair<CString, CString> SplitOutput(const Options& options) {
   throw NotFound(reason + "; kestrova document show prints states and ids", {.file = options.file});
 }
 
-[[noreturn]] void ThrowNotWritten(const QFRecordingFailure& failure) {
-  const std::string file = SystemPathFromProduct(failure.path), reason = ErrorText(DWORD(failure.status));
-  if (!failure.replaced) throw Failure(fmt::format("cannot write {}: {}", file, reason), {.file = file});
-  throw Failure(fmt::format("{} is written, but may be the old file again after a power failure: {}", file, reason),
-                {.file = file});
-}
-
 void Draw(const Options& options) {
   const auto [folder, name] = SplitOutput(options);
   CheckTarget(options.out, options.force);
@@ -86,7 +78,8 @@ void Draw(const Options& options) {
   const std::size_t items = file.GetItems().size();
   if (items == 0) ThrowNothing(options);
   QFRecordingFailure failure;
-  if (!file.WriteFiles(&failure)) ThrowNotWritten(failure);
+  if (!file.WriteFiles(&failure))
+    ThrowNotWritten(SystemPathFromProduct(failure.path), failure.status, failure.replaced);
   if (!options.json)
     return Print("{}\n{}\n{} operations, {} items, {} positions\n", options.out, options.TextFile(), picture.operations,
                  items, picture.positions);

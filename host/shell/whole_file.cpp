@@ -2,9 +2,12 @@
 
 #include <fmt/format.h>
 
+#include <cerrno>
 #include <cstdio>
+#include <system_error>
 #include <vector>
 
+#include "framework/text.h"
 #include "host/shell/failure.h"
 #include "host/shell/output.h"
 #include "platform/errors.h"
@@ -25,6 +28,15 @@ bool ReadAll(std::FILE* stream, std::size_t mostBytes, std::string& bytes) {
   return std::ferror(stream) == 0;
 }
 
+// Why _wfopen has failed to open a file for reading.
+std::string OpenFailure(LPCTSTR path) {
+  const int code = errno;
+  const DWORD attributes = GetFileAttributesW(path);
+  if (attributes == INVALID_FILE_ATTRIBUTES) return ErrorText(GetLastError());
+  if (attributes & FILE_ATTRIBUTE_DIRECTORY) return "it is a folder";
+  return code == EACCES ? ErrorText(ERROR_ACCESS_DENIED) : std::generic_category().message(code);
+}
+
 }  // namespace
 
 std::string ReadWholeFile(const std::string& file, std::size_t mostBytes) {
@@ -33,8 +45,9 @@ std::string ReadWholeFile(const std::string& file, std::size_t mostBytes) {
     if (!ReadAll(stdin, mostBytes, bytes)) throw Failure("cannot read the standard input");
     return bytes;
   }
-  std::FILE* const stream = _wfopen(ProductPathFromSystem(file).c_str(), _T("rb"));
-  if (!stream) throw Failure(fmt::format("cannot read {}; check the name", file), {.file = file});
+  const CString path(ProductPathFromSystem(file).c_str());
+  std::FILE* const stream = _wfopen(path, _T("rb"));
+  if (!stream) throw Failure(fmt::format("cannot read {}: {}", file, OpenFailure(path)), {.file = file});
   const bool read = ReadAll(stream, mostBytes, bytes);
   std::fclose(stream);
   if (!read) throw Failure(fmt::format("cannot read {}; check that it is a file", file), {.file = file});
@@ -45,9 +58,12 @@ void WriteWholeFile(const std::string& file, std::string_view bytes) {
   if (file == kStandardStream) return PrintRaw(bytes);
   SafeFile out(ProductPathFromSystem(file).c_str());
   out.Write(bytes);
-  if (out.Commit()) return;
-  const char* const reason = ErrorText(DWORD(out.FirstError()));
-  if (!out.IsReplaced()) throw Failure(fmt::format("cannot write {}: {}", file, reason), {.file = file});
+  if (!out.Commit()) ThrowNotWritten(file, out.FirstError(), out.IsReplaced());
+}
+
+void ThrowNotWritten(const std::string& file, LONG status, bool replaced) {
+  const char* const reason = ErrorText(DWORD(status));
+  if (!replaced) throw Failure(fmt::format("cannot write {}: {}", file, reason), {.file = file});
   throw Failure(fmt::format("{} is written, but may be the old file again after a power failure: {}", file, reason),
                 {.file = file});
 }

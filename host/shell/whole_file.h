@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/types.h"
+
 namespace kestrova {
 
 inline constexpr char kStandardStream[] = "-";
@@ -12,9 +14,10 @@ inline constexpr char kStandardStream[] = "-";
 // file cannot be read.
 std::string ReadWholeFile(const std::string& file, std::size_t mostBytes);
 
-// Writes a temporary file beside the target and renames it. Throws Failure on an error; an old file then stays as it
-// was.
+// Writes a temporary file beside the target and renames it. On an error calls ThrowNotWritten.
 void WriteWholeFile(const std::string& file, std::string_view bytes);
+// Throws Failure for a SafeFile that could not be written. If it is not `replaced`, an old file stays as it was.
+[[noreturn]] void ThrowNotWritten(const std::string& file, LONG status, bool replaced);
 
 // Throws Failure if the file exists and `force` is false.
 void CheckTarget(const std::string& file, bool force);

@@ -93,7 +93,8 @@ TEST_F(RegistryCommands, SaysWhatIsMissingOrWrong) {
       {"query @ /v No", Refused("there is no value No in " + kKey, 1)},
       {"delete @ /v No /f", Refused("there is no value No in " + kKey, 1)},
       {"delete HKCU /f", Refused("a whole hive cannot be deleted; name a key below it")},
-      {"import /no/such/file.reg", Refused("cannot read /no/such/file.reg; check the name")},
+      {"import /no/such/file.reg", Refused("cannot read /no/such/file.reg: the folder does not exist")},
+      {"import /", Refused("cannot read /: it is a folder")},
   };
   for (const auto& row : rows) EXPECT_EQ(Reg(row.words), row.wanted);
 }
