@@ -129,6 +129,8 @@ void List(const Options& options) {
   }
   if (options.json) {
     PrintJson({{"mode", "configuration"}, {"file", TechDatabaseList(env)}, {"databases", entries}});
+  } else if (entries.empty()) {
+    Print("{}\n", NoTechDatabase(env).text);
   } else {
     PrintLines(table.Text());
   }

@@ -138,6 +138,7 @@ TEST_F(TechDBCommand, FailuresAreOneLine) {
   Configure("");
   EXPECT_THAT(Refusal({"tables"}), HasSubstr("there is no technology database: " + tech_ +
                                              "database.config names none; add one, or remove the file: then "));
+  EXPECT_EQ(Out({"list"}), "there is no technology database: " + tech_ + "database.config names none\n");
   EXPECT_THAT(Refusal({"activate", "1"}, 1), HasSubstr("there is no database 1; "));
   Keep(_T("TechDBForms"), "TechDBForms.mde (32bit)");
   EXPECT_EQ(Run({"list"}), Refused("TechDBForms.mde could not be found at " + product_ + "lang\\English\\"));
