@@ -74,10 +74,6 @@ void PrintEnvironment(bool asJson) {
   }
 }
 
-std::string Counted(std::ptrdiff_t count, const char* what) {
-  return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
-}
-
 void RunDoctor(bool asJson) {
   const RecordedMessageBoxes boxes;  // the findings report the same faults
   StartMainModule(Needs::kNoReport);

@@ -314,10 +314,6 @@ MachineCounts CountsOf(KVVMMachine& machine) {
   return counts;
 }
 
-std::string Counted(long long count, const char* what) {
-  return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
-}
-
 std::string MachineSummary(KVVMMachine& machine) {
   const MachineCounts counts = CountsOf(machine);
   return fmt::format("{}, {}, {}, {}, {}", Counted(counts.channels, "channel"), Counted(counts.stations, "station"),

@@ -23,7 +23,5 @@ MachineCounts CountsOf(KVVMMachine& machine);
 
 // "1 channel, 2 stations, 0 fixtures, 3 shapes, 1 shape list".
 std::string MachineSummary(KVVMMachine& machine);
-// "1 error", "2 errors".
-std::string Counted(long long count, const char* what);
 
 }  // namespace kestrova

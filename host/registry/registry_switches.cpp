@@ -10,11 +10,6 @@
 
 namespace kestrova {
 
-std::string LowerAscii(std::string text) {
-  for (char& c : text) c = c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c;
-  return text;
-}
-
 std::vector<std::string> NamesIn(const char* list) {
   std::istringstream in(list);
   return {std::istream_iterator<std::string>(in), {}};

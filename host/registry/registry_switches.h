@@ -23,7 +23,6 @@ struct SwitchForm {
   const char* without_value;
 };
 
-std::string LowerAscii(std::string text);
 std::vector<std::string> NamesIn(const char* list);
 bool IsIn(const char* list, const std::string& name);
 

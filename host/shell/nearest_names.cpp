@@ -10,11 +10,6 @@ constexpr std::size_t kMost = 3;
 constexpr std::size_t kLongest = 256;  // longer than any name of a command, setting or machine
 constexpr std::size_t kShort = 5;      // letters of a word that may have one typing error only
 
-std::string Lower(std::string text) {
-  for (char& c : text) c = c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c;
-  return text;
-}
-
 // Number of letters to insert, delete or replace, and of neighbours to swap, to get from one text to the other.
 std::size_t EditDistance(const std::string& a, const std::string& b) {
   std::vector<std::size_t> before, last(b.size() + 1), row(b.size() + 1);
@@ -32,16 +27,21 @@ std::size_t EditDistance(const std::string& a, const std::string& b) {
 
 }  // namespace
 
+std::string LowerAscii(std::string text) {
+  for (char& c : text) c = c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c;
+  return text;
+}
+
 std::string NearestNames(std::vector<std::string> names, const std::string& wanted) {
   if (wanted.size() > kLongest) return "";
   std::sort(names.begin(), names.end());
   names.erase(std::unique(names.begin(), names.end()), names.end());
-  const std::string lower = Lower(wanted);
+  const std::string lower = LowerAscii(wanted);
   const std::size_t most = wanted.size() <= kShort ? 1 : wanted.size() / 2;
   std::vector<std::pair<std::size_t, std::string>> ranked;
   for (std::string& name : names) {
-    const std::size_t distance = EditDistance(Lower(name), lower);
-    const bool shortened = wanted.size() > 1 && Lower(name).starts_with(lower);
+    const std::size_t distance = EditDistance(LowerAscii(name), lower);
+    const bool shortened = wanted.size() > 1 && LowerAscii(name).starts_with(lower);
     if (shortened || (distance <= most && distance < name.size())) ranked.emplace_back(distance, std::move(name));
   }
   std::sort(ranked.begin(), ranked.end());

@@ -6,6 +6,9 @@
 
 namespace kestrova {
 
+// The text with small ASCII letters, for names that compare in any case.
+std::string LowerAscii(std::string text);
+
 // Up to three of the names, nearest first and separated by commas; empty if no name is near. A name is near if it
 // begins with `wanted`, differs from a short `wanted` by one typing error, or shares half the letters of a longer one.
 // ASCII letters compare in any case. The names may be repeated and in any order.

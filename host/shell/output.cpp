@@ -75,6 +75,10 @@ std::string Harmless(std::string_view text) {
   return result;
 }
 
+std::string Counted(long long count, const char* what) {
+  return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
+}
+
 void PrintLines(std::string_view text) {
   std::string harmless(text);
   MakeHarmless(harmless, 0, LineEnds::kKeep);

@@ -18,6 +18,9 @@ std::string Harmless(std::string_view text);
 // The same in place, from byte `from` on.
 void MakeHarmless(std::string& text, std::size_t from = 0);
 
+// "1 error", "2 errors".
+std::string Counted(long long count, const char* what);
+
 namespace internal {
 
 template <class Argument>
