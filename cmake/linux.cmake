@@ -4,7 +4,8 @@
 # Finds the packages of all systems. Sets KV_LIBRARY_FOLDER, the folder of an installation that has the shared library and
 # its data; KV_SYSTEM_HEADERS, more headers to compile once; KV_TEST_WARNINGS, more options of the tests;
 # KV_SYSTEM_LIBRARIES for platform/; KV_ODBC_LIBRARIES for companions/database; KV_OPENGL_LIBRARIES for share/display;
-# KV_SQLITE_LIBRARY for targets that read the registry's files directly. Defines kv_library_flags, kv_layer_flags, kv_program_flags and kv_find_test_framework.
+# KV_SQLITE_LIBRARY for targets that read the registry's files directly. Defines kv_library_flags, kv_layer_flags,
+# kv_program_flags and kv_find_test_framework.
 
 set(KV_LIBRARY_FOLDER lib)
 set(KV_SYSTEM_HEADERS)

@@ -55,8 +55,7 @@ KVSHARE_API DWORD GetPrivateProfileSectionW(LPCWSTR section, LPWSTR buffer, DWOR
 // Writes a key's value and creates file, section and key if necessary. A null value removes the key (the first one of
 // that name), a null key removes the section with all its lines. Removing something that does not exist succeeds and
 // creates no file. A null section fails with ERROR_FILE_NOT_FOUND, an empty path with ERROR_ACCESS_DENIED. Texts are
-// not checked: a line end, or a ']' or
-// '=' in a name, is written as it is and later read by the rules above.
+// not checked: a line end, or a ']' or '=' in a name, is written as it is and later read by the rules above.
 KVSHARE_API BOOL WritePrivateProfileStringW(LPCWSTR section, LPCWSTR key, LPCWSTR value, LPCWSTR path);
 
 // Replaces all keys of a section by a list of key=value; comments and blank lines stay. Null removes the section.

@@ -4,9 +4,8 @@
 // one step, so that at every moment, also after a crash or power failure, the target is the complete old or the
 // complete new file. A new file keeps the old file's permissions, and a link stays a link. A read-only target is
 // refused, and so are folders, devices and pipes. The temporary file is named like the target plus a tilde, a number
-// and
-// ".tmp"; the next SafeFile for the target removes those of processes that have died. One thread at a time may use an
-// object.
+// and ".tmp"; the next SafeFile for the target removes those of processes that have died. One thread at a time may use
+// an object.
 #pragma once
 
 #include <memory>

@@ -1,5 +1,5 @@
 // A transaction of the registry that the destructor ends, and calls within one. On a system whose registry has no
-// transactions the handle is null, and each call takes effect at once.
+// transactions the handle is null, and each call takes effect immediately.
 #pragma once
 
 #include "platform/errors.h"
