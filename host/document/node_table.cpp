@@ -12,6 +12,7 @@ namespace kestrova {
 namespace {
 
 constexpr WORD kNewClassTag = 0xFFFF;
+constexpr WORD kWideCount = 0xFFFF;
 constexpr WORD kClassBit = 0x8000;
 constexpr WORD kBigTag = 0x7FFF;
 constexpr std::size_t kHeadBytes = 3 * sizeof(WORD);  // of a class record, before the name
@@ -28,13 +29,18 @@ bool StartsWithNodeClass(std::string_view bytes) {
   return record && record->IsDerivedFrom(RUNTIME_CLASS(HostNode));
 }
 
-// Reads the rows of the table at the position. Returns the number of the first class, which the first node's record
-// begins with; 0 for damaged rows.
-DWORD FirstNumberOf(CFile& file, ULONGLONG start) {
+// Reads the table at the position: the count, a WORD or with `wide` FF FF and a DWORD, and the rows. Returns the number
+// of the first class, which the first node's record begins with; 0 for another count and for damaged rows.
+DWORD FirstNumberOf(CFile& file, ULONGLONG start, bool wide) {
   file.Seek(LONGLONG(start), CFile::begin);
   CArchive ar(&file, CArchive::load | CArchive::bNoFlushOnDelete, BufferBytesFor(file));
   WORD tag = 0;
-  for (ULONGLONG left = ar.ReadCount(sizeof tag); left > 0; --left) {
+  ar >> tag;
+  if ((tag == kWideCount) != wide) return 0;
+  DWORD count = tag;
+  if (wide) ar >> count;
+  ar.EnsureLeft(count, sizeof tag);
+  for (DWORD left = count; left > 0; --left) {
     ar >> tag;
     if (tag == kNewClassTag) {
       WORD head[2] = {};
@@ -54,12 +60,13 @@ DWORD FirstNumberOf(CFile& file, ULONGLONG start) {
   return (tag & kClassBit) != 0 && tag != kNewClassTag ? tag & ~DWORD(kClassBit) : 0;
 }
 
-// The count before the first row is a WORD, or a DWORD after FF FF.
+// The wide form comes first: its last bytes can be a count, too.
 std::optional<NodeTable> TableBefore(CFile& file, ULONGLONG firstRow) {
-  for (const std::size_t countBytes : {sizeof(WORD), sizeof(WORD) + sizeof(DWORD)}) {
+  for (const bool wide : {true, false}) {
+    const std::size_t countBytes = wide ? sizeof(WORD) + sizeof(DWORD) : sizeof(WORD);
     if (firstRow < countBytes) continue;
     try {
-      const DWORD number = FirstNumberOf(file, firstRow - countBytes);
+      const DWORD number = FirstNumberOf(file, firstRow - countBytes, wide);
       if (number > kNumbersBeforeTable) return NodeTable{firstRow - countBytes, number};
     } catch (const CArchiveException&) {
       // The rows end too early.

@@ -171,6 +171,15 @@ TEST_F(DocumentSalvage, DamagedStartCostsTheFieldsAndNoNode) {
   }
 }
 
+// From 65,535 nodes on, the number before the table has its longer form.
+TEST_F(DocumentSalvage, DamagedStartOfALargeDocumentCostsNoNodeEither) {
+  constexpr DWORD kNodes = 65536;
+  while (document_.NodeCount() < kNodes) Add<HostFeature>(nullptr, _T("N"));
+  std::string objects = Store([&](CArchive& ar) { ar << &document_; });
+  objects[6] ^= 0x20;
+  EXPECT_EQ(Read(objects)->NodeCount(), kNodes);
+}
+
 TEST_F(DocumentSalvage, StrictLoaderRefusesWhatTheSalvagingOneKeeps) {
   const std::string cut = Sample().Get().substr(0, Sample().Ends()[2] + 5);
   EXPECT_THROW(Load(cut, DocumentLoader::Mode::kStrict), Failure);
