@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "framework/text.h"
@@ -24,8 +25,7 @@ using Json = nlohmann::ordered_json;
 using Text = std::basic_string<TCHAR>;
 
 constexpr LPCTSTR kBlanks = _T(" \t\v");
-constexpr DWORD kMostUnits = 1 << 26;    // above the largest file that is read
-constexpr const char* kIndent = "    ";  // of a section in the JSON
+constexpr DWORD kMostUnits = 1 << 26;  // above the largest file that is read
 
 struct Options {
   std::string file, section, key, value;
@@ -171,55 +171,47 @@ void Get(const Options& options) {
   options.json ? PrintJson(EntryJson(options, value)) : Print("{}\n", value);
 }
 
-// Prints the JSON of the list section by section: a file may have a million.
-class SectionsJson {
- public:
-  explicit SectionsJson(const std::string& file) {
-    const std::string head = JsonText({{"file", file}, {"sections", Json::array()}}, /*indent=*/2);
-    PrintRaw(head.substr(0, head.rfind(']')));
-  }
-  void Add(const Json& section) {
-    std::string text = "\n" + JsonText(section, /*indent=*/2);
-    for (std::size_t at = 0; (at = text.find('\n', at)) != text.npos; ++at) text.insert(at + 1, kIndent);
-    PrintRaw(first_ ? "" : ",");
-    PrintRaw(text);
-    first_ = false;
-  }
-  void End() const { PrintRaw(first_ ? "]\n}\n" : "\n  ]\n}\n"); }
+// Ends an array and the object that has it.
+void CloseListAndObject(JsonPrinter& json) {
+  json.Close();
+  json.Close();
+}
 
- private:
-  bool first_ = true;
-};
-
+// Prints entry by entry: a file may have a million.
 void List(const Options& options) {
   const Text path = options.Path();
   Buffer names(path);
   Read(options, path, names,
        [&](LPTSTR text, DWORD units) { GetPrivateProfileSectionNamesW(text, units, path.c_str()); });
-  std::optional<SectionsJson> json;
-  if (options.json) json.emplace(options.file);
+  std::optional<JsonPrinter> json;
+  if (options.json) {
+    json.emplace();
+    json->Add("file", options.file);
+    json->Open("sections", '[');
+  }
   Buffer lines(path);
   const Entries sections(names.text.get(), /*withValues=*/false);
   for (std::size_t i = 0; i < sections.Count(); ++i) {
     const CString section = sections.Name(i);
-    Json keys = Json::array();
-    if (!json) Print("[{}]\n", ToUtf8(section));
     const bool found = Read(options, path, lines, [&](LPTSTR text, DWORD units) {
       GetPrivateProfileSectionW(section, text, units, path.c_str());
     });
     if (!found) continue;  // removed meanwhile
+    if (json) {
+      json->Open({}, '{');
+      json->Add("section", ToUtf8(section));
+      json->Open("keys", '[');
+    } else {
+      Print("[{}]\n", ToUtf8(section));
+    }
     const Entries entries(lines.text.get(), /*withValues=*/true);
     for (std::size_t k = 0; k < entries.Count(); ++k) {
       const std::string key = ToUtf8(TextView(entries.Name(k))), value = Unquoted(entries.Value(k));
-      if (json) {
-        keys.push_back({{"key", key}, {"value", value}});
-      } else {
-        Print("{}={}\n", key, value);
-      }
+      json ? json->Add({}, {{"key", key}, {"value", value}}) : Print("{}={}\n", key, value);
     }
-    if (json) json->Add({{"section", ToUtf8(section)}, {"keys", std::move(keys)}});
+    if (json) CloseListAndObject(*json);
   }
-  if (json) json->End();
+  if (json) CloseListAndObject(*json);
 }
 
 // ---- writing
