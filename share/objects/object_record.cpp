@@ -20,6 +20,7 @@
 //   15  m_pPatternMngr        reference to a QFObjectPatternMgr          7  null
 //   16  m_RegName             text                                       8  name of GetRuntimeClassForAutoIndexing()
 #include <new>
+#include <string>
 
 #include "framework/archive.h"
 #include "share/objects/internal/recent_texts.h"
@@ -61,16 +62,27 @@ namespace {
 
 constexpr BYTE kNothing[sizeof(WORD)] = {};  // a null reference, or an empty list
 
+// The failure of a list of users has one cause and no file name. Its text says what happened inside; nested lists add
+// nothing to it.
+void LoadUsers(UserObjects& users, CArchive& ar) {
+  std::string reason;
+  try {
+    return users.Load(ar);
+  } catch (const CArchiveException& failure) {
+    if (failure.m_cause == CArchiveException::genericException && failure.m_strFileName.IsEmpty()) throw;
+    reason = failure.what();
+  } catch (const CException& failure) {
+    reason = failure.what();
+  } catch (...) {
+    // Without memory there is no text.
+  }
+  throw CArchiveException(CArchiveException::genericException, nullptr, reason);
+}
+
 }  // namespace
 
 void QFObject::LoadRecord(CArchive& ar, unsigned version) {
-  if (version > 1 && !ar.ReadIfNext(kNothing, sizeof kNothing)) {
-    try {
-      m_UserObjects.Load(ar);
-    } catch (...) {
-      AfxThrowArchiveException(CArchiveException::genericException);
-    }
-  }
+  if (version > 1 && !ar.ReadIfNext(kNothing, sizeof kNothing)) LoadUsers(m_UserObjects, ar);
   RecentTexts& recent = RecentTexts::OfThread();
   LONG state = 0;
   ar >> m_Label;

@@ -154,6 +154,14 @@ TEST_F(References, FaultsInUsersAndPatternManagersRaiseInTheirPlace) {
       {manager(RecordBytes().Object(99)), CArchiveException::badIndex},
   };
   for (const auto& row : rows) EXPECT_EQ(LoadCause<QFObject>(row.bytes.Get()), row.cause) << Hex(row.bytes.Get());
+  const RecordBytes nested = RecordBytes().Word(1).Class(1).Class(1).Class(3).Bytes(rows[0].bytes.Get().substr(34));
+  try {
+    LoadedObject<QFObject>(users(nested).Get());
+    FAIL() << "loaded";
+  } catch (const CArchiveException& failure) {
+    EXPECT_STREQ(failure.what(), "archive failure: object of an unknown or unexpected class: QFNobody (byte 44)");
+    EXPECT_EQ(failure.m_strFileName, _T(""));
+  }
 }
 
 TEST_F(References, FailedLoadOfNodesThatUseOneAnotherIsTakenBack) {
