@@ -40,6 +40,8 @@ bool StackIsLowForLoading(int depth) { return StackBytesLeft() < kStackReserve +
 
 std::string NotSerial(const CRuntimeClass* record) { return fmt::format("{} is not serial", record->m_lpszClassName); }
 
+std::string NestedTooDeep(int depth) { return fmt::format("{} nested objects are too many for the stack", depth); }
+
 // A name from damaged bytes.
 std::string Printable(std::string_view name) {
   std::string text(name);
@@ -114,7 +116,7 @@ void CArchive::WriteObject(const CObject* object) {
   if (const DWORD number = stored.NumberOf(object)) return WriteTag(number, /*isClass=*/false);
   const CRuntimeClass* record = object->GetRuntimeClass();
   if (record->m_wSchema == CRuntimeClass::kNoSchema) FailClass(CArchiveException::badClass, NotSerial(record));
-  if (StackIsLowForLoading(m_nDepth)) Fail(CArchiveException::genericException);
+  if (StackIsLowForLoading(m_nDepth)) FailClass(CArchiveException::genericException, NestedTooDeep(m_nDepth));
   if (stored.GetCount() >= kLastNumber - 1) Fail(CArchiveException::badIndex);
   WriteClass(record);
   stored.Enter(object);
@@ -349,7 +351,7 @@ CObject* CArchive::ReadReference(const CRuntimeClass* wanted, bool onlyNew) {
 }
 
 CObject* CArchive::ReadNewObject(DWORD tag, const CRuntimeClass* wanted) {
-  if (StackIsLow()) Fail(CArchiveException::genericException);
+  if (StackIsLow()) FailClass(CArchiveException::genericException, NestedTooDeep(m_nDepth));
   UINT schema = 0;
   const CRuntimeClass* record = ReadClassAfterTag(tag, schema);
   CheckClass(record, wanted);
