@@ -181,7 +181,8 @@ LSTATUS VisitValue(LockedKey& locked, Visit visit) {
   if (store.Known().CountValues(locked.Id()) == kReadsBeforePrefetch) {
     Query all(store, kFirstValues);
     for (all.Add(locked.Id()); all.Next();)
-      store.Known().AddValue(locked.Id(), all.Text(0), ERROR_SUCCESS, DWORD(all.Number(1)), all.Bytes(2));
+      if (all.HasValue(1))
+        store.Known().AddValue(locked.Id(), all.Text(0), ERROR_SUCCESS, DWORD(all.Number(1)), all.Bytes(2));
     if (const auto* known = store.Known().FindValue(locked.Id(), scratch.folded))
       return visit(known->type, known->data);
   }
@@ -194,6 +195,7 @@ LSTATUS VisitValue(LockedKey& locked, Visit visit) {
     found = query.Add(locked.Id()).Add(folded).Next();
   }
   if (found) {
+    if (!query.HasValue(0)) return store.NoteDamage();
     const DWORD type = DWORD(query.Number(0));
     store.Known().AddValue(locked.Id(), scratch.folded, ERROR_SUCCESS, type, query.Bytes(1));
     return visit(type, query.Bytes(1));
@@ -331,7 +333,7 @@ LSTATUS StepToValue(Query& query, LockedKey& locked, DWORD index) {
     if (!query.Add(locked.Id()).Add(std::int64_t{index}).Add(last.number).Next())
       return query.Status() == ERROR_SUCCESS ? locked.Missing(ERROR_NO_MORE_ITEMS) : query.Status();
   }
-  if (!IsValue(locked.InStore(), query.Text(4), query.Text(0)))
+  if (!query.HasValue(1) || !IsValue(locked.InStore(), query.Text(4), query.Text(0)))
     return query.Status() == ERROR_SUCCESS ? locked.InStore().NoteDamage() : query.Status();
   last = {index, query.Number(3), locked.InStore().LastContent()};
   return ERROR_SUCCESS;

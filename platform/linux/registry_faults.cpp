@@ -11,14 +11,15 @@ namespace kvregistry {
 namespace {
 
 constexpr Sql kCheckPages{6, "PRAGMA integrity_check(1)"};
-// A key that no walk reaches, or a value without a key.
+// A key that no walk reaches, a value without a key, or one with another kind of data than is ever written.
 constexpr Sql kFindLost{
     7,
     "SELECT 1 FROM key AS own LEFT JOIN key AS above ON above.id = own.parent WHERE own.id <> 1 AND"
     " (above.id IS NULL OR typeof(own.path) <> 'text' OR typeof(own.name) <> 'text' OR own.name = ''"
     "  OR length(own.path) <> length(above.path) + 1 + length(own.name)"
     "  OR substr(own.path, 1, length(above.path) + 1) <> above.path || '\\')"
-    " UNION ALL SELECT 1 FROM value WHERE key NOT IN (SELECT id FROM key) LIMIT 1"};
+    " UNION ALL SELECT 1 FROM value WHERE key NOT IN (SELECT id FROM key) OR typeof(data) <> 'blob'"
+    "  OR typeof(type) <> 'integer' OR type NOT BETWEEN 0 AND 4294967295 LIMIT 1"};
 
 struct Faults {
   std::mutex mutex;

@@ -54,6 +54,11 @@ std::string_view Query::Text(int column) {
   return {text ? text : "", std::size_t(sqlite3_column_bytes(statement_, column))};
 }
 
+bool Query::HasValue(int column) const {
+  return sqlite3_column_type(statement_, column) == SQLITE_INTEGER && Number(column) >= 0 &&
+         Number(column) <= 0xFFFFFFFF && sqlite3_column_type(statement_, column + 1) == SQLITE_BLOB;
+}
+
 std::string_view Query::Bytes(int column) const {
   const auto* bytes = static_cast<const char*>(sqlite3_column_blob(statement_, column));
   return {bytes, bytes ? std::size_t(sqlite3_column_bytes(statement_, column)) : 0};

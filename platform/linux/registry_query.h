@@ -32,6 +32,8 @@ class Query {
   // Without memory it is empty, and Status reports that.
   std::string_view Text(int column);
   bool IsText(int column) const { return sqlite3_column_type(statement_, column) == SQLITE_TEXT; }
+  // Whether the column and the one after it hold the type and the bytes of a value, as writing stores them.
+  bool HasValue(int column) const;
   // Bytes of a value; valid until the query ends.
   std::string_view Bytes(int column) const;
 

@@ -91,6 +91,9 @@ TEST_F(HiveFile, RowsThatContradictEachOtherAreDamage) {
       {false, _T(""), "UPDATE key SET path = CAST(path AS BLOB)" + of_b},
       {true, _T(""), "UPDATE value SET name = 'x'" + of_value},
       {true, _T(""), "UPDATE value SET name = 'a' || char(0)" + of_value},
+      {true, _T(""), "UPDATE value SET type = 'text'" + of_value},
+      {true, _T(""), "UPDATE value SET type = 4294967296" + of_value},
+      {true, _T(""), "UPDATE value SET data = 'text'" + of_value},
       {true, _T(""), "UPDATE value SET name = printf('%.20000c', 'a'), folded = printf('%.20000c', 'A')" + of_value},
   };
   const std::string good = (Ask(file_, "PRAGMA wal_checkpoint(TRUNCATE)"), ReadFile(file_));
