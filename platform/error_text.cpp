@@ -5,6 +5,7 @@
 
 #include "platform/locale.h"
 #include "platform/registry.h"
+#include "platform/safe_file.h"
 
 namespace {
 
@@ -49,6 +50,7 @@ constexpr Words kWords[] = {
     {ERROR_DIRECTORY, "the folder's name is not valid"},
     {ERROR_NO_UNICODE_TRANSLATION, "the file's encoding lacks a character of the text"},
     {ERROR_IO_DEVICE, "the disk failed while reading or writing"},
+    {kWrittenButNotFlushed, "it is written, but may be the old file again after a power failure"},
     {ERROR_RESOURCE_DATA_NOT_FOUND, "the library has no resources"},
     {ERROR_RESOURCE_NAME_NOT_FOUND, "the library has no such resource"},
     {ERROR_CANT_RESOLVE_FILENAME, "the path's links form a circle"},

@@ -41,7 +41,7 @@ class KVSHARE_API SafeFile {
   // The status of the first failure, or ERROR_SUCCESS.
   LONG FirstError() const;
   // The first failure as one line in UTF-8, "cannot write PATH: the disk is full"; for a replaced target "PATH is
-  // written, but ..."; empty without a failure.
+  // written, but ..."; empty without a failure. PATH is the system's path.
   std::string Reason() const;
 
  private:
@@ -65,5 +65,10 @@ class KVSHARE_API SafeFileProgress {
   Report m_outer;
 };
 
-// Writes a small file with one call. Returns ERROR_SUCCESS or the status of the failure.
+// The status of WriteFileSafely for a file that has the new content, whose old content may come back after a power
+// failure (SafeFile::IsReplaced). It is the platform's status for data that a delayed write has lost.
+inline constexpr LONG kWrittenButNotFlushed = 596;
+
+// Writes a small file with one call. Returns ERROR_SUCCESS or the status of the failure, which is then the last status
+// too.
 KVSHARE_API LONG WriteFileSafely(LPCWSTR path, std::string_view bytes);

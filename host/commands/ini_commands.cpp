@@ -13,8 +13,10 @@
 #include "host/commands/commands.h"
 #include "host/shell/failure.h"
 #include "host/shell/output.h"
+#include "host/shell/whole_file.h"
 #include "platform/files.h"
 #include "platform/profile.h"
+#include "platform/safe_file.h"
 #include "platform/text.h"
 
 namespace kestrova {
@@ -218,7 +220,9 @@ void List(const Options& options) {
 
 void Write(const Options& options, const CString& section, LPCTSTR key, LPCTSTR value) {
   if (WritePrivateProfileStringW(section, key, value, options.Path().c_str())) return;
-  throw Failure(fmt::format("cannot write {}: {}", options.file, ReasonOf(LONG(GetLastError()))),
+  const LONG status = LONG(GetLastError());
+  throw Failure(status == kWrittenButNotFlushed ? WrittenButNotFlushed(options.file)
+                                                : fmt::format("cannot write {}: {}", options.file, ReasonOf(status)),
                 {.file = options.file});
 }
 

@@ -16,7 +16,9 @@
 #include "host/shell/failure.h"
 #include "host/shell/output.h"
 #include "host/shell/text_table.h"
+#include "host/shell/whole_file.h"
 #include "platform/files.h"
+#include "platform/safe_file.h"
 #include "share/env/app_env.h"
 #include "share/utilities/tech_db_config_file.h"
 
@@ -151,10 +153,15 @@ void Store(CKVEnvApp& env, QFTechDBConfigInfo& list, int number) {
     throw Failure("cannot store the choice: there is no file " + file);
   for (int i = 0; i < list.GetCount(); ++i) list.GetTechDBConfigData(i)->SetActiveFlag(i == number - 1);
   env.UpdateDBConfigData(&list);
-  if (!env.WriteDBConfigData())
-    throw Failure("cannot write " + file +
-                  ": it must be writable, with one node, such as a comment, before the databases and only whole "
-                  "databases after it");
+  SetLastError(ERROR_SUCCESS);
+  if (env.WriteDBConfigData()) return;
+  const LONG status = LONG(GetLastError());
+  if (status == kWrittenButNotFlushed) throw Failure(WrittenButNotFlushed(file), {.file = file});
+  throw Failure(fmt::format("cannot write {}: {}", file,
+                            status != ERROR_SUCCESS ? ErrorText(DWORD(status))
+                                                    : "it must have one node, such as a comment, before the databases "
+                                                      "and only whole databases after it"),
+                {.file = file});
 }
 
 void Activate(const Options& options) {

@@ -62,10 +62,13 @@ void WriteWholeFile(const std::string& file, std::string_view bytes) {
 }
 
 void ThrowNotWritten(const std::string& file, LONG status, bool replaced) {
-  const char* const reason = ErrorText(DWORD(status));
-  if (!replaced) throw Failure(fmt::format("cannot write {}: {}", file, reason), {.file = file});
-  throw Failure(fmt::format("{} is written, but may be the old file again after a power failure: {}", file, reason),
-                {.file = file});
+  throw Failure(
+      replaced ? WrittenButNotFlushed(file) : fmt::format("cannot write {}: {}", file, ErrorText(DWORD(status))),
+      {.file = file});
+}
+
+std::string WrittenButNotFlushed(const std::string& file) {
+  return file + " is written, but the disk has failed: after a power failure it may be the old file again";
 }
 
 void CheckTarget(const std::string& file, bool force) {

@@ -19,6 +19,9 @@ void WriteWholeFile(const std::string& file, std::string_view bytes);
 // Throws Failure for a SafeFile that could not be written. If it is not `replaced`, an old file stays as it was.
 [[noreturn]] void ThrowNotWritten(const std::string& file, LONG status, bool replaced);
 
+// What a command says of a file that has the new content although writing failed (platform/safe_file.h).
+std::string WrittenButNotFlushed(const std::string& file);
+
 // Throws Failure if the file exists and `force` is false.
 void CheckTarget(const std::string& file, bool force);
 

@@ -16,7 +16,6 @@
 #include "platform/linux/drives.h"
 #include "platform/linux/errno_status.h"
 #include "platform/linux/file_system.h"
-#include "platform/linux/utf8.h"
 #include "platform/paths.h"
 
 namespace {
@@ -75,7 +74,7 @@ std::string PathBehindLinks(const std::string& path) {
 }
 
 struct SafeFile::State {
-  std::string product_path;  // for messages
+  std::string shown;  // the path for messages
   std::string target;
   std::string temporary;  // empty if there is nothing to remove
   std::string collected;
@@ -164,13 +163,13 @@ struct SafeFile::State {
 };
 
 SafeFile::SafeFile(LPCWSTR path) : state_(std::make_unique<State>()) {
-  state_->product_path = Utf8FromWide(path);
-  if (state_->product_path.empty()) {
+  if (!path || !*path) {
     state_->status = ERROR_PATH_NOT_FOUND;
     return;
   }
   EnsureDriveFolder(path);
-  state_->target = PathBehindLinks(SystemPathFromProduct(path));
+  state_->shown = SystemPathFromProduct(path);
+  state_->target = PathBehindLinks(state_->shown);
   state_->Open();
 }
 
@@ -214,8 +213,8 @@ LONG SafeFile::FirstError() const { return state_->status; }
 std::string SafeFile::Reason() const {
   if (state_->status == ERROR_SUCCESS) return {};
   const std::string text = ErrorText(DWORD(state_->status));
-  if (!state_->replaced) return "cannot write " + state_->product_path + ": " + text;
-  return state_->product_path + " is written, but may be the old file again after a power failure: " + text;
+  if (!state_->replaced) return "cannot write " + state_->shown + ": " + text;
+  return state_->shown + " is written, but may be the old file again after a power failure: " + text;
 }
 
 SafeFileProgress::SafeFileProgress(Report report) : m_outer(std::exchange(t_report, report)) {}
@@ -225,6 +224,8 @@ SafeFileProgress::~SafeFileProgress() { t_report = m_outer; }
 LONG WriteFileSafely(LPCWSTR path, std::string_view bytes) {
   SafeFile file(path);
   file.Write(bytes);
-  file.Commit();
-  return file.FirstError();
+  if (file.Commit()) return ERROR_SUCCESS;
+  const LONG status = file.IsReplaced() ? kWrittenButNotFlushed : file.FirstError();
+  SetLastError(DWORD(status));
+  return status;
 }

@@ -235,6 +235,8 @@ SafeFileProgress::~SafeFileProgress() { t_report = m_outer; }
 LONG WriteFileSafely(LPCWSTR path, std::string_view bytes) {
   SafeFile file(path);
   file.Write(bytes);
-  file.Commit();
-  return file.FirstError();
+  if (file.Commit()) return ERROR_SUCCESS;
+  const LONG status = file.FirstError();
+  SetLastError(DWORD(status));
+  return status;
 }

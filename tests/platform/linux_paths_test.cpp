@@ -208,9 +208,9 @@ TEST_F(Safe, FailuresComeWithAReasonAndLeaveNothing) {
     LONG status;
     std::string reason;
   } rows[] = {
-      {_T("C:\\locked"), ERROR_ACCESS_DENIED, "cannot write C:\\locked: access denied"},
-      {_T("C:\\pipe"), ERROR_ACCESS_DENIED, "cannot write C:\\pipe: access denied"},
-      {_T("C:\\none\\f"), ERROR_PATH_NOT_FOUND, "cannot write C:\\none\\f: the folder does not exist"},
+      {_T("C:\\locked"), ERROR_ACCESS_DENIED, "cannot write " + Drive("/locked") + ": access denied"},
+      {_T("C:\\pipe"), ERROR_ACCESS_DENIED, "cannot write " + Drive("/pipe") + ": access denied"},
+      {_T("C:\\none\\f"), ERROR_PATH_NOT_FOUND, "cannot write " + Drive("/none/f") + ": the folder does not exist"},
       {_T(""), ERROR_PATH_NOT_FOUND, "cannot write : the folder does not exist"},
   };
   for (const auto& row : rows) {
@@ -246,11 +246,13 @@ TEST_F(Safe, FolderThatCannotBeFlushedIsToldFromAFailedWrite) {
   SafeFile file(_T("C:\\f"));
   EXPECT_TRUE(file.Write("new"));
   EXPECT_FALSE(file.Commit());
-  g_folders_fail = false;
   EXPECT_TRUE(file.IsReplaced());
-  EXPECT_EQ(file.Reason(),
-            "C:\\f is written, but may be the old file again after a power failure: "
-            "the disk failed while reading or writing");
+  EXPECT_EQ(WriteFileSafely(_T("C:\\f"), "new"), kWrittenButNotFlushed);
+  EXPECT_EQ(GetLastError(), DWORD(kWrittenButNotFlushed));
+  g_folders_fail = false;
+  EXPECT_EQ(file.Reason(), Drive("/f") +
+                               " is written, but may be the old file again after a power failure: "
+                               "the disk failed while reading or writing");
   EXPECT_EQ(kvtest::ReadFile(Drive("/f")), "new");
 }
 
