@@ -77,8 +77,8 @@ bool ExamineInstallation(const CKVEnvApp& env, Findings& findings) {
   findings.push_back({kError, "installation",
                       fmt::format("the path of the library has {} characters, and the product can use {}: {}",
                                   file.GetLength(), MAX_PATH - 1, System(file)),
-                      "move the installation to a folder with a shorter path; until then nothing is saved to the "
-                      "registry"});
+                      "move the installation to a folder with a shorter path; until then the start saves no "
+                      "path to the registry"});
   return false;
 }
 

@@ -42,9 +42,11 @@ const std::string& ProgramFile() {
 std::string FileOf(const dl_phdr_info& info) {
   std::string name = info.dlpi_name;
   if (name.empty()) return ProgramFile();
-  if (name.find('/') == 0 || name.find('/') == std::string::npos) return name;  // the vDSO has no file
-  char path[PATH_MAX];                                                          // a module with a relative path
-  return realpath(name.c_str(), path) ? path : name;
+  const std::size_t slash = name.rfind('/');
+  if (slash == std::string::npos) return name;  // the vDSO has no file
+  if (name.front() == '/' && name.find("/../") == std::string::npos) return name;
+  char folder[PATH_MAX];  // a relative path, or a RUNPATH such as bin/../lib
+  return realpath(name.substr(0, slash).c_str(), folder) ? folder + name.substr(slash) : name;
 }
 
 // The file's name without the version after ".so", if the folder has that name for the same file: programs load a

@@ -44,6 +44,7 @@ TEST(ProcessItself, ProgramIsFoundByNull) {
 TEST(ProcessItself, ModuleFileNameIsCutToTheBuffer) {
   TCHAR whole[MAX_PATH];
   const DWORD length = GetModuleFileNameW(GetModuleHandleW(_T("KVSHAREu")), whole, MAX_PATH);
+  EXPECT_EQ(TextView(whole).find(_T("..")), TextView::npos) << "programs find it by $ORIGIN/../lib";
   TCHAR cut[MAX_PATH];
   std::fill(std::begin(cut), std::end(cut), TCHAR('#'));
   EXPECT_EQ(GetModuleFileNameW(GetModuleHandleW(_T("KVSHAREu")), cut, length), length);
