@@ -12,6 +12,7 @@
 #include "companions/database/internal/odbc_calls.h"
 #include "companions/database/recordset.h"
 #include "platform/odbc.h"
+#include "platform/paths.h"
 
 using kvdatabase::DriverText;
 using kvdatabase::Handle;
@@ -38,12 +39,11 @@ bool StartsWith(const CString& text, LPCTSTR start) {
 
 // The target of a connection for a message: the file or data source, or server and database.
 std::string Target(const ConnectionPieces& pieces) {
-  for (LPCTSTR file : {_T("DBQ"), _T("DSN")}) {
-    if (const auto value = pieces.Value(file)) return ToUtf8(*value);
-  }
-  const std::string database = ToUtf8(pieces.Value(_T("DATABASE")).value_or(CString()));
+  if (const auto file = pieces.Value(_T("DBQ"))) return SystemPathFromProduct(*file);
+  if (const auto source = pieces.Value(_T("DSN"))) return ToUtf8(*source);
+  const CString database = pieces.Value(_T("DATABASE")).value_or(CString());
   const auto server = pieces.Value(_T("SERVER"));
-  return server ? "database " + database + " on server " + ToUtf8(*server) : database;
+  return server ? "database " + ToUtf8(database) + " on server " + ToUtf8(*server) : SystemPathFromProduct(database);
 }
 
 CString Information(const Handle& link, SQLUSMALLINT kind) {
@@ -112,7 +112,8 @@ CDaoDatabase::Connection::~Connection() {
   if (connected) SQLDisconnect(link.Get());
 }
 
-Handle CDaoDatabase::Connection::Run(const CString& sql, std::vector<Parameter>& parameters) const {
+Handle CDaoDatabase::Connection::Run(const CString& sql, std::vector<Parameter>& parameters,
+                                     const std::string& failure) const {
   if (read_only) RequireQuery(sql);
   Handle statement(SQL_HANDLE_STMT, link.Get());
   SQLUSMALLINT number = 0;
@@ -127,7 +128,7 @@ Handle CDaoDatabase::Connection::Run(const CString& sql, std::vector<Parameter>&
   CString text = sql;
   if (!takes_semicolons) text.TrimRight(_T("; \t\r\n"));
   const short result = SQLExecDirect(statement.Get(), Units(DriverText(text)), SQL_NTS);
-  if (!Succeeded(result) && result != SQL_NO_DATA) Throw(statement, "cannot run the statement", pieces);
+  if (!Succeeded(result) && result != SQL_NO_DATA) Throw(statement, failure, pieces);
   return statement;
 }
 
@@ -158,16 +159,17 @@ void CDaoDatabase::Open(const CString& pathOrConnection, bool readOnly) {
   if (readOnly)  // a hint; some drivers ignore it
     SQLSetConnectAttr(connection->link.Get(), SQL_ATTR_ACCESS_MODE, reinterpret_cast<void*>(SQL_MODE_READ_ONLY),
                       SQL_IS_UINTEGER);
+  const std::string failure = "cannot open " + Target(connection->pieces);
   if (!Succeeded(SQLDriverConnect(connection->link.Get(), nullptr, Units(forManager), SQL_NTS, nullptr, 0, nullptr,
                                   SQL_DRIVER_NOPROMPT)))
-    Throw(connection->link, "cannot open " + Target(connection->pieces), connection->pieces);
+    Throw(connection->link, failure, connection->pieces);
   connection->connected = true;
   const CString program = Information(connection->link, SQL_DBMS_NAME);
   connection->takes_semicolons = program != _T("MDBTOOLS");
   std::vector<Parameter> none;
   const bool isSQLite = program == _T("SQLite");
   if (isSQLite)  // its driver accepts any file and fails only at the first query
-    connection->Run(_T("SELECT COUNT(*) FROM sqlite_master"), none);
+    connection->Run(_T("SELECT COUNT(*) FROM sqlite_master"), none, failure);
   if (readOnly && isSQLite) {
     connection->Run(_T("PRAGMA query_only = 1"), none);
   } else if (readOnly) {  // changes are rolled back when the connection closes

@@ -55,7 +55,8 @@ struct CDaoDatabase::Connection {
   ~Connection();
 
   // Runs a statement with the parameters and returns its handle. Throws on failure.
-  kvdatabase::Handle Run(const CString& sql, std::vector<kvdatabase::Parameter>& parameters) const;
+  kvdatabase::Handle Run(const CString& sql, std::vector<kvdatabase::Parameter>& parameters,
+                         const std::string& failure = "cannot run the statement") const;
 
   ConnectionPieces pieces;  // before ForDriverManager
   kvdatabase::Handle environment;
