@@ -312,6 +312,9 @@ void AddMachineCommands(CLI::App& group) {
   }
 }
 
+// A shell would split a name with one of these, or run a part of it: some put a candidate into the line as it is.
+constexpr char kShellMarks[] = " \t\r\n;&|<>()$`\\\"'*?[]{}#~!=";
+
 std::vector<std::string> MachineCandidates(const std::vector<std::string>& words) {
   const auto isNamed = [&](const Verb& verb) { return verb.named && words.front() == verb.name; };
   if (words.size() < 2 || std::ranges::none_of(kVerbs, isNamed) || words.back().starts_with('-')) return {};
@@ -332,8 +335,7 @@ std::vector<std::string> MachineCandidates(const std::vector<std::string>& words
   std::vector<std::string> names;
   if (folder.IsEmpty()) return names;
   for (MachineEntry& machine : MachinesIn(WithBackslash(folder), options.type)) {
-    if (machine.name.find(' ') == std::string::npos)
-      names.push_back(std::move(machine.name));  // the shell would split it
+    if (machine.name.find_first_of(kShellMarks) == std::string::npos) names.push_back(std::move(machine.name));
   }
   return names;
 }
