@@ -12,7 +12,9 @@ namespace kestrova {
 
 namespace {
 
-constexpr std::size_t kMostImportBytes = 64 << 20;
+// An export has some 150 KB, and at most lists of pairs inside its rows. Parsed JSON takes up to 40 times its bytes.
+constexpr std::size_t kMostImportBytes = 16 << 20;
+constexpr int kMostDepth = 8;
 
 }  // namespace
 
@@ -21,7 +23,10 @@ SettingsFile::SettingsFile(const std::string& file, TreeValues& tree) : file_(fi
   if (bytes.size() > kMostImportBytes) Refuse(fmt::format("it is longer than {} MiB", kMostImportBytes >> 20));
   Json json;
   try {
-    json = Json::parse(bytes);
+    json = Json::parse(bytes, [this](int depth, Json::parse_event_t, Json&) {
+      if (depth > kMostDepth) Refuse("it is not an export of settings: it is nested too deeply");
+      return true;
+    });
   } catch (const Json::parse_error& error) {
     Refuse(fmt::format("byte {}: not valid JSON", error.byte));
   } catch (const Json::out_of_range&) {
