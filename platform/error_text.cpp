@@ -55,6 +55,7 @@ constexpr Words kWords[] = {
     {ERROR_RESOURCE_NAME_NOT_FOUND, "the library has no such resource"},
     {ERROR_CANT_RESOLVE_FILENAME, "the path's links form a circle"},
     {ERROR_ENVVAR_NOT_FOUND, "no such environment variable"},
+    {ERROR_NOACCESS, "invalid access to memory"},
     {ERROR_INVALID_FLAGS, "a flag is not valid"},
     {ERROR_MORE_DATA, "there is more data than room"},
     {ERROR_NO_MORE_ITEMS, "there are no more items"},

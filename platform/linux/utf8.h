@@ -5,12 +5,10 @@
 #include <string_view>
 
 #include "platform/types.h"
+#include "platform/utf8.h"
 
-// Half surrogate pairs become U+FFFD. Null counts as empty.
-std::string Utf8FromWide(std::u16string_view text);
+// Null counts as empty.
 std::string Utf8FromWide(LPCWSTR text);
-// Invalid bytes become U+FFFD.
-std::u16string WideFromUtf8(std::string_view bytes);
 
 // Names that the system gives: of files, environment variables and modules. A byte that is not part of valid UTF-8
 // becomes U+DC00 + byte, a half surrogate pair from U+DC80 to U+DCFF, and such a unit becomes the byte again. So every

@@ -5,7 +5,7 @@
 #include <shellapi.h>
 #include <stdio.h>
 
-#include "platform/windows/utf8.h"
+#include "platform/utf8.h"
 
 std::vector<std::string> Utf8Arguments(int, char**) {
   std::vector<std::string> arguments;

@@ -1,7 +1,7 @@
 // The wide calls do not depend on a locale.
 #include "platform/odbc.h"
 
-#include "platform/windows/utf8.h"
+#include "platform/utf8.h"
 
 namespace {
 

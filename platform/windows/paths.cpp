@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "platform/windows/utf8.h"
+#include "platform/utf8.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <algorithm>
 
 #include "platform/process.h"
-#include "platform/windows/utf8.h"
+#include "platform/utf8.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "platform/windows/utf8.h"
+#include "platform/utf8.h"
 
 #include "platform/text.h"
 

@@ -1,7 +1,8 @@
-// Conversion between the system's text and UTF-8.
+// Conversion between the product's text and UTF-8. Not public.
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "platform/types.h"
 
