@@ -59,7 +59,7 @@ TEST_F(RegistryValues, SeveralValuesAreReadIntoOneBuffer) {
   EXPECT_EQ(read(10), std::pair(LSTATUS(ERROR_SUCCESS), DWORD(10)));
   EXPECT_EQ(std::string(std::begin(data), std::end(data)), "1234567123-");
   EXPECT_EQ(values[2].ve_valueptr, reinterpret_cast<std::uintptr_t>(data + 3));
-  EXPECT_EQ(std::pair(values[2].ve_valuelen, values[2].ve_type), std::pair(DWORD(4), REG_DWORD));
+  EXPECT_EQ(std::pair(values[2].ve_valuelen, values[2].ve_type), std::pair(DWORD(4), DWORD(REG_DWORD)));
   EXPECT_EQ(read(9), std::pair(LSTATUS(ERROR_MORE_DATA), DWORD(10)));
   EXPECT_EQ(data[9], '-') << "wrote past the buffer";
   values[3].ve_valuename = none;

@@ -1,9 +1,7 @@
 // A settings tree in the registry: the bytes that it writes, and the values that it reads.
-#include <thread>
-
 #include "share/settings/feed_colors.h"
 #include "share/settings/settings_key.h"
-#include "tests/child_process.h"
+#include "tests/host/run_command.h"
 #include "tests/registry_calls.h"
 
 namespace {
@@ -208,20 +206,15 @@ TEST_F(SettingsRegistry, WritesAgainWhatAnotherProcessHasChanged) {
     DWORD number;
   } rows[] = {{kPath, _T("other"), 1}, {kPath, _T("v3"), 5}, {kPath, _T("v7"), 2}, {kTable, _T("4.00"), 5},
               {kTable, _T("2.00"), 1}, {kTable, nullptr, 0}, {kPath, nullptr, 0}};
-  const kvtest::SharedNumber asked, done;
-  const pid_t child = kvtest::InChild([&] {
-    for (int i = 0; i < 2 * int(std::size(rows)); ++i) {
-      while (*asked == i) std::this_thread::yield();
-      const auto& row = rows[i / 2];
-      if (row.name) kvtest::Put(HKEY_CURRENT_USER, row.path, row.name, {REG_DWORD, Raw(row.number)});
-      if (!row.name) RegDeleteTreeW(HKEY_CURRENT_USER, row.path);
-      *done = i + 1;
-    }
-    return true;
-  });
+  const auto change = [](const auto& row) {
+    const std::string path = "HKCU\\" + ToUtf8(row.path);
+    if (!row.name) return kvtest::RunCommand({"reg", "delete", path, "/f"});
+    return kvtest::RunCommand(
+        {"reg", "add", path, "/v", ToUtf8(row.name), "/t", "REG_DWORD", "/d", std::to_string(row.number), "/f"});
+  };
   for (int i = 0; i < 2 * int(std::size(rows)); ++i) {
     EXPECT_EQ(root.SaveValuesToRegistry(), 1);
-    for (*asked = i + 1; *done != i + 1;) std::this_thread::yield();
+    EXPECT_EQ(change(rows[i / 2]).exit_code, 0) << i;
     if (i % 2) root.SetValue(_T("v0"), i);  // with a change of its own, too
     EXPECT_EQ(root.SaveValuesToRegistry(), 1) << i;
     EXPECT_EQ(kvtest::Get(HKEY_CURRENT_USER, kPath, _T("v0")).bytes, Raw(i % 2 ? i : std::max(1, i - 1))) << i;
@@ -231,7 +224,6 @@ TEST_F(SettingsRegistry, WritesAgainWhatAnotherProcessHasChanged) {
     EXPECT_EQ(kvtest::ValueNames(key), (std::vector<kvtest::Text>{_T("1.00"), _T("2.00"), _T("3.00")})) << i;
     EXPECT_EQ(kvtest::Get(HKEY_CURRENT_USER, kTable, _T("2.00")), five) << i;
   }
-  EXPECT_EQ(kvtest::ExitCode(child), 0);
 }
 
 TEST_F(SettingsRegistry, KeyOfAModuleFindsTheItemsBeforeItSaved) {
