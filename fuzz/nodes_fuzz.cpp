@@ -7,6 +7,8 @@
 #include "framework/ob_list.h"
 #include "share/core/document_callbacks.h"
 #include "share/objects/object.h"
+#include "share/patterns/pattern_manager.h"
+#include "share/patterns/pattern_orders.h"
 
 namespace {
 
@@ -70,16 +72,25 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   } catch (const CArchiveException&) {
     return 0;
   }
+  // Parts of patterns are deleted by their owners; patterns_fuzz.cpp uses them.
+  bool hasPatterns = false;
+  ar.DeleteLoaded([&](const CObject* object) {
+    hasPatterns = hasPatterns || object->IsKindOf(RUNTIME_CLASS(QFObjectPatternMgr)) ||
+                  object->IsKindOf(RUNTIME_CLASS(QFPattOptimizMgr));
+    return false;
+  });
+  if (hasPatterns) {
+    ar.DeleteLoaded([](const CObject*) { return true; });
+    return 0;
+  }
   std::set<CObject*> objects;
   Collect(root, objects);
   for (CObject* object : objects)
     if (auto* node = DYNAMIC_DOWNCAST(QFObject, object)) Use(*node);
   for (CObject* object : objects)
     if (auto* node = DYNAMIC_DOWNCAST(QFObject, object)) node->DetachFromAllUserObjects();
-  // Pattern managers are deleted by their nodes; objects that are neither nodes nor lists by other owners.
-  for (CObject* object : objects) {
-    auto* node = DYNAMIC_DOWNCAST(QFObject, object);
-    if (node ? !node->GetIsPatternObject() : object->IsKindOf(RUNTIME_CLASS(CObList))) delete object;
-  }
+  // Objects that are neither nodes nor lists have other owners.
+  for (CObject* object : objects)
+    if (object->IsKindOf(RUNTIME_CLASS(QFObject)) || object->IsKindOf(RUNTIME_CLASS(CObList))) delete object;
   return 0;
 }

@@ -17,6 +17,9 @@ class ObjectPatterns {
   virtual QFObjectPatternMgr* ManagerOf(QFObject* node) const = 0;
   // Creates a manager for the base object; the caller owns it. Null on failure.
   virtual QFObjectPatternMgr* Create(QFObject* base) const = 0;
+  // A node has its manager from an archive. The manager drops and logs a base object that is not this node, now or when
+  // it reads it.
+  virtual void NoteLoadedFor(QFObjectPatternMgr* manager, QFObject* node) const = 0;
   virtual int Rebuild(QFObjectPatternMgr* manager) const = 0;
   virtual int CopyParameters(QFObjectPatternMgr* manager, QFObjectPatternMgr* source) const = 0;
   virtual QFObject* GetBaseObjectToPattern(QFObjectPatternMgr* manager) const = 0;

@@ -136,4 +136,5 @@ void QFObject::LoadPattern(CArchive& ar) {
     AfxThrowArchiveException(CArchiveException::badIndex, ar.m_strFileName);
   manager->m_bIsPatternOfLoaded = true;
   m_pPatternMngr = patterns->ManagerOf(manager);
+  patterns->NoteLoadedFor(m_pPatternMngr, this);
 }

@@ -1,0 +1,25 @@
+// ActiveInstances finds the active instances of a pattern by their number. It remembers how many active instances are
+// before each block of instances, so that it asks only the instances of one block again. It serves one
+// description. Not public.
+#pragma once
+
+#include <vector>
+
+#include "platform/types.h"
+
+class QFPatternInfo;
+
+class ActiveInstances {
+ public:
+  // The instance number of active instance n, from 0; total if there are fewer. total is the description's number of
+  // instances.
+  LONGLONG Find(QFPatternInfo& info, LONGLONG total, LONGLONG n);
+
+ private:
+  static constexpr LONGLONG kBlock = 256;
+
+  std::vector<LONGLONG> m_before;  // the number of active instances before each block that was reached
+  // The description's changes and the total for which m_before is valid.
+  ULONGLONG m_changes = 0;
+  LONGLONG m_total = 0;
+};
