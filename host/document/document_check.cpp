@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "host/document/document_status.h"
+#include "host/document/pattern_report.h"
+#include "share/patterns/pattern_info.h"
 
 namespace kestrova {
 namespace {
@@ -26,6 +28,7 @@ class Check {
       CheckState(node);
       CheckId(node);
       CheckEntry(node);
+      if (node.GetIsPatterned()) CheckPattern(node);
     }
     CheckCounts();
   }
@@ -95,6 +98,14 @@ class Check {
     if (document_.Indexer().FindIndex(&node) >= 0) return;
     Found(kFaultInIndexer, "{} is not in the indexer", LabelOf(node));
     if (repair_) document_.Indexer().AddObj(&node);
+  }
+
+  void CheckPattern(HostNode& node) {
+    QFPatternInfo* const pattern = PatternOf(node);
+    if (pattern && !pattern->GetIsPatterNotFullyDefined()) return;
+    Found(kFaultInNodes, "{} has a pattern {}", LabelOf(node),
+          pattern ? "whose parameters are invalid" : "without a description");
+    if (repair_) node.DestroyPattern();
   }
 
   void CheckCounts() {

@@ -13,6 +13,7 @@
 #include "host/document/feature_node.h"
 #include "host/document/host_document.h"
 #include "host/document/operation_node.h"
+#include "host/document/pattern_report.h"
 #include "host/document/tool_node.h"
 #include "host/shell/output.h"
 #include "host/shell/progress_bar.h"
@@ -97,12 +98,15 @@ class JsonFacts final : public NodeFacts {
   }
   void Direction(const char* name, const FRUnitVector& direction) override {
     AppendName(name);
-    const char* before = "[";
-    for (const double part : {direction.x(), direction.y(), direction.z()}) {
-      out_ += std::exchange(before, ", ");
-      AppendNumber(part + 0);  // turns -0 into 0
-    }
-    out_ += ']';
+    AppendTriple(direction.x(), direction.y(), direction.z());
+  }
+  void Place(const char* name, const FRPosition& metres) override {
+    AppendName(name);
+    AppendTriple(metres.x() / unit_.metres, metres.y() / unit_.metres, metres.z() / unit_.metres);
+  }
+  void Switch(const char* name, bool on) override {
+    AppendName(name);
+    out_ += on ? "true" : "false";
   }
   void Text(const char* name, LPCTSTR text) override {
     AppendName(name);
@@ -111,6 +115,14 @@ class JsonFacts final : public NodeFacts {
 
  private:
   void AppendName(const char* name) { out_.append(std::exchange(between_, ", ")) += fmt::format("\"{}\": ", name); }
+  void AppendTriple(double x, double y, double z) {
+    const char* before = "[";
+    for (const double part : {x, y, z}) {
+      out_ += std::exchange(before, ", ");
+      AppendNumber(part + 0);  // turns -0 into 0
+    }
+    out_ += ']';
+  }
   // 15 digits: without the last digit's error from the change of units. JSON has no number for infinity and NaN.
   void AppendNumber(double value) {
     if (std::isfinite(value)) {
@@ -158,6 +170,7 @@ void AppendNodeJson(std::string& out, HostNode& node, int depth, bool suppressed
     id("tool", operation->Tool());
     number("flagged", operation->IsFlagged());
   }
+  if (node.GetIsPatterned()) out.append(", \"pattern\": ") += JsonText(PatternJson(node, unit));
   out += '}';
 }
 
@@ -183,6 +196,10 @@ void WriteTree(const HostDocument& document, std::FILE* out) {
       fmt::format_to(std::back_inserter(text), ", changed by {} {}", ToUtf8(node.GetLastModifiedBy()),
                      ToUtf8(node.GetLastModified()));
     endLine(text, start);
+    if (!node.GetIsPatterned()) return;
+    const std::size_t next = text.size();
+    text.append(std::size_t(std::min(depth + 2, kDeepestIndent)) * 2, ' ') += "pattern: " + PatternText(node);
+    endLine(text, next);
   });
 }
 

@@ -8,6 +8,8 @@
 
 #include "framework/ob_list.h"
 #include "share/core/dump.h"
+#include "share/patterns/pattern_manager.h"
+#include "share/patterns/pattern_orders.h"
 
 namespace kestrova {
 
@@ -49,9 +51,10 @@ class HostDocument::UseCheck {
  public:
   explicit UseCheck(const HostDocument& document) : document_(document), uses_(document.NodeCount()) {}
 
-  void Add(const HostNode& node) {
+  void Add(HostNode& node) {
     if (const QFObject* owner = node.GetOriginalOwner()) AddUse(node, owner);
     if (const HostNode* used = node.UsedNode()) AddUse(node, used);
+    if (node.GetIsPatterned()) AddPattern(node);
     users_ += node.GetCountOfUserObjects();
   }
 
@@ -68,7 +71,16 @@ class HostDocument::UseCheck {
     DWORD shuffled : 1 = 0;
   };
 
-  void AddUse(const HostNode& node, const QFObject* used) {
+  // A pattern's manager uses its node, and its orders use the nodes that they are for.
+  void AddPattern(HostNode& node) {
+    AddUse(*node.GetPatternMgr(), &node);
+    const QFPatternInfo* pattern = node.GetPatternMgr()->GetPatternInfo();
+    const QFPattOptimizMgr* orders = pattern ? pattern->GetPatternOptimMgr() : nullptr;
+    if (!orders) return;
+    for (const QFObject* object : orders->GetAllIdentifiers()) AddUse(*orders, object);
+  }
+
+  void AddUse(const QFObject& node, const QFObject* used) {
     if (!document_.Owns(used)) {
       lost_ = true;
       return;
@@ -86,12 +98,13 @@ class HostDocument::UseCheck {
 
   // True if the list has exactly the users of the node, in any order.
   bool HoldsItsUsers(DWORD place) const {
-    const HostNode* used = document_.m_nodes[place];
+    HostNode* used = document_.m_nodes[place];
     const auto users = used->UserObjectsAsTheyLie();
     if (users.size() != uses_[place].count) return false;
     std::unordered_set<const CObject*> seen;
     return std::all_of(users.begin(), users.end(), [&](const CObject* object) {
-      if (!document_.Owns(object) || !seen.insert(object).second) return false;
+      if (!document_.KnowsUser(object, *used) || !seen.insert(object).second) return false;
+      if (!document_.Owns(object)) return true;
       const auto* user = static_cast<const HostNode*>(object);
       return user->GetOriginalOwner() == used || user->UsedNode() == used;
     });
@@ -163,8 +176,11 @@ void HostDocument::CutRings() {
 // Without memory for a check it raises before it changes the tree.
 void HostDocument::RebuildTree() {
   UseCheck uses(*this);
+  m_orders.clear();
+  m_brokenPatterns.clear();
   for (HostNode* node : m_nodes) {
     if (!Owns(node->GetOwner())) node->SetOwner(nullptr);
+    if (node->GetIsPatterned()) RepairPattern(*node);
     uses.Add(*node);
   }
   if (!uses.AllAgree())
@@ -216,34 +232,23 @@ bool HostDocument::RepairOwner(HostNode& node) {
 std::vector<HostDocument::RepairedLinks> HostDocument::RepairLinks() {
   std::vector<RepairedLinks> mended;
   if (const LinkFaults faults = RepairOwnLinks(); faults.Count() > 0) mended.push_back({HostNode::kNoPlace, faults});
-  std::vector<DWORD> ownerless;  // places of nodes with a dropped owner
+  std::map<DWORD, LinkFaults> found;  // by place: dropped owners and faults of patterns
   UseCheck uses(*this);
   for (HostNode* node : m_nodes) {
     Prefetch(node->m_place);
-    if (!RepairOwner(*node)) ownerless.push_back(node->m_place);
+    if (!RepairOwner(*node)) found[node->m_place] = {.dangling = 1, .oneSided = 0, .ownerLost = true};
+    if (node->GetIsPatterned()) {
+      if (const LinkFaults faults = RepairPattern(*node); faults.Count() > 0) found[node->m_place] += faults;
+    }
     uses.Add(*node);
     AppendToTree(*node, static_cast<HostNode*>(node->GetOwner()));
   }
-  if (ownerless.empty() && uses.AllAgree()) return mended;
-  auto next = ownerless.cbegin();
+  if (found.empty() && uses.AllAgree()) return mended;
   for (HostNode* node : m_nodes) {
-    LinkFaults faults = node->RepairLinks(*this);
-    if (next != ownerless.cend() && *next == node->m_place) {
-      faults.ownerLost = true;
-      ++faults.dangling;
-      ++next;
-    }
-    if (faults.Count() > 0) mended.push_back({node->m_place, faults});
+    if (const LinkFaults faults = node->RepairLinks(*this); faults.Count() > 0) found[node->m_place] += faults;
   }
+  for (const auto& [place, faults] : found) mended.push_back({place, faults});
   return mended;
-}
-
-void HostDocument::DeleteLostNodes() {
-  m_lost.insert(m_lost.end(), m_placeholders.begin(), m_placeholders.end());
-  m_placeholders.clear();
-  for (HostNode* node : m_lost) node->DropLinks();
-  for (auto at = m_lost.rbegin(); at != m_lost.rend(); ++at) delete *at;
-  m_lost.clear();
 }
 
 // Gives the node the current name of its class. False, and no change, if the indexer does not list it under that name.

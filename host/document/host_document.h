@@ -11,6 +11,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "host/document/document_units.h"
@@ -20,6 +21,7 @@
 #include "share/objects/save_history.h"
 #include "share/settings/document_settings.h"
 
+class QFPatternInfo;
 class QFUnitsConversion;
 
 namespace kestrova {
@@ -100,6 +102,9 @@ class HostDocument : public QFObject {
   HostNode& NodeAt(DWORD place) const { return *m_nodes[place]; }
   // True if the object is a node of this document. The object may be of any class and null, but not deleted.
   bool Owns(const CObject* object) const;
+  // True for an object that may be in the node's list of users: a node of this document, the node's own pattern, and
+  // the orders of a pattern that has an order for the node. The object may be null, but not deleted.
+  bool KnowsUser(const CObject* user, HostNode& of) const;
   // Rebuilds the tree from the owners. Call it after a change of an owner, before the next walk or save. Drops links to
   // objects outside the document and one link of each ring of owners. Children are in the order of their places.
   void RebuildTree();
@@ -130,7 +135,12 @@ class HostDocument : public QFObject {
   std::vector<RepairedLinks> RepairLinks();
   // The number of lost nodes by class, as far as the table of nodes was read.
   const std::map<std::string, DWORD>& LostByClass() const { return m_lostByClass; }
-  // Deletes the objects of lost nodes.
+  // Appends the objects that own nothing else of the document than parts of patterns: managers, descriptions, skipped
+  // instances and orders of all nodes, lost ones too.
+  void ListPatternParts(std::unordered_set<const CObject*>& parts) const;
+  // Drops the links of lost nodes. Objects that nobody owns can then be deleted, and after them the lost nodes.
+  void UnlinkLostNodes();
+  // Deletes the objects of lost nodes, and the patterns that have lost their node.
   void DeleteLostNodes();
   // Sets the indexer's counts to the document's nodes. A node that the indexer lists under the current name of its
   // class gets that registered name: old records have no name, damaged ones a wrong one.
@@ -147,6 +157,8 @@ class HostDocument : public QFObject {
   LinkFaults RepairOwnLinks();
   bool CorrectRegisteredName(HostNode& node);
   bool RepairOwner(HostNode& node);
+  LinkFaults RepairPattern(HostNode& node);
+  LinkFaults RepairOrders(QFPatternInfo& pattern);
   void CutRings();
   int ConvertUnits(QFUnitsConversion& request) const;
   int RemoveFromSelection(ui_QFObject* companion);
@@ -165,6 +177,10 @@ class HostDocument : public QFObject {
   std::vector<HostNode*> m_lost;
   std::vector<HostNode*> m_placeholders;
   std::map<std::string, DWORD> m_lostByClass;
+  // The orders of all patterns (QFPattOptimizMgr), and nodes whose pattern has another base object or none. Valid after
+  // the last check of the links.
+  std::unordered_set<const CObject*> m_orders;
+  std::vector<HostNode*> m_brokenPatterns;
   DWORD m_firstChild = HostNode::kNoPlace;
   DWORD m_lastChild = HostNode::kNoPlace;
   DWORD m_nextId = 1;

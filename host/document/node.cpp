@@ -57,7 +57,7 @@ LinkFaults HostNode::RepairLinks(const HostDocument& document) {
   GetAllUserObjects(&users);
   for (POSITION at = users.GetHeadPosition(); at;) {
     CObject* user = users.GetNext(at);
-    if (document.Owns(user)) continue;
+    if (document.KnowsUser(user, *this)) continue;
     RemoveFromUserObjectsList(reinterpret_cast<QFObject*>(user));  // only the address is used: it may not be a QFObject
     ++faults.dangling;
   }

@@ -23,6 +23,8 @@ class NodeFacts {
   virtual void Angle(const char* name, double radians) = 0;
   virtual void Number(const char* name, double value) = 0;
   virtual void Direction(const char* name, const FRUnitVector& direction) = 0;
+  virtual void Place(const char* name, const FRPosition& metres) = 0;
+  virtual void Switch(const char* name, bool on) = 0;
   virtual void Text(const char* name, LPCTSTR text) = 0;
 
  protected:
@@ -36,6 +38,12 @@ struct LinkFaults {
   bool ownerLost = false;  // the owner is one of the dangling references
 
   int Count() const { return dangling + oneSided; }
+  LinkFaults& operator+=(const LinkFaults& other) {
+    dangling += other.dangling;
+    oneSided += other.oneSided;
+    ownerLost = ownerLost || other.ownerLost;
+    return *this;
+  }
 };
 
 class HostNode : public QFObject {

@@ -76,12 +76,13 @@ void RepairLinks(HostDocument& document, LoadReport& report) {
   }
 }
 
-// Deletes the objects of the archive that neither the document nor its indexer owns.
+// Deletes the objects of the archive that neither the document, its indexer nor a node's pattern owns.
 void DeleteStrays(CArchive& ar, HostDocument& document, LoadReport& report) {
   CObList entries;
   document.Indexer().GetAllIndexers(entries);
   std::unordered_set<const CObject*> held = {&document, &document.Indexer()};
   for (POSITION at = entries.GetHeadPosition(); at;) held.insert(entries.GetNext(at));
+  document.ListPatternParts(held);
   std::map<std::string, int> strays;
   ar.DeleteLoaded([&](const CObject* object) {
     const bool stray = !held.contains(object);
@@ -109,8 +110,9 @@ std::unique_ptr<HostDocument> Read(CFile& file, DocumentReading& reading, LoadRe
   }
   report.lost = document->LostByClass();
   RepairLinks(*document, report);
+  document->UnlinkLostNodes();
+  DeleteStrays(ar, *document, report);  // before the lost nodes, which strays may use
   document->DeleteLostNodes();
-  DeleteStrays(ar, *document, report);
   return document;
 }
 

@@ -15,6 +15,7 @@
 #include "share/core/version_info.h"
 #include "tests/host/document_records.h"
 #include "tests/host/heap_of_thread.h"
+#include "tests/host/patterned_features.h"
 #include "tests/scratch.h"
 
 namespace {
@@ -59,6 +60,7 @@ class HostileDocuments : public testing::Test {
     HostDocument document;
     const ActiveDocument active(&document);
     FillWithSample(document, kNodes, /*seed=*/7);
+    kvtest::RepeatFeatures(document);
     SaveDocument(document, path_);
     file_ = kvtest::ReadFile(path_);
     objects_ = kvtest::StreamOf(path_, kObjectsStream);

@@ -15,6 +15,7 @@
 #include "tests/archive_bytes.h"
 #include "tests/host/document_fixture.h"
 #include "tests/host/heap_of_thread.h"
+#include "tests/host/patterned_features.h"
 
 using namespace kestrova;
 using namespace kvtest;
@@ -68,6 +69,7 @@ class OutOfMemory : public DocumentTest {
 
 TEST_F(OutOfMemory, LoadOfADocumentRaises) {
   FillWithSample(document_, 60, /*seed=*/3);
+  RepeatFeatures(document_);
   document_.NodeAt(document_.NodeCount() - 1).Recycle();
   SaveDocument(document_, path_);
   std::unique_ptr<HostDocument> loaded;
@@ -89,6 +91,7 @@ TEST_F(OutOfMemory, LoadOfADocumentRaises) {
 
 TEST_F(OutOfMemory, SaveOfADocumentKeepsTheOldFile) {
   FillWithSample(document_, 30, /*seed=*/3);
+  RepeatFeatures(document_);
   SaveDocument(document_, path_);
   const std::string expected = Stored(document_);
   const auto save = [&] {
