@@ -26,6 +26,7 @@ std::vector<std::string> SettingsCandidates(const std::vector<std::string>& word
 void AddMachineCommands(CLI::App& group);
 void AddDocumentCommands(CLI::App& group);
 void AddJobCommands(CLI::App& group);
+void AddPatternCommands(CLI::App& group);
 void AddPictureCommands(CLI::App& group);
 void AddFeedColorCommands(CLI::App& group);
 void AddSettingsCommands(CLI::App& group);
@@ -50,6 +51,8 @@ inline constexpr Command kCommands[] = {
     {"document", "Documents: new, show, dump, history, convert, verify, repair", AddDocumentCommands,
      "document new part.kvdoc --nodes 200"},
     {"job", "Background jobs: run", AddJobCommands, "job run part.kvdoc --jobs 4"},
+    {"pattern", "Patterns of features: add, list, skip, order, rebuild", AddPatternCommands,
+     "pattern add part.kvdoc 7 --kind circular --centre 50,50,0 --angle 360 --total --count 6 --force"},
     {"picture", "Pictures: record the toolpaths of a document", AddPictureCommands,
      "picture part.kvdoc --of toolpath --out part.kvrec"},
     {"feedcolors", "Colours of toolpaths by feed rate: show, change, look up", AddFeedColorCommands,
