@@ -231,22 +231,34 @@ int QFObjectPatternMgr::GetTransfForActiveInstance(int n, FRTransf& transform, i
 
 int QFObjectPatternMgr::IsOptimListsEmpty() const { return !m_pPattInfo || m_pPattInfo->IsOptimListsEmpty(); }
 
+void ActiveInstances::Restart(ULONGLONG changes, LONGLONG total) {
+  m_before.assign(1, 0);
+  m_lastActive = m_lastInstance = 0;
+  m_changes = changes;
+  m_total = total;
+}
+
 LONGLONG ActiveInstances::Find(QFPatternInfo& info, LONGLONG total, LONGLONG n) {
   const ULONGLONG changes = info.GetInstanceChanges();
-  if (changes == 0 || changes != m_changes || total != m_total || m_before.empty()) {
-    m_before.assign(1, 0);
-    m_changes = changes;
-    m_total = total;
-  }
+  if (changes == 0 || changes != m_changes || total != m_total) Restart(changes, total);
   const auto block = std::upper_bound(m_before.begin(), m_before.end(), n) - m_before.begin() - 1;
+  LONGLONG instance = block * kBlock;
   LONGLONG active = m_before[std::size_t(block)];
-  for (LONGLONG instance = block * kBlock; instance < total; ++instance) {
+  if (m_lastActive <= n && m_lastInstance > instance) {
+    instance = m_lastInstance;
+    active = m_lastActive;
+  }
+  for (; instance < total; ++instance) {
     if (instance == kBlock * LONGLONG(m_before.size()) && changes != 0) m_before.push_back(active);
     if (info.GetInstanceStatus(instance) != ePatternInstanceActive) continue;
-    if (active == n) return instance;
+    if (active == n) break;
     ++active;
   }
-  return total;
+  if (instance < total) {
+    m_lastActive = n;
+    m_lastInstance = instance;
+  }
+  return instance;
 }
 
 // ---- dump

@@ -1,6 +1,6 @@
 // ActiveInstances finds the active instances of a pattern by their number. It remembers how many active instances are
-// before each block of instances, so that it asks only the instances of one block again. It serves one
-// description. Not public.
+// before each block of instances, so that it asks only the instances of one block again, and in a walk each instance
+// once. It serves one description. Not public.
 #pragma once
 
 #include <vector>
@@ -16,10 +16,15 @@ class ActiveInstances {
   LONGLONG Find(QFPatternInfo& info, LONGLONG total, LONGLONG n);
 
  private:
-  static constexpr LONGLONG kBlock = 256;
+  static constexpr LONGLONG kBlock = 64;
+
+  void Restart(ULONGLONG changes, LONGLONG total);
 
   std::vector<LONGLONG> m_before;  // the number of active instances before each block that was reached
-  // The description's changes and the total for which m_before is valid.
+  // The active instance that was found last: its number among the active ones and among all.
+  LONGLONG m_lastActive = 0;
+  LONGLONG m_lastInstance = 0;
+  // The description's changes and the total for which the others are valid.
   ULONGLONG m_changes = 0;
   LONGLONG m_total = 0;
 };
