@@ -81,7 +81,7 @@ struct TemporaryFile::State {
     const auto name = [&](int number) { return beside + '~' + NumberOf(number) + ".tmp"; };
     int number = 1;
     for (; number <= kTries && descriptor < 0; ++number) {
-      const std::string tried = name(number);
+      std::string tried = name(number);
       for (const bool again : {false, true}) {
         descriptor = open(tried.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
         if (descriptor >= 0 || errno != EEXIST || again) break;
@@ -89,7 +89,7 @@ struct TemporaryFile::State {
       }
       if (descriptor < 0 && errno != EEXIST) return errno;
       if (descriptor >= 0 && !Lock(descriptor)) close(std::exchange(descriptor, -1));
-      if (descriptor >= 0) path = tried;
+      if (descriptor >= 0) path = std::move(tried);  // copying could fail, and the file would stay
     }
     while (number <= kSharedNumbers && RemoveIfDead(name(number))) ++number;
     return descriptor < 0 ? EEXIST : 0;
