@@ -63,7 +63,7 @@ inline constexpr Command kCommands[] = {
     {"techdb", "Technology databases: list, activate, test, tables, query", AddTechDatabaseCommands, "techdb test"},
     {"reg", "Registry values: query, add, delete, export, import", AddRegistryCommands,
      "reg add 'HKCU\\Software\\Zemlor\\Kestrova\\Kestrova 2024x64' /v Language /d Automatic /f", RegistryCandidates},
-    {"ini", "INI files: list, get, set, remove", AddIniCommands, "ini get shopfloor.ini Tool Diameter"},
+    {"ini", "INI files: list, get, set, remove", AddIniCommands, "ini set shopfloor.ini Tool Diameter 12.5"},
     {"completion", "Print the completion script for bash, zsh or fish", AddCompletionCommands,
      "completion bash > kestrova.bash"},
 };

@@ -11,6 +11,7 @@
 
 #include "framework/text.h"
 #include "host/commands/commands.h"
+#include "host/shell/arguments.h"
 #include "host/shell/failure.h"
 #include "host/shell/output.h"
 #include "host/shell/whole_file.h"
@@ -54,11 +55,9 @@ std::string ReasonOf(LONG status) {
   }
 }
 
-// An argument as text. What is not UTF-8 would be another text in the file.
 CString TextOf(const char* what, const std::string& argument) {
-  CString text = FromUtf8(argument);
-  if (ToUtf8(text) != argument) throw WrongUsage(fmt::format("the {} is not UTF-8: {}", what, argument));
-  return text;
+  RequireUtf8(what, argument);
+  return FromUtf8(argument);
 }
 
 // ---- reading

@@ -9,6 +9,7 @@
 #include "host/commands/commands.h"
 #include "host/commands/settings_tree.h"
 #include "host/settings/settings_file.h"
+#include "host/shell/arguments.h"
 #include "host/shell/failure.h"
 #include "host/shell/output.h"
 #include "host/shell/whole_file.h"
@@ -123,6 +124,7 @@ void PrintChange(const Options& options, const TreeValue& row, const Json& befor
 void Set(const Options& options) {
   SettingsTree tree = Open(options, SettingsTree::For::kChanging);
   TreeValue& row = FindValue(tree.Values().all, options.name);
+  RequireUtf8("VALUE", options.value);
   const Json data = DataFromText(*row.value, options.value);
   if (data.is_null() || !Takes(*row.value, data))
     throw WrongUsage(fmt::format("{} takes {}, not \"{}\"", row.FullName(), ExpectedBy(*row.value), options.value));

@@ -13,6 +13,7 @@
 #include "host/environment/database_doctor.h"
 #include "host/module/main_module.h"
 #include "host/module/recorded_message_boxes.h"
+#include "host/shell/arguments.h"
 #include "host/shell/failure.h"
 #include "host/shell/output.h"
 #include "host/shell/text_table.h"
@@ -258,6 +259,7 @@ void Query(const Options& options) {
   Connection connection;
   CDaoRecordset records(&connection.database);
   records.SetMostRecords(LONG(options.rows));
+  RequireUtf8("SQL", options.sql);
   records.Open(FromUtf8(options.sql));
   std::vector<TextTable::Column> columns;
   Json names = Json::array(), rows = Json::array();

@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <sstream>
+#include <string_view>
 
+#include "host/shell/arguments.h"
 #include "host/shell/failure.h"
 #include "host/shell/nearest_names.h"
 
@@ -55,6 +57,9 @@ Switches ReadSwitches(const SwitchForm& form, const std::vector<std::string>& wo
   if (read.words.size() < form.words.size()) throw wrong(fmt::format("{} is missing", form.words[read.words.size()]));
   if (int(read.Has("v")) + int(read.Has("ve")) + int(read.Has("va")) > 1)
     throw wrong("only one of /v, /ve and /va can be given");
+  for (std::size_t i = 0; i < read.words.size(); ++i)
+    if (form.words[i] != std::string_view("FILE")) RequireUtf8(form.words[i], read.words[i]);
+  for (const auto& [name, value] : read.given) RequireUtf8("value of /" + name, value);
   return read;
 }
 

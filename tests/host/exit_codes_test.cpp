@@ -141,6 +141,7 @@ constexpr Row kRows[] = {
 
     {"reg add 'HKCU\\K' /v X /d 1 /f", 0, ""},
     {"reg add 'HKCU\\K' /v X /d 1", 3, "value X exists; add /f"},
+    {"reg add 'HKCU\\K\xFF' /v X /d 1 /f", 2, "the KEY is not UTF-8: HKCU\\K\\xFF"},
     {"reg query 'HKCU\\K' /s", 0, ""},
     {"reg query 'HKCU\\Nothing'", 1, "there is no key HKEY_CURRENT_USER\\Nothing"},
     {"reg query 'HKCU\\K' /v Y", 1, "there is no value Y"},
