@@ -130,7 +130,7 @@ TEST_F(SettingsCommand, ImportIsCheckedBeforeTheFirstChange) {
   const std::pair<std::string, std::string> rows[] = {
       {"{", "byte 2: not valid JSON"},
       {"[1]", "it is not an export of settings: \"tree\" and \"values\" are missing"},
-      {std::string(9, '['), "it is not an export of settings: it is nested too deeply"},
+      {std::string(10, '[') + std::string(10, ']'), "it is not an export of settings: it is nested too deeply"},
       {R"({"tree":"document","values":[]})",
        "it contains document settings, not application settings; see --tree and --document"},
       {whole(good + ",7"), "value 1 has no \"group\""},
