@@ -46,8 +46,10 @@ HANDLE AddHandle(std::shared_ptr<HandleObject> object) {
   Table& table = TheTable();
   const std::lock_guard guard(table.lock);
   if (table.free.empty()) {
-    table.free.push_back(table.slots.size());
+    const std::size_t number = table.slots.size();
+    if (table.free.capacity() <= number) table.free.reserve(2 * number + 16);  // room to close every handle
     table.slots.emplace_back();
+    table.free.push_back(number);
   }
   const std::size_t slot = table.free.back();
   table.free.pop_back();
