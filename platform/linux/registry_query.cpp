@@ -17,6 +17,7 @@ Query& Query::Add(std::string_view text) {
 }
 
 Query& Query::AddBytes(const void* bytes, std::size_t size) {
+  if (!statement_) return *this;  // see Step
   const int result = sqlite3_bind_blob64(statement_, next_argument_++, size ? bytes : "", size, SQLITE_STATIC);
   if (result != SQLITE_OK) status_ = StatusOf(store_.Link().Handle(), result);
   return *this;

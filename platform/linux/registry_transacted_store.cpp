@@ -1,4 +1,6 @@
 // The transaction of a transaction's store.
+#include <utility>
+
 #include "platform/linux/registry_store.h"
 
 namespace kvregistry {
@@ -16,8 +18,10 @@ LSTATUS Store::BeginReading() {
 }
 
 void Store::EndReading() {
-  if (reading_) connection_.Execute("COMMIT");
-  reading_ = absent_ = false;
+  const bool reading = std::exchange(reading_, false);
+  absent_ = false;
+  // Without memory the statement does not run; closing ends the transaction too.
+  if (reading && connection_.Execute("COMMIT") != ERROR_SUCCESS) Close();
 }
 
 LSTATUS Store::Begin() {
