@@ -29,8 +29,8 @@ int Run(int argc, char** argv) {
   app.require_subcommand(1);
   if (const LSTATUS status = UseRegistryOfEnvironment(); status != ERROR_SUCCESS)
     throw kestrova::Failure(std::string("cannot use the registry that KV_REGISTRY names: ") + ErrorText(DWORD(status)));
-  const kestrova::MainModuleScope module;
   const RegistryWaitLimit limit(kMostWait_ms);
+  const kestrova::MainModuleScope module;
   std::string footer = "Examples:\n";
   for (const kestrova::Command& command : kestrova::kCommands) {
     const std::string example = std::string("  kestrova ") + command.example + '\n';
@@ -88,6 +88,8 @@ int RunAndReport(int argc, char** argv) {
     return Fail(failure.what(), failure.ExitCode(), json, failure.Place());
   } catch (const kestrova::FoundErrors&) {
     return 1;
+  } catch (const std::bad_alloc&) {
+    return Fail("not enough memory", 3, json);
   } catch (const std::exception& error) {
     return Fail(error.what(), 3, json);
   } catch (...) {

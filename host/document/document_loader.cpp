@@ -158,6 +158,8 @@ std::unique_ptr<QFDocSettings> DocumentLoader::ReadSettings() {
   if (!source.file) return nullptr;
   try {
     return kestrova::ReadSettings(*source.file, /*endIsKnown=*/!source.found);
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (const std::exception& failure) {
     m_report.Add(kFaultInSettings, kSettings, failure.what());
   }

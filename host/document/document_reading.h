@@ -30,7 +30,8 @@ class DocumentReading {
   // The innermost reading of this thread; null if there is none.
   static DocumentReading* Current() { return t_current; }
 
-  // Records the first fault; later ones are ignored. Call it while the archive is open.
+  // Records the first fault; later ones are ignored. Call it in the handler of the failure, while the archive is open.
+  // Raises std::bad_alloc again: memory that is missing is no fault of the file.
   void NoteFault(const CArchive& ar, const std::exception& failure);
 
   const bool salvage;

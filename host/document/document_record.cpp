@@ -53,6 +53,7 @@ void ReportProgress(DWORD done) {
 }  // namespace
 
 void DocumentReading::NoteFault(const CArchive& ar, const std::exception& failure) {
+  if (dynamic_cast<const std::bad_alloc*>(&failure)) throw;
   if (fault) return;
   const auto* archive = dynamic_cast<const CArchiveException*>(&failure);
   fault = {failure.what(), 0, archive && archive->m_cause == CArchiveException::badSchema};
