@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include "host/document/active_document.h"
@@ -23,6 +24,9 @@ using kestrova::HostDocument;
 constexpr int kMostWait_ms = 2000;  // for other writers of the registry, in the whole start
 
 std::unique_ptr<QFAppSettings> g_settings;
+// From the start to the end of a command that writes nothing into the registry itself: what the environment saves
+// later, when it is asked, waits no longer either.
+std::optional<RegistryWaitLimit> g_waiting;
 bool g_registered = false;
 constinit std::atomic<bool> g_cancelled = false;
 constexpr auto kNever = std::chrono::steady_clock::time_point::max();
@@ -97,7 +101,8 @@ void UseLibrary() {
 void StartMainModule(Needs needs) {
   if (g_settings) return;
   UseLibrary();
-  const RegistryWaitLimit limit(kMostWait_ms);
+  std::optional<RegistryWaitLimit> of_start;
+  (needs == Needs::kAllStoredValues ? of_start : g_waiting).emplace(kMostWait_ms);
   if (needs != Needs::kNoReport) CheckWholeRegistry();
   g_settings = std::make_unique<QFAppSettings>();  // the start of the environment reads them
   g_settings->RestoreValuesFromRegistry();
@@ -109,6 +114,7 @@ void StartMainModule(Needs needs) {
 MainModuleScope::~MainModuleScope() {
   if (g_settings) CloseAppEnv();
   g_settings.reset();
+  g_waiting.reset();
 }
 
 bool CancelUserJob() { return g_cancelled.exchange(true); }
