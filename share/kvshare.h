@@ -13,6 +13,8 @@
 #include "companions/xml/xml_document.h"
 #include "framework/archive.h"
 #include "framework/array.h"
+#include "framework/device_context.h"
+#include "framework/drawing_objects.h"
 #include "framework/exception.h"
 #include "framework/file.h"
 #include "framework/file_find.h"
