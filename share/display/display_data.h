@@ -5,9 +5,7 @@
 #include <memory>
 
 #include "companions/geometry/transforms.h"
-#include "framework/font.h"
-
-class CDC;
+#include "framework/device_context.h"
 
 // A colour is 0x00BBGGRR. Flags are 0 or not 0.
 class KVSHARE_API QFDisplayData {
@@ -44,7 +42,7 @@ class KVSHARE_API QFDisplayData {
   // The font of texts; null for the device context's own. SetFont takes ownership and deletes the former font.
   CFont* GetFont() const { return m_pFont.get(); }
   void SetFont(CFont* font);
-  // Not owned; null without a device context.
+  // The GDI display's, not owned; null without a GDI display. It has no handle if there is no window.
   CDC* GetDC() const { return m_pDC; }
   void SetDC(CDC* dc) { m_pDC = dc; }
 

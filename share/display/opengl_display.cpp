@@ -16,7 +16,8 @@ constexpr int kClipPlanes = 6;
 constexpr int kOnTop = 1;   // the depth buffer is cleared
 constexpr int kHidden = 2;  // the drawing is tested against the host's depths
 constexpr int kMostCorners = 3;
-constexpr GLuint kFirstCharacterList = 1000;
+constexpr GLuint kFirstCharacterList = 1000;  // not reserved: the host must not use the lists 1000 to 1254
+constexpr DWORD kCharacters = 255;
 
 int StoredRenderMode() {
   const QFSettingsKey* const settings = GetAppSettingsCB();
@@ -290,9 +291,15 @@ void QFOpenGLDisplay::DrawText(const FRPosition& position, const CString& text) 
   if (!m_bDrawText) return;
   const Unlit unlit(*this);
   glRasterPos3f(GLfloat(position.x()), GLfloat(position.y()), GLfloat(position.z()));
-  if (!m_bFontListsBuilt) glListBase(kFirstCharacterList);
-  m_bFontListsBuilt = 1;
+  CDC* const dc = m_bFontListsBuilt || !m_pDisplayData ? nullptr : m_pDisplayData->GetDC();
+  CFont* const font = dc ? dc->SelectObject(m_pDisplayData->GetFont()) : nullptr;
+  if (!m_bFontListsBuilt) {
+    wglUseFontBitmapsW(dc ? dc->m_hDC : nullptr, 0, kCharacters, kFirstCharacterList);
+    glListBase(kFirstCharacterList);
+  }
   glCallLists(text.GetLength(), GL_UNSIGNED_SHORT, text.GetString());
+  if (font) dc->SelectObject(font);
+  m_bFontListsBuilt = 1;
 }
 
 // ---- display lists

@@ -8,8 +8,9 @@
 // Lines and points are drawn without lighting. Without a current context OpenGL ignores the calls. Errors of OpenGL are
 // not looked at, except while lists are made.
 //
-// Not implemented: the lists of the font, for which the platform has no call yet. A text shows only if the host has
-// made the lists 1000 to 1254, one for each character.
+// The first text makes the lists 1000 to 1254, one for each character below 255, from the data's font on the data's
+// device context; all later texts use them, also with another font. The host must not use these lists. Without a device
+// context no text shows; QFDisplayInfo::GetDC gives the context to which one can be attached.
 #pragma once
 
 #include "share/display/display.h"

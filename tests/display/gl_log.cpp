@@ -113,6 +113,17 @@ GLenum glGetError() {
 }
 void glDeleteLists(GLuint first, GLsizei count) { Note("DeleteLists", first, count); }
 void glNewList(GLuint list, GLenum mode) { Note(mode == GL_COMPILE ? "NewList" : "odd list", list); }
+void glPushClientAttrib(GLbitfield mask) { Note(mask == GL_CLIENT_PIXEL_STORE_BIT ? "PushStore" : "odd push"); }
+void glPopClientAttrib() { Note("PopStore"); }
+void glPixelStorei(GLenum, GLint) {}
+// The bits as rows of '.' and '#', from the top.
+void glBitmap(GLsizei width, GLsizei height, GLfloat x, GLfloat y, GLfloat advance, GLfloat up, const GLubyte* bits) {
+  Note("Bitmap", width, height, x, y, advance, up);
+  for (int row = height - 1; row >= 0; --row) {
+    for (int i = 0; i < width; ++i) GL().log += bits[row * ((width + 7) / 8) + i / 8] & 0x80 >> i % 8 ? '#' : '.';
+    GL().log += '\n';
+  }
+}
 void glEndList() { Note("EndList"); }
 void glCallList(GLuint list) { Note("CallList", list); }
 

@@ -2,6 +2,7 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <map>
 #include <memory>
@@ -226,6 +227,32 @@ TEST_F(OpenGL, DepthIsClearedOncePerModeAndBeforeAnEarlyReturn) {
   Display display;
   display.BeginShadedDisplay(), display.EndShadedDisplay(), display.DrawPolyline(none);
   EXPECT_EQ(GL().TakeLog(), "ClearDepth; ") << "without settings";
+}
+
+TEST_F(OpenGL, FirstTextMakesTheListsOfItsFont) {
+  CImageDC image;
+  if (!image.Create(1, 1, 0)) GTEST_SKIP() << "KV_DESKTOP=OFF";
+  Display display;
+  const auto set_font = [&](int height) {
+    data_.SetFont(new CFont);
+    data_.GetFont()->CreateFont(height, 0, 0, 0, 400, 0, 0, 0, 0, 0, 0, 0, 0, _T("DejaVu Sans"));
+  };
+  set_font(-12);
+  data_.SetDC(&image);
+  display.SetDisplayData(&data_);
+  display.DrawText({}, _T("I"));
+  const std::string log = GL().TakeLog();
+  const auto at = [&](const std::string& part) { return log.find(part); };
+  const std::size_t letter = at("NewList 1073; Bitmap "), last = at("NewList 1254; "),
+                    end = at("PopStore; ListBase 1000; ");
+  EXPECT_TRUE(at("PushStore; NewList 1000; Bitmap 0 0 0 0 0 0; EndList; ") < letter && letter < last && last < end)
+      << log;
+  EXPECT_NE(log.find("CallLists 1 73; ", end), log.npos);
+  const std::string bitmap = log.substr(letter, log.find("EndList", letter) - letter);
+  EXPECT_GE(std::count(bitmap.begin(), bitmap.end(), '#'), 9) << "the letter's stroke\n" << bitmap;
+  set_font(-40);
+  display.DrawText({}, _T("I"));
+  EXPECT_EQ(GL().TakeLog().find("NewList"), std::string::npos) << "all texts have the first one's font";
 }
 
 TEST_F(OpenGL, TextsAreSwitchedOffByTheRegistry) {
