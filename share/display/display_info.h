@@ -38,7 +38,7 @@ class KVSHARE_API QFDisplayInfo {
   // The current back end and the state, owned by this object.
   QFBaseDisplay* GetDisplay() const { return m_pDisplay; }
   QFDisplayData* GetDisplayData() const { return m_pDisplayData.get(); }
-  // Null without a device context.
+  // Never null; without a window it has no context, and the caller may attach one.
   CDC* GetDC() { return m_pGDIDisplay->GetDC(); }
 
   // Lets the back end take over the state again; the result is the back end's.

@@ -144,7 +144,7 @@ TEST_F(DisplayInfo, TheScreenIsTheGDIDisplaysOne) {
   info_.SetCamera(&camera);
   EXPECT_EQ(info_.GetScreenPoint({0, 10, 0}), CPoint(50, 50));
   kvtest::ExpectNear(info_.GetWorldPointFromScreenPoint({3, 4}), {1.5, 2, 0}, 1e-12);
-  EXPECT_EQ(info_.GetDC(), nullptr);
+  EXPECT_EQ(info_.GetDC()->GetSafeHdc(), nullptr) << "no window";
 }
 
 }  // namespace
