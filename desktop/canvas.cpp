@@ -175,11 +175,11 @@ bool ImageCanvas::RenderCharacter(char16_t character, const LOGFONTW* descriptio
   bitmap.height = box.height();
   bitmap.originX = -box.left();
   bitmap.originY = box.bottom() + 1;
-  const int row_bytes = (box.width() + 7) / 8;
-  bitmap.bits.assign(std::size_t(row_bytes) * std::size_t(box.height()), 0);
+  const std::size_t row_bytes = (std::size_t(box.width()) + 7) / 8;
+  bitmap.bits.assign(row_bytes * std::size_t(box.height()), 0);
   for (int y = 0; y < box.height(); ++y)
     for (int x = 0; x < box.width(); ++x)
       if (qAlpha(image.pixel(x, y)) > 127)
-        bitmap.bits[std::size_t(row_bytes * (box.height() - 1 - y) + x / 8)] |= BYTE(0x80 >> x % 8);
+        bitmap.bits[row_bytes * std::size_t(box.height() - 1 - y) + std::size_t(x / 8)] |= BYTE(0x80 >> x % 8);
   return true;
 }

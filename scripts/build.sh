@@ -15,7 +15,7 @@ while [ $# -gt 0 ]; do
 done
 
 needs build
-configure_and_build release kestrova KVSHAREdesktop kv_languages kv_installation kv_tech_database kv_completion
+configure_and_build release kestrova kv_languages kv_installation kv_tech_database kv_completion
 echo "built build/release/bin/kestrova and build/release/lib/libKVSHAREu.so"
 if [ -n "$prefix" ]; then
   cmake --install build/release --prefix "$prefix" >/dev/null

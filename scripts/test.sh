@@ -21,6 +21,7 @@ filter=()
 [ "$preset" != tsan ] || filter+=(-E 'OfAMillion')
 # A child that is forked among threads can hang in the allocator of clang's address sanitizer.
 [ "$preset" != asan ] || filter+=(-E 'ForksAmong')
+export LSAN_OPTIONS=suppressions=$PWD/tests/leaks.txt:print_suppressions=0
 log=build/$preset/ctest.log
 failed=
 ctest --test-dir "build/$preset" "${filter[@]}" --output-on-failure -j "$(nproc)" >"$log" 2>&1 || {
