@@ -5,9 +5,9 @@
 # scripts/windows.sh fetches. Packages that are headers only are used from this machine, through links in a folder of the
 # build, because /usr/include itself has the headers of another system.
 
-enable_language(C)  # for libdeflate
+enable_language(C)  # for libdeflate and libpng
 set(KV_LIBRARY_FOLDER bin)  # of an installation: a program finds its libraries in its own folder
-set(KV_WINDOWS_SOURCES ${PROJECT_BINARY_DIR}/sources CACHE PATH "Folder with pugixml-* and libdeflate-*")
+set(KV_WINDOWS_SOURCES ${PROJECT_BINARY_DIR}/sources CACHE PATH "Folder with pugixml-*, libdeflate-* and libpng-*")
 
 # ---- packages
 
@@ -44,6 +44,14 @@ kv_source_package(pugixml src/pugixml.cpp)
 add_library(pugixml::pugixml ALIAS kv_pugixml)
 kv_source_package(libdeflate lib/*.c lib/x86/*.c)
 add_library(PkgConfig::DEFLATE ALIAS kv_libdeflate)
+kv_source_package(libpng png.c pngerror.c pngget.c pngmem.c pngpread.c pngread.c pngrio.c pngrtran.c pngrutil.c pngset.c
+  pngtrans.c pngwio.c pngwrite.c pngwtran.c pngwutil.c)
+file(GLOB settings ${KV_WINDOWS_SOURCES}/libpng-*/scripts/pnglibconf.h.prebuilt)
+list(GET settings -1 settings)
+configure_file(${settings} ${PROJECT_BINARY_DIR}/libpng/pnglibconf.h COPYONLY)
+target_include_directories(kv_libpng SYSTEM PUBLIC ${PROJECT_BINARY_DIR}/libpng)
+target_link_libraries(kv_libpng PUBLIC -l:libz.a)  # of the compiler's package
+add_library(PkgConfig::PNG ALIAS kv_libpng)
 
 # Compiled once: the headers of platform/ include them.
 set(KV_SYSTEM_HEADERS <windows.h> <oleauto.h>)

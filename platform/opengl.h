@@ -1,5 +1,6 @@
 // OpenGL 1.1 and GLU under their own names. They act on the context that is current on the calling thread. Only for
-// share/display: a module that uses OpenGL includes the system's headers.
+// share/display, and for a host that makes a context with off_screen.h: a module that uses OpenGL includes the system's
+// headers.
 #pragma once
 
 #include "platform/drawing.h"

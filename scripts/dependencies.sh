@@ -2,13 +2,14 @@
 # root, it prints the missing packages in one line and exits.
 
 packages_build="g++ cmake ninja-build pkg-config ccache libsqlite3-dev libpugixml-dev libfmt-dev libcli11-dev
-  libeigen3-dev libicu-dev nlohmann-json3-dev libdeflate-dev libglu1-mesa-dev qt6-base-dev binutils-mingw-w64-x86-64
+  libeigen3-dev libicu-dev nlohmann-json3-dev libdeflate-dev libglu1-mesa-dev qt6-base-dev libegl-dev libegl1
+  libgl1-mesa-dri libpng-dev binutils-mingw-w64-x86-64
   unixodbc-dev libsqliteodbc odbc-mdbtools tdsodbc sqlite3"
 packages_test="libgtest-dev libgmock-dev rapidjson-dev locales libgsf-bin p7zip-full spin"
 packages_bench="libboost-serialization-dev libcereal-dev libsimpleini-dev libtbb-dev python3"
 packages_fuzz="clang libclang-rt-14-dev"
 packages_headers="libx11-dev"
-packages_windows="g++-mingw-w64-x86-64-posix wine wine64 googletest python3 debian-archive-keyring"
+packages_windows="g++-mingw-w64-x86-64-posix libz-mingw-w64-dev wine wine64 googletest python3 debian-archive-keyring"
 packages_check="git clang-format clang-tidy"
 
 needs() {

@@ -21,10 +21,10 @@ step() { printf '%-28s %3d:%02d\n' "$1" $((SECONDS / 60)) $((SECONDS % 60)); SEC
 # fetch_sources: the source packages of the libraries that no package has for this compiler, in the versions of this
 # machine's distribution. apt works with lists of the build folder; the machine's lists stay as they are.
 fetch_sources() {
-  local libraries=(pugixml libdeflate) library apt=$build/apt origins
+  local libraries=(pugixml libdeflate libpng1.6) library apt=$build/apt origins
   mkdir -p "$build/sources" "$apt"/{parts,lists/partial,cache/archives/partial}
   for library in "${libraries[@]}"; do
-    compgen -G "$build/sources/$library-*/" >/dev/null || break
+    compgen -G "$build/sources/${library%1.6}-*/" >/dev/null || break
     [ "$library" != "${libraries[-1]}" ] || return 0
   done
   # The distribution's archive as this machine names it.
@@ -35,7 +35,7 @@ fetch_sources() {
   local options=(-o Dir::Etc::sourcelist=/dev/null -o Dir::Etc::sourceparts="$apt/parts"
     -o Dir::State::lists="$apt/lists" -o Dir::Cache="$apt/cache" -o APT::Sandbox::User=root -o Acquire::Languages=none
     -o APT::Update::Error-Mode=any)
-  (cd "$build/sources" && apt-get "${options[@]}" update && apt-get "${options[@]}" source --download-only "${libraries[@]}") \
+  (cd "$build/sources" && apt-get "${options[@]}" update && apt-get "${options[@]}" source --download-only --tar-only "${libraries[@]}") \
     >"$build/sources.log" 2>&1 || {
     grep -E '^[EW]:' "$build/sources.log" >&2 || tail -n 5 "$build/sources.log" >&2
     echo "cannot fetch the source packages ${libraries[*]} from $(cut -d' ' -f1 <<<"$origins" | sort -u | tr '\n' ' ')" >&2
