@@ -39,6 +39,13 @@ int StoredSwitch(LPCTSTR path, LPCTSTR name, int fallback) {
 
 void Vertex(const FRPosition& point) { glVertex3f(GLfloat(point.x()), GLfloat(point.y()), GLfloat(point.z())); }
 
+void Segment(const FRPosition& from, const FRPosition& to) {
+  glBegin(GL_LINES);
+  Vertex(from);
+  Vertex(to);
+  glEnd();
+}
+
 GLfloat Channel(DWORD color, int shift) { return GLfloat(color >> shift & 0xFF) / 255.0F; }
 
 // Lit and unlit primitives get the same colour.
@@ -165,19 +172,13 @@ void QFOpenGLDisplay::Prepare() {
 void QFOpenGLDisplay::DrawLine(const FRPosition& from, const FRPosition& to) {
   Prepare();
   const Unlit unlit(*this);
-  glBegin(GL_LINES);
-  Vertex(from);
-  Vertex(to);
-  glEnd();
+  Segment(from, to);
 }
 
 void QFOpenGLDisplay::DrawArrow(const FRPosition& from, const FRPosition& to) {
   Prepare();
   const Unlit unlit(*this);
-  glBegin(GL_LINES);
-  Vertex(from);
-  Vertex(to);
-  glEnd();
+  Segment(from, to);
   const double head = from.distance(to) / 3;
   glPushMatrix();
   GLUquadric* const quadric = gluNewQuadric();
