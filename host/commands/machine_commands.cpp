@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/commands/commands.h"
+#include "host/machine/machine_failure.h"
 #include "host/machine/machine_folder.h"
 #include "host/machine/machine_tree.h"
 #include "host/module/main_module.h"
@@ -161,22 +162,13 @@ void SetMachinePath(const CString& folder) {
   GetAppSettingsCB()->SetValue(kMachinePathSetting, folder);
 }
 
-// "FILE:LINE:COLUMN (byte N): REASON" or "cannot read FILE: REASON".
-Failure ReadingFailure(const CString& file, const KVXMLFailure& failure) {
-  const std::string path = SystemPath(file);
-  const FilePlace place{path, failure.place.line, failure.place.column};
-  if (failure.kind != KVXMLFailure::Kind::kMalformed)
-    return Failure(fmt::format("cannot read {}: {}", path, failure.reason), place);
-  return Failure(fmt::format("{}:{}:{} (byte {}): {}", path, place.line, place.column, failure.byte, failure.reason),
-                 place);
-}
-
 void Load(const Chosen& chosen, KVVMMachine& machine) {
   SetMachinePath(chosen.folder);
   CString name = ProductName(chosen.name);
   if (machine.LoadMachine(chosen.Type(), name)) return;
   const MachineLoadFailure& failure = machine.GetLoadFailure();
-  if (failure.kind == MachineLoadFailure::Kind::kDefinition) throw ReadingFailure(failure.file, failure.xml);
+  if (failure.kind == MachineLoadFailure::Kind::kDefinition)
+    throw MachineFailure(SystemPath(failure.file), failure.xml);
   throw Failure("the machine could not be loaded: no application settings");
 }
 
@@ -238,7 +230,8 @@ void Show(const Options& options) {
 MachineCheckResult CheckOf(const CString& definition) {
   MachineCheckResult result = CheckMachineFile(definition);
   if (result.failure.kind == KVXMLFailure::Kind::kNone) return result;
-  if (result.failure.kind != KVXMLFailure::Kind::kMalformed) throw ReadingFailure(definition, result.failure);
+  if (result.failure.kind != KVXMLFailure::Kind::kMalformed)
+    throw MachineFailure(SystemPath(definition), result.failure);
   result.findings.push_back({MachineFindingGrade::kError, result.failure.place,
                              fmt::format("{} (byte {}); nothing is read", result.failure.reason, result.failure.byte)});
   return result;

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <vector>
 
 #include "host/document/operation_node.h"
@@ -10,7 +11,6 @@
 #include "host/shell/failure.h"
 #include "host/shell/progress_bar.h"
 #include "share/core/document_callbacks.h"
-#include "share/settings/feed_colors.h"
 
 namespace kestrova {
 namespace {
@@ -19,22 +19,17 @@ using Point = HostFeature::Point;
 
 constexpr ULONGLONG kMostPositions = 10'000'000;  // of one picture
 constexpr double kClearance = 0.005;              // metres, if the setup has none
-constexpr DWORD kBlack = 0;
-constexpr DWORD kRapidColor = 0x0000C0;  // 0x00BBGGRR: red
+constexpr DWORD kHighlight = 0x00C8FF;            // 0x00BBGGRR
+constexpr int kWider = 3;                         // the width of highlighted lines, of that of the others
 
 // In the frame of a setup the Z axis points into the part.
 class ToolpathDrawing {
  public:
-  ToolpathDrawing(const HostDocument& document, QFDisplayInfo& display)
-      : metresOfUnit_(document.Units().metres), display_(display) {
-    colors_.RestoreValuesFromRegistry();
-  }
+  ToolpathDrawing(QFDisplayInfo& display, const PictureColors& colors) : display_(display), colors_(colors) {}
 
-  void Draw(const HostOperation& operation) {
+  void Draw(const HostOperation& operation, DWORD feedColor) {
     EnterSetupOf(operation);
-    const double feed = operation.Feed() / metresOfUnit_;
-    const unsigned long color = colors_.GetColorForFeed(feed);
-    feedColor_ = color == kNoFeedColor ? kBlack : DWORD(color);
+    feedColor_ = feedColor;
     started_ = false;
     ToolpathTask task = ToolpathTaskOf(operation);
     task.coarse = true;
@@ -42,10 +37,20 @@ class ToolpathDrawing {
         task, [](int, const char*) { return true; },
         [this](double depth, std::span<const Point> points) { DrawContour(depth, points); });
     if (started_) Rapid(last_, {last_.x(), last_.y(), -clearance_});
-    ++picture_.operations;
   }
+  // In one colour and width, over what is drawn.
+  void DrawHighlighted(const HostOperation& operation) {
+    const int width = display_.GetLineWidth();
+    display_.SetColor(kHighlight);
+    display_.SetLineWidthWithInit(width * kWider);
+    display_.SetDynamicHiLite(1);
+    Draw(operation, kHighlight);
+    display_.SetDynamicHiLite(0);
+    display_.SetLineWidthWithInit(width);
+  }
+  void Leave() { display_.SetUseXYToModelTransf(0, FRTransf()); }
 
-  const ToolpathPicture& Picture() const { return picture_; }
+  ULONGLONG Positions() const { return positions_; }
 
  private:
   void EnterSetupOf(const HostOperation& operation) {
@@ -63,8 +68,8 @@ class ToolpathDrawing {
   }
 
   void Count(ULONGLONG positions) {
-    picture_.positions += positions;
-    if (picture_.positions <= kMostPositions) return;
+    positions_ += positions;
+    if (positions_ <= kMostPositions) return;
     throw Failure(
         fmt::format("the toolpaths have more than {} positions; draw one operation with --node ID", kMostPositions));
   }
@@ -72,7 +77,7 @@ class ToolpathDrawing {
   void Rapid(const FRPosition& from, const FRPosition& to) {
     Count(2);
     display_.SetLineStyle(1);
-    display_.SetColor(kRapidColor);
+    display_.SetColor(colors_.rapid);
     display_.DrawLine(from, to);
     display_.SetLineStyle(0);
   }
@@ -102,31 +107,73 @@ class ToolpathDrawing {
 
   static constexpr int kMostOwners = 64;
 
-  const double metresOfUnit_;
   QFDisplayInfo& display_;
-  QFMillFeedColorsSettings colors_;
-  DWORD feedColor_ = kBlack;
+  const PictureColors colors_;
+  DWORD feedColor_ = 0;
   double clearance_ = kClearance;
   bool started_ = false;
   FRPosition last_;  // in the setup's frame
-  ToolpathPicture picture_;
+  ULONGLONG positions_ = 0;
 };
 
 bool IsDrawn(HostOperation& operation) { return !operation.IsSuppressed() && !operation.IsRecycled(); }
 
 }  // namespace
 
-ToolpathPicture DrawToolpaths(const HostDocument& document, QFDisplayInfo& display, std::optional<unsigned> node) {
-  ToolpathDrawing drawing(document, display);
-  const ProgressBar bar("drawing toolpaths", document.NodeCount());
-  DWORD done = 0;
-  document.Walk([&](HostNode& each, int) {
+ToolpathPicture::ToolpathPicture(const HostDocument& document, const ToolpathChoice& choice)
+    : document_(document), choice_(choice) {
+  table_.RestoreValuesFromRegistry();
+}
+
+bool ToolpathPicture::HasOperation(unsigned id) const {
+  bool found = false;
+  document_.Walk([&](HostNode& each, int) {
     auto* const operation = DYNAMIC_DOWNCAST(HostOperation, &each);
-    const bool wanted = operation && (node ? operation->GetObjectId() == *node : IsDrawn(*operation));
-    if (wanted) drawing.Draw(*operation);
+    found = found || (operation && operation->GetObjectId() == id);
+  });
+  return found;
+}
+
+void ToolpathPicture::Draw(QFDisplayInfo& display, const PictureStyle& style) {
+  colors_ = style.colors;
+  feeds_.clear();
+  operations_ = 0;
+  const HostOperation* highlighted = nullptr;
+  ToolpathDrawing drawing(display, style.colors);
+  const ProgressBar bar("drawing toolpaths", document_.NodeCount());
+  DWORD done = 0;
+  document_.Walk([&](HostNode& each, int) {
+    auto* const operation = DYNAMIC_DOWNCAST(HostOperation, &each);
+    if (operation && choice_.highlight && operation->GetObjectId() == *choice_.highlight) highlighted = operation;
+    if (operation && (choice_.node ? operation->GetObjectId() == *choice_.node : IsDrawn(*operation))) {
+      const double feed = operation->Feed() / document_.Units().metres;
+      const unsigned long stored = table_.GetColorForFeed(feed);
+      const DWORD color = stored == kNoFeedColor ? style.colors.lines : DWORD(stored);
+      drawing.Draw(*operation, color);
+      Feeds& feeds = feeds_.try_emplace(color, Feeds{feed, feed}).first->second;
+      feeds = {std::min(feeds.least, feed), std::max(feeds.most, feed)};
+      ++operations_;
+    }
     QFProgressCallback(++done);
   });
-  return drawing.Picture();
+  highlighted_ = highlighted != nullptr;
+  if (highlighted) drawing.DrawHighlighted(*highlighted);
+  drawing.Leave();
+  positions_ = drawing.Positions();
+}
+
+std::vector<LegendRow> ToolpathPicture::Legend() const {
+  std::vector<LegendRow> rows;
+  if (operations_ > 0) rows.push_back({LegendRow::Sample::kDashes, colors_.rapid, "rapid"});
+  for (const auto& [color, feeds] : feeds_) {
+    const std::string unit = fmt::format("{}/min", document_.Units().symbol);
+    rows.push_back({LegendRow::Sample::kLine, color,
+                    feeds.least < feeds.most ? fmt::format("feed {:.4g} to {:.4g} {}", feeds.least, feeds.most, unit)
+                                             : fmt::format("feed {:.4g} {}", feeds.least, unit)});
+  }
+  if (highlighted_)
+    rows.push_back({LegendRow::Sample::kLine, kHighlight, fmt::format("operation {}", *choice_.highlight)});
+  return rows;
 }
 
 }  // namespace kestrova

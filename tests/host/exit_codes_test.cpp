@@ -59,7 +59,29 @@ constexpr Row kRows[] = {
     {"picture part.kvdoc --out no/", 2, "--out no/ is a folder; name a file, such as part.kvrec"},
     {"picture part.kvdoc --out x.kvrec --node 4000000", 1, "no operation of part.kvdoc has the id 4000000"},
     {"picture part.kvdoc", 2, "--out is required; see kestrova picture --help"},
-    {"picture part.kvdoc --out x.kvrec --of dance", 2, "--of: dance not in {toolpath}; see kestrova picture --help"},
+    {"picture part.kvdoc --out x.kvrec --of dance", 2, "--of: dance not in {toolpath,machine}; see kestrova picture "},
+    {"picture part.kvdoc --out x.png --highlight 4000000", 1, "no operation of part.kvdoc has the id 4000000"},
+    {"picture --out x.png", 2, "FILE is required; see kestrova picture --help"},
+    {"picture part.kvdoc --out part.png --size 64x64 --force", 0, ""},
+    {"picture part.kvdoc --out part.svg --view top --force", 0, ""},
+    {"picture part.kvdoc --out x.png --size 64", 2, "--size \"64\" is not WIDTHxHEIGHT with 64 to 4096 pixels"},
+    {"picture part.kvdoc --out x.png --size 4097x64", 2, "--size \"4097x64\" is not WIDTHxHEIGHT"},
+    {"picture part.kvdoc --out x.png --eye 1,2", 2, "--eye \"1,2\" is not X,Y,Z with three numbers"},
+    {"picture part.kvdoc --out x.png --target 1,2,3", 2, "--target needs --eye"},
+    {"picture part.kvdoc --out x.png --eye 1,2,3 --target 1,2,3", 2, "--eye is where --target is"},
+    {"picture part.kvdoc --out x.png --by file", 2, "--by file makes a recording or an SVG file"},
+    {"picture part.kvdoc --out x.kvrec --by opengl", 2, "--by opengl makes a PNG file"},
+    {"-V >/dev/null && __EGL_VENDOR_LIBRARY_FILENAMES=/none kestrova picture part.kvdoc --out x.png", 3,
+     "cannot draw by OpenGL: EGL has no driver"},
+    {"picture part.kvdoc --of machine --out x.png", 3, "part.kvdoc:"},
+    {"picture bad/Mill/Cut --of machine --out x.png", 3, "bad/Mill/Cut/KestrovaAPT.xml:1:"},
+    {"picture bad/Mill/VMC --of machine --out x.png", 1, "bad/Mill/VMC has no shape with a solid to draw"},
+    {"picture bad/Mill/Stl --of machine --out x.png", 3, "bad/Mill/Stl/cut.stl: byte 80: 9 triangles are announced"},
+    {"picture replay part.kvrec --out part.png --size 64x64 --force", 0, ""},
+    {"picture replay part.kvrec --out x.kvrec", 2, "--out x.kvrec is no image; let its name end in .png or .svg"},
+    {"picture replay part.kvdoc --out x.png", 3, "part.kvdoc is no recording of kestrova picture: byte "},
+    {"picture replay none.kvrec --out x.png", 3, "cannot read none.kvrec"},
+    {"picture replay part.kvrec", 2, "--out is required; see kestrova picture replay --help"},
     {"picture none.kvdoc --out x.kvrec", 3, "cannot read none.kvdoc: "},
 
     {"pattern add part.kvdoc 7 --kind linear --direction 1,0,0 --spacing 20 --count 5 --force", 0, ""},
@@ -182,6 +204,8 @@ class ExitCodes : public testing::Test {
     Make("cut.json", "{");
     Make("bad/Mill/VMC/KestrovaAPT.xml", "<R><SHAPES NUM='0'/><CHANNELS/></R>");
     Make("bad/Mill/Cut/KestrovaAPT.xml", "<R");
+    Make("bad/Mill/Stl/KestrovaAPT.xml", "<R><SHAPES NUM='1'><SHAPE NAME='S' ID='1' PATH='cut.stl'/></SHAPES></R>");
+    Make("bad/Mill/Stl/cut.stl", std::string(80, ' ') + std::string("\x09\0\0\0", 4));
   }
   void Make(const std::string& file, const std::string& bytes) {
     std::filesystem::create_directories((shell_.Work() / file).parent_path());
@@ -194,7 +218,8 @@ class ExitCodes : public testing::Test {
         WordsOf(last_command == std::string::npos ? line : line.substr(last_command + 9));
     const std::string last = words.empty() || words[0] == "reg" ? "--" : "--js";
     std::string name = words.empty() ? "" : words[0];
-    const bool alone = name == "picture" || (name == "env" && line != "env doctor");  // without a subcommand
+    const bool second = words.size() > 1 && (words[1] == "replay" || line == "env doctor");
+    const bool alone = (name == "picture" || name == "env") && !second;  // without a subcommand
     if (!alone) name += words.size() > 1 ? '-' + words[1] : "";
     const std::string path = words.size() > 1 && !alone ? words[0] + ' ' + words[1] : words.empty() ? "" : words[0];
     return shell_.Offered(path, last).contains("--json") ? name : "";

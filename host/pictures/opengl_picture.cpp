@@ -1,0 +1,229 @@
+#include "host/pictures/opengl_picture.h"
+
+#include <algorithm>
+
+#include "host/pictures/light.h"
+#include "host/shell/failure.h"
+#include "platform/opengl.h"
+
+namespace kestrova {
+namespace {
+
+constexpr int kSamples = 4;
+constexpr int kMostSampledPixels = 20'000'000;  // of the larger image; above it, there is one sample a pixel
+constexpr double kMarkSize = 9;                 // pixels
+
+PictureStyle StyleOf(const ViewOptions& view, bool smooth) { return {view.dark ? kOnDark : kOnWhite, smooth ? 2 : 1}; }
+
+int SamplesOf(const ViewOptions& view, int scale) {
+  const bool few = view.width * scale <= kMostSampledPixels / (view.height * scale);
+  return scale > 1 && few ? kSamples : 0;
+}
+
+void SetCamera(const Camera& camera) {
+  glMatrixMode(GL_PROJECTION);
+  glLoadIdentity();
+  const double near_plane = camera.near_plane, far_plane = camera.far_plane;
+  const double part = camera.perspective ? near_plane : 1;
+  const double x = camera.half_width * part, y = camera.half_height * part;
+  camera.perspective ? glFrustum(-x, x, -y, y, near_plane, far_plane) : glOrtho(-x, x, -y, y, near_plane, far_plane);
+  const FRUnitVector &r = camera.axes.right, &u = camera.axes.up, &b = camera.axes.back;
+  const GLdouble turn[] = {r.x(), u.x(), b.x(), 0, r.y(), u.y(), b.y(), 0, r.z(), u.z(), b.z(), 0, 0, 0, 0, 1};
+  glMatrixMode(GL_MODELVIEW);
+  glLoadMatrixd(turn);
+  glTranslated(-camera.eye.x(), -camera.eye.y(), -camera.eye.z());
+}
+
+// The scaling of lengths in the middle of the model to pixels, for shapes with sizes in pixels.
+FRTransf ToPixels(const Camera& camera, int height) {
+  const double depth = camera.perspective ? (camera.near_plane + camera.far_plane) / 2 : 1;
+  return GetScaleTransf(height / (2 * camera.half_height * depth));
+}
+
+void SetLights() {
+  glMatrixMode(GL_MODELVIEW);
+  glPushMatrix();
+  glLoadIdentity();
+  GLenum name = GL_LIGHT0;
+  constexpr GLfloat kNone[] = {0, 0, 0, 1};
+  for (const Lamp& lamp : kLamps) {
+    const GLfloat color[] = {lamp.strength, lamp.strength, lamp.strength, 1};
+    const GLfloat direction[] = {lamp.direction[0], lamp.direction[1], lamp.direction[2], 0};
+    glLightfv(name, GL_POSITION, direction);
+    glLightfv(name, GL_DIFFUSE, color);
+    glLightfv(name, GL_AMBIENT, kNone);
+    glLightfv(name, GL_SPECULAR, kNone);
+    glEnable(name++);
+  }
+  glPopMatrix();
+  constexpr GLfloat kAmbient[] = {kAmbientLight, kAmbientLight, kAmbientLight, 1};
+  glLightModelfv(GL_LIGHT_MODEL_AMBIENT, kAmbient);
+  glLightModeli(GL_LIGHT_MODEL_TWO_SIDE, GL_TRUE);
+}
+
+void SetSurfaces() {
+  glEnable(GL_DEPTH_TEST);
+  glDepthFunc(GL_LEQUAL);
+  glEnable(GL_NORMALIZE);
+  glEnable(GL_LIGHTING);
+  glColorMaterial(GL_FRONT_AND_BACK, GL_AMBIENT_AND_DIFFUSE);
+  glEnable(GL_COLOR_MATERIAL);
+  // Surfaces lie a little deeper than the lines on them.
+  glPolygonOffset(1, 2);
+  glEnable(GL_POLYGON_OFFSET_FILL);
+}
+
+void FillBackground(DWORD color) {
+  const auto channel = [&](int shift) { return GLfloat(color >> shift & 0xFF) / 255.0F; };
+  glClearColor(channel(0), channel(8), channel(16), 1);
+  glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+}
+
+// The average of the four pixels that become one.
+Pixels Halved(const Pixels& large) {
+  Pixels pixels = {large.width / 2, large.height / 2, {}};
+  pixels.rgb.resize(std::size_t(pixels.width) * std::size_t(pixels.height) * 3);
+  const std::size_t row = std::size_t(large.width) * 3;
+  BYTE* to = pixels.rgb.data();
+  for (int y = 0; y < pixels.height; ++y) {
+    const BYTE* from = large.rgb.data() + 2 * std::size_t(y) * row;
+    for (int x = 0; x < pixels.width; ++x, from += 6)
+      for (int channel = 0; channel < 3; ++channel)
+        *to++ = BYTE((from[channel] + from[channel + 3] + from[row + std::size_t(channel)] +
+                      from[row + std::size_t(channel) + 3] + 2) /
+                     4);
+  }
+  return pixels;
+}
+
+DWORD ColorOf(const PlacedMark& mark, const PictureStyle& style) {
+  return mark.mark->color ? mark.mark->color : style.colors.lines;
+}
+
+// Draws in pixels of the picture, from its top left corner.
+class FlatDrawing {
+ public:
+  FlatDrawing(QFDisplayInfo& display, const PictureStyle& style) : display_(display), style_(style) {}
+
+  void Line(double x, double y, double toX, double toY, DWORD color, int width) {
+    display_.SetColor(color);
+    display_.SetLineWidthWithInit(width * style_.scale);
+    display_.DrawLine({x, y, 0}, {toX, toY, 0});
+  }
+  void Area(double left, double top, double right, double bottom, DWORD color) {
+    display_.SetColor(color);
+    for (const FRPosition& corner : {FRPosition(left, bottom, 0), FRPosition(right, top, 0)}) {
+      CList<FRPosition> points;
+      CList<FRUnitVector> normals;
+      points.AddTail(FRPosition(left, top, 0));
+      points.AddTail(corner);
+      points.AddTail(FRPosition(right, bottom, 0));
+      display_.DrawTriangle(points, normals);
+    }
+  }
+  void Point(double x, double y, double size, DWORD color) {
+    display_.SetColor(color);
+    display_.DrawPlaneEllipse({x, y, 0}, size * style_.scale, size * style_.scale);
+  }
+  // The text in its colour on a border of the background's colour.
+  void Text(double left, double middle, const std::string& utf8, DWORD color) {
+    const CString text = FromUtf8(utf8);
+    const double base = middle + kTextHeight * 0.36;
+    display_.SetColor(style_.colors.background);
+    for (int dx = -1; dx <= 1; ++dx)
+      for (int dy = -1; dy <= 1; ++dy)
+        if (dx || dy) display_.DrawText({left + dx, base + dy, 0}, text);
+    display_.SetColor(color);
+    display_.DrawText({left, base, 0}, text);
+  }
+
+ private:
+  QFDisplayInfo& display_;
+  const PictureStyle& style_;
+};
+
+}  // namespace
+
+OpenGLPicture::OpenGLPicture(const ViewOptions& view, bool smooth)
+    : view_(view),
+      style_(StyleOf(view, smooth)),
+      image_(context_, view.width * style_.scale, view.height * style_.scale, SamplesOf(view, style_.scale)) {
+  if (!image_.IsReady()) throw Failure("cannot draw by OpenGL: " + image_.Reason());
+}
+
+bool OpenGLPicture::Draw(Picture& picture) {
+  const Standing standing = picture.Stands();
+  const Extent extent = ExtentOf(picture, style_, AxesOf(view_.name, standing));
+  if (extent.IsEmpty()) return false;
+  const std::vector<LegendRow> rows = picture.Legend();
+  const std::vector<PictureMark> marks = picture.Marks();
+  PictureLayout layout = PlaceLegend(view_, rows);
+  const Camera camera = CameraFor(view_, standing, extent, view_.width, layout.drawing_height, kPictureMargin);
+  PlaceMarks(view_, camera, marks, layout);
+  DrawModel(picture, camera, layout);
+  DrawTexts(layout);
+  return true;
+}
+
+void OpenGLPicture::DrawModel(Picture& picture, const Camera& camera, const PictureLayout& layout) {
+  const int scale = style_.scale;
+  glViewport(0, (view_.height - layout.drawing_height) * scale, view_.width * scale, layout.drawing_height * scale);
+  FillBackground(style_.colors.background);
+  SetCamera(camera);
+  SetLights();
+  SetSurfaces();
+  QFDisplayInfo display(/*useOpenGL=*/1, /*window=*/nullptr, ToPixels(camera, layout.drawing_height));
+  display.SetLineWidth(display.GetLineWidth() * scale);
+  display.InitialiseGraphics();
+  display.BeginShadedDisplay();
+  picture.Draw(display, style_);
+  display.EndShadedDisplay();
+  glClear(GL_DEPTH_BUFFER_BIT);
+  picture.DrawOnTop(display, style_);
+  display.UninitialiseGraphics();
+}
+
+void OpenGLPicture::DrawTexts(const PictureLayout& layout) {
+  if (layout.rows.empty() && layout.marks.empty()) return;
+  const int scale = style_.scale;
+  glViewport(0, 0, view_.width * scale, view_.height * scale);
+  glMatrixMode(GL_PROJECTION);
+  glLoadIdentity();
+  glOrtho(0, view_.width, view_.height, 0, -1, 1);
+  glMatrixMode(GL_MODELVIEW);
+  glLoadIdentity();
+  glDisable(GL_DEPTH_TEST);
+  QFDisplayInfo display(/*useOpenGL=*/1, /*window=*/nullptr, FRTransf());
+  display.SetFont(-kTextHeight * scale, /*weight=*/400, 0, 0, _T("DejaVu Sans"));
+  display.InitialiseGraphics();
+  FlatDrawing flat(display, style_);
+  for (const PlacedMark& mark : layout.marks) {
+    const DWORD color = ColorOf(mark, style_);
+    if (mark.mark->has_point) {
+      flat.Point(mark.x, mark.y, kMarkSize, style_.colors.background);
+      flat.Point(mark.x, mark.y, kMarkSize - 3, color);
+    }
+    if (mark.has_leader) flat.Line(mark.x, mark.y, mark.LeaderEnd(), mark.middle, color, 1);
+  }
+  for (const PlacedMark& mark : layout.marks) flat.Text(mark.left, mark.middle, mark.mark->name, ColorOf(mark, style_));
+  for (const PlacedRow& row : layout.rows) {
+    const LegendRow& legend = *row.row;
+    if (legend.sample == LegendRow::Sample::kArea) {
+      flat.Area(row.left, row.middle - 7, row.left + kSampleWidth, row.middle + 7, legend.color);
+    } else {
+      display.SetLineStyle(legend.sample == LegendRow::Sample::kDashes);
+      flat.Line(row.left, row.middle, row.left + kSampleWidth, row.middle, legend.color, 2);
+      display.SetLineStyle(0);
+    }
+    flat.Text(row.TextLeft(), row.middle, legend.text, style_.colors.lines);
+  }
+  display.UninitialiseGraphics();
+}
+
+Pixels OpenGLPicture::Read() {
+  Pixels pixels = {view_.width * style_.scale, view_.height * style_.scale, {}};
+  if (!image_.Read(pixels.rgb)) throw Failure("OpenGL did not give the picture back; try a smaller --size");
+  return style_.scale > 1 ? Halved(pixels) : pixels;
+}
+
+}  // namespace kestrova

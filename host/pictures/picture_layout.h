@@ -1,0 +1,50 @@
+// Where the parts of a picture are: the drawing above, the legend in a strip below it, and the names of marks beside
+// them, so that no text covers another one.
+#pragma once
+
+#include <algorithm>
+#include <span>
+#include <vector>
+
+#include "host/pictures/picture.h"
+
+namespace kestrova {
+
+inline constexpr int kTextHeight = 15;     // of the font, pixels
+inline constexpr int kSampleWidth = 34;    // of a row of the legend
+inline constexpr int kPictureMargin = 56;  // around a fitted drawing, with room for the names
+
+// Pixels from the top left corner.
+struct PlacedRow {
+  const LegendRow* row;
+  double left, middle;  // of the sample; the text follows it
+  double TextLeft() const { return left + kSampleWidth + 8; }
+};
+
+struct PlacedMark {
+  const PictureMark* mark;
+  double x, y;          // of the position
+  double left, middle;  // of the name
+  bool has_leader;      // the name is so far from the position that a line has to lead to it
+  double width;         // of the name
+
+  double LeaderEnd() const { return left > x ? left : std::min(left + width, x); }
+};
+
+struct PictureLayout {
+  int drawing_height = 0;
+  std::vector<PlacedRow> rows;
+  std::vector<PlacedMark> marks;
+};
+
+// The width of a text in the font of pictures; at least as wide as it is drawn.
+double TextWidth(std::string_view utf8);
+
+// Places the legend and so determines the height of the drawing. The rows must live as long as the layout.
+PictureLayout PlaceLegend(const ViewOptions& view, std::span<const LegendRow> rows);
+// Places the names of the marks that the camera sees. A name without a free place is left out. The marks must live as
+// long as the layout.
+void PlaceMarks(const ViewOptions& view, const Camera& camera, std::span<const PictureMark> marks,
+                PictureLayout& layout);
+
+}  // namespace kestrova
