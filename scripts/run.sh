@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs missing packages, builds, and shows, checks and exports an example machine definition.
+# Installs missing packages, builds, shows, checks and exports an example machine definition, and draws the machine.
 #   scripts/run.sh [TYPE [MACHINE]]   default: the first machine of the type MillTurn
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -20,5 +20,10 @@ done
 export_file=$work/$type/$machine/KestrovaAPT.txt
 echo
 cat "$export_file"
+picture=$work/$type/$machine/$machine.png
+echo
+echo "\$ kestrova picture $work/$type/$machine --of machine --out $picture"
+"$kestrova" picture "$work/$type/$machine" --of machine --out "$picture" --force
 echo
 echo "The export is in $export_file"
+echo "The picture is in $picture"
