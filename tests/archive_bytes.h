@@ -22,6 +22,16 @@ int CauseOf(std::string_view bytes, const std::function<void(CArchive&)>& read);
 // The same for any call.
 int CauseOf(const std::function<void()>& call);
 
+// Stores or loads a value, as the archive does.
+template <class Value>
+void Exchange(CArchive& ar, Value& value) {
+  if (ar.IsStoring()) {
+    ar << value;
+  } else {
+    ar >> value;
+  }
+}
+
 // Expects that reading each proper prefix of the bytes raises endOfFile; calls `behind` after each.
 void ExpectPrefixesRaise(
     std::string_view bytes, const std::function<void(CArchive&)>& read, const std::function<void()>& behind = [] {});

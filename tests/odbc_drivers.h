@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-
 #include "platform/paths.h"
 #include "platform/process.h"
 #include "tests/folders.h"

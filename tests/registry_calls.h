@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <ostream>
-#include <string>
 #include <vector>
 
 #include "platform/registry.h"
@@ -18,6 +17,10 @@ using Text = std::basic_string<TCHAR>;
 class Key {
  public:
   Key() = default;
+  // Fails the running test if the key cannot be opened.
+  Key(HKEY under, LPCTSTR path, REGSAM rights = KEY_READ) {
+    EXPECT_EQ(RegOpenKeyExW(under, path, 0, rights, &key_), ERROR_SUCCESS);
+  }
   ~Key() { Close(); }
   Key(const Key&) = delete;
   Key& operator=(const Key&) = delete;
