@@ -12,13 +12,12 @@ TEST(Automation, ArrayKeepsItsBounds) {
   SAFEARRAYBOUND bound = {3, -1};
   SAFEARRAY* const array = SafeArrayCreate(VT_I2, 1, &bound);
   ASSERT_NE(array, nullptr);
-  LONG at = 0;
-  EXPECT_EQ(SafeArrayGetLBound(array, 1, &at), S_OK);
-  EXPECT_EQ(at, -1);
-  EXPECT_EQ(SafeArrayGetUBound(array, 1, &at), S_OK);
-  EXPECT_EQ(at, 1);
-  for (const UINT dimension : {0, 2}) EXPECT_EQ(SafeArrayGetUBound(array, dimension, &at), DISP_E_BADINDEX);
-  EXPECT_EQ(SafeArrayGetLBound(nullptr, 1, &at), E_INVALIDARG);
+  LONG low = 0, high = 0;
+  EXPECT_EQ(SafeArrayGetLBound(array, 1, &low), S_OK);
+  EXPECT_EQ(SafeArrayGetUBound(array, 1, &high), S_OK);
+  EXPECT_EQ(std::pair(low, high), std::pair(LONG(-1), LONG(1)));
+  for (const UINT dimension : {0, 2}) EXPECT_EQ(SafeArrayGetUBound(array, dimension, &high), DISP_E_BADINDEX);
+  EXPECT_EQ(SafeArrayGetLBound(nullptr, 1, &low), E_INVALIDARG);
   for (LONG index : {-2, 2, INT_MIN, INT_MAX}) {
     std::int16_t number = 0;
     EXPECT_EQ(SafeArrayGetElement(array, &index, &number), DISP_E_BADINDEX) << index;

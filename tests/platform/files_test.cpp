@@ -1,26 +1,15 @@
 // Files: the calls as their descriptions have them. Walks and paths are in folders_test.cpp.
-#include "platform/files.h"
-
-#include <gtest/gtest.h>
-
 #include <cerrno>
 #include <chrono>
 
-#include "tests/scratch.h"
+#include "tests/platform/files_support.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-class Files : public testing::Test {
+class Files : public kvtest::FilesTest {
  protected:
-  // The product path of a name in the scratch folder.
-  Text At(const std::string& name) const { return ProductPathFromSystem((folder.Path() / name).string()); }
-
-  HANDLE Open(const std::string& name, DWORD access, DWORD disposition) const {
-    return CreateFileW(At(name).c_str(), access, 0, nullptr, disposition, 0, nullptr);
-  }
-
   // Without the mark of files that changed since the last backup, which only some systems keep.
   static DWORD Attributes(LPCWSTR path) {
     constexpr DWORD kArchive = 0x20;
@@ -28,36 +17,25 @@ class Files : public testing::Test {
     if (found == INVALID_FILE_ATTRIBUTES) return found;
     return (found & ~kArchive) == 0 ? FILE_ATTRIBUTE_NORMAL : found & ~kArchive;
   }
-
-  kvtest::ScratchFolder folder;
 };
 
 TEST_F(Files, AttributesShowFileFolderAndReadOnly) {
   folder.Write("plain.txt", "x");
   folder.Write("locked.txt", "x");
   ASSERT_EQ(_wchmod(At("locked.txt").c_str(), _S_IREAD), 0);
-  const struct {
-    const char* name;
-    DWORD wanted, status;
-  } rows[] = {
+  const std::tuple<const char*, DWORD, LONG> rows[] = {
       {"plain.txt", FILE_ATTRIBUTE_NORMAL, 0},
       {"locked.txt", FILE_ATTRIBUTE_READONLY, 0},
       {"", FILE_ATTRIBUTE_DIRECTORY, 0},
       {"missing.txt", INVALID_FILE_ATTRIBUTES, ERROR_FILE_NOT_FOUND},
       {"missing/file.txt", INVALID_FILE_ATTRIBUTES, ERROR_PATH_NOT_FOUND},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
-    EXPECT_EQ(Attributes(At(row.name).c_str()), row.wanted);
-    if (row.wanted == INVALID_FILE_ATTRIBUTES) {
-      EXPECT_EQ(GetLastError(), row.status);
-    }
+  for (const auto& [name, wanted, status] : rows) {
+    EXPECT_EQ(StatusOf(GetFileAttributesW(At(name).c_str()) != INVALID_FILE_ATTRIBUTES), status) << name;
+    EXPECT_EQ(Attributes(At(name).c_str()), wanted) << name;
   }
-  for (const LPCWSTR none : {_T(""), LPCWSTR(nullptr)}) {
-    SetLastError(0);
-    EXPECT_EQ(GetFileAttributesW(none), INVALID_FILE_ATTRIBUTES);
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_PATH_NOT_FOUND));
-  }
+  for (const LPCWSTR none : {_T(""), LPCWSTR(nullptr)})
+    EXPECT_EQ(StatusOf(GetFileAttributesW(none) != INVALID_FILE_ATTRIBUTES), ERROR_PATH_NOT_FOUND);
 }
 
 TEST_F(Files, ReadOnlyMarkRefusesWritingDeletingAndReplacing) {
@@ -72,24 +50,18 @@ TEST_F(Files, ReadOnlyMarkRefusesWritingDeletingAndReplacing) {
       EXPECT_EQ(errno, refused ? EACCES : 0);
     }
   }
-  EXPECT_FALSE(DeleteFileW(path.c_str()));
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_ACCESS_DENIED));
+  EXPECT_EQ(StatusOf(DeleteFileW(path.c_str())), ERROR_ACCESS_DENIED);
   EXPECT_EQ(_wfopen(path.c_str(), _T("w")), nullptr);
   EXPECT_EQ(Open("old", GENERIC_WRITE, CREATE_ALWAYS), INVALID_HANDLE_VALUE);
   folder.Write("new", "new");
-  EXPECT_FALSE(CopyFileW(At("new").c_str(), path.c_str(), FALSE));
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_ACCESS_DENIED));
+  EXPECT_EQ(StatusOf(CopyFileW(At("new").c_str(), path.c_str(), FALSE)), ERROR_ACCESS_DENIED);
   EXPECT_EQ(kvtest::ReadFile(folder.Path() / "old"), "kept");
 }
 
 TEST_F(Files, DispositionDecidesWhatOpeningDoes) {
   constexpr DWORD kUntold = ~DWORD(0);
-  const struct {
-    DWORD disposition;
-    bool exists;
-    DWORD status;  // what GetLastError returns afterwards, if the call says so
-    int size;      // of the file afterwards, -1 if opening fails
-  } rows[] = {
+  // What GetLastError returns afterwards, if the call says so, and the size of the file, -1 if opening fails.
+  const std::tuple<DWORD, bool, DWORD, int> rows[] = {
       {CREATE_NEW, false, kUntold, 0},
       {CREATE_NEW, true, ERROR_FILE_EXISTS, -1},
       {CREATE_ALWAYS, false, 0, 0},
@@ -99,20 +71,19 @@ TEST_F(Files, DispositionDecidesWhatOpeningDoes) {
       {OPEN_ALWAYS, false, 0, 0},
       {OPEN_ALWAYS, true, ERROR_ALREADY_EXISTS, 3},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(testing::Message() << row.disposition << (row.exists ? " on a file" : " on nothing"));
+  for (const auto& [disposition, exists, status, wanted] : rows) {
+    SCOPED_TRACE(testing::Message() << disposition << (exists ? " on a file" : " on nothing"));
     fs::remove(folder.Path() / "f");
-    if (row.exists) folder.Write("f", "abc");
+    if (exists) folder.Write("f", "abc");
     SetLastError(77);
-    const HANDLE file = Open("f", GENERIC_READ | GENERIC_WRITE, row.disposition);
-    if (row.status != kUntold) {
-      EXPECT_EQ(GetLastError(), row.status);
-    }
-    EXPECT_EQ(file == INVALID_HANDLE_VALUE, row.size < 0);
-    if (row.size < 0) continue;
+    const HANDLE file = Open("f", GENERIC_READ | GENERIC_WRITE, disposition);
+    const DWORD found = GetLastError();
+    EXPECT_TRUE(found == status || status == kUntold) << found;
+    EXPECT_EQ(file == INVALID_HANDLE_VALUE, wanted < 0);
+    if (wanted < 0) continue;
     LARGE_INTEGER size = {};
     EXPECT_TRUE(GetFileSizeEx(file, &size));
-    EXPECT_EQ(size.QuadPart, row.size);
+    EXPECT_EQ(size.QuadPart, wanted);
     EXPECT_TRUE(CloseHandle(file));
   }
 }
@@ -124,19 +95,14 @@ TEST_F(Files, HandlesDoWhatTheyWereOpenedFor) {
   char bytes[4];
   EXPECT_TRUE(ReadFile(reading, bytes, 4, &count, nullptr));
   EXPECT_EQ(std::string(bytes, count), "0123");
-  const auto expect_denied = [](BOOL done) {
-    EXPECT_FALSE(done);
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_ACCESS_DENIED));
-    SetLastError(0);
-  };
-  expect_denied(WriteFile(reading, "x", 1, &count, nullptr));
-  expect_denied(FlushFileBuffers(reading));
+  EXPECT_EQ(StatusOf(WriteFile(reading, "x", 1, &count, nullptr)), ERROR_ACCESS_DENIED);
+  EXPECT_EQ(StatusOf(FlushFileBuffers(reading)), ERROR_ACCESS_DENIED);
   EXPECT_TRUE(CloseHandle(reading));
   const HANDLE writing = Open("f", GENERIC_WRITE, OPEN_EXISTING);
   EXPECT_TRUE(WriteFile(writing, "ab", 2, &count, nullptr));
   EXPECT_EQ(count, 2U);
   EXPECT_TRUE(FlushFileBuffers(writing));
-  expect_denied(ReadFile(writing, bytes, 4, &count, nullptr));
+  EXPECT_EQ(StatusOf(ReadFile(writing, bytes, 4, &count, nullptr)), ERROR_ACCESS_DENIED);
   EXPECT_TRUE(SetEndOfFile(writing));
   EXPECT_TRUE(CloseHandle(writing));
   EXPECT_EQ(kvtest::ReadFile(folder.Path() / "f"), "ab");
@@ -145,30 +111,19 @@ TEST_F(Files, HandlesDoWhatTheyWereOpenedFor) {
 TEST_F(Files, OnlyAWriterSetsTheEnd) {
   folder.Write("f", "0123456789");
   const HANDLE reading = Open("f", GENERIC_READ, OPEN_EXISTING);
-  EXPECT_FALSE(SetEndOfFile(reading));
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_ACCESS_DENIED));
+  EXPECT_EQ(StatusOf(SetEndOfFile(reading)), ERROR_ACCESS_DENIED);
   EXPECT_TRUE(CloseHandle(reading));
 }
 
 TEST_F(Files, StreamModesDecideTheFirstBytes) {
-  const struct {
-    const TCHAR* mode;
-    std::string before, wanted;
-  } rows[] = {
+  const std::tuple<const TCHAR*, std::string, std::string> rows[] = {
       {_T("wt"), "old", ""},
       {_T("w, ccs=UTF-16LE"), "old", "\xFF\xFE"},
       {_T("w, ccs=UTF-8"), "old", "\xEF\xBB\xBF"},
       {_T("a, ccs=UTF-16LE"), "", "\xFF\xFE"},
       {_T("r+b"), "", ""},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(testing::PrintToString(Text(row.mode)));
-    folder.Write("f", row.before);
-    FILE* file = _wfopen(At("f").c_str(), row.mode);
-    ASSERT_NE(file, nullptr);
-    EXPECT_EQ(std::fclose(file), 0);
-    EXPECT_EQ(kvtest::ReadFile(folder.Path() / "f"), row.wanted);
-  }
+  for (const auto& [mode, before, wanted] : rows) ExpectStream(mode, before, "", wanted);
 }
 
 TEST_F(Files, TempFileNamesAreNewFiles) {
@@ -178,8 +133,7 @@ TEST_F(Files, TempFileNamesAreNewFiles) {
   EXPECT_EQ(Attributes(path), DWORD(FILE_ATTRIBUTE_NORMAL));
   EXPECT_NE(TextView(path).find(_T("\\kvt")), TextView::npos);
   EXPECT_NE(GetTempFileNameW(At("").c_str(), _T("kvtest"), 0, path), first);
-  EXPECT_EQ(GetTempFileNameW(At("none").c_str(), _T("x"), 0, path), 0U);
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_DIRECTORY));
+  EXPECT_EQ(StatusOf(GetTempFileNameW(At("none").c_str(), _T("x"), 0, path) != 0U), ERROR_DIRECTORY);
   const DWORD length = GetTempPathW(MAX_PATH, path);
   ASSERT_GT(length, 0U);
   EXPECT_EQ(path[length - 1], '\\');
@@ -188,8 +142,7 @@ TEST_F(Files, TempFileNamesAreNewFiles) {
 
 TEST_F(Files, TempFileNamesNeedRoomForTheirName) {
   TCHAR path[MAX_PATH];
-  EXPECT_EQ(GetTempFileNameW(Text(247, 'x').c_str(), _T("x"), 0, path), 0U);
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_BUFFER_OVERFLOW));
+  EXPECT_EQ(StatusOf(GetTempFileNameW(Text(247, 'x').c_str(), _T("x"), 0, path) != 0U), ERROR_BUFFER_OVERFLOW);
 }
 
 TEST_F(Files, CopyReplacesTheTargetOrLeavesIt) {
@@ -198,20 +151,13 @@ TEST_F(Files, CopyReplacesTheTargetOrLeavesIt) {
   EXPECT_EQ(kvtest::ReadFile(folder.Path() / "to"), std::string(1'000'000, 'x'));
   folder.Write("old", "old");
   fs::create_directory(folder.Path() / "sub");
-  const struct {
-    const char* from;
-    const char* to;
-    BOOL fail_if_exists;
-    LONG status;
-  } rows[] = {
+  const std::tuple<const char*, const char*, BOOL, LONG> rows[] = {
       {"from", "old", TRUE, ERROR_FILE_EXISTS},          {"none", "old", FALSE, ERROR_FILE_NOT_FOUND},
       {"none/none", "old", FALSE, ERROR_PATH_NOT_FOUND}, {"sub", "old", FALSE, ERROR_ACCESS_DENIED},
       {"from", "sub", FALSE, ERROR_ACCESS_DENIED},       {"from", "none/to", FALSE, ERROR_PATH_NOT_FOUND},
   };
-  for (const auto& row : rows) {
-    EXPECT_FALSE(CopyFileW(At(row.from).c_str(), At(row.to).c_str(), row.fail_if_exists)) << row.from << row.to;
-    EXPECT_EQ(GetLastError(), DWORD(row.status)) << row.from << " to " << row.to;
-  }
+  for (const auto& [from, to, fail_if_exists, status] : rows)
+    EXPECT_EQ(StatusOf(CopyFileW(At(from).c_str(), At(to).c_str(), fail_if_exists)), status) << from << " to " << to;
   EXPECT_EQ(kvtest::ReadFile(folder.Path() / "old"), "old");
   EXPECT_TRUE(CopyFileW(At("from").c_str(), At("old").c_str(), FALSE));
   EXPECT_EQ(std::distance(fs::directory_iterator(folder.Path()), {}), 4) << "a temporary file is left";
@@ -225,14 +171,11 @@ TEST_F(Files, CopyKeepsTheTimeOfTheLastChange) {
 }
 
 TEST_F(Files, FoldersAreMadeOneLevelAtATime) {
-  EXPECT_FALSE(CreateDirectoryW(At("a/b").c_str(), nullptr));
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_PATH_NOT_FOUND));
+  EXPECT_EQ(StatusOf(CreateDirectoryW(At("a/b").c_str(), nullptr)), ERROR_PATH_NOT_FOUND);
   EXPECT_TRUE(CreateDirectoryW((At("a") + _T("\\")).c_str(), nullptr));
-  EXPECT_FALSE(CreateDirectoryW(At("a").c_str(), nullptr));
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_ALREADY_EXISTS));
+  EXPECT_EQ(StatusOf(CreateDirectoryW(At("a").c_str(), nullptr)), ERROR_ALREADY_EXISTS);
   folder.Write("a/file", "x");
-  EXPECT_FALSE(RemoveDirectoryW(At("a").c_str()));
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_DIR_NOT_EMPTY));
+  EXPECT_EQ(StatusOf(RemoveDirectoryW(At("a").c_str())), ERROR_DIR_NOT_EMPTY);
   EXPECT_TRUE(DeleteFileW(At("a/file").c_str()));
   EXPECT_TRUE(RemoveDirectoryW(At("a").c_str()));
 }
@@ -243,20 +186,16 @@ TEST_F(Files, NamesLosePointsAndSpacesAtTheirEnd) {
     EXPECT_EQ(Attributes((At("") + name).c_str()), DWORD(FILE_ATTRIBUTE_NORMAL)) << testing::PrintToString(Text(name));
   EXPECT_TRUE(CloseHandle(Open("sub/new. ", GENERIC_WRITE, CREATE_NEW)));
   EXPECT_TRUE(CreateDirectoryW(At("folder.").c_str(), nullptr));
-  EXPECT_TRUE(fs::exists(folder.Path() / "sub/new"));
-  EXPECT_TRUE(fs::exists(folder.Path() / "folder"));
+  EXPECT_TRUE(fs::exists(folder.Path() / "sub/new") && fs::exists(folder.Path() / "folder"));
 }
 
 TEST_F(Files, NewNamesHaveNoReservedCharacters) {
   for (const char* name : {"a*", "?a", "a\"b", "<a", "a>b", "a|"}) {
     SCOPED_TRACE(name);
-    EXPECT_EQ(Open(name, GENERIC_WRITE, CREATE_NEW), INVALID_HANDLE_VALUE);
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_NAME));
-    EXPECT_FALSE(CreateDirectoryW(At(name).c_str(), nullptr));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_NAME));
+    EXPECT_EQ(StatusOf(Open(name, GENERIC_WRITE, CREATE_NEW) != INVALID_HANDLE_VALUE), ERROR_INVALID_NAME);
+    EXPECT_EQ(StatusOf(CreateDirectoryW(At(name).c_str(), nullptr)), ERROR_INVALID_NAME);
     EXPECT_EQ(_wfopen(At(name).c_str(), _T("w")), nullptr);
-    EXPECT_EQ(GetFileAttributesW(At(name).c_str()), INVALID_FILE_ATTRIBUTES);
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_NAME));
+    EXPECT_EQ(StatusOf(GetFileAttributesW(At(name).c_str()) != INVALID_FILE_ATTRIBUTES), ERROR_INVALID_NAME);
   }
 }
 

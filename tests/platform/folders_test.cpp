@@ -1,39 +1,9 @@
 // Walking folders, and paths taken apart: the calls as their descriptions have them.
-#include "platform/folders.h"
-
-#include <gtest/gtest.h>
-
-#include <set>
-
-#include "platform/handles.h"
-#include "tests/scratch.h"
+#include "tests/platform/files_support.h"
 
 namespace {
 
-namespace fs = std::filesystem;
-
-class Folders : public testing::Test {
- protected:
-  Text At(const std::string& name) const { return ProductPathFromSystem((folder.Path() / name).string()); }
-
-  // The names that a search returns, sorted, each followed by a blank; "error N" if it finds nothing.
-  std::string Found(const std::string& pattern) const {
-    WIN32_FIND_DATAW facts;
-    const HANDLE search = FindFirstFileW(At(pattern).c_str(), &facts);
-    if (search == INVALID_HANDLE_VALUE) return "error " + std::to_string(GetLastError());
-    std::set<std::string> found;
-    do {
-      found.insert(SystemPathFromProduct(facts.cFileName));
-    } while (FindNextFileW(search, &facts));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_NO_MORE_FILES));
-    EXPECT_TRUE(FindClose(search));
-    std::string names;
-    for (const std::string& name : found) names += name + " ";
-    return names;
-  }
-
-  kvtest::ScratchFolder folder;
-};
+using Folders = kvtest::FilesTest;
 
 TEST_F(Folders, StarsAndNamesAreFoundWithoutCase) {
   for (const char* name : {"a.txt", "B.TXT", "ab", "ab.c.txt", "abc", "x.htm"}) folder.Write(name, "");
@@ -55,11 +25,7 @@ TEST_F(Folders, StarsAndNamesAreFoundWithoutCase) {
 TEST_F(Folders, QuestionMarksAndPointsAtTheEndFollowTheOldRules) {
   for (const char* name : {"a.txt", "B.TXT", "ab", "ab.c.txt", "abc", "x.htm", "x.html"}) folder.Write(name, "");
   const std::pair<const char*, const char*> rows[] = {
-      {"a??", "ab abc "},
-      {"???.txt", "B.TXT a.txt "},
-      {"x.htm?", "x.htm x.html "},
-      {"ab/*", "error 267"},
-  };
+      {"a??", "ab abc "}, {"???.txt", "B.TXT a.txt "}, {"x.htm?", "x.htm x.html "}, {"ab/*", "error 267"}};
   for (const auto& [pattern, names] : rows) EXPECT_EQ(Found(pattern), names) << pattern;
 }
 

@@ -3,9 +3,6 @@
 
 #include <sqlite3.h>
 
-#include <filesystem>
-#include <string>
-
 #include "tests/registry_calls.h"
 
 namespace kvtest {

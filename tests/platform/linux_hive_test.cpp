@@ -27,9 +27,11 @@ class HiveFile : public testing::Test {
     TakeHiveFault(HKEY_CURRENT_USER, HiveFault::During::kReading);
     TakeHiveFault(HKEY_CURRENT_USER, HiveFault::During::kWriting);
   }
-  // Runs a statement on the hive in another process.
-  std::string Sql(const std::string& sql) const {
-    return IsTrueInChild([&] { return Ask(file_, sql.c_str()).empty(); }) ? "" : "failed: " + sql;
+
+  // The bytes of the hive with its log.
+  std::string Whole() const {
+    EXPECT_TRUE(Ask(file_, "PRAGMA wal_checkpoint(TRUNCATE)").starts_with('0'));
+    return ReadFile(file_);
   }
 
   const ScratchFolder scratch_;
@@ -38,50 +40,39 @@ class HiveFile : public testing::Test {
 };
 
 TEST_F(HiveFile, DamagedHiveIsReported) {
-  ASSERT_TRUE(IsTrueInChild([&] {  // brings the log into the hive
-    return Ask(file_, "PRAGMA wal_checkpoint(TRUNCATE)").starts_with('0');
-  }));
-  const std::string good = kvtest::ReadFile(file_);
-  const struct {
-    const char* title;
-    std::string bytes;
-    LSTATUS status = ERROR_BADDB;
-  } rows[] = {
-      {"empty", ""},
-      {"no hive at all", std::string(8192, 'x')},
-      {"pages overwritten", good.substr(0, 4096) + std::string(good.size() - 4096, '\xA5')},
-      {"schema overwritten", good.substr(0, 100) + std::string(3996, '\xA5') + good.substr(4096)},
+  const std::string good = Whole();
+  const std::tuple<const char*, std::string, LSTATUS> rows[] = {
+      {"empty", "", ERROR_BADDB},
+      {"no hive at all", std::string(8192, 'x'), ERROR_BADDB},
+      {"pages overwritten", good.substr(0, 4096) + std::string(good.size() - 4096, '\xA5'), ERROR_BADDB},
+      {"schema overwritten", good.substr(0, 100) + std::string(3996, '\xA5') + good.substr(4096), ERROR_BADDB},
       {"a later format", good.substr(0, 63) + '\x03' + good.substr(64), ERROR_UNKNOWN_REVISION},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.title);
+  for (const auto& [title, bytes, status] : rows) {
+    SCOPED_TRACE(title);
     const ScratchFolder damaged;
-    damaged.Write("user.hive", row.bytes);
+    damaged.Write("user.hive", bytes);
     UseRegistry(damaged.Path());
-    EXPECT_EQ(Open(HKEY_CURRENT_USER, kPath, KEY_READ), row.status);
-    EXPECT_EQ(Create(HKEY_CURRENT_USER, kPath), row.status);
-    EXPECT_EQ(RegQueryValueExW(HKEY_CURRENT_USER, _T("a"), nullptr, nullptr, nullptr, nullptr), row.status);
-    EXPECT_EQ(RegDeleteTreeW(HKEY_CURRENT_USER, kPath), row.status);
+    EXPECT_EQ(Open(HKEY_CURRENT_USER, kPath, KEY_READ), status);
+    EXPECT_EQ(Create(HKEY_CURRENT_USER, kPath), status);
+    EXPECT_EQ(RegQueryValueExW(HKEY_CURRENT_USER, _T("a"), nullptr, nullptr, nullptr, nullptr), status);
+    EXPECT_EQ(RegDeleteTreeW(HKEY_CURRENT_USER, kPath), status);
   }
 }
 
 // The last status of an enumeration from index 0 on, after at most 10 steps.
-template <class Enumerate>
-LSTATUS StatusOfWalk(Enumerate enumerate) {
+LSTATUS StatusOfWalk(HKEY key, bool values) {
   TCHAR name[256];
   LSTATUS status = ERROR_SUCCESS;
   for (DWORD i = 0, units = 256; status == ERROR_SUCCESS && i < 10; ++i, units = 256)
-    status = enumerate(i, name, &units);
+    status = values ? RegEnumValueW(key, i, name, &units, nullptr, nullptr, nullptr, nullptr)
+                    : RegEnumKeyExW(key, i, name, &units, nullptr, nullptr, nullptr, nullptr);
   return status;
 }
 
 TEST_F(HiveFile, RowsThatContradictEachOtherAreDamage) {
   const std::string of_b = " WHERE path LIKE '%TEST_B'", of_value = " WHERE folded = 'A'";
-  const struct {
-    bool values;
-    LPCTSTR below;
-    std::string sql;
-  } rows[] = {
+  const std::tuple<bool, LPCTSTR, std::string> rows[] = {
       {false, _T(""), "UPDATE key SET name = ''" + of_b},
       {false, _T(""), "UPDATE key SET name = 'B' || char(0)" + of_b},
       {false, _T(""), "UPDATE key SET name = 'B\\C'" + of_b},
@@ -96,20 +87,15 @@ TEST_F(HiveFile, RowsThatContradictEachOtherAreDamage) {
       {true, _T(""), "UPDATE value SET data = 'text'" + of_value},
       {true, _T(""), "UPDATE value SET name = printf('%.20000c', 'a'), folded = printf('%.20000c', 'A')" + of_value},
   };
-  const std::string good = (Ask(file_, "PRAGMA wal_checkpoint(TRUNCATE)"), ReadFile(file_));
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.sql);
+  const std::string good = Whole();
+  for (const auto& [values, below, sql] : rows) {
+    SCOPED_TRACE(sql);
     const ScratchFolder damaged;
     damaged.Write("user.hive", good);
-    EXPECT_EQ(Ask(damaged.Path() / "user.hive", row.sql.c_str()), "");
+    EXPECT_EQ(Ask(damaged.Path() / "user.hive", sql.c_str()), "");
     UseRegistry(damaged.Path());
-    Key key;
-    ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, (Text(kPath) + row.below).c_str(), 0, KEY_READ, &key), ERROR_SUCCESS);
-    EXPECT_EQ(StatusOfWalk([&](DWORD i, LPWSTR name, DWORD* units) {
-                return row.values ? RegEnumValueW(key, i, name, units, nullptr, nullptr, nullptr, nullptr)
-                                  : RegEnumKeyExW(key, i, name, units, nullptr, nullptr, nullptr, nullptr);
-              }),
-              ERROR_BADDB);
+    const Key key(HKEY_CURRENT_USER, (Text(kPath) + below).c_str());
+    EXPECT_EQ(StatusOfWalk(key, values), ERROR_BADDB);
     const HiveFault fault = TakeHiveFault(HKEY_CURRENT_USER, HiveFault::During::kReading);
     EXPECT_EQ(fault.status, ERROR_BADDB);
     EXPECT_EQ(fault.file, (damaged.Path() / "user.hive").string());
@@ -120,8 +106,7 @@ TEST_F(HiveFile, RowsThatContradictEachOtherAreDamage) {
 
 // A key's path in the table differs from that in the index: each step from the row led to the same row again.
 TEST_F(HiveFile, WalkEndsAtARowThatDiffersFromItsIndex) {
-  std::string bytes = (Ask(file_, "PRAGMA wal_checkpoint(TRUNCATE)"), ReadFile(file_));
-  const std::string path = "\\SOFTWARE\\TEST\\B";
+  const std::string bytes = Whole(), path = "\\SOFTWARE\\TEST\\B";
   int places = 0;
   for (std::size_t at = bytes.find(path); at != bytes.npos; at = bytes.find(path, at + 1), ++places) {
     std::string changed = bytes;
@@ -130,12 +115,8 @@ TEST_F(HiveFile, WalkEndsAtARowThatDiffersFromItsIndex) {
     damaged.Write("user.hive", changed);
     UseRegistry(damaged.Path());
     EXPECT_EQ(CheckHive(HKEY_CURRENT_USER), ERROR_BADDB);
-    Key key;
-    ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, kPath, 0, KEY_READ, &key), ERROR_SUCCESS);
-    EXPECT_NE(StatusOfWalk([&](DWORD i, LPWSTR name, DWORD* units) {
-                return RegEnumKeyExW(key, i, name, units, nullptr, nullptr, nullptr, nullptr);
-              }),
-              ERROR_SUCCESS);
+    const Key key(HKEY_CURRENT_USER, kPath);
+    EXPECT_NE(StatusOfWalk(key, /*values=*/false), ERROR_SUCCESS);
   }
   EXPECT_EQ(places, 3) << "in the table and in two indexes";
 }
@@ -153,14 +134,10 @@ class HiveOfFormat1 : public testing::Test {
   // Whether everything that was written is found by its name, and by walks.
   static bool HasAll() {
     for (const LPCTSTR name : {_T("größe\\ÖL"), _T("µM\\Unten"), _T("άξονας"), _T("ſ")}) {
-      Key key;
-      const Text path = Text(_T("software\\alt\\")) + name;
-      EXPECT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, KEY_READ, &key), ERROR_SUCCESS)
-          << testing::PrintToString(path);
-      EXPECT_EQ(Number(key, _T("wert µ")), 7);
+      const Key key(HKEY_CURRENT_USER, (Text(_T("software\\alt\\")) + name).c_str());
+      EXPECT_EQ(Number(key, _T("wert µ")), 7) << testing::PrintToString(Text(name));
     }
-    Key top;
-    EXPECT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, _T("Software\\Alt"), 0, KEY_READ, &top), ERROR_SUCCESS);
+    const Key top(HKEY_CURRENT_USER, _T("Software\\Alt"));
     EXPECT_EQ(SubKeys(top).size(), 5U);
     EXPECT_THAT(ValueNames(top), testing::ElementsAre(_T("STRAẞE ſς"), _T("ÄÖÜ")));
     EXPECT_EQ(CheckHive(HKEY_CURRENT_USER), ERROR_SUCCESS);
@@ -200,8 +177,7 @@ TEST_F(HiveFile, LockOfAnotherProcessIsWaitedForOnce) {
     return sqlite3_close(connection) == SQLITE_OK;
   });
   while (*step == 0 && waitpid(child, nullptr, WNOHANG) == 0) usleep(1000);
-  Key key;
-  ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, kPath, 0, KEY_ALL_ACCESS, &key), ERROR_SUCCESS);
+  const Key key(HKEY_CURRENT_USER, kPath, KEY_ALL_ACCESS);
   const auto start = std::chrono::steady_clock::now();
   {
     const RegistryWaitLimit outer(60'000), limit(200);

@@ -18,10 +18,7 @@ class LinuxLocale : public testing::Test {
 };
 
 TEST_F(LinuxLocale, LanguageComesFromTheFirstVariableThatIsSet) {
-  const struct {
-    LPCTSTR all, messages, lang;
-    int primary, sub;
-  } rows[] = {
+  const std::tuple<LPCTSTR, LPCTSTR, LPCTSTR, int, int> rows[] = {
       {nullptr, nullptr, nullptr, 9, 1},
       {nullptr, _T("fr_FR.UTF-8"), _T("de_DE.UTF-8"), 12, 1},
       {_T("ja_JP.UTF-8"), _T("fr_FR.UTF-8"), nullptr, 17, 1},
@@ -29,9 +26,9 @@ TEST_F(LinuxLocale, LanguageComesFromTheFirstVariableThatIsSet) {
       {nullptr, nullptr, _T("POSIX"), 9, 1},
       {nullptr, nullptr, _T("xx_nonsense"), 9, 1},
   };
-  for (const auto& row : rows) {
-    Use(row.all, row.messages, row.lang);
-    EXPECT_EQ(GetUserDefaultLangID(), row.sub << 10 | row.primary) << testing::PrintToString(row.lang);
+  for (const auto& [all, messages, lang, primary, sub] : rows) {
+    Use(all, messages, lang);
+    EXPECT_EQ(GetUserDefaultLangID(), sub << 10 | primary) << testing::PrintToString(lang);
   }
 }
 

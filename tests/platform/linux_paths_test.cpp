@@ -32,10 +32,7 @@ TEST_F(Mapping, GoesToTheDriveFolderAndBackAndLooksUpWithoutCase) {
   folder.Write("drive/Program Files/Größe/Data.TXT", "x");
   folder.Write("drive/twins/A", "x");
   folder.Write("drive/twins/a", "x");
-  const struct {
-    const TCHAR* path;
-    std::string wanted;
-  } rows[] = {
+  const std::pair<const TCHAR*, std::string> rows[] = {
       {_T("C:\\Program Files\\Größe\\Data.TXT"), Drive("/Program Files/Größe/Data.TXT")},
       {_T("c:/PROGRAM files/GRÖSSE/x"), Drive("/Program Files/GRÖSSE/x")},
       {_T("C:\\program files\\GRöße\\DATA.txt"), Drive("/Program Files/Größe/Data.TXT")},
@@ -46,7 +43,7 @@ TEST_F(Mapping, GoesToTheDriveFolderAndBackAndLooksUpWithoutCase) {
       {_T("\\dev\\NULL"), "/dev/null"},
       {nullptr, ""},
   };
-  for (const auto& row : rows) EXPECT_EQ(SystemPathFromProduct(row.path), row.wanted);
+  for (const auto& [path, wanted] : rows) EXPECT_EQ(SystemPathFromProduct(path), wanted);
   EXPECT_EQ(ProductPathFromSystem("/usr/lib/x.so"), u"\\usr\\lib\\x.so");
   EXPECT_EQ(ProductPathFromSystem(Drive("/KV/x")), u"C:\\KV\\x");
   EXPECT_EQ(ProductPathFromSystem(Drive("")), u"C:\\");
@@ -56,16 +53,8 @@ TEST_F(Mapping, GoesToTheDriveFolderAndBackAndLooksUpWithoutCase) {
 }
 
 TEST_F(Mapping, KeepsNamesThatAreNotUtf8Apart) {
-  const std::string names[] = {"x\xFE",
-                               "x\xFF",
-                               "x\xEF\xBF\xBD",
-                               "\xC3",
-                               "\xC3\xA4",
-                               "\xED\xA0\x80",
-                               "\xC0\xAF\xE2\x82",
-                               "\x80",
-                               "a\xF0\x9F\x98\x80\xF0"};
-  for (const std::string& name : names) {
+  for (const std::string name : {"x\xFE", "x\xFF", "x\xEF\xBF\xBD", "\xC3", "\xC3\xA4", "\xED\xA0\x80",
+                                 "\xC0\xAF\xE2\x82", "\x80", "a\xF0\x9F\x98\x80\xF0"}) {
     const std::u16string path = ProductPathFromSystem(Drive("/odd/" + name));
     EXPECT_EQ(SystemPathFromProduct(path.c_str()), Drive("/odd/" + name)) << "before there is one of its own";
     folder.Write("drive/odd/" + name, "");
@@ -189,7 +178,6 @@ TEST_F(Safe, ReplacesInOneStepAndKeepsRightsAndLinks) {
 
 TEST_F(Safe, ListenerHearsHowManyBytesAreWritten) {
   static std::vector<ULONGLONG> told;
-  told.clear();
   {
     const SafeFileProgress listener([](ULONGLONG bytes) { told.push_back(bytes); });
     SafeFile file(_T("C:\\f"));
@@ -203,22 +191,18 @@ TEST_F(Safe, FailuresComeWithAReasonAndLeaveNothing) {
   folder.Write("drive/locked", "old");
   chmod(Drive("/locked").c_str(), 0444);
   ASSERT_EQ(mkfifo(Drive("/pipe").c_str(), 0666), 0);
-  const struct {
-    const TCHAR* path;
-    LONG status;
-    std::string reason;
-  } rows[] = {
+  const std::tuple<const TCHAR*, LONG, std::string> rows[] = {
       {_T("C:\\locked"), ERROR_ACCESS_DENIED, "cannot write " + Drive("/locked") + ": access denied"},
       {_T("C:\\pipe"), ERROR_ACCESS_DENIED, "cannot write " + Drive("/pipe") + ": access denied"},
       {_T("C:\\none\\f"), ERROR_PATH_NOT_FOUND, "cannot write " + Drive("/none/f") + ": the folder does not exist"},
       {_T(""), ERROR_PATH_NOT_FOUND, "cannot write : the folder does not exist"},
   };
-  for (const auto& row : rows) {
-    SafeFile file(row.path);
+  for (const auto& [path, status, reason] : rows) {
+    SafeFile file(path);
     EXPECT_FALSE(file.Write("new"));
     EXPECT_FALSE(file.Commit());
-    EXPECT_EQ(file.FirstError(), row.status);
-    EXPECT_EQ(file.Reason(), row.reason);
+    EXPECT_EQ(file.FirstError(), status);
+    EXPECT_EQ(file.Reason(), reason);
   }
   EXPECT_EQ(kvtest::ReadFile(Drive("/locked")), "old");
   EXPECT_TRUE(std::filesystem::is_fifo(Drive("/pipe")));

@@ -1,4 +1,4 @@
-// Other processes: opened, waited for, ended, listed.
+// Other processes: opened, waited for, ended, listed; and more threads than other systems wait for at once.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 
@@ -8,7 +8,9 @@
 #include "platform/running_processes.h"
 #include "platform/threads.h"
 #include "tests/child_process.h"
+#include "tests/platform/status.h"
 #include "tests/scratch.h"
+#include "tests/semaphore.h"
 
 namespace {
 
@@ -20,8 +22,7 @@ TEST(OtherProcess, CanBeWaitedForAndEndedOnce) {
   EXPECT_TRUE(TerminateProcess(process, 1));
   EXPECT_EQ(WaitForSingleObject(process, INFINITE), WAIT_OBJECT_0);
   waitpid(child, nullptr, 0);
-  EXPECT_FALSE(TerminateProcess(process, 1));
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_ACCESS_DENIED));
+  EXPECT_EQ(StatusOf(TerminateProcess(process, 1)), ERROR_ACCESS_DENIED);
   CloseHandle(process);
   EXPECT_EQ(OpenProcess(PROCESS_TERMINATE, FALSE, DWORD(child)), nullptr);
 }
@@ -44,8 +45,7 @@ TEST(OtherProcess, IsListedByItsProgram) {
   HMODULE module = nullptr;
   DWORD bytes = 0;
   TCHAR name[MAX_PATH] = {};
-  EXPECT_TRUE(EnumProcessModules(process, &module, sizeof module, &bytes));
-  EXPECT_EQ(bytes, sizeof module);
+  EXPECT_TRUE(EnumProcessModules(process, &module, sizeof module, &bytes) && bytes == sizeof module);
   EXPECT_EQ(GetModuleBaseNameW(process, module, name, MAX_PATH), 11u);
   EXPECT_EQ(std::u16string(name), u"a) 7 (b.exe");
 
@@ -65,9 +65,22 @@ TEST(OtherProcess, IsListedByItsProgram) {
   EXPECT_EQ(std::count(ids.begin(), ids.end(), DWORD(child)), 1);
   kill(child, SIGKILL);
   waitpid(child, nullptr, 0);
-  EXPECT_FALSE(EnumProcessModules(process, &module, sizeof module, &bytes));
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_HANDLE));
+  EXPECT_EQ(StatusOf(EnumProcessModules(process, &module, sizeof module, &bytes)), ERROR_INVALID_HANDLE);
   CloseHandle(process);
+}
+
+TEST(LinuxThreads, AnyNumberCanBeWaitedFor) {
+  kvtest::Semaphore go{0};
+  const auto run = [](void* semaphore) {
+    static_cast<kvtest::Semaphore*>(semaphore)->acquire();
+    return DWORD(0);
+  };
+  std::vector<HANDLE> handles;
+  for (int i = 0; i < 100; ++i) handles.push_back(CreateThread(nullptr, 0, run, &go, 0, nullptr));
+  EXPECT_EQ(WaitForMultipleObjects(100, handles.data(), FALSE, 1), WAIT_TIMEOUT);
+  for (int i = 0; i < 100; ++i) go.release();
+  EXPECT_EQ(WaitForMultipleObjects(100, handles.data(), TRUE, INFINITE), WAIT_OBJECT_0);
+  for (const HANDLE handle : handles) CloseHandle(handle);
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 // encodings without a mark, UTF-8, and the status of a cut result.
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <fstream>
 
@@ -16,15 +15,10 @@ using namespace std::string_literals;
 using kvtest::Utf16;
 using ProfileOnDisk = kvtest::ProfileTest;
 
-constexpr LPCWSTR kNone = _T("(none)");
+constexpr LPCWSTR kNone = kvtest::kNoValue;
 
 TEST_F(ProfileOnDisk, EncodingsAreKnownByTheirBytes) {
-  const struct {
-    std::string bytes;
-    LPCWSTR section;
-    LPCWSTR key;
-    LPCWSTR wanted;
-  } rows[] = {
+  ExpectFound({
       {"[\xC3\x96l]\n\xC3\x84=1\n", _T("öL"), _T("ä"), _T("1")},
       {"\xEF\xBB\xBF[A]\nk=\xE2\x82\xAC\n", _T("A"), _T("k"), _T("€")},
       {"[A]\nk=a\xFF\xE2\x82\n", _T("A"), _T("k"), _T("a\u00FF\u00E2\u201A")},  // windows-1252
@@ -43,25 +37,12 @@ TEST_F(ProfileOnDisk, EncodingsAreKnownByTheirBytes) {
       {"[A]\nk=1\0002\nl=3\n"s, _T("A"), _T("k"), _T("1")},
       {"[A]\nk=1\0002\nl=3\n"s, _T("A"), _T("l"), _T("3")},
       {"[A]\nk\0=1\n\0[B]\n"s, _T("A"), _T("k"), kNone},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(testing::PrintToString(row.bytes));
-    Put(row.bytes);
-    EXPECT_EQ(Value(row.section, row.key), row.wanted);
-  }
-  Put("\xFF\xFE" + Utf16(_T("[A]\nk=")) + "\x00\xD8"s);
-  EXPECT_EQ(Value(_T("A"), _T("k")), Text(1, 0xD800)) << "a lone surrogate";
+      {"\xFF\xFE" + Utf16(_T("[A]\nk=")) + "\x00\xD8"s, _T("A"), _T("k"), _T("\xD800")},  // a lone surrogate
+  });
 }
 
 TEST_F(ProfileOnDisk, EncodingsStayWhenALineChanges) {
-  const struct {
-    const char* what;
-    std::string bytes;
-    LPCWSTR section;
-    LPCWSTR key;
-    LPCWSTR value;
-    std::string wanted;
-  } rows[] = {
+  ExpectChanges({
       {"windows-1252 stays so", "[\xFF\x81]\nk\xE4=\xFC\n[A]\n", _T("A"), _T("ü"), _T("€"),
        "[\xFF\x81]\nk\xE4=\xFC\n[A]\n\xFC=\x80\r\n"},
       {"a name is found in it", "[\xC4]\n\xD6=1\n", _T("ä"), _T("ö"), nullptr, "[\xC4]\n"},
@@ -76,21 +57,11 @@ TEST_F(ProfileOnDisk, EncodingsStayWhenALineChanges) {
        "junk\n[A]\nno\nm=2\r\n[ ] ]\n\0\n=\nk=1\0x\n\xFF\n"s},
       {"arguments lose spaces only", "", _T(" A "), _T("  k "), _T(" \t1  "), "[A]\r\nk=\t1\r\n"},
       {"a new file is UTF-8", "", _T("Ä"), _T("k"), _T("€"), "[\xC3\x84]\r\nk=\xE2\x82\xAC\r\n"},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.what);
-    Put(row.bytes);
-    EXPECT_TRUE(WritePrivateProfileStringW(row.section, row.key, row.value, Path()));
-    EXPECT_EQ(Bytes(), row.wanted);
-  }
+  });
 }
 
 TEST_F(ProfileOnDisk, TextThatTheEncodingLacksIsRefused) {
-  const struct {
-    std::string bytes;
-    LPCWSTR value;
-    DWORD status;
-  } rows[] = {
+  const std::tuple<std::string, LPCWSTR, LONG> rows[] = {
       {"[\xFF]\n", _T("\u0416"), ERROR_NO_UNICODE_TRANSLATION},
       {"[\xC3\x96]\n\xE4\n", _T("ä"), ERROR_NO_UNICODE_TRANSLATION},
       {"[A]\n", _T("\xDCFF"), ERROR_NO_UNICODE_TRANSLATION},
@@ -98,38 +69,32 @@ TEST_F(ProfileOnDisk, TextThatTheEncodingLacksIsRefused) {
       {"\xFF\xFE\0\0[\0\0\0"s, _T("1"), ERROR_NOT_SUPPORTED},
       {Utf16(_T("[A]\n")), _T("1"), ERROR_NOT_SUPPORTED},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(testing::PrintToString(row.bytes));
-    Put(row.bytes);
-    SetLastError(0);
-    EXPECT_FALSE(WritePrivateProfileStringW(_T("A"), _T("k"), row.value, Path()));
-    EXPECT_EQ(GetLastError(), row.status);
-    EXPECT_EQ(Bytes(), row.bytes);
+  for (const auto& [bytes, value, status] : rows) {
+    SCOPED_TRACE(testing::PrintToString(bytes));
+    Put(bytes);
+    EXPECT_EQ(StatusOf(WritePrivateProfileStringW(_T("A"), _T("k"), value, Path())), status);
+    EXPECT_EQ(Bytes(), bytes);
   }
 }
 
 TEST_F(ProfileOnDisk, LongNamesAreRefused) {
   const Text at = ProductPathFromSystem((folder.Path() / std::string(300, 'n')).string());
-  EXPECT_FALSE(WritePrivateProfileStringW(_T("A"), _T("k"), _T("v"), at.c_str()));
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_FILENAME_EXCED_RANGE));
+  EXPECT_EQ(StatusOf(WritePrivateProfileStringW(_T("A"), _T("k"), _T("v"), at.c_str())), ERROR_FILENAME_EXCED_RANGE);
 }
 
 TEST_F(ProfileOnDisk, CutResultsSetTheStatus) {
   Put("[Sec]\nkey=value\n");
   TCHAR buffer[12];
-  EXPECT_EQ(GetPrivateProfileSectionW(_T("none"), buffer, 12, Path()), 0U);
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_FILE_NOT_FOUND));
+  EXPECT_EQ(StatusOf(GetPrivateProfileSectionW(_T("none"), buffer, 12, Path()) != 0U), ERROR_FILE_NOT_FOUND);
   EXPECT_EQ(List(_T("none")), _T("")) << "a list has no default";
-  SetLastError(0);
-  EXPECT_EQ(GetPrivateProfileStringW(_T("sec"), _T("key"), nullptr, buffer, 5, Path()), 4U);
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_MORE_DATA));
-  EXPECT_EQ(GetPrivateProfileSectionW(_T("sec"), buffer, 10, Path()), 8U);
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_MORE_DATA));
+  EXPECT_EQ(StatusOf(GetPrivateProfileStringW(_T("sec"), _T("key"), nullptr, buffer, 5, Path()) != 4U),
+            ERROR_MORE_DATA);
+  EXPECT_EQ(StatusOf(GetPrivateProfileSectionW(_T("sec"), buffer, 10, Path()) != 8U), ERROR_MORE_DATA);
   EXPECT_EQ(GetPrivateProfileStringW(_T("A"), _T("k"), nullptr, buffer, 9, (Text(path) + _T("\\")).c_str()), 0U);
-  EXPECT_EQ(GetPrivateProfileStringW(_T("A"), _T("k"), nullptr, buffer, 9,
-                                     ProductPathFromSystem(folder.Path().string()).c_str()),
-            0U);
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_ACCESS_DENIED)) << "a folder";
+  EXPECT_EQ(StatusOf(GetPrivateProfileStringW(_T("A"), _T("k"), nullptr, buffer, 9,
+                                              ProductPathFromSystem(folder.Path().string()).c_str()) != 0U),
+            ERROR_ACCESS_DENIED)
+      << "a folder";
 }
 
 // ---- other programs
@@ -163,8 +128,7 @@ TEST_F(ProfileOnDisk, SeesEachChangeFromOutside) {
 }
 
 TEST_F(ProfileOnDisk, WritersInSeveralProcessesLoseNothing) {
-  constexpr int kWriters = 4;
-  constexpr int kKeys = 40;
+  constexpr int kWriters = 4, kKeys = 40;
   std::vector<pid_t> writers;
   for (int writer = 0; writer < kWriters; ++writer) {
     writers.push_back(kvtest::InChild([&] {
@@ -189,18 +153,14 @@ TEST_F(ProfileOnDisk, LinksAreFollowedAndStay) {
   EXPECT_EQ(kvtest::ReadFile(folder.Path() / "real.ini"), "[A]\r\nk=3\r\n");
   fs::remove(file);
   fs::create_symlink("f.ini", file);
-  EXPECT_FALSE(WritePrivateProfileStringW(_T("A"), _T("k"), _T("4"), Path()));
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_CANT_RESOLVE_FILENAME));
+  EXPECT_EQ(StatusOf(WritePrivateProfileStringW(_T("A"), _T("k"), _T("4"), Path())), ERROR_CANT_RESOLVE_FILENAME);
 }
 
 TEST_F(ProfileOnDisk, PipesAndDevicesAreNotRead) {
   ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
   for (const LPCWSTR name : {Path(), _T("\\dev\\zero")}) {
-    SetLastError(0);
-    EXPECT_EQ(Number(name), -1);
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_ACCESS_DENIED));
-    EXPECT_FALSE(WritePrivateProfileStringW(_T("A"), _T("k"), _T("1"), name));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_ACCESS_DENIED));
+    EXPECT_EQ(StatusOf(Number(name) != -1), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(StatusOf(WritePrivateProfileStringW(_T("A"), _T("k"), _T("1"), name)), ERROR_ACCESS_DENIED);
   }
 }
 
@@ -211,12 +171,10 @@ TEST_F(ProfileOnDisk, MissingRightsRefuseAndLeaveTheFile) {
     mode_t folder_mode;
     mode_t file_mode;
     int read;
-  } rows[] = {
-      {"closed folder", 0700, 0666, -1},
-      {"folder to read only", 0755, 0666, 1},
-      {"file of somebody else's", 0777, 0600, -1},
-      {"read-only file", 0777, 0444, 1},
-  };
+  } rows[] = {{"closed folder", 0700, 0666, -1},
+              {"folder to read only", 0755, 0666, 1},
+              {"file of somebody else's", 0777, 0600, -1},
+              {"read-only file", 0777, 0444, 1}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.what);
     ASSERT_EQ(chmod(file.c_str(), row.file_mode), 0);
@@ -240,11 +198,8 @@ TEST_F(ProfileOnDisk, HugeLinesAndFilesAreBounded) {
   EXPECT_EQ(Value(_T("A"), _T("l")), _T("2"));
   EXPECT_EQ(Value(_T("A"), _T("k")), Text(999, _T('x')));
   fs::resize_file(file, std::uintmax_t(5) << 30);  // sparse, one line without an end
-  SetLastError(0);
-  EXPECT_EQ(Value(_T("A"), _T("l")), kNone);
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_FILE_TOO_LARGE));
-  EXPECT_FALSE(WritePrivateProfileStringW(_T("A"), _T("l"), _T("3"), Path()));
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_FILE_TOO_LARGE));
+  EXPECT_EQ(StatusOf(Value(_T("A"), _T("l")) != kNone), ERROR_FILE_TOO_LARGE);
+  EXPECT_EQ(StatusOf(WritePrivateProfileStringW(_T("A"), _T("l"), _T("3"), Path())), ERROR_FILE_TOO_LARGE);
   EXPECT_EQ(fs::file_size(file), std::uintmax_t(5) << 30);
 }
 

@@ -2,7 +2,6 @@
 // children, eight processes with two threads each, and writers that are killed.
 #include <sys/stat.h>
 
-#include <atomic>
 #include <csignal>
 #include <random>
 #include <thread>
@@ -54,16 +53,14 @@ TEST_F(LinuxRegistry, ReadingMakesNothing) {
     EXPECT_EQ(RegDeleteTreeW(hive, kPath), ERROR_FILE_NOT_FOUND);
     EXPECT_EQ(RegEnumKeyExW(hive, 0, name, &units, nullptr, nullptr, nullptr, nullptr), ERROR_NO_MORE_ITEMS);
     EXPECT_EQ(RegEnumValueW(hive, 0, name, &units, nullptr, nullptr, nullptr, nullptr), ERROR_NO_MORE_ITEMS);
-    Key root;
-    EXPECT_EQ(RegOpenKeyExW(hive, _T(""), 0, KEY_ALL_ACCESS, &root), ERROR_SUCCESS);
+    const Key root(hive, _T(""), KEY_ALL_ACCESS);
   }
   EXPECT_FALSE(fs::exists(scratch_.Path() / "deep"));
 }
 
 TEST_F(LinuxRegistry, FirstWriteMakesTheHivesOwnFile) {
   EXPECT_EQ(Set(HKEY_CURRENT_USER, _T("a"), 1), ERROR_SUCCESS);
-  EXPECT_TRUE(fs::exists(folder_ / "user.hive"));
-  EXPECT_FALSE(fs::exists(folder_ / "machine.hive"));
+  EXPECT_TRUE(fs::exists(folder_ / "user.hive") && !fs::exists(folder_ / "machine.hive"));
   EXPECT_EQ(Get(HKEY_LOCAL_MACHINE, _T("a")), -ERROR_FILE_NOT_FOUND);
   EXPECT_EQ(Set(HKEY_LOCAL_MACHINE, _T("a"), 2), ERROR_SUCCESS);
   EXPECT_TRUE(fs::exists(folder_ / "machine.hive"));
@@ -85,8 +82,7 @@ TEST_F(LinuxRegistry, TransactionsGoToTheHiveThatIsThere) {
   write(_T("b"));
   EXPECT_TRUE(
       IsTrueInChild([] { return Get(HKEY_CURRENT_USER, _T("a")) == 1 && Get(HKEY_CURRENT_USER, _T("b")) == 1; }));
-  Key kept;
-  ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, kPath, 0, KEY_ALL_ACCESS, &kept), ERROR_SUCCESS);
+  const Key kept(HKEY_CURRENT_USER, kPath, KEY_ALL_ACCESS);
   fs::remove_all(folder_);
   write(_T("c"));
   EXPECT_EQ(SetNumber(kept, _T("a"), 1), ERROR_KEY_DELETED) << "the key went with the old hive";
@@ -114,9 +110,8 @@ TEST_F(LinuxRegistry, OtherUserReadsAndIsRefusedToWrite) {
   const ScratchFolder copied;  // the hive alone, as on read-only media
   Ask(folder_ / "machine.hive", "PRAGMA wal_checkpoint(TRUNCATE)");
   fs::copy_file(folder_ / "machine.hive", copied.Path() / "machine.hive");
-  for (const fs::path& folder : {scratch_.Path(), folder_.parent_path(), folder_, copied.Path()}) {
+  for (const fs::path& folder : {scratch_.Path(), folder_.parent_path(), folder_, copied.Path()})
     chmod(folder.c_str(), 0755);
-  }
   for (const fs::path& folder : {folder_, copied.Path()}) {
     EXPECT_TRUE(IsTrueInChild([&] {
       if (setgid(65534) != 0 || setuid(65534) != 0) return false;
@@ -150,9 +145,8 @@ TEST_F(LinuxRegistry, ReaderWithoutRightsSeesLaterWrites) {
 
 // Each child is forked while other threads open and close keys, and uses the registry itself.
 TEST_F(LinuxRegistry, ForksAmongOpeningThreadsGoOn) {
-  Key key;
-  ASSERT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, kPath, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr), 0);
-  ASSERT_EQ(SetNumber(key, _T("a"), 1), ERROR_SUCCESS);
+  ASSERT_EQ(Set(HKEY_CURRENT_USER, _T("a"), 1), ERROR_SUCCESS);
+  const Key key(HKEY_CURRENT_USER, kPath);
   EXPECT_TRUE(IsTrueInChild([&] {
     alarm(60);  // a deadlock ends this child, and not the whole run
     std::atomic<bool> stop = false;
@@ -163,9 +157,8 @@ TEST_F(LinuxRegistry, ForksAmongOpeningThreadsGoOn) {
       });
     }
     bool good = true;
-    for (int i = 0; i < 300 && good; ++i) {
+    for (int i = 0; i < 300 && good; ++i)
       good = IsTrueInChild([&] { return Get(HKEY_CURRENT_USER, _T("a")) == 1 && Number(key, _T("a")) == 1; });
-    }
     stop = true;
     for (std::thread& thread : threads) thread.join();
     return good;

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "platform/errors.h"
+#include "tests/platform/status.h"
 
 namespace {
 
@@ -18,13 +18,12 @@ TEST(Memory, RegionsAreZeroedAlignedAndGoBackWhole) {
     EXPECT_EQ(reinterpret_cast<std::uintptr_t>(region) % (64 * 1024), 0u) << bytes;
     EXPECT_TRUE(std::all_of(region, region + bytes, [](BYTE byte) { return byte == 0; })) << bytes;
     std::fill_n(region, bytes, BYTE(0xAB));
-    EXPECT_FALSE(VirtualFree(region, bytes, MEM_RELEASE)) << "a part can't be released";
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PARAMETER));
+    EXPECT_EQ(StatusOf(VirtualFree(region, bytes, MEM_RELEASE)), ERROR_INVALID_PARAMETER) << "a part can't be released";
     EXPECT_TRUE(VirtualFree(region, 0, MEM_RELEASE)) << bytes;
     EXPECT_FALSE(VirtualFree(region, 0, MEM_RELEASE)) << "it has gone";
   }
-  EXPECT_EQ(VirtualAlloc(nullptr, ~SIZE_T(0), kBoth, PAGE_READWRITE), nullptr);
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PARAMETER)) << "more than the address space";
+  EXPECT_EQ(StatusOf(VirtualAlloc(nullptr, ~SIZE_T(0), kBoth, PAGE_READWRITE) != nullptr), ERROR_INVALID_PARAMETER)
+      << "more than the address space";
 }
 
 TEST(Memory, ARegionThatWasResetCanBeWrittenAgain) {

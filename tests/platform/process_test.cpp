@@ -5,6 +5,7 @@
 
 #include "platform/paths.h"
 #include "platform/threads.h"
+#include "tests/platform/status.h"
 
 namespace {
 
@@ -15,8 +16,7 @@ TEST(ProcessItself, EnvironmentVariableGivesLengthOrSizeNeeded) {
   EXPECT_EQ(Text(buffer), _T("Größe"));
   EXPECT_EQ(GetEnvironmentVariableW(_T("KV_TEST_VARIABLE"), buffer, 5), 6U);
   ASSERT_TRUE(SetEnvironmentVariableW(_T("KV_TEST_VARIABLE"), nullptr));
-  EXPECT_EQ(GetEnvironmentVariableW(_T("KV_TEST_VARIABLE"), buffer, 6), 0U);
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_ENVVAR_NOT_FOUND));
+  EXPECT_EQ(StatusOf(GetEnvironmentVariableW(_T("KV_TEST_VARIABLE"), buffer, 6) != 0U), ERROR_ENVVAR_NOT_FOUND);
 }
 
 TEST(ProcessItself, ModuleIsFoundByAnyFormOfItsName) {
@@ -28,11 +28,8 @@ TEST(ProcessItself, ModuleIsFoundByAnyFormOfItsName) {
     EXPECT_EQ(GetModuleHandleW(name), library) << testing::PrintToString(Text(name));
   EXPECT_NE(GetModuleHandleW(nullptr), nullptr);
   EXPECT_NE(GetModuleHandleW(nullptr), library);
-  for (const TCHAR* name : {_T("KVSHARE"), _T("KVSHAREu.txt"), _T(""), _T("\\elsewhere\\KVSHAREu")}) {
-    SetLastError(0);
-    EXPECT_EQ(GetModuleHandleW(name), nullptr) << testing::PrintToString(Text(name));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_MOD_NOT_FOUND));
-  }
+  for (const TCHAR* name : {_T("KVSHARE"), _T("KVSHAREu.txt"), _T(""), _T("\\elsewhere\\KVSHAREu")})
+    EXPECT_EQ(StatusOf(GetModuleHandleW(name) != nullptr), ERROR_MOD_NOT_FOUND) << testing::PrintToString(Text(name));
 }
 
 TEST(ProcessItself, ProgramIsFoundByNull) {

@@ -5,15 +5,18 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <string>
+#include <initializer_list>
 #include <vector>
 
 #include "platform/paths.h"
 #include "platform/profile.h"
 #include "platform/text.h"
+#include "tests/platform/status.h"
 #include "tests/scratch.h"
 
 namespace kvtest {
+
+inline constexpr LPCWSTR kNoValue = _T("(none)");  // a default that no file has
 
 using namespace std::string_literals;
 
@@ -34,11 +37,10 @@ class ProfileTest : public testing::Test {
   std::string Bytes() const { return ReadFile(file); }
   LPCWSTR Path() const { return path.c_str(); }
 
-  // What the call gives, with a default that no file has.
+  // What the call gives, kNoValue by default.
   Text Value(LPCWSTR section, LPCWSTR key) const {
     std::vector<TCHAR> buffer(1000, _T('~'));
-    const DWORD length =
-        GetPrivateProfileStringW(section, key, _T("(none)"), buffer.data(), DWORD(buffer.size()), Path());
+    const DWORD length = GetPrivateProfileStringW(section, key, kNoValue, buffer.data(), DWORD(buffer.size()), Path());
     return {buffer.data(), length};
   }
   // The number of the key "k" in section "A" of a file; -1 if there is none.
@@ -54,6 +56,30 @@ class ProfileTest : public testing::Test {
   Text Lines(LPCWSTR section) const {
     std::vector<TCHAR> buffer(1000, _T('~'));
     return Shown({buffer.data(), GetPrivateProfileSectionW(section, buffer.data(), 1000, Path())});
+  }
+
+  // A row of an expected search: bytes, section, key, value.
+  using Search = std::tuple<std::string, LPCWSTR, LPCWSTR, LPCWSTR>;
+  void ExpectFound(std::initializer_list<Search> rows) {
+    for (const auto& [bytes, section, key, wanted] : rows) {
+      SCOPED_TRACE(testing::PrintToString(bytes));
+      Put(bytes);
+      EXPECT_EQ(Value(section, key), wanted);
+    }
+  }
+  struct Change {
+    const char* what;
+    std::string bytes;
+    LPCWSTR section, key, value;
+    std::string wanted;
+  };
+  void ExpectChanges(std::initializer_list<Change> rows) {
+    for (const Change& row : rows) {
+      SCOPED_TRACE(row.what);
+      Put(row.bytes);
+      EXPECT_TRUE(WritePrivateProfileStringW(row.section, row.key, row.value, Path()));
+      EXPECT_EQ(Bytes(), row.wanted);
+    }
   }
 
   static Text Shown(Text text) {

@@ -1,5 +1,4 @@
 // Profile files: the exact bytes that a write leaves.
-#include <initializer_list>
 #include <map>
 #include <random>
 
@@ -11,26 +10,7 @@ using namespace std::string_literals;
 using kvtest::Utf16;
 using ProfileWriting = kvtest::ProfileTest;
 
-struct Change {
-  const char* what;
-  std::string bytes;
-  LPCWSTR section;
-  LPCWSTR key;
-  LPCWSTR value;
-  std::string wanted;
-};
-
-class ProfileChanges : public ProfileWriting {
- protected:
-  void ExpectChanges(std::initializer_list<Change> rows) {
-    for (const Change& row : rows) {
-      SCOPED_TRACE(row.what);
-      Put(row.bytes);
-      EXPECT_TRUE(WritePrivateProfileStringW(row.section, row.key, row.value, Path()));
-      EXPECT_EQ(Bytes(), row.wanted);
-    }
-  }
-};
+using ProfileChanges = kvtest::ProfileTest;
 
 TEST_F(ProfileChanges, OneLineChangesInAFileOfPlainLines) {
   ExpectChanges({
@@ -72,38 +52,29 @@ TEST_F(ProfileChanges, BlanksCommentsAndOtherLineEndsStay) {
 
 class ProfileSections : public ProfileWriting {
  protected:
-  struct Row {
-    const char* what;
-    std::string bytes;
-    LPCWSTR list;
-    std::string wanted;
-  };
-  void ExpectLists(std::initializer_list<Row> rows) {
-    for (const Row& row : rows) {
-      SCOPED_TRACE(row.what);
-      Put(row.bytes);
-      EXPECT_TRUE(WritePrivateProfileSectionW(_T("A"), row.list, Path()));
-      EXPECT_EQ(Bytes(), row.wanted);
+  // Rows: what, the bytes before, the list that is written, the bytes after.
+  void ExpectLists(std::initializer_list<std::tuple<const char*, std::string, LPCWSTR, std::string>> rows) {
+    for (const auto& [what, bytes, list, wanted] : rows) {
+      SCOPED_TRACE(what);
+      Put(bytes);
+      EXPECT_TRUE(WritePrivateProfileSectionW(_T("A"), list, Path()));
+      EXPECT_EQ(Bytes(), wanted);
     }
   }
 };
 
 TEST_F(ProfileSections, AreReplacedAsAWhole) {
-  ExpectLists({
-      {"new", "[B]\r\n", _T("k=1\0l=2\0"), "[B]\r\n[A]\r\nk=1\r\nl=2\r\n"},
-      {"keys and odd lines go", "[a]\r\nk=1\r\nodd\r\nl=2\r\n[B]\r\nm=3\r\n", _T("n=4\0"),
-       "[a]\r\nn=4\r\n[B]\r\nm=3\r\n"},
-      {"an empty list leaves the header", "[A]\r\nk=1\r\n[B]\r\n", _T("\0"), "[A]\r\n[B]\r\n"},
-      {"null removes it", "[A]\r\nk=1\r\n[B]\r\n", nullptr, "[B]\r\n"},
-  });
+  ExpectLists({{"new", "[B]\r\n", _T("k=1\0l=2\0"), "[B]\r\n[A]\r\nk=1\r\nl=2\r\n"},
+               {"keys and odd lines go", "[a]\r\nk=1\r\nodd\r\nl=2\r\n[B]\r\nm=3\r\n", _T("n=4\0"),
+                "[a]\r\nn=4\r\n[B]\r\nm=3\r\n"},
+               {"an empty list leaves the header", "[A]\r\nk=1\r\n[B]\r\n", _T("\0"), "[A]\r\n[B]\r\n"},
+               {"null removes it", "[A]\r\nk=1\r\n[B]\r\n", nullptr, "[B]\r\n"}});
 }
 
 TEST_F(ProfileSections, KeepCommentsBlankLinesAndLineEnds) {
-  ExpectLists({
-      {"keys and odd lines go, comments stay", "[a] x\n;c\nk=1\nodd\n\n ;d\nl=2\n\n[B]\nm=3\n", _T("n=4\0"),
-       "[a] x\n;c\n\n ;d\nn=4\r\n\n[B]\nm=3\n"},
-      {"after a comment without an end", "[A]\n;c", _T("k=1\0"), "[A]\n;c\r\nk=1\r\n"},
-  });
+  ExpectLists({{"keys and odd lines go, comments stay", "[a] x\n;c\nk=1\nodd\n\n ;d\nl=2\n\n[B]\nm=3\n", _T("n=4\0"),
+                "[a] x\n;c\n\n ;d\nn=4\r\n\n[B]\nm=3\n"},
+               {"after a comment without an end", "[A]\n;c", _T("k=1\0"), "[A]\n;c\r\nk=1\r\n"}});
 }
 
 TEST_F(ProfileWriting, MakesTheFileOnlyForAValue) {
@@ -118,24 +89,13 @@ TEST_F(ProfileWriting, MakesTheFileOnlyForAValue) {
 
 TEST_F(ProfileWriting, RefusalsTellWhyAndLeaveTheFile) {
   Put("[A]\nk=1\n");
-  SetLastError(0);
-  EXPECT_FALSE(WritePrivateProfileStringW(nullptr, _T("k"), _T("v"), Path()));
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_FILE_NOT_FOUND));
-  EXPECT_FALSE(WritePrivateProfileStringW(_T("A"), _T("k"), _T("v"), _T("")));
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_ACCESS_DENIED));
-  const struct {
-    const char* name;
-    DWORD status;
-  } rows[] = {
-      {"none/f.ini", ERROR_PATH_NOT_FOUND},
-      {".", ERROR_ACCESS_DENIED},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
-    const Text at = ProductPathFromSystem((folder.Path() / row.name).string());
-    SetLastError(0);
-    EXPECT_FALSE(WritePrivateProfileStringW(_T("A"), _T("k"), _T("v"), at.c_str()));
-    EXPECT_EQ(GetLastError(), row.status);
+  EXPECT_EQ(StatusOf(WritePrivateProfileStringW(nullptr, _T("k"), _T("v"), Path())), ERROR_FILE_NOT_FOUND);
+  EXPECT_EQ(StatusOf(WritePrivateProfileStringW(_T("A"), _T("k"), _T("v"), _T(""))), ERROR_ACCESS_DENIED);
+  const std::pair<const char*, LONG> rows[] = {{"none/f.ini", ERROR_PATH_NOT_FOUND}, {".", ERROR_ACCESS_DENIED}};
+  for (const auto& [name, status] : rows) {
+    SCOPED_TRACE(name);
+    const Text at = ProductPathFromSystem((folder.Path() / name).string());
+    EXPECT_EQ(StatusOf(WritePrivateProfileStringW(_T("A"), _T("k"), _T("v"), at.c_str())), status);
     EXPECT_EQ(Number(at), -1);
   }
   EXPECT_EQ(Bytes(), "[A]\nk=1\n");

@@ -10,11 +10,7 @@ namespace {
 
 TEST_F(RegistryValues, TypeAndBytesComeBackAsTheyWere) {
   const Stored rows[] = {
-      {REG_DWORD, kvtest::Raw(42)},
-      {REG_SZ, "a\0\0\0b\0\0\0"s},
-      {REG_BINARY, ""},
-      {0xFFFFFFFF, "\xFF"},
-  };
+      {REG_DWORD, kvtest::Raw(42)}, {REG_SZ, "a\0\0\0b\0\0\0"s}, {REG_BINARY, ""}, {0xFFFFFFFF, "\xFF"}};
   for (const Stored& row : rows) {
     EXPECT_EQ(kvtest::Set(key_, _T("Value"), row), ERROR_SUCCESS);
     EXPECT_EQ(kvtest::Get(key_, nullptr, _T("Value")), row);
@@ -32,8 +28,7 @@ TEST_F(RegistryValues, TooSmallBufferReturnsTypeAndSize) {
   kvtest::Set(key_, _T("Value"), {REG_BINARY, "12345"});
   for (const DWORD room : {0u, 4u}) {
     BYTE data[5] = {0xEE, 0xEE, 0xEE, 0xEE, 0xEE};
-    DWORD type = 0;
-    DWORD size = room;
+    DWORD type = 0, size = room;
     EXPECT_EQ(RegQueryValueExW(key_, _T("Value"), nullptr, &type, data, &size), ERROR_MORE_DATA) << room;
     EXPECT_EQ(type, DWORD(REG_BINARY));
     EXPECT_EQ(size, 5u);
@@ -68,13 +63,11 @@ TEST_F(RegistryValues, SeveralValuesAreReadIntoOneBuffer) {
 
 TEST_F(RegistryValues, NamesCompareWithoutCaseAndKeepTheirFirstForm) {
   const TCHAR no_characters[] = {0xD800, 'x', 0xDC00, 0xFFFF, 0xD83D, 0xDE00, 0};
-  const LPCTSTR rows[][2] = {
-      {no_characters, no_characters},
-      {_T(""), nullptr},  // the default value
-      {_T("\u00C4\u00D6\u00DC"), _T("\u00E4\u00F6\u00FC")},
-      {_T("\u041C\u0438\u0440"), _T("\u043C\u0418\u0420")},
-      {_T("a b\\c/d"), _T("A B\\C/D")},
-  };
+  const LPCTSTR rows[][2] = {{no_characters, no_characters},
+                             {_T(""), nullptr},  // the default value
+                             {_T("\u00C4\u00D6\u00DC"), _T("\u00E4\u00F6\u00FC")},
+                             {_T("\u041C\u0438\u0440"), _T("\u043C\u0418\u0420")},
+                             {_T("a b\\c/d"), _T("A B\\C/D")}};
   for (const auto& [made, asked] : rows) {
     EXPECT_EQ(Number(made), -ERROR_FILE_NOT_FOUND);
     EXPECT_EQ(SetNumber(made, 1), ERROR_SUCCESS);
@@ -84,10 +77,8 @@ TEST_F(RegistryValues, NamesCompareWithoutCaseAndKeepTheirFirstForm) {
     EXPECT_EQ(RegDeleteValueW(key_, asked), ERROR_SUCCESS);
   }
   // Letters that only a language or full case folding takes for the same, and a surrogate pair.
-  const LPCTSTR others[][2] = {
-      {_T("ſ"), _T("S")}, {_T("ı"), _T("I")}, {_T("İ"), _T("i")},
-      {_T("ς"), _T("Σ")}, {_T("ß"), _T("ẞ")}, {_T("𐐀"), _T("𐐨")},
-  };
+  const LPCTSTR others[][2] = {{_T("ſ"), _T("S")}, {_T("ı"), _T("I")}, {_T("İ"), _T("i")},
+                               {_T("ς"), _T("Σ")}, {_T("ß"), _T("ẞ")}, {_T("𐐀"), _T("𐐨")}};
   for (const auto& [made, asked] : others) {
     EXPECT_EQ(SetNumber(made, 1), ERROR_SUCCESS);
     EXPECT_EQ(Number(asked), -ERROR_FILE_NOT_FOUND) << testing::PrintToString(Text(asked));
@@ -106,9 +97,7 @@ TEST_F(RegistryValues, EnumerationGivesDataOrItsSize) {
   DWORD units = 16, type = 0, size = 3;
   EXPECT_EQ(RegEnumValueW(key_, 0, name, &units, nullptr, &type, data, &size), ERROR_SUCCESS);
   EXPECT_EQ(Text(name, units), _T("Name"));
-  EXPECT_EQ(type, DWORD(REG_BINARY));
-  EXPECT_EQ(size, 3u);
-  EXPECT_EQ(data[2], '3');
+  EXPECT_EQ(std::tuple(type, size, data[2]), std::tuple(DWORD(REG_BINARY), 3u, BYTE('3')));
   units = 16, size = 2;
   EXPECT_EQ(RegEnumValueW(key_, 0, name, &units, nullptr, &type, data, &size), ERROR_MORE_DATA);
   EXPECT_EQ(size, 3u);

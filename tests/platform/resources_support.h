@@ -7,6 +7,7 @@
 #include "platform/process.h"
 #include "platform/resources.h"
 #include "tests/folders.h"
+#include "tests/platform/status.h"
 #include "tests/scratch.h"
 
 namespace kvtest {

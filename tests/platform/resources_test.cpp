@@ -20,12 +20,11 @@ TEST_F(Resources, StringsAreFoundByNumber) {
 TEST_F(Resources, CopyIsCutAndTerminated) {
   ASSERT_NE(Load(LibraryBytes()), nullptr);
   TCHAR buffer[16];
-  EXPECT_EQ(LoadStringW(module, 1, buffer, 9), 8);
-  EXPECT_EQ(Text(buffer), _T("Kestrova"));
-  EXPECT_EQ(LoadStringW(module, 1, buffer, 8), 7);
-  EXPECT_EQ(Text(buffer), _T("Kestrov"));
-  EXPECT_EQ(LoadStringW(module, 2, buffer, 16), 0);
-  EXPECT_EQ(buffer[0], 0);
+  for (const auto& [id, units, wanted] :
+       {std::tuple{1u, 9, _T("Kestrova")}, {1u, 8, _T("Kestrov")}, {2u, 16, _T("")}}) {
+    EXPECT_EQ(LoadStringW(module, id, buffer, units), int(Text(wanted).size()));
+    EXPECT_EQ(Text(buffer), wanted);
+  }
 }
 
 TEST_F(Resources, OneUnitIsTerminatedAndMissingStringsAreReported) {
@@ -33,8 +32,7 @@ TEST_F(Resources, OneUnitIsTerminatedAndMissingStringsAreReported) {
   TCHAR buffer[16] = _T("before");
   EXPECT_EQ(LoadStringW(module, 1, buffer, 1), 0);
   EXPECT_EQ(buffer[0], 0);
-  EXPECT_EQ(LoadStringW(module, 2, buffer, 16), 0);
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_RESOURCE_NAME_NOT_FOUND));
+  EXPECT_EQ(StatusOf(LoadStringW(module, 2, buffer, 16) != 0), ERROR_RESOURCE_NAME_NOT_FOUND);
 }
 
 TEST_F(Resources, DataModuleIsNoRunningModule) {
@@ -46,14 +44,12 @@ TEST_F(Resources, DataModuleIsNoRunningModule) {
 }
 
 TEST_F(Resources, MissingFilesAndExtensions) {
-  EXPECT_EQ(Load(std::string(100, 'x')), nullptr);
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_BAD_EXE_FORMAT));
+  EXPECT_EQ(StatusOf(Load(std::string(100, 'x')) != nullptr), ERROR_BAD_EXE_FORMAT);
   const auto load = [this](const char* name) {
     const Text path = ProductPathFromSystem((folder.Path() / name).string());
     return module = LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
   };
-  EXPECT_EQ(load("None"), nullptr);
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_FILE_NOT_FOUND));
+  EXPECT_EQ(StatusOf(load("None") != nullptr), ERROR_FILE_NOT_FOUND);
   folder.Write("Test.DLL", LibraryBytes());
   EXPECT_NE(load("test"), nullptr);
 }

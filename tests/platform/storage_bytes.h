@@ -16,6 +16,9 @@ inline std::size_t FatAt(int sector) { return kFat + std::size_t(sector) * 4; }
 
 inline void Put16(std::string& file, std::size_t at, WORD value) { std::memcpy(&file[at], &value, 2); }
 inline void Put32(std::string& file, std::size_t at, DWORD value) { std::memcpy(&file[at], &value, 4); }
+inline void Put32(std::string& file, std::size_t start, std::initializer_list<std::pair<std::size_t, DWORD>> numbers) {
+  for (const auto& [at, value] : numbers) Put32(file, start + at, value);
+}
 
 inline void PutEntry(std::string& file, int entry, const Text& name, char type, char colour, DWORD left, DWORD child,
                      DWORD start, DWORD size) {
@@ -23,11 +26,7 @@ inline void PutEntry(std::string& file, int entry, const Text& name, char type, 
   Put16(file, EntryAt(entry, 64), WORD(2 * name.size() + 2));
   file[EntryAt(entry, 66)] = type;
   file[EntryAt(entry, 67)] = colour;
-  Put32(file, EntryAt(entry, 68), left);
-  Put32(file, EntryAt(entry, 72), kNone);
-  Put32(file, EntryAt(entry, 76), child);
-  Put32(file, EntryAt(entry, 116), start);
-  Put32(file, EntryAt(entry, 120), size);
+  Put32(file, EntryAt(entry, 0), {{68, left}, {72, kNone}, {76, child}, {116, start}, {120, size}});
 }
 
 // Sectors: 0 to 7 the stream "Big", 8 the small streams, 9 the mini FAT, 10 the directory, 11 the FAT. The storage
@@ -35,17 +34,9 @@ inline void PutEntry(std::string& file, int entry, const Text& name, char type, 
 inline std::string WholeFile() {
   std::string file(13 * 512, '\0');
   std::memcpy(file.data(), "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1", 8);
-  Put16(file, 24, 0x3E);
-  Put16(file, 26, 3);
-  Put16(file, 28, 0xFFFE);
-  Put16(file, 30, 9);
-  Put16(file, 32, 6);
-  Put32(file, 44, 1);  // FAT sectors
-  Put32(file, 48, 10);
-  Put32(file, 56, 4096);
-  Put32(file, 60, 9);
-  Put32(file, 64, 1);
-  Put32(file, 68, kEnd);
+  for (const auto& [at, value] : {std::pair{24, 0x3E}, {26, 3}, {28, 0xFFFE}, {30, 9}, {32, 6}})
+    Put16(file, std::size_t(at), WORD(value));
+  Put32(file, 0, {{44, 1 /* FAT sector */}, {48, 10}, {56, 4096}, {60, 9}, {64, 1}, {68, kEnd}});
   for (std::size_t i = 0; i < 109; ++i) Put32(file, 76 + 4 * i, i == 0 ? 11 : kFree);
   file.replace(512, 4096, 4096, 'B');
   file.replace(9 * 512, 5, "hello");
@@ -68,14 +59,10 @@ inline std::string WholeFileOfVersion4() {
   file.replace(0, 512, old, 0, 512);
   Put16(file, 26, 4);
   Put16(file, 30, 12);
-  Put32(file, 40, 1);  // directory sectors
-  Put32(file, 48, 1);
-  Put32(file, 60, 2);
-  Put32(file, 76, 0);
+  Put32(file, 0, {{40, 1 /* directory sector */}, {48, 1}, {60, 2}, {76, 0}});
   for (std::size_t i = 0; i < 1024; ++i) Put32(file, 4096 + 4 * i, i == 0 ? 0xFFFFFFFD : i < 5 ? kEnd : kFree);
   file.replace(2 * 4096, 512, old, kDirectory, 512);
-  Put32(file, 2 * 4096 + 116, 3);
-  Put32(file, 2 * 4096 + 128 + 116, 4);
+  Put32(file, 2 * 4096 + 116, {{0, 3}, {128, 4}});
   file.replace(3 * 4096, 512, old, kMiniFat, 512);
   file.replace(4 * 4096, 64, old, 9 * 512, 64);
   file.replace(5 * 4096, 4096, 4096, 'B');
@@ -99,7 +86,6 @@ class CompoundBytes : public CompoundFiles {
   }
   static std::string Name(HRESULT result) {
     return result == STG_E_DOCFILECORRUPT      ? "corrupt"
-           : result == STG_E_FILENOTFOUND      ? "not found"
            : result == STG_E_FILEALREADYEXISTS ? "no compound file"
                                                : std::to_string(result);
   }

@@ -1,5 +1,6 @@
-// What compound files promise on every platform: modes, names, streams and commits.
-#include "tests/platform/storage_support.h"
+// What compound files promise on every platform: modes, names, streams and commits; files as other programs write them,
+// cut files, and streams that are changed at random.
+#include "tests/platform/storage_bytes.h"
 
 namespace kvtest {
 namespace {
@@ -10,27 +11,21 @@ TEST_F(CompoundFiles, GiveBackWhatWasStored) {
   std::string bytes(16000005, '\0');  // beyond 15.5 MB the list of the table's sectors has sectors of its own
   for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = char(i * 7 + i / 251);
   {
-    const Storage root = Create();
-    const Storage inner = CreateStorage(root, _T("Inner"));
-    for (const std::size_t size : kSizes) {
+    const Storage root = Create(), inner = CreateStorage(root, _T("Inner"));
+    for (const std::size_t size : kSizes)
       Put(size % 2 ? root : inner, _T("s") + Text(size % 29, _T('x')), bytes.substr(0, size));
-    }
     ASSERT_EQ(root->Commit(STGC_DEFAULT), S_OK);
   }
   const Storage root = Open();
   ASSERT_TRUE(root) << std::hex << result_;
   const Storage inner = OpenStorage(root, _T("inner"));
   ASSERT_TRUE(inner);
-  for (const std::size_t size : kSizes) {
+  for (const std::size_t size : kSizes)
     EXPECT_EQ(Get(size % 2 ? root : inner, _T("S") + Text(size % 29, _T('X'))), bytes.substr(0, size)) << size;
-  }
 }
 
 TEST_F(CompoundFiles, RefuseModesThatDoNotExist) {
-  const struct {
-    DWORD mode;
-    HRESULT create, open;
-  } kRoots[] = {
+  const std::tuple<DWORD, HRESULT, HRESULT> kRoots[] = {
       {STGM_READWRITE | STGM_SHARE_EXCLUSIVE, S_OK, S_OK},
       {STGM_READWRITE, STG_E_INVALIDFLAG, STG_E_INVALIDFLAG},
       {STGM_READ | STGM_SHARE_DENY_WRITE, STG_E_INVALIDFLAG, S_OK},
@@ -39,9 +34,9 @@ TEST_F(CompoundFiles, RefuseModesThatDoNotExist) {
   };
   ASSERT_EQ(Create("there.bin")->Commit(0), S_OK);
   int number = 0;
-  for (const auto& c : kRoots) {
-    EXPECT_EQ(ResultOf(Create("new" + std::to_string(++number), c.mode)), c.create) << std::hex << c.mode;
-    EXPECT_EQ(ResultOf(Open("there.bin", c.mode)), c.open) << std::hex << c.mode;
+  for (const auto& [mode, create, open] : kRoots) {
+    EXPECT_EQ(ResultOf(Create("new" + std::to_string(++number), mode)), create) << std::hex << mode;
+    EXPECT_EQ(ResultOf(Open("there.bin", mode)), open) << std::hex << mode;
   }
   const Storage root = Create();
   EXPECT_EQ(ResultOf(CreateStream(root, _T("s"), STGM_READWRITE)), STG_E_INVALIDFLAG)
@@ -52,16 +47,11 @@ TEST_F(CompoundFiles, RefuseModesThatDoNotExist) {
 TEST_F(CompoundFiles, ReportWhyAFileDoesNotOpen) {
   folder_.Write("text.bin", std::string(2000, 'x'));
   std::filesystem::create_directory(folder_.Path() / "folder");
-  const struct {
-    const char* name;
-    HRESULT result;
-  } kCases[] = {{"none.bin", STG_E_FILENOTFOUND},
-                {"none/none.bin", STG_E_PATHNOTFOUND},
-                {"text.bin", STG_E_FILEALREADYEXISTS},
-                {"folder", STG_E_ACCESSDENIED}};
-  for (const auto& c : kCases) {
-    EXPECT_EQ(ResultOf(Open(c.name)), c.result) << c.name;
-  }
+  const std::pair<const char*, HRESULT> kCases[] = {{"none.bin", STG_E_FILENOTFOUND},
+                                                    {"none/none.bin", STG_E_PATHNOTFOUND},
+                                                    {"text.bin", STG_E_FILEALREADYEXISTS},
+                                                    {"folder", STG_E_ACCESSDENIED}};
+  for (const auto& [name, result] : kCases) EXPECT_EQ(ResultOf(Open(name)), result) << name;
   EXPECT_EQ(ResultOf(Create("text.bin", kWrite)), STG_E_FILEALREADYEXISTS);
 }
 
@@ -157,6 +147,19 @@ TEST_F(CompoundFiles, StoragesKnowWhenTheyWereMade) {
   ASSERT_EQ(CreateStorage(root, _T("Storage"))->Stat(&facts, STATFLAG_NONAME), S_OK);
   EXPECT_NE(facts.ctime.dwHighDateTime, 0u);
 }
+
+TEST_F(CompoundBytes, AreReadInBothVersions) {
+  EXPECT_EQ(WhatOf(WholeFile()), "opens, whole, whole");
+  EXPECT_EQ(WhatOf(WholeFileOfVersion4()), "opens, whole, whole");
+}
+
+TEST_F(CompoundBytes, NoTruncatedPrefixIsWhole) {
+  const std::string whole = WholeFile();
+  for (std::size_t bytes = 0; bytes < kFat; bytes += 100)  // without its allocation table
+    EXPECT_NE(WhatOf(whole.substr(0, bytes)), "opens, whole, whole") << bytes;
+}
+
+TEST_F(CompoundBytes, RandomChangesOfAStreamMatchATextsOwn) { ChangeAtRandom(/*with_gaps=*/false); }
 
 }  // namespace
 }  // namespace kvtest

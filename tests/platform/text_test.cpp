@@ -3,15 +3,12 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/errors.h"
+#include "tests/platform/status.h"
 
 namespace {
 
 TEST(Ordinal, ComparesUnitsOrTheirUpperCase) {
-  const struct {
-    LPCTSTR a, b;
-    int exact, without_case;
-  } rows[] = {
+  const std::tuple<LPCTSTR, LPCTSTR, int, int> rows[] = {
       {_T(""), _T(""), CSTR_EQUAL, CSTR_EQUAL},
       {_T("ab"), _T("AB"), CSTR_GREATER_THAN, CSTR_EQUAL},
       {_T("ab"), _T("ABC"), CSTR_GREATER_THAN, CSTR_LESS_THAN},
@@ -29,12 +26,12 @@ TEST(Ordinal, ComparesUnitsOrTheirUpperCase) {
       {_T("𐐨"), _T("𐐀"), CSTR_GREATER_THAN, CSTR_GREATER_THAN},
       {_T("\xFFFF"), _T("𐐀"), CSTR_GREATER_THAN, CSTR_GREATER_THAN},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(testing::PrintToString(Text(row.a)));
-    EXPECT_EQ(CompareStringOrdinal(row.a, -1, row.b, -1, FALSE), row.exact);
-    EXPECT_EQ(CompareStringOrdinal(row.a, -1, row.b, -1, TRUE), row.without_case);
-    const int a_units = int(Text(row.a).size()), b_units = int(Text(row.b).size());
-    EXPECT_EQ(CompareStringOrdinal(row.a, a_units, row.b, b_units, TRUE), row.without_case);
+  for (const auto& [a, b, exact, without_case] : rows) {
+    SCOPED_TRACE(testing::PrintToString(Text(a)));
+    EXPECT_EQ(CompareStringOrdinal(a, -1, b, -1, FALSE), exact);
+    EXPECT_EQ(CompareStringOrdinal(a, -1, b, -1, TRUE), without_case);
+    const int a_units = int(Text(a).size()), b_units = int(Text(b).size());
+    EXPECT_EQ(CompareStringOrdinal(a, a_units, b, b_units, TRUE), without_case);
   }
   EXPECT_EQ(CompareStringOrdinal(_T("a\0b"), 3, _T("A\0C"), 3, TRUE), CSTR_LESS_THAN) << "a NUL is a unit";
   EXPECT_EQ(CompareStringOrdinal(_T("ab"), 1, _T("AC"), 1, TRUE), CSTR_EQUAL);
@@ -42,11 +39,8 @@ TEST(Ordinal, ComparesUnitsOrTheirUpperCase) {
 }
 
 TEST(Ordinal, IgnoresCaseForOneOnly) {
-  for (const BOOL ignore_case : {2, -1}) {
-    SetLastError(0);
-    EXPECT_EQ(CompareStringOrdinal(_T("a"), -1, _T("a"), -1, ignore_case), 0);
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PARAMETER));
-  }
+  for (const BOOL ignore_case : {2, -1})
+    EXPECT_EQ(StatusOf(CompareStringOrdinal(_T("a"), -1, _T("a"), -1, ignore_case) != 0), ERROR_INVALID_PARAMETER);
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "platform/process.h"
+#include "tests/platform/status.h"
 #include "tests/semaphore.h"
 
 namespace {
@@ -85,8 +86,7 @@ TEST(Threads, RunsUnderItsIdAndIsSignalledByItsEnd) {
   EXPECT_NE(worker.id, GetCurrentThreadId());
   worker.Finish();
   EXPECT_TRUE(worker.passed);
-  EXPECT_EQ(SuspendAtPoint(worker.handle), DWORD(-1));
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_ACCESS_DENIED));
+  EXPECT_EQ(StatusOf(SuspendAtPoint(worker.handle) != DWORD(-1)), ERROR_ACCESS_DENIED);
 }
 
 TEST(Threads, SuspendedThreadsWaitAtASuspensionPointUntilResumed) {
@@ -121,8 +121,7 @@ TEST(Threads, WaitsForAllOrTheFirstOfMany) {
   for (auto& worker : workers) worker->go.release();
   EXPECT_EQ(WaitForMultipleObjects(60, handles.data(), TRUE, INFINITE), WAIT_OBJECT_0);
   handles[59] = nullptr;
-  EXPECT_EQ(WaitForMultipleObjects(60, handles.data(), TRUE, 0), WAIT_FAILED);
-  EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_HANDLE));
+  EXPECT_EQ(StatusOf(WaitForMultipleObjects(60, handles.data(), TRUE, 0) != WAIT_FAILED), ERROR_INVALID_HANDLE);
 }
 
 // Goes down by frames of about 16 KB until less than the reserve is left; gives the number of levels.
