@@ -1,6 +1,5 @@
 // The archive's bytes, written by hand from the layout: storing gives exactly these bytes, and they load again.
 #include <memory>
-#include <string>
 #include <vector>
 
 #include "tests/framework/archive_fixture.h"
@@ -122,8 +121,7 @@ TEST(ArchiveBytes, LongTagsBeginAboveNumber0x7FFE) {
     ar << &late;
   });
   const std::string firstLink = Bytes("FF FF 01 00 05 00") + "TLink" + Bytes("00 00");
-  const std::string newBase = Bytes("FF FF 03 00 05 00") + "TBase";
-  const std::string tail = bytes.substr(firstLink.size() + 0x7FFE * 4);
+  const std::string newBase = Bytes("FF FF 03 00 05 00") + "TBase", tail = bytes.substr(firstLink.size() + 0x7FFE * 4);
   EXPECT_EQ(bytes.substr(0, firstLink.size() + 4), firstLink + Bytes("01 80 00 00"));
   EXPECT_EQ(Hex(tail), Hex(Bytes("FE 7F") + Bytes("FF 7F FF 7F 00 00") + Bytes("FF 7F 00 80 00 00") + newBase +
                            Bytes("FF 7F 01 80 00 80") + Bytes("01 80") + Bytes("FF 7F 01 80 00 80") +
@@ -149,16 +147,14 @@ struct Form {
   const char* narrow;  // the length record of a narrow text
 };
 
-const Form kForms[] = {
-    {0, "FF FE FF 00", "00"},
-    {1, "FF FE FF 01", "01"},
-    {254, "FF FE FF FE", "FE"},
-    {255, "FF FE FF FF FF 00", "FF FF 00"},
-    {65'533, "FF FE FF FF FD FF", "FF FD FF"},
-    {65'534, "FF FE FF FF FF FF FE FF 00 00", "FF FF FF FE FF 00 00"},
-    {65'535, "FF FE FF FF FF FF FF FF 00 00", "FF FF FF FF FF 00 00"},
-    {70'000, "FF FE FF FF FF FF 70 11 01 00", "FF FF FF 70 11 01 00"},
-};
+const Form kForms[] = {{0, "FF FE FF 00", "00"},
+                       {1, "FF FE FF 01", "01"},
+                       {254, "FF FE FF FE", "FE"},
+                       {255, "FF FE FF FF FF 00", "FF FF 00"},
+                       {65'533, "FF FE FF FF FD FF", "FF FD FF"},
+                       {65'534, "FF FE FF FF FF FF FE FF 00 00", "FF FF FF FE FF 00 00"},
+                       {65'535, "FF FE FF FF FF FF FF FF 00 00", "FF FF FF FF FF 00 00"},
+                       {70'000, "FF FE FF FF FF FF 70 11 01 00", "FF FF FF 70 11 01 00"}};
 
 CString TextOf(std::size_t length) {
   CString text;
@@ -196,10 +192,7 @@ TEST(ArchiveStrings, ReadsNarrowTextAsCodePage1252) {
 }
 
 TEST(ArchiveStrings, LengthBeyondTheDataRaisesBeforeAnythingIsAllocated) {
-  const struct {
-    const char* name;
-    const char* hex;
-  } rows[] = {
+  const std::pair<const char*, const char*> rows[] = {
       {"byte", "05 61 62"},
       {"word", "FF 00 01 61"},
       {"dword", "FF FF FF FE FF FF FF 61"},
@@ -209,10 +202,10 @@ TEST(ArchiveStrings, LengthBeyondTheDataRaisesBeforeAnythingIsAllocated) {
       {"wide qword whose bytes overflow", "FF FE FF FF FF FF FF FF FF FF 01 00 00 00 00 00 00 80 61 00"},
       {"wide mark twice", "FF FE FF FF FE FF 01 61 00"},
   };
-  for (const auto& row : rows) {
+  for (const auto& [name, hex] : rows) {
     CString text = _T("kept");
-    EXPECT_EQ(CauseOf(Bytes(row.hex), [&](CArchive& ar) { ar >> text; }), CArchiveException::endOfFile) << row.name;
-    EXPECT_EQ(text, _T("kept")) << row.name;
+    EXPECT_EQ(CauseOf(Bytes(hex), [&](CArchive& ar) { ar >> text; }), CArchiveException::endOfFile) << name;
+    EXPECT_EQ(text, _T("kept")) << name;
   }
 }
 

@@ -16,17 +16,10 @@ TNode::~TNode() {
 
 void TNode::Serialize(CArchive& ar) {
   CObject::Serialize(ar);
-  if (ar.IsStoring()) {
-    ar << m_Number << m_Text;
-  } else {
-    ar >> m_Number >> m_Text;
-  }
+  Exchange(ar, m_Number);
+  Exchange(ar, m_Text);
   m_Children.SerializeOwned(ar);
-  if (ar.IsStoring()) {
-    ar << m_pOther;
-  } else {
-    ar >> m_pOther;
-  }
+  Exchange(ar, m_pOther);
 }
 
 TLink::~TLink() {
@@ -37,35 +30,21 @@ TLink::~TLink() {
   }
 }
 
-void TLink::Serialize(CArchive& ar) {
-  if (ar.IsStoring()) {
-    ar << m_pNext;
-  } else {
-    ar >> m_pNext;
-  }
-}
+void TLink::Serialize(CArchive& ar) { Exchange(ar, m_pNext); }
 
 void TBase::Serialize(CArchive& ar) {
   ar.SerializeClass(RUNTIME_CLASS(TBase));
   m_SeenBase = ar.GetObjectSchema();
   CObject::Serialize(ar);
-  if (ar.IsStoring()) {
-    ar << m_Old << m_New;
-  } else {
-    ar >> m_Old;
-    if (m_SeenBase > 2) ar >> m_New;
-  }
+  Exchange(ar, m_Old);
+  if (ar.IsStoring() || m_SeenBase > 2) Exchange(ar, m_New);
 }
 
 void TDerived::Serialize(CArchive& ar) {
   ar.SerializeClass(RUNTIME_CLASS(TDerived));
   m_SeenDerived = ar.GetObjectSchema();
   TBase::Serialize(ar);
-  if (ar.IsStoring()) {
-    ar << m_Own;
-  } else {
-    ar >> m_Own;
-  }
+  Exchange(ar, m_Own);
 }
 
 void ExpectEveryPrefixRaises(std::string_view bytes, const std::function<void(CArchive&)>& read) {

@@ -1,7 +1,6 @@
 // Damaged and hostile archives: each raises the exception for its damage, allocates no more than its size justifies,
 // and leaves no object behind.
 #include <memory>
-#include <string>
 
 #include "framework/array.h"
 #include "tests/framework/archive_fixture.h"
@@ -43,12 +42,7 @@ const std::string kNewNode = Bytes("FF FF 01 00 05 00") + "TNode";
 const std::string kNode = Bytes("07 00 00 00 FF FE FF 00");  // number and text
 
 TEST(ArchiveHostile, EachDamageHasItsCause) {
-  struct Row {
-    const char* name;
-    std::string bytes;
-    int cause;
-  };
-  const Row rows[] = {
+  const std::tuple<const char*, std::string, int> rows[] = {
       {"unknown class", Bytes("FF FF 01 00 04 00") + "None", CArchiveException::badClass},
       {"class name with a terminator in it", Bytes("FF FF 01 00 06 00") + "TLink" + '\0', CArchiveException::badClass},
       {"class name of 64 bytes", Bytes("FF FF 01 00 40 00") + std::string(64, 'x'), CArchiveException::badClass},
@@ -73,9 +67,9 @@ TEST(ArchiveHostile, EachDamageHasItsCause) {
       {"more children than bytes", kNewNode + kNode + Bytes("FF FF FE FF FF FF 00 00"), CArchiveException::endOfFile},
   };
   const int before = live_nodes;
-  for (const Row& row : rows) {
-    EXPECT_EQ(CauseOf(row.bytes, ReadAndDelete), row.cause) << row.name;
-    EXPECT_EQ(live_nodes, before) << row.name;
+  for (const auto& [name, bytes, cause] : rows) {
+    EXPECT_EQ(CauseOf(bytes, ReadAndDelete), cause) << name;
+    EXPECT_EQ(live_nodes, before) << name;
   }
 }
 

@@ -1,10 +1,12 @@
 // Failed loads and stores: a failed load deletes each of its objects once and keeps the objects of others; a failed
-// store removes its bytes and numbers from the archive.
+// store removes its bytes and numbers from the archive, whose table is compared with a plain map.
 #include <memory>
-#include <string>
+#include <random>
 #include <vector>
 
+#include "framework/internal/stored_numbers.h"
 #include "tests/framework/archive_fixture.h"
+#include "tests/scratch.h"
 
 namespace kvtest {
 
@@ -43,10 +45,8 @@ class TScript : public CObject {
           delete m_Owned.back();
           m_Owned.pop_back();
           break;
-        case 'c': try { ar >> m_pPlain;
-          } catch (const CArchiveException&) {
-            m_pPlain = nullptr;
-          }
+        case 'c':
+          if (CauseOf([&] { ar >> m_pPlain; }) != CArchiveException::none) m_pPlain = nullptr;
           break;
         default: AfxThrowArchiveException(CArchiveException::badSchema, ar.m_strFileName);
       }
@@ -232,6 +232,35 @@ TEST(ArchiveWhole, FailureOfTheFileIsNotTakenForOneOfTheObject) {
   node.m_Text = CString(TCHAR('x'), 1000);
   EXPECT_THROW(ar.WriteObjectWhole(&node), CFileException);
   ar.Abort();
+}
+
+// ---- the numbers of stored objects, for adjacent and scattered addresses
+
+const void* Key(std::uintptr_t address) { return reinterpret_cast<const void*>(address); }
+
+TEST(StoredNumbers, AgreesWithAMap) {
+  std::mt19937_64 random(kvtest::PrintedSeed());
+  const auto address = [&random] {
+    const std::uintptr_t group = random() % 3 == 0 ? random() % (std::uintptr_t(1) << 44) : 1000 + random() % 20;
+    return group << 12 | (random() % 512) << 3;
+  };
+  StoredNumbers numbers;
+  std::unordered_map<std::uintptr_t, DWORD> expected;
+  for (int i = 0; i < 20000; ++i) {
+    const std::uintptr_t at = address();
+    const auto known = expected.find(at);
+    ASSERT_EQ(numbers.NumberOf(Key(at)), known == expected.end() ? 0 : known->second);
+    if (known != expected.end()) continue;
+    const auto next = DWORD(expected.size() + 1);
+    ASSERT_EQ(numbers.Enter(Key(at)), next);
+    expected[at] = next;
+    if (random() % 2000 != 0) continue;
+    const auto kept = DWORD(random() % (next + 1));
+    numbers.RollBack(kept);
+    std::erase_if(expected, [kept](const auto& item) { return item.second > kept; });
+  }
+  EXPECT_EQ(numbers.GetCount(), expected.size());
+  for (const auto& [at, number] : expected) EXPECT_EQ(numbers.NumberOf(Key(at)), number);
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 
 #include <memory>
 #include <optional>
-#include <string>
 
 #include "framework/file.h"
 #include "tests/framework/archive_fixture.h"
@@ -16,10 +15,8 @@ TEST(RuntimeClass, IsFoundByItsExactNameKnowsItsBasesAndMakesObjects) {
   const CRuntimeClass* record = CRuntimeClass::FromName("TDerived");
   EXPECT_EQ(record, RUNTIME_CLASS(TDerived));
   EXPECT_EQ(record->m_nObjectSize, int(sizeof(TDerived)));
-  EXPECT_TRUE(record->IsDerivedFrom(RUNTIME_CLASS(CObject)));
-  EXPECT_TRUE(record->IsDerivedFrom(record));
-  EXPECT_FALSE(RUNTIME_CLASS(TBase)->IsDerivedFrom(record));
-  EXPECT_FALSE(record->IsDerivedFrom(nullptr));
+  EXPECT_TRUE(record->IsDerivedFrom(RUNTIME_CLASS(CObject)) && record->IsDerivedFrom(record));
+  EXPECT_FALSE(RUNTIME_CLASS(TBase)->IsDerivedFrom(record) || record->IsDerivedFrom(nullptr));
   for (const char* name : {"tderived", "TDerive", "TDerived ", "", "CMemFile"})
     EXPECT_EQ(CRuntimeClass::FromName(name), nullptr) << name;
   EXPECT_EQ(CRuntimeClass::FromName(nullptr), nullptr);

@@ -1,12 +1,12 @@
 #include "framework/time.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <limits>
 
 #include "framework/rectangle.h"
 #include "tests/archive_bytes.h"
+#include "tests/values.h"
 
 using kvtest::Bytes;
 
@@ -33,35 +33,29 @@ TEST(Time, IsStoredAsMarkAndSixtyFourBitSecondsAndLoadedFromBothForms) {
 }
 
 TEST(Time, FormatsUniversalTime) {
-  struct {
-    LONGLONG seconds;
-    LPCTSTR format;
-    LPCTSTR text;
-  } const kCases[] = {
+  const std::tuple<LONGLONG, LPCTSTR, LPCTSTR> kCases[] = {
       {0, _T("%Y-%m-%d %H:%M:%S"), _T("1970-01-01 00:00:00")},
       {951782400, _T("%d.%m.%y %j"), _T("29.02.00 060")},
       {4102444799, _T("%Y-%m-%dT%H:%M:%S"), _T("2099-12-31T23:59:59")},
       {0, _T("Öl 100%%"), _T("Öl 100%")},
       {std::numeric_limits<LONGLONG>::max(), _T("%Y"), _T("")},
   };
-  for (const auto& c : kCases) EXPECT_EQ(CTime(c.seconds).FormatGmt(c.format), c.text) << c.seconds;
+  for (const auto& [seconds, format, text] : kCases) EXPECT_EQ(CTime(seconds).FormatGmt(format), text) << seconds;
 }
 
 TEST(Time, GivesBackTheLocalFieldsItWasMadeOf) {
   const CTime time(2024, 2, 29, 13, 5, 59);
   EXPECT_EQ(time.Format(_T("%Y-%m-%d %H:%M:%S")), _T("2024-02-29 13:05:59"));
-  const int fields[] = {time.GetYear(),   time.GetMonth(),  time.GetDay(),      time.GetHour(),
-                        time.GetMinute(), time.GetSecond(), time.GetDayOfWeek()};
-  EXPECT_THAT(fields, testing::ElementsAre(2024, 2, 29, 13, 5, 59, /*Thursday*/ 5));
+  EXPECT_EQ(kvtest::Values(time.GetYear(), time.GetMonth(), time.GetDay(), time.GetHour(), time.GetMinute(),
+                           time.GetSecond(), time.GetDayOfWeek()),
+            "2024|2|29|13|5|59|5");  // a Thursday
   EXPECT_EQ(CTime(std::numeric_limits<LONGLONG>::max()).GetYear(), 0) << "no calendar date";
 }
 
 TEST(Time, SpansAddUp) {
   const CTimeSpan span(2, 3, 4, 5);
   EXPECT_EQ(span.GetTotalSeconds(), 2 * 86400 + 3 * 3600 + 4 * 60 + 5);
-  EXPECT_EQ(span.GetHours(), 3);
-  EXPECT_EQ(span.GetMinutes(), 4);
-  EXPECT_EQ(span.GetSeconds(), 5);
+  EXPECT_EQ(kvtest::Values(span.GetHours(), span.GetMinutes(), span.GetSeconds()), "3|4|5");
   EXPECT_EQ((CTime(1000) + span) - CTime(1000), span);
 }
 
