@@ -1,7 +1,5 @@
 // Parts of nodes, their exact records and copies: geometry values, the parameter helpers of documents and setups, and
 // the error flag.
-#include <gtest/gtest.h>
-
 #include "share/objects/flagged_error.h"
 #include "share/objects/geometry_archive.h"
 #include "share/objects/param_helpers.h"
@@ -9,6 +7,7 @@
 #include "tests/objects/dumped.h"
 #include "tests/objects/record_bytes.h"
 #include "tests/objects/test_document.h"
+#include "tests/values.h"
 
 using namespace kvtest;
 
@@ -93,9 +92,8 @@ TEST(DocParamHelper, ArchiveHoldsTheUnitsAlone) {
   helper.SetDocumentModifiedFlag(1);
   EXPECT_EQ(Hex(StoredObject(helper)), Hex(bytes));
   const auto loaded = LoadedObject<QFDocParamHelper>(bytes);
-  EXPECT_EQ(loaded->GetDocParamUnits(), -2);
-  EXPECT_EQ(loaded->GetDocParamReadStorageUnits(), 38.0f);
-  EXPECT_EQ(loaded->IsDocumentModified(), 0);
+  EXPECT_EQ(Values(loaded->GetDocParamUnits(), loaded->GetDocParamReadStorageUnits(), loaded->IsDocumentModified()),
+            "-2|38|0");
   ExpectEveryPrefixRaises<QFDocParamHelper>(bytes);
   // Created by the run-time class.
   const std::unique_ptr<CObject> fresh(RUNTIME_CLASS(QFDocParamHelper)->CreateObject());
@@ -132,17 +130,14 @@ TEST(SetupParamHelper, MovesThenTiltsThenTurns) {
 }
 
 TEST(FlaggedError, RecordIsReadFromStorageVersion32002On) {
-  const struct {
-    float units;
-    bool record;
-  } rows[] = {{6.0f, false}, {32.0019f, false}, {32.002f, true}, {0, true}};
-  for (const auto& row : rows) {
-    const TestDocument document(row.units);
+  const std::pair<float, bool> rows[] = {{6.0f, false}, {32.0019f, false}, {32.002f, true}, {0, true}};
+  for (const auto& [units, record] : rows) {
+    const TestDocument document(units);
     for (int schema = 1; schema <= 2; ++schema) {
       RecordBytes bytes;
-      if (row.record) bytes.NewClass("CFlaggedError", schema);
+      if (record) bytes.NewClass("CFlaggedError", schema);
       bytes.Dword(1);
-      const bool typed = row.record && schema == 2;
+      const bool typed = record && schema == 2;
       if (typed) bytes.Dword(FLAGGED_ERROR_NORMAL);
       bytes.Dword(0xCAFEBABE);
       Reader reader(bytes.Get());
@@ -150,9 +145,9 @@ TEST(FlaggedError, RecordIsReadFromStorageVersion32002On) {
       error.Serialize(reader.ar);
       DWORD next = 0;
       reader.ar >> next;
-      EXPECT_EQ(next, 0xCAFEBABE) << row.units;
+      EXPECT_EQ(next, 0xCAFEBABE) << units;
       EXPECT_EQ(Fields(error), (std::vector<int>{1, typed ? FLAGGED_ERROR_NORMAL : FLAGGED_ERROR_STOCK, 17, 0, 0}))
-          << row.units << " schema " << schema;
+          << units << " schema " << schema;
     }
   }
 }
@@ -180,20 +175,21 @@ TEST(FlaggedError, CopiesHaveAllFiveValuesAndTheArchiveTwoWhateverVersionWasRead
 }
 
 TEST(FlaggedError, DumpIsExact) {
-  const auto text = [](const std::string& type, const std::string& id, const std::string& flags) {
-    return DumpBanner("CFlaggedError Start") + "\n m_eFlaggedErrorType : " + type + "\n m_bFlag : " + flags +
-           "\n m_iErrorStringID: " + id + "\n m_bCanClearError : " + flags + "\n m_bAllowEditing : " + flags +
-           DumpBanner("CFlaggedError End");
-  };
   CFlaggedError error(17, FLAGGED_ERROR_STOCK);
-  EXPECT_EQ(Dumped([&](FILE* file) { error.DumpData(file); }), text("STOCK", "17", "NO"));
+  const auto expect = [&](const std::string& type, const std::string& id, const std::string& flags) {
+    EXPECT_EQ(Dumped([&](FILE* file) { error.DumpData(file); }),
+              DumpBanner("CFlaggedError Start") + "\n m_eFlaggedErrorType : " + type + "\n m_bFlag : " + flags +
+                  "\n m_iErrorStringID: " + id + "\n m_bCanClearError : " + flags + "\n m_bAllowEditing : " + flags +
+                  DumpBanner("CFlaggedError End"));
+  };
+  expect("STOCK", "17", "NO");
   error.SetFlag();
   error.SetCanClearError(1);
   error.SetAllowEditingFlag(1);
   error.SetErrorString(-1);
   error.SetFlagErrorType(FLAGGED_ERROR_NORMAL);
-  EXPECT_EQ(Dumped([&](FILE* file) { error.DumpData(file); }), text("NORMAL", "-1", "YES"));
+  expect("NORMAL", "-1", "YES");
   error.SetFlagErrorType(FlaggedErrorEnum(2));
-  EXPECT_EQ(Dumped([&](FILE* file) { error.DumpData(file); }), text("Nothing", "-1", "YES"));
+  expect("Nothing", "-1", "YES");
   error.DumpData(nullptr);
 }

@@ -1,6 +1,4 @@
 // The object indexer against a model that searches plain rows, its records of both schemas, damage, and the dump.
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <random>
 
@@ -225,22 +223,18 @@ TEST(IndexerRecord, PresentAndOldestBytesLoadAndAreStoredInThePresentLayout) {
   RecordBytes oldest;
   oldest.NewClass("QFObjectIndexerHelper", 1).Class(1).Word(2).NewClass("QFObjectIndexer", 1).Class(3).Text(_T("Hole"));
   oldest.Dwords({7, 0x12345678, 7}).Class(3).Class(3).Text(_T("")).Dwords({});
-  const struct {
-    std::string bytes;
-    float units;
-    unsigned schema;
-    int references;
-  } rows[] = {{present(2), 38.0f, 2, 2}, {oldest.Get(), 6.0f, 1, /*as many nodes alive as ids*/ 3}};
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.units);
-    TestDocument document(row.units);
-    const auto helper = LoadedObject<QFObjectIndexerHelper>(row.bytes);
-    EXPECT_EQ(helper->GetObjectSchemaNumber(), row.schema);
-    EXPECT_EQ(StoredObject(*helper), present(row.references));
+  const std::tuple<std::string, float, unsigned, int> rows[] = {
+      {present(2), 38.0f, 2, 2}, {oldest.Get(), 6.0f, 1, /*as many nodes alive as ids*/ 3}};
+  for (const auto& [bytes, units, schema, references] : rows) {
+    SCOPED_TRACE(units);
+    TestDocument document(units);
+    const auto helper = LoadedObject<QFObjectIndexerHelper>(bytes);
+    EXPECT_EQ(helper->GetObjectSchemaNumber(), schema);
+    EXPECT_EQ(StoredObject(*helper), present(references));
     document.nextId = 0x12345678;
     Node hole(RUNTIME_CLASS(QFObject), _T("Hole"));
     EXPECT_EQ(helper->FindIndex(&hole), 1);
-    ExpectEveryPrefixRaises<QFObjectIndexerHelper>(row.bytes);
+    ExpectEveryPrefixRaises<QFObjectIndexerHelper>(bytes);
   }
 }
 
@@ -248,12 +242,7 @@ TEST(IndexerRecord, DamageRaises) {
   RecordBytes entry, twice;
   entry.NewClass("QFObjectIndexer", 2).Class(4).Class(3).Text(_T("A"));
   twice.Bytes(entry.Get()).Dwords({1}).Raw(0).Object(5);
-  const struct {
-    const char* what;
-    int entries;
-    std::string bytes;
-    int cause;
-  } rows[] = {
+  const std::tuple<const char*, int, std::string, int> rows[] = {
       {"more entries than bytes", 0xFFFE, "", CArchiveException::endOfFile},
       {"more ids than bytes", 1, RecordBytes(entry).Dword(0xFFFFFFFF).Raw(0).Get(), CArchiveException::endOfFile},
       {"an entry twice", 2, twice.Get(), CArchiveException::badIndex},
@@ -264,9 +253,8 @@ TEST(IndexerRecord, DamageRaises) {
   };
   TestDocument document;
   const long before = PeakMemory();
-  for (const auto& row : rows)
-    EXPECT_EQ(LoadCause<QFObjectIndexerHelper>(StartOfHelper(row.entries).Bytes(row.bytes).Get()), row.cause)
-        << row.what;
+  for (const auto& [what, entries, bytes, cause] : rows)
+    EXPECT_EQ(LoadCause<QFObjectIndexerHelper>(StartOfHelper(entries).Bytes(bytes).Get()), cause) << what;
   EXPECT_LT(PeakMemory() - before, 64 * 1024) << "nothing may be allocated for a number that can't be true";
 }
 

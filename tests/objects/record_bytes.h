@@ -4,8 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <string>
-#include <string_view>
 #include <vector>
 
 #include "tests/archive_bytes.h"

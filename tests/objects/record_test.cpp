@@ -1,11 +1,5 @@
 // The record of a node: its exact bytes, and loading of each older layout.
-#include <gtest/gtest.h>
-
-#include <fmt/format.h>
-
-#include <memory>
 #include <random>
-#include <vector>
 
 #include "share/core/document_messages.h"
 #include "share/objects/object.h"
@@ -13,6 +7,7 @@
 #include "tests/objects/record_bytes.h"
 #include "tests/objects/test_document.h"
 #include "tests/scratch.h"
+#include "tests/values.h"
 
 using namespace kvtest;
 
@@ -66,20 +61,16 @@ void ExpectRecord(const std::string& bytes, int schema) {
   DWORD next = 0;
   reader.ar >> next;
   EXPECT_EQ(next, kSentinel) << "the record's end";
-  EXPECT_EQ(object->GetCountOfUserObjects(), schema > 1 ? 2 : 0);
-  EXPECT_EQ(object->Name(), _T("label"));
-  EXPECT_EQ(object->GetCreatedBy(), _T("maker"));
-  EXPECT_EQ(object->GetDateCreated(), _T("01/02/2003::04:05"));
-  EXPECT_EQ(object->GetLastModified(), _T("06/07/2008::09:10"));
-  EXPECT_EQ(object->GetObjectId(), 77u);
-  EXPECT_EQ(object->GetState(), LOCKED);
+  EXPECT_EQ(Values(object->GetCountOfUserObjects(), object->Name(), object->GetCreatedBy(), object->GetDateCreated(),
+                   object->GetLastModified(), object->GetObjectId(), object->GetState(), object->GetLastModifiedBy()),
+            Values(schema > 1 ? 2 : 0, "label|maker|01/02/2003::04:05|06/07/2008::09:10|77", LOCKED,
+                   schema > 2 ? "changer" : "maker"));
+  EXPECT_EQ(
+      Values(object->GetNodeStatus(0xFFFF), object->GetDisplayColor(), object->GetIsPatterned(),
+             object->GetRegNameForAutoIndexing()),
+      Values(schema > 3 ? 0x8002 : 0, schema > 5 ? 0x00C08040u : 0xFFFFFFFFu, 0, schema > 7 ? "QFHole" : "QFObject"));
   EXPECT_EQ(object->GetOwner(), nullptr);
-  EXPECT_EQ(object->GetLastModifiedBy(), schema > 2 ? _T("changer") : _T("maker"));
-  EXPECT_EQ(object->GetNodeStatus(0xFFFF), schema > 3 ? 0x8002 : 0);
   EXPECT_EQ(object->GetOriginalOwner(), schema > 4 ? object : nullptr);
-  EXPECT_EQ(object->GetDisplayColor(), schema > 5 ? 0x00C08040u : 0xFFFFFFFFu);
-  EXPECT_EQ(object->GetIsPatterned(), 0);
-  EXPECT_EQ(object->GetRegNameForAutoIndexing(), schema > 7 ? _T("QFHole") : _T("QFObject"));
   object->RemoveFromUserObjectsList(object);
   delete object;
 }
@@ -131,8 +122,7 @@ TEST(NodeRecord, EverySchemaLoadsInEveryStorageVersionAndFromEarlierReleases) {
 TEST(NodeRecord, EveryTruncationRaisesEndOfFileAtEverySchema) {
   const TestDocument document(38.0f);
   for (int schema = 1; schema <= 8; ++schema) {
-    const std::string whole = RecordOf(schema, 38.0f);
-    const std::string record = whole.substr(0, whole.size() - 4);
+    const std::string whole = RecordOf(schema, 38.0f), record = whole.substr(0, whole.size() - 4);
     for (std::size_t length = 0; length < record.size(); ++length) {
       const int cause = LoadCause<QFObject>(record.substr(0, length));
       int expected = CArchiveException::endOfFile;
@@ -166,8 +156,7 @@ TEST(NodeRecord, StampsAndNamesThatComeAgainAreEachNodesOwn) {
   const CString names[] = {_T("QFHole"), longest, _T("QFHole"), _T("")};
   std::mt19937 random(1);
   const auto joined = [](const AuditTrail::Texts& trail, const CString& name) {
-    return ToUtf8(trail.createdBy + _T("|") + trail.dateCreated + _T("|") + trail.lastModified + _T("|") +
-                  trail.lastModifiedBy + _T("|") + name);
+    return Values(trail.createdBy, trail.dateCreated, trail.lastModified, trail.lastModifiedBy, name);
   };
   struct Each {
     std::unique_ptr<RecordNode> stored = std::make_unique<RecordNode>(), loaded;

@@ -10,6 +10,7 @@
 #include "share/objects/object.h"
 #include "share/objects/user_objects.h"
 #include "tests/scratch.h"
+#include "tests/values.h"
 
 namespace {
 
@@ -17,8 +18,7 @@ class FixedNode : public QFObject {
  public:
   int IsEditable() const override { return editable; }
   int IsSuppressed1() const override { return suppressed ? suppressed : QFObject::IsSuppressed1(); }
-  int editable = 1;
-  int suppressed = 0;
+  int editable = 1, suppressed = 0;
 };
 
 std::vector<CObject*> UsersOf(const QFObject& node) {
@@ -45,12 +45,7 @@ using Users = std::vector<CObject*>;
 }  // namespace
 
 TEST(States, ChangeAlongTheTable) {
-  const struct {
-    const char* what;
-    QFObjState before;
-    void (*change)(QFObject&);
-    QFObjState after;
-  } rows[] = {
+  const std::tuple<const char*, QFObjState, void (*)(QFObject&), QFObjState> rows[] = {
       {"suppressing", ACTIVE, [](QFObject& node) { node.SetState(SUPPRESSED); }, SUPPRESSED},
       {"no state", SUPPRESSED, [](QFObject& node) { node.SetState(QFObjState(4)); }, SUPPRESSED},
       {"no state", SUPPRESSED, [](QFObject& node) { node.SetState(QFObjState(-1)); }, SUPPRESSED},
@@ -59,16 +54,15 @@ TEST(States, ChangeAlongTheTable) {
       {"recycling", LOCKED, [](QFObject& node) { EXPECT_EQ(node.Recycle(), 1); }, DELETED},
       {"restoring", DELETED, [](QFObject& node) { EXPECT_EQ(node.Restore(), 1); }, ACTIVE},
   };
-  for (const auto& row : rows) {
+  for (const auto& [what, before, change, after] : rows) {
     QFObject node;
-    node.SetState(row.before);
-    row.change(node);
-    EXPECT_EQ(node.GetState(), row.after) << row.what;
-    EXPECT_EQ(node.IsLocked(), row.after == LOCKED) << row.what;
-    EXPECT_EQ(node.IsLockedCheckOnly(), row.after == LOCKED) << row.what;
-    EXPECT_EQ(node.CanEditLabel(), row.after != LOCKED) << row.what;
-    EXPECT_EQ(node.IsRecycled(), row.after == DELETED) << row.what;
-    EXPECT_EQ(node.IsSuppressed(), row.after == SUPPRESSED) << row.what;
+    node.SetState(before);
+    change(node);
+    EXPECT_EQ(
+        kvtest::Values(node.GetState(), node.IsLocked(), node.IsLockedCheckOnly(), node.CanEditLabel(),
+                       node.IsRecycled(), node.IsSuppressed()),
+        kvtest::Values(after, after == LOCKED, after == LOCKED, after != LOCKED, after == DELETED, after == SUPPRESSED))
+        << what;
   }
 }
 
@@ -114,41 +108,36 @@ TEST(States, RingsAndEndlessChainsOfOwnersEnd) {
 }
 
 TEST(States, StatusWordIsClearedByLogicalNegation) {
-  const struct {
-    unsigned short before, bits;
-    int on;
-    int after;
-  } rows[] = {{7, 0, 0, 1}, {6, 8, 0, 0}, {0x8000, 2, 7, 0x8002}, {0, 0xFFFF, 1, 0xFFFF}};
-  for (const auto& row : rows) {
+  const std::tuple<unsigned short, unsigned short, int, int> rows[] = {
+      {7, 0, 0, 1}, {6, 8, 0, 0}, {0x8000, 2, 7, 0x8002}, {0, 0xFFFF, 1, 0xFFFF}};
+  for (const auto& [before, bits, on, after] : rows) {
     QFObject node;
-    node.SetNodeStatus(row.before, 1);
-    node.SetNodeStatus(row.bits, row.on);
-    EXPECT_EQ(node.GetNodeStatus(0xFFFF), row.after) << row.before << " " << row.bits << " " << row.on;
+    node.SetNodeStatus(before, 1);
+    node.SetNodeStatus(bits, on);
+    EXPECT_EQ(node.GetNodeStatus(0xFFFF), after) << before << " " << bits << " " << on;
   }
 }
 
 TEST(ChildrenStates, GoByTheFirstChildUpToTheFirstNull) {
   // Each letter is a child: S has the property, n has not, 0 is null, x is no node.
-  const struct {
-    const char* children;
-    int expected;
-  } rows[] = {{"", 3}, {"SSS", 1}, {"nnn", 2}, {"SSn", 0}, {"nS", 0}, {"0S", 2}, {"S0n", 1}, {"xS", 2}, {"Sx", 1}};
+  const std::pair<const char*, int> rows[] = {{"", 3},   {"SSS", 1}, {"nnn", 2}, {"SSn", 0}, {"nS", 0},
+                                              {"0S", 2}, {"S0n", 1}, {"xS", 2},  {"Sx", 1}};
   FixedNode with, without;
   CObList noNode;
   with.SetNodeStatus(2, 1);
   with.SetState(LOCKED);
   with.suppressed = 1;
   without.SetNodeStatus(4, 1);
-  for (const auto& row : rows) {
+  for (const auto& [letters, expected] : rows) {
     CObList children;
-    for (const char* at = row.children; *at; ++at) {
+    for (const char* at = letters; *at; ++at) {
       CObject* child = *at == 'S' ? &with : *at == 'n' ? &without : nullptr;
       children.AddTail(*at == 'x' ? static_cast<CObject*>(&noNode) : child);
     }
     QFObject node;
-    EXPECT_EQ(int(node.GetChildrenDisplayState(&children)), row.expected) << row.children;
-    EXPECT_EQ(int(node.GetChildrenSuppressedState(&children)), row.expected) << row.children;
-    EXPECT_EQ(int(node.GetChildrenLockedState(&children)), row.expected) << row.children;
+    EXPECT_EQ(int(node.GetChildrenDisplayState(&children)), expected) << letters;
+    EXPECT_EQ(int(node.GetChildrenSuppressedState(&children)), expected) << letters;
+    EXPECT_EQ(int(node.GetChildrenLockedState(&children)), expected) << letters;
   }
   QFObject node;
   EXPECT_EQ(node.GetChildrenDisplayState(nullptr), e_QFSelSetDisplay_NoChildren);

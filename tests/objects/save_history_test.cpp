@@ -1,7 +1,6 @@
 // The save history: what a save records, which records it may change, releases before the history existed; and its
 // records: exact bytes of each schema, documents of old storage versions, damage.
-#include <gtest/gtest.h>
-
+#include "share/objects/save_history.h"
 #include "companions/geometry/constants.h"
 #include "framework/ob_list.h"
 #include "share/core/registry_access.h"
@@ -9,10 +8,10 @@
 #include "share/env/app_env.h"
 #include "share/env/product_edition.h"
 #include "share/env/product_identity.h"
-#include "share/objects/save_history.h"
 #include "tests/objects/dumped.h"
 #include "tests/objects/history_bytes.h"
 #include "tests/objects/test_document.h"
+#include "tests/values.h"
 
 using namespace kvtest;
 
@@ -67,25 +66,19 @@ class History : public testing::Test {
 }  // namespace
 
 TEST_F(History, ReleasesFromBeforeItAreKnownByStorageVersionAndBuild) {
-  const struct {
-    float storage;
-    LPCTSTR major;
-    LPCTSTR build;
-    LPCTSTR servicePack;
-  } rows[] = {
+  const std::tuple<float, LPCTSTR, LPCTSTR, LPCTSTR> rows[] = {
       {13.0f, _T("2005"), _T("2005/0101"), _T("Pre-release2")}, {11.2f, _T("2004"), _T("2004/0811"), _T("SP3")},
       {11.2f, _T("2004"), _T("2003/1013"), _T("SP0")},          {10.1f, _T("2003"), _T("2003/0721"), _T("SP2")},
       {8.2f, _T("2001Plus"), _T("2002/0403"), _T("SP1")},       {6.0f, _T("99"), _T(""), _T("-")},
   };
   CString major;
-  for (const auto& row : rows) {
-    QFDocSrHistory record(row.major, row.build, _T("eve"), _T("then"));
-    EXPECT_EQ(record.GetStorageVersionNumber(), double(row.storage));
-    EXPECT_EQ(ToUtf8(record.GetServicePack()), ToUtf8(CString(row.servicePack)));
-    EXPECT_EQ(record.GetMajorVersion(), row.major);
+  for (const auto& [storage, release, build, servicePack] : rows) {
+    QFDocSrHistory record(release, build, _T("eve"), _T("then"));
+    EXPECT_EQ(record.GetStorageVersionNumber(), double(storage));
+    EXPECT_EQ(Values(record.GetServicePack(), record.GetMajorVersion()), Values(servicePack, release));
     EXPECT_EQ(record.InitForCurrentInfo(), 0) << "it is locked";
-    EXPECT_TRUE(FindVersionBeforeHistory(row.storage, major));
-    EXPECT_EQ(major, row.major);
+    EXPECT_TRUE(FindVersionBeforeHistory(storage, major));
+    EXPECT_EQ(major, release);
   }
   EXPECT_TRUE(FindVersionBeforeHistory(5.9, major));
   EXPECT_EQ(major, _T("")) << "older than all that are known";
@@ -136,16 +129,13 @@ TEST_F(History, SaveChangesOnlyTheLatestRecordOfThePresentCombination) {
   other.user = _T("somebody else");
   other.saves = 10;
   same.saves = 20;
-  const struct {
-    std::vector<HistoryFields> records;
-    const char* saves;
-  } rows[] = {
+  const std::pair<std::vector<HistoryFields>, const char*> rows[] = {
       {{other}, "10 2 "}, {{same}, "21 "}, {{same, other}, "21 10 "}, {{same, same, other}, "20 21 10 "}, {{}, "2 "},
   };
-  for (const auto& row : rows) {
-    const auto manager = LoadedWith(row.records);
+  for (const auto& [records, saves] : rows) {
+    const auto manager = LoadedWith(records);
     StoredObject(*manager);
-    EXPECT_EQ(Saves(*manager), row.saves);
+    EXPECT_EQ(Saves(*manager), saves);
   }
   // The other records do not change.
   RecordBytes bytes;
@@ -153,10 +143,7 @@ TEST_F(History, SaveChangesOnlyTheLatestRecordOfThePresentCombination) {
 }
 
 TEST_F(History, RecordUnlocksOnlyForTheCombinationThatWroteIt) {
-  const struct {
-    void (*change)(HistoryFields&);
-    int expected;
-  } rows[] = {
+  const std::pair<void (*)(HistoryFields&), int> rows[] = {
       {[](HistoryFields&) {}, 1},
       {[](HistoryFields& f) { f.storage = 38.0 - 0.9 * RESABS; }, 1},
       {[](HistoryFields& f) { f.storage = 38.0 + 1.1 * RESABS; }, 0},
@@ -168,16 +155,16 @@ TEST_F(History, RecordUnlocksOnlyForTheCombinationThatWroteIt) {
       {[](HistoryFields& f) { f.user = TextView(CString(f.user.c_str()).MakeUpper()); },
        m_user == CString(m_user).MakeUpper() ? 1 : 0},
   };
-  for (const auto& row : rows) {
+  for (const auto& [change, expected] : rows) {
     HistoryFields fields = Present();
-    row.change(fields);
+    change(fields);
     for (const int init : {0, 1}) {
       const auto record = LoadedObject<QFDocSrHistory>(RecordOf(fields));
       EXPECT_EQ(record->InitForCurrentInfo(), 0) << "loaded ones are locked";
       EXPECT_EQ(StoredObject(*record), RecordOf(fields));
-      EXPECT_EQ(record->UnlockForWriting(init), row.expected);
-      EXPECT_EQ(record->GetNumSaves(), row.expected && init ? _T("8") : _T("7"));
-      EXPECT_EQ(record->InitForCurrentInfo(), row.expected);
+      EXPECT_EQ(record->UnlockForWriting(init), expected);
+      EXPECT_EQ(record->GetNumSaves(), expected && init ? _T("8") : _T("7"));
+      EXPECT_EQ(record->InitForCurrentInfo(), expected);
     }
   }
 }
@@ -235,17 +222,13 @@ TEST_F(History, BytesAreTheFieldsInTheirOrder) {
 TEST_F(History, DamageRaises) {
   ExpectEveryPrefixRaises<QFDocSrHistoryMngr>(ManagerOf({Full(), Full()}));
   RecordBytes twice = StartOfManager().Word(2).NewClass("QFDocSrHistory", 3).Class(4).Class(3);
-  const struct {
-    const char* what;
-    std::string bytes;
-    int cause;
-  } rows[] = {
+  const std::tuple<const char*, std::string, int> rows[] = {
       {"more records than bytes", StartOfManager().Word(0xFFFE).Get(), CArchiveException::endOfFile},
       {"a record twice", AddFields(twice, Full()).Object(5).Get(), CArchiveException::badIndex},
       {"the manager inside itself", StartOfManager().Word(1).Object(2).Get(), CArchiveException::badIndex},
       {"another class", StartOfManager().Word(1).NewClass("QFObjectIndexer", 2).Get(), CArchiveException::badClass},
   };
-  for (const auto& row : rows) EXPECT_EQ(LoadCause<QFDocSrHistoryMngr>(row.bytes), row.cause) << row.what;
+  for (const auto& [what, bytes, cause] : rows) EXPECT_EQ(LoadCause<QFDocSrHistoryMngr>(bytes), cause) << what;
 }
 
 TEST_F(History, DamagedListLeavesAUsableManager) {

@@ -1,7 +1,5 @@
 // Nested storages and the adapter for raw bytes in an archive; the status word, the notification after a load, and the
 // tolerance guard.
-#include <gtest/gtest.h>
-
 #include <functional>
 
 #include "framework/stream_file.h"
@@ -11,21 +9,17 @@
 #include "share/objects/storage_status.h"
 #include "share/objects/structured_storage.h"
 #include "share/objects/tolerance_guard.h"
-#include "tests/scratch.h"
+#include "tests/platform/storage_support.h"
 
 namespace {
 
-constexpr unsigned long kWrite = STGM_READWRITE | STGM_SHARE_EXCLUSIVE;
-constexpr unsigned long kCreate = kWrite | STGM_CREATE;
-constexpr unsigned long kRead = STGM_READ | STGM_SHARE_EXCLUSIVE;
+using kvtest::kRead, kvtest::kWrite;
 
-class StructuredStorages : public testing::Test {
+class StructuredStorages : public kvtest::CompoundFiles {
  protected:
-  Text PathOf(const char* name) const { return (folder_.Path() / name).string<TCHAR>(); }
   // Creates a new file.
-  void SetUp() override { ASSERT_TRUE(storage_.CreateFileW(PathOf("a.bin").c_str(), kCreate)); }
+  void SetUp() override { ASSERT_TRUE(storage_.CreateFileW(PathOf("a.bin").c_str(), kvtest::kReplace)); }
 
-  const kvtest::ScratchFolder folder_;
   StructuredStorage storage_;
 };
 
@@ -68,8 +62,7 @@ TEST_F(StructuredStorages, EntersAndLeavesStorages) {
   EXPECT_EQ(storage_.GetCurrentPath(), PathOf("a.bin") + _T("|a|b|"));
   EXPECT_EQ(storage_.GetCurrentStorage(), storage_.GetStorage(2));
   EXPECT_EQ(storage_.GetStorage(3), nullptr);
-  EXPECT_TRUE(storage_.CloseStorage());
-  EXPECT_TRUE(storage_.CloseStorage());
+  EXPECT_TRUE(storage_.CloseStorage() && storage_.CloseStorage());
   EXPECT_FALSE(storage_.CloseStorage()) << "the root stays open";
   EXPECT_NE(storage_.GetRootStorage(), nullptr);
   EXPECT_EQ(storage_.GetCurrentPath(), PathOf("a.bin") + _T("|"));
@@ -158,13 +151,7 @@ TEST_F(StructuredStorages, ArchivesGoThroughStreams) {
 }
 
 TEST(StorageStatus, CollectsBitsAndNamesTheLowestLocation) {
-  const struct {
-    int flag;
-    std::vector<unsigned> codes;
-    unsigned status;
-    int error;
-    unsigned location;
-  } rows[] = {
+  const std::tuple<int, std::vector<unsigned>, unsigned, int, unsigned> rows[] = {
       {0, {}, 0, 0, 0},
       {1, {}, 2, 0, 0},
       {0, {0x1040}, 0x1041, 1, 0x40},
@@ -173,12 +160,12 @@ TEST(StorageStatus, CollectsBitsAndNamesTheLowestLocation) {
       {0, {0x1F}, 0x1F, 1, 0},
       {0, {0}, 1, 1, 0},
   };
-  for (const auto& row : rows) {
-    InitialiseSerializationStatus(row.flag);
-    for (const unsigned code : row.codes) LogSerializationError(code);
-    EXPECT_EQ(GetSerializationStatus(), row.status);
-    EXPECT_EQ(IsErrorDetected(), row.error) << row.status;
-    EXPECT_EQ(GetErrorLocation(), row.location) << row.status;
+  for (const auto& [flag, codes, status, error, location] : rows) {
+    InitialiseSerializationStatus(flag);
+    for (const unsigned code : codes) LogSerializationError(code);
+    EXPECT_EQ(GetSerializationStatus(), status);
+    EXPECT_EQ(IsErrorDetected(), error) << status;
+    EXPECT_EQ(GetErrorLocation(), location) << status;
   }
 }
 
