@@ -1,26 +1,16 @@
 // The exact text of dumps.
 #include <gtest/gtest.h>
 
-#include <cstdio>
-
 #include "share/settings/application_settings.h"
 #include "share/settings/feed_colors.h"
-#include "tests/scratch.h"
+#include "tests/objects/dumped.h"
 
 namespace {
 
 std::string Dumped(QFBaseObject& object) {
-  const kvtest::ScratchFolder folder;
-  const auto path = folder.Path() / "dump.txt";
-  FILE* file = std::fopen(path.string().c_str(), "wb");
-  object.DumpData(file);
-  std::fclose(file);
-  return kvtest::ReadFile(path);
+  return kvtest::Dumped([&](FILE* file) { object.DumpData(file); });
 }
-
-std::string Banner(const std::string& name) {
-  return "\n============================ " + name + " ================================\n";
-}
+std::string Banner(const std::string& name) { return kvtest::DumpBanner(name); }
 
 }  // namespace
 
@@ -36,11 +26,7 @@ TEST(SettingsDump, EveryValueHasItsLine) {
   QFTimeValue time(_T("n"), CTime(5));
   QFLongDoubleStrValue longReal(_T("n"), 1.5L);
   QFIntArrayValue array(_T("n"), numbers);
-  const struct {
-    QFSettingsValue& value;
-    const char* name;
-    const char* line;
-  } rows[] = {
+  const std::tuple<QFSettingsValue&, std::string, const char*> rows[] = {
       {plain, "QFSettingsValue", "\n m_Name: Näme"},
       {real, "QFDoubleValue", "\n m_Data: 1.500000"},
       {text, "QFStringValue", "\n m_Data: Text %s"},
@@ -52,10 +38,9 @@ TEST(SettingsDump, EveryValueHasItsLine) {
       {longReal, "QFDoubleStrValue", ""},
       {array, "QFIntArrayValue", ""},
   };
-  for (const auto& row : rows) {
-    const std::string name = row.name;
-    EXPECT_EQ(Dumped(row.value), Banner(name + " Start") + row.line + Banner(name + " End"));
-    row.value.DumpData(nullptr);
+  for (const auto& [value, name, line] : rows) {
+    EXPECT_EQ(Dumped(value), Banner(name + " Start") + line + Banner(name + " End"));
+    value.DumpData(nullptr);
   }
 }
 
@@ -76,17 +61,14 @@ TEST(SettingsDump, KeyCountsItsItemsFromZero) {
 TEST(SettingsDump, ClassBannersEncloseNothingAndPrecedeTheKey) {
   QFEdmFeedColorsSettings table;
   QFToolingSettings tooling;
-  const struct {
-    QFSettingsKey& key;
-    std::string banner, names;
-  } rows[] = {
+  const std::tuple<QFSettingsKey&, std::string, std::string> rows[] = {
       {table, "QFEdmFeedColorsSettings", "\n m_Name: Edm\n m_Path: Software\\Zemlor\\Kestrova\\FeedColors\\Edm\n"},
       {tooling, "QFToolingSettings", "\n m_Name: Tooling\n m_Path: Software\\Zemlor\\Kestrova\\Tooling\n"},
   };
-  for (const auto& row : rows) {
+  for (const auto& [key, banner, names] : rows) {
     const std::string start =
-        Banner(row.banner + " Start") + Banner(row.banner + " End") + Banner("QFSettingsKey Start") + row.names;
-    EXPECT_EQ(Dumped(row.key).substr(0, start.size()), start);
-    row.key.DumpData(nullptr);
+        Banner(banner + " Start") + Banner(banner + " End") + Banner("QFSettingsKey Start") + names;
+    EXPECT_EQ(Dumped(key).substr(0, start.size()), start);
+    key.DumpData(nullptr);
   }
 }

@@ -3,8 +3,8 @@
 
 #include <random>
 
-#include "share/core/document_callbacks.h"
 #include "tests/archive_bytes.h"
+#include "tests/registered.h"
 #include "tests/registry_calls.h"
 
 namespace {
@@ -18,9 +18,7 @@ QFSettingsKey* g_document = nullptr;
 
 void UseDocument(QFSettingsKey* settings) {
   g_document = settings;
-  QFShareRegisterDocCBK(
-      nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, [] { return g_document; }, nullptr, nullptr, nullptr,
-      nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
+  kvtest::Register({.docSettings = [] { return g_document; }});
 }
 
 class FeedColors : public testing::Test {

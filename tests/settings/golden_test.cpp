@@ -1,6 +1,5 @@
 // Names, order, types and defaults of both trees, value by value.
 #include <cstdlib>
-#include <nlohmann/json.hpp>
 
 #include "framework/resources.h"
 #include "platform/files.h"

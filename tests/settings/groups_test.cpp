@@ -3,10 +3,12 @@
 #include "framework/archive.h"
 #include "share/settings/application_settings.h"
 #include "share/settings/document_settings.h"
-#include "tests/archive_bytes.h"
+#include "tests/objects/record_bytes.h"
 #include "tests/registry_calls.h"
 
 namespace {
+
+using kvtest::LoadedObject, kvtest::StoredObject;
 
 constexpr LPCTSTR kToolbar = _T("Software\\Zemlor\\Kestrova\\Toolbar");
 constexpr LPCTSTR kDisplay = _T("Software\\Zemlor\\Kestrova\\Display");
@@ -15,17 +17,6 @@ int IntOf(const QFSettingsKey& key, LPCTSTR name) {
   int value = -1;
   key.GetValue(name, value);
   return value;
-}
-
-// The tree in an archive, with its class record, as in a document.
-std::string Stored(QFSettingsKey& tree) {
-  return kvtest::Store([&](CArchive& ar) { ar.WriteObject(&tree); });
-}
-template <class Tree>
-std::unique_ptr<Tree> Loaded(const std::string& bytes) {
-  Tree* tree = nullptr;
-  kvtest::Load(bytes, [&](CArchive& ar) { ar >> tree; });
-  return std::unique_ptr<Tree>(tree);
 }
 
 // The bytes of a name in a value's record.
@@ -51,8 +42,7 @@ class SettingsGroups : public testing::Test {
 
 TEST_F(SettingsGroups, ConstructionWritesOnlyTheToolbar) {
   const QFAppSettings settings;
-  kvtest::Key product;
-  ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, _T("Software\\Zemlor\\Kestrova"), 0, KEY_READ, &product), ERROR_SUCCESS);
+  const kvtest::Key product(HKEY_CURRENT_USER, _T("Software\\Zemlor\\Kestrova"));
   EXPECT_EQ(kvtest::SubKeys(product), std::vector<kvtest::Text>{_T("Toolbar")});
   std::string expected;
   for (const int number : {0, 1, 1, 1, 2, 1, 3, 1, 4, 1, 5, 1, 6, 1, 7, 1, 8, 1, 9, 1, 11, 1})
@@ -114,7 +104,7 @@ TEST_F(SettingsGroups, GroupsWithoutARunTimeClassDontComeBackFromAnArchive) {
   QFAppSettings settings;
   settings.SetValue(_T("SquareNeckType"), 7);
   settings.SetValue(_T("MESLibVer"), 12);
-  const auto loaded = Loaded<QFAppSettings>(Stored(settings));
+  const auto loaded = LoadedObject<QFAppSettings>(StoredObject(settings));
   EXPECT_EQ(IntOf(*loaded, _T("MESLibVer")), 12);
   EXPECT_EQ(IntOf(*loaded, _T("SquareNeckType")), 1);
   EXPECT_EQ(loaded->GetKey(_T("Oper_Filter22"))->GetPath(),
@@ -127,13 +117,13 @@ TEST_F(SettingsGroups, DocumentTreeComesBackFromItsArchive) {
   QFDocSettings settings;
   settings.SetValue(_T("TurnFeatureCreationStyle"), 5);
   settings.SetValue(_T("MaxFacetDeviation"), 0.001);
-  const std::string bytes = Stored(settings);
-  const auto loaded = Loaded<QFDocSettings>(bytes);
+  const std::string bytes = StoredObject(settings);
+  const auto loaded = LoadedObject<QFDocSettings>(bytes);
   EXPECT_EQ(IntOf(*loaded, _T("TurnFeatureCreationStyle")), 5);
   double target = 0;
   loaded->GetValue(_T("MaxFacetDevTarget"), target);
   EXPECT_EQ(target, 1e-05) << "schema 2 stores the target's own value";
-  EXPECT_EQ(Stored(*loaded), bytes);
+  EXPECT_EQ(StoredObject(*loaded), bytes);
   ASSERT_NE(loaded->GetKey(_T("Colors")), nullptr);
   EXPECT_EQ(loaded->GetKey(_T("Colors"))->GetRuntimeClass(), RUNTIME_CLASS(QFColorSettings));
   EXPECT_EQ(loaded->GetKey(_T("Colors"))->GetPath(), _T("Software\\Zemlor\\Kestrova\\Colors"));
@@ -143,11 +133,11 @@ TEST_F(SettingsGroups, FirstSchemaOfSimulationGivesTheTargetItsValues) {
   QFSimulationSettings settings;
   settings.SetValue(_T("MaxFacetDeviation"), 0.001);
   settings.SetValue(_T("TessellationQuality"), 50);
-  std::string bytes = Stored(settings);
+  std::string bytes = StoredObject(settings);
   bytes[2] = 1;  // the schema, after the tag of a new class
   for (const bool known : {true, false}) {
     if (!known) bytes = WithForeign(WithForeign(bytes, "MaxFacetDeviation"), "TessellationQuality");
-    const auto loaded = Loaded<QFSimulationSettings>(bytes);
+    const auto loaded = LoadedObject<QFSimulationSettings>(bytes);
     double deviation = 0;
     loaded->GetValue(_T("MaxFacetDevTarget"), deviation);
     EXPECT_EQ(deviation, known ? 0.001 : 1e-05);
@@ -158,7 +148,7 @@ TEST_F(SettingsGroups, FirstSchemaOfSimulationGivesTheTargetItsValues) {
 TEST_F(SettingsGroups, NodeDisplayRemembersThatItWasSerialized) {
   QFNodeDisplaySettings settings;
   EXPECT_EQ(settings.m_bSerialized, 0);
-  const std::string bytes = Stored(settings);
+  const std::string bytes = StoredObject(settings);
   EXPECT_EQ(settings.m_bSerialized, 1);
-  EXPECT_EQ(Loaded<QFNodeDisplaySettings>(bytes)->m_bSerialized, 1);
+  EXPECT_EQ(LoadedObject<QFNodeDisplaySettings>(bytes)->m_bSerialized, 1);
 }

@@ -49,23 +49,20 @@ TEST_F(SettingsRegistry, EveryTypeHasItsExactBytes) {
   key.AddValue(_T("no array"), none);
   ASSERT_EQ(key.SaveValuesToRegistry(), 1);
 
-  const struct {
-    LPCTSTR name;
-    Stored stored;
-  } rows[] = {{_T("double"), {REG_BINARY, Raw(-1.5)}},
-              {_T("text"), TextOf({_T("Ä\u20AC\0"), 3})},
-              {_T("empty"), TextOf({_T("\0"), 1})},
-              {_T("int"), {REG_DWORD, std::string("\xFE\xFF\xFF\xFF", 4)}},
-              {_T("color"), {REG_DWORD, std::string("\x01\x80\xFF\x00", 4)}},
-              {_T("point"), TextOf({_T("-3 2147483647\0"), 14})},
-              {_T("rect"), TextOf({_T("1 -2 3 4\0"), 9})},
-              {_T("time"), TextOf({_T("1721037600\0"), 11})},
-              {_T("late"), TextOf({_T("-1294967296\0"), 12})},
-              {_T("real"), TextOf({_T("1.234568\0"), 9})},
-              {_T("array"), {REG_BINARY, Raw(1) + Raw(-2)}},
-              {_T("no array"), {REG_BINARY, ""}}};
-  for (const auto& row : rows)
-    EXPECT_EQ(kvtest::Get(HKEY_CURRENT_USER, kPath, row.name), row.stored) << ToUtf8(CString(row.name));
+  const std::pair<LPCTSTR, Stored> rows[] = {{_T("double"), {REG_BINARY, Raw(-1.5)}},
+                                             {_T("text"), TextOf({_T("Ä\u20AC\0"), 3})},
+                                             {_T("empty"), TextOf({_T("\0"), 1})},
+                                             {_T("int"), {REG_DWORD, std::string("\xFE\xFF\xFF\xFF", 4)}},
+                                             {_T("color"), {REG_DWORD, std::string("\x01\x80\xFF\x00", 4)}},
+                                             {_T("point"), TextOf({_T("-3 2147483647\0"), 14})},
+                                             {_T("rect"), TextOf({_T("1 -2 3 4\0"), 9})},
+                                             {_T("time"), TextOf({_T("1721037600\0"), 11})},
+                                             {_T("late"), TextOf({_T("-1294967296\0"), 12})},
+                                             {_T("real"), TextOf({_T("1.234568\0"), 9})},
+                                             {_T("array"), {REG_BINARY, Raw(1) + Raw(-2)}},
+                                             {_T("no array"), {REG_BINARY, ""}}};
+  for (const auto& [name, stored] : rows)
+    EXPECT_EQ(kvtest::Get(HKEY_CURRENT_USER, kPath, name), stored) << ToUtf8(CString(name));
 }
 
 TEST_F(SettingsRegistry, RestoresReadableFieldsAndKeepsTheOthers) {
@@ -219,8 +216,7 @@ TEST_F(SettingsRegistry, WritesAgainWhatAnotherProcessHasChanged) {
     EXPECT_EQ(root.SaveValuesToRegistry(), 1) << i;
     EXPECT_EQ(kvtest::Get(HKEY_CURRENT_USER, kPath, _T("v0")).bytes, Raw(i % 2 ? i : std::max(1, i - 1))) << i;
     for (LPCTSTR name : {_T("v3"), _T("v7")}) EXPECT_EQ(kvtest::Get(HKEY_CURRENT_USER, kPath, name), one) << i;
-    kvtest::Key key;
-    EXPECT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, kTable, 0, KEY_READ, &key), ERROR_SUCCESS);
+    const kvtest::Key key(HKEY_CURRENT_USER, kTable);
     EXPECT_EQ(kvtest::ValueNames(key), (std::vector<kvtest::Text>{_T("1.00"), _T("2.00"), _T("3.00")})) << i;
     EXPECT_EQ(kvtest::Get(HKEY_CURRENT_USER, kTable, _T("2.00")), five) << i;
   }

@@ -1,8 +1,6 @@
 // The ".reg" form: exact bytes, the way back, and what is refused.
 #include "share/settings/registry_text.h"
 
-#include <gtest/gtest.h>
-
 #include "framework/text.h"
 #include "tests/registry_calls.h"
 #include "tests/scratch.h"
@@ -112,14 +110,9 @@ TEST_F(RegistryText, DeletesKeysAndValuesAndToleratesTheirAbsence) {
 }
 
 TEST_F(RegistryText, RefusesMalformedTextWithItsLine) {
-  const std::string long_name(256, 'k');
-  const std::string long_reason = "not a key: HKEY_CURRENT_USER\\" + long_name.substr(0, 182);
+  const std::string long_name(256, 'k'), long_reason = "not a key: HKEY_CURRENT_USER\\" + long_name.substr(0, 182);
   const std::string key = std::string(kHead) + "[HKEY_CURRENT_USER\\Software\\KvText]\n";
-  const struct {
-    std::string text;
-    int line;
-    const char* reason;
-  } rows[] = {
+  const std::tuple<std::string, int, const char*> rows[] = {
       {"", 0, "the first line is not \"Windows Registry Editor Version 5.00\""},
       {"\xFF\xFEW", 0, "the file ends in the middle of a character"},
       {key + "\"a\"=\"\xC3(\"\n", 3, "the file is neither UTF-16 with a mark nor UTF-8"},
@@ -146,13 +139,13 @@ TEST_F(RegistryText, RefusesMalformedTextWithItsLine) {
       {std::string(kHead) + "[HKEY_CURRENT_USER\\" + long_name + "]\n", 2, long_reason.c_str()},
       {key + "\"" + std::string(16384, 'v') + "\"=-\n", 3, "the value's name is too long"},
   };
-  for (const auto& row : rows) {
+  for (const auto& [text, line, reason] : rows) {
     std::vector<Step> steps(1);
     Error error;
-    EXPECT_FALSE(registry_text::Parse(row.text, steps, error)) << row.text;
-    EXPECT_EQ(error.line, row.line) << row.text << error.reason;
-    EXPECT_EQ(error.reason, row.reason) << row.text;
-    EXPECT_FALSE(error.remedy.empty()) << row.text;
+    EXPECT_FALSE(registry_text::Parse(text, steps, error)) << text;
+    EXPECT_EQ(error.line, line) << text << error.reason;
+    EXPECT_EQ(error.reason, reason) << text;
+    EXPECT_FALSE(error.remedy.empty()) << text;
     EXPECT_TRUE(steps.empty());
   }
 }

@@ -74,8 +74,7 @@ TEST(SettingsTree, IndexFindsWhatTheWalkFindsThroughRandomChanges) {
 
 TEST(SettingsTree, GetKeyFindsAtAnyDepthAndNeverItself) {
   QFSettingsKey root(_T("root"), _T(""));
-  auto* middle = new QFSettingsKey(_T("middle"), _T(""));
-  auto* deep = new QFSettingsKey(_T("deep"), _T(""));
+  auto *middle = new QFSettingsKey(_T("middle"), _T("")), *deep = new QFSettingsKey(_T("deep"), _T(""));
   root.AddKey(middle);
   middle->AddKey(deep);
   for (int search = 0; search < 3; ++search) {
@@ -90,18 +89,13 @@ TEST(SettingsTree, GetKeyFindsAtAnyDepthAndNeverItself) {
 }
 
 TEST(SettingsTree, RefusesCyclesAndSecondOwners) {
-  QFSettingsKey root(_T("root"), _T(""));
-  QFSettingsKey other(_T("other"), _T(""));
+  QFSettingsKey root(_T("root"), _T("")), other(_T("other"), _T(""));
   auto* child = new QFSettingsKey(_T("child"), _T(""));
-  root.AddKey(child);
-  root.AddKey(&root);
+  for (QFSettingsKey* key : {child, &root, child, static_cast<QFSettingsKey*>(nullptr)}) root.AddKey(key);
   child->AddKey(&root);
   other.AddKey(child);
-  root.AddKey(child);
-  root.AddKey(nullptr);
   EXPECT_EQ(other.GetKey(_T("child")), nullptr);
-  EXPECT_EQ(root.GetKey(_T("root")), nullptr);
-  EXPECT_EQ(child->GetKey(_T("root")), nullptr);
+  EXPECT_TRUE(!root.GetKey(_T("root")) && !child->GetKey(_T("root")));
 }
 
 // The values "0", "1" and so on have one type each; the last one is an array.
