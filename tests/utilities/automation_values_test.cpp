@@ -5,6 +5,8 @@
 
 #include <climits>
 
+#include "tests/values.h"
+
 namespace {
 
 SAFEARRAY* Array(VARTYPE type, ULONG count, LONG lower) {
@@ -45,14 +47,12 @@ TEST(AutomationValues, DoublesComeOutFromTheirLowerBoundOn) {
 TEST(AutomationValues, WrongValuesAreRefused) {
   SAFEARRAY* const flat = Array(VT_R8, 2, 0);
   flat->cDims = 2;  // as if it had a second dimension
-  const Value rows[] = {
-      {VT_EMPTY, nullptr},
-      {VT_R8, nullptr},
-      {VT_ARRAY | VT_R8, nullptr},
-      {VT_ARRAY | VT_R8, Array(VT_I4, 2, 0)},
-      {VT_ARRAY | VT_DISPATCH, Array(VT_R8, 2, 0)},
-      {VT_ARRAY | VT_R8, flat},
-  };
+  const Value rows[] = {{VT_EMPTY, nullptr},
+                        {VT_R8, nullptr},
+                        {VT_ARRAY | VT_R8, nullptr},
+                        {VT_ARRAY | VT_R8, Array(VT_I4, 2, 0)},
+                        {VT_ARRAY | VT_DISPATCH, Array(VT_R8, 2, 0)},
+                        {VT_ARRAY | VT_R8, flat}};
   for (const Value& value : rows) {
     SCOPED_TRACE(value.vt);
     double out[2] = {9, 9};
@@ -73,20 +73,16 @@ TEST(AutomationValues, NumbersAndTextsAreShownAsText) {
     value.*field = content;
     return ToUtf8(VARIANT2CString(value));
   };
-  EXPECT_EQ(text(VT_I1, &VARIANT::cVal, -5), "-5");
-  EXPECT_EQ(text(VT_UI1, &VARIANT::bVal, 200), "200");
-  EXPECT_EQ(text(VT_I2, &VARIANT::iVal, -30000), "-30000");
-  EXPECT_EQ(text(VT_UI2, &VARIANT::uiVal, 60000), "60000");
-  EXPECT_EQ(text(VT_I4, &VARIANT::lVal, INT_MIN), "-2147483648");
-  EXPECT_EQ(text(VT_UI4, &VARIANT::ulVal, 4000000000u), "4000000000");
+  EXPECT_EQ(kvtest::Values(text(VT_I1, &VARIANT::cVal, -5), text(VT_UI1, &VARIANT::bVal, 200),
+                           text(VT_I2, &VARIANT::iVal, -30000), text(VT_UI2, &VARIANT::uiVal, 60000),
+                           text(VT_I4, &VARIANT::lVal, INT_MIN), text(VT_UI4, &VARIANT::ulVal, 4000000000u)),
+            "-5|200|-30000|60000|-2147483648|4000000000");
   EXPECT_EQ(text(VT_I8, &VARIANT::llVal, LLONG_MIN), "-9223372036854775808");
   EXPECT_EQ(text(VT_UI8, &VARIANT::ullVal, ULLONG_MAX), "18446744073709551615");
-  EXPECT_EQ(text(VT_BOOL, &VARIANT::boolVal, -1), "-1");
-  EXPECT_EQ(text(VT_R8, &VARIANT::dblVal, 0.1), "0.1");
-  EXPECT_EQ(text(VT_R8, &VARIANT::dblVal, 1e20), "1E+20");
-  EXPECT_EQ(text(VT_R4, &VARIANT::fltVal, 0.1f), "0.1");
-  EXPECT_EQ(text(VT_DISPATCH, &VARIANT::pdispVal, nullptr), "");
-  EXPECT_EQ(text(VT_BYREF | VT_BSTR, &VARIANT::byref, nullptr), "");
+  EXPECT_EQ(kvtest::Values(text(VT_BOOL, &VARIANT::boolVal, -1), text(VT_R8, &VARIANT::dblVal, 0.1),
+                           text(VT_R8, &VARIANT::dblVal, 1e20), text(VT_R4, &VARIANT::fltVal, 0.1f)),
+            "-1|0.1|1E+20|0.1");
+  EXPECT_EQ(text(VT_DISPATCH, &VARIANT::pdispVal, nullptr) + text(VT_BYREF | VT_BSTR, &VARIANT::byref, nullptr), "");
   struct {
     DWORD bytes = 6;
     TCHAR units[4] = {'a', 0, 'b', 0};

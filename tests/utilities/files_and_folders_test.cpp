@@ -1,11 +1,15 @@
-// Operations on files and folders: their results, and the files on the disk afterwards.
+// Operations on files and folders: their results, and the files on the disk afterwards; the free helpers for paths,
+// names and times of files.
 #include "share/utilities/files_and_folders.h"
 
-#include <gtest/gtest.h>
+#include <cstring>
+#include <ctime>
 
 #include "platform/process.h"
+#include "share/env/app_env.h"
 #include "share/utilities/file_helpers.h"
 #include "tests/utilities/files_fixture.h"
+#include "tests/values.h"
 
 namespace {
 
@@ -14,8 +18,7 @@ namespace fs = std::filesystem;
 using FilesAndFolders = kvtest::FilesTest;
 
 TEST_F(FilesAndFolders, FolderIsMadeOneLevelDeep) {
-  CString one = At("one");
-  CString two = At("two/three");
+  CString one = At("one"), two = At("two/three");
   EXPECT_EQ(files.CreateDirectoryW(one), 1);
   EXPECT_TRUE(fs::is_directory(On("one")));
   EXPECT_EQ(files.CreateDirectoryW(one), 0);
@@ -49,8 +52,7 @@ TEST_F(FilesAndFolders, DeletingNeverLeavesTheFolder) {
   fs::create_symlink(On("outside/precious"), On("gone/file"));
   fs::create_symlink("nowhere", On("gone/nothing"));
   fs::create_directory_symlink(On("outside"), On("whole"));
-  CString gone = At("gone");
-  CString whole = At("whole/");
+  CString gone = At("gone"), whole = At("whole/");
   EXPECT_EQ(files.DeleteDirectory(gone), 1);
   EXPECT_EQ(files.DeleteDirectory(whole), 1);
   EXPECT_EQ(Tree(""), "outside/ outside/precious=x ");
@@ -109,12 +111,7 @@ TEST_F(FilesAndFolders, OnlyFilesExistAndHaveSizes) {
   folder.Write("empty", "");
   folder.Write("file", std::string(1536, 'x'));
   fs::create_symlink("file", On("link"));
-  const struct {
-    CString path;
-    int exists;
-    LPCTSTR bytes;
-    LPCTSTR kilobytes;
-  } rows[] = {
+  const std::tuple<CString, int, LPCTSTR, LPCTSTR> rows[] = {
       {At("file"), 1, _T("1536 bytes"), _T("1.50 KB")},
       {At("link"), 1, _T("1536 bytes"), _T("1.50 KB")},
       {At("empty"), 1, _T(""), _T("")},
@@ -122,18 +119,17 @@ TEST_F(FilesAndFolders, OnlyFilesExistAndHaveSizes) {
       {At("none"), 0, _T(""), _T("")},
       {CString(), 0, _T(""), _T("")},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(ToUtf8(row.path));
-    EXPECT_EQ(files.DoesFileExist(row.path), row.exists);
-    EXPECT_EQ(files.GetFileSize(row.path, 0), row.bytes);
-    EXPECT_EQ(files.GetFileSize(row.path, 1), row.kilobytes);
+  for (const auto& [path, exists, bytes, kilobytes] : rows) {
+    SCOPED_TRACE(ToUtf8(path));
+    EXPECT_EQ(files.DoesFileExist(path), exists);
+    EXPECT_EQ(files.GetFileSize(path, 0), bytes);
+    EXPECT_EQ(files.GetFileSize(path, 1), kilobytes);
   }
 }
 
 TEST_F(FilesAndFolders, TemporaryFilesLieInTheTemporaryFolder) {
   SetEnvironmentVariableW(_T("TMPDIR"), folder.Path().string<TCHAR>().c_str());
-  CString place;
-  CString path;
+  CString place, path;
   EXPECT_EQ(files.GetTempFolderLocation(place), 1);
   EXPECT_EQ(place, At(""));
   EXPECT_EQ(::CreateTempFileName(_T("q"), path), 1);
@@ -156,11 +152,7 @@ TEST_F(FilesAndFolders, TemporaryFilesLieInTheTemporaryFolder) {
 
 TEST_F(FilesAndFolders, TextsOfPathsAreCompleted) {
   using Change = int (QFFileAndFolderUtilities::*)(CString&);
-  const struct {
-    Change change;
-    LPCTSTR before;
-    LPCTSTR after;
-  } rows[] = {
+  const std::tuple<Change, LPCTSTR, LPCTSTR> rows[] = {
       {&QFFileAndFolderUtilities::EnsureFileExtHasDot, _T(".txt"), _T(".txt")},
       {&QFFileAndFolderUtilities::EnsureFileExtHasDot, _T(""), _T(".")},
       {&QFFileAndFolderUtilities::EnsureFolderPathEndsWithSlash, _T("C:\\a\\"), _T("C:\\a\\")},
@@ -168,10 +160,10 @@ TEST_F(FilesAndFolders, TextsOfPathsAreCompleted) {
       {&QFFileAndFolderUtilities::RemoveExtraSlaces, _T("\\\\host\\\\a\\\\\\\\b\\"), _T("\\\\host\\a\\b\\")},
       {&QFFileAndFolderUtilities::RemoveExtraSlaces, _T(""), _T("")},
   };
-  for (const auto& row : rows) {
-    CString text = row.before;
-    EXPECT_EQ((files.*row.change)(text), 1);
-    EXPECT_EQ(text, row.after) << ToUtf8(CString(row.before));
+  for (const auto& [change, before, after] : rows) {
+    CString text = before;
+    EXPECT_EQ((files.*change)(text), 1);
+    EXPECT_EQ(text, after) << ToUtf8(CString(before));
   }
   CString text;
   for (LPCTSTR start : {_T("C:\\a"), _T("C:\\a\\\\")}) {
@@ -185,6 +177,90 @@ TEST_F(FilesAndFolders, TextsOfPathsAreCompleted) {
   EXPECT_EQ(files.GetDirectoryName(_T("C:\\a\\b.c"), text), 1);
   EXPECT_EQ(text, _T("C:\\a\\"));
   EXPECT_EQ(files.GetFileName(CString(), text), 0);
+}
+
+using FileHelpers = kvtest::FilesTest;
+
+TEST_F(FileHelpers, PathIsSplitAtItsLastSeparatorAndPoint) {
+  const CString long_folder = CString(_T('\\')) + CString(_T('f'), 300) + _T('\\'), long_name(_T('n'), 300);
+  const std::tuple<CString, CString, CString, CString, CString> rows[] = {
+      {_T("C:\\a\\b.c.txt"), _T("C:"), _T("\\a\\"), _T("b.c"), _T(".txt")},
+      {_T("C:b"), _T("C:"), _T(""), _T("b"), _T("")},
+      {_T("C:.txt"), _T("C:"), _T(""), _T(""), _T(".txt")},
+      {_T("a.b/c"), _T(""), _T("a.b/"), _T("c"), _T("")},
+      {_T("\\\\host\\share\\"), _T(""), _T("\\\\host\\share\\"), _T(""), _T("")},
+      {_T(":"), _T(""), _T(""), _T(":"), _T("")},
+      {_T("D:") + long_folder + long_name + _T(".x"), _T("D:"), long_folder, long_name, _T(".x")},
+  };
+  for (const auto& [path, wantedDrive, wantedFolder, wantedName, wantedExtension] : rows) {
+    CString drive, directory, name, extension;
+    EXPECT_EQ(ExtractPathAndFileName(path, drive, directory, name, extension), 1);
+    EXPECT_EQ(kvtest::Values(drive, directory, name, extension),
+              kvtest::Values(wantedDrive, wantedFolder, wantedName, wantedExtension));
+    EXPECT_EQ(GetDirectoryName(path, directory), 1);
+    EXPECT_EQ(directory, wantedDrive + wantedFolder);
+  }
+  CString kept = _T("kept");
+  EXPECT_EQ(ExtractPathAndFileName(CString(), kept, kept, kept, kept), 0);
+  EXPECT_EQ(GetDirectoryName(CString(), kept), 0);
+  EXPECT_EQ(kept, _T("kept"));
+}
+
+TEST_F(FileHelpers, FileIsFoundInItsFoldersList) {
+  folder.Write("File.txt", "x");
+  std::filesystem::create_directory(On("sub"));
+  const CString place = At("").TrimRight(_T("\\"));
+  EXPECT_EQ(DoesFileExistAtGivenPath(place + _T("\\FILE.TXT")), 1);
+  for (LPCTSTR missing : {_T("\\File"), _T("\\sub"), _T("\\none\\File.txt"), _T("\\"), _T("\\..")})
+    EXPECT_EQ(DoesFileExistAtGivenPath(place + missing), 0) << ToUtf8(CString(missing));
+  for (LPCTSTR part : {_T(""), _T("File.txt"), _T("\\File.txt"), _T("\\")})
+    EXPECT_EQ(DoesFileExistAtGivenPath(part), 0);
+}
+
+TEST_F(FileHelpers, TemporaryNamesAreNewFiles) {
+  const CString place = At("").TrimRight(_T("\\"));
+  CString a, b;
+  EXPECT_EQ(CreateTempFileName(place, _T("kvtest"), a), 1);
+  EXPECT_EQ(CreateTempFileName(place, _T("kvtest"), b), 1);
+  EXPECT_NE(a, b);
+  EXPECT_EQ(a.Left(place.GetLength() + 4), place + _T("\\kvt"));
+  EXPECT_EQ(DoesFileExistAtGivenPath(a), 1);
+  EXPECT_EQ(CreateTempFileName(place + _T("\\none"), _T("kvtest"), b), 0);
+}
+
+TEST_F(FileHelpers, ToolPathMovesToThisInstallation) {
+  const CString data = AppEnv()->GetKVDataPath();
+  CString result = _T("kept");
+  EXPECT_EQ(GetCorrectToolFilePath(_T("D:\\Old\\Tooling\\Mill\\Tooling.x"), result), 1);
+  EXPECT_EQ(result, data + _T("Tooling\\Mill\\Tooling.x"));
+  result = _T("kept");
+  for (LPCTSTR path : {_T("Tooling\\a\\Tooling"), _T("D:\\tooling\\a"), _T("")})
+    EXPECT_EQ(GetCorrectToolFilePath(path, result), 0);
+  EXPECT_EQ(result, _T("kept"));
+}
+
+TEST_F(FileHelpers, OnlyAsciiLettersAndDigitsArePlain) {
+  for (int c = 1; c < 128; ++c) {
+    const bool plain = std::isalnum(c) || std::strchr("^&@{}[],$=!_#()%.+~`-", c);
+    EXPECT_EQ(HasSpecialCharacters(CString(TCHAR(c))), !plain) << c;
+    const CString kept = std::isalnum(c) ? CString(TCHAR(std::tolower(c))) : CString();
+    EXPECT_EQ(RemoveSpecialCharacters(CString(TCHAR(c))), kept) << c;
+  }
+  EXPECT_EQ(HasSpecialCharacters(_T("")), 0);
+  EXPECT_EQ(HasSpecialCharacters(_T("plain\u00E9")), 1);
+  EXPECT_EQ(RemoveSpecialCharacters(_T("Tool-\u00C9 No. 5\u4E00b")), _T("toolno5b"));
+}
+
+TEST_F(FileHelpers, FileTimesHaveTheYearFirst) {
+  const FILETIME time = {DWORD(133537247989876540), DWORD(133537247989876540 >> 32)};
+  EXPECT_EQ(Convert_FILETIME_ToString(time), _T("2024-02-29 23:59:58"));
+  EXPECT_EQ(Convert_FILETIME_ToString({0, 0x80000000}), _T(""));
+  SetEnvironmentVariableW(_T("TZ"), _T("XYZ-2:30"));
+  std::tm fields = {};
+  std::mktime(&fields);  // reads the variable
+  EXPECT_EQ(Convert_FILETIME_LocalFileTime_ToString(time), _T("2024-03-01 02:29:58"));
+  SetEnvironmentVariableW(_T("TZ"), nullptr);
+  std::mktime(&fields);
 }
 
 }  // namespace

@@ -5,7 +5,6 @@
 
 #include <numeric>
 #include <set>
-#include <string>
 
 #include "platform/paths.h"
 #include "share/utilities/files_and_folders.h"

@@ -1,8 +1,6 @@
 // Frames, components of transforms, boxes and angles, compared with computations by hand.
 #include "share/utilities/geometry_helpers.h"
 
-#include <gtest/gtest.h>
-
 #include <limits>
 
 #include "tests/geometry_print.h"
@@ -25,8 +23,7 @@ using Angles = kvtest::RandomGeometry;
 
 TEST_F(XYFrames, XDirectionFrameGivesCoordinatesAlongItsAxes) {
   for (int round = 0; round < 500; ++round) {
-    const FRUnitVector normal = Direction();
-    const FRUnitVector x = normalise(normal * Direction());
+    const FRUnitVector normal = Direction(), x = normalise(normal * Direction());
     const FRPosition origin(Number(-9, 9), Number(-9, 9), Number(-9, 9));
     const FRPosition p(Number(-9, 9), Number(-9, 9), Number(-9, 9));
     const FRVector from = p - origin;
@@ -53,14 +50,9 @@ TEST_F(XYFrames, AngleFrameIsMoveThenTiltThenTurnAboutMinusZ) {
 }
 
 TEST(XYFrameAlongTheAxes, HalfTurnsAreAboutYAndZ) {
-  const FRPosition origin(10, 20, 30);
-  const FRPosition p(11, 22, 33);  // (1, 2, 3) from the origin
+  const FRPosition origin(10, 20, 30), p(11, 22, 33);  // (1, 2, 3) from the origin
   const FRUnitVector x = FRXAxis, z = FRZAxis;
-  const struct {
-    const char* what;
-    FRTransf transform;
-    FRPosition wanted;
-  } rows[] = {
+  const std::tuple<const char*, FRTransf, FRPosition> rows[] = {
       {"down, quarter turn about -Z", GetXYTransform(-z, origin, PI_2), {2, -1, 3}},
       {"up: half turn about Y", GetXYTransform(z, origin, 0.0), {-1, 2, -3}},
       {"down, -X to X: half turn about Z", GetXYTransform(-z, origin, -x), {-1, -2, 3}},
@@ -68,9 +60,9 @@ TEST(XYFrameAlongTheAxes, HalfTurnsAreAboutYAndZ) {
       {"no normal, no X direction", GetXYTransform(FRUnitVector(), origin, FRUnitVector()), {1, 2, 3}},
       {"turning, down: half turn about Y", GetTransformToTurnXY(-z, origin, -x), {-1, 2, -3}},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.what);
-    ExpectNear(p * row.transform, row.wanted, 1e-14);
+  for (const auto& [what, transform, wanted] : rows) {
+    SCOPED_TRACE(what);
+    ExpectNear(p * transform, wanted, 1e-14);
   }
 }
 
@@ -131,13 +123,7 @@ TEST(ComponentsOfMatrices, AreThoseOfRotationsAndOfFlips) {
   const auto diagonal = [&](double x, double y, double z) {
     return transform(FRMatrix({x, 0, 0}, {0, y, 0}, {0, 0, z}));
   };
-  const struct {
-    const char* what;
-    FRTransf transform;
-    int result;
-    FRUnitVector axis;
-    double angle;
-  } rows[] = {
+  const std::tuple<const char*, FRTransf, int, FRUnitVector, double> rows[] = {
       {"identity", diagonal(1, 1, 1), 1, none, 0},
       {"x and z flipped", diagonal(-1, 1, -1), 1, FRYAxis, PI},
       {"y and z flipped", diagonal(1, -1, -1), 1, FRXAxis, PI},
@@ -147,14 +133,14 @@ TEST(ComponentsOfMatrices, AreThoseOfRotationsAndOfFlips) {
       {"the other way", transform(FRMatrix({0, -1, 0}, {1, 0, 0}, {0, 0, 1})), 1, -FRZAxis, PI_2},
       {"too small", transform(FRMatrix({1, 5e-11, 0}, {-5e-11, 1, 0}, {0, 0, 1})), 1, none, 0},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.what);
+  for (const auto& [what, given, result, wantedAxis, wantedAngle] : rows) {
+    SCOPED_TRACE(what);
     FRUnitVector axis(1, 2, 3);
     double angle = -1;
     FRVector gotMove;
-    EXPECT_EQ(ExtractTransformComponents(row.transform, axis, angle, gotMove), row.result);
-    ExpectNear(axis, row.axis, 1e-15);
-    EXPECT_NEAR(angle, row.angle, 1e-15);
+    EXPECT_EQ(ExtractTransformComponents(given, axis, angle, gotMove), result);
+    ExpectNear(axis, wantedAxis, 1e-15);
+    EXPECT_NEAR(angle, wantedAngle, 1e-15);
     EXPECT_EQ(gotMove, move);
   }
   EXPECT_EQ(GetRotationAxisForPIRotation(diagonal(-1, -1, -1).affine()).len(), 0.0);
@@ -162,11 +148,7 @@ TEST(ComponentsOfMatrices, AreThoseOfRotationsAndOfFlips) {
 
 TEST(ComponentsOfMatrices, PureRotationIsWithinTheTolerance) {
   const FRVector x(1, 0, 0), y(0, 1, 0), z(0, 0, 1);
-  const struct {
-    const char* what;
-    FRMatrix matrix;
-    int wanted;
-  } rows[] = {
+  const std::tuple<const char*, FRMatrix, int> rows[] = {
       {"axes in turn", FRMatrix(y, z, x), 1},
       {"axes swapped", FRMatrix(y, x, z), 0},
       {"first row too long", FRMatrix({1.000002, 0, 0}, y, z), 0},
@@ -174,7 +156,7 @@ TEST(ComponentsOfMatrices, PureRotationIsWithinTheTolerance) {
       {"first and third lean", FRMatrix(x, y, {2e-6, 0, 1}), 0},
       {"second and third lean", FRMatrix(x, y, {0, 2e-6, 1}), 0},
   };
-  for (const auto& row : rows) EXPECT_EQ(IsPureRotationMatrix(row.matrix), row.wanted) << row.what;
+  for (const auto& [what, matrix, wanted] : rows) EXPECT_EQ(IsPureRotationMatrix(matrix), wanted) << what;
 }
 
 // ---- boxes
@@ -201,24 +183,19 @@ TEST(BoxHelpers, BoundingBoxHasHalfTheSizeAndTheMarginOnEachSide) {
 
 TEST(Angle, IsSeenAlongThePlanesNormal) {
   const FRUnitVector x = FRXAxis, y = FRYAxis, z = FRZAxis, none;
-  const struct {
-    const char* what;
-    FRUnitVector a, b, plane;
-    double wanted;
-  } rows[] = {
+  const std::tuple<const char*, FRUnitVector, FRUnitVector, FRUnitVector, double> rows[] = {
       {"as they are", x, y, none, PI_2},
       {"against the normal", x, y, -z, 0},
       {"opposite", x, -x, -z, PI},
       {"lifted, as they are", FRUnitVector(1, 0, 1), FRUnitVector(0, 1, 1), none, PI / 3},
       {"along the normal", z, x, z, PI_2},
   };
-  for (const auto& row : rows) EXPECT_NEAR(CalculateAngle(row.a, row.b, row.plane), row.wanted, 1e-7) << row.what;
+  for (const auto& [what, a, b, plane, wanted] : rows) EXPECT_NEAR(CalculateAngle(a, b, plane), wanted, 1e-7) << what;
 }
 
 TEST_F(Angles, AngleOfRandomTurns) {
   for (int round = 0; round < 300; ++round) {
-    const FRUnitVector plane = Direction();
-    const FRUnitVector a = normalise(plane * Direction());
+    const FRUnitVector plane = Direction(), a = normalise(plane * Direction());
     const double angle = Number(0.01, 3.13);
     const FRVector to = TurnByHand(FRPosition() + a, plane, angle) - FRPosition();
     const FRVector lifted(to.x() + plane.x() * 3, to.y() + plane.y() * 3, to.z() + plane.z() * 3);
@@ -235,12 +212,10 @@ TEST(Projection, LiesInThePlaneAndIsADirectionOrZero) {
 }
 
 TEST(Perpendicular, DividesByTheLastComponentThatIsThere) {
-  const FRUnitVector rows[][2] = {
-      {FRUnitVector(1, 2, 4), FRUnitVector(1, 1, -0.75)},
-      {FRUnitVector(3, 1, 0), FRUnitVector(1, -3, 1)},
-      {FRUnitVector(-1, 0, 0), FRUnitVector(0, 1, 1)},
-      {FRUnitVector(1, 0, 1e-7), FRUnitVector(-1e-7, 1, 1)},
-  };
+  const FRUnitVector rows[][2] = {{FRUnitVector(1, 2, 4), FRUnitVector(1, 1, -0.75)},
+                                  {FRUnitVector(3, 1, 0), FRUnitVector(1, -3, 1)},
+                                  {FRUnitVector(-1, 0, 0), FRUnitVector(0, 1, 1)},
+                                  {FRUnitVector(1, 0, 1e-7), FRUnitVector(-1e-7, 1, 1)}};
   for (const auto& [a, wanted] : rows) {
     FRUnitVector b, c;
     EXPECT_EQ(GetPerpendicularVector(a, &b, &c), 1);

@@ -1,8 +1,6 @@
 // The INI handlers: their files, the bytes that they write, and the version of a file.
 #include "share/utilities/ini_handlers.h"
 
-#include <gtest/gtest.h>
-
 #include "share/core/registry_keys.h"
 #include "tests/registry_calls.h"
 #include "tests/utilities/files_fixture.h"
@@ -33,13 +31,11 @@ TEST_F(IniHandlers, ShopFloorEmptiesItsFileAndWritesUtf16) {
 TEST_F(IniHandlers, NumbersAreWrittenInTheirFormats) {
   QFTBMINIHandler handler(At("f.ini"));
   handler.SetValue(_T("A"), _T("int"), -2147483647 - 1);
-  const struct {
-    double value;
-    const char* wanted;
-  } rows[] = {{1234567, "1.23457e+06"}, {123456, "123456"}, {-0.00001, "-1e-05"}, {1.0 / 3, "0.333333"}};
-  for (const auto& row : rows) {
-    handler.SetValue(_T("A"), _T("d"), row.value);
-    EXPECT_EQ(Bytes("f.ini"), "[A]\r\nint=-2147483648\r\nd="s + row.wanted + "\r\n");
+  const std::pair<double, const char*> rows[] = {
+      {1234567, "1.23457e+06"}, {123456, "123456"}, {-0.00001, "-1e-05"}, {1.0 / 3, "0.333333"}};
+  for (const auto& [value, wanted] : rows) {
+    handler.SetValue(_T("A"), _T("d"), value);
+    EXPECT_EQ(Bytes("f.ini"), "[A]\r\nint=-2147483648\r\nd="s + wanted + "\r\n");
   }
 }
 
@@ -88,10 +84,7 @@ TEST_F(IniHandlers, WithoutANameNothingHappens) {
 }
 
 TEST_F(IniHandlers, FileVersionFollowsFromTheFirstCondition) {
-  const struct {
-    const char* bytes;
-    double wanted;
-  } rows[] = {
+  const std::pair<const char*, double> rows[] = {
       {"[StrategyCondition1]\nFeatureIndex=3\nFeatureCatalog=c\n", 2.3},
       {"[StrategyCondition1]\nFeatureIndex=\nFeatureCatalog=c\n", 2.0},
       {"[StrategyCondition1]\n[FileInformation]\nVersion=4.5\n", 1.0},
@@ -99,9 +92,9 @@ TEST_F(IniHandlers, FileVersionFollowsFromTheFirstCondition) {
   RegDeleteTreeW(HKEY_CURRENT_USER, kVersionKey);
   RegDeleteTreeW(HKEY_LOCAL_MACHINE, kVersionKey);
   PutDataPath(HKEY_LOCAL_MACHINE, At("machine"));
-  for (const auto& row : rows) {
-    folder.Write("machine/KVTBM/t.ini", row.bytes);
-    EXPECT_EQ(QFTBMINIHandler().GetFileVersion(_T("t.ini")), row.wanted) << row.bytes;
+  for (const auto& [bytes, wanted] : rows) {
+    folder.Write("machine/KVTBM/t.ini", bytes);
+    EXPECT_EQ(QFTBMINIHandler().GetFileVersion(_T("t.ini")), wanted) << bytes;
   }
   EXPECT_EQ(QFTBMINIHandler().GetFileVersion(_T("missing.ini")), 1.0);
   PutDataPath(HKEY_CURRENT_USER, At("user"));

@@ -15,8 +15,7 @@ class Thing final : public IDispatch {
 };
 
 TEST(AutomationObjects, GoThereAndBackWithTheirReferences) {
-  Thing a;
-  Thing b;
+  Thing a, b;
   CList<IDispatch*> list;
   VARIANT value;
   std::memset(&value, 0xAA, sizeof value);

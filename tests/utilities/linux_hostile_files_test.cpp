@@ -1,6 +1,5 @@
 // Files and folders on a full disk, without rights, with names that are too long, and paths with "..": the results, and
 // that no file is incomplete. Some cases run in a child process, which can give up its rights.
-#include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/mount.h>
 
@@ -58,7 +57,7 @@ TEST_F(HostileFiles, FolderWithoutRightsIsLeftAlone) {
   fs::permissions(On("read"), fs::perms(0555));
   const bool changed = InChild([&] {
     if (geteuid() == 0 && seteuid(65534) != 0) return false;
-    CString below = At("read/new");
+    CString below = At("read/new"), read = At("read"), mine = At("mine");
     CList<CString> names;
     EXPECT_EQ(files.CreateDirectoryW(below), 0);
     EXPECT_EQ(files.HasCreateFilePermission(At("read")), 0);
@@ -71,8 +70,6 @@ TEST_F(HostileFiles, FolderWithoutRightsIsLeftAlone) {
     EXPECT_EQ(files.CopyDirectoryWithContents(At("mine"), At("new")), 0);
     EXPECT_EQ(Tree("new"), "own=x shut/ ");
     EXPECT_EQ(files.CopyDirectoryWithContents(At("new"), At("read")), 0);
-    CString read = At("read");
-    CString mine = At("mine");
     EXPECT_EQ(files.DeleteDirectory(read), 0);
     EXPECT_EQ(files.DeleteDirectory(mine), 0);
     QFAsciFileBrowse file;
@@ -88,8 +85,7 @@ TEST_F(HostileFiles, FolderWithoutRightsIsLeftAlone) {
 
 TEST_F(HostileFiles, NamesTooLongFailAndPathsUpwardsWork) {
   folder.Write("a/file", "x");
-  CString longer = At("a/" + std::string(300, 'n'));
-  CString up = At("a") + _T("\\..\\c");
+  CString longer = At("a/" + std::string(300, 'n')), up = At("a") + _T("\\..\\c");
   EXPECT_EQ(files.CreateDirectoryW(longer), 0);
   EXPECT_EQ(files.CopyDirectoryWithContents(At("a"), longer), 0);
   EXPECT_EQ(CreateTempFileName(longer, _T("x"), up), 0);

@@ -8,7 +8,6 @@
 #include <memory>
 #include <random>
 #include <stdexcept>
-#include <string>
 #include <vector>
 
 #include "share/objects/node_lists.h"
@@ -140,8 +139,7 @@ TEST_F(ObjectLists, SortsByTheCellsAndSurvivesAComparisonThatThrows) {
     return name(left).Compare(name(right));
   };
   CObList list;
-  EXPECT_EQ(CObList_Sort(nullptr, byName), 0);
-  EXPECT_EQ(CObList_Sort(&list, byName), 0);
+  EXPECT_EQ(CObList_Sort(nullptr, byName) + CObList_Sort(&list, byName), 0);
   Fill(list, "bdacb");
   EXPECT_EQ(CObList_Sort(&list, nullptr), 0);
   EXPECT_THROW(CObList_Sort(&list, [](const void*, const void*) -> int { throw std::runtime_error("no"); }),
@@ -184,10 +182,7 @@ TEST(ObjectListDeletion, DeletesWhatTheListHolds) {
 }
 
 TEST(ObjectListNames, FirstFreeNameOfACopy) {
-  const struct {
-    std::vector<const char*> names;
-    const char* expected;
-  } rows[] = {
+  const std::pair<std::vector<const char*>, const char*> rows[] = {
       {{}, "Hole - Copy "},
       {{"Hole", "Hole - Copy", "Hole - Copy  ", "hole - copy "}, "Hole - Copy "},
       {{"Hole - Copy 3 ", "Hole - Copy ", "Hole - Copy ", "Hole - Copy 2 "}, "Hole - Copy 4 "},
@@ -197,14 +192,14 @@ TEST(ObjectListNames, FirstFreeNameOfACopy) {
        "Hole - Copy 2 "},
       {{"Hole - Copy ", "Hole - Copy 99999999999999999999999 ", "Hole - Copy 1 ", "Hole - Copy 0 "}, "Hole - Copy 2 "},
   };
-  for (const auto& row : rows) {
+  for (const auto& [names, expected] : rows) {
     std::vector<std::unique_ptr<CObject>> objects;
     CObList list;
-    for (const char* name : row.names) list.AddTail(objects.emplace_back(std::make_unique<Node>(name)).get());
+    for (const char* name : names) list.AddTail(objects.emplace_back(std::make_unique<Node>(name)).get());
     list.AddTail(static_cast<CObject*>(nullptr));
     list.AddTail(objects.emplace_back(std::make_unique<Thing>()).get());
     CString text = _T("Hole");
     ChangeNameForCopiedFeatAndOper(list, _T("Copy"), text, text);
-    EXPECT_EQ(ToUtf8(text), row.expected) << row.names.size();
+    EXPECT_EQ(ToUtf8(text), expected) << names.size();
   }
 }

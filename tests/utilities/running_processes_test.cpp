@@ -3,19 +3,14 @@
 
 #include <gtest/gtest.h>
 
+#include "framework/text.h"
 #include "share/utilities/internal/process_calls.h"
 
 namespace {
 
 // An older system with one process, which has no process-status library.
-BOOL OldVersion(LPOSVERSIONINFOW version) {
-  version->dwPlatformId = VER_PLATFORM_WIN32_WINDOWS;
-  return TRUE;
-}
-BOOL UnknownVersion(LPOSVERSIONINFOW version) {
-  version->dwPlatformId = VER_PLATFORM_WIN32s;
-  return TRUE;
-}
+BOOL OldVersion(LPOSVERSIONINFOW version) { return version->dwPlatformId = VER_PLATFORM_WIN32_WINDOWS, TRUE; }
+BOOL UnknownVersion(LPOSVERSIONINFOW version) { return version->dwPlatformId = VER_PLATFORM_WIN32s, TRUE; }
 BOOL NoVersion(LPOSVERSIONINFOW) { return FALSE; }
 HANDLE OneProcess(DWORD, DWORD) { return CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0); }
 BOOL First(HANDLE, LPPROCESSENTRY32W entry) {
@@ -28,10 +23,10 @@ BOOL NoList(DWORD*, DWORD, LPDWORD) { return FALSE; }
 BOOL NoModules(HANDLE, HMODULE*, DWORD, LPDWORD) { return FALSE; }
 
 TEST(RunningProcesses, ThisProgramIsFound) {
-  EXPECT_EQ(IsProcessAlreadyRunning("TEST_Utilities"), 1);
-  EXPECT_EQ(IsProcessAlreadyRunning("test_utilities.exe"), 0);
-  EXPECT_EQ(IsProcessAlreadyRunning2(_T("Test_Utilities")), 1);
-  EXPECT_EQ(IsProcessAlreadyRunning2(_T("test_utilitie")), 0);
+  for (const auto& [name, found] : {std::pair{"TEST_Utilities", 1}, {"test_utilities.exe", 0}, {"test_utilitie", 0}}) {
+    EXPECT_EQ(IsProcessAlreadyRunning(name), found) << name;
+    EXPECT_EQ(IsProcessAlreadyRunning2(CString(name)), found) << name;
+  }
   EXPECT_EQ(IsProcessAlreadyRunning2(nullptr), 0);
 }
 
@@ -42,11 +37,7 @@ TEST(RunningProcesses, FailuresHaveTheirCodes) {
     calls.*call = put;
     return calls;
   };
-  const struct {
-    std::string name;
-    ProcessCalls calls;
-    int result;
-  } rows[] = {
+  const std::tuple<std::string, ProcessCalls, int> rows[] = {
       {"", own, 632},
       {std::string(261, 'x'), own, 632},
       {std::string(260, 'x'), own, 0},
@@ -61,8 +52,8 @@ TEST(RunningProcesses, FailuresHaveTheirCodes) {
       {"tool.exe", with(old, &ProcessCalls::first, nullptr), 605},
       {"tool.exe", with(old, &ProcessCalls::snapshot, NoSnapshot), 0},
   };
-  int number = 0;
-  for (const auto& row : rows) EXPECT_EQ(FindProcess(row.name.c_str(), row.calls), row.result) << "row " << number++;
+  for (const auto& row : rows)
+    EXPECT_EQ(FindProcess(std::get<0>(row).c_str(), std::get<1>(row)), std::get<2>(row)) << "row " << &row - rows;
   EXPECT_EQ(IsProcessAlreadyRunning(nullptr), 632);
   // A failed snapshot is reported to the debugger.
   testing::internal::CaptureStderr();

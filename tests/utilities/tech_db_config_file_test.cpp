@@ -1,10 +1,13 @@
-// "database.config": reading it, adding a missing mark, and writing the marks.
+// Technology databases in memory: entries, their list, their connection strings; and "database.config": reading it,
+// adding a missing mark, and writing the marks.
 #include "share/utilities/tech_db_config_file.h"
 
 #include <gtest/gtest.h>
 
 #include "companions/database/connection_strings.h"
+#include "share/utilities/tech_db_config.h"
 #include "tests/utilities/files_fixture.h"
+#include "tests/values.h"
 
 namespace {
 
@@ -22,7 +25,12 @@ class TechDBConfigFile : public kvtest::FilesTest {
   int Write() { return WriteTechDBConfig(Folder(), info_); }
   CString Folder() const { return At(""); }
   std::string Bytes() const { return FilesTest::Bytes("database.config"); }
-  const QFTechDBConfigData& Entry(int i) const { return *info_.GetTechDBConfigData(i); }
+  // Type, path, connection, description and active flag of an entry.
+  std::string Entry(int i) const {
+    const QFTechDBConfigData& entry = *info_.GetTechDBConfigData(i);
+    return kvtest::Values(entry.GetDatabaseType(), entry.GetFilePath(), entry.GetConnectionString(),
+                          entry.GetDescription(), entry.GetActiveFlag());
+  }
 
   QFTechDBConfigInfo info_;
 };
@@ -45,23 +53,16 @@ constexpr char kThree[] =
 TEST_F(TechDBConfigFile, ReadsTheThreeKinds) {
   ASSERT_EQ(ReadFile(kThree), 1);
   ASSERT_EQ(info_.GetCount(), 3);
-  EXPECT_EQ(Entry(0).GetDatabaseType(), QF_TECHDB_SQLITE);
-  EXPECT_EQ(Entry(0).GetFilePath(), Folder() + _T("my.kvdb"));
-  EXPECT_EQ(Entry(0).GetConnectionString(), SQLiteConnection(Folder() + _T("my.kvdb")));
-  EXPECT_EQ(Entry(0).GetDescription(), _T("D & \u00FC"));
-  EXPECT_EQ(Entry(0).GetActiveFlag(), 1);
-  EXPECT_EQ(Entry(1).GetDatabaseType(), QF_TECHDB_ACCESS);
-  EXPECT_EQ(Entry(1).GetFilePath(), _T("D:\\x\\my.mdb"));
-  EXPECT_EQ(Entry(1).GetConnectionString(), AccessConnection(_T("D:\\x\\my.mdb")));
-  EXPECT_EQ(Entry(1).GetActiveFlag(), 0);
-  EXPECT_EQ(Entry(2).GetDatabaseType(), QF_TECHDB_SQLSERVER);
-  EXPECT_EQ(Entry(2).GetFilePath(), _T(""));
-  EXPECT_EQ(Entry(2).GetConnectionString(), ServerConnection(_T("s"), _T("d"), _T("u"), _T("p;w")));
+  const CString own = Folder() + _T("my.kvdb"), access = _T("D:\\x\\my.mdb");
+  EXPECT_EQ(Entry(0), kvtest::Values(QF_TECHDB_SQLITE, own, SQLiteConnection(own), "D & \u00FC", 1));
+  EXPECT_EQ(Entry(1), kvtest::Values(QF_TECHDB_ACCESS, access, AccessConnection(access), "", 0));
+  const CString server = ServerConnection(_T("s"), _T("d"), _T("u"), _T("p;w"));
+  EXPECT_EQ(Entry(2), kvtest::Values(QF_TECHDB_SQLSERVER, "", server, "", 0));
   EXPECT_EQ(Bytes(), kThree) << "reading left it alone";
   EXPECT_EQ(Read("<setting databaseType='SQL'><authenticationMode>WINDOWS</authenticationMode><serverID>s</serverID>"
                  "</setting>"),
             1);
-  EXPECT_EQ(Entry(0).GetConnectionString(), ServerConnection(_T("s"), _T("")));
+  EXPECT_EQ(info_.GetTechDBConfigData(0)->GetConnectionString(), ServerConnection(_T("s"), _T("")));
 }
 
 TEST_F(TechDBConfigFile, PassesOverWhatIsNoDatabase) {
@@ -119,10 +120,7 @@ TEST_F(TechDBConfigFile, WithoutItTheDeliveredDatabaseIsTheOne) {
   folder.Write("TechDB.kvdb", "");
   ASSERT_EQ(ReadTechDBConfig(Folder(), delivered, info_), 1);
   ASSERT_EQ(info_.GetCount(), 1);
-  EXPECT_EQ(Entry(0).GetDatabaseType(), QF_TECHDB_SQLITE);
-  EXPECT_EQ(Entry(0).GetActiveFlag(), 1);
-  EXPECT_EQ(Entry(0).GetFilePath(), delivered);
-  EXPECT_EQ(Entry(0).GetConnectionString(), SQLiteConnection(delivered));
+  EXPECT_EQ(Entry(0), kvtest::Values(QF_TECHDB_SQLITE, delivered, SQLiteConnection(delivered), "", 1));
   EXPECT_EQ(Write(), 0) << "there is no file to write into";
 }
 
@@ -193,3 +191,77 @@ TEST_F(TechDBConfigFile, AFileThatMayNotBeWrittenStays) {
   EXPECT_EQ(Write(), 0);
   EXPECT_EQ(Bytes(), before);
 }
+
+namespace {
+
+using Data = QFTechDBConfigData;
+
+// One entry per character, active for 'a'; its path is its index.
+QFTechDBConfigInfo List(std::string_view entries) {
+  QFTechDBConfigInfo info;
+  for (const char kind : entries) {
+    auto* entry = new Data;
+    entry->SetActiveFlag(kind == 'a');
+    entry->SetFilePath(CString(TCHAR('0' + info.GetCount())));
+    EXPECT_EQ(info.AddTechDBConfigData(entry), 1);
+  }
+  return info;
+}
+
+TEST(TechDBConfig, DisplayNamesTellNoPassword) {
+  Data entry;
+  entry.SetFilePath(_T("C:\\t.kvdb"));
+  entry.SetConnectionString(ServerConnection(_T("MYDATABASE"), _T("tech"), _T("u"), _T("secret")));
+  for (const int type : {QF_TECHDB_SQLITE, QF_TECHDB_ACCESS}) {
+    entry.SetDatabaseType(type);
+    EXPECT_EQ(entry.GetDisplayName(), _T("C:\\t.kvdb"));
+  }
+  entry.SetDatabaseType(QF_TECHDB_SQLSERVER);
+  EXPECT_EQ(entry.GetDisplayName(), _T("SERVER=MYDATABASE;DATABASE=tech"));
+  const std::pair<LPCTSTR, LPCTSTR> parts[] = {{_T("DRIVER={x};DATABASE=d;SERVER=s"), _T("SERVER=s;DATABASE=d")},
+                                               {_T("Server=s;Database=d;"), _T(";")},
+                                               {_T("SERVER=s;"), _T("SERVER=s;")},
+                                               {_T(""), _T(";")}};
+  for (const auto& [connection, expected] : parts) EXPECT_EQ(ServerPartsOfConnection(connection), expected);
+}
+
+TEST(TechDBConfig, TheActiveEntryIsTheFirstMarkedOrTheLast) {
+  const std::pair<const char*, LPCTSTR> rows[] = {{"--", _T("1")}, {"-aa-", _T("1")}, {"a--", _T("0")}};
+  for (const auto& [entries, path] : rows) {
+    const QFTechDBConfigInfo info = List(entries);
+    ASSERT_NE(info.GetActiveConfigData(), nullptr) << entries;
+    EXPECT_EQ(info.GetActiveConfigData()->GetFilePath(), path) << entries;
+    EXPECT_EQ(info.GetTechDBConfigData(info.GetCount()), nullptr);
+    EXPECT_EQ(info.GetTechDBConfigData(-1), nullptr);
+  }
+  QFTechDBConfigInfo info = List("a");
+  info.ClearTechDBInfo();
+  EXPECT_EQ(info.GetActiveConfigData(), nullptr);
+  EXPECT_EQ(info.AddTechDBConfigData(nullptr), 0);
+  EXPECT_EQ(info.GetCount(), 0);
+}
+
+TEST(TechDBConfig, CopiesAreDeepAndChangesShow) {
+  QFTechDBConfigInfo info = List("a-");
+  QFTechDBConfigInfo copy = info;
+  const std::unique_ptr<QFTechDBConfigInfo> clone(info.Clone());
+  EXPECT_NE(copy.GetTechDBConfigData(0), info.GetTechDBConfigData(0));
+  EXPECT_EQ(info.IsActiveTechDbChange(&copy), 0);
+  copy.GetTechDBConfigData(1)->SetDescription(_T("d"));
+  EXPECT_EQ(info.IsActiveTechDbChange(&copy), 1);
+  EXPECT_EQ(info.IsActiveTechDbChange(clone.get()), 0);
+  EXPECT_EQ(info.CopyFrom(&copy), 1);
+  EXPECT_EQ(info.GetTechDBConfigData(1)->GetDescription(), _T("d"));
+  const QFTechDBConfigInfo longer = List("a--");
+  for (const QFTechDBConfigInfo* other : {(const QFTechDBConfigInfo*)nullptr, &longer}) {
+    EXPECT_EQ(info.CopyFrom(other), 0);
+    EXPECT_EQ(info.IsActiveTechDbChange(other), 0);
+  }
+  EXPECT_EQ(info.IsActiveTechDbChange(&copy), 0) << "nothing changed";
+  info = *&info;
+  EXPECT_EQ(info.GetCount(), 2);
+  const std::unique_ptr<Data> entry(info.GetTechDBConfigData(1)->Clone());
+  EXPECT_EQ(*entry, *info.GetTechDBConfigData(1));
+}
+
+}  // namespace
