@@ -4,7 +4,6 @@
 
 #include <fmt/format.h>
 
-#include <filesystem>
 #include <sstream>
 
 #include "framework/resources.h"
@@ -64,8 +63,7 @@ TEST_F(Environment, IsBuiltOnceAndAfreshAfterClosing) {
 
 TEST_F(Environment, MissingSwitchesAreWrittenBackInOrderAndOthersStay) {
   AppEnv();
-  kvtest::Key key;
-  ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, kVersionDebugKey, 0, KEY_ALL_ACCESS, &key), ERROR_SUCCESS);
+  const kvtest::Key key(HKEY_CURRENT_USER, kVersionDebugKey, KEY_ALL_ACCESS);
   std::string written;
   for (const kvtest::Text& name : kvtest::ValueNames(key))
     written += ToUtf8(CString(name.c_str())) + " " + std::to_string(kvtest::Number(key, name.c_str())) + "\n";
@@ -170,21 +168,18 @@ TEST_F(Environment, LinksTheLanguageIntoTheResourceChain) {
 }
 
 TEST_F(Environment, DebugFlagIsReadAtStartAndTestModeAtEachCall) {
-  const struct {
-    CString value;
-    int expected;
-  } rows[] = {{_T(""), 0}, {_T("yes"), 1}, {_T("YES "), 0}, {CString(_T('Y'), 50), 0}};
-  for (const auto& row : rows) {
+  const std::pair<CString, int> rows[] = {{_T(""), 0}, {_T("yes"), 1}, {_T("YES "), 0}, {CString(_T('Y'), 50), 0}};
+  for (const auto& [value, expected] : rows) {
     CloseAppEnv();
-    SetEnvironmentVariableW(_T("_KVDEBUG"), row.value);
+    SetEnvironmentVariableW(_T("_KVDEBUG"), value);
     CKVEnvApp* env = AppEnv();
-    EXPECT_EQ(env->IsKVDebugEnabled(), row.expected);
+    EXPECT_EQ(env->IsKVDebugEnabled(), expected);
     SetEnvironmentVariableW(_T("_KVDEBUG"), _T("YES"));
-    EXPECT_EQ(env->IsKVDebugEnabled(), row.expected);
-    SetEnvironmentVariableW(_T("KV_TESTING"), row.value);
+    EXPECT_EQ(env->IsKVDebugEnabled(), expected);
+    SetEnvironmentVariableW(_T("KV_TESTING"), value);
     EXPECT_EQ(env->IsKVRunningInTestMode(), 0);
     env->ConfigureForTesting(1);
-    EXPECT_EQ(env->IsKVRunningInTestMode(), row.expected);
+    EXPECT_EQ(env->IsKVRunningInTestMode(), expected);
   }
 }
 
@@ -220,8 +215,7 @@ TEST_F(Language, AutomaticFollowsTheSystemEvenWithoutTheFolder) {
   for (const char* locale : {"en_US", "de_AT", "fr_CA", "es_MX", "ja_JP", "zh_CN", "zh_TW", "it_IT", "ko_KR", "ru_RU",
                              "pl_PL", "tr_TR", "pt_BR", "cs_CZ", "el_GR", "pt_PT", "sv_SE"}) {
     chosen += Chosen(locale);
-    const CString folder = AppEnv()->GetKVDefDataRelPath();
-    const CString name = folder.Mid(5, folder.GetLength() - 6);
+    const CString folder = AppEnv()->GetKVDefDataRelPath(), name = folder.Mid(5, folder.GetLength() - 6);
     chosen += fmt::format(" {}\n", int(AppEnv()->GetCorrespondingDBLangName(name)));
   }
   EXPECT_EQ(chosen,

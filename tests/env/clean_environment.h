@@ -1,8 +1,6 @@
 // The fixture of the environment's tests: a registry without the product's keys, no callbacks, no environment.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include "share/core/registry_access.h"
 #include "share/core/registry_keys.h"
 #include "share/env/app_env.h"

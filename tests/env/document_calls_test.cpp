@@ -162,10 +162,7 @@ TEST_F(Messages, NumbersAndTextsComeFromTheDocument) {
   Listener document;
   document.number = 42;
   document.text = _T("42");
-  const struct {
-    const char* sent;
-    std::function<int()> get;
-  } rows[] = {
+  const std::pair<const char*, std::function<int()>> rows[] = {
       {"204 ", IsDocumentModified},
       {"205 ", IsDocumentUnitsMm},
       {"206 ", GetDocumentUnits},
@@ -175,13 +172,13 @@ TEST_F(Messages, NumbersAndTextsComeFromTheDocument) {
       {"227 ", [] { return std::atoi(ToUtf8(GetDocTitle()).c_str()); }},
       {"290 ", [] { return std::atoi(ToUtf8(GetDocServicePack()).c_str()); }},
   };
-  for (const auto& row : rows) {
+  for (const auto& [sent, get] : rows) {
     g_document = nullptr;
-    EXPECT_EQ(row.get(), 0) << row.sent << "without a document";
+    EXPECT_EQ(get(), 0) << sent << "without a document";
     g_document = &document;
     document.sent.clear();
-    EXPECT_EQ(row.get(), 42);
-    EXPECT_EQ(document.sent, row.sent);
+    EXPECT_EQ(get(), 42);
+    EXPECT_EQ(document.sent, sent);
   }
 }
 

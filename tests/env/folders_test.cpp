@@ -47,19 +47,16 @@ class Folders : public kvtest::CleanEnvironment {
 TEST_F(Folders, DataFolderComesFromTheUserThenTheMachineThenTheInstallFolder) {
   const CKVEnvApp& env = *AppEnv();
   const std::string install = Install();
-  const struct {
-    LPCTSTR user, machine;
-    std::string data, machineAfter;
-  } rows[] = {{_T("C:\\U"), _T("C:\\M"), "C:\\U\\", "C:\\M"},
-              {_T(""), _T("C:\\M\\"), "C:\\M\\", "C:\\M\\"},
-              {_T(""), _T(""), install, install},
-              {_T("\\"), _T("C:\\M"), "\\", "C:\\M"}};
-  for (const auto& row : rows) {
-    PutUser(_T("KVDataPath"), row.user);
-    PutMachine(_T("KVDataPath"), row.machine);
-    EXPECT_EQ(ToUtf8(env.GetKVDataPath()), row.data);
-    EXPECT_EQ(Stored(HKEY_LOCAL_MACHINE, kVersionKey, _T("KVDataPath")), row.machineAfter);
-    EXPECT_EQ(StoredForUser(_T("KVDataPath")), ToUtf8(CString(row.user)));
+  const std::tuple<LPCTSTR, LPCTSTR, std::string, std::string> rows[] = {{_T("C:\\U"), _T("C:\\M"), "C:\\U\\", "C:\\M"},
+                                                                         {_T(""), _T("C:\\M\\"), "C:\\M\\", "C:\\M\\"},
+                                                                         {_T(""), _T(""), install, install},
+                                                                         {_T("\\"), _T("C:\\M"), "\\", "C:\\M"}};
+  for (const auto& [user, machine, data, machineAfter] : rows) {
+    PutUser(_T("KVDataPath"), user);
+    PutMachine(_T("KVDataPath"), machine);
+    EXPECT_EQ(ToUtf8(env.GetKVDataPath()), data);
+    EXPECT_EQ(Stored(HKEY_LOCAL_MACHINE, kVersionKey, _T("KVDataPath")), machineAfter);
+    EXPECT_EQ(StoredForUser(_T("KVDataPath")), ToUtf8(CString(user)));
   }
   PutMachine(_T("KVCommonDataPath"), _T("C:\\M"));
   EXPECT_EQ(env.GetKVCommonDataPath(), _T("\\")) << "the user's key only";
@@ -85,9 +82,7 @@ TEST_F(Folders, StartRepairsMissingDefaultsInOrder) {
     expected.emplace_back(name);
   }
   EXPECT_EQ(StoredForUser(_T("KVDataPath")), "D:\\Data\\");
-  kvtest::Key key;
-  ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, kVersionKey, 0, KEY_READ, &key), ERROR_SUCCESS);
-  std::vector<kvtest::Text> written = kvtest::ValueNames(key);
+  std::vector<kvtest::Text> written = kvtest::ValueNames(kvtest::Key(HKEY_CURRENT_USER, kVersionKey));
   written.resize(expected.size());
   EXPECT_EQ(written, expected);
 }
@@ -111,28 +106,26 @@ TEST_F(Folders, StoredPathStaysAndFillsSettingsWithoutOne) {
 
 TEST_F(Folders, SettingsAreReadBeforeTheRegistry) {
   using Getter = CString (CKVEnvApp::*)() const;
-  const struct {
-    Getter get;
-    LPCTSTR name, ofMachine;
-  } rows[] = {{&CKVEnvApp::GetSetupSheetImagePath, kNames[0], _T("\\")},
-              {&CKVEnvApp::GetSetupSheetTemplatePath, kNames[1], _T("\\")},
-              {&CKVEnvApp::GetSubSpindleOperFolderPath, kNames[2], _T("\\")},
-              {&CKVEnvApp::GetDefaultSimulationMachineFolderPath, kNames[4], _T("C:\\machine\\")},
-              {&CKVEnvApp::GetDefaultSimulationControllerFolderPath, kNames[5], _T("C:\\machine\\")},
-              {&CKVEnvApp::GetDefaultSimulationJobFolderPath, kNames[6], _T("C:\\machine\\")}};
+  const std::tuple<Getter, LPCTSTR, LPCTSTR> rows[] = {
+      {&CKVEnvApp::GetSetupSheetImagePath, kNames[0], _T("\\")},
+      {&CKVEnvApp::GetSetupSheetTemplatePath, kNames[1], _T("\\")},
+      {&CKVEnvApp::GetSubSpindleOperFolderPath, kNames[2], _T("\\")},
+      {&CKVEnvApp::GetDefaultSimulationMachineFolderPath, kNames[4], _T("C:\\machine\\")},
+      {&CKVEnvApp::GetDefaultSimulationControllerFolderPath, kNames[5], _T("C:\\machine\\")},
+      {&CKVEnvApp::GetDefaultSimulationJobFolderPath, kNames[6], _T("C:\\machine\\")}};
   const CKVEnvApp& env = *AppEnv();
-  for (const auto& row : rows) {
-    SCOPED_TRACE(ToUtf8(CString(row.name)));
+  for (const auto& [get, name, ofMachine] : rows) {
+    SCOPED_TRACE(ToUtf8(CString(name)));
     g_settings = nullptr;
-    PutMachine(row.name, _T("C:\\machine"));
-    PutUser(row.name, _T("C:\\user"));
-    EXPECT_EQ((env.*row.get)(), _T("C:\\user\\"));
-    PutUser(row.name, _T(""));
-    EXPECT_EQ((env.*row.get)(), row.ofMachine);
+    PutMachine(name, _T("C:\\machine"));
+    PutUser(name, _T("C:\\user"));
+    EXPECT_EQ((env.*get)(), _T("C:\\user\\"));
+    PutUser(name, _T(""));
+    EXPECT_EQ((env.*get)(), ofMachine);
     g_settings = &tree_;
-    EXPECT_EQ((env.*row.get)(), _T("\\"));
-    tree_.SetValue(row.name, CString(_T("C:\\tree\\")));
-    EXPECT_EQ((env.*row.get)(), _T("C:\\tree\\"));
+    EXPECT_EQ((env.*get)(), _T("\\"));
+    tree_.SetValue(name, CString(_T("C:\\tree\\")));
+    EXPECT_EQ((env.*get)(), _T("C:\\tree\\"));
   }
 }
 
@@ -145,24 +138,21 @@ TEST_F(Folders, StyleSheetsComeFromSettingsThenMachine) {
 }
 
 TEST_F(Folders, SimulatorComesFromSettingsOrRegistryThenFromItsApplication) {
-  const struct {
-    bool settings;
-    LPCTSTR tree, user, application;
-    const char* expected;
-  } rows[] = {{false, _T(""), _T("C:\\U"), _T("C:\\Eureka.exe"), "C:\\U\\"},
-              {false, _T(""), _T(""), _T("C:\\Eureka.exe"), "C:\\M\\"},
-              {true, _T("C:\\T"), _T("C:\\U"), _T(""), "C:\\T\\"},
-              {true, _T(""), _T("C:\\U"), _T("C:\\x\\Eureka.exe"), "C:\\x\\Eureka.exe\\"},
-              {true, _T(""), _T("C:\\U"), _T("C:\\x\\eureka.exe"), ""}};
+  const std::tuple<bool, LPCTSTR, LPCTSTR, LPCTSTR, const char*> rows[] = {
+      {false, _T(""), _T("C:\\U"), _T("C:\\Eureka.exe"), "C:\\U\\"},
+      {false, _T(""), _T(""), _T("C:\\Eureka.exe"), "C:\\M\\"},
+      {true, _T("C:\\T"), _T("C:\\U"), _T(""), "C:\\T\\"},
+      {true, _T(""), _T("C:\\U"), _T("C:\\x\\Eureka.exe"), "C:\\x\\Eureka.exe\\"},
+      {true, _T(""), _T("C:\\U"), _T("C:\\x\\eureka.exe"), ""}};
   const CKVEnvApp& env = *AppEnv();
   PutMachine(_T("EurekaExePath"), _T("C:\\M"));
   EXPECT_EQ(env.GetVirtualMachinePath(), _T("C:\\M"));
-  for (const auto& row : rows) {
-    g_settings = row.settings ? &tree_ : nullptr;
-    tree_.SetValue(_T("EurekaExePath"), CString(row.tree));
-    tree_.SetValue(_T("MachineSimulationApplicationPath"), CString(row.application));
-    PutUser(_T("EurekaExePath"), row.user);
-    EXPECT_EQ(ToUtf8(env.GetIMSExePath()), row.expected);
+  for (const auto& [settings, tree, user, application, expected] : rows) {
+    g_settings = settings ? &tree_ : nullptr;
+    tree_.SetValue(_T("EurekaExePath"), CString(tree));
+    tree_.SetValue(_T("MachineSimulationApplicationPath"), CString(application));
+    PutUser(_T("EurekaExePath"), user);
+    EXPECT_EQ(ToUtf8(env.GetIMSExePath()), expected);
   }
 }
 
@@ -183,22 +173,18 @@ TEST_F(Folders, EdmPathsNeedTheirSettings) {
 }
 
 TEST_F(Folders, ControllersOfTheMachineAreCopiedIfNothingElseNamesThem) {
-  const struct {
-    bool settings;
-    LPCTSTR tree, user;
-    const char *treeAfter, *userAfter;
-  } rows[] = {{true, _T("t"), _T(""), "t", ""},
-              {true, _T(""), _T("u"), "", "u"},
-              {true, _T(""), _T(""), "m", "m"},
-              {false, _T(""), _T(""), "", ""}};
+  const std::tuple<bool, LPCTSTR, LPCTSTR, const char*, const char*> rows[] = {{true, _T("t"), _T(""), "t", ""},
+                                                                               {true, _T(""), _T("u"), "", "u"},
+                                                                               {true, _T(""), _T(""), "m", "m"},
+                                                                               {false, _T(""), _T(""), "", ""}};
   kvtest::PutText(HKEY_LOCAL_MACHINE, kPostDataKey, kNames[9], _T("m"));
-  for (const auto& row : rows) {
+  for (const auto& [settings, tree, user, treeAfter, userAfter] : rows) {
     CloseAppEnv();
-    g_settings = row.settings ? &tree_ : nullptr;
-    tree_.SetValue(kNames[9], CString(row.tree));
-    kvtest::PutText(HKEY_CURRENT_USER, kPostDataKey, kNames[9], row.user);
+    g_settings = settings ? &tree_ : nullptr;
+    tree_.SetValue(kNames[9], CString(tree));
+    kvtest::PutText(HKEY_CURRENT_USER, kPostDataKey, kNames[9], user);
     AppEnv();
-    EXPECT_EQ(InTree(kNames[9]), row.treeAfter);
-    EXPECT_EQ(Stored(HKEY_CURRENT_USER, kPostDataKey, kNames[9]), row.userAfter);
+    EXPECT_EQ(InTree(kNames[9]), treeAfter);
+    EXPECT_EQ(Stored(HKEY_CURRENT_USER, kPostDataKey, kNames[9]), userAfter);
   }
 }

@@ -57,9 +57,7 @@ TEST_F(Product, TextsNameTheProductAndItsHost) {
 }
 
 TEST_F(Product, RegistrySelectsTheEditionAndItsMakersWord) {
-  const struct {
-    LPCTSTR text, full, oem;
-  } rows[] = {
+  const std::tuple<LPCTSTR, LPCTSTR, LPCTSTR> rows[] = {
       {_T("Kestrova"), _T("Kestrova"), _T("Brenmark")},
       {_T("Kestrova by Brenmark"), _T("Kestrova by Kestrova"), _T("Kestrova by Brenmark")},
       {_T("kestrova, brenmark"), _T("kestrova, brenmark"), _T("kestrova, brenmark")},
@@ -68,10 +66,10 @@ TEST_F(Product, RegistrySelectsTheEditionAndItsMakersWord) {
   for (const int stored : {0, 1, -1, 2}) {
     SetRegSettingDwordValue(HKEY_CURRENT_USER, kVersionDebugKey, _T("EnableKVTarnel"), stored);
     EXPECT_EQ(GetProductType(), stored ? KV_PRODUCT_TARNEL : KV_PRODUCT_FULL) << stored;
-    for (const auto& row : rows) {
-      CString text = row.text;
+    for (const auto& [before, full, oem] : rows) {
+      CString text = before;
       UpdateStringForTarnel(text);
-      EXPECT_EQ(text, stored ? row.oem : row.full) << ToUtf8(CString(row.text));
+      EXPECT_EQ(text, stored ? oem : full) << ToUtf8(CString(before));
     }
   }
 }

@@ -10,7 +10,7 @@ constexpr LPCTSTR kPath = _T("Software\\AccessTest");
 
 bool Exists(LPCTSTR path) { return kvtest::Open(HKEY_CURRENT_USER, path) == ERROR_SUCCESS; }
 
-class RegistryAccess : public kvtest::CleanEnvironment {};
+using RegistryAccess = kvtest::CleanEnvironment;
 
 }  // namespace
 
@@ -53,11 +53,7 @@ TEST_F(RegistryAccess, TextHasAtMost999Characters) {
 }
 
 TEST_F(RegistryAccess, SwitchesReadTheirValueOrTheDefault) {
-  const struct {
-    int (*read)();
-    LPCTSTR path, name;
-    int defaultValue;
-  } rows[] = {
+  const std::tuple<int (*)(), LPCTSTR, LPCTSTR, int> rows[] = {
       {GetIsToolBlockEnabled, kVersionDebugKey, _T("EnableToolBlock"), 1},
       {GetIsPrimeTurningForFaceFinishRegSupport, kVersionDebugKey, _T("PrimeTurningSupportForFaceFinish"), 0},
       {GetIsPrimeTurningSupportsAllStrategies, kVersionDebugKey, _T("PrimeTurningSupportsAllStrategies"), 0},
@@ -67,11 +63,11 @@ TEST_F(RegistryAccess, SwitchesReadTheirValueOrTheDefault) {
       {GetIs3AxisFeatImprovementEnabled, kProductDebugKey, _T("Enable3AxisFeatImprovement"), 1},
       {GetIsDynamicWIPDisplayEnabled, kProductDebugKey, _T("EnableDynamicWIPDisplay"), 0},
   };
-  for (const auto& row : rows) EXPECT_EQ(row.read(), row.defaultValue) << ToUtf8(CString(row.name));
+  for (const auto& [read, path, name, fallback] : rows) EXPECT_EQ(read(), fallback) << ToUtf8(CString(name));
   EXPECT_FALSE(Exists(_T("Software")));
-  for (const auto& row : rows) {
-    SetRegSettingDwordValue(HKEY_CURRENT_USER, row.path, row.name, 5);
-    EXPECT_EQ(row.read(), 5) << ToUtf8(CString(row.name));
+  for (const auto& [read, path, name, fallback] : rows) {
+    SetRegSettingDwordValue(HKEY_CURRENT_USER, path, name, 5);
+    EXPECT_EQ(read(), 5) << ToUtf8(CString(name));
   }
   EXPECT_EQ(qf_getIsCRF1363ShareRegistryEnabled() + GetIsPrimeTurningRegSupport() + IsPrimeTurnSupported(), 3);
 }

@@ -4,8 +4,6 @@
 #include <gmock/gmock.h>
 
 #include <functional>
-#include <string>
-#include <vector>
 
 #include "framework/message_box.h"
 #include "platform/paths.h"

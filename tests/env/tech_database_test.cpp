@@ -1,6 +1,5 @@
 // The current technology database: the repair of its registry values, and configuration mode.
 #include <fmt/format.h>
-#include <gmock/gmock.h>
 
 #include "platform/files.h"
 #include "tests/env/tech_database_support.h"
@@ -43,11 +42,8 @@ TEST_F(TechDatabase, FormsFollowTheInstalledAccessEdition) {
                     k64 = _T("TechDBFormsx64.mde (64bit)");
   const std::string x64 = "TechDBFormsx64.mde (64bit), TechDBFormsx64.mde",
                     x32 = "TechDBForms.mde (32bit), TechDBForms.mde";
-  const struct {
-    bool has32Bit, has64Bit;
-    LPCTSTR forms;
-    std::string expected;  // stored text and name of the forms, stored editions, whether 64 bits are in use
-  } rows[] = {
+  // Expected: stored text and name of the forms, stored editions, whether 64 bits are in use.
+  const std::tuple<bool, bool, LPCTSTR, std::string> rows[] = {
       {false, true, k32, x64 + ", -1 1, 1 1"},
       {false, true, kBasic, x64 + ", -1 1, 1 1"},
       {true, false, k64, x32 + ", 1 -1, 0 0"},
@@ -57,18 +53,18 @@ TEST_F(TechDatabase, FormsFollowTheInstalledAccessEdition) {
       {false, false, k64, x64 + ", -1 -1, 1 1"},
       {false, true, _T("other"), "other, other.mde, -1 1, 0 0"},
   };
-  for (const auto& row : rows) {
+  for (const auto& [has32Bit, has64Bit, forms, expected] : rows) {
     SetUp();
-    UseForms(row.forms);
-    if (row.has32Bit) InstallAccess(11, /*is64Bit=*/false);
-    if (row.has64Bit) InstallAccess(15, /*is64Bit=*/true);
+    UseForms(forms);
+    if (has32Bit) InstallAccess(11, /*is64Bit=*/false);
+    if (has64Bit) InstallAccess(15, /*is64Bit=*/true);
     const Person nobody;
     const CKVEnvApp& env = *AppEnv();
     EXPECT_EQ(
         fmt::format("{}, {}, {} {}, {} {}", Stored(HKEY_CURRENT_USER, kVersionKey, _T("TechDBForms")),
                     ToUtf8(env.GetKVTechDBFormsName()), Flag(kVersionKey, _T("Access32bit")),
                     Flag(kVersionKey, _T("Access64bit")), env.Is64BitDatabaseInUse(), env.Is64BitAccessInstalled()),
-        row.expected);
+        expected);
     EXPECT_EQ(env.GetKVTechDBName(), _T("TechDB.mdb"));
   }
 }
@@ -76,26 +72,23 @@ TEST_F(TechDatabase, FormsFollowTheInstalledAccessEdition) {
 TEST_F(Configured, ActiveEntryGivesNamePathAndServer) {
   folder_.Write("TechDB/my.kvdb", "");
   const std::string tech = ToUtf8(Data()) + "TechDB\\", server = "SERVER=plant;DATABASE=tech";
-  const struct {
-    std::string settings;
-    EnvAPP_Init_Result_e result;
-    std::string expected;  // name, path, active entry, server, flags
-  } rows[] = {
+  // Expected: name, path, active entry, server, flags.
+  const std::tuple<std::string, EnvAPP_Init_Result_e, std::string> rows[] = {
       {kSQLite, ENVAPP_INIT_OK, "TechDB.kvdb, " + tech + "my.kvdb, " + tech + "my.kvdb, , 0 0 1 1"},
       {kAccess, ENVAPP_INIT_TECHDB_FILE_MISSING, "TechDB.mdb, " + tech + "my.mdb, " + tech + "my.mdb, , 0 0 0 1"},
       {kServer, ENVAPP_INIT_OK, "TechDB, , " + server + ", " + server + ", 1 1 0 1"},
       {"", ENVAPP_INIT_TECHDB_FAILED, "TechDB, , , , 0 0 0 1"},
   };
-  for (const auto& row : rows) {
+  for (const auto& [settings, result, expected] : rows) {
     CloseAppEnv();
-    Configure(row.settings);
+    Configure(settings);
     const CKVEnvApp& env = *AppEnv();
-    EXPECT_EQ(env.GetEnvAPPInitResult(), row.result) << row.settings;
+    EXPECT_EQ(env.GetEnvAPPInitResult(), result) << settings;
     EXPECT_EQ(fmt::format("{}, {}, {}, {}, {} {} {} {}", ToUtf8(env.GetKVTechDBName()), ToUtf8(env.GetKVTechDBPath()),
                           ToUtf8(env.GetActiveDBname()), ToUtf8(env.GetTechDBSQLInfo()), env.IsConnectedToTechDBSQL(),
                           env.IsConnectedToTechDBSQLServerDirectly(), env.IsSQLiteDatabaseInUse(),
                           env.Is64BitDatabaseInUse()),
-              row.expected);
+              expected);
   }
 }
 
