@@ -47,32 +47,6 @@ void StepClock::SetTime(SYSTEMTIME time, __time64_t seconds) {
   g_seconds = seconds;
 }
 
-void StepClock::Hold() {
-  const std::lock_guard guard(lock_);
-  held_ = true;
-}
-
-void StepClock::Open() {
-  const std::lock_guard guard(lock_);
-  held_ = false;
-  changed_.notify_all();
-}
-
-void StepClock::Expect(int threads) {
-  const std::lock_guard guard(lock_);
-  threads_ += threads;
-}
-
-void StepClock::AwaitThreads() {
-  std::unique_lock guard(lock_);
-  changed_.wait(guard, [&] { return threads_ == 0; });
-}
-
-std::vector<DWORD> StepClock::Pauses() {
-  const std::lock_guard guard(lock_);
-  return pauses_;
-}
-
 void StepClock::Sleep(DWORD milliseconds) {
   if (milliseconds != kBeforeBegin_ms) {
     {

@@ -6,9 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <condition_variable>
 #include <functional>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -31,13 +29,30 @@ class StepClock {
   ~StepClock();
 
   // Jobs that start after Hold begin only after Open.
-  void Hold();
-  void Open();
+  void Hold() {
+    const std::lock_guard guard(lock_);
+    held_ = true;
+  }
+  void Open() {
+    const std::lock_guard guard(lock_);
+    held_ = false;
+    changed_.notify_all();
+  }
   // Expect announces threads that are about to start; AwaitThreads waits until all of them have ended.
-  void Expect(int threads = 1);
-  void AwaitThreads();
+  void Expect(int threads = 1) {
+    const std::lock_guard guard(lock_);
+    threads_ += threads;
+  }
+  void AwaitThreads() {
+    std::unique_lock guard(lock_);
+    changed_.wait(guard, [&] { return threads_ == 0; });
+  }
 
-  std::vector<DWORD> Pauses();  // all except those before a job
+  // All except those before a job.
+  std::vector<DWORD> Pauses() {
+    const std::lock_guard guard(lock_);
+    return pauses_;
+  }
   static void SetTime(SYSTEMTIME time, __time64_t seconds);
   std::function<void()> onPause;
   std::atomic<int> yields = 0;  // before each job begins
@@ -92,9 +107,7 @@ class WorkNode : public QFObject {
 
 class TestManager : public QFThreadBaseMgr {
  public:
-  using QFThreadBaseMgr::DecrementRunningThreadCnt;
   using QFThreadBaseMgr::DestroyThreadData;
-  using QFThreadBaseMgr::FindThreadData;
   using QFThreadBaseMgr::FindThreadDataForCurrentThread;
   using QFThreadBaseMgr::GetNumThreadsRunningOrWaiting;
   using QFThreadBaseMgr::m_CriticalSection;

@@ -8,7 +8,7 @@ namespace {
 
 using namespace kvtest;
 
-class RecordWithoutThread : public JobTest {};
+using RecordWithoutThread = JobTest;
 
 TEST_F(RecordWithoutThread, StaysWithoutAHandle) {
   WorkNode node;
@@ -18,8 +18,7 @@ TEST_F(RecordWithoutThread, StaysWithoutAHandle) {
   }
   clock.Expect(-1);
   QFThreadData* data = manager.Record(0);
-  EXPECT_EQ(data->GetThreadHandle(), nullptr);
-  EXPECT_EQ(data->GetThreadID(), 0u);
+  EXPECT_TRUE(!data->GetThreadHandle() && data->GetThreadID() == 0);
   EXPECT_EQ(data->GetThreadStatus(), eThreadRunning);
   EXPECT_EQ(manager.GetNumThreadsRunningOrWaiting(nullptr), 1);
   manager.DestroyThreadData(data);

@@ -2,6 +2,7 @@
 #include <memory>
 
 #include "tests/jobs/job_support.h"
+#include "tests/values.h"
 
 namespace {
 
@@ -40,8 +41,7 @@ TEST_F(Manager, DropsARepeat) {
   EXPECT_NE(node.RunCommand(7, &other, kPlain, kEnds), 0);
   EXPECT_NE(node.RunCommand(8, &link, kPlain, kEnds), 0);
   EXPECT_NE(WorkNode().RunCommand(7, &link, kPlain, kEnds), 0);
-  EXPECT_NE(node.RunCommand(0, nullptr, kPlain, kEnds), 0);
-  EXPECT_NE(node.RunCommand(0, nullptr, kPlain, kEnds), 0) << "0 is never a repeat";
+  for (int i = 0; i < 2; ++i) EXPECT_NE(node.RunCommand(0, nullptr, kPlain, kEnds), 0) << "0 is never a repeat";
   EXPECT_EQ(manager.Count(), 5);
 }
 
@@ -61,22 +61,20 @@ TEST_F(Manager, EndsSimilarJobsUnlessTheyAreOfOneGroup) {
 TEST_F(Manager, CountsByStatus) {
   Start(1);
   QFThreadData* data = manager.Record(0);
-  const struct {
-    int status, any, done, notDone, ofDocument, documentDone, deleted;
-  } rows[] = {{0, 1, 1, 0, 0, 0, 1}, {1, 0, 1, 0, 0, 1, 1}, {2, 1, 0, 1, 1, 0, 0},
-              {3, 1, 0, 1, 0, 0, 0}, {4, 0, 1, 0, 0, 1, 1}, {5, 0, 1, 0, 0, 1, 1},
-              {6, 0, 1, 0, 0, 1, 1}, {7, 1, 1, 0, 1, 0, 0}, {8, 0, 1, 0, 0, 0, 0}};
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.status);
-    data->SetThreadStatus(QFeThreadStatus(row.status));
-    EXPECT_EQ(manager.AnyThreadsRunning(), row.any);
-    EXPECT_EQ(manager.AllThreadsDone(), row.done);
-    EXPECT_EQ(manager.GetNumThreadsNotDone(), row.notDone);
-    EXPECT_EQ(manager.GetNumThreadsRunningOrWaiting(&document_), row.ofDocument);
-    EXPECT_EQ(manager.GetAreAllThreadsInThisDocDone(&document_), row.documentDone);
+  // Of each status: any runs, all done, not done, of the document, all of the document done; and deleted.
+  const std::tuple<int, const char*, int> rows[] = {{0, "1|1|0|0|0", 1}, {1, "0|1|0|0|1", 1}, {2, "1|0|1|1|0", 0},
+                                                    {3, "1|0|1|0|0", 0}, {4, "0|1|0|0|1", 1}, {5, "0|1|0|0|1", 1},
+                                                    {6, "0|1|0|0|1", 1}, {7, "1|1|0|1|0", 0}, {8, "0|1|0|0|0", 0}};
+  for (const auto& [status, counts, deletes] : rows) {
+    SCOPED_TRACE(status);
+    data->SetThreadStatus(QFeThreadStatus(status));
+    EXPECT_EQ(
+        Values(manager.AnyThreadsRunning(), manager.AllThreadsDone(), manager.GetNumThreadsNotDone(),
+               manager.GetNumThreadsRunningOrWaiting(&document_), manager.GetAreAllThreadsInThisDocDone(&document_)),
+        counts);
     EXPECT_EQ(manager.GetAreAllThreadsInThisDocDone(nodes_[0].get()), 1) << "another document";
     const int deleted = manager.DeleteAllDoneThreads();
-    EXPECT_EQ(deleted, row.deleted);
+    EXPECT_EQ(deleted, deletes);
     if (deleted) {
       EXPECT_FALSE(manager.ThreadInList(data));
       Ask(*nodes_[0]);
@@ -89,9 +87,8 @@ TEST_F(Manager, GivesAsManyHandlesAsThereIsRoomFor) {
   Start(5);
   void* handles[3] = {nullptr, nullptr, nullptr};
   EXPECT_EQ(manager.GetThreadsNotDone(handles, 2), 5);
-  EXPECT_EQ(handles[0], manager.Record(0)->GetThreadHandle());
-  EXPECT_EQ(handles[1], manager.Record(1)->GetThreadHandle());
-  EXPECT_EQ(handles[2], nullptr);
+  EXPECT_THAT(handles,
+              ElementsAre(manager.Record(0)->GetThreadHandle(), manager.Record(1)->GetThreadHandle(), nullptr));
   clock.Open();
   clock.AwaitThreads();
   EXPECT_EQ(WaitForMultipleObjects(2, handles, TRUE, INFINITE), WAIT_OBJECT_0) << "handles outlive their jobs";

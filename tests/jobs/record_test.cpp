@@ -11,7 +11,7 @@ namespace {
 using namespace kvtest;
 using testing::ElementsAre;
 
-class Record : public JobTest {};
+using Record = JobTest;
 
 TEST_F(Record, GoesThroughItsHooksInOrder) {
   WorkNode node(_T("a"), &log);
@@ -93,8 +93,7 @@ TEST_F(Record, TerminatedBeforeItBeginsNeverRuns) {
   QFThreadData* data = Ask(node);
   EXPECT_EQ(data->TerminateThread(), eThreadRunning);
   EXPECT_EQ(data->GetThreadStatus(), eThreadTerminated);
-  EXPECT_EQ(data->GetThreadHandle(), nullptr);
-  EXPECT_EQ(data->GetThreadID(), 0u);
+  EXPECT_TRUE(!data->GetThreadHandle() && data->GetThreadID() == 0);
   EXPECT_EQ(data->TerminateThread(), eThreadTerminated) << "the node gets no second call";
   EXPECT_EQ(data->GetEndTimeStr(), _T(""));
   clock.Open();
@@ -158,8 +157,7 @@ TEST_F(Record, WithoutACallerRunsNothing) {
   QFThreadBaseMgr::m_pInstance = nullptr;
   node.reset();
   EXPECT_EQ(data.GetCallingObject(), nullptr) << "it is gone, and no manager deletes the record";
-  EXPECT_EQ(data.RunCommand(0), 0);
-  EXPECT_EQ(data.HandleCommand(0), 0);
+  EXPECT_EQ(data.RunCommand(0) + data.HandleCommand(0), 0);
   EXPECT_EQ(data.GetThreadStatus(), eThreadNotStarted);
   EXPECT_EQ(data.GetStartTimeStr(), _T(""));
 }
@@ -215,10 +213,9 @@ TEST_F(Record, SuspendedOutsideItsCommandStopsUntilItIsTerminated) {
   blocker.go.release();
   manager.TerminateAllThreadsInThisDoc(&document_);
   clock.AwaitThreads();
-  std::vector<std::string> lines = log.Take();
-  EXPECT_THAT(lines, testing::Contains("late destroy 4"));
-  EXPECT_THAT(lines, testing::Contains("early destroy 4"));
-  EXPECT_THAT(lines, testing::Not(testing::Contains("early command 0")));
+  using testing::Contains;
+  EXPECT_THAT(log.Take(), testing::AllOf(Contains("late destroy 4"), Contains("early destroy 4"),
+                                         testing::Not(Contains("early command 0"))));
 }
 
 TEST_F(Record, GoesWithItsNodeAndItsThreadEndsQuietly) {

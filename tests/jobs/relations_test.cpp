@@ -4,6 +4,7 @@
 #include "platform/process.h"
 #include "tests/jobs/job_support.h"
 #include "tests/objects/dumped.h"
+#include "tests/values.h"
 
 namespace {
 
@@ -28,8 +29,7 @@ TEST_F(Relations, ParentEndsWithItsChild) {
   EXPECT_EQ(waiting->SuspendThread(), eThreadWaitingForChild) << "a returned command has no thread to suspend";
   EXPECT_EQ(waiting->ResumeThread(), eThreadWaitingForChild);
   EXPECT_EQ(waiting->GetThreadStatus(), eThreadWaitingForChild);
-  EXPECT_FALSE(manager.GetAreAllThreadsInThisDocDone(&document_));
-  EXPECT_FALSE(manager.AnyThreadsRunning());
+  EXPECT_TRUE(!manager.GetAreAllThreadsInThisDocDone(&document_) && !manager.AnyThreadsRunning());
   EXPECT_EQ(manager.DeleteAllDoneThreads(), 0);
   Set(_T("ThreadDel"), 0);
   log.Take();
@@ -43,8 +43,7 @@ TEST_F(Relations, ParentEndsWithItsChild) {
                                       "parent done 6", "child done 6"));
   EXPECT_EQ(waiting->GetThreadStatus(), eThreadDoneKeepData);
   EXPECT_EQ(waiting->GetTimeTaken(), _T("00:00:09")) << "to the end of the child";
-  EXPECT_EQ(waiting->GetThreadHandle(), nullptr);
-  EXPECT_EQ(waiting->GetThreadID(), 0u);
+  EXPECT_TRUE(!waiting->GetThreadHandle() && waiting->GetThreadID() == 0);
   EXPECT_EQ(manager.GetNumThreadsRunningOrWaiting(nullptr), -1) << "two jobs are counted down three times";
   EXPECT_EQ(manager.DeleteAllDoneThreads(), 2);
 }
@@ -128,12 +127,9 @@ TEST_F(Relations, JobsAreSimilarByCommandAndTargetUnlessOfOneGroup) {
   WorkNode node, other;
   QFThreadDataLink link = MakeLink(1, 2, 3);
   QFThreadData data(&node, 7, &link, kPlain, kEnds);
-  const struct {
-    unsigned mine, its, context;
-    std::intptr_t b;
-    bool similar;
-  } pairs[] = {{3, 3, 7, 2, false}, {3, 4, 7, 2, true},  {0, 3, 7, 2, true},  {3, 0, 7, 2, true},
-               {0, 0, 7, 2, true},  {3, 4, 8, 2, false}, {3, 4, 7, 5, false}, {3, 4, 0, 2, false}};
+  const std::tuple<unsigned, unsigned, unsigned, std::intptr_t, bool> pairs[] = {
+      {3, 3, 7, 2, false}, {3, 4, 7, 2, true},  {0, 3, 7, 2, true},  {3, 0, 7, 2, true},
+      {0, 0, 7, 2, true},  {3, 4, 8, 2, false}, {3, 4, 7, 5, false}, {3, 4, 0, 2, false}};
   for (const auto& [mine, its, context, b, similar] : pairs) {
     link.SetGroupNum(mine);
     QFThreadDataLink asked = MakeLink(1, b, its);
@@ -159,18 +155,13 @@ TEST_F(Relations, TextsShowLocalTimesDurationProgressAndCaller) {
   SetEnvironmentVariableW(_T("TZ"), _T("UTC"));
   tzset();
   run(13 * 3600 + 5 * 60 + 9, 3725);
-  EXPECT_EQ(data->GetStartTimeStr(), _T("01:05:09"));
-  EXPECT_EQ(data->GetEndTimeStr(), _T("02:07:14"));
-  EXPECT_EQ(data->GetTimeTaken(), _T("01:02:05"));
+  EXPECT_EQ(Values(data->GetStartTimeStr(), data->GetEndTimeStr(), data->GetTimeTaken()), "01:05:09|02:07:14|01:02:05");
   run(5 * 60 + 9, 12 * 3600);
-  EXPECT_EQ(data->GetStartTimeStr(), _T("12:05:09"));
-  EXPECT_EQ(data->GetEndTimeStr(), _T("12:05:09"));
+  EXPECT_EQ(Values(data->GetStartTimeStr(), data->GetEndTimeStr()), "12:05:09|12:05:09");
   run(0x7FFFFFFFFFFFFFFF, 0);
   EXPECT_EQ(data->GetStartTimeStr(), _T("")) << "no such day";
-  const unsigned __int64 percent = 45;
-  data->SetActionProgress(static_cast<__int64>(percent));
-  EXPECT_EQ(data->GetActionProgressString(), _T("45 %"));
-  EXPECT_EQ(data->GetProcessName(), _T("pocket"));
+  data->SetActionProgress(45);
+  EXPECT_EQ(Values(data->GetActionProgressString(), data->GetProcessName()), "45 %|pocket");
   EXPECT_EQ(QFThreadData::DeltaTime({2024, 1, 1, 1, 0, 0, 0, 0}, {2024, 1, 2, 5, 1, 0, 0, 900}), 349200u);
   EXPECT_EQ(QFThreadData::DeltaTime({2024, 1, 1, 1, 0, 0, 1, 0}, {2024, 1, 1, 1, 0, 0, 0, 0}), 0xFFFFFFFFu);
 }
@@ -198,20 +189,13 @@ TEST_F(Relations, DumpsItsFields) {
   data->SetActionProgress(45);
   data->DumpData(nullptr);
   const std::string expected = DumpBanner("QFThreadData Start") + "\n Address of m_pDocument: " + Address(&document_) +
-                               "\n m_dwThreadID: 0"
-                               "\n m_hThread: 0"
-                               "\n m_eThreadStatus : eThreadDoneKeepData"
-                               "\n m_StartTime: 2024-05-17 12:00:00"
-                               "\n m_tStartTime: 1715947200"
-                               "\n m_EndTime: 2024-05-17 13:02:05"
-                               "\n m_tEndTime: 1715950925"
+                               "\n m_dwThreadID: 0\n m_hThread: 0\n m_eThreadStatus : eThreadDoneKeepData"
+                               "\n m_StartTime: 2024-05-17 12:00:00\n m_tStartTime: 1715947200"
+                               "\n m_EndTime: 2024-05-17 13:02:05\n m_tEndTime: 1715950925"
                                "\n Address of m_pCallingObject: " +
                                Address(&node) +
-                               "\n Address of m_pCommandParameter: 0"
-                               "\n m_nCommandContextID: 7"
-                               "\n m_ActionString: Bohren %s \u00FC"
-                               "\n m_nActionProgress: 45"
-                               "\n m_eThreadType: 3"
+                               "\n Address of m_pCommandParameter: 0\n m_nCommandContextID: 7"
+                               "\n m_ActionString: Bohren %s \u00FC\n m_nActionProgress: 45\n m_eThreadType: 3"
                                "\n m_eThreadEndType: 1" +
                                DumpBanner("QFThreadData End");
   EXPECT_EQ(Dumped([&](FILE* file) { data->DumpData(file); }), expected);

@@ -89,14 +89,117 @@ class StressManager : public TestManager {
 
 class Stress : public JobTest {
  protected:
-  void Run(int requests, unsigned seed, bool parents, bool keep);
+  void Run(int requests, unsigned seed, bool parents, bool keep) {
+    QFThreadBaseMgr::m_pInstance = &jobs_;
+    jobs_.clock = &clock;
+    clock.yields = 40;
+    Set(_T("ThreadDel"), !keep);
+    for (std::size_t i = 0; i < links_.size(); ++i) links_[i] = MakeLink(1 + i / 4, 1 + i / 2, unsigned(i % 3));
+    for (Document& document : documents_) EndDocument(document, seed);
+    std::vector<std::thread> askers;
+    for (int asker = 0; asker < kThreads; ++asker) {
+      askers.emplace_back([&, asker] {
+        std::mt19937 random(seed + unsigned(asker));
+        for (int i = 0; i < requests / kThreads; ++i) {
+          Ask(random, parents);
+          Disturb(random);
+        }
+      });
+    }
+    for (std::thread& asker : askers) asker.join();
+    jobs_.WaitForAllThreadsToBeDone();
+    for (Document& document : documents_) EndDocument(document, seed);
+    clock.AwaitThreads();
+
+    jobs_.DeleteAllDoneThreads();
+    EXPECT_EQ(jobs_.Count(), 0) << "every record went with its job or its node";
+    EXPECT_EQ(tally_.asked, requests);
+    EXPECT_EQ(tally_.asked, tally_.refused + tally_.direct + tally_.threads);
+    EXPECT_LE(tally_.begun, tally_.threads);
+    EXPECT_LE(tally_.entered, tally_.begun + tally_.direct);
+    EXPECT_EQ(tally_.entered, tally_.returned);
+    EXPECT_GT(tally_.entered, requests / 20);
+    EXPECT_TRUE(parents || jobs_.GetNumThreadsRunningOrWaiting(nullptr) == 0);
+  }
 
  private:
-  void Ask(std::mt19937& random, bool parents);
-  void Disturb(std::mt19937& random);
-  void WithRandomRecord(std::mt19937& random, const std::function<void(QFThreadData*)>& use);
-  void LookForTwins();
-  void EndDocument(Document& document, unsigned seed);
+  void Ask(std::mt19937& random, bool parents) {
+    Document& document = documents_[random() % kDocuments];
+    const std::shared_lock guard(nodes_);
+    t_document = &document.object;
+    const auto type = parents && random() % 8 == 0 ? eThreadTypeChild : kPlain;
+    const auto endType = parents && random() % 8 == 0 ? eThreadEndWaitForChild : kEnds;
+    void* param = random() % 4 == 0 ? nullptr : &links_[random() % kLinks];
+    const int result = document.nodes[random() % kNodes]->RunCommand(1 + random() % 3, param, type, endType);
+    ++tally_.asked;
+    tally_.refused += result == 0;
+    tally_.direct += result == 1;
+  }
+
+  void WithRandomRecord(std::mt19937& random, const std::function<void(QFThreadData*)>& use) {
+    const QFAutoCriticalSection section(jobs_.m_CriticalSection);
+    CObList all;
+    jobs_.GetAllThreads(all);
+    if (!all.IsEmpty()) use(static_cast<QFThreadData*>(all.GetAt(all.FindIndex(LONGLONG(random() % all.GetCount())))));
+  }
+
+  // No two records of one request exist at the same time.
+  void LookForTwins() {
+    const QFAutoCriticalSection section(jobs_.m_CriticalSection);
+    CObList all;
+    jobs_.GetAllThreads(all);
+    std::vector<std::tuple<QFObject*, unsigned, void*>> requests;
+    for (POSITION at = all.GetHeadPosition(); at;) {
+      auto* data = static_cast<QFThreadData*>(all.GetNext(at));
+      if (void* param = data->GetCommandParameter())
+        requests.emplace_back(data->GetCallingObject(), data->GetCommandContextID(), param);
+    }
+    std::sort(requests.begin(), requests.end());
+    EXPECT_EQ(std::adjacent_find(requests.begin(), requests.end()), requests.end());
+  }
+
+  void Disturb(std::mt19937& random) {
+    if (random() % 128 == 0) return EndDocument(documents_[random() % kDocuments], random());
+    const std::shared_lock guard(nodes_);
+    void* const target = links_[random() % kLinks].GetIdentifierA();
+    switch (random() % 24) {
+      case 0: jobs_.TerminateIfRunning(target); break;
+      case 1: jobs_.DestructThread(target); break;
+      case 2: jobs_.TerminateLastCreated(); break;
+      case 3: jobs_.DeleteAllDoneThreads(); break;
+      case 4: WithRandomRecord(random, [](QFThreadData* data) { data->TerminateThread(); }); break;
+      case 5: WithRandomRecord(random, [&](QFThreadData* data) { jobs_.DestroyThreadData(data); }); break;
+      case 6:
+      case 7: {
+        QFThreadData* suspended = nullptr;
+        WithRandomRecord(random, [&](QFThreadData* data) { (suspended = data)->SuspendThread(); });
+        std::this_thread::yield();
+        const QFAutoCriticalSection section(jobs_.m_CriticalSection);
+        if (jobs_.GetHaveThreadData(suspended)) suspended->ResumeThread();
+        break;
+      }
+      case 8: {
+        void* handles[3];
+        jobs_.GetThreadsNotDone(handles, 3);
+        jobs_.AnyThreadsRunning();
+        QFThreadBaseMgr::IsAnyThreadsRunningOrWaiting(&documents_[0].object);
+        break;
+      }
+      case 9: LookForTwins(); break;
+      case 10: jobs_.SetCanRunSeparateProcess(random() % 8 != 0); break;
+      case 11: jobs_.TerminateAllThreadsInThisDoc(&documents_[random() % kDocuments].object); break;
+      default: break;
+    }
+  }
+
+  void EndDocument(Document& document, unsigned seed) {
+    const std::unique_lock guard(nodes_);
+    jobs_.TerminateAllThreadsInThisDoc(&document.object);
+    EXPECT_EQ(QFThreadBaseMgr::IsAnyThreadsRunningOrWaiting(&document.object), 0);
+    jobs_.AwaitBegun();
+    document.nodes.clear();
+    for (unsigned i = 0; i < kNodes; ++i) document.nodes.push_back(std::make_unique<StressNode>(tally_, seed + i));
+  }
 
   Tally tally_;
   StressManager jobs_{tally_};
@@ -105,117 +208,6 @@ class Stress : public JobTest {
   std::array<Document, kDocuments> documents_;
   std::array<QFThreadDataLink, kLinks> links_;
 };
-
-void Stress::Ask(std::mt19937& random, bool parents) {
-  Document& document = documents_[random() % kDocuments];
-  const std::shared_lock guard(nodes_);
-  t_document = &document.object;
-  const auto type = parents && random() % 8 == 0 ? eThreadTypeChild : kPlain;
-  const auto endType = parents && random() % 8 == 0 ? eThreadEndWaitForChild : kEnds;
-  void* param = random() % 4 == 0 ? nullptr : &links_[random() % kLinks];
-  const int result = document.nodes[random() % kNodes]->RunCommand(1 + random() % 3, param, type, endType);
-  ++tally_.asked;
-  tally_.refused += result == 0;
-  tally_.direct += result == 1;
-}
-
-void Stress::WithRandomRecord(std::mt19937& random, const std::function<void(QFThreadData*)>& use) {
-  const QFAutoCriticalSection section(jobs_.m_CriticalSection);
-  CObList all;
-  jobs_.GetAllThreads(all);
-  if (!all.IsEmpty()) use(static_cast<QFThreadData*>(all.GetAt(all.FindIndex(LONGLONG(random() % all.GetCount())))));
-}
-
-// No two records of one request exist at the same time.
-void Stress::LookForTwins() {
-  const QFAutoCriticalSection section(jobs_.m_CriticalSection);
-  CObList all;
-  jobs_.GetAllThreads(all);
-  std::vector<std::tuple<QFObject*, unsigned, void*>> requests;
-  for (POSITION at = all.GetHeadPosition(); at;) {
-    auto* data = static_cast<QFThreadData*>(all.GetNext(at));
-    if (void* param = data->GetCommandParameter())
-      requests.emplace_back(data->GetCallingObject(), data->GetCommandContextID(), param);
-  }
-  std::sort(requests.begin(), requests.end());
-  EXPECT_EQ(std::adjacent_find(requests.begin(), requests.end()), requests.end());
-}
-
-void Stress::Disturb(std::mt19937& random) {
-  if (random() % 128 == 0) return EndDocument(documents_[random() % kDocuments], random());
-  const std::shared_lock guard(nodes_);
-  void* const target = links_[random() % kLinks].GetIdentifierA();
-  switch (random() % 24) {
-    case 0: jobs_.TerminateIfRunning(target); break;
-    case 1: jobs_.DestructThread(target); break;
-    case 2: jobs_.TerminateLastCreated(); break;
-    case 3: jobs_.DeleteAllDoneThreads(); break;
-    case 4: WithRandomRecord(random, [](QFThreadData* data) { data->TerminateThread(); }); break;
-    case 5: WithRandomRecord(random, [&](QFThreadData* data) { jobs_.DestroyThreadData(data); }); break;
-    case 6:
-    case 7: {
-      QFThreadData* suspended = nullptr;
-      WithRandomRecord(random, [&](QFThreadData* data) { (suspended = data)->SuspendThread(); });
-      std::this_thread::yield();
-      const QFAutoCriticalSection section(jobs_.m_CriticalSection);
-      if (jobs_.GetHaveThreadData(suspended)) suspended->ResumeThread();
-      break;
-    }
-    case 8: {
-      void* handles[3];
-      jobs_.GetThreadsNotDone(handles, 3);
-      jobs_.AnyThreadsRunning();
-      QFThreadBaseMgr::IsAnyThreadsRunningOrWaiting(&documents_[0].object);
-      break;
-    }
-    case 9: LookForTwins(); break;
-    case 10: jobs_.SetCanRunSeparateProcess(random() % 8 != 0); break;
-    case 11: jobs_.TerminateAllThreadsInThisDoc(&documents_[random() % kDocuments].object); break;
-    default: break;
-  }
-}
-
-void Stress::EndDocument(Document& document, unsigned seed) {
-  const std::unique_lock guard(nodes_);
-  jobs_.TerminateAllThreadsInThisDoc(&document.object);
-  EXPECT_EQ(QFThreadBaseMgr::IsAnyThreadsRunningOrWaiting(&document.object), 0);
-  jobs_.AwaitBegun();
-  document.nodes.clear();
-  for (unsigned i = 0; i < kNodes; ++i) document.nodes.push_back(std::make_unique<StressNode>(tally_, seed + i));
-}
-
-void Stress::Run(int requests, unsigned seed, bool parents, bool keep) {
-  QFThreadBaseMgr::m_pInstance = &jobs_;
-  jobs_.clock = &clock;
-  clock.yields = 40;
-  Set(_T("ThreadDel"), !keep);
-  for (std::size_t i = 0; i < links_.size(); ++i) links_[i] = MakeLink(1 + i / 4, 1 + i / 2, unsigned(i % 3));
-  for (Document& document : documents_) EndDocument(document, seed);
-  std::vector<std::thread> askers;
-  for (int asker = 0; asker < kThreads; ++asker) {
-    askers.emplace_back([&, asker] {
-      std::mt19937 random(seed + unsigned(asker));
-      for (int i = 0; i < requests / kThreads; ++i) {
-        Ask(random, parents);
-        Disturb(random);
-      }
-    });
-  }
-  for (std::thread& asker : askers) asker.join();
-  jobs_.WaitForAllThreadsToBeDone();
-  for (Document& document : documents_) EndDocument(document, seed);
-  clock.AwaitThreads();
-
-  jobs_.DeleteAllDoneThreads();
-  EXPECT_EQ(jobs_.Count(), 0) << "every record went with its job or its node";
-  EXPECT_EQ(tally_.asked, requests);
-  EXPECT_EQ(tally_.asked, tally_.refused + tally_.direct + tally_.threads);
-  EXPECT_LE(tally_.begun, tally_.threads);
-  EXPECT_LE(tally_.entered, tally_.begun + tally_.direct);
-  EXPECT_EQ(tally_.entered, tally_.returned);
-  EXPECT_GT(tally_.entered, requests / 20);
-  EXPECT_TRUE(parents || jobs_.GetNumThreadsRunningOrWaiting(nullptr) == 0);
-}
 
 class StressRuns : public Stress, public testing::WithParamInterface<int> {};
 
