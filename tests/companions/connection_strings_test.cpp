@@ -15,9 +15,7 @@ TEST(ConnectionStrings, OfTheProductAreExact) {
 }
 
 TEST(ConnectionStrings, PiecesAreFoundAndTheOthersStay) {
-  const struct {
-    LPCTSTR text, value, after;
-  } rows[] = {
+  const std::tuple<LPCTSTR, LPCTSTR, LPCTSTR> rows[] = {
       {_T("Driver={a;b}}c};X=1;"), nullptr, _T("Driver={a;b}}c};X=1;k=new;")},
       {_T("K=1;k=2"), _T("1"), _T("k=new;k=2;")},
       {_T(" K = {x;y}}} ;Z"), _T("x;y}"), _T("k=new;")},
@@ -26,13 +24,12 @@ TEST(ConnectionStrings, PiecesAreFoundAndTheOthersStay) {
       {_T(";;=;"), nullptr, _T("=;k=new;")},
       {_T(""), nullptr, _T("k=new;")},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(ToUtf8(CString(row.text)));
-    ConnectionPieces pieces(row.text);
-    const std::optional<CString> value = pieces.Value(_T("k"));
-    EXPECT_EQ(value, row.value ? std::optional<CString>(row.value) : std::nullopt);
+  for (const auto& [text, value, after] : rows) {
+    SCOPED_TRACE(ToUtf8(CString(text)));
+    ConnectionPieces pieces(text);
+    EXPECT_EQ(pieces.Value(_T("k")), value ? std::optional<CString>(value) : std::nullopt);
     pieces.Set(_T("k"), _T("new"));
-    EXPECT_EQ(ToUtf8(pieces.Text()), ToUtf8(CString(row.after)));
+    EXPECT_EQ(ToUtf8(pieces.Text()), ToUtf8(CString(after)));
   }
 }
 

@@ -3,7 +3,6 @@
 
 #include <arpa/inet.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -13,6 +12,7 @@
 #include "companions/database/connection_strings.h"
 #include "companions/database/recordset.h"
 #include "tests/odbc_drivers.h"
+#include "tests/values.h"
 
 namespace {
 
@@ -141,13 +141,9 @@ TEST_F(Database, TellsItsTables) {
   ASSERT_EQ(database_.GetTableDefCount(), 2);
   CDaoTableDefInfo info;
   database_.GetTableDefInfo(0, info);
-  EXPECT_EQ(info.m_strName, _T("Big"));
-  EXPECT_FALSE(info.m_bUpdatable);
-  EXPECT_EQ(info.m_lRecordCount, -1);
+  EXPECT_EQ(kvtest::Values(info.m_strName, info.m_bUpdatable, info.m_lRecordCount), "Big|0|-1");
   database_.GetTableDefInfo(1, info, /*countRecords=*/true);
-  EXPECT_EQ(info.m_strName, _T("Tools"));
-  EXPECT_TRUE(info.m_bUpdatable);
-  EXPECT_EQ(info.m_lRecordCount, 3);
+  EXPECT_EQ(kvtest::Values(info.m_strName, info.m_bUpdatable, info.m_lRecordCount), "Tools|1|3");
   EXPECT_EQ(Failure([&] { database_.GetTableDefInfo(2, info); }), "there is no table with that index");
 }
 
@@ -174,9 +170,8 @@ TEST_F(Database, TellsWhatIsMissingInOneLine) {
   EXPECT_EQ(Failure([&] { other.Execute(_T("SELECT 1")); }), "the database is not open");
   const CString none = ProductPath(folder_.Path() / "none.kvdb");
   EXPECT_EQ(Failure([&] { other.Open(none); }), "there is no database file " + (folder_.Path() / "none.kvdb").string());
-  EXPECT_EQ(Failure([&] { other.Open(ProductPath(folder_.Path())); }), folder_.Path().string() +
-                                                                           " is a folder, not a "
-                                                                           "database file");
+  EXPECT_EQ(Failure([&] { other.Open(ProductPath(folder_.Path())); }),
+            folder_.Path().string() + " is a folder, not a database file");
   EXPECT_EQ(Failure([&] { other.Open(path_ + _T(";x=")); }),
             "the path of a database file cannot contain a semicolon: " + ToUtf8(path_) + ";x=");
   EXPECT_EQ(Failure([&] { other.Open(_T("DSN=no such")); }),

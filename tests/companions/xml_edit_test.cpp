@@ -41,11 +41,7 @@ TEST(XmlEdit, CommentsAndTextsAreNodesOfAWholeDocument) {
 }
 
 TEST(XmlEdit, SavesTheChangedValueAlone) {
-  constexpr struct {
-    std::string_view before;
-    LPCTSTR value;
-    std::string_view after;
-  } kCases[] = {
+  constexpr std::tuple<std::string_view, LPCTSTR, std::string_view> kCases[] = {
       {"<r n='1'/>", _T("23"), "<r n='23'/>"},
       {"<r m = \"=\" n\t=\r\n \"a&amp;b\" o=''>\r\n <!-- x -->\t</r>\n\n", _T(""),
        "<r m = \"=\" n\t=\r\n \"\" o=''>\r\n <!-- x -->\t</r>\n\n"},
@@ -57,17 +53,17 @@ TEST(XmlEdit, SavesTheChangedValueAlone) {
       {"\xFF\xFE<\0r\0 \0n\0=\0'\0\xFC\0'\0/\0>\0"sv, _T("1"), "\xFF\xFE<\0r\0 \0n\0=\0'\0001\0'\0/\0>\0"sv},
       {"\0<\0r\0 \0n\0=\0'\0\xFC\0'\0/\0>"sv, _T("1"), "\0<\0r\0 \0n\0=\0'\0001\0'\0/\0>"sv},
   };
-  for (const auto& row : kCases) {
-    SCOPED_TRACE(row.before);
-    Whole whole(row.before);
+  for (const auto& [before, wanted, after] : kCases) {
+    SCOPED_TRACE(before);
+    Whole whole(before);
     ASSERT_NE(whole.root, nullptr);
-    EXPECT_EQ(whole.document.SavedBytes(), row.before) << "nothing changed yet";
+    EXPECT_EQ(whole.document.SavedBytes(), before) << "nothing changed yet";
     ASSERT_TRUE(whole.root->SetAttributeValue(_T("n"), _T("another value, longer than the one before")));
-    ASSERT_TRUE(whole.root->SetAttributeValue(_T("n"), row.value)) << "the second change takes the place of the first";
+    ASSERT_TRUE(whole.root->SetAttributeValue(_T("n"), wanted)) << "the second change takes the place of the first";
     CString value;
     EXPECT_TRUE(whole.root->GetAttributeValue(_T("n"), value));
-    EXPECT_EQ(value, row.value);
-    ASSERT_EQ(whole.document.SavedBytes(), row.after);
+    EXPECT_EQ(value, wanted);
+    ASSERT_EQ(whole.document.SavedBytes(), after);
   }
 }
 

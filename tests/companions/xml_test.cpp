@@ -6,6 +6,7 @@
 #include "companions/xml/xml_document.h"
 #include "platform/paths.h"
 #include "tests/scratch.h"
+#include "tests/values.h"
 
 namespace {
 
@@ -57,33 +58,26 @@ TEST(Xml, ReadsTheEncodingsThatFilesHave) {
 }
 
 TEST(Xml, TellsWhereAndWhyAFileIsMalformed) {
-  constexpr struct {
-    std::string_view text;
-    int line, column;
-    std::size_t byte;
-    const char* reason;
-  } kCases[] = {
-      {"", 1, 1, 0, "there is no root element"},
-      {"<a>\n  <b>\n</a>", 3, 3, 12, "start-end tags mismatch"},
-      {"<a/>\n<b/>", 2, 2, 6, "a second root element follows the first"},
-      {"<a b=1/>", 1, 6, 5, "error parsing element attribute"},
+  // Line, column, byte and reason.
+  constexpr std::pair<std::string_view, const char*> kCases[] = {
+      {"", "1|1|0|there is no root element"},
+      {"<a>\n  <b>\n</a>", "3|3|12|start-end tags mismatch"},
+      {"<a/>\n<b/>", "2|2|6|a second root element follows the first"},
+      {"<a b=1/>", "1|6|5|error parsing element attribute"},
   };
   const kvtest::ScratchFolder folder;
   const CString file(ProductPathFromSystem((folder.Path() / "broken.xml").string()).c_str());
-  for (const auto& row : kCases) {
-    folder.Write("broken.xml", std::string(row.text));
+  for (const auto& [text, wanted] : kCases) {
+    folder.Write("broken.xml", std::string(text));
     for (const bool places : {true, false}) {
       for (const bool fromFile : {true, false}) {
-        SCOPED_TRACE(testing::Message() << row.text << " places " << places << " file " << fromFile);
+        SCOPED_TRACE(testing::Message() << text << " places " << places << " file " << fromFile);
         KVXMLDocument document;
         document.KeepPlaces(places);
-        EXPECT_EQ(fromFile ? document.LoadFromFile(file) : document.LoadFromMemory(row.text), nullptr);
+        EXPECT_EQ(fromFile ? document.LoadFromFile(file) : document.LoadFromMemory(text), nullptr);
         const KVXMLFailure& failure = document.LastFailure();
         EXPECT_EQ(failure.kind, Kind::kMalformed);
-        EXPECT_EQ(failure.place.line, row.line);
-        EXPECT_EQ(failure.place.column, row.column);
-        EXPECT_EQ(failure.byte, row.byte);
-        EXPECT_EQ(failure.reason, row.reason);
+        EXPECT_EQ(kvtest::Values(failure.place.line, failure.place.column, failure.byte, failure.reason), wanted);
       }
     }
   }
@@ -186,9 +180,8 @@ TEST(Xml, DepthAndElementsAreLimited) {
   };
   KVXMLDocument document;
   std::size_t depth = 1;  // with <b/>
-  for (KVXMLElement a = document.LoadFromMemory(nested(kXMLMostDepth - 1))->Element(); a.FirstChild(); ++depth) {
+  for (KVXMLElement a = document.LoadFromMemory(nested(kXMLMostDepth - 1))->Element(); a.FirstChild(); ++depth)
     a = a.FirstChild().NextSibling() ? a.FirstChild().NextSibling() : a.FirstChild();
-  }
   EXPECT_EQ(depth, kXMLMostDepth);
   EXPECT_EQ(document.LoadFromMemory(nested(kXMLMostDepth)), nullptr);
   EXPECT_EQ(document.LastFailure().reason, "more than 10000 elements are inside each other");
