@@ -17,10 +17,7 @@ std::string FindingsOf(const std::string& definition, const CString& folder = CS
   return text;
 }
 
-struct Case {
-  const char* definition;  // the children of the root
-  const char* findings;
-};
+using Case = std::pair<const char*, const char*>;  // the children of the root, the findings
 
 #define CHANNEL(content) "<CHANNELS NUM='1'><CHANNEL ID='1'>" content "</CHANNEL></CHANNELS>"
 #define HEAD "<TARGET TYPE='Head'/>"
@@ -108,7 +105,7 @@ std::string Definition(std::string children) {
 }
 
 TEST(MachineCheck, ReportsWhatTheReaderSkipsOrCorrects) {
-  for (const Case& row : kCases) EXPECT_EQ(FindingsOf(Definition(row.definition)), row.findings) << row.definition;
+  for (const auto& [children, findings] : kCases) EXPECT_EQ(FindingsOf(Definition(children)), findings) << children;
 }
 
 TEST(MachineCheck, ReportsWhatIsNeverExported) {
@@ -121,7 +118,7 @@ TEST(MachineCheck, ReportsWhatIsNeverExported) {
       {"x<KestrovaAPT>" CHANNEL(HEAD) SHAPES("") "</KestrovaAPT>",
        "1:1 error text outside the root element is ignored\n"},
   };
-  for (const Case& row : kDefinitions) EXPECT_EQ(FindingsOf(row.definition), row.findings) << row.definition;
+  for (const auto& [definition, findings] : kDefinitions) EXPECT_EQ(FindingsOf(definition), findings) << definition;
 }
 
 TEST(MachineCheck, LooksForGeometryFiles) {
@@ -139,8 +136,7 @@ TEST(MachineCheck, LooksForGeometryFiles) {
   const std::string outside = std::filesystem::canonical(other.Write("Body.stl", "solid")).string();
   std::filesystem::create_symlink(outside, folder.Path() / "link.stl");
   EXPECT_EQ(findings("link.stl"),
-            "2:37 warning geometry file \"link.stl\" is outside the machine's folder, by a "
-            "symbolic link: \"" +
+            "2:37 warning geometry file \"link.stl\" is outside the machine's folder, by a symbolic link: \"" +
                 outside + "\"\n");
   EXPECT_EQ(findings("Sub"), "2:37 error geometry file \"Sub\" does not exist\n");
   EXPECT_EQ(findings(""), "2:37 error SHAPE without a geometry file: its PATH is the machine's folder\n");

@@ -1,6 +1,4 @@
 // The export's rules one by one, as exact text, and the export of every example machine, byte for byte.
-#include <gtest/gtest.h>
-
 #include <bit>
 #include <random>
 
@@ -10,12 +8,6 @@
 
 namespace {
 
-struct Case {
-  const char* what;
-  const char* definition;
-  const char* text;
-};
-
 // A shape and its two lines, so that there is something to export.
 #define SHAPE "<SHAPES NUM='1'><SHAPE NAME='S' ID='1'/></SHAPES>"
 #define SHAPE_LINES "SHAPE NAME=S ID=1 PARENT= PTYPE=Fixed RGB(128,128,128)\nPATH=\n"
@@ -24,7 +16,7 @@ struct Case {
 #define LISTS(channels, lists) channels SHAPE "<SHAPELISTS>" lists "</SHAPELISTS>"
 #define TWO "<CHANNELS NUM='2'><CHANNEL ID='1'/><CHANNEL ID='2'/></CHANNELS>"
 
-const Case kCases[] = {
+const std::tuple<const char*, const char*, const char*> kCases[] = {
     {"no channels", "<CHANNELS NUM='0'><CHANNEL/></CHANNELS>" SHAPE, ""},
     {"no shapes", "<CHANNELS NUM='3'><CHANNEL/></CHANNELS><SHAPES NUM='0'><SHAPE/></SHAPES>", ""},
     {"negative counts",
@@ -37,8 +29,7 @@ const Case kCases[] = {
     {"numbers outside 0 to count are left out, the rest sorted, the first of equals",
      "<CHANNELS NUM='2'><CHANNEL ID='2' NAME='b'><TARGET TYPE='Head'/></CHANNEL><CHANNEL ID='3'><TARGET TYPE='Head'/>"
      "</CHANNEL><CHANNEL ID='-1'><TARGET TYPE='Head'/></CHANNEL><CHANNEL ID='0' NAME='a'><TARGET "
-     "TYPE='Head'/></CHANNEL>"
-     "<CHANNEL ID='2' NAME='c'><TARGET TYPE='Head'/></CHANNEL></CHANNELS>" SHAPE,
+     "TYPE='Head'/></CHANNEL><CHANNEL ID='2' NAME='c'><TARGET TYPE='Head'/></CHANNEL></CHANNELS>" SHAPE,
      "CHANNELS=2\nCHANNEL a ID=0 TARGET=Head \nCHANNEL b ID=2 TARGET=Head \n" SHAPE_LINES},
     {"a count of two thousand million",
      "<CHANNELS NUM='2000000000'><CHANNEL ID='5' NAME='a'><TARGET TYPE='Head'/></CHANNEL></CHANNELS>" SHAPE,
@@ -115,10 +106,9 @@ const Case kCases[] = {
      "FIXTURESHAPELIST CHANNEL=0 ID=3 AXIS=A NUM=1 LIST=7\nFIXTURESHAPELIST CHANNEL=0 ID=1 AXIS=B NUM=1 LIST=8\n"
      "FIXTURESHAPELIST CHANNEL=0 ID=2 AXIS=B NUM=1 LIST=9\n"},
     {"channels 1 and 2 of two share a row",
-     LISTS(
-         TWO,
-         "<TOOLSHAPELIST CHANNEL='1' AXIS='X' NUM='1' LIST='4'/><TOOLSHAPELIST CHANNEL='2' AXIS='X' NUM='1' LIST='5'/>"
-         "<FIXTURESHAPELIST AXIS='?' NUM='2' LIST='6'/><TOOLSHAPELIST CHANNEL='-1' NUM='1' LIST='5'/>"),
+     LISTS(TWO,
+           "<TOOLSHAPELIST CHANNEL='1' AXIS='X' NUM='1' LIST='4'/><TOOLSHAPELIST CHANNEL='2' AXIS='X' NUM='1' "
+           "LIST='5'/><FIXTURESHAPELIST AXIS='?' NUM='2' LIST='6'/><TOOLSHAPELIST CHANNEL='-1' NUM='1' LIST='5'/>"),
      "CHANNELS=2\n" SHAPE_LINES "TOOLSHAPELIST CHANNEL=1 AXIS=X NUM=1 LIST=5\n"
      "FIXTURESHAPELIST CHANNEL=0 ID=1 AXIS=Z NUM=2 LIST=6,6\n"},
     {"a later table replaces the first", LISTS(TWO, "<TOOLSHAPELIST NUM='1' LIST='4'/></SHAPELISTS><SHAPELISTS>"),
@@ -128,10 +118,7 @@ const Case kCases[] = {
 };
 
 TEST(MachineExport, WritesExactly) {
-  for (const Case& row : kCases) {
-    std::string text = kvtest::ExportOf(row.definition);
-    EXPECT_EQ(text, row.text) << row.what;
-  }
+  for (const auto& [what, definition, text] : kCases) EXPECT_EQ(kvtest::ExportOf(definition), text) << what;
 }
 
 TEST(MachineExport, NamesTheParentOfAShape) {

@@ -1,6 +1,4 @@
 // The model and the shape table through their operations.
-#include <gtest/gtest.h>
-
 #include "platform/paths.h"
 #include "share/settings/settings_key.h"
 #include "tests/machine/definition.h"
@@ -36,8 +34,7 @@ TEST(MachineModel, SearchMovesTheWalksCursor) {
   EXPECT_EQ(machine.GetShapeByID(2)->GetID(), 2);
   EXPECT_EQ(machine.GetNextShape()->GetID(), 3);
   EXPECT_EQ(machine.GetNextShape(), nullptr);
-  EXPECT_EQ(machine.GetShapeByID(9), nullptr);
-  EXPECT_EQ(machine.GetNextShape(), nullptr);
+  EXPECT_TRUE(!machine.GetShapeByID(9) && !machine.GetNextShape());
 }
 
 TEST(MachineModel, ToolVectorIsReversedByAGaugeOfZeroOrMore) {
@@ -99,9 +96,7 @@ TEST(MachineModel, LoadsFromTheFolderOfTheSetting) {
 TEST(MachineModel, ChecksForTheCheckFile) {
   const kvtest::ScratchFolder folder;
   folder.Write("Twin/Twin.mdinf", "");
-  CString path(ProductPathFromSystem(folder.Path().string() + "/").c_str());
-  CString there(_T("Twin"));
-  CString missing(_T("Nobody"));
+  CString path(ProductPathFromSystem(folder.Path().string() + "/").c_str()), there(_T("Twin")), missing(_T("Nobody"));
   KVVMMachine machine;
   EXPECT_EQ(machine.ValidMachine(VM_MACHINE_MILL, path, there, 1), 1);
   EXPECT_EQ(machine.ValidMachine(VM_MACHINE_MILL, path, missing, 1), 0);
@@ -156,18 +151,14 @@ TEST(ShapeTable, CountsFixturesInTwoWays) {
   KVVMShapeMngr table;
   table.CreateChannelAxisArray(2);
   for (int i = 0; i < 3; ++i) Add(table, 0, 1, i, {10 + i});
-  const auto fixture = [&](int number, int zeroBased) {
+  // 3 is refused before 1 is subtracted.
+  const std::tuple<int, int, int> rows[] = {{1, 0, 10}, {2, 0, 11}, {3, 0, 0},  {0, 0, 0},
+                                            {2, 1, 12}, {3, 1, 0},  {-1, 1, 0}, {-2147483647 - 1, 0, 0}};
+  for (const auto& [number, zeroBased, wanted] : rows) {
     int id[1] = {0};
-    return table.GetFixtureShapeArray(0, CM_AXIS_Z, number, id, zeroBased) ? id[0] : 0;
-  };
-  EXPECT_EQ(fixture(1, 0), 10);
-  EXPECT_EQ(fixture(2, 0), 11);
-  EXPECT_EQ(fixture(3, 0), 0) << "refused before 1 is subtracted";
-  EXPECT_EQ(fixture(0, 0), 0);
-  EXPECT_EQ(fixture(2, 1), 12);
-  EXPECT_EQ(fixture(3, 1), 0);
-  EXPECT_EQ(fixture(-1, 1), 0);
-  EXPECT_EQ(fixture(-2147483647 - 1, 0), 0);
+    EXPECT_EQ(table.GetFixtureShapeArray(0, CM_AXIS_Z, number, id, zeroBased) ? id[0] : 0, wanted)
+        << number << " " << zeroBased;
+  }
 }
 
 TEST(ShapeTable, OneRowAnswersForEveryChannel) {

@@ -1,6 +1,4 @@
 // The reader, attribute by attribute: the value in the model for each text.
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <cstdlib>
 #include <random>
@@ -9,12 +7,14 @@
 #include "share/machine/machine_reader.h"
 #include "tests/machine/definition.h"
 #include "tests/scratch.h"
+#include "tests/values.h"
 
 namespace {
 
 using kvtest::Load;
 using kvtest::LoadChannel;
 using kvtest::LoadShape;
+using kvtest::Values;
 
 double RealOf(const std::string& text) {
   KVVMMachine machine;
@@ -100,29 +100,25 @@ TEST(MachineReader, DirectionOfAFixturesAxisGivesItsVectorToo) {
     const std::string text = directions[i];
     const CQVMChannel& channel = LoadChannel(machine, "<TARGET V4X='0,25' ROT_4TH_ABOUT='" + text +
                                                           "' ROT_5TH_ABOUT='" + text + "' ID='2' TYPE='Fixture'/>");
-    EXPECT_EQ(channel.GetFixtureStatus(0), 0);
-    EXPECT_EQ(channel.GetFixtureStatus(1), 1);
-    EXPECT_EQ(channel.Get4thAxisFixtureDirType(1), i);
-    EXPECT_EQ(channel.Get5thAxisFixtureDirType(1), i);
+    EXPECT_EQ(Values(channel.GetFixtureStatus(0), channel.GetFixtureStatus(1), channel.Get4thAxisFixtureDirType(1),
+                     channel.Get5thAxisFixtureDirType(1)),
+              Values(0, 1, i, i));
     double unit[3] = {};
     if (i < 6) unit[i % 3] = i < 3 ? 1 : -1;
-    EXPECT_EQ(channel.GetFixture4thXVector(1), 0.25) << "set last, although V4X is first in the file";
-    EXPECT_EQ(channel.GetFixture4thYVector(1), unit[1]) << text;
-    EXPECT_EQ(channel.GetFixture4thZVector(1), unit[2]) << text;
-    EXPECT_EQ(channel.GetFixture5thXVector(1), unit[0]) << text;
-    EXPECT_EQ(channel.GetFixture5thYVector(1), unit[1]) << text;
-    EXPECT_EQ(channel.GetFixture5thZVector(1), unit[2]) << text;
+    // V4X is set last, although it is first in the file.
+    EXPECT_EQ(Values(channel.GetFixture4thXVector(1), channel.GetFixture4thYVector(1), channel.GetFixture4thZVector(1),
+                     channel.GetFixture5thXVector(1), channel.GetFixture5thYVector(1), channel.GetFixture5thZVector(1)),
+              Values(0.25, unit[1], unit[2], unit[0], unit[1], unit[2]))
+        << text;
   }
 }
 
 TEST(MachineReader, TargetThatIsNoFixtureSetsFixtureValuesOfIndexZero) {
   KVVMMachine machine;
   const CQVMChannel& channel = LoadChannel(machine, "<TARGET TYPE='Turret' ID='9' XOFF='5' ROT_5TH_ABOUT='-Y'/>");
-  EXPECT_EQ(channel.GetTurretNum(), 9);
-  EXPECT_EQ(channel.GetFixtureXOffset(0), 5.0);
-  EXPECT_EQ(channel.GetFixtureStatus(0), 0);
-  EXPECT_EQ(channel.Get5thAxisToolDirType(), CM_DIR_MINUS_Y);
-  EXPECT_EQ(channel.Get5thAxisFixtureDirType(0), CM_DIR_NONE);
+  EXPECT_EQ(Values(channel.GetTurretNum(), channel.GetFixtureXOffset(0), channel.GetFixtureStatus(0)), "9|5|0");
+  EXPECT_EQ(Values(channel.Get5thAxisToolDirType(), channel.Get5thAxisFixtureDirType(0)),
+            Values(CM_DIR_MINUS_Y, CM_DIR_NONE));
 }
 
 TEST(MachineReader, FixtureIdsOutOfRangeChangeNothing) {
@@ -131,12 +127,11 @@ TEST(MachineReader, FixtureIdsOutOfRangeChangeNothing) {
     const std::string target =
         "<TARGET TYPE='Fixture' ID='" + std::string(id) + "' XOFF='1' ROT_4TH_ABOUT='+X' ROT_5TH_ABOUT='+X'/>";
     const CQVMChannel& channel = LoadChannel(machine, target);
-    for (int i = -1; i < 4; ++i) {
-      EXPECT_EQ(channel.GetFixtureStatus(i), 0) << id;
-      EXPECT_EQ(channel.GetFixtureXOffset(i), 0.0) << id;
-      EXPECT_EQ(channel.Get4thAxisFixtureDirType(i), CM_DIR_NONE) << id;
-      EXPECT_EQ(channel.Get5thAxisFixtureDirType(i), CM_DIR_NONE) << id;
-    }
+    for (int i = -1; i < 4; ++i)
+      EXPECT_EQ(Values(channel.GetFixtureStatus(i), channel.GetFixtureXOffset(i), channel.Get4thAxisFixtureDirType(i),
+                       channel.Get5thAxisFixtureDirType(i)),
+                Values(0, 0.0, CM_DIR_NONE, CM_DIR_NONE))
+          << id;
   }
 }
 
@@ -145,36 +140,24 @@ TEST(MachineReader, ReadsAShape) {
   const CQVMShape& shape = LoadShape(
       machine, "NAME='Tür' ID='4' PATH='body.stl' PARENT='Bett' PTYPE='Front2'",
       "<OFFSET X='1' Y='2' Z='3'/><ORIGIN_OFFSET Y='7'/><MIN A='-1' Z='-2'/><MAX C='3'/><other/><HOME Y='1' X='2' "
-      "Y='3'/>"
-      "<DISPLAY RGB='1 2 300' TRANSPARENT='TRUE' HOUSING='true' CCHECK='TRUE' VISIBLE='no' METALLIC='Steel'/>");
-  EXPECT_EQ(shape.GetName(), _T("T\u00FCr"));
-  EXPECT_EQ(shape.GetID(), 4);
-  EXPECT_EQ(shape.m_strPath, _T("C:\\M\\Mill\\VMC\\body.stl"));
-  EXPECT_EQ(shape.GetParentName(), _T("Bett"));
-  EXPECT_EQ(shape.m_nParentType, CM_PARENT_FRONT2);
+      "Y='3'/><DISPLAY RGB='1 2 300' TRANSPARENT='TRUE' HOUSING='true' CCHECK='TRUE' VISIBLE='no' METALLIC='Steel'/>");
+  EXPECT_EQ(Values(shape.GetName(), shape.GetID(), shape.m_strPath, shape.GetParentName(), shape.m_nParentType),
+            Values("T\u00FCr", 4, "C:\\M\\Mill\\VMC\\body.stl", "Bett", CM_PARENT_FRONT2));
   EXPECT_EQ(shape.m_offset.x(), 1.0);
   EXPECT_EQ(shape.m_offset.y(), 7.0) << "the later of OFFSET and ORIGIN_OFFSET wins, component by component";
-  EXPECT_EQ(shape.m_minABC.x(), -1.0);
-  EXPECT_EQ(shape.m_minXYZ.z(), -2.0);
-  EXPECT_EQ(shape.m_maxABC.z(), 3.0);
-  EXPECT_EQ(shape.m_homeXYZ.x(), 2.0);
+  EXPECT_EQ(Values(shape.m_minABC.x(), shape.m_minXYZ.z(), shape.m_maxABC.z(), shape.m_homeXYZ.x()), "-1|-2|3|2");
   EXPECT_EQ(shape.m_homeXYZ.y(), 1.0) << "the first of two attributes of one name counts";
   EXPECT_EQ(shape.m_nBlue, 300) << "colours are kept as written";
-  EXPECT_EQ(shape.m_bTransparent, 1);
-  EXPECT_EQ(shape.m_bHousing, 0);
-  EXPECT_EQ(shape.m_bCollisionCheck, 1);
-  EXPECT_EQ(shape.m_bVisible, 0);
-  EXPECT_EQ(shape.m_bMetallic, 1);
-  EXPECT_EQ(shape.m_strMetallic, _T("Steel"));
+  EXPECT_EQ(Values(shape.m_bTransparent, shape.m_bHousing, shape.m_bCollisionCheck, shape.m_bVisible, shape.m_bMetallic,
+                   shape.m_strMetallic),
+            "1|0|1|0|1|Steel");
 }
 
 TEST(MachineReader, DeclaredCountsStandAcrossLoadsAndNeedNotAgree) {
   KVVMMachine machine;
   Load(machine, "<CHANNELS NUM='7'><CHANNEL/></CHANNELS><SHAPES NUM='9'/>");
   Load(machine, "<CHANNELS><CHANNEL/><CHANNEL/></CHANNELS>");
-  EXPECT_EQ(machine.GetNumChannels(), 7);
-  EXPECT_EQ(machine.GetNumShapes(), 9);
-  EXPECT_EQ(machine.GetChannels().GetCount(), 2);
+  EXPECT_EQ(Values(machine.GetNumChannels(), machine.GetNumShapes(), machine.GetChannels().GetCount()), "7|9|2");
   EXPECT_EQ(machine.GetFirstShape(), nullptr);
 }
 
