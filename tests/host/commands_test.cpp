@@ -1,6 +1,4 @@
 // The table of commands: its help, wrong usage of any command, completion and the progress bar.
-#include <gtest/gtest.h>
-
 #include <set>
 
 #include "host/commands/commands.h"
@@ -27,24 +25,10 @@ TEST(Commands, HelpListsTheTableInItsOrderAndCompletionOffersIt) {
 }
 
 TEST(Commands, RefuseWrongUsage) {
-  const struct {
-    const char *words, *reason;  // null if a library words it
-  } rows[] = {
+  const std::pair<const char*, const char*> rows[] = {
       {"frob", "frob is not a command of kestrova; kestrova --help lists the commands"},
       {"document frob x", "frob is not a command of kestrova document; kestrova document --help lists the commands"},
-      {"completion tcsh", nullptr},
-      {"document new a --nodes=-1", nullptr},
-      {"document new a --units=m", nullptr},
-      {"document new a --seed=-1", nullptr},
-      {"document new a --seed=18446744073709551616", nullptr},
-      {"document convert a", nullptr},
-      {"feedcolors show --process laser", nullptr},
-      {"ini get a.ini A", nullptr},
-      {"job run none.kvdoc --command dance", nullptr},
-      {"machine", nullptr},
-      {"machine export --type Mill", nullptr},
       {"machine export --machines . --type Mill ../VMC", "NAME \"../VMC\" is not the name of a machine's folder"},
-      {"machine show --machines . --type mill VMC", nullptr},
       {"reg", "a command is missing; kestrova reg --help lists the commands"},
       {"reg search", "search is not a command of kestrova reg; kestrova reg --help lists the commands"},
       {"reg query", "KEY is missing; see kestrova reg query --help"},
@@ -56,16 +40,18 @@ TEST(Commands, RefuseWrongUsage) {
        "/d 4294967296 is not a number of 32 bits; give it in decimal or as 0x2a"},
       {"reg add HKCU\\K /v a /t REG_BINARY /d abc", "/d abc is not binary data; give pairs of hexadecimal digits"},
       {"reg add HKCU\\K /v a /t REG_MULTI_SZ /d a\\0\\0b", "a list cannot hold an empty text; check /d and /s"},
-      {"settings list --tree application --document a.kvdoc", nullptr},
       {"settings set Feature 1 --tree document", "the document is missing: add --document FILE"},
-      {"techdb activate x", nullptr},
   };
-  for (const auto& row : rows) {
-    const kvtest::RunResult result = RunCommand(WordsOf(row.words));
-    EXPECT_EQ(result.exit_code, 2) << row.words;
-    EXPECT_EQ(result.out, "") << row.words;
-    if (!row.reason) continue;
-    EXPECT_EQ(result, kvtest::Refused(row.reason, 2));
+  for (const auto& [words, reason] : rows) EXPECT_EQ(RunCommand(WordsOf(words)), kvtest::Refused(reason, 2)) << words;
+  // A library words the reason.
+  for (const char* words :
+       {"completion tcsh", "document new a --nodes=-1", "document new a --units=m", "document new a --seed=-1",
+        "document new a --seed=18446744073709551616", "document convert a", "feedcolors show --process laser",
+        "ini get a.ini A", "job run none.kvdoc --command dance", "machine", "machine export --type Mill",
+        "machine show --machines . --type mill VMC", "settings list --tree application --document a.kvdoc",
+        "techdb activate x"}) {
+    const kvtest::RunResult result = RunCommand(WordsOf(words));
+    EXPECT_EQ(result, (kvtest::RunResult{2, "", result.err})) << words;
   }
 }
 
@@ -93,11 +79,7 @@ TEST(Output, NeitherControlsTheTerminalNorForgesALine) {
 }
 
 TEST(Completion, OffersCommandsOptionsAndChoices) {
-  const struct {
-    const char* words;
-    std::string last;
-    std::string candidates;
-  } rows[] = {
+  const std::tuple<std::string, std::string, std::string> rows[] = {
       {"machine", "", "check\nexport\nlist\nshow\n"},
       {"machine export", "--ma", "--machines\n"},
       {"machine export --type", "", "Mill\nMillTurn\nTurn\n"},
@@ -107,19 +89,18 @@ TEST(Completion, OffersCommandsOptionsAndChoices) {
       {"reg query HKCU", "--", "--json\n--value\n"},
       {"reg add HKCU /v X /t", "REG_D", "REG_DWORD\nREG_DWORD_BIG_ENDIAN\n"},
   };
-  for (const auto& row : rows) {
-    std::vector<std::string> words = WordsOf(std::string("complete-words ") + row.words);
-    words.push_back(row.last);
-    EXPECT_EQ(RunCommand(words), kvtest::Prints(row.candidates)) << row.words;
+  for (const auto& [line, last, candidates] : rows) {
+    std::vector<std::string> words = WordsOf("complete-words " + line);
+    words.push_back(last);
+    EXPECT_EQ(RunCommand(words), kvtest::Prints(candidates)) << line;
   }
 }
 
 TEST(ProgressBar, ShowsThePartThatIsDone) {
   EXPECT_EQ(ProgressBar::Text("reading nodes", 0, 200), "[--------------------]   0% reading nodes");
   EXPECT_EQ(ProgressBar::Text("reading nodes", 99, 200), "[#########-----------]  49% reading nodes");
-  EXPECT_EQ(ProgressBar::Text("reading nodes", 200, 200), "[####################] 100% reading nodes");
-  EXPECT_EQ(ProgressBar::Text("reading nodes", 300, 200), "[####################] 100% reading nodes");
-  EXPECT_EQ(ProgressBar::Text("reading nodes", 0, 0), "[####################] 100% reading nodes");
+  for (const auto& [done, all] : {std::pair{200, 200}, {300, 200}, {0, 0}})
+    EXPECT_EQ(ProgressBar::Text("reading nodes", done, all), "[####################] 100% reading nodes") << done;
   EXPECT_EQ(ProgressBar::Step(1), 1) << "without a bar";
 }
 

@@ -13,16 +13,15 @@ struct DocumentCommand : CommandTest {
 };
 
 TEST_F(DocumentCommand, ShowsATree) {
-  EXPECT_EQ(
-      Out({"show", NewDocument("a.kvdoc", {"--nodes", "4", "--seed", "7"})}),
-      "a.kvdoc: 4 nodes, mm, storage version 38\n"
-      "  HostTool 1 \"\u00D83 flat end mill\", active, flat end mill, diameter 3mm, length 77mm; made by okafor "
-      "01/26/2023::14:27\n"
-      "  HostSetup 2 \"Mill Part Setup 1\", active, axis 0 -1 0, turned 270deg, clearance 25mm; made by okafor "
-      "02/12/2023::07:57\n"
-      "    HostFeature 3 \"Slot 1\", active, 6 points, depth 14.4mm; made by okafor 02/12/2023::07:57\n"
-      "      HostOperation 4 \"Rough Mill 1\", active, tool 1, feed 482.6mm/min, speed 6550/min, step 4mm; made by "
-      "okafor 02/12/2023::07:57, changed by lindqvist 11/12/2024::19:03\n");
+  EXPECT_EQ(Out({"show", NewDocument("a.kvdoc", {"--nodes", "4", "--seed", "7"})}),
+            "a.kvdoc: 4 nodes, mm, storage version 38\n"
+            "  HostTool 1 \"\u00D83 flat end mill\", active, flat end mill, diameter 3mm, length 77mm; made by okafor "
+            "01/26/2023::14:27\n"
+            "  HostSetup 2 \"Mill Part Setup 1\", active, axis 0 -1 0, turned 270deg, clearance 25mm; made by okafor "
+            "02/12/2023::07:57\n"
+            "    HostFeature 3 \"Slot 1\", active, 6 points, depth 14.4mm; made by okafor 02/12/2023::07:57\n"
+            "      HostOperation 4 \"Rough Mill 1\", active, tool 1, feed 482.6mm/min, speed 6550/min, step 4mm; made "
+            "by okafor 02/12/2023::07:57, changed by lindqvist 11/12/2024::19:03\n");
 }
 
 TEST_F(DocumentCommand, NewFollowsItsOptions) {
@@ -53,8 +52,7 @@ TEST_F(DocumentCommand, ConvertKeepsAllNodesAndAddsToTheHistory) {
   EXPECT_EQ(Json({"show", a})["nodes"], Json({"show", b})["nodes"]);
   const auto history = Json({"history", b})["builds"];
   ASSERT_EQ(history.size(), 1u) << history;
-  EXPECT_EQ(history[0]["version"], "2024");
-  EXPECT_EQ(history[0]["saves"], 3) << "a record starts at 1";
+  EXPECT_EQ(history[0], With(history[0], {{"version", "2024"}, {"saves", 3}})) << "a record starts at 1";
   EXPECT_TRUE(Out({"history", b}).starts_with("2024 SP4 build 2024/0826, storage version 38.00: 3 "));
 }
 

@@ -12,8 +12,6 @@
 
 #include <cstddef>
 #include <cstdio>
-#include <cstdlib>
-#include <vector>
 
 #include "tests/folders.h"
 #include "tests/host/run_command.h"

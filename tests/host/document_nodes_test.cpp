@@ -57,8 +57,7 @@ TEST_F(DocumentNodes, LoseTheirToolOnBothSides) {
   EXPECT_EQ(tool_.GetIsUsingThisObject(&drilling_), 1);
   HostTool other;
   drilling_.SetTool(&other);
-  EXPECT_EQ(tool_.GetCountOfUserObjects(), 0);
-  EXPECT_EQ(other.GetCountOfUserObjects(), 1);
+  EXPECT_EQ(std::pair(tool_.GetCountOfUserObjects(), other.GetCountOfUserObjects()), std::pair(0, 1));
   {
     HostTool third;
     drilling_.SetTool(&third);
@@ -93,22 +92,18 @@ TEST_F(DocumentNodes, ClonesAreLikeTheirOriginal) {
 TEST_F(DocumentNodes, FeaturesAreComparedByProfileAndDepth) {
   const HostFeature::Point kSquare[] = {{0, 0}, {1, 0}, {1, 1}, {0, 1}};
   feature_.SetProfile(kSquare);
-  const struct {
-    std::vector<HostFeature::Point> points;
-    double depth;
-    COMPARE_RESULT result;
-  } kCases[] = {
+  const std::tuple<std::vector<HostFeature::Point>, double, COMPARE_RESULT> kCases[] = {
       {{{0, 0}, {1, 0}, {1, 1}, {0, 1.0000005}}, 0, COMPLETE_MATCH},
       {{{0, 0}, {1, 0}, {1, 1}, {0, 1}}, 0.5, PROFILE_NODEPTH_MATCH},
       {{{1, 1}, {0, 0}}, 0, PARTIAL_MATCH_SUBSET},
       {{{0, 0}, {5, 5}}, 0, PARTIAL_PROFILE_MATCH},
       {{{0, 0}, {5, 5}, {6, 6}}, 0, NO_MATCH},
   };
-  for (const auto& c : kCases) {
+  for (const auto& [points, depth, result] : kCases) {
     HostFeature other;
-    other.SetProfile(c.points);
-    other.SetDepth(c.depth);
-    EXPECT_EQ(feature_.Compare(&other), c.result) << c.points.size();
+    other.SetProfile(points);
+    other.SetDepth(depth);
+    EXPECT_EQ(feature_.Compare(&other), result) << points.size();
   }
   FRPosition position(7, 7, 7);
   EXPECT_EQ(feature_.GetRefPointForPattern(position), 1);

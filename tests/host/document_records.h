@@ -1,11 +1,7 @@
 // Builds a document's streams byte by byte, and the file with them.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <map>
-#include <string>
-#include <vector>
 
 #include "framework/stream_file.h"
 #include "host/document/document_header.h"
@@ -185,8 +181,7 @@ inline void WriteDocumentFile(const std::string& path, const std::string* header
 // Writes a file with the object archive, a correct header and the settings.
 inline void WriteDocumentFile(const std::string& path, const std::string& objects,
                               const std::string* settings = nullptr) {
-  const std::string history = EmptyHistory();
-  const std::string header = HeaderBytes(objects, history);
+  const std::string history = EmptyHistory(), header = HeaderBytes(objects, history);
   WriteDocumentFile(path, &header, &objects, &history, settings);
 }
 

@@ -217,27 +217,22 @@ TEST_F(DocumentSalvage, ImpossibleLinksAreRepaired) {
 
 // A tool and two operations: the users of the tool, the tool of each operation, and the repaired users.
 TEST_F(DocumentSalvage, UsesAgreeOnBothSidesInAnyOrder) {
-  const struct {
-    std::vector<int> users;
-    int tools[2];
-    std::vector<DWORD> mended;
-    int oneSided;
-  } rows[] = {
+  const std::tuple<std::vector<int>, std::pair<int, int>, std::vector<DWORD>, int> rows[] = {
       {{2, 1}, {0, 0}, {2, 1}, 0}, {{2}, {0, 0}, {2, 1}, 1},  {{1, 2}, {0, -1}, {1}, 1},
       {{}, {0, 0}, {1, 2}, 2},     {{1, 2}, {-1, -1}, {}, 2}, {{2, 1, 2}, {0, 0}, {2, 1}, 0},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(testing::PrintToString(row.users) + " " + testing::PrintToString(row.tools));
+  for (const auto& [listed, tools, mended, oneSided] : rows) {
+    SCOPED_TRACE(testing::PrintToString(listed) + " " + testing::PrintToString(tools));
     const DocumentBytes bytes(
-        {{"HostTool", -1, -1, row.users}, {"HostOperation", -1, row.tools[0]}, {"HostOperation", -1, row.tools[1]}});
+        {{"HostTool", -1, -1, listed}, {"HostOperation", -1, tools.first}, {"HostOperation", -1, tools.second}});
     const auto document = Load(bytes.Get(), DocumentLoader::Mode::kStrict);
     CObList users;
     document->NodeAt(0).GetAllUserObjects(&users);
     std::vector<DWORD> places;
     for (POSITION at = users.GetHeadPosition(); at;)
       places.push_back(static_cast<HostNode*>(users.GetNext(at))->Place());
-    EXPECT_EQ(places, row.mended);
-    EXPECT_EQ(report_.oneSided, row.oneSided);
+    EXPECT_EQ(places, mended);
+    EXPECT_EQ(report_.oneSided, oneSided);
     EXPECT_EQ(report_.dangling, 0);
   }
 }
@@ -254,15 +249,13 @@ TEST_F(DocumentSalvage, LongLabelIsTruncatedInAFinding) {
 }
 
 TEST_F(DocumentSalvage, RecycledNodeStaysAmongTheUsersOfItsOriginalOwnerOnce) {
-  const struct {
-    std::vector<DocumentBytes::Node> nodes;
-    DWORD owner, recycled;
-  } rows[] = {{{{"HostFeature", -1, -1, {}, 1}, {"HostFeature", -1, -1, {0}}}, 1, 0},
-              {{{"HostTool", -1, -1, {1}}, {"HostOperation", -1, -1, {}, 0}}, 0, 1}};
-  for (const auto& row : rows) {
-    const auto document = Load(DocumentBytes(row.nodes).Get(), DocumentLoader::Mode::kStrict);
-    EXPECT_EQ(document->NodeAt(row.recycled).GetOriginalOwner(), &document->NodeAt(row.owner));
-    EXPECT_EQ(document->NodeAt(row.owner).GetCountOfUserObjects(), 1);
+  const std::tuple<std::vector<DocumentBytes::Node>, DWORD, DWORD> rows[] = {
+      {{{"HostFeature", -1, -1, {}, 1}, {"HostFeature", -1, -1, {0}}}, 1, 0},
+      {{{"HostTool", -1, -1, {1}}, {"HostOperation", -1, -1, {}, 0}}, 0, 1}};
+  for (const auto& [nodes, owner, recycled] : rows) {
+    const auto document = Load(DocumentBytes(nodes).Get(), DocumentLoader::Mode::kStrict);
+    EXPECT_EQ(document->NodeAt(recycled).GetOriginalOwner(), &document->NodeAt(owner));
+    EXPECT_EQ(document->NodeAt(owner).GetCountOfUserObjects(), 1);
     EXPECT_EQ(report_.findingCount, 0u) << FindingsText(report_);
   }
 }

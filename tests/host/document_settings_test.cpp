@@ -56,30 +56,25 @@ TEST_F(DocumentSettings, OldDocumentHasTheDefaults) {
 }
 
 TEST_F(DocumentSettings, DamageIsRefusedOrTheDefaultsAreTaken) {
-  const std::string whole = StoredObject(document_.Settings());
-  const std::string intact = WithChecksum(whole);
+  const std::string whole = StoredObject(document_.Settings()), intact = WithChecksum(whole);
   WriteDocumentFile(File("a.kvdoc"), DocumentBytes({}).Get(), &intact);
   EXPECT_NO_THROW(Load(Mode::kStrict, File("a.kvdoc")));
   EXPECT_EQ(findings_, "");
   std::string changed = intact;
   changed[100] ^= 1;
   QFColorSettings colors;
-  const struct {
-    const char* what;
-    std::string bytes;
-    const char* reason;
-  } rows[] = {
+  const std::tuple<const char*, std::string, const char*> rows[] = {
       {"a changed byte", changed, "its checksum is wrong: bytes have changed"},
       {"nothing", "", "the data ends too early"},
       {"a null", WithChecksum(std::string(2, '\0')), "it has no settings tree"},
       {"cut off", WithChecksum(whole.substr(0, whole.size() - 1)), "the data ends too early"},
       {"a group", WithChecksum(StoredObject(colors)), "object of an unknown or unexpected class"},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.what);
-    WriteDocumentFile(File("a.kvdoc"), DocumentBytes({}).Get(), &row.bytes);
+  for (const auto& [what, bytes, reason] : rows) {
+    SCOPED_TRACE(what);
+    WriteDocumentFile(File("a.kvdoc"), DocumentBytes({}).Get(), &bytes);
     EXPECT_EQ(IntOf(Load(Mode::kSalvage, File("a.kvdoc"))->Settings(), _T("SeqHoleFeat")), 5);
-    EXPECT_NE(findings_.find(row.reason), std::string::npos) << findings_;
+    EXPECT_NE(findings_.find(reason), std::string::npos) << findings_;
     EXPECT_THROW(Load(Mode::kStrict, File("a.kvdoc")), Failure);
   }
 }

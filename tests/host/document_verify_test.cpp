@@ -24,8 +24,7 @@ class DocumentVerify : public CommandTest {
     return findings;
   }
 
-  const std::string a_ = File("a.kvdoc"), b_ = File("b.kvdoc");
-  const std::string history_ = EmptyHistory();
+  const std::string a_ = File("a.kvdoc"), b_ = File("b.kvdoc"), history_ = EmptyHistory();
   const DocumentBytes sample_{{{"HostTool", -1, -1, {2}}, {"HostSetup"}, {"HostOperation", 1, 0}}};
 };
 
@@ -44,9 +43,7 @@ TEST_F(DocumentVerify, ReportsEachFaultWithItsStream) {
   const std::string header = HeaderBytes(good, history_);
   std::string changed = good;
   changed[sample_.Ends()[0] - 1] ^= 0x10;
-  const std::string cut = good.substr(0, sample_.Ends()[1] + 9);
-  const std::string longer = good + "more";
-  const std::string null(2, '\0');
+  const std::string cut = good.substr(0, sample_.Ends()[1] + 9), longer = good + "more", null(2, '\0');
   const std::string nullHistory = HeaderBytes(good, null);
   std::string magic = header, format = header;
   magic[0] = 'X';
@@ -57,11 +54,8 @@ TEST_F(DocumentVerify, ReportsEachFaultWithItsStream) {
   const std::string unlisted =
       "Objects: HostTool \"N0\" is not in the indexer\nObjects: HostSetup \"N1\" is not in the indexer\n"
       "Objects: HostOperation \"N2\" is not in the indexer\n";
-  const struct {
-    const char* what;
-    const std::string *header, *objects, *history;
-    std::string findings;
-  } kCases[] = {
+  using Bytes = const std::string*;
+  const std::tuple<const char*, Bytes, Bytes, Bytes, std::string> rows[] = {
       {"no header", nullptr, &good, &history_, "Header: it is missing: the file is not a document\n" + unlisted},
       {"another header", &magic, &good, &history_, "Header: it is not the header of a document\n" + unlisted},
       {"a header that changed", &format, &good, &history_, "Header: its checksum is wrong\n" + unlisted},
@@ -78,27 +72,23 @@ TEST_F(DocumentVerify, ReportsEachFaultWithItsStream) {
            "Objects: HostTool 1 \"N0\" has 1 reference to an object outside the document\n"
            "Objects: HostTool \"N0\" is not in the indexer\nObjects: HostSetup \"N1\" is not in the indexer\n"},
   };
-  for (const auto& c : kCases) {
-    WriteDocumentFile(a_, c.header, c.objects, c.history);
-    EXPECT_EQ(Findings(), c.findings) << c.what;
+  for (const auto& [what, first, objects, history, findings] : rows) {
+    WriteDocumentFile(a_, first, objects, history);
+    EXPECT_EQ(Findings(), findings) << what;
   }
   // The last case as JSON.
   const auto json = nlohmann::json::parse(Run({"verify", a_, "--json"}).out);
-  EXPECT_EQ(json["nodesPromised"], 3);
-  EXPECT_EQ(json["lost"], (nlohmann::json{{{"class", "HostOperation"}, {"count", 1}}}));
-  EXPECT_EQ(json["fault"]["node"], 3);
-  EXPECT_EQ(json["fault"]["class"], "HostOperation");
-  EXPECT_EQ(json["fault"]["byte"], cut.size());
-  EXPECT_EQ(json["errorLocation"], 0x400);
-  EXPECT_EQ(json["status"], 0xC01) << "nodes and links";
-  EXPECT_EQ(json["danglingReferences"], 1);
-  EXPECT_EQ(json["findingCount"], json["findings"].size());
+  EXPECT_EQ(json, With(json, {{"nodesPromised", 3},
+                              {"lost", {{{"class", "HostOperation"}, {"count", 1}}}},
+                              {"fault", {{"node", 3}, {"class", "HostOperation"}, {"byte", cut.size()}}},
+                              {"errorLocation", 0x400},
+                              {"status", 0xC01},  // nodes and links
+                              {"danglingReferences", 1},
+                              {"findingCount", json["findings"].size()}}));
   const RunResult repair = Run({"repair", a_, b_, "--json"});
   EXPECT_EQ(repair.exit_code, 1) << "a node is lost";
   const auto saved = nlohmann::json::parse(repair.out);
-  EXPECT_EQ(saved["output"], b_);
-  EXPECT_EQ(saved["nodesSaved"], 2);
-  EXPECT_EQ(saved["nodesLost"], 1);
+  EXPECT_EQ(saved, With(saved, {{"output", b_}, {"nodesSaved", 2}, {"nodesLost", 1}}));
 }
 
 TEST_F(DocumentVerify, ComparesIdsStatesAndTheIndexerWithTheNodes) {
@@ -132,23 +122,13 @@ TEST_F(DocumentVerify, ComparesIdsStatesAndTheIndexerWithTheNodes) {
               "  indexer HostToolCrib: 1 stored, 1 alive\n  indexer HostSetup: 2 stored, 2 alive\nno faults found\n"));
   const auto nodes = Json({"show", b_})["nodes"];
   EXPECT_EQ(nodes[1]["id"], 7);
-  EXPECT_EQ(nodes[2]["id"], 8) << "the next";
-  EXPECT_EQ(nodes[2]["label"], "N2");
-  EXPECT_EQ(nodes[2]["state"], "active");
+  EXPECT_EQ(nodes[2], With(nodes[2], {{"id", 8}, {"label", "N2"}, {"state", "active"}})) << "the next id";
 }
 
 // Two setups, both listed in the indexer; the second gets another registered name, then the last of all ids.
 TEST_F(DocumentVerify, FindsAListedNodeByItsClassAndItsId) {
   RecordBytes list;
-  list.Word(1)
-      .NewClass("QFObjectIndexer", 2)
-      .Class(7)
-      .Class(4)
-      .Text(_T("HostSetup"))
-      .Dword(2)
-      .Dword(1)
-      .Dword(2)
-      .Dword(2);
+  list.Word(1).NewClass("QFObjectIndexer", 2).Class(7).Class(4).Text(_T("HostSetup")).Dwords({1, 2}).Dword(2);
   const DocumentBytes document({{"HostSetup"}, {"HostSetup"}}, /*firstNumber=*/9);
   const std::string listed = WithIndexer(document.Get(), list);
   std::string objects = listed;

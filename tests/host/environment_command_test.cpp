@@ -81,13 +81,8 @@ TEST_F(EnvironmentCommand, PathIsTheFolderOfTheLoadedLibrary) {
 
 using Harm = std::function<void(const ScratchInstallation&)>;
 
-struct Case {
-  Harm harm;
-  const char* grade;
-  const char* subject;
-  const char* text;    // part of the text
-  const char* remedy;  // part of the remedy
-};
+// The harm, the grade and subject of the finding, a part of its text and of its remedy.
+using Case = std::tuple<Harm, const char*, const char*, const char*, const char*>;
 
 void Keep(LPCTSTR name, const std::string& text) { KeepText(HKEY_CURRENT_USER, kVersionKey, name, text); }
 Harm Keeps(LPCTSTR name, const char* text) {
@@ -183,28 +178,26 @@ TEST(EnvironmentDoctor, FindsNothingWrongWithTheExampleInstallation) {
   for (const char* language : {"English", "German", "French"}) {
     Keep(_T("Language"), language);
     const nlohmann::json found = Doctor();
-    EXPECT_EQ(found.at("errors"), 0) << found.dump(1);
-    EXPECT_EQ(found.at("warnings"), 0) << found.dump(1);
-    EXPECT_EQ(found.at("notes"), found.at("findings").size());
+    EXPECT_EQ(found, With(found, {{"errors", 0}, {"warnings", 0}, {"notes", found.at("findings").size()}}));
   }
 }
 
 TEST(EnvironmentDoctor, NamesEachFaultAndItsRemedy) {
-  for (const Case& row : kCases) {
+  for (const auto& [harm, grade, subject, text, remedy] : kCases) {
     const ScratchInstallation installation;
-    row.harm(installation);
+    harm(installation);
     const nlohmann::json found = Doctor();
     int matches = 0;
     for (const nlohmann::json& finding : found.at("findings")) {
       const auto holds = [&](const char* field, const char* part) {
         return finding.at(field).get<std::string>().find(part) != std::string::npos;
       };
-      if (finding.at("subject") != row.subject || !holds("text", row.text)) continue;
+      if (finding.at("subject") != subject || !holds("text", text)) continue;
       ++matches;
-      EXPECT_EQ(finding.at("grade"), row.grade) << row.text;
-      EXPECT_TRUE(holds("remedy", row.remedy)) << row.text << ": " << finding;
+      EXPECT_EQ(finding.at("grade"), grade) << text;
+      EXPECT_TRUE(holds("remedy", remedy)) << text << ": " << finding;
     }
-    EXPECT_EQ(matches, 1) << row.text << ": " << found.dump(1);
+    EXPECT_EQ(matches, 1) << text << ": " << found.dump(1);
   }
 }
 

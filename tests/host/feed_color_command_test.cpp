@@ -25,9 +25,8 @@ TEST_F(FeedColorCommand, AddsReplacesRemovesAndLooksUp) {
   EXPECT_EQ(Feed({"add", "70", "255"}, "turn"), done) << "another table";
   EXPECT_EQ(Feed({"remove", "100000"}), done) << "the row of an empty table";
   EXPECT_EQ(Feed({"show"}), Prints("up to  50.00  #0000FF\nup to 200.00  #FF8001\nabove         none\n"));
-  EXPECT_EQ(Feed({"color", "50"}), Prints("#0000FF\n"));
-  EXPECT_EQ(Feed({"color", "50.01"}), Prints("#FF8001\n"));
-  EXPECT_EQ(Feed({"color", "201"}), Prints("none\n"));
+  for (const auto& [feed, color] : {std::pair{"50", "#0000FF\n"}, {"50.01", "#FF8001\n"}, {"201", "none\n"}})
+    EXPECT_EQ(Feed({"color", feed}), Prints(color));
   EXPECT_EQ(Feed({"remove", "60"}),
             Refused("HKCU\\Software\\Zemlor\\Kestrova\\FeedColors\\Mill has no row 60.00; it has 50.00, 200.00", 1));
 }
@@ -58,9 +57,8 @@ TEST_F(FeedColorCommand, RefusesBadFeedsAndColors) {
               Refused(std::string("FEED \"") + feed + "\" is not a number from 0 to 1000000000, such as 120 or 99.5",
                       /*exit_code=*/2));
   }
-  for (const char* color : {"", "#12345", "#1234567", "#12345G", "0x", "0x100000000", "-1", "12 "}) {
+  for (const char* color : {"", "#12345", "#1234567", "#12345G", "0x", "0x100000000", "-1", "12 "})
     EXPECT_EQ(ColorFromText(color), std::nullopt) << color;
-  }
   EXPECT_EQ(ColorText(*ColorFromText("0xff000001")), "0xFF000001") << "no plain colour, but a number that can be kept";
   for (const std::string color : {"red", "0x1000000"}) {
     EXPECT_EQ(Feed({"add", "1", color}),

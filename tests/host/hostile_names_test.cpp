@@ -79,26 +79,24 @@ class HostileNames : public DocumentTest {
 };
 
 TEST_F(HostileNames, DoNotReachTheTerminal) {
-  const std::vector<std::string> rows[] = {
-      {"document", "show", At("a.kvdoc")},
-      {"document", "dump", At("a.kvdoc")},
-      {"document", "verify", At(kHostile)},
-      {"job", "run", At("a.kvdoc")},
-      {"machine", "show", "--type", "Mill", "M"},
-      {"machine", "check", "--type", "Mill", "M"},
-      {"ini", "list", At("a.ini")},
-      {"ini", "get", At("a.ini"), kOneLine, kOneLine},
-      {"settings", "list"},
-      {"settings", "get", "TechDBPath"},
-      {"settings", "set", "TechDBPath", kHostile},
-      {"settings", "import", At("a.json")},
-      {"reg", "query", "HKCU\\Software\\KvHost", "/s"},
-      {"env"},
-      {"env", "doctor"},
-      {"techdb", "list"},
-      {"techdb", "query", "SELECT '" + kOneLine + "' AS \"" + kOneLine + '"'},
-      {"complete-words", "machine", "show", kHostile},
-  };
+  const std::vector<std::string> rows[] = {{"document", "show", At("a.kvdoc")},
+                                           {"document", "dump", At("a.kvdoc")},
+                                           {"document", "verify", At(kHostile)},
+                                           {"job", "run", At("a.kvdoc")},
+                                           {"machine", "show", "--type", "Mill", "M"},
+                                           {"machine", "check", "--type", "Mill", "M"},
+                                           {"ini", "list", At("a.ini")},
+                                           {"ini", "get", At("a.ini"), kOneLine, kOneLine},
+                                           {"settings", "list"},
+                                           {"settings", "get", "TechDBPath"},
+                                           {"settings", "set", "TechDBPath", kHostile},
+                                           {"settings", "import", At("a.json")},
+                                           {"reg", "query", "HKCU\\Software\\KvHost", "/s"},
+                                           {"env"},
+                                           {"env", "doctor"},
+                                           {"techdb", "list"},
+                                           {"techdb", "query", "SELECT '" + kOneLine + "' AS \"" + kOneLine + '"'},
+                                           {"complete-words", "machine", "show", kHostile}};
   for (const auto& row : rows) {
     const std::string shown = Printed(row);
     EXPECT_TRUE(shown.find("]0;x") != std::string::npos || row[0] == "complete-words") << testing::PrintToString(row);

@@ -20,10 +20,7 @@ TEST_F(IniCommand, ShowsWhatAProgramFindsAndChangesOneLine) {
   const std::string none = File("none.ini"), longText(5000, 'x');
   const std::string big = folder_.Write("big.ini", std::string("\xFE\xFF\0[\0A\0]", 8)).string();
   const std::string western = folder_.Write("western.ini", "[\xC4]\r\n").string();
-  const struct {
-    std::vector<std::string> words;
-    RunResult wanted;
-  } rows[] = {
+  const std::pair<std::vector<std::string>, RunResult> rows[] = {
       {{"list", file}, Prints("[Tool]\nName=a \xC3\xA4\n[E]\n")},
       {{"list", file, "--json"},
        Prints("{\n  \"file\": \"" + file +
@@ -58,10 +55,9 @@ TEST_F(IniCommand, ShowsWhatAProgramFindsAndChangesOneLine) {
       {{"set", file, "A", "a", "1\n[B]"}, Refused("a value cannot have line ends", 2)},
       {{"set", file, "A", "\xE4", "1"}, Refused("the key is not UTF-8: \\xE4", 2)},
       {{"set", big, "A", "a", "1"},
-       Refused(
-           "cannot write " + big +
-           ": it is UTF-16 without the mark FF FE, or UTF-32; save it as UTF-8, or as UTF-16 in little-endian order "
-           "with a mark")},
+       Refused("cannot write " + big +
+               ": it is UTF-16 without the mark FF FE, or UTF-32; save it as UTF-8, or as UTF-16 in little-endian "
+               "order with a mark")},
       {{"set", western, "A", "a", "'q'"}, Prints("")},
       {{"get", western, "A", "a"}, Prints("'q'\n")},
       {{"set", western, "A", "a", " \xC3\xA4 "}, Prints("")},
@@ -74,11 +70,11 @@ TEST_F(IniCommand, ShowsWhatAProgramFindsAndChangesOneLine) {
            ": the file is not UTF-8, and its encoding lacks a character of the text; save the file as UTF-8 first")},
       {{"set", none + "/x", "A", "k", "1"}, Refused("cannot write " + none + "/x: the folder does not exist")},
   };
-  for (const auto& row : rows) {
-    const RunResult result = Run(row.words);
-    EXPECT_EQ(result, row.wanted) << row.words.front();
-    if (result.exit_code == 0 && row.words.back() == "--json") {
-      EXPECT_EQ(SchemaFault("ini-" + row.words.front(), result.out), "");
+  for (const auto& [words, wanted] : rows) {
+    const RunResult result = Run(words);
+    EXPECT_EQ(result, wanted) << words.front();
+    if (result.exit_code == 0 && words.back() == "--json") {
+      EXPECT_EQ(SchemaFault("ini-" + words.front(), result.out), "");
     }
   }
   EXPECT_EQ(ReadFile(file), "; c\n[Tool]\nName=\xE2\x82\xAC 5\r\nname=2\n[tool]\nx=1\n");

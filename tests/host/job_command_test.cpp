@@ -63,9 +63,7 @@ class JobQueueTest : public kvtest::DocumentTest {
 };
 
 TEST_F(JobQueueTest, RunsUpToItsLimitAndTheNextWhenOneEnds) {
-  EXPECT_TRUE(Request(first_, one_));
-  EXPECT_TRUE(Request(second_, two_));
-  EXPECT_TRUE(Request(third_, three_));
+  EXPECT_TRUE(Request(first_, one_) && Request(second_, two_) && Request(third_, three_));
   EXPECT_FALSE(Request(third_, three_)) << "a repeat of one that waits";
   EXPECT_THAT(Statuses(), testing::ElementsAre(2, 2, 7));
   one_.running.acquire();
@@ -144,8 +142,7 @@ TEST(Toolpath, EndsForAnyNumbers) {
 TEST(Toolpath, GoesAroundAtEachStepAndLevel) {
   const HostFeature::Point square[] = {{0, 0}, {0.02, 0}, {0.02, 0.01}, {0, 0.01}};
   const Toolpath path = ComputeToolpath({square, 0.012, 0.008, 0.002, 1e-6}, GoOn);
-  EXPECT_EQ(path.levels, 3);
-  EXPECT_EQ(path.contours, 24);
+  EXPECT_EQ(std::pair(path.levels, path.contours), std::pair(3, 24));
   // Eight contours per level: the sides, and a circle for the corners.
   double length = 0;
   for (int i = 0; i < 8; ++i) length += 0.06 + 2 * 3.14159265358979 * (0.004 + 0.002 * i);
@@ -175,28 +172,22 @@ struct JobCommand : kvtest::CommandTest {
 
 TEST_F(JobCommand, ReportsWhatBecameOfEachJob) {
   const std::string file = NewDocument("a.kvdoc", {"--nodes", "16"});
-  const struct {
-    const char* options;
-    int exit_code, status;
-    const char* threads = "1";  // the setting ThreadMulti
-  } rows[] = {{"--jobs 2", 0, 1},
-              {"--jobs 2", 0, 1, "0"},
-              {"--command recalculate --parents", 0, 1},
-              {"--command fail", 1, 5},
-              {"--command crash", 1, 5},
-              {"--cancel-after 0", 1, 4},
-              {"--cancel-after 0", 1, 4, "0"}};
-  for (const auto& row : rows) {
-    std::vector<std::string> words = kvtest::WordsOf(std::string("run --json ") + row.options);
+  // Options, the setting ThreadMulti, exit code, status of each job.
+  const std::tuple<std::string, const char*, int, int> rows[] = {
+      {"--jobs 2", "1", 0, 1},        {"--jobs 2", "0", 0, 1},        {"--command recalculate --parents", "1", 0, 1},
+      {"--command fail", "1", 1, 5},  {"--command crash", "1", 1, 5}, {"--cancel-after 0", "1", 1, 4},
+      {"--cancel-after 0", "0", 1, 4}};
+  for (const auto& [options, threads, exit_code, status] : rows) {
+    std::vector<std::string> words = kvtest::WordsOf("run --json " + options);
     words.push_back(file);
-    kvtest::RunCommand({"settings", "set", "ThreadMulti", row.threads});
+    kvtest::RunCommand({"settings", "set", "ThreadMulti", threads});
     const auto result = Run(words);
-    EXPECT_EQ(result.exit_code, row.exit_code) << result;
+    EXPECT_EQ(result.exit_code, exit_code) << result;
     const auto jobs = nlohmann::json::parse(result.out)["jobs"];
     ASSERT_GE(jobs.size(), 2u);
     for (const auto& job : jobs) {
-      EXPECT_EQ(job["status"], row.status) << row.options << job;
-      EXPECT_EQ(job["timeTaken"].get<std::string>().empty(), row.exit_code != 0);
+      EXPECT_EQ(job["status"], status) << options << job;
+      EXPECT_EQ(job["timeTaken"].get<std::string>().empty(), exit_code != 0);
     }
   }
   EXPECT_EQ(Run({"run", "none.kvdoc"}).exit_code, 3);
@@ -269,13 +260,9 @@ TEST_F(JobCommand, CtrlCTerminatesTheJobs) {
   EXPECT_THAT(said, testing::ContainsRegex("^[^\n]+, Generate toolpath: running\n"));
   const auto jobs = nlohmann::json::parse(kvtest::ReadFile(out))["jobs"];
   ASSERT_GT(jobs.size(), 100u);
-  std::size_t terminated = 0, begun = 0;
-  for (const auto& job : jobs) {
-    terminated += job["status"] == 4;
-    begun += job["start"] != "";
-  }
-  EXPECT_EQ(terminated, jobs.size());
-  EXPECT_EQ(begun, 2u) << "the others never begin";
+  EXPECT_TRUE(std::all_of(jobs.begin(), jobs.end(), [](const auto& job) { return job["status"] == 4; }));
+  EXPECT_EQ(std::count_if(jobs.begin(), jobs.end(), [](const auto& job) { return job["start"] != ""; }), 2)
+      << "the others never begin";
 }
 
 }  // namespace

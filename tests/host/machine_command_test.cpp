@@ -118,12 +118,11 @@ TEST_F(MachineCommand, ChecksAndFailsOnErrorsOnly) {
   Write(kGood);
   EXPECT_EQ(Out(Words("check")), xml_ + ": nothing found\n");
   Write("<more/>" + std::string(kGood));
-  const RunResult malformed = {1,
-                               xml_ +
-                                   ":1:9: error: a second root element follows the first (byte 8); nothing is read\n1 "
-                                   "error, 0 warnings, 0 notes\n",
-                               ""};
-  EXPECT_EQ(Run(Words("check")), malformed);
+  EXPECT_EQ(Run(Words("check")),
+            (RunResult{1,
+                       xml_ + ":1:9: error: a second root element follows the first (byte 8); nothing is read\n"
+                              "1 error, 0 warnings, 0 notes\n",
+                       ""}));
   std::vector<std::string> words = Words("check");
   words.emplace_back("--json");
   const RunResult json = Run(words);

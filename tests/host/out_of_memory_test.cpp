@@ -2,7 +2,6 @@
 // there before stays whole, the operation works again, and no memory is lost.
 #include <fmt/format.h>
 
-#include <functional>
 #include <new>
 #include <optional>
 
@@ -22,15 +21,21 @@ using namespace kvtest;
 
 namespace {
 
-// `run` returns true if it did its work, `check` looks at what is there after it.
-void FailEachAllocation(const std::function<bool()>& run, const std::function<void(bool done)>& check) {
+// `run` raises or returns false if it did not do its work, `check` looks at what is there after it.
+template <class Run>
+void FailEachAllocation(const Run& run, const std::function<void(bool done)>& check) {
   const auto attempt = [&](long number) {
     bool done = false;
     std::string what;
     heap.failed = false;
     heap.until_failure = number;
     try {
-      done = run();
+      if constexpr (std::is_void_v<decltype(run())>) {
+        run();
+        done = true;
+      } else {
+        done = run();
+      }
     } catch (const std::exception& failure) {
       heap.until_failure = 0;
       what = failure.what();
@@ -73,10 +78,7 @@ TEST_F(OutOfMemory, LoadOfADocumentRaises) {
   document_.NodeAt(document_.NodeCount() - 1).Recycle();
   SaveDocument(document_, path_);
   std::unique_ptr<HostDocument> loaded;
-  const auto load = [&] {
-    loaded = DocumentLoader(path_, DocumentLoader::Mode::kStrict).Load();
-    return true;
-  };
+  const auto load = [&] { loaded = DocumentLoader(path_, DocumentLoader::Mode::kStrict).Load(); };
   load();
   const std::string expected = Stored(*std::exchange(loaded, nullptr));
   FailEachAllocation(load, [&](bool done) {
@@ -94,16 +96,13 @@ TEST_F(OutOfMemory, SaveOfADocumentKeepsTheOldFile) {
   RepeatFeatures(document_);
   SaveDocument(document_, path_);
   const std::string expected = Stored(document_);
-  const auto save = [&] {
-    SaveDocument(document_, path_);
-    return true;
-  };
-  FailEachAllocation(save, [&](bool) {
-    EXPECT_TRUE(Stored(document_) == expected);
-    const auto loaded = DocumentLoader(path_, DocumentLoader::Mode::kStrict).Load();
-    const ActiveDocument active(loaded.get());
-    EXPECT_TRUE(Stored(*loaded) == expected);
-  });
+  FailEachAllocation([&] { SaveDocument(document_, path_); },
+                     [&](bool) {
+                       EXPECT_TRUE(Stored(document_) == expected);
+                       const auto loaded = DocumentLoader(path_, DocumentLoader::Mode::kStrict).Load();
+                       const ActiveDocument active(loaded.get());
+                       EXPECT_TRUE(Stored(*loaded) == expected);
+                     });
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder_.Path()), {}), 1);
 }
 
@@ -143,21 +142,12 @@ TEST_F(OutOfMemory, SettingsTreeIsStoredLoadedAndRestored) {
   const auto copy = [&] {
     std::unique_ptr<CObject> loaded;
     Load(Stored(settings), [&](CArchive& ar) { loaded.reset(ar.ReadObject(nullptr)); });
-    return true;
   };
   FailEachAllocation(copy, [&](bool) { EXPECT_TRUE(Stored(settings) == expected); });
   QFAppSettings application;
-  const auto save = [&] {
-    application.SaveValuesToRegistry();
-    return true;
-  };
-  FailEachAllocation(save, [](bool) {});
+  FailEachAllocation([&] { application.SaveValuesToRegistry(); }, [](bool) {});
   std::optional<QFAppSettings> restored(std::in_place);  // a tree keeps replaced values until its end
-  const auto restore = [&] {
-    restored->RestoreValuesFromRegistry();
-    return true;
-  };
-  FailEachAllocation(restore, [&](bool) { restored.emplace(); });
+  FailEachAllocation([&] { restored->RestoreValuesFromRegistry(); }, [&](bool) { restored.emplace(); });
 }
 
 TEST_F(OutOfMemory, ImportOfRegistryTextIsWholeOrNothing) {

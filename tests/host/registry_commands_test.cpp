@@ -64,20 +64,16 @@ TEST_F(RegistryCommands, QueryFindsOneValueAndWhatIsBelow) {
 TEST_F(RegistryCommands, AsksBeforeItDestroys) {
   Reg("add @ /v X /d 1");
   const std::string file = folder_.Write("old.reg", "old").string();
-  const struct {
-    std::string words;
-    const char* answer;
-    std::string refusal;
-  } rows[] = {
+  const std::tuple<std::string, const char*, std::string> rows[] = {
       {"add @ /v X /d 2", " /f", "value X exists; add /f to overwrite it"},
       {"export @ " + file, " /y", file + " exists; add /y to overwrite it"},
       {"delete @ /v x", " /f", "deleting the value x of " + kKey + " needs /f"},
       {"delete @ /va", " /f", "deleting all values of " + kKey + " needs /f"},
       {"delete @", " /f", "deleting the key " + kKey + " with everything below it needs /f"},
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(Reg(row.words), Refused(row.refusal));
-    EXPECT_EQ(Reg(row.words + row.answer), kSuccess) << row.refusal;
+  for (const auto& [words, answer, refusal] : rows) {
+    EXPECT_EQ(Reg(words), Refused(refusal));
+    EXPECT_EQ(Reg(words + answer), kSuccess) << refusal;
   }
   EXPECT_EQ(ReadFile(file).substr(0, 2), "\xFF\xFE");
   EXPECT_EQ(Reg("query @").exit_code, 1);
@@ -85,10 +81,7 @@ TEST_F(RegistryCommands, AsksBeforeItDestroys) {
 
 TEST_F(RegistryCommands, SaysWhatIsMissingOrWrong) {
   Reg("add @");
-  const struct {
-    const char* words;
-    RunResult wanted;
-  } rows[] = {
+  const std::pair<const char*, RunResult> rows[] = {
       {"query @\\No", Refused("there is no key " + kKey + "\\No; check the name", 1)},
       {"query @ /v No", Refused("there is no value No in " + kKey, 1)},
       {"delete @ /v No /f", Refused("there is no value No in " + kKey, 1)},
@@ -96,7 +89,7 @@ TEST_F(RegistryCommands, SaysWhatIsMissingOrWrong) {
       {"import /no/such/file.reg", Refused("cannot read /no/such/file.reg: the folder does not exist")},
       {"import /", Refused("cannot read /: it is a folder")},
   };
-  for (const auto& row : rows) EXPECT_EQ(Reg(row.words), row.wanted);
+  for (const auto& [words, wanted] : rows) EXPECT_EQ(Reg(words), wanted);
 }
 
 TEST_F(RegistryCommands, ScriptsGetValuesAloneAndPipes) {

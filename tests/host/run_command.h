@@ -1,15 +1,10 @@
 // Runs the built command line as a user would.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <cstdlib>
 #include <iterator>
 #include <nlohmann/json.hpp>
-#include <ostream>
 #include <sstream>
-#include <string>
-#include <vector>
 
 #include "tests/folders.h"
 #include "tests/registry_calls.h"
@@ -21,8 +16,7 @@ namespace kvtest {
 struct RunResult {
   // 128 or more: a signal ended the command.
   int exit_code = 0;
-  std::string out;
-  std::string err;
+  std::string out, err;
 
   bool operator==(const RunResult&) const = default;
   friend std::ostream& operator<<(std::ostream& stream, const RunResult& result) {
@@ -42,6 +36,12 @@ inline RunResult RunCommand(const std::vector<std::string>& arguments, const std
   const std::filesystem::path out = folder.Path() / "out", err = folder.Path() / "err";
   const int code = RunProgram(BuiltFile("bin/kestrova"), arguments, folder.Write("in", input), out, err);
   return {code, ReadFile(out), ReadFile(err)};
+}
+
+// The JSON with these values changed: it equals the former one if that has them.
+inline nlohmann::json With(nlohmann::json json, const nlohmann::json& values) {
+  json.merge_patch(values);
+  return json;
 }
 
 // The words of a line, separated by blanks.

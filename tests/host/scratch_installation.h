@@ -2,10 +2,6 @@
 // example installation. Commands of the test use it while the object lives.
 #pragma once
 
-#include <cstdlib>
-#include <filesystem>
-#include <string>
-
 #include "platform/process.h"
 #include "tests/folders.h"
 #include "tests/host/run_command.h"

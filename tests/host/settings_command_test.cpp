@@ -32,22 +32,15 @@ TEST_F(SettingsCommand, SetsGetsAndResetsInTheRegistry) {
   EXPECT_EQ(Get(HKEY_CURRENT_USER, kDisplay, _T("LineWidth")), (Stored{REG_DWORD, Raw(5)}));
   EXPECT_EQ(Out({"get", "LineWidth"}), "Display/LineWidth = 5  (default 2)\n");
   EXPECT_EQ(Json({"get", "QFDisplaySettings/LineWidth"}),
-            (nlohmann::json{{"group", "QFDisplaySettings"},
-                            {"path", "Software\\Zemlor\\Kestrova\\Display"},
-                            {"name", "LineWidth"},
-                            {"type", "int"},
-                            {"value", 5},
-                            {"default", 2}}));
+            nlohmann::json::parse(R"({"group": "QFDisplaySettings", "path": "Software\\Zemlor\\Kestrova\\Display",
+                                      "name": "LineWidth", "type": "int", "value": 5, "default": 2})"));
   EXPECT_EQ(Out({"reset", "LineWidth"}), "Display/LineWidth: 5 -> 2\n");
-  Key key;
-  ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, kDisplay, 0, KEY_READ, &key), ERROR_SUCCESS);
-  EXPECT_EQ(Number(key, _T("LineWidth")), -ERROR_FILE_NOT_FOUND);
+  EXPECT_EQ(Number(Key(HKEY_CURRENT_USER, kDisplay), _T("LineWidth")), -ERROR_FILE_NOT_FOUND);
 }
 
 TEST_F(SettingsCommand, TakesEveryTypeAndRefusesOthers) {
-  const struct {
-    const char *name, *text, *shown;  // null if the text is refused
-  } rows[] = {
+  // Null if the text is refused.
+  const std::tuple<const char*, const char*, const char*> rows[] = {
       {"ThreadNum", "0x10", "16"},
       {"ThreadNum", "2147483648", nullptr},
       {"ThreadNum", "", nullptr},
@@ -60,11 +53,11 @@ TEST_F(SettingsCommand, TakesEveryTypeAndRefusesOthers) {
       {"LastCheckTime", "4294967296", nullptr},
       {"ToolbarButtons", "0,1,", nullptr},
   };
-  for (const auto& row : rows) {
-    const RunResult result = Run({"set", row.name, "--", row.text});
-    EXPECT_EQ(result.exit_code, row.shown ? 0 : 2) << row.name << ' ' << row.text << '\n' << result;
-    const std::string shown = row.shown ? std::string(" -> ") + row.shown + "\n" : " takes ";
-    EXPECT_NE((row.shown ? result.out : result.err).find(shown), std::string::npos) << shown << result;
+  for (const auto& [name, text, taken] : rows) {
+    const RunResult result = Run({"set", name, "--", text});
+    EXPECT_EQ(result.exit_code, taken ? 0 : 2) << name << ' ' << text << '\n' << result;
+    const std::string shown = taken ? std::string(" -> ") + taken + "\n" : " takes ";
+    EXPECT_NE((taken ? result.out : result.err).find(shown), std::string::npos) << shown << result;
   }
 }
 

@@ -59,17 +59,14 @@ TEST_F(TechDBCommand, ListsAndActivates) {
               HasSubstr("'ms-access' Default=\"True\"><filePath>"));
   const auto list = Json({"list"});
   EXPECT_EQ(list["mode"], "configuration");
-  EXPECT_EQ(list["databases"].size(), 3u);
-  EXPECT_EQ(list["databases"][1]["active"], true);
-  EXPECT_EQ(list["databases"][1]["missing"], true);
+  ASSERT_EQ(list["databases"].size(), 3u);
+  EXPECT_EQ(list["databases"][1], With(list["databases"][1], {{"active", true}, {"missing", true}}));
   EXPECT_EQ(list["databases"][2]["name"], "SERVER=127.0.0.1,1;DATABASE=tech");
   std::filesystem::create_directory(tech_ + "old.mdb");
   EXPECT_THAT(Out({"list"}), HasSubstr("old.mdb (missing, a folder has its name)\n"));
   EXPECT_EQ(Run({"test"}), Refused(tech_ + "old.mdb is a folder, not a database file"));
   const auto activated = Json({"activate", "1"});
-  EXPECT_EQ(activated["from"], 2);
-  EXPECT_EQ(activated["to"], 1);
-  EXPECT_EQ(activated["database"]["missing"], false);
+  EXPECT_EQ(activated, With(activated, {{"from", 2}, {"to", 1}, {"database", {{"missing", false}}}}));
   EXPECT_EQ(Run({"activate", "4"}), Refused("there is no database 4; " + tech_ + "database.config lists 3", 1));
 }
 
@@ -95,8 +92,7 @@ TEST_F(TechDBCommand, AQueryChangesNothing) {
   const std::filesystem::path file = folder_.Path() / "TechDB/TechDB.kvdb";
   const std::string before = ReadFile(file);
   const std::string alone =
-      "the database is open for reading only: a query begins with SELECT, WITH, VALUES or EXPLAIN, not with "
-      "\"";
+      "the database is open for reading only: a query begins with SELECT, WITH, VALUES or EXPLAIN, not with \"";
   for (const std::string word : {"Delete FROM Tools", "PRAGMA query_only = 0", "ATTACH 'other.kvdb' AS other"})
     EXPECT_EQ(Run({"query", "/* SELECT */ -- SELECT\n(" + word}),
               Refused(alone + word.substr(0, word.find(' ')) + "\""));

@@ -1,5 +1,4 @@
 // Commands that are killed while they save, and commands of many processes that write to the registry at once.
-#include <filesystem>
 #include <random>
 #include <thread>
 

@@ -1,16 +1,42 @@
-// Files of the registry's hives that can't be used: what the commands say.
+// What commands do beyond what every system has: completion in the shells, output that a full disk does not take, and
+// files of the registry's hives that can't be used.
 #include <sqlite3.h>
+#include <sys/wait.h>
 
 #include <chrono>
 
-#include "tests/host/run_command.h"
+#include "tests/host/user_shell.h"
 
 namespace {
 
 using namespace kvtest;
 
-class HiveFiles : public CommandTest {
- protected:
+TEST(Completion, EachShellAsksForTheCandidates) {
+  const kvtest::UserShell shell;
+  const std::string typed =
+      "COMP_WORDS=(kestrova machine show --type Mill) COMP_CWORD=4\n_kestrova\necho ${COMPREPLY[*]}";
+  EXPECT_EQ(shell.Run("kestrova completion bash >script; echo '" + typed + "' >>script; bash script"),
+            kvtest::Prints("Mill MillTurn\n"));
+  // Without zsh and fish only the lines that register the function.
+  EXPECT_NE(shell.Run("kestrova completion zsh").out.find("\n  compdef _kestrova kestrova\n"), std::string::npos);
+  EXPECT_NE(shell.Run("kestrova completion fish").out.find("\ncomplete -c kestrova -f -a "), std::string::npos);
+}
+
+struct FullDisk : CommandTest {
+  FullDisk() : CommandTest("document") {}
+};
+
+TEST_F(FullDisk, OfTheOutputIsAFailure) {
+  const std::string file = NewDocument("a.kvdoc", {"--nodes", "3"});
+  for (const char* command : {"show", "dump", "verify"}) {
+    const std::string line = kvtest::BuiltFile("bin/kestrova").string() + " document " + command + " \"" + file +
+                             "\" >/dev/full 2>\"" + File("err") + "\"";
+    EXPECT_EQ(WEXITSTATUS(std::system(line.c_str())), 3) << command;
+    EXPECT_EQ(ReadFile(File("err")), "kestrova: the output is incomplete; check whether the disk is full\n");
+  }
+}
+
+struct HiveFiles : CommandTest {
   HiveFiles() : CommandTest("reg") {}
 };
 
