@@ -1,4 +1,5 @@
-// Rules for all sources: includes point down only, and code for an operating system is only in the platform layer.
+// Rules for all sources: includes point down only, code for an operating system is only in the platform layer, and what
+// the command line prints passes host/shell/output.h, which makes names and values harmless for a terminal.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -70,19 +71,17 @@ int LayerOf(const std::string& path) {
 
 // Rooms of share/ and host/ by rank: each may include only rooms of a lower rank. Files directly in share/ or host/ may
 // include every room.
-constexpr struct {
-  int rank;
-  std::string_view room;
-} kRooms[] = {{0, "share/core"},        {1, "share/utilities"}, {2, "share/settings"},  {3, "share/env"},
-              {4, "share/objects"},     {5, "share/machine"},   {5, "share/jobs"},      {5, "share/display"},
-              {5, "share/diagnostics"}, {6, "share/patterns"},  {6, "share/interface"}, {0, "host/shell"},
-              {1, "host/document"},     {1, "host/registry"},   {1, "host/settings"},   {1, "host/machine"},
-              {1, "host/environment"},  {2, "host/module"},     {2, "host/jobs"},       {3, "host/pictures"},
-              {4, "host/commands"}};
+constexpr std::pair<int, std::string_view> kRooms[] = {
+    {0, "share/core"},        {1, "share/utilities"}, {2, "share/settings"},  {3, "share/env"},
+    {4, "share/objects"},     {5, "share/machine"},   {5, "share/jobs"},      {5, "share/display"},
+    {5, "share/diagnostics"}, {6, "share/patterns"},  {6, "share/interface"}, {0, "host/shell"},
+    {1, "host/document"},     {1, "host/registry"},   {1, "host/settings"},   {1, "host/machine"},
+    {1, "host/environment"},  {2, "host/module"},     {2, "host/jobs"},       {3, "host/pictures"},
+    {4, "host/commands"}};
 
 int RankOf(std::string_view room) {
-  for (const auto& row : kRooms)
-    if (row.room == room) return row.rank;
+  for (const auto& [rank, name] : kRooms)
+    if (name == room) return rank;
   return -1;
 }
 
@@ -136,9 +135,16 @@ TEST(House, TextIsWrittenWithTheTypesOfThePlatform) {
 
 TEST(House, OnlyThePlatformTestsForAnOperatingSystem) {
   const std::regex test(R"(^\s*#\s*(if|ifdef|ifndef|elif)\b.*(_WIN32|_WIN64|__linux__|__unix__|__APPLE__))");
-  for (const auto& [line, match] : Matches(test)) {
+  for (const auto& [line, match] : Matches(test))
     EXPECT_TRUE(line.file.starts_with("platform/")) << line.place << " " << line.text;
-  }
+}
+
+TEST(House, OutputIsPrintedByOnePlaceOnly) {
+  const std::regex direct("std::(cout|cerr)|\\b(puts|putchar|printf|vprintf|fputs)\\(|fmt::print\\(");
+  // Progress and the lines of running jobs draw on stderr.
+  const std::regex border("host/shell/(output|progress_bar)|host/jobs/job_screen");
+  for (const auto& [line, match] : Matches(direct))
+    EXPECT_TRUE(!line.file.starts_with("host/") || std::regex_search(line.file, border)) << line.place << line.text;
 }
 
 TEST(House, PublicHeadersCompileWithoutThirdPartyHeaders) {
