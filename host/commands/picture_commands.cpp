@@ -10,7 +10,9 @@
 #include "host/document/open_document.h"
 #include "host/machine/machine_folder.h"
 #include "host/module/main_module.h"
+#include "host/pictures/gdi_picture.h"
 #include "host/pictures/machine_picture.h"
+#include "host/pictures/opengl_picture.h"
 #include "host/pictures/png_file.h"
 #include "host/pictures/recording.h"
 #include "host/pictures/recording_picture.h"
@@ -37,9 +39,9 @@ Suppressed and recycled operations are left out, unless --node names one.
 --of machine: FILE is a definition, KestrovaAPT.xml, its folder, or the name of a machine of the environment. Its solids are drawn as their STL files put them, in
 the colours of the shape lists (--colors own: of the definition), with the axes and the origins of the fixtures.
 
-The name of OUT chooses what is made. OUT.png is an image by OpenGL, with names and a legend; it needs no display.
-OUT.svg is a vector image. Any other OUT is a recording of lines and triangles: OUT gets its binary form, and OUT.txt the readable one. kestrova picture
-replay draws a recording.
+The name of OUT chooses what is made. OUT.png is an image by OpenGL, or with --by gdi on a device context, with names and
+a legend; it needs no display. OUT.svg is a vector image. Any other OUT is a recording of lines and triangles: OUT gets
+its binary form, and OUT.txt the readable one. kestrova picture replay draws a recording.
 
 --view shows everything from one side, in parallel projection; --eye gives a view with perspective, in the units of the
 file. JSON: {"file", "output"}, "operations" and "positions" or "shapes", "triangles" and "missing", and "width" and
@@ -211,6 +213,9 @@ void MakeImage(const Options& options, Subject& subject) {
   std::string bytes;
   if (EndsIn(options.out, ".svg")) {
     bytes = SvgOf(subject.Drawn(), options.view);
+  } else if (options.by == "gdi") {
+    const Pixels pixels = DrawByGdi(subject.Drawn(), options.view);
+    if (pixels.width > 0) bytes = PngOf(pixels);
   } else {
     OpenGLPicture image(options.view);
     if (image.Draw(subject.Drawn())) bytes = PngOf(image.Read());
@@ -236,8 +241,10 @@ std::unique_ptr<Subject> SubjectOf(const Options& options) {
 void Draw(Options& options) {
   if (options.out.empty()) throw CLI::RequiredError("--out");
   const bool image = IsImage(options.out);
-  if (options.by == "opengl" && !EndsIn(options.out, ".png"))
-    throw WrongUsage("--by opengl makes a PNG file; let the name of --out end in .png");
+  if ((options.by == "opengl" || options.by == "gdi") && !EndsIn(options.out, ".png"))
+    throw WrongUsage("--by " + options.by + " makes a PNG file; let the name of --out end in .png");
+  if (options.by == "gdi" && (options.of == "machine" || !options.eye.empty()))
+    throw WrongUsage("--by gdi has neither hidden surfaces nor perspective; leave it out");
   if (options.by == "file" && EndsIn(options.out, ".png"))
     throw WrongUsage("--by file makes a recording or an SVG file of its items; --out may not end in .png");
   ReadView(options);
@@ -284,7 +291,7 @@ void AddPictureCommands(CLI::App& group) {
   group.add_option("--of", options.of, "What to draw; default toolpath")->check(CLI::IsMember({"toolpath", "machine"}));
   group.add_option("--out", options.out, "The new file, such as part.png or part.kvrec");
   group.add_option("--by", options.by, "How to draw; default by the name of OUT")
-      ->check(CLI::IsMember({"opengl", "file"}));
+      ->check(CLI::IsMember({"opengl", "gdi", "file"}));
   group.add_option("--node", options.node, "Only the operation with this id");
   group.add_option("--highlight", options.highlight, "Draw the operation with this id over the others");
   group.add_option("--colors", options.colors, "Of a machine's shapes; default lists")

@@ -51,13 +51,13 @@ std::string WhyNoSolid(const CString& path) {
              : SystemPathFromProduct(path) + " is no STL file";
 }
 
-Solid LoadSolid(const std::string& file) {
+std::vector<StlTriangle> ReadTriangles(const std::string& file) {
   std::vector<StlTriangle> triangles;
   StlFailure failure;
   const std::string bytes = ReadWholeFile(file, kMostSolidBytes);
   if (bytes.size() > kMostSolidBytes)
     throw Failure(fmt::format("{} is larger than the {} bytes that are read", file, kMostSolidBytes), {.file = file});
-  if (ReadStl(bytes, triangles, failure)) return SolidOf(triangles);
+  if (ReadStl(bytes, triangles, failure)) return triangles;
   if (failure.line > 0)
     throw Failure(fmt::format("{}:{}: {}", file, failure.line, failure.reason), {.file = file, .line = failure.line});
   throw Failure(fmt::format("{}: byte {}: {}", file, failure.byte, failure.reason), {.file = file});
@@ -109,7 +109,7 @@ void MachinePicture::LoadShapes(const std::string& folder, Colors colors) {
     const std::string file = SystemPathFromProduct(path);
     std::shared_ptr<const Solid>& solid = solids[file];
     if (!solid) {
-      solid = std::make_shared<const Solid>(LoadSolid(file));
+      solid = std::make_shared<const Solid>(SolidOf(ReadTriangles(file)));
       loaded += solid->triangles.size();
       for (const StlPoint& point : solid->points) extent.Add(PositionOf(point));
     }

@@ -1,7 +1,7 @@
 #include "host/pictures/opengl_picture.h"
 
-#include <algorithm>
-
+#include "framework/device_context.h"
+#include "host/pictures/flat_drawing.h"
 #include "host/pictures/light.h"
 #include "host/shell/failure.h"
 #include "platform/opengl.h"
@@ -11,7 +11,6 @@ namespace {
 
 constexpr int kSamples = 4;
 constexpr int kMostSampledPixels = 20'000'000;  // of the larger image; above it, there is one sample a pixel
-constexpr double kMarkSize = 9;                 // pixels
 
 PictureStyle StyleOf(const ViewOptions& view, bool smooth) { return {view.dark ? kOnDark : kOnWhite, smooth ? 2 : 1}; }
 
@@ -79,69 +78,6 @@ void FillBackground(DWORD color) {
   glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
 }
 
-// The average of the four pixels that become one.
-Pixels Halved(const Pixels& large) {
-  Pixels pixels = {large.width / 2, large.height / 2, {}};
-  pixels.rgb.resize(std::size_t(pixels.width) * std::size_t(pixels.height) * 3);
-  const std::size_t row = std::size_t(large.width) * 3;
-  BYTE* to = pixels.rgb.data();
-  for (int y = 0; y < pixels.height; ++y) {
-    const BYTE* from = large.rgb.data() + 2 * std::size_t(y) * row;
-    for (int x = 0; x < pixels.width; ++x, from += 6)
-      for (int channel = 0; channel < 3; ++channel)
-        *to++ = BYTE((from[channel] + from[channel + 3] + from[row + std::size_t(channel)] +
-                      from[row + std::size_t(channel) + 3] + 2) /
-                     4);
-  }
-  return pixels;
-}
-
-DWORD ColorOf(const PlacedMark& mark, const PictureStyle& style) {
-  return mark.mark->color ? mark.mark->color : style.colors.lines;
-}
-
-// Draws in pixels of the picture, from its top left corner.
-class FlatDrawing {
- public:
-  FlatDrawing(QFDisplayInfo& display, const PictureStyle& style) : display_(display), style_(style) {}
-
-  void Line(double x, double y, double toX, double toY, DWORD color, int width) {
-    display_.SetColor(color);
-    display_.SetLineWidthWithInit(width * style_.scale);
-    display_.DrawLine({x, y, 0}, {toX, toY, 0});
-  }
-  void Area(double left, double top, double right, double bottom, DWORD color) {
-    display_.SetColor(color);
-    for (const FRPosition& corner : {FRPosition(left, bottom, 0), FRPosition(right, top, 0)}) {
-      CList<FRPosition> points;
-      CList<FRUnitVector> normals;
-      points.AddTail(FRPosition(left, top, 0));
-      points.AddTail(corner);
-      points.AddTail(FRPosition(right, bottom, 0));
-      display_.DrawTriangle(points, normals);
-    }
-  }
-  void Point(double x, double y, double size, DWORD color) {
-    display_.SetColor(color);
-    display_.DrawPlaneEllipse({x, y, 0}, size * style_.scale, size * style_.scale);
-  }
-  // The text in its colour on a border of the background's colour.
-  void Text(double left, double middle, const std::string& utf8, DWORD color) {
-    const CString text = FromUtf8(utf8);
-    const double base = middle + kTextHeight * 0.36;
-    display_.SetColor(style_.colors.background);
-    for (int dx = -1; dx <= 1; ++dx)
-      for (int dy = -1; dy <= 1; ++dy)
-        if (dx || dy) display_.DrawText({left + dx, base + dy, 0}, text);
-    display_.SetColor(color);
-    display_.DrawText({left, base, 0}, text);
-  }
-
- private:
-  QFDisplayInfo& display_;
-  const PictureStyle& style_;
-};
-
 }  // namespace
 
 OpenGLPicture::OpenGLPicture(const ViewOptions& view, bool smooth)
@@ -194,30 +130,10 @@ void OpenGLPicture::DrawTexts(const PictureLayout& layout) {
   glLoadIdentity();
   glDisable(GL_DEPTH_TEST);
   QFDisplayInfo display(/*useOpenGL=*/1, /*window=*/nullptr, FRTransf());
-  display.SetFont(-kTextHeight * scale, /*weight=*/400, 0, 0, _T("DejaVu Sans"));
-  display.InitialiseGraphics();
-  FlatDrawing flat(display, style_);
-  for (const PlacedMark& mark : layout.marks) {
-    const DWORD color = ColorOf(mark, style_);
-    if (mark.mark->has_point) {
-      flat.Point(mark.x, mark.y, kMarkSize, style_.colors.background);
-      flat.Point(mark.x, mark.y, kMarkSize - 3, color);
-    }
-    if (mark.has_leader) flat.Line(mark.x, mark.y, mark.LeaderEnd(), mark.middle, color, 1);
-  }
-  for (const PlacedMark& mark : layout.marks) flat.Text(mark.left, mark.middle, mark.mark->name, ColorOf(mark, style_));
-  for (const PlacedRow& row : layout.rows) {
-    const LegendRow& legend = *row.row;
-    if (legend.sample == LegendRow::Sample::kArea) {
-      flat.Area(row.left, row.middle - 7, row.left + kSampleWidth, row.middle + 7, legend.color);
-    } else {
-      display.SetLineStyle(legend.sample == LegendRow::Sample::kDashes);
-      flat.Line(row.left, row.middle, row.left + kSampleWidth, row.middle, legend.color, 2);
-      display.SetLineStyle(0);
-    }
-    flat.Text(row.TextLeft(), row.middle, legend.text, style_.colors.lines);
-  }
-  display.UninitialiseGraphics();
+  CImageDC characters;
+  characters.Create(1, 1, 0);
+  display.GetDisplayData()->SetDC(&characters);
+  DrawTextsOf(layout, style_, {.text_top = -0.36, .point = 1.0}, display);
 }
 
 Pixels OpenGLPicture::Read() {

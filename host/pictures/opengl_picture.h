@@ -2,19 +2,11 @@
 // and height, several samples a pixel, and then made smaller.
 #pragma once
 
-#include <vector>
-
 #include "host/pictures/picture_layout.h"
+#include "host/pictures/pixels.h"
 #include "platform/off_screen.h"
 
 namespace kestrova {
-
-// Three bytes a pixel, red, green, blue, the top row first.
-struct Pixels {
-  int width = 0;
-  int height = 0;
-  std::vector<BYTE> rgb;
-};
 
 class OpenGLPicture {
  public:

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "host/pictures/opengl_picture.h"
+#include "host/pictures/pixels.h"
 
 namespace kestrova {
 

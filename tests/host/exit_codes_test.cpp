@@ -70,6 +70,7 @@ constexpr Row kRows[] = {
     {"picture part.kvdoc --out x.png --target 1,2,3", 2, "--target needs --eye"},
     {"picture part.kvdoc --out x.png --eye 1,2,3 --target 1,2,3", 2, "--eye is where --target is"},
     {"picture part.kvdoc --out x.png --by file", 2, "--by file makes a recording or an SVG file"},
+    {"picture part.kvdoc --out x.png --by gdi --eye 1,2,3", 2, "--by gdi has neither hidden surfaces nor perspective"},
     {"picture part.kvdoc --out x.kvrec --by opengl", 2, "--by opengl makes a PNG file"},
     {"-V >/dev/null && __EGL_VENDOR_LIBRARY_FILENAMES=/none kestrova picture part.kvdoc --out x.png", 3,
      "cannot draw by OpenGL: EGL has no driver"},

@@ -5,6 +5,7 @@
 
 #include "host/document/open_document.h"
 #include "host/pictures/depth_order.h"
+#include "host/pictures/gdi_picture.h"
 #include "host/pictures/machine_picture.h"
 #include "host/pictures/opengl_picture.h"
 #include "host/pictures/recording.h"
@@ -56,6 +57,32 @@ TEST_F(Pictures, OfARecordingAreThoseOfTheDirectDrawing) {
   const std::string machine = kvtest::SourceFile("examples/machines/MillTurn/TwinTurret12").string();
   Bare<MachinePicture> solids(machine, MachinePicture::Colors::kOwn);
   ExpectReplayIsTheSame(solids);
+}
+
+// True if a pixel near the place is not white.
+bool IsDrawnNear(const Pixels& pixels, int x, int y) {
+  for (int row = std::max(y - 1, 0); row <= std::min(y + 1, pixels.height - 1); ++row)
+    for (int column = std::max(x - 1, 0); column <= std::min(x + 1, pixels.width - 1); ++column)
+      if (pixels.rgb[3 * std::size_t(row * pixels.width + column) + 1] < 0xE0) return true;
+  return false;
+}
+
+TEST_F(Pictures, OnADeviceContextHaveTheirLinesWhereOpenGLDrawsThem) {
+  if (!std::filesystem::exists(kvtest::LibraryFile("libKVSHAREdesktop.so"))) GTEST_SKIP() << "KV_DESKTOP=OFF";
+  const OpenDocument opened(NewDocument("part.kvdoc", {"--nodes", "12"}));
+  Bare<ToolpathPicture> toolpaths(*opened.document);
+  const Pixels opengl = PixelsOf(toolpaths), gdi = DrawByGdi(toolpaths, {.width = 320, .height = 240});
+  ASSERT_EQ(gdi.rgb.size(), opengl.rgb.size());
+  int drawn = 0, elsewhere = 0;
+  for (int y = 0; y < gdi.height; ++y) {
+    for (int x = 0; x < gdi.width; ++x) {
+      if (gdi.rgb[3 * std::size_t(y * gdi.width + x) + 1] >= 0xC0) continue;
+      ++drawn;
+      elsewhere += !IsDrawnNear(opengl, x, y);
+    }
+  }
+  EXPECT_GT(drawn, 1000);
+  EXPECT_LT(elsewhere, drawn / 100);
 }
 
 // Disjoint random triangles: of two that cover the same place of the image, the nearer one comes later.
