@@ -38,8 +38,13 @@ BOOL wglUseFontBitmapsW(HDC dc, DWORD first, DWORD count, DWORD listBase) {
   for (DWORD i = 0; i < count; ++i) {
     const CharacterBitmap& each = characters[i];
     glNewList(listBase + i, GL_COMPILE);
-    glBitmap(each.width, each.height, GLfloat(each.originX), GLfloat(each.originY), GLfloat(each.advance), 0,
-             each.bits.empty() ? nullptr : each.bits.data());
+    constexpr GLubyte kNoPixel = 0;
+    if (each.bits.empty() && each.advance != 0) {  // a blank; Mesa moves on only after a bitmap with a pixel
+      glBitmap(1, 1, 0, 0, GLfloat(each.advance), 0, &kNoPixel);
+    } else {
+      glBitmap(each.width, each.height, GLfloat(each.originX), GLfloat(each.originY), GLfloat(each.advance), 0,
+               each.bits.empty() ? nullptr : each.bits.data());
+    }
     glEndList();
   }
   return TRUE;
