@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 
 #include "host/shell/failure.h"
-#include "platform/errors.h"
+#include "host/shell/whole_file.h"
 #include "platform/paths.h"
 #include "share/display/file_display.h"
 
@@ -15,13 +15,6 @@ std::pair<CString, CString> Split(const std::string& file) {
   const CString path(ProductPathFromSystem(file).c_str());
   const int slash = path.ReverseFind(_T('\\'));
   return {slash < 0 ? CString(_T(".")) : path.Left(slash + 1), path.Mid(slash + 1)};
-}
-
-[[noreturn]] void ThrowNotWritten(const QFRecordingFailure& failure) {
-  const std::string file = SystemPathFromProduct(failure.path), reason = ErrorText(DWORD(failure.status));
-  if (!failure.replaced) throw Failure(fmt::format("cannot write {}: {}", file, reason), {.file = file});
-  throw Failure(fmt::format("{} is written, but may be the old file again after a power failure: {}", file, reason),
-                {.file = file});
 }
 
 }  // namespace
@@ -44,7 +37,8 @@ std::size_t Record(Picture& picture, const std::string& file) {
   }
   const std::size_t items = written.GetItems().size();
   QFRecordingFailure failure;
-  if (!written.WriteFiles(&failure)) ThrowNotWritten(failure);
+  if (!written.WriteFiles(&failure))
+    ThrowNotWritten(SystemPathFromProduct(failure.path), failure.status, failure.replaced);
   return items;
 }
 
