@@ -152,7 +152,7 @@ void ChangeDocument(const Options& options, const std::function<std::vector<Host
   document.FreezeIds(false);
   const std::vector<HostNode*> nodes = change(document);
   for (HostNode* node : nodes) node->UpdateLastModified();
-  SaveDocument(document, options.file);
+  if (!nodes.empty()) SaveDocument(document, options.file);
   PrintPatterns(document, options, nodes);
 }
 

@@ -15,17 +15,18 @@ bool CompleteUse(QFObject& object, QFObject& user) {
   return object.GetCountOfUserObjects() != before;
 }
 
-// Nothing uses a pattern, and a pattern is not recycled. Returns the number of dropped links.
-int DropUsers(QFObjectPatternMgr& manager) {
+// Nothing uses a part of a pattern, and none is recycled; a damaged file can say otherwise. Returns the number of
+// dropped links. Not the operation of the part's class: the orders would drop those of the users.
+int DropUsers(QFObject& part) {
   int dropped = 0;
-  if (QFObject* owner = manager.GetOriginalOwner()) {
-    manager.RemoveFromUserObjectsList(owner);
+  if (QFObject* owner = part.GetOriginalOwner()) {
+    part.QFObject::RemoveFromUserObjectsList(owner);
     ++dropped;
   }
   CObList users;
-  manager.GetAllUserObjects(&users);
+  part.GetAllUserObjects(&users);
   for (POSITION at = users.GetHeadPosition(); at; ++dropped)
-    manager.RemoveFromUserObjectsList(
+    part.QFObject::RemoveFromUserObjectsList(
         reinterpret_cast<QFObject*>(users.GetNext(at)));  // only the address is used: it may not be a QFObject
   return dropped;
 }
@@ -77,6 +78,7 @@ LinkFaults HostDocument::RepairOrders(QFPatternInfo& pattern) {
   QFPattOptimizMgr* const orders = pattern.GetPatternOptimMgr();
   if (!orders) return faults;
   m_orders.insert(orders);
+  faults.dangling = DropUsers(*orders);
   for (QFObject* object : orders->GetAllIdentifiers()) {
     if (!Owns(object)) {
       faults.dangling += orders->RemoveFromUserObjectsList(object);  // only the address is used
@@ -101,9 +103,10 @@ void HostDocument::UnlinkLostNodes() {
     if (QFObjectPatternMgr* const manager = node->GetPatternMgr()) {
       DropUsers(*manager);
       QFPatternInfo* const pattern = manager->GetPatternInfo();
-      if (pattern && pattern->GetPatternOptimMgr())
-        for (QFObject* object : pattern->GetPatternOptimMgr()->GetAllIdentifiers())
-          pattern->RemoveFromUserObjectsList(object);
+      if (QFPattOptimizMgr* orders = pattern ? pattern->GetPatternOptimMgr() : nullptr) {
+        DropUsers(*orders);
+        for (QFObject* object : orders->GetAllIdentifiers()) orders->RemoveOptimizedList(object);
+      }
     }
     node->DropLinks();
   }

@@ -166,8 +166,8 @@ LONGLONG HostLinearPattern::Count() const {
 }
 
 FRTransf HostLinearPattern::TransformOf(LONGLONG instance) const {
-  const double steps[] = {double(instance % m_rows[0].count) * m_rows[0].spacing,
-                          double(instance / m_rows[0].count) * m_rows[1].spacing};
+  const LONGLONG column = instance % m_rows[0].count, row = instance / m_rows[0].count;
+  const double steps[] = {double(column) * m_rows[0].spacing, double(row) * m_rows[1].spacing};
   const FRUnitVector &a = m_rows[0].direction, &b = m_rows[1].direction;
   return GetTranslateTransf(
       {a.x() * steps[0] + b.x() * steps[1], a.y() * steps[0] + b.y() * steps[1], a.z() * steps[0] + b.z() * steps[1]});

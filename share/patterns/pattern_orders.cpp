@@ -70,8 +70,9 @@ QFPattOptimizMgr::~QFPattOptimizMgr() { ClearOptimList(); }
 
 void QFPattOptimizMgr::Serialize(CArchive& ar) {
   ar.SerializeClass(RUNTIME_CLASS(QFPattOptimizMgr));
-  ar.GetObjectSchema();         // not used; reading it ends the record
-  QFBaseObject::Serialize(ar);  // not QFObject's: see the layout
+  ar.GetObjectSchema();  // not used; reading it ends the record
+  // NOLINTNEXTLINE(bugprone-parent-virtual-call): not QFObject's, see the layout
+  QFBaseObject::Serialize(ar);
   m_OptimLists.SerializeOwned(ar, RUNTIME_CLASS(QFPattOptimizedList));
 }
 

@@ -3,6 +3,13 @@
 
 #include <cmath>
 
+#include "host/document/document_check.h"
+#include "host/document/object_archive.h"
+#include "host/document/pattern_kinds.h"
+#include "share/patterns/pattern_manager.h"
+#include "share/patterns/pattern_orders.h"
+#include "tests/archive_bytes.h"
+#include "tests/host/document_fixture.h"
 #include "tests/host/run_command.h"
 
 namespace {
@@ -73,6 +80,53 @@ TEST_F(PatternCommand, ChangesAreSavedShownAndSurviveARebuild) {
   const std::string before = kvtest::ReadFile(part_);
   EXPECT_EQ(Run({"skip", part_, "7", "2,9"}).exit_code, 2);
   EXPECT_EQ(kvtest::ReadFile(part_), before) << "nothing of a wrong change is written";
+}
+
+using kvtest::DocumentTest;
+
+TEST_F(DocumentTest, FaultsOfPatternsAreFoundAndRepaired) {
+  using namespace kestrova;
+  auto& feature = Add<HostFeature>(nullptr, _T("F"));
+  auto& operation = Add<HostOperation>(&feature, _T("O"));
+  HostOperation stranger;
+  const auto pattern = [&] { return feature.GetPatternMgr()->GetPatternInfo(); };
+  CArray<int, int&> order;
+  const std::string lost = "1 reference to an object outside the document";
+  const struct {
+    std::function<void()> damage;
+    std::string findings;
+  } rows[] = {
+      {[] {}, ""},
+      {[&] { feature.GetPatternMgr()->SetPatternInfo(nullptr, 1); },
+       "HostFeature \"F\" has a pattern without a description"},
+      {[&] {
+         feature.GetPatternMgr()->SetPatternInfo(new HostLinearPattern({FRXAxis, 1e9, 2}, {}), 1);
+       },
+       "HostFeature \"F\" has a pattern whose parameters are invalid"},
+      {[&] { operation.RemoveFromUserObjectsList(pattern()->GetPatternOptimMgr()); },
+       "HostFeature 1 \"F\" has 1 use that only one side has"},
+      {[&] { pattern()->SetOptimizedList(&stranger, order); },
+       "HostFeature 1 \"F\" has " + lost + "|objects in no list of the document: 1 HostOperation"},
+      {[&] { feature.GetPatternMgr()->SetOwner(&operation); }, "HostFeature 1 \"F\" has " + lost},
+  };
+  for (const auto& row : rows) {
+    feature.DestroyPattern();
+    feature.CreatePattern();
+    feature.GetPatternMgr()->SetPatternInfo(new HostLinearPattern({FRXAxis, 0.01, 2}, {}), 1);
+    pattern()->SetOptimizedList(&operation, order);
+    row.damage();
+    std::string bytes = kvtest::Store([&](CArchive& ar) { ar.WriteObject(&document_); });
+    CMemFile file(reinterpret_cast<BYTE*>(bytes.data()), bytes.size());
+    LoadReport report, second;
+    const auto loaded = ReadObjectArchive(file, /*salvage=*/true, report);
+    loaded->CorrectIndexer();
+    CheckDocument(*loaded, CheckMode::kRepair, report);
+    std::string findings;
+    for (const auto& finding : report.findings) findings += (findings.empty() ? "" : "|") + finding.text;
+    EXPECT_EQ(findings, row.findings);
+    CheckDocument(*loaded, CheckMode::kReport, second);
+    EXPECT_EQ(second.findingCount, 0u) << row.findings;
+  }
 }
 
 }  // namespace

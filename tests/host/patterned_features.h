@@ -12,13 +12,11 @@ inline void RepeatFeatures(kestrova::HostDocument& document) {
   int done = 0;
   document.Walk([&](HostNode& node, int) {
     if (!node.CreatePattern()) return;
-    QFPatternInfo* const kinds[] = {
-        new HostLinearPattern({FRXAxis, 0.02, 3}, {FRYAxis, 0.01, 2}),
-        new HostCircularPattern({.centre = {0.1, 0, 0}, .axis = FRZAxis, .angle = 0.5, .total = false, .count = 6}),
-        new HostPolylinePattern({{0, 0, 0}, {0.1, 0, 0}, {0.1, 0.1, 0}}, 6)};
-    QFPatternInfo* const info = kinds[done++ % 3];
-    for (QFPatternInfo* kind : kinds)
-      if (kind != info) delete kind;
+    QFPatternInfo* info = nullptr;
+    if (done % 3 == 0) info = new HostLinearPattern({FRXAxis, 0.02, 3}, {FRYAxis, 0.01, 2});
+    if (done % 3 == 1) info = new HostCircularPattern({{0.1, 0, 0}, FRZAxis, 0.5, /*total=*/false, 6});
+    if (done % 3 == 2) info = new HostPolylinePattern({{0, 0, 0}, {0.1, 0, 0}, {0.1, 0.1, 0}}, 6);
+    ++done;
     node.GetPatternMgr()->SetPatternInfo(info, /*deleteOld=*/1);
     for (const int instance : {4, 1}) info->SetInstanceStatus(instance, ePatternInstanceNotActive);
     CArray<int, int&> order;
