@@ -8,25 +8,11 @@
 
 namespace {
 
-// Lines are cut at this coordinate, outside every image.
-constexpr double kFarthest = kLongestSide + 10.0;
 // Beyond it a text's place is not computed.
 constexpr int kFarthestText = 1 << 20;
 // From the platform's coordinates, which are those of the pixels' centres, to Qt's. A little less than a half, so that
 // an edge half-way between two pixels covers the left and the upper one.
 constexpr double kCentre = 0.5 - 1.0 / 64;
-
-// Cuts the line between two coordinates; false if nothing is left.
-bool CutBetween(QPointF& from, QPointF& to, bool vertical, double limit) {
-  for (const double sign : {1.0, -1.0}) {
-    const double a = sign * (vertical ? from.y() : from.x()) - limit, b = sign * (vertical ? to.y() : to.x()) - limit;
-    if (a > 0 && b > 0) return false;
-    if (a <= 0 && b <= 0) continue;
-    const QPointF border = from + (to - from) * (a / (a - b));
-    (a > 0 ? from : to) = border;
-  }
-  return true;
-}
 
 QString TextOf(std::u16string_view text) { return QString::fromUtf16(text.data(), qsizetype(text.size())); }
 
@@ -83,29 +69,16 @@ void ImageCanvas::SetClip(const std::vector<RECT>* rects) {
   UseClip();
 }
 
-// ---- lines and shapes
+// ---- ellipses
 
 void ImageCanvas::SetPen(const PenSettings& settings) {
   if (has_pen_ && SamePen(settings, pen_)) return;
-  const bool wide = settings.width > 1;
-  QPen pen(ColorOf(settings.pixel), settings.width, Qt::SolidLine, wide ? Qt::RoundCap : Qt::FlatCap, Qt::RoundJoin);
-  if (!wide) pen.setCosmetic(true);
+  QPen pen(ColorOf(settings.pixel), settings.width, Qt::SolidLine, Qt::FlatCap, Qt::RoundJoin);
+  if (settings.width <= 1) pen.setCosmetic(true);
   if (settings.dotted) pen.setDashPattern({3, 3});
   painter_.setPen(pen);
   pen_ = settings;
   has_pen_ = true;
-}
-
-void ImageCanvas::DrawWideLine(POINT from, POINT to, const PenSettings& pen) {
-  QPointF a(from.x + kCentre, from.y + kCentre), b(to.x + kCentre, to.y + kCentre);
-  const double limit = kFarthest + double(pen.width);
-  if (!CutBetween(a, b, false, limit) || !CutBetween(a, b, true, limit)) return;
-  SetPen(pen);
-  if (a == b)
-    painter_.drawPoint(a);
-  else
-    painter_.drawLine(a, b);
-  PixelsChanged();
 }
 
 void ImageCanvas::DrawEllipse(const RECT& rect, const PenSettings& pen, DWORD fill, const DWORD* gaps) {

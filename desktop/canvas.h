@@ -1,4 +1,4 @@
-// A canvas on a QImage. Everything but lines of one pixel is drawn with QPainter, without antialiasing of edges.
+// A canvas on a QImage. Ellipses have no antialiasing.
 #pragma once
 
 #include <QImage>
@@ -16,7 +16,6 @@ class ImageCanvas : public Canvas {
   std::span<const RECT> ClipRects() override { return clip_rects_; }
   void SetClip(const std::vector<RECT>* rects) override;
   void PixelsChanged() override {}
-  void DrawWideLine(POINT from, POINT to, const PenSettings& pen) override;
   void DrawEllipse(const RECT& rect, const PenSettings& pen, DWORD fill, const DWORD* gaps) override;
   bool DrawText(POINT at, std::u16string_view text, const TextSettings& settings) override;
   bool MeasureText(std::u16string_view text, const LOGFONTW* font, SIZE& size) override;

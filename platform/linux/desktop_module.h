@@ -62,8 +62,6 @@ class Canvas {
   // The memory was changed directly.
   virtual void PixelsChanged() = 0;
 
-  // A line of a pen wider than 1.
-  virtual void DrawWideLine(POINT from, POINT to, const PenSettings& pen) = 0;
   // The edges are in order and not equal. `gaps`: the colour of a dotted outline's gaps; null for none.
   virtual void DrawEllipse(const RECT& rect, const PenSettings& pen, DWORD fill, const DWORD* gaps) = 0;
   // False if there are no fonts.

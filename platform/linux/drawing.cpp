@@ -1,5 +1,4 @@
-// Device contexts: their state is here, the desktop module draws. Lines of one pixel are drawn here, because Qt's do
-// not end where the platform's do.
+// Device contexts. Their state is here, and lines and regions are drawn here; the desktop module draws the rest.
 #include "platform/drawing.h"
 
 #include <algorithm>
@@ -10,6 +9,7 @@
 #include "platform/linux/drawing_objects.h"
 #include "platform/linux/errno_status.h"
 #include "platform/linux/thin_line.h"
+#include "platform/linux/wide_line.h"
 
 namespace {
 
@@ -84,12 +84,15 @@ const DWORD* GapsOf(const DeviceContext& context) { return context.opaque ? &kBa
 void DrawOutline(DeviceContext& context, POINT from, POINT to) {
   const PenSettings& pen = context.pen.object->settings;
   Canvas& canvas = *context.canvas;
-  if (pen.width > 1) return canvas.DrawWideLine(from, to, pen);
-  if (pen.dotted) {
-    DrawDottedLine(canvas.Pixels(), canvas.ClipRects(), from, to, pen.pixel, GapsOf(context), context.dashStep);
+  const PixelMemory memory = canvas.Pixels();
+  const std::span<const RECT> clip = canvas.ClipRects();
+  if (pen.width > 1) {
+    DrawWideLine(memory, clip, from, to, pen.width, pen.pixel);
+  } else if (pen.dotted) {
+    DrawDottedLine(memory, clip, from, to, pen.pixel, GapsOf(context), context.dashStep);
     context.dashStep = unsigned((context.dashStep + PixelsOfLine(from, to)) % 6);
   } else {
-    DrawThinLine(canvas.Pixels(), canvas.ClipRects(), from, to, pen.pixel);
+    DrawThinLine(memory, clip, from, to, pen.pixel);
   }
   canvas.PixelsChanged();
 }
