@@ -37,13 +37,13 @@ BOOL wglUseFontBitmapsW(HDC dc, DWORD first, DWORD count, DWORD listBase) {
   const BytewiseRows rows;
   for (DWORD i = 0; i < count; ++i) {
     const CharacterBitmap& each = characters[i];
+    static constexpr GLubyte kNoBits = 0;  // null is an error to Mesa, also without pixels
     glNewList(listBase + i, GL_COMPILE);
-    constexpr GLubyte kNoPixel = 0;
     if (each.bits.empty() && each.advance != 0) {  // a blank; Mesa moves on only after a bitmap with a pixel
-      glBitmap(1, 1, 0, 0, GLfloat(each.advance), 0, &kNoPixel);
+      glBitmap(1, 1, 0, 0, GLfloat(each.advance), 0, &kNoBits);
     } else {
       glBitmap(each.width, each.height, GLfloat(each.originX), GLfloat(each.originY), GLfloat(each.advance), 0,
-               each.bits.empty() ? nullptr : each.bits.data());
+               each.bits.empty() ? &kNoBits : each.bits.data());
     }
     glEndList();
   }

@@ -118,7 +118,7 @@ void glPopClientAttrib() { Note("PopStore"); }
 void glPixelStorei(GLenum, GLint) {}
 // The bits as rows of '.' and '#', from the top.
 void glBitmap(GLsizei width, GLsizei height, GLfloat x, GLfloat y, GLfloat advance, GLfloat up, const GLubyte* bits) {
-  Note("Bitmap", width, height, x, y, advance, up);
+  Note(bits ? "Bitmap" : "no bits", width, height, x, y, advance, up);
   for (int row = height - 1; row >= 0; --row) {
     for (int i = 0; i < width; ++i) GL().log += bits[row * ((width + 7) / 8) + i / 8] & 0x80 >> i % 8 ? '#' : '.';
     GL().log += '\n';
