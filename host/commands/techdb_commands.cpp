@@ -88,6 +88,8 @@ void RequireWholeList(const CKVEnvApp& env) {
   if (const auto fault = FaultOfTechDatabaseList(env)) throw Failure(fault->text, fault->place);
 }
 
+bool HasListFile(const CKVEnvApp& env) { return _waccess(env.GetTechDBConfigFilePath() + kTechDBConfigFile, 0) == 0; }
+
 // A database in forms mode: a file, or server and database.
 std::string NameOfFormsDatabase(const CKVEnvApp& env) {
   const CString& target = env.GetKVTechDBPath();
@@ -120,6 +122,10 @@ void List(const Options& options) {
   if (!env.GetConfigDataUseStatus()) return ListForms(options, env);
   RequireWholeList(env);
   const QFTechDBConfigInfo& info = *env.GetTechDBConfigInfo();
+  if (info.GetCount() == 0 && !HasListFile(env)) {
+    const TechDatabaseFault fault = NoTechDatabase(env);
+    throw Failure(fault.text + "; " + fault.remedy, fault.place);
+  }
   Json entries = Json::array();
   TextTable table({{"", false}, {"", true}, {"type", false}, {"database", false}, {"description", false}});
   for (int i = 0; i < info.GetCount(); ++i) {
@@ -150,8 +156,7 @@ int ActiveNumber(const QFTechDBConfigInfo& list) {
 
 void Store(CKVEnvApp& env, QFTechDBConfigInfo& list, int number) {
   const std::string file = TechDatabaseList(env);
-  if (_waccess(env.GetTechDBConfigFilePath() + kTechDBConfigFile, 0) != 0)
-    throw Failure("cannot store the choice: there is no file " + file);
+  if (!HasListFile(env)) throw Failure("cannot store the choice: there is no file " + file);
   for (int i = 0; i < list.GetCount(); ++i) list.GetTechDBConfigData(i)->SetActiveFlag(i == number - 1);
   env.UpdateDBConfigData(&list);
   SetLastError(ERROR_SUCCESS);

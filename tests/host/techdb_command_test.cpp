@@ -126,6 +126,9 @@ TEST_F(TechDBCommand, FailuresAreOneLine) {
     for (const char* word : {"list", "test"}) EXPECT_THAT(Refusal({word}), HasSubstr(text));
   }
   std::filesystem::remove(tech_ + "database.config");
+  std::filesystem::rename(tech_ + "TechDB.kvdb", tech_ + "away");
+  for (const char* word : {"list", "test"}) EXPECT_THAT(Refusal({word}), HasSubstr("TechDB.kvdb exists; install one"));
+  std::filesystem::rename(tech_ + "away", tech_ + "TechDB.kvdb");
   std::filesystem::create_directory(tech_ + "database.config");
   EXPECT_THAT(Refusal({"list"}), HasSubstr("cannot read " + tech_ + "database.config: it is a folder"));
   std::filesystem::remove(tech_ + "database.config");
