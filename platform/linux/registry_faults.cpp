@@ -1,4 +1,6 @@
 // The failures of the hives' files, and the check of a whole hive.
+#include <cstdlib>
+#include <string_view>
 #include <utility>
 
 #include "platform/linux/registry_handles.h"
@@ -20,6 +22,15 @@ constexpr Sql kFindLost{
     "  OR substr(own.path, 1, length(above.path) + 1) <> above.path || '\\')"
     " UNION ALL SELECT 1 FROM value WHERE key NOT IN (SELECT id FROM key) OR typeof(data) <> 'blob'"
     "  OR typeof(type) <> 'integer' OR type NOT BETWEEN 0 AND 4294967295 LIMIT 1"};
+
+// The status of a finding of kCheckPages: it also finds pages that could not be read without memory.
+LSTATUS StatusOfFinding(std::string_view finding) {
+  constexpr std::string_view kMark = "error code=";
+  const std::size_t at = finding.find(kMark);
+  if (at == finding.npos) return ERROR_BADDB;
+  const LSTATUS status = StatusOf(nullptr, std::atoi(finding.data() + at + kMark.size()));
+  return status == ERROR_SUCCESS ? ERROR_BADDB : status;
+}
 
 struct Faults {
   std::mutex mutex;
@@ -78,7 +89,7 @@ LSTATUS CheckHive(HKEY key) {
   if (const LSTATUS status = store->ReadyToRead()) return status;
   Query check(*store, kCheckPages);
   if (!check.Next()) return check.Status() == ERROR_SUCCESS ? store->NoteDamage() : check.Status();
-  if (check.Text(0) != "ok") return store->NoteDamage();
+  if (check.Text(0) != "ok") return store->Note(StatusOfFinding(check.Text(0)), HiveFault::During::kReading);
   Query lost(*store, kFindLost);
   return lost.Next() ? store->NoteDamage() : lost.Status();
 }
