@@ -1,5 +1,11 @@
 #include "tests/display/gl_log.h"
 
+#ifdef _WIN32  // not imported: windows_gl_imports.cpp finds them in this program
+#include <windows.h>
+#undef WINGDIAPI
+#define WINGDIAPI
+#endif
+
 #pragma GCC visibility push(default)
 #include <GL/gl.h>
 #include <GL/glu.h>

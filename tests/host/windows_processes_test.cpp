@@ -45,6 +45,8 @@ TEST_F(Processes, KilledSaveLeavesTheOldFileOrTheNewOne) {
   }
   EXPECT_GT(killed, 10);
   ASSERT_EQ(Run({"new", file, "--force", "--nodes", "3"}).exit_code, 0) << "a leftover prevents the next save";
+  for (const auto& left : std::filesystem::directory_iterator(folder_.Path()))
+    EXPECT_EQ(left.path().string(), file) << "of a killed save";
 }
 
 TEST_F(Processes, EightWriteToOneKeyAtOnce) {

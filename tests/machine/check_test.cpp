@@ -132,14 +132,16 @@ TEST(MachineCheck, LooksForGeometryFiles) {
   EXPECT_EQ(findings("Sub\\Body.stl"), "");
   EXPECT_EQ(findings("sub\\body.STL"),
             "2:37 note geometry file \"sub\\body.STL\" exists as \"Body.stl\": upper and lower case differ\n");
+  EXPECT_EQ(findings("Sub"), "2:37 error geometry file \"Sub\" does not exist\n");
+  EXPECT_EQ(findings(""), "2:37 error SHAPE without a geometry file: its PATH is the machine's folder\n");
+#ifdef __linux__  // elsewhere making a link needs a privilege
   const kvtest::ScratchFolder other;
   const std::string outside = std::filesystem::canonical(other.Write("Body.stl", "solid")).string();
   std::filesystem::create_symlink(outside, folder.Path() / "link.stl");
   EXPECT_EQ(findings("link.stl"),
             "2:37 warning geometry file \"link.stl\" is outside the machine's folder, by a symbolic link: \"" +
                 outside + "\"\n");
-  EXPECT_EQ(findings("Sub"), "2:37 error geometry file \"Sub\" does not exist\n");
-  EXPECT_EQ(findings(""), "2:37 error SHAPE without a geometry file: its PATH is the machine's folder\n");
+#endif
 }
 
 TEST(MachineCheck, FindsNoFaultInTheExamples) {
