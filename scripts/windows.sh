@@ -69,10 +69,28 @@ name=KVSHARE-$version-windows
 rm -rf "$build/$name" "$build/$name.zip"
 cmake --install "$build" --prefix "$build/$name" >"$build/install.log"
 (cd "$build" && cmake -E tar cf "$name.zip" --format=zip "$name")
-# The program of the package finds everything from its own place, in a folder that the build does not know.
-moved=$(mktemp -d)
-cp -r "$build/$name" "$moved/a folder"
-"$build/wine.sh" "$moved/a folder/bin/kestrova.exe" machine check Vertical850 || { rm -rf "$moved"; exit 1; }
-rm -rf "$moved"
 step "packed"
+
+# The program of the package finds everything from its own place, in a folder that the build does not know. A module is
+# built with the package alone.
+moved=$(mktemp -d)
+trap 'rm -rf "$moved"' EXIT
+(cd "$moved" && cmake -E tar xf "$build/$name.zip" && mv "$name" "a folder")
+"$build/wine.sh" "$moved/a folder/bin/kestrova.exe" machine check Vertical850
+{
+  cmake -S examples/consumer -B "$moved/module" --toolchain "$PWD/cmake/windows-toolchain.cmake" -G Ninja \
+    -DKVShare_DIR="$moved/a folder/lib/cmake/KVShare" && cmake --build "$moved/module"
+} >"$build/module.log" 2>&1 || { cat "$build/module.log" >&2; exit 1; }
+cp "$moved/module/consumer.exe" "$moved/a folder/bin"
+"$build/wine.sh" "$moved/a folder/bin/consumer.exe" >"$build/module.txt"  # a pipe would be kept open by Wine's services
+grep -q '^hello from KESTROVAu' "$build/module.txt" || {
+  echo "a module built with the package prints: $(cat "$build/module.txt")" >&2
+  exit 1
+}
+step "package used"
+
+if [ -x build/release/bin/kestrova ]; then
+  scripts/two_platforms.sh
+  step "compared with Linux"
+fi
 echo "built build/windows/$name.zip"
