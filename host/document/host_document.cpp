@@ -183,8 +183,8 @@ void HostDocument::RebuildTree() {
     if (node->GetIsPatterned()) RepairPattern(*node);
     uses.Add(*node);
   }
-  if (!uses.AllAgree())
-    for (HostNode* node : m_nodes) node->RepairLinks(*this);
+  std::map<DWORD, LinkFaults> unused;
+  if (!uses.AllAgree()) RepairEachNode(unused);
   CutRings();
   m_firstChild = m_lastChild = HostNode::kNoPlace;
   for (HostNode* node : m_nodes) node->m_firstChild = node->m_lastChild = node->m_next = HostNode::kNoPlace;
@@ -229,6 +229,19 @@ bool HostDocument::RepairOwner(HostNode& node) {
   return owner == this;  // no fault: a node of the document itself is a top node
 }
 
+// A node that drops a wrong original owner drops it from its users, too: if that is its pattern or an order, the repair
+// of the pattern enters it again.
+void HostDocument::RepairEachNode(std::map<DWORD, LinkFaults>& found) {
+  for (HostNode* node : m_nodes) {
+    if (const LinkFaults faults = node->RepairLinks(*this); faults.Count() > 0) found[node->m_place] += faults;
+  }
+  m_brokenPatterns.clear();
+  for (HostNode* node : m_nodes) {
+    if (!node->GetIsPatterned()) continue;
+    if (const int oneSided = RepairPattern(*node).oneSided; oneSided > 0) found[node->m_place].oneSided += oneSided;
+  }
+}
+
 std::vector<HostDocument::RepairedLinks> HostDocument::RepairLinks() {
   std::vector<RepairedLinks> mended;
   if (const LinkFaults faults = RepairOwnLinks(); faults.Count() > 0) mended.push_back({HostNode::kNoPlace, faults});
@@ -244,9 +257,7 @@ std::vector<HostDocument::RepairedLinks> HostDocument::RepairLinks() {
     AppendToTree(*node, static_cast<HostNode*>(node->GetOwner()));
   }
   if (found.empty() && uses.AllAgree()) return mended;
-  for (HostNode* node : m_nodes) {
-    if (const LinkFaults faults = node->RepairLinks(*this); faults.Count() > 0) found[node->m_place] += faults;
-  }
+  RepairEachNode(found);
   for (const auto& [place, faults] : found) mended.push_back({place, faults});
   return mended;
 }

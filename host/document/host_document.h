@@ -157,6 +157,7 @@ class HostDocument : public QFObject {
   LinkFaults RepairOwnLinks();
   bool CorrectRegisteredName(HostNode& node);
   bool RepairOwner(HostNode& node);
+  void RepairEachNode(std::map<DWORD, LinkFaults>& found);
   LinkFaults RepairPattern(HostNode& node);
   LinkFaults RepairOrders(QFPatternInfo& pattern);
   void CutRings();
