@@ -40,7 +40,9 @@ bool StackIsLowForLoading(int depth) { return StackBytesLeft() < kStackReserve +
 
 std::string NotSerial(const CRuntimeClass* record) { return fmt::format("{} is not serial", record->m_lpszClassName); }
 
-std::string NestedTooDeep(int depth) { return fmt::format("{} nested objects are too many for the stack", depth); }
+std::string NestedTooDeep(int depth) {
+  return fmt::format("no room on the stack for an object of level {}", depth + 1);
+}
 
 // A name from damaged bytes.
 std::string Printable(std::string_view name) {

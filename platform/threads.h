@@ -81,5 +81,6 @@ KVSHARE_API void AllowSuspension();
 
 // The number of bytes left on the calling thread's stack. Code that recurses as deep as a file demands compares it with
 // the need of one level and refuses the file in time. Costs a few instructions, except for the first call of a thread.
-// Returns 0 on another stack than the thread's own (a fibre, a signal stack).
+// Returns 0 on another stack than the thread's own (a fibre, a signal stack). Only a first call can raise
+// std::bad_alloc.
 KVSHARE_API std::size_t StackBytesLeft();

@@ -35,14 +35,13 @@ struct StackRange {
   std::uintptr_t high = 0;
 };
 
-// This thread's range; high is 0 until the first call.
+// This thread's range; high is 0 until it is known.
 KV_FAST_THREAD_LOCAL constinit StackRange t_stack;
 
 [[gnu::noinline]] void FindStackRange() {
   StackRange& range = t_stack;
-  range.high = 1;  // marks it as determined
   pthread_attr_t attributes;
-  if (pthread_getattr_np(pthread_self(), &attributes) != 0) return;
+  if (pthread_getattr_np(pthread_self(), &attributes) != 0) throw std::bad_alloc();
   void* lowest = nullptr;
   std::size_t size = 0;
   std::size_t guard = 0;
