@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <new>
 #include <vector>
 
 #include "framework/archive.h"
@@ -127,6 +128,12 @@ class DocumentSaver {
   StructuredStorage storage_;
 };
 
+// The result of opening a stream. Without memory a stream is not missing.
+HRESULT Opened(HRESULT result) {
+  if (result == STG_E_INSUFFICIENTMEMORY) throw std::bad_alloc();
+  return result;
+}
+
 }  // namespace
 
 void SaveDocument(HostDocument& document, const std::string& path) {
@@ -160,7 +167,7 @@ DocumentSource::~DocumentSource() {
 std::unique_ptr<std::string> DocumentSource::Header() const {
   constexpr std::size_t kMost = 4096;  // much longer than any header
   IStream* stream = nullptr;
-  if (!m_root || FAILED(m_root->OpenStream(kHeaderStream, nullptr, kReadStream, 0, &stream))) return nullptr;
+  if (!m_root || FAILED(Opened(m_root->OpenStream(kHeaderStream, nullptr, kReadStream, 0, &stream)))) return nullptr;
   COleStreamFile file(stream);
   auto bytes = std::make_unique<std::string>(kMost, '\0');
   try {
@@ -175,7 +182,7 @@ DocumentSource::Archive DocumentSource::Open(LPCTSTR stream, std::string_view ro
   if (!m_root) return Find(rootClass);
   auto file = std::make_unique<COleStreamFile>();
   IStream* opened = nullptr;
-  const HRESULT result = m_root->OpenStream(stream, nullptr, kReadStream, 0, &opened);
+  const HRESULT result = Opened(m_root->OpenStream(stream, nullptr, kReadStream, 0, &opened));
   if (result == STG_E_DOCFILECORRUPT) return Find(rootClass);
   if (FAILED(result)) return {};
   file->Attach(opened);
