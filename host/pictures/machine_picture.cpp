@@ -37,7 +37,7 @@ bool IsFolder(const CString& path) {
 // The last component of a product path, which is cut off.
 CString TakeLast(CString& path) {
   const int slash = path.ReverseFind(_T('\\'));
-  const CString last = path.Mid(slash + 1);
+  CString last = path.Mid(slash + 1);
   path = slash < 0 ? CString() : path.Left(slash);
   return last;
 }
@@ -120,7 +120,7 @@ void MachinePicture::LoadShapes(const std::string& folder, Colors colors) {
                                 kMostTriangles),
                     {.file = file});
   }
-  std::ranges::stable_partition(shapes_, [](const Shape& shape) { return !shape.transparent; });
+  std::stable_partition(shapes_.begin(), shapes_.end(), [](const Shape& shape) { return !shape.transparent; });
   if (colors == Colors::kLists) legend_ = lists.Legend();
   size_ = extent.Size();
   centre_ = extent.Centre();

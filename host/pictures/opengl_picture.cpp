@@ -4,6 +4,7 @@
 #include "host/pictures/flat_drawing.h"
 #include "host/pictures/light.h"
 #include "host/shell/failure.h"
+#include "host/shell/output.h"
 #include "platform/opengl.h"
 
 namespace kestrova {
@@ -131,7 +132,8 @@ void OpenGLPicture::DrawTexts(const PictureLayout& layout) {
   glDisable(GL_DEPTH_TEST);
   QFDisplayInfo display(/*useOpenGL=*/1, /*window=*/nullptr, FRTransf());
   CImageDC characters;
-  characters.Create(1, 1, 0);
+  if (!characters.Create(1, 1, 0))
+    PrintNote("the picture has no texts, because there are no fonts; install libKVSHAREdesktop.so and Qt 6");
   display.GetDisplayData()->SetDC(&characters);
   DrawTextsOf(layout, style_, {.text_top = -0.36, .point = 1.0}, display);
 }

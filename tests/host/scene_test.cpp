@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 #include <png.h>
 
+#include <fstream>
+
 #include "host/pictures/opengl_picture.h"
 #include "host/pictures/png_file.h"
 #include "host/pictures/recording.h"
