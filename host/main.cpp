@@ -27,6 +27,7 @@ int Run(int argc, char** argv) {
   CLI::App app{"kestrova: the command line of the KVSHAREu shared library"};
   app.set_version_flag("-V,--version", "kestrova " KV_VERSION);
   app.require_subcommand(1);
+  app.allow_windows_style_options(false);  // a path can begin with a slash on every system
   if (const LSTATUS status = UseRegistryOfEnvironment(); status != ERROR_SUCCESS)
     throw kestrova::Failure(std::string("cannot use the registry that KV_REGISTRY names: ") + ErrorText(DWORD(status)));
   const RegistryWaitLimit limit(kMostWait_ms);

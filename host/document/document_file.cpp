@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <new>
 #include <vector>
 
@@ -16,6 +17,7 @@
 #include "host/shell/progress_bar.h"
 #include "platform/errors.h"
 #include "platform/paths.h"
+#include "platform/safe_compound_file.h"
 #include "platform/safe_file.h"
 #include "share/core/document_callbacks.h"
 #include "share/core/document_messages.h"
@@ -46,12 +48,12 @@ std::string StorageText(HRESULT result) {
   }
 }
 
-CString TitleOf(const std::string& path) {
-  const CString title = FromUtf8(path);
-  return title.Mid(title.ReverseFind(_T('/')) + 1);
-}
-
 }  // namespace
+
+CString TitleOf(const std::string& path) {
+  const bool slashesOnly = std::filesystem::path::preferred_separator == '/';
+  return FromUtf8(path.substr(path.find_last_of(slashesOnly ? "/" : "/\\:") + 1));
+}
 
 int BufferBytesFor(const CFile& stream) {
   constexpr ULONGLONG kShare = 8;
@@ -79,10 +81,12 @@ namespace {
 
 class DocumentSaver {
  public:
-  DocumentSaver(HostDocument& document, const std::string& path) : document_(document), path_(path) {}
+  DocumentSaver(HostDocument& document, const std::string& path)
+      : document_(document), path_(path), target_(ProductPathFromSystem(path).c_str()) {}
 
   void Run() {
-    if (!storage_.CreateFileW(ProductPathFromSystem(path_).c_str(), kCreateFile)) Refuse(storage_.GetLastResult());
+    if (path_.empty()) Refuse(STG_E_INVALIDNAME);
+    if (!storage_.CreateFileW(target_.Path(), kCreateFile)) Refuse(storage_.GetLastResult());
     InitialiseSerializationStatus(0);
     DocumentHeader header;
     header.storageVersion = CKVVersionInfo::QF_STORAGE_VERSION;
@@ -99,6 +103,8 @@ class DocumentSaver {
     if (result == STG_E_WRITEFAULT)
       throw Failure(path_ + " is saved, but the disk has failed: after a power failure it may be the old file again");
     if (FAILED(result)) Refuse(result);
+    storage_.CloseAll();
+    if (const LONG status = target_.Replace()) Refuse(ErrorText(DWORD(status)));
   }
 
  private:
@@ -125,6 +131,7 @@ class DocumentSaver {
 
   HostDocument& document_;
   const std::string& path_;
+  SafeCompoundFile target_;
   StructuredStorage storage_;
 };
 
@@ -152,7 +159,8 @@ void SaveDocument(HostDocument& document, const std::string& path) {
 // ---- reading
 
 DocumentSource::DocumentSource(const std::string& path) : m_path(ProductPathFromSystem(path)) {
-  const HRESULT result = StgOpenStorage(m_path.c_str(), nullptr, kReadFile, nullptr, 0, &m_root);
+  const HRESULT result =
+      path.empty() ? STG_E_INVALIDNAME : StgOpenStorage(m_path.c_str(), nullptr, kReadFile, nullptr, 0, &m_root);
   if (result == STG_E_DOCFILECORRUPT) {
     m_damage = StorageText(result);
   } else if (FAILED(result)) {

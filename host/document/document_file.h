@@ -51,6 +51,9 @@ class DocumentSource {
   std::string m_damage;
 };
 
+// The file's name without its folder.
+CString TitleOf(const std::string& path);
+
 // Buffer size for reading a stream: a small part of it, so that refusing a damaged file takes little memory.
 int BufferBytesFor(const CFile& stream);
 

@@ -46,6 +46,14 @@ void DocumentLoader::RefuseDamage(const std::string& stream, const std::string& 
 }
 
 std::unique_ptr<HostDocument> DocumentLoader::Load() {
+  try {
+    return LoadStreams();
+  } catch (const CFileException& failure) {  // outside a stream's records, such as its length
+    throw Failure(fmt::format("cannot read {}: {}", m_path, failure.what()), {.file = m_path});
+  }
+}
+
+std::unique_ptr<HostDocument> DocumentLoader::LoadStreams() {
   InitialiseSerializationStatus(0);
   const Notification notification;
   HostDocument empty;  // active while the document is read
@@ -64,7 +72,7 @@ std::unique_ptr<HostDocument> DocumentLoader::Load() {
   m_report.status = GetSerializationStatus();
   m_report.errorLocation = GetErrorLocation();
   RepairIndexer(*document);
-  document->SetTitle(FromUtf8(m_path.substr(m_path.find_last_of('/') + 1)));
+  document->SetTitle(TitleOf(m_path));
   document->SetFullyLoaded();
   return document;
 }

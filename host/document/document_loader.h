@@ -43,6 +43,7 @@ class DocumentLoader {
   bool IsFromBeforeHistory() const;
   void AddHistory(HostDocument& document) const;
   std::unique_ptr<QFDocSettings> ReadSettings();
+  std::unique_ptr<HostDocument> LoadStreams();
   std::unique_ptr<HostDocument> ReadObjects();
   void RepairIndexer(HostDocument& document);
   [[noreturn]] void Refuse(const std::string& reason) const;

@@ -1,4 +1,5 @@
-// TemporaryFile, implemented with the system's replacement of a file, which keeps the old file's rights.
+// TemporaryFile and SafeCompoundFile, implemented with the system's replacement of a file, which keeps the old file's
+// rights.
 #include "platform/temporary_file.h"
 
 #include <algorithm>
@@ -10,6 +11,7 @@
 #include "platform/files.h"
 #include "platform/folders.h"
 #include "platform/process.h"
+#include "platform/safe_compound_file.h"
 #include "platform/utf8.h"
 
 namespace {
@@ -27,6 +29,10 @@ Text NumberOf(int attempt) {
   if (attempt <= TemporaryFile::kSharedNumbers) return std::to_wstring(attempt);
   return std::to_wstring(GetCurrentProcessId()) + L'-' + std::to_wstring(serial.fetch_add(1));
 }
+
+Text BesideOf(const Text& target) { return target.substr(0, target.rfind(L'\\') + 1 + TemporaryFile::kMostOfName); }
+
+Text NameOf(const Text& beside, int attempt) { return beside + L'~' + NumberOf(attempt) + L".tmp"; }
 
 // Removes a temporary file without a writer. False if there is no such file.
 bool RemoveIfDead(const Text& path) {
@@ -126,21 +132,21 @@ struct TemporaryFile::State {
   bool replaced = false;
 
   bool IsOpen() const { return file != INVALID_HANDLE_VALUE; }
-  Text Name(int number) const { return beside + L'~' + NumberOf(number) + L".tmp"; }
+  Text Name(int number) const { return NameOf(beside, number); }
 
   // Creates a file and opens it in such a way that it can be renamed while it is open.
   DWORD Open() {
     if (target.empty()) return ERROR_INVALID_NAME;
     if (const DWORD refusal = RefusalToReplace(target)) return refusal;
-    beside = target.substr(0, target.rfind(L'\\') + 1 + kMostOfName);
+    beside = BesideOf(target);
     int number = 1;
     for (; number <= kTries && !IsOpen(); ++number) {
-      const Text tried = Name(number);
+      Text tried = Name(number);
       if (number <= kSharedNumbers) RemoveIfDead(tried);
       file = CreateFileW(tried.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                          CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
       const DWORD code = IsOpen() ? DWORD(ERROR_SUCCESS) : GetLastError();
-      if (IsOpen()) path = tried;
+      if (IsOpen()) path = std::move(tried);  // takes no memory: the file would stay
       // A file that is just being removed denies access.
       if (!IsOpen() && code != ERROR_FILE_EXISTS && code != ERROR_ACCESS_DENIED && code != ERROR_SHARING_VIOLATION)
         return code;
@@ -154,9 +160,9 @@ struct TemporaryFile::State {
   // Closes the file, because the system replaces by closed files only. Another process would now take it for that of a
   // dead one, so it gets a name that is only this process's before.
   DWORD Close() {
-    const Text own = Name(kSharedNumbers + 1);
+    Text own = Name(kSharedNumbers + 1);
     if (!MoveFileExW(path.c_str(), own.c_str(), 0)) return GetLastError();
-    path = own;
+    path = std::move(own);
     return CloseHandle(std::exchange(file, INVALID_HANDLE_VALUE)) ? DWORD(ERROR_SUCCESS) : GetLastError();
   }
 };
@@ -200,3 +206,24 @@ void TemporaryFile::Drop() {
 }
 
 const std::string& TemporaryFile::Target() const { return state_->system_path; }
+
+// ---- compound files
+
+SafeCompoundFile::SafeCompoundFile(LPCWSTR target) : target_(TargetOf(target)), path_(target_) {
+  // The system's call refuses such a target with its own words.
+  if (target_.empty() || RefusalToReplace(target_) != ERROR_SUCCESS) return;
+  const Text beside = BesideOf(target_);
+  RemoveClosedFilesOfDead(beside);
+  path_ = NameOf(beside, TemporaryFile::kSharedNumbers + 1);
+}
+
+SafeCompoundFile::~SafeCompoundFile() {
+  if (path_ != target_) DeleteFileW(path_.c_str());
+}
+
+LONG SafeCompoundFile::Replace() {
+  if (path_ == target_) return ERROR_SUCCESS;
+  const DWORD status = ::Replace(path_, target_);
+  if (status == ERROR_SUCCESS) path_ = target_;
+  return LONG(status);
+}

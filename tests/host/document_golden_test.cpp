@@ -89,13 +89,13 @@ TEST_F(GoldenBytes, AreWrittenBySaving) {
   const ActiveDocument active(document.get());
   EXPECT_EQ(document->NodeAt(2).GetDisplayColor(), 0x00C08040u);
   EXPECT_EQ(document->NodeAt(3).GetNodeStatus(0xFFFF), 2);
-  EXPECT_EQ(GetDocTitle(), _T("storage38.0.kvdoc"));
+  EXPECT_EQ(ToUtf8(GetDocTitle()), "storage38.0.kvdoc");
   SaveDocument(*document, File("new.kvdoc"));
   EXPECT_EQ(StreamOf(File("new.kvdoc"), kObjectsStream), StreamOf(golden, kObjectsStream));
   const std::string header = StreamOf(File("new.kvdoc"), kHeaderStream);
   EXPECT_EQ(header.substr(0, 32), StreamOf(golden, kHeaderStream).substr(0, 32)) << "to the history's facts";
   EXPECT_EQ(header.size(), 48u);
-  EXPECT_EQ(GetDocTitle(), _T("new.kvdoc"));
+  EXPECT_EQ(ToUtf8(GetDocTitle()), "new.kvdoc");
 }
 
 }  // namespace

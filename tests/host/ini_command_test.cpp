@@ -23,8 +23,8 @@ TEST_F(IniCommand, ShowsWhatAProgramFindsAndChangesOneLine) {
   const std::pair<std::vector<std::string>, RunResult> rows[] = {
       {{"list", file}, Prints("[Tool]\nName=a \xC3\xA4\n[E]\n")},
       {{"list", file, "--json"},
-       Prints("{\n  \"file\": \"" + file +
-              "\",\n  \"sections\": [\n    {\n      \"section\": \"Tool\",\n      \"keys\": [\n        {\n"
+       Prints("{\n  \"file\": " + JsonOf(file) +
+              ",\n  \"sections\": [\n    {\n      \"section\": \"Tool\",\n      \"keys\": [\n        {\n"
               "          \"key\": \"Name\",\n          \"value\": \"a \xC3\xA4\"\n        }\n      ]\n    },\n"
               "    {\n      \"section\": \"E\",\n      \"keys\": []\n    }\n  ]\n}\n")},
       {{"get", file, "TOOL", "NAME"}, Prints("a \xC3\xA4\n")},
@@ -34,17 +34,18 @@ TEST_F(IniCommand, ShowsWhatAProgramFindsAndChangesOneLine) {
       {{"set", file, "E", "k", longText}, Prints("")},
       {{"get", file, "E", "k"}, Prints(longText + "\n")},
       {{"set", file, "E", "k", "", "--json"},
-       Prints("{\n  \"file\": \"" + file + "\",\n  \"section\": \"E\",\n  \"key\": \"k\",\n  \"value\": \"\"\n}\n")},
+       Prints("{\n  \"file\": " + JsonOf(file) +
+              ",\n  \"section\": \"E\",\n  \"key\": \"k\",\n  \"value\": \"\"\n}\n")},
       {{"get", file, "E", "k"}, Prints("\n")},
       {{"remove", file, "E", "K"}, Prints("")},
       {{"remove", file, "E", ""},
        Refused("KEY: it is empty; leave it out to remove the section; see kestrova ini remove --help", 2)},
-      {{"remove", file, "E", "--json"}, Prints("{\n  \"file\": \"" + file + "\",\n  \"section\": \"E\"\n}\n")},
+      {{"remove", file, "E", "--json"}, Prints("{\n  \"file\": " + JsonOf(file) + ",\n  \"section\": \"E\"\n}\n")},
       {{"remove", file, "E"}, Refused(file + " has no section [E]", 1)},
       {{"remove", file, "tool", "x"}, Refused(file + " has no key \"x\" in [tool]", 1)},
       {{"get", file, "tool", "name", "--json"},
-       Prints("{\n  \"file\": \"" + file +
-              "\",\n  \"section\": \"tool\",\n  \"key\": \"name\",\n  \"value\": \"\xE2\x82\xAC 5\"\n}\n")},
+       Prints("{\n  \"file\": " + JsonOf(file) +
+              ",\n  \"section\": \"tool\",\n  \"key\": \"name\",\n  \"value\": \"\xE2\x82\xAC 5\"\n}\n")},
       {{"set", file, "tool", ";c", "1"}, NotFoundAgain("key \";c\" begins with \";\" or \"[\"")},
       {{"set", file, "tool", " [x]", "1"}, NotFoundAgain("key \" [x]\" begins with \";\" or \"[\"")},
       {{"set", file, "tool", "a=b", "1"}, NotFoundAgain("key \"a=b\" has a \"]\" or \"=\"")},
@@ -62,8 +63,8 @@ TEST_F(IniCommand, ShowsWhatAProgramFindsAndChangesOneLine) {
       {{"get", western, "A", "a"}, Prints("'q'\n")},
       {{"set", western, "A", "a", " \xC3\xA4 "}, Prints("")},
       {{"get", western, "A", "a", "--json"},
-       Prints("{\n  \"file\": \"" + western +
-              "\",\n  \"section\": \"A\",\n  \"key\": \"a\",\n  \"value\": \" \xC3\xA4 \"\n}\n")},
+       Prints("{\n  \"file\": " + JsonOf(western) +
+              ",\n  \"section\": \"A\",\n  \"key\": \"a\",\n  \"value\": \" \xC3\xA4 \"\n}\n")},
       {{"set", western, "A", "a", "\xD0\x96"},
        Refused(
            "cannot write " + western +

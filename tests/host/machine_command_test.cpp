@@ -27,7 +27,7 @@ TEST_F(MachineCommand, ExportsBesideTheDefinition) {
   EXPECT_EQ(Out(Words("export")), txt_ + "\n1 channel, 0 stations, 0 fixtures, 1 shape, 0 shape lists\n");
   const std::string text = ReadFile(txt_);
   EXPECT_TRUE(text.starts_with("CHANNELS=1\nCHANNEL Main ID=1 TARGET=Head \nSHAPE NAME=Bed ID=3 ")) << text;
-  EXPECT_EQ(Json(Words("export")), nlohmann::json::parse(R"({"file": ")" + txt_ + R"(", "counts": {"channels": 1,
+  EXPECT_EQ(Json(Words("export")), nlohmann::json::parse(R"({"file": )" + JsonOf(txt_) + R"(, "counts": {"channels": 1,
       "stations": 0, "fixtures": 0, "shapes": 1, "shapeLists": 0}})"));
 }
 
@@ -57,7 +57,7 @@ TEST_F(MachineCommand, FindsMachinesByName) {
   const std::string machines = folder_.Path().string();
   EXPECT_EQ(Out({"list", "--machines", machines}), "Mill     VMC\nMillTurn TwinTurret\n");
   EXPECT_EQ(Json({"list", "--machines", machines, "--type", "Mill"})["machines"],
-            nlohmann::json::parse(R"([{"type": "Mill", "name": "VMC", "file": ")" + xml_ + "\"}]"));
+            nlohmann::json::parse(R"([{"type": "Mill", "name": "VMC", "file": )" + JsonOf(xml_) + "}]"));
   EXPECT_EQ(Run({"show", "--machines", machines, "TwinTuret"}),
             Refused("there is no machine TwinTuret in " + machines + "/; the nearest: TwinTurret", 1));
   EXPECT_TRUE(Out({"show", "--machines", machines, "TwinTurret"}).starts_with("TwinTurret (MillTurn), 1 channel"));

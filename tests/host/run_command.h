@@ -50,12 +50,15 @@ inline std::vector<std::string> WordsOf(const std::string& line) {
   return {std::istream_iterator<std::string>(in), {}};
 }
 
+// The text in quotes, as JSON writes it.
+inline std::string JsonOf(const std::string& text) { return nlohmann::json(text).dump(); }
+
 // The fixture of a command's tests: a folder with an empty registry, and the calls of this command.
 class CommandTest : public testing::Test {
  protected:
   explicit CommandTest(const std::string& command) : command_(command) {}
 
-  std::string File(const std::string& name) const { return (folder_.Path() / name).string(); }
+  std::string File(const std::string& name) const { return (folder_.Path() / name).make_preferred().string(); }
   RunResult Run(std::vector<std::string> words) const {
     words.insert(words.begin(), command_);
     return RunCommand(words);

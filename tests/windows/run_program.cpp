@@ -5,6 +5,13 @@
 
 namespace {
 
+Text WideFromUtf8(const std::string& bytes) {
+  Text text(bytes.size(), 0);
+  text.resize(
+      std::size_t(MultiByteToWideChar(CP_UTF8, 0, bytes.data(), int(bytes.size()), text.data(), int(text.size()))));
+  return text;
+}
+
 // By the rules of CommandLineToArgvW: a quote gets a backslash, and backslashes before a quote are doubled.
 Text Quoted(const Text& text) {
   Text result = L"\"";
@@ -28,7 +35,7 @@ int kvtest::RunProgram(const std::filesystem::path& program, const std::vector<s
                        const std::filesystem::path& in, const std::filesystem::path& out,
                        const std::filesystem::path& err) {
   Text line = Quoted(std::filesystem::path(program).make_preferred().wstring());
-  for (const std::string& argument : arguments) line += L' ' + Quoted(std::filesystem::path(argument).wstring());
+  for (const std::string& argument : arguments) line += L' ' + Quoted(WideFromUtf8(argument));
   STARTUPINFOW start = {};
   start.cb = sizeof start;
   start.dwFlags = STARTF_USESTDHANDLES;
