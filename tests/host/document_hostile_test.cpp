@@ -26,7 +26,7 @@ using Mode = DocumentLoader::Mode;
 #if defined(KV_BLOCKS_FROM_HEAP) || defined(__SANITIZE_THREAD__)
 constexpr int kFlips = 10'000;
 constexpr std::size_t kPrefixStep = 7;
-constexpr std::ptrdiff_t kMemoryBase = 96 * 1024;  // the blocks of all objects count
+constexpr std::ptrdiff_t kMemoryBase = 160 * 1024;  // the blocks of all objects count, of a salvage those of two loads
 #else
 constexpr int kFlips = 100'000;
 constexpr std::size_t kPrefixStep = 1;

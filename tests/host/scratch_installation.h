@@ -16,7 +16,7 @@ class ScratchInstallation {
     fs::create_directory(folder_.Path() / "lib");
     fs::create_directory(folder_.Path() / "registry");
     for (const auto& file : fs::directory_iterator(built / "lib"))
-      if (file.path().filename().string().starts_with("libKVSHAREu.so"))
+      if (file.path().filename().string().starts_with("libKVSHARE"))
         fs::create_symlink(file.path(), Lib(file.path().filename().string()));
     if (fs::exists(built / "etc")) fs::create_directory_symlink(built / "etc", folder_.Path() / "etc");
     for (const char* part : {"lang", "MachSim", "SubSpindleOps", "Edm", "TechDB"})
