@@ -530,8 +530,11 @@ class WesternText final : public Profile {
   const Text<char> text_;
 };
 
-// Text begins with an ASCII character, so a NUL in the first unit shows UTF-16.
-bool IsUnmarkedUtf16(std::string_view bytes) { return bytes.size() > 1 && (bytes[0] == 0) != (bytes[1] == 0); }
+// Text begins with an ASCII character, so a NUL in the first unit shows UTF-16. A file of one NUL would show it after a
+// line is added.
+bool IsUnmarkedUtf16(std::string_view bytes) {
+  return !bytes.empty() && (bytes[0] == 0) != (bytes.size() > 1 && bytes[1] == 0);
+}
 
 }  // namespace
 
