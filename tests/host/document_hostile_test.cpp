@@ -28,7 +28,7 @@ constexpr int kFlips = 10'000;
 constexpr std::size_t kPrefixStep = 7;
 constexpr std::ptrdiff_t kMemoryBase = 160 * 1024;  // the blocks of all objects count, of a salvage those of two loads
 #else
-constexpr int kFlips = 100'000;
+constexpr int kFlips = 50'000;
 constexpr std::size_t kPrefixStep = 1;
 constexpr std::ptrdiff_t kMemoryBase = 48 * 1024;
 #endif
