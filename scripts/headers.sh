@@ -29,12 +29,17 @@ printf '%s\n' "${names[@]}" "${beside[@]/#/after_}" "${beside[@]/#/before_}" |
   xargs -P "$(nproc)" -I{} ccache g++ -std=c++20 -Wall -Wextra -Werror -I"$prefix/include" \
     -c build/headers/sources/{}.cpp -o build/headers/objects/{}.o
 
-for name in "${names[@]}"; do
-  errors=$(g++ -std=c++14 -fsyntax-only -I"$prefix/include" "build/headers/sources/$name.cpp" 2>&1 | grep ' error: ') || true
+# one_error NAME: fails if the header without C++20 has another error or more than one.
+one_error() {
+  local errors
+  errors=$(g++ -std=c++14 -fsyntax-only -I"$prefix/include" "build/headers/sources/$1.cpp" 2>&1 | grep ' error: ') || true
   case $errors in
-    *$'\n'* | '') printf '%s\n' "$name with C++14 gives not one error:" "$errors" >&2; exit 1 ;;
+    *$'\n'* | '') printf '%s\n' "$1 with C++14 gives not one error:" "$errors" >&2; return 1 ;;
     *'KVSHAREu needs C++20: compile with -std=c++20'*) ;;
-    *) printf '%s\n' "$name with C++14 gives an unclear error:" "$errors" >&2; exit 1 ;;
+    *) printf '%s\n' "$1 with C++14 gives an unclear error:" "$errors" >&2; return 1 ;;
   esac
-done
+}
+export prefix
+export -f one_error
+printf '%s\n' "${names[@]}" | xargs -P "$(nproc)" -I{} bash -c 'one_error {}'
 echo "headers: ${#names[@]} installed, each compiles alone; all compile beside those of ${beside[*]}"
