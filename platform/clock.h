@@ -1,4 +1,4 @@
-// The clock for background work (pauses and time stamps): the system's clock, or a test's own clock.
+// The clock for background work and logs (pauses and time stamps): the system's clock, or a test's own clock.
 #pragma once
 
 #include "platform/time.h"
@@ -9,6 +9,7 @@ struct Clock {
   void (*sleep)(DWORD milliseconds);      // as Sleep
   void (*systemTime)(LPSYSTEMTIME time);  // as GetSystemTime
   __time64_t (*time)();                   // seconds since 1970
+  DWORD (*ticks)() = GetTickCount;        // milliseconds
 };
 
 KVSHARE_API const Clock& CurrentClock();

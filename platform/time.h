@@ -32,6 +32,8 @@ using LPSYSTEMTIME = SYSTEMTIME*;
 
 // The current time in UTC.
 KVSHARE_API void GetSystemTime(LPSYSTEMTIME time);
+// Milliseconds since the start of the system; begins again at 0 after 49.7 days.
+KVSHARE_API DWORD GetTickCount();
 // Returns FALSE with ERROR_INVALID_PARAMETER for a time that does not exist; fileTime is then unchanged. wDayOfWeek is
 // ignored.
 KVSHARE_API BOOL SystemTimeToFileTime(const SYSTEMTIME* time, FILETIME* fileTime);

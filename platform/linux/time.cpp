@@ -44,6 +44,12 @@ void GetSystemTime(LPSYSTEMTIME time) {
   FileTimeToSystemTime(&units, time);
 }
 
+DWORD GetTickCount() {
+  timespec now = {};
+  clock_gettime(CLOCK_BOOTTIME, &now);
+  return DWORD(ULONGLONG(now.tv_sec) * 1000 + ULONGLONG(now.tv_nsec) / 1'000'000);
+}
+
 BOOL SystemTimeToFileTime(const SYSTEMTIME* time, FILETIME* fileTime) {
   using namespace std::chrono;
   const year_month_day date(year(time->wYear), month(time->wMonth), day(time->wDay));
