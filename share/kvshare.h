@@ -4,6 +4,8 @@
 // libraries, error codes. Include the other platform headers (processes, threads, locales, compound files) yourself.
 #pragma once
 
+#include "companions/analytics/analytics.h"
+#include "companions/analytics/event_file.h"
 #include "companions/database/connection_strings.h"
 #include "companions/database/database.h"
 #include "companions/database/recordset.h"
@@ -48,6 +50,7 @@
 #include "share/core/registry_key_handle.h"
 #include "share/core/registry_keys.h"
 #include "share/core/version_info.h"
+#include "share/diagnostics/analytics_log.h"
 #include "share/diagnostics/function_log.h"
 #include "share/diagnostics/log_files.h"
 #include "share/diagnostics/memory_leak_log.h"

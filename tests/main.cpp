@@ -1,4 +1,5 @@
-// Runs one folder's tests in shuffled order with a printed seed, with a private registry.
+// Runs one folder's tests in shuffled order with a printed seed, with a private registry and
+// folder of state.
 #include <gtest/gtest.h>
 
 #include "tests/scratch.h"
@@ -6,7 +7,8 @@
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
   testing::GTEST_FLAG(shuffle) = true;
-  kvtest::ScratchFolder registry;
+  kvtest::ScratchFolder registry, state;
   kvtest::UseRegistry(registry.Path());
+  kvtest::UseState(state.Path());
   return RUN_ALL_TESTS();
 }

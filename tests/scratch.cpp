@@ -68,4 +68,11 @@ std::filesystem::path UseRegistry(const std::filesystem::path& folder) {
   return std::exchange(current, folder);
 }
 
+std::filesystem::path UseState(const std::filesystem::path& folder) {
+  static std::filesystem::path current;
+  SetEnvironmentVariableW(_T("KV_STATE"), folder.string<TCHAR>().c_str());
+  SetEnvironmentVariableW(_T("DO_NOT_TRACK"), nullptr);
+  return std::exchange(current, folder);
+}
+
 }  // namespace kvtest

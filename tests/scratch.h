@@ -35,4 +35,7 @@ unsigned PrintedSeed();
 // Sets KV_REGISTRY to the folder for this process and its children. Returns the former folder.
 std::filesystem::path UseRegistry(const std::filesystem::path& folder);
 
+// Sets KV_STATE to the folder for this process and its children, and allows usage events. Returns the former folder.
+std::filesystem::path UseState(const std::filesystem::path& folder);
+
 }  // namespace kvtest
