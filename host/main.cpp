@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "framework/text.h"
 #include "host/commands/commands.h"
 #include "host/commands/completion_commands.h"
 #include "host/commands/usage_errors.h"
@@ -18,10 +19,21 @@
 #include "platform/console.h"
 #include "platform/errors.h"
 #include "platform/registry_files.h"
+#include "share/diagnostics/analytics_log.h"
 
 namespace {
 
 constexpr int kMostWait_ms = 30'000;  // for other writers of the registry, in the whole command
+
+// The names of the chosen commands, "env doctor".
+std::string CommandOf(const CLI::App& app) {
+  std::string names;
+  for (const CLI::App* at = &app; !at->get_subcommands().empty();) {
+    at = at->get_subcommands().front();
+    names += (names.empty() ? "" : " ") + at->get_name();
+  }
+  return names;
+}
 
 int Run(int argc, char** argv) {
   CLI::App app{"kestrova: the command line of the KVSHAREu shared library"};
@@ -56,6 +68,7 @@ int Run(int argc, char** argv) {
   } catch (const CLI::ParseError& error) {
     kestrova::RefuseCommandLine(app, error);
   }
+  QFAnalyticsLogMgr::AddCommandEvent(_T("kestrova"), FromUtf8(CommandOf(app)));
   return 0;
 }
 

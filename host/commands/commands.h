@@ -34,6 +34,8 @@ void AddEnvironmentCommands(CLI::App& group);
 void AddTechDatabaseCommands(CLI::App& group);
 void AddRegistryCommands(CLI::App& group);
 void AddIniCommands(CLI::App& group);
+void AddLogCommands(CLI::App& group);
+void AddAnalyticsCommands(CLI::App& group);
 void AddCompletionCommands(CLI::App& group);
 
 struct Command {
@@ -64,6 +66,8 @@ inline constexpr Command kCommands[] = {
     {"reg", "Registry values: query, add, delete, export, import", AddRegistryCommands,
      "reg add 'HKCU\\Software\\Zemlor\\Kestrova\\Kestrova 2024x64' /v Language /d Automatic /f", RegistryCandidates},
     {"ini", "INI files: list, get, set, remove", AddIniCommands, "ini set shopfloor.ini Tool Diameter 12.5"},
+    {"log", "Logs of developers: on, off, show the slowest scopes, clear", AddLogCommands, "log show"},
+    {"analytics", "Usage events on this computer: show, clear, off, on", AddAnalyticsCommands, "analytics show"},
     {"completion", "Print the completion script for bash, zsh or fish", AddCompletionCommands,
      "completion bash > kestrova.bash"},
 };

@@ -12,6 +12,8 @@
 #include "share/core/document_callbacks.h"
 #include "share/core/document_messages.h"
 #include "share/core/registry_keys.h"
+#include "share/diagnostics/analytics_log.h"
+#include "share/diagnostics/time_log.h"
 #include "share/env/app_env.h"
 #include "share/settings/application_settings.h"
 #include "share/settings/feed_colors.h"
@@ -108,10 +110,13 @@ void StartMainModule(Needs needs) {
   g_settings->RestoreValuesFromRegistry();
   InitAppEnv();
   CompleteDefaults(*g_settings);
+  KVTimeLog::CheckRegistry();
+  QFAnalyticsLogMgr::Initialize(/*option=*/0);
   ReportRegistry(needs);
 }
 
 MainModuleScope::~MainModuleScope() {
+  QFAnalyticsLogMgr::Exit();
   if (g_settings) CloseAppEnv();
   g_settings.reset();
   g_waiting.reset();

@@ -192,6 +192,17 @@ constexpr Row kRows[] = {
     {"ini list none.ini", 3, "cannot read none.ini: no such file"},
     {"ini set no/shop.ini Tool Length 1", 3, "cannot write no/shop.ini: the folder does not exist"},
 
+    {"log on --type events", 0, ""},
+    {"log off --type evnts", 2,
+     "--type: evnts not in {plain,deserialize,events,commands,turret,asmturn,function,memory}"},
+    {"log off", 0, ""},
+    {"log show", 0, ""},
+    {"log clear", 0, ""},
+    {"analytics show", 0, ""},
+    {"analytics clear", 0, ""},
+    {"analytics off", 0, ""},
+    {"analytics on", 0, ""},
+
     {"completion zsh", 0, ""},
     {"completion tcsh", 2, "SHELL: tcsh not in {bash,zsh,fish}"},
 };

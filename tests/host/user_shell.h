@@ -24,11 +24,14 @@ class UserShell {
     const ScratchFolder streams;
     const auto file = [&](const char* name) { return '"' + (streams.Path() / name).string() + '"'; };
     const std::string bin = (installation_.Path() / "bin").string();
-    streams.Write("line", "cd \"" + Work().string() + "\"\nPATH=\"" + bin + ":$PATH\"\n" + line + '\n');
+    streams.Write("line", "cd \"" + Work().string() + "\"\nPATH=\"" + bin + ":$PATH\"\n" + Drive() + line + '\n');
     const int status =
         std::system(("sh " + file("line") + " </dev/null >" + file("out") + " 2>" + file("err")).c_str());
     return {WEXITSTATUS(status), ReadFile(streams.Path() / "out"), ReadFile(streams.Path() / "err")};
   }
+
+  // Makes C: a folder of the installation, so that no command writes into the user's own.
+  std::string Drive() const { return "export KV_DRIVE_C=\"" + (installation_.Path() / "drive").string() + "\"\n"; }
 
   // What the completion offers after the words.
   std::set<std::string> Offered(const std::string& words, const std::string& last) const {
