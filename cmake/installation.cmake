@@ -5,7 +5,7 @@ set(machine_source ${PROJECT_SOURCE_DIR}/examples/machines)
 file(GLOB_RECURSE install_files RELATIVE ${install_source} CONFIGURE_DEPENDS ${install_source}/*)
 list(FILTER install_files EXCLUDE REGEX "strings\\.rc$|^TechDB/")
 file(GLOB_RECURSE machine_files RELATIVE ${machine_source} CONFIGURE_DEPENDS
-  ${machine_source}/*.xml ${machine_source}/*.stl)
+  ${machine_source}/*.xml ${machine_source}/*.stl ${machine_source}/*.xsd)
 
 set(installed)
 function(kv_install_beside_library source file target)

@@ -80,6 +80,7 @@
 #include "share/machine/machine_check.h"
 #include "share/machine/machine_nodes.h"
 #include "share/machine/machine_reader.h"
+#include "share/machine/machine_schema.h"
 #include "share/machine/machine_types.h"
 #include "share/machine/shape_table.h"
 #include "share/objects/archive_store.h"

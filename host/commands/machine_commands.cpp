@@ -1,4 +1,4 @@
-// kestrova machine: lists, exports, shows and checks the machine definitions of the simulator.
+// kestrova machine: lists, exports, shows and checks the machine definitions of the simulator, and begins new ones.
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
@@ -6,11 +6,13 @@
 #include "host/commands/commands.h"
 #include "host/machine/machine_failure.h"
 #include "host/machine/machine_folder.h"
+#include "host/machine/machine_skeleton.h"
 #include "host/machine/machine_tree.h"
 #include "host/module/main_module.h"
 #include "host/shell/failure.h"
 #include "host/shell/nearest_names.h"
 #include "host/shell/output.h"
+#include "host/shell/whole_file.h"
 #include "platform/files.h"
 #include "platform/paths.h"
 #include "share/core/document_callbacks.h"
@@ -19,6 +21,7 @@
 #include "share/env/app_env.h"
 #include "share/machine/machine.h"
 #include "share/machine/machine_check.h"
+#include "share/machine/machine_schema.h"
 #include "share/settings/settings_key.h"
 
 namespace kestrova {
@@ -61,9 +64,27 @@ constexpr char kCheckHelp[] = R"(
 Lists the faults that the reader ignores, as FILE:LINE:COLUMN: GRADE: TEXT. An error is something that is lost, replaced
 or never exported, or that XML forbids. A note is something that the export file has no place for. The exit code is 1 if
 there are errors.
+--schema checks by the XML schema instead: names in capitals, required attributes, numbers and words. It is stricter
+than the reader and has errors only. The schema is what `kestrova machine schema` prints.
 JSON: {"file", "errors", "warnings", "notes", "more", "findings": [{"line", "column", "grade", "text"}]}.
 
   kestrova machine check --type Mill Trunnion500
+  kestrova machine check --schema Trunnion500
+)";
+
+constexpr char kSchemaHelp[] = R"(
+Prints the XML schema of definitions, by which an editor completes names and checks values. The installation has it as
+kestrova-apt.xsd in the folder of machines, beside Mill, Turn and MillTurn.
+
+  kestrova machine schema > kestrova-apt.xsd
+)";
+
+constexpr char kNewHelp[] = R"(
+Writes the commented definition of a small machine, with its solids, to the folder of machines, and prints its path. The
+check finds no fault in it. Missing folders are made; the schema is added to the folder of machines if it is not there.
+A definition that exists stays as it is.
+
+  kestrova machine new --type Mill --machines . MyMill
 )";
 
 struct Options {
@@ -71,6 +92,7 @@ struct Options {
   std::string type;
   std::string name;
   bool json = false;
+  bool schema = false;
 };
 
 std::string SystemPath(const CString& path) { return SystemPathFromProduct(path); }
@@ -227,8 +249,8 @@ void Show(const Options& options) {
 }
 
 // A definition that is not well-formed has one finding.
-MachineCheckResult CheckOf(const CString& definition) {
-  MachineCheckResult result = CheckMachineFile(definition);
+MachineCheckResult CheckOf(const CString& definition, bool schema) {
+  MachineCheckResult result = schema ? CheckMachineFileBySchema(definition) : CheckMachineFile(definition);
   if (result.failure.kind == KVXMLFailure::Kind::kNone) return result;
   if (result.failure.kind != KVXMLFailure::Kind::kMalformed)
     throw MachineFailure(SystemPath(definition), result.failure);
@@ -266,10 +288,51 @@ void PrintFindingsJson(const std::string& file, const MachineCheckResult& result
 
 void Check(const Options& options) {
   const CString definition = Choose(options).Definition();
-  const MachineCheckResult result = CheckOf(definition);
+  const MachineCheckResult result = CheckOf(definition, options.schema);
   const std::string file = SystemPath(definition);
   options.json ? PrintFindingsJson(file, result) : PrintFindings(file, result);
   if (result.Count(MachineFindingGrade::kError) > 0) throw FoundErrors();
+}
+
+// ---- a new machine
+
+void Schema(const Options&) { PrintRaw(MachineSchema()); }
+
+// Names that another system can't have, or that the product's paths change, are refused.
+void CheckNewName(const std::string& name) {
+  CheckName(name);
+  if (name.find_first_of("<>:\"|?*") != std::string::npos || name.ends_with('.') || name.ends_with(' ') ||
+      name != Harmless(name)) {
+    throw WrongUsage(
+        "NAME \"" + name +
+        "\" has a character that a folder's name can't have on every system, or ends with a point or a blank");
+  }
+}
+
+void MakeFolder(const CString& folder) {
+  if (CreateDirectoryW(folder, nullptr) || GetLastError() == ERROR_ALREADY_EXISTS) return;
+  throw Failure(fmt::format("cannot make the folder {}: {}", SystemPath(folder), ErrorText(GetLastError())));
+}
+
+void New(const Options& options) {
+  CheckNewName(options.name);
+  if (options.type.empty()) throw WrongUsage("machine new needs --type Mill, Turn or MillTurn");
+  const Chosen machine = {FolderOf(options), options.type, options.name};
+  const CString definition = machine.Definition();
+  const std::string file = SystemPath(definition);
+  if (_waccess(definition, 0) == 0) throw Failure(file + " exists; choose another NAME", {.file = file});
+  const CString types = machine.folder + ProductName(options.type);
+  const CString folder = types + _T("\\") + ProductName(options.name);
+  MakeFolder(types);
+  MakeFolder(folder);
+  const CString schema = machine.folder + FromUtf8(kMachineSchemaFile);
+  if (_waccess(schema, 0) != 0) WriteWholeFile(SystemPath(schema), MachineSchema());
+  for (const auto& [name, bytes] : SkeletonSolids(machine.Type())) {
+    const CString solid = folder + _T("\\") + ProductName(name);
+    if (_waccess(solid, 0) != 0) WriteWholeFile(SystemPath(solid), bytes);
+  }
+  WriteWholeFile(file, SkeletonDefinition(machine.Type()));
+  Print("{}\n", file);
 }
 
 struct Verb {
@@ -278,6 +341,7 @@ struct Verb {
   const char* help;
   bool named;  // needs the name of a machine
   void (*run)(const Options&);
+  bool answers = true;  // reads machines, and prints JSON
 };
 
 constexpr Verb kVerbs[] = {
@@ -285,6 +349,8 @@ constexpr Verb kVerbs[] = {
     {"export", "Write the text file for the simulator", kExportHelp, /*named=*/true, Export},
     {"show", "Show a machine as a tree", kShowHelp, /*named=*/true, Show},
     {"check", "Find faults in a definition", kCheckHelp, /*named=*/true, Check},
+    {"new", "Begin a definition with a small machine", kNewHelp, /*named=*/true, New, /*answers=*/false},
+    {"schema", "Print the XML schema of definitions", kSchemaHelp, /*named=*/false, Schema, /*answers=*/false},
 };
 
 }  // namespace
@@ -296,11 +362,14 @@ void AddMachineCommands(CLI::App& group) {
   for (const Verb& verb : kVerbs) {
     CLI::App* command = group.add_subcommand(verb.name, verb.summary);
     command->footer(verb.help);
-    command->add_option("--machines", options.machines, "The folder with the folders Mill, Turn and MillTurn")
-        ->type_name("DIR");
-    command->add_option("--type", options.type, "The kind of machine")->check(CLI::IsMember(MachineTypes()));
+    if (verb.answers || verb.named) {
+      command->add_option("--machines", options.machines, "The folder with the folders Mill, Turn and MillTurn")
+          ->type_name("DIR");
+      command->add_option("--type", options.type, "The kind of machine")->check(CLI::IsMember(MachineTypes()));
+    }
     if (verb.named) command->add_option("NAME", options.name, "The name of the machine's folder")->required();
-    command->add_flag("--json", options.json, "As JSON");
+    if (verb.run == Check) command->add_flag("--schema", options.schema, "Check by the XML schema");
+    if (verb.answers) command->add_flag("--json", options.json, "As JSON");
     command->callback([&verb] { verb.run(options); });
   }
 }
@@ -309,11 +378,11 @@ void AddMachineCommands(CLI::App& group) {
 constexpr char kShellMarks[] = " \t\r\n;&|<>()$`\\\"'*?[]{}#~!=";
 
 std::vector<std::string> MachineCandidates(const std::vector<std::string>& words) {
-  const auto isNamed = [&](const Verb& verb) { return verb.named && words.front() == verb.name; };
+  const auto isNamed = [&](const Verb& verb) { return verb.named && verb.answers && words.front() == verb.name; };
   if (words.size() < 2 || std::ranges::none_of(kVerbs, isNamed) || words.back().starts_with('-')) return {};
   Options options;
   for (std::size_t at = 1; at + 1 < words.size(); ++at) {
-    if (words[at] == "--json") continue;
+    if (words[at] == "--json" || words[at] == "--schema") continue;
     std::string* value = words[at] == "--machines" ? &options.machines
                          : words[at] == "--type"   ? &options.type
                                                    : nullptr;

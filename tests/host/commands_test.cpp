@@ -48,8 +48,8 @@ TEST(Commands, RefuseWrongUsage) {
        {"completion tcsh", "document new a --nodes=-1", "document new a --units=m", "document new a --seed=-1",
         "document new a --seed=18446744073709551616", "document convert a", "feedcolors show --process laser",
         "ini get a.ini A", "job run none.kvdoc --command dance", "machine", "machine export --type Mill",
-        "machine show --machines . --type mill VMC", "settings list --tree application --document a.kvdoc",
-        "techdb activate x"}) {
+        "machine new VMC", "machine show --machines . --type mill VMC",
+        "settings list --tree application --document a.kvdoc", "techdb activate x"}) {
     const kvtest::RunResult result = RunCommand(WordsOf(words));
     EXPECT_EQ(result, (kvtest::RunResult{2, "", result.err})) << words;
   }
@@ -80,7 +80,7 @@ TEST(Output, NeitherControlsTheTerminalNorForgesALine) {
 
 TEST(Completion, OffersCommandsOptionsAndChoices) {
   const std::tuple<std::string, std::string, std::string> rows[] = {
-      {"machine", "", "check\nexport\nlist\nshow\n"},
+      {"machine", "", "check\nexport\nlist\nnew\nschema\nshow\n"},
       {"machine export", "--ma", "--machines\n"},
       {"machine export --type", "", "Mill\nMillTurn\nTurn\n"},
       {"machine export --machines", "", ""},  // the shell offers files

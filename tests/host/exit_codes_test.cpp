@@ -122,6 +122,13 @@ constexpr Row kRows[] = {
     {"machine show --type Mill Vertical85", 1, "there is no Mill machine Vertical85 in "},
     {"machine check --machines bad Cut", 1, ""},
     {"machine show --machines bad Cut", 3, "bad/Mill/Cut/KestrovaAPT.xml:1:"},
+    {"machine check --schema TwinTurret12", 0, ""},
+    {"machine check --schema --machines bad VMC", 1, ""},
+    {"machine schema", 0, ""},
+    {"machine new --machines bad --type Turn Lathe", 0, ""},
+    {"machine new --machines bad --type Turn Lathe", 3, "bad/Turn/Lathe/KestrovaAPT.xml exists; choose another NAME"},
+    {"machine new --machines bad --type Mill a:b", 2, "NAME \"a:b\" has a character that a folder's name can't have"},
+    {"machine new --machines bad Mine", 2, "machine new needs --type Mill, Turn or MillTurn"},
     {"machine list --machines none", 3, "cannot read the folder of machines none"},
     {"machine export --machines bad --type Mill Cut", 3, "bad/Mill/Cut/KestrovaAPT.xml:1:"},
 

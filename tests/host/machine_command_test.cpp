@@ -81,6 +81,21 @@ TEST_F(MachineCommand, AnswersByTheSchemas) {
   }
 }
 
+TEST_F(MachineCommand, NewMachinesHaveNoFaults) {
+  for (const std::string type : {"Mill", "Turn", "MillTurn"}) {
+    const std::vector<std::string> machine = {"--machines", folder_.Path().string(), "--type", type, "New"};
+    const auto words = [&](std::vector<std::string> command) {
+      command.insert(command.end(), machine.begin(), machine.end());
+      return command;
+    };
+    const std::string file = File(type + "/New/KestrovaAPT.xml");
+    EXPECT_EQ(Out(words({"new"})), file + "\n");
+    EXPECT_EQ(Out(words({"check"})), file + ": nothing found\n");
+    EXPECT_EQ(Out(words({"check", "--schema"})), file + ": nothing found\n");
+  }
+  EXPECT_EQ(Out({"schema"}), ReadFile(File("kestrova-apt.xsd")));
+}
+
 TEST_F(MachineCommand, LooksInTheFolderOfTheEnvironment) {
   Write(kGood);
   EXPECT_EQ(RunCommand({"settings", "set", "SimulationMachinePath", folder_.Path().string()}).exit_code, 0);
