@@ -19,6 +19,7 @@ import difflib
 import json
 import os
 import pathlib
+import pwd
 import re
 import shutil
 import subprocess
@@ -59,6 +60,7 @@ class Shell:
         }
 
     def run(self, command):
+        command = command.replace("/opt/kestrova", str(self.install)).replace("/home/ana", str(self.home))
         done = subprocess.run(["sh", "-c", command], cwd=self.home, env=self.environment, stdin=subprocess.DEVNULL,
                               stdout=subprocess.PIPE, stderr=subprocess.STDOUT, check=False)
         text = self.shown(done.stdout.decode("utf-8", "replace"))
@@ -70,6 +72,7 @@ class Shell:
         for real, shown in ((self.install, "/opt/kestrova"), (self.home, "/home/ana")):
             text = text.replace(str(real), shown).replace(str(real).replace("/", "\\"), shown.replace("/", "\\"))
         text = re.sub(r"\d\d/\d\d/\d{4}::\d\d:\d\d", "11/22/2026::09:00", text)
+        text = re.sub(rf"\bby {re.escape(pwd.getpwuid(os.getuid()).pw_name)}\b", "by ana", text)
         return re.sub(r"\b\d{4}-\d\d-\d\d\b", "2026-11-22", text)
 
 
@@ -196,6 +199,12 @@ def enumeration(name, enumeration_name):
     return "| value | name | |\n|---|---|---|\n" + "".join(f"| {v} | `{n}` | {c} |\n" for n, v, c in rows)
 
 
+def constants(name, prefix):
+    """The constants of a header whose names begin with the prefix."""
+    rows = re.findall(rf"^ *(?:static |inline )*constexpr [\w:]+ ({prefix}\w*) = (.*?);", (ROOT / name).read_text(), re.M)
+    return "| constant | value |\n|---|---|\n" + "".join(f"| `{n}` | {v} |\n" for n, v in rows)
+
+
 def wrong_schemas(text):
     """What is wrong with the schemas that the headings of a page name."""
     named = re.findall(r"^### (\w+), schema (\d+)$", text, re.M)
@@ -207,7 +216,7 @@ def wrong_schemas(text):
                 yield f"the record of {name} has schema {known.get(name)}, not {schema}"
 
 
-TABLES = {"serial-classes": serial_classes, "comment": comment, "enum": enumeration, "machine-elements": machine_elements, "machine-values": machine_values, "schemas": schemas}
+TABLES = {"serial-classes": serial_classes, "comment": comment, "enum": enumeration, "constants": constants, "machine-elements": machine_elements, "machine-values": machine_values, "schemas": schemas}
 
 
 # ---- pages
