@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Runs the lines of README's section on linking a module, with folders of its own: they install the library, and build and
-# run the example module with CMake and with pkg-config. Then checks how the programs find the library.
+# run the example module with CMake and with pkg-config. Then builds and runs the samples of docs/modules, and checks how
+# the programs find the library.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 folder=$PWD/build/consumer prefix=$PWD/build/consumer/prefix
@@ -24,6 +25,28 @@ if [ "$(grep -cxF "$greeting" "$folder/readme.log")" -ne 2 ]; then
   echo "the lines of README.md do not print '$greeting' twice" >&2
   exit 1
 fi
+
+# The samples of docs/modules with the installed package alone: each prints its .out file, one also with pkg-config.
+samples=$folder/samples
+export CMAKE_PREFIX_PATH=$prefix PKG_CONFIG_PATH=$prefix/lib/pkgconfig
+{
+  cmake -S examples/modules -B "$samples" -DCMAKE_CXX_COMPILER_LAUNCHER=ccache && cmake --build "$samples" &&
+    g++ -std=c++20 examples/modules/start.cpp -o "$samples/start_by_pkg_config" $(pkg-config --cflags --libs kvshare)
+} >"$folder/samples.log" 2>&1 || {
+  cat "$folder/samples.log" >&2
+  exit 1
+}
+mkdir "$folder/run"
+check_sample() {  # NAME FILE: the program prints the file
+  (cd "$folder/run" && KV_REGISTRY=$folder/run/registry "$samples/$1" >"$1" 2>&1) || {
+    cat "$folder/run/$1" >&2
+    echo "the sample $1 has failed" >&2
+    exit 1
+  }
+  diff "$2" "$folder/run/$1" >&2 || { echo "the sample $1 prints something else than $2" >&2; exit 1; }
+}
+for out in "$PWD"/examples/modules/*.out; do check_sample "$(basename "$out" .out)" "$out"; done
+check_sample start_by_pkg_config "$PWD/examples/modules/start.out"
 
 # Each program finds the library by RUNPATH, and LD_LIBRARY_PATH replaces it.
 mkdir "$folder/other"
