@@ -15,16 +15,17 @@ The commands of a page run one after the other in a scratch installation with an
 installation are shown below /opt/kestrova, those of the user below /home/ana, and times as one fixed time. A command
 that fails ends with a line [exit code N].
 """
+import concurrent.futures
 import difflib
 import json
 import os
 import pathlib
 import pwd
 import re
+import secrets
 import shutil
 import subprocess
 import sys
-import tempfile
 import xml.etree.ElementTree as ElementTree
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
@@ -35,11 +36,10 @@ XS = "{http://www.w3.org/2001/XMLSchema}"
 class Shell:
     """A scratch installation in which the commands of one page run."""
 
-    def __init__(self, folder):
-        self.folder = pathlib.Path(folder)
-        self.install = self.folder / "install"
-        self.home = self.folder / "home"
-        self.home.mkdir()
+    def __init__(self):
+        # As long as the paths that are shown instead, because columns depend on it.
+        self.install = self.new_folder(len("/opt/kestrova"))
+        self.home = self.new_folder(len("/home/ana"))
         (self.install / "lib").mkdir(parents=True)
         (self.install / "bin").mkdir()
         (self.install / "bin/kestrova").symlink_to(BUILD / "bin/kestrova")
@@ -59,6 +59,20 @@ class Shell:
             "USER": "ana",
         }
 
+    @staticmethod
+    def new_folder(length):
+        while True:
+            folder = pathlib.Path("/tmp") / secrets.token_hex(length)[: length - len("/tmp/")]
+            try:
+                folder.mkdir(mode=0o700)
+                return folder
+            except FileExistsError:
+                pass
+
+    def remove(self):
+        for folder in (self.install, self.home):
+            shutil.rmtree(folder)
+
     def run(self, command):
         command = command.replace("/opt/kestrova", str(self.install)).replace("/home/ana", str(self.home))
         done = subprocess.run(["sh", "-c", command], cwd=self.home, env=self.environment, stdin=subprocess.DEVNULL,
@@ -72,6 +86,9 @@ class Shell:
         for real, shown in ((self.install, "/opt/kestrova"), (self.home, "/home/ana")):
             text = text.replace(str(real), shown).replace(str(real).replace("/", "\\"), shown.replace("/", "\\"))
         text = re.sub(r"\d\d/\d\d/\d{4}::\d\d:\d\d", "11/22/2026::09:00", text)
+        text = re.sub(r"\b\d\d:\d\d:\d\d\b", "09:00:00", text)
+        text = re.sub(r"\b[\d.]+ ms\b", "9.8 ms", text)
+        text = re.sub(r"Address of this: [0-9a-f]+", "Address of this: 7f0000000040", text)
         text = re.sub(rf"\bby {re.escape(pwd.getpwuid(os.getuid()).pw_name)}\b", "by ana", text)
         return re.sub(r"\b\d{4}-\d\d-\d\d\b", "2026-11-22", text)
 
@@ -205,6 +222,42 @@ def constants(name, prefix):
     return "| constant | value |\n|---|---|\n" + "".join(f"| `{n}` | {v} |\n" for n, v in rows)
 
 
+def switches(name, table):
+    """A table of feature switches in a header."""
+    body = re.search(rf"{table} = {{{{(.*?)}}}};", (ROOT / name).read_text(), re.S)[1]
+    rows = re.findall(r'_T\("(\w+)"\), (\d+)', body)
+    return "| switch | default |\n|---|---|\n" + "".join(f"| `{n}` | {v} |\n" for n, v in rows)
+
+
+def registry_keys(name):
+    """The registry keys that a header names, with the comment above each."""
+    rows = []
+    text = (ROOT / name).read_text().replace("=\n    _T", "= _T")
+    for said, constants_below in re.findall(r"((?:^// .*\n)*)((?:^inline constexpr .*\n)+)", text, re.M):
+        words = " ".join(line[3:] for line in said.splitlines())
+        for key in re.findall(r'_T\("(.*)"\);', constants_below) if words else ():
+            rows.append("| `" + key.replace("\\\\", "\\") + f"` | {words} |")
+    return "| key | |\n|---|---|\n" + "\n".join(rows) + "\n"
+
+
+def commands():
+    """The commands of the command line, such as "env doctor"."""
+    shown = []
+
+    def offered(*words):
+        done = subprocess.run([BUILD / "bin/kestrova", "complete-words", *words, ""], stdout=subprocess.PIPE, check=True,
+                              env={**os.environ, "KV_REGISTRY": os.devnull})
+        return done.stdout.decode().split()
+
+    for group in offered():
+        below = [word for word in offered(group) if re.fullmatch("[a-z]+", word)]
+        if group in ("env", "picture", "completion"):
+            shown.append(group)
+        if group != "completion":
+            shown += [f"{group} {word}" for word in below]
+    return shown
+
+
 def wrong_schemas(text):
     """What is wrong with the schemas that the headings of a page name."""
     named = re.findall(r"^### (\w+), schema (\d+)$", text, re.M)
@@ -216,7 +269,8 @@ def wrong_schemas(text):
                 yield f"the record of {name} has schema {known.get(name)}, not {schema}"
 
 
-TABLES = {"serial-classes": serial_classes, "comment": comment, "enum": enumeration, "constants": constants, "machine-elements": machine_elements, "machine-values": machine_values, "schemas": schemas}
+TABLES = {"serial-classes": serial_classes, "comment": comment, "enum": enumeration, "constants": constants, "switches": switches,
+          "registry-keys": registry_keys, "machine-elements": machine_elements, "machine-values": machine_values, "schemas": schemas}
 
 
 # ---- pages
@@ -236,28 +290,31 @@ MARK = re.compile(r"<!-- setup: (?P<setup>.*?) -->"
 
 
 def page_again(text):
-    with tempfile.TemporaryDirectory() as folder:
-        shell = None
+    shell = None
 
-        def again(found):
-            nonlocal shell
-            if found["setup"] is not None or found["run"] is not None:
-                shell = shell or Shell(folder)
-            if found["setup"] is not None:
-                out = shell.run(found["setup"])
-                if "[exit code" in out:
-                    sys.exit(f"{found['setup']}\n{out}")
-                return found[0]
-            if found["run"] is not None:
-                start = found[0].split("\n", 2)
-                return f"{start[0]}\n{start[1]}\n{run_block(shell, found['run'])}```"
-            if found["file"] is not None:
-                name = found["file"] + (f" {found['tag']}" if found["tag"] else "")
-                return f"<!-- lines {name} -->\n{found['fence']}{lines_of(found['file'], found['tag'])}```"
-            name, *arguments = found["table"].split()
-            return f"<!-- table {found['table']} -->\n{TABLES[name](*arguments)}<!-- end -->"
+    def again(found):
+        nonlocal shell
+        if found["setup"] is not None or found["run"] is not None:
+            shell = shell or Shell()
+        if found["setup"] is not None:
+            out = shell.run(found["setup"])
+            if "[exit code" in out:
+                sys.exit(f"{found['setup']}\n{out}")
+            return found[0]
+        if found["run"] is not None:
+            mark, fence, _ = found[0].split("\n", 2)
+            return f"{mark}\n{fence}\n{run_block(shell, found['run'])}```"
+        if found["file"] is not None:
+            name = found["file"] + (f" {found['tag']}" if found["tag"] else "")
+            return f"<!-- lines {name} -->\n{found['fence']}{lines_of(found['file'], found['tag'])}```"
+        name, *arguments = found["table"].split()
+        return f"<!-- table {found['table']} -->\n{TABLES[name](*arguments)}<!-- end -->"
 
+    try:
         return MARK.sub(again, text)
+    finally:
+        if shell:
+            shell.remove()
 
 
 def broken_links(page, text):
@@ -271,10 +328,14 @@ def broken_links(page, text):
 def main():
     check = sys.argv[1:] == ["--check"]
     differs = False
-    for page in sorted((ROOT / "docs").rglob("*.md")) + sorted(ROOT.glob("*.md")):
-        text = page.read_text()
-        again = page_again(text)
-        for fault in [*broken_links(page, again), *wrong_schemas(again)]:
+    pages = sorted((ROOT / "docs").rglob("*.md")) + sorted(ROOT.glob("*.md"))
+    texts = [page.read_text() for page in pages]
+    with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
+        made = list(pool.map(page_again, texts))
+    for page, text, again in zip(pages, texts, made):
+        missing = [f"kestrova {command} is not shown" for command in commands() if f"$ kestrova {command}" not in again
+                   ] if page.name == "commands.md" else []
+        for fault in [*broken_links(page, again), *wrong_schemas(again), *missing]:
             print(f"{page.relative_to(ROOT)}: {fault}")
             differs = True
         if again == text:
