@@ -5,6 +5,7 @@
 
 #include "framework/archive.h"
 #include "framework/ob_list.h"
+#include "fuzz/archive_root.h"
 #include "share/core/document_callbacks.h"
 #include "share/objects/object.h"
 #include "share/patterns/pattern_manager.h"
@@ -67,11 +68,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   CMemFile file(const_cast<BYTE*>(data) + 1, size - 1);
   CArchive ar(&file, CArchive::load, 128);
   QFObject* root = nullptr;
-  try {
-    ar >> root;
-  } catch (const CArchiveException&) {
-    return 0;
-  }
+  if (!LoadRoot(ar, root)) return 0;
   // Parts of patterns are deleted by their owners; patterns_fuzz.cpp uses them.
   bool hasPatterns = false;
   ar.DeleteLoaded([&](const CObject* object) {

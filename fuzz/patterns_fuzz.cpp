@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "framework/archive.h"
+#include "fuzz/archive_root.h"
 #include "share/patterns/pattern_manager.h"
 #include "share/patterns/pattern_orders.h"
 
@@ -48,11 +49,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   CMemFile file(const_cast<BYTE*>(data), size);
   CArchive ar(&file, CArchive::load, 128);
   QFObject* root = nullptr;
-  try {
-    ar >> root;
-  } catch (const CArchiveException&) {
-    return 0;
-  }
+  if (!LoadRoot(ar, root)) return 0;
   std::vector<QFObject*> nodes;
   ar.DeleteLoaded([&](const CObject* object) {
     if (auto* node = DYNAMIC_DOWNCAST(QFObject, const_cast<CObject*>(object))) nodes.push_back(node);
