@@ -67,4 +67,12 @@ void HostSetup::DumpData(FILE* file) {
   DumpBanner(file, _T("HostSetup"), _T("End"));
 }
 
+HostSetup* SetupOf(const QFObject& node) {
+  constexpr int kMostOwners = 64;  // a damaged file can have a ring of owners
+  QFObject* at = node.GetOwner();
+  for (int up = 0; at && up < kMostOwners; ++up, at = at->GetOwner())
+    if (auto* const setup = DYNAMIC_DOWNCAST(HostSetup, at)) return setup;
+  return nullptr;
+}
+
 }  // namespace kestrova

@@ -30,4 +30,7 @@ class HostSetup : public HostNode {
   QFSetupParamHelper m_frame;
 };
 
+// The setup that the node is below; null without one.
+HostSetup* SetupOf(const QFObject& node);
+
 }  // namespace kestrova

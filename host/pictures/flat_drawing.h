@@ -5,14 +5,8 @@
 
 namespace kestrova {
 
-// How a display places texts and points.
-struct FlatDevice {
-  double text_top;  // from the middle of the letters up to the position of a text, in heights of the font
-  double point;     // the size that a point of the diameter 1 is drawn with
-};
-
-// The display draws one unit of a position as one pixel of the picture, y down.
-void DrawTextsOf(const PictureLayout& layout, const PictureStyle& style, const FlatDevice& device,
-                 QFDisplayInfo& display);
+// The display draws one unit of a position as one pixel of the picture, y down. textTop: how far the position of a text
+// is above the middle of its letters, in heights of the font.
+void DrawTextsOf(const PictureLayout& layout, const PictureStyle& style, double textTop, QFDisplayInfo& display);
 
 }  // namespace kestrova

@@ -7,8 +7,6 @@
 namespace kestrova {
 namespace {
 
-constexpr int kScale = 2;
-
 // From the model to pixels of the image, y down.
 FRTransf ToScreen(const Camera& camera, double width, double height) {
   const double x = width / (2 * camera.half_width), y = -height / (2 * camera.half_height);
@@ -19,6 +17,21 @@ FRTransf ToScreen(const Camera& camera, double width, double height) {
   return FRTransf(affine, {width / 2 - eye % right * x, height / 2 - eye % up * y, 0}, /*scale=*/1, /*rotate_flag=*/1,
                   /*reflect_flag=*/1, /*shear_flag=*/1);
 }
+
+// Draws on an image that is larger than the picture. Ellipses have sizes in pixels of the picture.
+class LargeDisplay : public QFGDIDisplay {
+ public:
+  LargeDisplay(HDC image, const FRTransf& toImage, int scale) : QFGDIDisplay(nullptr, toImage), scale_(scale) {
+    GetDC()->Attach(image);
+  }
+
+  void DrawEllipse(const FRPosition& centre, double a, double b, const FRTransf& camera) override {
+    QFGDIDisplay::DrawEllipse(centre, a * scale_, b * scale_, camera);
+  }
+
+ private:
+  const int scale_;
+};
 
 // 0x00RRGGBB.
 Pixels PixelsOf(const CImageDC& image) {
@@ -33,33 +46,30 @@ Pixels PixelsOf(const CImageDC& image) {
 
 }  // namespace
 
-Pixels DrawByGdi(Picture& picture, const ViewOptions& view) {
-  const PictureStyle style = {view.dark ? kOnDark : kOnWhite, kScale};
-  const Standing standing = picture.Stands();
-  const Extent extent = ExtentOf(picture, style, AxesOf(view.name, standing));
-  if (extent.IsEmpty()) return {};
-  const std::vector<LegendRow> rows = picture.Legend();
-  const std::vector<PictureMark> marks = picture.Marks();
-  PictureLayout layout = PlaceLegend(view, rows);
-  const Camera camera = CameraFor(view, standing, extent, view.width, layout.drawing_height, kPictureMargin);
-  PlaceMarks(view, camera, marks, layout);
+Pixels DrawByGdi(Picture& picture, const ViewOptions& view, bool smooth) {
+  const int scale = smooth ? 2 : 1;
+  const PictureStyle style = {view.dark ? kOnDark : kOnWhite, scale};
+  const std::optional<PlacedPicture> placed = PlaceAll(picture, style, view);
+  if (!placed) return {};
   CImageDC image;
-  if (!image.Create(view.width * kScale, view.height * kScale, style.colors.background))
+  if (!image.Create(view.width * scale, view.height * scale, style.colors.background))
     throw Failure("cannot draw by gdi: there are no device contexts; install libKVSHAREdesktop.so and Qt 6");
+  const PictureLayout& layout = placed->layout;
   {
-    QFDisplayInfo display(/*useOpenGL=*/0, /*window=*/nullptr,
-                          ToScreen(camera, view.width * kScale, layout.drawing_height * kScale));
-    display.GetDC()->Attach(image.GetSafeHdc());
-    display.SetLineWidth(display.GetLineWidth() * kScale);
+    const FRTransf to_image = ToScreen(placed->camera, view.width * scale, layout.drawing_height * scale);
+    QFDisplayInfo display(/*useOpenGL=*/0, /*window=*/nullptr, to_image);
+    display.SetDisplay(new LargeDisplay(image.GetSafeHdc(), to_image, scale));
+    display.SetLineWidth(display.GetLineWidth() * scale);
     display.InitialiseGraphics();
     picture.Draw(display, style);
     picture.DrawOnTop(display, style);
     display.UninitialiseGraphics();
   }
-  QFDisplayInfo display(/*useOpenGL=*/0, /*window=*/nullptr, GetScaleTransf(kScale));
+  QFDisplayInfo display(/*useOpenGL=*/0, /*window=*/nullptr, GetScaleTransf(scale));
   display.GetDC()->Attach(image.GetSafeHdc());
-  DrawTextsOf(layout, style, {.text_top = 0.57, .point = 0.5}, display);
-  return Halved(PixelsOf(image));
+  DrawTextsOf(layout, style, /*textTop=*/0.57, display);
+  const Pixels pixels = PixelsOf(image);
+  return smooth ? Halved(pixels) : pixels;
 }
 
 }  // namespace kestrova

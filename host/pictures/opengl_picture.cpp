@@ -89,16 +89,10 @@ OpenGLPicture::OpenGLPicture(const ViewOptions& view, bool smooth)
 }
 
 bool OpenGLPicture::Draw(Picture& picture) {
-  const Standing standing = picture.Stands();
-  const Extent extent = ExtentOf(picture, style_, AxesOf(view_.name, standing));
-  if (extent.IsEmpty()) return false;
-  const std::vector<LegendRow> rows = picture.Legend();
-  const std::vector<PictureMark> marks = picture.Marks();
-  PictureLayout layout = PlaceLegend(view_, rows);
-  const Camera camera = CameraFor(view_, standing, extent, view_.width, layout.drawing_height, kPictureMargin);
-  PlaceMarks(view_, camera, marks, layout);
-  DrawModel(picture, camera, layout);
-  DrawTexts(layout);
+  const std::optional<PlacedPicture> placed = PlaceAll(picture, style_, view_);
+  if (!placed) return false;
+  DrawModel(picture, placed->camera, placed->layout);
+  DrawTexts(placed->layout);
   return true;
 }
 
@@ -135,7 +129,7 @@ void OpenGLPicture::DrawTexts(const PictureLayout& layout) {
   if (!characters.Create(1, 1, 0))
     PrintNote("the picture has no texts, because there are no fonts; install libKVSHAREdesktop.so and Qt 6");
   display.GetDisplayData()->SetDC(&characters);
-  DrawTextsOf(layout, style_, {.text_top = -0.36, .point = 1.0}, display);
+  DrawTextsOf(layout, style_, /*textTop=*/-0.36, display);
 }
 
 Pixels OpenGLPicture::Read() {

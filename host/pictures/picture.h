@@ -19,17 +19,23 @@ struct PictureColors {
 inline constexpr PictureColors kOnWhite = {0xFFFFFF, 0x000000, 0x0000C0, 0x3C3834};
 inline constexpr PictureColors kOnDark = {0x2A2622, 0xF0F0F0, 0x7070FF, 0x181614};
 
+inline constexpr DWORD kHighlightColor = 0x00C8FF;
+inline constexpr int kHighlightWidth = 3;  // of highlighted lines, in widths of the others
+
+inline constexpr ULONGLONG kMostPositions = 10'000'000;  // of one picture of a document
+
 struct PictureStyle {
   PictureColors colors = kOnWhite;
   int scale = 1;  // of line widths
 };
 
 struct LegendRow {
-  enum class Sample { kLine, kDashes, kArea };
+  enum class Sample { kLine, kDashes, kArea, kPoint, kText };
 
   Sample sample = Sample::kLine;
   DWORD color = 0;
-  std::string text;  // UTF-8
+  std::string text;              // UTF-8
+  std::string sample_text = {};  // of kText, a few characters
 };
 
 // A named position.

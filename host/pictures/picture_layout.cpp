@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <span>
 
 namespace kestrova {
 namespace {
@@ -57,13 +58,10 @@ class FreePlaces {
   std::vector<Box> taken_;
 };
 
-}  // namespace
+// Half way to white, to be read on a dark background.
+DWORD Lighter(DWORD color) { return (color >> 1 & 0x7F7F7F) + 0x7F7F7F; }
 
-double TextWidth(std::string_view utf8) {
-  const auto starts = [](char byte) { return (byte & 0xC0) != 0x80; };
-  return double(std::ranges::count_if(utf8, starts)) * kCharacterWidth;
-}
-
+// Determines the height of the drawing too. The rows must live as long as the layout.
 PictureLayout PlaceLegend(const ViewOptions& view, std::span<const LegendRow> rows) {
   PictureLayout layout;
   layout.drawing_height = view.height;
@@ -84,6 +82,7 @@ PictureLayout PlaceLegend(const ViewOptions& view, std::span<const LegendRow> ro
   return layout;
 }
 
+// Places the names of the marks. The marks must live as long as the layout.
 void PlaceMarks(const ViewOptions& view, const Camera& camera, std::span<const PictureMark> marks,
                 PictureLayout& layout) {
   const Box image = {4, 4, view.width - 4.0, layout.drawing_height - 4.0};
@@ -105,6 +104,29 @@ void PlaceMarks(const ViewOptions& view, const Camera& camera, std::span<const P
     layout.marks.push_back(placed);
   }
   std::erase_if(layout.marks, [&](PlacedMark& mark) { return !places.Place(mark); });
+}
+
+}  // namespace
+
+double TextWidth(std::string_view utf8) {
+  const auto starts = [](char byte) { return (byte & 0xC0) != 0x80; };
+  return double(std::ranges::count_if(utf8, starts)) * kCharacterWidth;
+}
+
+std::optional<PlacedPicture> PlaceAll(Picture& picture, const PictureStyle& style, const ViewOptions& view) {
+  const Standing standing = picture.Stands();
+  const Extent extent = ExtentOf(picture, style, AxesOf(view.name, standing));
+  if (extent.IsEmpty()) return std::nullopt;
+  PlacedPicture placed;
+  placed.size = extent.Size();
+  placed.rows = picture.Legend();
+  placed.marks = picture.Marks();
+  for (PictureMark& mark : placed.marks)
+    if (view.dark && mark.color) mark.color = Lighter(mark.color);
+  placed.layout = PlaceLegend(view, placed.rows);
+  placed.camera = CameraFor(view, standing, extent, view.width, placed.layout.drawing_height, kPictureMargin);
+  PlaceMarks(view, placed.camera, placed.marks, placed.layout);
+  return placed;
 }
 
 }  // namespace kestrova

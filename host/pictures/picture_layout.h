@@ -3,7 +3,7 @@
 #pragma once
 
 #include <algorithm>
-#include <span>
+#include <optional>
 #include <vector>
 
 #include "host/pictures/picture.h"
@@ -12,6 +12,7 @@ namespace kestrova {
 
 inline constexpr int kTextHeight = 15;     // of the font, pixels
 inline constexpr int kSampleWidth = 34;    // of a row of the legend
+inline constexpr int kSamplePoint = 12;    // the diameter of a point
 inline constexpr int kPictureMargin = 56;  // around a fitted drawing, with room for the names
 
 // Pixels from the top left corner.
@@ -40,11 +41,22 @@ struct PictureLayout {
 // The width of a text in the font of pictures; at least as wide as it is drawn.
 double TextWidth(std::string_view utf8);
 
-// Places the legend and so determines the height of the drawing. The rows must live as long as the layout.
-PictureLayout PlaceLegend(const ViewOptions& view, std::span<const LegendRow> rows);
-// Places the names of the marks that the camera sees. A name without a free place is left out. The marks must live as
-// long as the layout.
-void PlaceMarks(const ViewOptions& view, const Camera& camera, std::span<const PictureMark> marks,
-                PictureLayout& layout);
+// A picture with the camera that shows all of it and the places of its texts.
+struct PlacedPicture {
+  PlacedPicture() = default;
+  PlacedPicture(PlacedPicture&&) = default;  // the layout points into the rows and marks
+  PlacedPicture& operator=(PlacedPicture&&) = default;
+  ~PlacedPicture() = default;
+
+  double size = 0;  // of what the picture draws
+  std::vector<LegendRow> rows;
+  std::vector<PictureMark> marks;
+  PictureLayout layout;
+  Camera camera;
+};
+
+// Draws the picture once for its extent. nullopt if it has nothing to draw. A name without a free place, and one that
+// the camera does not see, is left out.
+std::optional<PlacedPicture> PlaceAll(Picture& picture, const PictureStyle& style, const ViewOptions& view);
 
 }  // namespace kestrova

@@ -303,6 +303,11 @@ void WriteLegend(const PictureLayout& layout, const PictureStyle& style, SvgWrit
     if (row.row->sample == LegendRow::Sample::kArea) {
       svg.Raw(fmt::format("<rect x=\"{:g}\" y=\"{:g}\" width=\"{}\" height=\"14\" fill=\"{}\"/>\n", row.left,
                           row.middle - 7, kSampleWidth, color));
+    } else if (row.row->sample == LegendRow::Sample::kPoint) {
+      svg.Raw(fmt::format("<circle cx=\"{:g}\" cy=\"{:g}\" r=\"{}\" fill=\"{}\"/>\n", row.left + kSampleWidth / 2.0,
+                          row.middle, kSamplePoint / 2, color));
+    } else if (row.row->sample == LegendRow::Sample::kText) {
+      svg.Words(row.left, row.middle + kTextHeight * 0.36, row.row->sample_text, color);
     } else {
       svg.Raw(fmt::format("<path stroke=\"{}\" stroke-width=\"2\"{} d=\"M{:g} {:g}h{}\"/>\n", color,
                           row.row->sample == LegendRow::Sample::kDashes ? " stroke-dasharray=\"6 4\"" : "", row.left,
@@ -316,20 +321,15 @@ void WriteLegend(const PictureLayout& layout, const PictureStyle& style, SvgWrit
 
 std::string SvgOf(Picture& picture, const ViewOptions& view) {
   const PictureStyle style = {view.dark ? kOnDark : kOnWhite};
-  const Standing standing = picture.Stands();
-  const Extent extent = ExtentOf(picture, style, AxesOf(view.name, standing));
-  if (extent.IsEmpty()) return {};
-  const std::vector<LegendRow> rows = picture.Legend();
-  const std::vector<PictureMark> marks = picture.Marks();
-  PictureLayout layout = PlaceLegend(view, rows);
-  const Camera camera = CameraFor(view, standing, extent, view.width, layout.drawing_height, kPictureMargin);
-  PlaceMarks(view, camera, marks, layout);
+  const std::optional<PlacedPicture> placed = PlaceAll(picture, style, view);
+  if (!placed) return {};
+  const Camera& camera = placed->camera;
   SvgWriter svg(view, style);
-  svg.SetCamera(camera, layout.drawing_height);
-  WriteItems(ItemsOf(picture, style, camera.axes, /*onTop=*/false), camera, extent.Size(), svg);
-  WriteItems(ItemsOf(picture, style, camera.axes, /*onTop=*/true), camera, extent.Size(), svg);
-  WriteMarks(layout, style, svg);
-  WriteLegend(layout, style, svg);
+  svg.SetCamera(camera, placed->layout.drawing_height);
+  WriteItems(ItemsOf(picture, style, camera.axes, /*onTop=*/false), camera, placed->size, svg);
+  WriteItems(ItemsOf(picture, style, camera.axes, /*onTop=*/true), camera, placed->size, svg);
+  WriteMarks(placed->layout, style, svg);
+  WriteLegend(placed->layout, style, svg);
   return svg.Finish();
 }
 

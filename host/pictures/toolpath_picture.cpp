@@ -17,10 +17,7 @@ namespace {
 
 using Point = HostFeature::Point;
 
-constexpr ULONGLONG kMostPositions = 10'000'000;  // of one picture
-constexpr double kClearance = 0.005;              // metres, if the setup has none
-constexpr DWORD kHighlight = 0x00C8FF;            // 0x00BBGGRR
-constexpr int kWider = 3;                         // the width of highlighted lines, of that of the others
+constexpr double kClearance = 0.005;  // metres, if the setup has none
 
 // In the frame of a setup the Z axis points into the part.
 class ToolpathDrawing {
@@ -41,10 +38,10 @@ class ToolpathDrawing {
   // In one colour and width, over what is drawn.
   void DrawHighlighted(const HostOperation& operation) {
     const int width = display_.GetLineWidth();
-    display_.SetColor(kHighlight);
-    display_.SetLineWidthWithInit(width * kWider);
+    display_.SetColor(kHighlightColor);
+    display_.SetLineWidthWithInit(width * kHighlightWidth);
     display_.SetDynamicHiLite(1);
-    Draw(operation, kHighlight);
+    Draw(operation, kHighlightColor);
     display_.SetDynamicHiLite(0);
     display_.SetLineWidthWithInit(width);
   }
@@ -54,17 +51,9 @@ class ToolpathDrawing {
 
  private:
   void EnterSetupOf(const HostOperation& operation) {
-    FRTransf toModel;
-    clearance_ = kClearance;
-    QFObject* at = operation.GetOwner();
-    for (int up = 0; at && up < kMostOwners; ++up, at = at->GetOwner()) {
-      auto* const setup = DYNAMIC_DOWNCAST(HostSetup, at);
-      if (!setup) continue;
-      toModel = setup->Frame().Transform().inverse();
-      if (setup->Frame().Clearance() > 0) clearance_ = setup->Frame().Clearance();
-      break;
-    }
-    display_.SetUseXYToModelTransf(1, toModel);
+    HostSetup* const setup = SetupOf(operation);
+    clearance_ = setup && setup->Frame().Clearance() > 0 ? setup->Frame().Clearance() : kClearance;
+    display_.SetUseXYToModelTransf(1, setup ? setup->Frame().Transform().inverse() : FRTransf());
   }
 
   void Count(ULONGLONG positions) {
@@ -105,8 +94,6 @@ class ToolpathDrawing {
     display_.DrawPolyline(positions);
   }
 
-  static constexpr int kMostOwners = 64;
-
   QFDisplayInfo& display_;
   const PictureColors colors_;
   DWORD feedColor_ = 0;
@@ -115,8 +102,6 @@ class ToolpathDrawing {
   FRPosition last_;  // in the setup's frame
   ULONGLONG positions_ = 0;
 };
-
-bool IsDrawn(HostOperation& operation) { return !operation.IsSuppressed() && !operation.IsRecycled(); }
 
 }  // namespace
 
@@ -145,7 +130,8 @@ void ToolpathPicture::Draw(QFDisplayInfo& display, const PictureStyle& style) {
   document_.Walk([&](HostNode& each, int) {
     auto* const operation = DYNAMIC_DOWNCAST(HostOperation, &each);
     if (operation && choice_.highlight && operation->GetObjectId() == *choice_.highlight) highlighted = operation;
-    if (operation && (choice_.node ? operation->GetObjectId() == *choice_.node : IsDrawn(*operation))) {
+    if (operation && (choice_.node ? operation->GetObjectId() == *choice_.node
+                                   : !operation->IsSuppressed() && !operation->IsRecycled())) {
       const double feed = operation->Feed() / document_.Units().metres;
       const unsigned long stored = table_.GetColorForFeed(feed);
       const DWORD color = stored == kNoFeedColor ? style.colors.lines : DWORD(stored);
@@ -165,14 +151,16 @@ void ToolpathPicture::Draw(QFDisplayInfo& display, const PictureStyle& style) {
 std::vector<LegendRow> ToolpathPicture::Legend() const {
   std::vector<LegendRow> rows;
   if (operations_ > 0) rows.push_back({LegendRow::Sample::kDashes, colors_.rapid, "rapid"});
-  for (const auto& [color, feeds] : feeds_) {
+  std::vector<std::pair<DWORD, Feeds>> feeds_upward(feeds_.begin(), feeds_.end());
+  std::ranges::sort(feeds_upward, {}, [](const auto& each) { return each.second.least; });
+  for (const auto& [color, feeds] : feeds_upward) {
     const std::string unit = fmt::format("{}/min", document_.Units().symbol);
     rows.push_back({LegendRow::Sample::kLine, color,
                     feeds.least < feeds.most ? fmt::format("feed {:.4g} to {:.4g} {}", feeds.least, feeds.most, unit)
                                              : fmt::format("feed {:.4g} {}", feeds.least, unit)});
   }
   if (highlighted_)
-    rows.push_back({LegendRow::Sample::kLine, kHighlight, fmt::format("operation {}", *choice_.highlight)});
+    rows.push_back({LegendRow::Sample::kLine, kHighlightColor, fmt::format("operation {}", *choice_.highlight)});
   return rows;
 }
 
