@@ -10,6 +10,7 @@
 #include "host/document/open_document.h"
 #include "host/machine/machine_folder.h"
 #include "host/module/main_module.h"
+#include "host/pictures/document_picture.h"
 #include "host/pictures/gdi_picture.h"
 #include "host/pictures/machine_picture.h"
 #include "host/pictures/opengl_picture.h"
@@ -31,32 +32,39 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr char kHelp[] = R"(
-Draws the toolpaths of a document or a machine.
+Draws the toolpaths, features or patterns of a document, or a machine.
 
 --of toolpath: the feed moves in the colours of the table for milling (kestrova feedcolors) if the document's setting
 UseFeedColors is 1, otherwise in one colour, and the rapid moves as dashed lines, in metres in the document's frame.
 Suppressed and recycled operations are left out, unless --node names one.
---of machine: FILE is a definition, KestrovaAPT.xml, its folder, or the name of a machine of the environment. Its solids are drawn as their STL files put them, in
-the colours of the shape lists (--colors own: of the definition), with the axes and the origins of the fixtures.
+--of document: the features as outlines, with the instances of their patterns, and their names.
+--of pattern: only features with a pattern. Each instance has a marker, red if it is skipped, and a number: its place in
+the order of the first operation with an order, from 1, else its own number, from 0. --node names a feature or, for its
+order, an operation. If all of them are in one setup, --view looks at that setup.
+--of machine: FILE is a definition, KestrovaAPT.xml, its folder, or the name of a machine of the environment. Its solids
+are drawn as their STL files put them, in the colours of the shape lists (--colors own: of the definition), with the axes
+and the origins of the fixtures.
 
 The name of OUT chooses what is made. OUT.png is an image by OpenGL, or with --by gdi on a device context, with names and
-a legend; it needs no display. OUT.svg is a vector image. Any other OUT is a recording of lines and triangles: OUT gets
-its binary form, and OUT.txt the readable one. kestrova picture replay draws a recording.
+a legend; it needs no display. OUT.svg is a vector image. Any other OUT is a recording of lines and triangles, without
+markers: OUT gets its binary form, and OUT.txt the readable one. kestrova picture replay draws a recording.
 
 --view shows everything from one side, in parallel projection; --eye gives a view with perspective, in the units of the
-file. JSON: {"file", "output"}, "operations" and "positions" or "shapes", "triangles" and "missing", and "width" and
-"height" of an image or "items" and "text" of a recording.
+file. JSON: {"file", "output"}; "operations" and "positions", or "features", "patterns", "instances" and "skipped", or
+"shapes", "triangles" and "missing"; and "width" and "height" of an image or "items" and "text" of a recording.
 
   kestrova picture part.kvdoc --of toolpath --out part.png
   kestrova picture part.kvdoc --of toolpath --out top.png --view top --size 1200x800 --background dark
   kestrova picture part.kvdoc --of toolpath --out near.png --eye 0.3,-0.4,0.3 --target 0.05,0.03,0 --fov 30
   kestrova picture part.kvdoc --of toolpath --out part.kvrec --by file --json
+  kestrova picture part.kvdoc --of document --out features.svg
+  kestrova picture part.kvdoc --of pattern --out holes.png --node 7 --view top
   kestrova picture Vertical850 --of machine --out mill.png
 )";
 
 constexpr char kReplayHelp[] = R"(
 Draws a recording, the binary file that kestrova picture or a module has written, as a PNG or SVG image. The image is
-that of the direct drawing without its legend. Texts are not drawn: the binary file has only their lengths.
+that of the direct drawing in the document's frame, without legend and markers. Texts are not drawn: the binary file has only their lengths.
 JSON: {"file", "output", "items", "leftOut", "width", "height"}.
 
   kestrova picture replay moves.kvrec --out moves.png
@@ -117,6 +125,44 @@ class ToolpathSubject : public Subject {
   const Options& options_;
   const OpenDocument opened_;
   ToolpathPicture picture_;
+};
+
+class DocumentSubject : public Subject {
+ public:
+  explicit DocumentSubject(const Options& options)
+      : options_(options),
+        opened_(options.file),
+        picture_(*opened_.document, {options.of == "pattern", options.node, options.highlight}) {
+    if (options.highlight && !picture_.HasFeature(*options.highlight))
+      throw NotFound(fmt::format("no feature of {} has the id {}; kestrova document show prints ids", options.file,
+                                 *options.highlight),
+                     {.file = options.file});
+  }
+
+  Picture& Drawn() override { return picture_; }
+  void AddFacts(Json& json) const override {
+    json["features"] = picture_.Features();
+    json["patterns"] = picture_.Patterns();
+    json["instances"] = picture_.Instances();
+    json["skipped"] = picture_.Skipped();
+  }
+  std::string Facts() const override {
+    return fmt::format("{} features, {} patterns, {} instances, {} skipped", picture_.Features(), picture_.Patterns(),
+                       picture_.Instances(), picture_.Skipped());
+  }
+  [[noreturn]] void ThrowNothing() const override {
+    const std::string& file = options_.file;
+    const char* const what = options_.of == "pattern" ? "feature with a pattern" : "feature";
+    const std::string reason =
+        options_.node ? fmt::format("no {} of {} has the id {} or an operation with it", what, file, *options_.node)
+                      : fmt::format("{} has no {} to draw; suppressed and recycled ones need --node", file, what);
+    throw NotFound(reason + "; kestrova document show prints states, patterns and ids", {.file = file});
+  }
+
+ private:
+  const Options& options_;
+  const OpenDocument opened_;
+  DocumentPicture picture_;
 };
 
 // The folder of a machine that is named without a path; otherwise the file as it is.
@@ -235,7 +281,8 @@ void MakeRecording(const Options& options, Subject& subject) {
 
 std::unique_ptr<Subject> SubjectOf(const Options& options) {
   if (options.of == "machine") return std::make_unique<MachineSubject>(options);
-  return std::make_unique<ToolpathSubject>(options);
+  if (options.of == "toolpath") return std::make_unique<ToolpathSubject>(options);
+  return std::make_unique<DocumentSubject>(options);
 }
 
 void Draw(Options& options) {
@@ -288,12 +335,14 @@ void AddPictureCommands(CLI::App& group) {
   static Options options;
   group.footer(kHelp);
   group.add_option("FILE", options.file, "The document's file, or the machine's definition");
-  group.add_option("--of", options.of, "What to draw; default toolpath")->check(CLI::IsMember({"toolpath", "machine"}));
+  group.add_option("--of", options.of, "What to draw; default toolpath")
+      ->check(CLI::IsMember({"toolpath", "machine", "document", "pattern"}));
   group.add_option("--out", options.out, "The new file, such as part.png or part.kvrec");
   group.add_option("--by", options.by, "How to draw; default by the name of OUT")
       ->check(CLI::IsMember({"opengl", "gdi", "file"}));
-  group.add_option("--node", options.node, "Only the operation with this id");
-  group.add_option("--highlight", options.highlight, "Draw the operation with this id over the others");
+  group.add_option("--node", options.node, "Only the operation, or the feature, with this id");
+  group.add_option("--highlight", options.highlight,
+                   "Draw the operation, or the feature, with this id over the others");
   group.add_option("--colors", options.colors, "Of a machine's shapes; default lists")
       ->check(CLI::IsMember({"lists", "own"}));
   AddViewOptions(group, options);

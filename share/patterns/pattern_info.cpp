@@ -111,8 +111,6 @@ namespace {
 
 constexpr double kMarkerRadius = 6.0;
 constexpr double kPickDistance = 3.0;
-constexpr DWORD kActiveColor = 0xFF0000;  // 0x00BBGGRR: blue
-constexpr DWORD kOtherColor = 0x0000FF;   // red
 
 FRPosition LocationOf(QFPatternInfo& pattern, LONGLONG instance) {
   FRTransf transform;

@@ -94,6 +94,9 @@ class KVSHARE_API QFPatternInfo : public QFBaseObject {
 
   // ---- markers on the screen
 
+  static constexpr DWORD kActiveColor = 0xFF0000;  // 0x00BBGGRR: blue
+  static constexpr DWORD kOtherColor = 0x0000FF;   // red
+
   // Draws an ellipse with radii of 6 at the location of each instance: active ones blue, others red. Sets the colour
   // only where the status differs from that of the instance before. 1; 0 for null.
   int Display(QFDisplayInfo* info);

@@ -2,14 +2,17 @@
 #include <gtest/gtest.h>
 
 #include <random>
+#include <regex>
 
 #include "host/document/open_document.h"
 #include "host/pictures/depth_order.h"
+#include "host/pictures/document_picture.h"
 #include "host/pictures/gdi_picture.h"
 #include "host/pictures/machine_picture.h"
 #include "host/pictures/opengl_picture.h"
 #include "host/pictures/recording.h"
 #include "host/pictures/recording_picture.h"
+#include "host/pictures/svg_picture.h"
 #include "host/pictures/toolpath_picture.h"
 #include "host/shell/failure.h"
 #include "tests/host/run_command.h"
@@ -83,6 +86,49 @@ TEST_F(Pictures, OnADeviceContextHaveTheirLinesWhereOpenGLDrawsThem) {
   }
   EXPECT_GT(drawn, 1000);
   EXPECT_LT(elsewhere, drawn / 100);
+}
+
+TEST_F(Pictures, OfPatternsHaveColouredMarkersAndNumbersByAnOrder) {
+  const std::string file = NewDocument("part.kvdoc", {"--nodes", "12"});
+  const auto pattern = [&](const std::string& words) {
+    std::vector<std::string> all = kvtest::WordsOf("pattern " + words);
+    all.insert(all.begin() + 2, file);
+    EXPECT_EQ(kvtest::RunCommand(all).exit_code, 0) << words;
+  };
+  pattern("add 7 --kind linear --direction 1,0,0 --spacing 20 --count 5");
+  pattern("skip 7 1,3");
+  const struct {
+    const char* change;
+    FeatureChoice choice;
+    std::string numbers;  // with the distance from instance 0 in mm
+  } rows[] = {
+      {"", {.patterned = true}, "0@0 1@20 2@40 3@60 4@80 "},
+      {"order 7 --operation 9 --instances 4,0,2", {.patterned = true}, "1@80 2@0 3@40 "},
+      {"order 7 --operation 8 --instances 2,1", {.patterned = true, .node = 7}, "1@80 2@0 3@40 "},
+      {"", {.patterned = true, .node = 8}, "1@40 2@20 "},
+      {"", {.node = 7}, "Tapped Hole 2@0 "},
+      {"", {.node = 7, .highlight = 7}, "Tapped Hole 2@0 "},
+  };
+  FRPosition first;
+  for (const auto& row : rows) {
+    if (*row.change) pattern(row.change);
+    const OpenDocument opened(file);
+    DocumentPicture picture(*opened.document, row.choice);
+    const std::string svg = SvgOf(picture, {.name = "top", .width = 640, .height = 240});
+    std::string numbers;
+    const std::vector<PictureMark> marks = picture.Marks();
+    if (!*row.change && !row.choice.node) first = marks.at(0).at;
+    for (const PictureMark& mark : marks)
+      numbers += mark.name + '@' + std::to_string(std::lround(mark.at.distance(first) * 1000)) + ' ';
+    EXPECT_EQ(numbers, row.numbers);
+    const auto ellipses = [&](const std::string& color) {
+      const std::regex ellipse("<ellipse [^>]*stroke=\"" + color);
+      return std::distance(std::sregex_iterator(svg.begin(), svg.end(), ellipse), {});
+    };
+    EXPECT_EQ(ellipses("#0000ff"), 3);
+    EXPECT_EQ(ellipses("#ff0000"), 2);
+    EXPECT_EQ(ellipses("#ffc800"), row.choice.highlight ? 5 : 0);
+  }
 }
 
 // Disjoint random triangles: of two that cover the same place of the image, the nearer one comes later.
