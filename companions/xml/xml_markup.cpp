@@ -152,6 +152,7 @@ class FaultSearch {
   void Look(const Piece& piece) {
     using Kind = Piece::Kind;
     if (piece.kind == Kind::kText || piece.kind == Kind::kCData) return LookAtText(piece);
+    if (piece.kind == Kind::kOther && piece.text.starts_with(kComment)) return LookAtComment(piece);
     if (piece.kind == Kind::kEndTag && open_ > 0) --open_;
     if (piece.kind != Kind::kStartTag && piece.kind != Kind::kEmptyTag) return;
     if (piece.kind == Kind::kStartTag) ++open_;
@@ -160,6 +161,11 @@ class FaultSearch {
       LookAtReferences(piece.at + quote + 1, piece.text.substr(quote + 1, end - quote - 1), "&<");
       quote = piece.text.find_first_of("\"'", end + 1);
     }
+  }
+
+  void LookAtComment(const Piece& piece) {
+    const std::size_t hyphens = piece.text.find("--", kComment.size());
+    if (piece.text.substr(hyphens) != "-->") Add(piece.at + hyphens, "-- is inside a comment");
   }
 
   void LookAtText(const Piece& piece) {

@@ -136,6 +136,8 @@ TEST(Xml, ListsWhatXmlForbids) {
       {"<a b='&#0;&#xD800;&#99999999999999999999;'/>",
        "1:7 the reference &#0; is no character of XML\n1:11 the reference &#xD800; is no character of XML\n"
        "1:19 the reference &#99999999999999999999; is no character of XML\n"},
+      {"<!----><!-- a-b --><a><!-- a--b --><!-- a ---></a>",
+       "1:29 -- is inside a comment\n1:43 -- is inside a comment\n"},
       {"<a b='<'/>", "1:7 < is in the value of an attribute; write &lt;\n"},
       {"<a b='\xFF'/>", "1:7 bytes that are not UTF-8 are read as U+FFFD\n"},
       {"<a b='\x1B'/>", "1:7 a control character, which XML forbids\n"},

@@ -45,8 +45,8 @@ struct Fault {
 // is above the other limit.
 std::optional<Fault> FindExcess(std::string_view document, std::size_t depth, std::size_t elements);
 
-// Finds text outside the root element, references to unknown entities and to what is no character, "<" in values,
-// control characters and bytes that are not UTF-8. Returns at most that many, by offset.
+// Finds text outside the root element, references to unknown entities and to what is no character, "<" in values, "--"
+// in comments, control characters and bytes that are not UTF-8. Returns at most that many, by offset.
 std::vector<Fault> FindFaults(std::string_view document, std::size_t most);
 
 }  // namespace kvxml
