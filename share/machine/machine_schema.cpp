@@ -318,6 +318,8 @@ class SchemaChecker {
 
   void Run(KVXMLNode& root) {
     for (const KVXMLFault& fault : document_.Faults()) findings_.Error(fault.place, fault.reason);
+    for (KVXMLAttribute at = root.Element().FirstAttribute(); at; at = at.Next())
+      definesXsi_ = definesXsi_ || (at.Name() == "xmlns:xsi" && at.Value() == kSchemaInstance);
     if (root.Element().Name() != kRootName) {
       Error(root, fmt::format("the root element is {} and not {}", Quoted(root.Element().Name()), kRootName));
     }
@@ -351,8 +353,9 @@ class SchemaChecker {
   }
 
   // Attributes that the language of schemas allows in every element.
-  static bool IsOfSchema(std::string_view name) {
-    return name.starts_with("xmlns:") || name == "xsi:noNamespaceSchemaLocation" || name == "xsi:schemaLocation";
+  bool IsOfSchema(std::string_view name) const {
+    return name.starts_with("xmlns:") ||
+           (definesXsi_ && (name == "xsi:noNamespaceSchemaLocation" || name == "xsi:schemaLocation"));
   }
 
   void CheckAttributes(const Element& rule, KVXMLElement element) {
@@ -364,7 +367,9 @@ class SchemaChecker {
                         fmt::format("attribute {} is not allowed in {}", Quoted(at.Name()), NameOf(rule)));
       }
       if (!row) continue;
-      found[std::size_t(row - rule.attributes.data())] = true;
+      bool& again = found[std::size_t(row - rule.attributes.data())];
+      if (again) findings_.Error(document_.PlaceOf(at), fmt::format("attribute {} occurs twice", at.Name()));
+      again = true;
       if (const Form form(rule, *row); !form.Fits(at.Value())) {
         findings_.Error(document_.PlaceOfValue(at),
                         fmt::format("{}={} is not {}", at.Name(), Quoted(at.Value()), form.Is()));
@@ -378,8 +383,11 @@ class SchemaChecker {
     }
   }
 
+  static constexpr std::string_view kSchemaInstance = "http://www.w3.org/2001/XMLSchema-instance";
+
   const KVXMLDocument& document_;
   Findings findings_;
+  bool definesXsi_ = false;
 };
 
 template <class Load>

@@ -51,6 +51,9 @@ TEST(MachineSchema, ExplainsEachName) {
 const std::pair<const char*, const char*> kCases[] = {
     {ROOT(""), ""},
     {"<KESTROVAAPT xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' xsi:noNamespaceSchemaLocation='a.xsd'/>", ""},
+    {"<KESTROVAAPT xsi:schemaLocation='a a.xsd'/>", "attribute \"xsi:schemaLocation\" is not allowed in KESTROVAAPT\n"},
+    {"<!-- a--b -->" ROOT(""), "-- is inside a comment\n"},
+    {ROOT("<MACHINE VER='1' VER='2'/>"), "attribute VER occurs twice\n"},
     {"<R/>", "the root element is \"R\" and not KESTROVAAPT\n"},
     {"<KESTROVAAPT A='1'/>", "attribute \"A\" is not allowed in KESTROVAAPT\n"},
     {ROOT("text"), "KESTROVAAPT contains text; only elements are allowed\n"},
