@@ -240,6 +240,15 @@ def registry_keys(name):
     return "| key | |\n|---|---|\n" + "\n".join(rows) + "\n"
 
 
+def rooms(name, layer):
+    """The rooms of a layer by rank, from the test of the include lines."""
+    ranks = {}
+    for rank, room in re.findall(rf'{{(\d+), "{layer}/(\w+)"}}', (ROOT / name).read_text()):
+        ranks.setdefault(int(rank), []).append(f"`{room}`" if (ROOT / layer / room).exists() else None)
+    rows = [(rank, ", ".join(filter(None, names))) for rank, names in sorted(ranks.items(), reverse=True)]
+    return "| rank | rooms |\n|---|---|\n" + "".join(f"| {rank} | {names} |\n" for rank, names in rows if names)
+
+
 def commands():
     """The commands of the command line, such as "env doctor"."""
     shown = []
@@ -270,7 +279,7 @@ def wrong_schemas(text):
 
 
 TABLES = {"serial-classes": serial_classes, "comment": comment, "enum": enumeration, "constants": constants, "switches": switches,
-          "registry-keys": registry_keys, "machine-elements": machine_elements, "machine-values": machine_values, "schemas": schemas}
+          "registry-keys": registry_keys, "rooms": rooms, "machine-elements": machine_elements, "machine-values": machine_values, "schemas": schemas}
 
 
 # ---- pages

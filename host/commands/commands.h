@@ -48,8 +48,8 @@ struct Command {
 
 // Every command, in the order of the help. A new command needs a declaration above and a row here.
 inline constexpr Command kCommands[] = {
-    {"machine", "Machine definitions: list, export, show, check", AddMachineCommands, "machine show TwinTurret12",
-     MachineCandidates},
+    {"machine", "Machine definitions: list, show, check, export, new, schema", AddMachineCommands,
+     "machine show TwinTurret12", MachineCandidates},
     {"document", "Documents: new, show, dump, history, convert, verify, repair", AddDocumentCommands,
      "document new part.kvdoc --nodes 200"},
     {"job", "Background jobs: run", AddJobCommands, "job run part.kvdoc --jobs 4"},
