@@ -4,9 +4,9 @@
 #include <array>
 #include <string_view>
 
+#include "framework/application.h"
 #include "framework/archive.h"
 #include "framework/file.h"
-#include "framework/message_box.h"
 
 namespace {
 
@@ -87,7 +87,7 @@ std::string FileMessage(int cause, LONG osError, LPCTSTR fileName) {
 
 CException::~CException() = default;
 
-void CException::ReportError() const { ShowMessageBox(GetErrorMessage()); }
+void CException::ReportError() const { AfxMessageBox(GetErrorMessage()); }
 
 CArchiveException::CArchiveException(int cause, LPCTSTR fileName, std::string_view detail)
     : CException(ArchiveMessage(cause, fileName, detail)), m_cause(cause), m_strFileName(fileName) {}

@@ -13,7 +13,7 @@ class KVSHARE_API CException : public std::exception {
  public:
   // The failure and the file's name, one line in English, for a log.
   CString GetErrorMessage() const { return FromUtf8(message_); }
-  // Shows this line in a message box (framework/message_box.h).
+  // Shows this line in a message box (AfxMessageBox).
   void ReportError() const;
   const char* what() const noexcept override { return message_.c_str(); }
   ~CException() override;

@@ -3,27 +3,21 @@
 
 #include <string>
 
-#include "framework/message_box.h"
+#include "framework/application.h"
 
 namespace kestrova {
 
-class RecordedMessageBoxes : public MessageBoxes {
+class RecordedMessageBoxes : public CWinApp {
  public:
-  RecordedMessageBoxes() : previous_(SetMessageBoxes(this)) {}
-  ~RecordedMessageBoxes() override { SetMessageBoxes(previous_); }
-  RecordedMessageBoxes(const RecordedMessageBoxes&) = delete;
-  RecordedMessageBoxes& operator=(const RecordedMessageBoxes&) = delete;
-
-  bool Show(const CString& text, const CString&) override {
-    last_ = ToUtf8(text.SpanExcluding(_T("\n")));
-    return false;
+  int DoMessageBox(LPCTSTR text, UINT) override {
+    last_ = ToUtf8(CString(text).SpanExcluding(_T("\n")));
+    return IDCANCEL;
   }
   // The first line of the last box; empty if there was no box.
   const std::string& Last() const { return last_; }
 
  private:
   std::string last_;
-  MessageBoxes* previous_;
 };
 
 }  // namespace kestrova

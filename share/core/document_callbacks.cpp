@@ -121,6 +121,10 @@ int IsUserJobCancelled() {
   return Call(g_slots.isUserJobCancelled, 0);
 }
 
+int SendMessageCB(unsigned stringId, char*& arguments) {
+  return g_slots.message ? g_slots.message(stringId, arguments) : 0;
+}
+
 int gGetAppSilentModeFlag() { return Call(g_slots.appSilentModeFlag, 0); }
 
 void GetAppDisplayAlerts(short* flag) {

@@ -20,7 +20,7 @@
 //    2 nextObjectId             GetNextObjectIdCB           ids of new nodes                     0: nodes have no id
 //    3 activeDocument           GetActiveDocument           any work with documents, all core    null: no document,
 //                                                           messages, loading old documents      storage version 38.0
-//    4 message                  no function yet
+//    4 message                  QFMessageCallback           modules                              0
 //    5 progress                 QFProgressCallback          progress of modules' computations    0
 //    6 isUserJobCancelled       IsUserJobCancelled          cancelling modules' computations     0: never cancelled
 //    7 docSettings              GetActiveDocSettingsCB      document settings                    null: defaults
@@ -107,6 +107,9 @@ KVSHARE_API QFFeedColorsSettings* GetAppFeedColorSettingsCB();
 // a suspended job both block until the job is resumed.
 KVSHARE_API int QFProgressCallback(LONGLONG step);
 KVSHARE_API int IsUserJobCancelled();
+// Passes a numbered message and its arguments to the main module and returns its answer. QFMessageCallback
+// (share/diagnostics/message_callback.h) packs the arguments.
+KVSHARE_API int SendMessageCB(unsigned stringId, char*& arguments);
 // 1 if the application runs without a user interface.
 KVSHARE_API int gGetAppSilentModeFlag();
 // Whether message boxes may be shown: sets *flag to -1 (yes), then the callback may set it to 0. Does nothing for null.

@@ -1,6 +1,6 @@
 // Forms mode: reads the technology database's path from a forms file and writes it there.
 #include "companions/database/recordset.h"
-#include "framework/message_box.h"
+#include "framework/application.h"
 #include "platform/files.h"
 #include "share/env/app_env.h"
 
@@ -9,13 +9,13 @@ namespace {
 // Asks the user until the forms file exists, and makes it writable. False if the user cancels.
 bool WaitForFormsFile(const CString& path, const CString& name, const CString& folder) {
   while (_waccess(path, 0) != 0) {
-    if (!ShowMessageBox(name + _T(" could not be found at ") + folder +
-                        _T("\n\nCopy the file at the location and click OK to resume")))
-      return false;
+    const CString text =
+        name + _T(" could not be found at ") + folder + _T("\n\nCopy the file at the location and click OK to resume");
+    if (AfxMessageBox(text, MB_OKCANCEL) != IDOK) return false;
   }
   if (_waccess(path, 6) != 0) {
     // The text always has this name, kept for existing installations.
-    ShowMessageBox(_T("Changing File Attributes to Read/Write for the file :TechDBForms.mde"));
+    AfxMessageBox(_T("Changing File Attributes to Read/Write for the file :TechDBForms.mde"));
     _wchmod(path, _S_IREAD | _S_IWRITE);
   }
   return true;

@@ -96,6 +96,7 @@ TEST_F(TechDatabaseForms, WaitsForTheFileUntilItIsThereOrTheUserCancels) {
 }
 
 TEST_F(TechDatabaseForms, WithoutAUserTheTextGoesToStderr) {
+  SetEnvironmentVariableW(_T("DISPLAY"), nullptr);
   testing::internal::CaptureStderr();
   EXPECT_EQ(AppEnv()->GetEnvAPPInitResult(), ENVAPP_INIT_TECHDB_FAILED);
   EXPECT_EQ(testing::internal::GetCapturedStderr(),

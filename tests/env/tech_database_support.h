@@ -5,30 +5,26 @@
 
 #include <functional>
 
-#include "framework/message_box.h"
+#include "framework/application.h"
 #include "platform/paths.h"
 #include "tests/env/clean_environment.h"
 
 namespace kvtest {
 
 // Answers message boxes: runs one step per box and cancels after the last step.
-class Person : public MessageBoxes {
+class Person : public CWinApp {
  public:
-  explicit Person(std::vector<std::function<void()>> steps = {})
-      : steps_(std::move(steps)), former_(SetMessageBoxes(this)) {}
-  ~Person() override { SetMessageBoxes(former_); }
-  bool Show(const CString& text, const CString& caption) override {
-    EXPECT_EQ(caption, _T("Kestrova"));
+  explicit Person(std::vector<std::function<void()>> steps = {}) : steps_(std::move(steps)) {}
+  int DoMessageBox(LPCTSTR text, UINT) override {
     texts.push_back(ToUtf8(text));
-    if (texts.size() > steps_.size()) return false;
+    if (texts.size() > steps_.size()) return IDCANCEL;
     steps_[texts.size() - 1]();
-    return true;
+    return IDOK;
   }
   std::vector<std::string> texts;
 
  private:
   std::vector<std::function<void()>> steps_;
-  MessageBoxes* former_;
 };
 
 class TechDatabase : public CleanEnvironment {
