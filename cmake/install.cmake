@@ -22,6 +22,7 @@ if(NOT KV_PLATFORM STREQUAL "linux")
   return()
 endif()
 
+install(TARGETS kvshare-crash RUNTIME DESTINATION lib)
 configure_file(${PROJECT_SOURCE_DIR}/cmake/kvshare.pc.in ${PROJECT_BINARY_DIR}/kvshare.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/kvshare.pc DESTINATION lib/pkgconfig)
 install(FILES ${PROJECT_BINARY_DIR}/etc/kestrova/odbcinst.ini DESTINATION etc/kestrova)

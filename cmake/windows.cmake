@@ -55,7 +55,7 @@ add_library(PkgConfig::PNG ALIAS kv_libpng)
 
 # Compiled once: the headers of platform/ include them.
 set(KV_SYSTEM_HEADERS <windows.h> <oleauto.h>)
-set(KV_SYSTEM_LIBRARIES ktmw32 ole32 oleaut32 uuid psapi)
+set(KV_SYSTEM_LIBRARIES ktmw32 ole32 oleaut32 uuid psapi dbghelp)
 set(KV_ODBC_LIBRARIES odbc32 odbccp32)
 set(KV_OPENGL_LIBRARIES opengl32 glu32)
 

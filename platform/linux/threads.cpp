@@ -19,6 +19,7 @@
 
 #include "platform/linux/errno_status.h"
 #include "platform/linux/handle_table.h"
+#include "platform/linux/signal_stack.h"
 
 namespace {
 
@@ -175,6 +176,7 @@ void* RunThread(void* argument) {
   const std::unique_ptr<Start> start(static_cast<Start*>(argument));
   t_thread = start->thread;
   pthread_setspecific(EndKey(), new std::shared_ptr<Thread>(start->thread));
+  UseSignalStackLikeOthers();
   t_thread->PublishId(GetCurrentThreadId());
   SuspensionPoint();
   start->routine(start->parameter);

@@ -77,7 +77,7 @@ constexpr std::pair<int, std::string_view> kRooms[] = {
     {5, "share/diagnostics"}, {6, "share/patterns"},  {6, "share/interface"}, {0, "host/shell"},
     {1, "host/document"},     {1, "host/registry"},   {1, "host/settings"},   {1, "host/machine"},
     {1, "host/environment"},  {2, "host/module"},     {2, "host/logs"},       {2, "host/jobs"},
-    {3, "host/pictures"},     {4, "host/commands"}};
+    {3, "host/crash"},        {3, "host/pictures"},   {4, "host/commands"}};
 
 int RankOf(std::string_view room) {
   for (const auto& [rank, name] : kRooms)
