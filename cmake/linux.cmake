@@ -4,6 +4,7 @@
 # Finds the packages of all systems. Sets KV_LIBRARY_FOLDER, the folder of an installation that has the shared library and
 # its data; KV_SYSTEM_HEADERS, more headers to compile once; KV_TEST_WARNINGS, more options of the tests;
 # KV_SYSTEM_LIBRARIES for platform/; KV_ODBC_LIBRARIES for companions/database; KV_OPENGL_LIBRARIES for share/display;
+# KV_SYMBOL_LIBRARIES for host/crash, and KV_OTHER_SYMBOLS, the source there that is for other systems;
 # KV_SQLITE_LIBRARY for targets that read the registry's files directly. Defines kv_library_flags, kv_layer_flags,
 # kv_program_flags and kv_find_test_framework.
 
@@ -31,6 +32,9 @@ set(KV_SYSTEM_LIBRARIES PkgConfig::SQLITE PkgConfig::ICU Threads::Threads ${CMAK
 set(KV_ODBC_LIBRARIES PkgConfig::ODBC)
 set(KV_OPENGL_LIBRARIES PkgConfig::OPENGL)
 set(KV_SQLITE_LIBRARY PkgConfig::SQLITE)
+pkg_check_modules(DW REQUIRED IMPORTED_TARGET libdw libelf)
+set(KV_SYMBOL_LIBRARIES PkgConfig::DW)
+set(KV_OTHER_SYMBOLS no_symbols\\.cpp)
 
 # ---- hardening, for every target
 

@@ -58,6 +58,8 @@ set(KV_SYSTEM_HEADERS <windows.h> <oleauto.h>)
 set(KV_SYSTEM_LIBRARIES ktmw32 ole32 oleaut32 uuid psapi dbghelp)
 set(KV_ODBC_LIBRARIES odbc32 odbccp32)
 set(KV_OPENGL_LIBRARIES opengl32 glu32)
+set(KV_SYMBOL_LIBRARIES)  # stacks have modules and offsets only
+set(KV_OTHER_SYMBOLS elf_symbols\\.cpp)
 
 # False warnings about wmemcpy of the compiler's own wchar.h, where short texts are compared.
 set(KV_TEST_WARNINGS -Wno-array-bounds -Wno-stringop-overread -Wno-stringop-overflow)
