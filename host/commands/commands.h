@@ -69,7 +69,7 @@ inline constexpr Command kCommands[] = {
     {"ini", "INI files: list, get, set, remove", AddIniCommands, "ini set shopfloor.ini Tool Diameter 12.5"},
     {"log", "Logs of developers: on, off, show the slowest scopes, clear", AddLogCommands, "log show"},
     {"analytics", "Usage events on this computer: show, clear, off, on", AddAnalyticsCommands, "analytics show"},
-    {"crash", "Crash reports and dumps: list, clean, test", AddCrashCommands, "crash list"},
+    {"crash", "Crash reports and dumps: list, show, stack, clean, test", AddCrashCommands, "crash list"},
     {"completion", "Print the completion script for bash, zsh or fish", AddCompletionCommands,
      "completion bash > kestrova.bash"},
 };

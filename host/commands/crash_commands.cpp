@@ -3,6 +3,8 @@
 
 #include "host/commands/commands.h"
 #include "host/crash/crash_list.h"
+#include "host/crash/crash_show.h"
+#include "host/crash/crash_stack.h"
 #include "host/crash/crash_test_command.h"
 
 namespace kestrova {
@@ -10,6 +12,8 @@ namespace kestrova {
 void AddCrashCommands(CLI::App& group) {
   group.require_subcommand(1);
   AddCrashList(group);
+  AddCrashShow(group);
+  AddCrashStack(group);
   AddCrashClean(group);
   AddCrashTest(group);
 }

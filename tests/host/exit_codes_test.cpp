@@ -213,6 +213,15 @@ constexpr Row kRows[] = {
     {"analytics clear", 0, ""},
     {"analytics off", 0, ""},
     {"analytics on", 0, ""},
+    {"crash show part-0.txt", 0, ""},
+    {"crash show part-0.dmp", 0, ""},
+    {"crash show cut.txt", 1, ""},
+    {"crash show part.kvdoc", 3, "part.kvdoc is neither a crash report, which has a line \"Error type\", nor a minidump"},
+    {"crash show none.txt", 3, "cannot read none.txt: no such file"},
+    {"crash stack part-0.dmp --thread crashed", 0, ""},
+    {"crash stack cut.dmp", 1, ""},
+    {"crash stack part-0.dmp --thread 9", 1, "part-0.dmp has no thread 9"},
+    {"crash stack part-0.txt", 3, "part-0.txt is no minidump: byte 0: a minidump begins with MDMP"},
 
     {"completion zsh", 0, ""},
     {"completion tcsh", 2, "SHELL: tcsh not in {bash,zsh,fish}"},
@@ -226,6 +235,11 @@ class ExitCodes : public testing::Test {
     const std::string whole = ReadFile(shell_.Work() / "part.kvdoc");
     Make("cut.kvdoc", whole.substr(0, whole.size() * 4 / 5));
     Make("cut.json", "{");
+    for (const char* file : {"whole", "cut"}) {
+      const std::string seeds = "fuzz/seeds/", name = *file == 'c' ? "cut" : "part-0";
+      Make(name + ".dmp", ReadFile(SourceFile(seeds + "minidump/" + file)));
+      Make(name + ".txt", ReadFile(SourceFile(seeds + "crash_report/" + file)));
+    }
     Make("bad/Mill/VMC/KestrovaAPT.xml", "<R><SHAPES NUM='0'/><CHANNELS/></R>");
     Make("bad/Mill/Cut/KestrovaAPT.xml", "<R");
     Make("bad/Mill/Stl/KestrovaAPT.xml", "<R><SHAPES NUM='1'><SHAPE NAME='S' ID='1' PATH='cut.stl'/></SHAPES></R>");

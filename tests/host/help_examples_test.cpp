@@ -32,6 +32,8 @@ class HelpExamples : public testing::Test {
                              "kestrova reg export HKCU settings.reg", "kestrova ini set shopfloor.ini Tool Diameter 12",
                              "kestrova feedcolors add --process mill 1200 '#FF8000'"})
       EXPECT_EQ(shell_.Run(line).exit_code, 0) << line;
+    fs::copy(SourceFile("fuzz/seeds/minidump/whole"), shell_.Work() / "part-0.dmp");
+    fs::copy(SourceFile("fuzz/seeds/crash_report/whole"), shell_.Work() / "part-0.txt");
     Replace(samples_.Path() / "work", shell_.Work());
     Replace(samples_.Path() / "registry", shell_.Installation().Path() / "registry");
   }
