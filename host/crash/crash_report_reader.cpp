@@ -23,6 +23,7 @@ constexpr std::pair<std::string_view, Section> kTitles[] = {
     {"Modules loaded", Section::kModules},
 };
 constexpr std::string_view kStart = "Error type", kEnd = "---------- [end of ", kAfterEnd = "] ------------";
+constexpr std::string_view kPartial = "---------- [partial";
 constexpr std::string_view kTitleMark = "==========";
 constexpr std::string_view kBlanks = " \t\r\n\f\v";
 
@@ -121,6 +122,7 @@ void Parser::Line(std::string_view line) {
   if (line.empty() || Start(line)) return;
   if (section_ == Section::kNone) return Fault("the line belongs to no report");
   if (Title(line) || End(line)) return;
+  if (line.starts_with(kPartial)) return void(Report().partial = true);
   if (!Content(line)) Fault("the line is not as this section of a report has it");
 }
 

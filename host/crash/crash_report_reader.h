@@ -52,6 +52,7 @@ struct CrashReport {
   std::vector<std::pair<std::string, std::uint32_t>> registers;
   std::string code_bytes;  // from the instruction on
   std::vector<ReportModule> modules;
+  bool partial = false;  // the crashed program itself has written it, without what it could not find out
   bool whole = false;    // the end of the report is there
   std::string end_name;  // the file that the end names
 };

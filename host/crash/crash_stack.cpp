@@ -125,13 +125,7 @@ std::string FrameLine(const StackFrame& frame, int number) {
 void PrintStack(const Minidump& dump, const ThreadStack& stack) {
   const DumpThread& thread = *stack.thread;
   const std::string name = thread.name.empty() ? "" : fmt::format(" \"{}\"", thread.name);
-  std::string what;
-  if (HasCrashed(dump, thread)) {
-    const DumpException& exception = *dump.exception;
-    const std::string access = AccessText(exception.code, exception.parameters);
-    what = fmt::format(": {} (0x{:08X}){}{}", ExceptionTextOf(exception.code).name, exception.code,
-                       access.empty() ? "" : ", ", access);
-  }
+  const std::string what = HasCrashed(dump, thread) ? ": " + ExceptionLine(*dump.exception) : "";
   Print("thread {}{}{}\n", thread.id, name, what);
   if (stack.frames.empty()) PrintRaw("  the dump has no registers of this thread\n");
   int number = 0;

@@ -35,10 +35,10 @@ std::string DistributionName(const std::string& text) {
 }
 
 std::string SystemText(const Minidump& dump) {
-  constexpr std::uint32_t kWindows = 2, kLinux = 0x8201;
+  constexpr std::uint32_t kWindows = 2;
   constexpr std::uint16_t kAmd64 = 9;
   const DumpSystem& system = *dump.system;
-  std::string text = system.platform == kWindows ? "Windows" : system.platform == kLinux ? "Linux" : "unknown system";
+  std::string text = system.platform == kWindows ? "Windows" : system.IsLinux() ? "Linux" : "unknown system";
   text += fmt::format(" {}.{}.{}", system.major, system.minor, system.build);
   for (const std::string& more : {DistributionName(dump.distribution), system.text})
     if (!more.empty()) text += ", " + more;
@@ -69,6 +69,7 @@ Json ExceptionJson(const Minidump& dump) {
   Json parameters = Json::array();
   for (const std::uint64_t parameter : exception.parameters) parameters.push_back(AddressText(parameter, 1));
   return {{"code", AddressText(exception.code, 8)},
+          {"signal", exception.signal > 0 ? Json(exception.signal) : Json()},
           {"name", ExceptionTextOf(exception.code).name},
           {"meaning", MeaningOf(exception)},
           {"access", OrNull(AccessText(exception.code, exception.parameters))},
@@ -115,9 +116,7 @@ Json SystemJson(const Minidump& dump) {
 void PrintException(const Minidump& dump) {
   if (!dump.exception) return PrintRaw("error     none: the dump was made on demand\n");
   const DumpException& exception = *dump.exception;
-  const std::string access = AccessText(exception.code, exception.parameters);
-  Print("error     {} (0x{:08X}){}{}\n", ExceptionTextOf(exception.code).name, exception.code,
-        access.empty() ? "" : ", ", access);
+  Print("error     {}\n", ExceptionLine(exception));
   Print("meaning   {}\n", MeaningOf(exception));
   Print("at        {}  {}\n", AddressText(exception.address), PlaceText(dump, exception.address));
   const DumpThread* const thread = dump.ThreadWith(exception.thread);

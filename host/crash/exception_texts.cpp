@@ -10,6 +10,7 @@ constexpr std::uint32_t kAccessViolation = 0xC0000005, kInPageError = 0xC0000006
 constexpr ExceptionText kTexts[] = {
     {0x40010005, "Ctrl-C", "The user has ended the program; it is no fault."},
     {0x40010008, "Ctrl-Break", "The user has ended the program; it is no fault."},
+    {0x40000015, "abort", "The program ended itself: a failed check, or a damaged heap that the C library has found."},
     {0x80000002, "misaligned access", "The program used an address that its processor instruction does not allow."},
     {0x80000003, "breakpoint", "The program stopped itself: a failed check, or a dump that was asked for."},
     {kAccessViolation, "access violation", "The program used memory that it does not have, or not for this access."},
@@ -53,6 +54,15 @@ std::string AccessText(std::uint32_t code, std::span<const std::uint64_t> parame
                              : parameters[0] == kExecute ? "execution of"
                                                          : "read from";
   return fmt::format("{} address {:#x}", access, parameters[1]);
+}
+
+std::string ExceptionLine(const DumpException& exception) {
+  std::string line(ExceptionTextOf(exception.code).name);
+  const std::string signal = exception.signal > 0 ? fmt::format("signal {}", exception.signal) : "";
+  const std::string code = exception.code > 0 || signal.empty() ? fmt::format("0x{:08X}", exception.code) : "";
+  line += fmt::format(" ({}{}{})", code, code.empty() || signal.empty() ? "" : ", ", signal);
+  const std::string access = AccessText(exception.code, exception.parameters);
+  return access.empty() ? line : line + ", " + access;
 }
 
 std::string_view AddressMeaning(std::uint64_t address) {

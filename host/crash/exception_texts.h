@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "host/crash/minidump_reader.h"
+
 namespace kestrova {
 
 struct ExceptionText {
@@ -19,6 +21,9 @@ const ExceptionText& ExceptionTextOf(std::uint32_t code);
 
 // "write to address 0x0", or nothing: the first two parameters of an exception that has an access and an address.
 std::string AccessText(std::uint32_t code, std::span<const std::uint64_t> parameters);
+
+// "access violation (0xC0000005, signal 11), write to address 0x0"
+std::string ExceptionLine(const DumpException& exception);
 
 // A sentence on the address of an access, or nothing.
 std::string_view AddressMeaning(std::uint64_t address);

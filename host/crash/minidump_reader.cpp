@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 #include "framework/text.h"
 
@@ -292,6 +293,13 @@ void Parser::Exception() {
   if (count > kMostParameters) Fault(at + 32, fmt::format("the exception has {} parameters; 15 are possible", count));
   for (std::size_t i = 0; i < std::min(count, kMostParameters); ++i)
     exception.parameters.push_back(NumberAt<std::uint64_t>(bytes, 40 + 8 * i));
+  if (dump_.system && dump_.system->IsLinux()) {
+    exception.signal = std::exchange(exception.code, 0);
+    if (!exception.parameters.empty()) {
+      exception.code = std::uint32_t(exception.parameters.front());
+      exception.parameters.erase(exception.parameters.begin());
+    }
+  }
   exception.registers = Registers(std::string_view(bytes).substr(160), at + 160);
   dump_.exception = std::move(exception);
 }

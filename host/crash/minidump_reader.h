@@ -75,9 +75,12 @@ struct DumpModule {
 
 struct DumpException {
   std::uint32_t thread = 0;  // id
-  std::uint32_t code = 0, flags = 0;
+  // The platform's code. A dump of Linux has the signal in its place, and the code, if any, as its first parameter.
+  std::uint32_t code = 0;
+  std::uint32_t signal = 0;  // of Linux; 0 if there is none
+  std::uint32_t flags = 0;
   std::uint64_t address = 0;               // of the instruction
-  std::vector<std::uint64_t> parameters;   // 15 at most
+  std::vector<std::uint64_t> parameters;   // 15 at most, without the code
   std::optional<DumpRegisters> registers;  // at the exception
 };
 
@@ -85,8 +88,9 @@ struct DumpSystem {
   std::uint16_t architecture = 0;  // 9: amd64
   unsigned processors = 0;
   std::uint32_t major = 0, minor = 0, build = 0;
-  std::uint32_t platform = 0;  // 2: Windows; 0x8201: Linux
-  std::string text;            // service pack, or what the kernel says of itself; UTF-8
+  std::uint32_t platform = 0;  // 2: Windows
+  bool IsLinux() const { return platform == 0x8201; }
+  std::string text;  // service pack, or what the kernel says of itself; UTF-8
 };
 
 struct Minidump {

@@ -79,7 +79,8 @@ Json ReportJson(const CrashReport& report) {
           {"registers", registers},
           {"codeBytes", HexText(report.code_bytes)},
           {"modules", modules},
-          {"whole", report.whole}};
+          {"whole", report.whole},
+          {"partial", report.partial}};
 }
 
 void PrintFields(const char* title, const ReportFields& fields) {
@@ -129,7 +130,9 @@ void PrintReport(const CrashReport& report) {
   PrintFields("Graphics", report.graphics);
   PrintRegisters(report);
   PrintModules(report);
-  if (!report.whole) PrintRaw("\nThe report is not whole: it was cut, or the program could not write all of it.\n");
+  if (report.partial)
+    PrintRaw("\nThe crashed program itself has written this report, without what it could not find out.\n");
+  if (!report.whole) PrintRaw("\nThe report has no end: it was cut.\n");
 }
 
 }  // namespace

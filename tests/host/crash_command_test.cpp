@@ -20,14 +20,14 @@ TEST_F(CrashCommand, ExplainsADumpAndPrintsItsStacks) {
   const std::string text = Out({"show", file});
   EXPECT_EQ(Line(text, "process   "), "70  kestrova job");
   EXPECT_EQ(Line(text, "system    "), "Linux 6.1.0, Some Linux 12, #1 SMP; 2 processors amd64");
-  EXPECT_EQ(Line(text, "error     "), "access violation (0xC0000005), write to address 0x18");
+  EXPECT_EQ(Line(text, "error     "), "access violation (0xC0000005, signal 11), write to address 0x18");
   EXPECT_EQ(Line(text, "at        "), "0x0000000040001010  libKVSHAREu.so+0x1010");
   EXPECT_EQ(Line(text, "thread    "), "71 \"job 1\", 2 in all");
   EXPECT_NE(Line(text, "meaning   ").find("a pointer that was null"), std::string::npos);
   EXPECT_EQ(Line(text, "  0000000000400000   4096  "), "12abcdef  /opt/kestrova/bin/kestrova");
   const kvtest::RunResult stacks = Run({"stack", file});
   EXPECT_EQ(stacks.out,
-            "thread 71 \"job 1\": access violation (0xC0000005), write to address 0x18\n"
+            "thread 71 \"job 1\": access violation (0xC0000005, signal 11), write to address 0x18\n"
             "  #0   0x0000000040001010  libKVSHAREu.so+0x1010\n"
             "  #1   0x0000000000400020  kestrova+0x20\n"
             "  #2   0x0000000000400040  kestrova+0x40\n"

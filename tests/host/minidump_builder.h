@@ -98,7 +98,7 @@ inline std::string SampleDump() {
   const U32 service = dump.PutName("#1 SMP");
   dump.AddStream(7, BytesOf(U16(9), U16(6), U16(0), U16(2 + 256), U32(6), U32(1), U32(0), U32(0x8201), service) +
                         std::string(28, '\0'));
-  dump.AddStream(6, MinidumpBuilder::Exception(71, 0xC0000005, 0x40001010, {1, 0x18}, crashed));
+  dump.AddStream(6, MinidumpBuilder::Exception(71, 11, 0x40001010, {0xC0000005, 1, 0x18}, crashed));
   const std::string one = dump.Thread(70, dump.Range(0x7FFE0000, std::string(64, '\0')), other);
   const std::string two = dump.Thread(71, stack, other);
   dump.AddList(3, {one, two});

@@ -33,6 +33,8 @@ TEST(Minidump, IsReadWhole) {
   EXPECT_TRUE(dump.faults.empty()) << dump.faults[0].reason;
   ASSERT_TRUE(dump.system && dump.exception && dump.process);
   EXPECT_EQ(dump.system->text + dump.command_line, "#1 SMPkestrova job");
+  EXPECT_EQ(dump.exception->signal, 11u);
+  EXPECT_EQ(dump.exception->code, 0xC0000005u) << "a dump of Linux has it in its parameters";
   EXPECT_EQ(dump.exception->parameters, (std::vector<U64>{1, 0x18}));
   EXPECT_EQ(dump.exception->registers->rip, 0x40001010u) << "of the crash";
   EXPECT_EQ(dump.ThreadWith(71)->registers->rip, 0x400060u) << "when the dump was written";
