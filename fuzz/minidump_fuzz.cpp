@@ -1,5 +1,4 @@
-// Reads any bytes as a minidump and walks the stacks of its threads. What the dump says must be in the file. Modules
-// have no files here, so the reader of symbols is not run.
+// Reads any bytes as a minidump. What the dump says must be in the file, and lists are sorted without overlaps.
 #include <cstdlib>
 
 #include "host/crash/minidump_reader.h"

@@ -39,7 +39,7 @@ std::string SystemText(const Minidump& dump) {
   constexpr std::uint16_t kAmd64 = 9;
   const DumpSystem& system = *dump.system;
   std::string text = system.platform == kWindows ? "Windows" : system.IsLinux() ? "Linux" : "unknown system";
-  text += fmt::format(" {}.{}.{}", system.major, system.minor, system.build);
+  if (system.major > 0) text += fmt::format(" {}.{}.{}", system.major, system.minor, system.build);
   for (const std::string& more : {DistributionName(dump.distribution), system.text})
     if (!more.empty()) text += ", " + more;
   return text + fmt::format("; {} {}", Counted(system.processors, "processor"),
@@ -107,7 +107,9 @@ Json SystemJson(const Minidump& dump) {
           {"platform", dump.system->platform},
           {"architecture", dump.system->architecture},
           {"processors", dump.system->processors},
-          {"version", fmt::format("{}.{}.{}", dump.system->major, dump.system->minor, dump.system->build)},
+          {"version", dump.system->major > 0
+                          ? Json(fmt::format("{}.{}.{}", dump.system->major, dump.system->minor, dump.system->build))
+                          : Json()},
           {"distribution", OrNull(DistributionName(dump.distribution))}};
 }
 

@@ -8,9 +8,9 @@ namespace {
 constexpr std::uint32_t kAccessViolation = 0xC0000005, kInPageError = 0xC0000006;
 
 constexpr ExceptionText kTexts[] = {
+    {0x40000015, "abort", "The program ended itself: a failed check, or a damaged heap that the C library has found."},
     {0x40010005, "Ctrl-C", "The user has ended the program; it is no fault."},
     {0x40010008, "Ctrl-Break", "The user has ended the program; it is no fault."},
-    {0x40000015, "abort", "The program ended itself: a failed check, or a damaged heap that the C library has found."},
     {0x80000002, "misaligned access", "The program used an address that its processor instruction does not allow."},
     {0x80000003, "breakpoint", "The program stopped itself: a failed check, or a dump that was asked for."},
     {kAccessViolation, "access violation", "The program used memory that it does not have, or not for this access."},

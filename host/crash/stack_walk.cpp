@@ -22,10 +22,17 @@ Addresses ByFramePointers(const Minidump& dump, const DumpBytes& bytes, const Du
   return addresses;
 }
 
-// After a call of a wrong address the instruction is in no module, and the caller's address is on top of the stack.
+Addresses Walk(const Minidump& dump, const DumpBytes& bytes, const DumpRegisters& registers, std::size_t most,
+               Symbols& symbols) {
+  Addresses found = symbols.Unwind(registers, most);
+  if (found.size() > 1) return found;
+  Addresses chain = ByFramePointers(dump, bytes, registers, most);
+  return chain.size() > found.size() ? chain : found;
+}
+
+// After a call of a wrong address, such as null or data, the caller's address is on top of the stack.
 bool StepOutOfWrongCall(const Minidump& dump, const DumpBytes& bytes, DumpRegisters& registers) {
   std::uint64_t& stack = registers.general[DumpRegisters::kRsp];
-  if (dump.ModuleAt(registers.rip)) return false;
   const auto caller = dump.WordAt(bytes, stack);
   if (!caller || !dump.ModuleAt(*caller - 1)) return false;
   registers.rip = *caller;
@@ -35,15 +42,16 @@ bool StepOutOfWrongCall(const Minidump& dump, const DumpBytes& bytes, DumpRegist
 
 Addresses AddressesOf(const Minidump& dump, const DumpBytes& bytes, DumpRegisters registers, std::size_t most,
                       Symbols& symbols) {
-  Addresses addresses;
-  const std::uint64_t first = registers.rip;
-  const bool wrongCall = StepOutOfWrongCall(dump, bytes, registers);
-  if (wrongCall) addresses.push_back({first, false});
-  Addresses found = symbols.Unwind(registers, most);
-  const Addresses chain = found.size() > 1 ? Addresses() : ByFramePointers(dump, bytes, registers, most);
-  if (chain.size() > found.size()) found = chain;
-  if (wrongCall && !found.empty()) found.front().returns = true;
-  addresses.insert(addresses.end(), found.begin(), found.end());
+  Addresses addresses = {{registers.rip, false}};
+  if (!dump.ModuleAt(registers.rip)) {
+    if (!StepOutOfWrongCall(dump, bytes, registers)) return Walk(dump, bytes, registers, most, symbols);
+  } else {
+    Addresses found = Walk(dump, bytes, registers, most, symbols);
+    if (found.size() > 1 || !StepOutOfWrongCall(dump, bytes, registers)) return found;
+  }
+  Addresses callers = Walk(dump, bytes, registers, most, symbols);
+  callers.front().returns = true;
+  addresses.insert(addresses.end(), callers.begin(), callers.end());
   return addresses;
 }
 
