@@ -87,7 +87,7 @@ CString KVTimeLog::GetDocName() {
 
 void KVTimeLog::Start(LPCTSTR name, LogType type, int perDocument) noexcept {
   Quietly([&] {
-    m_pMeasurement = new Measurement;
+    m_pMeasurement = std::make_unique<Measurement>().release();
     UpdateLogFlag(type);
     Measurement& measurement = *m_pMeasurement;
     if (!measurement.m_bEnabled) return;
