@@ -5,6 +5,7 @@
 #include "platform/clock.h"
 #include "platform/threads.h"
 #include "share/jobs/internal/job_walk.h"
+#include "share/jobs/internal/kept_handles.h"
 #include "share/objects/job_lock.h"
 
 namespace {
@@ -110,9 +111,9 @@ int QFThreadBaseMgr::GetThreadsNotDone(void** handles, int max) {
   return int(all.size());
 }
 
-// Waits one by one: a single call would be limited in number on other systems, and would fail for all handles if one is
-// closed, because its job has ended long ago.
+// Waits one by one: a single call would be limited in number on other systems.
 void QFThreadBaseMgr::WaitForMultipleThreadsToBeDone() {
+  const KeptHandles kept;
   for (void* handle : HandlesNotDone()) WaitForMultipleObjects(1, &handle, /*all=*/TRUE, INFINITE);
 }
 

@@ -13,6 +13,7 @@
 #include "platform/process.h"
 #include "platform/threads.h"
 #include "share/core/document_callbacks.h"
+#include "share/jobs/internal/kept_handles.h"
 #include "share/jobs/job_manager.h"
 #include "share/objects/job_lock.h"
 
@@ -24,6 +25,9 @@ constexpr DWORD kBeforeBegin_ms = 100;
 // The number of handles of ended jobs that stay open, because a module may be about to wait for one.
 constexpr std::size_t kFormerHandles = 256;
 
+// The number of KeptHandles. Guarded by the job lock.
+constinit int g_kept = 0;
+
 // True on a job's own thread.
 constinit thread_local bool t_isJob = false;
 
@@ -33,7 +37,7 @@ void RetireHandle(HANDLE handle) {
   for (DWORD count = ResumeAtPoint(handle); count > 1 && count != DWORD(-1);) count = ResumeAtPoint(handle);
   former->push_back(handle);
   // Test two handles per call, so that the number falls again after handles of long jobs have piled up.
-  for (int tests = 2; tests > 0 && former->size() > kFormerHandles; --tests) {
+  for (int tests = 2; g_kept == 0 && tests > 0 && former->size() > kFormerHandles; --tests) {
     HANDLE oldest = former->front();
     former->pop_front();
     if (WaitForSingleObject(oldest, 0) == WAIT_OBJECT_0) {
@@ -52,6 +56,16 @@ bool IsTestRun() {
 const QFThreadDataLink* Link(const void* param) { return static_cast<const QFThreadDataLink*>(param); }
 
 }  // namespace
+
+KeptHandles::KeptHandles() {
+  const JobLock lock;
+  ++g_kept;
+}
+
+KeptHandles::~KeptHandles() {
+  const JobLock lock;
+  --g_kept;
+}
 
 // Lets a node keep a record alive while it removes the record from its list.
 class RecordHolder final : public JobRecordHolder {

@@ -63,28 +63,14 @@ class StressManager : public TestManager {
     onStart = [this](QFThreadData*) { ++tally_.threads; };
   }
 
-  // Waits until the threads that have begun so far have ended. A closed handle is one of an ended thread.
-  void AwaitBegun() {
-    std::unique_lock guard(lock_);
-    const std::vector<HANDLE> begun = std::exchange(begun_, {});
-    guard.unlock();
-    for (const HANDLE handle : begun) WaitForMultipleObjects(1, &handle, TRUE, INFINITE);
-  }
-
  protected:
-  int OnBeginThread(QFThreadData* data) override {
+  int OnBeginThread(QFThreadData*) override {
     ++tally_.begun;
-    if (HANDLE handle = data->GetThreadHandle()) {
-      const std::lock_guard guard(lock_);
-      begun_.push_back(handle);
-    }
     return 1;
   }
 
  private:
   Tally& tally_;
-  std::mutex lock_;
-  std::vector<HANDLE> begun_;
 };
 
 class Stress : public JobTest {
@@ -196,7 +182,7 @@ class Stress : public JobTest {
     const std::unique_lock guard(nodes_);
     jobs_.TerminateAllThreadsInThisDoc(&document.object);
     EXPECT_EQ(QFThreadBaseMgr::IsAnyThreadsRunningOrWaiting(&document.object), 0);
-    jobs_.AwaitBegun();
+    clock.AwaitThreads();
     document.nodes.clear();
     for (unsigned i = 0; i < kNodes; ++i) document.nodes.push_back(std::make_unique<StressNode>(tally_, seed + i));
   }
