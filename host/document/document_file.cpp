@@ -135,6 +135,25 @@ class DocumentSaver {
   StructuredStorage storage_;
 };
 
+// Others may have the file open, for example as a compound file.
+constexpr UINT kReadBytes = CFile::modeRead | CFile::shareDenyNone;
+
+bool CanBeRead(const Text& path) {
+  CFile file;
+  if (!file.Open(path.c_str(), kReadBytes)) return false;
+  try {
+    FactsOf(file);
+    return true;
+  } catch (const CFileException&) {
+    return false;
+  }
+}
+
+// A system may say of a truncated compound file that reading fails.
+bool IsDamaged(HRESULT result, const Text& path) {
+  return result == STG_E_DOCFILECORRUPT || (result == STG_E_READFAULT && CanBeRead(path));
+}
+
 // The result of opening a stream. Without memory a stream is not missing.
 HRESULT Opened(HRESULT result) {
   if (result == STG_E_INSUFFICIENTMEMORY) throw std::bad_alloc();
@@ -161,11 +180,19 @@ void SaveDocument(HostDocument& document, const std::string& path) {
 DocumentSource::DocumentSource(const std::string& path) : m_path(ProductPathFromSystem(path)) {
   const HRESULT result =
       path.empty() ? STG_E_INVALIDNAME : StgOpenStorage(m_path.c_str(), nullptr, kReadFile, nullptr, 0, &m_root);
-  if (result == STG_E_DOCFILECORRUPT) {
-    m_damage = StorageText(result);
+  if (IsDamaged(result, m_path)) {
+    m_damage = StorageText(STG_E_DOCFILECORRUPT);
   } else if (FAILED(result)) {
     throw Failure(fmt::format("cannot read {}: {}", path, StorageText(result)), {.file = path});
   }
+}
+
+bool DocumentSource::SearchInstead() {
+  if (!m_root || !CanBeRead(m_path)) return false;
+  m_root->Release();
+  m_root = nullptr;
+  m_damage = StorageText(STG_E_DOCFILECORRUPT);
+  return true;
 }
 
 DocumentSource::~DocumentSource() {
@@ -191,7 +218,7 @@ DocumentSource::Archive DocumentSource::Open(LPCTSTR stream, std::string_view ro
   auto file = std::make_unique<COleStreamFile>();
   IStream* opened = nullptr;
   const HRESULT result = Opened(m_root->OpenStream(stream, nullptr, kReadStream, 0, &opened));
-  if (result == STG_E_DOCFILECORRUPT) return Find(rootClass);
+  if (IsDamaged(result, m_path)) return Find(rootClass);
   if (FAILED(result)) return {};
   file->Attach(opened);
   return {std::move(file), false};
@@ -202,7 +229,7 @@ DocumentSource::Archive DocumentSource::Open(LPCTSTR stream, std::string_view ro
 DocumentSource::Archive DocumentSource::Find(std::string_view rootClass) const {
   constexpr std::size_t kTagBytes = 4;  // the tag of a new class and its schema, before its name
   auto file = std::make_unique<CFile>();
-  if (!file->Open(m_path.c_str(), CFile::modeRead)) return {};
+  if (!file->Open(m_path.c_str(), kReadBytes)) return {};
   file->SetFilePath(_T(""));  // as for a stream: messages name the document, not this file
   const std::string name = char(rootClass.size()) + std::string(1, '\0') + std::string(rootClass);
   std::string window;

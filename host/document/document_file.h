@@ -30,6 +30,9 @@ class DocumentSource {
 
   // The fault of the compound file; empty if it has none.
   const std::string& Damage() const { return m_damage; }
+  // Searches for all archives from now on, if the file's bytes can be read. False if it does so already, or cannot.
+  // Close the archives first. For a system that opens a damaged compound file and fails in its streams.
+  bool SearchInstead();
   // The header's bytes; null if the stream is missing or cannot be read.
   std::unique_ptr<std::string> Header() const;
 

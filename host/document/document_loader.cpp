@@ -49,8 +49,12 @@ std::unique_ptr<HostDocument> DocumentLoader::Load() {
   try {
     return LoadStreams();
   } catch (const CFileException& failure) {  // outside a stream's records, such as its length
-    throw Failure(fmt::format("cannot read {}: {}", m_path, failure.what()), {.file = m_path});
+    if (!m_source.SearchInstead())
+      throw Failure(fmt::format("cannot read {}: {}", m_path, failure.what()), {.file = m_path});
   }
+  m_report = {};
+  m_hasHeader = false;
+  return Load();
 }
 
 std::unique_ptr<HostDocument> DocumentLoader::LoadStreams() {
