@@ -59,7 +59,7 @@ TEST_F(MachineCommand, FindsMachinesByName) {
   EXPECT_EQ(Json({"list", "--machines", machines, "--type", "Mill"})["machines"],
             nlohmann::json::parse(R"([{"type": "Mill", "name": "VMC", "file": )" + JsonOf(xml_) + "}]"));
   EXPECT_EQ(Run({"show", "--machines", machines, "TwinTuret"}),
-            Refused("there is no machine TwinTuret in " + machines + "/; the nearest: TwinTurret", 1));
+            Refused("there is no machine TwinTuret in " + File("") + "; the nearest: TwinTurret", 1));
   EXPECT_TRUE(Out({"show", "--machines", machines, "TwinTurret"}).starts_with("TwinTurret (MillTurn), 1 channel"));
   folder_.Write("Mill/V;x/KestrovaAPT.xml", kGood);  // no shell may run a part of a name
   EXPECT_EQ(RunCommand({"complete-words", "machine", "check", "--machines", machines, ""}),
@@ -67,8 +67,10 @@ TEST_F(MachineCommand, FindsMachinesByName) {
   folder_.Write("MillTurn/VMC/KestrovaAPT.xml", kGood);
   EXPECT_EQ(Run({"show", "--machines", machines, "VMC"}),
             Refused("Mill and MillTurn machines are named VMC; choose one with --type", 2));
+#ifndef _WIN32  // whose names are UTF-16
   folder_.Write("Turn/b\xFF/KestrovaAPT.xml", kGood);
   EXPECT_EQ(Json({"export", "--machines", machines, "b\xFF"})["counts"]["shapes"], 1);
+#endif
 }
 
 TEST_F(MachineCommand, AnswersByTheSchemas) {

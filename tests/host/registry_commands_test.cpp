@@ -23,28 +23,28 @@ class RegistryCommands : public CommandTest {
 const RunResult kSuccess = Prints("The operation completed successfully.\n");
 
 TEST_F(RegistryCommands, ShowsWhatWasAdded) {
-  for (const char* words :
-       {"/v Number /t REG_DWORD /d 42", "-V Minus -T reg_dword -D -1", "/v Long /t REG_QWORD /d 0x123456789A",
-        "/v -dash /d /slash", "/ve /d C:\\Data\\", "/v Bytes /t REG_BINARY /d 00ffA5",
-        "/v List /t REG_MULTI_SZ /s ; /d one;two", "/v Empty"}) {
+  // In the order of their names, because a system may show values in an order of its own.
+  for (const char* words : {"/ve /d C:\\Data\\", "/v -dash /d /slash", "/v Bytes /t REG_BINARY /d 00ffA5", "/v Empty",
+                            "/v List /t REG_MULTI_SZ /s ; /d one;two", "/v Long /t REG_QWORD /d 0x123456789A",
+                            "-V Minus -T reg_dword -D -1", "/v Number /t REG_DWORD /d 42"}) {
     EXPECT_EQ(Reg("add @ " + std::string(words)), kSuccess);
   }
-  EXPECT_EQ(
-      Run({"add", "HKCU\\Software\\KvHost", "/v", "Gr\u00F6\u00DFe", "/t", "REG_EXPAND_SZ", "/d", "%TEMP% \u20AC"}),
-      kSuccess);
+  EXPECT_EQ(Run({"add", "HKCU\\Software\\KvHost", "/v", "Z\u00E4hler", "/t", "REG_EXPAND_SZ", "/d", "%TEMP% \u20AC"}),
+            kSuccess);
   EXPECT_EQ(Reg("add hkey_current_user\\software\\kvhost\\Sub\\Deep"), kSuccess);
   EXPECT_EQ(Out({"query", "HKCU\\SOFTWARE\\KvHost"}),
             R"(
 HKEY_CURRENT_USER\SOFTWARE\KvHost
-    Number    REG_DWORD    0x2a
-    Minus    REG_DWORD    0xffffffff
-    Long    REG_QWORD    0x123456789a
-    -dash    REG_SZ    /slash
     (Default)    REG_SZ    C:\Data\
+    -dash    REG_SZ    /slash
     Bytes    REG_BINARY    00FFA5
-    List    REG_MULTI_SZ    one\0two
     Empty    REG_SZ    )"
-            "\n    Gr\u00F6\u00DFe    REG_EXPAND_SZ    %TEMP% \u20AC\n"
+            R"(
+    List    REG_MULTI_SZ    one\0two
+    Long    REG_QWORD    0x123456789a
+    Minus    REG_DWORD    0xffffffff
+    Number    REG_DWORD    0x2a)"
+            "\n    Z\u00E4hler    REG_EXPAND_SZ    %TEMP% \u20AC\n"
             R"(
 HKEY_CURRENT_USER\SOFTWARE\KvHost\Sub
 )");
