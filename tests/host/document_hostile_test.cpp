@@ -27,7 +27,7 @@ using Mode = DocumentLoader::Mode;
 constexpr int kFlips = 10'000;
 constexpr std::size_t kPrefixStep = 7;
 constexpr std::ptrdiff_t kMemoryBase = 160 * 1024;  // the blocks of all objects count, of a salvage those of two loads
-#elif defined(_WIN32)  // each file is opened by a call of another process
+#elif defined(_WIN32)                               // each file is opened by a call of another process
 constexpr int kFlips = 1'000;
 constexpr std::size_t kPrefixStep = 97;
 constexpr std::ptrdiff_t kMemoryBase = 0;  // not counted
