@@ -16,6 +16,7 @@
 #include "share/core/registry_access.h"
 #include "share/core/registry_key_handle.h"
 #include "share/core/registry_keys.h"
+#include "share/diagnostics/log_files.h"
 #include "share/env/app_env.h"
 #include "share/env/feature_switches.h"
 #include "share/env/language_choice.h"
@@ -336,6 +337,24 @@ void ExamineRegistry(const CKVEnvApp& env, Findings& findings) {
   ExamineSwitches(kProductSwitches, kProductDebugKey, findings);
 }
 
+void ExamineLogs(Findings& findings) {
+  const auto is_on = [](LPCTSTR name) { return GetVersionIndependentDebugRegistryVal(name, 0) != 0; };
+  if (!is_on(kTimeLogSwitch) && !is_on(kTurretLogSwitch) && !is_on(kAsmTurnLogSwitch) && !is_on(kMemoryLeakLogSwitch) &&
+      GetDebugRegistryVal(kFunctionLogSwitch, 0) == 0)
+    return;
+  const std::string folder = System(kLogFolder), off = "switch them off: kestrova log off";
+  if (QFFileAndFolderUtilities().HasCreateFilePermission(kLogFolder)) {
+    findings.push_back({kNote, "logs",
+                        fmt::format("logs of developers are switched on, which takes time; they are in {}", folder),
+                        off});
+  } else {
+    findings.push_back(
+        {kWarning, "logs",
+         fmt::format("logs of developers are switched on, and no file can be created in their folder: {}", folder),
+         "create it: kestrova log on; or " + off});
+  }
+}
+
 void ExamineProcess(const CKVEnvApp& env, Findings& findings) {
   if (env.IsKVDebugEnabled()) {
     findings.push_back({kNote, "process", "the environment variable _KVDEBUG switches debugging on", "unset _KVDEBUG"});
@@ -372,6 +391,7 @@ std::vector<EnvironmentFinding> ExamineEnvironment(CKVEnvApp& env) {
   ExamineFolders(env, findings);
   ExamineTechDatabase(env, findings);
   ExamineApplications(env, findings);
+  ExamineLogs(findings);
   ExamineProcess(env, findings);
   return findings;
 }

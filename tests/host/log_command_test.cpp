@@ -46,6 +46,8 @@ TEST_F(LogCommand, SwitchesEachLogAndCreatesTheFolder) {
     EXPECT_EQ(SwitchedOn(), on) << words.back();
   }
   EXPECT_TRUE(fs::is_directory(File("KestrovaData/LOG")));
+  fs::remove_all(File("KestrovaData"));
+  EXPECT_NE(RunCommand({"env", "doctor"}).out.find("\nwarning: logs: "), std::string::npos);
   EXPECT_EQ(Stored(kTimeLogSwitch), 0);
   EXPECT_EQ(Stored(kAsmTurnLogSwitch), 1);
 }
