@@ -326,12 +326,24 @@ def page_again(text):
             shell.remove()
 
 
+def anchors(text):
+    """The anchors of a page's headings."""
+    text = re.sub(r"^```.*?^```", "", text, flags=re.S | re.M)
+    titles = re.findall(r"^#+ (.*)$", text, re.M)
+    return {re.sub(r"[^\w\- ]", "", title.lower()).replace(" ", "-") for title in titles}
+
+
 def broken_links(page, text):
     """What is wrong with the relative links of a page."""
-    text = re.sub(r"```.*?```", "", text, flags=re.S)
-    for target in re.findall(r"\]\(([^)#\s]+)", text):
-        if not re.match(r"[a-z]+:", target) and not (page.parent / target).exists():
+    text = re.sub(r"^```.*?^```", "", text, flags=re.S | re.M)
+    for target, _, anchor in re.findall(r"\]\(([^)#\s]*)(#([^)\s]*))?\)", text):
+        if re.match(r"[a-z]+:", target):
+            continue
+        file = page.parent / target if target else page
+        if not file.exists():
             yield f"the link {target} leads to no file"
+        elif anchor and file.suffix == ".md" and anchor not in anchors(text if file == page else file.read_text()):
+            yield f"the link {target}#{anchor} leads to no heading"
 
 
 def main():
