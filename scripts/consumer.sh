@@ -26,7 +26,7 @@ if [ "$(grep -cxF "$greeting" "$folder/readme.log")" -ne 2 ]; then
   exit 1
 fi
 
-# The samples of docs/modules with the installed package alone: each prints its .out file, one also with pkg-config.
+# The samples of docs/modules with the installed package alone: each prints its .txt file, one also with pkg-config.
 samples=$folder/samples
 export CMAKE_PREFIX_PATH=$prefix PKG_CONFIG_PATH=$prefix/lib/pkgconfig
 {
@@ -45,8 +45,8 @@ check_sample() {  # NAME FILE: the program prints the file
   }
   diff "$2" "$folder/run/$1" >&2 || { echo "the sample $1 prints something else than $2" >&2; exit 1; }
 }
-for out in "$PWD"/examples/modules/*.out; do check_sample "$(basename "$out" .out)" "$out"; done
-check_sample start_by_pkg_config "$PWD/examples/modules/start.out"
+for source in "$PWD"/examples/modules/*.cpp; do check_sample "$(basename "$source" .cpp)" "${source%.cpp}.txt"; done
+check_sample start_by_pkg_config "$PWD/examples/modules/start.txt"
 
 # Each program finds the library by RUNPATH, and LD_LIBRARY_PATH replaces it.
 mkdir "$folder/other"
