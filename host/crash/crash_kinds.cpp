@@ -87,13 +87,14 @@ void FreeBadPointer() {
 
 // Damages the list of free blocks. The next allocation fails within the heap, which holds its lock then.
 void DamageHeap() {
-  auto** const block = static_cast<std::uintptr_t**>(Hidden(std::malloc(4000)));
-  void* const keeps_apart = Hidden(std::malloc(16));
-  if (!block || !keeps_apart) return;
-  std::free(Hidden(block));
-  auto** const links = Hidden(block);
-  links[0] = links[1] = reinterpret_cast<std::uintptr_t*>(kNearNull);
-  Hidden(std::malloc(8000));
+  // The freed block has neighbours in use, so that it comes into the list by itself.
+  std::uintptr_t** blocks[64] = {};
+  for (auto*& block : blocks) block = static_cast<std::uintptr_t**>(Hidden(std::malloc(4000)));
+  std::uintptr_t** const links = blocks[32];
+  if (!links) return;
+  std::free(Hidden(links));
+  Hidden(links)[0] = Hidden(links)[1] = reinterpret_cast<std::uintptr_t*>(kNearNull);
+  Hidden(std::malloc(60'000));
 }
 
 struct Kind {

@@ -56,7 +56,7 @@ void AddCrashTest(CLI::App& group) {
   command->add_option("kind", options->kind, "What to do wrong")->required()->check(CLI::IsMember(CrashKinds()));
   command->add_option("--folder", options->folder, "Folder of the files instead of the one in the settings");
   command->add_flag("--no-dump", options->no_dump, "Only the report");
-  command->footer("Example:\n  kestrova crash test read --folder /tmp\n");
+  command->footer("Example:\n  kestrova crash test read --folder .\n");
   command->callback([options] { Run(*options); });
 }
 

@@ -82,7 +82,7 @@ void RegisterCallbacks() {
       /*productInfo=*/[]() -> ProductInfo* { return nullptr; },
       /*productSpecificString=*/ProductText,
       /*displayAlerts=*/[](short* flag) { *flag = 0; },
-      /*isCrashReportPermitted=*/[] { return 0; },
+      /*isCrashReportPermitted=*/[] { return 1; },  // the debug values decide, which support sets
       /*stockGroupName=*/[] { return CString(); },
       /*correspondingDoc=*/[](QFObject*) -> QFObject* { return nullptr; },
       /*solidWorksLangName=*/[] { return CString(_T("english")); },

@@ -68,6 +68,21 @@ void Unblock(int signal) {
   pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
 }
 
+// One fault at a time: the second thread waits, and ends with the process unless the first one is survived.
+void TakeTurn() {
+  pid_t nobody = 0;
+  const timespec pause = {0, 1'000'000};
+  while (!g_owner.compare_exchange_weak(nobody, gettid())) {
+    nobody = 0;
+    nanosleep(&pause, nullptr);
+  }
+}
+
+void EndTurn() {
+  pid_t own = gettid();
+  g_owner.compare_exchange_strong(own, 0);
+}
+
 // ---- passing the signal on
 
 // The default action comes as without this library: a fault by running the instruction again, any other signal by
@@ -86,7 +101,8 @@ void UseDefaultAction(int signal, siginfo_t* info) {
 
 void PassOn(int signal, siginfo_t* info, void* ucontext, ULONGLONG instruction) {
   const struct sigaction former = g_handlers->former[IndexOf(signal)];
-  if (!(former.sa_flags & SA_SIGINFO) && former.sa_handler == SIG_IGN && info->si_code <= 0) return;
+  const bool is_ignored = !(former.sa_flags & SA_SIGINFO) && former.sa_handler == SIG_IGN && info->si_code <= 0;
+  if (is_ignored) return EndTurn();
   if (!(former.sa_flags & SA_SIGINFO) && (former.sa_handler == SIG_DFL || former.sa_handler == SIG_IGN))
     return UseDefaultAction(signal, info);
   if (former.sa_flags & int(SA_RESETHAND)) g_handlers->former[IndexOf(signal)] = {};
@@ -95,6 +111,7 @@ void PassOn(int signal, siginfo_t* info, void* ucontext, ULONGLONG instruction) 
   sigset_t before;
   pthread_sigmask(SIG_BLOCK, &mask, &before);
   t_returned_to = 0;
+  EndTurn();  // not before the default action: another thread's turn could begin before the process ends
   if (former.sa_flags & SA_SIGINFO) {
     former.sa_sigaction(signal, info, ucontext);
   } else {
@@ -105,16 +122,6 @@ void PassOn(int signal, siginfo_t* info, void* ucontext, ULONGLONG instruction) 
 }
 
 // ---- the handler
-
-// One fault at a time: the second thread waits, and ends with the process unless the first one is survived.
-void TakeTurn() {
-  pid_t nobody = 0;
-  const timespec pause = {0, 1'000'000};
-  while (!g_owner.compare_exchange_weak(nobody, gettid())) {
-    nobody = 0;
-    nanosleep(&pause, nullptr);
-  }
-}
 
 struct Translation {
   _se_translator_function translator;
@@ -153,7 +160,6 @@ void Handle(int signal, siginfo_t* info, void* ucontext) {
   if (translation.translator && t_returned_to != fault.context.Rip && g_owner != gettid()) {
     TakeTurn();
     CallAndSurvive(CallTranslator, &translation, /*limit_ms=*/0);
-    g_owner = 0;
   }
   errno = error;
   PassOn(signal, info, ucontext, fault.context.Rip);

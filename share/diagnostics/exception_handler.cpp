@@ -37,7 +37,7 @@ constinit std::atomic<int> g_counter = 0;
 constinit std::atomic<_MINIDUMP_TYPE> g_dumpType = MiniDumpNormal;
 constinit std::atomic<DWORD> g_documentThread = 0;  // of the first guard
 
-// Filled in good days as far as possible; a fault fills the rest. One fault at a time.
+// Filled while the process is healthy as far as possible; a fault fills the rest. One fault at a time.
 constinit CrashRequest g_request = {};
 
 CString& DumpMessage() {
@@ -148,7 +148,9 @@ void QFExceptionHandler::SetFilePath(const CString& path) {
     m_FilePath = product.c_str();
   }
   if (!m_FilePath.IsEmpty() && m_FilePath[m_FilePath.GetLength() - 1] != _T('\\')) m_FilePath += _T("\\");
-  std::string system = SystemPathFromProduct(m_FilePath);
+  TCHAR full[kMostPathUnits] = {};  // the current folder may change until the crash
+  const DWORD length = GetFullPathNameW(m_FilePath, kMostPathUnits, full, nullptr);
+  std::string system = SystemPathFromProduct(length > 0 && length < kMostPathUnits ? full : m_FilePath.GetString());
   if (!system.empty() && system.back() != '/' && system.back() != '\\') system += '/';
   const std::string shown = ToUtf8(m_FilePath);
   SetField(m_pFolder->shown, shown);
@@ -219,7 +221,7 @@ void QFExceptionHandler::Translate(unsigned, EXCEPTION_POINTERS* pointers) {
   }
   g_request.dumpType = g_dumpType;
   g_request.showMessage = (writes_dump || writes_report) && answers.areAlertsShown ? answers.showMessage : 0;
-  g_request.isEventWanted = 1;
+  g_request.isEventWanted = answers.areEventsOn;
   HandOver();
   ClearMessageFlag();
 }

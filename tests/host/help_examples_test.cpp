@@ -57,7 +57,8 @@ class HelpExamples : public testing::Test {
 };
 
 TEST_F(HelpExamples, AllRun) {
-  std::map<std::string, int> expected = {{"kestrova job run part.kvdoc --command crash --json", 1}};
+  std::map<std::string, int> expected = {{"kestrova job run part.kvdoc --command crash --json", 1},
+                                         {"kestrova crash test read --folder .", 128 + 11}};
   std::set<std::string> examples;
   const auto add = [&](const std::string& text) {
     const std::vector<std::string> found = ExamplesIn(text);

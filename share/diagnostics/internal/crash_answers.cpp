@@ -3,6 +3,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "companions/analytics/analytics.h"
 #include "framework/text.h"
 #include "platform/exceptions.h"
 #include "share/core/document_callbacks.h"
@@ -14,7 +15,7 @@ namespace {
 constexpr DWORD kLimit_ms = 2000;
 constexpr std::size_t kMostNameBytes = 200;
 
-constinit CrashAnswers g_known = {0, 0, 1, ""};
+constinit CrashAnswers g_known = {0, 0, 1, 0, ""};
 
 void AskPermission(void*) { g_known.isPermitted = IsCrashReportPermittedCB(); }
 
@@ -35,7 +36,12 @@ void AskAlerts(void*) {
   g_known.areAlertsShown = flag != 0 && gGetAppSilentModeFlag() == 0;
 }
 
-constexpr void (*kQuestions[])(void*) = {AskMessageFlag, AskPermission, AskTitle, AskAlerts};
+void AskEvents(void*) {
+  IQFAnalytics* const receiver = QFAnalyticsManager::GetInstance().GetMWAnalytics();
+  g_known.areEventsOn = receiver && receiver->IsInitialized();
+}
+
+constexpr void (*kQuestions[])(void*) = {AskMessageFlag, AskPermission, AskTitle, AskAlerts, AskEvents};
 
 }  // namespace
 

@@ -1,4 +1,5 @@
-// What the main module answers about a crash: asked in good days and, when there is a crash, again under guard.
+// What the main module and the analytics answer about a crash: asked while the process is healthy and again in a crash,
+// where they may fail.
 #pragma once
 
 #include "platform/types.h"
@@ -7,6 +8,7 @@ struct CrashAnswers {
   int isPermitted;
   int showMessage;
   int areAlertsShown;
+  int areEventsOn;   // the analytics run
   char title[1024];  // UTF-8
 };
 

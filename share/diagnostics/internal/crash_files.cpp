@@ -3,25 +3,21 @@
 #include <fmt/format.h>
 
 #include <string>
-#include <utility>
 
-#include "framework/message_box.h"
 #include "framework/text.h"
-#include "share/diagnostics/crash_events.h"
+#include "share/diagnostics/analytics_log.h"
 #include "share/diagnostics/internal/crash_names.h"
+#include "share/diagnostics/outcome.h"
 
 namespace {
 
-CrashEventFunction g_event = nullptr;
-
 // The only place that shows a box after a crash.
 void ShowBox(const std::string& text) {
-  if (!text.empty()) ShowMessageBox(FromUtf8(text));
+  Outcome message(0, SEVERITY_ERROR);
+  if (!text.empty()) message.Display(FromUtf8(text));
 }
 
 }  // namespace
-
-CrashEventFunction SetCrashEventFunction(CrashEventFunction function) { return std::exchange(g_event, function); }
 
 bool WriteCrashFiles(const CrashRequest& request, const SystemTexts* system, char (&module)[1024]) {
   CrashArena arena;
@@ -43,9 +39,10 @@ void ReportCrash(const CrashRequest& request, std::string_view module) {
     ShowBox(text);
     ShowBox(request.saveAsMessage);
   }
-  if (!request.isEventWanted || !g_event) return;
+  if (!request.isEventWanted) return;
   const DWORD code = request.fault.record.ExceptionCode;
   const std::string text =
       fmt::format("Module name : {}Error type : {} (0x{:08x}) \n", module, ExceptionName(code), code);
-  g_event(_T("Exception"), _T("ExceptionInformation"), FromUtf8(text));
+  QFAnalyticsLogMgr::Initialize(0);  // the helper's own; in the process itself it has been called
+  QFAnalyticsLogMgr::AddTextEvent(_T("Exception"), _T("ExceptionInformation"), FromUtf8(text));
 }

@@ -4,7 +4,7 @@
 
 #include "platform/crash_helper.h"
 #include "platform/registry_files.h"
-#include "share/diagnostics/crash_events.h"
+#include "share/diagnostics/crash_program.h"
 #include "share/diagnostics/internal/crash_files.h"
 
 namespace {
