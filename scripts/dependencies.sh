@@ -1,7 +1,7 @@
 # Sourced by the other scripts. needs GROUP... installs the missing Debian packages of the groups. If the user is not
 # root, it prints the missing packages in one line and exits.
 
-packages_build="g++ cmake ninja-build pkg-config ccache libsqlite3-dev libpugixml-dev libfmt-dev libcli11-dev
+packages_build="g++ cmake ninja-build cmark pkg-config ccache libsqlite3-dev libpugixml-dev libfmt-dev libcli11-dev
   libeigen3-dev libicu-dev nlohmann-json3-dev libdeflate-dev libglu1-mesa-dev qt6-base-dev libegl-dev libegl1
   libgl1-mesa-dri libpng-dev libdw-dev binutils-mingw-w64-x86-64
   unixodbc-dev libsqliteodbc odbc-mdbtools tdsodbc sqlite3"

@@ -77,6 +77,8 @@
 #include "share/env/product_edition.h"
 #include "share/env/product_identity.h"
 #include "share/env/setting_queries.h"
+#include "share/interface/help_system.h"
+#include "share/interface/spindle_status.h"
 #include "share/jobs/critical_section.h"
 #include "share/jobs/job_link.h"
 #include "share/jobs/job_manager.h"

@@ -48,6 +48,8 @@ enum QFDatabaseLang_e : int {
 // How features are created from mill geometry. Modules define the values; this library only stores one.
 enum QFFeatMillExtractionMethods : int {};
 
+KVSHARE_API void InitShareDll();
+
 class KVSHARE_API CKVEnvApp {
  public:
   // The one object, never null. The first call builds and initialises it. Calls during the initialisation return the
@@ -303,6 +305,9 @@ class KVSHARE_API CKVEnvApp {
   void SetPostPerformanceImprovements();
 
  private:
+  friend void InitShareDll();
+
+  static void LinkResources();
   void StoreLocation();
   void SetTechDBNamesAndFlags();
   void ExchangeTechDBPathWithForms(int write);
@@ -371,8 +376,9 @@ class KVSHARE_API CKVEnvApp {
   int m_nMultiSurfaceByID = 0;
 };
 
-// Links this library into the application's chain of resource modules, which CString::LoadString searches. Call it
-// once, before InitAppEnv: a second call adds a second link.
+// Links this library into the application's chain of resource modules, which CString::LoadString searches, and makes
+// the start load the help's context table (share/interface/help_system.h). Call it once, before InitAppEnv: a second
+// call adds a second link.
 KVSHARE_API void InitShareDll();
 
 // Sets path to AppEnv()->GetKVPath(), the install folder without its drive.

@@ -43,7 +43,7 @@ const CString& OwnFile(LPCTSTR name) {
 
 }  // namespace
 
-void InitShareDll() {
+void CKVEnvApp::LinkResources() {
   g_link = new CDynLinkLibrary(GetModuleHandleW(_T("KVSHAREu")));  // the chain owns it
 }
 

@@ -14,6 +14,6 @@ class HelpContexts {
   ~HelpContexts() = default;
 };
 
-// Registers the help system. Call it before InitAppEnv; without it no table is loaded. The caller keeps the object,
-// which must exist until the process ends. Null removes it.
+// Registers the help system, before InitAppEnv; InitShareDll does it. Without one no table is loaded. The caller keeps
+// the object, which must exist until the process ends. Null removes it.
 KVSHARE_API void SetHelpContexts(HelpContexts* contexts);

@@ -48,6 +48,11 @@ constexpr Row kRows[] = {
     {"document repair cut.kvdoc saved.kvdoc --force", 1, ""},
     {"document repair cut.kvdoc part.kvdoc", 3, "part.kvdoc exists; add --force"},
 
+    {"help list", 0, ""},
+    {"help open 1234", 0, ""},
+    {"help open am", 1, "there is no help for am in "},
+    {"help open nonsense", 2, "nonsense is no topic: give a context number or one of master, "},
+
     {"job run part.kvdoc", 0, ""},
     {"job run part.kvdoc --command fail", 1, ""},
     {"job run part.kvdoc --command dance", 2, "--command: dance not in "},

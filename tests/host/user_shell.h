@@ -1,7 +1,10 @@
 // Runs lines in a shell as a user types them: kestrova is in the path, with a copy of an install and an empty registry.
+// The desktop's programs that open documents and mails are replaced by scripts that append their arguments, line by
+// line, to the file Calls().
 #pragma once
 
 #include <algorithm>
+#include <fstream>
 #include <set>
 
 #include "tests/host/scratch_installation.h"
@@ -14,7 +17,18 @@ class UserShell {
     std::filesystem::create_directory(Work());
     std::filesystem::create_directory(installation_.Path() / "bin");
     std::filesystem::create_symlink(BuiltFile("bin/kestrova"), installation_.Path() / "bin/kestrova");
+    for (const char* program : {"xdg-open", "xdg-email"})
+      AddProgram(program, "printf '%s\\n' \"$@\" >>'" + Calls().string() + "'");
+    AddProgram("xdg-mime", "echo mail.desktop");
   }
+
+  // A script in the path.
+  void AddProgram(const std::string& name, const std::string& line) const {
+    const std::filesystem::path program = installation_.Path() / "bin" / name;
+    std::ofstream(program) << "#!/bin/sh\n" << line << '\n';
+    std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+  }
+  std::filesystem::path Calls() const { return installation_.Path() / "calls"; }
 
   // The current folder of the lines.
   std::filesystem::path Work() const { return installation_.Path() / "work"; }
