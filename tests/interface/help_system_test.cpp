@@ -27,8 +27,8 @@ TEST(HelpSystem, ReadsTheContextTable) {
   const kvtest::ScratchFolder folder;
   for (const auto& [text, expected] : rows) {
     folder.Write("KVcontext.txt", text);
-    QFHelpSystem::DestroyInstance();
     AppEnv()->SetKVHelpPath(CString(ProductPathFromSystem(folder.Path().string()).c_str()) + _T("\\"));
+    QFHelpSystem::DestroyInstance();  // the start of the environment may have made one
     QFHelpSystem::Instance();
     Contexts read;
     for (const auto& [context, page] : QFHelpSystem::GetContexts()) read[context] = ToUtf8(page);

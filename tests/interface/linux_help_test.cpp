@@ -20,8 +20,8 @@ TEST(HelpSystem, OpensThePageThenTheCompiledFileThenTheOverview) {
   for (const char* page : {"a.htm", "common_overview.htm"}) folder.Write(std::string("HtmlHelp/") + page, "x");
   folder.Write("edm.chm", "x");
   folder.Write("KVcontext.txt", "IDH_1,a.htm\nIDH_2,gone.htm\n");
-  QFHelpSystem::DestroyInstance();
   AppEnv()->SetKVHelpPath(ProductPathFromSystem(root).c_str());
+  QFHelpSystem::DestroyInstance();  // the start of the environment may have made one
   QFHelpSystem& help = *QFHelpSystem::Instance();
 
   const auto show = [&](int context) { return [&help, context](auto type) { help.ShowHelp(type, context, 1); }; };
