@@ -4,7 +4,7 @@
 set(target $ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/include/kvshare)
 file(GLOB_RECURSE headers RELATIVE ${KV_SOURCE}
   ${KV_SOURCE}/platform/*.h ${KV_SOURCE}/framework/*.h ${KV_SOURCE}/companions/*.h ${KV_SOURCE}/share/*.h)
-list(FILTER headers EXCLUDE REGEX "^platform/((linux|windows)/|(lock|odbc|opengl|private_file|probe_table|temporary_file|utf8)[.]h)|/internal/")
+list(FILTER headers EXCLUDE REGEX "^platform/((linux|windows)/|(lock|odbc|opengl|private_file|probe_table|regular_expression|temporary_file|utf8)[.]h)|/internal/")
 if(EXISTS ${KV_SOURCE}/platform/${KV_PLATFORM}/types.h)  # platform/types.h includes it
   list(APPEND headers platform/${KV_PLATFORM}/types.h)
 endif()

@@ -37,6 +37,7 @@ void AddIniCommands(CLI::App& group);
 void AddLogCommands(CLI::App& group);
 void AddAnalyticsCommands(CLI::App& group);
 void AddCrashCommands(CLI::App& group);
+void AddGridCommands(CLI::App& group);
 void AddHelpCommands(CLI::App& group);
 void AddCompletionCommands(CLI::App& group);
 
@@ -71,6 +72,7 @@ inline constexpr Command kCommands[] = {
     {"log", "Logs of developers: on, off, show the slowest scopes, clear", AddLogCommands, "log show"},
     {"analytics", "Usage events on this computer: show, clear, off, on", AddAnalyticsCommands, "analytics show"},
     {"crash", "Crash reports and dumps: list, show, stack, clean, test", AddCrashCommands, "crash list"},
+    {"grid", "Tables from tab-separated text: show, find", AddGridCommands, "grid show tools.tsv --sort Diameter:desc"},
     {"help", "Help pages: list, open", AddHelpCommands, "help list"},
     {"completion", "Print the completion script for bash, zsh or fish", AddCompletionCommands,
      "completion bash > kestrova.bash"},

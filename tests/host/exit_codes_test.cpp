@@ -48,6 +48,14 @@ constexpr Row kRows[] = {
     {"document repair cut.kvdoc saved.kvdoc --force", 1, ""},
     {"document repair cut.kvdoc part.kvdoc", 3, "part.kvdoc exists; add --force"},
 
+    {"grid show tools.tsv --sort Diameter:desc --hide Tool", 0, ""},
+    {"grid show tools.tsv --sort Length", 1, "the table has no column \"Length\""},
+    {"grid show tools.tsv --move Tool=0", 2, "Tool=0: write COLUMN=NUMBER, with a number from 1"},
+    {"grid show none.tsv", 3, "cannot read none.tsv: no such file"},
+    {"grid find tools.tsv MILL", 0, ""},
+    {"grid find tools.tsv mill --case --whole", 1, ""},
+    {"grid find tools.tsv '(' --regex", 2, "(: the regular expression is not valid"},
+
     {"help list", 0, ""},
     {"help open 1234", 0, ""},
     {"help open am", 1, "there is no help for am in "},
@@ -245,6 +253,7 @@ class ExitCodes : public testing::Test {
       Make(name + ".dmp", ReadFile(SourceFile(seeds + "minidump/" + file)));
       Make(name + ".txt", ReadFile(SourceFile(seeds + "crash_report/" + file)));
     }
+    Make("tools.tsv", "Tool\tDiameter\nend mill\t12\ndrill\t8\n");
     Make("bad/Mill/VMC/KestrovaAPT.xml", "<R><SHAPES NUM='0'/><CHANNELS/></R>");
     Make("bad/Mill/Cut/KestrovaAPT.xml", "<R");
     Make("bad/Mill/Stl/KestrovaAPT.xml", "<R><SHAPES NUM='1'><SHAPE NAME='S' ID='1' PATH='cut.stl'/></SHAPES></R>");
