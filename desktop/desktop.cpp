@@ -4,6 +4,7 @@
 #include <QWidget>
 
 #include "desktop/canvas.h"
+#include "desktop/dialog_view.h"
 #include "desktop/window_canvas.h"
 
 namespace {
@@ -21,6 +22,10 @@ class QtDesktop : public Desktop {
     QWidget* const widget = QWidget::find(reinterpret_cast<WId>(window));
     return widget ? std::make_unique<WindowCanvas>(*widget) : nullptr;
   }
+
+  std::unique_ptr<DialogView> OpenDialog() override { return OpenDialogWindow(); }
+  bool EnableHostWindow(HWND window, bool enable) override { return ::EnableHostWindow(window, enable); }
+  void ShowWaitCursor(bool wait) override { ::ShowWaitCursor(wait); }
 };
 
 }  // namespace

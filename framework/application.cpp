@@ -1,6 +1,7 @@
 // The current application and thread objects.
 #include "framework/application.h"
 
+#include <algorithm>
 #include <utility>
 
 IMPLEMENT_DYNAMIC(CWinThread, CCmdTarget)
@@ -24,6 +25,11 @@ CWinApp::~CWinApp() { g_app = m_pFormerApp; }
 int CWinApp::DoMessageBox(LPCTSTR text, UINT style) {
   const CWnd* const main = GetMainWnd();
   return MessageBoxW(main ? main->GetSafeHwnd() : nullptr, text, MessageBoxCaption(), style);
+}
+
+void CWinApp::DoWaitCursor(int code) {
+  m_nWaiting = std::max(m_nWaiting + code, 0);
+  SetCursor(LoadCursorW(nullptr, m_nWaiting > 0 ? IDC_WAIT : IDC_ARROW));
 }
 
 CWinApp* AfxGetApp() { return g_app; }

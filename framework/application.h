@@ -30,9 +30,12 @@ class KVSHARE_API CWinApp : public CWinThread {
 
   // Shows a text with the buttons and the icon of `style`, and returns the pressed button (platform/windows.h).
   virtual int DoMessageBox(LPCTSTR text, UINT style);
+  // The wait cursor: 1 shows it, -1 ends the last 1, 0 shows it again after something else has changed the cursor.
+  virtual void DoWaitCursor(int code);
 
  private:
   CWinApp* const m_pFormerApp;
+  int m_nWaiting = 0;
 };
 
 // Null without an application.

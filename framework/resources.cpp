@@ -37,6 +37,15 @@ int GetDynLinkLibraryCount() {
   return int(TheChain().entries.size());
 }
 
+HINSTANCE AfxFindResourceHandle(LPCTSTR name, LPCTSTR kind) {
+  const std::lock_guard guard(TheChain().lock);
+  const auto& entries = TheChain().entries;
+  const auto found = std::find_if(entries.rbegin(), entries.rend(), [&](const CDynLinkLibrary* entry) {
+    return entry->m_hResource && FindResourceW(entry->m_hResource, name, kind);
+  });
+  return found == entries.rend() ? nullptr : (*found)->m_hResource;
+}
+
 bool LoadStringFromModule(HINSTANCE module, UINT id, CString& text) {
   LPCWSTR found = nullptr;
   const int length = module ? LoadStringW(module, id, reinterpret_cast<LPWSTR>(&found), 0) : 0;

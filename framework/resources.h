@@ -22,6 +22,9 @@ class KVSHARE_API CDynLinkLibrary {
 // The number of registered modules.
 KVSHARE_API int GetDynLinkLibraryCount();
 
+// The registered module that has the resource (platform/resources.h), searched in the same order; null if none has it.
+KVSHARE_API HINSTANCE AfxFindResourceHandle(LPCTSTR name, LPCTSTR kind);
+
 // Both set the text and return true; if there is no such number, the text is empty and the result false.
 KVSHARE_API bool LoadStringFromModule(HINSTANCE module, UINT id, CString& text);
 KVSHARE_API bool LoadStringFromChain(UINT id, CString& text);

@@ -44,10 +44,8 @@ BoxAnswers ParseBoxAnswers(std::string_view text) {
     BoxAnswer answer;
     answer.line = number;
     result.error = ParseLine(line, answer);
-    if (!result.error.empty()) {
-      result.error = "line " + std::to_string(number) + ": " + result.error;
-      return result;
-    }
+    result.error_line = number;
+    if (!result.error.empty()) return result;
     result.answers.push_back(std::move(answer));
   }
   return result;

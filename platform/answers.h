@@ -29,11 +29,12 @@ struct BoxAnswer {
 
 struct BoxAnswers {
   std::vector<BoxAnswer> answers;
-  std::string error;  // "line 3: ..."; empty without a fault
+  int error_line = 0;
+  std::string error;  // of the line; empty without a fault
 };
 
 // Parses the file's text. After the first fault, `answers` has the lines before it.
-BoxAnswers ParseBoxAnswers(std::string_view text);
+KVSHARE_API BoxAnswers ParseBoxAnswers(std::string_view text);
 
 // Whether a text fits the expected one, in which a "*" stands for any text.
 bool FitsPattern(std::string_view pattern, std::string_view text);

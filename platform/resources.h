@@ -1,4 +1,4 @@
-// Resource-only libraries: loading them as data, and reading their strings by number.
+// Resource-only libraries: loading them as data, and their strings and dialog templates by number.
 //
 // A library is a file in the portable executable format, 32 or 64 bits. Nothing in it is executed, so every system can
 // read the language libraries of an installation. The file is read once and may be damaged or hostile: invalid parts
@@ -30,5 +30,15 @@ KVSHARE_API BOOL FreeLibrary(HMODULE module);
 // are used. If the string exists in several languages, the order is: neutral, the user's language, the user's primary
 // language, the first one. A running module has no strings on this system.
 KVSHARE_API int LoadStringW(HINSTANCE module, UINT id, LPWSTR buffer, int units);
+
+// A resource's number in place of its name.
+inline LPCWSTR MAKEINTRESOURCEW(WORD number) { return reinterpret_cast<LPCWSTR>(std::uintptr_t(number)); }
+#define RT_DIALOG MAKEINTRESOURCEW(5)
+
+struct HRSRC__;
+using HRSRC = HRSRC__*;
+// Not null if the module has the resource; kind is RT_DIALOG. ERROR_RESOURCE_NAME_NOT_FOUND if it has not. The order of
+// languages is that of LoadStringW.
+KVSHARE_API HRSRC FindResourceW(HMODULE module, LPCWSTR name, LPCWSTR kind);
 
 #endif

@@ -10,6 +10,7 @@
 // call with an invalid handle fails with ERROR_INVALID_WINDOW_HANDLE.
 #pragma once
 
+#include "platform/resources.h"
 #include "platform/types.h"
 
 #ifndef _WIN32
@@ -114,12 +115,57 @@ KVSHARE_API BOOL SetDlgItemTextW(HWND dialog, int control, LPCWSTR text);
 
 // Enables or disables a control, or a window of the host. TRUE if it was disabled before.
 KVSHARE_API BOOL EnableWindow(HWND window, BOOL enable);
+KVSHARE_API BOOL IsWindowEnabled(HWND window);
+inline constexpr int SW_HIDE = 0;
+inline constexpr int SW_SHOW = 5;
+// Shows or hides a control. TRUE if it was visible before.
+KVSHARE_API BOOL ShowWindow(HWND window, int show);
+KVSHARE_API BOOL IsWindowVisible(HWND window);
+
+// The title of a window, or the text of a control. The copy is cut to units - 1 and terminated; the result is its
+// length.
+KVSHARE_API BOOL SetWindowTextW(HWND window, LPCWSTR text);
+KVSHARE_API int GetWindowTextW(HWND window, LPWSTR buffer, int units);
+KVSHARE_API int GetWindowTextLengthW(HWND window);
+
+inline constexpr UINT BST_UNCHECKED = 0;
+inline constexpr UINT BST_CHECKED = 1;
+KVSHARE_API BOOL CheckDlgButton(HWND dialog, int control, UINT check);
+KVSHARE_API UINT IsDlgButtonChecked(HWND dialog, int control);
 
 inline constexpr UINT WM_NEXTDLGCTL = 0x0028;
 
 // Sends a message to a box or dialog after the calls that run now. WM_NEXTDLGCTL with 0, 0 moves the focus to the next
 // control, with 1, 0 to the former one.
 KVSHARE_API BOOL PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+
+// ---- dialogs
+
+inline constexpr UINT WM_HELP = 0x0053;
+inline constexpr UINT WM_INITDIALOG = 0x0110;
+inline constexpr UINT WM_COMMAND = 0x0111;
+inline constexpr WORD BN_CLICKED = 0;
+using DLGPROC = INT_PTR(CALLBACK*)(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam);
+
+// Shows the dialog template of that number (MAKEINTRESOURCEW) until EndDialog, and returns its result; -1 if the module
+// has no such template, if it is damaged, or if the dialog cannot appear. The procedure gets WM_INITDIALOG with the
+// parameter before the dialog is shown; it may end the dialog, which then never appears. It gets WM_COMMAND with the
+// control's number and BN_CLICKED for a click, with IDCANCEL for Escape and the close button, and WM_HELP for F1. No
+// exception may leave it.
+KVSHARE_API INT_PTR DialogBoxParamW(HINSTANCE module, LPCWSTR name, HWND owner, DLGPROC procedure, LPARAM parameter);
+KVSHARE_API BOOL EndDialog(HWND dialog, INT_PTR result);
+
+// ---- cursor
+
+struct HICON__;
+using HCURSOR = HICON__*;
+#define IDC_ARROW MAKEINTRESOURCEW(32512)
+#define IDC_WAIT MAKEINTRESOURCEW(32514)
+// One of the two cursors; module is null. Null for another.
+KVSHARE_API HCURSOR LoadCursorW(HINSTANCE module, LPCWSTR name);
+// Shows the cursor over all windows of the application, until the next call. Returns the one before, at first null,
+// which stands for the arrow. On Linux it has an effect only if the process has a QApplication.
+KVSHARE_API HCURSOR SetCursor(HCURSOR cursor);
 
 // ---- texts of statuses
 

@@ -1,5 +1,5 @@
-// The border between the library and libKVSHAREdesktop.so, which draws with Qt. The module implements these classes;
-// the library loads it and calls them. Both are built and installed together.
+// The border between the library and libKVSHAREdesktop.so, which draws and shows dialogs with Qt. The module implements
+// these classes; the library loads it and calls them. Both are built and installed together.
 #pragma once
 
 #include <memory>
@@ -70,6 +70,8 @@ class Canvas {
   virtual bool RenderCharacter(char16_t character, const LOGFONTW* font, CharacterBitmap& bitmap) = 0;
 };
 
+class DialogView;  // platform/linux/dialog_view.h
+
 class Desktop {
  public:
   virtual ~Desktop() = default;
@@ -77,6 +79,13 @@ class Desktop {
   virtual std::unique_ptr<Canvas> CanvasOnMemory(const PixelMemory& memory) = 0;
   // Null if there is no such window.
   virtual std::unique_ptr<Canvas> CanvasOnWindow(HWND window) = 0;
+
+  // A window for a box or dialog; null if windows cannot be shown. Any thread may call these three.
+  virtual std::unique_ptr<DialogView> OpenDialog() = 0;
+  // True if the host's window was disabled before; false also if there is no such window.
+  virtual bool EnableHostWindow(HWND window, bool enable) = 0;
+  // Begins or ends the wait cursor over all windows of the application.
+  virtual void ShowWaitCursor(bool wait) = 0;
 };
 
 // The module's only function, under the name kDesktopEntry: one object for the whole process, never null.

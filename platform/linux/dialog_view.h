@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/windows.h"
@@ -18,12 +19,15 @@ struct ControlState {
   bool visible = true;
   bool enabled = true;
   bool checked = false;
+  bool automatic = false;  // a check box that a click changes by itself
   bool tab_stop = false;
 
   bool IsPressable() const {
     return visible && enabled && (kind == ControlKind::kButton || kind == ControlKind::kCheckBox);
   }
-  bool operator==(const ControlState&) const = default;
+  bool LooksLike(const ControlState& other) const {
+    return text == other.text && visible == other.visible && enabled == other.enabled && checked == other.checked;
+  }
 };
 
 struct DialogState {
@@ -37,7 +41,7 @@ struct DialogState {
   bool foreground = false;
   LONG width = 0;  // in dialog units
   LONG height = 0;
-  int font_points = 0;  // 0: the desktop's own
+  HWND window = nullptr;  // its own handle
   HWND owner = nullptr;
 };
 
@@ -63,6 +67,13 @@ class DialogView {
 };
 
 // The label without its shortcut's mark.
-std::u16string PlainLabel(std::u16string_view label);
+inline std::u16string PlainLabel(std::u16string_view label) {
+  std::u16string plain;
+  for (std::size_t i = 0; i < label.size(); ++i) {
+    if (label[i] == u'&' && i + 1 < label.size()) ++i;  // "&&" is one "&"
+    plain += label[i];
+  }
+  return plain;
+}
 // "Title: text" with each run of blanks and line ends as one blank, for a line of a log.
 std::string OneLineOf(const DialogState& state);

@@ -6,6 +6,7 @@
 #include <map>
 #include <utility>
 
+#include "platform/linux/desktop_module.h"
 #include "platform/linux/errno_status.h"
 #include "platform/linux/open_view.h"
 
@@ -47,11 +48,19 @@ void ReportActivation(HWND window) {
   CallHookBelow(t_hooks.size(), HCBT_ACTIVATE, reinterpret_cast<WPARAM>(window), 0);
 }
 
+// Where a window's or control's text is; null for an invalid handle.
+std::u16string* TextPlace(HWND window) {
+  const FoundWindow found = FindWindowOf(window);
+  if (!found.window) return nullptr;
+  return found.control ? &found.window->state.controls[*found.control].text : &found.window->state.title;
+}
+
 }  // namespace
 
 // ---- windows
 
 DialogWindow::DialogWindow(DialogState its) : state(std::move(its)), handle_(AddWindow({this, {}})) {
+  state.window = handle_;
   for (std::size_t i = 0; i < state.controls.size(); ++i) handles_.push_back(AddWindow({this, i}));
 }
 
@@ -145,19 +154,66 @@ HWND GetDlgItem(HWND dialog, int control) {
 }
 
 BOOL SetDlgItemTextW(HWND dialog, int control, LPCWSTR text) {
-  const FoundWindow found = FindWindowOf(GetDlgItem(dialog, control));
-  if (!found.window) return FALSE;
-  found.window->state.controls[*found.control].text = text ? text : u"";
-  return TRUE;
+  const HWND window = GetDlgItem(dialog, control);
+  return window && SetWindowTextW(window, text);
 }
 
 BOOL EnableWindow(HWND window, BOOL enable) {
   if (!IsOurs(window)) {
-    return FailWithStatus(ERROR_INVALID_WINDOW_HANDLE);
+    Desktop* const desktop = window && IsQtLoaded() ? LoadedDesktop() : nullptr;
+    return desktop && desktop->EnableHostWindow(window, enable != FALSE);
   }
   const FoundWindow found = FindWindowOf(window);
   if (!found.control) return FALSE;
   return !std::exchange(found.window->state.controls[*found.control].enabled, enable != FALSE);
+}
+
+BOOL IsWindowEnabled(HWND window) {
+  const FoundWindow found = FindWindowOf(window);
+  return found.window && (!found.control || found.window->state.controls[*found.control].enabled);
+}
+
+BOOL ShowWindow(HWND window, int show) {
+  const FoundWindow found = FindWindowOf(window);
+  if (!found.control) return FALSE;
+  return std::exchange(found.window->state.controls[*found.control].visible, show != SW_HIDE);
+}
+
+BOOL IsWindowVisible(HWND window) {
+  const FoundWindow found = FindWindowOf(window);
+  return found.window && (!found.control || found.window->state.controls[*found.control].visible);
+}
+
+BOOL SetWindowTextW(HWND window, LPCWSTR text) {
+  std::u16string* const place = TextPlace(window);
+  if (place) *place = text ? text : u"";
+  return place != nullptr;
+}
+
+int GetWindowTextLengthW(HWND window) {
+  const std::u16string* const text = TextPlace(window);
+  return text ? int(text->size()) : 0;
+}
+
+int GetWindowTextW(HWND window, LPWSTR buffer, int units) {
+  const std::u16string* const text = TextPlace(window);
+  if (!text || !buffer || units <= 0) return 0;
+  const std::size_t length = std::min(text->size(), std::size_t(units) - 1);
+  text->copy(buffer, length);
+  buffer[length] = 0;
+  return int(length);
+}
+
+BOOL CheckDlgButton(HWND dialog, int control, UINT check) {
+  const FoundWindow found = FindWindowOf(GetDlgItem(dialog, control));
+  if (!found.control) return FALSE;
+  found.window->state.controls[*found.control].checked = check != BST_UNCHECKED;
+  return TRUE;
+}
+
+UINT IsDlgButtonChecked(HWND dialog, int control) {
+  const FoundWindow found = FindWindowOf(GetDlgItem(dialog, control));
+  return found.control && found.window->state.controls[*found.control].checked ? BST_CHECKED : BST_UNCHECKED;
 }
 
 BOOL PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM) {

@@ -1,7 +1,11 @@
 #include "platform/linux/open_view.h"
 
-#include <cstdio>
+#include <dlfcn.h>
 
+#include <cstdio>
+#include <cstdlib>
+
+#include "platform/linux/desktop_module.h"
 #include "platform/linux/utf8.h"
 
 namespace {
@@ -19,15 +23,6 @@ void AppendWords(std::u16string& line, std::u16string_view text) {
 
 }  // namespace
 
-std::u16string PlainLabel(std::u16string_view label) {
-  std::u16string plain;
-  for (std::size_t i = 0; i < label.size(); ++i) {
-    if (label[i] == u'&' && i + 1 < label.size()) ++i;  // "&&" is one "&"
-    plain += label[i];
-  }
-  return plain;
-}
-
 std::string OneLineOf(const DialogState& state) {
   std::u16string line;
   AppendWords(line, state.title);
@@ -41,8 +36,18 @@ std::string OneLineOf(const DialogState& state) {
   return Utf8FromWide(line);
 }
 
+bool IsQtLoaded() {
+  void* const library = dlopen("libQt6Core.so.6", RTLD_LAZY | RTLD_NOLOAD);
+  if (library) dlclose(library);
+  return library != nullptr;
+}
+
 std::unique_ptr<DialogView> OpenView(const DialogState& state) {
   if (auto view = OpenAnswers(state)) return view;
+  // Without an X server and a host that uses Qt the module is not even loaded.
+  const char* const display = std::getenv("DISPLAY");
+  Desktop* const desktop = (display && *display) || IsQtLoaded() ? LoadedDesktop() : nullptr;
+  if (auto view = desktop ? desktop->OpenDialog() : nullptr) return view;
   if (auto view = OpenTerminal()) return view;
   std::fputs((OneLineOf(state) + '\n').c_str(), stderr);
   return nullptr;

@@ -14,6 +14,7 @@
 
 namespace {
 
+constexpr DWORD kDialogKind = 5;
 constexpr DWORD kStringKind = 6;
 constexpr DWORD kSubdirectory = 0x80000000;
 constexpr std::size_t kDirectoryHead = 16;
@@ -44,7 +45,7 @@ std::optional<ResourceLibrary> ResourceLibrary::Parse(std::vector<std::byte> fil
   library.file_ = std::move(file);
   DWORD resources = 0;
   if (!library.ReadHeaders(resources)) return std::nullopt;
-  if (resources != 0 && !library.ReadStringBlocks(resources)) return std::nullopt;
+  if (resources != 0 && !library.ReadResources(resources)) return std::nullopt;
   return library;
 }
 
@@ -110,34 +111,43 @@ bool ResourceLibrary::ForEachEntry(const Piece& root, DWORD directory, Visit vis
   return true;
 }
 
-bool ResourceLibrary::ReadStringBlocks(DWORD resources) {
+// Of several languages the best one stays.
+void ResourceLibrary::AddBlock(std::map<DWORD, Block>& blocks, DWORD number, const Block& found) {
+  const auto [at, isNew] = blocks.try_emplace(number, found);
+  if (isNew) return;
+  const LANGID users = GetUserDefaultLangID();
+  if (RankOf(found.language, users) < RankOf(at->second.language, users)) at->second = found;
+}
+
+bool ResourceLibrary::ReadResources(DWORD resources) {
   const auto root = PieceAt(resources);
   if (!root) return false;
   entries_left_ = root->size / kDirectoryEntry;
-  std::optional<LANGID> users;  // determined only if there are several languages
-  const auto add = [&](DWORD block, DWORD language, DWORD target) {
+  const auto add = [&](DWORD kind, DWORD number, DWORD language, DWORD target) {
     if ((target & kSubdirectory) != 0 || target > root->size || root->size - target < 16) return false;
     const std::size_t leaf = root->offset + target;
     const auto data = PieceAt(Read<DWORD>(leaf).value_or(0));
     const std::size_t size = Read<DWORD>(leaf + 4).value_or(0);
     // Units must be aligned, as resource compilers write them, so that texts can be returned without a copy.
     if (!data || size > data->size || data->offset % sizeof(char16_t) != 0) return false;
-    const Block found = {{data->offset, size}, LANGID(language)};
-    const auto [at, isNew] = blocks_.try_emplace(block, found);
-    if (isNew) return true;
-    if (!users) users = GetUserDefaultLangID();
-    if (RankOf(found.language, *users) < RankOf(at->second.language, *users)) at->second = found;
+    AddBlock(kind == kStringKind ? blocks_ : dialogs_, number, {{data->offset, size}, LANGID(language)});
     return true;
   };
-  return ForEachEntry(*root, 0, [&](DWORD kind, DWORD blocks) {
-    if (kind != kStringKind) return true;
-    if ((blocks & kSubdirectory) == 0) return false;
-    return ForEachEntry(*root, blocks & ~kSubdirectory, [&](DWORD block, DWORD languages) {
+  return ForEachEntry(*root, 0, [&](DWORD kind, DWORD numbers) {
+    if (kind != kStringKind && kind != kDialogKind) return true;
+    if ((numbers & kSubdirectory) == 0) return false;
+    return ForEachEntry(*root, numbers & ~kSubdirectory, [&](DWORD number, DWORD languages) {
       if ((languages & kSubdirectory) == 0) return false;
       return ForEachEntry(*root, languages & ~kSubdirectory,
-                          [&](DWORD language, DWORD target) { return add(block, language, target); });
+                          [&](DWORD language, DWORD target) { return add(kind, number, language, target); });
     });
   });
+}
+
+std::span<const std::byte> ResourceLibrary::FindDialog(WORD id) const {
+  const auto found = dialogs_.find(id);
+  if (found == dialogs_.end()) return {};
+  return std::span(file_).subspan(found->second.data.offset, found->second.data.size);
 }
 
 std::u16string_view ResourceLibrary::FindString(WORD id) const {

@@ -1,9 +1,10 @@
-// The string tables of a portable executable file in memory.
+// The string tables and dialog templates of a portable executable file in memory.
 #pragma once
 
 #include <cstddef>
 #include <map>
 #include <optional>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -16,6 +17,8 @@ class ResourceLibrary {
 
   // String number `id`, a view of this object's bytes; empty if there is no such string.
   std::u16string_view FindString(WORD id) const;
+  // The template of dialog `id`; empty if there is no such dialog.
+  std::span<const std::byte> FindDialog(WORD id) const;
   bool HasStrings() const { return !blocks_.empty(); }
 
  private:
@@ -28,7 +31,7 @@ class ResourceLibrary {
     DWORD address = 0;
     Piece raw;
   };
-  // A block of sixteen strings.
+  // A block of sixteen strings, or a dialog.
   struct Block {
     Piece data;
     LANGID language = 0;
@@ -38,7 +41,8 @@ class ResourceLibrary {
   std::optional<Number> Read(std::size_t offset) const;
   bool ReadHeaders(DWORD& resources);
   bool ReadSections(std::size_t table, std::size_t count);
-  bool ReadStringBlocks(DWORD resources);
+  bool ReadResources(DWORD resources);
+  static void AddBlock(std::map<DWORD, Block>& blocks, DWORD number, const Block& found);
   std::optional<Piece> PieceAt(DWORD address) const;
   template <class Visit>
   bool ForEachEntry(const Piece& root, DWORD directory, Visit visit);
@@ -46,5 +50,6 @@ class ResourceLibrary {
   std::vector<std::byte> file_;
   std::vector<Section> sections_;
   std::map<DWORD, Block> blocks_;
+  std::map<DWORD, Block> dialogs_;
   std::size_t entries_left_ = 0;
 };

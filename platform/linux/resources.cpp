@@ -14,6 +14,7 @@
 #include <shared_mutex>
 #include <unordered_map>
 
+#include "platform/linux/dialog_template.h"
 #include "platform/linux/errno_status.h"
 #include "platform/linux/file_system.h"
 #include "platform/linux/resource_library.h"
@@ -39,6 +40,12 @@ Modules& TheModules() {
 const ResourceLibrary* Find(const Modules& modules, HMODULE module) {
   const auto found = modules.loaded.find(module);
   return found == modules.loaded.end() ? nullptr : found->second.get();
+}
+
+// 0 for a name that is a text; no resource has the number 0.
+WORD NumberOf(LPCWSTR name) {
+  const auto number = reinterpret_cast<std::uintptr_t>(name);
+  return number <= 0xFFFF ? WORD(number) : 0;
 }
 
 // Reads a whole regular file. Returns 0 or the errno.
@@ -99,6 +106,25 @@ BOOL FreeLibrary(HMODULE module) {
   Modules& modules = TheModules();
   const std::unique_lock guard(modules.lock);
   return modules.loaded.erase(module) != 0 || FailWithStatus(ERROR_MOD_NOT_FOUND);
+}
+
+HRSRC FindResourceW(HMODULE module, LPCWSTR name, LPCWSTR kind) {
+  Modules& modules = TheModules();
+  const std::shared_lock guard(modules.lock);
+  const ResourceLibrary* const found = kind == RT_DIALOG ? Find(modules, module) : nullptr;
+  const auto bytes = found ? found->FindDialog(NumberOf(name)) : std::span<const std::byte>();
+  if (bytes.empty()) FailWithStatus(ERROR_RESOURCE_NAME_NOT_FOUND);
+  return reinterpret_cast<HRSRC>(const_cast<std::byte*>(bytes.data()));
+}
+
+std::optional<DialogState> ReadDialog(HMODULE module, LPCWSTR name) {
+  Modules& modules = TheModules();
+  const std::shared_lock guard(modules.lock);
+  const ResourceLibrary* const found = Find(modules, module);
+  const auto bytes = found ? found->FindDialog(NumberOf(name)) : std::span<const std::byte>();
+  auto dialog = ParseDialogTemplate(bytes);
+  if (!dialog) FailWithStatus(bytes.empty() ? ERROR_RESOURCE_NAME_NOT_FOUND : ERROR_INVALID_DATA);
+  return dialog;
 }
 
 int LoadStringW(HINSTANCE module, UINT id, LPWSTR buffer, int units) {

@@ -60,7 +60,8 @@ BoxAnswer Next(const std::string& path, const DialogState& state) {
     script.path = path;
     script.file = ReadAnswers(path);
     script.next = 0;
-    if (!script.file.error.empty()) FailRun(path, script.file.error);
+    if (!script.file.error.empty())
+      FailRun(path, "line " + std::to_string(script.file.error_line) + ": " + script.file.error);
   }
   const std::string shown = OneLineOf(state);
   if (script.next >= script.file.answers.size())

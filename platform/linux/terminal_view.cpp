@@ -5,7 +5,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <iterator>
 #include <optional>
 #include <string_view>
 
@@ -35,28 +34,25 @@ bool IsTaken(const std::vector<Choice>& choices, char16_t letter) {
   return std::any_of(choices.begin(), choices.end(), [&](const Choice& row) { return SameLetter(row.letter, letter); });
 }
 
-// The letter after a "&", which "&&" does not mark.
-char16_t MarkedLetter(std::u16string_view text) {
-  for (std::size_t i = 0; i + 1 < text.size(); ++i)
-    if (text[i] == u'&') {
-      if (text[i + 1] != u'&') return text[i + 1];
-      ++i;
-    }
-  return 0;
+// The place in the plain label of the letter after a "&", which "&&" does not mark; npos for none.
+std::size_t MarkedPlace(std::u16string_view text) {
+  std::size_t place = 0;
+  for (std::size_t i = 0; i + 1 < text.size(); ++i, ++place)
+    if (text[i] == u'&' && text[++i] != u'&') return place;
+  return std::u16string::npos;
 }
 
 // The marked letter, else the first free one of the label, else a digit.
-void GiveLetter(Choice& choice, char16_t marked, const std::vector<Choice>& others) {
-  std::u16string candidates;
-  if (marked) candidates += marked;
-  std::copy_if(choice.label.begin(), choice.label.end(), std::back_inserter(candidates), IsLetter);
-  candidates += u"123456789";
-  for (const char16_t letter : candidates) {
-    if (IsTaken(others, letter)) continue;
+void GiveLetter(Choice& choice, std::size_t marked, const std::vector<Choice>& others) {
+  const auto take = [&](char16_t letter, std::size_t place) {
+    if (choice.letter != 0 || IsTaken(others, letter)) return;
     choice.letter = letter;
-    choice.place = choice.label.find(letter);
-    return;
-  }
+    choice.place = place;
+  };
+  if (marked < choice.label.size()) take(choice.label[marked], marked);
+  for (std::size_t i = 0; i < choice.label.size(); ++i)
+    if (IsLetter(choice.label[i])) take(choice.label[i], i);
+  for (const char16_t digit : {u'1', u'2', u'3', u'4', u'5', u'6', u'7', u'8', u'9'}) take(digit, std::u16string::npos);
 }
 
 std::vector<Choice> ChoicesOf(const DialogState& state) {
@@ -64,10 +60,12 @@ std::vector<Choice> ChoicesOf(const DialogState& state) {
   const auto add = [&](bool marked) {
     for (std::size_t i = 0; i < state.controls.size(); ++i) {
       const ControlState& control = state.controls[i];
-      const char16_t letter = MarkedLetter(control.text);
-      if (!control.IsPressable() || (letter != 0) != marked) continue;
-      Choice choice = {i, PlainLabel(control.text)};
-      GiveLetter(choice, letter, choices);
+      const std::size_t place = MarkedPlace(control.text);
+      if (!control.IsPressable() || (place != std::u16string::npos) != marked) continue;
+      Choice choice;
+      choice.control = i;
+      choice.label = PlainLabel(control.text);
+      GiveLetter(choice, place, choices);
       choices.push_back(std::move(choice));
     }
   };
@@ -169,7 +167,9 @@ class TerminalView : public DialogView {
 
   std::string Head() const {
     const bool color = UsesColor();
-    std::string head = (color ? ColorOf(state_.icon) : "") + Printable(state_.title) + (color ? "\x1b[0m\n" : "\n");
+    std::string head;
+    if (!state_.title.empty())
+      head = (color ? ColorOf(state_.icon) : "") + Printable(state_.title) + (color ? "\x1b[0m\n" : "\n");
     if (!state_.text.empty()) head += Printable(state_.text) + '\n';
     for (const ControlState& control : state_.controls)
       if (control.kind == ControlKind::kText && control.visible && !control.text.empty())

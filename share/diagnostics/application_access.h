@@ -36,3 +36,19 @@ class KVSHARE_API QFAfx {
   static AFX_MODULE_STATE* m_pModuleState;
   static int m_bUseOwnState;
 };
+
+// Without an application it does nothing.
+class KVSHARE_API QFWaitCursor {
+ public:
+  QFWaitCursor() { Call(1); }
+  ~QFWaitCursor() { Call(-1); }
+  QFWaitCursor(const QFWaitCursor&) = delete;
+  QFWaitCursor& operator=(const QFWaitCursor&) = delete;
+  // Shows it again after something else has changed the cursor.
+  void Restore() { Call(0); }
+
+ private:
+  static void Call(int code) {
+    if (CWinApp* const app = QFAfx::GetWinApp()) app->DoWaitCursor(code);
+  }
+};

@@ -15,7 +15,7 @@
 
 // Selects the icon, the buttons and the default caption. Other values have no box.
 enum SeverityIndex {
-  SEVERITY_ERROR = 0,                      // OK
+  SEVERITY_STOP = 0,                       // OK
   SEVERITY_WARNING_YES_NO = 1,             // Yes, No
   SEVERITY_WARNING_YES_NO_CANCEL = 2,      // Yes, No, Cancel
   SEVERITY_INFORMATION = 3,                // OK

@@ -9,7 +9,9 @@
 #include "platform/resources.h"
 #include "share/core/document_callbacks.h"
 #include "share/diagnostics/outcome.h"
+#include "share/diagnostics/warning_dialogs.h"
 #include "share/env/product_identity.h"
+#include "share/settings/settings_key.h"
 #include "tests/folders.h"
 #include "tests/scratch.h"
 
@@ -55,6 +57,7 @@ struct BoxCase {
   unsigned long help;
   std::string press;     // in an answers file
   std::string typed;     // on a terminal; each line is an answer
+  std::string keys;      // on an X server; "click 7" clicks that button
   std::string question;  // on the terminal: the caption, and the last line
   unsigned result;
 };
@@ -63,29 +66,38 @@ inline std::vector<BoxCase> BoxCases() {
   constexpr unsigned long none = Outcome::kNoHelp;
   const CString keep = _T("&Keep"), drop = _T("&Drop"), later = _T("&Later");
   return {
-      {0, {}, 0, none, "OK", "\n", "Error|[O]K  Enter = OK", IDOK},
-      {1, {}, 0, none, "Yes", "\n", "Warning|[Y]es  [N]o  Enter = Yes", IDYES},
-      {1, {}, 0, none, "no", "n\n", "Warning|[Y]es  [N]o  Enter = Yes", IDNO},
-      {2, {}, 0, none, "Cancel", "x\nCancel\n", "Warning|[Y]es  [N]o  [C]ancel  Enter = Yes", IDCANCEL},
-      {3, {}, 0, none, "close", "o\n", "Information|[O]K  Enter = OK", IDOK},
-      {4, {}, 0, none, "#7", "N\n", "Information|[Y]es  [N]o  Enter = Yes", IDNO},
-      {5, {}, 0, none, "close", "c\n", "Information|[Y]es  [N]o  [C]ancel  Enter = Yes", IDCANCEL},
-      {1, {keep, drop}, 0, none, "Drop", "d\n", "Warning|[K]eep  [D]rop  Enter = Keep", IDNO},
-      {1, {keep, drop}, IDNO, none, "No", "\n", "Warning|[K]eep  [D]rop  Enter = Drop", IDNO},
-      {1, {keep, drop}, 0, none, "Yes", "\n", "Warning|[K]eep  [D]rop  Enter = Keep", IDYES},
-      {2, {keep, drop, later}, 0, none, "Later", "l\n", "Warning|[K]eep  [D]rop  [L]ater  Enter = Keep", IDCANCEL},
-      {4, {}, IDNO, none, "Yes", "\n", "Information|[Y]es  [N]o  Enter = Yes", IDYES},
-      {1, {keep, drop}, 0, none, "Drop", "d\n", "Warning|[K]eep  [D]rop  Enter = Drop", IDNO},
-      {1, {}, 0, 42, "Help, Yes", "h\ny\n", "Warning|[Y]es  [N]o  [H]elp  Enter = Yes", IDYES},
+      {0, {}, 0, none, "OK", "\n", "Return", "Error|[O]K  Enter = OK", IDOK},
+      {1, {}, 0, none, "Yes", "\n", "Return", "Warning|[Y]es  [N]o  Enter = Yes", IDYES},
+      {1, {}, 0, none, "no", "n\n", "Escape alt+n", "Warning|[Y]es  [N]o  Enter = Yes", IDNO},
+      {2, {}, 0, none, "Cancel", "x\nCancel\n", "Escape", "Warning|[Y]es  [N]o  [C]ancel  Enter = Yes", IDCANCEL},
+      {3, {}, 0, none, "close", "o\n", "Escape", "Information|[O]K  Enter = OK", IDOK},
+      {4, {}, 0, none, "#7", "N\n", "click 7", "Information|[Y]es  [N]o  Enter = Yes", IDNO},
+      {5, {}, 0, none, "close", "c\n", "Tab Tab Return", "Information|[Y]es  [N]o  [C]ancel  Enter = Yes", IDCANCEL},
+      {1, {keep, drop}, 0, none, "Drop", "d\n", "alt+d", "Warning|[K]eep  [D]rop  Enter = Keep", IDNO},
+      {1, {keep, drop}, IDNO, none, "No", "\n", "Return", "Warning|[K]eep  [D]rop  Enter = Drop", IDNO},
+      {1, {keep, drop}, 0, none, "Yes", "\n", "Return", "Warning|[K]eep  [D]rop  Enter = Keep", IDYES},
+      {2,
+       {keep, drop, later},
+       0,
+       none,
+       "Later",
+       "l\n",
+       "click 2",
+       "Warning|[K]eep  [D]rop  [L]ater  Enter = Keep",
+       IDCANCEL},
+      {4, {}, IDNO, none, "Yes", "\n", "space", "Information|[Y]es  [N]o  Enter = Yes", IDYES},
+      {1, {keep, drop}, 0, none, "Drop", "d\n", "space", "Warning|[K]eep  [D]rop  Enter = Drop", IDNO},
+      {1, {}, 0, 42, "Help, Yes", "h\ny\n", "click 9 alt+y", "Warning|[Y]es  [N]o  [H]elp  Enter = Yes", IDYES},
       {2,
        {keep, drop, later},
        0,
        42,
        "Help, Cancel",
        "h\nc\n",
+       "F1 click 2",
        "Warning|[K]eep  [D]rop  [C]ancel  [H]elp  Enter = Keep",
        IDCANCEL},
-      {6, {}, 0, none, "", "", "", Outcome::kNoBox},
+      {6, {}, 0, none, "", "", "", "", Outcome::kNoBox},
   };
 }
 
@@ -96,6 +108,59 @@ inline unsigned Show(const BoxCase& row) {
   if (row.labels.size() == 3) outcome.SetMessageBoxButtonNewLabels(row.labels[0], row.labels[1], row.labels[2]);
   if (row.focus) outcome.SetMessageBoxButtonFocus(row.focus);
   return outcome.Display(_T("Delete\nit?"));
+}
+
+// A dialog that can be stopped: 1601 with its own text, or 1602 with the second check box.
+struct DialogCase {
+  bool message;
+  std::string language;
+  int shown, updates, help;
+  std::string press, typed, keys;
+  std::string question;  // on the terminal, after the title: its first or last lines
+  int result, shown_after, updates_after;
+};
+
+inline std::vector<DialogCase> DialogCases() {
+  const std::string german = "Werkzeugauswahl dieser Operationen aktualisieren";
+  return {
+      {true, "English", 1, 0, -1, "OK", "\n", "Return",
+       "Delete\nit?\n( ) [D]o not show this message again\n[O]K  Enter = OK: ", IDOK, 1, 0},
+      {true, "English", 1, 0, 42, "Do not show this message again, Help, OK", "d\nh\no\n", "alt+d alt+h click 1",
+       "(x) [D]o not show this message again\n[O]K  [H]elp  Enter = Help: ", IDOK, 0, 0},
+      {true, "English", 1, 0, 42, "#1491, #1491, close", "d\nd\n#", "click 1491 space Escape",
+       "( ) [D]o not show this message again\n[O]K  [H]elp  Enter = OK: ", IDCANCEL, 1, 0},
+      {true, "English", 0, 0, -1, "", "", "", "", IDOK, 0, 0},
+      {false, "German", 1, 1, 42, german + ", Abbrechen", "w\na\n", "alt+w Escape",
+       "(x) [W]erkzeugauswahl dieser Operationen aktualisieren\n( ) Diese Warnung [n]icht mehr anzeigen\n"
+       "[O]K  [A]bbrechen  [H]ilfe  Enter = OK: ",
+       IDCANCEL, 1, 0},
+      {false, "German", 1, 0, 42, german + ", #1491, OK", "w\nn\nok\n", "click 1631 alt+n Return",
+       "(x) Diese Warnung [n]icht mehr anzeigen\n", IDOK, 0, 1},
+  };
+}
+
+struct DialogResult {
+  int result, shown, updates;
+  bool operator==(const DialogResult&) const = default;
+};
+
+// Shows the case's dialog with settings of its own.
+inline DialogResult Show(const DialogCase& row) {
+  UseLanguage(row.language);
+  QFSettingsKey settings(_T("Test"), CString());
+  settings.AddValue(_T("Warn"), row.shown);
+  settings.AddValue(_T("Update"), row.updates);
+  DialogResult result = {};
+  if (row.message) {
+    QFMessageDontShowDlg dialog(CString(_T("Delete\nit?")), _T("Warn"), &settings, row.help);
+    result.result = int(dialog.DoModal());
+  } else {
+    QFWarnDontShowDlg dialog(1602, _T("Warn"), _T("Update"), &settings, row.help);
+    result.result = int(dialog.DoModal());
+  }
+  settings.GetValue(_T("Warn"), result.shown);
+  settings.GetValue(_T("Update"), result.updates);
+  return result;
 }
 
 }  // namespace kvtest

@@ -28,6 +28,18 @@ TEST_F(Messages, EachCaseIsAnsweredFromTheFile) {
   }
 }
 
+TEST_F(Messages, EachDialogIsAnsweredFromTheFile) {
+  ProductInfo product;
+  product.m_ProductName = _T("X");
+  kvtest::g_product = &product;
+  for (const kvtest::DialogCase& row : kvtest::DialogCases()) {
+    SCOPED_TRACE(row.language + ": " + row.press);
+    const Answers answers(row.press.empty() ? "" : (row.message ? "X: Delete it? -> " : "X: Das W* -> ") + row.press);
+    EXPECT_EQ(kvtest::Show(row), (kvtest::DialogResult{row.result, row.shown_after, row.updates_after}));
+  }
+  kvtest::g_product = nullptr;
+}
+
 TEST_F(Messages, SilentModeAnswersYesUnlessAlwaysShown) {
   kvtest::g_alerts = 0;
   const Answers answers("Information: Barrel -> Cancel\n");

@@ -52,6 +52,20 @@ TEST(TerminalBoxes, EachCaseIsAnsweredByLetters) {
   }
 }
 
+TEST(TerminalBoxes, EachDialogIsAnsweredByLetters) {
+  for (const kvtest::DialogCase& row : kvtest::DialogCases()) {
+    SCOPED_TRACE(row.language + ": " + row.typed);
+    if (row.typed.ends_with('#')) continue;  // a terminal has no close button
+    const Answered answered = OnTerminal(row.typed, [&] {
+      SetEnvironmentVariableW(_T("LC_ALL"), row.language == "German" ? _T("de_DE") : _T("C"));
+      const kvtest::DialogResult result = kvtest::Show(row);
+      return result.result | result.shown << 2 | result.updates << 3;
+    });
+    EXPECT_EQ(answered.code, row.result | row.shown_after << 2 | row.updates_after << 3);
+    EXPECT_NE(answered.screen.find(row.question), std::string::npos) << answered.screen;
+  }
+}
+
 TEST(TerminalBoxes, EndOfInputFailsAndTextsCannotControlTheTerminal) {
   kvtest::UseLanguage("German");
   const Answered answered = OnTerminal("\x04", [] {
