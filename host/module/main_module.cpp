@@ -15,6 +15,7 @@
 #include "share/diagnostics/analytics_log.h"
 #include "share/diagnostics/time_log.h"
 #include "share/env/app_env.h"
+#include "share/env/product_identity.h"
 #include "share/settings/application_settings.h"
 #include "share/settings/feed_colors.h"
 
@@ -30,6 +31,7 @@ std::unique_ptr<QFAppSettings> g_settings;
 // later, when it is asked, waits no longer either.
 std::optional<RegistryWaitLimit> g_waiting;
 bool g_registered = false;
+bool g_messages = true;
 constinit std::atomic<bool> g_cancelled = false;
 constexpr auto kNever = std::chrono::steady_clock::time_point::max();
 std::chrono::steady_clock::time_point g_cancelAt = kNever;
@@ -64,6 +66,11 @@ CString ProductText(unsigned id) {
   return text;
 }
 
+ProductInfo* Product() {
+  static ProductInfo product = {_T("Kestrova"), GetKVVersion(), _T("SolidWorks"), {}, {}, {}};
+  return &product;
+}
+
 void RegisterCallbacks() {
   // The three null callbacks: this host has no post processors.
   qfshare_init([] { return Active() ? &Active()->Indexer() : nullptr; }, []() -> QFObject* { return nullptr; },
@@ -79,9 +86,9 @@ void RegisterCallbacks() {
       /*docSettings=*/[]() -> QFSettingsKey* { return Active() ? &Active()->Settings() : nullptr; },
       /*appSettings=*/[]() -> QFSettingsKey* { return g_settings.get(); },
       /*appFeedColorSettings=*/MillFeedColors,
-      /*productInfo=*/[]() -> ProductInfo* { return nullptr; },
+      /*productInfo=*/Product,
       /*productSpecificString=*/ProductText,
-      /*displayAlerts=*/[](short* flag) { *flag = 0; },
+      /*displayAlerts=*/[](short* flag) { *flag = g_messages ? -1 : 0; },
       /*isCrashReportPermitted=*/[] { return 1; },  // the debug values decide, which support sets
       /*stockGroupName=*/[] { return CString(); },
       /*correspondingDoc=*/[](QFObject*) -> QFObject* { return nullptr; },
@@ -121,6 +128,8 @@ MainModuleScope::~MainModuleScope() {
   g_settings.reset();
   g_waiting.reset();
 }
+
+void WantMessages(bool wanted) { g_messages = wanted; }
 
 bool CancelUserJob() { return g_cancelled.exchange(true); }
 

@@ -21,6 +21,9 @@ void UseLibrary();
 // and goes on with defaults, or throws Failure if the command needs all stored values.
 void StartMainModule(Needs needs = Needs::kDefaultsSuffice);
 
+// Whether the library may show messages (GetAppDisplayAlerts); at first it may.
+void WantMessages(bool wanted);
+
 // The destructor closes the environment if the module was started. Keep one for the time of main.
 class MainModuleScope {
  public:

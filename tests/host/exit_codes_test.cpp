@@ -60,6 +60,13 @@ constexpr Row kRows[] = {
     {"help open 1234", 0, ""},
     {"help open am", 1, "there is no help for am in "},
     {"help open nonsense", 2, "nonsense is no topic: give a context number or one of master, "},
+    {"message list", 0, ""},
+    {"message show Delete? --kind warning-yes-no --silent", 0, ""},
+    {"message show", 2, "name a TEXT or a --string"},
+    {"message show Delete? --labels Keep", 2, "--labels needs two or three labels"},
+    {"message show --string 64999", 1, "the language library has no string 64999"},
+    {"message answers answers.txt", 0, ""},
+    {"message answers cut.json", 3, "cut.json:1: there is no \" -> \" between the expected text and what to press"},
 
     {"job run part.kvdoc", 0, ""},
     {"job run part.kvdoc --command fail", 1, ""},
@@ -254,6 +261,7 @@ class ExitCodes : public testing::Test {
       Make(name + ".txt", ReadFile(SourceFile(seeds + "crash_report/" + file)));
     }
     Make("tools.tsv", "Tool\tDiameter\nend mill\t12\ndrill\t8\n");
+    Make("answers.txt", "# why\n*: Delete* -> Yes\n");
     Make("bad/Mill/VMC/KestrovaAPT.xml", "<R><SHAPES NUM='0'/><CHANNELS/></R>");
     Make("bad/Mill/Cut/KestrovaAPT.xml", "<R");
     Make("bad/Mill/Stl/KestrovaAPT.xml", "<R><SHAPES NUM='1'><SHAPE NAME='S' ID='1' PATH='cut.stl'/></SHAPES></R>");

@@ -25,13 +25,14 @@ std::vector<std::string> ExamplesIn(const std::string& help) {
 class HelpExamples : public testing::Test {
  protected:
   HelpExamples() {
-    for (const char* line : {"kestrova document new part.kvdoc --nodes 12", "cp part.kvdoc old.kvdoc",
-                             "kestrova pattern add part.kvdoc 7 --kind linear --direction 1,0,0 --spacing 20 --count 5",
-                             "kestrova pattern order part.kvdoc 7 --operation 9 --by reverse",
-                             "kestrova picture part.kvdoc --out moves.kvrec", "kestrova settings export mine.json",
-                             "kestrova reg export HKCU settings.reg", "kestrova ini set shopfloor.ini Tool Diameter 12",
-                             "kestrova feedcolors add --process mill 1200 '#FF8000'",
-                             "printf 'Tool\\tDiameter\\tComment\\nend mill\\t12\\t\\ndrill\\t8\\t\\n' >tools.tsv"})
+    for (const char* line :
+         {"kestrova document new part.kvdoc --nodes 12", "cp part.kvdoc old.kvdoc",
+          "kestrova pattern add part.kvdoc 7 --kind linear --direction 1,0,0 --spacing 20 --count 5",
+          "kestrova pattern order part.kvdoc 7 --operation 9 --by reverse",
+          "kestrova picture part.kvdoc --out moves.kvrec", "kestrova settings export mine.json",
+          "kestrova reg export HKCU settings.reg", "echo '*: Delete* -> Yes' > answers.txt",
+          "kestrova ini set shopfloor.ini Tool Diameter 12", "kestrova feedcolors add --process mill 1200 '#FF8000'",
+          "printf 'Tool\\tDiameter\\tComment\\nend mill\\t12\\t\\ndrill\\t8\\t\\n' >tools.tsv"})
       EXPECT_EQ(shell_.Run(line).exit_code, 0) << line;
     fs::copy(SourceFile("fuzz/seeds/minidump/whole"), shell_.Work() / "part-0.dmp");
     fs::copy(SourceFile("fuzz/seeds/crash_report/whole"), shell_.Work() / "part-0.txt");
