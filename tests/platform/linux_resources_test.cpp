@@ -32,15 +32,16 @@ TEST_F(LinuxResources, WhatIsNoLibraryFailsToLoad) {
 // Each row damages one 32-bit number of the library.
 TEST_F(LinuxResources, EveryPlaceIsCheckedAgainstItsPiece) {
   constexpr std::size_t kResources = 0x800;  // the section's place in the built library, checked below
-  ASSERT_EQ(LibraryBytes().substr(kResources + 12, 8), std::string("\0\0\1\0\6\0\0\0", 8));
+  ASSERT_EQ(LibraryBytes().substr(kResources + 12, 8), std::string("\0\0\2\0\5\0\0\0", 8));
   // What, the offset from the start of the resources, the value there, whether the library loads, string 1.
   const std::tuple<const char*, std::size_t, DWORD, bool, Text> rows[] = {
       {"nothing changed", 8, 0, true, _T("Kestrova")},
       {"more entries than the section holds", 12, 0xFFFFFFFF, false, _T("")},
-      {"the kinds point at a leaf", 20, 0x18, false, _T("")},
-      {"the kinds point just behind the end", 20, 0x80000000 | DWORD(LibraryBytes().size() - kResources - 15), false,
+      {"the dialogs point at a leaf", 20, 0x18, false, _T("")},
+      {"the strings point at a leaf", 28, 0x18, false, _T("")},
+      {"the strings point just after the end", 28, 0x80000000 | DWORD(LibraryBytes().size() - kResources - 15), false,
        _T("")},
-      {"another kind of resource", 16, 5, true, _T("")},
+      {"another kind of resource", 24, 7, true, _T("")},
   };
   for (const auto& [what, offset, value, loads, string1] : rows) {
     std::string bytes = LibraryBytes();
