@@ -83,6 +83,7 @@
 #include "share/env/setting_queries.h"
 #include "share/interface/grid_column_sorter.h"
 #include "share/interface/help_system.h"
+#include "share/interface/mail.h"
 #include "share/interface/spindle_status.h"
 #include "share/jobs/critical_section.h"
 #include "share/jobs/job_link.h"

@@ -39,6 +39,7 @@ void AddAnalyticsCommands(CLI::App& group);
 void AddCrashCommands(CLI::App& group);
 void AddGridCommands(CLI::App& group);
 void AddHelpCommands(CLI::App& group);
+void AddMailCommands(CLI::App& group);
 void AddMessageCommands(CLI::App& group);
 void AddCompletionCommands(CLI::App& group);
 
@@ -75,6 +76,7 @@ inline constexpr Command kCommands[] = {
     {"crash", "Crash reports and dumps: list, show, stack, clean, test", AddCrashCommands, "crash list"},
     {"grid", "Tables from tab-separated text: show, find", AddGridCommands, "grid show tools.tsv --sort Diameter:desc"},
     {"help", "Help pages: list, open", AddHelpCommands, "help list"},
+    {"mail", "Mails with attachments in the user's mail program: send, check", AddMailCommands, "mail check"},
     {"message", "Messages to the user: list, show, answers", AddMessageCommands, "message list"},
     {"completion", "Print the completion script for bash, zsh or fish", AddCompletionCommands,
      "completion bash > kestrova.bash"},

@@ -40,14 +40,19 @@ RunningPrograms& Running() {
   return programs;
 }
 
-int Spawn(const std::string& program, const std::vector<std::string>& arguments, pid_t& id) {
+// `output`: the file to which the program writes; -1: none.
+int Spawn(const std::string& program, const std::vector<std::string>& arguments, int output, pid_t& id) {
   std::vector<char*> words = {const_cast<char*>(program.c_str())};
   for (const std::string& argument : arguments) words.push_back(const_cast<char*>(argument.c_str()));
   words.push_back(nullptr);
   posix_spawn_file_actions_t files;
   posix_spawn_file_actions_init(&files);
   posix_spawn_file_actions_addopen(&files, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-  posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+  if (output < 0) {
+    posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+  } else {
+    posix_spawn_file_actions_adddup2(&files, output, STDOUT_FILENO);
+  }
   posix_spawnattr_t settings;
   posix_spawnattr_init(&settings);
   sigset_t signals;
@@ -86,11 +91,31 @@ std::string FindProgram(const std::string& name) {
 int StartProgram(const std::string& program, const std::vector<std::string>& arguments) {
   Running().ForgetEnded();
   pid_t id = 0;
-  if (Spawn(program, arguments, id) != 0) return kNotStarted;
+  if (Spawn(program, arguments, /*output=*/-1, id) != 0) return kNotStarted;
   WaitForEnd(id);
   int status = 0;
   const pid_t ended = waitpid(id, &status, WNOHANG);
   if (ended == 0) Running().Add(id);
   if (ended <= 0) return 0;
   return WIFEXITED(status) ? WEXITSTATUS(status) : kEndedBySignal;
+}
+
+std::string OutputOf(const std::string& program, const std::vector<std::string>& arguments) {
+  constexpr std::size_t kMostBytes = 1 << 16;  // the size of a pipe: a program that writes more is not waited for
+  int ends[2];
+  if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) return {};
+  pid_t id = 0;
+  Running().ForgetEnded();
+  const bool started = Spawn(program, arguments, ends[1], id) == 0;
+  close(ends[1]);
+  std::string text(kMostBytes, '\0');
+  ssize_t bytes = 0;
+  if (started) {
+    WaitForEnd(id);
+    if (waitpid(id, nullptr, WNOHANG) == 0) Running().Add(id);
+    bytes = read(ends[0], text.data(), text.size());
+  }
+  close(ends[0]);
+  text.resize(bytes > 0 ? std::size_t(bytes) : 0);
+  return text.substr(0, text.find_last_not_of("\r\n") + 1);
 }

@@ -11,3 +11,7 @@ std::string FindProgram(const std::string& name);
 // closed, its errors stay visible. Waits up to half a second for its end. Returns 0 if it still runs or has ended well,
 // else its exit code, 126 if it was ended by a signal, or 127 if it could not be started.
 int StartProgram(const std::string& program, const std::vector<std::string>& arguments);
+
+// The output of a program, at most 64 KiB, without the line ends after it; empty if it could not be started. Waits for
+// its end, at most half a second.
+std::string OutputOf(const std::string& program, const std::vector<std::string>& arguments);

@@ -60,6 +60,12 @@ constexpr Row kRows[] = {
     {"help open 1234", 0, ""},
     {"help open am", 1, "there is no help for am in "},
     {"help open nonsense", 2, "nonsense is no topic: give a context number or one of master, "},
+
+    {"mail check", 0, ""},
+    {"mail send --to a@example.com --attach part.kvdoc", 0, ""},
+    {"mail send --to a@example.com --attach none.kvdoc", 3, "cannot read none.kvdoc: no such file"},
+    {"mail send --to nobody", 2, "--to: \"nobody\" is no mail address"},
+
     {"message list", 0, ""},
     {"message show Delete? --kind warning-yes-no --silent", 0, ""},
     {"message show", 2, "name a TEXT or a --string"},
