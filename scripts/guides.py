@@ -45,8 +45,8 @@ class Shell:
         (self.install / "bin/kestrova").symlink_to(BUILD / "bin/kestrova")
         if (BUILD / "etc").exists():
             (self.install / "etc").symlink_to(BUILD / "etc")
-        for library in (BUILD / "lib").glob("libKVSHARE*"):
-            (self.install / "lib" / library.name).symlink_to(library)
+        for file in [*(BUILD / "lib").glob("libKVSHARE*"), *(BUILD / "lib").glob("kvshare-*")]:
+            (self.install / "lib" / file.name).symlink_to(file)
         for part in ("lang", "MachSim", "SubSpindleOps", "Edm", "TechDB"):
             shutil.copytree(BUILD / "lib" / part, self.install / "lib" / part)
         self.environment = {
@@ -86,6 +86,8 @@ class Shell:
         for real, shown in ((self.install, "/opt/kestrova"), (self.home, "/home/ana")):
             text = text.replace(str(real), shown).replace(str(real).replace("/", "\\"), shown.replace("/", "\\"))
         text = re.sub(r"\d\d/\d\d/\d{4}::\d\d:\d\d", "11/22/2026::09:00", text)
+        text = re.sub(r"\b\d{4}-\d\d-\d\dT[\d:.]+Z", "2026-11-22T09:00:00.000Z", text)
+        text = re.sub(r"\bthread \d{2,}", "thread 4711", text).replace(" (core dumped)", "")
         text = re.sub(r"\b\d\d:\d\d:\d\d\b", "09:00:00", text)
         text = re.sub(r"\b[\d.]+ ms\b", "9.8 ms", text)
         text = re.sub(r"Address of this: [0-9a-f]+", "Address of this: 7f0000000040", text)
@@ -354,7 +356,7 @@ def main():
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
         made = list(pool.map(page_again, texts))
     for page, text, again in zip(pages, texts, made):
-        missing = [f"kestrova {command} is not shown" for command in commands() if f"$ kestrova {command}" not in again
+        missing = [f"kestrova {command} is not shown" for command in commands() if f"kestrova {command}" not in again
                    ] if page.name == "commands.md" else []
         for fault in [*broken_links(page, again), *wrong_schemas(again), *missing]:
             print(f"{page.relative_to(ROOT)}: {fault}")
