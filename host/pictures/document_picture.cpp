@@ -20,9 +20,9 @@
 namespace kestrova {
 namespace {
 
-constexpr ULONGLONG kMostInstances = 100'000;  // of one picture: each has a marker of 800 triangles
-constexpr std::size_t kMostMarks = 400;        // more texts would cover the picture
-constexpr double kHoleRadius = 0.005;          // metres, of a hole without a tool
+constexpr ULONGLONG kMostInstances = 20'000;  // of one picture: each has a marker of 800 triangles
+constexpr std::size_t kMostMarks = 400;       // more texts would cover the picture
+constexpr double kHoleRadius = 0.005;         // metres, of a hole without a tool
 constexpr int kCircleSteps = 48;
 
 FRTransf ToModel(const QFObject& node) {
@@ -109,8 +109,8 @@ class DocumentPicture::Drawing {
     const LONGLONG count = pattern.GetNumPatternInstances();
     instances_ += ULONGLONG(count);
     if (instances_ > kMostInstances)
-      throw Failure(fmt::format("a picture shows at most {} instances of patterns; draw one feature with --node ID",
-                                kMostInstances));
+      throw Failure(fmt::format(
+          "a picture shows at most {} instances of patterns; --node ID draws those of one feature", kMostInstances));
     for (LONGLONG instance = 0; instance < count; ++instance) {
       FRTransf transform;
       const QFeObjectPatternInstanceStatus status = pattern.GetTransfForInst(instance, transform);
