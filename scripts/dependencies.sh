@@ -5,7 +5,8 @@ packages_build="g++ cmake ninja-build cmark pkg-config ccache libsqlite3-dev lib
   libeigen3-dev libicu-dev nlohmann-json3-dev libdeflate-dev libglu1-mesa-dev qt6-base-dev libegl-dev libegl1
   libgl1-mesa-dri libpng-dev libdw-dev binutils-mingw-w64-x86-64
   unixodbc-dev libsqliteodbc odbc-mdbtools tdsodbc sqlite3"
-packages_test="libgtest-dev libgmock-dev rapidjson-dev locales libgsf-bin libxml2-utils p7zip-full python3 spin"
+packages_test="libgtest-dev libgmock-dev rapidjson-dev locales libgsf-bin libxml2-utils p7zip-full python3 spin xdotool
+  xvfb"
 packages_bench="libboost-serialization-dev libcereal-dev libsimpleini-dev libtbb-dev python3"
 packages_fuzz="clang libclang-rt-14-dev"
 packages_headers="libx11-dev"

@@ -45,7 +45,7 @@ class KVSHARE_API QFWarnDontShowDlg : public CDialog {
   void StoreCheckBox(int box, const CString& key, int checkedValue);
 
   QFExceptionHandler* m_pGuard;
-  int m_nDialogId;
+  [[maybe_unused]] int m_nDialogId;  // kept for existing modules
   CString m_WarnKey, m_UpdateKey;
   QFSettingsKey* m_pSettings;
   int m_nHelpId;
