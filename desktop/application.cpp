@@ -102,6 +102,7 @@ class GuiThread {
     if (has_application_)
       QMetaObject::invokeMethod(QCoreApplication::instance(), &QCoreApplication::quit, Qt::QueuedConnection);
     thread_.join();
+    qInstallMessageHandler(Silent);  // objects of the thread go now, which Qt remarks upon
   }
   GuiThread(const GuiThread&) = delete;
   GuiThread& operator=(const GuiThread&) = delete;

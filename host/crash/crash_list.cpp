@@ -64,7 +64,7 @@ CString FolderOf(const Options& options) {
   UseLibrary();
   QFExceptionHandler guard(0, 0);
   if (!options.folder.empty()) guard.SetFilePath(ProductPathFromSystem(options.folder).c_str());
-  const CString folder = guard.GetFilePath();
+  CString folder = guard.GetFilePath();
   const DWORD attributes = GetFileAttributesW(folder);
   if (attributes == INVALID_FILE_ATTRIBUTES || !(attributes & FILE_ATTRIBUTE_DIRECTORY))
     throw Failure("no such folder: " + SystemPathFromProduct(folder) + "; choose another one with --folder");

@@ -14,6 +14,7 @@
 #include "share/core/registry_keys.h"
 #include "share/diagnostics/analytics_log.h"
 #include "share/diagnostics/time_log.h"
+#include "share/diagnostics/exception_handler.h"
 #include "share/env/app_env.h"
 #include "share/env/product_identity.h"
 #include "share/settings/application_settings.h"
@@ -32,6 +33,7 @@ std::unique_ptr<QFAppSettings> g_settings;
 std::optional<RegistryWaitLimit> g_waiting;
 bool g_registered = false;
 bool g_messages = true;
+std::optional<QFExceptionHandler> g_guard;  // writes what the debug values want
 constinit std::atomic<bool> g_cancelled = false;
 constexpr auto kNever = std::chrono::steady_clock::time_point::max();
 std::chrono::steady_clock::time_point g_cancelAt = kNever;
@@ -115,6 +117,7 @@ void StartMainModule(Needs needs) {
   if (needs != Needs::kNoReport) CheckWholeRegistry();
   g_settings = std::make_unique<QFAppSettings>();  // the start of the environment reads them
   g_settings->RestoreValuesFromRegistry();
+  g_guard.emplace(/*writeReport=*/0, /*dumpMiniFile=*/0);
   InitAppEnv();
   CompleteDefaults(*g_settings);
   KVTimeLog::CheckRegistry();
@@ -125,6 +128,7 @@ void StartMainModule(Needs needs) {
 MainModuleScope::~MainModuleScope() {
   QFAnalyticsLogMgr::Exit();
   if (g_settings) CloseAppEnv();
+  g_guard.reset();
   g_settings.reset();
   g_waiting.reset();
 }

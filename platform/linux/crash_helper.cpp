@@ -68,6 +68,8 @@ int RunProgram(void* argument) {
   } else if (dup2(launch.socket, kSocketOfHelper) < 0) {
     _exit(1);
   }
+  // A reader of the program's output must not wait for the helper.
+  if (const int nowhere = open("/dev/null", O_WRONLY); nowhere >= 0) dup2(nowhere, STDOUT_FILENO);
   syscall(SYS_close_range, kSocketOfHelper + 1, ~0U, 0);
   sigset_t none;
   sigemptyset(&none);
@@ -237,6 +239,7 @@ bool AskCrashHelper(const void* request, std::size_t bytes, DWORD limit_ms) {
 int ServeCrashRequests(int, char**,
                        void (*serve)(DWORD process, const void* request, std::size_t bytes, void (*written)())) {
   for (const int number : {SIGINT, SIGQUIT, SIGHUP, SIGTERM, SIGPIPE, SIGTSTP}) signal(number, SIG_IGN);
+  if (chdir("/") != 0) return 2;  // keeps no folder in use
   for (Request request; Receive(request); close(request.answer)) {
     g_answer = request.answer;
     serve(DWORD(request.process), request.bytes.data(), request.bytes.size(), ReportWritten);

@@ -208,7 +208,7 @@ void DescribeFault(const siginfo_t& info, const void* ucontext, bool uncaught, F
 }
 
 int SignalOfException(DWORD code) {
-  if (code == EXCEPTION_STACK_OVERFLOW) return SIGSEGV;
+  if (code == EXCEPTION_STACK_OVERFLOW || code == EXCEPTION_PRIV_INSTRUCTION) return SIGSEGV;
   if (code == EXCEPTION_OF_CPP) return SIGABRT;
   for (const Cause& cause : kCauses)
     if (cause.exception == code) return cause.signal;

@@ -42,7 +42,7 @@ constexpr Kind kKinds[] = {
     {"thread-stack", SIGSEGV, "a Stack Overflow (0xc00000fd)"},
     {"abort", SIGABRT, "an Unknown exception type (0x40000015)"},
     {"exception", SIGABRT, "a Microsoft C++ Exception (0xe06d7363)"},
-#ifndef __SANITIZE_ADDRESS__  // it has a heap of its own
+#ifndef KV_BLOCKS_FROM_HEAP  // the sanitizer has a heap of its own
     {"free", SIGABRT, "an Unknown exception type (0x40000015)"},
     {"heap", SIGSEGV, "an Access Violation (0xc0000005)", "Read from location 00000"},
 #endif

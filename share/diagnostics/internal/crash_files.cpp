@@ -13,7 +13,7 @@ namespace {
 
 // The only place that shows a box after a crash.
 void ShowBox(const std::string& text) {
-  Outcome message(0, SEVERITY_ERROR);
+  Outcome message(0, SEVERITY_STOP);
   if (!text.empty()) message.Display(FromUtf8(text));
 }
 

@@ -25,7 +25,7 @@ int Megabytes(ULONGLONG bytes) { return int((bytes + 0xFFFFF) / 0x100000); }
 
 // "2024/0715" as "15-Jul-2024"; another form stays.
 std::string DateText(LPCTSTR code) {
-  const std::string text = ToUtf8(code);
+  std::string text = ToUtf8(code);
   int year = 0;
   int day = 0;
   if (text.size() != 9 || text[4] != '/') return text;
