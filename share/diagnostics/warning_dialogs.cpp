@@ -1,6 +1,7 @@
 #include "share/diagnostics/warning_dialogs.h"
 
 #include "share/core/document_callbacks.h"
+#include "share/diagnostics/exception_handler.h"
 #include "share/diagnostics/outcome.h"
 #include "share/env/product_identity.h"
 #include "share/settings/settings_key.h"
@@ -12,8 +13,6 @@ namespace {
 
 constexpr unsigned kHighestHelpId = 0xFFFFFFFE;
 
-DialogGuardFunctions g_guard;
-
 CString LoadedText(int stringId) {
   CString text;
   text.LoadString(UINT(stringId));
@@ -21,8 +20,6 @@ CString LoadedText(int stringId) {
 }
 
 }  // namespace
-
-void SetDialogGuardFunctions(const DialogGuardFunctions& functions) { g_guard = functions; }
 
 // ---- QFWarnDontShowDlg
 
@@ -35,16 +32,14 @@ END_MESSAGE_MAP()
 QFWarnDontShowDlg::QFWarnDontShowDlg(int dialogId, const CString& warnKey, const CString& updateKey,
                                      QFSettingsKey* settings, int helpId, CWnd* parent)
     : CDialog(UINT(dialogId), parent),
-      m_pGuard(g_guard.create ? g_guard.create() : nullptr),
+      m_pGuard(std::make_unique<QFExceptionHandler>(/*writeReport=*/1, /*dumpMiniFile=*/1)),
       m_nDialogId(dialogId),
       m_WarnKey(warnKey),
       m_UpdateKey(updateKey),
       m_pSettings(settings),
       m_nHelpId(helpId) {}
 
-QFWarnDontShowDlg::~QFWarnDontShowDlg() {
-  if (m_pGuard && g_guard.destroy) g_guard.destroy(m_pGuard);
-}
+QFWarnDontShowDlg::~QFWarnDontShowDlg() = default;
 
 BOOL QFWarnDontShowDlg::OnInitDialog() {
   CDialog::OnInitDialog();

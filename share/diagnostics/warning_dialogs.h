@@ -5,18 +5,12 @@
 // change is in the settings tree at once; the tree's owner saves it.
 #pragma once
 
+#include <memory>
+
 #include "framework/dialog.h"
 
 class QFExceptionHandler;
 class QFSettingsKey;
-
-// What the dialogs need of the exception handler (QFExceptionHandler(1, 1)), which sets these functions when the
-// library is loaded. Null: the dialogs have no guard.
-struct DialogGuardFunctions {
-  QFExceptionHandler* (*create)() = nullptr;
-  void (*destroy)(QFExceptionHandler*) = nullptr;
-};
-KVSHARE_API void SetDialogGuardFunctions(const DialogGuardFunctions& functions);
 
 // DoModal returns IDOK at once if the warning key is 0.
 class KVSHARE_API QFWarnDontShowDlg : public CDialog {
@@ -44,8 +38,8 @@ class KVSHARE_API QFWarnDontShowDlg : public CDialog {
   // Stores whether the box is checked; checkedValue is the number for that.
   void StoreCheckBox(int box, const CString& key, int checkedValue);
 
-  QFExceptionHandler* m_pGuard;
-  [[maybe_unused]] int m_nDialogId;  // kept for existing modules
+  std::unique_ptr<QFExceptionHandler> m_pGuard;  // writes both files of a crash
+  [[maybe_unused]] int m_nDialogId;              // kept for existing modules
   CString m_WarnKey, m_UpdateKey;
   QFSettingsKey* m_pSettings;
   int m_nHelpId;
