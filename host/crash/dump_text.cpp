@@ -120,6 +120,7 @@ void PrintException(const Minidump& dump) {
   const DumpException& exception = *dump.exception;
   Print("error     {}\n", ExceptionLine(exception));
   Print("meaning   {}\n", MeaningOf(exception));
+  if (!dump.comment.empty()) Print("comment   {}\n", dump.comment);
   Print("at        {}  {}\n", AddressText(exception.address), PlaceText(dump, exception.address));
   const DumpThread* const thread = dump.ThreadWith(exception.thread);
   const std::string name = thread && !thread->name.empty() ? fmt::format(" \"{}\"", thread->name) : "";
@@ -166,6 +167,7 @@ Json DumpJson(const Minidump& dump) {
           {"process", dump.process ? Json(*dump.process) : Json()},
           {"commandLine", OrNull(dump.command_line)},
           {"system", SystemJson(dump)},
+          {"comment", OrNull(dump.comment)},
           {"exception", ExceptionJson(dump)},
           {"threads", threads},
           {"modules", modules},

@@ -13,6 +13,7 @@ constexpr ExceptionText kTexts[] = {
     {0x40010008, "Ctrl-Break", "The user has ended the program; it is no fault."},
     {0x80000002, "misaligned access", "The program used an address that its processor instruction does not allow."},
     {0x80000003, "breakpoint", "The program stopped itself: a failed check, or a dump that was asked for."},
+    {0x80000004, "single step", "The processor stopped after an instruction, as a debugger asks it to."},
     {kAccessViolation, "access violation", "The program used memory that it does not have, or not for this access."},
     {kInPageError, "page that cannot be read",
      "A file that is mapped into memory got shorter, or its disk or network drive failed."},
@@ -66,8 +67,11 @@ std::string ExceptionLine(const DumpException& exception) {
 }
 
 std::string_view AddressMeaning(std::uint64_t address) {
-  constexpr std::uint64_t kNearNull = 0x10000;
-  return address < kNearNull ? "The address is near 0: the program used a pointer that was null." : std::string_view();
+  constexpr std::uint64_t kNearNull = 0x10000, kNone = UINT64_MAX, kLowOfNone = UINT32_MAX;
+  if (address < kNearNull) return "The address is near 0: the program used a pointer that was null.";
+  if (address == kNone || address == kLowOfNone)
+    return "The address is outside of the range that addresses have: the program used a damaged pointer.";
+  return {};
 }
 
 }  // namespace kestrova

@@ -22,6 +22,7 @@ enum StreamType : std::uint32_t {
   kException = 6,
   kSystemInfo = 7,
   kMemory64List = 9,
+  kComment = 10,
   kMiscInfo = 15,
   kThreadNames = 24,
   kLinuxDistribution = 0x47670005,
@@ -39,7 +40,7 @@ constexpr struct {
     {kSystemInfo, "system information"},
     {8, "extended thread list"},
     {kMemory64List, "memory list of 64 bits"},
-    {10, "comment"},
+    {kComment, "comment"},
     {11, "comment in UTF-16"},
     {12, "handles"},
     {13, "function table"},
@@ -276,6 +277,8 @@ void Parser::Process() {
   dump_.command_line = TextOf(kLinuxCommandLine, "the command line");
   while (dump_.command_line.ends_with('\0')) dump_.command_line.pop_back();
   std::replace(dump_.command_line.begin(), dump_.command_line.end(), '\0', ' ');
+  dump_.comment = TextOf(kComment, "the comment");
+  dump_.comment.resize(std::min(dump_.comment.find('\0'), dump_.comment.size()));
   dump_.distribution = TextOf(kLinuxDistribution, "the distribution's text");
 }
 

@@ -105,6 +105,7 @@ struct Minidump {
   std::vector<DumpModule> modules;  // by base, without overlaps
   std::vector<DumpRange> memory;    // by address, without overlaps
   std::string command_line;         // blanks between the words; empty if the dump has none
+  std::string comment;              // what the writer of the dump adds, such as the text of a C++ exception
   std::string distribution;         // the file that names the Linux distribution
   std::vector<DumpFault> faults;    // kMostDumpFaults at most
 

@@ -109,6 +109,7 @@ inline std::string SampleDump() {
   const U32 name = dump.PutName("job 1");
   dump.AddList(24, {BytesOf(U32(71), U64(name))});
   dump.AddStream(15, BytesOf(U32(12), U32(1), U32(70)));
+  dump.AddStream(10, std::string("a text\0", 7));
   dump.AddStream(0x47670006, std::string("kestrova\0job\0", 13));
   dump.AddStream(0x47670005, "NAME=x\nPRETTY_NAME=\"Some Linux 12\"\n");
   return dump.Whole();

@@ -32,7 +32,7 @@ TEST(Minidump, IsReadWhole) {
   const Minidump dump = Read(kvtest::SampleDump());
   EXPECT_TRUE(dump.faults.empty()) << dump.faults[0].reason;
   ASSERT_TRUE(dump.system && dump.exception && dump.process);
-  EXPECT_EQ(dump.system->text + dump.command_line, "#1 SMPkestrova job");
+  EXPECT_EQ(dump.system->text + dump.command_line + dump.comment, "#1 SMPkestrova joba text");
   EXPECT_EQ(dump.exception->signal, 11u);
   EXPECT_EQ(dump.exception->code, 0xC0000005u) << "a dump of Linux has it in its parameters";
   EXPECT_EQ(dump.exception->parameters, (std::vector<U64>{1, 0x18}));
