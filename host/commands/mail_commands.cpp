@@ -42,7 +42,7 @@ void Address(const char* what, const std::string& argument) {
 
 void AttachTo(CQFIMapi& mail, const std::string& file) {
   const Text path = ProductPathFromSystem(file);
-  if (_waccess(path.c_str(), 4) != 0)
+  if (GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES)
     throw Failure(fmt::format("cannot read {}: {}", file, ErrorText(GetLastError())), {.file = file});
   mail.Attach(MailText(path).c_str(), nullptr);
 }
