@@ -44,7 +44,8 @@ void SortByKey(std::vector<Entry>& entries) {
 // The sort keys of texts, in one block, with the order of the user's language.
 class TextKeys {
  public:
-  void Add(Number row, TextView text) {
+  // Returns the text's position among all that were added.
+  std::uint64_t Add(Number row, TextView text) {
     int bytes = Write(text, kMostKeyBytes);
     if (bytes == 0)
       bytes = Write(text, LCMapStringEx(LOCALE_NAME_USER_DEFAULT, LCMAP_SORTKEY, text.data(), int(text.size()), nullptr,
@@ -52,12 +53,16 @@ class TextKeys {
     const std::size_t start = used_;
     used_ += std::size_t(bytes);
     entries_.push_back({PrefixAt(start), start, std::uint32_t(bytes), row});
+    return entries_.size() - 1;
   }
-  // Appends the rows in order.
-  void Sort(bool descending, std::vector<Number>& rows) {
-    std::stable_sort(entries_.begin(), entries_.end(),
+  // Appends the rows of these positions in order; equal texts keep the order of the positions.
+  void Sort(const std::vector<std::uint64_t>& positions, bool descending, std::vector<Number>& rows) const {
+    std::vector<TextEntry> entries;
+    entries.reserve(positions.size());
+    for (const std::uint64_t position : positions) entries.push_back(entries_[position]);
+    std::stable_sort(entries.begin(), entries.end(),
                      [&](const TextEntry& a, const TextEntry& b) { return descending ? IsLess(b, a) : IsLess(a, b); });
-    for (const TextEntry& entry : entries_) rows.push_back(entry.row);
+    for (const TextEntry& entry : entries) rows.push_back(entry.row);
   }
 
  private:
@@ -94,32 +99,56 @@ class TextKeys {
 
 bool IsKnown(int type) { return type == kGridSortText || type == kGridSortNumber || type == kGridSortAutomatic; }
 
+enum class Value : BYTE { kEmpty, kNumber, kText, kEqual };
+
+// What the cells of a column are compared by, for each number of a row. The cells are read in the order of their
+// memory, not of their places.
+struct ColumnValues {
+  ColumnValues(const GridTexts& texts, const GridSortKey& key, Number last)
+      : kinds(std::size_t(last) + 1), keys(std::size_t(last) + 1) {
+    const TCHAR sign = GridDecimalSign();
+    for (Number row = 1; row <= last; ++row) {
+      const TextView text = texts.Get(row);
+      double value = 0;
+      if (text.empty()) continue;
+      if (key.type != kGridSortText && ReadGridNumber(text, sign, value)) {
+        kinds[row] = Value::kNumber;
+        keys[row] = key.order == 0 ? ~BitsOf(value) : BitsOf(value);
+      } else if (key.type == kGridSortNumber) {
+        kinds[row] = Value::kEqual;
+      } else {
+        kinds[row] = Value::kText;
+        keys[row] = text_keys.Add(row, text);
+      }
+    }
+  }
+
+  std::vector<Value> kinds;
+  std::vector<std::uint64_t> keys;  // of a number its bits, of a text its position in text_keys
+  TextKeys text_keys;
+};
+
 // Sorts the numbers of rows by one key.
 void SortByColumn(const GridTexts& texts, const GridSortKey& key, std::vector<Number>& rows) {
+  if (rows.empty()) return;
   const bool descending = key.order == 0;
-  const TCHAR sign = GridDecimalSign();
+  const ColumnValues values(texts, key, *std::max_element(rows.begin(), rows.end()));
   std::vector<Entry> numbers;
-  TextKeys keys;
+  std::vector<std::uint64_t> positions;
   std::vector<Number> equal, empty;
-  numbers.reserve(key.type == kGridSortText ? 0 : rows.size());
   for (const Number row : rows) {
-    const TextView text = texts.Get(row);
-    double value = 0;
-    if (text.empty()) {
-      empty.push_back(row);
-    } else if (key.type != kGridSortText && ReadGridNumber(text, sign, value)) {
-      numbers.push_back({descending ? ~BitsOf(value) : BitsOf(value), row});
-    } else if (key.type == kGridSortNumber) {
-      equal.push_back(row);
-    } else {
-      keys.Add(row, text);
+    switch (values.kinds[row]) {
+      case Value::kEmpty: empty.push_back(row); break;
+      case Value::kNumber: numbers.push_back({values.keys[row], row}); break;
+      case Value::kText: positions.push_back(values.keys[row]); break;
+      case Value::kEqual: equal.push_back(row); break;
     }
   }
   SortByKey(numbers);
   rows.clear();
-  if (descending) keys.Sort(descending, rows);
+  if (descending) values.text_keys.Sort(positions, descending, rows);
   for (const Entry& entry : numbers) rows.push_back(entry.row);
-  if (!descending) keys.Sort(descending, rows);
+  if (!descending) values.text_keys.Sort(positions, descending, rows);
   rows.insert(rows.end(), equal.begin(), equal.end());
   rows.insert(rows.end(), empty.begin(), empty.end());
 }
