@@ -143,7 +143,7 @@ TEST_F(CompoundFiles, ReportTheFactsOfElements) {
 
 TEST_F(CompoundFiles, StoragesKnowWhenTheyWereMade) {
   const Storage root = Create();
-  STATSTG facts;
+  STATSTG facts = {};
   ASSERT_EQ(CreateStorage(root, _T("Storage"))->Stat(&facts, STATFLAG_NONAME), S_OK);
   EXPECT_NE(facts.ctime.dwHighDateTime, 0u);
 }
