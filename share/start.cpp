@@ -11,8 +11,14 @@ int ShowHelp(int command, unsigned long context, int flags) {
 
 }  // namespace
 
+// The one user of the environment's link. A friend function would lose its import on Windows.
+class ShareStart {
+ public:
+  static void LinkResources() { CKVEnvApp::LinkResources(); }
+};
+
 void InitShareDll() {
-  CKVEnvApp::LinkResources();
+  ShareStart::LinkResources();
   RegisterHelpContexts();
   Outcome::SetShowHelp(ShowHelp);
 }

@@ -305,7 +305,7 @@ class KVSHARE_API CKVEnvApp {
   void SetPostPerformanceImprovements();
 
  private:
-  friend void InitShareDll();
+  friend class ShareStart;  // of InitShareDll
 
   static void LinkResources();
   void StoreLocation();
