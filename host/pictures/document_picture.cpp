@@ -20,7 +20,7 @@
 namespace kestrova {
 namespace {
 
-constexpr ULONGLONG kMostInstances = 20'000;  // of one picture: each has a marker of 800 triangles
+constexpr ULONGLONG kMostInstances = 10'000;  // of one picture: OpenGL needs 80 KB for a marker's 800 triangles
 constexpr std::size_t kMostMarks = 400;       // more texts would cover the picture
 constexpr double kHoleRadius = 0.005;         // metres, of a hole without a tool
 constexpr int kCircleSteps = 48;
