@@ -89,8 +89,6 @@ endif()
 # ---- the shared library, its layers, programs
 
 function(kv_layer_flags target layer)
-  # Inline functions of exported templates are exported, too: a module that is built without optimisation calls them.
-  set_target_properties(${target} PROPERTIES VISIBILITY_INLINES_HIDDEN OFF)
 endfunction()
 
 function(kv_library_flags target)
