@@ -24,8 +24,20 @@ constexpr DWORD kBetween_ms = 20;
 
 // The process that writes a file has it open, so a file that can be opened alone belongs to a process that has died.
 
+ULONGLONG Milliseconds(const FILETIME& time) {
+  constexpr ULONGLONG kUnits = 10'000;
+  return (ULONGLONG(time.dwHighDateTime) << 32 | time.dwLowDateTime) / kUnits;
+}
+
+ULONGLONG Now() {
+  FILETIME now;
+  GetSystemTimeAsFileTime(&now);
+  return Milliseconds(now);
+}
+
+// The number is at least the time of its process's start, so that no name is that of an earlier process's file.
 Text NumberOf(int attempt) {
-  static std::atomic<unsigned> serial = 0;
+  static std::atomic<ULONGLONG> serial = Now();
   if (attempt <= TemporaryFile::kSharedNumbers) return std::to_wstring(attempt);
   return std::to_wstring(GetCurrentProcessId()) + L'-' + std::to_wstring(serial.fetch_add(1));
 }
@@ -43,15 +55,33 @@ bool RemoveIfDead(const Text& path) {
   return true;
 }
 
-// The process in the name of a file beyond the shared numbers, "...~1234-5.tmp"; 0 for another name.
-DWORD ProcessOf(const Text& name) {
+// The writer in the name of a file beyond the shared numbers, "...~1234-13376000000000.tmp"; process 0 for
+// another name.
+struct Writer {
+  DWORD process;
+  ULONGLONG serial;
+};
+
+Writer WriterOf(const Text& name) {
   const std::size_t at = name.rfind(L'~') + 1;
-  if (at == 0) return 0;
+  if (at == 0) return {};
   LPWSTR end = nullptr;
   const DWORD process = std::wcstoul(name.c_str() + at, &end, 10);
-  if (*end != L'-') return 0;
-  std::wcstoul(end + 1, &end, 10);
-  return std::wcscmp(end, L".tmp") == 0 ? process : 0;
+  if (*end != L'-') return {};
+  const ULONGLONG serial = std::wcstoull(end + 1, &end, 10);
+  return std::wcscmp(end, L".tmp") == 0 ? Writer{process, serial} : Writer{};
+}
+
+// A process that was started later than the file was named has got the number of the writer. One that has ended exists
+// as long as another has it open.
+bool IsDead(const Writer& writer) {
+  const HANDLE process = OpenProcess(SYNCHRONIZE | PROCESS_QUERY_LIMITED_INFORMATION, FALSE, writer.process);
+  if (!process) return GetLastError() == ERROR_INVALID_PARAMETER;
+  FILETIME start, end, kernel, user;
+  const bool later = GetProcessTimes(process, &start, &end, &kernel, &user) && Milliseconds(start) > writer.serial;
+  const bool ended = WaitForSingleObject(process, 0) == WAIT_OBJECT_0;
+  CloseHandle(process);
+  return later || ended;
 }
 
 // A process can end between the closing of its file and the replacement. These files have names of that process.
@@ -60,11 +90,9 @@ void RemoveClosedFilesOfDead(const Text& beside) {
   const HANDLE search = FindFirstFileW((beside + L"~*-*.tmp").c_str(), &found);
   if (search == INVALID_HANDLE_VALUE) return;
   do {
-    const DWORD process = ProcessOf(found.cFileName);
-    const HANDLE running = process == 0 ? nullptr : OpenProcess(SYNCHRONIZE, FALSE, process);
-    if (process != 0 && !running && GetLastError() == ERROR_INVALID_PARAMETER)
+    const Writer writer = WriterOf(found.cFileName);
+    if (writer.process != 0 && IsDead(writer))
       RemoveIfDead(beside.substr(0, beside.rfind(L'\\') + 1) + found.cFileName);
-    if (running) CloseHandle(running);
   } while (FindNextFileW(search, &found));
   FindClose(search);
 }
