@@ -1,11 +1,11 @@
-// TemporaryFile and SafeCompoundFile, implemented with the system's replacement of a file, which keeps the old file's
-// rights.
+// TemporaryFile and SafeCompoundFile. The old file's rights are kept.
 #include "platform/temporary_file.h"
 
 #include <algorithm>
 #include <atomic>
 #include <cwchar>
 #include <utility>
+#include <vector>
 
 #include "platform/errors.h"
 #include "platform/files.h"
@@ -124,27 +124,30 @@ DWORD RefusalToReplace(const Text& target) {
 }
 
 bool IsBusy(DWORD status) {
-  return status == ERROR_SHARING_VIOLATION || status == ERROR_ACCESS_DENIED ||
-         status == ERROR_UNABLE_TO_REMOVE_REPLACED || status == ERROR_UNABLE_TO_MOVE_REPLACEMENT ||
-         status == ERROR_USER_MAPPED_FILE;
+  return status == ERROR_SHARING_VIOLATION || status == ERROR_ACCESS_DENIED || status == ERROR_USER_MAPPED_FILE;
 }
 
-// Gives the file the target's name, once.
+// Gives the file the rights of the target, if there is one. Without the right to do so it keeps those of its folder.
+void CopyRights(const Text& target, const Text& file) {
+  DWORD bytes = 0;
+  GetFileSecurityW(target.c_str(), DACL_SECURITY_INFORMATION, nullptr, 0, &bytes);
+  std::vector<BYTE> rights(bytes);
+  if (bytes > 0 && GetFileSecurityW(target.c_str(), DACL_SECURITY_INFORMATION, rights.data(), bytes, &bytes))
+    SetFileSecurityW(file.c_str(), DACL_SECURITY_INFORMATION, rights.data());
+}
+
+// Gives the file the target's name, once. ReplaceFileW takes several steps, between which no file has the name.
 DWORD ReplaceOnce(const Text& file, const Text& target) {
-  if (ReplaceFileW(target.c_str(), file.c_str(), nullptr, REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr, nullptr))
-    return ERROR_SUCCESS;
-  const DWORD status = GetLastError();
-  const bool missing = status == ERROR_FILE_NOT_FOUND || status == ERROR_UNABLE_TO_MOVE_REPLACEMENT_2;
-  if (!missing) return status;
-  return MoveFileExW(file.c_str(), target.c_str(), MOVEFILE_WRITE_THROUGH) ? ERROR_SUCCESS : GetLastError();
+  constexpr DWORD kInOneStep = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
+  return MoveFileExW(file.c_str(), target.c_str(), kInOneStep) ? ERROR_SUCCESS : GetLastError();
 }
 
 DWORD Replace(const Text& file, const Text& target) {
   const ULONGLONG end = GetTickCount64() + kPatience_ms;
+  CopyRights(target, file);
   for (;;) {
     const DWORD status = ReplaceOnce(file, target);
-    const bool appeared = status == ERROR_ALREADY_EXISTS || status == ERROR_FILE_EXISTS;
-    if ((!IsBusy(status) && !appeared) || GetTickCount64() >= end) return status;
+    if (!IsBusy(status) || GetTickCount64() >= end) return status;
     Sleep(kBetween_ms);
   }
 }
