@@ -72,7 +72,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   const Library library({bytes, bytes + size});
   const HMODULE module = LoadLibraryExW(WriteTemporaryFile(library.Bytes().data(), library.Bytes().size()), nullptr,
                                         LOAD_LIBRARY_AS_DATAFILE);
-  if (!module || (size > 0 && !FindResourceW(module, MAKEINTRESOURCEW(kDialog), RT_DIALOG))) __builtin_trap();
+  if (size > 0 && !FindResourceW(module, MAKEINTRESOURCEW(kDialog), RT_DIALOG)) __builtin_trap();
+  if (!module) return 0;  // no bytes: the section ends before them
   DialogBoxParamW(module, MAKEINTRESOURCEW(kDialog), nullptr, LookAndEnd, 0);
   FreeLibrary(module);
   return 0;
